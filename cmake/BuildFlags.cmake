@@ -1,0 +1,26 @@
+# Warnings, sanitizers and link rules that every target of the tree shares.
+
+add_compile_options(
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough
+  $<$<COMPILE_LANGUAGE:C>:-Wno-old-style-cast>)
+if(VELHOST_WERROR)
+  add_compile_options(-Werror)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # A unique symbol would keep a library mapped after dlclose.
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique> -Wduplicated-cond -Wlogical-op)
+endif()
+
+if(VELHOST_SANITIZE)
+  add_compile_options(-fsanitize=${VELHOST_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VELHOST_SANITIZE})
+  add_compile_definitions(VELHOST_SANITIZED=1)
+endif()
+
+# -z defs: a library that forgets to link what it uses fails at build time. Clang's sanitizers leave
+# their runtime to the program, so there it cannot hold.
+if(NOT (VELHOST_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
+  set(CMAKE_SHARED_LINKER_FLAGS "${CMAKE_SHARED_LINKER_FLAGS} -Wl,-z,defs")
+  set(CMAKE_MODULE_LINKER_FLAGS "${CMAKE_MODULE_LINKER_FLAGS} -Wl,-z,defs")
+endif()

@@ -1,0 +1,47 @@
+#include "host/core/ciminstance.h"
+
+#include "host/core/cimnamespace.h"
+#include "host/core/failuredetail.h"
+#include "nkrovel20/tvelexception.h"
+
+namespace NKROVEL20 {
+
+TInstance::TInstance(boost::shared_ptr<TCIMClass> cimClass, boost::weak_ptr<TNamespace> cimNamespace)
+    : class_(std::move(cimClass)),
+      namespace_(std::move(cimNamespace)),
+      values_(class_->Properties().size()),
+      set_(class_->Properties().size()) {}
+
+void TInstance::SetProperty(const std::string& name, const TCIMValue& value, const TPropertyMap&) {
+  const std::size_t index = class_->FindProperty(name);
+  if (index == values_.size()) {
+    ThrowHostFailure(TVELStatusCode::kNoSuchProperty,
+                     "class " + class_->Name() + " declares no property \"" + name + "\"");
+  }
+  const TPropertyDefinition& declared = class_->Properties()[index]->Definition();
+  if (!value.IsNull() && value.IsArray() != declared.isArray) {
+    ThrowHostFailure(TVELStatusCode::kTypeMismatch,
+                     "property " + class_->Name() + "." + declared.name + " is declared as " +
+                         (declared.isArray ? "an array" : "a scalar") + " and cannot take " +
+                         (value.IsArray() ? "an array" : "a scalar"));
+  }
+  values_[index] = value.GetType() == declared.type ? value : value.ConvertedTo(declared.type);
+  set_[index] = true;
+}
+
+void TInstance::Commit(const TPropertyMap&) {
+  const boost::shared_ptr<TNamespace> cimNamespace = namespace_.lock();
+  if (committed_ || !cimNamespace) {
+    ThrowHostFailure(TVELStatusCode::kFailed, "an instance of " + class_->Name() +
+                                                  (committed_ ? " was committed twice" : " outlived its namespace"));
+  }
+  committed_ = true;
+  cimNamespace->TakeCommitted(shared_from_this());
+}
+
+const TCIMValue* TInstance::Find(std::string_view name) const {
+  const std::size_t index = class_->FindProperty(name);
+  return index < values_.size() && set_[index] ? &values_[index] : nullptr;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,42 @@
+// What stands behind the static operations of the contract: the host installs its services here
+// before it loads a plugin, and takes them away afterwards. One set per process; none of it is
+// guarded, since the host and its plugin share one thread.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+
+#include "nkrovel20/api.h"
+#include "nkrovel20/icimobjects.h"
+#include "nkrovel20/ilogger.h"
+#include "nkrovel20/tcimdatetime.h"
+
+namespace NKROVEL20 {
+
+/// What the host knows of the server it runs on.
+class NKROVEL20_API IHostEnvironment {
+ public:
+  virtual ~IHostEnvironment();
+  /// The machine type; empty where it is not known.
+  virtual std::string MachineType() = 0;
+  /// The local time with its offset from UTC.
+  virtual TCIMDateTime LocalTime() = 0;
+};
+
+/// The operating system's clock in the process's time zone, and no machine type.
+class NKROVEL20_API TSystemEnvironment : public IHostEnvironment {
+ public:
+  std::string MachineType() override { return {}; }
+  TCIMDateTime LocalTime() override;
+};
+
+class NKROVEL20_API THostServices {
+ public:
+  /// Null takes the service away: no plugin manager, a logger that drops every line, and
+  /// TSystemEnvironment. The logger and the environment are not owned.
+  static void SetPluginManager(boost::shared_ptr<ICIMNamespace> pluginManager);
+  static void SetCoreLogger(ILogger* logger);
+  static void SetEnvironment(IHostEnvironment* environment);
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,350 @@
+#include "nkrovel20/tcimvalue.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <variant>
+
+#include "host/core/failuredetail.h"
+#include "nkrovel20/tvelexception.h"
+
+namespace NKROVEL20 {
+
+using TType = TCIMValue::TCIMType;
+
+struct TCIMValue::TPayload {
+  std::variant<std::string, TCIMDateTime, std::vector<TCIMValue>> content;
+};
+
+namespace {
+
+enum class EKind { kNone, kInteger, kReal, kText, kDateTime };
+
+EKind KindOf(TType type) {
+  switch (type.GetCode()) {
+    case TType::kNone: return EKind::kNone;
+    case TType::kReal32:
+    case TType::kReal64: return EKind::kReal;
+    case TType::kString:
+    case TType::kReference: return EKind::kText;
+    case TType::kDateTime: return EKind::kDateTime;
+    default: return EKind::kInteger;
+  }
+}
+
+[[noreturn]] void ThrowMismatch(const std::string& detail) {
+  ThrowHostFailure(TVELStatusCode::kTypeMismatch, detail);
+}
+
+// Integers are stored as 64 bits: unsigned ones zero extended, signed ones sign extended.
+std::uint64_t Narrow(TType type, std::uint64_t bits) {
+  switch (type.GetCode()) {
+    case TType::kBoolean: return bits != 0 ? 1 : 0;
+    case TType::kUint8: return static_cast<std::uint8_t>(bits);
+    case TType::kSint8: return static_cast<std::uint64_t>(static_cast<std::int8_t>(bits));
+    case TType::kUint16:
+    case TType::kChar16: return static_cast<std::uint16_t>(bits);
+    case TType::kSint16: return static_cast<std::uint64_t>(static_cast<std::int16_t>(bits));
+    case TType::kUint32: return static_cast<std::uint32_t>(bits);
+    case TType::kSint32: return static_cast<std::uint64_t>(static_cast<std::int32_t>(bits));
+    default: return bits;
+  }
+}
+
+bool IsSigned(TType type) {
+  switch (type.GetCode()) {
+    case TType::kSint8:
+    case TType::kSint16:
+    case TType::kSint32:
+    case TType::kSint64: return true;
+    default: return false;
+  }
+}
+
+double RealFromBits(std::uint64_t bits) {
+  double number = 0;
+  static_assert(sizeof number == sizeof bits);
+  std::memcpy(&number, &bits, sizeof number);
+  return number;
+}
+
+std::uint64_t BitsFromReal(double number) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &number, sizeof bits);
+  return bits;
+}
+
+// A decimal number with an optional sign, or hexadecimal digits behind 0x.
+std::uint64_t IntegerFromText(const std::string& text) {
+  std::string_view digits = text;
+  const bool negative = !digits.empty() && digits.front() == '-';
+  if (!digits.empty() && (digits.front() == '-' || digits.front() == '+')) digits.remove_prefix(1);
+  int radix = 10;
+  if (digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
+    digits.remove_prefix(2);
+    radix = 16;
+  }
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number, radix);
+  if (error != std::errc() || end != digits.data() + digits.size()) ThrowMismatch("\"" + text + "\" is not a number");
+  return negative ? 0 - number : number;
+}
+
+double RealFromText(const std::string& text) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) ThrowMismatch("\"" + text + "\" is not a number");
+  return number;
+}
+
+std::uint64_t IntegerFromReal(double number) {
+  if (std::isnan(number) || number <= -9223372036854775809.0 || number >= 18446744073709551616.0) {
+    ThrowMismatch(fmt::format("{} is outside the range of an integer", number));
+  }
+  return number < 0 ? static_cast<std::uint64_t>(static_cast<std::int64_t>(number)) : static_cast<std::uint64_t>(number);
+}
+
+void AppendInteger(std::string& text, std::uint64_t bits, bool isSigned, int radix) {
+  std::array<char, 72> digits;  // 64 binary digits and a sign
+  const auto result = isSigned ? std::to_chars(digits.data(), digits.data() + digits.size(),
+                                               static_cast<std::int64_t>(bits), radix)
+                               : std::to_chars(digits.data(), digits.data() + digits.size(), bits, radix);
+  text.append(digits.data(), result.ptr);
+}
+
+// The shortest text that reads back as the same number, always recognisable as a real.
+void AppendReal(std::string& text, double number, bool single) {
+  std::string digits = single ? fmt::format("{}", static_cast<float>(number)) : fmt::format("{}", number);
+  if (std::isfinite(number) && digits.find_first_of(".e") == std::string::npos) digits += ".0";
+  text += digits;
+}
+
+}  // namespace
+
+TCIMValue::TCIMValue() noexcept = default;
+
+TCIMValue::TCIMValue(const char* text) : type_(TType::kString) {
+  if (text == nullptr) return;
+  null_ = false;
+  payload_ = std::make_unique<TPayload>(TPayload{std::string(text)});
+}
+
+TCIMValue::TCIMValue(const std::string& text)
+    : type_(TType::kString), null_(false), payload_(std::make_unique<TPayload>(TPayload{text})) {}
+
+TCIMValue::TCIMValue(const TCIMDateTime& dateTime) { Set(dateTime); }
+
+TCIMValue::TCIMValue(unsigned char number) noexcept : type_(TType::kUint8), null_(false), bits_(number) {}
+
+TCIMValue::TCIMValue(int number) noexcept
+    : type_(TType::kSint32), null_(false), bits_(static_cast<std::uint64_t>(number)) {}
+
+TCIMValue::TCIMValue(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements) {
+  Set(type, count, elements);
+}
+
+TCIMValue::TCIMValue(const TCIMValue& other)
+    : type_(other.type_),
+      array_(other.array_),
+      null_(other.null_),
+      declaredSize_(other.declaredSize_),
+      bits_(other.bits_),
+      payload_(other.payload_ ? std::make_unique<TPayload>(*other.payload_) : nullptr) {}
+
+TCIMValue::TCIMValue(TCIMValue&& other) noexcept
+    : type_(other.type_),
+      array_(other.array_),
+      null_(other.null_),
+      declaredSize_(other.declaredSize_),
+      bits_(other.bits_),
+      payload_(std::move(other.payload_)) {
+  other.null_ = true;
+}
+
+TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
+  if (this != &other) *this = TCIMValue(other);
+  return *this;
+}
+
+TCIMValue& TCIMValue::operator=(TCIMValue&& other) noexcept {
+  type_ = other.type_;
+  array_ = other.array_;
+  null_ = other.null_;
+  declaredSize_ = other.declaredSize_;
+  bits_ = other.bits_;
+  payload_ = std::move(other.payload_);
+  if (this != &other) other.null_ = true;
+  return *this;
+}
+
+TCIMValue::~TCIMValue() = default;
+
+TCIMValue TCIMValue::FromInteger(TCIMType type, std::uint64_t bits) {
+  if (KindOf(type) != EKind::kInteger) ThrowMismatch("an integer is not a " + type.ToString());
+  TCIMValue value;
+  value.type_ = type;
+  value.null_ = false;
+  value.bits_ = Narrow(type, bits);
+  return value;
+}
+
+TCIMValue TCIMValue::FromReal(TCIMType type, double number) {
+  if (KindOf(type) != EKind::kReal) ThrowMismatch("a real number is not a " + type.ToString());
+  TCIMValue value;
+  value.type_ = type;
+  value.null_ = false;
+  value.bits_ = BitsFromReal(type == TType::kReal32 ? static_cast<double>(static_cast<float>(number)) : number);
+  return value;
+}
+
+TCIMValue TCIMValue::FromText(TCIMType type, const std::string& text) {
+  if (KindOf(type) != EKind::kText) ThrowMismatch("a text is not a " + type.ToString());
+  TCIMValue value(text);
+  value.type_ = type;
+  return value;
+}
+
+void TCIMValue::Set(const TCIMDateTime& dateTime) {
+  auto payload = std::make_unique<TPayload>(TPayload{dateTime});
+  *this = TCIMValue();
+  type_ = TType::kDateTime;
+  null_ = false;
+  payload_ = std::move(payload);
+}
+
+void TCIMValue::Set(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements) {
+  std::vector<TCIMValue> converted;
+  converted.reserve(elements.size());
+  for (const TCIMValue& element : elements) {
+    converted.push_back(element.type_ == type && !element.array_ ? element : element.ConvertedTo(type));
+  }
+  auto payload = std::make_unique<TPayload>(TPayload{std::move(converted)});
+  *this = TCIMValue();
+  type_ = type;
+  array_ = true;
+  null_ = false;
+  declaredSize_ = count;
+  payload_ = std::move(payload);
+}
+
+void TCIMValue::SetNullValue(TCIMType::ECIMType type, unsigned int count) {
+  *this = TCIMValue();
+  type_ = type;
+  array_ = count != 0;
+  declaredSize_ = count;
+}
+
+void TCIMValue::AppendTo(std::string& text, unsigned char radix) const {
+  if (null_) return;
+  if (array_) {
+    text += '{';
+    const char* separator = "";
+    for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(*this)) {
+      text += separator;
+      element.AppendTo(text, radix);
+      separator = ", ";
+    }
+    text += '}';
+    return;
+  }
+  switch (KindOf(type_)) {
+    case EKind::kNone: break;
+    case EKind::kInteger:
+      if (type_ == TType::kBoolean) {
+        text += bits_ != 0 ? "true" : "false";
+      } else {
+        AppendInteger(text, bits_, IsSigned(type_), radix >= 2 && radix <= 36 ? radix : 10);
+      }
+      break;
+    case EKind::kReal: AppendReal(text, RealFromBits(bits_), type_ == TType::kReal32); break;
+    case EKind::kText: text += std::get<std::string>(payload_->content); break;
+    case EKind::kDateTime: text += std::get<TCIMDateTime>(payload_->content).ToString(); break;
+  }
+}
+
+std::string TCIMValue::ToString(unsigned char radix) const {
+  std::string text;
+  AppendTo(text, radix);
+  return text;
+}
+
+TCIMValue::operator std::string() const { return ToString(10); }
+
+TCIMValue::operator unsigned int() const { return static_cast<unsigned int>(ToInteger()); }
+
+TCIMValue::operator unsigned short() const { return static_cast<unsigned short>(ToInteger()); }
+
+TCIMValue::operator std::vector<TCIMValue>&() {
+  if (!array_) ThrowMismatch("a scalar is not an array");
+  if (!payload_) payload_ = std::make_unique<TPayload>(TPayload{std::vector<TCIMValue>()});
+  return std::get<std::vector<TCIMValue>>(payload_->content);
+}
+
+TCIMValue::operator const std::vector<TCIMValue>&() const {
+  static const auto* const none = new std::vector<TCIMValue>();
+  if (!array_) ThrowMismatch("a scalar is not an array");
+  return payload_ ? std::get<std::vector<TCIMValue>>(payload_->content) : *none;
+}
+
+std::uint64_t TCIMValue::ToInteger() const {
+  if (null_) return 0;
+  if (array_) ThrowMismatch("an array is not a number");
+  switch (KindOf(type_)) {
+    case EKind::kInteger: return bits_;
+    case EKind::kReal: return IntegerFromReal(RealFromBits(bits_));
+    case EKind::kText: return IntegerFromText(std::get<std::string>(payload_->content));
+    default: ThrowMismatch("a datetime is not a number");
+  }
+}
+
+double TCIMValue::ToReal() const {
+  if (null_) return 0;
+  if (array_) ThrowMismatch("an array is not a number");
+  switch (KindOf(type_)) {
+    case EKind::kInteger:
+      return IsSigned(type_) ? static_cast<double>(static_cast<std::int64_t>(bits_)) : static_cast<double>(bits_);
+    case EKind::kReal: return RealFromBits(bits_);
+    case EKind::kText: return RealFromText(std::get<std::string>(payload_->content));
+    default: ThrowMismatch("a " + type_.ToString() + " is not a real number");
+  }
+}
+
+const TCIMDateTime& TCIMValue::ToDateTime() const {
+  if (null_ || array_ || type_ != TType::kDateTime) ThrowMismatch("the value is not a datetime");
+  return std::get<TCIMDateTime>(payload_->content);
+}
+
+TCIMValue TCIMValue::ConvertedTo(TCIMType type) const {
+  if (null_) {
+    TCIMValue value;
+    value.SetNullValue(type.GetCode(), declaredSize_);
+    value.array_ = array_;
+    return value;
+  }
+  if (array_) return TCIMValue(type, declaredSize_, static_cast<const std::vector<TCIMValue>&>(*this));
+  if (type == type_) return *this;
+  switch (KindOf(type)) {
+    case EKind::kInteger: return FromInteger(type, ToInteger());
+    case EKind::kReal: return FromReal(type, ToReal());
+    case EKind::kText: return FromText(type, ToString(10));
+    case EKind::kDateTime:
+      if (KindOf(type_) == EKind::kText) return TCIMValue(TCIMDateTime::FromString(ToString(10)));
+      break;
+    case EKind::kNone: break;
+  }
+  ThrowMismatch("a " + type_.ToString() + " is not a " + (type.ToString().empty() ? "typed value" : type.ToString()));
+}
+
+bool operator==(const TCIMValue& a, const TCIMValue& b) {
+  if (a.type_ != b.type_ || a.array_ != b.array_ || a.null_ != b.null_) return false;
+  if (a.null_) return true;
+  if (!a.array_ && KindOf(a.type_) != EKind::kText && KindOf(a.type_) != EKind::kDateTime) return a.bits_ == b.bits_;
+  return a.payload_->content == b.payload_->content;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,62 @@
+// The 256-byte IPMI command buffer: the request on the way in, the response on the way back.
+// docs/wire-formats.md, "IPMI command buffer", has the layout in prose.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace NKROVEL20 {
+
+/// One IPMI command buffer, zero-filled. One more zero byte is owned behind its 256, because the
+/// register dumps print the byte behind the buffer as well.
+class TIPMICommandBuffer {
+ public:
+  static constexpr std::size_t kSize = 256;
+  static constexpr std::size_t kSpareBytes = 1;
+
+  // Offsets of the fields.
+  static constexpr std::size_t kFormat = 0;
+  static constexpr std::size_t kResponderAddress = 1;
+  static constexpr std::size_t kNetworkFunction = 2;
+  static constexpr std::size_t kLun = 3;
+  static constexpr std::size_t kCommand = 4;         // in a request
+  static constexpr std::size_t kCompletionCode = 4;  // in a response
+  static constexpr std::size_t kDataLength = 5;
+  static constexpr std::size_t kReserved = 6;  // three bytes, zero
+  static constexpr std::size_t kData = 9;
+  static constexpr std::size_t kMaxData = kSize - kData;
+
+  // Values of the fields.
+  static constexpr std::uint8_t kFormatByte = 0x01;
+  static constexpr std::uint8_t kBmcAddress = 0x20;
+  static constexpr std::uint8_t kSuccess = 0x00;
+
+  TIPMICommandBuffer() = default;
+
+  /// A request to the BMC's LUN 0 whose data the caller fills in from kData on.
+  TIPMICommandBuffer(std::uint8_t networkFunction, std::uint8_t command, std::uint8_t dataLength) {
+    bytes_[kFormat] = kFormatByte;
+    bytes_[kResponderAddress] = kBmcAddress;
+    bytes_[kNetworkFunction] = networkFunction;
+    bytes_[kCommand] = command;
+    bytes_[kDataLength] = dataLength;
+  }
+
+  unsigned char* Data() noexcept { return bytes_.data(); }
+  const unsigned char* Data() const noexcept { return bytes_.data(); }
+  std::uint8_t& operator[](std::size_t offset) { return bytes_.at(offset); }
+  std::uint8_t operator[](std::size_t offset) const { return bytes_.at(offset); }
+
+  std::uint8_t CompletionCode() const noexcept { return bytes_[kCompletionCode]; }
+  std::uint8_t DataLength() const noexcept { return bytes_[kDataLength]; }
+
+  friend bool operator==(const TIPMICommandBuffer&, const TIPMICommandBuffer&) = default;
+
+ private:
+  std::array<std::uint8_t, kSize + kSpareBytes> bytes_{};
+};
+
+static_assert(TIPMICommandBuffer::kMaxData == 247);
+
+}  // namespace NKROVEL20

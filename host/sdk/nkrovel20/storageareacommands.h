@@ -1,0 +1,60 @@
+// The OEM/Group storage-area commands of a BMC, as data of an IPMI command buffer.
+// docs/wire-formats.md, "Storage areas", has them in prose.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "nkrovel20/ipmicommandbuffer.h"
+
+namespace NKROVEL20::StorageAreaCommands {
+
+inline constexpr std::uint8_t kNetworkFunction = 0x2E;
+inline constexpr std::uint8_t kCommand = 0x90;
+/// The enterprise number of the BMC's firmware, least significant byte first; it leads the data of
+/// every request and every response.
+inline constexpr std::array<std::uint8_t, 3> kManufacturerId = {0x39, 0x30, 0x00};
+
+inline constexpr std::uint8_t kOpen = 0x01;
+inline constexpr std::uint8_t kRead = 0x02;
+inline constexpr std::uint8_t kClose = 0x05;
+inline constexpr std::uint8_t kQuerySize = 0x06;
+
+inline constexpr std::size_t kManufacturer = TIPMICommandBuffer::kData;
+inline constexpr std::size_t kSubCommand = kManufacturer + kManufacturerId.size();
+inline constexpr std::size_t kBody = kSubCommand + 1;
+
+// Open: a mode byte, seven zero bytes, the name.
+inline constexpr std::uint8_t kOpenMode = 0x01;
+inline constexpr std::size_t kOpenReserved = 7;
+inline constexpr std::size_t kOpenName = kBody + 1 + kOpenReserved;
+// Query size: the name.
+inline constexpr std::size_t kQueryName = kBody;
+inline constexpr std::size_t kNameSize = 25;  // zero-padded or cut, without a terminator
+// Read: the handle, the offset (4 bytes, little-endian), the count (2 bytes, little-endian).
+inline constexpr std::size_t kHandle = kBody;
+inline constexpr std::size_t kHandleSize = 4;
+inline constexpr std::size_t kReadOffset = kHandle + kHandleSize;
+inline constexpr std::size_t kReadCount = kReadOffset + 4;
+
+// The request lengths that byte 5 gives. For open and query the whole name counts, also what does
+// not fit into its field.
+inline constexpr std::size_t kOpenLength = kOpenName - kManufacturer;    // + length of the name
+inline constexpr std::size_t kQueryLength = kQueryName - kManufacturer;  // + length of the name
+inline constexpr std::uint8_t kReadLength = kReadCount + 2 - kManufacturer;
+inline constexpr std::uint8_t kCloseLength = kHandle + kHandleSize - kManufacturer;
+
+// Responses: the manufacturer id, then the handle, the size (4 bytes, little-endian), or the count
+// returned (2 bytes, little-endian) and the data.
+inline constexpr std::size_t kResponseBody = kManufacturer + kManufacturerId.size();
+inline constexpr std::size_t kResponseHandle = kResponseBody;
+inline constexpr std::size_t kResponseSize = kResponseBody;
+inline constexpr std::size_t kResponseCount = kResponseBody;
+inline constexpr std::size_t kResponseData = kResponseCount + 2;
+
+static_assert(kSubCommand == 12 && kOpenName == 21 && kQueryName == 13 && kReadOffset == 17 && kReadCount == 21);
+static_assert(kOpenLength == 12 && kQueryLength == 4 && kReadLength == 14 && kCloseLength == 8);
+static_assert(kResponseHandle == 12 && kResponseData == 14);
+
+}  // namespace NKROVEL20::StorageAreaCommands

@@ -1,0 +1,32 @@
+// The functor with which a plugin gathers what a host enumeration delivers.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <functional>
+#include <vector>
+
+namespace NKROVEL20 {
+
+// std::unary_function is deprecated but part of the contract: existing plugins use its type names.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
+/// Appends every object it is handed to a vector that the caller owns and keeps alive, and asks for
+/// the next one. Wrap it in a boost::function to pass it to an enumeration.
+template <typename T>
+class TAddToVectorCallback : public std::unary_function<boost::shared_ptr<T>, bool> {
+ public:
+  explicit TAddToVectorCallback(std::vector<boost::shared_ptr<T>>& objects) : objects_(objects) {}
+
+  bool operator()(boost::shared_ptr<T> object) const {
+    objects_.push_back(object);
+    return true;
+  }
+
+ private:
+  std::vector<boost::shared_ptr<T>>& objects_;
+};
+
+#pragma GCC diagnostic pop
+
+}  // namespace NKROVEL20
