@@ -1,0 +1,72 @@
+#include "host/core/sourcereader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "host/core/hosterror.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+class TDescriptor {
+ public:
+  explicit TDescriptor(int fd) : fd_(fd) {}
+  ~TDescriptor() {
+    if (fd_ >= 0) close(fd_);
+  }
+  TDescriptor(const TDescriptor&) = delete;
+  TDescriptor& operator=(const TDescriptor&) = delete;
+  int Get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+[[noreturn]] void ThrowErrno(const std::string& path, const char* what, int error) {
+  throw THostError(error == EACCES || error == EPERM ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+                   std::string("cannot ") + what + " " + path + ": " + std::strerror(error));
+}
+
+[[noreturn]] void ThrowTooLarge(const std::string& path, std::size_t limit) {
+  throw THostError(EExitStatus::kBadData, path + " is larger than the limit of " + std::to_string(limit) + " bytes");
+}
+
+}  // namespace
+
+ISourceReader::~ISourceReader() = default;
+
+std::string TFileReader::Read(const std::string& path, std::size_t limit) {
+  // Not blocking, so that opening a pipe returns and is refused below.
+  const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.Get() < 0) ThrowErrno(path, "open", errno);
+  struct stat status = {};
+  if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
+  if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);
+  if (!S_ISREG(status.st_mode)) throw THostError(EExitStatus::kNoInput, "cannot read " + path + ": not a file");
+  if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);
+  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  std::size_t got = 0;
+  while (got < content.size()) {
+    const ssize_t n = read(file.Get(), content.data() + got, content.size() - got);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) ThrowErrno(path, "read", errno);
+    if (n == 0) break;
+    got += static_cast<std::size_t>(n);
+  }
+  content.resize(got);
+  return content;
+}
+
+std::string TMemoryReader::Read(const std::string& path, std::size_t limit) {
+  const auto found = contents_.find(path);
+  if (found == contents_.end()) ThrowErrno(path, "open", ENOENT);
+  if (found->second.size() > limit) ThrowTooLarge(path, limit);
+  return found->second;
+}
+
+}  // namespace NKROVEL20

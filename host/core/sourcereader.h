@@ -1,0 +1,35 @@
+// How text and data inputs are read: through one method, with an in-memory twin for tests.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "nkrovel20/api.h"
+
+namespace NKROVEL20 {
+
+class NKROVEL20_API ISourceReader {
+ public:
+  virtual ~ISourceReader();
+  /// The whole content. An input that cannot be opened or is larger than `limit` bytes throws
+  /// THostError (kNoInput, kNoPermission or kBadData) with a message that names it.
+  virtual std::string Read(const std::string& path, std::size_t limit) = 0;
+};
+
+/// Reads files. A folder, a device or a pipe is no input.
+class NKROVEL20_API TFileReader : public ISourceReader {
+ public:
+  std::string Read(const std::string& path, std::size_t limit) override;
+};
+
+/// Serves texts from memory.
+class NKROVEL20_API TMemoryReader : public ISourceReader {
+ public:
+  void Add(const std::string& path, const std::string& content) { contents_[path] = content; }
+  std::string Read(const std::string& path, std::size_t limit) override;
+
+ private:
+  std::map<std::string, std::string> contents_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,60 @@
+#include "host/core/textdiagnostic.h"
+
+#include <algorithm>
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kWidest = 160;  // bytes of a source line that are shown
+
+bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
+// Characters that would disturb a terminal show as a question mark.
+char Printable(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return c == '\t' || (byte >= 0x20 && byte != 0x7F) ? c : '?';
+}
+
+void AppendExcerpt(std::string& text, std::string_view line, std::size_t column) {
+  std::size_t start = 0;
+  if (line.size() > kWidest && column > kWidest / 2) start = std::min(column - kWidest / 2, line.size() - kWidest);
+  while (start > 0 && start < line.size() && IsUtf8Continuation(line[start])) --start;
+  const std::string_view shown = line.substr(start, kWidest);
+  text += "  ";
+  for (const char c : shown) text += Printable(c);
+  text += "\n  ";
+  const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size());
+  for (std::size_t i = start; i < caret; ++i) {
+    if (!IsUtf8Continuation(line[i])) text += line[i] == '\t' ? '\t' : ' ';
+  }
+  text += "^\n";
+}
+
+}  // namespace
+
+std::string FormatDiagnostic(const TTextDiagnostic& diagnostic) {
+  std::string text = diagnostic.location.file;
+  if (diagnostic.location.line > 0) {
+    text += ":" + std::to_string(diagnostic.location.line) + ":" + std::to_string(diagnostic.location.column);
+  }
+  text += diagnostic.severity == EDiagnosticSeverity::kError ? ": error: " : ": warning: ";
+  text += diagnostic.message + "\n";
+  if (diagnostic.location.line > 0 && !diagnostic.sourceLine.empty()) {
+    AppendExcerpt(text, diagnostic.sourceLine, diagnostic.location.column);
+  }
+  return text;
+}
+
+std::string_view LineOf(std::string_view text, std::uint32_t number) {
+  for (std::uint32_t line = 1; line < number; ++line) {
+    const std::size_t end = text.find('\n');
+    if (end == std::string_view::npos) return {};
+    text.remove_prefix(end + 1);
+  }
+  std::string_view line = text.substr(0, text.find('\n'));
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  return line;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,67 @@
+// The output forms' common interface: a stream of instances between a beginning and a summary.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/core/ciminstance.h"
+
+namespace NKROVEL20 {
+
+/// What is known before the first instance.
+struct TCollectionHeader {
+  std::string machineType;
+  std::string pluginName;
+  std::string pluginVersion;
+  std::string pluginInterfaceVersion;
+};
+
+/// A GetData call that ended in an exception.
+struct TRequestFailure {
+  std::string className;  ///< of a single request: all its classes, separated by ", "
+  std::string message;
+};
+
+/// An exchange without an answer, or with a completion code other than 0.
+struct TFailedExchange {
+  std::string className;
+  int node = 0;      ///< BMC node; service processor for dot commands
+  std::string kind;  ///< NameOfKind()
+  std::optional<std::uint8_t> completionCode;  ///< empty: lost
+};
+
+/// What is known after the last instance.
+struct TCollectionSummary {
+  bool partial = false;
+  std::string partialReason;  ///< "interrupted", "deadline reached" or "a request failed"; empty when complete
+  std::vector<TRequestFailure> failures;
+  std::uint64_t exchanges = 0;
+  std::vector<TFailedExchange> failedExchanges;
+  std::int64_t elapsedMs = 0;
+};
+
+/// Where the text of a form goes. Write throws THostError when it cannot.
+class ITextSink {
+ public:
+  virtual ~ITextSink() = default;
+  virtual void Write(std::string_view text) = 0;
+};
+
+/// Writes one form: Begin, any number of Instance calls, End. Instances are written as they come,
+/// so that memory does not grow with their number.
+class IInstanceWriter {
+ public:
+  virtual ~IInstanceWriter() = default;
+  virtual void Begin(const TCollectionHeader& header) = 0;
+  /// `incomplete`: an exchange failed in the GetData call that committed the instance. Forms that
+  /// write at the moment of the commit know only of the failures before it.
+  virtual void Instance(const TInstance& instance, bool incomplete) = 0;
+  virtual void End(const TCollectionSummary& summary) = 0;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,167 @@
+#include "host/profile/collectorprofile.h"
+
+#include <algorithm>
+
+namespace NKROVEL20::CollectorProfile {
+
+namespace {
+
+const TPropertyMap kNoContext;
+constexpr std::array<std::uint8_t, 4> kMarkerTail = {0xEF, 0xFE, 0xFE, 0xEF};
+constexpr std::array<std::uint8_t, 3> kEqualsSign = {' ', '=', ' '};
+
+template <typename TNames>
+bool Contains(const TNames& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// A plain substring test, as the collector makes it: "6101" serves "6101" and "610" alike.
+std::optional<std::string> MatchIn(const TQualifier& qualifier, const std::string& machineType) {
+  const TCIMValue& value = qualifier.GetValue();
+  if (!value.IsArray()) return std::nullopt;
+  for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {
+    std::string text = element.ToString(10);
+    if (text.find(machineType) != std::string::npos) return text;
+  }
+  return std::nullopt;
+}
+
+unsigned int InstanceCountOf(const TCIMClass& cimClass) {
+  const auto qualifier = cimClass.Qualifiers().Find(std::string(kMaxInstanceCount));
+  if (!qualifier || qualifier->GetValue().IsArray()) return 0;
+  try {
+    return static_cast<unsigned short>(qualifier->GetValue());
+  } catch (const std::exception&) {
+    return 0;
+  }
+}
+
+std::string BaseClassOf(const TCIMClass& cimClass) {
+  for (const TCIMClass* above = cimClass.SuperClass().get(); above != nullptr; above = above->SuperClass().get()) {
+    if (Contains(kJfrBaseClasses, above->Name())) return above->Name();
+  }
+  return {};
+}
+
+// The bytes of an array of 14 numbers that fit a byte each.
+std::optional<std::array<std::uint8_t, kRegisterValueSize>> BytesOf(const TCIMValue& value) {
+  if (value.IsNull() || !value.IsArray()) return std::nullopt;
+  const auto& elements = static_cast<const std::vector<TCIMValue>&>(value);
+  if (elements.size() != kRegisterValueSize) return std::nullopt;
+  std::array<std::uint8_t, kRegisterValueSize> bytes{};
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (elements[i].IsNull() || elements[i].GetType() != TCIMValue::TCIMType::kUint8) return std::nullopt;
+    bytes.at(i) = static_cast<std::uint8_t>(elements[i].ToInteger());
+  }
+  return bytes;
+}
+
+TServedClass Describe(const boost::shared_ptr<TCIMClass>& cimClass, EPath path) {
+  TServedClass entry;
+  entry.cimClass = cimClass;
+  entry.path = path;
+  if (path == EPath::kCapture) {
+    entry.served = true;
+    return entry;
+  }
+  entry.instances = InstanceCountOf(*cimClass);
+  entry.registers = RegistersOf(*cimClass, path).size();
+  return entry;
+}
+
+}  // namespace
+
+const char* NameOfPath(EPath path) {
+  switch (path) {
+    case EPath::kR8: return "R8";
+    case EPath::kJfr: return "JFR";
+    case EPath::kCapture: return "FFDC";
+    case EPath::kNone: break;
+  }
+  return "none";
+}
+
+bool IsSkippedName(EPath path, std::string_view propertyName) {
+  static constexpr std::array<std::string_view, 4> kSkipped = {"MachineType", "DateTimeOfCollection", "StatisticTime",
+                                                               "InstanceID"};
+  return Contains(kSkipped, propertyName) || (path == EPath::kR8 && propertyName == "ElementName");
+}
+
+bool IsRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path) {
+  if (path != EPath::kR8 && path != EPath::kJfr) return false;
+  const auto origin = property.GetClassOrigin(kNoContext);
+  if (!origin || IsSkippedName(path, property.Definition().name)) return false;
+  const std::string& originName = origin->GetName(kNoContext);
+  return originName == cimClass.Name() || (cimClass.SuperClass() && originName == cimClass.SuperClass()->Name());
+}
+
+std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimClass, EPath path) {
+  std::vector<boost::shared_ptr<TPropertyDecl>> registers;
+  for (const auto& property : cimClass.Properties()) {
+    if (IsRegister(cimClass, *property, path)) registers.push_back(property);
+  }
+  return registers;
+}
+
+std::optional<std::string> MatchingElement(const TCIMClass& cimClass, const std::string& machineType) {
+  const auto qualifier = cimClass.Qualifiers().Find(std::string(kSupportedMachineTypes));
+  return qualifier ? MatchIn(*qualifier, machineType) : std::nullopt;
+}
+
+boost::shared_ptr<TCIMClass> DelegateOf(const TNamespace& cimNamespace, std::string_view baseClass,
+                                        const std::string& machineType) {
+  const auto base = cimNamespace.FindClass(baseClass);
+  if (!base) return {};
+  for (const auto& candidate : cimNamespace.Classes()) {
+    if (candidate->DescendsFrom(*base) && MatchingElement(*candidate, machineType)) return candidate;
+  }
+  return {};
+}
+
+std::vector<TServedClass> CollectableClasses(const TNamespace& cimNamespace, const std::string& machineType) {
+  std::vector<boost::shared_ptr<TCIMClass>> delegates;
+  for (const std::string_view base : kJfrBaseClasses) {
+    if (auto delegate = DelegateOf(cimNamespace, base, machineType)) delegates.push_back(std::move(delegate));
+  }
+  std::vector<TServedClass> classes;
+  for (const auto& candidate : cimNamespace.Classes()) {
+    const std::string baseClass = BaseClassOf(*candidate);
+    // The collector looks at the JFR delegates first, whatever else a name stands for.
+    const bool isDelegate = Contains(delegates, candidate);
+    const bool isR8 = Contains(kR8Classes, candidate->Name()) && !isDelegate;
+    if (!isR8 && baseClass.empty()) continue;
+    TServedClass entry = Describe(candidate, isR8 ? EPath::kR8 : EPath::kJfr);
+    entry.baseClass = isR8 ? std::string() : baseClass;
+    if (const auto element = MatchingElement(*candidate, machineType)) entry.servedBy = *element;
+    entry.served = isR8 ? MatchingElement(*candidate, machineType).has_value() : isDelegate;
+    if (!entry.served) entry.servedBy.clear();
+    classes.push_back(std::move(entry));
+  }
+  if (const auto capture = cimNamespace.FindClass(kCaptureClass)) classes.push_back(Describe(capture, EPath::kCapture));
+  return classes;
+}
+
+bool IsEightByteFamily(std::string_view machineType) {
+  static constexpr std::array<std::string_view, 4> kFamily = {"4411", "4414", "4523", "4524"};
+  return Contains(kFamily, machineType);
+}
+
+std::optional<TRegisterValue> SplitRegisterValue(EPath path, const TCIMValue& value) {
+  const auto bytes = BytesOf(value);
+  if (!bytes || (path != EPath::kR8 && path != EPath::kJfr)) return std::nullopt;
+  TRegisterValue result{{(*bytes)[0], (*bytes)[1], (*bytes)[2]}, {}};
+  const auto part = [&bytes](std::size_t start, std::size_t size) {
+    const auto* first = bytes->data() + start;
+    return std::vector<std::uint8_t>(first, first + size);
+  };
+  if (path == EPath::kJfr) {
+    if (!std::equal(kEqualsSign.begin(), kEqualsSign.end(), bytes->begin() + 3)) return std::nullopt;
+    result.value = part(6, 8);
+    return result;
+  }
+  const bool marked = std::equal(kMarkerTail.begin(), kMarkerTail.end(), bytes->begin() + 10);
+  result.value = part(3, marked ? 4 : 8);
+  return result;
+}
+
+}  // namespace NKROVEL20::CollectorProfile

@@ -1,0 +1,42 @@
+// Cancellation and deadline of a run, which every exchange observes.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <optional>
+
+#include "nkrovel20/api.h"
+
+namespace NKROVEL20 {
+
+/// Stopped once RequestStop was called or the deadline has passed, and from then on for good.
+class NKROVEL20_API TStopSignal {
+ public:
+  using TClock = std::chrono::steady_clock;
+
+  TStopSignal();
+  ~TStopSignal();
+  TStopSignal(const TStopSignal&) = delete;
+  TStopSignal& operator=(const TStopSignal&) = delete;
+
+  /// Safe in a signal handler and from any thread.
+  void RequestStop() noexcept;
+  void SetDeadline(TClock::time_point deadline) { deadline_ = deadline; }
+
+  bool IsStopped() const;
+  bool WasRequested() const noexcept { return requested_.load(); }
+  /// Time until the deadline, not below zero; empty without one.
+  std::optional<std::chrono::milliseconds> TimeLeft() const;
+
+  /// Waits; returns true after the whole duration, false as soon as the signal is stopped.
+  bool WaitFor(std::chrono::milliseconds duration) const;
+  /// Becomes readable when a stop is requested (not at the deadline): for poll() beside a device.
+  int Descriptor() const noexcept { return descriptor_; }
+
+ private:
+  std::atomic<bool> requested_{false};
+  std::optional<TClock::time_point> deadline_;
+  int descriptor_;
+};
+
+}  // namespace NKROVEL20
