@@ -10,8 +10,8 @@ const TPropertyMap kNoContext;
 constexpr std::array<std::uint8_t, 4> kMarkerTail = {0xEF, 0xFE, 0xFE, 0xEF};
 constexpr std::array<std::uint8_t, 3> kEqualsSign = {' ', '=', ' '};
 
-template <typename TNames>
-bool Contains(const TNames& names, std::string_view name) {
+template <typename TItems, typename TItem>
+bool Contains(const TItems& names, const TItem& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
