@@ -29,7 +29,7 @@ TRUNCATIONS = {"register": (9, 25), "timestamp": (9, 14), "open": (9, 17), "size
                "close": (9, 13), "ipmi": (9, 26), "dot": (0, 4096)}
 
 # The lengths at which something begins to be missing from an answer.
-EDGES = {"register": (22, 23), "timestamp": (12, 13), "open": (12, 13, 15), "size": (12, 13, 15),
+EDGES = {"register": (22, 22, 23), "timestamp": (12, 12, 13), "open": (12, 13, 15), "size": (12, 13, 15),
          "read": (9, 14, 15), "close": (9,), "ipmi": (12, 13, 22)}
 
 
@@ -283,16 +283,17 @@ class SchemaMaker:
         if self.types.max_instance_count == "uint32" and self.rng.random() < 0.05:
             qualifiers["MaxInstanceCount"] += 65536
         for name in list(qualifiers):
-            if self.rarely(0.25 if name == "MaxInstanceCount" else 0.04) or (self.inherits(parent, name) and self.rng.random() < 0.25):
+            inherited = self.inherited(parent, name)
+            if inherited and self.rng.random() < (0.25 if self.types.class_inherited else 0.08):
+                del qualifiers[name]
+            elif self.rarely(0.25 if name == "MaxInstanceCount" else 0.04):
                 del qualifiers[name]
         return self.spelled(qualifiers)
 
-    def inherits(self, parent, name):
-        """Whether a class below the parent has the qualifier without declaring it."""
-        if not parent or not self.types.class_inherited:
-            return False
+    def inherited(self, parent, name):
+        """Whether an ancestor has the qualifier, also where its flavor keeps it from being inherited."""
         schema = Schema(self.classes)
-        return schema.class_qualifier(schema.find(parent), name) is not None
+        return bool(parent) and schema.class_qualifier(schema.find(parent), name) is not None
 
     def machine_types(self, match):
         texts = [self.rng.choice(["7777", "8", "61", "none of these"]) for _ in range(self.rng.randrange(3))]
@@ -561,7 +562,7 @@ class ServerMaker:
     # -- faults ------------------------------------------------------------------------------------------
 
     def faults(self):
-        return [self.fault() for _ in range(self.rng.choice([0, 0, 0, 1, 1, 2, 3, 4]))]
+        return [self.fault() for _ in range(self.rng.choice([0, 0, 1, 1, 2, 3, 4, 5]))]
 
     def fault(self):
         on = self.rng.choice(["register", "register", "timestamp", "open", "size", "read", "read", "read", "read",

@@ -863,6 +863,20 @@ class RandomCaseTest(unittest.TestCase):
         self.assertEqual(missing, set())
         self.assertEqual(failures, {None, "assertion", "TVELException"})
 
+    def test_schemas_are_sound(self):
+        """Superclasses come first; a property is new to its lineage, or says what it overrides, of one type."""
+        for seed in range(300):
+            schema, declared = random_case.generate(seed).schema, set()
+            for cls in schema.classes:
+                self.assertTrue(cls.superclass is None or cls.superclass in declared)
+                declared.add(cls.name)
+                above = {prop.name: prop.type for step in schema.lineage(cls)[:-1] for prop in step.properties}
+                names = [prop.name for prop in cls.properties]
+                self.assertEqual(len(names), len(set(names)))
+                for prop in cls.properties:
+                    self.assertEqual("Override" in prop.qualifiers, prop.name in above, (seed, cls.name, prop))
+                    self.assertEqual(above.get(prop.name, prop.type), prop.type)
+
     def test_program_writes_a_case(self):
         with tempfile.TemporaryDirectory() as directory:
             done = subprocess.run([sys.executable, os.path.join(HERE, "random_case.py"), "--seed", "3",
