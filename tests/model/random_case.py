@@ -28,6 +28,10 @@ ZONES = [("UTC0", 0), ("CET-1", -3600), ("CET-1CEST,M3.5.0,M10.5.0/3", -3600), (
 TRUNCATIONS = {"register": (9, 25), "timestamp": (9, 14), "open": (9, 17), "size": (9, 17), "read": (9, 26),
                "close": (9, 13), "ipmi": (9, 26), "dot": (0, 4096)}
 
+# The lengths at which something begins to be missing from an answer.
+EDGES = {"register": (22, 22, 23), "timestamp": (12, 12, 13), "open": (12, 13, 15), "size": (12, 13, 15),
+         "read": (9, 14, 15), "close": (9,), "ipmi": (12, 13, 22)}
+
 
 @dataclass
 class Case:
@@ -177,8 +181,8 @@ class SchemaMaker:
                       Property("MachineType", "string", False), Property("StatisticTime", "datetime", False)]
         if self.rng.random() < 0.3:
             properties.append(Property("DateTimeOfCollection", "datetime", False))
-        if self.rarely(0.15):
-            properties.pop(self.rng.randrange(4))
+        if self.rarely(0.3):
+            properties.pop(self.rng.choice([0, 1, 1, 1, 2, 3]))
         return properties
 
     def missing_identity(self, parent):
@@ -195,10 +199,11 @@ class SchemaMaker:
                 continue
             parent, qualifiers = "KROSG_Root", {}
             others = [cls.name for cls in self.classes if cls.name in model.BASE_CLASSES]
-            if others and self.rng.random() < 0.05:
-                parent, qualifiers = self.rng.choice(others), self.class_qualifiers(0.6)
+            if others and self.rng.random() < 0.12:
+                parent = self.rng.choice(others)
+                qualifiers = self.class_qualifiers(0.6, parent)
             elif self.rng.random() < 0.15:
-                qualifiers = self.class_qualifiers(0.5)
+                qualifiers = self.class_qualifiers(0.5, parent)
             own = self.registers(parent, 2, "jfr") + self.missing_identity(parent)
             self.classes.append(CimClass(name, parent, qualifiers, own))
 
@@ -209,7 +214,7 @@ class SchemaMaker:
         for number in range(self.rng.choice([0, 1, 2, 2, 3, 4, 5])):
             parent = base if self.rng.random() < 0.55 else self.rng.choice(family)
             name = "%s_%s%d" % (base, self.rng.choice("ABC"), number)
-            cls = CimClass(name, parent, self.class_qualifiers(0.45), self.registers(parent, 4, "jfr"))
+            cls = CimClass(name, parent, self.class_qualifiers(0.45, parent), self.registers(parent, 4, "jfr"))
             self.add_identification_trap(cls, "jfr")
             self.classes.append(cls)
             family.append(name)
@@ -223,7 +228,7 @@ class SchemaMaker:
         for name in ("ElementName", "InstanceID"):
             if self.declares(cls.superclass, name) and self.rng.random() < 0.1:
                 cls.properties.append(Property(name, "string", False, {"Override": name}))
-            elif not self.declares(cls.superclass, name) and self.rng.random() < 0.3:
+            elif not self.declares(cls.superclass, name) and self.rng.random() < 0.4:
                 cls.properties.append(Property(name, "string", False))
 
     def add_r8(self, name):
@@ -231,11 +236,11 @@ class SchemaMaker:
             return
         if self.rarely(0.08):
             own = self.identification() + self.registers(None, 3, "r8")
-            self.classes.append(CimClass(name, None, self.class_qualifiers(0.8), own))
+            self.classes.append(CimClass(name, None, self.class_qualifiers(0.8, None), own))
             return
         parent = self.r8_parent(name)
         own = self.registers(parent, 5, "r8") + self.missing_identity(parent)
-        cls = CimClass(name, parent, self.class_qualifiers(0.8), own)
+        cls = CimClass(name, parent, self.class_qualifiers(0.8, parent), own)
         if not self.missing_identity(parent):
             self.add_identification_trap(cls, "r8")
         if self.declares(parent, "StatisticTime") and self.rng.random() < 0.1:
@@ -253,8 +258,8 @@ class SchemaMaker:
         for level in range(self.rng.choice([1, 1, 2])):
             own = self.missing_identity(parent) if parent else self.identification()
             middle = CimClass("%s_Level%d" % (name, level), parent, {}, own + self.registers(parent, 3, "r8"))
-            if self.rng.random() < 0.3 and self.types.class_inherited:
-                middle.qualifiers = self.class_qualifiers(0.8)
+            if self.rng.random() < 0.3:
+                middle.qualifiers = self.class_qualifiers(0.8, parent)
             self.classes.append(middle)
             parent = middle.name
         return parent
@@ -272,16 +277,23 @@ class SchemaMaker:
 
     # -- qualifiers and properties -----------------------------------------------------------------------
 
-    def class_qualifiers(self, match):
+    def class_qualifiers(self, match, parent):
         qualifiers = {"SupportedMachineTypes": self.machine_types(match),
                       "MaxInstanceCount": self.rng.choice([0, 1, 1, 2, 2, 3, 4])}
         if self.types.max_instance_count == "uint32" and self.rng.random() < 0.05:
             qualifiers["MaxInstanceCount"] += 65536
-        missing = 0.15 if self.types.class_inherited else 0.0
         for name in list(qualifiers):
-            if self.rarely(0.06) or (self.types.fragile and self.rng.random() < missing):
+            inherited = self.inherited(parent, name)
+            if inherited and self.rng.random() < (0.25 if self.types.class_inherited else 0.08):
+                del qualifiers[name]
+            elif self.rarely(0.25 if name == "MaxInstanceCount" else 0.04):
                 del qualifiers[name]
         return self.spelled(qualifiers)
+
+    def inherited(self, parent, name):
+        """Whether an ancestor has the qualifier, also where its flavor keeps it from being inherited."""
+        schema = Schema(self.classes)
+        return bool(parent) and schema.class_qualifier(schema.find(parent), name) is not None
 
     def machine_types(self, match):
         texts = [self.rng.choice(["7777", "8", "61", "none of these"]) for _ in range(self.rng.randrange(3))]
@@ -550,7 +562,7 @@ class ServerMaker:
     # -- faults ------------------------------------------------------------------------------------------
 
     def faults(self):
-        return [self.fault() for _ in range(self.rng.choice([0, 0, 0, 1, 1, 2, 3, 4]))]
+        return [self.fault() for _ in range(self.rng.choice([0, 0, 1, 1, 2, 3, 4, 5]))]
 
     def fault(self):
         on = self.rng.choice(["register", "register", "timestamp", "open", "size", "read", "read", "read", "read",
@@ -573,7 +585,7 @@ class ServerMaker:
             low, high = TRUNCATIONS[on]
             if on == "dot":
                 return {effect: self.rng.choice([0, 1, 3, 4, 7, 2044, self.rng.randint(low, high)])}
-            return {effect: self.rng.randint(low, high)}
+            return {effect: self.rng.choice(EDGES[on]) if self.rng.random() < 0.5 else self.rng.randint(low, high)}
         return {effect: {"lost": True, "delay_ms": 1,
                          "completion_code": self.rng.choice([0x01, 0x0C, 0xC1, 0xC3, 0xCB, 0xFF])}[effect]}
 
