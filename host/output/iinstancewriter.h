@@ -30,8 +30,8 @@ struct TRequestFailure {
 /// An exchange without an answer, or with a completion code other than 0.
 struct TFailedExchange {
   std::string className;
-  int node = 0;      ///< BMC node; service processor for dot commands
-  std::string kind;  ///< NameOfKind()
+  int node = 0;                                ///< BMC node; service processor for dot commands
+  std::string kind;                            ///< NameOfKind()
   std::optional<std::uint8_t> completionCode;  ///< empty: lost
 };
 
@@ -50,6 +50,9 @@ class ITextSink {
  public:
   virtual ~ITextSink() = default;
   virtual void Write(std::string_view text) = 0;
+  /// Passes on what a sink may still hold, so that a reader at the other end sees it now. The forms
+  /// that promise an instance at its commit call this after each one.
+  virtual void Flush() {}
 };
 
 /// Writes one form: Begin, any number of Instance calls, End. Instances are written as they come,

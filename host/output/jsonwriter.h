@@ -1,0 +1,73 @@
+// The forms `json` and `jsonl`: an instance collection after CIM-RS (DSP0211), as one object or as
+// one object a line. instance-collection.schema.json describes both.
+#pragma once
+
+#include <string>
+
+#include "host/output/iinstancewriter.h"
+#include "host/output/numbertext.h"
+#include "host/output/textbuffer.h"
+
+namespace NKROVEL20 {
+
+/// JSON text of instances and summaries. Integers, also those of 64 bits, are numbers; reals that
+/// are not finite are null; datetimes are CIM datetime strings, a char16 is a string of one
+/// character, a reference its object path.
+class TJsonText {
+ public:
+  explicit TJsonText(ITextSink& sink) : out_(sink) {}
+
+  /// {"kind":"instance",...}, without a newline.
+  void Instance(const TInstance& instance, bool incomplete);
+  /// "format_version" to "plugin", with a comma behind.
+  void HeaderMembers(const TCollectionHeader& header);
+  /// "status" to "elapsed_ms".
+  void SummaryMembers(const TCollectionSummary& summary);
+  /// Text that is JSON already.
+  void Raw(std::string_view text) { out_.Append(text); }
+  void Flush() { out_.Flush(); }
+
+ private:
+  void String(std::string_view text);
+  /// `"name":`
+  void Name(std::string_view name);
+  void Member(std::string_view name, std::string_view text);
+  void Value(const TCIMValue& value);
+  void Array(const std::vector<TCIMValue>& elements);
+  void Scalar(const TCIMValue& value);
+  void Failures(const std::vector<TRequestFailure>& failures);
+  void FailedExchange(const TFailedExchange& exchange);
+
+  TTextBuffer out_;
+  TNumberText numbers_;
+  std::string scratch_;
+};
+
+/// One object, written as it grows: the instances stand before the status, which is known last.
+class TJsonWriter : public IInstanceWriter {
+ public:
+  explicit TJsonWriter(ITextSink& sink) : json_(sink) {}
+  void Begin(const TCollectionHeader& header) override;
+  void Instance(const TInstance& instance, bool incomplete) override;
+  void End(const TCollectionSummary& summary) override;
+
+ private:
+  TJsonText json_;
+  bool first_ = true;
+};
+
+/// A line for each instance, passed on at once, and a last line of kind "summary" with the members
+/// that `json` has beside its instances.
+class TJsonLinesWriter : public IInstanceWriter {
+ public:
+  explicit TJsonLinesWriter(ITextSink& sink) : json_(sink) {}
+  void Begin(const TCollectionHeader& header) override { header_ = header; }
+  void Instance(const TInstance& instance, bool incomplete) override;
+  void End(const TCollectionSummary& summary) override;
+
+ private:
+  TJsonText json_;
+  TCollectionHeader header_;
+};
+
+}  // namespace NKROVEL20

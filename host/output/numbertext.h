@@ -1,0 +1,34 @@
+// Numbers as text, for the forms that machines read.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "nkrovel20/tcimvalue.h"
+
+namespace NKROVEL20 {
+
+/// The decimal text of a byte, out of a table: register values and raw data are mostly bytes.
+std::string_view ByteText(std::uint8_t byte);
+
+/// Makes the text of one number after another; each stays valid until the next is asked for.
+class TNumberText {
+ public:
+  /// Any integer type but boolean and char16, in decimal.
+  std::string_view Integer(const TCIMValue& value);
+  std::string_view Unsigned(std::uint64_t number);
+  std::string_view Signed(std::int64_t number);
+  /// The shortest text that reads back as the same real32 or real64, always with a point and a digit
+  /// behind it ("1.0", "-2.5", "1.0e+300"), as MOF wants it and the other forms take it. Empty for an
+  /// infinity and for what is not a number.
+  std::string_view Real(const TCIMValue& value);
+
+ private:
+  std::array<char, 40> digits_{};  // a sign, 17 digits, a point, ".0", an exponent of 5
+};
+
+/// Two lower-case hexadecimal digits of a byte, out of a table.
+std::string_view HexPair(std::uint8_t byte);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,146 @@
+#include "host/output/tablelayout.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/output/utf8.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr int kLeastWidth = 40;
+constexpr std::size_t kLeastTextWidth = 16;  // a column with less room gives way to the next line
+
+bool IsUnsafe(char32_t character) {
+  const bool control = character < 0x20 || (character >= 0x7F && character <= 0x9F);
+  const bool direction = (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
+  const bool separator = character == 0x2028 || character == 0x2029;
+  return control || direction || separator;
+}
+
+std::string EscapeOf(char32_t character) {
+  switch (character) {
+    case '\n': return "\\n";
+    case '\r': return "\\r";
+    case '\t': return "\\t";
+    default: break;
+  }
+  const auto number = static_cast<unsigned int>(character);
+  return number < 0x100 ? fmt::format("\\x{:02x}", number) : fmt::format("\\u{:04x}", number);
+}
+
+// The length of the longest start of the text that fits.
+std::size_t FittingLength(std::string_view text, std::size_t width) {
+  std::size_t columns = 0;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const TCodePoint next = NextCodePoint(text, at);
+    columns += static_cast<std::size_t>(ColumnsOf(next.value));
+    if (columns > width && at > 0) break;
+    at += next.size;
+  }
+  return at;
+}
+
+// Where to cut a text that does not fit: behind a word, if that leaves the line half full.
+std::size_t CutOf(std::string_view text, std::size_t fitting) {
+  if (text[fitting] == ' ') return fitting;
+  const std::size_t blank = text.rfind(' ', fitting);
+  return blank != std::string_view::npos && blank >= fitting / 2 && blank > 0 ? blank : fitting;
+}
+
+}  // namespace
+
+std::string SafeText(std::string_view text) {
+  std::string safe;
+  safe.reserve(text.size());
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const TCodePoint next = NextCodePoint(text, at);
+    if (!next.valid) {
+      safe += kReplacementText;
+    } else if (IsUnsafe(next.value)) {
+      safe += EscapeOf(next.value);
+    } else {
+      safe += text.substr(at, next.size);
+    }
+    at += next.size;
+  }
+  return safe;
+}
+
+std::size_t ColumnsOf(std::string_view safeText) {
+  std::size_t columns = 0;
+  for (std::size_t at = 0; at < safeText.size();) {
+    const TCodePoint next = NextCodePoint(safeText, at);
+    columns += static_cast<std::size_t>(ColumnsOf(next.value));
+    at += next.size;
+  }
+  return columns;
+}
+
+std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width) {
+  std::vector<std::string_view> lines;
+  for (;;) {
+    const std::size_t fitting = FittingLength(safeText, width);
+    if (fitting == safeText.size()) break;
+    const std::size_t cut = CutOf(safeText, fitting);
+    const std::string_view line = safeText.substr(0, cut);
+    lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
+    safeText.remove_prefix(std::min(safeText.find_first_not_of(' ', cut), safeText.size()));
+    if (safeText.empty()) return lines;
+  }
+  lines.push_back(safeText);
+  return lines;
+}
+
+TTableLayout::TTableLayout(ITextSink& sink, const TTableOptions& options)
+    : out_(sink), width_(static_cast<std::size_t>(std::max(options.width, kLeastWidth))), color_(options.color) {}
+
+void TTableLayout::Emphasised(std::string_view text, EEmphasis emphasis) {
+  const bool colored = color_ && emphasis != EEmphasis::kNone && !text.empty();
+  if (colored) out_.Append(emphasis == EEmphasis::kHeading ? "\x1b[1m" : "\x1b[31m");
+  out_.Append(text);
+  if (colored) out_.Append("\x1b[0m");
+}
+
+void TTableLayout::WrappedAt(std::size_t column, std::string_view safeText, EEmphasis emphasis) {
+  bool first = true;
+  for (const std::string_view line : WrapText(safeText, width_ - column)) {
+    if (!first && !line.empty()) out_.AppendRepeated(' ', column);
+    first = false;
+    Emphasised(line, emphasis);
+    out_.Append('\n');
+  }
+}
+
+void TTableLayout::Line(std::string_view safeText, EEmphasis emphasis) {
+  Emphasised(safeText, emphasis);
+  out_.Append('\n');
+}
+
+void TTableLayout::Paragraph(std::size_t indent, std::string_view safeText, EEmphasis emphasis) {
+  out_.AppendRepeated(' ', indent);
+  WrappedAt(indent, safeText, emphasis);
+}
+
+void TTableLayout::Row(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
+                       EEmphasis emphasis) {
+  out_.AppendRepeated(' ', indent);
+  out_.Append(label);
+  const std::size_t reached = indent + ColumnsOf(label);
+  if (safeText.empty()) return BlankLine();
+  const bool narrow = column + kLeastTextWidth > width_;
+  if (narrow) column = indent + 2;
+  if (narrow || reached + 2 > column) {
+    BlankLine();
+    out_.AppendRepeated(' ', column);
+  } else {
+    out_.AppendRepeated(' ', column - reached);
+  }
+  WrappedAt(column, safeText, emphasis);
+}
+
+}  // namespace NKROVEL20

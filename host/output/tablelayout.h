@@ -1,0 +1,55 @@
+// Text in columns for a terminal: safe characters, wrapped lines, a little colour.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/output/textbuffer.h"
+#include "host/output/writers.h"
+
+namespace NKROVEL20 {
+
+/// The string as a terminal can show it without harm: control characters of both sets and characters
+/// that turn the direction of writing become escapes ("\n", "\x1b", "\u202e"), bytes that are no
+/// character U+FFFD. A backslash stays one.
+std::string SafeText(std::string_view text);
+
+/// Columns that safe text takes.
+std::size_t ColumnsOf(std::string_view safeText);
+
+/// Safe text cut into lines of at most `width` columns (a character wider than that stands alone),
+/// at blanks where that leaves a line at least half full, else anywhere. Blanks at a cut are dropped.
+/// At least one line.
+std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width);
+
+enum class EEmphasis { kNone, kHeading, kFailure };
+
+class TTableLayout {
+ public:
+  TTableLayout(ITextSink& sink, const TTableOptions& options);
+
+  std::size_t Width() const { return width_; }
+  /// One line as it is.
+  void Line(std::string_view safeText, EEmphasis emphasis = EEmphasis::kNone);
+  /// Lines indented by `indent`, wrapped.
+  void Paragraph(std::size_t indent, std::string_view safeText, EEmphasis emphasis = EEmphasis::kNone);
+  /// A label at `indent` and text at `column`, wrapped there. The text begins on the next line where
+  /// the label reaches into its column, and moves there to the left where the column is too narrow.
+  void Row(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
+           EEmphasis emphasis = EEmphasis::kNone);
+  void BlankLine() { out_.Append('\n'); }
+  void Flush() { out_.Flush(); }
+
+ private:
+  void Emphasised(std::string_view text, EEmphasis emphasis);
+  /// Wrapped lines at `column`, the first of which the caller has moved to.
+  void WrappedAt(std::size_t column, std::string_view safeText, EEmphasis emphasis);
+
+  TTextBuffer out_;
+  std::size_t width_;
+  bool color_;
+};
+
+}  // namespace NKROVEL20

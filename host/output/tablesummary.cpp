@@ -1,0 +1,116 @@
+#include "host/output/tablesummary.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <tuple>
+
+#include "host/output/completioncodes.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kColumn = 13;  // of what stands behind "  Instances"
+
+// Orders groups by the place of their class, then by their own.
+void SortByClass(std::vector<TFailureGroup>& groups) {
+  std::map<std::string, std::size_t> places;
+  for (const TFailureGroup& group : groups) places.emplace(group.exchange.className, places.size());
+  std::stable_sort(groups.begin(), groups.end(), [&places](const TFailureGroup& a, const TFailureGroup& b) {
+    return places[a.exchange.className] < places[b.exchange.className];
+  });
+}
+
+std::string NodeText(const TFailedExchange& exchange) {
+  // A dot command goes to a service processor, which has numbers of its own.
+  return fmt::format("{} {}", exchange.kind == "dot" ? "sp" : "node", exchange.node);
+}
+
+struct TFailureWidths {
+  std::size_t count = 0;
+  std::size_t node = 0;
+  std::size_t kind = 0;
+};
+
+TFailureWidths WidthsOf(const std::vector<TFailureGroup>& groups) {
+  TFailureWidths widths;
+  for (const TFailureGroup& group : groups) {
+    widths.count = std::max(widths.count, std::to_string(group.count).size());
+    widths.node = std::max(widths.node, NodeText(group.exchange).size());
+    widths.kind = std::max(widths.kind, group.exchange.kind.size());
+  }
+  return widths;
+}
+
+void WriteFailedExchanges(TTableLayout& layout, const std::vector<TFailedExchange>& failures) {
+  constexpr std::size_t kIndent = 6;
+  const auto groups = GroupFailures(failures);
+  const TFailureWidths widths = WidthsOf(groups);
+  const std::string* className = nullptr;
+  for (const TFailureGroup& group : groups) {
+    const TFailedExchange& exchange = group.exchange;
+    if (className == nullptr || *className != exchange.className) layout.Paragraph(4, SafeText(exchange.className));
+    className = &exchange.className;
+    const std::string label = fmt::format("{:>{}} x  {:<{}}  {:<{}}", group.count, widths.count, NodeText(exchange),
+                                          widths.node, SafeText(exchange.kind), widths.kind);
+    layout.Row(kIndent, label, kIndent + label.size() + 2, DescribeCompletionCode(exchange.completionCode),
+               EEmphasis::kFailure);
+  }
+}
+
+void WriteInstances(TTableLayout& layout, const TInstanceCounts& counts) {
+  std::uint64_t total = 0;
+  for (const auto& [name, count] : counts) total += count;
+  layout.Row(2, "Instances", kColumn, total == 0 ? "none" : std::to_string(total));
+  const std::size_t digits = std::to_string(total).size();
+  for (const auto& [name, count] : counts)
+    layout.Paragraph(4, fmt::format("{:>{}}  {}", count, digits, SafeText(name)));
+}
+
+void WriteResult(TTableLayout& layout, const TCollectionSummary& summary) {
+  if (!summary.partial) return layout.Row(2, "Result", kColumn, "complete");
+  const std::string reason = summary.partialReason.empty() ? std::string() : ": " + SafeText(summary.partialReason);
+  layout.Row(2, "Result", kColumn, "partial" + reason, EEmphasis::kFailure);
+  for (const TRequestFailure& failure : summary.failures) {
+    layout.Paragraph(4, SafeText(failure.className));
+    layout.Paragraph(6, SafeText(failure.message), EEmphasis::kFailure);
+  }
+}
+
+}  // namespace
+
+std::vector<TFailureGroup> GroupFailures(const std::vector<TFailedExchange>& failures) {
+  std::vector<TFailureGroup> groups;
+  std::map<std::tuple<std::string, int, std::string, int>, std::size_t> places;
+  for (const TFailedExchange& failure : failures) {
+    const int code = failure.completionCode ? int{*failure.completionCode} : -1;
+    const auto [place, isNew] =
+        places.emplace(std::tuple(failure.className, failure.node, failure.kind, code), groups.size());
+    if (isNew) groups.push_back({failure, 0});
+    ++groups[place->second].count;
+  }
+  SortByClass(groups);
+  return groups;
+}
+
+std::string ElapsedText(std::int64_t milliseconds) {
+  const std::int64_t seconds = milliseconds / 1000;
+  if (seconds < 60) return fmt::format("{}.{:03} s", seconds, milliseconds % 1000);
+  if (seconds < 3600) return fmt::format("{} min {}.{} s", seconds / 60, seconds % 60, milliseconds % 1000 / 100);
+  return fmt::format("{} h {} min {} s", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, const TInstanceCounts& counts) {
+  layout.Line("Summary", EEmphasis::kHeading);
+  WriteInstances(layout, counts);
+  const std::size_t failed = summary.failedExchanges.size();
+  layout.Row(2, "Exchanges", kColumn,
+             fmt::format("{}, {} failed", summary.exchanges, failed == 0 ? "none" : std::to_string(failed)));
+  WriteFailedExchanges(layout, summary.failedExchanges);
+  layout.Row(2, "Elapsed", kColumn, ElapsedText(std::max<std::int64_t>(summary.elapsedMs, 0)));
+  WriteResult(layout, summary);
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,102 @@
+#include "host/output/tablewriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/core/caseinsensitive.h"
+#include "host/output/hexdump.h"
+#include "host/output/tablesummary.h"
+#include "host/output/tablevalue.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kIndent = 2;
+constexpr std::size_t kGap = 2;
+
+// Where values begin: behind the longest name, but never beyond the middle.
+std::size_t ValueColumn(const TInstance& instance, std::size_t width) {
+  std::size_t longest = 0;
+  const auto& properties = instance.Class().Properties();
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    if (instance.IsSet(i)) longest = std::max(longest, properties[i]->Definition().name.size());
+  }
+  return std::min(kIndent + longest + kGap, width / 2);
+}
+
+std::string CaptureTitle(const TCaptureFile& capture) {
+  std::string title = capture.fileName;
+  const auto add = [&title](const std::string& label, const std::string& text) {
+    if (text.empty()) return;
+    if (!title.empty()) title += ", ";
+    title += label + text;
+  };
+  add("node ", capture.sourceNode);
+  add("record ", capture.recordId);
+  add("", capture.localTime);
+  return SafeText(title);
+}
+
+}  // namespace
+
+void TTableWriter::Count(const std::string& className) {
+  const auto known = std::find_if(counts_.begin(), counts_.end(),
+                                  [&className](const auto& entry) { return entry.first == className; });
+  if (known == counts_.end()) {
+    counts_.emplace_back(className, 1);
+  } else {
+    ++known->second;
+  }
+}
+
+void TTableWriter::Instance(const TInstance& instance, bool incomplete) {
+  Count(instance.Class().Name());
+  const auto capture = CaptureFileOf(instance);
+  Heading(instance, capture ? &*capture : nullptr);
+  if (incomplete) {
+    layout_.Paragraph(kIndent, "incomplete: an exchange failed while it was collected", EEmphasis::kFailure);
+  }
+  Properties(instance, capture ? &*capture : nullptr);
+  layout_.BlankLine();
+  layout_.Flush();
+}
+
+void TTableWriter::Heading(const TInstance& instance, const TCaptureFile* capture) {
+  layout_.Line(SafeText(instance.Class().Name()), EEmphasis::kHeading);
+  if (capture == nullptr) return;
+  const std::string title = CaptureTitle(*capture);
+  if (!title.empty()) layout_.Paragraph(kIndent, title);
+}
+
+void TTableWriter::Properties(const TInstance& instance, const TCaptureFile* capture) {
+  const std::size_t column = ValueColumn(instance, layout_.Width());
+  const auto path = RegisterPathOf(instance.Class());
+  const auto& properties = instance.Class().Properties();
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    if (!instance.IsSet(i)) continue;
+    const std::string& name = properties[i]->Definition().name;
+    if (capture != nullptr && EqualNames(name, kCaptureDataProperty)) {
+      CaptureData(name, column, *capture);
+    } else {
+      layout_.Row(kIndent, name, column, TableText(instance.Value(i), path));
+    }
+  }
+}
+
+void TTableWriter::CaptureData(const std::string& name, std::size_t column, const TCaptureFile& capture) {
+  const std::size_t size = capture.data.size();
+  layout_.Row(kIndent, name, column, fmt::format("{} byte{}", size, size == 1 ? "" : "s"));
+  const std::size_t perLine = layout_.Width() >= kIndent + DumpColumns(16) ? 16 : 8;
+  const std::string indent(kIndent, ' ');
+  DumpBytes(capture.data, perLine,
+            [this, &indent](std::string_view line) { layout_.Line(indent + std::string(line)); });
+}
+
+void TTableWriter::End(const TCollectionSummary& summary) {
+  WriteTableSummary(layout_, summary, counts_);
+  layout_.Flush();
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,36 @@
+// The form `table`: one block for each instance, and a summary, for people.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/output/capturefile.h"
+#include "host/output/iinstancewriter.h"
+#include "host/output/tablelayout.h"
+
+namespace NKROVEL20 {
+
+/// How many instances of each class, in the order of their first ones.
+using TInstanceCounts = std::vector<std::pair<std::string, std::uint64_t>>;
+
+/// Every block is passed on at once, so that a slow collection can be watched.
+class TTableWriter : public IInstanceWriter {
+ public:
+  TTableWriter(ITextSink& sink, const TTableOptions& options) : layout_(sink, options) {}
+  void Begin(const TCollectionHeader&) override {}
+  void Instance(const TInstance& instance, bool incomplete) override;
+  void End(const TCollectionSummary& summary) override;
+
+ private:
+  void Count(const std::string& className);
+  void Heading(const TInstance& instance, const TCaptureFile* capture);
+  void Properties(const TInstance& instance, const TCaptureFile* capture);
+  void CaptureData(const std::string& name, std::size_t column, const TCaptureFile& capture);
+
+  TTableLayout layout_;
+  TInstanceCounts counts_;
+};
+
+}  // namespace NKROVEL20

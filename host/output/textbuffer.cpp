@@ -1,0 +1,23 @@
+#include "host/output/textbuffer.h"
+
+namespace NKROVEL20 {
+
+void TTextBuffer::HandOver() {
+  // Taken before the sink is called: a sink that throws leaves an empty buffer, not a second copy.
+  const std::size_t size = size_;
+  size_ = 0;
+  if (size > 0) sink_.Write(std::string_view(text_.data(), size));
+}
+
+void TTextBuffer::Flush() {
+  HandOver();
+  sink_.Flush();
+}
+
+void TTextBuffer::AppendLong(std::string_view text) {
+  HandOver();
+  if (text.size() > kCapacity) return sink_.Write(text);
+  Append(text);
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,81 @@
+// The writers' way to a sink: small pieces of text gathered into large ones, with the fast paths
+// that decide how fast a form is written.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "host/output/iinstancewriter.h"
+#include "host/output/utf8.h"
+
+namespace NKROVEL20 {
+
+/// Gathers text in memory of a fixed size and hands it to the sink when that is full. Nothing is
+/// handed over on destruction: after an exception there is nobody to hand it to.
+class TTextBuffer {
+ public:
+  static constexpr std::size_t kCapacity = 64 * 1024;
+
+  /// The sink is not owned.
+  explicit TTextBuffer(ITextSink& sink) : sink_(sink), text_(kCapacity) {}
+
+  void Append(std::string_view text) {
+    if (text.size() > kCapacity - size_) return AppendLong(text);
+    std::memcpy(text_.data() + size_, text.data(), text.size());
+    size_ += text.size();
+  }
+  void Append(char c) {
+    if (size_ == kCapacity) HandOver();
+    text_[size_++] = c;
+  }
+  void AppendRepeated(char c, std::size_t count) {
+    for (; count > 0; --count) Append(c);
+  }
+
+  /// Hands everything to the sink.
+  void HandOver();
+  /// The same, and has the sink pass it on.
+  void Flush();
+
+ private:
+  void AppendLong(std::string_view text);
+
+  ITextSink& sink_;
+  std::vector<char> text_;
+  std::size_t size_ = 0;
+};
+
+/// For each ASCII character, whether a form writes it as it is. Characters beyond ASCII never are:
+/// they have to be checked.
+using TPlainCharacters = std::array<bool, 256>;
+
+/// All ASCII characters from the blank on but those of `special` (and DEL where it is among them).
+constexpr TPlainCharacters PlainBut(std::string_view special) {
+  TPlainCharacters plain{};
+  for (std::size_t i = 0x20; i < 0x80; ++i) plain[i] = true;
+  for (const char c : special) plain[static_cast<unsigned char>(c)] = false;
+  return plain;
+}
+
+/// Appends a string of any bytes: runs of plain characters as they are, and every other character
+/// through `special(character, bytes)`, which has its number and its valid UTF-8. Bytes that are no
+/// character arrive as the replacement character.
+template <typename TSpecial>
+void AppendText(TTextBuffer& out, std::string_view text, const TPlainCharacters& plain, TSpecial&& special) {
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const std::size_t start = at;
+    while (at < text.size() && plain[static_cast<unsigned char>(text[at])]) ++at;
+    if (at > start) out.Append(text.substr(start, at - start));
+    if (at == text.size()) return;
+    const TCodePoint next = NextCodePoint(text, at);
+    special(next.value, next.valid ? text.substr(at, next.size) : kReplacementText);
+    at += next.size;
+  }
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,35 @@
+#include "host/output/writers.h"
+
+#include <array>
+#include <cstddef>
+
+#include "host/output/jsonwriter.h"
+#include "host/output/tablewriter.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::array<const char*, 5> kNames = {"table", "json", "jsonl", "mof", "cimxml"};
+
+}  // namespace
+
+const char* NameOfForm(EOutputForm form) { return kNames.at(static_cast<std::size_t>(form)); }
+
+std::optional<EOutputForm> FormByName(std::string_view name) {
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    if (kNames.at(i) == name) return static_cast<EOutputForm>(i);
+  }
+  return std::nullopt;
+}
+
+std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options) {
+  switch (form) {
+    case EOutputForm::kJson: return std::make_unique<TJsonWriter>(sink);
+    case EOutputForm::kJsonl: return std::make_unique<TJsonLinesWriter>(sink);
+    case EOutputForm::kTable:
+    default: return std::make_unique<TTableWriter>(sink, options);
+  }
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,164 @@
+#include "tests/output/outputfixture.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+class TJsonValueTest : public TOutputTest {
+ protected:
+  /// What stands behind "P": for a property of that type and value.
+  std::string Json(TType type, const TCIMValue& value) {
+    const std::string text = Written(EOutputForm::kJsonl, {One(type, value)}, Complete());
+    const std::string before = R"({"kind":"instance","class":"KROSG_One","properties":{"P":)";
+    EXPECT_EQ(text.substr(0, before.size()), before);
+    return text.substr(before.size(), text.find("}}\n") - before.size());
+  }
+};
+
+TEST_F(TJsonValueTest, EscapesQuotesBackslashesAndControlCharacters) {
+  EXPECT_EQ(Json(TType::kString, TCIMValue("a\"b\\c")), R"("a\"b\\c")");
+  EXPECT_EQ(Json(TType::kString, TCIMValue("\b\f\n\r\t")), R"("\b\f\n\r\t")");
+  EXPECT_EQ(Json(TType::kString, TCIMValue(std::string("\0\x1b\x1f", 3))), R"("\u0000\u001b\u001f")");
+}
+
+TEST_F(TJsonValueTest, KeepsDelAndCharactersBeyondAscii) {
+  EXPECT_EQ(Json(TType::kString, TCIMValue("\x7f\u00e9\u20ac\U0001F600")), "\"\x7f\u00e9\u20ac\U0001F600\"");
+}
+
+TEST_F(TJsonValueTest, ReplacesBytesThatAreNoCharacter) {
+  EXPECT_EQ(Json(TType::kString, TCIMValue("a\xff"
+                                           "b")),
+            "\"a\uFFFDb\"");
+  EXPECT_EQ(Json(TType::kString, TCIMValue("\xe2\x82")), "\"\uFFFD\"");                  // cut short
+  EXPECT_EQ(Json(TType::kString, TCIMValue("\xc0\xaf")), "\"\uFFFD\uFFFD\"");            // overlong
+  EXPECT_EQ(Json(TType::kString, TCIMValue("\xed\xa0\x80")), "\"\uFFFD\uFFFD\uFFFD\"");  // a surrogate
+}
+
+TEST_F(TJsonValueTest, WritesIntegersAtTheirLimits) {
+  EXPECT_EQ(Json(TType::kUint8, TCIMValue(static_cast<unsigned char>(255))), "255");
+  EXPECT_EQ(Json(TType::kSint8, TCIMValue::FromInteger(TType::kSint8, 0x80)), "-128");
+  EXPECT_EQ(Json(TType::kSint64, TCIMValue::FromInteger(TType::kSint64, 1ULL << 63)), "-9223372036854775808");
+  EXPECT_EQ(Json(TType::kUint64, TCIMValue::FromInteger(TType::kUint64, ~0ULL)), "18446744073709551615");
+}
+
+TEST_F(TJsonValueTest, WritesTheShortestRealThatReadsBack) {
+  EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, 0.1)), "0.1");
+  EXPECT_EQ(Json(TType::kReal32, TCIMValue::FromReal(TType::kReal32, 0.1)), "0.1");
+  EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, -3)), "-3.0");
+  EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, 1e300)), "1.0e+300");
+  EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, 2.2250738585072014e-308)),
+            "2.2250738585072014e-308");
+}
+
+TEST_F(TJsonValueTest, WritesNullForRealsThatJsonCannotHold) {
+  EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, std::numeric_limits<double>::infinity())), "null");
+  EXPECT_EQ(Json(TType::kReal32, TCIMValue::FromReal(TType::kReal32, std::numeric_limits<double>::quiet_NaN())),
+            "null");
+}
+
+TEST_F(TJsonValueTest, WritesByteArraysAsNumbersWithNullElements) {
+  EXPECT_EQ(Json(TType::kUint8, Bytes({0, 9, 10, 99, 100, 255})), "[0,9,10,99,100,255]");
+  EXPECT_EQ(Json(TType::kUint8, Bytes({})), "[]");
+  EXPECT_EQ(
+      Json(TType::kUint8, Array(TType::kUint8, {NullOf(TType::kUint8), TCIMValue(static_cast<unsigned char>(1))})),
+      "[null,1]");
+}
+
+TEST_F(TJsonValueTest, WritesDatetimesAsCimWritesThem) {
+  EXPECT_EQ(Json(TType::kDateTime, TCIMValue(Moment())), R"("20260131123456.000000+060")");
+  EXPECT_EQ(Json(TType::kDateTime, TCIMValue(TCIMDateTime::FromString("00000001132312.000000:000"))),
+            R"("00000001132312.000000:000")");
+}
+
+TEST_F(TJsonValueTest, WritesBooleansCharactersAndNulls) {
+  EXPECT_EQ(Json(TType::kBoolean, TCIMValue::FromInteger(TType::kBoolean, 1)), "true");
+  EXPECT_EQ(Json(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xE9)), "\"\u00e9\"");
+  EXPECT_EQ(Json(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xD800)), "\"\uFFFD\"");
+  EXPECT_EQ(Json(TType::kString, NullOf(TType::kString)), "null");
+}
+
+using TJsonWriterTest = TAwkwardTest;
+
+TEST_F(TJsonWriterTest, WritesOneObjectOfACollection) {
+  const auto first = Make(Define("KROSG_A", "", {Property("Name", TType::kString), Property("N", TType::kUint16)}),
+                          {{"N", TCIMValue(7)}});
+  const auto second = Make(Define("KROSG_A", "", {}), {{"Name", TCIMValue("x")}, {"N", TCIMValue(8)}});
+  EXPECT_EQ(Written(EOutputForm::kJson, {first, second}, Complete()),
+            R"({"kind":"instancecollection","format_version":1,"machine_type":"6203",)"
+            R"("plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.1"},)"
+            "\n\"instances\":[\n"
+            R"({"kind":"instance","class":"KROSG_A","properties":{"N":7}},)"
+            "\n"
+            R"({"kind":"instance","class":"KROSG_A","properties":{"Name":"x","N":8}})"
+            "\n],\n"
+            R"("status":"complete","failures":[],"exchanges":{"total":42,"failed":[]},"elapsed_ms":1234})"
+            "\n");
+}
+
+TEST_F(TJsonWriterTest, ListsFailuresOfAPartialCollection) {
+  const std::string text = Written(EOutputForm::kJson, {}, Partial());
+  EXPECT_EQ(text.substr(text.find("\"instances\"")),
+            "\"instances\":[\n],\n"
+            R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"
+            R"("exchanges":{"total":42,"failed":[)"
+            R"({"class":"KROSG_A","node":0,"kind":"register","completion_code":195},)"
+            R"({"class":"KROSG_B","node":1,"kind":"dot","completion_code":"lost"}]},"elapsed_ms":1234})"
+            "\n");
+}
+
+TEST_F(TJsonWriterTest, MarksAnIncompleteInstance) {
+  TStringSink sink;
+  const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
+  writer->Begin(Header());
+  writer->Instance(*One(TType::kString, TCIMValue("x")), true);
+  EXPECT_EQ(sink.content, R"({"kind":"instance","class":"KROSG_One","incomplete":true,"properties":{"P":"x"}})"
+                          "\n");
+}
+
+TEST_F(TJsonWriterTest, WritesAnAwkwardInstance) {
+  const std::string text = Written(EOutputForm::kJsonl, {Awkward()}, Complete());
+  EXPECT_EQ(text.substr(0, text.find('\n')),
+            R"({"kind":"instance","class":"KROSG_Awkward","properties":{"Quotes":"say \"hi\" \\ <&>",)"
+            R"("Controls":"t\tn\nr\re\u001bz\u0000d)"
+            "\x7f"
+            R"(","NonAscii":")"
+            "Gr\u00fc\u00dfe \u6f22 \U0001F600"
+            R"(","Invalid":")"
+            "a\uFFFDb\uFFFD"
+            R"(","Empty":"","Nothing":null,"Bytes":[0,null,255],"NoBytes":[],"Texts":["a\"b",null,""],)"
+            R"("Lowest":-9223372036854775808,"Highest":18446744073709551615,"Yes":true,"No":false,"Tenth":0.1,)"
+            R"("Huge":1.0e+300,"Endless":null,"Accent":")"
+            "\u00e9"
+            R"(","Moment":"20260131123456.000000+060","Span":"00000001132312.000000:000"}})");
+}
+
+TEST_F(TJsonWriterTest, LinesArePassedOnAtOnceAndEndWithASummary) {
+  TStringSink sink;
+  const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
+  writer->Begin(Header());
+  writer->Instance(*One(TType::kString, TCIMValue("x")), false);
+  const std::string line = R"({"kind":"instance","class":"KROSG_One","properties":{"P":"x"}})"
+                           "\n";
+  EXPECT_EQ(sink.content, line);
+  EXPECT_EQ(sink.flushedAt, std::vector<std::size_t>{line.size()});
+  writer->End(Partial());
+  EXPECT_EQ(sink.content.substr(line.size()),
+            R"({"kind":"summary","format_version":1,"machine_type":"6203",)"
+            R"("plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.1"},)"
+            R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"
+            R"("exchanges":{"total":42,"failed":[)"
+            R"({"class":"KROSG_A","node":0,"kind":"register","completion_code":195},)"
+            R"({"class":"KROSG_B","node":1,"kind":"dot","completion_code":"lost"}]},"elapsed_ms":1234})"
+            "\n");
+}
+
+TEST_F(TJsonWriterTest, ListsInheritedPropertiesFirst) {
+  Define("KROSG_Base", "", {Property("Z", TType::kString)});
+  const auto derived = Define("KROSG_Derived", "KROSG_Base", {Property("A", TType::kString)});
+  const auto instance = Make(derived, {{"A", TCIMValue("2")}, {"Z", TCIMValue("1")}});
+  const std::string text = Written(EOutputForm::kJsonl, {instance}, Complete());
+  EXPECT_EQ(text.substr(0, text.find('\n')),
+            R"({"kind":"instance","class":"KROSG_Derived","properties":{"Z":"1","A":"2"}})");
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

@@ -1,0 +1,67 @@
+// Instances and sinks for the tests of the output forms.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/core/ciminstance.h"
+#include "host/core/cimnamespace.h"
+#include "host/output/writers.h"
+
+namespace NKROVEL20::OutputTest {
+
+using TType = TCIMValue::TCIMType;
+using TInstancePtr = boost::shared_ptr<TInstance>;
+
+/// Keeps what is written, and how much of it each flush found.
+class TStringSink : public ITextSink {
+ public:
+  void Write(std::string_view text) override { content += text; }
+  void Flush() override { flushedAt.push_back(content.size()); }
+  std::string content;
+  std::vector<std::size_t> flushedAt;
+};
+
+TPropertyDefinition Property(const std::string& name, TType type, bool isArray = false);
+TCIMValue Bytes(const std::vector<int>& bytes);
+TCIMValue Array(TType type, const std::vector<TCIMValue>& elements);
+TCIMValue NullOf(TType type);
+/// 2026-01-31T12:34:56+01:00
+TCIMDateTime Moment();
+
+class TOutputTest : public testing::Test {
+ protected:
+  boost::shared_ptr<TCIMClass> Define(const std::string& name, const std::string& superClass,
+                                      const std::vector<TPropertyDefinition>& properties);
+  TInstancePtr Make(const boost::shared_ptr<TCIMClass>& cimClass,
+                    const std::vector<std::pair<std::string, TCIMValue>>& values);
+  /// An instance of a class "KROSG_One" whose only property is "P" of that type.
+  TInstancePtr One(TType type, const TCIMValue& value);
+  /// A capture file instance: file cpu_err, node 1, record 0, the moment above.
+  TInstancePtr Capture(const std::string& rawData);
+
+  static TCollectionHeader Header();
+  /// Complete, no exchange failed.
+  static TCollectionSummary Complete();
+  /// Interrupted: one request failed, one exchange was lost and one refused.
+  static TCollectionSummary Partial();
+
+  /// The whole text of a form.
+  static std::string Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
+                             const TCollectionSummary& summary, const TTableOptions& options = {});
+
+  boost::shared_ptr<TNamespace> cimNamespace_ = TNamespace::Create();
+};
+
+/// An instance with every awkward value that the forms have to carry, of class "KROSG_Awkward".
+class TAwkwardTest : public TOutputTest {
+ protected:
+  TInstancePtr Awkward();
+};
+
+}  // namespace NKROVEL20::OutputTest
