@@ -124,9 +124,8 @@ TEST_F(TConstruction, WhatTheRegistrationThrowsLeavesTheConstructor) {
 }
 
 TEST_F(TConstruction, ARefusedRegistrationLeavesThePluginSilent) {
-  LogMessage::setPluginInstance(nullptr);
+  pluginManager->refuses = true;
   auto* const plugin = new TTORGARegPluginCallbacks();
-  LogMessage::setPluginInstance(nullptr);  // what a null handle from the plugin manager amounts to
   plugin->Init();
   EXPECT_TRUE(logger.Lines().empty());
   plugin->PrepareForUnload();

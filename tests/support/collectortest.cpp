@@ -11,7 +11,7 @@ using namespace NKROVEL20;
 TPluginManagerProvider* TFakePluginManager::RegisterPlugin(IPluginCallbacks* plugin) {
   if (onRegister) onRegister();
   registered.push_back(plugin);
-  return &provider;
+  return refuses ? nullptr : &provider;
 }
 
 TCollectorTest::TCollectorTest() : pluginManager(boost::make_shared<TFakePluginManager>()), ns(TNamespace::Create()) {

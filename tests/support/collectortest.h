@@ -18,7 +18,7 @@
 
 namespace testsupport {
 
-/// A plugin manager that hands out one provider and keeps who registered.
+/// A plugin manager that keeps who registered and hands out one provider, or none.
 class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
  public:
   NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks* plugin) override;
@@ -30,6 +30,7 @@ class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
   std::vector<NKROVEL20::IPluginCallbacks*> registered;
   NKROVEL20::TPluginManagerProvider provider{"plugin under test", nullptr};
   std::function<void()> onRegister;  ///< called before the registration is taken
+  bool refuses = false;              ///< answers with a null handle
 };
 
 class TFakeEnvironment : public NKROVEL20::IHostEnvironment {
