@@ -26,6 +26,7 @@ class TRegisterTest : public TPartTest {
   void StartAnew() {
     collector.reset();
     ns = NKROVEL20::TNamespace::Create();
+    ns->SetMachineType(environment.machineType);
     AddStatisticBase();
   }
   /// A class below the one with the identification properties.
