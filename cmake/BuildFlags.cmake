@@ -18,6 +18,10 @@ if(VELHOST_SANITIZE)
   add_compile_definitions(VELHOST_SANITIZED=1)
 endif()
 
+if(VELHOST_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # -z defs: a library that forgets to link what it uses fails at build time. Clang's sanitizers leave
 # their runtime to the program, so there it cannot hold.
 if(NOT (VELHOST_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))

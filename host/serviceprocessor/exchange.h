@@ -22,6 +22,7 @@ NKROVEL20_API const char* NameOfKind(EExchangeKind kind);
 
 struct TIpmiExchange {
   int node;
+  bool attempted;  ///< false: refused because the run was stopped already
   const TIPMICommandBuffer& request;
   bool answered;
   const TIPMICommandBuffer& response;  ///< equals the request when there was no answer
@@ -31,6 +32,7 @@ struct TIpmiExchange {
 
 struct TDotExchange {
   int serviceProcessor;
+  bool attempted;  ///< false: refused because the run was stopped already
   const dotCmd& command;
   bool answered;
   std::span<const std::uint8_t> response;  ///< empty when there was no answer

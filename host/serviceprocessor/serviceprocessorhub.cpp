@@ -20,8 +20,9 @@ IExchangeObserver::~IExchangeObserver() = default;
 bool TSupervisedServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
   const TIPMICommandBuffer request = buffer;
   const auto start = TClock::now();
-  const bool answered = !stop.IsStopped() && inner_.SendIpmi(node, buffer, length, stop);
-  const TIpmiExchange exchange = {node, request, answered, buffer, length, Since(start)};
+  const bool attempted = !stop.IsStopped();
+  const bool answered = attempted && inner_.SendIpmi(node, buffer, length, stop);
+  const TIpmiExchange exchange = {node, attempted, request, answered, buffer, length, Since(start)};
   for (IExchangeObserver* observer : observers_) observer->OnIpmi(exchange);
   return answered;
 }
@@ -29,9 +30,10 @@ bool TSupervisedServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer,
 bool TSupervisedServiceProcessor::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response,
                                           int& length, const TStopSignal& stop) {
   const auto start = TClock::now();
-  const bool answered = !stop.IsStopped() && inner_.SendDot(serviceProcessor, command, response, length, stop);
+  const bool attempted = !stop.IsStopped();
+  const bool answered = attempted && inner_.SendDot(serviceProcessor, command, response, length, stop);
   const std::size_t size = answered && length > 0 ? std::min(static_cast<std::size_t>(length), response.size()) : 0;
-  const TDotExchange exchange = {serviceProcessor, command, answered, response.first(size), length, Since(start)};
+  const TDotExchange exchange = {serviceProcessor, attempted, command, answered, response.first(size), length, Since(start)};
   for (IExchangeObserver* observer : observers_) observer->OnDot(exchange);
   return answered;
 }

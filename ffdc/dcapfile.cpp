@@ -1,0 +1,58 @@
+// Turns one capture file into a committed CIM instance.
+#include "nkrovel20/tcimschemahelper.h"
+#include "nkrovel20/tosspecific.h"
+#include "plugin/registerdump.h"
+#include "plugin/torgaplugin.h"
+
+namespace torgareg {
+
+using namespace NKROVEL20;
+
+namespace {
+
+const char* const kFileClass = "KROSG_DCAPFile";
+
+boost::shared_ptr<ICIMClass> findFileClass(const boost::shared_ptr<ICIMNamespace>& ns) {
+  return ns->GetClass(kFileClass, {{TCIMSchemaHelper::kContextName, TCIMValue(TCIMSchemaHelper::kPluginNSPName)}});
+}
+
+}  // namespace
+
+void TTORGARegPluginCallbacks::AddErrFFDCinstance(boost::shared_ptr<ICIMNamespace> ns, unsigned char* data, int length,
+                                                  const std::string& name, int node) {
+  const TCIMDateTime localTime = TOSSpecific::GetLocalTime();
+  logger->writeDebug("Enter AddErrFFDCinstance funtion");
+  const boost::shared_ptr<ICIMClass> fileClass = findFileClass(ns);
+  std::string rawData;
+  if (length > 0) appendHexPairs(rawData, data, static_cast<std::size_t>(length));
+  logger->writeDebug("Data added into KROSG_DCAPFile class:" + rawData);
+  publishCaptureFile(fileClass, rawData, localTime, name, node);
+}
+
+void TTORGARegPluginCallbacks::AddErrFFDCinstance(boost::shared_ptr<ICIMNamespace> ns, std::string rawData,
+                                                  int /*length*/, const std::string& name, int node) {
+  const TCIMDateTime localTime = TOSSpecific::GetLocalTime();
+  logger->writeDebug("Enter AddErrFFDCinstance funtion");
+  publishCaptureFile(findFileClass(ns), rawData, localTime, name, node);
+}
+
+void TTORGARegPluginCallbacks::publishCaptureFile(const boost::shared_ptr<ICIMClass>& fileClass,
+                                                  const std::string& rawData, const TCIMDateTime& localTime,
+                                                  const std::string& name, int node) {
+  const TPropertyMap noContext;
+  const boost::shared_ptr<ICIMInstance> instance = fileClass->CreateInstance(noContext);
+  instance->SetProperty("FileName", TCIMValue(name), noContext);
+  instance->SetProperty("ErrRawData", TCIMValue(rawData), noContext);
+  instance->SetProperty("MessageTimestamp", TCIMValue(localTime), noContext);
+  instance->SetProperty("SourceNode", TCIMValue(dataToString<int>(node + 1)), noContext);
+  instance->SetProperty("CreationClassName", TCIMValue(kFileClass), noContext);
+  instance->SetProperty("LogCreationClassName", TCIMValue(kFileClass), noContext);
+  instance->SetProperty("LogName", TCIMValue(kFileClass), noContext);
+  instance->SetProperty("RecordID", TCIMValue(dataToString<int>(recordCounter)), noContext);
+  // Counted before the commit: a number that a failed commit took is not given out again.
+  ++recordCounter;
+  instance->Commit(noContext);
+  logger->writeDebug("Exit AddErrFFDCinstance funtion");
+}
+
+}  // namespace torgareg

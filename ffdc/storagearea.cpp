@@ -1,0 +1,178 @@
+// The OEM storage-area commands of a BMC: open, query size, read, close.
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+
+#include "nkrovel20/ipmicommandbuffer.h"
+#include "nkrovel20/storageareacommands.h"
+#include "plugin/registerdump.h"
+#include "plugin/torgaplugin.h"
+
+namespace torgareg {
+
+using namespace NKROVEL20;
+namespace Wire = NKROVEL20::StorageAreaCommands;
+
+namespace {
+
+constexpr int kChunkSize = 10;
+// What a response's length counts beside the data of a read, as far as this protocol's users have
+// always subtracted: the copy is cut to the chunk, so that the nine bytes too many never show.
+constexpr int kReadLengthOverhead = 5;
+// The close trace shows as many bytes as a read request has, the last six zero.
+constexpr std::size_t kTracedCloseSize = TIPMICommandBuffer::kData + Wire::kReadLength;
+constexpr std::size_t kReadRequestSize = TIPMICommandBuffer::kData + Wire::kReadLength;
+static_assert(kReadRequestSize == 23 && kTracedCloseSize == 23);
+
+TIPMICommandBuffer makeRequest(std::uint8_t subCommand, std::size_t dataLength) {
+  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kCommand, static_cast<std::uint8_t>(dataLength));
+  std::copy(Wire::kManufacturerId.begin(), Wire::kManufacturerId.end(), buffer.Data() + Wire::kManufacturer);
+  buffer[Wire::kSubCommand] = subCommand;
+  return buffer;
+}
+
+// A bounded copy: a longer name is cut without a terminator.
+void putName(TIPMICommandBuffer& buffer, std::size_t offset, const std::string& name) {
+  const std::string field = name.substr(0, Wire::kNameSize);
+  std::copy(field.begin(), field.end(), buffer.Data() + offset);
+}
+
+void putHandle(TIPMICommandBuffer& buffer, const unsigned char* handle) {
+  std::copy_n(handle, Wire::kHandleSize, buffer.Data() + Wire::kHandle);
+}
+
+std::uint32_t getLittleEndian32(const TIPMICommandBuffer& buffer, std::size_t offset) {
+  std::uint32_t value = 0;
+  for (std::size_t i = 0; i < 4; ++i) value |= static_cast<std::uint32_t>(buffer[offset + i]) << (8 * i);
+  return value;
+}
+
+void putLittleEndian32(TIPMICommandBuffer& buffer, std::size_t offset, std::uint32_t value) {
+  for (std::size_t i = 0; i < 4; ++i) buffer[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+// The size counts the whole name, which may be longer than the request that carries it.
+std::string traceOf(const std::string& command, std::size_t size, const TIPMICommandBuffer& request) {
+  std::string text = command + " IPMI command data:" + std::to_string(size) + "bits\n";
+  appendHexPairs(text, request.Data(), std::min(size, TIPMICommandBuffer::kSize));
+  return text;
+}
+
+bool send(SPLibrary* sp, TIPMICommandBuffer& buffer, int& length) {
+  length = static_cast<int>(TIPMICommandBuffer::kSize);
+  return sp->sendIPMICommand(buffer.Data(), &length, static_cast<int>(TIPMICommandBuffer::kSize), true);
+}
+
+std::string toHex(std::uint8_t value) {
+  std::array<char, 2> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
+  return std::string(digits.data(), end);
+}
+
+TIPMICommandBuffer makeReadRequest(const unsigned char* handle, int offset, int chunk) {
+  TIPMICommandBuffer request = makeRequest(Wire::kRead, Wire::kReadLength);
+  putHandle(request, handle);
+  putLittleEndian32(request, Wire::kReadOffset, static_cast<std::uint32_t>(offset));
+  request[Wire::kReadCount] = static_cast<std::uint8_t>(chunk);  // the field's high byte stays zero
+  return request;
+}
+
+// A BMC must not return more than it was asked for; what it returns too much is cut off.
+int copiedSize(int responseLength, int chunk) {
+  const std::int64_t offered = std::int64_t{responseLength} - kReadLengthOverhead;
+  return static_cast<int>(std::clamp<std::int64_t>(offered, 0, std::max(chunk, 0)));
+}
+
+// Wraps where a negative size keeps the loop going for long; the requested texts stay the same.
+int advanced(int offset, int chunk) {
+  return static_cast<int>(static_cast<unsigned int>(offset) + static_cast<unsigned int>(chunk));
+}
+
+}  // namespace
+
+bool TTORGARegPluginCallbacks::OpenStorageArea(unsigned char* handle, const std::string& name, SPLibrary* sp) {
+  logger->writeDebug("Enter OpenStorageArea funtion");
+  TIPMICommandBuffer buffer = makeRequest(Wire::kOpen, name.size() + Wire::kOpenLength);
+  buffer[Wire::kBody] = Wire::kOpenMode;
+  putName(buffer, Wire::kOpenName, name);
+  // The prefix stands twice.
+  logger->writeDebug("OpenStorageArea IPMI command data:" +
+                     traceOf("OpenStorageArea", name.size() + Wire::kOpenName, buffer));
+  int length = 0;
+  if (!send(sp, buffer, length) || buffer.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
+  std::copy_n(buffer.Data() + Wire::kResponseHandle, Wire::kHandleSize, handle);
+  logger->writeDebug("Exit OpenStorageArea funtion");
+  return true;
+}
+
+bool TTORGARegPluginCallbacks::QueryStorageAreaSize(int& size, const std::string& name, SPLibrary* sp) {
+  logger->writeDebug("Enter QueryStorageAreaSize funtion");
+  TIPMICommandBuffer buffer = makeRequest(Wire::kQuerySize, name.size() + Wire::kQueryLength);
+  putName(buffer, Wire::kQueryName, name);
+  // The two prefixes differ.
+  logger->writeDebug("QueryStorageArea IPMI command data:" +
+                     traceOf("QueryStorageAreaSize", name.size() + Wire::kQueryName, buffer));
+  int length = 0;
+  if (!send(sp, buffer, length) || buffer.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
+  size = static_cast<std::int32_t>(getLittleEndian32(buffer, Wire::kResponseSize));
+  logger->writeDebug("total storage area size:" + dataToString<int>(size) + "\n");
+  logger->writeDebug("Exit QueryStorageAreaSize funtion");
+  return true;
+}
+
+int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, unsigned char* out, SPLibrary* sp) {
+  logger->writeDebug("Enter ReadStorageArea funtion");
+  const int capacity = std::max(size, kChunkSize);
+  const int full = size / kChunkSize;
+  const int rest = size - full * kChunkSize;
+  int offset = 0;
+  int count = 0;
+  int chunk = kChunkSize;
+  while (true) {
+    TIPMICommandBuffer buffer = makeReadRequest(handle, offset, chunk);
+    std::string line = "ReadStorageArea IPMI command data:";
+    appendHexPairs(line, buffer.Data(), kReadRequestSize);
+    logger->writeDebug(line);
+    int length = 0;
+    send(sp, buffer, length);  // without an answer the command byte stands where the completion code is looked for
+    logger->writeDebug("completeCode:" + toHex(buffer.CompletionCode()) + "\n");
+    if (buffer.CompletionCode() != TIPMICommandBuffer::kSuccess) break;
+
+    const int copied = copiedSize(length, chunk);
+    line = "Response raw data size:" + dataToString<int>(copied) + ", loopoffset:" + dataToString<int>(count) +
+           ", raw data info:";
+    appendHexPairs(line, buffer.Data() + Wire::kResponseData, static_cast<std::size_t>(copied));
+    logger->writeDebug(line);
+    if (offset >= 0 && offset < capacity) {
+      std::copy_n(buffer.Data() + Wire::kResponseData, std::min(copied, capacity - offset), out + offset);
+    }
+
+    offset = advanced(offset, chunk);  // what was asked for, also where less came
+    count = advanced(count, 1);
+    if (count == full) {
+      if (rest == 0) break;
+      chunk = rest;
+    }
+    // Deliberately unsigned: a negative size reads on until a completion code ends it.
+    if (static_cast<unsigned int>(full) < static_cast<unsigned int>(count)) break;
+  }
+  logger->writeDebug("returned smbioslen:" + dataToString<int>(offset) + "\n");
+  logger->writeDebug("Exit ReadStorageArea funtion");
+  return offset;
+}
+
+void TTORGARegPluginCallbacks::CloseStorageArea(unsigned char* handle, SPLibrary* sp) {
+  logger->writeDebug("Enter CloseStorageArea funtion");
+  TIPMICommandBuffer buffer = makeRequest(Wire::kClose, Wire::kCloseLength);
+  putHandle(buffer, handle);
+  std::string line = "CloseStorageArea IPMI command data:";
+  appendHexPairs(line, buffer.Data(), kTracedCloseSize);
+  logger->writeDebug(line);
+  int length = 0;
+  send(sp, buffer, length);
+  if (buffer.CompletionCode() == TIPMICommandBuffer::kSuccess) logger->writeDebug("close file successfully");
+  logger->writeDebug("Exit ReadStorageArea funtion");  // the read's text; kept as it stands
+}
+
+}  // namespace torgareg

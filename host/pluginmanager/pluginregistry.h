@@ -1,0 +1,51 @@
+// Registrations: which plugin object belongs to the library that is being loaded.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "nkrovel20/iplugincallbacks.h"
+#include "nkrovel20/tpluginmanagernamespace.h"
+
+namespace NKROVEL20 {
+
+/// One registration; what a plugin holds as its handle.
+class TPluginManagerProvider {
+ public:
+  TPluginManagerProvider(std::string path, IPluginCallbacks* plugin) : path_(std::move(path)), plugin_(plugin) {}
+  const std::string& Path() const { return path_; }
+  IPluginCallbacks* Plugin() const { return plugin_; }
+
+ private:
+  std::string path_;
+  IPluginCallbacks* plugin_;  // deletes itself in PrepareForUnload
+};
+
+/// The plugin manager's namespace. It has no classes: plugins come here to register alone.
+class NKROVEL20_API TPluginRegistry : public TPluginManagerNamespace {
+ public:
+  TPluginRegistry();
+  ~TPluginRegistry() override;
+
+  /// See TPluginManagerNamespace. The first registration between BeginLoading and EndLoading is
+  /// taken; a null plugin, a second one, and one at any other time are refused.
+  TPluginManagerProvider* RegisterPlugin(IPluginCallbacks* plugin) override;
+  boost::shared_ptr<ICIMClass> GetClass(const std::string& name, const TPropertyMap& context) override;
+  std::string GetMachineType() const override { return {}; }
+
+  void BeginLoading(const std::string& path);
+  struct TOutcome {
+    std::unique_ptr<TPluginManagerProvider> provider;  ///< empty when nothing registered
+    std::vector<std::string> refusals;                 ///< why, one text each
+  };
+  TOutcome EndLoading();
+
+ private:
+  bool loading_ = false;
+  std::string path_;
+  TOutcome outcome_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,40 @@
+// The system calls of the Linux IPMI driver, behind an interface so that tests need no device.
+#pragma once
+
+#include <linux/ipmi.h>
+#include <poll.h>
+
+#include <chrono>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "nkrovel20/api.h"
+
+namespace NKROVEL20 {
+
+class NKROVEL20_API IIpmiDriver {
+ public:
+  virtual ~IIpmiDriver();
+  /// Every /dev/ipmiN there is, in the order of N.
+  virtual std::vector<std::string> Devices() = 0;
+  /// A descriptor, or the negative error number.
+  virtual int Open(const std::string& device) = 0;
+  virtual void Close(int descriptor) = 0;
+  /// IPMICTL_SEND_COMMAND and IPMICTL_RECEIVE_MSG_TRUNC: 0 or the error number. A message longer
+  /// than its buffer is cut, taken off the driver's queue and reported with EMSGSIZE.
+  virtual int Send(int descriptor, ipmi_req& request) = 0;
+  virtual int Receive(int descriptor, ipmi_recv& message) = 0;
+  /// poll(2): the number of ready descriptors, 0 after the time, or the negative error number.
+  virtual int Poll(std::span<pollfd> descriptors, std::chrono::milliseconds time) = 0;
+};
+
+/// The driver of this machine.
+NKROVEL20_API std::shared_ptr<IIpmiDriver> LinuxIpmiDriver();
+
+/// The names in `names` that are "ipmi" and a number, as paths under /dev, in the order of the
+/// numbers; device 10 stands behind device 9.
+NKROVEL20_API std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,103 @@
+#include "host/serviceprocessor/lan/lanserviceprocessor.h"
+
+#include <exception>
+#include <utility>
+
+#include "host/core/hosterror.h"
+#include "host/serviceprocessor/commandframe.h"
+#include "host/serviceprocessor/lan/lanlink.h"
+#include "host/serviceprocessor/lan/lanworker.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+// Ending a session is one packet; a thread that hangs all the same is left behind.
+constexpr std::chrono::milliseconds kClosingTime{1'000};
+
+[[noreturn]] void ThrowStopped(const std::string& address, const TStopSignal& stop) {
+  if (stop.WasRequested()) {
+    throw THostError(EExitStatus::kPartial, "lan:" + address + ": interrupted while the session was being opened");
+  }
+  throw THostError(EExitStatus::kUnavailable, "lan:" + address + ": no session before the deadline");
+}
+
+}  // namespace
+
+/// A link and the thread that uses it. The thread's jobs own the link too, so that one left behind
+/// keeps what it works with.
+class TLanServiceProcessor::TNode {
+ public:
+  TNode(const VelLanModule& module, const TLanOptions& options)
+      : address_(AddressOf(options)), link_(std::make_shared<TLanLink>(module, options)) {}
+
+  ~TNode() {
+    TStopSignal soon;
+    soon.SetDeadline(TStopSignal::TClock::now() + kClosingTime);
+    worker_.Run([link = std::move(link_)] { link->Close(); }, soon);
+  }
+
+  TNode(const TNode&) = delete;
+  TNode& operator=(const TNode&) = delete;
+
+  void Open(const TStopSignal& stop) {
+    const auto failure = std::make_shared<std::exception_ptr>();
+    const auto job = [link = link_, failure] {
+      try {
+        link->Open();
+      } catch (...) {
+        *failure = std::current_exception();
+      }
+    };
+    if (!worker_.Run(job, stop)) ThrowStopped(address_, stop);
+    if (*failure) std::rethrow_exception(*failure);
+  }
+
+  /// Null when the run was stopped.
+  std::shared_ptr<TLanExchange> Exchange(const TIPMICommandBuffer& buffer, const TStopSignal& stop) {
+    const auto data = CommandFrame::RequestData(buffer);
+    auto exchange = std::make_shared<TLanExchange>();
+    exchange->networkFunction = buffer[TIPMICommandBuffer::kNetworkFunction];
+    exchange->lun = buffer[TIPMICommandBuffer::kLun];
+    exchange->request.reserve(1 + data.size());
+    exchange->request.push_back(buffer[TIPMICommandBuffer::kCommand]);
+    for (const std::uint8_t byte : data) exchange->request.push_back(byte);
+    const auto job = [link = link_, exchange]() noexcept { link->Exchange(*exchange); };
+    return worker_.Run(job, stop) ? exchange : nullptr;
+  }
+
+ private:
+  std::string address_;
+  std::shared_ptr<TLanLink> link_;
+  TLanWorker worker_;
+};
+
+TLanServiceProcessor::TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options,
+                                           const TStopSignal& stop, TLanNotice notice)
+    : notice_(std::move(notice)) {
+  for (const TLanOptions& node : options) {
+    nodes_.push_back(std::make_unique<TNode>(module, node));
+    nodes_.back()->Open(stop);
+  }
+}
+
+TLanServiceProcessor::~TLanServiceProcessor() = default;
+
+bool TLanServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+  if (node < 0 || static_cast<std::size_t>(node) >= nodes_.size()) return false;
+  const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(buffer, stop);
+  if (!exchange) return false;
+  if (!exchange->notice.empty() && notice_) notice_(exchange->notice);
+  if (!exchange->answered) return false;
+  const std::span<const std::uint8_t> response(exchange->response.data(), exchange->size);
+  CommandFrame::StoreResponse(buffer, length, response.front(), response.subspan(1));
+  return true;
+}
+
+bool TLanServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*command*/,
+                                   std::span<std::uint8_t> /*response*/, int& /*length*/,
+                                   const TStopSignal& /*stop*/) {
+  return false;
+}
+
+}  // namespace NKROVEL20

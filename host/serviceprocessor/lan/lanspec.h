@@ -1,0 +1,44 @@
+// What a user says about a BMC on the network: its address, who logs in, and with what rights.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/core/sourcereader.h"
+#include "nkrovel20/api.h"
+
+namespace NKROVEL20 {
+
+/// The privilege levels, with their numbers on the wire.
+enum class ELanPrivilege : std::uint8_t { kUser = 2, kOperator = 3, kAdmin = 4 };
+
+struct TLanOptions {
+  std::string host;  ///< a name or an address, IPv6 without its brackets
+  std::uint16_t port = 623;
+  std::string user;      ///< at most 16 bytes; empty for the BMC's anonymous user
+  std::string password;  ///< at most 20 bytes
+  std::vector<int> cipherSuites = {17, 3};  ///< tried in this order, each from 0 to 17
+  ELanPrivilege privilege = ELanPrivilege::kAdmin;
+};
+
+/// "lan:[USER@]HOST[:PORT]", an IPv6 address in brackets; a USER may contain "@". Gives host, port
+/// and user. Throws THostError (kUsage), saying what is wrong with which SPEC.
+NKROVEL20_API TLanOptions ParseLanSpec(const std::string& spec);
+
+/// "user", "operator" or "admin"; empty for anything else.
+NKROVEL20_API std::optional<ELanPrivilege> LanPrivilegeOf(const std::string& name);
+/// The name of a privilege level.
+NKROVEL20_API const char* NameOf(ELanPrivilege privilege);
+
+/// "HOST:PORT", an IPv6 address in brackets: for connections and messages.
+NKROVEL20_API std::string AddressOf(const TLanOptions& options);
+
+/// The password: the first line of `file` without its end, if `file` is not empty; else
+/// `environment`, the value of VELHOST_IPMI_PASSWORD, which may be an empty text. Throws THostError:
+/// kUsage where both are missing or the password is longer than IPMI's 20 bytes, else what reading
+/// the file throws. No message contains any of it.
+NKROVEL20_API std::string LanPassword(const std::string& file, const char* environment, ISourceReader& reader);
+
+}  // namespace NKROVEL20

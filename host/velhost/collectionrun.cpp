@@ -1,0 +1,120 @@
+#include "host/velhost/collectionrun.h"
+
+#include "host/core/hosterror.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+std::string NameOf(const std::vector<boost::shared_ptr<TCIMClass>>& request) {
+  std::string name;
+  for (const auto& cimClass : request) name += (name.empty() ? "" : ", ") + cimClass->Name();
+  return name;
+}
+
+// Takes the commit callback away again: it refers to the run.
+class TCommitGuard {
+ public:
+  TCommitGuard(TNamespace& cimNamespace, TNamespace::TCommitCallback callback) : namespace_(cimNamespace) {
+    namespace_.SetCommitCallback(std::move(callback));
+  }
+  ~TCommitGuard() { namespace_.SetCommitCallback({}); }
+  TCommitGuard(const TCommitGuard&) = delete;
+  TCommitGuard& operator=(const TCommitGuard&) = delete;
+
+ private:
+  TNamespace& namespace_;
+};
+
+}  // namespace
+
+TCollectionRun::TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, IInstanceWriter& writer,
+                               TExchangeLedger& ledger, const TStopSignal& stop)
+    : settings_(std::move(settings)),
+      namespace_(std::move(cimNamespace)),
+      writer_(writer),
+      ledger_(ledger),
+      stop_(stop) {}
+
+TCollectionSummary TCollectionRun::Run(const TClasses& classes) {
+  const auto start = std::chrono::steady_clock::now();
+  const TCommitGuard guard(*namespace_, [this](const boost::shared_ptr<const TInstance>& i) { OnCommit(i); });
+  std::vector<TClasses> requests;
+  if (settings_.singleRequest) {
+    requests.push_back(classes);
+  } else {
+    for (const auto& cimClass : classes) requests.push_back({cimClass});
+  }
+  {
+    TDynamicLibraryLoader libraries;
+    TPluginLoader loader(libraries);
+    const auto plugin = loader.Load(settings_.pluginPath);
+    IPluginBasicQueryCallbacks* const query = plugin->Query();
+    if (query == nullptr) {
+      throw THostError(EExitStatus::kNoInput, "plugin " + plugin->Path() + " answers no requests for instances");
+    }
+    Begin(plugin->Callbacks());
+    plugin->Callbacks().Init();
+    RunAll(*query, requests);
+    plugin->Callbacks().DeInit();
+  }
+  Summarise(start);
+  writer_.End(summary_);
+  return summary_;
+}
+
+void TCollectionRun::Begin(IPluginCallbacks& plugin) {
+  writer_.Begin({settings_.machineType, plugin.GetName(), plugin.GetVersion(), plugin.GetInterfaceVersion()});
+}
+
+void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests) {
+  for (std::size_t i = 0; i < requests.size(); ++i) {
+    const std::string name = NameOf(requests[i]);
+    if (stop_.IsStopped()) {
+      summary_.failures.push_back({name, "not collected: " + StopReason()});
+      continue;
+    }
+    if (observer_ != nullptr) observer_->OnRequest(i, requests.size(), name);
+    RunOne(plugin, requests[i], name);
+  }
+}
+
+void TCollectionRun::RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name) {
+  ledger_.BeginRequest(name);
+  const std::string failure = RunRequest(plugin, namespace_, request);
+  WritePending();
+  if (!failure.empty()) summary_.failures.push_back({name, failure});
+}
+
+void TCollectionRun::OnCommit(const boost::shared_ptr<const TInstance>& instance) {
+  if (onInstance_) onInstance_(instance);
+  if (settings_.writeAtCommit) {
+    writer_.Instance(*instance, ledger_.RequestHadFailures());
+  } else {
+    pending_.push_back(instance);
+  }
+}
+
+// Only at the end of a request is it known whether one of its exchanges failed.
+void TCollectionRun::WritePending() {
+  const bool incomplete = ledger_.RequestHadFailures();
+  for (const auto& instance : pending_) writer_.Instance(*instance, incomplete);
+  pending_.clear();
+}
+
+std::string TCollectionRun::StopReason() const { return stop_.WasRequested() ? "interrupted" : "deadline reached"; }
+
+void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
+  summary_.exchanges = ledger_.Total();
+  summary_.failedExchanges = ledger_.Failed();
+  if (stop_.IsStopped()) {
+    summary_.partialReason = StopReason();
+  } else if (!summary_.failures.empty()) {
+    summary_.partialReason = "a request failed";
+  }
+  summary_.partial = !summary_.partialReason.empty();
+  summary_.elapsedMs =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,69 @@
+// One collection against a connected server: loads the plugin, makes the requests, hands on what is
+// committed, unloads.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/core/cimnamespace.h"
+#include "host/output/iinstancewriter.h"
+#include "host/pluginmanager/pluginloader.h"
+#include "host/serviceprocessor/stopsignal.h"
+#include "host/velhost/requests.h"
+
+namespace NKROVEL20 {
+
+/// Told as the requests go on; for progress.
+class IRequestObserver {
+ public:
+  virtual ~IRequestObserver() = default;
+  /// Request `index` (from 0) of `count` begins; `name` is its class or classes.
+  virtual void OnRequest(std::size_t index, std::size_t count, const std::string& name) = 0;
+};
+
+class TCollectionRun {
+ public:
+  struct TSettings {
+    std::string pluginPath;
+    std::string machineType;
+    bool singleRequest = false;
+    bool writeAtCommit = false;  ///< for a form that writes each instance at once
+  };
+
+  /// Nothing is owned. The ledger observes the service processor already.
+  TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, IInstanceWriter& writer,
+                 TExchangeLedger& ledger, const TStopSignal& stop);
+  void SetRequestObserver(IRequestObserver& observer) { observer_ = &observer; }
+  /// Called with each instance at its commit, before it is written.
+  void SetInstanceCallback(TNamespace::TCommitCallback callback) { onInstance_ = std::move(callback); }
+
+  /// Runs from loading to unloading and writes the whole document. Throws THostError where the plugin
+  /// cannot be used or the output fails; the plugin is unloaded in every case.
+  TCollectionSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
+
+ private:
+  using TClasses = std::vector<boost::shared_ptr<TCIMClass>>;
+
+  void Begin(IPluginCallbacks& plugin);
+  void RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests);
+  void RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name);
+  void OnCommit(const boost::shared_ptr<const TInstance>& instance);
+  void WritePending();
+  void Summarise(std::chrono::steady_clock::time_point start);
+  std::string StopReason() const;
+
+  TSettings settings_;
+  boost::shared_ptr<TNamespace> namespace_;
+  IInstanceWriter& writer_;
+  TExchangeLedger& ledger_;
+  const TStopSignal& stop_;
+  IRequestObserver* observer_ = nullptr;
+  TNamespace::TCommitCallback onInstance_;
+  std::vector<boost::shared_ptr<const TInstance>> pending_;
+  TCollectionSummary summary_;
+};
+
+}  // namespace NKROVEL20

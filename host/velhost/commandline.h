@@ -1,0 +1,67 @@
+// The command line of velhost, as plain data.
+#pragma once
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NKROVEL20 {
+
+enum class EVerb { kCollect, kClasses, kPlugin, kCheck, kSimulate };
+enum class ELogFormat { kText, kJsonLines };
+/// When to do something for a terminal: when there is one, always, never.
+enum class EWhen { kAuto, kAlways, kNever };
+
+struct TCommonOptions {
+  std::string plugin;                   ///< empty: the one beside velhost
+  std::vector<std::string> schema;      ///< empty: the one installed or built with velhost
+  std::vector<std::string> serviceProcessors;  ///< empty: the shipped demo server
+  std::optional<std::string> machineType;
+  std::string log;
+  ELogFormat logFormat = ELogFormat::kText;
+  int verbosity = 0;  ///< the number of -v
+  EWhen color = EWhen::kAuto;
+  std::string passwordFile;
+  std::optional<int> cipherSuite;
+  std::string privilege = "admin";
+  bool replayTiming = false;
+};
+
+struct TCollectOptions {
+  std::vector<std::string> classes;
+  std::string format;  ///< empty: table on a terminal, else json
+  std::string output;  ///< empty: standard output
+  std::string record;
+  std::optional<double> timeoutSeconds;
+  bool singleRequest = false;
+  std::string captureDir;
+  EWhen progress = EWhen::kAuto;
+};
+
+struct TCheckOptions {
+  std::vector<std::string> mofs;
+  bool json = false;
+};
+
+struct TSimulateArguments {
+  std::string file;
+  int node = 0;
+  int port = 9623;
+  std::optional<int> serialPort;
+};
+
+struct TCommandLine {
+  EVerb verb = EVerb::kCollect;
+  TCommonOptions common;
+  TCollectOptions collect;
+  TCheckOptions check;
+  TSimulateArguments simulate;
+};
+
+/// Reads the arguments (without the program's name). Help and version texts go to `out`, and the
+/// result is empty: the command is done. Wrong usage throws THostError (kUsage) whose message names
+/// the argument and, where one is near, what was probably meant.
+std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out);
+
+}  // namespace NKROVEL20

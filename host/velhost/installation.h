@@ -1,0 +1,25 @@
+// Where velhost finds what is installed or built with it.
+#pragma once
+
+#include <string>
+
+namespace NKROVEL20 {
+
+/// Files beside the running program, in the same places in a build tree and after installation.
+class TInstallation {
+ public:
+  /// From the place of the running program.
+  TInstallation();
+  explicit TInstallation(std::string programFolder) : folder_(std::move(programFolder)) {}
+
+  std::string Plugin() const;
+  std::string SchemaFolder() const;
+  std::string DemoServer() const;
+  std::string ModuleFolder() const;
+
+ private:
+  std::string Path(const char* relative) const;
+  std::string folder_;
+};
+
+}  // namespace NKROVEL20

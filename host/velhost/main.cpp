@@ -1,0 +1,35 @@
+// velhost: loads the collector and runs it against a service processor.
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+#include "host/core/hosterror.h"
+#include "host/velhost/commandline.h"
+#include "host/velhost/installation.h"
+#include "host/velhost/verbs.h"
+
+namespace {
+
+int RunCommand(const std::vector<std::string>& arguments) {
+  const auto commandLine = NKROVEL20::ParseCommandLine(arguments, std::cout);
+  if (!commandLine) return 0;
+  return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
+}
+
+int Fail(NKROVEL20::EExitStatus status, const std::string& message) {
+  std::cout.flush();
+  std::cerr << "velhost: " << message << "\n";
+  return static_cast<int>(status);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const NKROVEL20::THostError& error) {
+    return Fail(error.Status(), error.what());
+  } catch (const std::exception& error) {
+    return Fail(NKROVEL20::EExitStatus::kInternal, std::string("internal error: ") + error.what());
+  }
+}

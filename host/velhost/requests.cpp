@@ -1,0 +1,109 @@
+#include "host/velhost/requests.h"
+
+#include "host/core/assertionfailure.h"
+#include "host/core/failuredetail.h"
+#include "host/core/hosterror.h"
+#include "host/core/nearestname.h"
+#include "host/profile/collectorprofile.h"
+#include "nkrovel20/tvelexception.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std::string& name) {
+  if (auto found = cimNamespace.FindClass(name)) return found;
+  std::vector<std::string_view> names;
+  for (const auto& candidate : cimNamespace.Classes()) names.push_back(candidate->Name());
+  const std::string_view nearest = NearestName(name, names);
+  throw THostError(EExitStatus::kUsage,
+                   "the schema has no class \"" + name + "\"" +
+                       (nearest.empty() ? "; \"velhost classes\" lists those that can be collected"
+                                        : "; did you mean " + std::string(nearest) + "?"));
+}
+
+std::string DescribeAssertion(const TAssertionFailure& failure) {
+  std::string text = "the collector found nothing where it needs ";
+  if (failure.GetPointee() == "ICIMClass") {
+    text += "a class (a base class or superclass that the schema lacks)";
+  } else if (failure.GetPointee().find("ICIMQualifier") != std::string::npos) {
+    text += "a qualifier";
+  } else {
+    text += failure.GetPointee().empty() ? "an object of the host" : "a " + failure.GetPointee();
+  }
+  return text + "; \"velhost check\" shows what the schema lacks (assertion " + failure.GetExpression() + ")";
+}
+
+}  // namespace
+
+std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNamespace,
+                                                        const std::vector<std::string>& names,
+                                                        const std::string& machineType) {
+  std::vector<boost::shared_ptr<TCIMClass>> classes;
+  for (const std::string& name : names) classes.push_back(FindNamed(cimNamespace, name));
+  if (!names.empty()) return classes;
+  for (const auto& entry : CollectorProfile::CollectableClasses(cimNamespace, machineType)) {
+    if (entry.served) classes.push_back(entry.cimClass);
+  }
+  return classes;
+}
+
+std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes) {
+  std::vector<std::string> behind;
+  bool seen = false;
+  for (const auto& cimClass : classes) {
+    if (seen) behind.push_back(cimClass->Name());
+    seen = seen || cimClass->Name() == CollectorProfile::kCaptureClass;
+  }
+  return behind;
+}
+
+void TExchangeLedger::OnIpmi(const TIpmiExchange& exchange) {
+  Count(exchange.attempted, exchange.answered, exchange.node, KindOfRequest(exchange.request),
+        exchange.answered ? exchange.response.CompletionCode() : TIPMICommandBuffer::kSuccess);
+}
+
+void TExchangeLedger::OnDot(const TDotExchange& exchange) {
+  Count(exchange.attempted, exchange.answered, exchange.serviceProcessor, EExchangeKind::kDot,
+        TIPMICommandBuffer::kSuccess);
+}
+
+void TExchangeLedger::BeginRequest(const std::string& className) {
+  className_ = className;
+  requestFailed_ = false;
+}
+
+// An exchange that a stopped run refuses never took place: it makes the request's instances
+// incomplete, but is no failure of the service processor.
+void TExchangeLedger::Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode) {
+  const bool succeeded = answered && completionCode == TIPMICommandBuffer::kSuccess;
+  if (attempted) ++total_;
+  if (succeeded) return;
+  requestFailed_ = true;
+  if (!attempted) return;
+  failed_.push_back({className_, node, NameOfKind(kind), std::nullopt});
+  if (answered) failed_.back().completionCode = completionCode;
+}
+
+std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,
+                       const std::vector<boost::shared_ptr<TCIMClass>>& classes) {
+  std::vector<boost::shared_ptr<ICIMClass>> requested(classes.begin(), classes.end());
+  ClearFailureDetail();
+  try {
+    plugin.GetData(cimNamespace, requested);
+    return {};
+  } catch (const THostError&) {
+    throw;  // the host's own output failed while an instance was committed
+  } catch (const TAssertionFailure& failure) {
+    return DescribeAssertion(failure);
+  } catch (const TVELException& exception) {
+    const std::string detail = LastFailureDetail();
+    return std::string(exception.what()) + (detail.empty() ? "" : " " + detail);
+  } catch (const std::exception& exception) {
+    return std::string("the collector failed: ") + exception.what();
+  } catch (...) {
+    return "the collector failed with an exception of unknown type";
+  }
+}
+
+}  // namespace NKROVEL20

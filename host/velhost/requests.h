@@ -1,0 +1,53 @@
+// The requests of a collection: which classes, in which calls, and what became of each call.
+#pragma once
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/core/cimnamespace.h"
+#include "host/output/iinstancewriter.h"
+#include "host/serviceprocessor/exchange.h"
+#include "nkrovel20/iplugincallbacks.h"
+
+namespace NKROVEL20 {
+
+/// The classes of the command line in its order; without any, all that this machine serves, the
+/// capture class last. A class that the schema does not have throws THostError (kUsage) with the
+/// nearest name.
+std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNamespace,
+                                                        const std::vector<std::string>& names,
+                                                        const std::string& machineType);
+
+/// The names of the classes that stand behind the capture class: a single request never serves them.
+std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
+
+/// Counts exchanges and lists those that failed, under the class that is being collected.
+class TExchangeLedger : public IExchangeObserver {
+ public:
+  void OnIpmi(const TIpmiExchange& exchange) override;
+  void OnDot(const TDotExchange& exchange) override;
+
+  void BeginRequest(const std::string& className);
+  /// Whether an exchange of the current request failed or was refused.
+  bool RequestHadFailures() const { return requestFailed_; }
+  std::uint64_t Total() const { return total_; }
+  const std::vector<TFailedExchange>& Failed() const { return failed_; }
+
+ private:
+  void Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode);
+
+  std::string className_;
+  bool requestFailed_ = false;
+  std::uint64_t total_ = 0;
+  std::vector<TFailedExchange> failed_;
+};
+
+/// Hands one request to the plugin. Returns the empty string, or the message of the exception that
+/// ended it.
+std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,
+                       const std::vector<boost::shared_ptr<TCIMClass>>& classes);
+
+}  // namespace NKROVEL20

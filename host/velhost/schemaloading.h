@@ -1,0 +1,19 @@
+// The schema that a command works with.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+
+#include "host/core/cimnamespace.h"
+#include "host/velhost/commandline.h"
+#include "host/velhost/installation.h"
+
+namespace NKROVEL20 {
+
+/// Reads the schema of the command line, or the installed one. Its warnings go to standard error.
+/// Errors throw THostError (kBadData) with all diagnostics; a path that cannot be opened kNoInput.
+boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation);
+
+/// The paths that LoadSchema reads.
+std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInstallation& installation);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,44 @@
+// The server that a command works with: its service processor, machine type and clock.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/core/hostservices.h"
+#include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/velhost/commandline.h"
+#include "host/velhost/installation.h"
+
+namespace NKROVEL20 {
+
+class IServerConnection {
+ public:
+  virtual ~IServerConnection() = default;
+  virtual IServiceProcessor& ServiceProcessor() = 0;
+  /// The server's own machine type and clock.
+  virtual IHostEnvironment& Environment() = 0;
+  /// Called after the collection: reports what is wrong with the connection itself by throwing
+  /// THostError, once everything collected has been printed.
+  virtual void CheckAfterwards() {}
+};
+
+/// Opens what --sp names, the demo server by default. Throws THostError; sets the process's time
+/// zone for a replay.
+std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
+                                                 const TStopSignal& stop);
+
+/// The connection's environment with the machine type of the command line, where there is one.
+class TSessionEnvironment : public IHostEnvironment {
+ public:
+  TSessionEnvironment(IHostEnvironment& server, std::optional<std::string> machineType)
+      : server_(server), machineType_(std::move(machineType)) {}
+  std::string MachineType() override { return machineType_ ? *machineType_ : server_.MachineType(); }
+  TCIMDateTime LocalTime() override { return server_.LocalTime(); }
+
+ private:
+  IHostEnvironment& server_;
+  std::optional<std::string> machineType_;
+};
+
+}  // namespace NKROVEL20

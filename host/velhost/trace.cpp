@@ -1,0 +1,104 @@
+#include "host/velhost/trace.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "host/core/hosterror.h"
+#include "host/core/hostservices.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{64} << 10U;
+
+bool WriteAll(int descriptor, const std::string& text) {
+  std::size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t n = write(descriptor, text.data() + done, text.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return false;
+    done += static_cast<std::size_t>(n);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string FormatTraceJson(ILogger::EVELLogSeverity severity, const std::string& message) {
+  const nlohmann::ordered_json line = {{"severity", static_cast<int>(severity)},
+                                       {"level", TTraceLogger::SeverityName(severity)},
+                                       {"message", message}};
+  return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+ILogger::EVELLogSeverity ShownSeverity(int verbosity) {
+  return static_cast<ILogger::EVELLogSeverity>(std::clamp(verbosity + 1, 1, 4));
+}
+
+// A trace file that cannot be written must not end a collection from a failing machine: the error is
+// kept and reported at the end.
+class TTrace::TFile {
+ public:
+  explicit TFile(const std::string& path)
+      : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
+    if (descriptor_ < 0) {
+      throw THostError(EExitStatus::kCannotCreate, "cannot create trace file " + path + ": " + std::strerror(errno));
+    }
+    buffer_.reserve(kBufferSize * 2);
+  }
+  ~TFile() {
+    Flush();
+    close(descriptor_);
+  }
+  TFile(const TFile&) = delete;
+  TFile& operator=(const TFile&) = delete;
+
+  void Write(const std::string& text) {
+    buffer_ += text;
+    if (buffer_.size() >= kBufferSize) Flush();
+  }
+  void Finish() {
+    Flush();
+    if (error_ == 0) return;
+    throw THostError(EExitStatus::kWriteFailed, "cannot write trace file " + path_ + ": " + std::strerror(error_));
+  }
+
+ private:
+  void Flush() {
+    if (error_ == 0 && !WriteAll(descriptor_, buffer_)) error_ = errno;
+    buffer_.clear();
+  }
+
+  std::string path_;
+  int descriptor_;
+  std::string buffer_;
+  int error_ = 0;
+};
+
+TTrace::TTrace(const TCommonOptions& options) {
+  if (!options.log.empty()) {
+    file_ = std::make_unique<TFile>(options.log);
+    const bool json = options.logFormat == ELogFormat::kJsonLines;
+    logger_.AddSink(ILogger::kVerbose, [this, json](ILogger::EVELLogSeverity severity, const std::string& message) {
+      file_->Write(json ? FormatTraceJson(severity, message) : TTraceLogger::FormatText(severity, message));
+    });
+  }
+  logger_.AddSink(ShownSeverity(options.verbosity), [](ILogger::EVELLogSeverity severity, const std::string& message) {
+    WriteAll(STDERR_FILENO, TTraceLogger::FormatText(severity, message));
+  });
+  THostServices::SetCoreLogger(&logger_);
+}
+
+TTrace::~TTrace() { THostServices::SetCoreLogger(nullptr); }
+
+void TTrace::Finish() {
+  if (file_) file_->Finish();
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,61 @@
+#include "host/velhost/verbs.h"
+
+#include <iostream>
+
+#include "host/pluginmanager/pluginloader.h"
+#include "host/schema/schemacheck.h"
+#include "host/velhost/classes.h"
+#include "host/velhost/collect.h"
+#include "host/velhost/schemaloading.h"
+#include "host/velhost/serverconnection.h"
+#include "host/velhost/simulate.h"
+#include "host/velhost/trace.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+EExitStatus ListClasses(const TCommonOptions& options, const TInstallation& installation) {
+  const auto cimNamespace = LoadSchema(options, installation);
+  std::string machineType;
+  if (options.machineType) {
+    machineType = *options.machineType;
+  } else {
+    const TStopSignal stop;
+    machineType = ConnectServer(options, installation, stop)->Environment().MachineType();
+  }
+  std::cout << FormatClasses(*cimNamespace, machineType);
+  return EExitStatus::kComplete;
+}
+
+EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& installation) {
+  TTrace trace(options);
+  {
+    TDynamicLibraryLoader libraries;
+    TPluginLoader loader(libraries);
+    const auto plugin = loader.Load(options.plugin.empty() ? installation.Plugin() : options.plugin);
+    IPluginCallbacks& callbacks = plugin->Callbacks();
+    std::cout << "Name:              " << callbacks.GetName() << "\nVersion:           " << callbacks.GetVersion()
+              << "\nInterface version: " << callbacks.GetInterfaceVersion()
+              << "\nType:              " << callbacks.GetType()
+              << "\nAnswers requests:  " << (plugin->Query() != nullptr ? "yes" : "no")
+              << "\nLibrary:           " << plugin->Path() << "\n";
+  }
+  trace.Finish();
+  return EExitStatus::kComplete;
+}
+
+}  // namespace
+
+EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& installation) {
+  switch (commandLine.verb) {
+    case EVerb::kCollect: return Collect(commandLine, installation);
+    case EVerb::kClasses: return ListClasses(commandLine.common, installation);
+    case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
+    case EVerb::kCheck: return CheckSchemaCommand(commandLine, installation);
+    case EVerb::kSimulate: return SimulateCommand(commandLine.simulate, installation);
+  }
+  throw THostError(EExitStatus::kInternal, "unknown command");
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,13 @@
+// What each command of velhost does.
+#pragma once
+
+#include "host/core/hosterror.h"
+#include "host/velhost/commandline.h"
+#include "host/velhost/installation.h"
+
+namespace NKROVEL20 {
+
+/// Carries out the command. Results go to standard output. Throws THostError.
+EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& installation);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,36 @@
+// The register block of a service processor. docs/wire-formats.md, "Register block".
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "nkrovel20/registerblockcommand.h"
+
+namespace torgareg::RegisterBlock {
+
+inline constexpr std::size_t kSize = NKROVEL20::RegisterBlockCommand::kBlockSize;
+/// What the block is filled with before the response comes: the character "0", not a zero byte.
+inline constexpr unsigned char kFill = '0';
+static_assert(kFill == 48);
+
+// Two candidate copies of the timestamp header.
+inline constexpr std::size_t kFirstCopy = 0;
+inline constexpr std::size_t kSecondCopy = 2040;
+inline constexpr std::size_t kYear = 1;  // since 2000
+inline constexpr std::size_t kMonth = 2;
+inline constexpr std::size_t kDay = 3;
+inline constexpr std::size_t kHour = 4;
+inline constexpr std::size_t kMinute = 5;
+inline constexpr std::size_t kSecond = 6;
+inline constexpr int kHeaderSize = 7;
+
+// Records lie eight bytes apart and are eleven bytes long, so that neighbours overlap.
+inline constexpr int kRecordStride = 8;
+inline constexpr int kRecordsPerInstance = 256;
+inline constexpr int kIdentificationSize = 3;
+inline constexpr int kValueSize = 8;
+inline constexpr std::array<int, 3> kEqualsSign = {' ', '=', ' '};
+inline constexpr int kDecodedSize = kIdentificationSize + static_cast<int>(kEqualsSign.size()) + kValueSize;
+static_assert(kDecodedSize == 14 && kSecondCopy + kHeaderSize < kSize);
+
+}  // namespace torgareg::RegisterBlock

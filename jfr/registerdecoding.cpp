@@ -1,0 +1,93 @@
+// From a register block to the values of one chip instance, steered by the class's qualifiers.
+#include <boost/function.hpp>
+
+#include "jfr/TJFRErrorData.h"
+#include "jfr/registerblock.h"
+#include "nkrovel20/taddtovectorcallback.h"
+#include "nkrovel20/tvelexception.h"
+#include "plugin/constants.h"
+
+namespace torgareg {
+
+using namespace NKROVEL20;
+
+namespace {
+
+// The one place that reads records. The schema says where they lie and is trusted in the results:
+// a record beyond the block is made all the same, out of fill characters.
+unsigned char blockByte(const unsigned char* block, int offset) {
+  const bool inside = offset >= 0 && offset < static_cast<int>(RegisterBlock::kSize);
+  return inside ? block[offset] : RegisterBlock::kFill;
+}
+
+// Unlike the R8 path this one does read a register that is called "ElementName".
+bool isIdentification(const std::string& name) {
+  return name == "MachineType" || name == "DateTimeOfCollection" || name == "StatisticTime" || name == "InstanceID";
+}
+
+}  // namespace
+
+TCIMDateTime TJFRErrorData::getTimeStamp(const unsigned char* data) {
+  namespace Block = RegisterBlock;
+  for (const std::size_t copy : {Block::kFirstCopy, Block::kSecondCopy}) {
+    const unsigned char* const p = data + copy;
+    timeStampFromSecondCopy = copy != Block::kFirstCopy ? 1 : 0;
+    log->writeDebug("TimeStamp rawdata: \n");
+    log->writeDebug(print2Array(p, Block::kHeaderSize));
+    if (p[Block::kMonth] == 0 || p[Block::kDay] == 0) continue;
+    return TCIMDateTime(static_cast<unsigned short>(2000 + p[Block::kYear]), p[Block::kMonth], p[Block::kDay],
+                        p[Block::kHour], p[Block::kMinute], p[Block::kSecond], 0, 0);
+  }
+  throw TVELException(TVELStatusCode::kNoValidTimestamp);
+}
+
+TCIMValue TJFRErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> property, unsigned char* data,
+                                         int instance) {
+  namespace Block = RegisterBlock;
+  const TCIMValue::TCIMType type = property->GetType({});
+  if (data == nullptr) {
+    log->writeDebug(
+        "getRegisterData - Invalid data passed to getRegisterData. Unable to parse data for register value");
+    return TCIMValue(type, 0, {});
+  }
+  const unsigned short index = property->GetQualifier("Index", {})->GetValue();
+  property->GetQualifier("MaxLen", {});  // looked up as ever; its value steers nothing here
+  // The second copy's records are counted from the block's start: its offset is not added.
+  const int base = timeStampFromSecondCopy == 0 ? Block::kHeaderSize : 0;
+  const int p = base + (index + instance * Block::kRecordsPerInstance) * Block::kRecordStride;
+
+  std::vector<TCIMValue> values;
+  values.reserve(Block::kDecodedSize);
+  for (int i = 0; i < Block::kIdentificationSize; ++i) values.emplace_back(blockByte(data, p + i));
+  for (const int character : Block::kEqualsSign) values.emplace_back(character);
+  for (int i = 0; i < Block::kValueSize; ++i) values.emplace_back(blockByte(data, p + Block::kIdentificationSize + i));
+  return TCIMValue(type, Block::kDecodedSize, values);
+}
+
+TPropertyMap TJFRErrorData::getChipsetErrorRegisterValues(unsigned char* data, int instance) {
+  log->writeVerbose("In getChipsetErrorRegisterValues()");
+  std::vector<boost::shared_ptr<ICIMPropertyDecl>> properties;
+  const boost::function<bool(boost::shared_ptr<ICIMPropertyDecl>)> addToVector =
+      TAddToVectorCallback<ICIMPropertyDecl>(properties);
+  requestedClass->EnumeratePropertyDecls(addToVector, {});
+  TPropertyMap values;
+  for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
+    const std::string& name = property->GetName({});
+    const std::string& origin = property->GetClassOrigin({})->GetName({});
+    const std::string& super = requestedClass->GetSuperClass({})->GetName({});
+    log->writeVerbose("propertyDecl = " + name + ". classOrigin = " + origin + ". superClass = " + super);
+    const bool declaredHere = origin == requestedClass->GetName({}) || origin == super;
+    if (declaredHere && !isIdentification(name)) values[name] = getRegisterData(property, data, instance);
+  }
+  log->writeVerbose("Completed getChipsetErrorRegisterValues()");
+  return values;
+}
+
+TPropertyMap TJFRErrorData::getChipErrorInfo(unsigned char* data, int instance) {
+  const TCIMDateTime captureTime = getTimeStamp(data);
+  TPropertyMap map = getChipsetErrorRegisterValues(data, instance);
+  map.insert({statisticalTimeProp, TCIMValue(captureTime)});
+  return map;
+}
+
+}  // namespace torgareg

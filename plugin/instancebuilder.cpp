@@ -1,0 +1,27 @@
+// Turns the property maps of the register collectors into committed CIM instances.
+#include "plugin/torgaplugin.h"
+
+namespace torgareg {
+
+using namespace NKROVEL20;
+
+void TTORGARegPluginCallbacks::buildCIMInstances(const std::vector<TPropertyMap>& maps) const {
+  logger->writeDebug("In buildCIMInstances.");
+  const TPropertyMap noContext;
+  for (const TPropertyMap& map : maps) {
+    if (map.empty()) continue;
+    const boost::shared_ptr<ICIMInstance> instance = currentClass->CreateInstance(noContext);
+    for (const auto& [name, value] : map) {
+      if (value.IsNull()) continue;
+      std::string line = "valueIt->first = " + name + ". valueIt->second = ";
+      value.AppendTo(line, 10);
+      line += ".";
+      logger->writeVerbose(line);
+      instance->SetProperty(name, value, noContext);
+    }
+    instance->Commit(noContext);
+  }
+  logger->writeDebug("Completed buildCIMInstances.");
+}
+
+}  // namespace torgareg

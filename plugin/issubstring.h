@@ -1,0 +1,32 @@
+// The test by which schema elements declare the machine types they serve.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "nkrovel20/tcimvalue.h"
+
+namespace torgareg {
+
+/// Whether the element's text contains the machine type anywhere. Deliberately a plain substring
+/// test: one element may list several types, and an empty machine type matches every element.
+struct isSubString {
+  using first_argument_type = NKROVEL20::TCIMValue;
+  using second_argument_type = std::string;
+  using result_type = bool;
+
+  result_type operator()(const first_argument_type& element, const second_argument_type& machineType) const {
+    return static_cast<std::string>(element).find(machineType) != std::string::npos;
+  }
+};
+
+/// Whether an element of the qualifier value matches. A value that is no array throws TVELException.
+inline bool supportsMachineType(const NKROVEL20::TCIMValue& qualifierValue, const std::string& machineType) {
+  const auto& elements = static_cast<const std::vector<NKROVEL20::TCIMValue>&>(qualifierValue);
+  return std::find_if(elements.begin(), elements.end(), [&machineType](const NKROVEL20::TCIMValue& element) {
+           return isSubString()(element, machineType);
+         }) != elements.end();
+}
+
+}  // namespace torgareg

@@ -1,0 +1,14 @@
+// Runs while the library is loaded: creates the plugin object, which registers itself.
+#include "plugin/torgaplugin.h"
+
+namespace {
+
+// Keeps no pointer: the host reaches the object through its registration and has it deleted.
+bool TTORGAPluginCallbacksInit() {
+  new torgareg::TTORGARegPluginCallbacks();
+  return true;
+}
+
+[[maybe_unused]] const bool initialised = TTORGAPluginCallbacksInit();
+
+}  // namespace

@@ -1,0 +1,66 @@
+#include "plugin/registerdump.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+namespace torgareg {
+
+namespace {
+
+constexpr std::size_t kBytesPerLine = 8;
+constexpr std::size_t kWidest = 4;  // "255 "
+
+// Every register read formats 514 values whether anyone listens or not, so each value is one copy
+// of four characters out of a table, of which `size` count.
+struct TDecimal {
+  std::array<char, kWidest> text;
+  std::uint8_t size;
+};
+
+constexpr std::array<TDecimal, 256> makeDecimals() {
+  std::array<TDecimal, 256> table{};
+  for (unsigned int value = 0; value < table.size(); ++value) {
+    TDecimal& entry = table[value];
+    if (value >= 100) entry.text[entry.size++] = static_cast<char>('0' + value / 100);
+    if (value >= 10) entry.text[entry.size++] = static_cast<char>('0' + value / 10 % 10);
+    entry.text[entry.size++] = static_cast<char>('0' + value % 10);
+    entry.text[entry.size++] = ' ';
+  }
+  return table;
+}
+
+constexpr std::array<TDecimal, 256> kDecimals = makeDecimals();
+constexpr std::array<char, 16> kHexDigits = {'0', '1', '2', '3', '4', '5', '6', '7',
+                                             '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'};
+
+}  // namespace
+
+std::string dumpBytes(const unsigned char* data, unsigned long last) {
+  const std::size_t count = last + 1;
+  const std::size_t lines = (count + kBytesPerLine - 1) / kBytesPerLine;
+  std::string text(count * kWidest + lines + 1, '\0');
+  char* out = text.data();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i % kBytesPerLine == 0) *out++ = '\n';
+    const TDecimal& value = kDecimals[data[i]];
+    std::memcpy(out, value.text.data(), kWidest);
+    out += value.size;
+  }
+  *out++ = '\n';
+  text.resize(static_cast<std::size_t>(out - text.data()));
+  return text;
+}
+
+void appendHexPairs(std::string& text, const unsigned char* data, std::size_t size) {
+  const std::size_t start = text.size();
+  text.resize(start + size * 3);
+  char* out = text.data() + start;
+  for (std::size_t i = 0; i < size; ++i) {
+    *out++ = kHexDigits[data[i] >> 4U];
+    *out++ = kHexDigits[data[i] & 0x0FU];
+    *out++ = ' ';
+  }
+}
+
+}  // namespace torgareg

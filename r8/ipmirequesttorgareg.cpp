@@ -1,0 +1,95 @@
+#include "r8/ipmirequesttorgareg.h"
+
+#include <algorithm>
+
+#include "nkrovel20/ipmicommandbuffer.h"
+#include "nkrovel20/registercommands.h"
+#include "r8/registerrecord.h"
+
+namespace torgareg {
+
+using namespace NKROVEL20;
+namespace Wire = NKROVEL20::RegisterCommands;
+
+namespace {
+
+constexpr int kCapacity = static_cast<int>(TIPMICommandBuffer::kSize);
+// The dump is inclusive: it also shows the zero byte that the buffer owns behind its end.
+constexpr unsigned long kLastDumped = TIPMICommandBuffer::kSize;
+// A timestamp read is checked by the whole response's length, a register read by its data's.
+constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
+static_assert(kTimestampEnd == 13);
+
+TIPMICommandBuffer makeRegisterRead(unsigned char chipSelector, unsigned int address) {
+  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kRegisterRead, Wire::kRequestSize);
+  buffer[Wire::kChipSelector] = chipSelector;
+  buffer[Wire::kAddress] = static_cast<std::uint8_t>(address >> 16U);
+  buffer[Wire::kAddress + 1] = static_cast<std::uint8_t>(address >> 8U);
+  buffer[Wire::kAddress + 2] = static_cast<std::uint8_t>(address);
+  return buffer;
+}
+
+void copyPayload(const TIPMICommandBuffer& response, unsigned char* out, bool rawValue) {
+  namespace Record = RegisterRecord;
+  if (rawValue) {
+    std::copy_n(response.Data() + Wire::kValue, Record::kValueSize, out);
+    return;
+  }
+  // Deliberately one byte late: the decoder takes the value's first byte from the label.
+  std::copy_n(response.Data() + Record::kResponseLabel, Record::kIdentificationSize, out + Record::kLabel);
+  std::copy(Record::kEqualsSign.begin(), Record::kEqualsSign.end(), out + Record::kLabelEquals);
+  std::copy_n(response.Data() + Record::kResponseLabelledValue, Record::kValueSize, out + Record::kLabelledValue);
+}
+
+}  // namespace
+
+IPMIRequestTorgaReg::IPMIRequestTorgaReg()
+    : library(SPLibrary::GetSplibraryInstance(0)), logger(LogMessage::getInstance()) {}
+
+bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int address, unsigned char* out,
+                                  unsigned short* length, bool rawValue) {
+  logger->writeDebug("Entered torgareg request.");
+  TIPMICommandBuffer buffer = makeRegisterRead(chipSelector, address);
+  std::string transcript = "Contents of buffer to send (rspBuf):\n";
+  transcript += printArray(buffer.Data(), kLastDumped);
+  int responseLength = kCapacity;
+  bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
+  if (succeeded) {
+    transcript += "command completed checking success...\n";
+    responseLength = buffer.DataLength();
+    transcript += "\nThe response length is " + dataToString<int>(responseLength) + "\n\nContents of (rspBuf):\n";
+    transcript += printArray(buffer.Data(), kLastDumped);
+    succeeded = responseLength >= static_cast<int>(Wire::kResponseSize) &&
+                buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
+    if (succeeded) {
+      copyPayload(buffer, out, rawValue);
+    } else {
+      transcript += "Bad RC from ipmi cmd.";
+    }
+  }
+  *length = static_cast<unsigned short>(responseLength);
+  logger->writeVerbose(transcript);
+  return succeeded;
+}
+
+bool IPMIRequestTorgaReg::getTimeStamp(unsigned char* out, unsigned short* length) {
+  logger->writeDebug("Entered get time stamp request");
+  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
+  int responseLength = kCapacity;
+  std::string transcript;
+  bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
+  if (succeeded) {
+    transcript += "Command completed checking success...\n";
+    succeeded = responseLength >= kTimestampEnd && buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
+  }
+  if (succeeded) {
+    responseLength = buffer.DataLength();
+    transcript += "\nThe response length is " + dataToString<int>(responseLength);
+    std::copy_n(buffer.Data() + Wire::kTimestamp, Wire::kTimestampSize, out);
+  }
+  *length = static_cast<unsigned short>(responseLength);
+  logger->writeVerbose(transcript);
+  return succeeded;
+}
+
+}  // namespace torgareg

@@ -1,0 +1,60 @@
+// The collector of the R8 chipset statistic classes.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "nkrovel20/icimobjects.h"
+#include "plugin/logmessage.h"
+#include "plugin/registerdump.h"
+#include "r8/ipmirequesttorgareg.h"
+
+namespace torgareg {
+
+/// Collects one class once. Nothing is cached: machine type, time and qualifiers are asked for anew
+/// for every instance and property.
+class R8ErrorData {
+ public:
+  explicit R8ErrorData(boost::shared_ptr<NKROVEL20::ICIMClass> requestedClass);
+  virtual ~R8ErrorData();
+
+  /// One map per instance, in order; an instance none of whose registers answered has an empty one.
+  /// A TVELException ends the loop: the maps collected so far are returned.
+  std::vector<NKROVEL20::TPropertyMap> getData();
+  /// The map of one instance: its registers, identity and capture time.
+  NKROVEL20::TPropertyMap getInstanceData(const std::string& elementName, int index);
+  /// The class's "MaxInstanceCount".
+  int getInstanceCount();
+  /// The machine type known to the class's namespace; empty without a class.
+  std::string getMachineType();
+  /// The capture time, asked from the BMC; null where it is not known.
+  NKROVEL20::TCIMValue getTimeStampValue();
+
+  // r8/registerdecoding.cpp
+
+  /// Name and value of every register property that answered, for one instance index.
+  NKROVEL20::TPropertyMap getRegisterValues(int index);
+  /// The value of one register property: an array of 14 unsigned 8-bit values, or a null value.
+  NKROVEL20::TCIMValue getRegisterData(boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property, int index);
+  /// Rewrites a read of 14 bytes in place: address, value most significant byte first, tail. `mode`
+  /// is 4 for the 32-bit conversion, else 0. Any other number of bytes stays as it is.
+  void ConvertToBigEndian(std::vector<unsigned char>* bytes, unsigned int address, unsigned int mode);
+
+ private:
+  bool isRegister(NKROVEL20::ICIMPropertyDecl& property) const;
+  unsigned char getChipSelector(int index) const;
+  std::vector<unsigned char> readAddresses(const std::string& propertyName, const NKROVEL20::TCIMValue& offset,
+                                           int index, unsigned int& lastAddress);
+  std::string formatTimeStamp(unsigned int rawTime, NKROVEL20::TCIMValue& result);
+
+  LogMessage* logger;  // not owned
+  boost::shared_ptr<NKROVEL20::ICIMClass> collectedClass;
+  std::string reserved;  // stays empty
+  std::unique_ptr<IPMIRequestTorgaReg> transport;
+};
+
+inline std::string printArray0(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
+
+}  // namespace torgareg

@@ -1,0 +1,178 @@
+// From the declarations of a class to register reads, and from their answers to CIM values.
+#include <algorithm>
+#include <array>
+#include <boost/function.hpp>
+
+#include "nkrovel20/registercommands.h"
+#include "nkrovel20/taddtovectorcallback.h"
+#include "nkrovel20/tvelexception.h"
+#include "plugin/constants.h"
+#include "r8/r8errordata.h"
+#include "r8/registerrecord.h"
+
+namespace torgareg {
+
+using namespace NKROVEL20;
+namespace Record = RegisterRecord;
+
+namespace {
+
+constexpr unsigned int kFoldedMode = 4;
+
+// The machine types whose BMC registers are read as raw values; all others, the empty one included,
+// hand over labelled records.
+bool isEightByteFamily(const std::string& machineType) {
+  return machineType == "4411" || machineType == "4414" || machineType == "4523" || machineType == "4524";
+}
+
+unsigned int familyLength(bool eightByteFamily) {
+  return static_cast<unsigned int>(eightByteFamily ? Record::kValueSize : Record::kSize);
+}
+
+bool isIdentification(const std::string& name) {
+  return name == "MachineType" || name == "DateTimeOfCollection" || name == "StatisticTime" || name == "InstanceID" ||
+         name == "ElementName";
+}
+
+std::string decimals(const std::vector<unsigned char>& bytes) {
+  std::string text;
+  for (const unsigned char byte : bytes) {
+    text += std::to_string(byte);
+    text += ' ';
+  }
+  return text;
+}
+
+using TRecordBytes = std::array<unsigned char, Record::kSize>;
+
+void reverseRaw(const TRecordBytes& source, TRecordBytes& target, unsigned int mode) {
+  for (std::size_t k = Record::kDecodedValue; k < 11 - mode; ++k) {
+    target.at(k) = source.at(7 - mode - (k - Record::kDecodedValue));
+  }
+}
+
+// The record's value bytes start one byte late: the value's first byte stands in the label.
+void reverseLabelled(const TRecordBytes& source, TRecordBytes& target, unsigned int mode) {
+  const std::size_t n = 10 - mode;
+  for (std::size_t k = Record::kDecodedValue; k < n; ++k) {
+    target.at(k) = source.at(12 - mode - (k - Record::kDecodedValue));
+  }
+  target.at(n) = source[2];
+}
+
+}  // namespace
+
+TPropertyMap R8ErrorData::getRegisterValues(int index) {
+  TPropertyMap values;
+  std::vector<boost::shared_ptr<ICIMPropertyDecl>> properties;
+  const boost::function<bool(boost::shared_ptr<ICIMPropertyDecl>)> addToVector =
+      TAddToVectorCallback<ICIMPropertyDecl>(properties);
+  collectedClass->EnumeratePropertyDecls(addToVector, {});
+  for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
+    if (!isRegister(*property)) continue;
+    TCIMValue value = getRegisterData(property, index);
+    if (!value.IsNull()) values.insert({property->GetName({}), std::move(value)});
+  }
+  return values;
+}
+
+// One level only: what is declared above the direct superclass is not read.
+bool R8ErrorData::isRegister(ICIMPropertyDecl& property) const {
+  const std::string& name = property.GetName({});
+  const std::string& origin = property.GetClassOrigin({})->GetName({});
+  const std::string& own = collectedClass->GetName({});
+  const std::string& super = collectedClass->GetSuperClass({})->GetName({});
+  return (origin == own || origin == super) && !isIdentification(name);
+}
+
+// Only the PCI I/O bridge classes have several chips, numbered from 1.
+unsigned char R8ErrorData::getChipSelector(int index) const {
+  const std::string& name = collectedClass->GetName({});
+  const bool isBridge = name == voPciBridgeClass || name == t4PciBridgeClass;
+  return isBridge ? static_cast<unsigned char>(index + 1) : 0;
+}
+
+std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propertyName, const TCIMValue& offset,
+                                                      int index, unsigned int& lastAddress) {
+  const std::vector<TCIMValue> scalar(offset.IsArray() ? 0 : 1, offset);
+  const std::vector<TCIMValue>& addresses =
+      offset.IsArray() ? static_cast<const std::vector<TCIMValue>&>(offset) : scalar;
+  const std::string machineType = getMachineType();
+  const bool eightByteFamily = isEightByteFamily(machineType);
+  std::vector<unsigned char> bytes;
+  std::string transcript = propertyName + "\n\t";  // grows from address to address
+  for (const TCIMValue& element : addresses) {
+    const unsigned int address = element;
+    lastAddress = address;
+    // One zero byte is owned behind the record: the dump is inclusive.
+    std::array<unsigned char, Record::kSize + 1> record{};
+    transcript += " at " + std::to_string(address) + " with length " + std::to_string(familyLength(eightByteFamily)) +
+                  "\nAbout to call the BMC.. \n" + std::to_string(addresses.size()) + "MachineType = " + machineType +
+                  "\n";
+    logger->writeDebug(transcript);
+    unsigned short length = 0;
+    if (transport->getData(getChipSelector(index), address, record.data(), &length, eightByteFamily)) {
+      bytes.insert(bytes.end(), record.begin(), record.begin() + Record::kSize);
+    } else {
+      logger->writeDebug("Command sent to the BMC failed.");
+    }
+    logger->writeDebug("Contents of registerData:\n" +
+                       printArray0(record.data(), std::min<unsigned long>(length, Record::kSize)));
+  }
+  return bytes;
+}
+
+TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> property, int index) {
+  TCIMValue result;
+  std::vector<TCIMValue> values;
+  const unsigned int length = familyLength(isEightByteFamily(getMachineType()));
+  if (index < 0) {
+    logger->writeDebug(
+        "getRegisterData - Invalid data passed to getRegisterData. Unable to parse data for register value");
+  } else {
+    TCIMValue offset;
+    try {
+      offset = property->GetQualifier("Offset", {})->GetValue();
+    } catch (const TVELException&) {
+      logger->writeDebug("Getting Qualifier 'Offset' Failed");
+    }
+    const unsigned int maxLen = property->GetQualifier("MaxLen", {})->GetValue();
+    unsigned int lastAddress = 0;
+    std::vector<unsigned char> bytes = readAddresses(property->GetName({}), offset, index, lastAddress);
+    ConvertToBigEndian(&bytes, lastAddress, maxLen == kFoldedMode ? kFoldedMode : 0);
+    values.assign(bytes.begin(), bytes.end());
+    logger->writeDebug("Displaying messenger\n");
+    logger->writeDebug(decimals(bytes));
+    if (values.size() == Record::kSize) {
+      result.Set(property->GetType({}), length, values);
+    } else {
+      result.SetNullValue(TCIMValue::TCIMType::kUint8, length);
+    }
+  }
+  logger->writeDebug("Size of cimvalues " + std::to_string(values.size()));
+  logger->writeDebug("Register data value " + result.ToString(10));
+  return result;
+}
+
+void R8ErrorData::ConvertToBigEndian(std::vector<unsigned char>* bytes, unsigned int address, unsigned int mode) {
+  if (mode > kFoldedMode || bytes->size() != Record::kSize) return;
+  TRecordBytes source{};
+  std::copy(bytes->begin(), bytes->end(), source.begin());
+  bytes->clear();
+  if (mode == kFoldedMode) {
+    for (std::size_t i = 0; i < 4; ++i) source.at(i) |= source.at(i + 4);
+  }
+  TRecordBytes target{};
+  target[0] = static_cast<unsigned char>(address >> 16U);
+  target[1] = static_cast<unsigned char>(address >> 8U);
+  target[2] = static_cast<unsigned char>(address);
+  if (isEightByteFamily(getMachineType())) {
+    reverseRaw(source, target, mode);
+  } else {
+    reverseLabelled(source, target, mode);
+  }
+  if (mode == kFoldedMode) std::copy(Record::kMarker.begin(), Record::kMarker.end(), target.begin() + Record::kMarkerOffset);
+  bytes->assign(target.begin(), target.end());
+}
+
+}  // namespace torgareg

@@ -1,0 +1,246 @@
+#include "host/serviceprocessor/lan/lanserviceprocessor.h"
+
+#include <gmock/gmock.h>
+#include <pthread.h>
+#include <signal.h>
+
+#include <future>
+#include <thread>
+
+#include "host/core/hosterror.h"
+#include "host/serviceprocessor/lan/lanclient.h"
+#include "host/serviceprocessor/lan/lanworker.h"
+#include "tests/lan/scriptedmodule.h"
+
+namespace NKROVEL20 {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+class LanServiceProcessor : public testing::Test {
+ protected:
+  std::unique_ptr<TLanServiceProcessor> Open(std::size_t nodes) {
+    for (std::size_t i = 0; i < nodes; ++i) module_.Open().Open();
+    return std::make_unique<TLanServiceProcessor>(TScriptedModule::Module(), std::vector<TLanOptions>(nodes, options_),
+                                                  stop_, [this](const std::string& text) { notices_.push_back(text); });
+  }
+  static TIPMICommandBuffer RegisterRead() {
+    TIPMICommandBuffer buffer(0x3A, 0x62, 2);
+    buffer[3] = 0x01;
+    buffer[9] = 0x07;
+    buffer[10] = 0x34;
+    return buffer;
+  }
+  void ExpectLost(IServiceProcessor& processor, int node = 0) {
+    const TIPMICommandBuffer before = RegisterRead();
+    TIPMICommandBuffer buffer = before;
+    int length = 256;
+    EXPECT_FALSE(processor.SendIpmi(node, buffer, length, stop_));
+    EXPECT_EQ(buffer, before);
+    EXPECT_EQ(length, 256);
+  }
+
+  TScriptedModule module_;
+  TStopSignal stop_;
+  TLanOptions options_ = [] {
+    TLanOptions options;
+    options.host = "bmc";
+    return options;
+  }();
+  std::vector<std::string> notices_;
+};
+
+TEST_F(LanServiceProcessor, SendsTheBuffersBytesAndAnswersInPlace) {
+  const auto processor = Open(1);
+  module_.Answer({0x00, 0xA0, 0xA1});
+  TIPMICommandBuffer buffer = RegisterRead();
+  int length = 256;
+  ASSERT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
+  EXPECT_EQ(length, 11);
+  EXPECT_THAT(TBytes(buffer.Data(), buffer.Data() + 13),
+              ElementsAre(0x01, 0x20, 0x3A, 0x01, 0x00, 0x02, 0, 0, 0, 0xA0, 0xA1, 0, 0));
+  EXPECT_EQ(module_.sent.front().networkFunction, 0x3A);
+  EXPECT_EQ(module_.sent.front().lun, 1);
+  EXPECT_THAT(module_.sent.front().bytes, ElementsAre(0x62, 0x07, 0x34));
+}
+
+TEST_F(LanServiceProcessor, LongestAnswerFillsTheBuffer) {
+  const auto processor = Open(1);
+  module_.Answer(TBytes(300, 0x55));
+  TIPMICommandBuffer buffer = RegisterRead();
+  int length = 256;
+  ASSERT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
+  EXPECT_EQ(length, 256);
+  EXPECT_EQ(buffer.DataLength(), 247);
+  EXPECT_EQ(buffer[256], 0);
+}
+
+TEST_F(LanServiceProcessor, EachNodeHasItsSession) {
+  const auto processor = Open(2);
+  EXPECT_EQ(processor->BmcNodeCount(), 2);
+  EXPECT_TRUE(processor->IpmiDriverPresent());
+  module_.Answer({0x00}).Answer({0x00});
+  int length = 256;
+  for (const int node : {1, 0}) {
+    TIPMICommandBuffer buffer = RegisterRead();
+    EXPECT_TRUE(processor->SendIpmi(node, buffer, length, stop_));
+  }
+  ASSERT_EQ(module_.sent.size(), 2U);
+  EXPECT_EQ(module_.sent[0].session, 4);
+  EXPECT_EQ(module_.sent[1].session, 2);
+}
+
+TEST_F(LanServiceProcessor, NodesThatDoNotExistDoNotAnswer) {
+  const auto processor = Open(1);
+  ExpectLost(*processor, -1);
+  ExpectLost(*processor, 1);
+}
+
+TEST_F(LanServiceProcessor, TakesNoDotCommands) {
+  const auto processor = Open(1);
+  std::array<std::uint8_t, 4> response = {1, 2, 3, 4};
+  int length = 256;
+  EXPECT_FALSE(processor->TakesDotCommands());
+  EXPECT_EQ(processor->DiscoverServiceProcessors(), 0);
+  EXPECT_FALSE(processor->SendDot(0, dotCmd(2, 0, 0, nullptr, nullptr), response, length, stop_));
+  EXPECT_EQ(length, 256);
+}
+
+TEST_F(LanServiceProcessor, BmcThatFallsSilentIsReportedOnce) {
+  const auto processor = Open(1);
+  module_.Lose();
+  ExpectLost(*processor);
+  ExpectLost(*processor);
+  EXPECT_THAT(notices_, ElementsAre(StartsWith("lan:bmc:623: the BMC stopped answering during the run")));
+}
+
+TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
+  auto processor = Open(1);
+  std::promise<void> release;
+  std::promise<void> over;
+  module_.Do([this, &release, &over] {
+    stop_.RequestStop();
+    release.get_future().wait();
+    over.set_value();
+  });
+  ExpectLost(*processor);
+  ExpectLost(*processor);
+  EXPECT_EQ(module_.sent.size(), 1U);
+  processor.reset();
+  release.set_value();
+  over.get_future().wait();
+  // The thread left behind closes the session when it is done with it.
+  while (module_.OpenSessions() != 0) std::this_thread::yield();
+}
+
+TEST_F(LanServiceProcessor, RefusalReachesTheCaller) {
+  module_.Open(VEL_LAN_PASSWORD);
+  try {
+    TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
+    FAIL() << "opened";
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kNoPermission);
+  }
+}
+
+TEST_F(LanServiceProcessor, InterruptedOpeningSendsNothing) {
+  stop_.RequestStop();
+  try {
+    TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
+    FAIL() << "opened";
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kPartial);
+    EXPECT_STREQ(error.what(), "lan:bmc:623: interrupted while the session was being opened");
+  }
+}
+
+TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnavailable) {
+  stop_.SetDeadline(TStopSignal::TClock::now() - milliseconds(1));
+  try {
+    TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
+    FAIL() << "opened";
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kUnavailable);
+    EXPECT_STREQ(error.what(), "lan:bmc:623: no session before the deadline");
+  }
+}
+
+TEST(LanWorker, RunsJobsInOrderOnItsOwnThread) {
+  TLanWorker worker;
+  TStopSignal stop;
+  std::vector<int> done;
+  std::thread::id thread;
+  for (const int i : {1, 2, 3}) {
+    EXPECT_TRUE(worker.Run([&done, &thread, i] {
+      done.push_back(i);
+      thread = std::this_thread::get_id();
+    }, stop));
+  }
+  EXPECT_THAT(done, ElementsAre(1, 2, 3));
+  EXPECT_NE(thread, std::this_thread::get_id());
+}
+
+TEST(LanWorker, DeadlineEndsTheWait) {
+  TStopSignal stop;
+  auto release = std::make_shared<std::promise<void>>();
+  bool later = false;
+  {
+    TLanWorker worker;
+    stop.SetDeadline(TStopSignal::TClock::now() + milliseconds(20));
+    EXPECT_FALSE(worker.Run([release] { release->get_future().wait(); }, stop));
+    const TStopSignal never;
+    EXPECT_FALSE(worker.Run([&later] { later = true; }, never));
+  }
+  release->set_value();
+  EXPECT_FALSE(later);
+}
+
+TEST(LanWorker, SignalsGoToTheThreadThatWaits) {
+  TLanWorker worker;
+  TStopSignal stop;
+  bool blocked = false;
+  EXPECT_TRUE(worker.Run([&blocked] {
+    sigset_t mask;
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    blocked = sigismember(&mask, SIGINT) == 1 && sigismember(&mask, SIGTERM) == 1;
+  }, stop));
+  EXPECT_TRUE(blocked);
+  sigset_t mask;
+  pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+  EXPECT_EQ(sigismember(&mask, SIGINT), 0);
+}
+
+class LanClient : public testing::Test {
+ protected:
+  std::string ErrorWith(const std::vector<std::string>& folders) {
+    try {
+      OpenLan({TLanOptions()}, stop_, folders);
+    } catch (const THostError& error) {
+      EXPECT_EQ(error.Status(), EExitStatus::kUnavailable);
+      return error.what();
+    }
+    ADD_FAILURE() << "opened";
+    return {};
+  }
+  TStopSignal stop_;
+};
+
+TEST_F(LanClient, SaysWhereItLookedForTheModule) {
+  EXPECT_EQ(ErrorWith({"/nowhere", "/else"}),
+            "lan: the LAN module velhost-lan.so is not installed; looked for\n"
+            "  /nowhere/velhost-lan.so\n  /else/velhost-lan.so");
+}
+
+TEST_F(LanClient, RefusesALibraryThatIsNoLanModule) {
+  EXPECT_EQ(ErrorWith({OTHER_MODULE_DIR}),
+            "lan: " OTHER_MODULE_DIR "/velhost-lan.so is not a LAN module of this velhost's version");
+}
+
+TEST_F(LanClient, RefusesAFileThatIsNoLibrary) {
+  EXPECT_THAT(ErrorWith({NO_LIBRARY_DIR}), StartsWith("lan: cannot load the LAN module: " NO_LIBRARY_DIR));
+}
+
+}  // namespace
+}  // namespace NKROVEL20
