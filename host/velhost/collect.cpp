@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -11,7 +10,6 @@
 #include "host/output/capturefiles.h"
 #include "host/output/outputfile.h"
 #include "host/output/progress.h"
-#include "host/output/terminal.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
@@ -19,6 +17,7 @@
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
+#include "host/velhost/terminal.h"
 #include "host/velhost/trace.h"
 
 namespace NKROVEL20 {
@@ -60,14 +59,6 @@ class TInstalledServices {
   TInstalledServices(const TInstalledServices&) = delete;
   TInstalledServices& operator=(const TInstalledServices&) = delete;
 };
-
-bool UseColor(EWhen when, int descriptor) {
-  if (when != EWhen::kAuto) return when == EWhen::kAlways;
-  const char* const noColor = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  const bool refused = (noColor != nullptr && *noColor != '\0') || (terminal != nullptr && std::string(terminal) == "dumb");
-  return IsTerminal(descriptor) && !refused;
-}
 
 // Standard output, or a file that appears at the end, whole.
 class TTarget {
@@ -153,7 +144,7 @@ class TCollection {
     std::optional<TProgressLine> line;
     std::optional<TProgress> progress;
     if (showProgress_) {
-      line.emplace(TProgressTarget::StandardError());
+      line.emplace(TProgressTarget::StandardError([] { return TerminalWidth(STDERR_FILENO); }));
       supervised.AddObserver(*line);
       progress.emplace(*line);
     }
