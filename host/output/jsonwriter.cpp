@@ -28,7 +28,8 @@ char ShortEscape(char32_t character) {
 
 void TJsonText::String(std::string_view text) {
   out_.Append('"');
-  AppendText(out_, text, kPlain, [this](char32_t character, std::string_view bytes) {
+  const auto plain = [this](std::string_view run) { out_.Append(run); };
+  SplitText(text, kPlain, plain, [this](char32_t character, std::string_view bytes) {
     if (character >= 0x80) return out_.Append(bytes);
     out_.Append('\\');
     if (const char escape = ShortEscape(character)) return out_.Append(escape);
