@@ -4,9 +4,9 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -153,7 +153,7 @@ void TIpmiSim::Start(const TIpmiSimSettings& settings) {
   process_ = fork();
   if (process_ < 0) ThrowStart(settings, errno);
   if (process_ == 0) Become(arguments.front(), arguments.data(), log.c_str(), parent);
-  descriptor_ = pidfd_open(process_, 0);
+  descriptor_ = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
   if (descriptor_ < 0) {
     const int error = errno;
     kill(process_, SIGKILL);

@@ -135,9 +135,9 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
 }
 
 /// Waits for a signal (true), or until the time is over or the simulator has ended (false).
-bool WaitForSignal(const TEndingSignals& signals, const TIpmiSim& simulator, int milliseconds) {
+bool WaitForSignal(const TEndingSignals& signals, const TIpmiSim& simulator, int time) {
   std::array<pollfd, 2> waiters = {{{signals.Descriptor(), POLLIN, 0}, {simulator.Descriptor(), POLLIN, 0}}};
-  while (poll(waiters.data(), waiters.size(), milliseconds) < 0 && errno == EINTR) continue;
+  while (poll(waiters.data(), waiters.size(), time) < 0 && errno == EINTR) continue;
   return (waiters[0].revents & POLLIN) != 0;
 }
 
@@ -154,6 +154,13 @@ bool WaitForAnswer(const TEndingSignals& signals, const TIpmiSim& simulator, int
   return true;
 }
 
+/// As one word of a shell's command line.
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
 void PrintLines(const TSimulateArguments& arguments, const std::string& machineType) {
   const std::string port = std::to_string(arguments.port);
   const std::string user = kSimulatedUser;
@@ -165,7 +172,7 @@ void PrintLines(const TSimulateArguments& arguments, const std::string& machineT
             << "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" << port << " -u " << user << " -p " << password
             << " -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
             << "  VELHOST_IPMI_PASSWORD=" << password << " velhost collect --sp lan:" << user << "@127.0.0.1:" << port
-            << " --machine-type '" << machineType << "'\n";
+            << " --machine-type " << Quoted(machineType) << "\n";
   if (arguments.serialPort) {
     std::cout << "As the BMC of a virtual machine:\n"
               << "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" << *arguments.serialPort
