@@ -171,14 +171,15 @@ TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
   return *this;
 }
 
+// By way of a third value, because `other` may be an element of this one and goes with the old payload.
 TCIMValue& TCIMValue::operator=(TCIMValue&& other) noexcept {
-  type_ = other.type_;
-  array_ = other.array_;
-  null_ = other.null_;
-  declaredSize_ = other.declaredSize_;
-  bits_ = other.bits_;
-  payload_ = std::move(other.payload_);
-  if (this != &other) other.null_ = true;
+  TCIMValue taken(std::move(other));
+  type_ = taken.type_;
+  array_ = taken.array_;
+  null_ = taken.null_;
+  declaredSize_ = taken.declaredSize_;
+  bits_ = taken.bits_;
+  payload_.swap(taken.payload_);
   return *this;
 }
 
