@@ -103,7 +103,7 @@ double RealFromText(const std::string& text) {
 }
 
 std::uint64_t IntegerFromReal(double number) {
-  if (std::isnan(number) || number <= -9223372036854775809.0 || number >= 18446744073709551616.0) {
+  if (std::isnan(number) || number < -9223372036854775808.0 || number >= 18446744073709551616.0) {
     ThrowMismatch(fmt::format("{} is outside the range of an integer", number));
   }
   return number < 0 ? static_cast<std::uint64_t>(static_cast<std::int64_t>(number)) : static_cast<std::uint64_t>(number);
