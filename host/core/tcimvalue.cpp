@@ -222,7 +222,10 @@ void TCIMValue::Set(TCIMType type, unsigned int count, const std::vector<TCIMVal
   std::vector<TCIMValue> converted;
   converted.reserve(elements.size());
   for (const TCIMValue& element : elements) {
-    converted.push_back(element.type_ == type && !element.array_ ? element : element.ConvertedTo(type));
+    if (element.array_ && !element.null_) ThrowMismatch("an array is not an element of an array");
+    converted.push_back(element.type_ == type ? element : element.ConvertedTo(type));
+    converted.back().array_ = false;
+    converted.back().declaredSize_ = 0;
   }
   auto payload = std::make_unique<TPayload>(TPayload{std::move(converted)});
   *this = TCIMValue();
