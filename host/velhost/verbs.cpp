@@ -50,6 +50,7 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
     case EVerb::kCollect: return Collect(commandLine, installation);
     case EVerb::kClasses: return ListClasses(commandLine.common, installation);
     case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
+    default: break;
 
 
   }
