@@ -3,12 +3,10 @@
 #include <iostream>
 
 #include "host/pluginmanager/pluginloader.h"
-#include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
 #include "host/velhost/collect.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
-#include "host/velhost/simulate.h"
 #include "host/velhost/trace.h"
 
 namespace NKROVEL20 {
@@ -52,8 +50,9 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
     case EVerb::kCollect: return Collect(commandLine, installation);
     case EVerb::kClasses: return ListClasses(commandLine.common, installation);
     case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
-    case EVerb::kCheck: return CheckSchemaCommand(commandLine, installation);
-    case EVerb::kSimulate: return SimulateCommand(commandLine.simulate, installation);
+    default: break;
+
+
   }
   throw THostError(EExitStatus::kInternal, "unknown command");
 }
