@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string>
 
-#include "host/output/numbertext.h"
+#include "host/output/scalartext.h"
 
 namespace NKROVEL20 {
 

@@ -28,7 +28,8 @@ char ShortEscape(char32_t character) {
 
 void TJsonText::String(std::string_view text) {
   out_.Append('"');
-  AppendText(out_, text, kPlain, [this](char32_t character, std::string_view bytes) {
+  const auto plain = [this](std::string_view run) { out_.Append(run); };
+  SplitText(text, kPlain, plain, [this](char32_t character, std::string_view bytes) {
     if (character >= 0x80) return out_.Append(bytes);
     out_.Append('\\');
     if (const char escape = ShortEscape(character)) return out_.Append(escape);
@@ -137,8 +138,12 @@ void TJsonText::FailedExchange(const TFailedExchange& exchange) {
   out_.Append(numbers_.Signed(exchange.node));
   out_.Append(',');
   Member("kind", exchange.kind);
-  out_.Append(R"(,"completion_code":)");
-  out_.Append(exchange.completionCode ? ByteText(*exchange.completionCode) : R"("lost")");
+  if (exchange.completionCode) {
+    out_.Append(R"(,"completion_code":)");
+    out_.Append(ByteText(*exchange.completionCode));
+  } else {
+    out_.Append(R"(,"lost":true)");
+  }
   out_.Append('}');
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/output/iinstancewriter.h"
-#include "host/output/numbertext.h"
+#include "host/output/scalartext.h"
 #include "host/output/textbuffer.h"
 
 namespace NKROVEL20 {

@@ -3,30 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
-#include <tuple>
 
 #include "host/output/completioncodes.h"
+#include "host/output/summarytext.h"
 
 namespace NKROVEL20 {
 
 namespace {
 
 constexpr std::size_t kColumn = 13;  // of what stands behind "  Instances"
-
-// Orders groups by the place of their class, then by their own.
-void SortByClass(std::vector<TFailureGroup>& groups) {
-  std::map<std::string, std::size_t> places;
-  for (const TFailureGroup& group : groups) places.emplace(group.exchange.className, places.size());
-  std::stable_sort(groups.begin(), groups.end(), [&places](const TFailureGroup& a, const TFailureGroup& b) {
-    return places[a.exchange.className] < places[b.exchange.className];
-  });
-}
-
-std::string NodeText(const TFailedExchange& exchange) {
-  // A dot command goes to a service processor, which has numbers of its own.
-  return fmt::format("{} {}", exchange.kind == "dot" ? "sp" : "node", exchange.node);
-}
 
 struct TFailureWidths {
   std::size_t count = 0;
@@ -81,27 +66,6 @@ void WriteResult(TTableLayout& layout, const TCollectionSummary& summary) {
 
 }  // namespace
 
-std::vector<TFailureGroup> GroupFailures(const std::vector<TFailedExchange>& failures) {
-  std::vector<TFailureGroup> groups;
-  std::map<std::tuple<std::string, int, std::string, int>, std::size_t> places;
-  for (const TFailedExchange& failure : failures) {
-    const int code = failure.completionCode ? int{*failure.completionCode} : -1;
-    const auto [place, isNew] =
-        places.emplace(std::tuple(failure.className, failure.node, failure.kind, code), groups.size());
-    if (isNew) groups.push_back({failure, 0});
-    ++groups[place->second].count;
-  }
-  SortByClass(groups);
-  return groups;
-}
-
-std::string ElapsedText(std::int64_t milliseconds) {
-  const std::int64_t seconds = milliseconds / 1000;
-  if (seconds < 60) return fmt::format("{}.{:03} s", seconds, milliseconds % 1000);
-  if (seconds < 3600) return fmt::format("{} min {}.{} s", seconds / 60, seconds % 60, milliseconds % 1000 / 100);
-  return fmt::format("{} h {} min {} s", seconds / 3600, seconds / 60 % 60, seconds % 60);
-}
-
 void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, const TInstanceCounts& counts) {
   layout.Line("Summary", EEmphasis::kHeading);
   WriteInstances(layout, counts);
@@ -109,7 +73,7 @@ void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, 
   layout.Row(2, "Exchanges", kColumn,
              fmt::format("{}, {} failed", summary.exchanges, failed == 0 ? "none" : std::to_string(failed)));
   WriteFailedExchanges(layout, summary.failedExchanges);
-  layout.Row(2, "Elapsed", kColumn, ElapsedText(std::max<std::int64_t>(summary.elapsedMs, 0)));
+  layout.Row(2, "Elapsed", kColumn, ElapsedText(summary.elapsedMs));
   WriteResult(layout, summary);
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/output/numbertext.h"
+#include "host/output/scalartext.h"
 #include "host/output/tablelayout.h"
 #include "host/output/utf8.h"
 

@@ -6,6 +6,7 @@
 
 #include "host/core/caseinsensitive.h"
 #include "host/output/hexdump.h"
+#include "host/output/summarytext.h"
 #include "host/output/tablesummary.h"
 #include "host/output/tablevalue.h"
 
@@ -56,7 +57,7 @@ void TTableWriter::Instance(const TInstance& instance, bool incomplete) {
   const auto capture = CaptureFileOf(instance);
   Heading(instance, capture ? &*capture : nullptr);
   if (incomplete) {
-    layout_.Paragraph(kIndent, "incomplete: an exchange failed while it was collected", EEmphasis::kFailure);
+    layout_.Paragraph(kIndent, kIncompleteMark, EEmphasis::kFailure);
   }
   Properties(instance, capture ? &*capture : nullptr);
   layout_.BlankLine();

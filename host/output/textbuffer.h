@@ -61,16 +61,16 @@ constexpr TPlainCharacters PlainBut(std::string_view special) {
   return plain;
 }
 
-/// Appends a string of any bytes: runs of plain characters as they are, and every other character
-/// through `special(character, bytes)`, which has its number and its valid UTF-8. Bytes that are no
-/// character arrive as the replacement character.
-template <typename TSpecial>
-void AppendText(TTextBuffer& out, std::string_view text, const TPlainCharacters& plain, TSpecial&& special) {
+/// Takes a string of any bytes apart: runs of plain characters go to `plain(run)`, every other
+/// character to `special(character, bytes)`, which has its number and its valid UTF-8. Bytes that are
+/// no character arrive as the replacement character.
+template <typename TPlain, typename TSpecial>
+void SplitText(std::string_view text, const TPlainCharacters& table, TPlain&& plain, TSpecial&& special) {
   std::size_t at = 0;
   while (at < text.size()) {
     const std::size_t start = at;
-    while (at < text.size() && plain[static_cast<unsigned char>(text[at])]) ++at;
-    if (at > start) out.Append(text.substr(start, at - start));
+    while (at < text.size() && table[static_cast<unsigned char>(text[at])]) ++at;
+    if (at > start) plain(text.substr(start, at - start));
     if (at == text.size()) return;
     const TCodePoint next = NextCodePoint(text, at);
     special(next.value, next.valid ? text.substr(at, next.size) : kReplacementText);

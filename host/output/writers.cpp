@@ -3,7 +3,9 @@
 #include <array>
 #include <cstddef>
 
+#include "host/output/cimxmlwriter.h"
 #include "host/output/jsonwriter.h"
+#include "host/output/mofwriter.h"
 #include "host/output/tablewriter.h"
 
 namespace NKROVEL20 {
@@ -27,9 +29,11 @@ std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, c
   switch (form) {
     case EOutputForm::kJson: return std::make_unique<TJsonWriter>(sink);
     case EOutputForm::kJsonl: return std::make_unique<TJsonLinesWriter>(sink);
-    case EOutputForm::kTable:
-    default: return std::make_unique<TTableWriter>(sink, options);
+    case EOutputForm::kMof: return std::make_unique<TMofWriter>(sink);
+    case EOutputForm::kCimXml: return std::make_unique<TCimXmlWriter>(sink);
+    case EOutputForm::kTable: break;
   }
+  return std::make_unique<TTableWriter>(sink, options);
 }
 
 }  // namespace NKROVEL20

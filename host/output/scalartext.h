@@ -1,4 +1,4 @@
-// Numbers as text, for the forms that machines read.
+// Scalars as text, for the forms that machines read.
 #pragma once
 
 #include <array>
@@ -30,5 +30,9 @@ class TNumberText {
 
 /// Two lower-case hexadecimal digits of a byte, out of a table.
 std::string_view HexPair(std::uint8_t byte);
+
+/// Whether the text of a datetime value is one that readers of CIM datetimes take: the fields of a
+/// point in time can be anything that a service processor sent, and then they are not.
+bool IsCimDateTime(std::string_view text);
 
 }  // namespace NKROVEL20

@@ -1,0 +1,14 @@
+// References as CIM-XML elements.
+#pragma once
+
+#include <pugixml.hpp>
+
+#include "host/output/objectpath.h"
+
+namespace NKROVEL20 {
+
+/// Appends a VALUE.REFERENCE with the path. Texts are escaped already: the document has to be
+/// written with pugi::format_no_escapes.
+void AppendReference(pugi::xml_node parent, const TObjectPath& path);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,145 @@
+#include "host/output/cimxmlwriter.h"
+
+#include <cmath>
+
+#include "host/output/cimxmlreference.h"
+#include "host/output/summarytext.h"
+#include "host/output/utf8.h"
+#include "host/output/xmltext.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using TType = TCIMValue::TCIMType;
+
+// Texts are escaped before they go into the tree.
+constexpr unsigned int kFormat = pugi::format_raw | pugi::format_no_empty_element_tags | pugi::format_no_escapes;
+
+class TBufferWriter : public pugi::xml_writer {
+ public:
+  explicit TBufferWriter(TTextBuffer& out) : out_(out) {}
+  void write(const void* data, std::size_t size) override {
+    out_.Append(std::string_view(static_cast<const char*>(data), size));
+  }
+
+ private:
+  TTextBuffer& out_;
+};
+
+const char* RealWithoutDigits(double number) {
+  if (std::isnan(number)) return "NaN";
+  return number < 0 ? "-INF" : "INF";
+}
+
+// A reference cannot stand in an array, and has no type name of its own.
+std::string TypeName(TType type) { return type == TType::kReference ? "string" : type.ToString(); }
+
+pugi::xml_node AppendProperty(pugi::xml_node parent, const char* element, const TPropertyDefinition& definition) {
+  pugi::xml_node property = parent.append_child(element);
+  property.append_attribute("NAME").set_value(XmlAttribute(definition.name).c_str());
+  property.append_attribute("TYPE").set_value(TypeName(definition.type).c_str());
+  return property;
+}
+
+}  // namespace
+
+void TCimXmlWriter::Comment(std::string_view safeText) {
+  out_.Append("<!-- ");
+  out_.Append(XmlComment(safeText));
+  out_.Append(" -->\n");
+}
+
+void TCimXmlWriter::Begin(const TCollectionHeader& header) {
+  out_.Append("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n");
+  Comment("Instances collected by velhost: " + HeaderText(header));
+  Comment("U+FFFD stands for characters that XML cannot hold and for bytes that are no UTF-8");
+  out_.Append("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n");
+}
+
+void TCimXmlWriter::Instance(const TInstance& instance, bool incomplete) {
+  if (incomplete) Comment(kIncompleteMark);
+  document_.reset();
+  pugi::xml_node object = document_.append_child("VALUE.OBJECT");
+  pugi::xml_node node = object.append_child("INSTANCE");
+  node.append_attribute("CLASSNAME").set_value(XmlAttribute(instance.Class().Name()).c_str());
+  const auto& properties = instance.Class().Properties();
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    if (instance.IsSet(i)) Property(node, properties[i]->Definition(), instance.Value(i));
+  }
+  TBufferWriter writer(out_);
+  object.print(writer, "", kFormat, pugi::encoding_utf8);
+  out_.Append('\n');
+}
+
+void TCimXmlWriter::End(const TCollectionSummary& summary) {
+  out_.Append("</DECLGROUP>\n</DECLARATION>\n</CIM>\n");
+  for (const std::string& line : SummaryLines(summary)) Comment(line);
+  out_.Flush();
+}
+
+void TCimXmlWriter::Property(pugi::xml_node parent, const TPropertyDefinition& definition, const TCIMValue& value) {
+  if (definition.isArray) {
+    Array(AppendProperty(parent, "PROPERTY.ARRAY", definition), value);
+  } else if (definition.type == TType::kReference) {
+    Reference(parent, definition, value);
+  } else {
+    Scalar(AppendProperty(parent, "PROPERTY", definition), value);
+  }
+}
+
+void TCimXmlWriter::Scalar(pugi::xml_node property, const TCIMValue& value) {
+  if (value.IsNull()) return;
+  if (const char* text = Text(value)) {
+    property.append_child("VALUE").append_child(pugi::node_pcdata).set_value(text);
+  } else {
+    property.append_child(pugi::node_comment).set_value((" no datetime: " + scratch_ + " ").c_str());
+  }
+}
+
+void TCimXmlWriter::Array(pugi::xml_node property, const TCIMValue& value) {
+  if (value.IsNull()) return;
+  pugi::xml_node array = property.append_child("VALUE.ARRAY");
+  for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {
+    const char* text = element.IsNull() ? nullptr : Text(element);
+    if (text == nullptr) {
+      array.append_child("VALUE.NULL");
+    } else {
+      array.append_child("VALUE").append_child(pugi::node_pcdata).set_value(text);
+    }
+  }
+}
+
+void TCimXmlWriter::Reference(pugi::xml_node parent, const TPropertyDefinition& definition, const TCIMValue& value) {
+  const auto path = value.IsNull() ? std::optional<TObjectPath>() : ParseObjectPath(value.ToString(10));
+  if (!path && !value.IsNull()) return Scalar(AppendProperty(parent, "PROPERTY", definition), value);
+  pugi::xml_node property = parent.append_child("PROPERTY.REFERENCE");
+  property.append_attribute("NAME").set_value(XmlAttribute(definition.name).c_str());
+  if (!definition.referenceClass.empty()) {
+    property.append_attribute("REFERENCECLASS").set_value(XmlAttribute(definition.referenceClass).c_str());
+  }
+  if (path) AppendReference(property, *path);
+}
+
+const char* TCimXmlWriter::Text(const TCIMValue& value) {
+  escaped_.clear();
+  scratch_.clear();
+  switch (value.GetType().GetCode()) {
+    case TType::kNone: return nullptr;
+    case TType::kBoolean: return value.ToInteger() != 0 ? "TRUE" : "FALSE";
+    case TType::kReal32:
+    case TType::kReal64:
+      escaped_ = numbers_.Real(value);
+      return escaped_.empty() ? RealWithoutDigits(value.ToReal()) : escaped_.c_str();
+    case TType::kChar16: AppendUtf8(scratch_, static_cast<char32_t>(value.ToInteger())); break;
+    case TType::kDateTime: value.AppendTo(scratch_, 10); return IsCimDateTime(scratch_) ? scratch_.c_str() : nullptr;
+    case TType::kString:
+    case TType::kReference: value.AppendTo(scratch_, 10); break;
+    case TType::kUint8: escaped_ = ByteText(static_cast<std::uint8_t>(value.ToInteger())); return escaped_.c_str();
+    default: escaped_ = numbers_.Integer(value); return escaped_.c_str();
+  }
+  AppendXmlText(escaped_, scratch_);
+  return escaped_.c_str();
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,170 @@
+#include "host/output/mofwriter.h"
+
+#include <algorithm>
+
+#include "host/output/summarytext.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using TType = TCIMValue::TCIMType;
+
+constexpr TPlainCharacters kPlain = PlainBut("\"\\\x7f");
+constexpr std::size_t kLiteralSize = 96;  // bytes of a string in one literal: 32 bytes of a capture file
+
+bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
+
+// Where to end a literal, without cutting a character.
+std::size_t LiteralSize(std::string_view text) {
+  std::size_t size = std::min(kLiteralSize, text.size());
+  while (size < text.size() && size < kLiteralSize + 3 && ContinuesCharacter(text[size])) ++size;
+  return size;
+}
+
+char ShortEscape(char32_t character) {
+  switch (character) {
+    case '"': return '"';
+    case '\\': return '\\';
+    case '\b': return 'b';
+    case '\f': return 'f';
+    case '\n': return 'n';
+    case '\r': return 'r';
+    case '\t': return 't';
+    default: return '\0';
+  }
+}
+
+}  // namespace
+
+void TMofWriter::Comment(std::string_view safeText) {
+  out_.Append("// ");
+  out_.Append(safeText);
+  out_.Append('\n');
+}
+
+void TMofWriter::Begin(const TCollectionHeader& header) {
+  Comment("Instances collected by velhost: " + HeaderText(header));
+  out_.Append('\n');
+}
+
+void TMofWriter::Instance(const TInstance& instance, bool incomplete) {
+  if (incomplete) Comment(kIncompleteMark);
+  out_.Append("instance of ");
+  out_.Append(instance.Class().Name());
+  out_.Append(" {\n");
+  const auto& properties = instance.Class().Properties();
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    if (!instance.IsSet(i)) continue;
+    out_.Append("  ");
+    out_.Append(properties[i]->Definition().name);
+    out_.Append(" = ");
+    Value(instance.Value(i));
+    out_.Append(";\n");
+  }
+  out_.Append("};\n\n");
+}
+
+void TMofWriter::End(const TCollectionSummary& summary) {
+  for (const std::string& line : SummaryLines(summary)) Comment(line);
+  out_.Flush();
+}
+
+void TMofWriter::Value(const TCIMValue& value) {
+  if (value.IsNull()) return out_.Append("NULL");
+  if (value.IsArray()) return Array(static_cast<const std::vector<TCIMValue>&>(value));
+  Scalar(value);
+}
+
+void TMofWriter::Array(const std::vector<TCIMValue>& elements) {
+  out_.Append('{');
+  bool first = true;
+  for (const TCIMValue& element : elements) {
+    if (!first) out_.Append(", ");
+    first = false;
+    if (element.GetType() == TType::kUint8 && !element.IsNull()) {
+      out_.Append(ByteText(static_cast<std::uint8_t>(element.ToInteger())));
+    } else {
+      Value(element);
+    }
+  }
+  out_.Append('}');
+}
+
+void TMofWriter::Scalar(const TCIMValue& value) {
+  switch (value.GetType().GetCode()) {
+    case TType::kNone: return out_.Append("NULL");
+    case TType::kBoolean: return out_.Append(value.ToInteger() != 0 ? "TRUE" : "FALSE");
+    case TType::kReal32:
+    case TType::kReal64: return Real(value);
+    case TType::kChar16: return Character(static_cast<char32_t>(value.ToInteger()));
+    case TType::kDateTime: return DateTime(value);
+    case TType::kString:
+    case TType::kReference:
+      scratch_.clear();
+      value.AppendTo(scratch_, 10);
+      return String(scratch_);
+    default: return out_.Append(numbers_.Integer(value));
+  }
+}
+
+void TMofWriter::Real(const TCIMValue& value) {
+  const std::string_view text = numbers_.Real(value);
+  if (!text.empty()) return out_.Append(text);
+  out_.Append("NULL /* ");
+  out_.Append(value.ToString(10));
+  out_.Append(" */");
+}
+
+void TMofWriter::DateTime(const TCIMValue& value) {
+  scratch_.clear();
+  value.AppendTo(scratch_, 10);
+  const bool valid = IsCimDateTime(scratch_);
+  out_.Append(valid ? "\"" : "NULL /* no datetime: ");
+  out_.Append(scratch_);
+  out_.Append(valid ? "\"" : " */");
+}
+
+void TMofWriter::Character(char32_t character) {
+  out_.Append('\'');
+  if (character >= 0x20 && character < 0x7F && character != '\'' && character != '\\') {
+    out_.Append(static_cast<char>(character));
+  } else if (character == '\'') {
+    out_.Append("\\'");
+  } else {
+    Escape(character);
+  }
+  out_.Append('\'');
+}
+
+void TMofWriter::String(std::string_view text) {
+  if (text.size() <= kLiteralSize) return Literal(text);
+  while (!text.empty()) {
+    const std::size_t size = LiteralSize(text);
+    out_.Append("\n    ");
+    Literal(text.substr(0, size));
+    text.remove_prefix(size);
+  }
+}
+
+void TMofWriter::Literal(std::string_view part) {
+  out_.Append('"');
+  const auto plain = [this](std::string_view run) { out_.Append(run); };
+  SplitText(part, kPlain, plain, [this](char32_t character, std::string_view bytes) {
+    // Control characters of the second set are none that a text file should hold as they are.
+    if (character >= 0xA0) return out_.Append(bytes);
+    Escape(character);
+  });
+  out_.Append('"');
+}
+
+void TMofWriter::Escape(char32_t character) {
+  out_.Append('\\');
+  if (const char escape = ShortEscape(character)) return out_.Append(escape);
+  // Always four digits: fewer would take in a hexadecimal digit that follows.
+  out_.Append('x');
+  out_.Append(HexPair(static_cast<std::uint8_t>(character >> 8)));
+  out_.Append(HexPair(static_cast<std::uint8_t>(character)));
+}
+
+}  // namespace NKROVEL20

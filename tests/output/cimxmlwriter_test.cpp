@@ -1,0 +1,133 @@
+#include "host/output/objectpath.h"
+#include "tests/output/outputfixture.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+class TCimXmlWriterTest : public TAwkwardTest {
+ protected:
+  /// The property element of a property "P" of that type and value.
+  std::string Xml(TType type, const TCIMValue& value) {
+    const std::string text = Written(EOutputForm::kCimXml, {One(type, value)}, Complete());
+    const std::string before = R"(<VALUE.OBJECT><INSTANCE CLASSNAME="KROSG_One">)";
+    const std::size_t start = text.find(before) + before.size();
+    return text.substr(start, text.find("</INSTANCE></VALUE.OBJECT>\n") - start);
+  }
+  std::string ReferenceXml(const std::string& path) {
+    return Xml(TType::kReference, TCIMValue::FromText(TType::kReference, path));
+  }
+};
+
+TEST_F(TCimXmlWriterTest, WritesADocumentOfDeclarations) {
+  const auto instance = One(TType::kUint16, TCIMValue::FromInteger(TType::kUint16, 7));
+  EXPECT_EQ(Written(EOutputForm::kCimXml, {instance, instance}, Complete()),
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+            "<!-- Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
+            "(interface version 1.1) -->\n"
+            "<!-- U+FFFD stands for characters that XML cannot hold and for bytes that are no UTF-8 -->\n"
+            "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n"
+            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
+            "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
+            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
+            "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
+            "</DECLGROUP>\n</DECLARATION>\n</CIM>\n"
+            "<!-- complete -->\n<!-- exchanges: 42, 0 failed -->\n<!-- elapsed: 1.234 s -->\n");
+}
+
+TEST_F(TCimXmlWriterTest, WritesAnAwkwardInstance) {
+  const std::string text = Written(EOutputForm::kCimXml, {Awkward()}, Complete());
+  const std::size_t start = text.find("<VALUE.OBJECT>");
+  EXPECT_EQ(text.substr(start, text.find("</DECLGROUP>") - start),
+            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_Awkward\">"
+            "<PROPERTY NAME=\"Quotes\" TYPE=\"string\"><VALUE>say \"hi\" \\ &lt;&amp;&gt;</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Controls\" TYPE=\"string\"><VALUE>t\tn\nr&#13;e\uFFFDz\uFFFDd\x7f</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"NonAscii\" TYPE=\"string\"><VALUE>Gr\u00fc\u00dfe \u6f22 \U0001F600</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Invalid\" TYPE=\"string\"><VALUE>a\uFFFDb\uFFFD</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Empty\" TYPE=\"string\"><VALUE></VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Nothing\" TYPE=\"string\"></PROPERTY>"
+            "<PROPERTY.ARRAY NAME=\"Bytes\" TYPE=\"uint8\"><VALUE.ARRAY><VALUE>0</VALUE><VALUE.NULL></VALUE.NULL>"
+            "<VALUE>255</VALUE></VALUE.ARRAY></PROPERTY.ARRAY>"
+            "<PROPERTY.ARRAY NAME=\"NoBytes\" TYPE=\"uint8\"><VALUE.ARRAY></VALUE.ARRAY></PROPERTY.ARRAY>"
+            "<PROPERTY.ARRAY NAME=\"Texts\" TYPE=\"string\"><VALUE.ARRAY><VALUE>a\"b</VALUE><VALUE.NULL></VALUE.NULL>"
+            "<VALUE></VALUE></VALUE.ARRAY></PROPERTY.ARRAY>"
+            "<PROPERTY NAME=\"Lowest\" TYPE=\"sint64\"><VALUE>-9223372036854775808</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Highest\" TYPE=\"uint64\"><VALUE>18446744073709551615</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Yes\" TYPE=\"boolean\"><VALUE>TRUE</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"No\" TYPE=\"boolean\"><VALUE>FALSE</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Tenth\" TYPE=\"real32\"><VALUE>0.1</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Huge\" TYPE=\"real64\"><VALUE>1.0e+300</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Endless\" TYPE=\"real64\"><VALUE>INF</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Accent\" TYPE=\"char16\"><VALUE>\u00e9</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Moment\" TYPE=\"datetime\"><VALUE>20260131123456.000000+060</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Span\" TYPE=\"datetime\"><VALUE>00000001132312.000000:000</VALUE></PROPERTY>"
+            "</INSTANCE></VALUE.OBJECT>\n");
+}
+
+TEST_F(TCimXmlWriterTest, ReplacesWhatXmlCannotHold) {
+  EXPECT_EQ(Xml(TType::kString, TCIMValue("a\uFFFE\uFFFF\u0085")),
+            "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>a\uFFFD\uFFFD\u0085</VALUE></PROPERTY>");
+}
+
+TEST_F(TCimXmlWriterTest, WritesNoValueForATimeThatDoesNotExist) {
+  EXPECT_EQ(Xml(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
+            "<PROPERTY NAME=\"P\" TYPE=\"datetime\"><!-- no datetime: 20261301000000.000000+000 --></PROPERTY>");
+}
+
+TEST_F(TCimXmlWriterTest, WritesReferencesByTheirParts) {
+  EXPECT_EQ(ReferenceXml("KROSG_A.Key=\"a\\\"<\",N=5,B=true"),
+            "<PROPERTY.REFERENCE NAME=\"P\" REFERENCECLASS=\"KROSG_Target\"><VALUE.REFERENCE>"
+            "<INSTANCENAME CLASSNAME=\"KROSG_A\">"
+            "<KEYBINDING NAME=\"Key\"><KEYVALUE VALUETYPE=\"string\">a\"&lt;</KEYVALUE></KEYBINDING>"
+            "<KEYBINDING NAME=\"N\"><KEYVALUE VALUETYPE=\"numeric\">5</KEYVALUE></KEYBINDING>"
+            "<KEYBINDING NAME=\"B\"><KEYVALUE VALUETYPE=\"boolean\">true</KEYVALUE></KEYBINDING>"
+            "</INSTANCENAME></VALUE.REFERENCE></PROPERTY.REFERENCE>");
+  EXPECT_EQ(ReferenceXml("//h/root/cimv2:KROSG_A"),
+            "<PROPERTY.REFERENCE NAME=\"P\" REFERENCECLASS=\"KROSG_Target\"><VALUE.REFERENCE><CLASSPATH>"
+            "<NAMESPACEPATH><HOST>h</HOST><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"></NAMESPACE>"
+            "<NAMESPACE NAME=\"cimv2\"></NAMESPACE></LOCALNAMESPACEPATH></NAMESPACEPATH>"
+            "<CLASSNAME NAME=\"KROSG_A\"></CLASSNAME></CLASSPATH></VALUE.REFERENCE></PROPERTY.REFERENCE>");
+}
+
+TEST_F(TCimXmlWriterTest, WritesAReferenceThatIsNoPathAsAString) {
+  EXPECT_EQ(ReferenceXml("no <path>"),
+            "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>no &lt;path&gt;</VALUE></PROPERTY>");
+}
+
+TEST_F(TCimXmlWriterTest, KeepsCommentsClosedAndWellFormed) {
+  TCollectionSummary summary = Partial();
+  summary.failures[0].message = "--><X>\n---";
+  const std::string text = Written(EOutputForm::kCimXml, {}, summary);
+  EXPECT_NE(text.find("<!-- request failed: KROSG_A: - -><X>\\n- - - -->\n"), std::string::npos) << text;
+}
+
+TEST_F(TCimXmlWriterTest, MarksAnIncompleteInstance) {
+  TStringSink sink;
+  const auto writer = MakeWriter(EOutputForm::kCimXml, sink, {});
+  writer->Instance(*One(TType::kString, NullOf(TType::kString)), true);
+  writer->End(Complete());
+  EXPECT_EQ(sink.content.substr(0, sink.content.find('\n')),
+            "<!-- incomplete: an exchange failed while it was collected -->");
+}
+
+TEST(TObjectPathTest, ReadsEveryPart) {
+  const auto path = ParseObjectPath("https://host:5989/root/cimv2:KROSG_A.Name=\"a,b=\\\\\",Count=-0x1F");
+  ASSERT_TRUE(path);
+  EXPECT_EQ(path->host, "host:5989");
+  EXPECT_EQ(path->namespaces, (std::vector<std::string>{"root", "cimv2"}));
+  EXPECT_EQ(path->className, "KROSG_A");
+  ASSERT_EQ(path->keys.size(), 2U);
+  EXPECT_EQ(path->keys[0].value, "a,b=\\");
+  EXPECT_EQ(path->keys[1].value, "-0x1F");
+  EXPECT_EQ(path->keys[1].type, EKeyType::kNumeric);
+}
+
+TEST(TObjectPathTest, RefusesEverythingElse) {
+  for (const char* text :
+       {"",   ".",  "A.",     "A.k",      "A.k=", "A.k=\"", "A.k=\"\\", "A.k=x", "A.k=1,", "A.k=1 ",    "A.=1",
+        "1A", "//", "//host", "//host/A", ":A",   "a//b:A", "root:",    "A=",    "A=@x",   "A.k=\"v\"x"}) {
+    EXPECT_FALSE(ParseObjectPath(text)) << text;
+  }
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

@@ -1,0 +1,126 @@
+#include "tests/output/outputfixture.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+class TMofWriterTest : public TAwkwardTest {
+ protected:
+  /// What stands between "P = " and the semicolon for a property of that type and value.
+  std::string Mof(TType type, const TCIMValue& value) {
+    const std::string text = Written(EOutputForm::kMof, {One(type, value)}, Complete());
+    const std::string before = "instance of KROSG_One {\n  P = ";
+    const std::size_t start = text.find(before) + before.size();
+    return text.substr(start, text.find(";\n};\n") - start);
+  }
+};
+
+TEST_F(TMofWriterTest, WritesOneInstanceAfterAnother) {
+  const auto cimClass = Define("KROSG_A", "", {Property("Name", TType::kString), Property("N", TType::kUint16)});
+  EXPECT_EQ(Written(EOutputForm::kMof,
+                    {Make(cimClass, {{"N", TCIMValue(7)}}), Make(cimClass, {{"Name", TCIMValue("x")}})}, Complete()),
+            "// Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
+            "(interface version 1.1)\n"
+            "\n"
+            "instance of KROSG_A {\n"
+            "  N = 7;\n"
+            "};\n"
+            "\n"
+            "instance of KROSG_A {\n"
+            "  Name = \"x\";\n"
+            "};\n"
+            "\n"
+            "// complete\n"
+            "// exchanges: 42, 0 failed\n"
+            "// elapsed: 1.234 s\n");
+}
+
+TEST_F(TMofWriterTest, SaysInCommentsWhatIsMissing) {
+  EXPECT_EQ(Written(EOutputForm::kMof, {}, Partial()),
+            "// Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
+            "(interface version 1.1)\n"
+            "\n"
+            "// partial: interrupted\n"
+            "// request failed: KROSG_A: said \"no\"\n"
+            "// exchanges: 42, 2 failed\n"
+            "// 1 x KROSG_A, node 0, register: 0xC3 timeout while processing command\n"
+            "// 1 x KROSG_B, sp 1, dot: lost: no answer\n"
+            "// elapsed: 1.234 s\n");
+}
+
+TEST_F(TMofWriterTest, KeepsAMessageOfSeveralLinesInsideItsComment) {
+  TCollectionSummary summary = Partial();
+  summary.failures[0].message = "one\ninstance of X {};";
+  EXPECT_NE(Written(EOutputForm::kMof, {}, summary).find("KROSG_A: one\\ninstance of X {};\n"), std::string::npos);
+}
+
+TEST_F(TMofWriterTest, WritesAnAwkwardInstance) {
+  const std::string text = Written(EOutputForm::kMof, {Awkward()}, Complete());
+  const std::size_t start = text.find("instance of");
+  EXPECT_EQ(text.substr(start, text.find("\n};\n") + 4 - start),
+            "instance of KROSG_Awkward {\n"
+            "  Quotes = \"say \\\"hi\\\" \\\\ <&>\";\n"
+            "  Controls = \"t\\tn\\nr\\re\\x001bz\\x0000d\\x007f\";\n"
+            "  NonAscii = \"Gr\u00fc\u00dfe \u6f22 \U0001F600\";\n"
+            "  Invalid = \"a\uFFFDb\uFFFD\";\n"
+            "  Empty = \"\";\n"
+            "  Nothing = NULL;\n"
+            "  Bytes = {0, NULL, 255};\n"
+            "  NoBytes = {};\n"
+            "  Texts = {\"a\\\"b\", NULL, \"\"};\n"
+            "  Lowest = -9223372036854775808;\n"
+            "  Highest = 18446744073709551615;\n"
+            "  Yes = TRUE;\n"
+            "  No = FALSE;\n"
+            "  Tenth = 0.1;\n"
+            "  Huge = 1.0e+300;\n"
+            "  Endless = NULL /* inf */;\n"
+            "  Accent = '\\x00e9';\n"
+            "  Moment = \"20260131123456.000000+060\";\n"
+            "  Span = \"00000001132312.000000:000\";\n"
+            "};\n");
+}
+
+TEST_F(TMofWriterTest, EscapesCharactersOfTheirOwnType) {
+  EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 'A')), "'A'");
+  EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '"')), "'\"'");
+  EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '\'')), "'\\''");
+  EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '\\')), "'\\\\'");
+  EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '\n')), "'\\n'");
+  EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xD800)), "'\\xd800'");
+}
+
+TEST_F(TMofWriterTest, EscapesControlCharactersOfTheSecondSet) {
+  EXPECT_EQ(Mof(TType::kString, TCIMValue("\u0085\u00a0")), "\"\\x0085\u00a0\"");
+}
+
+TEST_F(TMofWriterTest, SplitsALongStringBetweenItsCharacters) {
+  // 96 bytes to a literal: the first euro sign (three bytes) starts at byte 95 and stays whole.
+  const std::string text = std::string(95, 'x') + "\u20ac\u20acend";
+  EXPECT_EQ(Mof(TType::kString, TCIMValue(text)), "\n    \"" + std::string(95, 'x') + "\u20ac\"\n    \"\u20acend\"");
+  EXPECT_EQ(Mof(TType::kString, TCIMValue(std::string(96, 'x'))), '"' + std::string(96, 'x') + '"');
+}
+
+TEST_F(TMofWriterTest, WritesNullForATimeThatDoesNotExist) {
+  EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
+            "NULL /* no datetime: 20261301000000.000000+000 */");
+  EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 1, 255, 0, 0, 0, 0, 0))),
+            "NULL /* no datetime: 202601255000000.000000+000 */");
+  EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 1, 31, 24, 0, 0, 0, 0))),
+            "NULL /* no datetime: 20260131240000.000000+000 */");
+}
+
+TEST_F(TMofWriterTest, WritesReferencesAsStrings) {
+  EXPECT_EQ(Mof(TType::kReference, TCIMValue::FromText(TType::kReference, "A.K=\"v\"")), R"("A.K=\"v\"")");
+}
+
+TEST_F(TMofWriterTest, MarksAnIncompleteInstance) {
+  TStringSink sink;
+  const auto writer = MakeWriter(EOutputForm::kMof, sink, {});
+  writer->Instance(*One(TType::kString, TCIMValue("x")), true);
+  writer->End(Complete());
+  EXPECT_EQ(sink.content.substr(0, sink.content.find("\n\n")),
+            "// incomplete: an exchange failed while it was collected\ninstance of KROSG_One {\n  P = \"x\";\n};");
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

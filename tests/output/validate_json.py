@@ -1,0 +1,49 @@
+"""Holds JSON documents against a JSON Schema.
+
+validate_json.py SCHEMA FILE...
+
+A file whose name ends in .jsonl holds a document on each line. Exit status 0: all are valid; 1: one is
+not, or is no JSON (NaN and Infinity are none), and what is wrong is on standard output; 77: the
+package python3-jsonschema is missing.
+"""
+
+import json
+import sys
+
+try:
+    import jsonschema
+except ImportError:
+    sys.exit(77)
+
+
+def refuse(name):
+    raise ValueError(name + " is no JSON number")
+
+
+def documents(path):
+    with open(path, encoding="utf-8") as file:
+        text = file.read()
+    # Only a newline ends a line: JSON strings may hold other separators as they are.
+    for part in text.rstrip("\n").split("\n") if path.endswith(".jsonl") else [text]:
+        yield json.loads(part, parse_constant=refuse)
+
+
+def main():
+    with open(sys.argv[1], encoding="utf-8") as file:
+        schema = json.load(file)
+    jsonschema.Draft202012Validator.check_schema(schema)
+    validator = jsonschema.Draft202012Validator(schema)
+    failed = False
+    for path in sys.argv[2:]:
+        try:
+            for document in documents(path):
+                for error in validator.iter_errors(document):
+                    print(f"{path}: {error.json_path}: {error.message}")
+                    failed = True
+        except ValueError as error:
+            print(f"{path}: {error}")
+            failed = True
+    sys.exit(1 if failed else 0)
+
+
+main()

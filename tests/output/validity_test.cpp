@@ -1,0 +1,90 @@
+// Whole documents with awkward values, held against the published grammars by tools of others.
+#include "tests/output/externaltool.h"
+#include "tests/output/outputfixture.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+class TValidityTest : public TAwkwardTest {
+ protected:
+  std::vector<TInstancePtr> Instances() {
+    const auto empty = Make(Define("KROSG_Empty", "", {}), {});
+    const auto invalidTime = Make(Define("KROSG_Time", "", {Property("T", TType::kDateTime)}),
+                                  {{"T", TCIMValue(TCIMDateTime(2255, 255, 255, 255, 255, 255, 0, 0))}});
+    return {Awkward(), Capture("0a ff 00 "), empty, invalidTime, References()};
+  }
+  TInstancePtr References() {
+    std::vector<TPropertyDefinition> properties;
+    std::vector<std::pair<std::string, TCIMValue>> values;
+    const std::vector<std::string> paths = {"KROSG_A.Key=\"<v>\",N=-5,B=TRUE",
+                                            "root/cimv2:KROSG_A.Key=\"v\"",
+                                            "//host:5989/root/cimv2:KROSG_A.Key=\"v\"",
+                                            "KROSG_A",
+                                            "root:KROSG_A",
+                                            "//host/root:KROSG_A",
+                                            "KROSG_A=@",
+                                            "no path <at> all",
+                                            ""};
+    for (const std::string& path : paths) {
+      properties.push_back(Property("R" + std::to_string(properties.size()), TType::kReference));
+      properties.back().referenceClass = "KROSG_A";
+      values.emplace_back(properties.back().name, TCIMValue::FromText(TType::kReference, path));
+    }
+    properties.push_back(Property("Null", TType::kReference));
+    values.emplace_back("Null", NullOf(TType::kReference));
+    return Make(Define("KROSG_References", "", properties), values);
+  }
+  /// Validates the documents against the JSON Schema; a missing package skips the test.
+  TToolResult Validate(const std::string& files) {
+    return RunTool(std::string(PYTHON) + " " + SOURCE_FOLDER + "/validate_json.py " + SCHEMA + " " + files);
+  }
+  TTemporaryFolder folder_;
+};
+
+TEST_F(TValidityTest, CimXmlIsValid) {
+  if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
+  for (const auto& summary : {Complete(), Partial()}) {
+    const std::string file = folder_.Write("all.xml", Written(EOutputForm::kCimXml, Instances(), summary));
+    const auto result = RunTool("xmllint --noout --dtdvalid " SOURCE_FOLDER "/cim-declarations.dtd " + file);
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+  }
+}
+
+TEST_F(TValidityTest, CimXmlOfNothingIsValid) {
+  if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
+  const std::string file = folder_.Write("none.xml", Written(EOutputForm::kCimXml, {}, Complete()));
+  const auto result = RunTool("xmllint --noout --dtdvalid " SOURCE_FOLDER "/cim-declarations.dtd " + file);
+  EXPECT_EQ(result.exitStatus, 0) << result.output;
+}
+
+TEST_F(TValidityTest, XmlReadersGetTheTextBack) {
+  if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
+  const auto instance = One(TType::kString, TCIMValue(" <a> & \"b\"\r\n\t\u00e9 "));
+  const std::string file = folder_.Write("one.xml", Written(EOutputForm::kCimXml, {instance}, Complete()));
+  EXPECT_EQ(RunTool("xmllint --xpath 'string(//VALUE)' " + file).output, " <a> & \"b\"\r\n\t\u00e9 \n");
+}
+
+TEST_F(TValidityTest, JsonFollowsItsSchema) {
+  const std::string files = folder_.Write("all.json", Written(EOutputForm::kJson, Instances(), Partial())) + " " +
+                            folder_.Write("none.json", Written(EOutputForm::kJson, {}, Complete())) + " " +
+                            folder_.Write("all.jsonl", Written(EOutputForm::kJsonl, Instances(), Partial()));
+  const auto result = Validate(files);
+  if (result.exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
+  EXPECT_EQ(result.exitStatus, 0) << result.output;
+}
+
+TEST_F(TValidityTest, TheSchemaRefusesWhatIsNoCollection) {
+  if (Validate("").exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
+  const std::string line = R"({"kind":"instance","class":"A","properties":{"P":)";
+  EXPECT_EQ(Validate(folder_.Write("good.jsonl", line + "[1,null]}}\n")).exitStatus, 0);
+  EXPECT_EQ(Validate(folder_.Write("nested.jsonl", line + "[[1]]}}\n")).exitStatus, 1);
+  EXPECT_EQ(Validate(folder_.Write("nan.jsonl", line + "NaN}}\n")).exitStatus, 1);
+  EXPECT_EQ(
+      Validate(folder_.Write("flag.jsonl", R"({"kind":"instance","class":"A","incomplete":false,"properties":{}})"))
+          .exitStatus,
+      1);
+  EXPECT_EQ(Validate(folder_.Write("kind.jsonl", R"({"kind":"other"})")).exitStatus, 1);
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest
