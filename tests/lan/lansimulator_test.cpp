@@ -152,7 +152,7 @@ TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
 TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
   Serve();
   const auto processor = Open();
-  for (int i = 0; i < 2000; ++i) {
+  for (int i = 0; i < 2000 && !HasFailure(); ++i) {
     // Pattern of address 00 hh ll, chip 0: value byte k is the address's byte k % 3 and 17 * k.
     const int high = i >> 8;
     const int low = i & 0xFF;
