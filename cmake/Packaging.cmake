@@ -10,6 +10,8 @@ set(VELHOST_PACKAGE_CONTACT "velhost maintainers <maintainers@velhost.example>" 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME velhost)
 set(CPACK_PACKAGE_CONTACT ${VELHOST_PACKAGE_CONTACT})
+# CPack's own default text, which is the one that it does not put in front of the descriptions below.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -32,13 +34,13 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME velhost)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION admin)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "collects chipset error registers from service processors
- A host for the Engineering Information Collector, a plugin that reads error
- and statistic registers of a server's chipset, and first-failure capture
- files, from its service processor. Steered by a CIM schema, it prints what it
- finds as a table, JSON, MOF or CIM-XML.
- .
- The service processor is this server's BMC, a recording, or a simulated
- server. For a BMC on the network install velhost-lan as well.")
+A host for the Engineering Information Collector, a plugin that reads error
+and statistic registers of a server's chipset, and first-failure capture
+files, from its service processor. Steered by a CIM schema, it prints what it
+finds as a table, JSON, MOF or CIM-XML.
+
+The service processor is this server's BMC, a recording, or a simulated
+server. For a BMC on the network install velhost-lan as well.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "velhost-lan, openipmi")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 
@@ -47,17 +49,17 @@ set(CPACK_DEBIAN_LAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_LAN_PACKAGE_DEPENDS ${velhost_same_version})
 set(CPACK_COMPONENT_LAN_DESCRIPTION
 "IPMI over LAN for velhost
- The module with which velhost collects from BMCs on the network, over IPMI 2.0
- (RMCP+). It is a package of its own because it links libFreeIPMI, which is
- under the GPL.")
+The module with which velhost collects from BMCs on the network, over IPMI 2.0
+(RMCP+). It is a package of its own because it links libFreeIPMI, which is
+under the GPL.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME velhost-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${velhost_same_version}, libboost-dev (>= 1.74)")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "headers for collector plugins of velhost
- The contract between velhost and the plugins that it loads: C++ headers, and
- packages for CMake and pkg-config.")
+The contract between velhost and the plugins that it loads: C++ headers, and
+packages for CMake and pkg-config.")
 
 # What Debian asks of every package: copyright, changelog, and the explained findings of lintian.
 set(changelog ${CMAKE_BINARY_DIR}/packaging/changelog.Debian)
