@@ -4,6 +4,7 @@
 
 #include "host/schema/mofscan.h"
 #include "host/schema/nearestname.h"
+#include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
 
@@ -45,7 +46,7 @@ bool TClassBuilder::CheckClassName(const TSchemaUnit& unit, TSchemaPlace place, 
   if (mentioned_.count(name) != 0) return false;
   TNearestName nearest(name);
   if (log_.Shows()) {
-    for (const auto& [candidate, index] : byName_) nearest.Offer(candidate);
+    for (const TEntry& entry : entries_) nearest.Offer(entry.unit.Text(entry.syntax->name));
   }
   log_.Error(place, "the class " + Mof::Quoted(name) + " is not declared" + nearest.Hint());
   return false;
@@ -114,10 +115,10 @@ void TClassBuilder::BuildOne(TEntry& entry, TNamespace& cimNamespace) {
       qualifiers_.Resolve(entry.unit, entry.syntax->qualifiers,
                           {ScopeOf(entry, superClass), superClass ? &superClass->Qualifiers() : nullptr, true});
   AddFeatures(entry, superClass, definition);
-  if (derives) AddTo(cimNamespace, entry, definition);
+  if (derives) AddTo(cimNamespace, entry, std::move(definition));
 }
 
-void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, const TClassDefinition& definition) {
+void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition) {
   const TCIMClass* superClass = nullptr;
   if (const TEntry* superEntry = Find(definition.superClass)) superClass = superEntry->built.get();
   const std::size_t inherited = superClass ? superClass->Properties().size() : 0;
@@ -136,11 +137,12 @@ void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, const TClassD
     modelEntries_ = SIZE_MAX;
     return;
   }
-  entry.built = cimNamespace.AddClass(definition, entry.order);
-  modelEntries_ += entry.built->Properties().size() + entry.built->Qualifiers().All().size();
-  for (const TPropertyDefinition& property : definition.properties) {
-    const std::size_t index = entry.built->FindProperty(property.name);
-    modelEntries_ += entry.built->Properties()[index]->Qualifiers().All().size();
+  entry.built = cimNamespace.AddClass(std::move(definition), entry.order);
+  const auto& properties = entry.built->Properties();
+  modelEntries_ += properties.size() + entry.built->Qualifiers().All().size();
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    const bool own = i >= inherited || properties[i] != superClass->Properties()[i];
+    if (own) modelEntries_ += properties[i]->Qualifiers().All().size();
   }
 }
 
@@ -165,11 +167,11 @@ void TClassBuilder::AddFeatures(const TEntry& entry, const TCIMClass* superClass
   const TSchemaUnit& unit = entry.unit;
   const Mof::TRange features = entry.syntax->features;
   definition.properties.reserve(features.count);
-  TNameSet properties;
-  TNameSet methods;
+  TSeenNames properties;
+  TSeenNames methods;
   for (std::uint32_t i = 0; i < features.count; ++i) {
     const Mof::TFeature& feature = unit.file->features[features.first + i];
-    if (!(feature.isMethod ? methods : properties).insert(unit.Text(feature.name)).second) {
+    if (!(feature.isMethod ? methods : properties).Add(unit.Text(feature.name))) {
       log_.Error(unit.Place(feature.name), std::string(feature.isMethod ? "the method " : "the property ") +
                                                unit.Quoted(feature.name) + " is declared twice in the class " +
                                                unit.Quoted(entry.syntax->name));
@@ -261,10 +263,10 @@ bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feat
 void TClassBuilder::CheckMethod(const TEntry& entry, const Mof::TFeature& feature) {
   const TSchemaUnit& unit = entry.unit;
   qualifiers_.Resolve(unit, feature.qualifiers, {Mof::kScopeMethod, nullptr, false});
-  TNameSet names;
+  TSeenNames names;
   for (std::uint32_t i = 0; i < feature.parameters.count; ++i) {
     const Mof::TFeature& parameter = unit.file->parameters[feature.parameters.first + i];
-    if (!names.insert(unit.Text(parameter.name)).second) {
+    if (!names.Add(unit.Text(parameter.name))) {
       log_.Error(unit.Place(parameter.name), "the parameter " + unit.Quoted(parameter.name) +
                                                  " is declared twice in the method " + unit.Quoted(feature.name));
     }

@@ -37,7 +37,6 @@ class TClassBuilder {
     std::size_t depth;
     boost::shared_ptr<TCIMClass> built;  // null where it cannot be resolved
   };
-  using TNameSet = Mof::TNameSet;
 
   void Collect(const TParsedSchema& schema);
   TEntry* Find(std::string_view name);
@@ -45,7 +44,7 @@ class TClassBuilder {
   void ReportCircle(const std::vector<TEntry*>& chain, const TEntry& again);
   void BuildOne(TEntry& entry, TNamespace& cimNamespace);
   bool MayDerive(TEntry& entry, const TEntry* superEntry);
-  void AddTo(TNamespace& cimNamespace, TEntry& entry, const TClassDefinition& definition);
+  void AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition);
   std::uint32_t ScopeOf(const TEntry& entry, const TCIMClass* superClass) const;
   void AddFeatures(const TEntry& entry, const TCIMClass* superClass, TClassDefinition& definition);
   void AddProperty(const TEntry& entry, const Mof::TFeature& feature, const TCIMClass* superClass,

@@ -1,6 +1,7 @@
 #include "host/schema/instancebuilder.h"
 
 #include "host/schema/nearestname.h"
+#include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
 
@@ -43,10 +44,10 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
                "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
   }
   const auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
-  Mof::TNameSet names;
+  TSeenNames names;
   for (std::uint32_t i = 0; i < syntax.assignments.count; ++i) {
     const Mof::TAssignment& assignment = unit.file->assignments[syntax.assignments.first + i];
-    if (names.insert(unit.Text(assignment.name)).second) {
+    if (names.Add(unit.Text(assignment.name))) {
       Assign(unit, assignment, *instance);
     } else {
       log_.Error(unit.Place(assignment.name), "the property " + unit.Quoted(assignment.name) + " is set twice");

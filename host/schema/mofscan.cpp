@@ -1,5 +1,7 @@
 #include "host/schema/mofscan.h"
 
+#include <algorithm>
+
 #include "host/schema/moftext.h"
 #include "host/schema/mofwords.h"
 #include "mofparser.hpp"
@@ -55,19 +57,28 @@ int TScan::Word(TSpan span, TSemantic& value) {
   return token;
 }
 
-int TScan::String(TSpan span, TSemantic& value, bool escaped) {
+int TScan::String(TSpan& span, TSemantic& value) {
+  const std::string_view text = source_.Text();
+  bool escaped = false;
+  std::uint32_t end = span.end;
+  for (;;) {
+    end = static_cast<std::uint32_t>(FindStringStop(text, end));
+    if (end >= text.size() || text[end] != '\\') break;
+    escaped = true;
+    end = Escape(end);
+  }
+  const bool closed = end < text.size() && text[end] == '"';
+  const TSpan content = {span.end, end};
+  span.end = closed ? end + 1 : end;
   if (TooLong(span)) return TToken::END;
-  const TSpan content = Inner(span, 1);
+  if (!closed) Error(span.begin, "the string that starts here has no end on its line, expected '\"'");
   value.literal = {ELiteral::kString, span, OnePiece(content, escaped)};
-  if (escaped) CheckEscapes(content);
   return TToken::STRING;
 }
 
-int TScan::OpenString(TSpan span, TSemantic& value) {
-  if (TooLong(span)) return TToken::END;
-  Error(span.begin, "the string that starts here has no end on its line, expected '\"'");
-  value.literal = {ELiteral::kString, span, OnePiece(Inner(span, 0), false)};
-  return TToken::STRING;
+std::uint32_t TScan::LineComment(TSpan span) const {
+  const std::size_t end = std::min(source_.Text().find('\n', span.end), Size());
+  return static_cast<std::uint32_t>(end) - span.begin;
 }
 
 TRange TScan::OnePiece(TSpan content, bool escaped) {
@@ -75,14 +86,15 @@ TRange TScan::OnePiece(TSpan content, bool escaped) {
   return {static_cast<std::uint32_t>(file_.pieces.size() - 1), 1};
 }
 
-void TScan::CheckEscapes(TSpan content) {
-  std::string_view rest = Text(content);
-  for (std::size_t at = rest.find('\\'); at != std::string_view::npos; at = rest.find('\\')) {
-    rest.remove_prefix(at);
-    const TCharacter taken = TakeCharacter(rest);
-    if (!taken.good) BadEscape(content.end - static_cast<std::uint32_t>(rest.size()), rest.substr(0, taken.size));
-    rest.remove_prefix(taken.size);
-  }
+// Past the escape. A backslash at the end of a line is none: the line's end ends the string.
+std::uint32_t TScan::Escape(std::uint32_t offset) {
+  const std::string_view rest = source_.Text().substr(offset);
+  const TCharacter taken = TakeCharacter(rest);
+  const auto size = static_cast<std::uint32_t>(taken.size);
+  if (taken.good) return offset + size;
+  const bool atLineEnd = rest.size() < 2 || rest[1] == '\n' || rest[1] == '\r';
+  if (!atLineEnd) BadEscape(offset, rest.substr(0, size));
+  return offset + (atLineEnd ? 1 : size);
 }
 
 void TScan::BadEscape(std::uint32_t offset, std::string_view escape) {

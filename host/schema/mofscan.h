@@ -41,8 +41,10 @@ class TScan {
 
   // The scanner's actions. Those that return an int return the token.
   int Word(TSpan span, TSemantic& value);
-  int String(TSpan span, TSemantic& value, bool escaped);
-  int OpenString(TSpan span, TSemantic& value);
+  // The span of a string is its opening quote's and becomes the whole string's.
+  int String(TSpan& span, TSemantic& value);
+  // The bytes of a comment up to the end of the line.
+  std::uint32_t LineComment(TSpan span) const;
   int Character(TSpan span, TSemantic& value);
   int OpenCharacter(TSpan span, TSemantic& value);
   int BadNumber(TSpan span, TSemantic& value);
@@ -67,7 +69,7 @@ class TScan {
  private:
   bool TooLong(TSpan span);
   TRange OnePiece(TSpan content, bool escaped);
-  void CheckEscapes(TSpan content);
+  std::uint32_t Escape(std::uint32_t offset);
   void BadEscape(std::uint32_t offset, std::string_view escape);
   void Stop(std::uint32_t offset, std::string message);
   void Note(TSpan name);

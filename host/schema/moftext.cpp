@@ -1,5 +1,6 @@
 #include "host/schema/moftext.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -114,6 +115,22 @@ std::size_t FindBadByte(std::string_view text, std::size_t start) {
     i += size;
   }
   return text.size();
+}
+
+std::size_t FindStringStop(std::string_view text, std::size_t start) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  // A zero byte's top bit, and perhaps those of bytes above it: good enough to find where to look.
+  const auto zeros = [](std::uint64_t word) { return (word - kOnes) & ~word & (kOnes << 7U); };
+  std::size_t i = start;
+  for (; text.size() - i >= 8; i += 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data() + i, sizeof word);
+    const std::uint64_t found = zeros(word ^ kOnes * '"') | zeros(word ^ kOnes * '\\') | zeros(word ^ kOnes * '\n') |
+                                zeros(word ^ kOnes * '\r');
+    if (found != 0) break;
+  }
+  const std::size_t stop = text.find_first_of("\"\\\n\r", i);
+  return std::min(stop, text.size());
 }
 
 TCharacter TakeCharacter(std::string_view content) {

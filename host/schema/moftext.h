@@ -22,6 +22,9 @@ struct TCharacter {
 /// Takes one character off the start of `content`, which is well-formed UTF-8 and not empty.
 TCharacter TakeCharacter(std::string_view content);
 
+/// The first quote, backslash or line end from `start` on; the text's size when there is none.
+std::size_t FindStringStop(std::string_view text, std::size_t start);
+
 void AppendUtf8(std::string& text, std::uint32_t code);
 
 /// Appends a literal's content, its escapes resolved; pairs of escaped surrogates become one

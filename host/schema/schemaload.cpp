@@ -4,6 +4,7 @@
 #include <boost/make_shared.hpp>
 #include <filesystem>
 #include <map>
+#include <numeric>
 
 #include "host/core/hosterror.h"
 #include "host/schema/mofscan.h"
@@ -204,13 +205,17 @@ void TLoader::Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma,
 std::string TSchemaUnit::Quoted(Mof::TSpan span) const { return Mof::Quoted(source->Text(span)); }
 
 std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal) {
+  const Mof::TPiece* const pieces = unit.file->pieces.data() + literal.pieces.first;
+  const Mof::TPiece* const end = pieces + literal.pieces.count;
   std::string text;
-  for (std::uint32_t i = 0; i < literal.pieces.count; ++i) {
-    const Mof::TPiece& piece = unit.file->pieces[literal.pieces.first + i];
-    if (piece.escaped) {
-      Mof::AppendUnescaped(text, unit.Text(piece.span));
+  text.reserve(std::accumulate(pieces, end, std::size_t{0}, [](std::size_t sum, const Mof::TPiece& piece) {
+    return sum + (piece.span.end - piece.span.begin);
+  }));
+  for (const Mof::TPiece* piece = pieces; piece != end; ++piece) {
+    if (piece->escaped) {
+      Mof::AppendUnescaped(text, unit.Text(piece->span));
     } else {
-      text += unit.Text(piece.span);
+      text += unit.Text(piece->span);
     }
   }
   return text;

@@ -16,12 +16,12 @@ namespace NKROVEL20 {
 /// One text of a schema and its lines.
 class TSchemaSource {
  public:
-  /// `name` is shown to people. A byte order mark at the start is dropped.
+  /// `name` is shown to people. A byte order mark at the start and a line end at the end are dropped.
   TSchemaSource(std::string name, std::string text);
 
   const std::string& Name() const { return name_; }
-  /// Without the two NUL bytes that the scanner needs behind the text.
-  std::string_view Text() const { return {text_.data(), text_.size() - kTail}; }
+  /// Two NUL bytes stand behind the text, as the scanner needs them.
+  std::string_view Text() const { return {text_.data(), size_}; }
   std::string_view Text(Mof::TSpan span) const { return Text().substr(span.begin, span.end - span.begin); }
   char* Data() { return text_.data(); }
 
@@ -31,12 +31,11 @@ class TSchemaSource {
   std::string_view Line(std::uint32_t number) const;
 
  private:
-  static constexpr std::size_t kTail = 2;
-
   void FindLines() const;
 
   std::string name_;
   std::string text_;
+  std::size_t size_;
   mutable std::vector<std::uint32_t> starts_;  // of the lines; empty until someone asks
   mutable std::size_t hint_ = 0;               // the line last asked for: the next is seldom far
 };
