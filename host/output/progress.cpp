@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "host/output/tablelayout.h"
-#include "host/output/terminal.h"
 #include "nkrovel20/storageareacommands.h"
 
 namespace NKROVEL20 {
@@ -57,16 +56,12 @@ std::uint32_t BytesRead(const TIPMICommandBuffer& response) {
 
 }  // namespace
 
-bool WantsProgress(EProgressMode mode, int descriptor) {
-  return mode == EProgressMode::kAlways || (mode == EProgressMode::kAuto && IsTerminal(descriptor));
-}
-
-TProgressTarget TProgressTarget::StandardError() {
+TProgressTarget TProgressTarget::StandardError(std::function<int()> width) {
   const auto write = [](std::string_view text) {
     const ssize_t ignored = ::write(STDERR_FILENO, text.data(), text.size());
     static_cast<void>(ignored);
   };
-  return {write, [] { return TerminalWidth(STDERR_FILENO); }, TClock::now};
+  return {write, std::move(width), TClock::now};
 }
 
 TProgressLine::TProgressLine(TProgressTarget target) : target_(std::move(target)), start_(target_.now()) {}
@@ -80,6 +75,7 @@ void TProgressLine::BeginClass(std::size_t number, std::size_t count, const std:
 }
 
 void TProgressLine::OnIpmi(const TIpmiExchange& exchange) {
+  if (!exchange.attempted) return;
   switch (KindOfRequest(exchange.request)) {
     case EExchangeKind::kSize: BeginCapture(exchange); break;
     case EExchangeKind::kClose: capture_.reset(); break;
@@ -91,7 +87,9 @@ void TProgressLine::OnIpmi(const TIpmiExchange& exchange) {
   Count();
 }
 
-void TProgressLine::OnDot(const TDotExchange&) { Count(); }
+void TProgressLine::OnDot(const TDotExchange& exchange) {
+  if (exchange.attempted) Count();
+}
 
 void TProgressLine::Count() {
   ++exchanges_;

@@ -13,11 +13,6 @@
 
 namespace NKROVEL20 {
 
-enum class EProgressMode { kAuto, kAlways, kNever };
-
-/// Whether to show progress on the descriptor: kAuto only on a terminal.
-bool WantsProgress(EProgressMode mode, int descriptor);
-
 /// Where the line is drawn, and by which clock.
 struct TProgressTarget {
   using TClock = std::chrono::steady_clock;
@@ -26,8 +21,8 @@ struct TProgressTarget {
   std::function<int()> width;  ///< columns, asked for at each drawing, since a window may change
   std::function<TClock::time_point()> now;
 
-  /// Standard error, its terminal's width, the real clock. Failed writes are ignored.
-  static TProgressTarget StandardError();
+  /// Standard error and the real clock. Failed writes are ignored.
+  static TProgressTarget StandardError(std::function<int()> width);
 };
 
 /// One line, redrawn in place at most ten times a second, when an exchange has been made:

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "host/core/nearestname.h"
+#include "host/serviceprocessor/quoted.h"
 
 namespace NKROVEL20 {
 
@@ -27,8 +28,8 @@ std::optional<EExchangeKind> ReadKind(const TTomlTable& table) {
   names.back() = kAnyIpmi;
   const std::string_view nearest = NearestName(name, names);
   table.Fail(on.value.place,
-             "found " + QuotedForMessage(name) + " for \"on\"" +
-                 (nearest.empty() ? ", expected " + expected : "; did you mean " + QuotedForMessage(nearest) + "?"));
+             "found " + Quoted(name) + " for \"on\"" +
+                 (nearest.empty() ? ", expected " + expected : "; did you mean " + Quoted(nearest) + "?"));
 }
 
 void ReadAction(const TTomlTable& table, TFault& fault) {

@@ -6,6 +6,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/serviceprocessor/faulttable.h"
+#include "host/serviceprocessor/quoted.h"
 #include "host/serviceprocessor/tomltable.h"
 #include "nkrovel20/storageareacommands.h"
 
@@ -52,7 +53,7 @@ TServerFile TServerFileReader::Read() {
   if (const auto moment = root.Moment("local_time")) server_.localTime = TCIMDateTime::FromString(*moment);
   if (const auto unlisted = root.String("unlisted_registers")) {
     if (*unlisted != "absent" && *unlisted != "pattern") {
-      root.Fail(root.Find("unlisted_registers")->value.place, "found " + QuotedForMessage(*unlisted) +
+      root.Fail(root.Find("unlisted_registers")->value.place, "found " + Quoted(*unlisted) +
                                                                   " for \"unlisted_registers\", expected \"absent\" or "
                                                                   "\"pattern\"");
     }
@@ -119,7 +120,7 @@ void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) 
   const std::string sent = area.name.substr(0, StorageAreaCommands::kNameSize);
   for (const TStorageArea& other : node.areas) {
     if (other.name.substr(0, StorageAreaCommands::kNameSize) != sent) continue;
-    table.Fail(name.value.place, "found a second storage area " + QuotedForMessage(sent) +
+    table.Fail(name.value.place, "found a second storage area " + Quoted(sent) +
                                      ", expected each name (its first 25 bytes) once in a node");
   }
   area.data = BytesOrFile(table, "data", "data_file", kLargestDataFile);
@@ -132,7 +133,7 @@ void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) 
 TBytes TServerFileReader::BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file,
                                       std::size_t limit) {
   const TTomlMember* named = table.Find(file);
-  const std::string either = "either " + QuotedForMessage(bytes) + " or " + QuotedForMessage(file);
+  const std::string either = "either " + Quoted(bytes) + " or " + Quoted(file);
   if (named == nullptr) table.Require(bytes, either);
   if (named != nullptr && table.Find(bytes) != nullptr) table.Fail(named->place, "found both, expected " + either);
   return named == nullptr ? *table.Bytes(bytes, std::nullopt) : ReadDataFile(table, *named, limit);
@@ -141,7 +142,7 @@ TBytes TServerFileReader::BytesOrFile(const TTomlTable& table, std::string_view 
 TBytes TServerFileReader::ReadDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
   const std::string name = *table.String(member.name);
   if (name.empty() || name.find('\0') != std::string::npos) {
-    table.Fail(member.value.place, "found " + QuotedForMessage(name) + ", expected a file's name");
+    table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file's name");
   }
   const std::string folder = name.front() == '/' ? "" : path_.substr(0, path_.rfind('/') + 1);
   try {

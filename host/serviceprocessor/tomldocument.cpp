@@ -22,7 +22,6 @@ namespace NKROVEL20 {
 namespace {
 
 constexpr std::ptrdiff_t kMostDots = 100;  // in one line: a dotted key nests one table in another for each
-constexpr std::size_t kLongestQuote = 60;  // bytes of an input that a message repeats
 
 bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
@@ -168,17 +167,6 @@ const char* NameOfTomlKind(TTomlValue::EKind kind) {
     case EKind::kArray: return "an array";
   }
   return "a value";
-}
-
-std::string QuotedForMessage(std::string_view text) {
-  std::size_t size = std::min(text.size(), kLongestQuote);
-  while (size > 0 && size < text.size() && IsUtf8Continuation(text[size])) --size;
-  std::string quoted = "\"";
-  for (const char c : text.substr(0, size)) {
-    const auto byte = static_cast<unsigned char>(c);
-    quoted += byte < 0x20 || byte == 0x7F ? '?' : c;
-  }
-  return quoted + (size < text.size() ? "...\"" : "\"");
 }
 
 TTomlDocument ParseTomlDocument(std::string file, std::string text) {

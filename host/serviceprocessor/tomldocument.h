@@ -49,9 +49,6 @@ struct TTomlDocument {
 /// "a string", "an integer", ... for messages.
 const char* NameOfTomlKind(TTomlValue::EKind kind);
 
-/// A text as it may stand in a message: in double quotes, cut when long, without control characters.
-std::string QuotedForMessage(std::string_view text);
-
 /// Throws THostError (kBadData) at the place of a syntax error, of a table nested too deeply for a
 /// server file, and of a key that is given twice.
 TTomlDocument ParseTomlDocument(std::string file, std::string text);

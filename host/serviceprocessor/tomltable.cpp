@@ -3,6 +3,7 @@
 #include "host/core/nearestname.h"
 #include "host/core/textdiagnostic.h"
 #include "host/serviceprocessor/hexpairs.h"
+#include "host/serviceprocessor/quoted.h"
 
 namespace NKROVEL20 {
 
@@ -46,9 +47,8 @@ void TTomlTable::AllowOnly(std::initializer_list<std::string_view> names) const 
   for (const TTomlMember& member : value_->members) {
     if (std::find(names.begin(), names.end(), member.name) != names.end()) continue;
     const std::string_view nearest = NearestName(member.name, {names.begin(), names.size()});
-    std::string message = "found the unknown key " + QuotedForMessage(member.name);
-    message +=
-        nearest.empty() ? ", expected one of " + Listed(names) : "; did you mean " + QuotedForMessage(nearest) + "?";
+    std::string message = "found the unknown key " + Quoted(member.name);
+    message += nearest.empty() ? ", expected one of " + Listed(names) : "; did you mean " + Quoted(nearest) + "?";
     Fail(member.place, message);
   }
 }
@@ -62,14 +62,14 @@ const TTomlMember* TTomlTable::Find(std::string_view name) const {
 
 const TTomlMember& TTomlTable::Require(std::string_view name, const std::string& expected) const {
   if (const TTomlMember* member = Find(name)) return *member;
-  Fail(Place(), "found no " + QuotedForMessage(name) + ", expected " + expected);
+  Fail(Place(), "found no " + Quoted(name) + ", expected " + expected);
 }
 
 const TTomlMember* TTomlTable::FindKind(std::string_view name, EKind kind, const std::string& expected) const {
   const TTomlMember* member = Find(name);
   if (member != nullptr && member->value.kind != kind) {
-    Fail(member->value.place, std::string("found ") + NameOfTomlKind(member->value.kind) + " for " +
-                                  QuotedForMessage(name) + ", expected " + expected);
+    Fail(member->value.place, std::string("found ") + NameOfTomlKind(member->value.kind) + " for " + Quoted(name) +
+                                  ", expected " + expected);
   }
   return member;
 }
@@ -90,7 +90,7 @@ std::optional<std::int64_t> TTomlTable::Integer(std::string_view name, std::int6
   const std::int64_t value = member->value.integer;
   if (value < low || value > high) {
     Fail(member->value.place,
-         "found " + std::to_string(value) + " for " + QuotedForMessage(name) + ", expected " + RangeText(low, high));
+         "found " + std::to_string(value) + " for " + Quoted(name) + ", expected " + RangeText(low, high));
   }
   return value;
 }
@@ -100,8 +100,7 @@ std::optional<std::string> TTomlTable::Moment(std::string_view name) const {
   const TTomlMember* member = FindKind(name, EKind::kDateTime, kExpected);
   if (member == nullptr) return std::nullopt;
   if (member->value.text.empty()) {
-    Fail(member->value.place,
-         "found a date-time without an offset for " + QuotedForMessage(name) + ", expected " + kExpected);
+    Fail(member->value.place, "found a date-time without an offset for " + Quoted(name) + ", expected " + kExpected);
   }
   return member->value.text;
 }
@@ -113,17 +112,17 @@ std::optional<std::vector<std::uint8_t>> TTomlTable::Bytes(std::string_view name
   THexPairs pairs = ParseHexPairs(member->value.text);
   if (pairs.errorAt != std::string_view::npos) FailHex(*member, pairs.errorAt);
   if (size && pairs.bytes.size() != *size) {
-    Fail(member->value.place, "found " + ByteCount(pairs.bytes.size()) + " in " + QuotedForMessage(name) +
-                                  ", expected " + std::to_string(*size));
+    Fail(member->value.place,
+         "found " + ByteCount(pairs.bytes.size()) + " in " + Quoted(name) + ", expected " + std::to_string(*size));
   }
   return std::move(pairs.bytes);
 }
 
 void TTomlTable::FailHex(const TTomlMember& member, std::size_t at) const {
   const std::string& text = member.value.text;
-  const std::string found = at < text.size() ? QuotedForMessage(text.substr(at, 1)) : "the end of the text";
+  const std::string found = at < text.size() ? Quoted(text.substr(at, 1)) : "the end of the text";
   Fail(PlaceWithin(*document_, member.value, at),
-       "found " + found + " in " + QuotedForMessage(member.name) + ", expected pairs of hexadecimal digits");
+       "found " + found + " in " + Quoted(member.name) + ", expected pairs of hexadecimal digits");
 }
 
 void TTomlTable::ForEach(std::string_view name, const std::function<void(const TTomlTable&)>& read) const {

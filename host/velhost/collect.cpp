@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -11,14 +10,15 @@
 #include "host/output/capturefiles.h"
 #include "host/output/outputfile.h"
 #include "host/output/progress.h"
-#include "host/output/terminal.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
+#include "host/serviceprocessor/recording.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
 #include "host/velhost/collectionrun.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
+#include "host/velhost/terminal.h"
 #include "host/velhost/trace.h"
 
 namespace NKROVEL20 {
@@ -61,14 +61,6 @@ class TInstalledServices {
   TInstalledServices& operator=(const TInstalledServices&) = delete;
 };
 
-bool UseColor(EWhen when, int descriptor) {
-  if (when != EWhen::kAuto) return when == EWhen::kAlways;
-  const char* const noColor = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  const bool refused = (noColor != nullptr && *noColor != '\0') || (terminal != nullptr && std::string(terminal) == "dumb");
-  return IsTerminal(descriptor) && !refused;
-}
-
 // Standard output, or a file that appears at the end, whole.
 class TTarget {
  public:
@@ -91,6 +83,30 @@ class TTarget {
  private:
   std::unique_ptr<TDescriptorSink> standard_;
   std::unique_ptr<TOutputFile> file_;
+};
+
+// What --record asks for; nothing without it.
+class TRecording {
+ public:
+  TRecording(const std::string& path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment)
+      : plain_(environment) {
+    if (path.empty()) return;
+    file_.emplace(path);
+    recorder_.emplace(*file_, TRecordingHeader{environment.MachineType(), TSystemEnvironment().LocalTime().ToIso8601(),
+                                               ProcessUtcOffsetMinutes(), Discover(serviceProcessor)});
+    recorded_.emplace(environment, *recorder_);
+  }
+  IExchangeObserver* Observer() { return recorder_ ? &*recorder_ : nullptr; }
+  IHostEnvironment& Environment() { return recorded_ ? static_cast<IHostEnvironment&>(*recorded_) : plain_; }
+  void Finish() const {
+    if (recorder_ && recorder_->Failure()) throw THostError(*recorder_->Failure());
+  }
+
+ private:
+  IHostEnvironment& plain_;
+  std::optional<TRecordingFile> file_;
+  std::optional<TRecorder> recorder_;
+  std::optional<TRecordingEnvironment> recorded_;
 };
 
 class TProgress : public IRequestObserver {
@@ -150,20 +166,23 @@ class TCollection {
     TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
     TExchangeLedger ledger;
     supervised.AddObserver(ledger);
+    TRecording recording(options_.record, connection_->ServiceProcessor(), *environment_);
+    if (recording.Observer() != nullptr) supervised.AddObserver(*recording.Observer());
     std::optional<TProgressLine> line;
     std::optional<TProgress> progress;
     if (showProgress_) {
-      line.emplace(TProgressTarget::StandardError());
+      line.emplace(TProgressTarget::StandardError([] { return TerminalWidth(STDERR_FILENO); }));
       supervised.AddObserver(*line);
       progress.emplace(*line);
     }
-    const TInstalledServices services(supervised, stop_, *environment_);
+    const TInstalledServices services(supervised, stop_, recording.Environment());
     TCollectionRun run({PluginPath(), environment_->MachineType(), options_.singleRequest, writeAtCommit}, namespace_,
                        writer, ledger, stop_);
     if (progress) run.SetRequestObserver(*progress);
     if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
     TCollectionSummary summary = run.Run(classes_);
     trace.Finish();
+    recording.Finish();
     return summary;
   }
 

@@ -21,7 +21,7 @@ class TProgressTest : public testing::Test {
 
   void Register() {
     const TIPMICommandBuffer request(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
-    line_->OnIpmi({0, request, true, request, 9, {}});
+    line_->OnIpmi({0, true, request, true, request, 9, {}});
   }
   static TIPMICommandBuffer Area(std::uint8_t subCommand) {
     TIPMICommandBuffer request(StorageAreaCommands::kNetworkFunction, StorageAreaCommands::kCommand, 14);
@@ -39,7 +39,7 @@ class TProgressTest : public testing::Test {
     response[4] = completionCode;
     response[5] = 7;
     for (std::size_t i = 0; i < size.size(); ++i) response[12 + i] = size.at(i);
-    line_->OnIpmi({1, request, true, response, 16, {}});
+    line_->OnIpmi({1, true, request, true, response, 16, {}});
   }
   /// A read request answered with so many bytes.
   void Read(std::uint8_t count, std::uint8_t completionCode = 0) {
@@ -49,11 +49,11 @@ class TProgressTest : public testing::Test {
     response[5] = static_cast<std::uint8_t>(5 + count);
     response[12] = count;
     response[13] = 0;
-    line_->OnIpmi({1, request, true, response, 14 + count, {}});
+    line_->OnIpmi({1, true, request, true, response, 14 + count, {}});
   }
   void Close() {
     const TIPMICommandBuffer request = Area(StorageAreaCommands::kClose);
-    line_->OnIpmi({1, request, true, request, 12, {}});
+    line_->OnIpmi({1, true, request, true, request, 12, {}});
   }
 
   std::string written_;
@@ -77,8 +77,16 @@ TEST_F(TProgressTest, ShowsClassExchangesRateAndTime) {
 
 TEST_F(TProgressTest, CountsDotCommands) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
-  line_->OnDot({0, command, true, {}, 0, {}});
+  line_->OnDot({0, true, command, true, {}, 0, {}});
   EXPECT_EQ(Written(), "\r1 exchange, 0:00");
+}
+
+TEST_F(TProgressTest, DoesNotCountWhatIsRefusedAfterAStop) {
+  const dotCmd command(2, 0, 0, nullptr, nullptr);
+  line_->OnDot({0, false, command, false, {}, 0, {}});
+  const TIPMICommandBuffer request(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+  line_->OnIpmi({0, false, request, false, request, 0, {}});
+  EXPECT_EQ(Written(), "");
 }
 
 TEST_F(TProgressTest, DrawsAtMostTenTimesASecond) {
@@ -132,9 +140,9 @@ TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
   response[4] = 0;
   response[5] = 5 + 100;
   response[12] = response[13] = 0xFF;  // says 65535
-  line_->OnIpmi({1, request, true, response, 114, {}});
+  line_->OnIpmi({1, true, request, true, response, 114, {}});
   response[5] = 3;  // too short for a count
-  line_->OnIpmi({1, request, true, response, 12, {}});
+  line_->OnIpmi({1, true, request, true, response, 12, {}});
   Wait(200);
   Written();
   Register();
@@ -165,13 +173,6 @@ TEST_F(TProgressTest, LeavesNothingBehind) {
 TEST_F(TProgressTest, ShowsNamesWithoutDisturbingTheTerminal) {
   line_->BeginClass(1, 1, "A\x1b[2J");
   EXPECT_EQ(Written(), "\r[1/1] A\\x1b[2J  0 exchanges, 0:00");
-}
-
-TEST(TWantsProgressTest, IsForTerminalsUnlessAsked) {
-  const int pipe = -1;
-  EXPECT_FALSE(WantsProgress(EProgressMode::kAuto, pipe));
-  EXPECT_TRUE(WantsProgress(EProgressMode::kAlways, pipe));
-  EXPECT_FALSE(WantsProgress(EProgressMode::kNever, pipe));
 }
 
 }  // namespace

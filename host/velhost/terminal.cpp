@@ -1,0 +1,38 @@
+#include "host/velhost/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr int kDefaultWidth = 80;
+constexpr int kWidest = 1000;
+
+std::string_view Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+}  // namespace
+
+bool IsTerminal(int descriptor) { return isatty(descriptor) == 1; }
+
+int TerminalWidth(int descriptor) {
+  winsize size = {};
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  const int columns = std::atoi(std::string(Variable("COLUMNS")).c_str());
+  return columns > 0 && columns <= kWidest ? columns : kDefaultWidth;
+}
+
+bool UseColor(EWhen when, int descriptor) {
+  if (when != EWhen::kAuto) return when == EWhen::kAlways;
+  return IsTerminal(descriptor) && Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
+}
+
+}  // namespace NKROVEL20
