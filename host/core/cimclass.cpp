@@ -7,10 +7,10 @@
 
 namespace NKROVEL20 {
 
-TPropertyDecl::TPropertyDecl(const TPropertyDefinition& definition, const boost::shared_ptr<TCIMClass>& declaringClass,
+TPropertyDecl::TPropertyDecl(TPropertyDefinition definition, const boost::shared_ptr<TCIMClass>& declaringClass,
                              const TPropertyDecl* overridden)
-    : definition_(definition),
-      qualifiers_(definition.qualifiers, overridden ? &overridden->qualifiers_ : nullptr),
+    : definition_(std::move(definition)),
+      qualifiers_(std::move(definition_.qualifiers), overridden ? &overridden->qualifiers_ : nullptr),
       declaringClass_(declaringClass->Name()),
       origin_(overridden ? overridden->origin_ : boost::weak_ptr<TCIMClass>(declaringClass)) {}
 
@@ -29,22 +29,23 @@ TCIMClass::TCIMClass(TClassDefinition definition, boost::shared_ptr<TCIMClass> s
     : definition_(std::move(definition)),
       superClass_(std::move(superClass)),
       namespace_(std::move(cimNamespace)),
-      qualifiers_(definition_.qualifiers, superClass_ ? &superClass_->qualifiers_ : nullptr) {}
+      qualifiers_(std::move(definition_.qualifiers), superClass_ ? &superClass_->qualifiers_ : nullptr) {}
 
 void TCIMClass::ResolveProperties() {
-  if (superClass_) {
-    properties_ = superClass_->properties_;
-    propertyIndex_ = superClass_->propertyIndex_;
-  }
-  for (const TPropertyDefinition& definition : definition_.properties) {
+  properties_.reserve((superClass_ ? superClass_->properties_.size() : 0) + definition_.properties.size());
+  if (superClass_) properties_ = superClass_->properties_;
+  const boost::shared_ptr<TCIMClass> self = shared_from_this();
+  for (TPropertyDefinition& definition : definition_.properties) {
     const std::size_t index = FindProperty(definition.name);
     if (index < properties_.size()) {
-      properties_[index] = boost::make_shared<TPropertyDecl>(definition, shared_from_this(), properties_[index].get());
+      properties_[index] =
+          boost::make_shared<TPropertyDecl>(std::move(definition), self, properties_[index].get());
     } else {
-      propertyIndex_.emplace(definition.name, properties_.size());
-      properties_.push_back(boost::make_shared<TPropertyDecl>(definition, shared_from_this(), nullptr));
+      properties_.push_back(boost::make_shared<TPropertyDecl>(std::move(definition), self, nullptr));
+      ownIndex_.emplace(properties_.back()->Definition().name, index);
     }
   }
+  definition_.properties = {};
 }
 
 const std::string& TCIMClass::GetName(const TPropertyMap&) const { return definition_.name; }
@@ -78,8 +79,11 @@ void TCIMClass::EnumeratePropertyDecls(const TPropertyDeclCallback& callback, co
 }
 
 std::size_t TCIMClass::FindProperty(std::string_view name) const {
-  const auto found = propertyIndex_.find(name);
-  return found == propertyIndex_.end() ? properties_.size() : found->second;
+  for (const TCIMClass* declaring = this; declaring != nullptr; declaring = declaring->superClass_.get()) {
+    const auto found = declaring->ownIndex_.find(name);
+    if (found != declaring->ownIndex_.end()) return found->second;
+  }
+  return properties_.size();
 }
 
 bool TCIMClass::DescendsFrom(const TCIMClass& ancestor) const {

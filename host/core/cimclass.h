@@ -24,7 +24,7 @@ class TNamespace;
 class NKROVEL20_API TPropertyDecl : public ICIMPropertyDecl {
  public:
   /// `overridden` is the superclass's view of the same property, or null for a new one.
-  TPropertyDecl(const TPropertyDefinition& definition, const boost::shared_ptr<TCIMClass>& declaringClass,
+  TPropertyDecl(TPropertyDefinition definition, const boost::shared_ptr<TCIMClass>& declaringClass,
                 const TPropertyDecl* overridden);
 
   const std::string& GetName(const TPropertyMap& context) const override;
@@ -33,6 +33,7 @@ class NKROVEL20_API TPropertyDecl : public ICIMPropertyDecl {
   TCIMValue::TCIMType GetType(const TPropertyMap& context) const override;
   boost::shared_ptr<ICIMClass> GetClassOrigin(const TPropertyMap& context) const override;
 
+  /// Without its qualifiers: they are in Qualifiers(), with the inherited ones.
   const TPropertyDefinition& Definition() const { return definition_; }
   const TQualifierSet& Qualifiers() const { return qualifiers_; }
   /// The class whose declaration this is; differs from the origin for an overriding property.
@@ -76,12 +77,13 @@ class NKROVEL20_API TCIMClass : public ICIMClass, public boost::enable_shared_fr
   bool DescendsFrom(const TCIMClass& ancestor) const;
 
  private:
-  TClassDefinition definition_;
+  TClassDefinition definition_;  // its qualifiers and properties are below
   boost::shared_ptr<TCIMClass> superClass_;
   boost::weak_ptr<TNamespace> namespace_;
   TQualifierSet qualifiers_;
   TPropertyDecls properties_;
-  std::unordered_map<std::string, std::size_t, TNameHash, TNameEqual> propertyIndex_;
+  // Of the properties that this class declares first. An inherited one has the superclass's place.
+  std::unordered_map<std::string_view, std::size_t, TNameHash, TNameEqual> ownIndex_;
 };
 
 }  // namespace NKROVEL20

@@ -6,6 +6,20 @@
 
 namespace NKROVEL20 {
 
+namespace {
+
+TCIMValue Fitted(const TCIMValue& value, const TPropertyDefinition& declared, const std::string& className) {
+  if (value.GetType() == declared.type) return value;
+  try {
+    return value.ConvertedTo(declared.type);
+  } catch (const TVELException&) {
+    ThrowHostFailure(TVELStatusCode::kTypeMismatch, "property " + className + "." + declared.name + " is declared as " +
+                                                        declared.type.ToString() + ": " + LastFailureDetail());
+  }
+}
+
+}  // namespace
+
 TInstance::TInstance(boost::shared_ptr<TCIMClass> cimClass, boost::weak_ptr<TNamespace> cimNamespace)
     : class_(std::move(cimClass)),
       namespace_(std::move(cimNamespace)),
@@ -25,7 +39,7 @@ void TInstance::SetProperty(const std::string& name, const TCIMValue& value, con
                          (declared.isArray ? "an array" : "a scalar") + " and cannot take " +
                          (value.IsArray() ? "an array" : "a scalar"));
   }
-  values_[index] = value.GetType() == declared.type ? value : value.ConvertedTo(declared.type);
+  values_[index] = Fitted(value, declared, class_->Name());
   set_[index] = true;
 }
 

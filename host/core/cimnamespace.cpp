@@ -14,7 +14,7 @@ boost::shared_ptr<ICIMClass> TNamespace::GetClass(const std::string& name, const
   return FindClass(name);
 }
 
-boost::shared_ptr<TCIMClass> TNamespace::AddClass(const TClassDefinition& definition, std::size_t order) {
+boost::shared_ptr<TCIMClass> TNamespace::AddClass(TClassDefinition definition, std::size_t order) {
   if (FindClass(definition.name)) {
     ThrowHostFailure(TVELStatusCode::kInvalidClass, "class " + definition.name + " is declared twice");
   }
@@ -23,17 +23,26 @@ boost::shared_ptr<TCIMClass> TNamespace::AddClass(const TClassDefinition& defini
     ThrowHostFailure(TVELStatusCode::kInvalidClass,
                      "class " + definition.name + " derives from unknown class " + definition.superClass);
   }
-  const auto added = boost::make_shared<TCIMClass>(definition, superClass, weak_from_this());
+  const auto added = boost::make_shared<TCIMClass>(std::move(definition), superClass, weak_from_this());
   added->ResolveProperties();
-  const auto place = std::upper_bound(orders_.begin(), orders_.end(), order);
-  classes_.insert(classes_.begin() + (place - orders_.begin()), added);
-  orders_.insert(place, order);
-  byName_.emplace(definition.name, added);
+  byName_.emplace(added->Name(), added);
+  added_.push_back({order, added});
+  lastOrder_ = std::max(lastOrder_, order);
   return added;
 }
 
-boost::shared_ptr<TCIMClass> TNamespace::AddClass(const TClassDefinition& definition) {
-  return AddClass(definition, orders_.empty() ? 0 : orders_.back() + 1);
+const std::vector<boost::shared_ptr<TCIMClass>>& TNamespace::Classes() const {
+  if (classes_.size() == added_.size()) return classes_;
+  std::vector<const TPlaced*> placed;
+  for (const TPlaced& entry : added_) placed.push_back(&entry);
+  std::stable_sort(placed.begin(), placed.end(), [](const auto* a, const auto* b) { return a->order < b->order; });
+  classes_.clear();
+  for (const TPlaced* entry : placed) classes_.push_back(entry->cimClass);
+  return classes_;
+}
+
+boost::shared_ptr<TCIMClass> TNamespace::AddClass(TClassDefinition definition) {
+  return AddClass(std::move(definition), added_.empty() ? 0 : lastOrder_ + 1);
 }
 
 boost::shared_ptr<TCIMClass> TNamespace::FindClass(std::string_view name) const {

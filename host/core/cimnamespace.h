@@ -29,13 +29,13 @@ class NKROVEL20_API TNamespace : public ICIMNamespace, public boost::enable_shar
   /// subclasses: readers that meet a subclass before its superclass pass the place of its
   /// declaration. A name that is taken or a superclass that is missing throws TVELException with
   /// TVELStatusCode::kInvalidClass.
-  boost::shared_ptr<TCIMClass> AddClass(const TClassDefinition& definition, std::size_t order);
+  boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition, std::size_t order);
   /// The same, declared after all others.
-  boost::shared_ptr<TCIMClass> AddClass(const TClassDefinition& definition);
+  boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition);
 
   boost::shared_ptr<TCIMClass> FindClass(std::string_view name) const;
   /// All classes in declaration order.
-  const std::vector<boost::shared_ptr<TCIMClass>>& Classes() const { return classes_; }
+  const std::vector<boost::shared_ptr<TCIMClass>>& Classes() const;
 
   void SetMachineType(const std::string& machineType) { machineType_ = machineType; }
   /// Called with each instance at its commit; what it throws goes back to the committing plugin.
@@ -46,8 +46,16 @@ class NKROVEL20_API TNamespace : public ICIMNamespace, public boost::enable_shar
  private:
   TNamespace() = default;
 
-  std::vector<boost::shared_ptr<TCIMClass>> classes_;
-  std::vector<std::size_t> orders_;  // of classes_, ascending
+  struct TPlaced {
+    std::size_t order;
+    boost::shared_ptr<TCIMClass> cimClass;
+  };
+
+  std::vector<TPlaced> added_;
+  // In declaration order; made of added_ when someone asks, since sorting in each class as it comes
+  // would take the square of their number.
+  mutable std::vector<boost::shared_ptr<TCIMClass>> classes_;
+  std::size_t lastOrder_ = 0;
   std::unordered_map<std::string, boost::shared_ptr<TCIMClass>, TNameHash, TNameEqual> byName_;
   std::string machineType_;
   TCommitCallback commitCallback_;

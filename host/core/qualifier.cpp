@@ -1,16 +1,26 @@
 #include "host/core/qualifier.h"
 
+#include <algorithm>
 #include <boost/make_shared.hpp>
 
 #include "host/core/caseinsensitive.h"
 
 namespace NKROVEL20 {
 
-TQualifierSet::TQualifierSet(const std::vector<TQualifierDefinition>& own, const TQualifierSet* inherited) {
-  for (const TQualifierDefinition& definition : own) qualifiers_.push_back(boost::make_shared<TQualifier>(definition));
+TQualifierSet::TQualifierSet(std::vector<TQualifierDefinition> own, const TQualifierSet* inherited) {
+  const std::size_t ownCount = own.size();
+  qualifiers_.reserve(ownCount + (inherited ? inherited->All().size() : 0));
+  for (TQualifierDefinition& definition : own) {
+    qualifiers_.push_back(boost::make_shared<TQualifier>(std::move(definition)));
+  }
   if (inherited == nullptr) return;
+  // The inherited ones differ from each other: only the own ones can hide them.
+  const auto ownEnd = qualifiers_.begin() + static_cast<std::ptrdiff_t>(ownCount);
   for (const auto& qualifier : inherited->All()) {
-    if (qualifier->Flavor().toSubclass && !Find(qualifier->Name())) qualifiers_.push_back(qualifier);
+    const bool declaredAnew = std::any_of(qualifiers_.begin(), ownEnd, [&](const auto& candidate) {
+      return EqualNames(candidate->Name(), qualifier->Name());
+    });
+    if (qualifier->Flavor().toSubclass && !declaredAnew) qualifiers_.push_back(qualifier);
   }
 }
 

@@ -28,7 +28,7 @@ class NKROVEL20_API TQualifierSet {
   TQualifierSet() = default;
   /// `own` in declaration order, then from `inherited` those that propagate (flavor ToSubclass) and
   /// are not declared anew.
-  TQualifierSet(const std::vector<TQualifierDefinition>& own, const TQualifierSet* inherited);
+  TQualifierSet(std::vector<TQualifierDefinition> own, const TQualifierSet* inherited);
 
   /// Empty when there is none of that name, in any case.
   boost::shared_ptr<const TQualifier> Find(const std::string& name) const;

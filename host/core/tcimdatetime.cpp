@@ -23,15 +23,25 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
   ThrowHostFailure(TVELStatusCode::kTypeMismatch, "\"" + text + "\" is not a CIM datetime");
 }
 
-// Digits everywhere but at the two marks; asterisks count as digits where they are allowed.
+// Asterisks stand for what is not significant: whole fields, but single digits of the microseconds.
+bool MayBeginAsterisks(std::size_t position, bool isInterval) {
+  if (position > kPoint || position == 0) return true;
+  if (!isInterval && (position == 4 || position == 6)) return true;
+  return position == 8 || position == 10 || position == 12;
+}
+
+// Digits everywhere but at the two marks; from the first asterisk on only asterisks, up to the sign.
 bool HasShape(const std::string& text, bool& asterisks) {
   if (text.size() != kTextSize || text[kPoint] != '.') return false;
   const char sign = text[kSign];
   if (sign != '+' && sign != '-' && sign != ':') return false;
   for (std::size_t i = 0; i < kTextSize; ++i) {
-    if (i == kPoint || i == kSign || IsDigit(text[i])) continue;
-    if (text[i] != '*' || i > kSign) return false;
-    asterisks = true;
+    if (i == kPoint || i == kSign) continue;
+    const bool begins = text[i] == '*' && !asterisks;
+    if (begins && (i > kSign || !MayBeginAsterisks(i, sign == ':'))) return false;
+    asterisks = asterisks || begins;
+    const bool wantsAsterisk = asterisks && i < kSign;
+    if (wantsAsterisk ? text[i] != '*' : !IsDigit(text[i])) return false;
   }
   return true;
 }

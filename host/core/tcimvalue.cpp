@@ -103,7 +103,7 @@ double RealFromText(const std::string& text) {
 }
 
 std::uint64_t IntegerFromReal(double number) {
-  if (std::isnan(number) || number <= -9223372036854775809.0 || number >= 18446744073709551616.0) {
+  if (std::isnan(number) || number < -9223372036854775808.0 || number >= 18446744073709551616.0) {
     ThrowMismatch(fmt::format("{} is outside the range of an integer", number));
   }
   return number < 0 ? static_cast<std::uint64_t>(static_cast<std::int64_t>(number)) : static_cast<std::uint64_t>(number);
@@ -171,14 +171,15 @@ TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
   return *this;
 }
 
+// By way of a third value, because `other` may be an element of this one and goes with the old payload.
 TCIMValue& TCIMValue::operator=(TCIMValue&& other) noexcept {
-  type_ = other.type_;
-  array_ = other.array_;
-  null_ = other.null_;
-  declaredSize_ = other.declaredSize_;
-  bits_ = other.bits_;
-  payload_ = std::move(other.payload_);
-  if (this != &other) other.null_ = true;
+  TCIMValue taken(std::move(other));
+  type_ = taken.type_;
+  array_ = taken.array_;
+  null_ = taken.null_;
+  declaredSize_ = taken.declaredSize_;
+  bits_ = taken.bits_;
+  payload_.swap(taken.payload_);
   return *this;
 }
 
@@ -221,7 +222,10 @@ void TCIMValue::Set(TCIMType type, unsigned int count, const std::vector<TCIMVal
   std::vector<TCIMValue> converted;
   converted.reserve(elements.size());
   for (const TCIMValue& element : elements) {
-    converted.push_back(element.type_ == type && !element.array_ ? element : element.ConvertedTo(type));
+    if (element.array_ && !element.null_) ThrowMismatch("an array is not an element of an array");
+    converted.push_back(element.type_ == type ? element : element.ConvertedTo(type));
+    converted.back().array_ = false;
+    converted.back().declaredSize_ = 0;
   }
   auto payload = std::make_unique<TPayload>(TPayload{std::move(converted)});
   *this = TCIMValue();

@@ -7,6 +7,7 @@ namespace NKROVEL20 {
 namespace {
 
 constexpr std::size_t kWidest = 160;  // bytes of a source line that are shown
+constexpr int kMostContinuations = 3;   // bytes of a UTF-8 character behind its first
 
 bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
@@ -19,8 +20,10 @@ char Printable(char c) {
 void AppendExcerpt(std::string& text, std::string_view line, std::size_t column) {
   std::size_t start = 0;
   if (line.size() > kWidest && column > kWidest / 2) start = std::min(column - kWidest / 2, line.size() - kWidest);
-  while (start > 0 && start < line.size() && IsUtf8Continuation(line[start])) --start;
-  const std::string_view shown = line.substr(start, kWidest);
+  std::size_t end = std::min(start + kWidest, line.size());
+  for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line[start]); ++i) --start;
+  for (int i = 0; i < kMostContinuations && end < line.size() && IsUtf8Continuation(line[end]); ++i) ++end;
+  const std::string_view shown = line.substr(start, end - start);
   text += "  ";
   for (const char c : shown) text += Printable(c);
   text += "\n  ";

@@ -138,8 +138,12 @@ void TJsonText::FailedExchange(const TFailedExchange& exchange) {
   out_.Append(numbers_.Signed(exchange.node));
   out_.Append(',');
   Member("kind", exchange.kind);
-  out_.Append(R"(,"completion_code":)");
-  out_.Append(exchange.completionCode ? ByteText(*exchange.completionCode) : R"("lost")");
+  if (exchange.completionCode) {
+    out_.Append(R"(,"completion_code":)");
+    out_.Append(ByteText(*exchange.completionCode));
+  } else {
+    out_.Append(R"(,"lost":true)");
+  }
   out_.Append('}');
 }
 

@@ -31,19 +31,6 @@ std::string EscapeOf(char32_t character) {
   return number < 0x100 ? fmt::format("\\x{:02x}", number) : fmt::format("\\u{:04x}", number);
 }
 
-// The length of the longest start of the text that fits.
-std::size_t FittingLength(std::string_view text, std::size_t width) {
-  std::size_t columns = 0;
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const TCodePoint next = NextCodePoint(text, at);
-    columns += static_cast<std::size_t>(ColumnsOf(next.value));
-    if (columns > width && at > 0) break;
-    at += next.size;
-  }
-  return at;
-}
-
 // Where to cut a text that does not fit: behind a word, if that leaves the line half full.
 std::size_t CutOf(std::string_view text, std::size_t fitting) {
   if (text[fitting] == ' ') return fitting;
@@ -81,10 +68,22 @@ std::size_t ColumnsOf(std::string_view safeText) {
   return columns;
 }
 
+std::string_view StartThatFits(std::string_view safeText, std::size_t width) {
+  std::size_t columns = 0;
+  std::size_t at = 0;
+  while (at < safeText.size()) {
+    const TCodePoint next = NextCodePoint(safeText, at);
+    columns += static_cast<std::size_t>(ColumnsOf(next.value));
+    if (columns > width && at > 0) break;
+    at += next.size;
+  }
+  return safeText.substr(0, at);
+}
+
 std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width) {
   std::vector<std::string_view> lines;
   for (;;) {
-    const std::size_t fitting = FittingLength(safeText, width);
+    const std::size_t fitting = StartThatFits(safeText, width).size();
     if (fitting == safeText.size()) break;
     const std::size_t cut = CutOf(safeText, fitting);
     const std::string_view line = safeText.substr(0, cut);

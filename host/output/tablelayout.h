@@ -19,6 +19,9 @@ std::string SafeText(std::string_view text);
 /// Columns that safe text takes.
 std::size_t ColumnsOf(std::string_view safeText);
 
+/// The longest start of safe text that takes no more than `width` columns (but at least one character).
+std::string_view StartThatFits(std::string_view safeText, std::size_t width);
+
 /// Safe text cut into lines of at most `width` columns (a character wider than that stands alone),
 /// at blanks where that leaves a line at least half full, else anywhere. Blanks at a cut are dropped.
 /// At least one line.

@@ -81,6 +81,7 @@ void* TPluginLoader::OpenLibrary(const std::string& path) {
   }
   std::string error;
   void* library = nullptr;
+  registry_->BeginLoading(path);
   try {
     library = loader_.Open(path, error);
   } catch (...) {
@@ -88,13 +89,13 @@ void* TPluginLoader::OpenLibrary(const std::string& path) {
     std::terminate();  // the handler does not return
   }
   if (library == nullptr) {
+    registry_->EndLoading();
     throw THostError(EExitStatus::kNoInput, "plugin " + path + " is not a library that can be loaded: " + error);
   }
   return library;
 }
 
 std::unique_ptr<TLoadedPlugin> TPluginLoader::Load(const std::string& path) {
-  registry_->BeginLoading(path);
   void* const library = OpenLibrary(path);
   TPluginRegistry::TOutcome outcome = registry_->EndLoading();
   if (outcome.provider && outcome.refusals.empty()) {

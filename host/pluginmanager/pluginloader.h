@@ -67,6 +67,7 @@ class NKROVEL20_API TPluginLoader {
   std::unique_ptr<TLoadedPlugin> Load(const std::string& path);
 
  private:
+  /// Leaves the registry loading, unless it throws.
   void* OpenLibrary(const std::string& path);
 
   ILibraryLoader& loader_;

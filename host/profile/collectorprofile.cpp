@@ -1,6 +1,9 @@
 #include "host/profile/collectorprofile.h"
 
 #include <algorithm>
+#include <map>
+
+#include "host/core/caseinsensitive.h"
 
 namespace NKROVEL20::CollectorProfile {
 
@@ -38,9 +41,24 @@ unsigned int InstanceCountOf(const TCIMClass& cimClass) {
 
 std::string BaseClassOf(const TCIMClass& cimClass) {
   for (const TCIMClass* above = cimClass.SuperClass().get(); above != nullptr; above = above->SuperClass().get()) {
-    if (Contains(kJfrBaseClasses, above->Name())) return above->Name();
+    for (const std::string_view base : kJfrBaseClasses) {
+      if (EqualNames(base, above->Name())) return above->Name();
+    }
   }
   return {};
+}
+
+// The subclasses that the collector serves on the JFR path, each with the base class it is collected
+// for: the first in the order of names, where several chose the same.
+std::map<std::string, std::string> DelegatesOf(const TNamespace& cimNamespace, const std::string& machineType) {
+  auto bases = kJfrBaseClasses;
+  std::sort(bases.begin(), bases.end());
+  std::map<std::string, std::string> delegates;
+  for (const std::string_view base : bases) {
+    const auto delegate = DelegateOf(cimNamespace, base, machineType);
+    if (delegate) delegates.emplace(delegate->Name(), cimNamespace.FindClass(base)->Name());
+  }
+  return delegates;
 }
 
 // The bytes of an array of 14 numbers that fit a byte each.
@@ -60,13 +78,19 @@ TServedClass Describe(const boost::shared_ptr<TCIMClass>& cimClass, EPath path) 
   TServedClass entry;
   entry.cimClass = cimClass;
   entry.path = path;
-  if (path == EPath::kCapture) {
-    entry.served = true;
-    return entry;
-  }
+  if (path == EPath::kCapture) return entry;
   entry.instances = InstanceCountOf(*cimClass);
   entry.registers = RegistersOf(*cimClass, path).size();
   return entry;
+}
+
+// The collector looks at the JFR delegates first, whatever else a name stands for. It compares the
+// names of requested classes with regard to case.
+EPath PathOf(const TCIMClass& cimClass, bool isDelegate) {
+  if (isDelegate) return EPath::kJfr;
+  if (EqualNames(cimClass.Name(), kCaptureClass)) return EPath::kCapture;
+  if (Contains(kR8Classes, cimClass.Name())) return EPath::kR8;
+  return BaseClassOf(cimClass).empty() ? EPath::kNone : EPath::kJfr;
 }
 
 }  // namespace
@@ -119,25 +143,27 @@ boost::shared_ptr<TCIMClass> DelegateOf(const TNamespace& cimNamespace, std::str
 }
 
 std::vector<TServedClass> CollectableClasses(const TNamespace& cimNamespace, const std::string& machineType) {
-  std::vector<boost::shared_ptr<TCIMClass>> delegates;
-  for (const std::string_view base : kJfrBaseClasses) {
-    if (auto delegate = DelegateOf(cimNamespace, base, machineType)) delegates.push_back(std::move(delegate));
-  }
+  const auto delegates = DelegatesOf(cimNamespace, machineType);
   std::vector<TServedClass> classes;
   for (const auto& candidate : cimNamespace.Classes()) {
-    const std::string baseClass = BaseClassOf(*candidate);
-    // The collector looks at the JFR delegates first, whatever else a name stands for.
-    const bool isDelegate = Contains(delegates, candidate);
-    const bool isR8 = Contains(kR8Classes, candidate->Name()) && !isDelegate;
-    if (!isR8 && baseClass.empty()) continue;
-    TServedClass entry = Describe(candidate, isR8 ? EPath::kR8 : EPath::kJfr);
-    entry.baseClass = isR8 ? std::string() : baseClass;
-    if (const auto element = MatchingElement(*candidate, machineType)) entry.servedBy = *element;
-    entry.served = isR8 ? MatchingElement(*candidate, machineType).has_value() : isDelegate;
-    if (!entry.served) entry.servedBy.clear();
+    const auto delegate = delegates.find(candidate->Name());
+    const EPath path = PathOf(*candidate, delegate != delegates.end());
+    if (path == EPath::kNone) continue;
+    TServedClass entry = Describe(candidate, path);
+    const auto element = MatchingElement(*candidate, machineType);
+    if (path == EPath::kCapture) {
+      entry.served = candidate->Name() == kCaptureClass;
+    } else if (path == EPath::kR8) {
+      entry.served = element.has_value();
+    } else {
+      entry.served = delegate != delegates.end();
+      entry.baseClass = entry.served ? delegate->second : BaseClassOf(*candidate);
+    }
+    if (entry.served && element && path != EPath::kCapture) entry.servedBy = *element;
     classes.push_back(std::move(entry));
   }
-  if (const auto capture = cimNamespace.FindClass(kCaptureClass)) classes.push_back(Describe(capture, EPath::kCapture));
+  std::stable_partition(classes.begin(), classes.end(),
+                        [](const TServedClass& entry) { return entry.path != EPath::kCapture; });
   return classes;
 }
 

@@ -43,7 +43,8 @@ inline constexpr std::string_view kIndex = "Index";
 bool IsSkippedName(EPath path, std::string_view propertyName);
 
 /// Whether the collector would read the property as a register of the class on that path: declared
-/// first in the class or its direct superclass, and not an identification property.
+/// first in the class or its direct superclass, and not an identification property. The collector
+/// cannot read a class without a superclass: its own search ends in an assertion there.
 bool IsRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
 /// Those properties, in enumeration order.
 std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimClass, EPath path);
@@ -78,7 +79,8 @@ struct TRegisterValue {
   std::array<std::uint8_t, 3> identification;  ///< R8: the address, most significant byte first
   std::vector<std::uint8_t> value;             ///< eight bytes, or four where the marker tail says so
 };
-/// Empty where the value is no array of 14 numbers without nulls or does not have the path's layout.
+/// Empty where the value is no array of 14 unsigned 8-bit values without nulls, or does not have the
+/// path's layout.
 std::optional<TRegisterValue> SplitRegisterValue(EPath path, const TCIMValue& value);
 
 /// Bytes of a register block, and where a record lies in it.

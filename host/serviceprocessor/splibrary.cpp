@@ -51,8 +51,11 @@ bool SPLibrary::sendIPMICommand(unsigned char* buffer, int* length, int capacity
   std::copy_n(buffer, size, exchange.Data());
   int responseLength = *length;
   if (!installed->SendIpmi(node_, exchange, responseLength, Stop())) return false;
+  // A caller may use the length as the end of its own buffer.
+  const std::size_t dataLength = std::min<std::size_t>(exchange.DataLength(), size - kData);
+  exchange[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(dataLength);
   std::copy_n(exchange.Data(), size, buffer);
-  *length = responseLength;
+  *length = std::min(responseLength, static_cast<int>(size));
   return true;
 }
 

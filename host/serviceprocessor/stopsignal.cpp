@@ -13,6 +13,12 @@ namespace NKROVEL20 {
 
 using std::chrono::milliseconds;
 
+namespace {
+
+constexpr milliseconds kLongestWait = std::chrono::hours(24 * 365 * 100);  // longer ones would overflow the clock
+
+}  // namespace
+
 TStopSignal::TStopSignal() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
 }
@@ -36,7 +42,7 @@ std::optional<milliseconds> TStopSignal::TimeLeft() const {
 }
 
 bool TStopSignal::WaitFor(milliseconds duration) const {
-  const auto end = TClock::now() + duration;
+  const auto end = TClock::now() + std::min(duration, kLongestWait);
   while (!IsStopped()) {
     const auto left = std::chrono::ceil<milliseconds>(end - TClock::now());
     if (left <= milliseconds(0)) return true;

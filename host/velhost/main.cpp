@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "host/core/hosterror.h"
+#include "host/output/outputfile.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/verbs.h"
@@ -27,6 +28,8 @@ int Fail(NKROVEL20::EExitStatus status, const std::string& message) {
 int main(int argc, char** argv) {
   try {
     return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const NKROVEL20::TClosedPipe& closed) {
+    return static_cast<int>(closed.Status());  // quietly: whoever read the output has seen enough
   } catch (const NKROVEL20::THostError& error) {
     return Fail(error.Status(), error.what());
   } catch (const std::exception& error) {

@@ -3,7 +3,6 @@
 #include <iostream>
 
 #include "host/pluginmanager/pluginloader.h"
-#include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
 #include "host/velhost/collect.h"
 #include "host/velhost/schemaloading.h"
@@ -52,8 +51,10 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
     case EVerb::kCollect: return Collect(commandLine, installation);
     case EVerb::kClasses: return ListClasses(commandLine.common, installation);
     case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
-    case EVerb::kCheck: return CheckSchemaCommand(commandLine, installation);
     case EVerb::kSimulate: return SimulateCommand(commandLine.simulate, installation);
+    default: break;
+
+
   }
   throw THostError(EExitStatus::kInternal, "unknown command");
 }

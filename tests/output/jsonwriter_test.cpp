@@ -101,7 +101,7 @@ TEST_F(TJsonWriterTest, ListsFailuresOfAPartialCollection) {
             R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"
             R"("exchanges":{"total":42,"failed":[)"
             R"({"class":"KROSG_A","node":0,"kind":"register","completion_code":195},)"
-            R"({"class":"KROSG_B","node":1,"kind":"dot","completion_code":"lost"}]},"elapsed_ms":1234})"
+            R"({"class":"KROSG_B","node":1,"kind":"dot","lost":true}]},"elapsed_ms":1234})"
             "\n");
 }
 
@@ -147,7 +147,7 @@ TEST_F(TJsonWriterTest, LinesArePassedOnAtOnceAndEndWithASummary) {
             R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"
             R"("exchanges":{"total":42,"failed":[)"
             R"({"class":"KROSG_A","node":0,"kind":"register","completion_code":195},)"
-            R"({"class":"KROSG_B","node":1,"kind":"dot","completion_code":"lost"}]},"elapsed_ms":1234})"
+            R"({"class":"KROSG_B","node":1,"kind":"dot","lost":true}]},"elapsed_ms":1234})"
             "\n");
 }
 

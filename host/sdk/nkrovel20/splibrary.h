@@ -34,7 +34,8 @@ class NKROVEL20_API SPLibrary {
   /// Carries out one IPMI exchange in `buffer` (TIPMICommandBuffer has the layout) of `capacity`
   /// bytes. The request's data are bytes 9 to 9 + n - 1, where n is byte 5. The response replaces
   /// bytes 4 (completion code), 5 (number of data bytes) and everything from 9 on, with zeros behind
-  /// the data; `*length` becomes 9 + the number of data bytes. Returns false, and leaves buffer and
+  /// the data; `*length` becomes 9 + the number of data bytes. A capacity below 256 cuts the answer
+  /// to it, byte 5 and length with it; behind 256 bytes nothing changes. Returns false, and leaves buffer and
   /// length as they were, when no exchange took place. `flag` is true in all known callers and has
   /// no effect here.
   bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool flag);

@@ -19,7 +19,8 @@ class NKROVEL20_API TCIMDateTime {
   ~TCIMDateTime() = default;
 
   /// Reads the 25 characters of a CIM datetime: "yyyymmddhhmmss.mmmmmmsutc", an interval
-  /// "ddddddddhhmmss.mmmmmm:000", either with asterisks for fields that are not significant.
+  /// "ddddddddhhmmss.mmmmmm:000", either with asterisks for fields that are not significant (whole
+  /// fields and single digits of the microseconds, all the way to the sign).
   /// Any other text throws TVELException with TVELStatusCode::kTypeMismatch.
   static TCIMDateTime FromString(const std::string& text);
 

@@ -83,8 +83,8 @@ class NKROVEL20_API TCIMValue {
   void Set(const TCIMDateTime& dateTime);
 
   /// Becomes an array of `type`. Every element of `elements` is kept, converted to `type` (integers
-  /// as C++ converts them; null elements stay null). `count` is the declared size of the array and
-  /// never cuts or pads the elements.
+  /// as C++ converts them; null elements stay null). An array is no element. `count` is the declared
+  /// size of the array and never cuts or pads the elements.
   void Set(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements);
 
   /// Becomes the null array of the type with the declared size `count`; a count of 0 is a scalar.

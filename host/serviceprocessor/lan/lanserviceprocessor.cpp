@@ -59,8 +59,9 @@ class TLanServiceProcessor::TNode {
     auto exchange = std::make_shared<TLanExchange>();
     exchange->networkFunction = buffer[TIPMICommandBuffer::kNetworkFunction];
     exchange->lun = buffer[TIPMICommandBuffer::kLun];
+    exchange->request.reserve(1 + data.size());
     exchange->request.push_back(buffer[TIPMICommandBuffer::kCommand]);
-    exchange->request.insert(exchange->request.end(), data.begin(), data.end());
+    for (const std::uint8_t byte : data) exchange->request.push_back(byte);
     const auto job = [link = link_, exchange]() noexcept { link->Exchange(*exchange); };
     return worker_.Run(job, stop) ? exchange : nullptr;
   }
@@ -94,8 +95,7 @@ bool TLanServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& l
 }
 
 bool TLanServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*command*/,
-                                   std::span<std::uint8_t> /*response*/, int& /*length*/,
-                                   const TStopSignal& /*stop*/) {
+                                   std::span<std::uint8_t> /*response*/, int& /*length*/, const TStopSignal& /*stop*/) {
   return false;
 }
 

@@ -1,0 +1,112 @@
+// The module that puts one BMC node of a server file behind ipmi_sim:
+//
+//   loadlib "/.../velbmcsim.so" "NODE FILE"
+//
+// ipmi_sim calls from one thread, and takes the manufacturer id of a storage-area request off before
+// it calls, and puts it back into the answer.
+extern "C" {
+#include <OpenIPMI/mcserv.h>
+}
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/core/hosterror.h"
+#include "host/core/sourcereader.h"
+#include "host/serviceprocessor/servednode.h"
+#include "nkrovel20/registercommands.h"
+#include "nkrovel20/storageareacommands.h"
+
+#define BMCSIM_EXPORT extern "C" __attribute__((visibility("default")))
+BMCSIM_EXPORT int ipmi_sim_module_print_version(sys_data_t* system, char* options);
+BMCSIM_EXPORT int ipmi_sim_module_init(sys_data_t* system, char* options);
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr auto& kId = StorageAreaCommands::kManufacturerId;
+constexpr std::uint32_t kEnterprise =
+    std::uint32_t{kId[0]} | std::uint32_t{kId[1]} << 8U | std::uint32_t{kId[2]} << 16U;
+constexpr std::uint8_t kUnspecifiedError = 0xFF;
+static_assert(kEnterprise == 0x003039);
+
+std::vector<std::uint8_t> Answer(TServedNode& node, const msg_t& message, std::size_t capacity) {
+  std::vector<std::uint8_t> request(message.data, message.data + message.len);
+  const bool group = message.netfn == StorageAreaCommands::kNetworkFunction;
+  if (group) request.insert(request.begin(), kId.begin(), kId.end());
+  auto answer = node.Answer(message.netfn, message.rs_lun, message.cmd, request, capacity);
+  if (group) {
+    const auto data = answer.begin() + 1;
+    answer.erase(data, data + std::min<std::ptrdiff_t>(kId.size(), answer.end() - data));
+  }
+  return answer;
+}
+
+/// ipmi_sim's handler: `*size` is the room in `response` and becomes what is used of it.
+void Handle(lmc_data_t* /*mc*/, msg_t* message, unsigned char* response, unsigned int* size, void* node) {
+  try {
+    const auto answer = Answer(*static_cast<TServedNode*>(node), *message, *size);
+    const std::size_t count = std::min<std::size_t>(answer.size(), *size);
+    std::copy_n(answer.begin(), count, response);
+    *size = static_cast<unsigned int>(count);
+  } catch (const std::exception&) {
+    response[0] = kUnspecifiedError;
+    *size = 1;
+  }
+}
+
+/// Registers every command of the register reads' network function, so that faults count the unknown
+/// ones too. Returns 0 or an error number.
+int Register(TServedNode& node) {
+  for (unsigned int command = 0; command <= 0xFF; ++command) {
+    const int error = ipmi_emu_register_cmd_handler(RegisterCommands::kNetworkFunction,
+                                                    static_cast<unsigned char>(command), Handle, &node);
+    if (error != 0) return error;
+  }
+  return ipmi_emu_register_iana_handler(kEnterprise, Handle, &node);
+}
+
+/// "NODE FILE" of the configuration.
+std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
+  char* behind = nullptr;
+  const long number = std::strtol(options.c_str(), &behind, 10);
+  if (behind == options.c_str() || *behind != ' ' || behind[1] == '\0' || number < 0 || number > 0xFFFF) {
+    throw THostError(EExitStatus::kUsage, "the options are '" + options + "'; expected 'NODE FILE'");
+  }
+  const std::string file = behind + 1;
+  const int node = static_cast<int>(number);
+  TFileReader reader;
+  TServerFile server = ReadServerFile(file, reader);
+  const std::string reason = ReasonNotToServe(server, node);
+  if (!reason.empty()) throw THostError(EExitStatus::kBadData, file + ": " + reason);
+  return std::make_unique<TServedNode>(std::move(server), node);
+}
+
+}  // namespace
+
+}  // namespace NKROVEL20
+
+int ipmi_sim_module_print_version(sys_data_t* /*system*/, char* /*options*/) {
+  std::puts("velbmcsim");
+  return 0;
+}
+
+int ipmi_sim_module_init(sys_data_t* /*system*/, char* options) {
+  // Lives until ipmi_sim ends, since its handlers do.
+  static NKROVEL20::TServedNode* node = nullptr;
+  try {
+    node = NKROVEL20::NodeOf(options != nullptr ? options : "").release();
+    return NKROVEL20::Register(*node);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "velbmcsim: %s\n", error.what());
+    return EINVAL;
+  }
+}

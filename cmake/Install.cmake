@@ -1,0 +1,58 @@
+# What is installed and where, the CMake and pkg-config packages, and the same layout in the build
+# tree. Included last: it speaks of targets that the folders before it define.
+
+include(CMakePackageConfigHelpers)
+
+set(VELHOST_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/velhost)
+set(VELHOST_EXPORTED velcontract velcore pluginnsp spdriver smbios)
+if(TARGET velhost)
+  list(APPEND VELHOST_EXPORTED velhost)
+endif()
+
+# Everything finds its neighbours from its own place, so that an installation can be moved.
+file(RELATIVE_PATH VELHOST_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH VELHOST_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set_target_properties(velcore pluginnsp spdriver smbios PROPERTIES INSTALL_RPATH "$ORIGIN")
+if(TARGET velhost)
+  set_target_properties(velhost PROPERTIES INSTALL_RPATH "$ORIGIN/${VELHOST_BIN_TO_LIB}")
+endif()
+
+# Programs and libraries.
+install(TARGETS ${VELHOST_EXPORTED} EXPORT velhostTargets
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
+if(TARGET torgareg)
+  install(TARGETS torgareg LIBRARY DESTINATION ${VELHOST_PLUGIN_DIR} COMPONENT runtime)
+endif()
+install(DIRECTORY DESTINATION ${VELHOST_PLUGIN_DIR} COMPONENT runtime)
+install(DIRECTORY DESTINATION ${VELHOST_MODULE_DIR} COMPONENT runtime)
+
+# Schema and simulated servers.
+install(DIRECTORY schema servers DESTINATION ${VELHOST_DATA_DIR} COMPONENT runtime
+  PATTERN "*.py" EXCLUDE PATTERN "__pycache__" EXCLUDE)
+
+# The contract, for plugins built out of this tree.
+install(DIRECTORY host/sdk/nkrovel20 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velhost COMPONENT development
+  FILES_MATCHING PATTERN "*.h")
+install(EXPORT velhostTargets NAMESPACE velhost:: DESTINATION ${VELHOST_PACKAGE_DIR} COMPONENT development)
+configure_package_config_file(cmake/velhostConfig.cmake.in ${CMAKE_BINARY_DIR}/package/velhostConfig.cmake
+  INSTALL_DESTINATION ${VELHOST_PACKAGE_DIR} PATH_VARS VELHOST_PLUGIN_DIR VELHOST_DATA_DIR)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/package/velhostConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+configure_file(cmake/velhost.pc.in ${CMAKE_BINARY_DIR}/package/velhost.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/package/velhostConfig.cmake ${CMAKE_BINARY_DIR}/package/velhostConfigVersion.cmake
+  DESTINATION ${VELHOST_PACKAGE_DIR} COMPONENT development)
+install(FILES ${CMAKE_BINARY_DIR}/package/velhost.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)
+
+# The build tree as an installation: velhost finds its data from its own place, and a plugin can be
+# built against the tree with -Dvelhost_DIR=<build tree>.
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/${VELHOST_DATA_DIR} ${CMAKE_BINARY_DIR}/${VELHOST_PLUGIN_DIR})
+foreach(folder schema servers)
+  file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${folder} ${CMAKE_BINARY_DIR}/${VELHOST_DATA_DIR}/${folder} SYMBOLIC)
+endforeach()
+export(TARGETS ${VELHOST_EXPORTED} velhost_tree NAMESPACE velhost:: FILE ${CMAKE_BINARY_DIR}/velhostTargets.cmake)
+configure_package_config_file(cmake/velhostConfig.cmake.in ${CMAKE_BINARY_DIR}/velhostConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_BINARY_DIR} INSTALL_PREFIX ${CMAKE_BINARY_DIR}
+  PATH_VARS VELHOST_PLUGIN_DIR VELHOST_DATA_DIR)
+configure_file(${CMAKE_BINARY_DIR}/package/velhostConfigVersion.cmake ${CMAKE_BINARY_DIR}/velhostConfigVersion.cmake
+  COPYONLY)

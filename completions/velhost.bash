@@ -1,0 +1,107 @@
+# bash completion for velhost: commands, options, their words, files, and the classes of the schema.
+
+# The words given so far for an option, one a line: _velhost_given --schema
+_velhost_given() {
+  local i
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    # "--schema=x" reaches bash as three words.
+    if [[ ${COMP_WORDS[i]} == "$1" ]]; then
+      if [[ ${COMP_WORDS[i + 1]} == "=" ]]; then printf '%s\n' "${COMP_WORDS[i + 2]}"; else printf '%s\n' "${COMP_WORDS[i + 1]}"; fi
+    fi
+  done
+}
+
+# The first column of "velhost classes", for the schema named on this command line.
+_velhost_classes() {
+  local path arguments=()
+  while IFS= read -r path; do arguments+=(--schema "${path/#\~\//$HOME/}"); done < <(_velhost_given --schema)
+  # The machine type does not matter for the list, and giving it opens no service processor.
+  "${COMP_WORDS[0]}" classes --machine-type 0 "${arguments[@]}" 2>/dev/null | awk '$1 ~ /^KROSG_/ && !seen[$1]++ { print $1 }'
+}
+
+_velhost_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2"); }
+
+# compopt comes first: where nothing is being completed it fails, and a value was found all the same.
+_velhost_files() {
+  compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen -f -- "$1")
+}
+
+# What an option takes; returns 1 for one that takes nothing or is not known.
+_velhost_value() {
+  case $1 in
+    --plugin | --schema | --log | -o | --output | --record | --password-file) _velhost_files "$2" ;;
+    --capture-dir)
+      compopt -o filenames 2>/dev/null
+      mapfile -t COMPREPLY < <(compgen -d -- "$2")
+      ;;
+    --log-format) _velhost_words "text jsonl" "$2" ;;
+    --color | --progress) _velhost_words "auto always never" "$2" ;;
+    --privilege) _velhost_words "user operator admin" "$2" ;;
+    --cipher-suite) _velhost_words "17 3" "$2" ;;
+    --sp) _velhost_service_processor "$2" ;;
+    --format)
+      if [[ $3 == check ]]; then _velhost_words "text json" "$2"; else _velhost_words "table json jsonl mof cimxml" "$2"; fi
+      ;;
+    --machine-type | --timeout | --node | --port | --serial-port) COMPREPLY=() ;;
+    *) return 1 ;;
+  esac
+}
+
+# Bash ends a word at a colon, so that what stands behind it is completed by itself.
+_velhost_service_processor() {
+  local before=${COMP_WORDS[COMP_CWORD - 1]} scheme=${COMP_WORDS[COMP_CWORD - 2]}
+  if [[ $1 == ":" ]]; then
+    scheme=$before before=":"
+    set -- ""
+  fi
+  if [[ $before != ":" ]]; then
+    compopt -o nospace 2>/dev/null
+    _velhost_words "sim sim: replay: inband inband:/dev/ipmi lan:" "$1"
+  elif [[ $scheme == inband ]]; then
+    mapfile -t COMPREPLY < <(compgen -G "/dev/ipmi*" | grep -- "^$1")
+  elif [[ $scheme != lan ]]; then
+    _velhost_files "$1"
+  fi
+}
+
+_velhost() {
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} verb="" word
+  local common="--plugin --schema --sp --machine-type --log --log-format -v -vv -vvv --color --password-file
+    --cipher-suite --privilege --replay-timing --help"
+  COMPREPLY=()
+  for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+    case $word in
+      collect | classes | plugin | check | simulate) verb=$word && break ;;
+    esac
+  done
+  # "--option=" and "--sp sim:" arrive in pieces; find the option that a piece belongs to.
+  local option=$previous
+  if [[ $current == "=" ]]; then
+    current=
+  elif [[ $previous == "=" ]]; then
+    option=${COMP_WORDS[COMP_CWORD - 2]}
+  elif [[ $current == ":" && ${COMP_WORDS[COMP_CWORD - 2]} == --sp ]]; then
+    option=--sp
+  elif [[ $previous == ":" && ${COMP_WORDS[COMP_CWORD - 3]} == --sp ]]; then
+    option=--sp
+  fi
+  _velhost_value "$option" "$current" "$verb" && return
+  if [[ $current == -* ]]; then
+    case $verb in
+      "") common="$common --version" ;;
+      collect) common="$common --format -o --output --record --timeout --single-request --capture-dir --progress" ;;
+      check) common="$common --format" ;;
+      simulate) common="$common --node --port --serial-port" ;;
+    esac
+    _velhost_words "$common" "$current"
+    return
+  fi
+  case $verb in
+    "") _velhost_words "collect classes plugin check simulate" "$current" ;;
+    collect) mapfile -t COMPREPLY < <(compgen -W "$(_velhost_classes)" -- "$current") ;;
+    check | simulate) _velhost_files "$current" ;;
+  esac
+}
+
+complete -F _velhost velhost

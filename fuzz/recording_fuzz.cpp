@@ -1,0 +1,45 @@
+// A recording of any bytes is read or refused, and replays without reaching behind any buffer.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "host/core/hosterror.h"
+#include "host/core/sourcereader.h"
+#include "host/serviceprocessor/replay.h"
+#include "nkrovel20/registerblockcommand.h"
+#include "nkrovel20/registercommands.h"
+
+using namespace NKROVEL20;
+
+namespace {
+
+// In the order of the seeds: a timestamp, a block, the clock, a register.
+void Replay(TReplay& replay) {
+  const TStopSignal stop;
+  TIPMICommandBuffer timestamp(RegisterCommands::kNetworkFunction, RegisterCommands::kTimestampRead, 0);
+  TIPMICommandBuffer entry(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+  std::array<std::uint8_t, 8> block{};
+  const std::array<std::uint8_t, 4> size = {0, 0, 0, 0x10};
+  const dotCmd command(RegisterBlockCommand::kCommand, 2, 4, RegisterBlockCommand::kIdentifier.data(), size.data());
+  int length = 0;
+  replay.SendIpmi(0, timestamp, length, stop);
+  if (replay.SendDot(0, command, block, length, stop) && (length < 0 || length > 8)) __builtin_trap();
+  static_cast<void>(replay.LocalTime().ToIso8601());
+  replay.SendIpmi(0, entry, length, stop);
+  if (length < 0 || length > 256) __builtin_trap();
+  if (replay.Mismatch() && replay.Mismatch()->empty()) __builtin_trap();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  TMemoryReader reader;
+  reader.Add("r.jsonl", std::string(data, data + size));
+  try {
+    TReplay replay("r.jsonl", reader);
+    Replay(replay);
+    static_cast<void>(replay.CutWarning());
+  } catch (const THostError&) {
+  }
+  return 0;
+}

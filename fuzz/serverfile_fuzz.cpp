@@ -1,0 +1,58 @@
+// A server file of any bytes is read or refused, and what it describes answers any request.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "host/core/hosterror.h"
+#include "host/core/sourcereader.h"
+#include "host/serviceprocessor/faultinjector.h"
+#include "host/serviceprocessor/simulatedserver.h"
+#include "nkrovel20/registerblockcommand.h"
+
+using namespace NKROVEL20;
+
+namespace {
+
+// Requests by the collector's layouts, whose data are the input's last bytes.
+void AskEverything(IServiceProcessor& processor, const std::string& input) {
+  const TStopSignal stop;
+  for (const int networkFunction : {0x06, 0x2E, 0x3A}) {
+    for (const int command : {0x01, 0x62, 0x6F, 0x90}) {
+      for (const int subCommand : {0x00, 0x01, 0x02, 0x05, 0x06}) {
+        TIPMICommandBuffer buffer(static_cast<std::uint8_t>(networkFunction), static_cast<std::uint8_t>(command),
+                                  static_cast<std::uint8_t>(input.size()));
+        for (std::size_t i = 0; i < 32 && i < input.size(); ++i) {
+          buffer[13 + i] = static_cast<std::uint8_t>(input[input.size() - 1 - i]);
+        }
+        buffer[9] = 0x39;
+        buffer[10] = 0x30;
+        buffer[12] = static_cast<std::uint8_t>(subCommand);
+        int length = 0;
+        if (processor.SendIpmi(0, buffer, length, stop) && length != 9 + buffer.DataLength()) __builtin_trap();
+      }
+    }
+  }
+  std::array<std::uint8_t, 64> block{};
+  const std::array<std::uint8_t, 4> size = {0, 0, 64, 0};
+  int length = 0;
+  const dotCmd command(RegisterBlockCommand::kCommand, 2, 4, RegisterBlockCommand::kIdentifier.data(), size.data());
+  if (processor.SendDot(0, command, block, length, stop) && (length < 0 || length > 64)) __builtin_trap();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string input(data, data + size);
+  TMemoryReader reader;
+  reader.Add("s.toml", input);
+  reader.Add("data.bin", "\x01\x02\x03");
+  try {
+    TServerFile server = ReadServerFile("s.toml", reader);
+    for (TFault& fault : server.faults) fault.delay = std::chrono::milliseconds(0);
+    TSimulatedServer simulator(server);
+    TFaultInjector faults(simulator, server.faults);
+    AskEverything(faults, input);
+  } catch (const THostError&) {
+  }
+  return 0;
+}

@@ -1,0 +1,76 @@
+// Where output goes: a descriptor, or a file that is there whole or not at all.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/core/hosterror.h"
+#include "host/output/iinstancewriter.h"
+
+namespace NKROVEL20 {
+
+/// The reader at the other end of a pipe has gone. Nothing is wrong and nobody is there to tell: the
+/// command ends without a message. Its status is that of a failed write.
+class TClosedPipe : public THostError {
+ public:
+  explicit TClosedPipe(const std::string& name);
+};
+
+/// Has writes into a closed pipe fail with TClosedPipe instead of ending the process. For the whole
+/// process; to be called before anything is written.
+void IgnoreBrokenPipeSignal();
+
+/// Writes to an open descriptor, gathering small pieces. Partial writes, interruptions by signals and
+/// a descriptor that does not block are dealt with. Throws TClosedPipe, or THostError (kWriteFailed)
+/// that names the target. Nothing is written on destruction: Flush says whether all went well.
+class TDescriptorSink : public ITextSink {
+ public:
+  /// The descriptor is not owned. `name` is for messages: "standard output".
+  TDescriptorSink(int descriptor, std::string name);
+  void Write(std::string_view text) override;
+  void Flush() override;
+
+ private:
+  int descriptor_;
+  std::string name_;
+  std::string pending_;
+};
+
+/// A file that appears under its name with Commit, with everything in it, or not at all.
+///
+/// The text goes to a temporary file in the same folder, which takes the target's place by renaming
+/// and is removed on destruction without a Commit. A new file has the permissions that the process's
+/// mask allows, an existing one keeps its own, and a symbolic link stays one. A target that is there
+/// and is no regular file (a device, a pipe, /dev/stdout, /dev/fd/N) is written to directly.
+class TOutputFile : public ITextSink {
+ public:
+  /// Throws THostError (kCannotCreate) where the file cannot be created or must not be written.
+  explicit TOutputFile(const std::string& path);
+  ~TOutputFile() override;
+  TOutputFile(const TOutputFile&) = delete;
+  TOutputFile& operator=(const TOutputFile&) = delete;
+
+  void Write(std::string_view text) override { sink_->Write(text); }
+  /// Has no effect on when the file appears.
+  void Flush() override { sink_->Flush(); }
+  /// Once, after everything is written. Throws THostError (kWriteFailed) and leaves the target as it
+  /// was.
+  void Commit();
+
+ private:
+  void OpenDirectly(int descriptor);
+  void OpenTemporary();
+  void KeepAttributesOfTarget();
+  void Discard() noexcept;
+  [[noreturn]] void FailToCreate(const std::string& reason) const;
+  [[noreturn]] void FailToWrite(int error) const;
+
+  std::string path_;       ///< as given, for messages
+  std::string target_;     ///< behind all symbolic links
+  std::string temporary_;  ///< empty where the target is written to directly, and after Commit
+  int descriptor_ = -1;
+  std::unique_ptr<TDescriptorSink> sink_;
+};
+
+}  // namespace NKROVEL20

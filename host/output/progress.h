@@ -1,0 +1,72 @@
+// The progress line of a long collection.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/serviceprocessor/exchange.h"
+
+namespace NKROVEL20 {
+
+/// Where the line is drawn, and by which clock.
+struct TProgressTarget {
+  using TClock = std::chrono::steady_clock;
+
+  std::function<void(std::string_view)> write;
+  std::function<int()> width;  ///< columns, asked for at each drawing, since a window may change
+  std::function<TClock::time_point()> now;
+
+  /// Standard error and the real clock. Failed writes are ignored.
+  static TProgressTarget StandardError(std::function<int()> width);
+};
+
+/// One line, redrawn in place at most ten times a second, when an exchange has been made:
+///
+///   [3/7] KROSG_VO_MEMCTL_StatisticData  1234 exchanges, 56/s, 0:22
+///   [7/7] KROSG_DCAPFile  node 0 cpu_err 12.0 of 64.0 kB, 0:41 left  1234 exchanges, 56/s, 0:22
+///
+/// A capture file counts as being read from the answer to its size request to its close request. Drawn with
+/// blanks and carriage returns alone, so that it does no harm in a file.
+class TProgressLine : public IExchangeObserver {
+ public:
+  explicit TProgressLine(TProgressTarget target);
+  /// Clears the line.
+  ~TProgressLine() override;
+
+  /// Class `number` (from 1) of `count` is collected from now on.
+  void BeginClass(std::size_t number, std::size_t count, const std::string& name);
+  void OnIpmi(const TIpmiExchange& exchange) override;
+  void OnDot(const TDotExchange& exchange) override;
+  /// Takes the line away: at the end, and before anything else is written to the same place. The next
+  /// exchange may draw it anew.
+  void Clear();
+
+ private:
+  struct TCapture {
+    std::string name;
+    std::uint64_t size;  ///< 0 where the service processor reported none
+    std::uint64_t read = 0;
+    TProgressTarget::TClock::time_point start;
+  };
+
+  void Count();
+  void DrawWhenDue();
+  std::string Line(TProgressTarget::TClock::time_point now) const;
+  std::string CaptureText(TProgressTarget::TClock::time_point now) const;
+  void BeginCapture(const TIpmiExchange& exchange);
+
+  TProgressTarget target_;
+  TProgressTarget::TClock::time_point start_;
+  std::optional<TProgressTarget::TClock::time_point> drawn_;
+  std::size_t columns_ = 0;  ///< of what stands on the line
+  std::string class_;
+  std::uint64_t exchanges_ = 0;
+  std::optional<TCapture> capture_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,101 @@
+#include "host/schema/instancebuilder.h"
+
+#include "host/schema/nearestname.h"
+#include "host/schema/seennames.h"
+
+namespace NKROVEL20 {
+
+namespace {
+const TPropertyMap kNoContext;
+}
+
+std::vector<boost::shared_ptr<TInstance>> TInstanceBuilder::Build(const TNamespace& cimNamespace) {
+  std::vector<boost::shared_ptr<TInstance>> instances;
+  for (const TSchemaDeclaration& declaration : schema_.declarations) {
+    if (declaration.production.kind != Mof::EProduction::kInstance) continue;
+    const Mof::TInstanceSyntax& syntax = declaration.unit.file->instances[declaration.production.index];
+    NoteAlias(declaration.unit, syntax);
+    if (auto instance = BuildOne(declaration.unit, syntax, cimNamespace)) instances.push_back(std::move(instance));
+  }
+  uses_.insert(uses_.end(), classes_.Aliases().begin(), classes_.Aliases().end());
+  for (const TAliasUse& use : uses_) CheckAlias(use, cimNamespace);
+  return instances;
+}
+
+void TInstanceBuilder::NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax) {
+  if (syntax.alias.begin == syntax.alias.end) return;
+  aliasNames_.push_back(unit.Text(syntax.alias));
+  if (!aliases_.emplace(unit.Text(syntax.alias), unit.Text(syntax.className)).second) {
+    log_.Error(unit.Place(syntax.alias), "the alias " + unit.Quoted(syntax.alias) + " is declared a second time");
+  }
+}
+
+boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
+                                                        const TNamespace& cimNamespace) {
+  qualifiers_.Resolve(unit, syntax.qualifiers, {0, nullptr, false});
+  const std::string_view name = unit.Text(syntax.className);
+  const auto cimClass = cimNamespace.FindClass(name);
+  if (!cimClass) {
+    classes_.CheckClassName(unit, unit.Place(syntax.className), name);
+    return {};
+  }
+  const auto abstract = cimClass->Qualifiers().Find("Abstract");
+  if (abstract && abstract->GetValue().ToString(10) == "true") {
+    log_.Error(unit.Place(syntax.className),
+               "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
+  }
+  const auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
+  TSeenNames names;
+  for (std::uint32_t i = 0; i < syntax.assignments.count; ++i) {
+    const Mof::TAssignment& assignment = unit.file->assignments[syntax.assignments.first + i];
+    if (names.Add(unit.Text(assignment.name))) {
+      Assign(unit, assignment, *instance);
+    } else {
+      log_.Error(unit.Place(assignment.name), "the property " + unit.Quoted(assignment.name) + " is set twice");
+    }
+  }
+  return instance;
+}
+
+void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance) {
+  qualifiers_.Resolve(unit, assignment.qualifiers, {0, nullptr, false});
+  const TCIMClass& cimClass = instance.Class();
+  const std::size_t index = cimClass.FindProperty(unit.Text(assignment.name));
+  if (index == cimClass.Properties().size()) {
+    ReportUnknownProperty(unit, assignment.name, cimClass);
+    return;
+  }
+  const TPropertyDefinition& property = cimClass.Properties()[index]->Definition();
+  TCIMValue value;
+  const TValueSlot slot = {property.type.GetCode(), property.isArray, property.arraySize};
+  if (values_.Read(unit, assignment.value, slot, value)) instance.SetProperty(property.name, value, kNoContext);
+  for (const Mof::TSpan span : values_.TakeAliases()) uses_.push_back({unit, span, property.referenceClass});
+}
+
+void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass) {
+  TNearestName nearest(unit.Text(name));
+  if (log_.Shows()) {
+    for (const auto& property : cimClass.Properties()) nearest.Offer(property->Definition().name);
+  }
+  log_.Error(unit.Place(name), "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + nearest.Hint());
+}
+
+// An alias stands for an instance of the reference's class or of one below it.
+void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace) {
+  const auto alias = aliases_.find(use.unit.Text(use.span));
+  if (alias == aliases_.end()) {
+    TNearestName nearest(use.unit.Text(use.span));
+    if (log_.Shows()) {
+      for (const std::string_view candidate : aliasNames_) nearest.Offer(candidate);
+    }
+    log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + nearest.Hint());
+    return;
+  }
+  const auto expected = cimNamespace.FindClass(use.referenceClass);
+  const auto found = cimNamespace.FindClass(alias->second);
+  if (!expected || !found || found == expected || found->DescendsFrom(*expected)) return;
+  log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" + found->Name() +
+                                           "', expected one of '" + expected->Name() + "' or of a class below it");
+}
+
+}  // namespace NKROVEL20

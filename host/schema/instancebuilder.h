@@ -1,0 +1,41 @@
+// "instance of" declarations as instances of their classes.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/core/ciminstance.h"
+#include "host/schema/classbuilder.h"
+
+namespace NKROVEL20 {
+
+class TInstanceBuilder {
+ public:
+  TInstanceBuilder(const TParsedSchema& schema, TClassBuilder& classes, TQualifierTable& qualifiers, TSchemaLog& log)
+      : schema_(schema), classes_(classes), qualifiers_(qualifiers), log_(log), values_(log) {}
+
+  /// In declaration order. A property that does not fit is reported and left unset; an instance of
+  /// an unknown class is left out.
+  std::vector<boost::shared_ptr<TInstance>> Build(const TNamespace& cimNamespace);
+
+ private:
+  void NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax);
+  boost::shared_ptr<TInstance> BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
+                                        const TNamespace& cimNamespace);
+  void Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance);
+  void ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass);
+  void CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace);
+
+  const TParsedSchema& schema_;
+  TClassBuilder& classes_;
+  TQualifierTable& qualifiers_;
+  TSchemaLog& log_;
+  TValueReader values_;
+  std::unordered_map<std::string_view, std::string_view, TNameHash, TNameEqual> aliases_;  // to the class
+  std::vector<std::string_view> aliasNames_;  // in declaration order
+  std::vector<TAliasUse> uses_;
+};
+
+}  // namespace NKROVEL20

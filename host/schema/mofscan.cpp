@@ -1,0 +1,189 @@
+#include "host/schema/mofscan.h"
+
+#include <algorithm>
+
+#include "host/schema/moftext.h"
+#include "host/schema/mofwords.h"
+#include "mofparser.hpp"
+
+namespace NKROVEL20::Mof {
+
+using TToken = TMofParser::token;
+
+namespace {
+
+constexpr std::size_t kShown = 40;  // bytes of a token in a message
+
+TSpan Inner(TSpan span, std::uint32_t closing) { return {span.begin + 1, span.end - closing}; }
+
+}  // namespace
+
+std::string Quoted(std::string_view text) {
+  if (text.size() <= kShown) return "'" + std::string(text) + "'";
+  std::size_t size = kShown;
+  while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) --size;
+  return "'" + std::string(text.substr(0, size)) + "...'";
+}
+
+void TScan::Stop(std::uint32_t offset, std::string message) {
+  if (!stopped_) Error(offset, std::move(message));
+  stopped_ = true;
+}
+
+bool TScan::TooLong(TSpan span) {
+  if (span.end - span.begin <= limits_.tokenSize) return false;
+  Stop(span.begin, "found " + Quoted(Text(span)) + ", which is " + std::to_string(span.end - span.begin) +
+                       " bytes long, expected at most " + std::to_string(limits_.tokenSize));
+  return true;
+}
+
+void TScan::Note(TSpan name) {
+  if (previousWord_ == TToken::CLASS) file_.mentionedClasses.insert(Text(name));
+  if (previousWord_ == TToken::QUALIFIER) file_.mentionedQualifiers.insert(Text(name));
+}
+
+int TScan::Word(TSpan span, TSemantic& value) {
+  if (TooLong(span)) return TToken::END;
+  if (previousWord_ != 0) Note(span);
+  const int token = TokenOf(Text(span), value);
+  previousWord_ = token == TToken::CLASS || token == TToken::QUALIFIER ? token : 0;
+  if (token == TToken::DATATYPE) {
+    value.type.span = span;
+  } else if (token == TToken::IDENT || token == TToken::BOOLEAN) {
+    value.span = span;
+    words_[0] = words_[1];
+    words_[1] = span;
+  }
+  return token;
+}
+
+int TScan::String(TSpan& span, TSemantic& value) {
+  const std::string_view text = source_.Text();
+  bool escaped = false;
+  std::uint32_t end = span.end;
+  for (;;) {
+    end = static_cast<std::uint32_t>(FindStringStop(text, end));
+    if (end >= text.size() || text[end] != '\\') break;
+    escaped = true;
+    end = Escape(end);
+  }
+  const bool closed = end < text.size() && text[end] == '"';
+  const TSpan content = {span.end, end};
+  span.end = closed ? end + 1 : end;
+  if (TooLong(span)) return TToken::END;
+  if (!closed) Error(span.begin, "the string that starts here has no end on its line, expected '\"'");
+  value.literal = {ELiteral::kString, span, OnePiece(content, escaped)};
+  return TToken::STRING;
+}
+
+std::uint32_t TScan::LineComment(TSpan span) const {
+  const std::size_t end = std::min(source_.Text().find('\n', span.end), Size());
+  return static_cast<std::uint32_t>(end) - span.begin;
+}
+
+TRange TScan::OnePiece(TSpan content, bool escaped) {
+  file_.pieces.push_back({content, escaped});
+  return {static_cast<std::uint32_t>(file_.pieces.size() - 1), 1};
+}
+
+int TScan::Plain(TSpan span, TSemantic& value, int token) {
+  value.span = span;
+  return TooLong(span) ? int{TToken::END} : token;
+}
+
+// Past the escape. A backslash at the end of a line is none: the line's end ends the string.
+std::uint32_t TScan::Escape(std::uint32_t offset) {
+  const std::string_view rest = source_.Text().substr(offset);
+  const TCharacter taken = TakeCharacter(rest);
+  const auto size = static_cast<std::uint32_t>(taken.size);
+  if (taken.good) return offset + size;
+  const bool atLineEnd = rest.size() < 2 || rest[1] == '\n' || rest[1] == '\r';
+  if (!atLineEnd) BadEscape(offset, rest.substr(0, size));
+  return offset + (atLineEnd ? 1 : size);
+}
+
+void TScan::BadEscape(std::uint32_t offset, std::string_view escape) {
+  if (escape.size() == 2 && (escape[1] == 'x' || escape[1] == 'X')) {
+    Error(offset, "found '" + std::string(escape) + "' without a digit, expected one to four hexadecimal digits");
+  } else {
+    Error(offset, "found '" + std::string(escape) +
+                      R"(', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");
+  }
+}
+
+int TScan::Character(TSpan span, TSemantic& value) {
+  if (TooLong(span)) return TToken::END;
+  value.literal = {ELiteral::kBad, span, {0, 0}};
+  std::string_view content = Text(Inner(span, 1));
+  if (content.empty()) {
+    Error(span.begin, "found '' without a character, expected one character between the quotes");
+    return TToken::CHARACTER;
+  }
+  const TCharacter taken = TakeCharacter(content);
+  if (!taken.good) {
+    BadEscape(span.begin + 1, content.substr(0, taken.size));
+  } else if (taken.size < content.size()) {
+    Error(span.begin, "found " + std::string(Text(span).substr(0, kShown)) + ", expected one character between the quotes");
+  } else if (taken.code > 0xFFFF) {
+    Error(span.begin, "found " + std::string(Text(span)) + ", expected a character up to U+FFFF, which is what a char16 holds");
+  } else {
+    value.literal.kind = ELiteral::kChar;
+  }
+  return TToken::CHARACTER;
+}
+
+int TScan::OpenCharacter(TSpan span, TSemantic& value) {
+  if (TooLong(span)) return TToken::END;
+  Error(span.begin, "the character that starts here has no end on its line, expected \"'\"");
+  value.literal = {ELiteral::kBad, span, {0, 0}};
+  return TToken::CHARACTER;
+}
+
+int TScan::BadNumber(TSpan span, TSemantic& value) {
+  if (TooLong(span)) return TToken::END;
+  Error(span.begin, "found " + Quoted(Text(span)) +
+                        ", expected a binary (101b), octal (017), decimal, hexadecimal (0x1F) or real (1.5) number");
+  value.literal = {ELiteral::kBad, span, {0, 0}};
+  return TToken::BADLITERAL;
+}
+
+int TScan::Open(TSpan span, int token) {
+  if (depth_ >= limits_.nesting) {
+    Stop(span.begin, "found " + Quoted(Text(span)) + " within " + std::to_string(depth_) +
+                         " open brackets, expected at most " + std::to_string(limits_.nesting));
+    return TToken::END;
+  }
+  ++depth_;
+  return token;
+}
+
+// More closing brackets than opening ones are the parser's to report.
+int TScan::Close(int token) {
+  if (depth_ > 0) --depth_;
+  return token;
+}
+
+int TScan::End(TSpan& span) const {
+  span.begin = span.end = static_cast<std::uint32_t>(Size());
+  return TToken::END;
+}
+
+bool TScan::IsPragma(TSpan span) {
+  std::string_view word = Text(span).substr(1);
+  while (!word.empty() && (word[0] == ' ' || word[0] == '\t')) word.remove_prefix(1);
+  if (EqualNames(word, "pragma")) return true;
+  Error(span.begin, "found " + Quoted(Text(span)) + ", expected '#pragma'");
+  return false;
+}
+
+void TScan::BadCharacter(TSpan span) {
+  const std::string_view text = Text(span);
+  const auto code = static_cast<unsigned char>(text[0]);
+  if (code >= 0x20 && code != 0x7F) {
+    Error(span.begin, "found the stray character " + Quoted(text));
+  } else {
+    Error(span.begin, "found a control character with the code " + std::to_string(code));
+  }
+}
+
+}  // namespace NKROVEL20::Mof

@@ -1,0 +1,96 @@
+// The scanner's and the parser's common state over one MOF text, and what their actions do.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/schema/mofsyntax.h"
+#include "host/schema/schemalimits.h"
+#include "host/schema/schemalog.h"
+
+namespace NKROVEL20::Mof {
+
+/// The values of tokens, and of what the grammar makes of them.
+union TSemantic {
+  TSpan span;
+  TRange range;
+  TLiteral literal;
+  TInitializer initializer;
+  TArraySuffix array;
+  TTypeName type;
+  std::uint32_t bits;
+};
+
+class TScan {
+ public:
+  TScan(TSchemaSource& source, std::uint32_t unit, const TSchemaLimits& limits, TSchemaLog& log)
+      : source_(source), unit_(unit), limits_(limits), log_(log) {}
+
+  TMofFile& File() { return file_; }
+  char* Base() { return source_.Data(); }
+  std::size_t Size() const { return source_.Text().size(); }
+  std::string_view Text(TSpan span) const { return source_.Text(span); }
+  /// Set once a limit is exceeded: nothing more is read, nor reported.
+  bool Stopped() const { return stopped_; }
+  void Error(std::uint32_t offset, std::string message) { log_.Error({unit_, offset}, std::move(message)); }
+  bool Shows() const { return log_.Shows(); }
+  /// The latest word without a meaning of its own that ends before `offset`.
+  TSpan WordBefore(std::uint32_t offset) const { return words_[1].end <= offset ? words_[1] : words_[0]; }
+
+  // The scanner's actions. Those that return an int return the token.
+  int Word(TSpan span, TSemantic& value);
+  int Plain(TSpan span, TSemantic& value, int token);
+  // The span of a string is its opening quote's and becomes the whole string's.
+  int String(TSpan& span, TSemantic& value);
+  // The bytes of a comment up to the end of the line.
+  std::uint32_t LineComment(TSpan span) const;
+  int Character(TSpan span, TSemantic& value);
+  int OpenCharacter(TSpan span, TSemantic& value);
+  int BadNumber(TSpan span, TSemantic& value);
+  int Open(TSpan span, int token);
+  int Close(int token);
+  int End(TSpan& span) const;
+  bool IsPragma(TSpan span);
+  void BadCharacter(TSpan span);
+
+  // The parser's actions.
+  TArraySuffix ArraySize(TSpan number);
+  TInitializer Scalar(const TLiteral& literal);
+  void AddFeature(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array, TInitializer value);
+  void AddMethod(TRange qualifiers, TTypeName type, TSpan name, TRange parameters);
+  void AddParameter(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array);
+  void AddQualifier(TSpan name, TTypeName type, TArraySuffix array, TInitializer value, std::uint32_t scope,
+                    std::uint32_t flavors);
+  void AddClass(TRange qualifiers, TSpan name, TSpan superClass, TRange features);
+  void AddInstance(TRange qualifiers, TSpan className, TSpan alias, TRange assignments);
+  void AddPragma(TSpan name, const TLiteral& parameter);
+
+ private:
+  bool TooLong(TSpan span);
+  TRange OnePiece(TSpan content, bool escaped);
+  std::uint32_t Escape(std::uint32_t offset);
+  void BadEscape(std::uint32_t offset, std::string_view escape);
+  void Stop(std::uint32_t offset, std::string message);
+  void Note(TSpan name);
+
+  TSchemaSource& source_;
+  std::uint32_t unit_;
+  const TSchemaLimits& limits_;
+  TSchemaLog& log_;
+  TMofFile file_;
+  std::size_t depth_ = 0;
+  TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
+  int previousWord_ = 0;  // a token that declares the next name, or 0
+  bool stopped_ = false;
+};
+
+/// The text of a token for a message, in single quotes; a long one is cut.
+std::string Quoted(std::string_view text);
+
+/// Runs the scanner and the grammar over a text. What could be read is in the result whatever the
+/// log says of the rest. Neither throws for anything that the text holds.
+TMofFile ParseMof(TSchemaSource& source, std::uint32_t unit, const TSchemaLimits& limits, TSchemaLog& log);
+
+}  // namespace NKROVEL20::Mof

@@ -1,0 +1,163 @@
+// What the MOF grammar yields for one text: plain records that point into it.
+//
+// Nothing is copied out of the text here. A list is a range of one of the vectors of TMofFile; the
+// grammar reduces lists innermost first, so that the members of each stand side by side.
+#pragma once
+
+#include <cstdint>
+#include <unordered_set>
+#include <string_view>
+#include <vector>
+
+#include "host/core/caseinsensitive.h"
+#include "nkrovel20/tcimvalue.h"
+
+namespace NKROVEL20::Mof {
+
+/// Bytes of the text, the end not included.
+struct TSpan {
+  std::uint32_t begin;
+  std::uint32_t end;
+};
+
+/// Members of one of the vectors of TMofFile.
+struct TRange {
+  std::uint32_t first;
+  std::uint32_t count;
+};
+
+/// kBad: the scanner has reported it; it fits every type, so that nobody reports it again.
+enum class ELiteral : std::uint8_t { kNull, kBoolean, kInteger, kReal, kChar, kString, kAlias, kBad };
+
+/// One of the string literals that a string value is written in, without its quotes.
+struct TPiece {
+  TSpan span;
+  bool escaped;  ///< contains a backslash
+};
+
+struct TLiteral {
+  ELiteral kind;
+  TSpan span;
+  TRange pieces;  ///< of a string
+};
+
+/// What stands behind an equals sign or a qualifier's name.
+struct TInitializer {
+  bool given;
+  bool isArray;
+  TRange literals;
+  TSpan span;
+};
+
+struct TArraySuffix {
+  bool isArray;
+  std::uint32_t size;  ///< 0 for "[]"
+};
+
+/// The span is the type's name, of a reference the class's.
+struct TTypeName {
+  TCIMValue::TCIMType::ECIMType code;
+  TSpan span;
+};
+
+// Bits of a set of flavors.
+inline constexpr std::uint32_t kEnableOverride = 1;
+inline constexpr std::uint32_t kDisableOverride = 2;
+inline constexpr std::uint32_t kToSubclass = 4;
+inline constexpr std::uint32_t kRestricted = 8;
+inline constexpr std::uint32_t kTranslatable = 16;
+inline constexpr std::uint32_t kToInstance = 32;  ///< of old schemas; without effect
+
+// Bits of a scope.
+inline constexpr std::uint32_t kScopeClass = 1;
+inline constexpr std::uint32_t kScopeAssociation = 2;
+inline constexpr std::uint32_t kScopeIndication = 4;
+inline constexpr std::uint32_t kScopeQualifier = 8;
+inline constexpr std::uint32_t kScopeProperty = 16;
+inline constexpr std::uint32_t kScopeReference = 32;
+inline constexpr std::uint32_t kScopeMethod = 64;
+inline constexpr std::uint32_t kScopeParameter = 128;
+inline constexpr std::uint32_t kScopeSchema = 256;
+inline constexpr std::uint32_t kScopeAny = 511;
+
+struct TQualifierUse {
+  TSpan name;
+  TInitializer value;
+  std::uint32_t flavors;
+};
+
+struct TQualifierSyntax {
+  TSpan name;
+  TTypeName type;
+  TArraySuffix array;
+  TInitializer value;
+  std::uint32_t scope;
+  std::uint32_t flavors;
+};
+
+/// A property, a reference, a method or a parameter of one.
+struct TFeature {
+  bool isMethod;
+  TRange qualifiers;
+  TTypeName type;
+  TSpan name;
+  TArraySuffix array;
+  TInitializer value;
+  TRange parameters;
+};
+
+struct TClassSyntax {
+  TRange qualifiers;
+  TSpan name;
+  TSpan superClass;  ///< empty for a root class
+  TRange features;
+};
+
+struct TAssignment {
+  TRange qualifiers;
+  TSpan name;
+  TInitializer value;
+};
+
+struct TInstanceSyntax {
+  TRange qualifiers;
+  TSpan className;
+  TSpan alias;  ///< empty where there is none
+  TRange assignments;
+};
+
+struct TPragmaSyntax {
+  TSpan name;
+  TLiteral parameter;
+};
+
+enum class EProduction : std::uint8_t { kPragma, kQualifier, kClass, kInstance };
+
+struct TProduction {
+  EProduction kind;
+  std::uint32_t index;
+};
+
+using TNameSet = std::unordered_set<std::string_view, TNameHash, TNameEqual>;
+
+struct TMofFile {
+  std::vector<TProduction> productions;  ///< in the order of the text
+  std::vector<TPragmaSyntax> pragmas;
+  std::vector<TQualifierSyntax> qualifiers;
+  std::vector<TClassSyntax> classes;
+  std::vector<TInstanceSyntax> instances;
+
+  std::vector<TFeature> features;
+  std::vector<TFeature> parameters;
+  std::vector<TQualifierUse> uses;
+  std::vector<TAssignment> assignments;
+  std::vector<TLiteral> literals;
+  std::vector<TPiece> pieces;
+
+  /// Names that follow the words "class" and "qualifier" anywhere, so that a declaration that was
+  /// lost to a syntax error is not reported as missing too.
+  TNameSet mentionedClasses;
+  TNameSet mentionedQualifiers;
+};
+
+}  // namespace NKROVEL20::Mof

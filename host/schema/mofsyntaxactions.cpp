@@ -1,0 +1,65 @@
+// What the grammar's rules put into the result.
+#include <charconv>
+
+#include "host/schema/mofscan.h"
+
+namespace NKROVEL20::Mof {
+
+namespace {
+
+template <typename T>
+std::uint32_t Append(std::vector<T>& members, const T& member) {
+  members.push_back(member);
+  return static_cast<std::uint32_t>(members.size() - 1);
+}
+
+}  // namespace
+
+TArraySuffix TScan::ArraySize(TSpan number) {
+  const std::string_view text = Text(number);
+  std::uint32_t size = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size);
+  if (error != std::errc() || end != text.data() + text.size() || text[0] == '0' || size > 0x7FFFFFFF) {
+    Error(number.begin, "found " + Quoted(text) + ", expected an array size from 1 to 2147483647");
+    size = 0;
+  }
+  return {true, size};
+}
+
+TInitializer TScan::Scalar(const TLiteral& literal) {
+  return {true, false, {Append(file_.literals, literal), 1}, literal.span};
+}
+
+void TScan::AddFeature(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array, TInitializer value) {
+  file_.features.push_back({false, qualifiers, type, name, array, value, {0, 0}});
+}
+
+void TScan::AddMethod(TRange qualifiers, TTypeName type, TSpan name, TRange parameters) {
+  file_.features.push_back({true, qualifiers, type, name, {false, 0}, {false, false, {0, 0}, {0, 0}}, parameters});
+}
+
+void TScan::AddParameter(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array) {
+  file_.parameters.push_back({false, qualifiers, type, name, array, {false, false, {0, 0}, {0, 0}}, {0, 0}});
+}
+
+void TScan::AddQualifier(TSpan name, TTypeName type, TArraySuffix array, TInitializer value, std::uint32_t scope,
+                         std::uint32_t flavors) {
+  const TQualifierSyntax declaration = {name, type, array, value, scope, flavors};
+  file_.productions.push_back({EProduction::kQualifier, Append(file_.qualifiers, declaration)});
+}
+
+void TScan::AddClass(TRange qualifiers, TSpan name, TSpan superClass, TRange features) {
+  const TClassSyntax declaration = {qualifiers, name, superClass, features};
+  file_.productions.push_back({EProduction::kClass, Append(file_.classes, declaration)});
+}
+
+void TScan::AddInstance(TRange qualifiers, TSpan className, TSpan alias, TRange assignments) {
+  const TInstanceSyntax declaration = {qualifiers, className, alias, assignments};
+  file_.productions.push_back({EProduction::kInstance, Append(file_.instances, declaration)});
+}
+
+void TScan::AddPragma(TSpan name, const TLiteral& parameter) {
+  file_.productions.push_back({EProduction::kPragma, Append(file_.pragmas, TPragmaSyntax{name, parameter})});
+}
+
+}  // namespace NKROVEL20::Mof

@@ -1,0 +1,58 @@
+// Literals as values of a declared type.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/schema/schemaload.h"
+#include "nkrovel20/tcimvalue.h"
+
+namespace NKROVEL20 {
+
+/// What a value is to fit.
+struct TValueSlot {
+  TCIMValue::TCIMType::ECIMType type;
+  bool isArray;
+  std::uint32_t size;  ///< the most elements that an array may have; 0: any number
+};
+
+/// "uint8", "array of uint8"
+std::string NameOf(const TValueSlot& slot);
+
+/// A null value of the slot's type.
+TCIMValue NullOf(const TValueSlot& slot);
+
+/// An alias that stands in a value: it can be checked once all instances are known.
+struct TAliasUse {
+  TSchemaUnit unit;
+  Mof::TSpan span;
+  std::string referenceClass;
+};
+
+class TValueReader {
+ public:
+  explicit TValueReader(TSchemaLog& log) : log_(log) {}
+
+  /// Reports what does not fit and gives false; `value` then is null.
+  bool Read(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot, TCIMValue& value);
+  /// The same without making the value where that takes time: for strings.
+  bool Check(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot);
+
+  /// The aliases met since the last call.
+  std::vector<Mof::TSpan> TakeAliases();
+
+ private:
+  bool Fits(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot);
+  bool Scalar(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
+  bool Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
+  bool Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
+  bool DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue& value);
+  bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const std::string& expected);
+
+  TSchemaLog& log_;
+  std::vector<Mof::TSpan> aliases_;
+};
+
+}  // namespace NKROVEL20

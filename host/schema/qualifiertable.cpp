@@ -1,0 +1,155 @@
+#include "host/schema/qualifiertable.h"
+
+#include <algorithm>
+#include <array>
+
+#include "host/schema/mofscan.h"
+#include "host/schema/nearestname.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using TType = TCIMValue::TCIMType;
+
+struct TScopeName {
+  std::uint32_t bit;
+  const char* name;
+};
+constexpr std::array kScopeNames = {
+    TScopeName{Mof::kScopeClass, "class"},         TScopeName{Mof::kScopeAssociation, "association"},
+    TScopeName{Mof::kScopeIndication, "indication"}, TScopeName{Mof::kScopeProperty, "property"},
+    TScopeName{Mof::kScopeReference, "reference"}, TScopeName{Mof::kScopeMethod, "method"},
+    TScopeName{Mof::kScopeParameter, "parameter"}, TScopeName{Mof::kScopeQualifier, "qualifier"},
+    TScopeName{Mof::kScopeSchema, "schema"},
+};
+
+std::string ScopeNames(std::uint32_t scope) {
+  std::string names;
+  for (const TScopeName& entry : kScopeNames) {
+    if ((scope & entry.bit) != 0) names += (names.empty() ? "" : ", ") + std::string(entry.name);
+  }
+  return names;
+}
+
+// Flavors that are given win over `otherwise`.
+TQualifierFlavor FlavorOf(std::uint32_t flavors, TQualifierFlavor otherwise) {
+  TQualifierFlavor flavor = otherwise;
+  if ((flavors & Mof::kEnableOverride) != 0) flavor.overridable = true;
+  if ((flavors & Mof::kDisableOverride) != 0) flavor.overridable = false;
+  if ((flavors & Mof::kToSubclass) != 0) flavor.toSubclass = true;
+  if ((flavors & Mof::kRestricted) != 0) flavor.toSubclass = false;
+  if ((flavors & Mof::kTranslatable) != 0) flavor.translatable = true;
+  return flavor;
+}
+
+std::string Shown(const TCIMValue& value) {
+  return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10));
+}
+
+}  // namespace
+
+bool TQualifierTable::FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors) {
+  const auto both = [&](std::uint32_t pair, const char* text) {
+    if ((flavors & pair) != pair) return false;
+    log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " has the flavors " + text +
+                                     ", expected at most one of the two");
+    return true;
+  };
+  const bool override = both(Mof::kEnableOverride | Mof::kDisableOverride, "EnableOverride and DisableOverride");
+  return !both(Mof::kToSubclass | Mof::kRestricted, "ToSubclass and Restricted") && !override;
+}
+
+void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax) {
+  TDeclaredQualifier declared{unit.Text(syntax.name), {}, {}, syntax.scope, FlavorOf(syntax.flavors, {})};
+  declared.slot = {syntax.type.code, syntax.array.isArray, syntax.array.size};
+  FlavorsAgree(unit, syntax.name, syntax.flavors);
+  if (syntax.value.given) {
+    values_.Read(unit, syntax.value, declared.slot, declared.defaultValue);
+  } else {
+    declared.defaultValue = NullOf(declared.slot);
+  }
+  names_.push_back(declared.name);
+  if (!declared_.emplace(declared.name, std::move(declared)).second) {
+    log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) + " is declared a second time");
+  }
+}
+
+const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TSpan name) {
+  const std::string_view text = unit.Text(name);
+  const auto found = declared_.find(text);
+  if (found != declared_.end()) return &found->second;
+  if (mentioned_.count(text) != 0) return nullptr;
+  TNearestName nearest(text);
+  if (log_.Shows()) {
+    for (const std::string_view candidate : names_) nearest.Offer(candidate);
+  }
+  log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + nearest.Hint());
+  return nullptr;
+}
+
+bool TQualifierTable::HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
+                               const TDeclaredQualifier& declared, std::uint32_t scope) {
+  if (scope == 0 || (declared.scope & scope) != 0) return true;
+  log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " stands on an element of the kind " +
+                                       ScopeNames(scope) + ", expected " + ScopeNames(declared.scope));
+  return false;
+}
+
+// Without a value a boolean qualifier is true, any other one has its declared default.
+bool TQualifierTable::ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
+                                const TDeclaredQualifier& declared, bool keep, TCIMValue& value) {
+  if (use.value.given) {
+    return keep ? values_.Read(unit, use.value, declared.slot, value) : values_.Check(unit, use.value, declared.slot);
+  }
+  const bool isFlag = declared.slot.type == TType::kBoolean && !declared.slot.isArray;
+  value = isFlag ? TCIMValue::FromInteger(TType::kBoolean, 1) : declared.defaultValue;
+  return true;
+}
+
+// Saying the same again is no override.
+bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
+                                  const TQualifierDefinition& definition, const TQualifierSet* inherited) {
+  if (inherited == nullptr) return true;
+  const auto overridden = inherited->Find(definition.name);
+  const bool fixed = overridden && overridden->Flavor().toSubclass && !overridden->Flavor().overridable;
+  if (!fixed || overridden->GetValue() == definition.value) return true;
+  log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " has the value " +
+                                       Shown(definition.value) + ", expected the inherited value " +
+                                       Shown(overridden->GetValue()) + ", which has the flavor DisableOverride");
+  return false;
+}
+
+std::vector<TQualifierDefinition> TQualifierTable::Resolve(const TSchemaUnit& unit, Mof::TRange uses,
+                                                           const TQualifiedElement& element) {
+  std::vector<TQualifierDefinition> definitions;
+  if (uses.count > limits_.qualifiersPerElement) {
+    log_.Error(unit.Place(unit.file->uses[uses.first + limits_.qualifiersPerElement].name),
+               "found " + std::to_string(uses.count) + " qualifiers on one element, expected at most " +
+                   std::to_string(limits_.qualifiersPerElement));
+    return definitions;
+  }
+  definitions.reserve(uses.count);
+  const Mof::TQualifierUse* first = unit.file->uses.data() + uses.first;
+  for (const Mof::TQualifierUse* use = first; use != first + uses.count; ++use) {
+    const std::string_view name = unit.Text(use->name);
+    const auto same = [&](const Mof::TQualifierUse& other) { return EqualNames(unit.Text(other.name), name); };
+    if (std::any_of(first, use, same)) {
+      log_.Error(unit.Place(use->name), "the qualifier " + unit.Quoted(use->name) + " stands on the element twice");
+      continue;
+    }
+    const TDeclaredQualifier* declared = Find(unit, use->name);
+    if (declared == nullptr || !HasScope(unit, *use, *declared, element.scope)) continue;
+    TQualifierDefinition definition;
+    const bool agree = FlavorsAgree(unit, use->name, use->flavors);
+    if (!ReadValue(unit, *use, *declared, element.keepsValues, definition.value) || !agree) continue;
+    if (!element.keepsValues) continue;
+    definition.name = name;
+    definition.flavor = FlavorOf(use->flavors, declared->flavor);
+    definition.location = unit.Locate(use->name);
+    if (MayOverride(unit, *use, definition, element.inherited)) definitions.push_back(std::move(definition));
+  }
+  return definitions;
+}
+
+}  // namespace NKROVEL20

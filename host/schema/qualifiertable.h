@@ -1,0 +1,63 @@
+// The qualifiers that a schema declares, and their uses on its elements.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/core/qualifier.h"
+#include "host/schema/mofvalue.h"
+#include "host/schema/schemalimits.h"
+#include "host/schema/schemaload.h"
+
+namespace NKROVEL20 {
+
+struct TDeclaredQualifier {
+  std::string_view name;
+  TValueSlot slot;
+  TCIMValue defaultValue;
+  std::uint32_t scope;  ///< Mof::kScope bits
+  TQualifierFlavor flavor;
+};
+
+/// An element that qualifiers stand on.
+struct TQualifiedElement {
+  std::uint32_t scope;             ///< one of Mof::kScope; 0: not checked
+  const TQualifierSet* inherited;  ///< what the overridden element has; null for none
+  bool keepsValues;                ///< otherwise the uses are only checked
+};
+
+class TQualifierTable {
+ public:
+  TQualifierTable(const TSchemaLimits& limits, const Mof::TNameSet& mentioned, TSchemaLog& log)
+      : limits_(limits), mentioned_(mentioned), log_(log), values_(log) {}
+
+  /// A second declaration of a name is an error.
+  void Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax);
+
+  /// The uses with their values and effective flavors (their own, else the declaration's). What is
+  /// wrong is reported, and that use left out.
+  std::vector<TQualifierDefinition> Resolve(const TSchemaUnit& unit, Mof::TRange uses,
+                                            const TQualifiedElement& element);
+
+ private:
+  const TDeclaredQualifier* Find(const TSchemaUnit& unit, Mof::TSpan name);
+  bool HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
+                std::uint32_t scope);
+  bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
+                 bool keep, TCIMValue& value);
+  bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TQualifierDefinition& definition,
+                   const TQualifierSet* inherited);
+  bool FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors);
+
+  const TSchemaLimits& limits_;
+  const Mof::TNameSet& mentioned_;
+  TSchemaLog& log_;
+  TValueReader values_;
+  std::unordered_map<std::string_view, TDeclaredQualifier, TNameHash, TNameEqual> declared_;
+  std::vector<std::string_view> names_;  // in declaration order
+};
+
+}  // namespace NKROVEL20

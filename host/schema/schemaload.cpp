@@ -1,0 +1,231 @@
+#include "host/schema/schemaload.h"
+
+#include <algorithm>
+#include <boost/make_shared.hpp>
+#include <filesystem>
+#include <map>
+#include <numeric>
+
+#include "host/core/hosterror.h"
+#include "host/schema/mofscan.h"
+#include "host/schema/moftext.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsMofFile(const fs::directory_entry& entry) {
+  std::error_code ignored;
+  return EqualNames(entry.path().extension().string(), ".mof") && !entry.is_directory(ignored);
+}
+
+std::vector<std::string> FilesOf(const std::string& folder) {
+  std::vector<std::string> files;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    if (IsMofFile(*entry)) files.push_back(entry->path().string());
+  }
+  if (error) {
+    throw THostError(error == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+                     "cannot read the folder " + folder + ": " + error.message());
+  }
+  if (files.empty()) throw THostError(EExitStatus::kNoInput, "the folder " + folder + " holds no .mof file");
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+class TLoader {
+ public:
+  TLoader(ISourceReader& reader, const TSchemaLimits& limits, TSchemaLog& log)
+      : reader_(reader), limits_(limits), log_(log) {
+    schema_.sources = boost::make_shared<TSchemaSources>();
+  }
+
+  void LoadPath(const std::string& path) {
+    std::error_code ignored;
+    if (!fs::is_directory(path, ignored)) {
+      LoadFile(path, nullptr);
+      return;
+    }
+    for (const std::string& file : FilesOf(path)) LoadFile(file, nullptr);
+  }
+
+  TParsedSchema Take() { return std::move(schema_); }
+
+ private:
+  /// Who includes a file.
+  struct TIncluder {
+    const TSchemaUnit& unit;
+    TSchemaPlace place;
+    std::size_t depth;
+  };
+
+  enum class EState { kOpen, kRead };
+
+  void LoadFile(const std::string& path, const TIncluder* includer);
+  std::string ReadText(const std::string& path, const TIncluder* includer, bool& failed);
+  bool IsNew(const std::string& key, const std::string& path, const TIncluder* includer);
+  void ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit);
+  void Walk(const TSchemaUnit& unit, std::size_t depth);
+  void Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
+  void Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
+  void Refuse(const std::string& path, const TIncluder* includer, const std::string& message);
+  std::uint32_t AddSource(const std::string& path, std::string text);
+
+  ISourceReader& reader_;
+  const TSchemaLimits& limits_;
+  TSchemaLog& log_;
+  TParsedSchema schema_;
+  std::map<std::string, EState> states_;
+  std::size_t bytes_ = 0;
+  std::string namespacePath_;
+};
+
+std::uint32_t TLoader::AddSource(const std::string& path, std::string text) {
+  schema_.sources->push_back(std::make_unique<TSchemaSource>(path, std::move(text)));
+  return static_cast<std::uint32_t>(schema_.sources->size() - 1);
+}
+
+// An error in the place of the pragma, or of the file as a whole.
+void TLoader::Refuse(const std::string& path, const TIncluder* includer, const std::string& message) {
+  log_.Error(includer ? includer->place : TSchemaPlace{AddSource(path, {}), kWholeFile}, message);
+}
+
+bool TLoader::IsNew(const std::string& key, const std::string& path, const TIncluder* includer) {
+  const auto state = states_.find(key);
+  if (state != states_.end() && state->second == EState::kOpen && includer) {
+    log_.Error(includer->place, "the file " + path + " includes itself, directly or through others");
+  }
+  return state == states_.end();
+}
+
+std::string TLoader::ReadText(const std::string& path, const TIncluder* includer, bool& failed) {
+  failed = true;
+  const std::size_t limit = std::min(limits_.fileSize, limits_.totalSize - bytes_);
+  try {
+    std::string text = reader_.Read(path, limit);
+    failed = false;
+    return text;
+  } catch (const THostError& error) {
+    if (error.Status() != EExitStatus::kBadData) {
+      if (!includer) throw;
+      Refuse(path, includer, error.what());
+    } else if (limit == limits_.fileSize) {
+      Refuse(path, includer, "the file " + path + " is larger than " + std::to_string(limit) + " bytes");
+    } else {
+      Refuse(path, includer, "with the file " + path + " the schema is larger than " +
+                                 std::to_string(limits_.totalSize) + " bytes in all");
+    }
+  }
+  return {};
+}
+
+void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
+  const std::string key = fs::path(path).lexically_normal().string();
+  if (!IsNew(key, path, includer)) return;
+  if (states_.size() == limits_.files) {
+    Refuse(path, includer, "the schema has more than " + std::to_string(limits_.files) + " files");
+  }
+  if (states_.size() >= limits_.files) return;
+  states_[key] = EState::kOpen;
+  bool failed = false;
+  std::string text = ReadText(path, includer, failed);
+  if (failed) return;
+  bytes_ += text.size();
+  TSchemaUnit unit{AddSource(path, std::move(text)), nullptr, nullptr};
+  TSchemaSource& source = *schema_.sources->back();
+  ReplaceBadBytes(source, unit.number);
+  auto file = std::make_unique<Mof::TMofFile>(Mof::ParseMof(source, unit.number, limits_, log_));
+  schema_.mentionedClasses.merge(file->mentionedClasses);
+  schema_.mentionedQualifiers.merge(file->mentionedQualifiers);
+  unit.source = &source;
+  unit.file = file.get();
+  schema_.files.push_back(std::move(file));
+  Walk(unit, includer ? includer->depth : 1);
+  states_[key] = EState::kRead;
+}
+
+// One error for a file: a text in another encoding would give one for every other byte.
+void TLoader::ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit) {
+  const std::string_view text = source.Text();
+  std::size_t bad = Mof::FindBadByte(text, 0);
+  if (bad == text.size()) return;
+  const auto code = static_cast<unsigned char>(text[bad]);
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const std::string hex = {'0', 'x', kDigits[code >> 4U], kDigits[code & 15U]};
+  log_.Error({unit, static_cast<std::uint32_t>(bad)}, "found the byte " + hex + ", expected UTF-8 text");
+  for (; bad < text.size(); bad = Mof::FindBadByte(text, bad + 1)) source.Data()[bad] = '?';
+}
+
+void TLoader::Walk(const TSchemaUnit& unit, std::size_t depth) {
+  for (const Mof::TProduction& production : unit.file->productions) {
+    if (production.kind == Mof::EProduction::kPragma) {
+      Pragma(unit, unit.file->pragmas[production.index], depth);
+    } else {
+      schema_.declarations.push_back({unit, production});
+    }
+  }
+}
+
+void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth) {
+  const std::string_view name = unit.Text(pragma.name);
+  const bool known = EqualNames(name, "include") || EqualNames(name, "locale") || EqualNames(name, "instancelocale") ||
+                     EqualNames(name, "namespace");
+  if (!known) {
+    log_.Warning(unit.Place(pragma.name), "the pragma " + unit.Quoted(pragma.name) + " is not known and has no effect");
+  } else if (pragma.parameter.kind != Mof::ELiteral::kString) {
+    log_.Error(unit.Place(pragma.parameter.span),
+               "found " + unit.Quoted(pragma.parameter.span) + ", expected a string");
+  } else if (EqualNames(name, "include")) {
+    Include(unit, pragma, depth);
+  } else if (EqualNames(name, "namespace")) {
+    std::string path = StringOf(unit, pragma.parameter);
+    if (namespacePath_.empty()) namespacePath_ = path;
+    if (!EqualNames(namespacePath_, path)) {
+      log_.Warning(unit.Place(pragma.parameter.span), "found a second namespace: the classes of \"" + path +
+                                                          "\" are read into one with those of \"" + namespacePath_ + "\"");
+    }
+  }
+}
+
+void TLoader::Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth) {
+  const TIncluder includer{unit, unit.Place(pragma.parameter.span), depth + 1};
+  if (depth >= limits_.includeDepth) {
+    log_.Error(includer.place, "files include each other more than " + std::to_string(limits_.includeDepth) + " deep");
+    return;
+  }
+  const fs::path target = fs::path(unit.source->Name()).parent_path() / StringOf(unit, pragma.parameter);
+  LoadFile(target.lexically_normal().string(), &includer);
+}
+
+}  // namespace
+
+std::string TSchemaUnit::Quoted(Mof::TSpan span) const { return Mof::Quoted(source->Text(span)); }
+
+std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal) {
+  const Mof::TPiece* const pieces = unit.file->pieces.data() + literal.pieces.first;
+  const Mof::TPiece* const end = pieces + literal.pieces.count;
+  std::string text;
+  text.reserve(std::accumulate(pieces, end, std::size_t{0}, [](std::size_t sum, const Mof::TPiece& piece) {
+    return sum + (piece.span.end - piece.span.begin);
+  }));
+  for (const Mof::TPiece* piece = pieces; piece != end; ++piece) {
+    if (piece->escaped) {
+      Mof::AppendUnescaped(text, unit.Text(piece->span));
+    } else {
+      text += unit.Text(piece->span);
+    }
+  }
+  return text;
+}
+
+TParsedSchema LoadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits,
+                         TSchemaLog& log) {
+  TLoader loader(reader, limits, log);
+  for (const std::string& path : paths) loader.LoadPath(path);
+  return loader.Take();
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,51 @@
+// The first half of reading a schema: files, folders and includes, each text parsed.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/core/sourcereader.h"
+#include "host/schema/mofsyntax.h"
+#include "host/schema/schemalimits.h"
+#include "host/schema/schemalog.h"
+
+namespace NKROVEL20 {
+
+/// One text and what the grammar made of it.
+struct TSchemaUnit {
+  std::uint32_t number;
+  const TSchemaSource* source;
+  const Mof::TMofFile* file;
+
+  std::string_view Text(Mof::TSpan span) const { return source->Text(span); }
+  std::string Quoted(Mof::TSpan span) const;
+  TSchemaPlace Place(Mof::TSpan span) const { return {number, span.begin}; }
+  TSourceLocation Locate(Mof::TSpan span) const { return source->Locate(span.begin); }
+};
+
+/// The value of a string literal: its pieces joined, their escapes resolved.
+std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal);
+
+/// A declaration of any kind but a pragma.
+struct TSchemaDeclaration {
+  TSchemaUnit unit;
+  Mof::TProduction production;
+};
+
+struct TParsedSchema {
+  boost::shared_ptr<TSchemaSources> sources;
+  std::vector<std::unique_ptr<Mof::TMofFile>> files;
+  /// In the order in which they are read, those of an included file in the place of the pragma.
+  std::vector<TSchemaDeclaration> declarations;
+  /// See TMofFile.
+  Mof::TNameSet mentionedClasses;
+  Mof::TNameSet mentionedQualifiers;
+};
+
+/// See ReadSchema.
+TParsedSchema LoadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits,
+                         TSchemaLog& log);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,82 @@
+#include "host/schema/schemalog.h"
+
+#include <algorithm>
+
+namespace NKROVEL20 {
+
+TSchemaSource::TSchemaSource(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
+  if (text_.compare(0, 3, "\xEF\xBB\xBF") == 0) text_.erase(0, 3);
+  // The second NUL is the string's own. The first takes the place of the last line end where there
+  // is one: appending would copy the text.
+  if (text_.empty() || text_.back() != '\n') text_ += '\n';
+  text_.back() = '\0';
+  size_ = text_.size() - 1;
+}
+
+void TSchemaSource::FindLines() const {
+  const std::string_view text = Text();
+  starts_.push_back(0);
+  for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n', end + 1)) {
+    starts_.push_back(static_cast<std::uint32_t>(end + 1));
+  }
+}
+
+TSourceLocation TSchemaSource::Locate(std::uint32_t offset) const {
+  if (starts_.empty()) FindLines();
+  auto from = starts_.begin() + static_cast<std::ptrdiff_t>(hint_);
+  auto to = starts_.end();
+  if (*from > offset) {
+    to = from;
+    from = starts_.begin();
+  } else if (to - from > 32 && from[32] > offset) {
+    to = from + 32;
+  }
+  const auto line = std::upper_bound(from, to, offset) - 1;
+  hint_ = static_cast<std::size_t>(line - starts_.begin());
+  return {name_, static_cast<std::uint32_t>(hint_ + 1), offset - *line + 1};
+}
+
+std::string_view TSchemaSource::Line(std::uint32_t number) const {
+  if (starts_.empty()) FindLines();
+  if (number == 0 || number > starts_.size()) return {};
+  return LineOf(Text().substr(starts_[number - 1]), 1);
+}
+
+void TSchemaLog::TList::Add(TSchemaPlace place, EDiagnosticSeverity severity, std::string message) {
+  ++count;
+  if (kept.size() < limit) kept.push_back({place, severity, std::move(message)});
+}
+
+void TSchemaLog::TList::AppendRest(std::vector<TTextDiagnostic>& diagnostics, EDiagnosticSeverity severity) const {
+  const std::size_t rest = count - kept.size();
+  if (rest == 0) return;
+  const std::string noun = severity == EDiagnosticSeverity::kError ? " more error" : " more warning";
+  TTextDiagnostic last;
+  last.severity = severity;
+  last.location.file = diagnostics.empty() ? std::string() : diagnostics.back().location.file;
+  last.message = "and " + std::to_string(rest) + noun + (rest == 1 ? "" : "s");
+  diagnostics.push_back(std::move(last));
+}
+
+std::vector<TTextDiagnostic> TSchemaLog::Finish(const TSchemaSources& sources) const {
+  std::vector<TEntry> entries = errors_.kept;
+  entries.insert(entries.end(), warnings_.kept.begin(), warnings_.kept.end());
+  std::stable_sort(entries.begin(), entries.end(), [](const TEntry& a, const TEntry& b) {
+    return a.place.unit != b.place.unit ? a.place.unit < b.place.unit : a.place.offset < b.place.offset;
+  });
+  std::vector<TTextDiagnostic> diagnostics;
+  for (TEntry& entry : entries) {
+    const TSchemaSource& source = *sources.at(entry.place.unit);
+    TTextDiagnostic diagnostic{entry.severity, {source.Name(), 0, 0}, std::move(entry.message), {}};
+    if (entry.place.offset != kWholeFile) {
+      diagnostic.location = source.Locate(entry.place.offset);
+      diagnostic.sourceLine = source.Line(diagnostic.location.line);
+    }
+    diagnostics.push_back(std::move(diagnostic));
+  }
+  errors_.AppendRest(diagnostics, EDiagnosticSeverity::kError);
+  warnings_.AppendRest(diagnostics, EDiagnosticSeverity::kWarning);
+  return diagnostics;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,43 @@
+#include "host/schema/schemareader.h"
+
+#include "host/schema/classbuilder.h"
+#include "host/schema/instancebuilder.h"
+#include "host/schema/qualifiertable.h"
+#include "host/schema/schemaload.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+void DeclareQualifiers(const TParsedSchema& schema, TQualifierTable& table) {
+  for (const TSchemaDeclaration& declaration : schema.declarations) {
+    if (declaration.production.kind != Mof::EProduction::kQualifier) continue;
+    table.Declare(declaration.unit, declaration.unit.file->qualifiers[declaration.production.index]);
+  }
+}
+
+}  // namespace
+
+TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader) {
+  return ReadSchema(paths, reader, TSchemaLimits());
+}
+
+TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits) {
+  TSchemaLog log(limits.diagnostics);
+  const TParsedSchema schema = LoadSchema(paths, reader, limits, log);
+  TQualifierTable qualifiers(limits, schema.mentionedQualifiers, log);
+  DeclareQualifiers(schema, qualifiers);
+  TSchemaResult result;
+  result.cimNamespace = TNamespace::Create();
+  result.sources = schema.sources;
+  TClassBuilder classes(schema, qualifiers, limits, log);
+  classes.Build(*result.cimNamespace);
+  TInstanceBuilder instances(schema, classes, qualifiers, log);
+  result.instances = instances.Build(*result.cimNamespace);
+  result.errors = log.Errors();
+  result.warnings = log.Warnings();
+  result.diagnostics = log.Finish(*schema.sources);
+  return result;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,34 @@
+// Finds names that stand twice in a list.
+#pragma once
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "host/schema/mofsyntax.h"
+
+namespace NKROVEL20 {
+
+/// Most lists are short: up to a few names a walk is faster than a set.
+class TSeenNames {
+ public:
+  /// Whether the name, in any case, is new. The text must outlive this.
+  bool Add(std::string_view name) {
+    if (few_.size() == kFew) return many_.insert(name).second && !IsFew(name);
+    if (IsFew(name)) return false;
+    few_.push_back(name);
+    return true;
+  }
+
+ private:
+  static constexpr std::size_t kFew = 24;
+
+  bool IsFew(std::string_view name) const {
+    return std::any_of(few_.begin(), few_.end(), [name](std::string_view seen) { return EqualNames(seen, name); });
+  }
+
+  std::vector<std::string_view> few_;
+  Mof::TNameSet many_;
+};
+
+}  // namespace NKROVEL20

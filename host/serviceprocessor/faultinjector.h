@@ -1,0 +1,44 @@
+// Faults over any service processor: wrong completion codes, lost and shortened answers, delays.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/serviceprocessor/serverfile.h"
+
+namespace NKROVEL20 {
+
+/// Every fault counts each exchange that its `on` and `node` match; the first one that is due is
+/// applied to the exchange. What takes no place at all counts for none: an exchange without a
+/// driver, or with a BMC node or service processor that does not exist.
+///
+/// A delay comes before the answer, and stopping the run in it leaves the exchange without one. A
+/// lost exchange and one that is answered with a completion code do not reach the service processor.
+class NKROVEL20_API TFaultInjector : public IServiceProcessor {
+ public:
+  /// `inner` is not owned.
+  TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults);
+
+  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
+  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
+  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
+  bool CheckCommunication() override { return inner_.CheckCommunication(); }
+  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
+  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
+               const TStopSignal& stop) override;
+
+ private:
+  struct TCountedFault {
+    TFault fault;
+    std::int64_t count = 0;  // of the exchanges that matched
+  };
+
+  const TFault* CountAndChoose(EExchangeKind kind, int node);
+
+  IServiceProcessor& inner_;
+  std::vector<TCountedFault> faults_;
+};
+
+}  // namespace NKROVEL20

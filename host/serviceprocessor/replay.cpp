@@ -1,0 +1,157 @@
+#include "host/serviceprocessor/replay.h"
+
+#include <algorithm>
+
+#include "host/core/textdiagnostic.h"
+#include "host/serviceprocessor/hexpairs.h"
+#include "host/serviceprocessor/recordingline.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::int64_t kUsPerMs = 1000;
+
+// What the clock says where nothing tells.
+const TCIMDateTime& Epoch() {
+  static const auto* const epoch = new TCIMDateTime(1970, 1, 1, 0, 0, 0, 0, 0);
+  return *epoch;
+}
+
+std::vector<std::uint8_t> WithoutTrailingZeros(std::vector<std::uint8_t> bytes) {
+  while (!bytes.empty() && bytes.back() == 0) bytes.pop_back();
+  return bytes;
+}
+
+bool IsSame(const TRecordedLine& asked, const TRecordedLine& recorded) {
+  return asked.kind == recorded.kind && asked.node == recorded.node && asked.request == recorded.request &&
+         asked.command == recorded.command && asked.identifier == recorded.identifier &&
+         asked.parameters == recorded.parameters;
+}
+
+std::string Described(const TRecordedLine& line) {
+  switch (line.kind) {
+    case TRecordedLine::EKind::kIpmi:
+      return "the request \"" + FormatHexPairs(line.request) + "\" to node " + std::to_string(line.node);
+    case TRecordedLine::EKind::kDot:
+      return "the dot command " + std::to_string(line.command) + " \"" + FormatHexPairs(line.identifier) + "\" \"" +
+             FormatHexPairs(line.parameters) + "\" to service processor " + std::to_string(line.node);
+    case TRecordedLine::EKind::kClock: break;
+  }
+  return "a reading of the clock";
+}
+
+// Whether a text without a newline is a first line that was cut.
+bool BeginsAsRecording(std::string_view text) {
+  const std::size_t size = std::min(text.size(), kRecordingStart.size());
+  return text.substr(0, size) == kRecordingStart.substr(0, size);
+}
+
+}  // namespace
+
+TReplay::TReplay(const std::string& path, ISourceReader& reader) : path_(path), now_(Epoch()) {
+  const std::string text = reader.Read(path, kLargestRecording);
+  std::string_view rest = text;
+  std::uint32_t number = 1;
+  for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n'), ++number) {
+    const std::string_view line = rest.substr(0, end);
+    if (number == 1) {
+      header_ = ParseRecordingHeader(path, line);
+      hasHeader_ = true;
+    } else {
+      lines_.push_back(ParseRecordedLine(path, line, number));
+      lines_.back().request = WithoutTrailingZeros(std::move(lines_.back().request));
+    }
+    rest.remove_prefix(end + 1);
+  }
+  if (!hasHeader_ && !BeginsAsRecording(rest)) ParseRecordingHeader(path, rest);
+  if (!rest.empty() || !hasHeader_) cutLine_ = number;
+  now_ = ParseMoment(header_.started).value_or(Epoch());
+}
+
+TReplay::~TReplay() = default;
+
+std::string TReplay::Diagnostic(bool isError, std::uint32_t line, const std::string& message) const {
+  TTextDiagnostic diagnostic;
+  diagnostic.severity = isError ? EDiagnosticSeverity::kError : EDiagnosticSeverity::kWarning;
+  diagnostic.location = {path_, line, 1};
+  diagnostic.message = message;
+  return FormatDiagnostic(diagnostic);
+}
+
+std::optional<std::string> TReplay::CutWarning() const {
+  if (!hasHeader_)
+    return Diagnostic(false, 1, "the recording was cut in its first line; nothing of it can be replayed");
+  if (cutLine_ != 0) {
+    return Diagnostic(false, cutLine_, "the recording was cut in this line; it replays up to the line before");
+  }
+  if (!ranOut_) return std::nullopt;
+  return Diagnostic(false, static_cast<std::uint32_t>(lines_.size() + 1),
+                    "the recording ends here, before the collection does: it was cut, or less was collected then");
+}
+
+/// The recorded line that answers; null where there is none.
+const TRecordedLine* TReplay::Next(const TRecordedLine& asked) {
+  if (mismatch_) return nullptr;
+  if (next_ == lines_.size()) {
+    ranOut_ = true;
+    return nullptr;
+  }
+  const TRecordedLine& recorded = lines_[next_];
+  if (!IsSame(asked, recorded)) {
+    mismatch_ = Diagnostic(true, recorded.number, "found " + Described(asked) + ", expected " + Described(recorded));
+    return nullptr;
+  }
+  ++next_;
+  return &recorded;
+}
+
+bool TReplay::Wait(const TRecordedLine& line, const TStopSignal& stop) {
+  if (!timing_) return !stop.IsStopped();
+  owedUs_ += line.us;
+  const std::int64_t wait = owedUs_ / kUsPerMs;
+  owedUs_ %= kUsPerMs;
+  return stop.WaitFor(std::chrono::milliseconds(wait));
+}
+
+bool TReplay::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+  TRecordedLine asked;
+  asked.node = node;
+  asked.request = WithoutTrailingZeros({buffer.Data(), buffer.Data() + TIPMICommandBuffer::kSize});
+  const TRecordedLine* line = Next(asked);
+  if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
+  for (std::size_t i = TIPMICommandBuffer::kCompletionCode; i < TIPMICommandBuffer::kSize; ++i) {
+    if (i >= TIPMICommandBuffer::kReserved && i < TIPMICommandBuffer::kData) continue;
+    buffer[i] = i < line->response.size() ? line->response[i] : std::uint8_t{0};
+  }
+  length = line->length;
+  return true;
+}
+
+bool TReplay::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
+                      const TStopSignal& stop) {
+  TRecordedLine asked;
+  asked.kind = TRecordedLine::EKind::kDot;
+  asked.node = serviceProcessor;
+  asked.command = command.GetCommand();
+  asked.identifier = command.GetIdentifier();
+  asked.parameters = command.GetParameters();
+  const TRecordedLine* line = Next(asked);
+  if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
+  const std::size_t size = std::min(static_cast<std::size_t>(line->length), response.size());
+  const std::size_t stored = std::min(line->response.size(), size);
+  std::copy_n(line->response.begin(), stored, response.begin());
+  std::fill(response.begin() + static_cast<std::ptrdiff_t>(stored),
+            response.begin() + static_cast<std::ptrdiff_t>(size), std::uint8_t{0});
+  length = static_cast<int>(size);
+  return true;
+}
+
+TCIMDateTime TReplay::LocalTime() {
+  TRecordedLine asked;
+  asked.kind = TRecordedLine::EKind::kClock;
+  if (const TRecordedLine* line = Next(asked)) now_ = *line->localTime;
+  return now_;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,162 @@
+#include "host/serviceprocessor/serverfile.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+
+#include "host/core/hosterror.h"
+#include "host/serviceprocessor/faulttable.h"
+#include "host/serviceprocessor/quoted.h"
+#include "host/serviceprocessor/tomltable.h"
+#include "nkrovel20/storageareacommands.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using TBytes = std::vector<std::uint8_t>;
+
+template <std::size_t N>
+std::array<std::uint8_t, N> ToArray(const TBytes& bytes) {
+  std::array<std::uint8_t, N> array{};
+  std::copy_n(bytes.begin(), std::min(bytes.size(), N), array.begin());
+  return array;
+}
+
+/// Reads the tables of one server file.
+class TServerFileReader {
+ public:
+  TServerFileReader(const std::string& path, ISourceReader& reader) : path_(path), reader_(reader) {}
+
+  TServerFile Read();
+
+ private:
+  void ReadDot(const TTomlTable& table);
+  void ReadNode(const TTomlTable& table);
+  void ReadRegister(const TTomlTable& table, TSimulatedNode& node);
+  void ReadArea(const TTomlTable& table, TSimulatedNode& node);
+  TBytes BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file, std::size_t limit);
+  TBytes ReadDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit);
+
+  std::string path_;
+  ISourceReader& reader_;
+  TServerFile server_;
+  std::map<std::uint32_t, std::uint32_t> linesOfRegisters_;  // of the node being read
+};
+
+TServerFile TServerFileReader::Read() {
+  const TTomlDocument document = ParseTomlDocument(path_, reader_.Read(path_, kLargestServerFile));
+  const TTomlTable root(document, document.root, "a table");
+  root.AllowOnly({"machine_type", "local_time", "unlisted_registers", "ipmi", "dot", "bmc_node", "fault"});
+  root.Require("machine_type", "the machine type of the server, such as machine_type = \"6203\"");
+  server_.machineType = *root.String("machine_type");
+  if (const auto moment = root.Moment("local_time")) server_.localTime = TCIMDateTime::FromString(*moment);
+  if (const auto unlisted = root.String("unlisted_registers")) {
+    if (*unlisted != "absent" && *unlisted != "pattern") {
+      root.Fail(root.Find("unlisted_registers")->value.place, "found " + Quoted(*unlisted) +
+                                                                  " for \"unlisted_registers\", expected \"absent\" or "
+                                                                  "\"pattern\"");
+    }
+    server_.patternRegisters = *unlisted == "pattern";
+  }
+  if (const auto ipmi = root.Table("ipmi")) {
+    ipmi->AllowOnly({"driver_present"});
+    server_.driverPresent = ipmi->Boolean("driver_present").value_or(true);
+  }
+  if (const auto dot = root.Table("dot")) ReadDot(*dot);
+  root.ForEach("bmc_node", [this](const TTomlTable& table) { ReadNode(table); });
+  root.ForEach("fault", [this](const TTomlTable& table) { server_.faults.push_back(ReadFault(table)); });
+  return std::move(server_);
+}
+
+void TServerFileReader::ReadDot(const TTomlTable& table) {
+  table.AllowOnly({"sp_comm", "service_processor"});
+  server_.dot.emplace();
+  server_.dot->communication = table.Boolean("sp_comm").value_or(true);
+  table.ForEach("service_processor", [this](const TTomlTable& processor) {
+    processor.AllowOnly({"block", "block_file"});
+    server_.dot->blocks.push_back(BytesOrFile(processor, "block", "block_file", kLargestBlockFile));
+  });
+}
+
+void TServerFileReader::ReadNode(const TTomlTable& table) {
+  table.AllowOnly({"timestamp", "register", "storage_area"});
+  TSimulatedNode node;
+  if (const auto timestamp = table.Bytes("timestamp", RegisterCommands::kTimestampSize)) {
+    node.timestamp = ToArray<RegisterCommands::kTimestampSize>(*timestamp);
+  }
+  linesOfRegisters_.clear();
+  table.ForEach("register", [this, &node](const TTomlTable& entry) { ReadRegister(entry, node); });
+  table.ForEach("storage_area", [this, &node](const TTomlTable& area) { ReadArea(area, node); });
+  server_.nodes.push_back(std::move(node));
+}
+
+void TServerFileReader::ReadRegister(const TTomlTable& table, TSimulatedNode& node) {
+  table.AllowOnly({"chip", "address", "value", "header"});
+  const auto chip = static_cast<std::uint8_t>(table.Integer("chip", 0, 0xFF).value_or(0));
+  const TTomlMember& address = table.Require("address", "the register's address");
+  table.Require("value", "the register's eight bytes, least significant first");
+  const std::int64_t whole = *table.Integer("address", 0, std::numeric_limits<std::uint32_t>::max());
+  const std::uint32_t key = TSimulatedNode::RegisterKey(chip, static_cast<std::uint32_t>(whole));
+  const auto [line, isNew] = linesOfRegisters_.emplace(key, address.value.place.line);
+  if (!isNew) {
+    table.Fail(address.value.place, "found a register that line " + std::to_string(line->second) +
+                                        " has already, expected each chip and address (its low 24 bits) once");
+  }
+  TSimulatedRegister& entry = node.registers[key];
+  entry.value = ToArray<RegisterCommands::kValueSize>(*table.Bytes("value", RegisterCommands::kValueSize));
+  if (const auto header = table.Bytes("header", RegisterCommands::kHeaderSize)) {
+    entry.header = ToArray<RegisterCommands::kHeaderSize>(*header);
+  }
+}
+
+void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) {
+  table.AllowOnly({"name", "data", "data_file", "size"});
+  const TTomlMember& name = table.Require("name", "the storage area's name");
+  TStorageArea area;
+  area.name = *table.String("name");
+  if (area.name.empty()) table.Fail(name.value.place, "found an empty name, expected the storage area's name");
+  // A request carries no more of it, so more could not tell two areas apart.
+  const std::string sent = area.name.substr(0, StorageAreaCommands::kNameSize);
+  for (const TStorageArea& other : node.areas) {
+    if (other.name.substr(0, StorageAreaCommands::kNameSize) != sent) continue;
+    table.Fail(name.value.place, "found a second storage area " + Quoted(sent) +
+                                     ", expected each name (its first 25 bytes) once in a node");
+  }
+  area.data = BytesOrFile(table, "data", "data_file", kLargestDataFile);
+  using TSize = std::numeric_limits<std::int32_t>;
+  const auto reported = table.Integer("size", TSize::min(), TSize::max());
+  area.size = static_cast<std::int32_t>(reported.value_or(static_cast<std::int64_t>(area.data.size())));
+  node.areas.push_back(std::move(area));
+}
+
+TBytes TServerFileReader::BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file,
+                                      std::size_t limit) {
+  const TTomlMember* named = table.Find(file);
+  const std::string either = "either " + Quoted(bytes) + " or " + Quoted(file);
+  if (named == nullptr) table.Require(bytes, either);
+  if (named != nullptr && table.Find(bytes) != nullptr) table.Fail(named->place, "found both, expected " + either);
+  return named == nullptr ? *table.Bytes(bytes, std::nullopt) : ReadDataFile(table, *named, limit);
+}
+
+TBytes TServerFileReader::ReadDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
+  const std::string name = *table.String(member.name);
+  if (name.empty() || name.find('\0') != std::string::npos) {
+    table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file's name");
+  }
+  const std::string folder = name.front() == '/' ? "" : path_.substr(0, path_.rfind('/') + 1);
+  try {
+    const std::string content = reader_.Read(folder + name, limit);
+    return {content.begin(), content.end()};
+  } catch (const THostError& error) {
+    table.Document().Fail(member.value.place, error.what(), error.Status());
+  }
+}
+
+}  // namespace
+
+TServerFile ReadServerFile(const std::string& path, ISourceReader& reader) {
+  return TServerFileReader(path, reader).Read();
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,81 @@
+// A simulated server as its file (TOML) describes it: plain data between the reader of that file and
+// the simulator. docs/server-file.md has the file in prose.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/core/sourcereader.h"
+#include "host/serviceprocessor/exchange.h"
+#include "nkrovel20/api.h"
+#include "nkrovel20/registercommands.h"
+#include "nkrovel20/tcimdatetime.h"
+
+namespace NKROVEL20 {
+
+// What one server file may hold.
+inline constexpr std::size_t kLargestServerFile = std::size_t{64} << 20U;
+inline constexpr std::size_t kLargestDataFile = std::size_t{256} << 20U;  ///< of a storage area
+inline constexpr std::size_t kLargestBlockFile = std::size_t{1} << 20U;   ///< of a register block
+inline constexpr std::int64_t kLongestDelayMs = 86'400'000;               ///< of a fault: a day
+
+struct TSimulatedRegister {
+  std::array<std::uint8_t, RegisterCommands::kHeaderSize> header{};
+  std::array<std::uint8_t, RegisterCommands::kValueSize> value{};  ///< least significant byte first
+};
+
+struct TStorageArea {
+  std::string name;
+  std::vector<std::uint8_t> data;
+  std::int32_t size = 0;  ///< as reported; the data's unless the file says otherwise
+};
+
+struct TSimulatedNode {
+  std::optional<std::array<std::uint8_t, RegisterCommands::kTimestampSize>> timestamp;
+  std::unordered_map<std::uint32_t, TSimulatedRegister> registers;  ///< by RegisterKey()
+  std::vector<TStorageArea> areas;
+
+  /// Of the address only the low 24 bits count, since a request has no more.
+  static constexpr std::uint32_t RegisterKey(std::uint8_t chip, std::uint32_t address) {
+    return std::uint32_t{chip} << 24U | (address & RegisterCommands::kAddressMask);
+  }
+};
+
+struct TSimulatedDot {
+  bool communication = true;
+  std::vector<std::vector<std::uint8_t>> blocks;  ///< one for each service processor
+};
+
+/// At most one of completionCode, lost and truncate is given; with none of them, a delay is.
+struct TFault {
+  std::optional<EExchangeKind> on;  ///< empty: any IPMI exchange
+  std::optional<int> node;          ///< BMC node, service processor for kDot; empty: any
+  std::optional<std::int64_t> nth;  ///< from 1; empty: each
+  std::optional<std::uint8_t> completionCode;
+  bool lost = false;
+  std::optional<std::size_t> truncate;  ///< bytes of the command buffer (9 or more), or of the block
+  std::chrono::milliseconds delay{0};
+};
+
+struct TServerFile {
+  std::string machineType;
+  std::optional<TCIMDateTime> localTime;
+  bool patternRegisters = false;  ///< whether an unlisted register answers with a made-up value
+  bool driverPresent = true;
+  std::optional<TSimulatedDot> dot;
+  std::vector<TSimulatedNode> nodes;
+  std::vector<TFault> faults;
+};
+
+/// Reads a server file and the data files that it names, which stand beside it. Whatever is not as
+/// it should be throws THostError: kBadData with file, line, column, what was found and what was
+/// expected; kNoInput or kNoPermission for a file that cannot be read.
+NKROVEL20_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader);
+
+}  // namespace NKROVEL20

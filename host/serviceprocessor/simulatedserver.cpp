@@ -1,0 +1,230 @@
+#include "host/serviceprocessor/simulatedserver.h"
+
+#include <algorithm>
+
+#include "nkrovel20/registerblockcommand.h"
+#include "nkrovel20/storageareacommands.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using TData = std::vector<std::uint8_t>;
+using TRequest = std::span<const std::uint8_t>;
+
+constexpr std::uint8_t kOemGroup = StorageAreaCommands::kNetworkFunction;
+constexpr std::size_t kIdSize = StorageAreaCommands::kManufacturerId.size();
+
+/// The data of one request, with zeros behind, by the offsets of the command buffer.
+class TRequestData {
+ public:
+  explicit TRequestData(TRequest data) : data_(data) {}
+
+  std::uint8_t At(std::size_t offset) const {
+    const std::size_t index = offset - TIPMICommandBuffer::kData;
+    return index < data_.size() ? data_[index] : std::uint8_t{0};
+  }
+  std::uint32_t LittleEndian(std::size_t offset, std::size_t size) const {
+    std::uint32_t value = 0;
+    for (std::size_t i = size; i > 0; --i) value = value << 8U | At(offset + i - 1);
+    return value;
+  }
+  std::uint32_t BigEndian(std::size_t offset, std::size_t size) const {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < size; ++i) value = value << 8U | At(offset + i);
+    return value;
+  }
+
+ private:
+  TRequest data_;
+};
+
+void AppendLittleEndian(TData& data, std::uint32_t value, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) data.push_back(static_cast<std::uint8_t>(value >> (8 * i) & 0xFFU));
+}
+
+TIpmiAnswer AnswerRegister(const TSimulatedNode& node, bool pattern, const TRequestData& request) {
+  const std::uint8_t chip = request.At(RegisterCommands::kChipSelector);
+  const std::uint32_t address = request.BigEndian(RegisterCommands::kAddress, RegisterCommands::kAddressSize);
+  const auto found = node.registers.find(TSimulatedNode::RegisterKey(chip, address));
+  if (found == node.registers.end() && !pattern) return {kNotPresent, {}};
+  TSimulatedRegister entry;
+  if (found != node.registers.end()) {
+    entry = found->second;
+  } else {
+    for (std::uint32_t k = 0; k < entry.value.size(); ++k) {
+      entry.value.at(k) = static_cast<std::uint8_t>((address >> (8 * (k % 3)) & 0xFFU) ^ chip ^ (17 * k & 0xFFU));
+    }
+  }
+  TIpmiAnswer answer;
+  answer.data.assign(entry.header.begin(), entry.header.end());
+  answer.data.insert(answer.data.end(), entry.value.begin(), entry.value.end());
+  return answer;
+}
+
+TIpmiAnswer AnswerTimestamp(const TSimulatedNode& node) {
+  if (!node.timestamp) return {kNotPresent, {}};
+  return {TIPMICommandBuffer::kSuccess, {node.timestamp->begin(), node.timestamp->end()}};
+}
+
+bool FieldHolds(const TRequestData& request, std::size_t field, const std::string& name) {
+  for (std::size_t i = 0; i < StorageAreaCommands::kNameSize; ++i) {
+    if (request.At(field + i) != (i < name.size() ? static_cast<std::uint8_t>(name[i]) : 0)) return false;
+  }
+  return true;
+}
+
+/// The area's place among its node's areas, from 1: its handle. 0 where there is none of that name.
+std::uint32_t HandleOf(const TSimulatedNode& node, const TRequestData& request, std::size_t field) {
+  for (std::size_t i = 0; i < node.areas.size(); ++i) {
+    if (FieldHolds(request, field, node.areas[i].name)) return static_cast<std::uint32_t>(i + 1);
+  }
+  return 0;
+}
+
+// The answers to storage-area requests are given without the manufacturer id.
+
+TIpmiAnswer AnswerOpen(const TSimulatedNode& node, const TRequestData& request) {
+  const std::uint32_t handle = HandleOf(node, request, StorageAreaCommands::kOpenName);
+  if (handle == 0) return {kNotPresent, {}};
+  TIpmiAnswer answer;
+  AppendLittleEndian(answer.data, handle, StorageAreaCommands::kHandleSize);
+  return answer;
+}
+
+TIpmiAnswer AnswerSize(const TSimulatedNode& node, const TRequestData& request) {
+  const std::uint32_t handle = HandleOf(node, request, StorageAreaCommands::kQueryName);
+  if (handle == 0) return {kNotPresent, {}};
+  TIpmiAnswer answer;
+  AppendLittleEndian(answer.data, static_cast<std::uint32_t>(node.areas[handle - 1].size), 4);
+  return answer;
+}
+
+TIpmiAnswer AnswerRead(const TSimulatedNode& node, const TRequestData& request, std::size_t capacity) {
+  constexpr std::size_t kCountSize = StorageAreaCommands::kResponseData - StorageAreaCommands::kResponseCount;
+  const std::uint32_t handle = request.LittleEndian(StorageAreaCommands::kHandle, StorageAreaCommands::kHandleSize);
+  if (handle == 0 || handle > node.areas.size()) return {kNotPresent, {}};
+  const TData& data = node.areas[handle - 1].data;
+  const std::size_t start =
+      std::min<std::size_t>(request.LittleEndian(StorageAreaCommands::kReadOffset, 4), data.size());
+  const std::size_t room = capacity > kIdSize + kCountSize ? capacity - kIdSize - kCountSize : 0;
+  const std::size_t wanted = request.LittleEndian(StorageAreaCommands::kReadCount, kCountSize);
+  const std::size_t count = std::min({wanted, data.size() - start, room});
+  TIpmiAnswer answer;
+  AppendLittleEndian(answer.data, static_cast<std::uint32_t>(count), kCountSize);
+  const auto first = data.begin() + static_cast<std::ptrdiff_t>(start);
+  answer.data.insert(answer.data.end(), first, first + static_cast<std::ptrdiff_t>(count));
+  return answer;
+}
+
+TIpmiAnswer AnswerStorageArea(const TSimulatedNode& node, const TRequestData& request, std::size_t capacity) {
+  for (std::size_t i = 0; i < kIdSize; ++i) {
+    const std::uint8_t expected = StorageAreaCommands::kManufacturerId.at(i);
+    if (request.At(StorageAreaCommands::kManufacturer + i) != expected) return {kInvalidCommand, {}};
+  }
+  switch (request.At(StorageAreaCommands::kSubCommand)) {
+    case StorageAreaCommands::kOpen: return AnswerOpen(node, request);
+    case StorageAreaCommands::kQuerySize: return AnswerSize(node, request);
+    case StorageAreaCommands::kRead: return AnswerRead(node, request, capacity);
+    case StorageAreaCommands::kClose: return {};
+    default: return {kInvalidCommand, {}};
+  }
+}
+
+TIpmiAnswer AnswerOemGroup(const TSimulatedNode& node, std::uint8_t command, TRequest data, std::size_t capacity) {
+  TIpmiAnswer answer = command == StorageAreaCommands::kCommand ? AnswerStorageArea(node, TRequestData(data), capacity)
+                                                                : TIpmiAnswer{kInvalidCommand, {}};
+  const TData id = DataOfBareAnswer(kOemGroup, data);
+  answer.data.insert(answer.data.begin(), id.begin(), id.end());
+  return answer;
+}
+
+TIpmiAnswer AnswerRegisters(const TSimulatedNode& node, bool pattern, std::uint8_t command, TRequest data) {
+  switch (command) {
+    case RegisterCommands::kRegisterRead: return AnswerRegister(node, pattern, TRequestData(data));
+    case RegisterCommands::kTimestampRead: return AnswerTimestamp(node);
+    default: return {kInvalidCommand, {}};
+  }
+}
+
+// Byte 5 of an open or size request counts the name's whole length modulo 256, so that it may say
+// fewer bytes than the name's field has.
+TRequest DataWithWholeName(const TIPMICommandBuffer& request) {
+  constexpr auto kStart = TIPMICommandBuffer::kData;
+  std::size_t size = SentData(request).size();
+  const EExchangeKind kind = KindOfRequest(request);
+  const std::size_t name = kind == EExchangeKind::kOpen   ? StorageAreaCommands::kOpenName
+                           : kind == EExchangeKind::kSize ? StorageAreaCommands::kQueryName
+                                                          : std::size_t{0};
+  if (name != 0) size = std::max(size, name + StorageAreaCommands::kNameSize - kStart);
+  return {request.Data() + kStart, size};
+}
+
+bool ReadsRegisterBlock(const dotCmd& command) {
+  const auto& identifier = command.GetIdentifier();
+  return command.GetCommand() == RegisterBlockCommand::kCommand &&
+         std::equal(identifier.begin(), identifier.end(), RegisterBlockCommand::kIdentifier.begin(),
+                    RegisterBlockCommand::kIdentifier.end()) &&
+         command.GetParameters().size() == RegisterBlockCommand::kParameterSize;
+}
+
+}  // namespace
+
+std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, int node, std::uint8_t networkFunction,
+                                      std::uint8_t command, TRequest data, std::size_t capacity) {
+  if (!server.driverPresent || node < 0 || static_cast<std::size_t>(node) >= server.nodes.size()) return std::nullopt;
+  const TSimulatedNode& bmc = server.nodes[static_cast<std::size_t>(node)];
+  TIpmiAnswer answer = {kInvalidCommand, {}};
+  if (networkFunction == RegisterCommands::kNetworkFunction) {
+    answer = AnswerRegisters(bmc, server.patternRegisters, command, data);
+  } else if (networkFunction == kOemGroup) {
+    answer = AnswerOemGroup(bmc, command, data, capacity);
+  }
+  if (answer.data.size() > capacity) answer.data.resize(capacity);
+  return answer;
+}
+
+std::vector<std::uint8_t> DataOfBareAnswer(std::uint8_t networkFunction, TRequest requestData) {
+  if (networkFunction != kOemGroup) return {};
+  if (requestData.size() >= kIdSize) return {requestData.begin(), requestData.begin() + kIdSize};
+  return {StorageAreaCommands::kManufacturerId.begin(), StorageAreaCommands::kManufacturerId.end()};
+}
+
+std::span<const std::uint8_t> SentData(const TIPMICommandBuffer& request) {
+  return {request.Data() + TIPMICommandBuffer::kData,
+          std::min<std::size_t>(request.DataLength(), TIPMICommandBuffer::kMaxData)};
+}
+
+int WriteAnswer(const TIpmiAnswer& answer, TIPMICommandBuffer& buffer) {
+  const std::size_t size = std::min(answer.data.size(), TIPMICommandBuffer::kMaxData);
+  unsigned char* const data = buffer.Data() + TIPMICommandBuffer::kData;
+  buffer[TIPMICommandBuffer::kCompletionCode] = answer.completionCode;
+  buffer[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(size);
+  std::fill_n(std::copy_n(answer.data.begin(), size, data), TIPMICommandBuffer::kMaxData - size, std::uint8_t{0});
+  return static_cast<int>(TIPMICommandBuffer::kData + size);
+}
+
+bool TSimulatedServer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+  if (stop.IsStopped()) return false;
+  const auto answer = AnswerIpmi(server_, node, buffer[TIPMICommandBuffer::kNetworkFunction],
+                                 buffer[TIPMICommandBuffer::kCommand], DataWithWholeName(buffer));
+  if (!answer) return false;
+  length = WriteAnswer(*answer, buffer);
+  return true;
+}
+
+bool TSimulatedServer::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response,
+                               int& length, const TStopSignal& stop) {
+  if (stop.IsStopped() || serviceProcessor < 0 || serviceProcessor >= DiscoverServiceProcessors()) return false;
+  if (!ReadsRegisterBlock(command)) return false;
+  const std::vector<std::uint8_t>& block = server_.dot->blocks[static_cast<std::size_t>(serviceProcessor)];
+  const auto& parameters = command.GetParameters();
+  const std::size_t asked = parameters[RegisterBlockCommand::kParameterBufferSize] |
+                            static_cast<std::size_t>(parameters[RegisterBlockCommand::kParameterBufferSize + 1]) << 8U;
+  const std::size_t size = std::min({block.size(), asked, response.size()});
+  std::copy_n(block.begin(), size, response.begin());
+  length = static_cast<int>(size);
+  return true;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,198 @@
+#include "host/velhost/ipmisim.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "host/core/hosterror.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+constexpr milliseconds kEndingTime{2'000};
+constexpr std::size_t kLongestPath = 800;  // of a configuration line's 1024 bytes
+constexpr int kCannotExecute = 127;
+
+// The BMC at address 0x20: device id, no SDRs, revision, firmware version, capabilities, maker, product.
+constexpr const char* kCommands =
+    "mc_setbmc 0x20\n"
+    "mc_add 0x20 0 no-device-sdrs 0x01 1 0 0x9f 0x003039 0x0001\n"
+    "mc_enable 0x20\n";
+
+const std::string& Writable(const std::string& path) {
+  const bool plain = std::none_of(path.begin(), path.end(), [](char c) {
+    return c == '"' || c == '\'' || c == '\\' || static_cast<unsigned char>(c) < ' ';
+  });
+  if (plain && path.size() <= kLongestPath) return path;
+  throw THostError(EExitStatus::kUsage, "'" + path +
+                                            "' cannot be handed to ipmi_sim: its path has a quotation mark, a "
+                                            "backslash or a control character, or more than 800 bytes");
+}
+
+void WriteFile(const std::string& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary);
+  file << content;
+  file.close();
+  if (!file) throw THostError(EExitStatus::kCannotCreate, "cannot write " + path + ": " + std::strerror(errno));
+}
+
+[[noreturn]] void ThrowStart(const TIpmiSimSettings& settings, int error) {
+  throw THostError(EExitStatus::kUnavailable, "cannot start " + settings.program + ": " + std::strerror(error));
+}
+
+/// In the child: what follows a fork may only use system calls.
+[[noreturn]] void Become(const char* program, char* const* arguments, const char* log, pid_t parent) {
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  // A group of its own: Ctrl-C is for velhost, which then ends it in order.
+  setpgid(0, 0);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(kCannotExecute);
+  const int input = open("/dev/null", O_RDONLY);
+  const int output = open(log, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  if (input < 0 || output < 0) _exit(kCannotExecute);
+  dup2(input, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  dup2(output, STDERR_FILENO);
+  execv(program, arguments);
+  _exit(kCannotExecute);
+}
+
+// Get Channel Authentication Capabilities (network function 6, command 0x38) of channel 14, "this
+// one", for an administrator: what every client asks first, outside of any session.
+constexpr std::array<std::uint8_t, 23> kFirstQuestion = {
+    0x06, 0x00, 0xFF, 0x07,                                      // RMCP, class IPMI
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x09,  // no session, 9 bytes follow
+    0x20, 0x18, 0xC8, 0x81, 0x00, 0x38, 0x8E, 0x04, 0xB5};       // the message, with its two checksums
+
+}  // namespace
+
+std::string IpmiSimConfiguration(const TIpmiSimSettings& settings) {
+  const std::string allowed = " none md2 md5 straight\n";
+  std::ostringstream text;
+  text << "name \"velhost\"\n"
+       << "set_working_mc 0x20\n"
+       << "startlan 1\n"
+       << "  addr 127.0.0.1 " << settings.port << "\n"
+       << "  priv_limit admin\n";
+  for (const char* level : {"callback", "user", "operator", "admin"}) text << "  allowed_auths_" << level << allowed;
+  // Without a GUID it would not offer IPMI 2.0.
+  text << "  guid 76656c686f737473696d756c61746564\n"
+       << "endlan\n";
+  if (settings.serialPort) text << "serial 15 127.0.0.1 " << *settings.serialPort << " codec VM\n";
+  text << "user 2 true \"" << settings.user << "\" \"" << settings.password << "\" admin 60" << allowed << "loadlib \""
+       << Writable(settings.module) << "\" \"" << settings.node << " " << Writable(settings.serverFile) << "\"\n";
+  return text.str();
+}
+
+TPrivateFolder::TPrivateFolder() {
+  const char* const base = std::getenv("TMPDIR");
+  std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/velhost-simulate-XXXXXX";
+  if (mkdtemp(pattern.data()) == nullptr) {
+    throw THostError(EExitStatus::kCannotCreate, "cannot create the folder " + pattern + ": " + std::strerror(errno));
+  }
+  path_ = pattern;
+}
+
+TPrivateFolder::~TPrivateFolder() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+TIpmiSim::TIpmiSim(const TIpmiSimSettings& settings) {
+  WriteFiles(settings);
+  Start(settings);
+}
+
+TIpmiSim::~TIpmiSim() {
+  kill(process_, SIGTERM);
+  if (!WaitForEnd(kEndingTime)) kill(process_, SIGKILL);
+  waitpid(process_, nullptr, 0);
+  close(descriptor_);
+}
+
+void TIpmiSim::WriteFiles(const TIpmiSimSettings& settings) const {
+  const std::string& folder = folder_.Path();
+  WriteFile(folder + "/lan.conf", IpmiSimConfiguration(settings));
+  WriteFile(folder + "/commands", kCommands);
+  fs::create_directory(folder + "/state");
+}
+
+void TIpmiSim::Start(const TIpmiSimSettings& settings) {
+  const std::string& folder = folder_.Path();
+  std::vector<std::string> words = {settings.program,     "-c", folder + "/lan.conf", "-f",
+                                    folder + "/commands", "-s", folder + "/state",    "-n"};
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  const std::string log = folder + "/log";
+  const pid_t parent = getpid();
+  process_ = fork();
+  if (process_ < 0) ThrowStart(settings, errno);
+  if (process_ == 0) Become(arguments.front(), arguments.data(), log.c_str(), parent);
+  descriptor_ = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
+  if (descriptor_ < 0) {
+    const int error = errno;
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+    ThrowStart(settings, error);
+  }
+}
+
+bool TIpmiSim::WaitForEnd(milliseconds time) const {
+  pollfd waiter = {descriptor_, POLLIN, 0};
+  return poll(&waiter, 1, static_cast<int>(time.count())) == 1;
+}
+
+std::string TIpmiSim::Output() const {
+  std::ifstream file(folder_.Path() + "/log", std::ios::binary);
+  std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  while (text.ends_with('\n')) text.pop_back();
+  return text;
+}
+
+bool AnswersIpmi(int port, milliseconds time) {
+  const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (descriptor < 0) return false;
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  sockaddr generic = {};
+  static_assert(sizeof generic == sizeof address);
+  std::memcpy(&generic, &address, sizeof address);
+  bool answered = false;
+  if (connect(descriptor, &generic, sizeof generic) == 0 &&
+      send(descriptor, kFirstQuestion.data(), kFirstQuestion.size(), 0) > 0) {
+    pollfd waiter = {descriptor, POLLIN, 0};
+    std::array<std::uint8_t, 64> answer{};
+    answered = poll(&waiter, 1, static_cast<int>(time.count())) == 1 &&
+               recv(descriptor, answer.data(), answer.size(), 0) > 0 && answer[0] == kFirstQuestion[0];
+  }
+  close(descriptor);
+  return answered;
+}
+
+}  // namespace NKROVEL20

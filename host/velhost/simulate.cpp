@@ -1,0 +1,202 @@
+#include "host/velhost/simulate.h"
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+
+#include "host/core/sourcereader.h"
+#include "host/serviceprocessor/servednode.h"
+#include "host/serviceprocessor/serverfile.h"
+#include "host/velhost/ipmisim.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr const char* kProgram = "ipmi_sim";
+constexpr const char* kModuleFile = "/velbmcsim.so";
+constexpr milliseconds kStartingTime{10'000};
+constexpr milliseconds kStartingStep{50};
+
+/// The signals that end the command, as something to poll. They are blocked meanwhile, so that none
+/// cuts the clearing up short.
+class TEndingSignals {
+ public:
+  TEndingSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, &before_);
+    descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC);
+    if (descriptor_ < 0) {
+      const int error = errno;
+      sigprocmask(SIG_SETMASK, &before_, nullptr);
+      throw THostError(EExitStatus::kInternal, std::string("signalfd: ") + std::strerror(error));
+    }
+  }
+  ~TEndingSignals() {
+    // Taken here, or they would end this process once they are let through.
+    pollfd waiter = {descriptor_, POLLIN, 0};
+    std::array<signalfd_siginfo, 1> signal{};
+    while (poll(&waiter, 1, 0) == 1 && read(descriptor_, signal.data(), sizeof signal) > 0) continue;
+    close(descriptor_);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+  }
+  TEndingSignals(const TEndingSignals&) = delete;
+  TEndingSignals& operator=(const TEndingSignals&) = delete;
+  int Descriptor() const { return descriptor_; }
+
+ private:
+  sigset_t before_;
+  int descriptor_;
+};
+
+std::string FindProgram() {
+  const char* const path = std::getenv("PATH");
+  std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    const std::string file = (folder.empty() ? "." : folder) + "/" + kProgram;
+    if (access(file.c_str(), X_OK) == 0) return file;
+  }
+  throw THostError(EExitStatus::kUnavailable,
+                   "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
+}
+
+std::string FindModule(const TInstallation& installation) {
+  const std::string file = installation.ModuleFolder() + kModuleFile;
+  if (access(file.c_str(), R_OK) == 0) return file;
+  throw THostError(EExitStatus::kUnavailable, "the module for ipmi_sim is not installed: " + file);
+}
+
+/// The server's machine type. ipmi_sim itself would say nothing of what is wrong with the file.
+std::string CheckServer(const TSimulateArguments& arguments) {
+  TFileReader reader;
+  const TServerFile server = ReadServerFile(arguments.file, reader);
+  const std::string reason = ReasonNotToServe(server, arguments.node);
+  const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();
+  if (!reason.empty()) {
+    throw THostError(exists ? EExitStatus::kBadData : EExitStatus::kUsage, arguments.file + ": " + reason);
+  }
+  return server.machineType;
+}
+
+/// ipmi_sim starts on a port that is in use, too, and then gets no request.
+void CheckPort(int port, int type, const char* protocol) {
+  const int descriptor = socket(AF_INET, type | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  sockaddr generic = {};
+  std::memcpy(&generic, &address, sizeof address);
+  // A TCP port in the aftermath of a connection is free, and ipmi_sim takes it.
+  const int reuse = 1;
+  if (type == SOCK_STREAM) setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+  const int error = bind(descriptor, &generic, sizeof generic) == 0 ? 0 : errno;
+  close(descriptor);
+  if (error == 0) return;
+  const std::string place = std::string(protocol) + " port " + std::to_string(port) + " of 127.0.0.1";
+  if (error == EACCES)
+    throw THostError(EExitStatus::kNoPermission, "cannot listen on " + place + ": " + std::strerror(error));
+  throw THostError(EExitStatus::kUnavailable, "cannot listen on " + place + ": " + std::strerror(error) +
+                                                  "\n--port and --serial-port name others");
+}
+
+TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstallation& installation) {
+  TIpmiSimSettings settings;
+  settings.program = FindProgram();
+  settings.module = FindModule(installation);
+  settings.serverFile = fs::absolute(arguments.file).string();
+  settings.node = arguments.node;
+  settings.port = arguments.port;
+  settings.serialPort = arguments.serialPort;
+  settings.user = kSimulatedUser;
+  settings.password = kSimulatedPassword;
+  return settings;
+}
+
+[[noreturn]] void ThrowEnded(const TIpmiSim& simulator, const char* when) {
+  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when + ":\n" + simulator.Output());
+}
+
+/// Waits for a signal (true), or until the time is over or the simulator has ended (false).
+bool WaitForSignal(const TEndingSignals& signals, const TIpmiSim& simulator, int time) {
+  std::array<pollfd, 2> waiters = {{{signals.Descriptor(), POLLIN, 0}, {simulator.Descriptor(), POLLIN, 0}}};
+  while (poll(waiters.data(), waiters.size(), time) < 0 && errno == EINTR) continue;
+  return (waiters[0].revents & POLLIN) != 0;
+}
+
+/// True once it answers, false when a signal comes first.
+bool WaitForAnswer(const TEndingSignals& signals, const TIpmiSim& simulator, int port) {
+  const auto end = steady_clock::now() + kStartingTime;
+  while (!AnswersIpmi(port, kStartingStep)) {
+    if (WaitForSignal(signals, simulator, static_cast<int>(kStartingStep.count()))) return false;
+    if (simulator.HasEnded()) ThrowEnded(simulator, "instead of starting");
+    if (steady_clock::now() >= end) {
+      throw THostError(EExitStatus::kUnavailable, "ipmi_sim does not answer on 127.0.0.1:" + std::to_string(port));
+    }
+  }
+  return true;
+}
+
+/// As one word of a shell's command line.
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+void PrintLines(const TSimulateArguments& arguments, const std::string& machineType) {
+  const std::string port = std::to_string(arguments.port);
+  const std::string user = kSimulatedUser;
+  const std::string password = kSimulatedPassword;
+  std::cout << "BMC node " << arguments.node << " of " << arguments.file << " answers on 127.0.0.1:" << port
+            << " (user " << user << ", password " << password << ").\nConnect with one of:\n"
+            << "  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " << port << " -U " << user << " -P " << password
+            << " mc info\n"
+            << "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" << port << " -u " << user << " -p " << password
+            << " -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
+            << "  VELHOST_IPMI_PASSWORD=" << password << " velhost collect --sp lan:" << user << "@127.0.0.1:" << port
+            << " --machine-type " << Quoted(machineType) << "\n";
+  if (arguments.serialPort) {
+    std::cout << "As the BMC of a virtual machine:\n"
+              << "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" << *arguments.serialPort
+              << ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n";
+  }
+  std::cout << "Ctrl-C ends it." << std::endl;
+}
+
+}  // namespace
+
+EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstallation& installation) {
+  const std::string machineType = CheckServer(arguments);
+  const TIpmiSimSettings settings = SettingsOf(arguments, installation);
+  CheckPort(arguments.port, SOCK_DGRAM, "UDP");
+  if (arguments.serialPort) CheckPort(*arguments.serialPort, SOCK_STREAM, "TCP");
+  const TEndingSignals signals;
+  const TIpmiSim simulator(settings);
+  if (!WaitForAnswer(signals, simulator, arguments.port)) return EExitStatus::kComplete;
+  PrintLines(arguments, machineType);
+  while (!WaitForSignal(signals, simulator, -1)) {
+    if (simulator.HasEnded()) ThrowEnded(simulator, "by itself");
+  }
+  return EExitStatus::kComplete;
+}
+
+}  // namespace NKROVEL20

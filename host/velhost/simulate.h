@@ -1,0 +1,21 @@
+// velhost simulate: one BMC node of a server file on the network, through ipmi_sim.
+#pragma once
+
+#include "host/core/hosterror.h"
+#include "host/velhost/commandline.h"
+#include "host/velhost/installation.h"
+
+namespace NKROVEL20 {
+
+/// The simulated BMC's one user, who may do everything.
+inline constexpr const char* kSimulatedUser = "ipmiusr";
+inline constexpr const char* kSimulatedPassword = "test";
+
+/// Serves until SIGINT, SIGTERM or SIGHUP, then returns kComplete and leaves neither a process nor a
+/// file behind. Prints the lines to connect with on standard output once it answers. Listens on
+/// 127.0.0.1 only. Throws THostError: kBadData for a server file that is wrong or that ipmi_sim
+/// cannot serve, kUsage for a node that is not in it, kUnavailable where ipmi_sim or the module is
+/// missing, a port is taken, or ipmi_sim ends by itself; kNoPermission for a port that is reserved.
+EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstallation& installation);
+
+}  // namespace NKROVEL20

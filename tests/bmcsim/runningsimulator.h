@@ -1,0 +1,150 @@
+// `velhost simulate` in a process of its own, for as long as the object lives.
+#pragma once
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include "host/velhost/simulate.h"
+
+namespace NKROVEL20::Testing {
+
+/// For the beginning of a test: there is nothing to run against without the package openipmi.
+#define SKIP_WITHOUT_IPMI_SIM()                                            \
+  if (std::system("command -v ipmi_sim >/dev/null 2>&1") != 0) {           \
+    GTEST_SKIP() << "ipmi_sim (Debian package openipmi) is not installed"; \
+  }
+
+/// A folder for one test's files, removed with the object.
+class TTestFolder {
+ public:
+  TTestFolder() : path_((std::filesystem::temp_directory_path() / "velhost-test-XXXXXX").string()) {
+    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  }
+  ~TTestFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TTestFolder(const TTestFolder&) = delete;
+  TTestFolder& operator=(const TTestFolder&) = delete;
+  const std::string& Path() const { return path_; }
+  std::string Write(const std::string& name, const std::string& content) const {
+    std::ofstream(path_ + "/" + name, std::ios::binary) << content;
+    return path_ + "/" + name;
+  }
+  bool IsEmpty() const { return std::filesystem::is_empty(path_); }
+
+ private:
+  std::string path_;
+};
+
+/// A socket of `type` on a port of 127.0.0.1; port 0 for any that is free.
+class TBoundPort {
+ public:
+  explicit TBoundPort(int type, int port = 0) : descriptor_(socket(AF_INET, type | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr generic = {};
+    std::memcpy(&generic, &address, sizeof address);
+    socklen_t size = sizeof generic;
+    bound_ = bind(descriptor_, &generic, size) == 0 && getsockname(descriptor_, &generic, &size) == 0;
+    std::memcpy(&address, &generic, sizeof address);
+    port_ = ntohs(address.sin_port);
+    if (type == SOCK_STREAM) listen(descriptor_, 1);
+  }
+  ~TBoundPort() { close(descriptor_); }
+  TBoundPort(const TBoundPort&) = delete;
+  TBoundPort& operator=(const TBoundPort&) = delete;
+  bool IsBound() const { return bound_; }
+  int Port() const { return port_; }
+
+ private:
+  int descriptor_;
+  bool bound_ = false;
+  int port_ = 0;
+};
+
+inline int FreePort(int type = SOCK_DGRAM) { return TBoundPort(type).Port(); }
+inline bool IsFree(int port, int type = SOCK_DGRAM) { return TBoundPort(type, port).IsBound(); }
+
+class TRunningSimulator {
+ public:
+  /// Waits until it has printed its lines, or has ended.
+  explicit TRunningSimulator(const std::string& serverText, int node = 0,
+                             std::optional<int> serialPort = std::nullopt) {
+    arguments_.file = folder_.Write("server.toml", serverText);
+    arguments_.node = node;
+    arguments_.port = FreePort();
+    arguments_.serialPort = serialPort;
+    std::filesystem::create_directory(folder_.Path() + "/tmp");
+    Start();
+  }
+  ~TRunningSimulator() {
+    if (process_ > 0) End(SIGTERM);
+  }
+  TRunningSimulator(const TRunningSimulator&) = delete;
+  TRunningSimulator& operator=(const TRunningSimulator&) = delete;
+
+  int Port() const { return arguments_.port; }
+  const std::string& File() const { return arguments_.file; }
+  const std::string& Printed() const { return printed_; }
+  /// Where it has its own files.
+  bool LeftNoFiles() const { return std::filesystem::is_empty(folder_.Path() + "/tmp"); }
+
+  /// Sends the signal and returns the exit status, or minus the signal that ended it.
+  int End(int signal) {
+    kill(process_, signal);
+    int status = 0;
+    waitpid(process_, &status, 0);
+    process_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+
+ private:
+  void Start() {
+    int ends[2] = {-1, -1};
+    if (pipe(ends) != 0) throw std::runtime_error("no pipe");
+    process_ = fork();
+    if (process_ == 0) {
+      dup2(ends[1], STDOUT_FILENO);
+      close(ends[0]);
+      close(ends[1]);
+      Serve();
+    }
+    close(ends[1]);
+    char c = 0;
+    while (printed_.find("Ctrl-C ends it.\n") == std::string::npos && read(ends[0], &c, 1) == 1) printed_ += c;
+    close(ends[0]);
+  }
+  [[noreturn]] void Serve() {
+    setenv("TMPDIR", (folder_.Path() + "/tmp").c_str(), 1);
+    int status = 70;
+    try {
+      status = static_cast<int>(SimulateCommand(arguments_, TInstallation(VELHOST_PROGRAM_DIR)));
+    } catch (const THostError& error) {
+      std::cerr << error.what() << "\n";
+      status = static_cast<int>(error.Status());
+    }
+    std::cout.flush();
+    _exit(status);
+  }
+
+  TTestFolder folder_;
+  TSimulateArguments arguments_;
+  pid_t process_ = -1;
+  std::string printed_;
+};
+
+}  // namespace NKROVEL20::Testing

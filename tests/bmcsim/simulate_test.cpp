@@ -1,0 +1,225 @@
+#include "host/velhost/simulate.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstdio>
+#include <thread>
+
+#include "host/velhost/ipmisim.h"
+#include "tests/bmcsim/runningsimulator.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kServer = R"(
+machine_type = "62'03"
+[[bmc_node]]
+timestamp = "12 34 56 78"
+[[bmc_node.storage_area]]
+name = "cpu_err"
+data = "0a ff 00"
+)";
+
+/// What a command prints.
+std::string OutputOf(const std::string& command) {
+  std::string output;
+  FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
+  std::array<char, 256> part{};
+  while (std::fgets(part.data(), part.size(), pipe) != nullptr) output += part.data();
+  pclose(pipe);
+  return output;
+}
+
+/// The printed command that begins with `word`.
+std::string LineOf(const std::string& text, const std::string& word) {
+  const std::size_t start = text.find("  " + word);
+  return start == std::string::npos ? std::string() : text.substr(start, text.find('\n', start) - start);
+}
+
+void ExpectError(const TSimulateArguments& arguments, EExitStatus status, const std::string& message,
+                 const std::string& programs = VELHOST_PROGRAM_DIR) {
+  try {
+    SimulateCommand(arguments, TInstallation(programs));
+    FAIL() << "no error";
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), status);
+    EXPECT_EQ(error.what(), message);
+  }
+}
+
+class Simulate : public testing::Test {
+ protected:
+  Simulate() {
+    arguments_.file = folder_.Write("server.toml", kServer);
+    arguments_.port = FreePort();
+  }
+  TTestFolder folder_;
+  TSimulateArguments arguments_;
+};
+
+TEST_F(Simulate, PrintsLinesThatConnect) {
+  SKIP_WITHOUT_IPMI_SIM();
+  const int serial = FreePort(SOCK_STREAM);
+  TRunningSimulator simulator(kServer, 0, serial);
+  const std::string port = std::to_string(simulator.Port());
+  EXPECT_EQ(simulator.Printed(),
+            "BMC node 0 of " + simulator.File() + " answers on 127.0.0.1:" + port +
+                " (user ipmiusr, password test).\nConnect with one of:\n"
+                "  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " +
+                port +
+                " -U ipmiusr -P test mc info\n"
+                "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" +
+                port +
+                " -u ipmiusr -p test -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
+                "  VELHOST_IPMI_PASSWORD=test velhost collect --sp lan:ipmiusr@127.0.0.1:" +
+                port +
+                " --machine-type '62'\\''03'\n"
+                "As the BMC of a virtual machine:\n"
+                "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
+                std::to_string(serial) +
+                ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n"
+                "Ctrl-C ends it.\n");
+  EXPECT_FALSE(IsFree(serial, SOCK_STREAM));
+}
+
+TEST_F(Simulate, AnswersIpmitool) {
+  SKIP_WITHOUT_IPMI_SIM();
+  if (std::system("command -v ipmitool >/dev/null 2>&1") != 0) GTEST_SKIP() << "ipmitool is not installed";
+  TRunningSimulator simulator(kServer);
+  std::string command = LineOf(simulator.Printed(), "ipmitool");
+  EXPECT_THAT(OutputOf(command), HasSubstr("IPMI Version              : 2.0"));
+  command.replace(command.find("mc info"), 7, "raw ");
+  EXPECT_EQ(OutputOf(command + "0x3a 0x6f"), " 12 34 56 78\n");
+  EXPECT_EQ(OutputOf(command + "0x2e 0x90 0x39 0x30 0x00 0x06 0x63 0x70 0x75 0x5f 0x65 0x72 0x72"),
+            " 39 30 00 03 00 00 00\n");
+  EXPECT_THAT(OutputOf(command + "0x3a 0x62 0 0 0 0"), HasSubstr("rsp=0xcb"));
+}
+
+TEST_F(Simulate, AnswersFreeIpmi) {
+  SKIP_WITHOUT_IPMI_SIM();
+  if (std::system("command -v ipmi-raw >/dev/null 2>&1") != 0) GTEST_SKIP() << "freeipmi-tools is not installed";
+  TRunningSimulator simulator(kServer);
+  std::string command = LineOf(simulator.Printed(), "ipmi-raw");
+  command.resize(command.size() - 5);
+  EXPECT_EQ(OutputOf(command + "0 3a 6f"), "rcvd: 6F 00 12 34 56 78 \n");
+  EXPECT_EQ(OutputOf(command + "0 2e 90 39 30 00 06 78"), "rcvd: 90 CB 39 30 00 \n");
+}
+
+TEST_F(Simulate, SignalsEndItAndNothingIsLeft) {
+  SKIP_WITHOUT_IPMI_SIM();
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    TRunningSimulator simulator(kServer);
+    EXPECT_FALSE(IsFree(simulator.Port()));
+    EXPECT_FALSE(simulator.LeftNoFiles());
+    EXPECT_EQ(simulator.End(signal), 0);
+    EXPECT_TRUE(IsFree(simulator.Port()));
+    EXPECT_TRUE(simulator.LeftNoFiles());
+  }
+}
+
+TEST_F(Simulate, KilledWithoutWarningItTakesIpmiSimWithIt) {
+  SKIP_WITHOUT_IPMI_SIM();
+  TRunningSimulator simulator(kServer);
+  EXPECT_EQ(simulator.End(SIGKILL), -SIGKILL);
+  bool free = false;
+  for (int i = 0; i < 200 && !free; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    free = IsFree(simulator.Port());
+  }
+  EXPECT_TRUE(free);
+}
+
+TEST_F(Simulate, TakenPortIsNamed) {
+  SKIP_WITHOUT_IPMI_SIM();
+  const TBoundPort udp(SOCK_DGRAM);
+  arguments_.port = udp.Port();
+  ExpectError(arguments_, EExitStatus::kUnavailable,
+              "cannot listen on UDP port " + std::to_string(udp.Port()) +
+                  " of 127.0.0.1: Address already in use\n--port and --serial-port name others");
+  const TBoundPort tcp(SOCK_STREAM);
+  arguments_.port = FreePort();
+  arguments_.serialPort = tcp.Port();
+  ExpectError(arguments_, EExitStatus::kUnavailable,
+              "cannot listen on TCP port " + std::to_string(tcp.Port()) +
+                  " of 127.0.0.1: Address already in use\n--port and --serial-port name others");
+}
+
+TEST_F(Simulate, MissingIpmiSimNamesItsPackage) {
+  const std::string before = std::getenv("PATH");
+  setenv("PATH", "/nowhere", 1);
+  ExpectError(arguments_, EExitStatus::kUnavailable,
+              "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
+  setenv("PATH", before.c_str(), 1);
+}
+
+TEST_F(Simulate, MissingModuleIsNamed) {
+  SKIP_WITHOUT_IPMI_SIM();
+  ExpectError(arguments_, EExitStatus::kUnavailable,
+              "the module for ipmi_sim is not installed: /nowhere/lib/velhost/modules/velbmcsim.so", "/nowhere/bin");
+}
+
+TEST_F(Simulate, RefusesWhatIpmiSimCannotDo) {
+  arguments_.file = folder_.Write("lost.toml", std::string(kServer) + "[[fault]]\non = \"open\"\nlost = true\n");
+  ExpectError(arguments_, EExitStatus::kBadData,
+              arguments_.file + ": a fault has lost = true, and ipmi_sim answers every request");
+}
+
+TEST_F(Simulate, NodeThatIsNotInTheFileIsAUsageError) {
+  arguments_.node = 1;
+  ExpectError(arguments_, EExitStatus::kUsage, arguments_.file + ": there is no BMC node 1; it has 1");
+}
+
+TEST_F(Simulate, BadServerFileIsReportedWithItsPlace) {
+  arguments_.file = folder_.Write("bad.toml", "machine_type = 7\n");
+  try {
+    SimulateCommand(arguments_, TInstallation(VELHOST_PROGRAM_DIR));
+    FAIL() << "no error";
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kBadData);
+    EXPECT_THAT(error.what(), StartsWith(arguments_.file + ":1:"));
+  }
+}
+
+TEST(IpmiSimConfiguration, SaysWhatIsServedAndWhere) {
+  TIpmiSimSettings settings;
+  settings.module = "/m/velbmcsim.so";
+  settings.serverFile = "/s f/server.toml";
+  settings.node = 1;
+  settings.port = 9623;
+  settings.serialPort = 9002;
+  settings.user = "ipmiusr";
+  settings.password = "test";
+  EXPECT_EQ(IpmiSimConfiguration(settings), R"(name "velhost"
+set_working_mc 0x20
+startlan 1
+  addr 127.0.0.1 9623
+  priv_limit admin
+  allowed_auths_callback none md2 md5 straight
+  allowed_auths_user none md2 md5 straight
+  allowed_auths_operator none md2 md5 straight
+  allowed_auths_admin none md2 md5 straight
+  guid 76656c686f737473696d756c61746564
+endlan
+serial 15 127.0.0.1 9002 codec VM
+user 2 true "ipmiusr" "test" admin 60 none md2 md5 straight
+loadlib "/m/velbmcsim.so" "1 /s f/server.toml"
+)");
+}
+
+TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {
+  TIpmiSimSettings settings;
+  for (const std::string& path :
+       {std::string("/a\"b"), std::string("/a\\b"), std::string("/a\nb"), std::string(801, 'x')}) {
+    settings.serverFile = path;
+    EXPECT_THROW(IpmiSimConfiguration(settings), THostError) << path;
+  }
+  settings.serverFile = std::string(800, 'x');
+  EXPECT_NO_THROW(IpmiSimConfiguration(settings));
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

@@ -1,0 +1,117 @@
+#include "host/core/sourcereader.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/core/expectfailure.h"
+
+namespace NKROVEL20 {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileReader : public testing::Test {
+ protected:
+  FileReader() {
+    std::string name = (fs::temp_directory_path() / "sourcereader-XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+  }
+  ~FileReader() override { fs::remove_all(folder_); }
+
+  std::string Path(const char* name) const { return folder_ + "/" + name; }
+  std::string Write(const char* name, const std::string& content) const {
+    std::ofstream(Path(name), std::ios::binary) << content;
+    return Path(name);
+  }
+
+  std::string folder_;
+  TFileReader reader_;
+};
+
+TEST_F(FileReader, GivesEveryByteOfAFile) {
+  const std::string content("line\n\0\xFF\r\nno end", 15);
+  EXPECT_EQ(reader_.Read(Write("a", content), 100), content);
+  EXPECT_EQ(reader_.Read(Write("empty", ""), 100), "");
+}
+
+TEST_F(FileReader, FollowsALink) {
+  Write("a", "content");
+  fs::create_symlink("a", Path("link"));
+  EXPECT_EQ(reader_.Read(Path("link"), 100), "content");
+}
+
+TEST_F(FileReader, TheLimitIsTheLargestSizeThatIsRead) {
+  const std::string path = Write("a", "12345");
+  EXPECT_EQ(reader_.Read(path, 5), "12345");
+  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 4 bytes", [&] { reader_.Read(path, 4); });
+  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 0 bytes", [&] { reader_.Read(path, 0); });
+}
+
+TEST_F(FileReader, AMissingFileIsNamed) {
+  ExpectHostError(EExitStatus::kNoInput, "cannot open " + Path("none") + ": No such file or directory",
+                  [this] { reader_.Read(Path("none"), 10); });
+  ExpectHostError(EExitStatus::kNoInput, "cannot open " + Path("none/a") + ": No such file or directory",
+                  [this] { reader_.Read(Path("none/a"), 10); });
+  const std::string file = Write("a", "x");
+  ExpectHostError(EExitStatus::kNoInput, "cannot open " + file + "/b: Not a directory",
+                  [&] { reader_.Read(file + "/b", 10); });
+}
+
+TEST_F(FileReader, AFolderIsNoInput) {
+  ExpectHostError(EExitStatus::kNoInput, "cannot read " + folder_ + ": Is a directory",
+                  [this] { reader_.Read(folder_, 10); });
+}
+
+// Must not wait for a writer that never comes.
+TEST_F(FileReader, APipeIsNoInput) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  ExpectHostError(EExitStatus::kNoInput, "cannot read " + Path("pipe") + ": not a file",
+                  [this] { reader_.Read(Path("pipe"), 10); });
+}
+
+TEST_F(FileReader, ADeviceIsNoInput) {
+  ExpectHostError(EExitStatus::kNoInput, "cannot read /dev/zero: not a file",
+                  [this] { reader_.Read("/dev/zero", 10); });
+}
+
+// Root may read everything, so that this runs as another user in a process of its own.
+TEST_F(FileReader, AFileWithoutPermissionIsSaidToBeSo) {
+  const std::string path = Write("secret", "x");
+  ASSERT_EQ(chmod(path.c_str(), 0), 0);
+  ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+    ExpectHostError(EExitStatus::kNoPermission, "cannot open " + path + ": Permission denied",
+                    [&] { reader_.Read(path, 10); });
+    _exit(HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(MemoryReader, ServesWhatWasAdded) {
+  TMemoryReader reader;
+  reader.Add("a.mof", "class A {};");
+  reader.Add("a.mof", "class B {};");
+  EXPECT_EQ(reader.Read("a.mof", 100), "class B {};");
+}
+
+TEST(MemoryReader, FailsAsAFileReaderDoes) {
+  TMemoryReader reader;
+  reader.Add("a.mof", "12345");
+  ExpectHostError(EExitStatus::kNoInput, "cannot open b.mof: No such file or directory",
+                  [&] { reader.Read("b.mof", 100); });
+  ExpectHostError(EExitStatus::kBadData, "a.mof is larger than the limit of 4 bytes", [&] { reader.Read("a.mof", 4); });
+  EXPECT_EQ(reader.Read("a.mof", 5), "12345");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

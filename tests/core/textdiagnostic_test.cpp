@@ -1,0 +1,113 @@
+#include "host/core/textdiagnostic.h"
+
+#include <gtest/gtest.h>
+
+namespace NKROVEL20 {
+namespace {
+
+TTextDiagnostic At(std::uint32_t line, std::uint32_t column, const std::string& sourceLine) {
+  return {EDiagnosticSeverity::kError, {"a.mof", line, column}, "found \"}\", expected \";\"", sourceLine};
+}
+
+const std::string kTitle = "a.mof:3:5: error: found \"}\", expected \";\"\n";
+
+TEST(TextDiagnostic, ShowsPlaceMessageLineAndCaret) {
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, "  x }")), kTitle + "    x }\n      ^\n");
+}
+
+TEST(TextDiagnostic, AWarningSaysSo) {
+  TTextDiagnostic diagnostic = At(3, 1, "x");
+  diagnostic.severity = EDiagnosticSeverity::kWarning;
+  EXPECT_EQ(FormatDiagnostic(diagnostic), "a.mof:3:1: warning: found \"}\", expected \";\"\n  x\n  ^\n");
+}
+
+TEST(TextDiagnostic, WithoutALineOnlyTheFileIsNamed) {
+  EXPECT_EQ(FormatDiagnostic(At(0, 0, "ignored")), "a.mof: error: found \"}\", expected \";\"\n");
+}
+
+TEST(TextDiagnostic, WithoutASourceLineThereIsNoCaret) { EXPECT_EQ(FormatDiagnostic(At(3, 5, "")), kTitle); }
+
+TEST(TextDiagnostic, TabsAreKeptSoThatTheCaretStandsRight) {
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, "\tx\t y")), kTitle + "  \tx\t y\n  \t \t ^\n");
+}
+
+TEST(TextDiagnostic, ColumnsCountBytesWhileTheCaretCountsCharacters) {
+  // e with an accent is two bytes, the euro sign three: column 6 is the sixth byte, the third character.
+  TTextDiagnostic diagnostic = At(3, 6, "\xC3\xA9\xE2\x82\xAC}");
+  EXPECT_EQ(FormatDiagnostic(diagnostic),
+            "a.mof:3:6: error: found \"}\", expected \";\"\n  \xC3\xA9\xE2\x82\xAC}\n    ^\n");
+}
+
+TEST(TextDiagnostic, ACaretMayStandBehindTheLastCharacterButNoFurther) {
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, "abcd")), kTitle + "  abcd\n      ^\n");
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, "ab")), kTitle + "  ab\n    ^\n");
+}
+
+TEST(TextDiagnostic, AnUnknownColumnPointsAtTheStart) {
+  EXPECT_EQ(FormatDiagnostic(At(3, 0, "ab")), "a.mof:3:0: error: found \"}\", expected \";\"\n  ab\n  ^\n");
+}
+
+TEST(TextDiagnostic, ControlCharactersShowAsQuestionMarks) {
+  const std::string line("\x1B[2J\0\r\x7F", 7);
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  ?[2J???\n      ^\n");
+}
+
+TEST(TextDiagnostic, ALineOfTheGreatestWidthIsShownWhole) {
+  const std::string line(160, 'x');
+  EXPECT_EQ(FormatDiagnostic(At(3, 160, line)),
+            "a.mof:3:160: error: found \"}\", expected \";\"\n  " + line + "\n  " + std::string(159, ' ') + "^\n");
+}
+
+TEST(TextDiagnostic, ALongLineIsCutAroundTheColumn) {
+  const std::string line = std::string(1000, 'a') + "}" + std::string(1000, 'b');
+  EXPECT_EQ(FormatDiagnostic(At(3, 1001, line)), "a.mof:3:1001: error: found \"}\", expected \";\"\n  " +
+                                                     std::string(79, 'a') + "}" + std::string(80, 'b') + "\n  " +
+                                                     std::string(79, ' ') + "^\n");
+}
+
+TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndWhereTheColumnIsThere) {
+  const std::string line = "{" + std::string(300, 'a') + "}";
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(159, 'a') + "\n      ^\n");
+  EXPECT_EQ(FormatDiagnostic(At(3, 302, line)), "a.mof:3:302: error: found \"}\", expected \";\"\n  " +
+                                                    std::string(159, 'a') + "}\n  " + std::string(159, ' ') + "^\n");
+}
+
+// One byte, then characters of two bytes. The window of 160 bytes around column 100 are the bytes 20
+// to 179, of which the first is the second half of a character and the last the first half of another:
+// bytes 19 to 180 are shown, 81 characters, 40 of them before the caret.
+TEST(TextDiagnostic, ALongLineIsNotCutInsideACharacter) {
+  std::string line = "x";
+  std::string shown;
+  for (int i = 0; i < 200; ++i) line += "\xC3\xA9";
+  for (int i = 0; i < 81; ++i) shown += "\xC3\xA9";
+  EXPECT_EQ(FormatDiagnostic(At(3, 100, line)),
+            "a.mof:3:100: error: found \"}\", expected \";\"\n  " + shown + "\n  " + std::string(40, ' ') + "^\n");
+}
+
+TEST(TextDiagnostic, ALineOfStrayContinuationBytesIsStillCut) {
+  const std::string text = FormatDiagnostic(At(3, 5000, std::string(10000, '\x80')));
+  EXPECT_LT(text.size(), 250U);
+}
+
+TEST(LineOf, CountsFromOne) {
+  EXPECT_EQ(LineOf("a\nb\nc", 1), "a");
+  EXPECT_EQ(LineOf("a\nb\nc", 2), "b");
+  EXPECT_EQ(LineOf("a\nb\nc", 3), "c");
+}
+
+TEST(LineOf, IsEmptyPastTheLastLine) {
+  EXPECT_EQ(LineOf("a\nb", 3), "");
+  EXPECT_EQ(LineOf("a\n", 2), "");
+  EXPECT_EQ(LineOf("", 1), "");
+  EXPECT_EQ(LineOf("", 4000000000U), "");
+}
+
+TEST(LineOf, LeavesOutEitherLineEnd) {
+  EXPECT_EQ(LineOf("a\r\nb\r\n", 1), "a");
+  EXPECT_EQ(LineOf("a\r\nb\r\n", 2), "b");
+  EXPECT_EQ(LineOf("\r\n\r\n", 2), "");
+  EXPECT_EQ(LineOf("a\rb\n", 1), "a\rb");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

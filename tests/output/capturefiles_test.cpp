@@ -1,0 +1,79 @@
+#include "host/output/capturefiles.h"
+
+#include "host/core/hosterror.h"
+#include "tests/output/externaltool.h"
+#include "tests/output/outputfixture.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+class TCaptureFolderTest : public TOutputTest {
+ protected:
+  std::string Path(const std::string& name) const { return folder_.Path() / name; }
+  TTemporaryFolder folder_;
+};
+
+TEST_F(TCaptureFolderTest, WritesTheRawBytes) {
+  const TCaptureFolder captures(folder_.Path());
+  EXPECT_EQ(captures.Write(*Capture("0a ff 00 ")), Path("node1-cpu_err-0.bin"));
+  EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
+  EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin"), std::string("\x0a\xff\x00", 3));
+}
+
+TEST_F(TCaptureFolderTest, WritesAnEmptyFile) {
+  TCaptureFolder(folder_.Path()).Write(*Capture(""));
+  EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
+  EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin"), "");
+}
+
+TEST_F(TCaptureFolderTest, CreatesTheFolderButNotItsParents) {
+  TCaptureFolder(Path("new")).Write(*Capture("41 "));
+  EXPECT_TRUE(std::filesystem::exists(Path("new/node1-cpu_err-0.bin")));
+  try {
+    const TCaptureFolder captures(Path("absent/new"));
+    FAIL();
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kCannotCreate);
+    EXPECT_EQ(error.what(), "cannot create the folder " + Path("absent/new") + ": No such file or directory");
+  }
+}
+
+TEST_F(TCaptureFolderTest, RefusesAFileInItsPlace) {
+  const std::string file = folder_.Write("file", "");
+  try {
+    const TCaptureFolder captures(file);
+    FAIL();
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kCannotCreate);
+    EXPECT_EQ(error.what(), "cannot create the folder " + file + ": it is there and is no folder");
+  }
+}
+
+TEST_F(TCaptureFolderTest, WritesNothingForOtherInstances) {
+  const TCaptureFolder captures(folder_.Path());
+  EXPECT_EQ(captures.Write(*One(TType::kString, TCIMValue("0a "))), std::nullopt);
+  cimNamespace_ = TNamespace::Create();
+  EXPECT_EQ(captures.Write(*Capture("no hex")), std::nullopt);
+  EXPECT_EQ(folder_.Names(), "");
+}
+
+TEST(TCaptureFileNameTest, StaysInsideItsFolder) {
+  EXPECT_EQ(CaptureFileName({"../cpu\nerr", "1/2", "\x7f", "", {}}), "node1_2-.._cpu_err-_.bin");
+  EXPECT_EQ(CaptureFileName({std::string(300, 'f'), "1", "0", "", {}}), "node1-" + std::string(80, 'f') + "-0.bin");
+}
+
+TEST(TDecodeHexPairsTest, ReadsPairsWithOrWithoutTheLastBlank) {
+  using TBytes = std::vector<std::uint8_t>;
+  EXPECT_EQ(DecodeHexPairs("0a ff 00 "), (TBytes{0x0A, 0xFF, 0x00}));
+  EXPECT_EQ(DecodeHexPairs("0A Ff"), (TBytes{0x0A, 0xFF}));
+  EXPECT_EQ(DecodeHexPairs(""), TBytes{});
+}
+
+TEST(TDecodeHexPairsTest, RefusesEveryOtherText) {
+  for (const char* text : {"0", "0a f", "0aff", "0a  ff", "0a ff  ", "0g ", " 0a", "0a,ff", "0a f ", "  "}) {
+    EXPECT_EQ(DecodeHexPairs(text), std::nullopt) << text;
+  }
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

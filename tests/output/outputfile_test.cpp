@@ -1,0 +1,277 @@
+#include "host/output/outputfile.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
+#include "tests/output/externaltool.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+class TOutputFileTest : public testing::Test {
+ protected:
+  std::string Path(const std::string& name) const { return folder_.Path() / name; }
+  mode_t ModeOf(const std::string& name) const {
+    struct stat status {};
+    EXPECT_EQ(::stat(Path(name).c_str(), &status), 0);
+    return status.st_mode & 07777;
+  }
+  /// What the action throws: status and message.
+  static std::string FailureOf(const std::function<void()>& action) {
+    try {
+      action();
+    } catch (const THostError& error) {
+      return std::to_string(static_cast<int>(error.Status())) + " " + error.what();
+    }
+    return "none";
+  }
+  TTemporaryFolder folder_;
+};
+
+TEST_F(TOutputFileTest, AppearsWithCommit) {
+  TOutputFile file(Path("out"));
+  file.Write("one ");
+  file.Write("two");
+  file.Flush();
+  EXPECT_FALSE(std::filesystem::exists(Path("out")));
+  file.Commit();
+  EXPECT_EQ(folder_.Names(), "out");
+  EXPECT_EQ(folder_.Read("out"), "one two");
+}
+
+TEST_F(TOutputFileTest, LeavesNothingWithoutCommit) {
+  { TOutputFile(Path("out")).Write("half"); }
+  EXPECT_EQ(folder_.Names(), "");
+}
+
+TEST_F(TOutputFileTest, LeavesNothingAfterAnException) {
+  try {
+    TOutputFile file(Path("out"));
+    file.Write("half");
+    throw std::runtime_error("the writer failed");
+  } catch (const std::runtime_error&) {
+    EXPECT_EQ(folder_.Names(), "");
+  }
+}
+
+TEST_F(TOutputFileTest, KeepsTheOldFileUntilCommit) {
+  folder_.Write("out", "old");
+  {
+    TOutputFile file(Path("out"));
+    file.Write("half");
+    file.Flush();
+  }
+  EXPECT_EQ(folder_.Read("out"), "old");
+  EXPECT_EQ(folder_.Names(), "out");
+}
+
+TEST_F(TOutputFileTest, GivesANewFileWhatTheMaskAllows) {
+  const mode_t before = ::umask(027);
+  TOutputFile file(Path("out"));
+  file.Commit();
+  ::umask(before);
+  EXPECT_EQ(ModeOf("out"), 0640U);
+}
+
+TEST_F(TOutputFileTest, KeepsThePermissionsOfAnExistingFile) {
+  ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 0604), 0);
+  TOutputFile file(Path("out"));
+  file.Write("new");
+  file.Commit();
+  EXPECT_EQ(ModeOf("out"), 0604U);
+  EXPECT_EQ(folder_.Read("out"), "new");
+}
+
+TEST_F(TOutputFileTest, WritesBehindASymbolicLink) {
+  folder_.Write("target", "old");
+  std::filesystem::create_symlink("target", Path("link"));
+  std::filesystem::create_symlink("fresh", Path("dangling"));
+  for (const char* name : {"link", "dangling"}) {
+    TOutputFile file(Path(name));
+    file.Write("new");
+    file.Commit();
+    EXPECT_TRUE(std::filesystem::is_symlink(Path(name)));
+  }
+  EXPECT_EQ(folder_.Read("target"), "new");
+  EXPECT_EQ(folder_.Read("fresh"), "new");
+}
+
+TEST_F(TOutputFileTest, TakesTheLongestName) {
+  const std::string name(255, 'n');
+  TOutputFile file(Path(name));
+  file.Commit();
+  EXPECT_EQ(folder_.Names(), name);
+}
+
+TEST_F(TOutputFileTest, SaysWhyAFileCannotBeCreated) {
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/out")); }),
+            "73 cannot create " + Path("absent/out") + ": No such file or directory");
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(folder_.Path()); }),
+            "73 cannot create " + folder_.Path().string() + ": it is a folder");
+  EXPECT_EQ(FailureOf([] { TOutputFile file(""); }), "73 cannot create : the name is empty");
+  folder_.Write("file", "");
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("file/out")); }),
+            "73 cannot create " + Path("file/out") + ": Not a directory");
+  EXPECT_EQ(FailureOf([] { TOutputFile file("/dev/fd/987654"); }),
+            "73 cannot create /dev/fd/987654: Bad file descriptor");
+}
+
+// Nothing is protected from the superuser, so for as long as this lives the process is none.
+class TOrdinaryUser {
+ public:
+  TOrdinaryUser() : before_(::geteuid()) {
+    if (before_ == 0) {
+      EXPECT_EQ(::seteuid(kNobody), 0);
+    }
+  }
+  ~TOrdinaryUser() {
+    if (before_ == 0) {
+      EXPECT_EQ(::seteuid(0), 0);
+    }
+  }
+  TOrdinaryUser(const TOrdinaryUser&) = delete;
+  TOrdinaryUser& operator=(const TOrdinaryUser&) = delete;
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+  uid_t before_;
+};
+
+TEST_F(TOutputFileTest, LeavesAProtectedFileAlone) {
+  ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 0444), 0);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
+  const TOrdinaryUser user;
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
+            "73 cannot create " + Path("out") + ": Permission denied");
+  EXPECT_EQ(folder_.Names(), "out");
+}
+
+TEST_F(TOutputFileTest, NeedsAFolderThatItMayWriteTo) {
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0555), 0);
+  const TOrdinaryUser user;
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
+            "73 cannot create " + Path("out") + ": Permission denied");
+}
+
+TEST_F(TOutputFileTest, WritesToADeviceDirectly) {
+  TOutputFile file("/dev/null");
+  file.Write("text");
+  file.Commit();
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(TOutputFileTest, SaysThatADeviceIsFull) {
+  EXPECT_EQ(FailureOf([] {
+              TOutputFile file("/dev/full");
+              file.Write("text");
+              file.Commit();
+            }),
+            "74 cannot write /dev/full: No space left on device");
+}
+
+TEST_F(TOutputFileTest, WritesToAPipeDirectly) {
+  ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0600), 0);
+  std::string received;
+  std::thread reader([this, &received] { received = folder_.Read("pipe"); });
+  {
+    TOutputFile file(Path("pipe"));
+    file.Write("text");
+    file.Commit();
+  }
+  reader.join();
+  EXPECT_EQ(received, "text");
+  EXPECT_TRUE(std::filesystem::is_fifo(Path("pipe")));
+}
+
+TEST_F(TOutputFileTest, WritesBehindWhatADescriptorHasWrittenAlready) {
+  const int descriptor = ::open(Path("out").c_str(), O_WRONLY | O_CREAT, 0600);
+  ASSERT_EQ(::write(descriptor, "before ", 7), 7);
+  {
+    TOutputFile file("/dev/fd/" + std::to_string(descriptor));
+    file.Write("text");
+    file.Commit();
+  }
+  ASSERT_EQ(::write(descriptor, " after", 6), 6);
+  ::close(descriptor);
+  EXPECT_EQ(folder_.Read("out"), "before text after");
+}
+
+class TDescriptorSinkTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    IgnoreBrokenPipeSignal();
+    ASSERT_EQ(::pipe2(ends_.data(), O_CLOEXEC), 0);
+  }
+  void TearDown() override {
+    Close(0);
+    Close(1);
+  }
+  void Close(std::size_t end) {
+    if (ends_.at(end) >= 0) ::close(ends_.at(end));
+    ends_.at(end) = -1;
+  }
+  std::string ReadAll() {
+    std::string text;
+    std::array<char, 4096> part;
+    for (ssize_t size = 1; size > 0; text.append(part.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)))) {
+      size = ::read(ends_[0], part.data(), part.size());
+    }
+    return text;
+  }
+  std::array<int, 2> ends_{-1, -1};
+};
+
+TEST_F(TDescriptorSinkTest, GathersSmallPiecesUntilFlush) {
+  TDescriptorSink sink(ends_[1], "the pipe");
+  sink.Write("one ");
+  ASSERT_EQ(::fcntl(ends_[0], F_SETFL, O_NONBLOCK), 0);
+  char c = 0;
+  EXPECT_EQ(::read(ends_[0], &c, 1), -1);
+  sink.Write("two");
+  sink.Flush();
+  Close(1);
+  EXPECT_EQ(ReadAll(), "one two");
+}
+
+TEST_F(TDescriptorSinkTest, WritesMoreThanADescriptorTakesAtOnce) {
+  ASSERT_EQ(::fcntl(ends_[1], F_SETFL, O_NONBLOCK), 0);
+  const std::string text(300000, 'x');
+  std::string received;
+  std::thread reader([this, &received] { received = ReadAll(); });
+  TDescriptorSink sink(ends_[1], "the pipe");
+  sink.Write("start ");
+  sink.Write(text);
+  sink.Flush();
+  Close(1);
+  reader.join();
+  EXPECT_EQ(received, "start " + text);
+}
+
+TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
+  Close(0);
+  TDescriptorSink sink(ends_[1], "standard output");
+  sink.Write("text");
+  EXPECT_THROW(sink.Flush(), TClosedPipe);
+  EXPECT_NO_THROW(sink.Flush());  // nothing is left that could fail again
+  TDescriptorSink closed(-1, "standard output");
+  closed.Write("text");
+  try {
+    closed.Flush();
+    FAIL();
+  } catch (const TClosedPipe&) {
+    FAIL();
+  } catch (const THostError& error) {
+    EXPECT_STREQ(error.what(), "cannot write standard output: Bad file descriptor");
+    EXPECT_EQ(error.Status(), EExitStatus::kWriteFailed);
+  }
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

@@ -1,0 +1,179 @@
+#include "host/output/progress.h"
+
+#include <gtest/gtest.h>
+
+#include "nkrovel20/registercommands.h"
+#include "nkrovel20/storageareacommands.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// A progress line on paper: a clock that is set by hand, and what was written since the last look.
+class TProgressTest : public testing::Test {
+ protected:
+  TProgressTarget Target() {
+    return {[this](std::string_view text) { written_ += text; }, [this] { return width_; }, [this] { return now_; }};
+  }
+  std::string Written() { return std::exchange(written_, {}); }
+  void Wait(int time) { now_ += milliseconds(time); }
+
+  void Register() {
+    const TIPMICommandBuffer request(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+    line_->OnIpmi({0, true, request, true, request, 9, {}});
+  }
+  static TIPMICommandBuffer Area(std::uint8_t subCommand) {
+    TIPMICommandBuffer request(StorageAreaCommands::kNetworkFunction, StorageAreaCommands::kCommand, 14);
+    request[9] = 0x39;
+    request[10] = 0x30;
+    request[StorageAreaCommands::kSubCommand] = subCommand;
+    return request;
+  }
+  /// A size request for "cpu_err" on node 1, answered with four bytes.
+  void Size(const std::array<std::uint8_t, 4>& size, std::uint8_t completionCode = 0) {
+    TIPMICommandBuffer request = Area(StorageAreaCommands::kQuerySize);
+    const std::string name = "cpu_err";
+    for (std::size_t i = 0; i < name.size(); ++i) request[13 + i] = static_cast<std::uint8_t>(name[i]);
+    TIPMICommandBuffer response = request;
+    response[4] = completionCode;
+    response[5] = 7;
+    for (std::size_t i = 0; i < size.size(); ++i) response[12 + i] = size.at(i);
+    line_->OnIpmi({1, true, request, true, response, 16, {}});
+  }
+  /// A read request answered with so many bytes.
+  void Read(std::uint8_t count, std::uint8_t completionCode = 0) {
+    const TIPMICommandBuffer request = Area(StorageAreaCommands::kRead);
+    TIPMICommandBuffer response = request;
+    response[4] = completionCode;
+    response[5] = static_cast<std::uint8_t>(5 + count);
+    response[12] = count;
+    response[13] = 0;
+    line_->OnIpmi({1, true, request, true, response, 14 + count, {}});
+  }
+  void Close() {
+    const TIPMICommandBuffer request = Area(StorageAreaCommands::kClose);
+    line_->OnIpmi({1, true, request, true, request, 12, {}});
+  }
+
+  std::string written_;
+  int width_ = 100;
+  TProgressTarget::TClock::time_point now_{};
+  std::optional<TProgressLine> line_{std::in_place, Target()};
+};
+
+TEST_F(TProgressTest, ShowsClassExchangesRateAndTime) {
+  line_->BeginClass(3, 7, "KROSG_A");
+  EXPECT_EQ(Written(), "\r[3/7] KROSG_A  0 exchanges, 0:00");
+  Wait(500);
+  Register();
+  EXPECT_EQ(Written(), "\r[3/7] KROSG_A  1 exchange, 0:00 ");
+  Wait(62000);
+  for (int i = 0; i < 249; ++i) Register();
+  Wait(100);
+  Register();  // 251 in 62.6 seconds
+  EXPECT_EQ(Written(), "\r[3/7] KROSG_A  2 exchanges, 0/s, 1:02\r[3/7] KROSG_A  251 exchanges, 4/s, 1:02");
+}
+
+TEST_F(TProgressTest, CountsDotCommands) {
+  const dotCmd command(2, 0, 0, nullptr, nullptr);
+  line_->OnDot({0, true, command, true, {}, 0, {}});
+  EXPECT_EQ(Written(), "\r1 exchange, 0:00");
+}
+
+TEST_F(TProgressTest, DoesNotCountWhatIsRefusedAfterAStop) {
+  const dotCmd command(2, 0, 0, nullptr, nullptr);
+  line_->OnDot({0, false, command, false, {}, 0, {}});
+  const TIPMICommandBuffer request(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+  line_->OnIpmi({0, false, request, false, request, 0, {}});
+  EXPECT_EQ(Written(), "");
+}
+
+TEST_F(TProgressTest, DrawsAtMostTenTimesASecond) {
+  line_->BeginClass(1, 1, "A");
+  for (int i = 0; i < 1000; ++i) {
+    Wait(1);
+    Register();
+  }
+  const std::string text = Written();
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 11);
+}
+
+TEST_F(TProgressTest, ShowsACaptureFileWithItsSizeAndTheTimeLeft) {
+  line_->BeginClass(1, 1, "F");
+  Size({0xE8, 0x03, 0, 0});  // 1000 bytes
+  for (int i = 0; i < 25; ++i) Read(10);
+  Written();
+  Wait(10000);
+  Register();  // 250 bytes in ten seconds: 750 more take thirty
+  EXPECT_EQ(Written(), "\r[1/1] F  node 1 cpu_err 0.2 of 1.0 kB, 0:30 left  27 exchanges, 3/s, 0:10");
+  Wait(100);
+  Close();
+  EXPECT_EQ(Written(), "\r[1/1] F  28 exchanges, 3/s, 0:10" + std::string(41, ' '));
+}
+
+TEST_F(TProgressTest, ShowsACaptureFileWithoutAUsableSize) {
+  Size({0xFF, 0xFF, 0xFF, 0xFF});  // -1
+  Written();
+  Wait(1000);
+  Read(100);
+  EXPECT_EQ(Written(), "\rnode 1 cpu_err 0.1 kB  2 exchanges, 2/s, 0:01");
+}
+
+TEST_F(TProgressTest, IgnoresRefusedSizesAndReads) {
+  Size({1, 0, 0, 0}, 0xCB);
+  Written();
+  Wait(200);
+  Register();
+  EXPECT_EQ(Written(), "\r2 exchanges, 0:00");
+  Size({0xE8, 3, 0, 0});
+  Read(10, 0xC3);
+  Wait(200);
+  Register();
+  EXPECT_EQ(Written(), "\rnode 1 cpu_err 0.0 of 1.0 kB  5 exchanges, 0:00");
+}
+
+TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
+  Size({0xFF, 0xFF, 0, 0});
+  const TIPMICommandBuffer request = Area(StorageAreaCommands::kRead);
+  TIPMICommandBuffer response = request;
+  response[4] = 0;
+  response[5] = 5 + 100;
+  response[12] = response[13] = 0xFF;  // says 65535
+  line_->OnIpmi({1, true, request, true, response, 114, {}});
+  response[5] = 3;  // too short for a count
+  line_->OnIpmi({1, true, request, true, response, 12, {}});
+  Wait(200);
+  Written();
+  Register();
+  EXPECT_EQ(Written(), "\rnode 1 cpu_err 0.1 of 65.5 kB  4 exchanges, 0:00");
+}
+
+TEST_F(TProgressTest, FitsTheTerminal) {
+  width_ = 20;
+  line_->BeginClass(1, 2, "KROSG_VO_MEMCTL_StatisticData");
+  EXPECT_EQ(Written(), "\r[1/2] KROSG_VO_MEMC");
+}
+
+TEST_F(TProgressTest, LeavesNothingBehind) {
+  line_->BeginClass(1, 1, "A");
+  const std::string blanks(27, ' ');
+  EXPECT_EQ(Written(), "\r[1/1] A  0 exchanges, 0:00");
+  line_->Clear();
+  EXPECT_EQ(Written(), "\r" + blanks.substr(1) + "\r");
+  line_->Clear();
+  EXPECT_EQ(Written(), "");
+  Wait(100);
+  Register();
+  Written();
+  line_.reset();
+  EXPECT_EQ(Written(), "\r" + std::string(25, ' ') + "\r");
+}
+
+TEST_F(TProgressTest, ShowsNamesWithoutDisturbingTheTerminal) {
+  line_->BeginClass(1, 1, "A\x1b[2J");
+  EXPECT_EQ(Written(), "\r[1/1] A\\x1b[2J  0 exchanges, 0:00");
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

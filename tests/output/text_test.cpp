@@ -1,0 +1,161 @@
+// The small parts that the forms are made of.
+#include <gtest/gtest.h>
+
+#include "host/output/completioncodes.h"
+#include "host/output/hexdump.h"
+#include "host/output/summarytext.h"
+#include "host/output/tablelayout.h"
+#include "host/output/utf8.h"
+#include "tests/output/outputfixture.h"
+
+namespace NKROVEL20::OutputTest {
+namespace {
+
+TEST(TUtf8Test, ReadsTheFirstAndLastCharacterOfEachLength) {
+  const std::vector<std::pair<std::string, char32_t>> characters = {
+      {std::string(1, '\0'), 0},     {"\x7f", 0x7F},           {"\xc2\x80", 0x80},
+      {"\xdf\xbf", 0x7FF},           {"\xe0\xa0\x80", 0x800},  {"\xed\x9f\xbf", 0xD7FF},
+      {"\xee\x80\x80", 0xE000},      {"\xef\xbf\xbf", 0xFFFF}, {"\xf0\x90\x80\x80", 65536},
+      {"\xf4\x8f\xbf\xbf", 0x10FFFF}};
+  for (const auto& [bytes, number] : characters) {
+    const TCodePoint read = NextCodePoint(bytes, 0);
+    EXPECT_TRUE(read.valid && read.size == bytes.size() && read.value == number) << bytes;
+    std::string written;
+    AppendUtf8(written, number);
+    EXPECT_EQ(written, bytes);
+  }
+}
+
+TEST(TUtf8Test, RefusesEveryTruncationAsOneCharacter) {
+  for (const std::string bytes : {"\xc2\x80", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
+    for (std::size_t size = 1; size < bytes.size(); ++size) {
+      const TCodePoint atEnd = NextCodePoint(bytes.substr(0, size), 0);
+      EXPECT_TRUE(!atEnd.valid && atEnd.size == size);
+      const TCodePoint beforeLetter = NextCodePoint(bytes.substr(0, size) + "A", 0);
+      EXPECT_TRUE(!beforeLetter.valid && beforeLetter.size == size);
+    }
+  }
+}
+
+TEST(TUtf8Test, RefusesWhatIsNoCharacter) {
+  for (const char* bytes : {"\x80", "\xbf", "\xc0\x80", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf",
+                            "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff"}) {
+    const TCodePoint read = NextCodePoint(bytes, 0);
+    EXPECT_FALSE(read.valid);
+    EXPECT_EQ(read.size, 1U);
+    EXPECT_EQ(read.value, kReplacementCharacter);
+  }
+}
+
+TEST(TUtf8Test, WritesTheReplacementForWhatIsNoCharacter) {
+  for (const char32_t number : {char32_t{0xD800}, char32_t{0xDFFF}, char32_t{0x110000}}) {
+    std::string written;
+    AppendUtf8(written, number);
+    EXPECT_EQ(written, "\xef\xbf\xbd");
+  }
+}
+
+TEST(TTextBufferTest, PassesOnEverythingInOrderWhateverTheSizes) {
+  TStringSink sink;
+  TTextBuffer buffer(sink);
+  const std::string large(TTextBuffer::kCapacity + 1, 'l');
+  const std::string full(TTextBuffer::kCapacity - 1, 'f');
+  buffer.Append("a");
+  buffer.Append(large);
+  buffer.Append(full);
+  buffer.Append('1');
+  buffer.Append('2');
+  buffer.Append(full);
+  buffer.Append("34");
+  buffer.Flush();
+  EXPECT_TRUE(sink.content == "a" + large + full + "12" + full + "34");
+  EXPECT_EQ(sink.flushedAt.size(), 1U);
+}
+
+TEST(TWrapTextTest, CutsAtBlanksAndElseAnywhere) {
+  using TLines = std::vector<std::string_view>;
+  EXPECT_EQ(WrapText("", 10), TLines{""});
+  EXPECT_EQ(WrapText("0123456789", 10), TLines{"0123456789"});
+  EXPECT_EQ(WrapText("0123456789a", 10), (TLines{"0123456789", "a"}));
+  EXPECT_EQ(WrapText("012345678 a", 10), (TLines{"012345678", "a"}));
+  EXPECT_EQ(WrapText("0123456789 a", 10), (TLines{"0123456789", "a"}));
+  EXPECT_EQ(WrapText("0 23456789ab", 10), (TLines{"0 23456789", "ab"}));  // the blank is too far back
+  EXPECT_EQ(WrapText("0123456789   ", 10), TLines{"0123456789"});
+  EXPECT_EQ(WrapText("\u6f22\u6f22", 1), (TLines{"\u6f22", "\u6f22"}));
+}
+
+TEST(TWrapTextTest, CountsCombiningMarksAsNothing) { EXPECT_EQ(ColumnsOf("e\u0301\u6f22x"), 4U); }
+
+TEST(THexDumpTest, FollowsTheUsualLayout) {
+  std::vector<std::uint8_t> bytes(17, 0x41);
+  bytes[1] = 0x7F;
+  bytes[16] = 0x00;
+  std::string text;
+  DumpBytes(bytes, 16, [&text](std::string_view line) { text += std::string(line) + "\n"; });
+  EXPECT_EQ(text,
+            "00000000  41 7f 41 41 41 41 41 41  41 41 41 41 41 41 41 41  |A.AAAAAAAAAAAAAA|\n"
+            "00000010  00                                                |.|\n"
+            "00000011\n");
+}
+
+TEST(THexDumpTest, GivesRepeatedLinesOnce) {
+  std::vector<std::uint8_t> bytes(40, 0);
+  bytes[32] = 1;
+  std::string text;
+  DumpBytes(bytes, 8, [&text](std::string_view line) { text += std::string(line) + "\n"; });
+  EXPECT_EQ(text,
+            "00000000  00 00 00 00 00 00 00 00  |........|\n"
+            "*\n"
+            "00000020  01 00 00 00 00 00 00 00  |........|\n"
+            "00000028\n");
+}
+
+TEST(THexDumpTest, GivesNoLineForNothing) {
+  DumpBytes({}, 16, [](std::string_view) { FAIL(); });
+}
+
+TEST(TCompletionCodeTest, PutsCodesIntoWords) {
+  const std::vector<std::pair<int, std::string>> codes = {
+      {0x00, "0x00 completed normally"},
+      {0x01, "0x01 device-specific (OEM) error"},
+      {0x7E, "0x7E device-specific (OEM) error"},
+      {0x7F, "0x7F reserved completion code"},
+      {0x80, "0x80 command-specific error"},
+      {0xBE, "0xBE command-specific error"},
+      {0xBF, "0xBF reserved completion code"},
+      {0xC0, "0xC0 node busy"},
+      {0xC1, "0xC1 invalid command"},
+      {0xC3, "0xC3 timeout while processing command"},
+      {0xC9, "0xC9 parameter out of range"},
+      {0xCB, "0xCB requested sensor, data, or record not present"},
+      {0xCE, "0xCE command response could not be provided"},
+      {0xD3, "0xD3 destination unavailable"},
+      {0xD5, "0xD5 command or request parameter not supported in present state"},
+      {0xD6, "0xD6 parameter illegal: sub-function disabled or unavailable"},
+      {0xD7, "0xD7 reserved completion code"},
+      {0xFE, "0xFE reserved completion code"},
+      {0xFF, "0xFF unspecified error"}};
+  for (const auto& [code, words] : codes) EXPECT_EQ(DescribeCompletionCode(static_cast<std::uint8_t>(code)), words);
+  EXPECT_EQ(DescribeCompletionCode(std::nullopt), "lost: no answer");
+}
+
+TEST(TElapsedTextTest, GrowsWithTheTime) {
+  EXPECT_EQ(ElapsedText(0), "0.000 s");
+  EXPECT_EQ(ElapsedText(59999), "59.999 s");
+  EXPECT_EQ(ElapsedText(60000), "1 min 0.0 s");
+  EXPECT_EQ(ElapsedText(3599999), "59 min 59.9 s");
+  EXPECT_EQ(ElapsedText(3723000), "1 h 2 min 3 s");
+}
+
+TEST(TFormNameTest, AreThoseOfTheCommandLine) {
+  for (const char* name : {"table", "json", "jsonl", "mof", "cimxml"}) {
+    const auto form = FormByName(name);
+    ASSERT_TRUE(form) << name;
+    EXPECT_STREQ(NameOfForm(*form), name);
+  }
+  EXPECT_EQ(FormByName("JSON"), std::nullopt);
+  EXPECT_EQ(FormByName(""), std::nullopt);
+}
+
+}  // namespace
+}  // namespace NKROVEL20::OutputTest

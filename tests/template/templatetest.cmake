@@ -1,0 +1,112 @@
+# Run by ctest: builds host/template out of tree and loads what comes of it.
+#
+#   VARIANT buildtree   find_package against the build tree
+#           installed   find_package against an installation that was moved after installing
+#           pkgconfig   one compiler call with pkg-config's flags, against such an installation
+
+function(run)
+  cmake_parse_arguments(ARG "" "OUTPUT" "ENVIRONMENT;COMMAND" ${ARGN})
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env ${ARG_ENVIRONMENT} ${ARG_COMMAND}
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    list(JOIN ARG_COMMAND " " command)
+    message(FATAL_ERROR "${command}\nended with ${result}:\n${output}")
+  endif()
+  if(ARG_OUTPUT)
+    set(${ARG_OUTPUT} "${output}" PARENT_SCOPE)
+  endif()
+endfunction()
+
+function(expect_file path)
+  if(NOT EXISTS ${path})
+    message(FATAL_ERROR "not installed: ${path}")
+  endif()
+endfunction()
+
+# Installs into an empty prefix and moves it, so that no path of the installing remains true.
+function(install_and_move prefix)
+  run(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${SCRATCH}/installed)
+  file(RENAME ${SCRATCH}/installed ${prefix})
+  foreach(file ${LIBDIR}/libvelcore.so ${LIBDIR}/libplugin.nsp.so ${LIBDIR}/libspdriver.so ${LIBDIR}/libsmbios.so
+      ${PLUGIN_DIR}/libtorgareg.pi.so ${INCLUDEDIR}/velhost/nkrovel20/icimobjects.h ${DATA_DIR}/schema/10-core.mof
+      ${DATA_DIR}/servers/demo.toml ${LIBDIR}/pkgconfig/velhost.pc)
+    expect_file(${prefix}/${file})
+  endforeach()
+  if(EXISTS ${prefix}/${DATA_DIR}/servers/make-demo-blocks.py)
+    message(FATAL_ERROR "a generator of the source tree was installed")
+  endif()
+  if(VELHOST)
+    expect_file(${prefix}/${BINDIR}/${VELHOST})
+  endif()
+endfunction()
+
+function(build_with_cmake)
+  run(COMMAND ${CMAKE_COMMAND} -S ${SCRATCH}/template -B ${SCRATCH}/build -G ${GENERATOR}
+    -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_CXX_FLAGS=-Wall\ -Wextra\ -Werror ${ARGN})
+  run(COMMAND ${CMAKE_COMMAND} --build ${SCRATCH}/build)
+endfunction()
+
+function(build_with_pkgconfig prefix)
+  find_program(PKG_CONFIG NAMES pkg-config pkgconf REQUIRED)
+  set(search PKG_CONFIG_PATH=${prefix}/${LIBDIR}/pkgconfig)
+  run(ENVIRONMENT ${search} COMMAND ${PKG_CONFIG} --modversion velhost OUTPUT version)
+  if(NOT version STREQUAL "${VERSION}\n")
+    message(FATAL_ERROR "pkg-config gives version ${version}, not ${VERSION}")
+  endif()
+  run(ENVIRONMENT ${search} COMMAND ${PKG_CONFIG} --cflags --libs velhost OUTPUT flags)
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  file(MAKE_DIRECTORY ${SCRATCH}/build)
+  set(options -std=c++20 -shared -fPIC -fvisibility=hidden -Wall -Wextra -Werror)
+  execute_process(COMMAND ${CXX} --version OUTPUT_VARIABLE compiler)
+  if(NOT compiler MATCHES clang)
+    list(APPEND options -fno-gnu-unique)
+  endif()
+  run(COMMAND ${CXX} ${options} ${SCRATCH}/template/templateplugin.cpp ${flags}
+    -o ${SCRATCH}/build/libtemplate.pi.so)
+endfunction()
+
+function(load library_folder)
+  set(plugin ${SCRATCH}/build/libtemplate.pi.so)
+  run(ENVIRONMENT LD_LIBRARY_PATH=${library_folder} COMMAND ${LOADER} ${plugin} OUTPUT output)
+  if(NOT output STREQUAL "plugin Template 1.0 1.0\ninstance KROSG_Sample Template:KROSG_Sample\n")
+    message(FATAL_ERROR "the loaded plugin printed:\n${output}")
+  endif()
+endfunction()
+
+# The program of that tree finds its libraries and its own plugin from its own place, and loads ours.
+function(load_with_velhost program)
+  run(COMMAND ${program} plugin OUTPUT output)
+  if(NOT output MATCHES "Engineering Information Collector")
+    message(FATAL_ERROR "${program} plugin printed:\n${output}")
+  endif()
+  run(ENVIRONMENT ${ARGN} COMMAND ${program} plugin --plugin ${SCRATCH}/build/libtemplate.pi.so OUTPUT output)
+  if(NOT output MATCHES "Template")
+    message(FATAL_ERROR "${program} plugin --plugin printed:\n${output}")
+  endif()
+endfunction()
+
+unset(ENV{DESTDIR})
+file(REMOVE_RECURSE ${SCRATCH})
+file(COPY ${SOURCE_DIR}/host/template DESTINATION ${SCRATCH})
+set(tree ${SCRATCH}/moved)
+set(programs ${tree}/${BINDIR})
+if(VARIANT STREQUAL "buildtree")
+  set(programs ${BUILD_DIR}/bin)
+  build_with_cmake(-Dvelhost_DIR=${BUILD_DIR})
+  set(libraries ${BUILD_DIR}/lib)
+else()
+  install_and_move(${tree})
+  set(libraries ${tree}/${LIBDIR})
+  if(VARIANT STREQUAL "installed")
+    build_with_cmake(-DCMAKE_PREFIX_PATH=${tree})
+  else()
+    build_with_pkgconfig(${tree})
+  endif()
+endif()
+load(${libraries})
+if(VELHOST AND VARIANT STREQUAL "pkgconfig")
+  # Without a run path of its own the plugin finds the libraries as the system's search path says.
+  load_with_velhost(${programs}/${VELHOST} LD_LIBRARY_PATH=${libraries})
+elseif(VELHOST)
+  load_with_velhost(${programs}/${VELHOST})
+endif()
