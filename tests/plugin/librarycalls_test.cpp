@@ -161,6 +161,36 @@ TEST_F(TLibraryCalls, ALengthThatAFailedExchangeLeavesIsHandedOn) {
   }
 }
 
+// Lies that the real library keeps from its callers.
+TEST_F(TLibraryCalls, AnswersThatLieAboutTheirLength) {
+  IPMIRequestTorgaReg registers;
+  library.answer = [](unsigned char* buffer, int* responseLength) {
+    buffer[4] = 0;
+    buffer[5] = 255;
+    *responseLength = 70000;
+    return true;
+  };
+  for (const bool raw : {true, false}) {
+    EXPECT_TRUE(registers.getData(1, 2, out, &length, raw));
+    EXPECT_EQ(length, 255);
+  }
+  EXPECT_TRUE(registers.getTimeStamp(out, &length));
+  EXPECT_EQ(length, 255);
+  library.answer = [](unsigned char* buffer, int* responseLength) {
+    buffer[4] = 0xCB;
+    buffer[5] = 200;
+    *responseLength = 70000;
+    return true;
+  };
+  EXPECT_FALSE(registers.getData(1, 2, out, &length, true));
+  EXPECT_EQ(length, 200);
+  EXPECT_FALSE(registers.getTimeStamp(out, &length));
+  EXPECT_EQ(length, 4464) << "the low 16 bits";
+  TNOVRequestTorgaReg dots;
+  EXPECT_FALSE(dots.getData(1, 2, out, &length));
+  EXPECT_EQ(length, 4464);
+}
+
 TEST_F(TLibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
   TNOVRequestTorgaReg transport;
   unsigned char buffer[16] = {};
@@ -231,6 +261,19 @@ TEST_F(TStorageAreaCalls, ReadAndCloseGoByTheCompletionCodeAlone) {
   int size = 5;
   EXPECT_FALSE(plugin->OpenStorageArea(handle, "cpu_err", node)) << "while these two want both";
   EXPECT_FALSE(plugin->QueryStorageAreaSize(size, "cpu_err", node));
+}
+
+TEST_F(TStorageAreaCalls, AReadWhoseLengthIsBeyondTheBufferCopiesTheChunk) {
+  library.answer = [](unsigned char* buffer, int* responseLength) {
+    buffer[4] = 0;
+    for (std::size_t i = 14; i < 256; ++i) buffer[i] = 0x99;
+    *responseLength = 70000;
+    return true;
+  };
+  unsigned char handle[4] = {};
+  EXPECT_EQ(plugin->ReadStorageArea(10, handle, out, SPLibrary::GetSplibraryInstance(0)), 10);
+  EXPECT_EQ(std::vector<unsigned char>(out, out + 14),
+            (std::vector<unsigned char>{0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0, 0, 0, 0}));
 }
 
 TEST_F(TStorageAreaCalls, NodeZeroIsAskedFirstAndThenEachNode) {
