@@ -49,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   TServiceProcessorHub::Install(&sp, nullptr);
   THostServices::SetPluginManager(boost::shared_ptr<ICIMNamespace>(new TPluginRegistry()));
   auto* const plugin = new torgareg::TTORGARegPluginCallbacks();
-  for (const char* const name : {"cpu_err", "ioh_err", "a name that is longer than its field"}) plugin->ReadErrFFDC(ns, name);
+  for (const char* const name : {"cpu_err", "ioh_err", "a name that is longer than its field"})
+    plugin->ReadErrFFDC(ns, name);
   plugin->PrepareForUnload();
   THostServices::SetPluginManager({});
   TServiceProcessorHub::Install(nullptr, nullptr);

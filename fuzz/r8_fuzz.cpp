@@ -19,7 +19,8 @@ boost::shared_ptr<TNamespace> MakeNamespace(TByteStream& bytes) {
   ns->SetMachineType((choices & 1U) != 0 ? "4411" : "6203");
   const std::uint32_t maxLen = (choices & 2U) != 0 ? 4 : 8;
   ns->AddClass(TClassBuilder("BASE").Identification());
-  TClassBuilder chip((choices & 4U) != 0 ? "KROSG_T4_PCIIOBRIDGE_StatisticData" : "KROSG_VO_MEMCTL_StatisticData", "BASE");
+  TClassBuilder chip((choices & 4U) != 0 ? "KROSG_T4_PCIIOBRIDGE_StatisticData" : "KROSG_VO_MEMCTL_StatisticData",
+                     "BASE");
   chip.MaxInstances(static_cast<std::uint16_t>(choices >> 6U)).Register("One", bytes.Next16(), maxLen);
   std::vector<std::uint32_t> addresses;
   for (unsigned int i = 0; i < (choices >> 3U & 7U); ++i) addresses.push_back(bytes.Next16());

@@ -73,8 +73,8 @@ class TTORGARegPluginCallbacks : public NKROVEL20::IPluginCallbacks, public NKRO
   void collectDelegates(const boost::shared_ptr<NKROVEL20::ICIMNamespace>& ns,
                         const NKROVEL20::TPropertyMap& requestContext, std::vector<std::string>& jfrClasses,
                         std::map<std::string, std::string>& delegates) const;
-  void collectJFR(const boost::shared_ptr<NKROVEL20::ICIMNamespace>& ns,
-                  const NKROVEL20::TPropertyMap& requestContext, const std::map<std::string, std::string>& delegates,
+  void collectJFR(const boost::shared_ptr<NKROVEL20::ICIMNamespace>& ns, const NKROVEL20::TPropertyMap& requestContext,
+                  const std::map<std::string, std::string>& delegates,
                   const boost::shared_ptr<NKROVEL20::ICIMClass>& requested);
   void collectR8(const boost::shared_ptr<NKROVEL20::ICIMClass>& requested);
   void collectCaptureFiles(const boost::shared_ptr<NKROVEL20::ICIMNamespace>& ns);

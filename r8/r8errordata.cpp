@@ -42,8 +42,8 @@ TPropertyMap R8ErrorData::getInstanceData(const std::string& elementName, int in
   TPropertyMap map = getRegisterValues(index);
   if (map.empty()) return map;
   const std::string machineType = getMachineType();
-  map.insert({instanceIDProp, TCIMValue("KROSG:" + collectedClass->GetName({}) + ":" + machineType + ":" +
-                                        dataToString<int>(index))});
+  map.insert({instanceIDProp,
+              TCIMValue("KROSG:" + collectedClass->GetName({}) + ":" + machineType + ":" + dataToString<int>(index))});
   map.insert({elementNameProp, TCIMValue(elementName)});
   map.insert({machineTypeProp, TCIMValue(machineType)});
   // Deliberately asked for twice: the second answer is the one that counts.

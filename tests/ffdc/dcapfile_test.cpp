@@ -64,8 +64,8 @@ TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndWritesNoDataLine) {
   EXPECT_EQ(Last("FileName"), "zyn_err");
   EXPECT_EQ(Last("SourceNode"), "10");
   EXPECT_EQ(Last("RecordID"), "0");
-  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"),
-                                                Debug("Exit AddErrFFDCinstance funtion")}));
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"), Debug("Exit AddErrFFDCinstance funtion")}));
 }
 
 TEST_F(TCaptureFile, BothOverloadsShareTheCounter) {
@@ -115,12 +115,11 @@ TEST_F(TCaptureFile, TheHostIsCalledInOrder) {
   unsigned char byte = 1;
   plugin.AddErrFFDCinstance(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), &byte, 1, "cpu_err", 0);
   const std::string set = "KROSG_DCAPFile instance.SetProperty(";
-  EXPECT_EQ(probe.Calls(),
-            (std::vector<std::string>{
-                "namespace.GetClass(KROSG_DCAPFile) {request}", "KROSG_DCAPFile.CreateInstance() {}",
-                set + "FileName) {}", set + "ErrRawData) {}", set + "MessageTimestamp) {}", set + "SourceNode) {}",
-                set + "CreationClassName) {}", set + "LogCreationClassName) {}", set + "LogName) {}",
-                set + "RecordID) {}", "KROSG_DCAPFile instance.Commit() {}"}));
+  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{
+                               "namespace.GetClass(KROSG_DCAPFile) {request}", "KROSG_DCAPFile.CreateInstance() {}",
+                               set + "FileName) {}", set + "ErrRawData) {}", set + "MessageTimestamp) {}",
+                               set + "SourceNode) {}", set + "CreationClassName) {}", set + "LogCreationClassName) {}",
+                               set + "LogName) {}", set + "RecordID) {}", "KROSG_DCAPFile instance.Commit() {}"}));
 }
 
 TEST_F(TCaptureFile, ANumberTakenByAFailedCommitIsNotGivenAgain) {
@@ -139,9 +138,8 @@ TEST_F(TCaptureFile, AnEmptyInstanceAsserts) {
   THostProbe probe;
   probe.ReturnNothingAt("KROSG_DCAPFile.CreateInstance() {}");
   unsigned char byte = 1;
-  EXPECT_THROW(
-      plugin.AddErrFFDCinstance(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), &byte, 1, "cpu_err", 0),
-      TAssertionFailure);
+  EXPECT_THROW(plugin.AddErrFFDCinstance(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), &byte, 1, "cpu_err", 0),
+               TAssertionFailure);
 }
 
 }  // namespace

@@ -48,9 +48,9 @@ TEST_F(TFfdcReader, WithoutNodesItSaysSoAndAsksForNoDriver) {
 TEST_F(TFfdcReader, WithoutADriverItSaysSo) {
   sp.driverPresent = false;
   plugin.ReadErrFFDC(ns, "cpu_err");
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{kEnter,
-                                Debug("IPMI driver is not installed on the system. TORGA log is not available.")}));
+  EXPECT_EQ(
+      logger.Lines(),
+      (std::vector<TLine>{kEnter, Debug("IPMI driver is not installed on the system. TORGA log is not available.")}));
   EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"nodes", "driver"}));
 }
 
@@ -72,9 +72,8 @@ TEST_F(TFfdcReader, EveryNodeGivesAnInstanceOfItsOwn) {
   EXPECT_EQ(Text(1, "SourceNode"), "2");
   EXPECT_EQ(Text(0, "RecordID"), "0");
   EXPECT_EQ(Text(1, "RecordID"), "1");
-  EXPECT_EQ(logger.StartingWith("The system has"),
-            (std::vector<TLine>{Debug("The system has2 . Now reading Node0"),
-                                Debug("The system has2 . Now reading Node1")}));
+  EXPECT_EQ(logger.StartingWith("The system has"), (std::vector<TLine>{Debug("The system has2 . Now reading Node0"),
+                                                                       Debug("The system has2 . Now reading Node1")}));
   EXPECT_EQ(logger.Lines().back(), kExit);
 }
 

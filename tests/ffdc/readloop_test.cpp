@@ -36,19 +36,20 @@ class TReadLoop : public TPluginTest {
 };
 
 TEST_F(TReadLoop, TheWholeTraceOfOneChunk) {
-  sp.Expect(Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0E, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x02, 1, 2, 3, 4, 0, 0, 0,
-                     0, 0x0A, 0x00})
+  sp.Expect(Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0E, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00,
+                     0x02, 1,    2,    3,    4,    0,    0,    0,    0,    0x0A, 0x00})
                 .Answers({0x39, 0x30, 0x00, 0x0A, 0x00, 0x0A, 0xFF, 0, 1, 2, 3, 4, 5, 6, 7}));
   EXPECT_EQ(Read(10), 10);
   EXPECT_EQ(out, (TBytes{0x0A, 0xFF, 0, 1, 2, 3, 4, 5, 6, 7}));
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{
-                Debug("Enter ReadStorageArea funtion"),
-                Debug("ReadStorageArea IPMI command data:01 20 2e 00 90 0e 00 00 00 39 30 00 02 01 02 03 04 00 00 00 00 "
-                      "0a 00 "),
-                Debug("completeCode:0\n"),
-                Debug("Response raw data size:10, loopoffset:0, raw data info:0a ff 00 01 02 03 04 05 06 07 "),
-                Debug("returned smbioslen:10\n"), Debug("Exit ReadStorageArea funtion")}));
+  EXPECT_EQ(
+      logger.Lines(),
+      (std::vector<TLine>{
+          Debug("Enter ReadStorageArea funtion"),
+          Debug("ReadStorageArea IPMI command data:01 20 2e 00 90 0e 00 00 00 39 30 00 02 01 02 03 04 00 00 00 00 "
+                "0a 00 "),
+          Debug("completeCode:0\n"),
+          Debug("Response raw data size:10, loopoffset:0, raw data info:0a ff 00 01 02 03 04 05 06 07 "),
+          Debug("returned smbioslen:10\n"), Debug("Exit ReadStorageArea funtion")}));
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
@@ -93,7 +94,8 @@ TEST_F(TReadLoop, ASmallSizeStillReadsTenBytesAndReturnsTen) {
 
 TEST_F(TReadLoop, TheOffsetIsLittleEndianInFourBytes) {
   // 70010 bytes: the last chunk starts at 70000 = 0x011170.
-  for (std::uint32_t offset = 0; offset < 70010; offset += 10) Chunk(offset, 10, Counting(static_cast<std::uint8_t>(offset)));
+  for (std::uint32_t offset = 0; offset < 70010; offset += 10)
+    Chunk(offset, 10, Counting(static_cast<std::uint8_t>(offset)));
   EXPECT_EQ(Read(70010), 70010);
   EXPECT_EQ(out[70000], 0x70);
   const auto requests = logger.StartingWith("ReadStorageArea IPMI");
@@ -188,7 +190,8 @@ TEST_F(TReadLoop, ASizeJustBelowZeroReadsOneChunk) {
 // The number of full chunks is negative, so that the unsigned comparison holds for ever.
 TEST_F(TReadLoop, ANegativeSizeReadsOnUntilACodeEndsIt) {
   for (const int size : {-10, -25, std::numeric_limits<int>::min()}) {
-    for (std::uint32_t chunk = 0; chunk < 40; ++chunk) Chunk(chunk * 10, 10, Counting(static_cast<std::uint8_t>(chunk + 1)));
+    for (std::uint32_t chunk = 0; chunk < 40; ++chunk)
+      Chunk(chunk * 10, 10, Counting(static_cast<std::uint8_t>(chunk + 1)));
     sp.Expect(testsupport::Read(kHandle, 400, 10).Fails(0xC9));
     EXPECT_EQ(Read(size), 400);
     EXPECT_EQ(out, Counting(1)) << "there is room for the first chunk alone";

@@ -24,8 +24,8 @@ std::string Repeated(const std::string& text, int count) {
 }
 
 TEST_F(TStorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
-  sp.Expect(Ipmi(1, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x13, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x01, 0x01, 0, 0,
-                     0,    0,    0,    0,    0,    'c',  'p',  'u',  '_',  'e',  'r',  'r'})
+  sp.Expect(Ipmi(1, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x13, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x01, 0x01,
+                     0,    0,    0,    0,    0,    0,    0,    'c',  'p',  'u',  '_',  'e',  'r',  'r'})
                 .Answers(OemData({0x11, 0x22, 0x33, 0x44})));
   EXPECT_TRUE(plugin.OpenStorageArea(handle, "cpu_err", Node(1)));
   EXPECT_EQ(TBytes(handle, handle + 4), (TBytes{0x11, 0x22, 0x33, 0x44}));
@@ -59,9 +59,8 @@ TEST_F(TStorageArea, OpenTakesTheHandleFromAShortAnswerAsZeros) {
 TEST_F(TStorageArea, AnEmptyNameIsSentAsZeros) {
   sp.Expect(Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0C, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01}).Fails(0xCB));
   plugin.OpenStorageArea(handle, "", Node(0));
-  EXPECT_EQ(logger.Lines()[1],
-            Debug("OpenStorageArea IPMI command data:OpenStorageArea IPMI command data:21bits\n"
-                  "01 20 2e 00 90 0c 00 00 00 39 30 00 01 01 00 00 00 00 00 00 00 "));
+  EXPECT_EQ(logger.Lines()[1], Debug("OpenStorageArea IPMI command data:OpenStorageArea IPMI command data:21bits\n"
+                                     "01 20 2e 00 90 0c 00 00 00 39 30 00 01 01 00 00 00 00 00 00 00 "));
 }
 
 TEST_F(TStorageArea, ANameOf25CharactersFillsTheField) {
@@ -69,8 +68,10 @@ TEST_F(TStorageArea, ANameOf25CharactersFillsTheField) {
   request.insert(request.end(), 25, 'x');
   sp.Expect(Ipmi(0, request).Fails(0xCB));
   plugin.OpenStorageArea(handle, std::string(25, 'x'), Node(0));
-  EXPECT_TRUE(logger.Lines()[1].message.ends_with("46bits\n01 20 2e 00 90 25 00 00 00 39 30 00 01 01 00 00 00 00 00 "
-                                                  "00 00 " + Repeated("78 ", 25)));
+  EXPECT_TRUE(
+      logger.Lines()[1].message.ends_with("46bits\n01 20 2e 00 90 25 00 00 00 39 30 00 01 01 00 00 00 00 00 "
+                                          "00 00 " +
+                                          Repeated("78 ", 25)));
 }
 
 TEST_F(TStorageArea, ALongerNameIsCutWhileByteFiveCountsItWhole) {
@@ -79,8 +80,10 @@ TEST_F(TStorageArea, ALongerNameIsCutWhileByteFiveCountsItWhole) {
   request.insert(request.end(), 25, 'x');
   sp.Expect(Ipmi(0, request).Fails(0xCB));
   plugin.OpenStorageArea(handle, std::string(30, 'x'), Node(0));
-  EXPECT_TRUE(logger.Lines()[1].message.ends_with("51bits\n01 20 2e 00 90 2a 00 00 00 39 30 00 01 01 00 00 00 00 00 "
-                                                  "00 00 " + Repeated("78 ", 25) + Repeated("00 ", 5)));
+  EXPECT_TRUE(
+      logger.Lines()[1].message.ends_with("51bits\n01 20 2e 00 90 2a 00 00 00 39 30 00 01 01 00 00 00 00 00 "
+                                          "00 00 " +
+                                          Repeated("78 ", 25) + Repeated("00 ", 5)));
 }
 
 TEST_F(TStorageArea, ByteFiveIsTheLowByteOfTheLength) {
@@ -104,8 +107,8 @@ TEST_F(TStorageArea, ByteFiveIsTheLowByteOfTheLength) {
 }
 
 TEST_F(TStorageArea, QuerySendsTheNameAndReadsALittleEndianSize) {
-  sp.Expect(Ipmi(2, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0B, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x06, 'z', 'y', 'n', '_',
-                     'e', 'r', 'r'})
+  sp.Expect(Ipmi(2, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0B, 0x00, 0x00, 0x00, 0x39,
+                     0x30, 0x00, 0x06, 'z',  'y',  'n',  '_',  'e',  'r',  'r'})
                 .Answers(OemData({0x15, 0xCD, 0x5B, 0x07})));
   int size = -1;
   EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "zyn_err", Node(2)));
@@ -143,9 +146,9 @@ TEST_F(TStorageArea, QueryFailsSilentlyAndLeavesTheSize) {
 }
 
 TEST_F(TStorageArea, CloseSendsTheHandleAndTracesSixZerosMore) {
-  sp.Expect(Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x08, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x05, 0xA1, 0xB2, 0xC3,
-                     0xD4})
-                .Answers(OemData({})));
+  sp.Expect(
+      Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x08, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x05, 0xA1, 0xB2, 0xC3, 0xD4})
+          .Answers(OemData({})));
   plugin.CloseStorageArea(handle, Node(0));
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{Debug("Enter CloseStorageArea funtion"),

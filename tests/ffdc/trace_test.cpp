@@ -33,8 +33,7 @@ class TCaptureTrace : public TPluginTest {
 
 TEST_F(TCaptureTrace, ThreeFilesOfTwoNodesWithEveryKindOfFailure) {
   ExpectOpen("cpu_err", 0);
-  sp.Expect({Size("cpu_err").Answers(SizeData(12)),
-             Read(kOne, 0, 10).Answers(ReadData({0, 1, 2, 3, 4, 5, 6, 7, 8, 9})),
+  sp.Expect({Size("cpu_err").Answers(SizeData(12)), Read(kOne, 0, 10).Answers(ReadData({0, 1, 2, 3, 4, 5, 6, 7, 8, 9})),
              Read(kOne, 10, 2).Answers(ReadData({0xFE, 0xFF})), ExpectedClose(0)});
   sp.Expect(Open("cpu_err", 1).Fails(0xCB));
 

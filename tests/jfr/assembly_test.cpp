@@ -51,17 +51,16 @@ TEST_F(TBlockAssembly, TwoServiceProcessorsWithThreeInstancesShareOneIdentity) {
 
 TEST_F(TBlockAssembly, TheTraceAroundABlock) {
   Collect(0, {Block(0)});
-  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Class supports 0 instances on this machine"),
-                                                Debug("fSPInstances = 1."),
-                                                Verbose("sendCommand CmdStatus return 1with a returnDataLen of 4096"),
-                                                Debug("Returned Data:\n"),
-                                                Debug(DumpText(TBlock().Bytes(), 4097))}));
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{Debug("Class supports 0 instances on this machine"), Debug("fSPInstances = 1."),
+                                Verbose("sendCommand CmdStatus return 1with a returnDataLen of 4096"),
+                                Debug("Returned Data:\n"), Debug(DumpText(TBlock().Bytes(), 4097))}));
 }
 
 TEST_F(TBlockAssembly, NoServiceProcessorMeansTwoLines) {
   EXPECT_TRUE(Collect(3, {}).empty());
-  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Class supports 3 instances on this machine"),
-                                                Debug("fSPInstances = 0.")}));
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{Debug("Class supports 3 instances on this machine"), Debug("fSPInstances = 0.")}));
 }
 
 TEST_F(TBlockAssembly, ThreeHundredServiceProcessorsAreFortyFour) {
@@ -159,7 +158,8 @@ TEST_F(TBlockAssembly, AnotherStatusGoesOnWithTheNextInstance) {
   const TMaps maps = Collect(3, {Block(0)});
   EXPECT_EQ(maps.size(), 1U) << "the first is dropped, the second failed, the third stays";
   EXPECT_EQ(calls, 3);
-  EXPECT_EQ(logger.Count(Debug("Unable to create chip instance due to caught exception Type mismatch (status 13).")), 1U);
+  EXPECT_EQ(logger.Count(Debug("Unable to create chip instance due to caught exception Type mismatch (status 13).")),
+            1U);
 }
 
 TEST_F(TBlockAssembly, Status21FromTheHostEndsTheServiceProcessorToo) {
@@ -172,7 +172,8 @@ TEST_F(TBlockAssembly, Status21FromTheHostEndsTheServiceProcessorToo) {
 }
 
 TEST_F(TBlockAssembly, AnExceptionOutsideTheInstancesReturnsWhatThereIs) {
-  logger.FailAt("Returned Data:\n", [] { throw TVELException(1); }, 2);
+  logger.FailAt(
+      "Returned Data:\n", [] { throw TVELException(1); }, 2);
   const TMaps maps = Collect(2, {Block(0), Block(1)});
   EXPECT_EQ(maps.size(), 2U);
   EXPECT_EQ(logger.Lines().back(),
@@ -235,11 +236,10 @@ TEST_F(TIdentity, AnyInstanceNumberIsWritten) {
   EXPECT_EQ(Text(info, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7");
   EXPECT_EQ(Text(info, "ElementName"), "PCI I/O bridge,7");
   EXPECT_EQ(Text(info, "MachineType"), "6203");
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{Verbose("In getCIMInstanceInfo()"),
-                                Verbose("chipDesc | instancdID = PCI I/O bridge,7 | "
-                                        "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7"),
-                                Verbose("Completed getCIMInstanceInfo()")}));
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Verbose("In getCIMInstanceInfo()"),
+                                                Verbose("chipDesc | instancdID = PCI I/O bridge,7 | "
+                                                        "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7"),
+                                                Verbose("Completed getCIMInstanceInfo()")}));
 }
 
 TEST_F(TIdentity, TheMachineTypeIsTheNamespacesOfTheRequestedClass) {

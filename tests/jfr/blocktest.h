@@ -28,7 +28,9 @@ class TBlock {
   TBlock& WithoutTime() { return Put(2, {0, 0}).Put(2042, {0, 0}); }
   /// Takes the day out of the first copy and writes 2001-02-03 04:05:06 into the second.
   TBlock& TimeInSecondCopy() { return Put(3, {0}).Put(2040, {0xAA, 1, 2, 3, 4, 5, 6}); }
-  TBytes First(std::size_t count) const { return TBytes(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(count)); }
+  TBytes First(std::size_t count) const {
+    return TBytes(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(count));
+  }
   const TBytes& Bytes() const { return bytes_; }
   unsigned char* Data() { return bytes_.data(); }
 
@@ -60,7 +62,8 @@ class TBlockTest : public TPartTest {
   /// Adds the class and makes its collector, which sees the host through `probe`.
   torgareg::TJFRErrorData& Collector(const TClassBuilder& definition, const std::string& base = kBridgeBase) {
     requested = probe.Wrap(boost::shared_ptr<NKROVEL20::ICIMClass>(ns->AddClass(definition)));
-    collector = std::make_unique<torgareg::TJFRErrorData>(boost::shared_ptr<NKROVEL20::ICIMClass>(Class(base)), requested);
+    collector =
+        std::make_unique<torgareg::TJFRErrorData>(boost::shared_ptr<NKROVEL20::ICIMClass>(Class(base)), requested);
     logger.Clear();
     return *collector;
   }

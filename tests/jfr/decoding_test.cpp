@@ -24,8 +24,7 @@ class TBlockTime : public TBlockTest {
 TEST_F(TBlockTime, ComesFromTheFirstCopy) {
   EXPECT_EQ(Time(), "20241231235958.000000+000");
   // Eight values: the header's seven bytes and the one behind them.
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{Debug("TimeStamp rawdata: \n"), Debug("\n0 24 12 31 23 59 58 7 \n")}));
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("TimeStamp rawdata: \n"), Debug("\n0 24 12 31 23 59 58 7 \n")}));
 }
 
 TEST_F(TBlockTime, AMonthOrDayOfZeroTurnsToTheSecondCopy) {
@@ -111,8 +110,7 @@ TEST_F(TRecord, ARecordOverTheEndIsFilledWith48) {
   EXPECT_EQ(Decoded(255, 1), (TNumbers{0xFF, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}));
   StartAnew();
   // The second copy: 4088 to 4098, eight bytes of the block and three of fill.
-  EXPECT_EQ(InSecondCopy(255, 1),
-            (TNumbers{0xF8, 0xF9, 0xFA, 32, 61, 32, 0xFB, 0xFC, 0xFD, 0xFE, 0xFF, 48, 48, 48}));
+  EXPECT_EQ(InSecondCopy(255, 1), (TNumbers{0xF8, 0xF9, 0xFA, 32, 61, 32, 0xFB, 0xFC, 0xFD, 0xFE, 0xFF, 48, 48, 48}));
 }
 
 TEST_F(TRecord, ARecordBeyondTheEndIsAllFill) {
@@ -150,7 +148,8 @@ TEST_F(TRecord, MaxLenIsLookedUpBehindIndexAndSteersNothing) {
   const auto property = Property("R");
   probe.Clear();
   EXPECT_EQ(NumbersOf(collector->getRegisterData(property, block.Data(), 0)).size(), 14U);
-  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{"R.GetType() {}", "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
+  EXPECT_EQ(probe.Calls(),
+            (std::vector<std::string>{"R.GetType() {}", "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
 }
 
 TEST_F(TRecord, AnAbsentIndexAsserts) {

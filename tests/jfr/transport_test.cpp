@@ -10,8 +10,7 @@ namespace {
 using namespace NKROVEL20;
 using namespace testsupport;
 
-const char* const kUnable =
-    "Unable to communicate with system management hardware. Could not collect register data.";
+const char* const kUnable = "Unable to communicate with system management hardware. Could not collect register data.";
 
 class TDotTransport : public TPartTest {
  protected:
@@ -139,9 +138,10 @@ TEST_F(TUncalledRequests, RegisterAnswersOfEveryLength) {
     EXPECT_EQ(ReadRegister(), 9 + count >= 23);
     EXPECT_EQ(length, count >= 14 ? count : 9 + count);
     EXPECT_EQ(value, count >= 14 ? (TBytes{7, 8, 9, 10, 11, 12, 13, 14, 0x77}) : TBytes(9, 0x77));
-    EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Entered torgareg request."),
-                                                  Verbose("command completed checking success...\n"
-                                                          "\nThe response length is " + std::to_string(9 + count))}));
+    EXPECT_EQ(logger.Lines(),
+              (std::vector<TLine>{Debug("Entered torgareg request."), Verbose("command completed checking success...\n"
+                                                                              "\nThe response length is " +
+                                                                              std::to_string(9 + count))}));
   }
 }
 
@@ -186,7 +186,8 @@ TEST_F(TUncalledRequests, LengthsThatLie) {
     bool good;
     unsigned short length;
   };
-  for (const TCase& one : {TCase{22, false, 22}, TCase{23, true, 14}, TCase{70000, true, 14}, TCase{-1, false, 65535}}) {
+  for (const TCase& one :
+       {TCase{22, false, 22}, TCase{23, true, 14}, TCase{70000, true, 14}, TCase{-1, false, 65535}}) {
     sp.Expect(RegisterStep().Answers(Counting(14)).WithLength(one.lie));
     EXPECT_EQ(ReadRegister(), one.good);
     EXPECT_EQ(length, one.length);

@@ -8,7 +8,7 @@
 namespace torgareg {
 namespace {
 
-std::vector<const std::string*> Constants() {
+std::vector<const std::string*> Constants(){
 #include "tests/plugin/constantslist.inc"
 }
 

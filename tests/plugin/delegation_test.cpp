@@ -18,7 +18,8 @@ using namespace testsupport;
 class TDelegation : public TPluginTest {
  protected:
   TDelegation() { ns->AddClass(TClassBuilder("BASE")); }
-  void AddSubClass(const std::string& name, const std::vector<std::string>& machines, const std::string& super = "BASE") {
+  void AddSubClass(const std::string& name, const std::vector<std::string>& machines,
+                   const std::string& super = "BASE") {
     ns->AddClass(TClassBuilder(name, super).Machines(machines));
   }
   std::string Delegate(const std::string& machineType) { return plugin.delegateRequest(Class("BASE"), machineType); }
@@ -84,9 +85,7 @@ TEST_F(TDelegation, ASubClassWithoutTheQualifierAsserts) {
   EXPECT_EQ(Delegate("6101"), "A") << "the search ends before it";
 }
 
-TEST_F(TDelegation, AMissingBaseClassAsserts) {
-  EXPECT_THROW(plugin.delegateRequest({}, "6203"), TAssertionFailure);
-}
+TEST_F(TDelegation, AMissingBaseClassAsserts) { EXPECT_THROW(plugin.delegateRequest({}, "6203"), TAssertionFailure); }
 
 TEST_F(TDelegation, AnEmptyPointerInTheEnumerationAsserts) {
   THostProbe probe;
@@ -112,9 +111,9 @@ TEST_F(TDelegation, AsksTheHostWithFlagOneAndEmptyContextsAndLogsNothing) {
   AddSubClass("C", {"6203"});
   THostProbe probe;
   EXPECT_EQ(plugin.delegateRequest(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("BASE"))), "6203"), "B");
-  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{
-                               "BASE.EnumerateSubClasses(1) {}", "A.GetQualifier(SupportedMachineTypes) {}",
-                               "B.GetQualifier(SupportedMachineTypes) {}", "B.GetName() {}"}));
+  EXPECT_EQ(probe.Calls(),
+            (std::vector<std::string>{"BASE.EnumerateSubClasses(1) {}", "A.GetQualifier(SupportedMachineTypes) {}",
+                                      "B.GetQualifier(SupportedMachineTypes) {}", "B.GetName() {}"}));
   EXPECT_TRUE(logger.Lines().empty());
 }
 

@@ -26,12 +26,11 @@ TEST_F(TDispatch, AnEmptyRequestStillSearchesTheDelegates) {
 TEST_F(TDispatch, ADelegateIsLoggedAsItJoinsListAndMap) {
   AddDelegate("Memory6101", "KROSG_MEMCTL_StatisticData");
   GetData({});
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{Debug("Collecting delegates for class KROSG_PCIIOBRIDGE_StatisticData"),
-                                Debug("Collecting delegates for class KROSG_MEMCTL_StatisticData"),
-                                Debug("Adding class Memory6101 in Class list"),
-                                Debug("Adding class Memory6101 in child map"),
-                                Debug("Collecting delegates for class KROSG_L3Cache_StatisticData")}));
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Collecting delegates for class KROSG_PCIIOBRIDGE_StatisticData"),
+                                                Debug("Collecting delegates for class KROSG_MEMCTL_StatisticData"),
+                                                Debug("Adding class Memory6101 in Class list"),
+                                                Debug("Adding class Memory6101 in child map"),
+                                                Debug("Collecting delegates for class KROSG_L3Cache_StatisticData")}));
 }
 
 TEST_F(TDispatch, ADelegateIsCollectedByTheJfrPath) {

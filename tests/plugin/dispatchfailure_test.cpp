@@ -56,8 +56,8 @@ TEST_F(TDispatchFailure, MachineTypesThatAreNoArrayAreTheHostsToRefuse) {
 
 TEST_F(TDispatchFailure, EarlierInstancesStayAndLaterClassesAreNotServed) {
   ExpectOneInstance();
-  std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_VO_MEMCTL_StatisticData"), {},
-                                                       Class("KROSG_T4_MEMCTL_StatisticData")};
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {
+      Class("KROSG_VO_MEMCTL_StatisticData"), {}, Class("KROSG_T4_MEMCTL_StatisticData")};
   EXPECT_THROW(plugin.GetData(ns, classes), TAssertionFailure);
   ASSERT_EQ(committed.size(), 1U);
   EXPECT_EQ(committed[0]->Class().Name(), "KROSG_VO_MEMCTL_StatisticData");

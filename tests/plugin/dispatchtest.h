@@ -18,7 +18,8 @@ class TDispatchTest : public TPluginTest {
     }
     for (const char* const name : {"KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData",
                                    "KROSG_VO_MEMCTL_StatisticData", "KROSG_VO_PCIIOBRIDGE_StatisticData"}) {
-      ns->AddClass(TClassBuilder(name, "KROSG_StatisticBase").Machines({"6101"}).MaxInstances(1).Register("R", 0x10, 8));
+      ns->AddClass(
+          TClassBuilder(name, "KROSG_StatisticBase").Machines({"6101"}).MaxInstances(1).Register("R", 0x10, 8));
     }
     AddCaptureClass();
     ns->AddClass(TClassBuilder("KROSG_Other"));

@@ -48,9 +48,8 @@ TEST_F(TInstanceBuilder, AnEmptyMapYieldsNoInstance) {
   ASSERT_EQ(committed.size(), 1U);
   EXPECT_EQ(TextOf(*committed[0], "A"), "one");
   EXPECT_EQ(TextOf(*committed[0], "B"), "two");
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{kFirst, Verbose("valueIt->first = A. valueIt->second = one."),
-                                Verbose("valueIt->first = B. valueIt->second = two."), kLast}));
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, Verbose("valueIt->first = A. valueIt->second = one."),
+                                                Verbose("valueIt->first = B. valueIt->second = two."), kLast}));
 }
 
 TEST_F(TInstanceBuilder, TheVerboseLineHasNoBlanksOfItsOwn) {
@@ -97,24 +96,23 @@ TEST_F(TInstanceBuilder, TheHostIsCalledInOrderWithEmptyContexts) {
   THostProbe probe;
   SetCurrentClass(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("CHIP"))));
   plugin.buildCIMInstances({{{"B", TCIMValue("b")}, {"A", TCIMValue("a")}}, {}, {{"A", TCIMValue("c")}}});
-  EXPECT_EQ(probe.Calls(),
-            (std::vector<std::string>{"CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
-                                      "CHIP instance.SetProperty(B) {}", "CHIP instance.Commit() {}",
-                                      "CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
-                                      "CHIP instance.Commit() {}"}));
+  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{"CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
+                                                     "CHIP instance.SetProperty(B) {}", "CHIP instance.Commit() {}",
+                                                     "CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
+                                                     "CHIP instance.Commit() {}"}));
   SetCurrentClass({});
 }
 
 TEST_F(TInstanceBuilder, TheLineOfAPropertyComesBeforeItIsSet) {
   EXPECT_THROW(plugin.buildCIMInstances({{{"Unknown", TCIMValue("x")}}}), TVELException);
-  EXPECT_EQ(logger.Lines(),
-            (std::vector<TLine>{kFirst, Verbose("valueIt->first = Unknown. valueIt->second = x.")}));
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, Verbose("valueIt->first = Unknown. valueIt->second = x.")}));
 }
 
 TEST_F(TInstanceBuilder, AFailureDropsTheInstanceAndKeepsTheEarlierOnes) {
-  EXPECT_THROW(plugin.buildCIMInstances(
-                   {{{"A", TCIMValue("1")}}, {{"A", TCIMValue("2")}, {"Data", TCIMValue("scalar")}}, {{"A", TCIMValue("3")}}}),
-               TVELException);
+  EXPECT_THROW(
+      plugin.buildCIMInstances(
+          {{{"A", TCIMValue("1")}}, {{"A", TCIMValue("2")}, {"Data", TCIMValue("scalar")}}, {{"A", TCIMValue("3")}}}),
+      TVELException);
   ASSERT_EQ(committed.size(), 1U);
   EXPECT_EQ(TextOf(*committed[0], "A"), "1");
   EXPECT_EQ(logger.Count(kLast), 0U);

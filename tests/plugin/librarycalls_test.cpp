@@ -88,7 +88,8 @@ bool SPLibrary::sendDotCommand(dotCmd* command, unsigned char* response, int* re
                                int bufferSize) {
   library.calls.push_back("dot " + std::to_string(spIndex) + " " + std::to_string(bufferSize) + " " +
                           std::to_string(command->GetIdentifier().size()) + " " +
-                          std::to_string(command->GetParameters().size()) + " length " + std::to_string(*responseLength));
+                          std::to_string(command->GetParameters().size()) + " length " +
+                          std::to_string(*responseLength));
   response[0] = 0x5A;
   *responseLength = 1;
   return true;
@@ -155,7 +156,8 @@ TEST_F(TLibraryCalls, TheUncalledRequestsPresetZero) {
 TEST_F(TLibraryCalls, ALengthThatAFailedExchangeLeavesIsHandedOn) {
   IPMIRequestTorgaReg registers;
   TNOVRequestTorgaReg dots;
-  for (const auto& [left, handedOn] : std::vector<std::pair<int, unsigned short>>{{77, 77}, {70000, 4464}, {-1, 65535}}) {
+  for (const auto& [left, handedOn] :
+       std::vector<std::pair<int, unsigned short>>{{77, 77}, {70000, 4464}, {-1, 65535}}) {
     library.answer = [left = left](unsigned char*, int* responseLength) {
       *responseLength = left;
       return false;
@@ -299,10 +301,10 @@ TEST_F(TLibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
   library.noMemory = true;
   EXPECT_TRUE(collector.getData().empty());
   library.noMemory = false;
-  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Class supports 1 instances on this machine"),
-                                                Debug("fSPInstances = 1."),
-                                                Debug("Unable to retrieve engineering information."),
-                                                Verbose("Failed to allocate memory to store register data.")}));
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{Debug("Class supports 1 instances on this machine"), Debug("fSPInstances = 1."),
+                                Debug("Unable to retrieve engineering information."),
+                                Verbose("Failed to allocate memory to store register data.")}));
 }
 
 TEST_F(TLibraryCalls, ATimeThatCannotBeBrokenDownIsReportedTwice) {

@@ -11,8 +11,19 @@ namespace {
 
 using namespace testsupport;
 
+// In sanitizer builds libraries stay mapped on purpose, and a library that is mapped is not initialised
+// again: one load per process there.
+#ifdef VELHOST_SANITIZED
+constexpr bool kUnloads = false;
+#else
+constexpr bool kUnloads = true;
+#endif
+
 class TLoadedLibrary : public TCollectorTest {
  protected:
+  void SetUp() override {
+    if (!kUnloads && IsMapped()) GTEST_SKIP() << "loaded before in this process; ctest runs each case alone";
+  }
   TLoadedLibrary() : loader(libraryLoader) {
     AddStatisticBase();
     for (const char* const base :
@@ -57,7 +68,7 @@ TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndWritesNothing) {
 }
 
 TEST_F(TLoadedLibrary, CollectsIsGoneAndComesBack) {
-  for (int round = 0; round < 3; ++round) {
+  for (int round = 0; round < (kUnloads ? 3 : 1); ++round) {
     auto plugin = loader.Load(PLUGIN);
     plugin->Callbacks().Init();
     Collect(*plugin);
@@ -72,9 +83,7 @@ TEST_F(TLoadedLibrary, CollectsIsGoneAndComesBack) {
     EXPECT_TRUE(IsMapped());
     plugin.reset();
     EXPECT_TRUE(logger.Lines().empty());
-#ifndef VELHOST_SANITIZED  // there libraries stay mapped on purpose
-    EXPECT_FALSE(IsMapped()) << "the library is still in the process";
-#endif
+    EXPECT_EQ(IsMapped(), !kUnloads);
   }
 }
 

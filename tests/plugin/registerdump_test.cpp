@@ -16,10 +16,13 @@ using TDump = std::string (*)(const unsigned char*, unsigned long);
 
 class TRegisterDump : public ::testing::TestWithParam<TDump> {
  protected:
-  static std::string Dump(const std::vector<unsigned char>& bytes) { return GetParam()(bytes.data(), bytes.size() - 1); }
+  static std::string Dump(const std::vector<unsigned char>& bytes) {
+    return GetParam()(bytes.data(), bytes.size() - 1);
+  }
 };
 
-INSTANTIATE_TEST_SUITE_P(AllNames, TRegisterDump, ::testing::Values(&printArray, &printArray0, &print2Array, &printArray2));
+INSTANTIATE_TEST_SUITE_P(AllNames, TRegisterDump,
+                         ::testing::Values(&printArray, &printArray0, &print2Array, &printArray2));
 
 TEST_P(TRegisterDump, LastZeroPrintsOneByte) {
   EXPECT_EQ(Dump({7}), "\n7 \n");

@@ -38,9 +38,9 @@ std::size_t SlotOf(TMember member) {
 using TTextQuery = std::string (TTORGARegPluginCallbacks::*)();
 using TVoidCall = void (TTORGARegPluginCallbacks::*)();
 using TRequest = void (TTORGARegPluginCallbacks::*)(boost::shared_ptr<ICIMNamespace>,
-                                                   std::vector<boost::shared_ptr<ICIMClass>>&);
+                                                    std::vector<boost::shared_ptr<ICIMClass>>&);
 using TSecondRequest = void (IPluginBasicQueryCallbacks::*)(boost::shared_ptr<ICIMNamespace>,
-                                                           std::vector<boost::shared_ptr<ICIMClass>>&);
+                                                            std::vector<boost::shared_ptr<ICIMClass>>&);
 
 class TVirtualTable : public TPluginTest {
  protected:

@@ -41,11 +41,11 @@ TEST_F(TAssembly, ElementNamesByClass) {
     const char* name;
     const char* description;
   };
-  for (const TCase& one : {TCase{kVoMemory, "Memory controller with integrated L4 cache module,0"},
-                           TCase{kT4Memory, "Memory controller with integrated L4 cache module,0"},
-                           TCase{kVoBridge, "PCI I/O bridge,0"}, TCase{kT4Bridge, "PCI I/O bridge,0"},
-                           TCase{"KROSG_L3Cache_StatisticData", "PCI I/O bridge,0"},
-                           TCase{"KROSG_MEMCTL_StatisticData", "PCI I/O bridge,0"}}) {
+  for (const TCase& one :
+       {TCase{kVoMemory, "Memory controller with integrated L4 cache module,0"},
+        TCase{kT4Memory, "Memory controller with integrated L4 cache module,0"}, TCase{kVoBridge, "PCI I/O bridge,0"},
+        TCase{kT4Bridge, "PCI I/O bridge,0"}, TCase{"KROSG_L3Cache_StatisticData", "PCI I/O bridge,0"},
+        TCase{"KROSG_MEMCTL_StatisticData", "PCI I/O bridge,0"}}) {
     StartAnew();
     ExpectInstance(std::string(one.name).find("_PCIIO") != std::string::npos ? 1 : 0);
     const auto maps = Collector(Chip(one.name).MaxInstances(1).Register("R", 0x10, 8)).getData();

@@ -45,11 +45,9 @@ TEST_F(TConversion, LabelledFamily) {
 TEST_F(TConversion, ModesBetweenFollowTheSameFormulas) {
   EXPECT_EQ(Convert("4414", kSource, 1),
             (TBytes{0x12, 0x34, 0x56, 0xA6, 0xA5, 0xA4, 0xA3, 0xA2, 0xA1, 0xA0, 0, 0, 0, 0}));
-  EXPECT_EQ(Convert("4414", kSource, 2),
-            (TBytes{0x12, 0x34, 0x56, 0xA5, 0xA4, 0xA3, 0xA2, 0xA1, 0xA0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(Convert("4414", kSource, 2), (TBytes{0x12, 0x34, 0x56, 0xA5, 0xA4, 0xA3, 0xA2, 0xA1, 0xA0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(Convert("4414", kSource, 3), (TBytes{0x12, 0x34, 0x56, 0xA4, 0xA3, 0xA2, 0xA1, 0xA0, 0, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(Convert("", kSource, 1),
-            (TBytes{0x12, 0x34, 0x56, 0xAB, 0xAA, 0xA9, 0xA8, 0xA7, 0xA6, 0xA2, 0, 0, 0, 0}));
+  EXPECT_EQ(Convert("", kSource, 1), (TBytes{0x12, 0x34, 0x56, 0xAB, 0xAA, 0xA9, 0xA8, 0xA7, 0xA6, 0xA2, 0, 0, 0, 0}));
   EXPECT_EQ(Convert("", kSource, 2), (TBytes{0x12, 0x34, 0x56, 0xAA, 0xA9, 0xA8, 0xA7, 0xA6, 0xA2, 0, 0, 0, 0, 0}));
   EXPECT_EQ(Convert("", kSource, 3), (TBytes{0x12, 0x34, 0x56, 0xA9, 0xA8, 0xA7, 0xA6, 0xA2, 0, 0, 0, 0, 0, 0}));
 }
@@ -67,7 +65,8 @@ TEST_F(TConversion, OnlyFourteenBytesAreConverted) {
 }
 
 TEST_F(TConversion, FourMachineTypesAreOfTheEightByteFamily) {
-  for (const char* const type : {"4411", "4414", "4523", "4524"}) EXPECT_EQ(Convert(type, kSource, 0)[10], 0xA0) << type;
+  for (const char* const type : {"4411", "4414", "4523", "4524"})
+    EXPECT_EQ(Convert(type, kSource, 0)[10], 0xA0) << type;
   for (const char* const type : {"", "6203", "4412", "441", "44111", " 4411", "4525"}) {
     EXPECT_EQ(Convert(type, kSource, 0)[10], 0xA2) << type;
   }

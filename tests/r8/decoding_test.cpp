@@ -71,7 +71,8 @@ TEST_F(TDecoding, OnlyMaxLenFourIs32Bits) {
 TEST_F(TDecoding, MaxLenIsConvertedAsTheHostConverts) {
   SetMachineType("4411");
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
-  EXPECT_EQ(NumbersOf(Value(Chip().Array("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(), 0xEFU);
+  EXPECT_EQ(NumbersOf(Value(Chip().Array("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(),
+            0xEFU);
 }
 
 TEST_F(TDecoding, AnswersOfEveryLengthInBothFamilies) {
@@ -91,8 +92,8 @@ TEST_F(TDecoding, AnswersOfEveryLengthInBothFamilies) {
       } else {
         EXPECT_EQ(NumbersOf(value), kDecoded) << machineType << " " << count;
         const std::uint8_t behind = count > 14 ? 0x99 : 0;
-        const TBytes record = raw ? TBytes{1, 2, 3, 4, 5, 6, 7, 8}
-                                  : TBytes{0x85, 0x86, 1, ' ', '=', ' ', 2, 3, 4, 5, 6, 7, 8, behind};
+        const TBytes record =
+            raw ? TBytes{1, 2, 3, 4, 5, 6, 7, 8} : TBytes{0x85, 0x86, 1, ' ', '=', ' ', 2, 3, 4, 5, 6, 7, 8, behind};
         EXPECT_EQ(logger.Count(Debug("Contents of registerData:\n" + DumpText(record, 15))), 1U) << count;
       }
     }
@@ -110,14 +111,13 @@ TEST_F(TDecoding, TheTraceOfOneRegister) {
   std::vector<TLine> lines = logger.Lines();
   ASSERT_EQ(lines.size(), 8U);
   lines.erase(lines.begin() + 2);  // the transport's transcript
-  EXPECT_EQ(lines,
-            (std::vector<TLine>{
-                Debug("R\n\t at 11259375 with length 8\nAbout to call the BMC.. \n1MachineType = 4411\n"),
-                Debug("Entered torgareg request."),
-                Debug("Contents of registerData:\n\n1 2 3 4 5 6 7 8 \n0 0 0 0 0 0 0 \n"),
-                Debug("Displaying messenger\n"), Debug("171 205 239 8 7 6 5 4 3 2 1 0 0 0 "),
-                Debug("Size of cimvalues 14"),
-                Debug("Register data value {171, 205, 239, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}")}));
+  EXPECT_EQ(
+      lines,
+      (std::vector<TLine>{
+          Debug("R\n\t at 11259375 with length 8\nAbout to call the BMC.. \n1MachineType = 4411\n"),
+          Debug("Entered torgareg request."), Debug("Contents of registerData:\n\n1 2 3 4 5 6 7 8 \n0 0 0 0 0 0 0 \n"),
+          Debug("Displaying messenger\n"), Debug("171 205 239 8 7 6 5 4 3 2 1 0 0 0 "), Debug("Size of cimvalues 14"),
+          Debug("Register data value {171, 205, 239, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}")}));
 }
 
 TEST_F(TDecoding, TheTraceOfAFailedRegister) {
@@ -125,11 +125,11 @@ TEST_F(TDecoding, TheTraceOfAFailedRegister) {
   std::vector<TLine> lines = logger.Lines();
   lines.erase(lines.begin() + 2);
   // The line of all bytes is empty and dropped.
-  EXPECT_EQ(lines, (std::vector<TLine>{
-                       Debug("R\n\t at 11259375 with length 14\nAbout to call the BMC.. \n1MachineType = \n"),
-                       Debug("Entered torgareg request."), Debug("Command sent to the BMC failed."),
-                       Debug("Contents of registerData:\n\n0 \n"), Debug("Displaying messenger\n"),
-                       Debug("Size of cimvalues 0"), Debug("Register data value ")}));
+  EXPECT_EQ(lines,
+            (std::vector<TLine>{Debug("R\n\t at 11259375 with length 14\nAbout to call the BMC.. \n1MachineType = \n"),
+                                Debug("Entered torgareg request."), Debug("Command sent to the BMC failed."),
+                                Debug("Contents of registerData:\n\n0 \n"), Debug("Displaying messenger\n"),
+                                Debug("Size of cimvalues 0"), Debug("Register data value ")}));
 }
 
 TEST_F(TDecoding, ANegativeIndexReadsNothing) {
@@ -168,8 +168,8 @@ TEST_F(TDecoding, TheTopAddressByteIsLostEverywhere) {
 
 TEST_F(TDecoding, TheDeclaredTypeIsKept) {
   sp.Expect(Register(0, 0xABCDEF).Answers(OneToEight()));
-  const TCIMValue value = Value(
-      Chip().Array("R", {{"Offset", Number(TType::kUint32, 0xABCDEF)}, {"MaxLen", Number(TType::kUint32, 8)}}, TType::kUint16));
+  const TCIMValue value = Value(Chip().Array(
+      "R", {{"Offset", Number(TType::kUint32, 0xABCDEF)}, {"MaxLen", Number(TType::kUint32, 8)}}, TType::kUint16));
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint16);
   EXPECT_EQ(NumbersOf(value), kDecoded);
 }
@@ -192,7 +192,8 @@ TEST_F(TDecoding, ANullOffsetReadsAddressZero) {
 TEST_F(TDecoding, AnAbsentQualifierAsserts) {
   EXPECT_THROW(Value(Chip().Array("R", {{"MaxLen", Number(TType::kUint32, 8)}})), TAssertionFailure);
   collector.reset();
-  EXPECT_THROW(Value(Chip(kVoBridge).Array("R", {{"Offset", Number(TType::kUint32, 1)}}), 0, kVoBridge), TAssertionFailure);
+  EXPECT_THROW(Value(Chip(kVoBridge).Array("R", {{"Offset", Number(TType::kUint32, 1)}}), 0, kVoBridge),
+               TAssertionFailure);
   EXPECT_TRUE(logger.Lines().empty()) << "no read takes place";
 }
 
@@ -218,7 +219,7 @@ TEST_F(TDecoding, TheHostIsAskedInOrderAndForTheMachineTypeOncePerUse) {
   const std::string className = kVoMemory;
   EXPECT_EQ(probe.Calls(),
             (std::vector<std::string>{className + ".GetNamespace() {}", "namespace.GetMachineType()",  // the family
-                                      className + ".GetName() {}",                                     // the chip selector
+                                      className + ".GetName() {}",  // the chip selector
                                       "R.GetName() {}", "R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
                                       className + ".GetNamespace() {}", "namespace.GetMachineType()",  // the conversion
                                       "R.GetType() {}"}));

@@ -69,12 +69,11 @@ TEST_F(TOffsets, WithoutAddressesNothingIsReadOrListed) {
 TEST_F(TOffsets, TheTranscriptGrowsFromAddressToAddress) {
   SetMachineType("4523");
   Value({true, false});
-  const std::string first =
-      "R\n\t at 1114112 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n";
-  EXPECT_EQ(logger.StartingWith("R\n\t"),
-            (std::vector<TLine>{
-                Debug(first),
-                Debug(first + " at 1114113 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n")}));
+  const std::string first = "R\n\t at 1114112 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n";
+  EXPECT_EQ(
+      logger.StartingWith("R\n\t"),
+      (std::vector<TLine>{
+          Debug(first), Debug(first + " at 1114113 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n")}));
 }
 
 TEST_F(TOffsets, TheRecordIsZeroedBeforeEachRead) {

@@ -46,7 +46,9 @@ class TClassBuilder {
   TClassBuilder& Machines(const std::vector<std::string>& types) {
     return Qualifier("SupportedMachineTypes", Strings(types));
   }
-  TClassBuilder& MaxInstances(std::uint16_t count) { return Qualifier("MaxInstanceCount", Number(TType::kUint16, count)); }
+  TClassBuilder& MaxInstances(std::uint16_t count) {
+    return Qualifier("MaxInstanceCount", Number(TType::kUint16, count));
+  }
 
   /// A scalar property without qualifiers.
   TClassBuilder& Scalar(const std::string& name, TType type) {

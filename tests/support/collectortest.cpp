@@ -20,8 +20,7 @@ TCollectorTest::TCollectorTest() : pluginManager(boost::make_shared<TFakePluginM
   THostServices::SetPluginManager(pluginManager);
   TServiceProcessorHub::Install(&sp, nullptr);
   ns->SetMachineType(environment.machineType);
-  ns->SetCommitCallback(
-      [this](const boost::shared_ptr<const TInstance>& instance) { committed.push_back(instance); });
+  ns->SetCommitCallback([this](const boost::shared_ptr<const TInstance>& instance) { committed.push_back(instance); });
 }
 
 TCollectorTest::~TCollectorTest() {

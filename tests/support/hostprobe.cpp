@@ -151,7 +151,8 @@ boost::shared_ptr<ICIMPropertyDecl> THostProbe::Wrap(const boost::shared_ptr<ICI
 }
 
 void THostProbe::FailAt(const std::string& call, std::int32_t status, int nth) {
-  DoAt(call, [status] { throw TVELException(status); }, nth);
+  DoAt(
+      call, [status] { throw TVELException(status); }, nth);
 }
 
 void THostProbe::DoAt(const std::string& call, std::function<void()> action, int nth) {

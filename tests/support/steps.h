@@ -29,9 +29,9 @@ struct TStep {
 
   bool answered = true;
   std::uint8_t completionCode = NKROVEL20::TIPMICommandBuffer::kSuccess;
-  TBytes data;                            ///< from byte 9 on, or the block
+  TBytes data;                             ///< from byte 9 on, or the block
   std::optional<std::uint8_t> dataLength;  ///< a lie in byte 5
-  std::optional<int> length;              ///< a lie in the length handed back, also beside a lost answer
+  std::optional<int> length;               ///< a lie in the length handed back, also beside a lost answer
   std::chrono::milliseconds delay{0};
   std::function<void()> action;  ///< done before the answer
 
