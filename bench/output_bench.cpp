@@ -1,5 +1,5 @@
-// How fast the output forms are written, beside two yardsticks measured in the same run: copying the
-// same number of bytes, and printing the same bytes with snprintf.
+// How fast the output forms are written, beside two yardsticks measured in the same run: copying, and
+// printing every byte with snprintf.
 //
 // output_bench [INSTANCES], 100000 unless given. The instances are those of a register class with
 // twelve registers of 14 bytes; their text goes to a sink that copies it and drops it.
@@ -7,13 +7,13 @@
 
 #include <array>
 #include <boost/make_shared.hpp>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "bench/benchsupport.h"
 #include "host/core/ciminstance.h"
 #include "host/core/cimnamespace.h"
 #include "host/output/textbuffer.h"
@@ -23,7 +23,6 @@ namespace {
 
 using namespace NKROVEL20;
 using TType = TCIMValue::TCIMType;
-using TClock = std::chrono::steady_clock;
 using TInstances = std::vector<boost::shared_ptr<TInstance>>;
 
 constexpr int kRegisters = 12;
@@ -90,42 +89,31 @@ TInstances MakeInstances(TNamespace& cimNamespace) {
   return instances;
 }
 
-double MegabytesPerSecond(std::size_t bytes, TClock::duration time) {
-  return static_cast<double>(bytes) / 1e6 / std::chrono::duration<double>(time).count();
-}
-
-double MeasureCopy(std::size_t bytes) {
+std::size_t Copy(std::size_t bytes) {
   const std::string block(TTextBuffer::kCapacity, 'x');
   TDroppingSink sink;
-  const auto start = TClock::now();
   while (sink.bytes < bytes) sink.Write(block);
-  return MegabytesPerSecond(sink.bytes, TClock::now() - start);
+  return sink.bytes;
 }
 
-double MeasurePrinting(std::size_t bytes) {
+// Every byte value as snprintf prints it, with a comma.
+std::size_t Print(std::size_t bytes) {
   TDroppingSink sink;
-  const auto start = TClock::now();
   for (unsigned int value = 0; sink.bytes < bytes; ++value) {
     std::array<char, 8> text;
     const int size = std::snprintf(text.data(), text.size(), "%u,", value & 0xFFU);
     sink.Write(std::string_view(text.data(), static_cast<std::size_t>(size)));
   }
-  return MegabytesPerSecond(sink.bytes, TClock::now() - start);
+  return sink.bytes;
 }
 
-struct TMeasurement {
-  std::size_t bytes;
-  double speed;
-};
-
-TMeasurement MeasureForm(EOutputForm form, const TInstances& instances, std::size_t count) {
+std::size_t WriteForm(EOutputForm form, const TInstances& instances, std::size_t count) {
   TDroppingSink sink;
   const auto writer = MakeWriter(form, sink, {});
-  const auto start = TClock::now();
   writer->Begin({"6203", "Engineering Information Collector", "1.0", "1.0"});
   for (std::size_t n = 0; n < count; ++n) writer->Instance(*instances[n % instances.size()], false);
   writer->End({});
-  return {sink.bytes, MegabytesPerSecond(sink.bytes, TClock::now() - start)};
+  return sink.bytes;
 }
 
 long PeakKilobytes() {
@@ -134,22 +122,31 @@ long PeakKilobytes() {
   return usage.ru_maxrss;
 }
 
+void ReportForm(EOutputForm form, const char* target, const TInstances& instances, std::size_t count) {
+  constexpr int kRounds = 3;
+  const double bytes = static_cast<double>(WriteForm(form, instances, 1000)) / 1000 * static_cast<double>(count);
+  const long before = PeakKilobytes();
+  const auto times = bench::Measure({{"form", [&] { WriteForm(form, instances, count); }, bytes},
+                                     {"copying", [] { Copy(std::size_t{1} << 28); }, 0x1p28},
+                                     {"snprintf", [] { Print(std::size_t{1} << 24); }, 0x1p24}},
+                                    kRounds);
+  std::array<char, 160> guide;
+  std::snprintf(guide.data(), guide.size(), "%.0f MB/s; copying %.0f, snprintf %.0f MB/s; %.0f MB, peak memory +%ld kB",
+                1e-6 / times[0], 1e-6 / times[1], 1e-6 / times[2], bytes / 1e6, PeakKilobytes() - before);
+  bench::Report(std::to_string(count) + " instances as " + NameOfForm(form) + ", against snprintf of each byte", target,
+                times[2] / times[0], guide.data());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100000;
   const auto cimNamespace = TNamespace::Create();
   const TInstances instances = MakeInstances(*cimNamespace);
-  const double copy = MeasureCopy(std::size_t{1} << 30);
-  const double printing = MeasurePrinting(std::size_t{1} << 26);
-  std::printf("%zu instances; copying %.0f MB/s, snprintf %.0f MB/s\n", count, copy, printing);
-  for (const EOutputForm form :
-       {EOutputForm::kJson, EOutputForm::kJsonl, EOutputForm::kMof, EOutputForm::kCimXml, EOutputForm::kTable}) {
-    const long before = PeakKilobytes();
-    const TMeasurement result = MeasureForm(form, instances, count);
-    std::printf("%-7s %7.1f MB %7.0f MB/s  %5.2f of copying  %5.2f of snprintf  peak memory +%ld kB\n",
-                NameOfForm(form), static_cast<double>(result.bytes) / 1e6, result.speed, result.speed / copy,
-                result.speed / printing, PeakKilobytes() - before);
-  }
+  ReportForm(EOutputForm::kJson, ">= 100 MB/s", instances, count);
+  ReportForm(EOutputForm::kJsonl, ">= 100 MB/s", instances, count);
+  ReportForm(EOutputForm::kMof, ">= 100 MB/s", instances, count);
+  ReportForm(EOutputForm::kCimXml, ">= 100 MB/s", instances, count);
+  ReportForm(EOutputForm::kTable, "none", instances, count);
   return 0;
 }

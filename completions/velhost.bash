@@ -21,9 +21,10 @@ _velhost_classes() {
 
 _velhost_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2"); }
 
+# compopt comes first: where nothing is being completed it fails, and a value was found all the same.
 _velhost_files() {
-  mapfile -t COMPREPLY < <(compgen -f -- "$1")
   compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen -f -- "$1")
 }
 
 # What an option takes; returns 1 for one that takes nothing or is not known.
@@ -31,8 +32,8 @@ _velhost_value() {
   case $1 in
     --plugin | --schema | --log | -o | --output | --record | --password-file) _velhost_files "$2" ;;
     --capture-dir)
-      mapfile -t COMPREPLY < <(compgen -d -- "$2")
       compopt -o filenames 2>/dev/null
+      mapfile -t COMPREPLY < <(compgen -d -- "$2")
       ;;
     --log-format) _velhost_words "text jsonl" "$2" ;;
     --color | --progress) _velhost_words "auto always never" "$2" ;;
@@ -55,8 +56,8 @@ _velhost_service_processor() {
     set -- ""
   fi
   if [[ $before != ":" ]]; then
-    _velhost_words "sim sim: replay: inband inband:/dev/ipmi lan:" "$1"
     compopt -o nospace 2>/dev/null
+    _velhost_words "sim sim: replay: inband inband:/dev/ipmi lan:" "$1"
   elif [[ $scheme == inband ]]; then
     mapfile -t COMPREPLY < <(compgen -G "/dev/ipmi*" | grep -- "^$1")
   elif [[ $scheme != lan ]]; then

@@ -92,12 +92,11 @@ unsigned char R8ErrorData::getChipSelector(int index) const {
   return isBridge ? static_cast<unsigned char>(index + 1) : 0;
 }
 
-std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propertyName, const TCIMValue& offset,
-                                                      int index, unsigned int& lastAddress) {
+std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propertyName, const std::string& machineType,
+                                                      const TCIMValue& offset, int index, unsigned int& lastAddress) {
   const std::vector<TCIMValue> scalar(offset.IsArray() ? 0 : 1, offset);
   const std::vector<TCIMValue>& addresses =
       offset.IsArray() ? static_cast<const std::vector<TCIMValue>&>(offset) : scalar;
-  const std::string machineType = getMachineType();
   const bool eightByteFamily = isEightByteFamily(machineType);
   std::vector<unsigned char> bytes;
   std::string transcript = propertyName + "\n\t";  // grows from address to address
@@ -125,7 +124,8 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
 TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> property, int index) {
   TCIMValue result;
   std::vector<TCIMValue> values;
-  const unsigned int length = familyLength(isEightByteFamily(getMachineType()));
+  const std::string machineType = getMachineType();
+  const unsigned int length = familyLength(isEightByteFamily(machineType));
   if (index < 0) {
     logger->writeDebug(
         "getRegisterData - Invalid data passed to getRegisterData. Unable to parse data for register value");
@@ -138,7 +138,7 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     }
     const unsigned int maxLen = property->GetQualifier("MaxLen", {})->GetValue();
     unsigned int lastAddress = 0;
-    std::vector<unsigned char> bytes = readAddresses(property->GetName({}), offset, index, lastAddress);
+    std::vector<unsigned char> bytes = readAddresses(property->GetName({}), machineType, offset, index, lastAddress);
     ConvertToBigEndian(&bytes, lastAddress, maxLen == kFoldedMode ? kFoldedMode : 0);
     values.assign(bytes.begin(), bytes.end());
     logger->writeDebug("Displaying messenger\n");

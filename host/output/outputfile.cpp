@@ -113,7 +113,7 @@ TOutputFile::TOutputFile(const std::string& path) : path_(path) {
     return;
   }
   // Renaming would replace a file that its owner has protected.
-  if (exists && ::access(target_.c_str(), W_OK) != 0) FailToCreate(std::strerror(errno));
+  if (exists && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) FailToCreate(std::strerror(errno));
   OpenTemporary();
   if (exists) KeepAttributesOfTarget();
 }

@@ -92,7 +92,7 @@ bool TClassBuilder::MayDerive(TEntry& entry, const TEntry* superEntry) {
   const Mof::TSpan above = entry.syntax->superClass;
   if (above.begin == above.end) return true;
   if (superEntry == nullptr) return CheckClassName(entry.unit, entry.unit.Place(above), entry.unit.Text(above));
-  if (superEntry->depth == limits_.inheritanceDepth) {
+  if (superEntry->built && superEntry->depth == limits_.inheritanceDepth) {
     log_.Error(entry.unit.Place(above), "the class " + entry.unit.Quoted(entry.syntax->name) + " stands below " +
                                             std::to_string(superEntry->depth) + " others, expected at most " +
                                             std::to_string(limits_.inheritanceDepth - 1));

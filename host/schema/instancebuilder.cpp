@@ -24,6 +24,7 @@ std::vector<boost::shared_ptr<TInstance>> TInstanceBuilder::Build(const TNamespa
 
 void TInstanceBuilder::NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax) {
   if (syntax.alias.begin == syntax.alias.end) return;
+  aliasNames_.push_back(unit.Text(syntax.alias));
   if (!aliases_.emplace(unit.Text(syntax.alias), unit.Text(syntax.className)).second) {
     log_.Error(unit.Place(syntax.alias), "the alias " + unit.Quoted(syntax.alias) + " is declared a second time");
   }
@@ -85,7 +86,7 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNam
   if (alias == aliases_.end()) {
     TNearestName nearest(use.unit.Text(use.span));
     if (log_.Shows()) {
-      for (const auto& [candidate, className] : aliases_) nearest.Offer(candidate);
+      for (const std::string_view candidate : aliasNames_) nearest.Offer(candidate);
     }
     log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + nearest.Hint());
     return;

@@ -34,6 +34,7 @@ class TInstanceBuilder {
   TSchemaLog& log_;
   TValueReader values_;
   std::unordered_map<std::string_view, std::string_view, TNameHash, TNameEqual> aliases_;  // to the class
+  std::vector<std::string_view> aliasNames_;  // in declaration order
   std::vector<TAliasUse> uses_;
 };
 

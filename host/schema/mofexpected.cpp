@@ -49,8 +49,6 @@ std::vector<std::string> TExpected::Words() const {
   if (!anyName && Has(TKind::S_FLAVORWORD)) words.emplace_back("a flavor");
   if (element) words.emplace_back("a schema element");
   if (!value && Has(TKind::S_INTEGER)) words.emplace_back("a number");
-  // Another piece of a string can always follow one.
-  if (!value && Has(TKind::S_STRING) && tokens_.size() == 1) words.emplace_back("a string");
   for (const TWord& word : kWords) {
     const bool isWord = word.text[0] == '\'' && word.text[1] >= 'a';
     const bool isPart = (isWord && (anyName || element)) || (value && word.token == TKind::S_ALIAS);

@@ -86,6 +86,11 @@ TRange TScan::OnePiece(TSpan content, bool escaped) {
   return {static_cast<std::uint32_t>(file_.pieces.size() - 1), 1};
 }
 
+int TScan::Plain(TSpan span, TSemantic& value, int token) {
+  value.span = span;
+  return TooLong(span) ? int{TToken::END} : token;
+}
+
 // Past the escape. A backslash at the end of a line is none: the line's end ends the string.
 std::uint32_t TScan::Escape(std::uint32_t offset) {
   const std::string_view rest = source_.Text().substr(offset);

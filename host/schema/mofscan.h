@@ -41,6 +41,7 @@ class TScan {
 
   // The scanner's actions. Those that return an int return the token.
   int Word(TSpan span, TSemantic& value);
+  int Plain(TSpan span, TSemantic& value, int token);
   // The span of a string is its opening quote's and becomes the whole string's.
   int String(TSpan& span, TSemantic& value);
   // The bytes of a comment up to the end of the line.

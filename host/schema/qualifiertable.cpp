@@ -69,6 +69,7 @@ void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSynt
   } else {
     declared.defaultValue = NullOf(declared.slot);
   }
+  names_.push_back(declared.name);
   if (!declared_.emplace(declared.name, std::move(declared)).second) {
     log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) + " is declared a second time");
   }
@@ -81,7 +82,7 @@ const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TS
   if (mentioned_.count(text) != 0) return nullptr;
   TNearestName nearest(text);
   if (log_.Shows()) {
-    for (const auto& [candidate, declared] : declared_) nearest.Offer(candidate);
+    for (const std::string_view candidate : names_) nearest.Offer(candidate);
   }
   log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + nearest.Hint());
   return nullptr;

@@ -57,6 +57,7 @@ class TQualifierTable {
   TSchemaLog& log_;
   TValueReader values_;
   std::unordered_map<std::string_view, TDeclaredQualifier, TNameHash, TNameEqual> declared_;
+  std::vector<std::string_view> names_;  // in declaration order
 };
 
 }  // namespace NKROVEL20

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "host/output/progress.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
+#include "host/serviceprocessor/recording.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
 #include "host/velhost/collectionrun.h"
 #include "host/velhost/schemaloading.h"
@@ -84,6 +86,30 @@ class TTarget {
   std::unique_ptr<TOutputFile> file_;
 };
 
+// What --record asks for; nothing without it.
+class TRecording {
+ public:
+  TRecording(const std::string& path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment)
+      : plain_(environment) {
+    if (path.empty()) return;
+    file_.emplace(path);
+    recorder_.emplace(*file_, TRecordingHeader{environment.MachineType(), TSystemEnvironment().LocalTime().ToIso8601(),
+                                               ProcessUtcOffsetMinutes(), Discover(serviceProcessor)});
+    recorded_.emplace(environment, *recorder_);
+  }
+  IExchangeObserver* Observer() { return recorder_ ? &*recorder_ : nullptr; }
+  IHostEnvironment& Environment() { return recorded_ ? static_cast<IHostEnvironment&>(*recorded_) : plain_; }
+  void Finish() const {
+    if (recorder_ && recorder_->Failure()) throw THostError(*recorder_->Failure());
+  }
+
+ private:
+  IHostEnvironment& plain_;
+  std::optional<TRecordingFile> file_;
+  std::optional<TRecorder> recorder_;
+  std::optional<TRecordingEnvironment> recorded_;
+};
+
 class TProgress : public IRequestObserver {
  public:
   explicit TProgress(TProgressLine& line) : line_(line) {}
@@ -131,16 +157,21 @@ class TCollection {
     const auto writer = MakeWriter(form, target.Sink(), table);
     const TCollectionSummary summary = Collect(*writer, form == EOutputForm::kJsonl);
     target.Finish();
+    // Only now: a trace or recording that failed must not take what was collected with it.
+    finish_();
     connection_->CheckAfterwards();
     return summary.partial ? EExitStatus::kPartial : EExitStatus::kComplete;
   }
 
  private:
   TCollectionSummary Collect(IInstanceWriter& writer, bool writeAtCommit) {
-    TTrace trace(common_);
+    const auto trace = std::make_shared<TTrace>(common_);
     TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
     TExchangeLedger ledger;
     supervised.AddObserver(ledger);
+    const auto recording =
+        std::make_shared<TRecording>(options_.record, connection_->ServiceProcessor(), *environment_);
+    if (recording->Observer() != nullptr) supervised.AddObserver(*recording->Observer());
     std::optional<TProgressLine> line;
     std::optional<TProgress> progress;
     if (showProgress_) {
@@ -148,13 +179,16 @@ class TCollection {
       supervised.AddObserver(*line);
       progress.emplace(*line);
     }
-    const TInstalledServices services(supervised, stop_, *environment_);
+    const TInstalledServices services(supervised, stop_, recording->Environment());
     TCollectionRun run({PluginPath(), environment_->MachineType(), options_.singleRequest, writeAtCommit}, namespace_,
                        writer, ledger, stop_);
     if (progress) run.SetRequestObserver(*progress);
     if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
     TCollectionSummary summary = run.Run(classes_);
-    trace.Finish();
+    finish_ = [trace, recording] {
+      trace->Finish();
+      recording->Finish();
+    };
     return summary;
   }
 
@@ -171,6 +205,7 @@ class TCollection {
   std::optional<TSessionEnvironment> environment_;
   std::vector<boost::shared_ptr<TCIMClass>> classes_;
   std::optional<TCaptureFolder> captures_;
+  std::function<void()> finish_;  // reports what went wrong beside the output
 };
 
 }  // namespace

@@ -1,8 +1,14 @@
 #include "host/velhost/serverconnection.h"
 
+#include <cstdlib>
+#include <iostream>
+
 #include "host/core/hosterror.h"
 #include "host/serviceprocessor/faultinjector.h"
 #include "host/serviceprocessor/inband/inbandserviceprocessor.h"
+#include "host/serviceprocessor/lan/lanclient.h"
+#include "host/serviceprocessor/recording.h"
+#include "host/serviceprocessor/replay.h"
 #include "host/serviceprocessor/serverfile.h"
 #include "host/serviceprocessor/simulatedserver.h"
 #include "host/smbios/systemsmbios.h"
@@ -57,6 +63,59 @@ class TInbandConnection : public IServerConnection {
   TInbandEnvironment environment_;
 };
 
+class TReplayConnection : public IServerConnection {
+ public:
+  TReplayConnection(const std::string& path, bool timing) : replay_(Open(path)) {
+    replay_->SetTiming(timing);
+    ApplyUtcOffset(replay_->Header().utcOffsetMinutes);
+  }
+  IServiceProcessor& ServiceProcessor() override { return *replay_; }
+  IHostEnvironment& Environment() override { return *replay_; }
+  void CheckAfterwards() override {
+    if (const auto warning = replay_->CutWarning()) std::cerr << *warning;
+    if (!replay_->Mismatch()) return;
+    throw THostError(EExitStatus::kBadData, *replay_->Mismatch() +
+                                                "the collection is not the recorded one: give it the same schema, "
+                                                "classes and machine type");
+  }
+
+ private:
+  static std::unique_ptr<TReplay> Open(const std::string& path) {
+    TFileReader reader;
+    return std::make_unique<TReplay>(path, reader);
+  }
+
+  std::unique_ptr<TReplay> replay_;
+};
+
+// BMC nodes on the network. What machine they belong to, only the user knows.
+class TLanConnection : public IServerConnection {
+ public:
+  TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs, const TInstallation& installation,
+                 const TStopSignal& stop)
+      : serviceProcessor_(OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()},
+                                  [](const std::string& notice) { std::cerr << "velhost: " << notice << "\n"; })) {}
+  IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
+  IHostEnvironment& Environment() override { return environment_; }
+
+ private:
+  static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs) {
+    TFileReader reader;
+    std::vector<TLanOptions> nodes;
+    for (const std::string& spec : specs) nodes.push_back(ParseLanSpec(spec));
+    const std::string password = LanPassword(options.passwordFile, std::getenv("VELHOST_IPMI_PASSWORD"), reader);
+    for (TLanOptions& node : nodes) {
+      node.password = password;
+      node.privilege = LanPrivilegeOf(options.privilege).value_or(ELanPrivilege::kAdmin);
+      if (options.cipherSuite) node.cipherSuites = {*options.cipherSuite};
+    }
+    return nodes;
+  }
+
+  std::unique_ptr<IServiceProcessor> serviceProcessor_;
+  TSystemEnvironment environment_;
+};
+
 std::string SchemeOf(const std::string& spec) { return spec.substr(0, spec.find(':')); }
 
 std::string RestOf(const std::string& spec) {
@@ -68,6 +127,11 @@ std::string RestOf(const std::string& spec) {
   throw THostError(EExitStatus::kUsage, "unknown service processor \"" + spec +
                                             "\"; expected sim[:FILE], replay:FILE, inband[:DEVICE] or "
                                             "lan:[USER@]HOST[:PORT]");
+}
+
+void RequireMachineType(const TCommonOptions& options, const std::string& known, const std::string& why) {
+  if (options.machineType || !known.empty()) return;
+  throw THostError(EExitStatus::kUsage, why + "; give it with --machine-type NNNN");
 }
 
 // Several nodes are several inband: or lan: of one kind; anything else stands alone.
@@ -86,7 +150,7 @@ void CheckCombination(const std::vector<std::string>& specs) {
 }  // namespace
 
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
-                                                 const TStopSignal& /*stop*/) {
+                                                 const TStopSignal& stop) {
   const std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
   CheckCombination(specs);
@@ -94,7 +158,16 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
   if (SchemeOf(first) == "inband") {
     std::vector<std::string> devices;
     for (const std::string& spec : specs) devices.push_back(ParseInbandSpec(spec));
-    return std::make_unique<TInbandConnection>(devices);
+    auto connection = std::make_unique<TInbandConnection>(devices);
+    RequireMachineType(options, connection->Environment().MachineType(), "SMBIOS names no machine type here");
+    return connection;
+  }
+  if (SchemeOf(first) == "lan") {
+    RequireMachineType(options, "", "over the network the machine type is not known");
+    return std::make_unique<TLanConnection>(options, specs, installation, stop);
+  }
+  if (SchemeOf(first) == "replay" && !RestOf(first).empty()) {
+    return std::make_unique<TReplayConnection>(RestOf(first), options.replayTiming);
   }
   if (first == "sim") return std::make_unique<TSimulatedConnection>(installation.DemoServer());
   if (SchemeOf(first) == "sim" && !RestOf(first).empty()) return std::make_unique<TSimulatedConnection>(RestOf(first));

@@ -7,6 +7,7 @@
 #include "host/velhost/collect.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
+#include "host/velhost/simulate.h"
 #include "host/velhost/trace.h"
 
 namespace NKROVEL20 {
@@ -50,6 +51,7 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
     case EVerb::kCollect: return Collect(commandLine, installation);
     case EVerb::kClasses: return ListClasses(commandLine.common, installation);
     case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
+    case EVerb::kSimulate: return SimulateCommand(commandLine.simulate, installation);
     default: break;
 
 

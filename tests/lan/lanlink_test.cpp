@@ -122,8 +122,9 @@ TEST_F(LanLink, RefusedUserIsNamed) {
 
 TEST_F(LanLink, RefusedPrivilegeIsAQuestionOfPermission) {
   module_.Open(VEL_LAN_PRIVILEGE).Open(VEL_LAN_PRIVILEGE);
-  ExpectRefused(EExitStatus::kNoPermission,
-                "lan:bmc:623: the BMC refuses user 'admin' the privilege level admin; --privilege asks for a lower one");
+  ExpectRefused(
+      EExitStatus::kNoPermission,
+      "lan:bmc:623: the BMC refuses user 'admin' the privilege level admin; --privilege asks for a lower one");
 }
 
 TEST_F(LanLink, NobodyThereIsNotAskedAgain) {
@@ -176,8 +177,9 @@ TEST_F(LanLink, SecondLossInARowGivesTheNodeUp) {
   module_.Answer({0x00}).Lose().Open().Lose();
   EXPECT_TRUE(Exchange().answered);
   EXPECT_FALSE(Exchange().answered);
-  EXPECT_EQ(Exchange().notice,
-            "lan:bmc:623: the BMC stopped answering during the run, and the session is lost: its requests are not answered");
+  EXPECT_EQ(
+      Exchange().notice,
+      "lan:bmc:623: the BMC stopped answering during the run, and the session is lost: its requests are not answered");
   const TLanExchange later = Exchange();
   EXPECT_FALSE(later.answered);
   EXPECT_EQ(later.notice, "");

@@ -173,10 +173,12 @@ TEST(LanWorker, RunsJobsInOrderOnItsOwnThread) {
   std::vector<int> done;
   std::thread::id thread;
   for (const int i : {1, 2, 3}) {
-    EXPECT_TRUE(worker.Run([&done, &thread, i] {
-      done.push_back(i);
-      thread = std::this_thread::get_id();
-    }, stop));
+    EXPECT_TRUE(worker.Run(
+        [&done, &thread, i] {
+          done.push_back(i);
+          thread = std::this_thread::get_id();
+        },
+        stop));
   }
   EXPECT_THAT(done, ElementsAre(1, 2, 3));
   EXPECT_NE(thread, std::this_thread::get_id());
@@ -201,11 +203,13 @@ TEST(LanWorker, SignalsGoToTheThreadThatWaits) {
   TLanWorker worker;
   TStopSignal stop;
   bool blocked = false;
-  EXPECT_TRUE(worker.Run([&blocked] {
-    sigset_t mask;
-    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
-    blocked = sigismember(&mask, SIGINT) == 1 && sigismember(&mask, SIGTERM) == 1;
-  }, stop));
+  EXPECT_TRUE(worker.Run(
+      [&blocked] {
+        sigset_t mask;
+        pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+        blocked = sigismember(&mask, SIGINT) == 1 && sigismember(&mask, SIGTERM) == 1;
+      },
+      stop));
   EXPECT_TRUE(blocked);
   sigset_t mask;
   pthread_sigmask(SIG_SETMASK, nullptr, &mask);

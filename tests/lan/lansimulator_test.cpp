@@ -141,8 +141,9 @@ TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {
 
 TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
   // A request that is sent again counts twice, and would use the second fault up.
-  Serve("[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
-        "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
+  Serve(
+      "[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
+      "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
   const auto processor = Open();
   ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
   ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xC3, {});
@@ -152,7 +153,7 @@ TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
 TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
   Serve();
   const auto processor = Open();
-  for (int i = 0; i < 2000; ++i) {
+  for (int i = 0; i < 2000 && !HasFailure(); ++i) {
     // Pattern of address 00 hh ll, chip 0: value byte k is the address's byte k % 3 and 17 * k.
     const int high = i >> 8;
     const int low = i & 0xFF;

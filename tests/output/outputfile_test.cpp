@@ -123,9 +123,39 @@ TEST_F(TOutputFileTest, SaysWhyAFileCannotBeCreated) {
             "73 cannot create /dev/fd/987654: Bad file descriptor");
 }
 
+// Nothing is protected from the superuser, so for as long as this lives the process is none.
+class TOrdinaryUser {
+ public:
+  TOrdinaryUser() : before_(::geteuid()) {
+    if (before_ == 0) {
+      EXPECT_EQ(::seteuid(kNobody), 0);
+    }
+  }
+  ~TOrdinaryUser() {
+    if (before_ == 0) {
+      EXPECT_EQ(::seteuid(0), 0);
+    }
+  }
+  TOrdinaryUser(const TOrdinaryUser&) = delete;
+  TOrdinaryUser& operator=(const TOrdinaryUser&) = delete;
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+  uid_t before_;
+};
+
 TEST_F(TOutputFileTest, LeavesAProtectedFileAlone) {
-  if (::geteuid() == 0) GTEST_SKIP() << "nothing is protected from the superuser";
   ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 0444), 0);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
+  const TOrdinaryUser user;
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
+            "73 cannot create " + Path("out") + ": Permission denied");
+  EXPECT_EQ(folder_.Names(), "out");
+}
+
+TEST_F(TOutputFileTest, NeedsAFolderThatItMayWriteTo) {
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0555), 0);
+  const TOrdinaryUser user;
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
             "73 cannot create " + Path("out") + ": Permission denied");
 }

@@ -118,8 +118,8 @@ std::string TLanLink::Describe(const TOutcome& outcome) const {
 }
 
 void TLanLink::ThrowRefused(const TOutcome& outcome) const {
-  const bool denied = outcome.status == VEL_LAN_USER || outcome.status == VEL_LAN_PASSWORD ||
-                      outcome.status == VEL_LAN_PRIVILEGE;
+  const bool denied =
+      outcome.status == VEL_LAN_USER || outcome.status == VEL_LAN_PASSWORD || outcome.status == VEL_LAN_PRIVILEGE;
   throw THostError(denied ? EExitStatus::kNoPermission : EExitStatus::kUnavailable, name_ + ": " + Describe(outcome));
 }
 

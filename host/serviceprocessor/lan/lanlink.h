@@ -35,7 +35,7 @@ struct TLanExchange {
   std::vector<std::uint8_t> request;  ///< the command, then the data
   bool answered = false;
   std::array<std::uint8_t, 1 + TIPMICommandBuffer::kMaxData> response{};  ///< completion code, then the data
-  std::size_t size = 0;                                                    ///< of the response, at least 1
+  std::size_t size = 0;                                                   ///< of the response, at least 1
   std::string notice;  ///< what the user should be told, once; empty for nothing
 };
 

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Completes command lines as bash would and compares what is offered.
+#   completion.sh VELHOST COMPLETION SCHEMA
+set -euo pipefail
+velhost=$1 schema=$3
+# shellcheck source=/dev/null
+. "$2"
+cd "$(mktemp -d)"
+trap 'rm -rf "$PWD"' EXIT
+touch block.bin demo.toml run.jsonl
+mkdir captures
+failures=0
+
+# offers EXPECTED WORD...: the last word is being completed. Words are split as bash splits them.
+offers() {
+  local expected=$1 found
+  shift
+  COMP_WORDS=("$@")
+  COMP_CWORD=$(($# - 1))
+  COMPREPLY=()
+  _velhost 2>/dev/null || true
+  found=$(printf '%s\n' "${COMPREPLY[@]}" | sort | paste -sd' ')
+  if [ "$found" != "$expected" ]; then
+    echo "\"$*\" offers \"$found\" instead of \"$expected\""
+    failures=$((failures + 1))
+  fi
+}
+
+offers "check classes collect plugin simulate" "$velhost" ""
+offers "check" "$velhost" che
+offers "check" "$velhost" -vv che
+offers "--format" "$velhost" collect --fo
+offers "cimxml json jsonl mof table" "$velhost" collect --format ""
+offers "json jsonl" "$velhost" collect --format = js
+offers "json text" "$velhost" check --format ""
+offers "inband inband:/dev/ipmi" "$velhost" collect --sp inb
+offers "demo.toml" "$velhost" collect --sp sim : de
+offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp replay :
+offers "captures" "$velhost" collect --capture-dir ""
+offers "demo.toml" "$velhost" simulate d
+offers "" "$velhost" collect --timeout ""
+offers "admin" "$velhost" collect --privilege a
+offers "KROSG_DCAPFile" "$velhost" collect --schema "$schema" KROSG_D
+offers "KROSG_T4_MEMCTL_StatisticData KROSG_T4_PCIIOBRIDGE_StatisticData" "$velhost" collect KROSG_T4
+offers "" "$velhost" collect --schema run.jsonl KROSG_D
+
+[ "$failures" -eq 0 ] && echo "every completion as expected"
+exit "$failures"

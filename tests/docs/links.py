@@ -1,0 +1,75 @@
+#!/usr/bin/env python3
+"""Whether what the documents refer to is there.
+
+Relative links of the Markdown files, with their anchors; the documents and sections that source comments name; and the
+files and folders that documents name in backquotes.
+"""
+
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+LINK = re.compile(r"\[[^\]]*\]\(([^)\s]+)\)")
+HEADING = re.compile(r"^#{1,6} (.+)$", re.MULTILINE)
+FENCE = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
+CITATION = re.compile(r'((?:docs|man)/[\w.-]+\.\w+)(, "([^"]+)"(?: and "([^"]+)")?)?')
+NAMED_PATH = re.compile(r"`((?:plugin|ffdc|r8|jfr|host|schema|servers|bmcsim|tests|fuzz|bench|docs|man|completions|"
+                        r"packaging|cmake|tools)/[\w./-]*)`")
+SOURCES = ("*.h", "*.cpp", "*.py", "*.sh", "*.cmake", "CMakeLists.txt")
+
+
+def anchors_of(text):
+    """GitHub's anchors: lower case, blanks to hyphens, anything but letters, digits, _ and - dropped."""
+    headings = HEADING.findall(FENCE.sub("", text))
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+def listed(tree, *patterns):
+    output = subprocess.run(["git", "-C", tree, "ls-files", "-z", "--cached", "--others", "--exclude-standard", "--",
+                             *patterns], stdout=subprocess.PIPE, check=True).stdout
+    return [tree / name for name in output.decode().split("\0") if name]
+
+
+def check_links(tree, document, text, problems):
+    for target in LINK.findall(FENCE.sub("", text)):
+        if "://" in target or target.startswith("mailto:"):
+            continue
+        path, _, anchor = target.partition("#")
+        file = (document.parent / path).resolve() if path else document
+        if not file.exists():
+            problems.append("%s: no file %s" % (document.relative_to(tree), target))
+        elif anchor and anchor not in anchors_of(file.read_text(encoding="utf-8")):
+            problems.append("%s: no section %s" % (document.relative_to(tree), target))
+    for path in NAMED_PATH.findall(text):
+        if not list(tree.glob(path)) and not list(tree.glob(path + ".*")):
+            problems.append("%s: no %s" % (document.relative_to(tree), path))
+
+
+def check_citations(tree, source, text, problems):
+    for path, _, *sections in CITATION.findall(text):
+        file = tree / path
+        if not file.exists():
+            problems.append("%s: no file %s" % (source.relative_to(tree), path))
+            continue
+        headings = HEADING.findall(file.read_text(encoding="utf-8"))
+        problems.extend('%s: %s has no section "%s"' % (source.relative_to(tree), path, section)
+                        for section in sections if section and section not in headings)
+
+
+def main():
+    tree = Path(sys.argv[1]).resolve()
+    problems = []
+    documents = listed(tree, "*.md")
+    for document in documents:
+        check_links(tree, document, document.read_text(encoding="utf-8"), problems)
+    sources = [s for s in listed(tree, *SOURCES) if tree / "tests/docs" not in s.parents]
+    for source in sources:
+        check_citations(tree, source, source.read_text(encoding="utf-8"), problems)
+    print("\n".join(problems))
+    print("%d documents and %d sources read, %d problems" % (len(documents), len(sources), len(problems)))
+    return 1 if problems or len(documents) < 5 or len(sources) < 50 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,95 @@
+// Runs inside a virtual machine whose BMCs are simulated ones: the in-band transport through the real
+// kernel driver, and the real SMBIOS of a machine that has BMCs. tests/kernel/run.sh starts it there.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "host/serviceprocessor/inband/inbandserviceprocessor.h"
+#include "host/serviceprocessor/simulatedserver.h"
+#include "tests/bmcsim/servertext.h"
+#include "tests/serviceprocessor/sharedsuite.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+TSystemSmbios Smbios() {
+  TFileReader reader;
+  return ReadSystemSmbios(reader);
+}
+
+/// The two BMCs of the machine. Outside of it, with VELHOST_WRITE_SERVER, it notes down the server
+/// that they have to simulate.
+std::unique_ptr<IServiceProcessor> MakeInband(const TServerFile& server) {
+  if (const char* const file = std::getenv("VELHOST_WRITE_SERVER")) {
+    std::ofstream(file, std::ios::binary) << ServerText(server);
+    return std::make_unique<TSimulatedServer>(server);
+  }
+  return OpenInband({""}, Smbios());
+}
+
+INSTANTIATE_TEST_SUITE_P(Inband, ServiceProcessorSuite, testing::Values(TNamedFactory{"Inband", MakeInband}));
+
+// Before the driver is loaded.
+
+TEST(NoDriver, SmbiosDeclaresTheBmcAndNamesTheMachine) {
+  const TSystemSmbios smbios = Smbios();
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kRead);
+  EXPECT_EQ(smbios.facts.productName, "Server -[6203AC1]-");
+  EXPECT_EQ(smbios.machineType, "6203");
+  EXPECT_TRUE(smbios.facts.declaresIpmiDevice);
+}
+
+TEST(NoDriver, IsOneNodeWithoutDriver) {
+  const auto processor = OpenInband({""}, Smbios());
+  EXPECT_EQ(processor->BmcNodeCount(), 1);
+  EXPECT_FALSE(processor->IpmiDriverPresent());
+  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
+}
+
+TEST(NoDriver, NamedDeviceCannotBeReached) {
+  EXPECT_THAT(MessageOf([] { OpenInband({"/dev/ipmi0"}, Smbios()); }, EExitStatus::kUnavailable),
+              testing::StartsWith("cannot open /dev/ipmi0: No such file or directory\n"));
+}
+
+// With the driver.
+
+TEST(Driver, NamedDevicesAreNodesInTheirOrder) {
+  const auto processor = OpenInband({"/dev/ipmi1", "/dev/ipmi0"}, Smbios());
+  EXPECT_EQ(processor->BmcNodeCount(), 2);
+  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xCB, {});
+  ExpectAnswer(Send(*processor, 1, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+}
+
+TEST(Driver, StandardCommandsPassToo) {
+  const auto processor = OpenInband({"/dev/ipmi0"}, Smbios());
+  const TIpmiOutcome outcome = Send(*processor, 0, Request(0x06, 0x01, {}));
+  ASSERT_TRUE(outcome.answered);
+  EXPECT_EQ(outcome.after.CompletionCode(), 0x00);
+  EXPECT_GE(outcome.length, 9 + 11);
+}
+
+TEST(Driver, ManyExchangesKeepAnswersAndRequestsTogether) {
+  const auto processor = OpenInband({"/dev/ipmi0"}, Smbios());
+  for (int i = 0; i < 200 && !HasFailure(); ++i) {
+    ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+    ExpectAnswer(Send(*processor, 0, CloseArea(2)), 0x00, {0x39, 0x30, 0x00});
+  }
+}
+
+TEST(Driver, DeviceOfAnotherUserIsDenied) {
+  ASSERT_EQ(seteuid(65534), 0);
+  const std::string message =
+      MessageOf([] { OpenInband({"/dev/ipmi0"}, TSystemSmbios()); }, EExitStatus::kNoPermission);
+  TFileReader reader;
+  const TSystemSmbios smbios = ReadSystemSmbios(reader);
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_EQ(
+      message,
+      "cannot open /dev/ipmi0: Permission denied\nRun velhost as root, or let this user read and write the device");
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kDenied);
+  EXPECT_EQ(smbios.machineType, "6203");
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

@@ -1,0 +1,142 @@
+// From property maps to committed instances.
+#include <gtest/gtest.h>
+
+#include "host/core/assertionfailure.h"
+#include "nkrovel20/tvelexception.h"
+#include "tests/support/hostprobe.h"
+#include "tests/support/plugintest.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+class TInstanceBuilder : public TPluginTest {
+ protected:
+  TInstanceBuilder() {
+    ns->AddClass(TClassBuilder("CHIP")
+                     .Scalar("RegisterNumber", TType::kUint32)
+                     .Scalar("A", TType::kString)
+                     .Scalar("B", TType::kString)
+                     .Array("Data", {}));
+    SetCurrentClass(Class("CHIP"));
+  }
+  // Only a request sets the current class; a builder's test needs no request.
+  void SetCurrentClass(const boost::shared_ptr<ICIMClass>& cimClass) {
+    const_cast<TPluginFields&>(FieldsOf(plugin)).currentClass = cimClass;
+  }
+};
+
+const TLine kFirst = Debug("In buildCIMInstances.");
+const TLine kLast = Debug("Completed buildCIMInstances.");
+
+TEST_F(TInstanceBuilder, AnEmptyVectorYieldsTheTwoDebugLines) {
+  plugin.buildCIMInstances({});
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, kLast}));
+  EXPECT_TRUE(committed.empty());
+}
+
+TEST_F(TInstanceBuilder, AnEmptyVectorNeedsNoClass) {
+  SetCurrentClass({});
+  plugin.buildCIMInstances({TPropertyMap()});
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, kLast}));
+}
+
+TEST_F(TInstanceBuilder, AnEmptyMapYieldsNoInstance) {
+  plugin.buildCIMInstances({{}, {{"B", TCIMValue("two")}, {"A", TCIMValue("one")}}});
+  ASSERT_EQ(committed.size(), 1U);
+  EXPECT_EQ(TextOf(*committed[0], "A"), "one");
+  EXPECT_EQ(TextOf(*committed[0], "B"), "two");
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{kFirst, Verbose("valueIt->first = A. valueIt->second = one."),
+                                Verbose("valueIt->first = B. valueIt->second = two."), kLast}));
+}
+
+TEST_F(TInstanceBuilder, TheVerboseLineHasNoBlanksOfItsOwn) {
+  plugin.buildCIMInstances({{{"RegisterNumber", TCIMValue(5)}}});
+  EXPECT_EQ(logger.Lines()[1], Verbose("valueIt->first = RegisterNumber. valueIt->second = 5."));
+}
+
+TEST_F(TInstanceBuilder, NullValuesAreLeftUnsetAndUnmentioned) {
+  TCIMValue null;
+  null.SetNullValue(TCIMValue::TCIMType::kUint8, 14);
+  plugin.buildCIMInstances({{{"A", TCIMValue()}, {"B", TCIMValue("x")}, {"Data", null}}});
+  ASSERT_EQ(committed.size(), 1U);
+  EXPECT_EQ(TextOf(*committed[0], "A"), "(not set)");
+  EXPECT_EQ(TextOf(*committed[0], "Data"), "(not set)");
+  EXPECT_EQ(logger.OfSeverity(4), std::vector<TLine>{Verbose("valueIt->first = B. valueIt->second = x.")});
+}
+
+TEST_F(TInstanceBuilder, AMapOfNullsYieldsAnInstanceWithNothingSet) {
+  plugin.buildCIMInstances({{{"A", TCIMValue()}, {"B", TCIMValue()}}});
+  ASSERT_EQ(committed.size(), 1U);
+  EXPECT_EQ(TextOf(*committed[0], "A"), "(not set)");
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, kLast}));
+}
+
+TEST_F(TInstanceBuilder, AnEmptyArrayAndAnEmptyTextAreSet) {
+  plugin.buildCIMInstances({{{"A", TCIMValue("")}, {"Data", TCIMValue(TType::kUint8, 0, {})}}});
+  EXPECT_EQ(TextOf(*committed.at(0), "A"), "");
+  EXPECT_EQ(logger.OfSeverity(4), (std::vector<TLine>{Verbose("valueIt->first = A. valueIt->second = ."),
+                                                      Verbose("valueIt->first = Data. valueIt->second = {}.")}));
+}
+
+TEST_F(TInstanceBuilder, NumbersAreDecimal) {
+  plugin.buildCIMInstances({{{"Data", TCIMValue(TType::kUint8, 2, {TCIMValue(10), TCIMValue(255)})}}});
+  EXPECT_EQ(logger.Lines()[1], Verbose("valueIt->first = Data. valueIt->second = {10, 255}."));
+}
+
+TEST_F(TInstanceBuilder, InstancesAreCommittedInMapOrder) {
+  plugin.buildCIMInstances({{{"A", TCIMValue("1")}}, {{"A", TCIMValue("2")}}, {{"A", TCIMValue("3")}}});
+  ASSERT_EQ(committed.size(), 3U);
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(TextOf(*committed[i], "A"), std::to_string(i + 1));
+}
+
+TEST_F(TInstanceBuilder, TheHostIsCalledInOrderWithEmptyContexts) {
+  THostProbe probe;
+  SetCurrentClass(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("CHIP"))));
+  plugin.buildCIMInstances({{{"B", TCIMValue("b")}, {"A", TCIMValue("a")}}, {}, {{"A", TCIMValue("c")}}});
+  EXPECT_EQ(probe.Calls(),
+            (std::vector<std::string>{"CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
+                                      "CHIP instance.SetProperty(B) {}", "CHIP instance.Commit() {}",
+                                      "CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
+                                      "CHIP instance.Commit() {}"}));
+  SetCurrentClass({});
+}
+
+TEST_F(TInstanceBuilder, TheLineOfAPropertyComesBeforeItIsSet) {
+  EXPECT_THROW(plugin.buildCIMInstances({{{"Unknown", TCIMValue("x")}}}), TVELException);
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{kFirst, Verbose("valueIt->first = Unknown. valueIt->second = x.")}));
+}
+
+TEST_F(TInstanceBuilder, AFailureDropsTheInstanceAndKeepsTheEarlierOnes) {
+  EXPECT_THROW(plugin.buildCIMInstances(
+                   {{{"A", TCIMValue("1")}}, {{"A", TCIMValue("2")}, {"Data", TCIMValue("scalar")}}, {{"A", TCIMValue("3")}}}),
+               TVELException);
+  ASSERT_EQ(committed.size(), 1U);
+  EXPECT_EQ(TextOf(*committed[0], "A"), "1");
+  EXPECT_EQ(logger.Count(kLast), 0U);
+}
+
+TEST_F(TInstanceBuilder, AFailingCommitLeavesToo) {
+  ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw TVELException(1); });
+  EXPECT_THROW(plugin.buildCIMInstances({{{"A", TCIMValue("1")}}}), TVELException);
+}
+
+TEST_F(TInstanceBuilder, WithoutAClassItAsserts) {
+  SetCurrentClass({});
+  EXPECT_THROW(plugin.buildCIMInstances({{{"A", TCIMValue("1")}}}), TAssertionFailure);
+}
+
+TEST_F(TInstanceBuilder, AnEmptyInstanceFromTheHostAsserts) {
+  THostProbe probe;
+  probe.ReturnNothingAt("CHIP.CreateInstance() {}");
+  SetCurrentClass(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("CHIP"))));
+  EXPECT_THROW(plugin.buildCIMInstances({{{"A", TCIMValue("1")}}}), TAssertionFailure);
+  SetCurrentClass({});
+}
+
+}  // namespace
+}  // namespace torgareg

@@ -1,0 +1,106 @@
+// The logging facade.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <locale>
+#include <type_traits>
+
+#include "tests/support/plugintest.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+class TLogFacade : public TPartTest {
+ protected:
+  const LogMessage& log = *LogMessage::getInstance();
+};
+
+static_assert(sizeof(LogMessage) == sizeof(void*), "an instance holds nothing but its table pointer");
+static_assert(std::has_virtual_destructor_v<LogMessage>);
+
+TEST_F(TLogFacade, IsOneObject) { EXPECT_EQ(LogMessage::getInstance(), LogMessage::getInstance()); }
+
+TEST_F(TLogFacade, SeveritiesAreZeroToFour) {
+  log.writeError("e");
+  log.writeWarning("w");
+  log.writeStatus("s");
+  log.writeDebug("d");
+  log.writeVerbose("v");
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{{0, "e"}, {1, "w"}, {2, "s"}, {3, "d"}, {4, "v"}}));
+}
+
+TEST_F(TLogFacade, WritePassesAnySeverityAndTheMessageUnchanged) {
+  log.write("line 1\nline 2\t\n", ILogger::kStatus);
+  log.write(std::string("a\0b", 3), ILogger::kVerbose);
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{{2, "line 1\nline 2\t\n"}, {4, std::string("a\0b", 3)}}));
+}
+
+TEST_F(TLogFacade, LinesBeforeTheRegistrationAreDropped) {
+  LogMessage::setPluginInstance(nullptr);
+  log.writeError("early");
+  EXPECT_TRUE(logger.Lines().empty());
+  LogMessage::setPluginInstance(&pluginManager->provider);
+  log.writeError("late");
+  EXPECT_EQ(logger.Lines(), std::vector<TLine>{Error("late")});
+}
+
+TEST_F(TLogFacade, EmptyLinesAreDropped) {
+  log.writeError("");
+  log.writeWarning("");
+  log.writeStatus("");
+  log.writeDebug("");
+  log.writeVerbose("");
+  log.write("", ILogger::kError);
+  EXPECT_TRUE(logger.Lines().empty());
+}
+
+TEST_F(TLogFacade, TheCoreLoggerIsFetchedForEveryLine) {
+  TRecordingLogger other;
+  log.writeDebug("first");
+  THostServices::SetCoreLogger(&other);
+  log.writeDebug("second");
+  EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("first")});
+  EXPECT_EQ(other.Lines(), std::vector<TLine>{Debug("second")});
+}
+
+TEST_F(TLogFacade, WhatTheHostsLoggerThrowsPasses) {
+  logger.FailAt("bad");
+  EXPECT_THROW(log.writeDebug("bad"), std::runtime_error);
+}
+
+TEST_F(TLogFacade, PlatformErrorsHaveNoTextAndWriteNothing) {
+  for (const int code : {0, 5, -1, std::numeric_limits<int>::max()}) {
+    EXPECT_EQ(log.lookupWin32Error(code), "");
+    log.writeWin32Error(code);
+  }
+  EXPECT_TRUE(logger.Lines().empty());
+}
+
+TEST(TDataToString, WritesPlainDecimals) {
+  EXPECT_EQ(dataToString<int>(42), "42");
+  EXPECT_EQ(dataToString<int>(-7), "-7");
+  EXPECT_EQ(dataToString<int>(0), "0");
+  EXPECT_EQ(dataToString<int>(2147483647), "2147483647");
+  EXPECT_EQ(dataToString<int>(std::numeric_limits<int>::min()), "-2147483648");
+  EXPECT_EQ(dataToString<unsigned short>(0), "0");
+  EXPECT_EQ(dataToString<unsigned short>(65535), "65535");
+}
+
+// A process may run in a locale that groups digits.
+struct TGrouping : std::numpunct<char> {
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(TDataToString, TakesNoNoticeOfTheLocale) {
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new TGrouping()));
+  EXPECT_EQ(dataToString<int>(1234567), "1234567");
+  EXPECT_EQ(dataToString<unsigned short>(65535), "65535");
+  std::locale::global(before);
+}
+
+}  // namespace
+}  // namespace torgareg

@@ -1,0 +1,140 @@
+// The order of the plugin object's virtual operations and fields, which the host relies on.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "tests/support/plugintest.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+// In the Itanium C++ ABI a table entry is a code address, and a pointer to a member function is that
+// address (for a virtual one 1 + its offset in the table) with an adjustment of `this`.
+struct TMemberPointer {
+  std::uintptr_t function;
+  std::ptrdiff_t adjustment;
+};
+
+template <typename TMember>
+TMember MemberAt(const void* table, std::size_t slot) {
+  TMemberPointer pointer{static_cast<const std::uintptr_t*>(table)[slot], 0};
+  TMember member;
+  static_assert(sizeof member == sizeof pointer);
+  std::memcpy(&member, &pointer, sizeof member);
+  return member;
+}
+
+template <typename TMember>
+std::size_t SlotOf(TMember member) {
+  TMemberPointer pointer;
+  std::memcpy(&pointer, &member, sizeof pointer);
+  return (pointer.function - 1) / sizeof(void*);
+}
+
+using TTextQuery = std::string (TTORGARegPluginCallbacks::*)();
+using TVoidCall = void (TTORGARegPluginCallbacks::*)();
+using TRequest = void (TTORGARegPluginCallbacks::*)(boost::shared_ptr<ICIMNamespace>,
+                                                   std::vector<boost::shared_ptr<ICIMClass>>&);
+using TSecondRequest = void (IPluginBasicQueryCallbacks::*)(boost::shared_ptr<ICIMNamespace>,
+                                                           std::vector<boost::shared_ptr<ICIMClass>>&);
+
+class TVirtualTable : public TPluginTest {
+ protected:
+  const void* Primary() const { return FieldsOf(plugin).primaryTable; }
+  const void* Second() const { return FieldsOf(plugin).secondTable; }
+  template <typename TMember>
+  auto Call(std::size_t slot) {
+    return (plugin.*MemberAt<TMember>(Primary(), slot))();
+  }
+  void AddBaseClasses() {
+    for (const char* const name :
+         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
+      ns->AddClass(TClassBuilder(name));
+    }
+  }
+};
+
+TEST_F(TVirtualTable, SlotsStandInTheContractsOrder) {
+  // Slots 0 and 1 are the two destructors.
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetType), 2U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetName), 3U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetVersion), 4U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetInterfaceVersion), 5U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::PrepareForUnload), 6U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::Init), 7U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::DeInit), 8U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::getMachineType), 9U);
+  EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetData), 10U);
+}
+
+TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
+  environment.machineType = "6101";
+  EXPECT_EQ(Call<int (TTORGARegPluginCallbacks::*)()>(2), 0);
+  EXPECT_EQ(Call<TTextQuery>(3), "Engineering Information Collector");
+  EXPECT_EQ(Call<TTextQuery>(4), "1.0");
+  EXPECT_EQ(Call<TTextQuery>(5), "1.0");
+  EXPECT_EQ(Call<TTextQuery>(9), "6101");
+  Call<TVoidCall>(7);
+  Call<TVoidCall>(8);
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Initializing Engineering Information Collector"),
+                                                Debug("De-Initializing Engineering Information Collector")}));
+}
+
+TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
+  AddBaseClasses();
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_MEMCTL_StatisticData")};
+  (plugin.*MemberAt<TRequest>(Primary(), 10))(ns, classes);
+  const std::vector<TLine> first = logger.Lines();
+  ASSERT_EQ(first.size(), 5U);
+  logger.Clear();
+  IPluginBasicQueryCallbacks& second = plugin;
+  (second.*MemberAt<TSecondRequest>(Second(), 2))(ns, classes);
+  EXPECT_EQ(logger.Lines(), first);
+}
+
+TEST_F(TVirtualTable, TheSecondBaseStandsBehindThePrimaryOne) {
+  const auto address = reinterpret_cast<std::uintptr_t>(&plugin);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<IPluginCallbacks*>(&plugin)), address);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<IPluginBasicQueryCallbacks*>(&plugin)),
+            address + sizeof(void*));
+  IPluginCallbacks* const callbacks = &plugin;
+  EXPECT_EQ(dynamic_cast<IPluginBasicQueryCallbacks*>(callbacks), static_cast<IPluginBasicQueryCallbacks*>(&plugin));
+}
+
+TEST_F(TVirtualTable, DeletingThroughEitherBaseEndsTheObject) {
+  for (const bool second : {false, true}) {
+    auto* const other = new TTORGARegPluginCallbacks();
+    const auto heldClass = ns->AddClass(TClassBuilder(second ? "B" : "A"));
+    const_cast<TPluginFields&>(FieldsOf(*other)).currentClass = heldClass;
+    const auto before = heldClass.use_count();
+    if (second) {
+      delete static_cast<IPluginBasicQueryCallbacks*>(other);
+    } else {
+      delete static_cast<IPluginCallbacks*>(other);
+    }
+    EXPECT_EQ(heldClass.use_count(), before - 1);
+  }
+}
+
+TEST_F(TVirtualTable, FieldsStandInDeclarationOrder) {
+  AddBaseClasses();
+  AddCaptureClass();
+  ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6204"}).MaxInstances(0));
+  SetMachineType("6204");
+  plugin.Init();
+  plugin.AddErrFFDCinstance(ns, std::string(), 0, "cpu_err", 0);
+  GetData({"KROSG_VO_MEMCTL_StatisticData"});
+  const TPluginFields& fields = FieldsOf(plugin);
+  EXPECT_EQ(fields.pluginProvider, &pluginManager->provider);
+  EXPECT_EQ(fields.currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
+  EXPECT_EQ(fields.logger, LogMessage::getInstance());
+  EXPECT_EQ(fields.machineType, "6204");
+  EXPECT_EQ(fields.recordCounter, 1);
+}
+
+}  // namespace
+}  // namespace torgareg

@@ -1,0 +1,52 @@
+#include "tests/support/collectortest.h"
+
+#include <boost/make_shared.hpp>
+
+#include "host/serviceprocessor/serviceprocessorhub.h"
+
+namespace testsupport {
+
+using namespace NKROVEL20;
+
+TPluginManagerProvider* TFakePluginManager::RegisterPlugin(IPluginCallbacks* plugin) {
+  if (onRegister) onRegister();
+  registered.push_back(plugin);
+  return refuses ? nullptr : &provider;
+}
+
+TCollectorTest::TCollectorTest() : pluginManager(boost::make_shared<TFakePluginManager>()), ns(TNamespace::Create()) {
+  THostServices::SetCoreLogger(&logger);
+  THostServices::SetEnvironment(&environment);
+  THostServices::SetPluginManager(pluginManager);
+  TServiceProcessorHub::Install(&sp, nullptr);
+  ns->SetMachineType(environment.machineType);
+  ns->SetCommitCallback(
+      [this](const boost::shared_ptr<const TInstance>& instance) { committed.push_back(instance); });
+}
+
+TCollectorTest::~TCollectorTest() {
+  TServiceProcessorHub::Install(nullptr, nullptr);
+  THostServices::SetPluginManager({});
+  THostServices::SetEnvironment(nullptr);
+  THostServices::SetCoreLogger(nullptr);
+}
+
+void TCollectorTest::SetMachineType(const std::string& machineType) {
+  environment.machineType = machineType;
+  ns->SetMachineType(machineType);
+}
+
+std::string TextOf(const TInstance& instance, const std::string& property) {
+  const TCIMValue* const value = instance.Find(property);
+  return value == nullptr ? "(not set)" : value->ToString(10);
+}
+
+std::vector<unsigned int> NumbersOf(const TCIMValue& value) {
+  std::vector<unsigned int> numbers;
+  for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {
+    numbers.push_back(static_cast<unsigned int>(element));
+  }
+  return numbers;
+}
+
+}  // namespace testsupport

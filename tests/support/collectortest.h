@@ -1,0 +1,79 @@
+// The surroundings of a collector under test: the host with a double for each of its services.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <boost/shared_ptr.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/core/ciminstance.h"
+#include "host/core/cimnamespace.h"
+#include "host/core/hostservices.h"
+#include "host/pluginmanager/pluginregistry.h"
+#include "tests/support/classbuilder.h"
+#include "tests/support/recordinglogger.h"
+#include "tests/support/scriptedserviceprocessor.h"
+
+namespace testsupport {
+
+/// A plugin manager that keeps who registered and hands out one provider, or none.
+class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
+ public:
+  NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks* plugin) override;
+  boost::shared_ptr<NKROVEL20::ICIMClass> GetClass(const std::string&, const NKROVEL20::TPropertyMap&) override {
+    return {};
+  }
+  std::string GetMachineType() const override { return {}; }
+
+  std::vector<NKROVEL20::IPluginCallbacks*> registered;
+  NKROVEL20::TPluginManagerProvider provider{"plugin under test", nullptr};
+  std::function<void()> onRegister;  ///< called before the registration is taken
+  bool refuses = false;              ///< answers with a null handle
+};
+
+class TFakeEnvironment : public NKROVEL20::IHostEnvironment {
+ public:
+  std::string MachineType() override {
+    ++machineTypeQueries;
+    return machineType;
+  }
+  NKROVEL20::TCIMDateTime LocalTime() override {
+    ++clockReadings;
+    return localTime;
+  }
+
+  std::string machineType = "6203";
+  NKROVEL20::TCIMDateTime localTime{2026, 1, 31, 12, 34, 56, 789, 60};
+  int machineTypeQueries = 0;
+  int clockReadings = 0;
+};
+
+/// Installs the doubles and takes them away again. Instances that are committed to `ns` are kept.
+class TCollectorTest : public ::testing::Test {
+ protected:
+  TCollectorTest();
+  ~TCollectorTest() override;
+
+  /// The machine type for the dispatcher (the host's) and for the collectors (the namespace's).
+  void SetMachineType(const std::string& machineType);
+  boost::shared_ptr<NKROVEL20::TCIMClass> Class(const std::string& name) const { return ns->FindClass(name); }
+  /// The root class of the register classes, with the four identification properties.
+  void AddStatisticBase() { ns->AddClass(TClassBuilder("KROSG_StatisticBase").Identification()); }
+  void AddCaptureClass() { ns->AddClass(TClassBuilder("KROSG_DCAPFile").CaptureProperties()); }
+
+  TRecordingLogger logger;
+  TFakeEnvironment environment;
+  TScriptedServiceProcessor sp;
+  boost::shared_ptr<TFakePluginManager> pluginManager;
+  boost::shared_ptr<NKROVEL20::TNamespace> ns;
+  std::vector<boost::shared_ptr<const NKROVEL20::TInstance>> committed;
+};
+
+/// The text of a property of an instance; "(not set)" where it is not set.
+std::string TextOf(const NKROVEL20::TInstance& instance, const std::string& property);
+/// The numbers in an array value.
+std::vector<unsigned int> NumbersOf(const NKROVEL20::TCIMValue& value);
+
+}  // namespace testsupport
