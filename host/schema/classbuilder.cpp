@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/schema/mofscan.h"
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
@@ -44,11 +44,11 @@ TClassBuilder::TEntry* TClassBuilder::Find(std::string_view name) {
 bool TClassBuilder::CheckClassName(TSchemaPlace place, std::string_view name) {
   if (Find(name) != nullptr) return true;
   if (mentioned_.count(name) != 0) return false;
-  TNearestName nearest(name);
+  TNameHint hint(name);
   if (log_.Shows()) {
-    for (const TEntry& entry : entries_) nearest.Offer(entry.unit.Text(entry.syntax->name));
+    for (const TEntry& entry : entries_) hint.Offer(entry.unit.Text(entry.syntax->name));
   }
-  log_.Error(place, "the class " + Mof::Quoted(name) + " is not declared" + nearest.Hint());
+  log_.Error(place, "the class " + Mof::Quoted(name) + " is not declared" + hint.Text());
   return false;
 }
 

@@ -1,6 +1,6 @@
 #include "host/schema/instancebuilder.h"
 
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
@@ -88,24 +88,24 @@ void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& a
 }
 
 void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass) {
-  TNearestName nearest(unit.Text(name));
+  TNameHint hint(unit.Text(name));
   if (log_.Shows()) {
-    for (const auto& property : cimClass.Properties()) nearest.Offer(property->Definition().name);
+    for (const auto& property : cimClass.Properties()) hint.Offer(property->Definition().name);
   }
   log_.Error(unit.Place(name),
-             "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + nearest.Hint());
+             "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + hint.Text());
 }
 
 // An alias stands for an instance of the reference's class or of one below it.
 void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace) {
   const auto alias = aliases_.find(use.unit.Text(use.span));
   if (alias == aliases_.end()) {
-    TNearestName nearest(use.unit.Text(use.span));
+    TNameHint hint(use.unit.Text(use.span));
     if (log_.Shows()) {
-      for (const std::string_view candidate : aliasNames_) nearest.Offer(candidate);
+      for (const std::string_view candidate : aliasNames_) hint.Offer(candidate);
     }
     log_.Error(use.unit.Place(use.span),
-               "the alias " + use.unit.Quoted(use.span) + " is not declared" + nearest.Hint());
+               "the alias " + use.unit.Quoted(use.span) + " is not declared" + hint.Text());
     return;
   }
   const auto expected = cimNamespace.FindClass(use.referenceClass);

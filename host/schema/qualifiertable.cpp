@@ -4,7 +4,7 @@
 #include <array>
 
 #include "host/schema/mofscan.h"
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 
 namespace NKROVEL20 {
 
@@ -78,11 +78,11 @@ const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TS
   const auto found = declared_.find(text);
   if (found != declared_.end()) return &found->second;
   if (mentioned_.count(text) != 0) return nullptr;
-  TNearestName nearest(text);
+  TNameHint hint(text);
   if (log_.Shows()) {
-    for (const std::string_view candidate : names_) nearest.Offer(candidate);
+    for (const std::string_view candidate : names_) hint.Offer(candidate);
   }
-  log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + nearest.Hint());
+  log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + hint.Text());
   return nullptr;
 }
 
