@@ -20,7 +20,7 @@ def main(plugin, nm, readelf):
     problems = []
     exported = output(nm, "-D", "--defined-only", plugin).strip()
     if exported:
-        problems.append("it exports:\n" + exported)
+        problems.append("it exports:\n" + "\n".join(exported.splitlines()[:10]))
     needed = set(re.findall(r"\(NEEDED\).*\[(.*)\]", output(readelf, "-d", plugin)))
     # A version behind the name would do as well: libvelcore.so.1.
     missing = {name for name in HOST_LIBRARIES if not any(entry.startswith(name) for entry in needed)}

@@ -4,14 +4,18 @@
 
 #include <ctime>
 #include <functional>
+#include <new>
 
+#include "host/core/cimnamespace.h"
 #include "host/core/hostservices.h"
 #include "host/pluginmanager/pluginregistry.h"
+#include "jfr/TJFRErrorData.h"
 #include "jfr/TNOVRequesttorgareg.h"
 #include "nkrovel20/splibrary.h"
 #include "plugin/torgaplugin.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "r8/r8errordata.h"
+#include "tests/support/classbuilder.h"
 #include "tests/support/recordinglogger.h"
 
 namespace {
@@ -32,9 +36,15 @@ struct TLibrary {
   bool dotCommands = true;
   bool noInstance = false;
   bool brokenClock = false;
+  bool noMemory = false;
 } library;
 
 }  // namespace
+
+// The form of new that reports a failure as a null pointer.
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return library.noMemory ? nullptr : ::operator new[](size);
+}
 
 // The replacement of the C library's conversion.
 extern "C" struct tm* gmtime_r(const time_t* seconds, struct tm* result) noexcept {
@@ -279,6 +289,20 @@ TEST_F(TStorageAreaCalls, AReadWhoseLengthIsBeyondTheBufferCopiesTheChunk) {
 TEST_F(TStorageAreaCalls, NodeZeroIsAskedFirstAndThenEachNode) {
   plugin->ReadErrFFDC({}, "cpu_err");
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver", "instance 0", "instance 1"}));
+}
+
+TEST_F(TLibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
+  const auto ns = TNamespace::Create();
+  const auto chip = ns->AddClass(TClassBuilder("CHIP").MaxInstances(1));
+  TJFRErrorData collector(chip, chip);
+  logger.Clear();
+  library.noMemory = true;
+  EXPECT_TRUE(collector.getData().empty());
+  library.noMemory = false;
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Class supports 1 instances on this machine"),
+                                                Debug("fSPInstances = 1."),
+                                                Debug("Unable to retrieve engineering information."),
+                                                Verbose("Failed to allocate memory to store register data.")}));
 }
 
 TEST_F(TLibraryCalls, ATimeThatCannotBeBrokenDownIsReportedTwice) {
