@@ -36,7 +36,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
   const std::string_view name = unit.Text(syntax.className);
   const auto cimClass = cimNamespace.FindClass(name);
   if (!cimClass) {
-    classes_.CheckClassName(unit, unit.Place(syntax.className), name);
+    classes_.CheckClassName(unit.Place(syntax.className), name);
     return {};
   }
   const auto abstract = cimClass->Qualifiers().Find("Abstract");
@@ -44,6 +44,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
     log_.Error(unit.Place(syntax.className),
                "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
   }
+  if (!HasRoom(unit, syntax, cimClass->Properties().size())) return {};
   const auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
   TSeenNames names;
   for (std::uint32_t i = 0; i < syntax.assignments.count; ++i) {
@@ -55,6 +56,20 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
     }
   }
   return instance;
+}
+
+// An instance takes a few bytes of text, but as many values as its class has properties.
+bool TInstanceBuilder::HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, std::size_t properties) {
+  if (room_ >= properties) {
+    room_ -= properties;
+    return true;
+  }
+  if (!full_) {
+    log_.Error(unit.Place(syntax.className),
+               "the instances have more than " + std::to_string(limits_.instanceValues) + " properties in all");
+  }
+  full_ = true;
+  return false;
 }
 
 void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance) {
@@ -77,7 +92,8 @@ void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan
   if (log_.Shows()) {
     for (const auto& property : cimClass.Properties()) nearest.Offer(property->Definition().name);
   }
-  log_.Error(unit.Place(name), "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + nearest.Hint());
+  log_.Error(unit.Place(name),
+             "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + nearest.Hint());
 }
 
 // An alias stands for an instance of the reference's class or of one below it.
@@ -88,14 +104,16 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNam
     if (log_.Shows()) {
       for (const std::string_view candidate : aliasNames_) nearest.Offer(candidate);
     }
-    log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + nearest.Hint());
+    log_.Error(use.unit.Place(use.span),
+               "the alias " + use.unit.Quoted(use.span) + " is not declared" + nearest.Hint());
     return;
   }
   const auto expected = cimNamespace.FindClass(use.referenceClass);
   const auto found = cimNamespace.FindClass(alias->second);
   if (!expected || !found || found == expected || found->DescendsFrom(*expected)) return;
-  log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" + found->Name() +
-                                           "', expected one of '" + expected->Name() + "' or of a class below it");
+  log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" +
+                                           found->Name() + "', expected one of '" + expected->Name() +
+                                           "' or of a class below it");
 }
 
 }  // namespace NKROVEL20

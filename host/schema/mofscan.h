@@ -82,7 +82,7 @@ class TScan {
   TMofFile file_;
   std::size_t depth_ = 0;
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
-  int previousWord_ = 0;  // a token that declares the next name, or 0
+  int previousWord_ = 0;               // a token that declares the next name, or 0
   bool stopped_ = false;
 };
 

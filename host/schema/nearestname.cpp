@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kMostChanges = 3;
 constexpr std::size_t kLongestName = 128;
+constexpr std::size_t kMostOffers = 5000;
 
 // The number of changes from `a` to `b`, or some number above `limit` when there are more. Only the
 // diagonal band that can stay within the limit is worked out.
@@ -30,8 +31,8 @@ std::size_t Distance(std::string_view a, std::string_view b, std::size_t limit) 
     for (std::size_t j = from; j <= std::min(b.size(), i + limit); ++j) {
       const std::size_t change = FoldCase(a[i - 1]) == FoldCase(b[j - 1]) ? 0 : 1;
       row[j] = std::min({above[j - 1] + change, above[j] + 1, row[j - 1] + 1});
-      const bool swapped = i > 1 && j > 1 && FoldCase(a[i - 1]) == FoldCase(b[j - 2]) &&
-                           FoldCase(a[i - 2]) == FoldCase(b[j - 1]);
+      const bool swapped =
+          i > 1 && j > 1 && FoldCase(a[i - 1]) == FoldCase(b[j - 2]) && FoldCase(a[i - 2]) == FoldCase(b[j - 1]);
       if (swapped) row[j] = std::min(row[j], twoAbove[j - 2] + 1);
     }
   }
@@ -47,6 +48,7 @@ void TNearestName::Offer(std::string_view candidate) {
   const std::size_t longer = std::max(candidate.size(), name_.size());
   const std::size_t shorter = std::min(candidate.size(), name_.size());
   if (longer - shorter > allowed_ || (allowed_ == 0 && !best_.empty())) return;
+  if (++offers_ > kMostOffers) return;
   const std::size_t distance = Distance(name_, candidate, allowed_);
   if (distance > allowed_) return;
   if (distance == allowed_ && !best_.empty()) return;

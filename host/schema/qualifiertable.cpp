@@ -17,10 +17,10 @@ struct TScopeName {
   const char* name;
 };
 constexpr std::array kScopeNames = {
-    TScopeName{Mof::kScopeClass, "class"},         TScopeName{Mof::kScopeAssociation, "association"},
+    TScopeName{Mof::kScopeClass, "class"},           TScopeName{Mof::kScopeAssociation, "association"},
     TScopeName{Mof::kScopeIndication, "indication"}, TScopeName{Mof::kScopeProperty, "property"},
-    TScopeName{Mof::kScopeReference, "reference"}, TScopeName{Mof::kScopeMethod, "method"},
-    TScopeName{Mof::kScopeParameter, "parameter"}, TScopeName{Mof::kScopeQualifier, "qualifier"},
+    TScopeName{Mof::kScopeReference, "reference"},   TScopeName{Mof::kScopeMethod, "method"},
+    TScopeName{Mof::kScopeParameter, "parameter"},   TScopeName{Mof::kScopeQualifier, "qualifier"},
     TScopeName{Mof::kScopeSchema, "schema"},
 };
 
@@ -43,17 +43,15 @@ TQualifierFlavor FlavorOf(std::uint32_t flavors, TQualifierFlavor otherwise) {
   return flavor;
 }
 
-std::string Shown(const TCIMValue& value) {
-  return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10));
-}
+std::string Shown(const TCIMValue& value) { return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10)); }
 
 }  // namespace
 
 bool TQualifierTable::FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors) {
   const auto both = [&](std::uint32_t pair, const char* text) {
     if ((flavors & pair) != pair) return false;
-    log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " has the flavors " + text +
-                                     ", expected at most one of the two");
+    log_.Error(unit.Place(name),
+               "the qualifier " + unit.Quoted(name) + " has the flavors " + text + ", expected at most one of the two");
     return true;
   };
   const bool override = both(Mof::kEnableOverride | Mof::kDisableOverride, "EnableOverride and DisableOverride");

@@ -55,8 +55,12 @@ class TSchemaLog {
   /// At most `limit` errors and as many warnings are kept; the others are counted.
   explicit TSchemaLog(std::size_t limit) : errors_{limit, 0, {}}, warnings_{limit, 0, {}} {}
 
-  void Error(TSchemaPlace place, std::string message) { errors_.Add(place, EDiagnosticSeverity::kError, std::move(message)); }
-  void Warning(TSchemaPlace place, std::string message) { warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message)); }
+  void Error(TSchemaPlace place, std::string message) {
+    errors_.Add(place, EDiagnosticSeverity::kError, std::move(message));
+  }
+  void Warning(TSchemaPlace place, std::string message) {
+    warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message));
+  }
   std::size_t Errors() const { return errors_.count; }
   std::size_t Warnings() const { return warnings_.count; }
   /// Whether another error would be shown: a message that costs time to make is not made otherwise.

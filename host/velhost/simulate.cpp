@@ -35,13 +35,13 @@ constexpr milliseconds kStartingTime{10'000};
 constexpr milliseconds kStartingStep{50};
 
 /// The signals that end the command, as something to poll. They are blocked meanwhile, so that none
-/// cuts the clearing up short.
+/// cuts the clearing up short; also that of a closed pipe behind the printed lines.
 class TEndingSignals {
  public:
   TEndingSignals() {
     sigset_t ending;
     sigemptyset(&ending);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ending, signal);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) sigaddset(&ending, signal);
     sigprocmask(SIG_BLOCK, &ending, &before_);
     descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC);
     if (descriptor_ < 0) {

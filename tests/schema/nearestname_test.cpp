@@ -32,6 +32,13 @@ TEST(NearestName, FarOnesAreNoHelp) {
   EXPECT_EQ(Nearest("", {"", "a"}), "");
 }
 
+TEST(NearestName, HugeListsAreNotSearchedToTheirEnd) {
+  TNearestName nearest("Description");
+  for (int i = 0; i < 5000; ++i) nearest.Offer("xxxxxxxxxxx");
+  nearest.Offer("Description");
+  EXPECT_EQ(nearest.Best(), "");
+}
+
 TEST(NearestName, Hint) {
   TNearestName nearest("Levle");
   EXPECT_EQ(nearest.Hint(), "");
