@@ -71,7 +71,7 @@ std::string FindProgram() {
   const char* const path = std::getenv("PATH");
   std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
   for (std::string folder; std::getline(folders, folder, ':');) {
-    const std::string file = (folder.empty() ? "." : folder) + "/" + kProgram;
+    std::string file = (folder.empty() ? "." : folder) + "/" + kProgram;
     if (access(file.c_str(), X_OK) == 0) return file;
   }
   throw THostError(EExitStatus::kUnavailable,
@@ -79,7 +79,7 @@ std::string FindProgram() {
 }
 
 std::string FindModule(const TInstallation& installation) {
-  const std::string file = installation.ModuleFolder() + kModuleFile;
+  std::string file = installation.ModuleFolder() + kModuleFile;
   if (access(file.c_str(), R_OK) == 0) return file;
   throw THostError(EExitStatus::kUnavailable, "the module for ipmi_sim is not installed: " + file);
 }

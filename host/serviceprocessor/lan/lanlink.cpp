@@ -100,7 +100,7 @@ TLanLink::TOutcome TLanLink::OpenForUse() {
 
 /// Finds out in the short times whether the BMC is still there before it takes the run's.
 TLanLink::TOutcome TLanLink::Reopen() {
-  const TOutcome probe = TryOpen(way_, kLanProbeTime, kLanProbeRetransmission);
+  TOutcome probe = TryOpen(way_, kLanProbeTime, kLanProbeRetransmission);
   if (probe.session == nullptr) return probe;
   module_.close(probe.session);
   return OpenForUse();
