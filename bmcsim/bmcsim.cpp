@@ -33,7 +33,8 @@ namespace NKROVEL20 {
 namespace {
 
 constexpr auto& kId = StorageAreaCommands::kManufacturerId;
-constexpr std::uint32_t kEnterprise = std::uint32_t{kId[0]} | std::uint32_t{kId[1]} << 8U | std::uint32_t{kId[2]} << 16U;
+constexpr std::uint32_t kEnterprise =
+    std::uint32_t{kId[0]} | std::uint32_t{kId[1]} << 8U | std::uint32_t{kId[2]} << 16U;
 constexpr std::uint8_t kUnspecifiedError = 0xFF;
 static_assert(kEnterprise == 0x003039);
 

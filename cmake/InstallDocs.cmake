@@ -1,16 +1,21 @@
 # Manual pages, bash completion and documents. Places and version are filled into the pages here, so
-# that those in the build tree are those that get installed.
+# that those in the build tree are those that get installed, compressed as Debian has them.
+
+find_program(GZIP_PROGRAM gzip REQUIRED)
 
 set(VELHOST_MAN_PAGES velhost.1 velhost-server-file.5 velhost-recording.5)
 foreach(page ${VELHOST_MAN_PAGES})
-  configure_file(man/${page} ${CMAKE_BINARY_DIR}/man/${page} @ONLY)
+  set(file ${CMAKE_BINARY_DIR}/man/${page})
+  configure_file(man/${page} ${file} @ONLY)
+  execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${file} OUTPUT_FILE ${file}.gz COMMAND_ERROR_IS_FATAL ANY)
   string(REGEX MATCH "[0-9]$" section ${page})
-  install(FILES ${CMAKE_BINARY_DIR}/man/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT runtime)
+  install(FILES ${file}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT runtime)
 endforeach()
 
 install(FILES completions/velhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   RENAME velhost COMPONENT runtime)
 
-# What README.md shows of docs/ keeps its place beside it.
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime FILES_MATCHING PATTERN "*.md")
+# The documents keep their places to each other, so that their links hold.
+install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime
+  FILES_MATCHING PATTERN "*.md")

@@ -16,16 +16,17 @@ namespace {
 // Requests by the collector's layouts, whose data are the input's last bytes.
 void AskEverything(IServiceProcessor& processor, const std::string& input) {
   const TStopSignal stop;
-  for (const std::uint8_t networkFunction : {0x06, 0x2E, 0x3A}) {
-    for (const std::uint8_t command : {0x01, 0x62, 0x6F, 0x90}) {
-      for (const std::uint8_t subCommand : {0x00, 0x01, 0x02, 0x05, 0x06}) {
-        TIPMICommandBuffer buffer(networkFunction, command, static_cast<std::uint8_t>(input.size()));
+  for (const int networkFunction : {0x06, 0x2E, 0x3A}) {
+    for (const int command : {0x01, 0x62, 0x6F, 0x90}) {
+      for (const int subCommand : {0x00, 0x01, 0x02, 0x05, 0x06}) {
+        TIPMICommandBuffer buffer(static_cast<std::uint8_t>(networkFunction), static_cast<std::uint8_t>(command),
+                                  static_cast<std::uint8_t>(input.size()));
         for (std::size_t i = 0; i < 32 && i < input.size(); ++i) {
           buffer[13 + i] = static_cast<std::uint8_t>(input[input.size() - 1 - i]);
         }
         buffer[9] = 0x39;
         buffer[10] = 0x30;
-        buffer[12] = subCommand;
+        buffer[12] = static_cast<std::uint8_t>(subCommand);
         int length = 0;
         if (processor.SendIpmi(0, buffer, length, stop) && length != 9 + buffer.DataLength()) __builtin_trap();
       }

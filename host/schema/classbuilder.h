@@ -16,14 +16,13 @@ namespace NKROVEL20 {
 
 class TClassBuilder {
  public:
-  TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits,
-                TSchemaLog& log);
+  TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits, TSchemaLog& log);
 
   /// All classes that can be resolved, into `cimNamespace`, in declaration order.
   void Build(TNamespace& cimNamespace);
 
   /// Reports a class name that no declaration has.
-  bool CheckClassName(const TSchemaUnit& unit, TSchemaPlace place, std::string_view name);
+  bool CheckClassName(TSchemaPlace place, std::string_view name);
   /// The aliases that property defaults use.
   const std::vector<TAliasUse>& Aliases() const { return aliases_; }
 
@@ -55,8 +54,7 @@ class TClassBuilder {
   bool Refines(std::string_view name, std::string_view ancestor);
   void ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& feature, const TValueSlot& slot,
                    TPropertyDefinition& definition);
-  void CheckEmbedded(const TSchemaUnit& unit, const std::vector<TQualifierDefinition>& qualifiers,
-                     const Mof::TFeature& feature);
+  void CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& feature);
 
   const Mof::TNameSet& mentioned_;
   TQualifierTable& qualifiers_;

@@ -16,16 +16,26 @@ struct TWord {
 
 // In the order in which a message lists them.
 constexpr std::array kWords = {
-    TWord{TKind::S_SEMICOLON, "';'"},       TWord{TKind::S_COMMA, "','"},
-    TWord{TKind::S_EQUALS, "'='"},          TWord{TKind::S_COLON, "':'"},
-    TWord{TKind::S_LPAREN, "'('"},          TWord{TKind::S_RPAREN, "')'"},
-    TWord{TKind::S_LBRACKET, "'['"},        TWord{TKind::S_RBRACKET, "']'"},
-    TWord{TKind::S_LBRACE, "'{'"},          TWord{TKind::S_RBRACE, "'}'"},
-    TWord{TKind::S_CLASS, "'class'"},       TWord{TKind::S_INSTANCE, "'instance'"},
-    TWord{TKind::S_QUALIFIER, "'qualifier'"}, TWord{TKind::S_PRAGMA, "'#pragma'"},
-    TWord{TKind::S_OF, "'of'"},             TWord{TKind::S_AS, "'as'"},
-    TWord{TKind::S_REF, "'ref'"},           TWord{TKind::S_SCOPE, "'scope'"},
-    TWord{TKind::S_FLAVOR, "'flavor'"},     TWord{TKind::S_ALIAS, "an alias"},
+    TWord{TKind::S_SEMICOLON, "';'"},
+    TWord{TKind::S_COMMA, "','"},
+    TWord{TKind::S_EQUALS, "'='"},
+    TWord{TKind::S_COLON, "':'"},
+    TWord{TKind::S_LPAREN, "'('"},
+    TWord{TKind::S_RPAREN, "')'"},
+    TWord{TKind::S_LBRACKET, "'['"},
+    TWord{TKind::S_RBRACKET, "']'"},
+    TWord{TKind::S_LBRACE, "'{'"},
+    TWord{TKind::S_RBRACE, "'}'"},
+    TWord{TKind::S_CLASS, "'class'"},
+    TWord{TKind::S_INSTANCE, "'instance'"},
+    TWord{TKind::S_QUALIFIER, "'qualifier'"},
+    TWord{TKind::S_PRAGMA, "'#pragma'"},
+    TWord{TKind::S_OF, "'of'"},
+    TWord{TKind::S_AS, "'as'"},
+    TWord{TKind::S_REF, "'ref'"},
+    TWord{TKind::S_SCOPE, "'scope'"},
+    TWord{TKind::S_FLAVOR, "'flavor'"},
+    TWord{TKind::S_ALIAS, "an alias"},
     TWord{TKind::S_YYEOF, "the end of the file"},
 };
 
@@ -49,8 +59,6 @@ std::vector<std::string> TExpected::Words() const {
   if (!anyName && Has(TKind::S_FLAVORWORD)) words.emplace_back("a flavor");
   if (element) words.emplace_back("a schema element");
   if (!value && Has(TKind::S_INTEGER)) words.emplace_back("a number");
-  // Another piece of a string can always follow one.
-  if (!value && Has(TKind::S_STRING) && tokens_.size() == 1) words.emplace_back("a string");
   for (const TWord& word : kWords) {
     const bool isWord = word.text[0] == '\'' && word.text[1] >= 'a';
     const bool isPart = (isWord && (anyName || element)) || (value && word.token == TKind::S_ALIAS);

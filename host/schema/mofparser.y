@@ -75,11 +75,11 @@ TLiteral Plain(ELiteral kind, TSpan span) { return {kind, span, kEmpty}; }
 
 %type <span> name superClass alias
 %type <type> reference
-%type <range> qualifierList uses features parameterList parameters assignments values strings
+%type <range> qualifierList uses features parameterList parameters assignments values
 %type <literal> literal
 %type <initializer> initializer array assigned argument
 %type <array> suffix bounds
-%type <bits> flavors useFlavors flavorClause scopeClause metaElements metaElement
+%type <bits> flavors useFlavors flavorWords flavorClause scopeClause metaElements metaElement
 
 %%
 
@@ -169,10 +169,10 @@ argument:
 | LPAREN literal RPAREN         { $$ = scan.Scalar($literal); }
 | array
 ;
-useFlavors:
-  %empty                        { $$ = 0; }
-| COLON FLAVORWORD              { $$ = $FLAVORWORD; }
-| useFlavors[before] FLAVORWORD { $$ = $before | $FLAVORWORD; }
+useFlavors: %empty { $$ = 0; } | COLON flavorWords { $$ = $flavorWords; } ;
+flavorWords:
+  FLAVORWORD
+| flavorWords[before] FLAVORWORD { $$ = $before | $FLAVORWORD; }
 ;
 
 classDeclaration:
@@ -253,7 +253,7 @@ values:
 | values[before] COMMA literal    { $$ = {$before.first, scan.Scalar($literal).literals.first + 1 - $before.first}; }
 ;
 literal:
-  strings                         { $$ = {ELiteral::kString, @$, $strings}; }
+  STRING
 | INTEGER                         { $$ = Plain(ELiteral::kInteger, @1); }
 | REAL                            { $$ = Plain(ELiteral::kReal, @1); }
 | BOOLEAN                         { $$ = Plain(ELiteral::kBoolean, @1); }
@@ -262,11 +262,6 @@ literal:
 | CHARACTER
 | BADLITERAL
 ;
-strings:
-  STRING                          { $$ = $STRING.pieces; }
-| strings[before] STRING          { $$ = {$before.first, $before.count + 1}; }
-;
-
 %%
 
 namespace NKROVEL20::Mof {

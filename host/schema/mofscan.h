@@ -41,6 +41,7 @@ class TScan {
 
   // The scanner's actions. Those that return an int return the token.
   int Word(TSpan span, TSemantic& value);
+  int Plain(TSpan span, TSemantic& value, int token);
   // The span of a string is its opening quote's and becomes the whole string's.
   int String(TSpan& span, TSemantic& value);
   // The bytes of a comment up to the end of the line.
@@ -81,7 +82,7 @@ class TScan {
   TMofFile file_;
   std::size_t depth_ = 0;
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
-  int previousWord_ = 0;  // a token that declares the next name, or 0
+  int previousWord_ = 0;               // a token that declares the next name, or 0
   bool stopped_ = false;
 };
 

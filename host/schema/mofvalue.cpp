@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <limits>
 
 #include "host/core/caseinsensitive.h"
 #include "host/schema/moftext.h"
@@ -14,6 +13,9 @@ using TType = TCIMValue::TCIMType;
 using Mof::ELiteral;
 
 namespace {
+
+// Half a step past the largest real32: what is below rounds to it.
+constexpr double kReal32End = 3.4028235677973366e38;
 
 struct TIntegerRange {
   std::uint64_t below;  // the magnitude of the least value
@@ -207,8 +209,8 @@ bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, T
   } else {
     return Mismatch(unit, literal.span, WithArticle(name));
   }
-  const double most = type == TType::kReal32 ? double{std::numeric_limits<float>::max()} : HUGE_VAL;
-  if (!inRange || std::abs(real) > most) return Mismatch(unit, literal.span, "a number in the range of " + name);
+  if (!inRange || (type == TType::kReal32 && std::abs(real) >= kReal32End))
+    return Mismatch(unit, literal.span, "a number in the range of " + name);
   value = TCIMValue::FromReal(type, real);
   return true;
 }

@@ -46,8 +46,8 @@ class TQualifierTable {
   const TDeclaredQualifier* Find(const TSchemaUnit& unit, Mof::TSpan name);
   bool HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
                 std::uint32_t scope);
-  bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
-                 bool keep, TCIMValue& value);
+  bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared, bool keep,
+                 TCIMValue& value);
   bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TQualifierDefinition& definition,
                    const TQualifierSet* inherited);
   bool FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors);
@@ -57,6 +57,7 @@ class TQualifierTable {
   TSchemaLog& log_;
   TValueReader values_;
   std::unordered_map<std::string_view, TDeclaredQualifier, TNameHash, TNameEqual> declared_;
+  std::vector<std::string_view> names_;  // in declaration order
 };
 
 }  // namespace NKROVEL20

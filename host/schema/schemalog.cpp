@@ -1,8 +1,6 @@
 #include "host/schema/schemalog.h"
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 
 namespace NKROVEL20 {
 
@@ -44,9 +42,9 @@ std::string_view TSchemaSource::Line(std::uint32_t number) const {
   return LineOf(Text().substr(starts_[number - 1]), 1);
 }
 
-void TSchemaLog::TList::Add(TSchemaPlace place, std::string message) {
+void TSchemaLog::TList::Add(TSchemaPlace place, EDiagnosticSeverity severity, std::string message) {
   ++count;
-  if (kept.size() < limit) kept.push_back({place, EDiagnosticSeverity::kError, std::move(message)});
+  if (kept.size() < limit) kept.push_back({place, severity, std::move(message)});
 }
 
 void TSchemaLog::TList::AppendRest(std::vector<TTextDiagnostic>& diagnostics, EDiagnosticSeverity severity) const {
@@ -60,31 +58,22 @@ void TSchemaLog::TList::AppendRest(std::vector<TTextDiagnostic>& diagnostics, ED
   diagnostics.push_back(std::move(last));
 }
 
-std::vector<TTextDiagnostic> TSchemaLog::Finish(const TSchemaSources& sources) {
-  std::vector<TEntry> entries = std::move(errors_.kept);
-  errors_.kept.resize(0);
-  for (TEntry& warning : warnings_.kept) {
-    warning.severity = EDiagnosticSeverity::kWarning;
-    entries.push_back(warning);
-  }
-  const std::size_t errorsKept = entries.size() - warnings_.kept.size();
+std::vector<TTextDiagnostic> TSchemaLog::Finish(const TSchemaSources& sources) const {
+  std::vector<TEntry> entries = errors_.kept;
+  entries.insert(entries.end(), warnings_.kept.begin(), warnings_.kept.end());
   std::stable_sort(entries.begin(), entries.end(), [](const TEntry& a, const TEntry& b) {
     return a.place.unit != b.place.unit ? a.place.unit < b.place.unit : a.place.offset < b.place.offset;
   });
   std::vector<TTextDiagnostic> diagnostics;
   for (TEntry& entry : entries) {
     const TSchemaSource& source = *sources.at(entry.place.unit);
-    TTextDiagnostic diagnostic;
-    diagnostic.severity = entry.severity;
-    diagnostic.message = std::move(entry.message);
-    diagnostic.location.file = source.Name();
+    TTextDiagnostic diagnostic{entry.severity, {source.Name(), 0, 0}, std::move(entry.message), {}};
     if (entry.place.offset != kWholeFile) {
       diagnostic.location = source.Locate(entry.place.offset);
       diagnostic.sourceLine = source.Line(diagnostic.location.line);
     }
     diagnostics.push_back(std::move(diagnostic));
   }
-  errors_.kept.resize(errorsKept);
   errors_.AppendRest(diagnostics, EDiagnosticSeverity::kError);
   warnings_.AppendRest(diagnostics, EDiagnosticSeverity::kWarning);
   return diagnostics;

@@ -55,13 +55,19 @@ class TSchemaLog {
   /// At most `limit` errors and as many warnings are kept; the others are counted.
   explicit TSchemaLog(std::size_t limit) : errors_{limit, 0, {}}, warnings_{limit, 0, {}} {}
 
-  void Error(TSchemaPlace place, std::string message) { errors_.Add(place, std::move(message)); }
-  void Warning(TSchemaPlace place, std::string message) { warnings_.Add(place, std::move(message)); }
+  void Error(TSchemaPlace place, std::string message) {
+    errors_.Add(place, EDiagnosticSeverity::kError, std::move(message));
+  }
+  void Warning(TSchemaPlace place, std::string message) {
+    warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message));
+  }
+  std::size_t Errors() const { return errors_.count; }
+  std::size_t Warnings() const { return warnings_.count; }
   /// Whether another error would be shown: a message that costs time to make is not made otherwise.
   bool Shows() const { return errors_.kept.size() < errors_.limit; }
 
   /// In order of file and place. What was counted only is said at the end: "and N more errors".
-  std::vector<TTextDiagnostic> Finish(const TSchemaSources& sources);
+  std::vector<TTextDiagnostic> Finish(const TSchemaSources& sources) const;
 
  private:
   struct TEntry {
@@ -73,7 +79,7 @@ class TSchemaLog {
     std::size_t limit;
     std::size_t count;
     std::vector<TEntry> kept;
-    void Add(TSchemaPlace place, std::string message);
+    void Add(TSchemaPlace place, EDiagnosticSeverity severity, std::string message);
     void AppendRest(std::vector<TTextDiagnostic>& diagnostics, EDiagnosticSeverity severity) const;
   };
   TList errors_;

@@ -1,7 +1,5 @@
 #include "host/schema/schemareader.h"
 
-#include <algorithm>
-
 #include "host/schema/classbuilder.h"
 #include "host/schema/instancebuilder.h"
 #include "host/schema/qualifiertable.h"
@@ -20,12 +18,6 @@ void DeclareQualifiers(const TParsedSchema& schema, TQualifierTable& table) {
 
 }  // namespace
 
-bool TSchemaResult::HasErrors() const {
-  return std::any_of(diagnostics.begin(), diagnostics.end(), [](const TTextDiagnostic& diagnostic) {
-    return diagnostic.severity == EDiagnosticSeverity::kError;
-  });
-}
-
 TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader) {
   return ReadSchema(paths, reader, TSchemaLimits());
 }
@@ -40,8 +32,10 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   result.sources = schema.sources;
   TClassBuilder classes(schema, qualifiers, limits, log);
   classes.Build(*result.cimNamespace);
-  TInstanceBuilder instances(schema, classes, qualifiers, log);
+  TInstanceBuilder instances(schema, classes, qualifiers, limits, log);
   result.instances = instances.Build(*result.cimNamespace);
+  result.errors = log.Errors();
+  result.warnings = log.Warnings();
   result.diagnostics = log.Finish(*schema.sources);
   return result;
 }

@@ -18,13 +18,16 @@ struct TSchemaResult {
   boost::shared_ptr<TNamespace> cimNamespace;
   /// Errors and warnings in order of file and place. Past the limit one more says how many there are.
   std::vector<TTextDiagnostic> diagnostics;
+  /// How many there are, shown or not.
+  std::size_t errors = 0;
+  std::size_t warnings = 0;
   /// What "instance of" declares, in order, typed against the classes. A reference given by an alias
   /// holds the alias ("$Name").
   std::vector<boost::shared_ptr<TInstance>> instances;
   /// The texts that were read, for diagnostics of what is found later; never null.
   boost::shared_ptr<const TSchemaSources> sources;
 
-  bool HasErrors() const;
+  bool HasErrors() const { return errors > 0; }
 };
 
 /// Reads the schema. Each path is a MOF file or a folder of them (its files that end in ".mof", by

@@ -13,7 +13,9 @@ std::vector<std::uint8_t> Copy(const unsigned char* bytes, int length) {
 
 dotCmd::dotCmd(unsigned char command, int identifierLength, int parameterLength, const unsigned char* identifier,
                const unsigned char* parameters)
-    : command_(command), identifier_(Copy(identifier, identifierLength)), parameters_(Copy(parameters, parameterLength)) {}
+    : command_(command),
+      identifier_(Copy(identifier, identifierLength)),
+      parameters_(Copy(parameters, parameterLength)) {}
 
 dotCmd::~dotCmd() = default;
 

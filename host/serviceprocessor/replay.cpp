@@ -80,7 +80,8 @@ std::string TReplay::Diagnostic(bool isError, std::uint32_t line, const std::str
 }
 
 std::optional<std::string> TReplay::CutWarning() const {
-  if (!hasHeader_) return Diagnostic(false, 1, "the recording was cut in its first line; nothing of it can be replayed");
+  if (!hasHeader_)
+    return Diagnostic(false, 1, "the recording was cut in its first line; nothing of it can be replayed");
   if (cutLine_ != 0) {
     return Diagnostic(false, cutLine_, "the recording was cut in this line; it replays up to the line before");
   }

@@ -33,7 +33,8 @@ bool TSupervisedServiceProcessor::SendDot(int serviceProcessor, const dotCmd& co
   const bool attempted = !stop.IsStopped();
   const bool answered = attempted && inner_.SendDot(serviceProcessor, command, response, length, stop);
   const std::size_t size = answered && length > 0 ? std::min(static_cast<std::size_t>(length), response.size()) : 0;
-  const TDotExchange exchange = {serviceProcessor, attempted, command, answered, response.first(size), length, Since(start)};
+  const TDotExchange exchange = {serviceProcessor,     attempted, command,     answered,
+                                 response.first(size), length,    Since(start)};
   for (IExchangeObserver* observer : observers_) observer->OnDot(exchange);
   return answered;
 }

@@ -11,6 +11,8 @@ namespace {
 
 using EKind = TTomlValue::EKind;
 
+constexpr std::size_t kCimTextSize = 25;
+
 std::string Listed(std::initializer_list<std::string_view> names) {
   std::string text;
   for (const std::string_view name : names) {
@@ -99,10 +101,13 @@ std::optional<std::string> TTomlTable::Moment(std::string_view name) const {
   static const std::string kExpected = "a date-time with its offset from UTC, such as 2026-01-31T12:34:56+01:00";
   const TTomlMember* member = FindKind(name, EKind::kDateTime, kExpected);
   if (member == nullptr) return std::nullopt;
-  if (member->value.text.empty()) {
-    Fail(member->value.place, "found a date-time without an offset for " + Quoted(name) + ", expected " + kExpected);
+  const std::string& text = member->value.text;
+  if (text.size() != kCimTextSize) {
+    const std::string found = text.empty() ? "a date-time without an offset"
+                                           : "an offset of more than 999 minutes, which no CIM datetime holds,";
+    Fail(member->value.place, "found " + found + " for " + Quoted(name) + ", expected " + kExpected);
   }
-  return member->value.text;
+  return text;
 }
 
 std::optional<std::vector<std::uint8_t>> TTomlTable::Bytes(std::string_view name,

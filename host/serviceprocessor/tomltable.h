@@ -30,7 +30,7 @@ class TTomlTable {
   std::optional<std::string> String(std::string_view name) const;
   std::optional<bool> Boolean(std::string_view name) const;
   std::optional<std::int64_t> Integer(std::string_view name, std::int64_t low, std::int64_t high) const;
-  /// The CIM text of a date-time with its offset.
+  /// The 25 characters of a CIM datetime, from a date-time with its offset.
   std::optional<std::string> Moment(std::string_view name) const;
   /// Hex pairs; `size` bytes where that is given.
   std::optional<std::vector<std::uint8_t>> Bytes(std::string_view name, std::optional<std::size_t> size) const;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -156,18 +157,21 @@ class TCollection {
     const auto writer = MakeWriter(form, target.Sink(), table);
     const TCollectionSummary summary = Collect(*writer, form == EOutputForm::kJsonl);
     target.Finish();
+    // Only now: a trace or recording that failed must not take what was collected with it.
+    finish_();
     connection_->CheckAfterwards();
     return summary.partial ? EExitStatus::kPartial : EExitStatus::kComplete;
   }
 
  private:
   TCollectionSummary Collect(IInstanceWriter& writer, bool writeAtCommit) {
-    TTrace trace(common_);
+    const auto trace = std::make_shared<TTrace>(common_);
     TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
     TExchangeLedger ledger;
     supervised.AddObserver(ledger);
-    TRecording recording(options_.record, connection_->ServiceProcessor(), *environment_);
-    if (recording.Observer() != nullptr) supervised.AddObserver(*recording.Observer());
+    const auto recording =
+        std::make_shared<TRecording>(options_.record, connection_->ServiceProcessor(), *environment_);
+    if (recording->Observer() != nullptr) supervised.AddObserver(*recording->Observer());
     std::optional<TProgressLine> line;
     std::optional<TProgress> progress;
     if (showProgress_) {
@@ -175,14 +179,16 @@ class TCollection {
       supervised.AddObserver(*line);
       progress.emplace(*line);
     }
-    const TInstalledServices services(supervised, stop_, recording.Environment());
+    const TInstalledServices services(supervised, stop_, recording->Environment());
     TCollectionRun run({PluginPath(), environment_->MachineType(), options_.singleRequest, writeAtCommit}, namespace_,
                        writer, ledger, stop_);
     if (progress) run.SetRequestObserver(*progress);
     if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
     TCollectionSummary summary = run.Run(classes_);
-    trace.Finish();
-    recording.Finish();
+    finish_ = [trace, recording] {
+      trace->Finish();
+      recording->Finish();
+    };
     return summary;
   }
 
@@ -199,6 +205,7 @@ class TCollection {
   std::optional<TSessionEnvironment> environment_;
   std::vector<boost::shared_ptr<TCIMClass>> classes_;
   std::optional<TCaptureFolder> captures_;
+  std::function<void()> finish_;  // reports what went wrong beside the output
 };
 
 }  // namespace

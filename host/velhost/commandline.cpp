@@ -38,13 +38,13 @@ void AddCommonOptions(CLI::App& app, TCommonOptions& options) {
   app.add_option("--plugin", options.plugin, "the collector's library")->type_name("FILE");
   app.add_option("--schema", options.schema, "a MOF file or a folder of them; may be repeated")
       ->type_name("PATH")
-      ->expected(1)
-      ->take_all();
+      ->take_all()
+      ->allow_extra_args(false);  // what follows the value is a class or file of its own
   app.add_option("--sp", options.serviceProcessors,
                  "the service processor: sim[:FILE], replay:FILE, inband[:DEVICE], lan:[USER@]HOST[:PORT]")
       ->type_name("SPEC")
-      ->expected(1)
-      ->take_all();
+      ->take_all()
+      ->allow_extra_args(false);  // what follows the value is a class or file of its own
   app.add_option("--machine-type", options.machineType, "overrides the machine type")->type_name("NNNN");
   app.add_option("--log", options.log, "also write the collector's trace there")->type_name("FILE");
   AddChoice(app, "--log-format", options.logFormat, kLogFormats, "text|jsonl", "form of that file");

@@ -83,9 +83,9 @@ void WriteFile(const std::string& path, const std::string& content) {
 // Get Channel Authentication Capabilities (network function 6, command 0x38) of channel 14, "this
 // one", for an administrator: what every client asks first, outside of any session.
 constexpr std::array<std::uint8_t, 23> kFirstQuestion = {
-    0x06, 0x00, 0xFF, 0x07,                                            // RMCP, class IPMI
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x09,        // no session, 9 bytes follow
-    0x20, 0x18, 0xC8, 0x81, 0x00, 0x38, 0x8E, 0x04, 0xB5};             // the message, with its two checksums
+    0x06, 0x00, 0xFF, 0x07,                                      // RMCP, class IPMI
+    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x09,  // no session, 9 bytes follow
+    0x20, 0x18, 0xC8, 0x81, 0x00, 0x38, 0x8E, 0x04, 0xB5};       // the message, with its two checksums
 
 }  // namespace
 
@@ -102,9 +102,8 @@ std::string IpmiSimConfiguration(const TIpmiSimSettings& settings) {
   text << "  guid 76656c686f737473696d756c61746564\n"
        << "endlan\n";
   if (settings.serialPort) text << "serial 15 127.0.0.1 " << *settings.serialPort << " codec VM\n";
-  text << "user 2 true \"" << settings.user << "\" \"" << settings.password << "\" admin 60" << allowed
-       << "loadlib \"" << Writable(settings.module) << "\" \"" << settings.node << " " << Writable(settings.serverFile)
-       << "\"\n";
+  text << "user 2 true \"" << settings.user << "\" \"" << settings.password << "\" admin 60" << allowed << "loadlib \""
+       << Writable(settings.module) << "\" \"" << settings.node << " " << Writable(settings.serverFile) << "\"\n";
   return text.str();
 }
 
@@ -143,8 +142,8 @@ void TIpmiSim::WriteFiles(const TIpmiSimSettings& settings) const {
 
 void TIpmiSim::Start(const TIpmiSimSettings& settings) {
   const std::string& folder = folder_.Path();
-  std::vector<std::string> words = {settings.program, "-c", folder + "/lan.conf", "-f", folder + "/commands",
-                                    "-s",             folder + "/state", "-n"};
+  std::vector<std::string> words = {settings.program,     "-c", folder + "/lan.conf", "-f",
+                                    folder + "/commands", "-s", folder + "/state",    "-n"};
   std::vector<char*> arguments;
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);

@@ -17,8 +17,8 @@
 #include <sstream>
 
 #include "host/core/sourcereader.h"
-#include "host/serviceprocessor/serverfile.h"
 #include "host/serviceprocessor/servednode.h"
+#include "host/serviceprocessor/serverfile.h"
 #include "host/velhost/ipmisim.h"
 
 namespace NKROVEL20 {
@@ -35,13 +35,13 @@ constexpr milliseconds kStartingTime{10'000};
 constexpr milliseconds kStartingStep{50};
 
 /// The signals that end the command, as something to poll. They are blocked meanwhile, so that none
-/// cuts the clearing up short.
+/// cuts the clearing up short; also that of a closed pipe behind the printed lines.
 class TEndingSignals {
  public:
   TEndingSignals() {
     sigset_t ending;
     sigemptyset(&ending);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ending, signal);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) sigaddset(&ending, signal);
     sigprocmask(SIG_BLOCK, &ending, &before_);
     descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC);
     if (descriptor_ < 0) {
@@ -112,7 +112,8 @@ void CheckPort(int port, int type, const char* protocol) {
   close(descriptor);
   if (error == 0) return;
   const std::string place = std::string(protocol) + " port " + std::to_string(port) + " of 127.0.0.1";
-  if (error == EACCES) throw THostError(EExitStatus::kNoPermission, "cannot listen on " + place + ": " + std::strerror(error));
+  if (error == EACCES)
+    throw THostError(EExitStatus::kNoPermission, "cannot listen on " + place + ": " + std::strerror(error));
   throw THostError(EExitStatus::kUnavailable, "cannot listen on " + place + ": " + std::strerror(error) +
                                                   "\n--port and --serial-port name others");
 }
@@ -165,8 +166,8 @@ void PrintLines(const TSimulateArguments& arguments, const std::string& machineT
   const std::string port = std::to_string(arguments.port);
   const std::string user = kSimulatedUser;
   const std::string password = kSimulatedPassword;
-  std::cout << "BMC node " << arguments.node << " of " << arguments.file << " answers on 127.0.0.1:" << port << " (user "
-            << user << ", password " << password << ").\nConnect with one of:\n"
+  std::cout << "BMC node " << arguments.node << " of " << arguments.file << " answers on 127.0.0.1:" << port
+            << " (user " << user << ", password " << password << ").\nConnect with one of:\n"
             << "  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " << port << " -U " << user << " -P " << password
             << " mc info\n"
             << "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" << port << " -u " << user << " -p " << password

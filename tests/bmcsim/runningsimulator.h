@@ -20,8 +20,8 @@
 namespace NKROVEL20::Testing {
 
 /// For the beginning of a test: there is nothing to run against without the package openipmi.
-#define SKIP_WITHOUT_IPMI_SIM()                                          \
-  if (std::system("command -v ipmi_sim >/dev/null 2>&1") != 0) {         \
+#define SKIP_WITHOUT_IPMI_SIM()                                            \
+  if (std::system("command -v ipmi_sim >/dev/null 2>&1") != 0) {           \
     GTEST_SKIP() << "ipmi_sim (Debian package openipmi) is not installed"; \
   }
 
@@ -82,7 +82,8 @@ inline bool IsFree(int port, int type = SOCK_DGRAM) { return TBoundPort(type, po
 class TRunningSimulator {
  public:
   /// Waits until it has printed its lines, or has ended.
-  explicit TRunningSimulator(const std::string& serverText, int node = 0, std::optional<int> serialPort = std::nullopt) {
+  explicit TRunningSimulator(const std::string& serverText, int node = 0,
+                             std::optional<int> serialPort = std::nullopt) {
     arguments_.file = folder_.Write("server.toml", serverText);
     arguments_.node = node;
     arguments_.port = FreePort();

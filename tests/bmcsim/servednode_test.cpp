@@ -78,7 +78,8 @@ completion_code = 0xC3
 [[fault]]
 on = "register"
 truncate = 12
-)"), 0);
+)"),
+                   0);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0x00, 0x12, 0x34, 0x56, 0x78}));
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0xC3}));
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0x00, 0x12, 0x34, 0x56, 0x78}));
@@ -86,7 +87,8 @@ truncate = 12
 }
 
 TEST(ServedNode, FaultsOfOtherNodesDoNot) {
-  TServedNode node(ServerFrom(std::string(kServer) + "[[fault]]\non = \"ipmi\"\nnode = 0\ncompletion_code = 0xC3\n"), 1);
+  TServedNode node(ServerFrom(std::string(kServer) + "[[fault]]\non = \"ipmi\"\nnode = 0\ncompletion_code = 0xC3\n"),
+                   1);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}).front(), 0x00);
 }
 

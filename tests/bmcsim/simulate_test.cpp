@@ -69,12 +69,18 @@ TEST_F(Simulate, PrintsLinesThatConnect) {
   EXPECT_EQ(simulator.Printed(),
             "BMC node 0 of " + simulator.File() + " answers on 127.0.0.1:" + port +
                 " (user ipmiusr, password test).\nConnect with one of:\n"
-                "  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " + port + " -U ipmiusr -P test mc info\n"
-                "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" + port + " -u ipmiusr -p test -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
-                "  VELHOST_IPMI_PASSWORD=test velhost collect --sp lan:ipmiusr@127.0.0.1:" + port +
+                "  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " +
+                port +
+                " -U ipmiusr -P test mc info\n"
+                "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" +
+                port +
+                " -u ipmiusr -p test -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
+                "  VELHOST_IPMI_PASSWORD=test velhost collect --sp lan:ipmiusr@127.0.0.1:" +
+                port +
                 " --machine-type '62'\\''03'\n"
                 "As the BMC of a virtual machine:\n"
-                "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" + std::to_string(serial) +
+                "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
+                std::to_string(serial) +
                 ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n"
                 "Ctrl-C ends it.\n");
   EXPECT_FALSE(IsFree(serial, SOCK_STREAM));
@@ -88,7 +94,8 @@ TEST_F(Simulate, AnswersIpmitool) {
   EXPECT_THAT(OutputOf(command), HasSubstr("IPMI Version              : 2.0"));
   command.replace(command.find("mc info"), 7, "raw ");
   EXPECT_EQ(OutputOf(command + "0x3a 0x6f"), " 12 34 56 78\n");
-  EXPECT_EQ(OutputOf(command + "0x2e 0x90 0x39 0x30 0x00 0x06 0x63 0x70 0x75 0x5f 0x65 0x72 0x72"), " 39 30 00 03 00 00 00\n");
+  EXPECT_EQ(OutputOf(command + "0x2e 0x90 0x39 0x30 0x00 0x06 0x63 0x70 0x75 0x5f 0x65 0x72 0x72"),
+            " 39 30 00 03 00 00 00\n");
   EXPECT_THAT(OutputOf(command + "0x3a 0x62 0 0 0 0"), HasSubstr("rsp=0xcb"));
 }
 
@@ -104,7 +111,7 @@ TEST_F(Simulate, AnswersFreeIpmi) {
 
 TEST_F(Simulate, SignalsEndItAndNothingIsLeft) {
   SKIP_WITHOUT_IPMI_SIM();
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     TRunningSimulator simulator(kServer);
     EXPECT_FALSE(IsFree(simulator.Port()));
     EXPECT_FALSE(simulator.LeftNoFiles());
@@ -205,7 +212,8 @@ loadlib "/m/velbmcsim.so" "1 /s f/server.toml"
 
 TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {
   TIpmiSimSettings settings;
-  for (const std::string& path : {std::string("/a\"b"), std::string("/a\\b"), std::string("/a\nb"), std::string(801, 'x')}) {
+  for (const std::string& path :
+       {std::string("/a\"b"), std::string("/a\\b"), std::string("/a\nb"), std::string(801, 'x')}) {
     settings.serverFile = path;
     EXPECT_THROW(IpmiSimConfiguration(settings), THostError) << path;
   }

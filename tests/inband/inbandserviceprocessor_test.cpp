@@ -8,8 +8,8 @@
 namespace NKROVEL20 {
 namespace {
 
-using testing::ElementsAre;
 using std::chrono::milliseconds;
+using testing::ElementsAre;
 
 class Inband : public testing::Test {
  protected:
@@ -27,7 +27,8 @@ class Inband : public testing::Test {
   bool Send(int node, TIPMICommandBuffer& buffer) { return Processor().SendIpmi(node, buffer, length_, stop_); }
   TInbandServiceProcessor& Processor() {
     if (!processor_) {
-      processor_ = std::make_unique<TInbandServiceProcessor>(driver_, std::vector<std::string>{"/dev/ipmi0", "/dev/ipmi1"});
+      processor_ =
+          std::make_unique<TInbandServiceProcessor>(driver_, std::vector<std::string>{"/dev/ipmi0", "/dev/ipmi1"});
     }
     return *processor_;
   }

@@ -91,16 +91,19 @@ TEST_F(OpenInbandTest, NothingAtAllCannotBeReached) {
 TEST_F(OpenInbandTest, NothingAtAllSaysWhatIsKnownOfSmbios) {
   ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EExitStatus::kUnavailable,
               std::string("there is no IPMI device /dev/ipmi* here, and this machine shows no SMBIOS that could "
-                          "declare one\n") + kAdvice);
+                          "declare one\n") +
+                  kAdvice);
   ExpectError({""}, Smbios(ESmbiosStatus::kDenied, false), EExitStatus::kUnavailable,
               std::string("there is no IPMI device /dev/ipmi* here, and whether SMBIOS declares one only root may "
-                          "read\n") + kAdvice);
+                          "read\n") +
+                  kAdvice);
 }
 
 TEST_F(OpenInbandTest, RefusedDeviceIsAQuestionOfPermission) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi1", EACCES);
-  ExpectError({""}, kNoBmc, EExitStatus::kNoPermission,
-              "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
+  ExpectError(
+      {""}, kNoBmc, EExitStatus::kNoPermission,
+      "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
 }
 
 TEST_F(OpenInbandTest, NamedDeviceThatIsNotThereCannotBeReached) {
@@ -116,8 +119,9 @@ TEST(InbandSpec, NamesOneDeviceOrAll) {
 }
 
 TEST(InbandSpec, AnythingElseIsAUsageError) {
-  for (const char* spec : {"inband:", "inband:/dev/ipmi", "inband:/dev/ipmix", "inband:ipmi0", "inband:/dev/null",
-                           "inband:/dev/ipmi0/..", "inband:/dev/ipmi-1", "inband:/dev/ipmi99999999999999999999", "in"}) {
+  for (const char* spec :
+       {"inband:", "inband:/dev/ipmi", "inband:/dev/ipmix", "inband:ipmi0", "inband:/dev/null", "inband:/dev/ipmi0/..",
+        "inband:/dev/ipmi-1", "inband:/dev/ipmi99999999999999999999", "in"}) {
     try {
       ParseInbandSpec(spec);
       ADD_FAILURE() << spec;

@@ -58,7 +58,8 @@ class TScriptedDriver : public IIpmiDriver {
   std::vector<std::string> Devices() override { return devices_; }
   int Open(const std::string& device) override {
     if (const auto found = refused_.find(device); found != refused_.end()) return -found->second;
-    const int descriptor = 100 + static_cast<int>(std::find(devices_.begin(), devices_.end(), device) - devices_.begin());
+    const int descriptor =
+        100 + static_cast<int>(std::find(devices_.begin(), devices_.end(), device) - devices_.begin());
     open_.push_back(descriptor);
     return descriptor;
   }

@@ -79,12 +79,14 @@ TEST(Driver, ManyExchangesKeepAnswersAndRequestsTogether) {
 
 TEST(Driver, DeviceOfAnotherUserIsDenied) {
   ASSERT_EQ(seteuid(65534), 0);
-  const std::string message = MessageOf([] { OpenInband({"/dev/ipmi0"}, TSystemSmbios()); }, EExitStatus::kNoPermission);
+  const std::string message =
+      MessageOf([] { OpenInband({"/dev/ipmi0"}, TSystemSmbios()); }, EExitStatus::kNoPermission);
   TFileReader reader;
   const TSystemSmbios smbios = ReadSystemSmbios(reader);
   ASSERT_EQ(seteuid(0), 0);
-  EXPECT_EQ(message,
-            "cannot open /dev/ipmi0: Permission denied\nRun velhost as root, or let this user read and write the device");
+  EXPECT_EQ(
+      message,
+      "cannot open /dev/ipmi0: Permission denied\nRun velhost as root, or let this user read and write the device");
   EXPECT_EQ(smbios.status, ESmbiosStatus::kDenied);
   EXPECT_EQ(smbios.machineType, "6203");
 }

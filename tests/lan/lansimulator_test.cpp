@@ -141,8 +141,9 @@ TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {
 
 TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
   // A request that is sent again counts twice, and would use the second fault up.
-  Serve("[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
-        "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
+  Serve(
+      "[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
+      "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
   const auto processor = Open();
   ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
   ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xC3, {});

@@ -86,9 +86,8 @@ class TScriptedModule {
 
   static VelLanSession* OpenSession(const VelLanOpening* opening, int* status, char* message, std::size_t size) {
     TScriptedModule& self = *current_;
-    self.opened.push_back({opening->address, opening->user, opening->password, opening->privilege,
-                           opening->cipherSuite, opening->leavePrivilegeOpen != 0, opening->sessionTime,
-                           opening->retransmissionTime});
+    self.opened.push_back({opening->address, opening->user, opening->password, opening->privilege, opening->cipherSuite,
+                           opening->leavePrivilegeOpen != 0, opening->sessionTime, opening->retransmissionTime});
     TOpenStep step = {VEL_LAN_FAILED, "the script has no such opening"};
     EXPECT_FALSE(self.openings_.empty()) << step.message;
     if (!self.openings_.empty()) {

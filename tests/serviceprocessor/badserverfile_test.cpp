@@ -66,6 +66,12 @@ INSTANTIATE_TEST_SUITE_P(
             "  local_time = 2026-01-31T12:34:56\n"
             "               ^\n"},
         TBadServer{
+            kType + "local_time = 2026-01-31T12:34:56-16:40",
+            "server.toml:2:14: error: found an offset of more than 999 minutes, which no CIM datetime holds, for "
+            "\"local_time\", expected a date-time with its offset from UTC, such as 2026-01-31T12:34:56+01:00\n"
+            "  local_time = 2026-01-31T12:34:56-16:40\n"
+            "               ^\n"},
+        TBadServer{
             kType + "local_time = 2026-01-31",
             "server.toml:2:14: error: found a date for \"local_time\", expected a date-time with its offset from "
             "UTC, such as 2026-01-31T12:34:56+01:00\n"

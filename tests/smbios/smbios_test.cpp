@@ -18,8 +18,8 @@ TEST(SmbiosTable, GivesTheProductNameByItsStringNumber) {
 
 TEST(SmbiosTable, TakesBytesAsTheyStand) {
   // Type 1, length 6, handle 1; manufacturer string 0, product name string 1; "A1", end.
-  const std::vector<std::uint8_t> bytes = {0x01, 0x06, 0x01, 0x00, 0x00, 0x01, 0x41, 0x31, 0x00, 0x00,
-                                           0x26, 0x05, 0x02, 0x00, 0x01, 0x00, 0x00};
+  const std::vector<std::uint8_t> bytes = {0x01, 0x06, 0x01, 0x00, 0x00, 0x01, 0x41, 0x31, 0x00,
+                                           0x00, 0x26, 0x05, 0x02, 0x00, 0x01, 0x00, 0x00};
   const TSmbiosFacts facts = ParseSmbiosTable(bytes);
   EXPECT_EQ(facts.productName, "A1");
   EXPECT_TRUE(facts.declaresIpmiDevice);
@@ -80,8 +80,10 @@ TEST(SmbiosTable, NamesTheDefectAndItsPlace) {
     return ParseSmbiosTable(TSmbiosTable(good).AddRaw(bytes).Bytes()).defect;
   };
   EXPECT_EQ(defectBehind({1, 3}), "at offset 0x7: a structure header needs 4 bytes, and the table ends before");
-  EXPECT_EQ(defectBehind({1, 3, 0, 0, 0, 0}), "at offset 0x7: the structure's length is less than its header's 4 bytes");
-  EXPECT_EQ(defectBehind({1, 7, 0, 0, 0, 0}), "at offset 0x7: the structure's length reaches beyond the end of the table");
+  EXPECT_EQ(defectBehind({1, 3, 0, 0, 0, 0}),
+            "at offset 0x7: the structure's length is less than its header's 4 bytes");
+  EXPECT_EQ(defectBehind({1, 7, 0, 0, 0, 0}),
+            "at offset 0x7: the structure's length reaches beyond the end of the table");
   EXPECT_EQ(defectBehind({1, 6, 0, 0, 0, 1, 'A', 0}), "at offset 0x7: the structure's strings have no end");
 }
 

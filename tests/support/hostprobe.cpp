@@ -99,9 +99,10 @@ class TProbedClass : public ICIMClass {
   }
   void EnumeratePropertyDecls(const TPropertyDeclCallback& callback, const TPropertyMap& context) override {
     Enter("EnumeratePropertyDecls()", context);
-    inner_->EnumeratePropertyDecls(
-        [this, &callback](const boost::shared_ptr<ICIMPropertyDecl>& found) { return callback(probe_.Wrap(found)); },
-        context);
+    const auto deliver = [this, &callback](const boost::shared_ptr<ICIMPropertyDecl>& found) {
+      return callback(probe_.Wrap(found));
+    };
+    for (int round = 0; round < probe_.PropertyRounds(); ++round) inner_->EnumeratePropertyDecls(deliver, context);
   }
 
  private:

@@ -31,6 +31,10 @@ class THostProbe {
   /// The call returns an empty pointer.
   void ReturnNothingAt(const std::string& call) { empty_[call] = true; }
 
+  /// Enumerations of properties deliver everything twice.
+  void EnumeratePropertiesTwice() { propertyRounds_ = 2; }
+  int PropertyRounds() const { return propertyRounds_; }
+
   const std::vector<std::string>& Calls() const { return calls_; }
   /// The calls whose text contains the fragment, in order.
   std::vector<std::string> CallsWith(const std::string& fragment) const;
@@ -48,6 +52,7 @@ class THostProbe {
   std::vector<std::string> calls_;
   std::map<std::string, TAction> actions_;
   std::map<std::string, bool> empty_;
+  int propertyRounds_ = 1;
 };
 
 }  // namespace testsupport

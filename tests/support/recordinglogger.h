@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -32,14 +33,22 @@ inline TLine Verbose(const std::string& message) { return {4, message}; }
 class TRecordingLogger : public NKROVEL20::ILogger {
  public:
   void Log(EVELLogSeverity severity, const std::string& message) override {
-    if (!failing_.empty() && message == failing_) throw std::runtime_error("the logger failed");
+    if (!failing_.empty() && message == failing_ && --countdown_ <= 0) failure_();
     lines_.push_back({static_cast<int>(severity), message});
   }
 
   const std::vector<TLine>& Lines() const { return lines_; }
   void Clear() { lines_.clear(); }
-  /// From now on this message is answered with a std::runtime_error.
-  void FailAt(const std::string& message) { failing_ = message; }
+  /// This message, from its nth time on (counted from 1), is answered with what `failure` throws.
+  void FailAt(const std::string& message, std::function<void()> failure, int nth = 1) {
+    failing_ = message;
+    failure_ = std::move(failure);
+    countdown_ = nth;
+  }
+  /// The same with a std::runtime_error.
+  void FailAt(const std::string& message) {
+    FailAt(message, [] { throw std::runtime_error("the logger failed"); });
+  }
 
   std::size_t Count(const TLine& line) const {
     return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
@@ -64,6 +73,8 @@ class TRecordingLogger : public NKROVEL20::ILogger {
  private:
   std::vector<TLine> lines_;
   std::string failing_;
+  std::function<void()> failure_;
+  int countdown_ = 0;
 };
 
 }  // namespace testsupport

@@ -39,7 +39,7 @@ struct VelLanOpening {
   const char* address; /* "host:port", an IPv6 address in brackets */
   const char* user;
   const char* password;
-  uint8_t privilege;   /* 2 user, 3 operator, 4 admin */
+  uint8_t privilege; /* 2 user, 3 operator, 4 admin */
   uint8_t cipherSuite;
   /* For BMCs that refuse a privilege level in the opening itself: leave it open there and ask later. */
   uint8_t leavePrivilegeOpen;

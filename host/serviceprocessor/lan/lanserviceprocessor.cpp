@@ -95,8 +95,7 @@ bool TLanServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& l
 }
 
 bool TLanServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*command*/,
-                                   std::span<std::uint8_t> /*response*/, int& /*length*/,
-                                   const TStopSignal& /*stop*/) {
+                                   std::span<std::uint8_t> /*response*/, int& /*length*/, const TStopSignal& /*stop*/) {
   return false;
 }
 

@@ -21,15 +21,12 @@ constexpr std::size_t kMaxPasswordFile = 4096;
                    "'" + spec + "': " + problem + "; expected lan:[USER@]HOST[:PORT], an IPv6 address in brackets");
 }
 
-bool IsAlphanumeric(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
+bool IsAlphanumeric(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 /// Letters, digits and `others`.
 bool ConsistsOf(std::string_view text, std::string_view others) {
-  return std::all_of(text.begin(), text.end(), [others](char c) {
-    return IsAlphanumeric(c) || others.find(c) != std::string_view::npos;
-  });
+  return std::all_of(text.begin(), text.end(),
+                     [others](char c) { return IsAlphanumeric(c) || others.find(c) != std::string_view::npos; });
 }
 
 std::optional<std::uint16_t> PortOf(std::string_view text) {
@@ -114,8 +111,9 @@ std::string LanPassword(const std::string& file, const char* environment, ISourc
     if (password.ends_with('\r')) password.pop_back();
   }
   if (password.size() > kMaxPassword) {
-    throw THostError(EExitStatus::kUsage, (file.empty() ? "the password in VELHOST_IPMI_PASSWORD" : "the password in " + file) +
-                                              std::string(" is longer than the 20 bytes of IPMI 2.0"));
+    throw THostError(EExitStatus::kUsage,
+                     (file.empty() ? "the password in VELHOST_IPMI_PASSWORD" : "the password in " + file) +
+                         std::string(" is longer than the 20 bytes of IPMI 2.0"));
   }
   return password;
 }

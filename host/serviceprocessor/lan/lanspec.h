@@ -17,8 +17,8 @@ enum class ELanPrivilege : std::uint8_t { kUser = 2, kOperator = 3, kAdmin = 4 }
 struct TLanOptions {
   std::string host;  ///< a name or an address, IPv6 without its brackets
   std::uint16_t port = 623;
-  std::string user;      ///< at most 16 bytes; empty for the BMC's anonymous user
-  std::string password;  ///< at most 20 bytes
+  std::string user;                         ///< at most 16 bytes; empty for the BMC's anonymous user
+  std::string password;                     ///< at most 20 bytes
   std::vector<int> cipherSuites = {17, 3};  ///< tried in this order, each from 0 to 17
   ELanPrivilege privilege = ELanPrivilege::kAdmin;
 };

@@ -1,0 +1,82 @@
+# The Debian packages, made by "cpack" in a build folder:
+#   velhost       program, host libraries, collector, schema, servers, manual pages, documents
+#   velhost-lan   the module for IPMI over LAN, which links libFreeIPMI (GPL-3 or later)
+#   velhost-dev   what plugins are compiled against
+# packaging/README.md says what lintian finds in them and why it stands.
+
+set(VELHOST_PACKAGE_CONTACT "velhost maintainers <maintainers@velhost.example>" CACHE STRING
+  "Maintainer of the Debian packages, NAME <ADDRESS>")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME velhost)
+set(CPACK_PACKAGE_CONTACT ${VELHOST_PACKAGE_CONTACT})
+# CPack's own default text, which is the one that it does not put in front of the descriptions below.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+if(TARGET velhost_lan)
+  list(APPEND CPACK_COMPONENTS_ALL lan)
+endif()
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The package's own libraries are found here while their users' dependencies are worked out.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/lib)
+set(velhost_same_version "velhost (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME velhost)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION admin)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+"collects chipset error registers from service processors
+A host for the Engineering Information Collector, a plugin that reads error
+and statistic registers of a server's chipset, and first-failure capture
+files, from its service processor. Steered by a CIM schema, it prints what it
+finds as a table, JSON, MOF or CIM-XML.
+
+The service processor is this server's BMC, a recording, or a simulated
+server. For a BMC on the network install velhost-lan as well.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "velhost-lan, openipmi")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+
+set(CPACK_DEBIAN_LAN_PACKAGE_NAME velhost-lan)
+set(CPACK_DEBIAN_LAN_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_LAN_PACKAGE_DEPENDS ${velhost_same_version})
+set(CPACK_COMPONENT_LAN_DESCRIPTION
+"IPMI over LAN for velhost
+The module with which velhost collects from BMCs on the network, over IPMI 2.0
+(RMCP+). It is a package of its own because it links libFreeIPMI, which is
+under the GPL.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME velhost-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${velhost_same_version}, libboost-dev (>= 1.74)")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+"headers for collector plugins of velhost
+The contract between velhost and the plugins that it loads: C++ headers, and
+packages for CMake and pkg-config.")
+
+# What Debian asks of every package: copyright, changelog, and the explained findings of lintian.
+set(changelog ${CMAKE_BINARY_DIR}/packaging/changelog.Debian)
+configure_file(packaging/changelog.in ${changelog} @ONLY)
+execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${changelog} OUTPUT_FILE ${changelog}.gz COMMAND_ERROR_IS_FATAL ANY)
+foreach(entry runtime:velhost lan:velhost-lan development:velhost-dev)
+  string(REPLACE ":" ";" entry ${entry})
+  list(GET entry 0 component)
+  list(GET entry 1 package)
+  if(component IN_LIST CPACK_COMPONENTS_ALL)
+    install(FILES packaging/copyright ${changelog}.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+      COMPONENT ${component})
+    if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/lintian/${package})
+      install(FILES packaging/lintian/${package} DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+        COMPONENT ${component})
+    endif()
+  endif()
+endforeach()
+
+include(CPack)

@@ -1,0 +1,267 @@
+#include "host/schema/collectorneeds.h"
+
+#include <algorithm>
+
+#include "host/profile/collectorprofile.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using CollectorProfile::EPath;
+using TType = TCIMValue::TCIMType;
+
+const TPropertyMap kNoContext;
+constexpr std::size_t kMostFindings = 1000;  // a hostile schema could have millions
+
+std::string Quote(std::string_view name) { return "'" + std::string(name) + "'"; }
+
+std::string TypeName(TType type, bool isArray) {
+  const std::string name = type.GetCode() == TType::kReference ? "reference" : type.ToString();
+  return isArray ? "array of " + name : name;
+}
+
+bool IsInteger(const TCIMValue& value) {
+  return value.GetType().GetCode() >= TType::kUint8 && value.GetType().GetCode() <= TType::kSint64;
+}
+
+class TNeeds {
+ public:
+  TNeeds(const TNamespace& cimNamespace, const std::string& schemaName, const TSchemaSources* sources)
+      : namespace_(cimNamespace), schemaName_(schemaName), sources_(sources) {}
+
+  std::vector<TTextDiagnostic> Check();
+
+ private:
+  using TClass = boost::shared_ptr<TCIMClass>;
+
+  void CheckClass(const TCIMClass& cimClass);
+  void CheckPath(const TCIMClass& cimClass, EPath path, const std::string& role);
+  void CheckMachineTypes(const TCIMClass& cimClass, const std::string& role);
+  std::optional<std::uint64_t> InstanceCount(const TCIMClass& cimClass, const std::string& role);
+  void CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path,
+                     std::optional<std::uint64_t> instances);
+  bool CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& property, std::string_view qualifier,
+                   bool mayBeArray);
+  void CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances);
+  void CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
+  void CheckCaptureClass(const TCIMClass& cimClass);
+  void Find(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message);
+  void Error(const TSourceLocation& location, std::string message) {
+    Find(EDiagnosticSeverity::kError, location, std::move(message));
+  }
+
+  const TNamespace& namespace_;
+  const std::string& schemaName_;
+  const TSchemaSources* sources_;
+  std::vector<TClass> bases_;
+  std::vector<TTextDiagnostic> findings_;
+  std::size_t dropped_ = 0;
+};
+
+void TNeeds::Find(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message) {
+  if (findings_.size() >= kMostFindings) {
+    ++dropped_;
+    return;
+  }
+  TTextDiagnostic finding;
+  finding.severity = severity;
+  finding.location = location;
+  finding.message = std::move(message);
+  if (sources_ != nullptr && location.line > 0) {
+    const auto source = std::find_if(sources_->begin(), sources_->end(),
+                                     [&](const auto& candidate) { return candidate->Name() == location.file; });
+    if (source != sources_->end()) finding.sourceLine = (*source)->Line(location.line);
+  }
+  findings_.push_back(std::move(finding));
+}
+
+std::vector<TTextDiagnostic> TNeeds::Check() {
+  const TSourceLocation nowhere{schemaName_, 0, 0};
+  for (const std::string_view base : CollectorProfile::kJfrBaseClasses) {
+    if (const TClass cimClass = namespace_.FindClass(base)) {
+      bases_.push_back(cimClass);
+    } else {
+      Error(nowhere, "the class " + Quote(base) + " is not declared, which every request starts from");
+    }
+  }
+  if (!namespace_.FindClass(CollectorProfile::kCaptureClass)) {
+    Error(nowhere, "the class " + Quote(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
+  }
+  for (const TClass& cimClass : namespace_.Classes()) CheckClass(*cimClass);
+  if (dropped_ > 0) {
+    findings_.push_back(
+        {EDiagnosticSeverity::kError, nowhere, "and " + std::to_string(dropped_) + " more findings", {}});
+  }
+  return std::move(findings_);
+}
+
+void TNeeds::CheckClass(const TCIMClass& cimClass) {
+  const auto& r8 = CollectorProfile::kR8Classes;
+  if (std::find(r8.begin(), r8.end(), cimClass.Name()) != r8.end()) {
+    CheckPath(cimClass, EPath::kR8, "a class whose registers are read over IPMI");
+  }
+  for (const TClass& base : bases_) {
+    if (cimClass.DescendsFrom(*base)) CheckPath(cimClass, EPath::kJfr, "a class below " + Quote(base->Name()));
+  }
+  if (EqualNames(cimClass.Name(), CollectorProfile::kCaptureClass)) CheckCaptureClass(cimClass);
+}
+
+void TNeeds::CheckPath(const TCIMClass& cimClass, EPath path, const std::string& role) {
+  if (!cimClass.SuperClass()) {
+    Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + ", " + role + ", has no superclass");
+  }
+  CheckMachineTypes(cimClass, role);
+  const std::optional<std::uint64_t> instances = InstanceCount(cimClass, role);
+  for (const auto& property : cimClass.Properties()) {
+    if (CollectorProfile::IsRegister(cimClass, *property, path)) {
+      CheckRegister(cimClass, *property, path, instances);
+    } else {
+      CheckOrigin(cimClass, *property, path);
+    }
+  }
+}
+
+void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& role) {
+  const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kSupportedMachineTypes));
+  const std::string name = Quote(CollectorProfile::kSupportedMachineTypes);
+  if (!qualifier) {
+    Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
+    return;
+  }
+  const TCIMValue& value = qualifier->GetValue();
+  const std::string subject = "the qualifier " + name + " of the class " + Quote(cimClass.Name());
+  if (!value.IsArray() || value.GetType() != TType::kString) {
+    Error(cimClass.Location(),
+          subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected array of string");
+  } else if (value.IsNull()) {
+    Error(cimClass.Location(), subject + " has no value");
+  }
+}
+
+// Read as 16 bits.
+std::optional<std::uint64_t> TNeeds::InstanceCount(const TCIMClass& cimClass, const std::string& role) {
+  const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
+  const std::string name = Quote(CollectorProfile::kMaxInstanceCount);
+  if (!qualifier) {
+    Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
+    return std::nullopt;
+  }
+  const TCIMValue& value = qualifier->GetValue();
+  const std::string subject = "the qualifier " + name + " of the class " + Quote(cimClass.Name());
+  if (value.IsArray() || !IsInteger(value)) {
+    Error(cimClass.Location(),
+          subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
+  } else if (value.IsNull()) {
+    Error(cimClass.Location(), subject + " has no value");
+  } else if (value.ToInteger() > 0xFFFF) {
+    Error(cimClass.Location(), subject + " is " + value.ToString(10) + ", expected 0 to 65535");
+  } else {
+    return value.ToInteger();
+  }
+  return std::nullopt;
+}
+
+bool TNeeds::CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& property, std::string_view qualifierName,
+                         bool mayBeArray) {
+  const auto qualifier = property.Qualifiers().Find(std::string(qualifierName));
+  const TPropertyDefinition& definition = property.Definition();
+  const std::string subject = "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name());
+  if (!qualifier) {
+    Error(definition.location, subject + " has no qualifier " + Quote(qualifierName));
+    return false;
+  }
+  const TCIMValue& value = qualifier->GetValue();
+  const bool fits = IsInteger(value) && (mayBeArray || !value.IsArray());
+  if (!fits) {
+    Error(definition.location, subject + " has a qualifier " + Quote(qualifierName) + " of the type " +
+                                   TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
+  } else if (value.IsNull()) {
+    Error(definition.location, subject + " has a qualifier " + Quote(qualifierName) + " without a value");
+  }
+  return fits && !value.IsNull();
+}
+
+void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path,
+                           std::optional<std::uint64_t> instances) {
+  const TPropertyDefinition& definition = property.Definition();
+  if (path == EPath::kR8) {
+    CheckNumber(cimClass, property, CollectorProfile::kOffset, true);
+    CheckNumber(cimClass, property, CollectorProfile::kMaxLen, false);
+  } else if (CheckNumber(cimClass, property, CollectorProfile::kIndex, false) && instances) {
+    CheckRecord(cimClass, property, *instances);
+  }
+  if (definition.type != TType::kUint8 || !definition.isArray) {
+    Find(EDiagnosticSeverity::kWarning, definition.location,
+         "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name()) + " has the type " +
+             TypeName(definition.type, definition.isArray) + ", expected array of uint8");
+  }
+}
+
+// The last byte of the last record must lie inside the register block. The number is read as 16 bits.
+void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances) {
+  using namespace CollectorProfile;
+  if (instances == 0) return;
+  const std::string name(kIndex);
+  const TPropertyDefinition& definition = property.Definition();
+  const std::uint64_t index = property.Qualifiers().Find(name)->GetValue().ToInteger();
+  const std::string subject = "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name());
+  if (index > 0xFFFF) {
+    Error(definition.location, subject + " has the " + name + " " +
+                                   property.Qualifiers().Find(name)->GetValue().ToString(10) + ", expected 0 to 65535");
+    return;
+  }
+  const auto endOf = [index](std::uint64_t instance) {
+    return (index + instance * kRecordsPerInstance) * kRecordStride + kLargestRecordBase + kRecordSize;
+  };
+  std::uint64_t instance = 0;
+  while (instance < instances && endOf(instance) < kRegisterBlockSize) ++instance;
+  if (instance == instances) return;
+  Error(definition.location, subject + " ends at byte " + std::to_string(endOf(instance)) + " for instance " +
+                                 std::to_string(instance) + " (" + name + " " + std::to_string(index) + ", " +
+                                 std::string(kMaxInstanceCount) + " " + std::to_string(instances) +
+                                 "), expected below " + std::to_string(kRegisterBlockSize));
+}
+
+// Declared where registers are, with a register's qualifiers, and yet no register: its name was
+// first declared further up.
+void TNeeds::CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path) {
+  const TPropertyDefinition& definition = property.Definition();
+  const bool isNear = property.DeclaringClass() == cimClass.Name() ||
+                      (cimClass.SuperClass() && property.DeclaringClass() == cimClass.SuperClass()->Name());
+  const std::string_view qualifier = path == EPath::kR8 ? CollectorProfile::kOffset : CollectorProfile::kIndex;
+  const auto origin = property.GetClassOrigin(kNoContext);
+  if (!isNear || !origin || CollectorProfile::IsSkippedName(path, definition.name) ||
+      !property.Qualifiers().Find(std::string(qualifier))) {
+    return;
+  }
+  Find(EDiagnosticSeverity::kWarning, definition.location,
+       "the property " + Quote(definition.name) + " is not read for the class " + Quote(cimClass.Name()) +
+           ": it overrides one of the class " + Quote(origin->GetName(kNoContext)) +
+           ", and only what the class or its superclass declares first is a register");
+}
+
+void TNeeds::CheckCaptureClass(const TCIMClass& cimClass) {
+  for (const std::string_view name : CollectorProfile::kCaptureProperties) {
+    const std::size_t index = cimClass.FindProperty(name);
+    if (index == cimClass.Properties().size()) {
+      Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + " has no property " + Quote(name));
+      continue;
+    }
+    const TPropertyDefinition& definition = cimClass.Properties()[index]->Definition();
+    const TType::ECIMType expected = name == "MessageTimestamp" ? TType::kDateTime : TType::kString;
+    if (definition.type == expected && !definition.isArray) continue;
+    Error(definition.location, "the property " + Quote(definition.name) + " of the class " + Quote(cimClass.Name()) +
+                                   " has the type " + TypeName(definition.type, definition.isArray) + ", expected " +
+                                   TType(expected).ToString());
+  }
+}
+
+}  // namespace
+
+std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
+                                                 const TSchemaSources* sources) {
+  return TNeeds(cimNamespace, schemaName, sources).Check();
+}
+
+}  // namespace NKROVEL20

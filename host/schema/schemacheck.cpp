@@ -1,0 +1,71 @@
+#include "host/schema/schemacheck.h"
+
+#include <nlohmann/json.hpp>
+
+#include "host/schema/collectorneeds.h"
+#include "host/schema/schemareader.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using TJson = nlohmann::ordered_json;
+
+std::string Counted(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string Joined(const std::vector<std::string>& paths) {
+  std::string text;
+  for (const std::string& path : paths) text += (text.empty() ? "" : ", ") + path;
+  return text;
+}
+
+TJson JsonOf(const TTextDiagnostic& finding) {
+  const auto number = [](std::uint32_t value) { return value == 0 ? TJson() : TJson(value); };
+  return {{"severity", finding.severity == EDiagnosticSeverity::kError ? "error" : "warning"},
+          {"file", finding.location.file},
+          {"line", number(finding.location.line)},
+          {"column", number(finding.location.column)},
+          {"message", finding.message}};
+}
+
+}  // namespace
+
+TSchemaFindings CheckSchema(const std::vector<std::string>& paths, ISourceReader& reader) {
+  TSchemaResult schema = ReadSchema(paths, reader);
+  TSchemaFindings result{std::move(schema.diagnostics), schema.errors, schema.warnings};
+  if (result.errors > 0) return result;
+  for (TTextDiagnostic& finding : CheckCollectorNeeds(*schema.cimNamespace, Joined(paths), schema.sources.get())) {
+    ++(finding.severity == EDiagnosticSeverity::kError ? result.errors : result.warnings);
+    result.findings.push_back(std::move(finding));
+  }
+  return result;
+}
+
+void WriteFindingsAsText(const TSchemaFindings& findings, ITextSink& sink) {
+  for (const TTextDiagnostic& finding : findings.findings) sink.Write(FormatDiagnostic(finding));
+  if (findings.findings.empty()) {
+    sink.Write("no findings\n");
+  } else {
+    sink.Write(Counted(findings.errors, "error") + ", " + Counted(findings.warnings, "warning") + "\n");
+  }
+}
+
+void WriteFindingsAsJson(const TSchemaFindings& findings, ITextSink& sink) {
+  TJson list = TJson::array();
+  for (const TTextDiagnostic& finding : findings.findings) list.push_back(JsonOf(finding));
+  const TJson document = {{"kind", "schemacheck"},
+                          {"format_version", 1},
+                          {"findings", std::move(list)},
+                          {"errors", findings.errors},
+                          {"warnings", findings.warnings}};
+  // File names need not be UTF-8.
+  sink.Write(document.dump(-1, ' ', false, TJson::error_handler_t::replace) + "\n");
+}
+
+EExitStatus StatusOf(const TSchemaFindings& findings) {
+  return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,82 @@
+// Register blocks, and a collector that decodes them.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "jfr/TJFRErrorData.h"
+#include "tests/support/hostprobe.h"
+#include "tests/support/plugintest.h"
+
+namespace testsupport {
+
+inline constexpr const char* kBridgeBase = "KROSG_PCIIOBRIDGE_StatisticData";
+
+/// A block of 4096 bytes in which byte i holds the low eight bits of i, with a header of
+/// 2024-12-31 23:59:58 at its start.
+class TBlock {
+ public:
+  TBlock() {
+    for (std::size_t i = 0; i < 4096; ++i) bytes_.push_back(static_cast<std::uint8_t>(i));
+    Put(0, {0x00, 0x18, 0x0C, 0x1F, 0x17, 0x3B, 0x3A});
+  }
+  TBlock& Put(std::size_t offset, const TBytes& bytes) {
+    std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
+    return *this;
+  }
+  /// Takes month and day out of both copies of the header.
+  TBlock& WithoutTime() { return Put(2, {0, 0}).Put(2042, {0, 0}); }
+  /// Takes the day out of the first copy and writes 2001-02-03 04:05:06 into the second.
+  TBlock& TimeInSecondCopy() { return Put(3, {0}).Put(2040, {0xAA, 1, 2, 3, 4, 5, 6}); }
+  TBytes First(std::size_t count) const { return TBytes(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(count)); }
+  const TBytes& Bytes() const { return bytes_; }
+  unsigned char* Data() { return bytes_.data(); }
+
+ private:
+  TBytes bytes_;
+};
+
+class TBlockTest : public TPartTest {
+ protected:
+  TBlockTest() {
+    sp.takesDotCommands = true;
+    sp.serviceProcessors = 1;
+    AddBases();
+  }
+
+  void AddBases() {
+    AddStatisticBase();
+    ns->AddClass(TClassBuilder(kBridgeBase, "KROSG_StatisticBase"));
+  }
+  /// Another namespace, for a second class of the same name.
+  void StartAnew() {
+    collector.reset();
+    ns = NKROVEL20::TNamespace::Create();
+    ns->SetMachineType(environment.machineType);
+    AddBases();
+  }
+
+  static TClassBuilder Chip() { return TClassBuilder("Bridge6203", kBridgeBase); }
+  /// Adds the class and makes its collector, which sees the host through `probe`.
+  torgareg::TJFRErrorData& Collector(const TClassBuilder& definition, const std::string& base = kBridgeBase) {
+    requested = probe.Wrap(boost::shared_ptr<NKROVEL20::ICIMClass>(ns->AddClass(definition)));
+    collector = std::make_unique<torgareg::TJFRErrorData>(boost::shared_ptr<NKROVEL20::ICIMClass>(Class(base)), requested);
+    logger.Clear();
+    return *collector;
+  }
+  boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Property(const std::string& name) {
+    const auto& cimClass = *Class("Bridge6203");
+    const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property = cimClass.Properties()[cimClass.FindProperty(name)];
+    return probe.Wrap(property);
+  }
+  static std::string Text(const NKROVEL20::TPropertyMap& map, const std::string& name) {
+    const auto found = map.find(name);
+    return found == map.end() ? "(absent)" : found->second.ToString(10);
+  }
+
+  THostProbe probe;
+  boost::shared_ptr<NKROVEL20::ICIMClass> requested;
+  std::unique_ptr<torgareg::TJFRErrorData> collector;
+};
+
+}  // namespace testsupport

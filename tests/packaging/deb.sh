@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Builds the Debian packages of a build tree, unpacks them, and collects with the unpacked program.
+#   deb.sh BUILD
+set -euo pipefail
+build=$1
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+chmod 755 "$scratch"
+umask 022
+fail() { echo "$*"; exit 1; }
+
+cpack --config "$build/CPackConfig.cmake" -G DEB -B "$scratch/packages" >"$scratch/cpack.log" 2>&1 ||
+  { cat "$scratch/cpack.log"; exit 1; }
+
+field() { dpkg-deb -f "$scratch/packages/$1"_*.deb "$2"; }
+for package in velhost velhost-dev; do
+  [ "$(field $package Package)" = $package ] || fail "no package $package"
+done
+case $(field velhost Depends) in *libc6*libfmt9*) ;; *) fail "velhost depends on: $(field velhost Depends)" ;; esac
+case $(field velhost Depends) in *freeipmi*) fail "velhost depends on libFreeIPMI" ;; esac
+case $(field velhost Description) in "collects chipset error registers"*) ;; *) fail "$(field velhost Description)" ;; esac
+if compgen -G "$scratch/packages/velhost-lan_*.deb" >/dev/null; then
+  case $(field velhost-lan Depends) in *libfreeipmi17*) ;; *) fail "velhost-lan: $(field velhost-lan Depends)" ;; esac
+fi
+
+for file in "$scratch"/packages/*.deb; do dpkg-deb -x "$file" "$scratch/root"; done
+for file in bin/velhost share/man/man1/velhost.1.gz share/man/man5/velhost-recording.5.gz \
+  share/man/man5/velhost-server-file.5.gz share/bash-completion/completions/velhost \
+  share/velhost/schema/20-chipset.mof share/velhost/servers/demo.toml \
+  share/velhost/instance-collection.schema.json share/doc/velhost/copyright \
+  share/doc/velhost/changelog.Debian.gz include/velhost/nkrovel20/api.h lib/pkgconfig/velhost.pc; do
+  [ -s "$scratch/root/usr/$file" ] || fail "the packages have no $file"
+done
+
+# The unpacked program, with no library of the build tree in reach, gives what the built one gives.
+velhost=$scratch/root/usr/bin/velhost
+outside=$(ldd "$velhost" | grep -F "$build" || true)
+[ -z "$outside" ] || fail "the packaged program uses the build tree: $outside"
+"$velhost" plugin | grep -qF "$scratch/root/usr/lib/velhost/plugins/libtorgareg.pi.so" || fail "another plugin was loaded"
+without_time() { sed 's/"elapsed_ms":[0-9]*//'; }
+"$velhost" collect --format json | without_time >"$scratch/unpacked.json"
+"$build/bin/velhost" collect --format json | without_time >"$scratch/built.json"
+grep -q '"class":"KROSG_DCAPFile"' "$scratch/unpacked.json" || fail "nothing was collected"
+cmp "$scratch/unpacked.json" "$scratch/built.json"
+
+if command -v lintian >/dev/null; then
+  lintian --allow-root --fail-on error,warning "$scratch"/packages/*.deb || fail "lintian finds what packaging/README.md does not explain"
+fi
+echo "packages: $(cd "$scratch/packages" && echo *.deb)"

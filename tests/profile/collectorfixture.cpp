@@ -1,0 +1,100 @@
+#include "tests/profile/collectorfixture.h"
+
+#include <algorithm>
+
+#include "host/pluginmanager/pluginloader.h"
+#include "host/serviceprocessor/commandframe.h"
+#include "tests/core/schemabuilder.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+// Loaded once and kept: in sanitizer builds a library stays mapped and would not register again.
+TLoadedPlugin& Collector() {
+  static auto* const libraries = new TDynamicLibraryLoader();
+  static auto* const loader = new TPluginLoader(*libraries);
+  static auto* const plugin = loader->Load(COLLECTOR_PLUGIN).release();
+  return *plugin;
+}
+
+}  // namespace
+
+TRememberingProcessor::TRememberingProcessor() : block{} {
+  const std::array<std::uint8_t, 7> header = {0x00, 0x18, 0x0C, 0x1F, 0x17, 0x3B, 0x3A};
+  std::copy(header.begin(), header.end(), block.begin());
+}
+
+void TRememberingProcessor::Forget() {
+  registerReads.clear();
+  blockReads.clear();
+  openedAreas.clear();
+}
+
+bool TRememberingProcessor::SendIpmi(int, TIPMICommandBuffer& buffer, int& length, const TStopSignal&) {
+  static constexpr std::array<std::uint8_t, 14> kRegister = {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
+  static constexpr std::array<std::uint8_t, 4> kTimestamp = {0x12, 0x34, 0x56, 0x78};
+  if (buffer[2] == 0x3A && buffer[4] == 0x62) {
+    const auto address = static_cast<std::uint32_t>(buffer[10] << 16 | buffer[11] << 8 | buffer[12]);
+    registerReads.push_back({buffer[9], address});
+    CommandFrame::StoreResponse(buffer, length, 0x00, kRegister);
+    return true;
+  }
+  if (buffer[2] == 0x3A && buffer[4] == 0x6F) {
+    CommandFrame::StoreResponse(buffer, length, 0x00, kTimestamp);
+    return true;
+  }
+  AnswerStorageArea(buffer, length);
+  return true;
+}
+
+void TRememberingProcessor::AnswerStorageArea(TIPMICommandBuffer& buffer, int& length) {
+  // The manufacturer id, and a handle, a size of zero, or a count of zero.
+  static constexpr std::array<std::uint8_t, 7> kEmpty = {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00};
+  if (buffer[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(buffer.Data() + 21));
+  CommandFrame::StoreResponse(buffer, length, hasStorageAreas ? 0x00 : 0xCB, kEmpty);
+}
+
+bool TRememberingProcessor::SendDot(int serviceProcessor, const dotCmd&, std::span<std::uint8_t> response, int& length,
+                                    const TStopSignal&) {
+  blockReads.push_back(serviceProcessor);
+  std::copy_n(block.begin(), std::min(block.size(), response.size()), response.begin());
+  length = static_cast<int>(block.size());
+  return true;
+}
+
+TCollectorTest::TCollectorTest() {
+  THostServices::SetEnvironment(this);
+  TServiceProcessorHub::Install(&processor_, nullptr);
+  Collector().Callbacks().Init();
+}
+
+TCollectorTest::~TCollectorTest() {
+  Collector().Callbacks().DeInit();
+  TServiceProcessorHub::Install(nullptr, nullptr);
+  THostServices::SetEnvironment(nullptr);
+}
+
+boost::shared_ptr<TNamespace> TCollectorTest::NewSchema() {
+  auto schema = TNamespace::Create();
+  schema->SetCommitCallback(
+      [this](const boost::shared_ptr<const TInstance>& instance) { committed_.push_back(instance); });
+  return schema;
+}
+
+void TCollectorTest::Collect(const boost::shared_ptr<TNamespace>& schema, const boost::shared_ptr<TCIMClass>& requested,
+                             const std::string& machineType) {
+  processor_.Forget();
+  committed_.clear();
+  machineType_ = machineType;
+  schema->SetMachineType(machineType);
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {requested};
+  Collector().Query()->GetData(schema, classes);
+}
+
+void AddRoot(TNamespace& schema) {
+  schema.AddClass(
+      Class("CIM_StatisticalData").Text("InstanceID").Text("ElementName").Text("MachineType").Time("StatisticTime"));
+}
+
+}  // namespace NKROVEL20

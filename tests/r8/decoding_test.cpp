@@ -1,0 +1,228 @@
+// From a property's declaration to its register-data value.
+#include <gtest/gtest.h>
+
+#include "host/core/assertionfailure.h"
+#include "nkrovel20/tvelexception.h"
+#include "tests/r8/registertest.h"
+#include "tests/support/dumptext.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+using TNumbers = std::vector<unsigned int>;
+
+const TNumbers kDecoded = {0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0};
+
+class TDecoding : public TRegisterTest {
+ protected:
+  // The value of a class's only register "R".
+  TCIMValue Value(const TClassBuilder& definition, int index = 0, const std::string& name = kVoMemory) {
+    return Collector(definition).getRegisterData(Property(name, "R"), index);
+  }
+  // The same with address 0xABCDEF and one answer.
+  TCIMValue Decoded(const std::string& machineType, std::uint32_t maxLen, const TBytes& data) {
+    SetMachineType(machineType);
+    sp.Expect(Register(0, 0xABCDEF).Answers(data));
+    return Value(Chip().Register("R", 0xABCDEF, maxLen));
+  }
+  void ExpectTypedNull(const TCIMValue& value, unsigned int declaredSize) {
+    EXPECT_TRUE(value.IsNull());
+    EXPECT_TRUE(value.IsArray());
+    EXPECT_EQ(value.GetType().GetCode(), TType::kUint8);
+    EXPECT_EQ(value.GetType().GetCode(), 2);
+    EXPECT_EQ(value.GetDeclaredSize(), declaredSize);
+  }
+};
+
+TEST_F(TDecoding, EightByteFamilyWith64Bits) {
+  const TCIMValue value = Decoded("4411", 8, OneToEight());
+  EXPECT_EQ(NumbersOf(value), kDecoded);
+  EXPECT_EQ(value.GetDeclaredSize(), 8U) << "which cuts nothing: all 14 are there";
+  EXPECT_EQ(value.GetType().GetCode(), TType::kUint8);
+}
+
+TEST_F(TDecoding, EightByteFamilyWith32Bits) {
+  EXPECT_EQ(NumbersOf(Decoded("4524", 4, OneToEight())),
+            (TNumbers{0xAB, 0xCD, 0xEF, 0x0C, 7, 6, 5, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF}));
+}
+
+TEST_F(TDecoding, LabelledFamilyWith64BitsGivesTheSame) {
+  const TCIMValue value = Decoded("6203", 8, OneToEight());
+  EXPECT_EQ(NumbersOf(value), kDecoded);
+  EXPECT_EQ(value.GetDeclaredSize(), 14U);
+}
+
+// The fold ORs label byte 2 (value byte 0) with the record's byte 6 (value byte 1): 1 | 2 = 3.
+TEST_F(TDecoding, LabelledFamilyWith32BitsFoldsTheLabel) {
+  EXPECT_EQ(NumbersOf(Decoded("6203", 4, OneToEight())),
+            (TNumbers{0xAB, 0xCD, 0xEF, 4, 3, 2, 3, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF}));
+}
+
+TEST_F(TDecoding, OnlyMaxLenFourIs32Bits) {
+  for (const std::uint32_t maxLen : {0U, 1U, 2U, 5U, 8U, 14U, 6U, 0xFFFFFFFFU}) {
+    StartAnew();
+    EXPECT_EQ(NumbersOf(Decoded("4523", maxLen, OneToEight())), kDecoded) << maxLen;
+  }
+}
+
+TEST_F(TDecoding, MaxLenIsConvertedAsTheHostConverts) {
+  SetMachineType("4411");
+  sp.Expect(Register(0, 0x10).Answers(OneToEight()));
+  EXPECT_EQ(NumbersOf(Value(Chip().Array("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(), 0xEFU);
+}
+
+TEST_F(TDecoding, AnswersOfEveryLengthInBothFamilies) {
+  const TBytes full = RegisterData({1, 2, 3, 4, 5, 6, 7, 8}, {0x81, 0x82, 0x83, 0x84, 0x85, 0x86});
+  for (const char* const machineType : {"4411", "6203"}) {
+    const bool raw = machineType == std::string("4411");
+    for (std::size_t count = 0; count <= 30; ++count) {
+      TBytes data = full;
+      data.resize(count, 0x99);  // behind the value: bytes that must not show
+      StartAnew();
+      logger.Clear();
+      const TCIMValue value = Decoded(machineType, 8, data);
+      if (count < 14) {
+        ExpectTypedNull(value, raw ? 8 : 14);
+        EXPECT_EQ(logger.Count(Debug("Command sent to the BMC failed.")), 1U);
+        EXPECT_EQ(logger.Count(Debug("Contents of registerData:\n" + DumpText({}, count + 1))), 1U) << count;
+      } else {
+        EXPECT_EQ(NumbersOf(value), kDecoded) << machineType << " " << count;
+        const std::uint8_t behind = count > 14 ? 0x99 : 0;
+        const TBytes record = raw ? TBytes{1, 2, 3, 4, 5, 6, 7, 8}
+                                  : TBytes{0x85, 0x86, 1, ' ', '=', ' ', 2, 3, 4, 5, 6, 7, 8, behind};
+        EXPECT_EQ(logger.Count(Debug("Contents of registerData:\n" + DumpText(record, 15))), 1U) << count;
+      }
+    }
+  }
+}
+
+TEST_F(TDecoding, ALostAnswerDumpsTheWholeEmptyRecord) {
+  sp.Expect(Register(0, 0xABCDEF).Lost());
+  ExpectTypedNull(Value(Chip().Register("R", 0xABCDEF, 8)), 14);
+  EXPECT_EQ(logger.Count(Debug("Contents of registerData:\n\n0 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 \n")), 1U);
+}
+
+TEST_F(TDecoding, TheTraceOfOneRegister) {
+  Decoded("4411", 8, OneToEight());
+  std::vector<TLine> lines = logger.Lines();
+  ASSERT_EQ(lines.size(), 8U);
+  lines.erase(lines.begin() + 2);  // the transport's transcript
+  EXPECT_EQ(lines,
+            (std::vector<TLine>{
+                Debug("R\n\t at 11259375 with length 8\nAbout to call the BMC.. \n1MachineType = 4411\n"),
+                Debug("Entered torgareg request."),
+                Debug("Contents of registerData:\n\n1 2 3 4 5 6 7 8 \n0 0 0 0 0 0 0 \n"),
+                Debug("Displaying messenger\n"), Debug("171 205 239 8 7 6 5 4 3 2 1 0 0 0 "),
+                Debug("Size of cimvalues 14"),
+                Debug("Register data value {171, 205, 239, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}")}));
+}
+
+TEST_F(TDecoding, TheTraceOfAFailedRegister) {
+  Decoded("", 8, {});
+  std::vector<TLine> lines = logger.Lines();
+  lines.erase(lines.begin() + 2);
+  // The line of all bytes is empty and dropped.
+  EXPECT_EQ(lines, (std::vector<TLine>{
+                       Debug("R\n\t at 11259375 with length 14\nAbout to call the BMC.. \n1MachineType = \n"),
+                       Debug("Entered torgareg request."), Debug("Command sent to the BMC failed."),
+                       Debug("Contents of registerData:\n\n0 \n"), Debug("Displaying messenger\n"),
+                       Debug("Size of cimvalues 0"), Debug("Register data value ")}));
+}
+
+TEST_F(TDecoding, ANegativeIndexReadsNothing) {
+  const TCIMValue value = Value(Chip().Register("R", 0xABCDEF, 8), -1);
+  EXPECT_TRUE(value.IsNull());
+  EXPECT_FALSE(value.IsArray());
+  EXPECT_EQ(value.GetType().GetCode(), TType::kNone);
+  EXPECT_EQ(logger.Lines(),
+            (std::vector<TLine>{Debug("getRegisterData - Invalid data passed to getRegisterData. Unable to parse data "
+                                      "for register value"),
+                                Debug("Size of cimvalues 0"), Debug("Register data value ")}));
+}
+
+TEST_F(TDecoding, BridgesAreNumberedFromOneAndAllElseIsChipZero) {
+  struct TCase {
+    const char* name;
+    int index;
+    std::uint8_t chip;
+  };
+  for (const TCase& one :
+       {TCase{kVoBridge, 0, 1}, TCase{kVoBridge, 2, 3}, TCase{kVoBridge, 254, 255}, TCase{kVoBridge, 255, 0},
+        TCase{kVoBridge, 256, 1}, TCase{kT4Bridge, 0, 1}, TCase{kT4Bridge, 7, 8}, TCase{kVoMemory, 2, 0},
+        TCase{kT4Memory, 2, 0}, TCase{"KROSG_MEMCTL_StatisticData", 2, 0},
+        TCase{"KROSG_PCIIOBRIDGE_StatisticData", 2, 0}, TCase{"krosg_vo_pciiobridge_statisticdata", 2, 0}}) {
+    StartAnew();
+    sp.Expect(Register(one.chip, 0x10).Fails(0xCB));
+    Value(Chip(one.name).Register("R", 0x10, 8), one.index, one.name);
+  }
+}
+
+TEST_F(TDecoding, TheTopAddressByteIsLostEverywhere) {
+  sp.Expect(Register(0, 0xABCDEF).Answers(OneToEight()));
+  EXPECT_EQ(NumbersOf(Value(Chip().Register("R", 0x12ABCDEF, 8))), kDecoded);
+  EXPECT_EQ(logger.StartingWith("R\n\t at 313249263 with length 14\n").size(), 1U) << "but not in the trace";
+}
+
+TEST_F(TDecoding, TheDeclaredTypeIsKept) {
+  sp.Expect(Register(0, 0xABCDEF).Answers(OneToEight()));
+  const TCIMValue value = Value(
+      Chip().Array("R", {{"Offset", Number(TType::kUint32, 0xABCDEF)}, {"MaxLen", Number(TType::kUint32, 8)}}, TType::kUint16));
+  EXPECT_EQ(value.GetType().GetCode(), TType::kUint16);
+  EXPECT_EQ(NumbersOf(value), kDecoded);
+}
+
+TEST_F(TDecoding, AFailingOffsetIsLoggedAndReadsAddressZero) {
+  probe.FailAt("R.GetQualifier(Offset) {}", 1);
+  sp.Expect(Register(0, 0).Answers(OneToEight()));
+  EXPECT_EQ(NumbersOf(Value(Chip().Register("R", 0xABCDEF, 8))), (TNumbers{0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
+  EXPECT_EQ(logger.Lines().front(), Debug("Getting Qualifier 'Offset' Failed"));
+}
+
+TEST_F(TDecoding, ANullOffsetReadsAddressZero) {
+  TCIMValue null;
+  null.SetNullValue(TType::kUint32, 0);
+  sp.Expect(Register(0, 0).Fails(0xCB));
+  Value(Chip().Array("R", {{"Offset", null}, {"MaxLen", Number(TType::kUint32, 8)}}));
+  EXPECT_EQ(logger.Count(Debug("Getting Qualifier 'Offset' Failed")), 0U);
+}
+
+TEST_F(TDecoding, AnAbsentQualifierAsserts) {
+  EXPECT_THROW(Value(Chip().Array("R", {{"MaxLen", Number(TType::kUint32, 8)}})), TAssertionFailure);
+  collector.reset();
+  EXPECT_THROW(Value(Chip(kVoBridge).Array("R", {{"Offset", Number(TType::kUint32, 1)}}), 0, kVoBridge), TAssertionFailure);
+  EXPECT_TRUE(logger.Lines().empty()) << "no read takes place";
+}
+
+TEST_F(TDecoding, OtherFailuresLeave) {
+  probe.FailAt("R.GetQualifier(MaxLen) {}", 13);
+  EXPECT_THROW(Value(Chip().Register("R", 1, 8)), TVELException);
+  collector.reset();
+  probe.DoAt("R.GetQualifier(Offset) {}", [] { throw std::runtime_error("other"); });
+  EXPECT_THROW(Value(Chip(kVoBridge).Register("R", 1, 8), 0, kVoBridge), std::runtime_error);
+}
+
+TEST_F(TDecoding, AnOffsetThatIsNoNumberLeavesBeforeTheRead) {
+  EXPECT_THROW(Value(Chip().Array("R", {{"Offset", TCIMValue("here")}, {"MaxLen", Number(TType::kUint32, 8)}})),
+               TVELException);
+  EXPECT_TRUE(logger.Lines().empty());
+}
+
+TEST_F(TDecoding, TheHostIsAskedInOrderAndForTheMachineTypeOncePerUse) {
+  sp.Expect(Register(0, 0x10).Answers(OneToEight()));
+  const auto property = (Collector(Chip().Register("R", 0x10, 8)), Property(kVoMemory, "R"));
+  probe.Clear();
+  collector->getRegisterData(property, 0);
+  const std::string className = kVoMemory;
+  EXPECT_EQ(probe.Calls(),
+            (std::vector<std::string>{className + ".GetNamespace() {}", "namespace.GetMachineType()",  // the family
+                                      className + ".GetName() {}",                                     // the chip selector
+                                      "R.GetName() {}", "R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
+                                      className + ".GetNamespace() {}", "namespace.GetMachineType()",  // the conversion
+                                      "R.GetType() {}"}));
+}
+
+}  // namespace
+}  // namespace torgareg

@@ -1,0 +1,52 @@
+// A collector of one R8 class, whose registers a test names.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "r8/r8errordata.h"
+#include "tests/support/hostprobe.h"
+#include "tests/support/plugintest.h"
+
+namespace testsupport {
+
+inline constexpr const char* kVoMemory = "KROSG_VO_MEMCTL_StatisticData";
+inline constexpr const char* kVoBridge = "KROSG_VO_PCIIOBRIDGE_StatisticData";
+inline constexpr const char* kT4Memory = "KROSG_T4_MEMCTL_StatisticData";
+inline constexpr const char* kT4Bridge = "KROSG_T4_PCIIOBRIDGE_StatisticData";
+
+// The value bytes 01 to 08 behind a header of zeros.
+inline TBytes OneToEight() { return RegisterData({1, 2, 3, 4, 5, 6, 7, 8}); }
+
+class TRegisterTest : public TPartTest {
+ protected:
+  TRegisterTest() { AddStatisticBase(); }
+
+  /// Another namespace, for a second class of the same name.
+  void StartAnew() {
+    collector.reset();
+    ns = NKROVEL20::TNamespace::Create();
+    ns->SetMachineType(environment.machineType);
+    AddStatisticBase();
+  }
+  /// A class below the one with the identification properties.
+  static TClassBuilder Chip(const std::string& name = kVoMemory) { return TClassBuilder(name, "KROSG_StatisticBase"); }
+  /// Adds the class and makes its collector, which sees the host through `probe`.
+  torgareg::R8ErrorData& Collector(const TClassBuilder& definition) {
+    chip = probe.Wrap(boost::shared_ptr<NKROVEL20::ICIMClass>(ns->AddClass(definition)));
+    collector = std::make_unique<torgareg::R8ErrorData>(chip);
+    return *collector;
+  }
+  /// The property as the collector would get it.
+  boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Property(const std::string& className, const std::string& name) {
+    const auto& cimClass = *Class(className);
+    const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property = cimClass.Properties()[cimClass.FindProperty(name)];
+    return probe.Wrap(property);
+  }
+
+  THostProbe probe;
+  boost::shared_ptr<NKROVEL20::ICIMClass> chip;
+  std::unique_ptr<torgareg::R8ErrorData> collector;
+};
+
+}  // namespace testsupport

@@ -1,0 +1,104 @@
+// A full collection in one process that can be run again and again, with one exchange or two hurt.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/core/cimnamespace.h"
+#include "host/core/hostservices.h"
+#include "host/serviceprocessor/simulatedserver.h"
+#include "nkrovel20/tpluginmanagernamespace.h"
+#include "plugin/torgaplugin.h"
+
+namespace sweep {
+
+/// What becomes of an answer. The service processor has answered already; returning false loses it.
+using TIpmiTamper = std::function<bool(NKROVEL20::TIPMICommandBuffer& buffer, int& length)>;
+using TDotTamper = std::function<bool(std::span<std::uint8_t> response, int& length)>;
+
+/// Passes exchanges on and hurts those at the chosen places, counted from 0 over the whole run.
+class TTamperer : public NKROVEL20::IServiceProcessor {
+ public:
+  explicit TTamperer(NKROVEL20::IServiceProcessor& inner) : inner_(inner) {}
+  void Reset() {
+    count_ = 0;
+    ipmi_.clear();
+    dot_.clear();
+  }
+  void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
+  void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
+  std::function<void(bool isDot, const NKROVEL20::TIPMICommandBuffer& response, int length)> onExchange;
+  /// Called when an exchange is hurt. A place is only a number: after a first hurt exchange the later
+  /// ones may be others than in the clean run.
+  std::function<void(bool isDot)> onHurt;
+
+  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
+  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
+  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
+  bool CheckCommunication() override { return inner_.CheckCommunication(); }
+  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
+  bool SendIpmi(int node, NKROVEL20::TIPMICommandBuffer& buffer, int& length,
+                const NKROVEL20::TStopSignal& stop) override;
+  bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
+               const NKROVEL20::TStopSignal& stop) override;
+
+ private:
+  NKROVEL20::IServiceProcessor& inner_;
+  std::size_t count_ = 0;
+  std::map<std::size_t, TIpmiTamper> ipmi_;
+  std::map<std::size_t, TDotTamper> dot_;
+};
+
+/// One exchange of the clean run: what depends on it, and how long its answer is.
+struct TExchangeNote {
+  bool isDot = false;
+  std::string dependent;  ///< key of the instances that it may change
+  int length = 0;
+  bool hasData = false;
+};
+
+/// The outcome of a run: instances by key (class and instance of the R8 path, class of the JFR path,
+/// file and node of the FFDC path), as text; and whether the trace is whole.
+struct TOutcome {
+  std::map<std::string, std::vector<std::string>> instances;
+  std::vector<std::string> hurt;  ///< keys of the instances that the hurt exchanges may have changed
+  bool traceIsWhole = false;
+  std::string exception;
+};
+
+class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
+ public:
+  explicit THost(const std::string& machineType);
+  ~THost() override;
+
+  TOutcome Run();
+  /// The clean run's exchanges, in order.
+  const std::vector<TExchangeNote>& Exchanges() const { return exchanges_; }
+  TTamperer& Tamperer() { return tamperer_; }
+  const boost::shared_ptr<NKROVEL20::TNamespace>& Schema() const { return schema_; }
+
+  void Log(EVELLogSeverity severity, const std::string& message) override;
+  std::string MachineType() override { return machineType_; }
+  NKROVEL20::TCIMDateTime LocalTime() override { return {2026, 1, 31, 12, 34, 56, 0, 60}; }
+
+ private:
+  void NoteExchanges();
+
+  std::string machineType_;
+  NKROVEL20::TSimulatedServer server_;
+  TTamperer tamperer_;
+  boost::shared_ptr<NKROVEL20::TNamespace> schema_;
+  torgareg::TTORGARegPluginCallbacks* plugin_;
+  std::vector<TExchangeNote> exchanges_;
+  std::string class_;
+  std::string part_;
+  int files_ = 0;
+  int begun_ = 0;
+  int ended_ = 0;
+};
+
+}  // namespace sweep

@@ -1,0 +1,261 @@
+// What the collector needs of a schema: a schema that has it all, and what each change of it leads to.
+#include "host/schema/collectorneeds.h"
+
+#include "tests/schema/schemafixture.h"
+
+namespace NKROVEL20 {
+namespace {
+
+const std::string kCollectorQualifiers =
+    "qualifier SupportedMachineTypes : string[] = null, scope(class), flavor(Restricted);\n"
+    "qualifier MaxInstanceCount : uint32 = null, scope(class), flavor(Restricted);\n"
+    "qualifier Offset : uint32[] = null, scope(property);\n"
+    "qualifier MaxLen : uint32 = null, scope(property);\n"
+    "qualifier Index : uint32 = null, scope(property);\n";
+const std::string kRoots =
+    "class Root { string InstanceID; string ElementName; string Status; };\n"
+    "class Chipset : Root { string MachineType; datetime StatisticTime; };\n";
+const std::string kBases =
+    "class KROSG_PCIIOBRIDGE_StatisticData : Chipset { [Index(2)] uint8 Common[]; };\n"
+    "class KROSG_MEMCTL_StatisticData : Chipset {};\n"
+    "class KROSG_L3Cache_StatisticData : Chipset {};\n";
+const std::string kCapture =
+    "class KROSG_DCAPFile { string FileName; string ErrRawData; datetime MessageTimestamp; string SourceNode;\n"
+    "  string CreationClassName; string LogCreationClassName; string LogName; string RecordID; };\n";
+
+// The complete schema and `more`, whose first line is line 14.
+TSchemaResult Schema(const std::string& more) {
+  return ReadText(kCollectorQualifiers + kRoots + kBases + kCapture + "\n" + more);
+}
+
+std::string FindingsOf(const TSchemaResult& schema) {
+  EXPECT_EQ(Shown(schema), "");
+  std::string text;
+  for (const TTextDiagnostic& finding : CheckCollectorNeeds(*schema.cimNamespace, "schema", schema.sources.get())) {
+    const bool isError = finding.severity == EDiagnosticSeverity::kError;
+    text += std::to_string(finding.location.line) + ":" + std::to_string(finding.location.column) +
+            (isError ? " " : " warning: ") + finding.message + "\n";
+  }
+  return text;
+}
+
+std::string Needs(const std::string& more) { return FindingsOf(Schema(more)); }
+
+// A subclass of the bridges' base class with these qualifiers and properties, on line 14.
+std::string Jfr(const std::string& qualifiers, const std::string& properties) {
+  return Needs("[" + qualifiers + "]\nclass J : KROSG_PCIIOBRIDGE_StatisticData {\n" + properties + "};");
+}
+std::string R8(const std::string& qualifiers, const std::string& properties) {
+  return Needs("[" + qualifiers + "]\nclass KROSG_VO_MEMCTL_StatisticData : Chipset {\n" + properties + "};");
+}
+const std::string kGood = "SupportedMachineTypes{\"6203\"}, MaxInstanceCount(2)";
+
+TEST(CollectorNeeds, NothingIsSaidOfACompleteSchema) {
+  EXPECT_EQ(Jfr(kGood, "[Index(509), MaxLen(8)] uint8 A[]; [Index(0)] uint8 B[];"),
+            "16:31 the register 'A' of the class 'J' ends at byte 6138 for instance 1 (Index 509, MaxInstanceCount 2), "
+            "expected below 4096\n");
+  EXPECT_EQ(Jfr(kGood, "[Index(253), MaxLen(8)] uint8 A[]; [Index(0)] uint8 B[];"), "");
+  EXPECT_EQ(R8(kGood, "[Offset{0x10}, MaxLen(8)] uint8 A[]; string ElementName;"), "");
+  EXPECT_EQ(Needs(""), "") << "a missing R8 class is none of the collector's worries";
+}
+
+TEST(CollectorNeeds, ShownWithTheSourceLine) {
+  const TSchemaResult schema = Schema("[SupportedMachineTypes{}]\nclass J : KROSG_MEMCTL_StatisticData {};");
+  const auto findings = CheckCollectorNeeds(*schema.cimNamespace, "schema", schema.sources.get());
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(FormatDiagnostic(findings[0]),
+            "a.mof:15:7: error: the class 'J', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier "
+            "'MaxInstanceCount'\n"
+            "  class J : KROSG_MEMCTL_StatisticData {};\n"
+            "        ^\n");
+}
+
+TEST(CollectorNeeds, MissingClasses) {
+  const TSchemaResult schema = ReadText("class A {};");
+  std::string text;
+  for (const TTextDiagnostic& finding : CheckCollectorNeeds(*schema.cimNamespace, "my-schema")) {
+    text += FormatDiagnostic(finding);
+  }
+  EXPECT_EQ(
+      text,
+      "my-schema: error: the class 'KROSG_PCIIOBRIDGE_StatisticData' is not declared, which every request starts from\n"
+      "my-schema: error: the class 'KROSG_MEMCTL_StatisticData' is not declared, which every request starts from\n"
+      "my-schema: error: the class 'KROSG_L3Cache_StatisticData' is not declared, which every request starts from\n"
+      "my-schema: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n");
+}
+
+TEST(CollectorNeeds, QualifiersOfEverySubclass) {
+  EXPECT_EQ(
+      Needs("class J : KROSG_PCIIOBRIDGE_StatisticData {};\n"),
+      "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+      "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'MaxInstanceCount'\n");
+  EXPECT_EQ(
+      Needs("[SupportedMachineTypes{\"1\"}, MaxInstanceCount(1)] class J : KROSG_L3Cache_StatisticData {};\n"
+            "class K : J {};"),
+      "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+      "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'MaxInstanceCount'\n")
+      << "both are Restricted, so that the grandchild has none";
+  EXPECT_EQ(Needs("[SupportedMachineTypes{\"1\"} : ToSubclass, MaxInstanceCount(1) : ToSubclass]\n"
+                  "class J : KROSG_L3Cache_StatisticData {}; class K : J {};"),
+            "")
+      << "inherited";
+}
+
+TEST(CollectorNeeds, QualifiersOfTheR8Classes) {
+  for (const char* name : {"KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData",
+                           "KROSG_VO_MEMCTL_StatisticData", "KROSG_VO_PCIIOBRIDGE_StatisticData"}) {
+    const std::string subject =
+        "14:7 the class '" + std::string(name) + "', a class whose registers are read over IPMI, ";
+    EXPECT_EQ(
+        Needs("class " + std::string(name) + " : Chipset {};"),
+        subject + "has no qualifier 'SupportedMachineTypes'\n" + subject + "has no qualifier 'MaxInstanceCount'\n");
+  }
+}
+
+TEST(CollectorNeeds, ClassWithoutSuperclass) {
+  EXPECT_EQ(Needs("[" + kGood + "] class KROSG_T4_MEMCTL_StatisticData {};"),
+            "14:60 the class 'KROSG_T4_MEMCTL_StatisticData', a class whose registers are read over IPMI, has no "
+            "superclass\n");
+}
+
+TEST(CollectorNeeds, ValuesOfTheClassQualifiers) {
+  EXPECT_EQ(Jfr("SupportedMachineTypes, MaxInstanceCount", ""),
+            "15:7 the qualifier 'SupportedMachineTypes' of the class 'J' has no value\n"
+            "15:7 the qualifier 'MaxInstanceCount' of the class 'J' has no value\n");
+  EXPECT_EQ(Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(65536)", ""),
+            "15:7 the qualifier 'MaxInstanceCount' of the class 'J' is 65536, expected 0 to 65535\n");
+  EXPECT_EQ(Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(0)", "[Index(60000)] uint8 A[];"), "")
+      << "without instances nothing is read";
+}
+
+TEST(CollectorNeeds, TypesOfTheClassQualifiers) {
+  const TSchemaResult schema = ReadText(
+      "qualifier SupportedMachineTypes : string, scope(class);\nqualifier MaxInstanceCount : string, scope(class);\n"
+      "qualifier Index : uint16, scope(property);\n" +
+      kRoots + kBases + kCapture +
+      "[SupportedMachineTypes(\"1\"), MaxInstanceCount(\"2\")]\nclass J : KROSG_MEMCTL_StatisticData {};");
+  EXPECT_EQ(
+      FindingsOf(schema),
+      "12:7 the qualifier 'SupportedMachineTypes' of the class 'J' has the type string, expected array of string\n"
+      "12:7 the qualifier 'MaxInstanceCount' of the class 'J' has the type string, expected an integer\n");
+}
+
+TEST(CollectorNeeds, RegisterQualifiers) {
+  EXPECT_EQ(Jfr(kGood, "[Offset{1}, MaxLen(8)] uint8 A[];"),
+            "16:30 the register 'A' of the class 'J' has no qualifier 'Index'\n");
+  EXPECT_EQ(Jfr(kGood, "[Index] uint8 A[];"),
+            "16:15 the register 'A' of the class 'J' has a qualifier 'Index' without a value\n");
+  EXPECT_EQ(R8(kGood, "[Index(1)] uint8 A[];"),
+            "16:18 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has no qualifier 'Offset'\n"
+            "16:18 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has no qualifier 'MaxLen'\n");
+  EXPECT_EQ(R8(kGood, "[Offset{1}] uint8 A[];"),
+            "16:19 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has no qualifier 'MaxLen'\n");
+}
+
+TEST(CollectorNeeds, RegistersOfTheDirectSuperclassToo) {
+  EXPECT_EQ(Needs("class V : Chipset {\nuint8 A[];};\n[" + kGood + "] class KROSG_VO_MEMCTL_StatisticData : V {};"),
+            "15:7 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has no qualifier 'Offset'\n"
+            "15:7 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has no qualifier 'MaxLen'\n");
+  EXPECT_EQ(Needs("class V : Chipset {\nuint8 A[];}; class W : V {};\n[" + kGood +
+                  "] class KROSG_VO_MEMCTL_StatisticData : W {};"),
+            "")
+      << "not those of the grandparent";
+}
+
+TEST(CollectorNeeds, IdentificationPropertiesAreNoRegisters) {
+  EXPECT_EQ(
+      Needs("class Q { string MachineType; datetime DateTimeOfCollection; datetime StatisticTime; string InstanceID;\n"
+            "string ElementName; };\n[" +
+            kGood + "] class KROSG_VO_MEMCTL_StatisticData : Q {};"),
+      "");
+  EXPECT_EQ(Needs("class Q : KROSG_MEMCTL_StatisticData { };"),
+            "14:7 the class 'Q', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+            "14:7 the class 'Q', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier 'MaxInstanceCount'\n");
+}
+
+TEST(CollectorNeeds, ElementNameIsARegisterOfTheBlock) {
+  const TSchemaResult schema =
+      ReadText(kCollectorQualifiers + kCapture +
+               "class KROSG_PCIIOBRIDGE_StatisticData { string ElementName; };\n"
+               "class KROSG_MEMCTL_StatisticData {}; class KROSG_L3Cache_StatisticData {};\n[" +
+               kGood + "] class J : KROSG_PCIIOBRIDGE_StatisticData {};");
+  EXPECT_EQ(FindingsOf(schema),
+            "8:48 the register 'ElementName' of the class 'J' has no qualifier 'Index'\n"
+            "8:48 warning: the register 'ElementName' of the class 'J' has the type string, expected array of uint8\n");
+}
+
+TEST(CollectorNeeds, TypeOfARegister) {
+  EXPECT_EQ(Jfr(kGood, "[Index(4)] uint8 A; [Index(5)] uint16 B[]; [Index(6)] string C;"),
+            "16:18 warning: the register 'A' of the class 'J' has the type uint8, expected array of uint8\n"
+            "16:39 warning: the register 'B' of the class 'J' has the type array of uint16, expected array of uint8\n"
+            "16:62 warning: the register 'C' of the class 'J' has the type string, expected array of uint8\n");
+}
+
+// (Index + 256 x instance) x 8 + 18 below 4096: 509 fits and 510 does not.
+TEST(CollectorNeeds, RecordsInsideTheBlock) {
+  const auto findings = [](const std::string& index, const std::string& count) {
+    return Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(" + count + ")", "[Index(" + index + ")] uint8 A[];");
+  };
+  const auto outside = [](const std::string& end, const std::string& instance, const std::string& index,
+                          const std::string& count) {
+    return "16:" + std::to_string(17 + index.size()) + " the register 'A' of the class 'J' ends at byte " + end +
+           " for instance " + instance + " (Index " + index + ", MaxInstanceCount " + count +
+           "), expected below 4096\n";
+  };
+  EXPECT_EQ(findings("509", "1"), "");
+  EXPECT_EQ(findings("510", "1"), outside("4098", "0", "510", "1"));
+  EXPECT_EQ(findings("253", "2"), "");
+  EXPECT_EQ(findings("254", "2"), outside("4098", "1", "254", "2"));
+  EXPECT_EQ(findings("65535", "1"), outside("524298", "0", "65535", "1"));
+  EXPECT_EQ(findings("65536", "1"),
+            "16:22 the register 'A' of the class 'J' has the Index 65536, expected 0 to 65535\n");
+  EXPECT_EQ(
+      findings("0", "3"),
+      "8:68 the register 'Common' of the class 'J' ends at byte 4130 for instance 2 (Index 2, MaxInstanceCount 3), "
+      "expected below 4096\n" +
+          outside("4114", "2", "0", "3"));
+}
+
+TEST(CollectorNeeds, PropertiesOfTheCaptureClass) {
+  const TSchemaResult schema = ReadText(kCollectorQualifiers + kRoots + kBases +
+                                        "class Log { string RecordID; };\n"
+                                        "class KROSG_DCAPFile : Log { string filename; string ErrRawData[];\n"
+                                        "string MessageTimestamp; uint8 SourceNode; string LogName; };");
+  EXPECT_EQ(
+      FindingsOf(schema),
+      "12:54 the property 'ErrRawData' of the class 'KROSG_DCAPFile' has the type array of string, expected string\n"
+      "13:8 the property 'MessageTimestamp' of the class 'KROSG_DCAPFile' has the type string, expected datetime\n"
+      "13:32 the property 'SourceNode' of the class 'KROSG_DCAPFile' has the type uint8, expected string\n"
+      "12:7 the class 'KROSG_DCAPFile' has no property 'CreationClassName'\n"
+      "12:7 the class 'KROSG_DCAPFile' has no property 'LogCreationClassName'\n");
+}
+
+TEST(CollectorNeeds, OverridingPropertyThatIsNotRead) {
+  EXPECT_EQ(
+      Jfr(kGood, "[Index(9)] string Status;"),
+      "16:19 warning: the property 'Status' is not read for the class 'J': it overrides one of the class 'Root', and "
+      "only what the class or its superclass declares first is a register\n");
+  EXPECT_EQ(
+      R8(kGood, "[Offset{9}, MaxLen(8)] string Status;"),
+      "16:31 warning: the property 'Status' is not read for the class 'KROSG_VO_MEMCTL_StatisticData': it overrides "
+      "one of the class 'Root', and only what the class or its superclass declares first is a register\n");
+  EXPECT_EQ(
+      Jfr(kGood, "string Status; [Index(9)] string ElementName;"),
+      "16:34 warning: the property 'ElementName' is not read for the class 'J': it overrides one of the class 'Root', "
+      "and only what the class or its superclass declares first is a register\n")
+      << "without a register's qualifier it is no surprise";
+  EXPECT_EQ(Jfr(kGood, "[Index(9)] string InstanceID; [Index(10)] uint8 Common[];"), "")
+      << "skipped by name, and read: its origin is the direct superclass";
+}
+
+TEST(CollectorNeeds, FindingsAreBounded) {
+  std::string text;
+  for (int i = 0; i < 600; ++i) text += "class J" + std::to_string(i) + " : KROSG_MEMCTL_StatisticData {};\n";
+  const TSchemaResult schema = Schema(text);
+  const auto findings = CheckCollectorNeeds(*schema.cimNamespace, "schema", schema.sources.get());
+  ASSERT_EQ(findings.size(), 1001U);
+  EXPECT_EQ(findings.back().message, "and 200 more findings");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

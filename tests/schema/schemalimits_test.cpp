@@ -1,0 +1,144 @@
+// What is too much, and that it is said.
+#include "tests/schema/schemafixture.h"
+
+namespace NKROVEL20 {
+namespace {
+
+std::string Number(std::size_t i) { return std::to_string(i); }
+
+TEST(SchemaLimits, FileSize) {
+  TSchemaText schema;
+  schema.limits.fileSize = 11;
+  schema.File("a.mof", "class A {};").File("b.mof", "class BB {};");
+  EXPECT_EQ(Shown(schema.Read({"a.mof", "b.mof"})), "b.mof: error: the file b.mof is larger than 11 bytes\n");
+}
+
+TEST(SchemaLimits, TotalSize) {
+  TSchemaText schema;
+  schema.limits.totalSize = 40;
+  schema.File("a.mof", "class A {};\n#pragma include(\"b.mof\")").File("b.mof", "class B {};");
+  EXPECT_EQ(Shown(schema.Read({"a.mof"})),
+            "a.mof:2:17: error: with the file b.mof the schema is larger than 40 bytes in all\n"
+            "  #pragma include(\"b.mof\")\n"
+            "                  ^\n");
+}
+
+TEST(SchemaLimits, NumberOfFiles) {
+  TSchemaText schema;
+  schema.limits.files = 2;
+  for (const char* name : {"a", "b", "c", "d"}) schema.File(name, std::string("class ") + name + " {};");
+  const TSchemaResult result = schema.Read({"a", "b", "c", "d"});
+  EXPECT_EQ(Shown(result), "c: error: the schema has more than 2 files\nd: error: the schema has more than 2 files\n");
+  EXPECT_EQ(result.cimNamespace->Classes().size(), 2U);
+}
+
+TEST(SchemaLimits, IncludeDepth) {
+  TSchemaText schema;
+  schema.limits.includeDepth = 2;
+  schema.File("a", "#pragma include(\"b\")").File("b", "#pragma include(\"c\")").File("c", "class C {};");
+  EXPECT_EQ(
+      Shown(schema.Read({"a"})),
+      "b:1:17: error: files include each other more than 2 deep\n  #pragma include(\"c\")\n                  ^\n");
+}
+
+TEST(SchemaLimits, TokenSize) {
+  TSchemaText schema;
+  schema.limits.tokenSize = 8;
+  schema.File("fits", "class A { string abcdefgh = \"123456\"; };");
+  EXPECT_EQ(Shown(schema.Read({"fits"})), "");
+  for (const char* token : {"abcdefghi", "\"1234567\"", "'1234567'", "123456789", "\"\\n23456\""}) {
+    schema.File("long", std::string("class B { string a = ") + token + "; }; class C : Nowhere {};");
+    EXPECT_EQ(Messages(schema.Read({"long"})),
+              "1:22 found '" + std::string(token) + "', which is 9 bytes long, expected at most 8\n")
+        << "reading ends there";
+  }
+}
+
+TEST(SchemaLimits, Nesting) {
+  TSchemaText schema;
+  schema.limits.nesting = 3;
+  schema.File("fits", "class A { uint8 a([b] A REF c); };").File("deep", "x { { { { } } } }\nclass A {};");
+  EXPECT_EQ(Messages(schema.Read({"fits"})), "1:20 the qualifier 'b' is not declared\n");
+  EXPECT_EQ(Messages(schema.Read({"deep"})),
+            "1:1 found 'x', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file\n"
+            "1:9 found '{' within 3 open brackets, expected at most 3\n");
+}
+
+TEST(SchemaLimits, NumberOfClasses) {
+  TSchemaText schema;
+  schema.limits.classes = 2;
+  schema.File("a", "class A {};\nclass B {};\nclass C {};\nclass D {};");
+  EXPECT_EQ(Messages(schema.Read({"a"})), "3:7 the schema has more than 2 classes\n");
+}
+
+TEST(SchemaLimits, InheritanceDepth) {
+  std::string text = "class C0 {};\n";
+  for (std::size_t i = 1; i <= 64; ++i) text += "class C" + Number(i) + " : C" + Number(i - 1) + " {};\n";
+  text += "class C65 : C64 {};";
+  const TSchemaResult result = ReadText(text);
+  EXPECT_EQ(Messages(result), "65:13 the class 'C64' stands below 64 others, expected at most 63\n");
+  EXPECT_TRUE(result.cimNamespace->FindClass("C63"));
+  EXPECT_FALSE(result.cimNamespace->FindClass("C65")) << "and is not reported again";
+}
+
+TEST(SchemaLimits, QualifiersOfOneElement) {
+  TSchemaText schema;
+  schema.limits.qualifiersPerElement = 2;
+  schema.File("a", kQualifiers + "[Level] class A { [Key, Level] string a; [Key, Level, Description] string b; };");
+  EXPECT_EQ(Messages(schema.Read({"a"})), "2:55 found 3 qualifiers on one element, expected at most 2\n");
+}
+
+TEST(SchemaLimits, PropertiesOfOneClass) {
+  TSchemaText schema;
+  schema.limits.propertiesPerClass = 3;
+  schema.File("a",
+              "class A { string a; string b; };\nclass B : A { string c; };\nclass C : A { string c; string d; };");
+  const TSchemaResult result = schema.Read({"a"});
+  EXPECT_EQ(Messages(result), "3:7 the class 'C' has more than 3 properties, inherited ones included\n");
+  EXPECT_TRUE(result.cimNamespace->FindClass("B"));
+}
+
+TEST(SchemaLimits, SizeOfTheModel) {
+  TSchemaText schema;
+  schema.limits.modelEntries = 3;
+  schema.File("a", "class A { string a; string b; };\nclass B : A {};\nclass C : A {};\nclass D : A {};");
+  EXPECT_EQ(Messages(schema.Read({"a"})),
+            "3:7 the classes have more than 3 properties and qualifiers in all, inherited ones included\n")
+      << "two for A and two for B";
+}
+
+TEST(SchemaLimits, ValuesOfAllInstances) {
+  TSchemaText schema;
+  schema.limits.instanceValues = 5;
+  schema.File(
+      "a",
+      "class A { string a; string b; };\ninstance of A {};\ninstance of A {};\ninstance of A {};\ninstance of A {};");
+  const TSchemaResult result = schema.Read({"a"});
+  EXPECT_EQ(Messages(result), "4:13 the instances have more than 5 properties in all\n");
+  EXPECT_EQ(result.instances.size(), 2U);
+}
+
+TEST(SchemaLimits, DiagnosticsAreCountedPastTheLimit) {
+  TSchemaText schema;
+  schema.limits.diagnostics = 2;
+  schema.File("a", "class A : X {};\nclass B : X {};\nclass C : X {};\nclass D : X {};\n#pragma p(\"\")\n");
+  const TSchemaResult result = schema.Read({"a"});
+  EXPECT_EQ(result.errors, 4U);
+  EXPECT_EQ(result.warnings, 1U);
+  EXPECT_EQ(Shown(result),
+            "a:1:11: error: the class 'X' is not declared\n  class A : X {};\n            ^\n"
+            "a:2:11: error: the class 'X' is not declared\n  class B : X {};\n            ^\n"
+            "a:5:9: warning: the pragma 'p' is not known and has no effect\n  #pragma p(\"\")\n          ^\n"
+            "a: error: and 2 more errors\n");
+}
+
+TEST(SchemaLimits, HundredErrorsAreShown) {
+  std::string text;
+  for (std::size_t i = 0; i < 101; ++i) text += "class A" + Number(i) + " : X {};\n";
+  const TSchemaResult result = ReadText(text);
+  ASSERT_EQ(result.diagnostics.size(), 101U);
+  EXPECT_EQ(result.diagnostics.back().message, "and 1 more error");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

@@ -1,0 +1,17 @@
+// The schema that is installed with the host.
+#include "host/schema/schemacheck.h"
+#include "tests/schema/schemafixture.h"
+
+namespace NKROVEL20 {
+namespace {
+
+TEST(ShippedSchema, HasNoFindings) {
+  TFileReader reader;
+  const TSchemaFindings result = CheckSchema({VELHOST_SCHEMA_FOLDER}, reader);
+  std::string text;
+  for (const TTextDiagnostic& finding : result.findings) text += FormatDiagnostic(finding);
+  EXPECT_EQ(text, "");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

@@ -1,0 +1,20 @@
+// The decimal dumps of the trace, written for the tests on their own.
+#pragma once
+
+#include <string>
+
+#include "tests/support/steps.h"
+
+namespace testsupport {
+
+/// The first `count` bytes, those that are missing as zeros, eight a line between two newlines.
+inline std::string DumpText(const TBytes& bytes, std::size_t count) {
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i % 8 == 0) text += "\n";
+    text += std::to_string(i < bytes.size() ? bytes[i] : 0) + " ";
+  }
+  return text + "\n";
+}
+
+}  // namespace testsupport
