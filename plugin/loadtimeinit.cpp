@@ -4,11 +4,8 @@
 namespace {
 
 // Keeps no pointer: the host reaches the object through its registration and has it deleted.
-bool TTORGAPluginCallbacksInit() {
-  new torgareg::TTORGARegPluginCallbacks();
-  return true;
-}
+void TTORGAPluginCallbacksInit() { new torgareg::TTORGARegPluginCallbacks(); }
 
-[[maybe_unused]] const bool initialised = TTORGAPluginCallbacksInit();
+[[maybe_unused]] const bool initialised = (TTORGAPluginCallbacksInit(), true);
 
 }  // namespace

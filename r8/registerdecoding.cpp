@@ -93,7 +93,8 @@ unsigned char R8ErrorData::getChipSelector(int index) const {
 }
 
 std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propertyName, const std::string& machineType,
-                                                      const TCIMValue& offset, int index, unsigned int& lastAddress) {
+                                                      const TCIMValue& offset, unsigned char chipSelector,
+                                                      unsigned int& lastAddress) {
   const std::vector<TCIMValue> scalar(offset.IsArray() ? 0 : 1, offset);
   const std::vector<TCIMValue>& addresses =
       offset.IsArray() ? static_cast<const std::vector<TCIMValue>&>(offset) : scalar;
@@ -110,7 +111,7 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
                   "\n";
     logger->writeDebug(transcript);
     unsigned short length = 0;
-    if (transport->getData(getChipSelector(index), address, record.data(), &length, eightByteFamily)) {
+    if (transport->getData(chipSelector, address, record.data(), &length, eightByteFamily)) {
       bytes.insert(bytes.end(), record.begin(), record.begin() + Record::kSize);
     } else {
       logger->writeDebug("Command sent to the BMC failed.");
@@ -130,6 +131,8 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     logger->writeDebug(
         "getRegisterData - Invalid data passed to getRegisterData. Unable to parse data for register value");
   } else {
+    const unsigned char chipSelector = getChipSelector(index);
+    const std::string& name = property->GetName({});
     TCIMValue offset;
     try {
       offset = property->GetQualifier("Offset", {})->GetValue();
@@ -138,7 +141,7 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     }
     const unsigned int maxLen = property->GetQualifier("MaxLen", {})->GetValue();
     unsigned int lastAddress = 0;
-    std::vector<unsigned char> bytes = readAddresses(property->GetName({}), machineType, offset, index, lastAddress);
+    std::vector<unsigned char> bytes = readAddresses(name, machineType, offset, chipSelector, lastAddress);
     ConvertToBigEndian(&bytes, lastAddress, maxLen == kFoldedMode ? kFoldedMode : 0);
     values.assign(bytes.begin(), bytes.end());
     logger->writeDebug("Displaying messenger\n");
@@ -171,7 +174,9 @@ void R8ErrorData::ConvertToBigEndian(std::vector<unsigned char>* bytes, unsigned
   } else {
     reverseLabelled(source, target, mode);
   }
-  if (mode == kFoldedMode) std::copy(Record::kMarker.begin(), Record::kMarker.end(), target.begin() + Record::kMarkerOffset);
+  if (mode == kFoldedMode) {
+    std::copy(Record::kMarker.begin(), Record::kMarker.end(), target.begin() + Record::kMarkerOffset);
+  }
   bytes->assign(target.begin(), target.end());
 }
 

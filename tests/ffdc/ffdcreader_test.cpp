@@ -1,5 +1,6 @@
 // Reading one kind of capture file from every node.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <limits>
 
@@ -155,6 +156,23 @@ TEST_F(TFfdcReader, ASizeThatNoBufferCanHaveSkipsTheNode) {
     EXPECT_EQ(lines.at(14), Debug("The system has2 . Now reading Node1"));
   }
 }
+
+#ifndef VELHOST_SANITIZED  // a sanitizer needs more address space than this leaves
+TEST_F(TFfdcReader, ASizeThatMemoryCannotHoldSkipsTheNode) {
+  rlimit before = {};
+  ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+  rlimit small = before;
+  small.rlim_cur = 1U << 30U;  // 1 GiB, for a file of 2
+  ASSERT_EQ(setrlimit(RLIMIT_AS, &small), 0);
+  OpenAndSize(std::numeric_limits<int>::max());
+  sp.Expect(Close(kHandle));
+  plugin.ReadErrFFDC(ns, "cpu_err");
+  setrlimit(RLIMIT_AS, &before);
+  EXPECT_TRUE(committed.empty());
+  EXPECT_EQ(logger.Count(Debug("Unable to allocate memory for the storage area.")), 1U);
+  EXPECT_EQ(logger.Lines().back(), kExit);
+}
+#endif
 
 TEST_F(TFfdcReader, TheLargestSizeIsReadAsFarAsItGoes) {
   OpenAndSize(std::numeric_limits<int>::max());

@@ -215,10 +215,13 @@ TEST_F(TDecoding, TheHostIsAskedInOrderAndForTheMachineTypeOncePerUse) {
   const auto property = (Collector(Chip().Register("R", 0x10, 8)), Property(kVoMemory, "R"));
   probe.Clear();
   collector->getRegisterData(property, 0);
-  EXPECT_EQ(probe.CallsWith("R.Get"), (std::vector<std::string>{"R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
-                                                               "R.GetName() {}", "R.GetType() {}"}));
-  // Once for the property and once inside the conversion.
-  EXPECT_EQ(probe.CallsWith("namespace.GetMachineType").size(), 2U);
+  const std::string className = kVoMemory;
+  EXPECT_EQ(probe.Calls(),
+            (std::vector<std::string>{className + ".GetNamespace() {}", "namespace.GetMachineType()",  // the family
+                                      className + ".GetName() {}",                                     // the chip selector
+                                      "R.GetName() {}", "R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
+                                      className + ".GetNamespace() {}", "namespace.GetMachineType()",  // the conversion
+                                      "R.GetType() {}"}));
 }
 
 }  // namespace

@@ -79,10 +79,10 @@ TEST_F(TTransport, TheDataLengthByteDecidesAndNotTheLibrarysLength) {
   sp.Expect(Expected().Answers(Distinct(30)).WithDataLength(13));
   EXPECT_FALSE(ReadRegister(true));
   EXPECT_EQ(length, 13);
-  sp.Expect(Expected().Answers(Distinct(3)).WithDataLength(255));
+  sp.Expect(Expected().Answers(Distinct(3)).WithDataLength(247));
   EXPECT_TRUE(ReadRegister(true)) << "the bytes that are not there are zero";
   EXPECT_EQ(out, (TBytes{0, 0, 0, 0, 0, 0, 0, 0, 0x77, 0x77, 0x77, 0x77, 0x77, 0x77}));
-  EXPECT_EQ(length, 255);
+  EXPECT_EQ(length, 247);
 }
 
 TEST_F(TTransport, ACompletionCodeFailsWithTheDataLength) {
@@ -184,7 +184,7 @@ TEST_F(TTransport, ATimestampWithACompletionCodeFails) {
   EXPECT_EQ(out, kUntouched);
   sp.Expect(Timestamp().Answers({1, 2, 3, 4}).WithCode(0xCB).WithLength(70000));
   EXPECT_FALSE(ReadTime());
-  EXPECT_EQ(length, 4464);
+  EXPECT_EQ(length, 256) << "the library hands back no more than its caller's buffer holds";
 }
 
 TEST_F(TTransport, ALostTimestampWritesNoTranscript) {

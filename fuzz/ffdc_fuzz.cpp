@@ -1,0 +1,57 @@
+// The capture-file path over storage areas of any kind: every file that is committed is whole.
+#include <cstdlib>
+
+#include "host/core/cimnamespace.h"
+#include "host/core/hostservices.h"
+#include "host/pluginmanager/pluginregistry.h"
+#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "nkrovel20/storageareacommands.h"
+#include "plugin/torgaplugin.h"
+#include "tests/support/bytedrivenserviceprocessor.h"
+#include "tests/support/classbuilder.h"
+
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+// Sizes keep their sign but stay below 1 MiB: what costs time is the sanitizer's book-keeping of
+// gigabytes, which finds nothing.
+class TModestSizes : public TByteDrivenServiceProcessor {
+ public:
+  using TByteDrivenServiceProcessor::TByteDrivenServiceProcessor;
+  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+    const bool isSize = buffer[StorageAreaCommands::kSubCommand] == StorageAreaCommands::kQuerySize;
+    const bool answered = TByteDrivenServiceProcessor::SendIpmi(node, buffer, length, stop);
+    if (answered && isSize) {
+      const bool negative = (buffer[StorageAreaCommands::kResponseSize + 3] & 1U) != 0;
+      buffer[StorageAreaCommands::kResponseSize + 2] &= 0x0F;
+      buffer[StorageAreaCommands::kResponseSize + 3] = negative ? 0xFF : 0;
+    }
+    return answered;
+  }
+};
+
+void Check(const TInstance& file) {
+  const TCIMValue* const text = file.Find("ErrRawData");
+  if (text == nullptr || text->ToString(10).size() % 3 != 0) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  TByteStream bytes(data, size);
+  const auto ns = TNamespace::Create();
+  ns->AddClass(TClassBuilder("KROSG_DCAPFile").CaptureProperties());
+  ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>& file) { Check(*file); });
+  TModestSizes sp(bytes);
+  sp.nodes = bytes.Next() % 4;
+  TServiceProcessorHub::Install(&sp, nullptr);
+  THostServices::SetPluginManager(boost::shared_ptr<ICIMNamespace>(new TPluginRegistry()));
+  auto* const plugin = new torgareg::TTORGARegPluginCallbacks();
+  for (const char* const name : {"cpu_err", "ioh_err", "a name that is longer than its field"}) plugin->ReadErrFFDC(ns, name);
+  plugin->PrepareForUnload();
+  THostServices::SetPluginManager({});
+  TServiceProcessorHub::Install(nullptr, nullptr);
+  return 0;
+}

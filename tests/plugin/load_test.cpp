@@ -1,0 +1,97 @@
+// The built plugin in a process: load, collect, unload, load again.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "host/core/assertionfailure.h"
+#include "host/pluginmanager/pluginloader.h"
+#include "tests/support/collectortest.h"
+
+namespace NKROVEL20 {
+namespace {
+
+using namespace testsupport;
+
+class TLoadedLibrary : public TCollectorTest {
+ protected:
+  TLoadedLibrary() : loader(libraryLoader) {
+    AddStatisticBase();
+    for (const char* const base :
+         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
+      ns->AddClass(TClassBuilder(base, "KROSG_StatisticBase"));
+    }
+    ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData", "KROSG_StatisticBase")
+                     .Machines({"6203"})
+                     .MaxInstances(1)
+                     .Register("R", 0xABCDEF, 8));
+    AddCaptureClass();
+  }
+  // One register and no time; then one capture file of ten bytes.
+  void Collect(TLoadedPlugin& plugin) {
+    sp.Expect({Register(0, 0xABCDEF).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8})), Timestamp().Fails(0xCB),
+               Open("cpu_err").Answers(OemData({1, 0, 0, 0})), Size("cpu_err").Answers(SizeData(10)),
+               Read({1, 0, 0, 0}, 0, 10).Answers(ReadData(TBytes(10, 0xAB))), Close({1, 0, 0, 0}),
+               Open("ioh_err").Fails(0xCB), Open("zyn_err").Fails(0xCB)});
+    std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_VO_MEMCTL_StatisticData"),
+                                                         Class("KROSG_DCAPFile")};
+    plugin.Query()->GetData(ns, classes);
+  }
+  static bool IsMapped() {
+    void* const library = dlopen(PLUGIN, RTLD_NOW | RTLD_NOLOAD);
+    if (library != nullptr) dlclose(library);
+    return library != nullptr;
+  }
+
+  TDynamicLibraryLoader libraryLoader;
+  TPluginLoader loader;
+};
+
+TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndWritesNothing) {
+  const auto plugin = loader.Load(PLUGIN);
+  EXPECT_EQ(plugin->Callbacks().GetType(), 0);
+  EXPECT_EQ(plugin->Callbacks().GetName(), "Engineering Information Collector");
+  EXPECT_EQ(plugin->Callbacks().GetVersion(), "1.0");
+  EXPECT_EQ(plugin->Callbacks().GetInterfaceVersion(), "1.0");
+  EXPECT_NE(plugin->Query(), nullptr);
+  EXPECT_TRUE(logger.Lines().empty());
+  EXPECT_TRUE(sp.Discoveries().empty());
+}
+
+TEST_F(TLoadedLibrary, CollectsIsGoneAndComesBack) {
+  for (int round = 0; round < 3; ++round) {
+    auto plugin = loader.Load(PLUGIN);
+    plugin->Callbacks().Init();
+    Collect(*plugin);
+    plugin->Callbacks().DeInit();
+    ASSERT_EQ(committed.size(), 2U);
+    EXPECT_EQ(TextOf(*committed[0], "R"), "{171, 205, 239, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}");
+    EXPECT_EQ(TextOf(*committed[1], "ErrRawData"), "ab ab ab ab ab ab ab ab ab ab ");
+    EXPECT_EQ(TextOf(*committed[1], "RecordID"), "0");
+    EXPECT_EQ(logger.Lines().back(), Debug("De-Initializing Engineering Information Collector"));
+    committed.clear();
+    logger.Clear();
+    EXPECT_TRUE(IsMapped());
+    plugin.reset();
+    EXPECT_TRUE(logger.Lines().empty());
+#ifndef VELHOST_SANITIZED  // there libraries stay mapped on purpose
+    EXPECT_FALSE(IsMapped()) << "the library is still in the process";
+#endif
+  }
+}
+
+TEST_F(TLoadedLibrary, InstancesOutliveThePlugin) {
+  auto plugin = loader.Load(PLUGIN);
+  plugin->Callbacks().Init();
+  Collect(*plugin);
+  plugin.reset();
+  ASSERT_EQ(committed.size(), 2U);
+  EXPECT_EQ(TextOf(*committed[0], "ElementName"), "Memory controller with integrated L4 cache module,0");
+}
+
+TEST_F(TLoadedLibrary, WhatItThrowsReachesTheHost) {
+  const auto plugin = loader.Load(PLUGIN);
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {{}};
+  EXPECT_THROW(plugin->Query()->GetData(ns, classes), TAssertionFailure);
+}
+
+}  // namespace
+}  // namespace NKROVEL20

@@ -1,0 +1,33 @@
+// The process's time zone for the length of a scope.
+#pragma once
+
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string>
+
+namespace testsupport {
+
+/// Sets TZ and puts the old one back.
+class TTimeZone {
+ public:
+  explicit TTimeZone(const char* zone) {
+    if (const char* const old = std::getenv("TZ")) old_ = old;
+    setenv("TZ", zone, 1);
+  }
+  ~TTimeZone() {
+    if (old_) {
+      setenv("TZ", old_->c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+  TTimeZone(const TTimeZone&) = delete;
+  TTimeZone& operator=(const TTimeZone&) = delete;
+
+ private:
+  std::optional<std::string> old_;
+};
+
+}  // namespace testsupport
