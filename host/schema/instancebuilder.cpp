@@ -104,8 +104,7 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNam
     if (log_.Shows()) {
       for (const std::string_view candidate : aliasNames_) hint.Offer(candidate);
     }
-    log_.Error(use.unit.Place(use.span),
-               "the alias " + use.unit.Quoted(use.span) + " is not declared" + hint.Text());
+    log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + hint.Text());
     return;
   }
   const auto expected = cimNamespace.FindClass(use.referenceClass);

@@ -1,4 +1,6 @@
 // "instance of" declarations as instances of their classes.
+//
+// Aliases may be used before they are declared, so that they are checked at the end.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -13,6 +15,7 @@ namespace NKROVEL20 {
 
 class TInstanceBuilder {
  public:
+  /// `classes` has built its classes.
   TInstanceBuilder(const TParsedSchema& schema, TClassBuilder& classes, TQualifierTable& qualifiers,
                    const TSchemaLimits& limits, TSchemaLog& log)
       : schema_(schema),
@@ -31,9 +34,11 @@ class TInstanceBuilder {
   void NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax);
   boost::shared_ptr<TInstance> BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
                                         const TNamespace& cimNamespace);
+  /// Whether the limit for values allows another instance with that many properties.
   bool HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, std::size_t properties);
   void Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance);
   void ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass);
+  /// The alias is declared, for an instance of the reference's class or one below it.
   void CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace);
 
   const TParsedSchema& schema_;

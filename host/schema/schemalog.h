@@ -1,4 +1,7 @@
 // What is wrong with a schema, collected over all of its texts.
+//
+// While a schema is read, a place is a byte offset. Lines and columns are worked out for the places
+// that are shown or kept, and only then.
 #pragma once
 
 #include <cstddef>
@@ -61,6 +64,7 @@ class TSchemaLog {
   void Warning(TSchemaPlace place, std::string message) {
     warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message));
   }
+  /// All of them, kept or not.
   std::size_t Errors() const { return errors_.count; }
   std::size_t Warnings() const { return warnings_.count; }
   /// Whether another error would be shown: a message that costs time to make is not made otherwise.
