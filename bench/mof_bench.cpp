@@ -43,8 +43,9 @@ void AppendProperties(std::string& mof, const std::string& prefix) {
     const std::string name = prefix + std::to_string(i);
     mof += "\n      [" + Description(2 + i % 4) + ", \n";
     if (i == 3) {
-      mof += "       ValueMap { \"0\", \"1\", \"2\", \"3\", \"4..\", \"0x8000..\" }, \n"
-             "       Values { \"Unknown\", \"Other\", \"Enabled\", \"Disabled\", \"DMTF Reserved\", \"Vendor\" }, \n";
+      mof +=
+          "       ValueMap { \"0\", \"1\", \"2\", \"3\", \"4..\", \"0x8000..\" }, \n"
+          "       Values { \"Unknown\", \"Other\", \"Enabled\", \"Disabled\", \"DMTF Reserved\", \"Vendor\" }, \n";
     }
     mof += "       MaxLen ( 256 ), \n       ModelCorrespondence { \"CIM_ManagedElement.Other" + name + "\" }]\n";
     mof += i % 2 == 0 ? "   string " + name + ";\n" : "   uint16 " + name + " = " + std::to_string(i) + ";\n";
@@ -55,11 +56,13 @@ void AppendClass(std::string& mof, int i) {
   const std::string number = std::to_string(i);
   mof += "// ==================================================================\n//  CIM_Element" + number +
          "\n// ==================================================================\n   [Version ( \"2.13.0\" ), \n"
-         "    UMLPackagePath ( \"CIM::Core::Element\" ), \n    " + Description(4) + "]\nclass CIM_Element" + number +
+         "    UMLPackagePath ( \"CIM::Core::Element\" ), \n    " +
+         Description(4) + "]\nclass CIM_Element" + number +
          (i % 4 == 0 ? std::string() : " : CIM_Element" + std::to_string(i - 1)) + " {\n";
   AppendProperties(mof, "Property" + number + "_");
   mof += "\n      [" + Description(3) + "]\n   uint32 Change" + number + "(\n      [" + Description(2) +
-         "]\n      uint16 Requested, \n      [" + Description(1) + "]\n      CIM_Element" + number + " REF Target);\n};\n\n";
+         "]\n      uint16 Requested, \n      [" + Description(1) + "]\n      CIM_Element" + number +
+         " REF Target);\n};\n\n";
 }
 
 void AppendAssociation(std::string& mof, int i) {
@@ -117,8 +120,8 @@ int main() {
   const double pass = Shortest([] {}, [&] { braces = CountBraces(mof); });
   const double read = Shortest([&] { result = {}; }, [&] { result = ReadSchema({"bench.mof"}, reader); });
   const double megabytes = static_cast<double>(mof.size()) / 1e6;
-  std::printf("%.1f MB, %zu classes, %zu findings\n", megabytes,
-              result.cimNamespace->Classes().size(), result.diagnostics.size());
+  std::printf("%.1f MB, %zu classes, %zu findings\n", megabytes, result.cimNamespace->Classes().size(),
+              result.diagnostics.size());
   std::printf("counting braces %6.2f ms  %7.1f MB/s\n", pass * 1e3, megabytes / pass);
   std::printf("reading         %6.2f ms  %7.1f MB/s\n", read * 1e3, megabytes / read);
   std::printf("ratio           %6.1f\n", read / pass);

@@ -12,6 +12,7 @@ endif()
 # Everything finds its neighbours from its own place, so that an installation can be moved.
 file(RELATIVE_PATH VELHOST_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH VELHOST_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" VELHOST_PC_TO_PREFIX ${VELHOST_PC_TO_PREFIX})
 set_target_properties(velcore pluginnsp spdriver smbios PROPERTIES INSTALL_RPATH "$ORIGIN")
 if(TARGET velhost)
   set_target_properties(velhost PROPERTIES INSTALL_RPATH "$ORIGIN/${VELHOST_BIN_TO_LIB}")

@@ -13,12 +13,14 @@ constexpr std::size_t kLongestName = 128;  // anything longer is no slip of the 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 bool Same(char a, char b) { return Lower(a) == Lower(b); }
 
-// Optimal string alignment: edits and swaps of neighbours.
-std::size_t Distance(std::string_view a, std::string_view b) {
+// Optimal string alignment: edits and swaps of neighbours. Gives up once it is at least `enough`.
+std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough) {
+  if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= enough) return enough;
   std::vector<std::size_t> beforePrevious(b.size() + 1);
   std::vector<std::size_t> previous(b.size() + 1);
   std::vector<std::size_t> current(b.size() + 1);
   for (std::size_t j = 0; j <= b.size(); ++j) current[j] = j;
+  std::size_t leastBefore = 0;  // of the row above: no later one is less than the least of two rows
   for (std::size_t i = 1; i <= a.size(); ++i) {
     beforePrevious.swap(previous);
     previous.swap(current);
@@ -30,6 +32,9 @@ std::size_t Distance(std::string_view a, std::string_view b) {
         current[j] = std::min(current[j], beforePrevious[j - 2] + 1);
       }
     }
+    const std::size_t least = *std::min_element(current.begin(), current.end());
+    if (std::min(least, leastBefore) >= enough) return enough;
+    leastBefore = least;
   }
   return current[b.size()];
 }
@@ -42,7 +47,7 @@ std::string_view NearestName(std::string_view name, std::span<const std::string_
   std::size_t least = std::max<std::size_t>(name.size() / 3, 1) + 1;
   for (const std::string_view candidate : candidates) {
     if (candidate.size() > kLongestName) continue;
-    const std::size_t distance = Distance(name, candidate);
+    const std::size_t distance = Distance(name, candidate, least);
     if (distance < least) {
       least = distance;
       nearest = candidate;

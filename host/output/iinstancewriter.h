@@ -38,7 +38,9 @@ struct TFailedExchange {
 /// What is known after the last instance.
 struct TCollectionSummary {
   bool partial = false;
-  std::string partialReason;  ///< "interrupted", "deadline reached" or "a request failed"; empty when complete
+  /// "interrupted", "deadline reached", "the service processor was lost" or "a request failed"; empty
+  /// when complete.
+  std::string partialReason;
   std::vector<TRequestFailure> failures;
   std::uint64_t exchanges = 0;
   std::vector<TFailedExchange> failedExchanges;

@@ -138,12 +138,12 @@ void TMofWriter::Character(char32_t character) {
 }
 
 void TMofWriter::String(std::string_view text) {
-  if (text.size() <= kLiteralSize) return Literal(text);
-  while (!text.empty()) {
+  for (;;) {
     const std::size_t size = LiteralSize(text);
-    out_.Append("\n    ");
     Literal(text.substr(0, size));
     text.remove_prefix(size);
+    if (text.empty()) return;
+    out_.Append("\n    ");
   }
 }
 

@@ -17,7 +17,7 @@ namespace NKROVEL20 {
 
 namespace {
 
-constexpr std::size_t kPendingLimit = 64 * 1024;
+constexpr std::size_t kPendingLimit = std::size_t{64} * 1024;
 constexpr int kTemporaryNames = 100;
 constexpr std::size_t kLongestNamePart = 200;  // a name of 255 bytes and what is added to it
 

@@ -18,7 +18,7 @@ namespace NKROVEL20 {
 /// handed over on destruction: after an exception there is nobody to hand it to.
 class TTextBuffer {
  public:
-  static constexpr std::size_t kCapacity = 64 * 1024;
+  static constexpr std::size_t kCapacity = std::size_t{64} * 1024;
 
   /// The sink is not owned.
   explicit TTextBuffer(ITextSink& sink) : sink_(sink), text_(kCapacity) {}

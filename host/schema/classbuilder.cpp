@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/schema/mofscan.h"
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
@@ -30,8 +30,9 @@ void TClassBuilder::Collect(const TParsedSchema& schema) {
     }
     const TEntry& first = entries_[known->second];
     const TSourceLocation place = first.unit.Locate(first.syntax->name);
-    log_.Error(unit.Place(syntax.name), "the class " + unit.Quoted(syntax.name) + " is declared a second time, first in " +
-                                            place.file + ":" + std::to_string(place.line));
+    log_.Error(unit.Place(syntax.name), "the class " + unit.Quoted(syntax.name) +
+                                            " is declared a second time, first in " + place.file + ":" +
+                                            std::to_string(place.line));
   }
 }
 
@@ -40,15 +41,14 @@ TClassBuilder::TEntry* TClassBuilder::Find(std::string_view name) {
   return found == byName_.end() ? nullptr : &entries_[found->second];
 }
 
-bool TClassBuilder::CheckClassName(const TSchemaUnit& unit, TSchemaPlace place, std::string_view name) {
-  (void)unit;
+bool TClassBuilder::CheckClassName(TSchemaPlace place, std::string_view name) {
   if (Find(name) != nullptr) return true;
   if (mentioned_.count(name) != 0) return false;
-  TNearestName nearest(name);
+  TNameHint hint(name);
   if (log_.Shows()) {
-    for (const TEntry& entry : entries_) nearest.Offer(entry.unit.Text(entry.syntax->name));
+    for (const TEntry& entry : entries_) hint.Offer(entry.unit.Text(entry.syntax->name));
   }
-  log_.Error(place, "the class " + Mof::Quoted(name) + " is not declared" + nearest.Hint());
+  log_.Error(place, "the class " + Mof::Quoted(name) + " is not declared" + hint.Text());
   return false;
 }
 
@@ -91,7 +91,7 @@ void TClassBuilder::ReportCircle(const std::vector<TEntry*>& chain, const TEntry
 bool TClassBuilder::MayDerive(TEntry& entry, const TEntry* superEntry) {
   const Mof::TSpan above = entry.syntax->superClass;
   if (above.begin == above.end) return true;
-  if (superEntry == nullptr) return CheckClassName(entry.unit, entry.unit.Place(above), entry.unit.Text(above));
+  if (superEntry == nullptr) return CheckClassName(entry.unit.Place(above), entry.unit.Text(above));
   if (superEntry->built && superEntry->depth == limits_.inheritanceDepth) {
     log_.Error(entry.unit.Place(above), "the class " + entry.unit.Quoted(entry.syntax->name) + " stands below " +
                                             std::to_string(superEntry->depth) + " others, expected at most " +
@@ -130,9 +130,9 @@ void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinit
   }
   if (modelEntries_ > limits_.modelEntries) {
     if (modelEntries_ != SIZE_MAX) {
-      log_.Error(entry.unit.Place(entry.syntax->name), "the classes have more than " +
-                                                           std::to_string(limits_.modelEntries) +
-                                                           " properties and qualifiers in all, inherited ones included");
+      log_.Error(entry.unit.Place(entry.syntax->name),
+                 "the classes have more than " + std::to_string(limits_.modelEntries) +
+                     " properties and qualifiers in all, inherited ones included");
     }
     modelEntries_ = SIZE_MAX;
     return;
@@ -153,8 +153,7 @@ std::uint32_t TClassBuilder::ScopeOf(const TEntry& entry, const TCIMClass* super
     for (std::uint32_t i = 0; i < uses.count; ++i) {
       const Mof::TQualifierUse& use = entry.unit.file->uses[uses.first + i];
       if (!EqualNames(entry.unit.Text(use.name), name)) continue;
-      return !use.value.given || use.value.isArray ||
-             !EqualNames(entry.unit.Text(use.value.span), "false");
+      return !use.value.given || use.value.isArray || !EqualNames(entry.unit.Text(use.value.span), "false");
     }
     const auto inherited = superClass ? superClass->Qualifiers().Find(name) : nullptr;
     return inherited && inherited->GetValue().ToString(10) == "true";
@@ -195,7 +194,7 @@ void TClassBuilder::AddProperty(const TEntry& entry, const Mof::TFeature& featur
   const bool isReference = feature.type.code == TCIMValue::TCIMType::kReference;
   if (isReference) {
     property.referenceClass = unit.Text(feature.type.span);
-    CheckClassName(unit, unit.Place(feature.type.span), property.referenceClass);
+    CheckClassName(unit.Place(feature.type.span), property.referenceClass);
   }
   const std::size_t index = superClass ? superClass->FindProperty(property.name) : 0;
   const bool overrides = superClass && index < superClass->Properties().size();
@@ -203,7 +202,7 @@ void TClassBuilder::AddProperty(const TEntry& entry, const Mof::TFeature& featur
   property.qualifiers = qualifiers_.Resolve(unit, feature.qualifiers,
                                             {isReference ? Mof::kScopeReference : Mof::kScopeProperty,
                                              overridden ? &overridden->Qualifiers() : nullptr, true});
-  CheckEmbedded(unit, property.qualifiers, feature);
+  CheckEmbedded(unit, feature);
   ReadDefault(unit, feature, {feature.type.code, feature.array.isArray, feature.array.size}, property);
   if (overridden != nullptr && !CheckOverride(entry, feature, property, *overridden)) return;
   definition.properties.push_back(std::move(property));
@@ -217,15 +216,12 @@ void TClassBuilder::ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& fe
 }
 
 // The class whose instances a string holds as text.
-void TClassBuilder::CheckEmbedded(const TSchemaUnit& unit, const std::vector<TQualifierDefinition>& qualifiers,
-                                  const Mof::TFeature& feature) {
-  for (std::uint32_t i = 0; i < feature.qualifiers.count && !qualifiers.empty(); ++i) {
+void TClassBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& feature) {
+  for (std::uint32_t i = 0; i < feature.qualifiers.count; ++i) {
     const Mof::TQualifierUse& use = unit.file->uses[feature.qualifiers.first + i];
-    if (!EqualNames(unit.Text(use.name), "EmbeddedInstance")) continue;
-    for (const TQualifierDefinition& qualifier : qualifiers) {
-      if (!EqualNames(qualifier.name, "EmbeddedInstance") || qualifier.value.IsNull()) continue;
-      CheckClassName(unit, unit.Place(use.value.given ? use.value.span : use.name), qualifier.value.ToString(10));
-    }
+    if (!EqualNames(unit.Text(use.name), "EmbeddedInstance") || !use.value.given || use.value.isArray) continue;
+    const Mof::TLiteral& literal = unit.file->literals[use.value.literals.first];
+    if (literal.kind == Mof::ELiteral::kString) CheckClassName(unit.Place(literal.span), StringOf(unit, literal));
   }
 }
 
@@ -263,6 +259,7 @@ bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feat
 void TClassBuilder::CheckMethod(const TEntry& entry, const Mof::TFeature& feature) {
   const TSchemaUnit& unit = entry.unit;
   qualifiers_.Resolve(unit, feature.qualifiers, {Mof::kScopeMethod, nullptr, false});
+  CheckEmbedded(unit, feature);
   TSeenNames names;
   for (std::uint32_t i = 0; i < feature.parameters.count; ++i) {
     const Mof::TFeature& parameter = unit.file->parameters[feature.parameters.first + i];
@@ -271,8 +268,9 @@ void TClassBuilder::CheckMethod(const TEntry& entry, const Mof::TFeature& featur
                                                  " is declared twice in the method " + unit.Quoted(feature.name));
     }
     qualifiers_.Resolve(unit, parameter.qualifiers, {Mof::kScopeParameter, nullptr, false});
+    CheckEmbedded(unit, parameter);
     if (parameter.type.code == TCIMValue::TCIMType::kReference) {
-      CheckClassName(unit, unit.Place(parameter.type.span), unit.Text(parameter.type.span));
+      CheckClassName(unit.Place(parameter.type.span), unit.Text(parameter.type.span));
     }
   }
 }

@@ -41,7 +41,8 @@ class TNeeds {
   std::optional<std::uint64_t> InstanceCount(const TCIMClass& cimClass, const std::string& role);
   void CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path,
                      std::optional<std::uint64_t> instances);
-  bool CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& property, std::string_view qualifier, bool mayBeArray);
+  bool CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& property, std::string_view qualifier,
+                   bool mayBeArray);
   void CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances);
   void CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
   void CheckCaptureClass(const TCIMClass& cimClass);
@@ -89,7 +90,8 @@ std::vector<TTextDiagnostic> TNeeds::Check() {
   }
   for (const TClass& cimClass : namespace_.Classes()) CheckClass(*cimClass);
   if (dropped_ > 0) {
-    findings_.push_back({EDiagnosticSeverity::kError, nowhere, "and " + std::to_string(dropped_) + " more findings", {}});
+    findings_.push_back(
+        {EDiagnosticSeverity::kError, nowhere, "and " + std::to_string(dropped_) + " more findings", {}});
   }
   return std::move(findings_);
 }
@@ -130,8 +132,8 @@ void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& rol
   const TCIMValue& value = qualifier->GetValue();
   const std::string subject = "the qualifier " + name + " of the class " + Quote(cimClass.Name());
   if (!value.IsArray() || value.GetType() != TType::kString) {
-    Error(cimClass.Location(), subject + " has the type " + TypeName(value.GetType(), value.IsArray()) +
-                                   ", expected array of string");
+    Error(cimClass.Location(),
+          subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected array of string");
   } else if (value.IsNull()) {
     Error(cimClass.Location(), subject + " has no value");
   }

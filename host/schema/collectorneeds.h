@@ -21,8 +21,8 @@ namespace NKROVEL20 {
 /// Errors: a base class or the capture class that is missing; a class on a path without one of its
 /// qualifiers, with a value of it that cannot be used, or without a superclass; a register without
 /// its qualifiers or outside the register block; a property of the capture class that is missing or
-/// of another type; past a thousand findings, the number of those that are not given. Warnings: a register that is no array of uint8; an overriding property that
-/// looks like a register and is not read because of its origin.
+/// of another type; past a thousand findings, the number of those that are not given. Warnings: a register that is no
+/// array of uint8; an overriding property that looks like a register and is not read because of its origin.
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources = nullptr);
 

@@ -1,6 +1,6 @@
 #include "host/schema/instancebuilder.h"
 
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
@@ -36,7 +36,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
   const std::string_view name = unit.Text(syntax.className);
   const auto cimClass = cimNamespace.FindClass(name);
   if (!cimClass) {
-    classes_.CheckClassName(unit, unit.Place(syntax.className), name);
+    classes_.CheckClassName(unit.Place(syntax.className), name);
     return {};
   }
   const auto abstract = cimClass->Qualifiers().Find("Abstract");
@@ -44,6 +44,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
     log_.Error(unit.Place(syntax.className),
                "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
   }
+  if (!HasRoom(unit, syntax, cimClass->Properties().size())) return {};
   const auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
   TSeenNames names;
   for (std::uint32_t i = 0; i < syntax.assignments.count; ++i) {
@@ -55,6 +56,20 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
     }
   }
   return instance;
+}
+
+// An instance takes a few bytes of text, but as many values as its class has properties.
+bool TInstanceBuilder::HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, std::size_t properties) {
+  if (room_ >= properties) {
+    room_ -= properties;
+    return true;
+  }
+  if (!full_) {
+    log_.Error(unit.Place(syntax.className),
+               "the instances have more than " + std::to_string(limits_.instanceValues) + " properties in all");
+  }
+  full_ = true;
+  return false;
 }
 
 void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance) {
@@ -73,29 +88,31 @@ void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& a
 }
 
 void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass) {
-  TNearestName nearest(unit.Text(name));
+  TNameHint hint(unit.Text(name));
   if (log_.Shows()) {
-    for (const auto& property : cimClass.Properties()) nearest.Offer(property->Definition().name);
+    for (const auto& property : cimClass.Properties()) hint.Offer(property->Definition().name);
   }
-  log_.Error(unit.Place(name), "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + nearest.Hint());
+  log_.Error(unit.Place(name),
+             "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + hint.Text());
 }
 
 // An alias stands for an instance of the reference's class or of one below it.
 void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace) {
   const auto alias = aliases_.find(use.unit.Text(use.span));
   if (alias == aliases_.end()) {
-    TNearestName nearest(use.unit.Text(use.span));
+    TNameHint hint(use.unit.Text(use.span));
     if (log_.Shows()) {
-      for (const std::string_view candidate : aliasNames_) nearest.Offer(candidate);
+      for (const std::string_view candidate : aliasNames_) hint.Offer(candidate);
     }
-    log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + nearest.Hint());
+    log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + hint.Text());
     return;
   }
   const auto expected = cimNamespace.FindClass(use.referenceClass);
   const auto found = cimNamespace.FindClass(alias->second);
   if (!expected || !found || found == expected || found->DescendsFrom(*expected)) return;
-  log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" + found->Name() +
-                                           "', expected one of '" + expected->Name() + "' or of a class below it");
+  log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" +
+                                           found->Name() + "', expected one of '" + expected->Name() +
+                                           "' or of a class below it");
 }
 
 }  // namespace NKROVEL20

@@ -106,8 +106,9 @@ void TScan::BadEscape(std::uint32_t offset, std::string_view escape) {
   if (escape.size() == 2 && (escape[1] == 'x' || escape[1] == 'X')) {
     Error(offset, "found '" + std::string(escape) + "' without a digit, expected one to four hexadecimal digits");
   } else {
-    Error(offset, "found '" + std::string(escape) +
-                      R"(', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");
+    Error(offset,
+          "found '" + std::string(escape) +
+              R"(', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");
   }
 }
 
@@ -123,9 +124,11 @@ int TScan::Character(TSpan span, TSemantic& value) {
   if (!taken.good) {
     BadEscape(span.begin + 1, content.substr(0, taken.size));
   } else if (taken.size < content.size()) {
-    Error(span.begin, "found " + std::string(Text(span).substr(0, kShown)) + ", expected one character between the quotes");
+    Error(span.begin,
+          "found " + std::string(Text(span).substr(0, kShown)) + ", expected one character between the quotes");
   } else if (taken.code > 0xFFFF) {
-    Error(span.begin, "found " + std::string(Text(span)) + ", expected a character up to U+FFFF, which is what a char16 holds");
+    Error(span.begin,
+          "found " + std::string(Text(span)) + ", expected a character up to U+FFFF, which is what a char16 holds");
   } else {
     value.literal.kind = ELiteral::kChar;
   }

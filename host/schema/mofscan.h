@@ -1,4 +1,8 @@
 // The scanner's and the parser's common state over one MOF text, and what their actions do.
+//
+// The generated scanner and parser hold as little code as they can; it is here. Numbers stay text
+// until their type is known. A bad literal is reported once, here, and then stands for any value, so
+// that the statement around it is read.
 #pragma once
 
 #include <cstdint>
@@ -40,23 +44,31 @@ class TScan {
   TSpan WordBefore(std::uint32_t offset) const { return words_[1].end <= offset ? words_[1] : words_[0]; }
 
   // The scanner's actions. Those that return an int return the token.
+  /// A keyword in any case, or a name.
   int Word(TSpan span, TSemantic& value);
+  /// A number or alias.
   int Plain(TSpan span, TSemantic& value, int token);
-  // The span of a string is its opening quote's and becomes the whole string's.
+  /// The span of a string is its opening quote's and becomes the whole string's, up to the end of the
+  /// line where it is not closed. Checks the escapes.
   int String(TSpan& span, TSemantic& value);
-  // The bytes of a comment up to the end of the line.
+  /// The bytes of a comment up to the end of the line.
   std::uint32_t LineComment(TSpan span) const;
+  /// One character in single quotes; checked, and read once its value is needed.
   int Character(TSpan span, TSemantic& value);
   int OpenCharacter(TSpan span, TSemantic& value);
   int BadNumber(TSpan span, TSemantic& value);
+  /// Brackets: deeper nesting than the limit ends the reading.
   int Open(TSpan span, int token);
   int Close(int token);
   int End(TSpan& span) const;
+  /// Whether a word behind '#' is "pragma"; any other one is an error.
   bool IsPragma(TSpan span);
   void BadCharacter(TSpan span);
 
   // The parser's actions.
+  /// The N of "[N]"; a bad one is reported and gives "[]".
   TArraySuffix ArraySize(TSpan number);
+  /// Keeps the literal. The elements of an array are kept in the same way, one after the other.
   TInitializer Scalar(const TLiteral& literal);
   void AddFeature(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array, TInitializer value);
   void AddMethod(TRange qualifiers, TTypeName type, TSpan name, TRange parameters);
@@ -68,11 +80,13 @@ class TScan {
   void AddPragma(TSpan name, const TLiteral& parameter);
 
  private:
+  /// Whether the token exceeds the limit, which ends the reading.
   bool TooLong(TSpan span);
   TRange OnePiece(TSpan content, bool escaped);
   std::uint32_t Escape(std::uint32_t offset);
   void BadEscape(std::uint32_t offset, std::string_view escape);
   void Stop(std::uint32_t offset, std::string message);
+  /// Remembers a name behind "class" or "qualifier".
   void Note(TSpan name);
 
   TSchemaSource& source_;
@@ -82,7 +96,7 @@ class TScan {
   TMofFile file_;
   std::size_t depth_ = 0;
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
-  int previousWord_ = 0;  // a token that declares the next name, or 0
+  int previousWord_ = 0;               // a token that declares the next name, or 0
   bool stopped_ = false;
 };
 

@@ -5,8 +5,8 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_set>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "host/core/caseinsensitive.h"

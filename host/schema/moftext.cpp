@@ -140,9 +140,7 @@ TCharacter TakeCharacter(std::string_view content) {
 }
 
 void AppendUtf8(std::string& text, std::uint32_t code) {
-  const auto tail = [&text, code](unsigned int shift) {
-    text += static_cast<char>(0x80U | (code >> shift & 0x3FU));
-  };
+  const auto tail = [&text, code](unsigned int shift) { text += static_cast<char>(0x80U | (code >> shift & 0x3FU)); };
   if (code < 0x80) {
     text += static_cast<char>(code);
   } else if (code < 0x800) {

@@ -209,7 +209,8 @@ bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, T
   } else {
     return Mismatch(unit, literal.span, WithArticle(name));
   }
-  if (!inRange || (type == TType::kReal32 && std::abs(real) >= kReal32End)) return Mismatch(unit, literal.span, "a number in the range of " + name);
+  if (!inRange || (type == TType::kReal32 && std::abs(real) >= kReal32End))
+    return Mismatch(unit, literal.span, "a number in the range of " + name);
   value = TCIMValue::FromReal(type, real);
   return true;
 }

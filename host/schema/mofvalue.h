@@ -1,4 +1,8 @@
 // Literals as values of a declared type.
+//
+// Integers are checked against the type's range. Null fits every type, and an integer a real type;
+// otherwise a literal is of the slot's kind or an error. A literal that the scanner has reported is
+// not reported again.
 #pragma once
 
 #include <cstdint>
@@ -49,6 +53,7 @@ class TValueReader {
   bool Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
   bool Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
   bool DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue& value);
+  /// "found ..., expected ..."; false.
   bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const std::string& expected);
 
   TSchemaLog& log_;

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 #include "mofparser.hpp"
 
 namespace NKROVEL20::Mof {
@@ -91,11 +91,11 @@ int TokenOf(std::string_view word, TSemantic& value) {
 }
 
 std::string HintOfType(std::string_view word) {
-  TNearestName nearest(word);
+  TNameHint hint(word);
   for (const TKeyword& keyword : kKeywords) {
-    if (keyword.token == TToken::DATATYPE) nearest.Offer(keyword.word);
+    if (keyword.token == TToken::DATATYPE) hint.Offer(keyword.word);
   }
-  return nearest.Hint();
+  return hint.Text();
 }
 
 }  // namespace NKROVEL20::Mof

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "host/schema/mofscan.h"
-#include "host/schema/nearestname.h"
+#include "host/schema/namehint.h"
 
 namespace NKROVEL20 {
 
@@ -17,10 +17,10 @@ struct TScopeName {
   const char* name;
 };
 constexpr std::array kScopeNames = {
-    TScopeName{Mof::kScopeClass, "class"},         TScopeName{Mof::kScopeAssociation, "association"},
+    TScopeName{Mof::kScopeClass, "class"},           TScopeName{Mof::kScopeAssociation, "association"},
     TScopeName{Mof::kScopeIndication, "indication"}, TScopeName{Mof::kScopeProperty, "property"},
-    TScopeName{Mof::kScopeReference, "reference"}, TScopeName{Mof::kScopeMethod, "method"},
-    TScopeName{Mof::kScopeParameter, "parameter"}, TScopeName{Mof::kScopeQualifier, "qualifier"},
+    TScopeName{Mof::kScopeReference, "reference"},   TScopeName{Mof::kScopeMethod, "method"},
+    TScopeName{Mof::kScopeParameter, "parameter"},   TScopeName{Mof::kScopeQualifier, "qualifier"},
     TScopeName{Mof::kScopeSchema, "schema"},
 };
 
@@ -43,17 +43,15 @@ TQualifierFlavor FlavorOf(std::uint32_t flavors, TQualifierFlavor otherwise) {
   return flavor;
 }
 
-std::string Shown(const TCIMValue& value) {
-  return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10));
-}
+std::string Shown(const TCIMValue& value) { return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10)); }
 
 }  // namespace
 
 bool TQualifierTable::FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors) {
   const auto both = [&](std::uint32_t pair, const char* text) {
     if ((flavors & pair) != pair) return false;
-    log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " has the flavors " + text +
-                                     ", expected at most one of the two");
+    log_.Error(unit.Place(name),
+               "the qualifier " + unit.Quoted(name) + " has the flavors " + text + ", expected at most one of the two");
     return true;
   };
   const bool override = both(Mof::kEnableOverride | Mof::kDisableOverride, "EnableOverride and DisableOverride");
@@ -80,11 +78,11 @@ const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TS
   const auto found = declared_.find(text);
   if (found != declared_.end()) return &found->second;
   if (mentioned_.count(text) != 0) return nullptr;
-  TNearestName nearest(text);
+  TNameHint hint(text);
   if (log_.Shows()) {
-    for (const std::string_view candidate : names_) nearest.Offer(candidate);
+    for (const std::string_view candidate : names_) hint.Offer(candidate);
   }
-  log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + nearest.Hint());
+  log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + hint.Text());
   return nullptr;
 }
 

@@ -43,13 +43,16 @@ class TQualifierTable {
                                             const TQualifiedElement& element);
 
  private:
+  /// Null, and reported, where the name is not declared.
   const TDeclaredQualifier* Find(const TSchemaUnit& unit, Mof::TSpan name);
   bool HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
                 std::uint32_t scope);
-  bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
-                 bool keep, TCIMValue& value);
+  bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared, bool keep,
+                 TCIMValue& value);
+  /// Whether the value is that of an inherited qualifier that must not be overridden.
   bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TQualifierDefinition& definition,
                    const TQualifierSet* inherited);
+  /// Whether no two flavors exclude each other.
   bool FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors);
 
   const TSchemaLimits& limits_;

@@ -9,18 +9,19 @@ namespace NKROVEL20 {
 /// The defaults are several times what the complete public CIM schema needs (about 1,600 classes,
 /// 10 MB), and keep the time and memory that a hostile schema can take in bounds.
 struct TSchemaLimits {
-  std::size_t fileSize = 32U << 20U;        ///< bytes of one file
-  std::size_t totalSize = 128U << 20U;      ///< bytes of all files
-  std::size_t files = 8192;                 ///< files read, included ones too
-  std::size_t includeDepth = 16;            ///< files that include each other
-  std::size_t tokenSize = 1U << 20U;        ///< bytes of a literal or name
-  std::size_t nesting = 32;                 ///< brackets within brackets
+  std::size_t fileSize = 16U << 20U;   ///< bytes of one file
+  std::size_t totalSize = 32U << 20U;  ///< bytes of all files
+  std::size_t files = 8192;            ///< files read, included ones too
+  std::size_t includeDepth = 16;       ///< files that include each other
+  std::size_t tokenSize = 1U << 20U;   ///< bytes of a literal or name
+  std::size_t nesting = 32;            ///< brackets within brackets
   std::size_t classes = 20000;
-  std::size_t inheritanceDepth = 64;        ///< classes from the root class down
-  std::size_t qualifiersPerElement = 64;    ///< own ones of a class, property, method or parameter
-  std::size_t propertiesPerClass = 4096;    ///< inherited ones too
-  std::size_t modelEntries = 4U << 20U;     ///< properties and qualifiers of all classes as each class sees them
-  std::size_t diagnostics = 100;            ///< errors shown, and as many warnings; the others are counted
+  std::size_t inheritanceDepth = 64;       ///< classes from the root class down
+  std::size_t qualifiersPerElement = 64;   ///< own ones of a class, property, method or parameter
+  std::size_t propertiesPerClass = 4096;   ///< inherited ones too
+  std::size_t modelEntries = 4U << 20U;    ///< properties and qualifiers of all classes as each class sees them
+  std::size_t instanceValues = 4U << 20U;  ///< properties of all instances, set or not
+  std::size_t diagnostics = 100;           ///< errors shown, and as many warnings; the others are counted
 };
 
 }  // namespace NKROVEL20

@@ -57,7 +57,6 @@ class TLoader {
  private:
   /// Who includes a file.
   struct TIncluder {
-    const TSchemaUnit& unit;
     TSchemaPlace place;
     std::size_t depth;
   };
@@ -115,8 +114,9 @@ std::string TLoader::ReadText(const std::string& path, const TIncluder* includer
     } else if (limit == limits_.fileSize) {
       Refuse(path, includer, "the file " + path + " is larger than " + std::to_string(limit) + " bytes");
     } else {
-      Refuse(path, includer, "with the file " + path + " the schema is larger than " +
-                                 std::to_string(limits_.totalSize) + " bytes in all");
+      Refuse(path, includer,
+             "with the file " + path + " the schema is larger than " + std::to_string(limits_.totalSize) +
+                 " bytes in all");
     }
   }
   return {};
@@ -185,13 +185,14 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
     if (namespacePath_.empty()) namespacePath_ = path;
     if (!EqualNames(namespacePath_, path)) {
       log_.Warning(unit.Place(pragma.parameter.span), "found a second namespace: the classes of \"" + path +
-                                                          "\" are read into one with those of \"" + namespacePath_ + "\"");
+                                                          "\" are read into one with those of \"" + namespacePath_ +
+                                                          "\"");
     }
   }
 }
 
 void TLoader::Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth) {
-  const TIncluder includer{unit, unit.Place(pragma.parameter.span), depth + 1};
+  const TIncluder includer{unit.Place(pragma.parameter.span), depth + 1};
   if (depth >= limits_.includeDepth) {
     log_.Error(includer.place, "files include each other more than " + std::to_string(limits_.includeDepth) + " deep");
     return;

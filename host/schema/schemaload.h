@@ -1,4 +1,7 @@
 // The first half of reading a schema: files, folders and includes, each text parsed.
+//
+// Texts, and what the grammar made of them, stay where they are until the schema is done with: spans
+// and views point into them.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -20,6 +23,7 @@ struct TSchemaUnit {
   const Mof::TMofFile* file;
 
   std::string_view Text(Mof::TSpan span) const { return source->Text(span); }
+  /// See Mof::Quoted.
   std::string Quoted(Mof::TSpan span) const;
   TSchemaPlace Place(Mof::TSpan span) const { return {number, span.begin}; }
   TSourceLocation Locate(Mof::TSpan span) const { return source->Locate(span.begin); }

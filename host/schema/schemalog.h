@@ -1,4 +1,7 @@
 // What is wrong with a schema, collected over all of its texts.
+//
+// While a schema is read, a place is a byte offset. Lines and columns are worked out for the places
+// that are shown or kept, and only then.
 #pragma once
 
 #include <cstddef>
@@ -55,8 +58,13 @@ class TSchemaLog {
   /// At most `limit` errors and as many warnings are kept; the others are counted.
   explicit TSchemaLog(std::size_t limit) : errors_{limit, 0, {}}, warnings_{limit, 0, {}} {}
 
-  void Error(TSchemaPlace place, std::string message) { errors_.Add(place, EDiagnosticSeverity::kError, std::move(message)); }
-  void Warning(TSchemaPlace place, std::string message) { warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message)); }
+  void Error(TSchemaPlace place, std::string message) {
+    errors_.Add(place, EDiagnosticSeverity::kError, std::move(message));
+  }
+  void Warning(TSchemaPlace place, std::string message) {
+    warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message));
+  }
+  /// All of them, kept or not.
   std::size_t Errors() const { return errors_.count; }
   std::size_t Warnings() const { return warnings_.count; }
   /// Whether another error would be shown: a message that costs time to make is not made otherwise.

@@ -32,7 +32,7 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   result.sources = schema.sources;
   TClassBuilder classes(schema, qualifiers, limits, log);
   classes.Build(*result.cimNamespace);
-  TInstanceBuilder instances(schema, classes, qualifiers, log);
+  TInstanceBuilder instances(schema, classes, qualifiers, limits, log);
   result.instances = instances.Build(*result.cimNamespace);
   result.errors = log.Errors();
   result.warnings = log.Warnings();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/serviceprocessor/commandframe.h"
 #include "host/serviceprocessor/simulatedserver.h"
 
 namespace NKROVEL20 {
@@ -47,7 +48,8 @@ bool TFaultInjector::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length,
   if (!stop.WaitFor(fault->delay) || fault->lost) return false;
   if (fault->completionCode) {
     const std::uint8_t networkFunction = buffer[TIPMICommandBuffer::kNetworkFunction];
-    length = WriteAnswer({*fault->completionCode, DataOfBareAnswer(networkFunction, SentData(buffer))}, buffer);
+    const auto data = DataOfBareAnswer(networkFunction, CommandFrame::RequestData(buffer));
+    CommandFrame::StoreResponse(buffer, length, *fault->completionCode, data);
     return true;
   }
   if (!inner_.SendIpmi(node, buffer, length, stop)) return false;

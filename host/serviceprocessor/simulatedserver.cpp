@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/serviceprocessor/commandframe.h"
 #include "nkrovel20/registerblockcommand.h"
 #include "nkrovel20/storageareacommands.h"
 
@@ -151,7 +152,7 @@ TIpmiAnswer AnswerRegisters(const TSimulatedNode& node, bool pattern, std::uint8
 // fewer bytes than the name's field has.
 TRequest DataWithWholeName(const TIPMICommandBuffer& request) {
   constexpr auto kStart = TIPMICommandBuffer::kData;
-  std::size_t size = SentData(request).size();
+  std::size_t size = CommandFrame::RequestData(request).size();
   const EExchangeKind kind = KindOfRequest(request);
   const std::size_t name = kind == EExchangeKind::kOpen   ? StorageAreaCommands::kOpenName
                            : kind == EExchangeKind::kSize ? StorageAreaCommands::kQueryName
@@ -190,26 +191,12 @@ std::vector<std::uint8_t> DataOfBareAnswer(std::uint8_t networkFunction, TReques
   return {StorageAreaCommands::kManufacturerId.begin(), StorageAreaCommands::kManufacturerId.end()};
 }
 
-std::span<const std::uint8_t> SentData(const TIPMICommandBuffer& request) {
-  return {request.Data() + TIPMICommandBuffer::kData,
-          std::min<std::size_t>(request.DataLength(), TIPMICommandBuffer::kMaxData)};
-}
-
-int WriteAnswer(const TIpmiAnswer& answer, TIPMICommandBuffer& buffer) {
-  const std::size_t size = std::min(answer.data.size(), TIPMICommandBuffer::kMaxData);
-  unsigned char* const data = buffer.Data() + TIPMICommandBuffer::kData;
-  buffer[TIPMICommandBuffer::kCompletionCode] = answer.completionCode;
-  buffer[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(size);
-  std::fill_n(std::copy_n(answer.data.begin(), size, data), TIPMICommandBuffer::kMaxData - size, std::uint8_t{0});
-  return static_cast<int>(TIPMICommandBuffer::kData + size);
-}
-
 bool TSimulatedServer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
   if (stop.IsStopped()) return false;
   const auto answer = AnswerIpmi(server_, node, buffer[TIPMICommandBuffer::kNetworkFunction],
                                  buffer[TIPMICommandBuffer::kCommand], DataWithWholeName(buffer));
   if (!answer) return false;
-  length = WriteAnswer(*answer, buffer);
+  CommandFrame::StoreResponse(buffer, length, answer->completionCode, answer->data);
   return true;
 }
 

@@ -38,13 +38,6 @@ NKROVEL20_API std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, i
 NKROVEL20_API std::vector<std::uint8_t> DataOfBareAnswer(std::uint8_t networkFunction,
                                                          std::span<const std::uint8_t> requestData);
 
-/// The request's data as it is sent: byte 5 says how many bytes, which never reach behind the buffer.
-NKROVEL20_API std::span<const std::uint8_t> SentData(const TIPMICommandBuffer& request);
-
-/// Writes an answer over its request: completion code, data length, data and zeros. The data are cut
-/// to what the buffer holds. Returns the length to hand back.
-NKROVEL20_API int WriteAnswer(const TIpmiAnswer& answer, TIPMICommandBuffer& buffer);
-
 class NKROVEL20_API TSimulatedServer : public IServiceProcessor {
  public:
   explicit TSimulatedServer(TServerFile server) : server_(std::move(server)) {}

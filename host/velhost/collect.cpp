@@ -183,6 +183,7 @@ class TCollection {
     TCollectionRun run({PluginPath(), environment_->MachineType(), options_.singleRequest, writeAtCommit}, namespace_,
                        writer, ledger, stop_);
     if (progress) run.SetRequestObserver(*progress);
+    run.SetLossQuery([this] { return connection_->WasLost(); });
     if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
     TCollectionSummary summary = run.Run(classes_);
     finish_ = [trace, recording] {

@@ -109,6 +109,8 @@ void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
   summary_.failedExchanges = ledger_.Failed();
   if (stop_.IsStopped()) {
     summary_.partialReason = StopReason();
+  } else if (wasLost_ && wasLost_()) {
+    summary_.partialReason = "the service processor was lost";
   } else if (!summary_.failures.empty()) {
     summary_.partialReason = "a request failed";
   }

@@ -4,6 +4,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,6 +38,8 @@ class TCollectionRun {
   TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, IInstanceWriter& writer,
                  TExchangeLedger& ledger, const TStopSignal& stop);
   void SetRequestObserver(IRequestObserver& observer) { observer_ = &observer; }
+  /// Asked at the end: whether the service processor was lost during the run.
+  void SetLossQuery(std::function<bool()> wasLost) { wasLost_ = std::move(wasLost); }
   /// Called with each instance at its commit, before it is written.
   void SetInstanceCallback(TNamespace::TCommitCallback callback) { onInstance_ = std::move(callback); }
 
@@ -62,6 +65,7 @@ class TCollectionRun {
   const TStopSignal& stop_;
   IRequestObserver* observer_ = nullptr;
   TNamespace::TCommitCallback onInstance_;
+  std::function<bool()> wasLost_;
   std::vector<boost::shared_ptr<const TInstance>> pending_;
   TCollectionSummary summary_;
 };

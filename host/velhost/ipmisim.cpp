@@ -145,6 +145,7 @@ void TIpmiSim::Start(const TIpmiSimSettings& settings) {
   std::vector<std::string> words = {settings.program,     "-c", folder + "/lan.conf", "-f",
                                     folder + "/commands", "-s", folder + "/state",    "-n"};
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   const std::string log = folder + "/log";

@@ -94,9 +94,13 @@ class TLanConnection : public IServerConnection {
   TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs, const TInstallation& installation,
                  const TStopSignal& stop)
       : serviceProcessor_(OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()},
-                                  [](const std::string& notice) { std::cerr << "velhost: " << notice << "\n"; })) {}
+                                  [this](const std::string& notice) {
+                                    lost_ = true;
+                                    std::cerr << "velhost: " << notice << "\n";
+                                  })) {}
   IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
   IHostEnvironment& Environment() override { return environment_; }
+  bool WasLost() const override { return lost_; }
 
  private:
   static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs) {
@@ -112,6 +116,7 @@ class TLanConnection : public IServerConnection {
     return nodes;
   }
 
+  bool lost_ = false;
   std::unique_ptr<IServiceProcessor> serviceProcessor_;
   TSystemEnvironment environment_;
 };

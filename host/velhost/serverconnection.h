@@ -18,6 +18,8 @@ class IServerConnection {
   virtual IServiceProcessor& ServiceProcessor() = 0;
   /// The server's own machine type and clock.
   virtual IHostEnvironment& Environment() = 0;
+  /// Whether a node was given up during the run: what was collected is then only a part.
+  virtual bool WasLost() const { return false; }
   /// Called after the collection: reports what is wrong with the connection itself by throwing
   /// THostError, once everything collected has been printed.
   virtual void CheckAfterwards() {}

@@ -35,13 +35,13 @@ constexpr milliseconds kStartingTime{10'000};
 constexpr milliseconds kStartingStep{50};
 
 /// The signals that end the command, as something to poll. They are blocked meanwhile, so that none
-/// cuts the clearing up short.
+/// cuts the clearing up short; also that of a closed pipe behind the printed lines.
 class TEndingSignals {
  public:
   TEndingSignals() {
     sigset_t ending;
     sigemptyset(&ending);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ending, signal);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) sigaddset(&ending, signal);
     sigprocmask(SIG_BLOCK, &ending, &before_);
     descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC);
     if (descriptor_ < 0) {
@@ -71,7 +71,7 @@ std::string FindProgram() {
   const char* const path = std::getenv("PATH");
   std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
   for (std::string folder; std::getline(folders, folder, ':');) {
-    const std::string file = (folder.empty() ? "." : folder) + "/" + kProgram;
+    std::string file = (folder.empty() ? "." : folder) + "/" + kProgram;
     if (access(file.c_str(), X_OK) == 0) return file;
   }
   throw THostError(EExitStatus::kUnavailable,
@@ -79,7 +79,7 @@ std::string FindProgram() {
 }
 
 std::string FindModule(const TInstallation& installation) {
-  const std::string file = installation.ModuleFolder() + kModuleFile;
+  std::string file = installation.ModuleFolder() + kModuleFile;
   if (access(file.c_str(), R_OK) == 0) return file;
   throw THostError(EExitStatus::kUnavailable, "the module for ipmi_sim is not installed: " + file);
 }

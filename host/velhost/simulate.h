@@ -11,7 +11,7 @@ namespace NKROVEL20 {
 inline constexpr const char* kSimulatedUser = "ipmiusr";
 inline constexpr const char* kSimulatedPassword = "test";
 
-/// Serves until SIGINT, SIGTERM or SIGHUP, then returns kComplete and leaves neither a process nor a
+/// Serves until SIGINT, SIGTERM, SIGHUP or SIGPIPE, then returns kComplete and leaves neither a process nor a
 /// file behind. Prints the lines to connect with on standard output once it answers. Listens on
 /// 127.0.0.1 only. Throws THostError: kBadData for a server file that is wrong or that ipmi_sim
 /// cannot serve, kUsage for a node that is not in it, kUnavailable where ipmi_sim or the module is

@@ -1,8 +1,12 @@
 #include "host/velhost/verbs.h"
 
+#include <unistd.h>
+
 #include <iostream>
 
+#include "host/output/outputfile.h"
 #include "host/pluginmanager/pluginloader.h"
+#include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
 #include "host/velhost/collect.h"
 #include "host/velhost/schemaloading.h"
@@ -44,6 +48,21 @@ EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& insta
   return EExitStatus::kComplete;
 }
 
+EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
+  const auto& mofs = commandLine.check.mofs;
+  TFileReader reader;
+  const TSchemaFindings findings =
+      CheckSchema(mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs, reader);
+  TDescriptorSink sink(STDOUT_FILENO, "standard output");
+  if (commandLine.check.json) {
+    WriteFindingsAsJson(findings, sink);
+  } else {
+    WriteFindingsAsText(findings, sink);
+  }
+  sink.Flush();
+  return StatusOf(findings);
+}
+
 }  // namespace
 
 EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& installation) {
@@ -52,7 +71,7 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
     case EVerb::kClasses: return ListClasses(commandLine.common, installation);
     case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
     case EVerb::kSimulate: return SimulateCommand(commandLine.simulate, installation);
-    default: break;
+    case EVerb::kCheck: return CheckSchemaFiles(commandLine, installation);
 
 
   }

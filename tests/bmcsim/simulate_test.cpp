@@ -111,7 +111,7 @@ TEST_F(Simulate, AnswersFreeIpmi) {
 
 TEST_F(Simulate, SignalsEndItAndNothingIsLeft) {
   SKIP_WITHOUT_IPMI_SIM();
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     TRunningSimulator simulator(kServer);
     EXPECT_FALSE(IsFree(simulator.Port()));
     EXPECT_FALSE(simulator.LeftNoFiles());

@@ -36,7 +36,16 @@ trap finish EXIT
 # The kernel is only unpacked, not installed, and kept for the next run.
 kernel=$build/kernel
 if ! ls "$kernel"/boot/vmlinuz-* >/dev/null 2>&1; then
-  package=$(apt-cache depends linux-image-amd64 | awk '$1 == "Depends:" && $2 ~ /^linux-image-[0-9]/ { print $2; exit }')
+  find_package() {
+    apt-cache depends linux-image-amd64 2>/dev/null | awk '$1 == "Depends:" && $2 ~ /^linux-image-[0-9]/ { print $2; exit }'
+  }
+  package=$(find_package)
+  if [ -z "$package" ]; then
+    sudo=
+    if [ "$(id -u)" -ne 0 ]; then sudo=sudo; fi
+    $sudo apt-get update -qq
+    package=$(find_package)
+  fi
   [ -n "$package" ] || { echo "apt-cache knows no package linux-image-amd64; run apt-get update" >&2; exit 1; }
   mkdir -p "$work/package" "$kernel"
   (cd "$work/package" && apt-get download -qq "$package" 2>/dev/null)

@@ -161,7 +161,7 @@ TEST_F(LanLink, PassesRequestAndAnswer) {
 
 TEST_F(LanLink, LostAnswerStaysLostAndTheNextRequestHasANewSession) {
   Opened();
-  module_.Answer({0x00}).Lose().Open().Answer({0x00});
+  module_.Answer({0x00}).Lose().Open().Open().Answer({0x00});
   EXPECT_TRUE(Exchange().answered);
   const TLanExchange lost = Exchange();
   EXPECT_FALSE(lost.answered);
@@ -169,12 +169,12 @@ TEST_F(LanLink, LostAnswerStaysLostAndTheNextRequestHasANewSession) {
   EXPECT_TRUE(Exchange().answered);
   ASSERT_EQ(module_.sent.size(), 3U);
   EXPECT_EQ(module_.sent[1].session, 2);
-  EXPECT_EQ(module_.sent[2].session, 3);
+  EXPECT_EQ(module_.sent[2].session, 4);
 }
 
 TEST_F(LanLink, SecondLossInARowGivesTheNodeUp) {
   Opened();
-  module_.Answer({0x00}).Lose().Open().Lose();
+  module_.Answer({0x00}).Lose().Open().Open().Lose();
   EXPECT_TRUE(Exchange().answered);
   EXPECT_FALSE(Exchange().answered);
   EXPECT_EQ(
@@ -186,15 +186,22 @@ TEST_F(LanLink, SecondLossInARowGivesTheNodeUp) {
   EXPECT_EQ(module_.sent.size(), 3U);
 }
 
+TEST_F(LanLink, FirstRequestMayBeLostToo) {
+  Opened();
+  module_.Lose().Open().Open().Answer({0x00});
+  EXPECT_EQ(Exchange().notice, "");
+  EXPECT_TRUE(Exchange().answered);
+}
+
 TEST_F(LanLink, LossesThatAnAnswerPartsAreNotInARow) {
   Opened();
-  module_.Answer({0x00}).Lose().Open().Answer({0x00}).Lose().Open().Answer({0x00});
+  module_.Answer({0x00}).Lose().Open().Open().Answer({0x00}).Lose().Open().Open().Answer({0x00});
   for (const bool answered : {true, false, true, false, true}) EXPECT_EQ(Exchange().answered, answered);
 }
 
 TEST_F(LanLink, FailedReopeningGivesTheNodeUp) {
   Opened();
-  module_.Answer({0x00}).Lose().Open(VEL_LAN_NO_ANSWER).Open(VEL_LAN_NO_ANSWER);
+  module_.Answer({0x00}).Lose().Open(VEL_LAN_NO_ANSWER);
   Exchange();
   Exchange();
   EXPECT_EQ(Exchange().notice,
@@ -206,14 +213,14 @@ TEST_F(LanLink, FailedReopeningGivesTheNodeUp) {
 
 TEST_F(LanLink, SilentSessionIsOpenedAnewBeforeTheRequest) {
   Opened();
-  module_.Answer({0x00}).Answer({0x00}).Open().Answer({0x00});
+  module_.Answer({0x00}).Answer({0x00}).Open().Open().Answer({0x00});
   EXPECT_TRUE(Exchange().answered);
   Wait(milliseconds(4999));
   EXPECT_TRUE(Exchange().answered);
   EXPECT_EQ(module_.opened.size(), 2U);
   Wait(milliseconds(5000));
   EXPECT_TRUE(Exchange().answered);
-  EXPECT_EQ(module_.opened.size(), 3U);
+  EXPECT_EQ(module_.opened.size(), 4U);
 }
 
 }  // namespace

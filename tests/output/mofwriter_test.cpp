@@ -96,7 +96,7 @@ TEST_F(TMofWriterTest, EscapesControlCharactersOfTheSecondSet) {
 TEST_F(TMofWriterTest, SplitsALongStringBetweenItsCharacters) {
   // 96 bytes to a literal: the first euro sign (three bytes) starts at byte 95 and stays whole.
   const std::string text = std::string(95, 'x') + "\u20ac\u20acend";
-  EXPECT_EQ(Mof(TType::kString, TCIMValue(text)), "\n    \"" + std::string(95, 'x') + "\u20ac\"\n    \"\u20acend\"");
+  EXPECT_EQ(Mof(TType::kString, TCIMValue(text)), "\"" + std::string(95, 'x') + "\u20ac\"\n    \"\u20acend\"");
   EXPECT_EQ(Mof(TType::kString, TCIMValue(std::string(96, 'x'))), '"' + std::string(96, 'x') + '"');
 }
 

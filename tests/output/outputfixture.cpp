@@ -14,6 +14,7 @@ TPropertyDefinition Property(const std::string& name, TType type, bool isArray) 
 
 TCIMValue Bytes(const std::vector<int>& bytes) {
   std::vector<TCIMValue> elements;
+  elements.reserve(bytes.size());
   for (const int byte : bytes) elements.emplace_back(static_cast<unsigned char>(byte));
   return Array(TType::kUint8, elements);
 }

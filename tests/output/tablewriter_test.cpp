@@ -1,5 +1,6 @@
 #include <string>
 
+#include "host/output/utf8.h"
 #include "tests/output/outputfixture.h"
 
 namespace NKROVEL20::OutputTest {
@@ -111,7 +112,9 @@ TEST_F(TTableWriterTest, ShowsAwkwardValuesWithoutDisturbingTheTerminal) {
 }
 
 TEST_F(TTableWriterTest, EscapesWhatTurnsTheDirectionOfWriting) {
-  EXPECT_EQ(Block(One(TType::kString, TCIMValue("a\u202eb\u0085c"))), "KROSG_One\n  P  a\\u202eb\\x85c\n\n");
+  std::string text = "a";
+  AppendUtf8(text, 0x202E);
+  EXPECT_EQ(Block(One(TType::kString, TCIMValue(text + "b\u0085c"))), "KROSG_One\n  P  a\\u202eb\\x85c\n\n");
 }
 
 TEST_F(TTableWriterTest, WrapsLongTextAtBlanksUnderItsColumn) {

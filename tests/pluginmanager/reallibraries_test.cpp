@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -18,8 +19,6 @@ namespace NKROVEL20 {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string TestPlugin(const std::string& name) { return TEST_PLUGIN_FOLDER + name + ".so"; }
 
 bool IsMapped(const std::string& path) {
   const std::string file = fs::canonical(path).string();
@@ -50,6 +49,13 @@ class RealLibraries : public testing::Test {
     // A plugin that stays mapped speaks when the process ends: not to this logger.
     THostServices::SetCoreLogger(nullptr);
     fs::remove_all(folder_);
+  }
+
+  // A copy of its own, because in sanitizer builds a library stays mapped from one test to the next.
+  std::string TestPlugin(const std::string& name) const {
+    const std::string copy = folder_ + "/" + name + ".so";
+    fs::copy_file(TEST_PLUGIN_FOLDER + name + ".so", copy, fs::copy_options::skip_existing);
+    return copy;
   }
 
   void ExpectUnusable(const std::string& path, const std::string& reason) {
@@ -128,11 +134,13 @@ TEST_F(RealLibraries, ALibraryThatIsLoadedAlreadyDoesNotRegisterAgain) {
 }
 
 TEST_F(RealLibraries, TheCollectorLoadsAndGoes) {
-  auto plugin = loader_.Load(COLLECTOR_PLUGIN);
+  const std::string path = folder_ + "/collector.so";
+  fs::copy_file(COLLECTOR_PLUGIN, path);
+  auto plugin = loader_.Load(path);
   EXPECT_EQ(plugin->Callbacks().GetName(), "Engineering Information Collector");
   EXPECT_NE(plugin->Query(), nullptr);
   plugin.reset();
-  EXPECT_EQ(IsMapped(COLLECTOR_PLUGIN), !kUnmaps);
+  EXPECT_EQ(IsMapped(path), !kUnmaps);
 }
 
 TEST_F(RealLibraries, ALibraryThatNeverRegistersIsRefusedAndUnloaded) {
@@ -158,8 +166,8 @@ TEST_F(RealLibraries, ARegistrationAfterLoadingIsRefused) {
 }
 
 TEST_F(RealLibraries, AMissingFileIsNamed) {
-  ExpectHostError(EExitStatus::kNoInput, "cannot open plugin " + TestPlugin("none") + ": No such file or directory",
-                  [this] { loader_.Load(TestPlugin("none")); });
+  ExpectHostError(EExitStatus::kNoInput, "cannot open plugin " + folder_ + "/none.so: No such file or directory",
+                  [this] { loader_.Load(folder_ + "/none.so"); });
 }
 
 TEST_F(RealLibraries, AFileThatIsNoLibraryIsRefused) {
@@ -181,12 +189,29 @@ TEST_F(RealLibraries, AFolderIsNoLibrary) {
                   [this] { loader_.Load(folder_); });
 }
 
+// Root may read everything, so that this runs as another user in a process of its own.
+TEST_F(RealLibraries, AFileWithoutPermissionIsSaidToBeSo) {
+  const std::string path = TestPlugin("good");
+  ASSERT_EQ(chmod(path.c_str(), 0), 0);
+  ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+    ExpectHostError(EExitStatus::kNoPermission, "cannot open plugin " + path + ": Permission denied",
+                    [&] { loader_.Load(path); });
+    _exit(HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
 // A bare name would else be looked for in the system's library folders alone.
 TEST_F(RealLibraries, ABareNameIsAFileOfTheCurrentFolder) {
-  fs::copy_file(TestPlugin("good"), folder_ + "/bare.so");
+  TestPlugin("good");
   const fs::path before = fs::current_path();
   fs::current_path(folder_);
-  EXPECT_EQ(loader_.Load("bare.so")->Callbacks().GetName(), "good");
+  EXPECT_EQ(loader_.Load("good.so")->Callbacks().GetName(), "good");
   fs::current_path(before);
 }
 

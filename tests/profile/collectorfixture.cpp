@@ -2,12 +2,23 @@
 
 #include <algorithm>
 
+#include "host/pluginmanager/pluginloader.h"
 #include "host/serviceprocessor/commandframe.h"
-#include "nkrovel20/registercommands.h"
-#include "nkrovel20/storageareacommands.h"
 #include "tests/core/schemabuilder.h"
 
 namespace NKROVEL20 {
+
+namespace {
+
+// Loaded once and kept: in sanitizer builds a library stays mapped and would not register again.
+TLoadedPlugin& Collector() {
+  static auto* const libraries = new TDynamicLibraryLoader();
+  static auto* const loader = new TPluginLoader(*libraries);
+  static auto* const plugin = loader->Load(COLLECTOR_PLUGIN).release();
+  return *plugin;
+}
+
+}  // namespace
 
 TRememberingProcessor::TRememberingProcessor() : block{} {
   const std::array<std::uint8_t, 7> header = {0x00, 0x18, 0x0C, 0x1F, 0x17, 0x3B, 0x3A};
@@ -33,9 +44,15 @@ bool TRememberingProcessor::SendIpmi(int, TIPMICommandBuffer& buffer, int& lengt
     CommandFrame::StoreResponse(buffer, length, 0x00, kTimestamp);
     return true;
   }
-  if (buffer[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(buffer.Data() + 21));
-  CommandFrame::StoreResponse(buffer, length, 0xCB, StorageAreaCommands::kManufacturerId);
+  AnswerStorageArea(buffer, length);
   return true;
+}
+
+void TRememberingProcessor::AnswerStorageArea(TIPMICommandBuffer& buffer, int& length) {
+  // The manufacturer id, and a handle, a size of zero, or a count of zero.
+  static constexpr std::array<std::uint8_t, 7> kEmpty = {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00};
+  if (buffer[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(buffer.Data() + 21));
+  CommandFrame::StoreResponse(buffer, length, hasStorageAreas ? 0x00 : 0xCB, kEmpty);
 }
 
 bool TRememberingProcessor::SendDot(int serviceProcessor, const dotCmd&, std::span<std::uint8_t> response, int& length,
@@ -49,13 +66,11 @@ bool TRememberingProcessor::SendDot(int serviceProcessor, const dotCmd&, std::sp
 TCollectorTest::TCollectorTest() {
   THostServices::SetEnvironment(this);
   TServiceProcessorHub::Install(&processor_, nullptr);
-  plugin_ = loader_.Load(COLLECTOR_PLUGIN);
-  plugin_->Callbacks().Init();
+  Collector().Callbacks().Init();
 }
 
 TCollectorTest::~TCollectorTest() {
-  plugin_->Callbacks().DeInit();
-  plugin_.reset();
+  Collector().Callbacks().DeInit();
   TServiceProcessorHub::Install(nullptr, nullptr);
   THostServices::SetEnvironment(nullptr);
 }
@@ -74,7 +89,7 @@ void TCollectorTest::Collect(const boost::shared_ptr<TNamespace>& schema, const 
   machineType_ = machineType;
   schema->SetMachineType(machineType);
   std::vector<boost::shared_ptr<ICIMClass>> classes = {requested};
-  plugin_->Query()->GetData(schema, classes);
+  Collector().Query()->GetData(schema, classes);
 }
 
 void AddRoot(TNamespace& schema) {

@@ -5,13 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/core/cimnamespace.h"
 #include "host/core/hostservices.h"
-#include "host/pluginmanager/pluginloader.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
 
 namespace NKROVEL20 {
@@ -23,7 +21,7 @@ struct TRegisterRead {
 };
 
 /// One BMC node and two service processors with dot commands. Every register holds the bytes 01 to
-/// 08, the capture time is known, no storage area exists, and the register block is the test's.
+/// 08, the capture time is known, and the register block is the test's.
 class TRememberingProcessor : public IServiceProcessor {
  public:
   TRememberingProcessor();
@@ -32,6 +30,8 @@ class TRememberingProcessor : public IServiceProcessor {
   std::vector<int> blockReads;           ///< service processors
   std::vector<std::string> openedAreas;  ///< names
   std::array<std::uint8_t, 4096> block;  ///< a valid header first, zeros behind it
+
+  bool hasStorageAreas = false;  ///< whether every area exists, each without a byte
 
   void Forget();
 
@@ -45,6 +45,9 @@ class TRememberingProcessor : public IServiceProcessor {
                const TStopSignal& stop) override;
 
   static constexpr int kServiceProcessors = 2;
+
+ private:
+  void AnswerStorageArea(TIPMICommandBuffer& buffer, int& length);
 };
 
 /// The collector in a process with a schema of the test's.
@@ -67,9 +70,6 @@ class TCollectorTest : public testing::Test, private IHostEnvironment {
   TCIMDateTime LocalTime() override { return TCIMDateTime(2026, 1, 31, 12, 34, 56, 0, 60); }
 
   std::string machineType_;
-  TDynamicLibraryLoader libraries_;
-  TPluginLoader loader_{libraries_};
-  std::unique_ptr<TLoadedPlugin> plugin_;
 };
 
 /// The root of every schema here: CIM_StatisticalData with the four identification properties.

@@ -163,6 +163,20 @@ TEST_F(RegisterLayout, TheLastRecordEndsBeforeTheProfilesBlockDoes) {
   EXPECT_EQ(lastByte(254), '0') << "past the block the collector reads its fill";
 }
 
+// The class declares what the profile lists and no more: anything else would be refused.
+TEST_F(RegisterLayout, ACaptureFileHasTheProfilesProperties) {
+  TClassBuilder captureClass = Class(std::string(Profile::kCaptureClass));
+  for (const std::string_view property : Profile::kCaptureProperties) captureClass.Text(std::string(property));
+  const auto schema = SchemaWith(captureClass);
+  processor_.hasStorageAreas = true;
+  Collect(schema, schema->Classes().back(), "6203");
+  ASSERT_EQ(committed_.size(), 3U);
+  for (std::size_t i = 0; i < Profile::kCaptureProperties.size(); ++i) {
+    EXPECT_TRUE(committed_[0]->IsSet(i)) << Profile::kCaptureProperties.at(i);
+  }
+  EXPECT_EQ(Profile::kCaptureProperties.size(), 8U);
+}
+
 TEST_F(RegisterLayout, AValueHasTheProfilesSize) {
   EXPECT_EQ(static_cast<const std::vector<TCIMValue>&>(Collected(R8Class(8), "6203")).size(),
             Profile::kRegisterValueSize);

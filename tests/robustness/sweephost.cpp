@@ -116,7 +116,10 @@ bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, cons
   const int requestLength = length;
   bool answered = inner_.SendIpmi(node, buffer, length, stop);
   const auto tamper = ipmi_.find(place);
-  if (tamper != ipmi_.end()) answered = tamper->second(buffer, length) && answered;
+  if (tamper != ipmi_.end()) {
+    if (onHurt) onHurt(false);
+    answered = tamper->second(buffer, length) && answered;
+  }
   if (!answered) {
     buffer = request;
     length = requestLength;
@@ -131,7 +134,9 @@ bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<s
   const bool answered = inner_.SendDot(serviceProcessor, command, response, length, stop);
   if (onExchange) onExchange(true, {}, length);
   const auto tamper = dot_.find(place);
-  return tamper == dot_.end() ? answered : tamper->second(response, length) && answered;
+  if (tamper == dot_.end()) return answered;
+  if (onHurt) onHurt(true);
+  return tamper->second(response, length) && answered;
 }
 
 THost::THost(const std::string& machineType)
@@ -185,6 +190,7 @@ TOutcome THost::Run() {
   schema_->SetCommitCallback([&outcome](const boost::shared_ptr<const TInstance>& instance) {
     outcome.instances[KeyOf(*instance)].push_back(TextOf(*instance));
   });
+  tamperer_.onHurt = [this, &outcome](bool isDot) { outcome.hurt.push_back(isDot ? class_ : part_); };
   plugin_->Init();
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   for (const char* name : {kJfrClass, kBridgeClass, kMemoryClass, kFileClass}) classes.push_back(schema_->FindClass(name));
@@ -197,6 +203,7 @@ TOutcome THost::Run() {
   schema_->SetCommitCallback({});
   outcome.traceIsWhole = begun_ == kRequests && ended_ == kRequests;
   tamperer_.Reset();
+  tamperer_.onHurt = nullptr;
   return outcome;
 }
 

@@ -32,6 +32,9 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
   void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
   std::function<void(bool isDot, const NKROVEL20::TIPMICommandBuffer& response, int length)> onExchange;
+  /// Called when an exchange is hurt. A place is only a number: after a first hurt exchange the later
+  /// ones may be others than in the clean run.
+  std::function<void(bool isDot)> onHurt;
 
   int BmcNodeCount() override { return inner_.BmcNodeCount(); }
   bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
@@ -62,6 +65,7 @@ struct TExchangeNote {
 /// file and node of the FFDC path), as text; and whether the trace is whole.
 struct TOutcome {
   std::map<std::string, std::vector<std::string>> instances;
+  std::vector<std::string> hurt;  ///< keys of the instances that the hurt exchanges may have changed
   bool traceIsWhole = false;
   std::string exception;
 };

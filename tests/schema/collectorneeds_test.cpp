@@ -24,7 +24,9 @@ const std::string kCapture =
     "  string CreationClassName; string LogCreationClassName; string LogName; string RecordID; };\n";
 
 // The complete schema and `more`, whose first line is line 14.
-TSchemaResult Schema(const std::string& more) { return ReadText(kCollectorQualifiers + kRoots + kBases + kCapture + "\n" + more); }
+TSchemaResult Schema(const std::string& more) {
+  return ReadText(kCollectorQualifiers + kRoots + kBases + kCapture + "\n" + more);
+}
 
 std::string FindingsOf(const TSchemaResult& schema) {
   EXPECT_EQ(Shown(schema), "");
@@ -74,39 +76,46 @@ TEST(CollectorNeeds, MissingClasses) {
   for (const TTextDiagnostic& finding : CheckCollectorNeeds(*schema.cimNamespace, "my-schema")) {
     text += FormatDiagnostic(finding);
   }
-  EXPECT_EQ(text,
-            "my-schema: error: the class 'KROSG_PCIIOBRIDGE_StatisticData' is not declared, which every request starts from\n"
-            "my-schema: error: the class 'KROSG_MEMCTL_StatisticData' is not declared, which every request starts from\n"
-            "my-schema: error: the class 'KROSG_L3Cache_StatisticData' is not declared, which every request starts from\n"
-            "my-schema: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n");
+  EXPECT_EQ(
+      text,
+      "my-schema: error: the class 'KROSG_PCIIOBRIDGE_StatisticData' is not declared, which every request starts from\n"
+      "my-schema: error: the class 'KROSG_MEMCTL_StatisticData' is not declared, which every request starts from\n"
+      "my-schema: error: the class 'KROSG_L3Cache_StatisticData' is not declared, which every request starts from\n"
+      "my-schema: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n");
 }
 
 TEST(CollectorNeeds, QualifiersOfEverySubclass) {
-  EXPECT_EQ(Needs("class J : KROSG_PCIIOBRIDGE_StatisticData {};\n"),
-            "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
-            "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'MaxInstanceCount'\n");
-  EXPECT_EQ(Needs("[SupportedMachineTypes{\"1\"}, MaxInstanceCount(1)] class J : KROSG_L3Cache_StatisticData {};\n"
-                  "class K : J {};"),
-            "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
-            "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'MaxInstanceCount'\n")
+  EXPECT_EQ(
+      Needs("class J : KROSG_PCIIOBRIDGE_StatisticData {};\n"),
+      "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+      "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'MaxInstanceCount'\n");
+  EXPECT_EQ(
+      Needs("[SupportedMachineTypes{\"1\"}, MaxInstanceCount(1)] class J : KROSG_L3Cache_StatisticData {};\n"
+            "class K : J {};"),
+      "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+      "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'MaxInstanceCount'\n")
       << "both are Restricted, so that the grandchild has none";
   EXPECT_EQ(Needs("[SupportedMachineTypes{\"1\"} : ToSubclass, MaxInstanceCount(1) : ToSubclass]\n"
                   "class J : KROSG_L3Cache_StatisticData {}; class K : J {};"),
-            "") << "inherited";
+            "")
+      << "inherited";
 }
 
 TEST(CollectorNeeds, QualifiersOfTheR8Classes) {
   for (const char* name : {"KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData",
                            "KROSG_VO_MEMCTL_StatisticData", "KROSG_VO_PCIIOBRIDGE_StatisticData"}) {
-    const std::string subject = "14:7 the class '" + std::string(name) + "', a class whose registers are read over IPMI, ";
-    EXPECT_EQ(Needs("class " + std::string(name) + " : Chipset {};"),
-              subject + "has no qualifier 'SupportedMachineTypes'\n" + subject + "has no qualifier 'MaxInstanceCount'\n");
+    const std::string subject =
+        "14:7 the class '" + std::string(name) + "', a class whose registers are read over IPMI, ";
+    EXPECT_EQ(
+        Needs("class " + std::string(name) + " : Chipset {};"),
+        subject + "has no qualifier 'SupportedMachineTypes'\n" + subject + "has no qualifier 'MaxInstanceCount'\n");
   }
 }
 
 TEST(CollectorNeeds, ClassWithoutSuperclass) {
   EXPECT_EQ(Needs("[" + kGood + "] class KROSG_T4_MEMCTL_StatisticData {};"),
-            "14:60 the class 'KROSG_T4_MEMCTL_StatisticData', a class whose registers are read over IPMI, has no superclass\n");
+            "14:60 the class 'KROSG_T4_MEMCTL_StatisticData', a class whose registers are read over IPMI, has no "
+            "superclass\n");
 }
 
 TEST(CollectorNeeds, ValuesOfTheClassQualifiers) {
@@ -122,15 +131,18 @@ TEST(CollectorNeeds, ValuesOfTheClassQualifiers) {
 TEST(CollectorNeeds, TypesOfTheClassQualifiers) {
   const TSchemaResult schema = ReadText(
       "qualifier SupportedMachineTypes : string, scope(class);\nqualifier MaxInstanceCount : string, scope(class);\n"
-      "qualifier Index : uint16, scope(property);\n" + kRoots + kBases + kCapture +
+      "qualifier Index : uint16, scope(property);\n" +
+      kRoots + kBases + kCapture +
       "[SupportedMachineTypes(\"1\"), MaxInstanceCount(\"2\")]\nclass J : KROSG_MEMCTL_StatisticData {};");
-  EXPECT_EQ(FindingsOf(schema),
-            "12:7 the qualifier 'SupportedMachineTypes' of the class 'J' has the type string, expected array of string\n"
-            "12:7 the qualifier 'MaxInstanceCount' of the class 'J' has the type string, expected an integer\n");
+  EXPECT_EQ(
+      FindingsOf(schema),
+      "12:7 the qualifier 'SupportedMachineTypes' of the class 'J' has the type string, expected array of string\n"
+      "12:7 the qualifier 'MaxInstanceCount' of the class 'J' has the type string, expected an integer\n");
 }
 
 TEST(CollectorNeeds, RegisterQualifiers) {
-  EXPECT_EQ(Jfr(kGood, "[Offset{1}, MaxLen(8)] uint8 A[];"), "16:30 the register 'A' of the class 'J' has no qualifier 'Index'\n");
+  EXPECT_EQ(Jfr(kGood, "[Offset{1}, MaxLen(8)] uint8 A[];"),
+            "16:30 the register 'A' of the class 'J' has no qualifier 'Index'\n");
   EXPECT_EQ(Jfr(kGood, "[Index] uint8 A[];"),
             "16:15 the register 'A' of the class 'J' has a qualifier 'Index' without a value\n");
   EXPECT_EQ(R8(kGood, "[Index(1)] uint8 A[];"),
@@ -146,23 +158,27 @@ TEST(CollectorNeeds, RegistersOfTheDirectSuperclassToo) {
             "15:7 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has no qualifier 'MaxLen'\n");
   EXPECT_EQ(Needs("class V : Chipset {\nuint8 A[];}; class W : V {};\n[" + kGood +
                   "] class KROSG_VO_MEMCTL_StatisticData : W {};"),
-            "") << "not those of the grandparent";
+            "")
+      << "not those of the grandparent";
 }
 
 TEST(CollectorNeeds, IdentificationPropertiesAreNoRegisters) {
-  EXPECT_EQ(Needs("class Q { string MachineType; datetime DateTimeOfCollection; datetime StatisticTime; string InstanceID;\n"
-                  "string ElementName; };\n[" + kGood + "] class KROSG_VO_MEMCTL_StatisticData : Q {};"),
-            "");
+  EXPECT_EQ(
+      Needs("class Q { string MachineType; datetime DateTimeOfCollection; datetime StatisticTime; string InstanceID;\n"
+            "string ElementName; };\n[" +
+            kGood + "] class KROSG_VO_MEMCTL_StatisticData : Q {};"),
+      "");
   EXPECT_EQ(Needs("class Q : KROSG_MEMCTL_StatisticData { };"),
             "14:7 the class 'Q', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
             "14:7 the class 'Q', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier 'MaxInstanceCount'\n");
 }
 
 TEST(CollectorNeeds, ElementNameIsARegisterOfTheBlock) {
-  const TSchemaResult schema = ReadText(kCollectorQualifiers + kCapture +
-                                        "class KROSG_PCIIOBRIDGE_StatisticData { string ElementName; };\n"
-                                        "class KROSG_MEMCTL_StatisticData {}; class KROSG_L3Cache_StatisticData {};\n[" +
-                                        kGood + "] class J : KROSG_PCIIOBRIDGE_StatisticData {};");
+  const TSchemaResult schema =
+      ReadText(kCollectorQualifiers + kCapture +
+               "class KROSG_PCIIOBRIDGE_StatisticData { string ElementName; };\n"
+               "class KROSG_MEMCTL_StatisticData {}; class KROSG_L3Cache_StatisticData {};\n[" +
+               kGood + "] class J : KROSG_PCIIOBRIDGE_StatisticData {};");
   EXPECT_EQ(FindingsOf(schema),
             "8:48 the register 'ElementName' of the class 'J' has no qualifier 'Index'\n"
             "8:48 warning: the register 'ElementName' of the class 'J' has the type string, expected array of uint8\n");
@@ -183,17 +199,21 @@ TEST(CollectorNeeds, RecordsInsideTheBlock) {
   const auto outside = [](const std::string& end, const std::string& instance, const std::string& index,
                           const std::string& count) {
     return "16:" + std::to_string(17 + index.size()) + " the register 'A' of the class 'J' ends at byte " + end +
-           " for instance " + instance + " (Index " + index + ", MaxInstanceCount " + count + "), expected below 4096\n";
+           " for instance " + instance + " (Index " + index + ", MaxInstanceCount " + count +
+           "), expected below 4096\n";
   };
   EXPECT_EQ(findings("509", "1"), "");
   EXPECT_EQ(findings("510", "1"), outside("4098", "0", "510", "1"));
   EXPECT_EQ(findings("253", "2"), "");
   EXPECT_EQ(findings("254", "2"), outside("4098", "1", "254", "2"));
   EXPECT_EQ(findings("65535", "1"), outside("524298", "0", "65535", "1"));
-  EXPECT_EQ(findings("65536", "1"), "16:22 the register 'A' of the class 'J' has the Index 65536, expected 0 to 65535\n");
-  EXPECT_EQ(findings("0", "3"),
-            "8:68 the register 'Common' of the class 'J' ends at byte 4130 for instance 2 (Index 2, MaxInstanceCount 3), "
-            "expected below 4096\n" + outside("4114", "2", "0", "3"));
+  EXPECT_EQ(findings("65536", "1"),
+            "16:22 the register 'A' of the class 'J' has the Index 65536, expected 0 to 65535\n");
+  EXPECT_EQ(
+      findings("0", "3"),
+      "8:68 the register 'Common' of the class 'J' ends at byte 4130 for instance 2 (Index 2, MaxInstanceCount 3), "
+      "expected below 4096\n" +
+          outside("4114", "2", "0", "3"));
 }
 
 TEST(CollectorNeeds, PropertiesOfTheCaptureClass) {
@@ -201,24 +221,28 @@ TEST(CollectorNeeds, PropertiesOfTheCaptureClass) {
                                         "class Log { string RecordID; };\n"
                                         "class KROSG_DCAPFile : Log { string filename; string ErrRawData[];\n"
                                         "string MessageTimestamp; uint8 SourceNode; string LogName; };");
-  EXPECT_EQ(FindingsOf(schema),
-            "12:54 the property 'ErrRawData' of the class 'KROSG_DCAPFile' has the type array of string, expected string\n"
-            "13:8 the property 'MessageTimestamp' of the class 'KROSG_DCAPFile' has the type string, expected datetime\n"
-            "13:32 the property 'SourceNode' of the class 'KROSG_DCAPFile' has the type uint8, expected string\n"
-            "12:7 the class 'KROSG_DCAPFile' has no property 'CreationClassName'\n"
-            "12:7 the class 'KROSG_DCAPFile' has no property 'LogCreationClassName'\n");
+  EXPECT_EQ(
+      FindingsOf(schema),
+      "12:54 the property 'ErrRawData' of the class 'KROSG_DCAPFile' has the type array of string, expected string\n"
+      "13:8 the property 'MessageTimestamp' of the class 'KROSG_DCAPFile' has the type string, expected datetime\n"
+      "13:32 the property 'SourceNode' of the class 'KROSG_DCAPFile' has the type uint8, expected string\n"
+      "12:7 the class 'KROSG_DCAPFile' has no property 'CreationClassName'\n"
+      "12:7 the class 'KROSG_DCAPFile' has no property 'LogCreationClassName'\n");
 }
 
 TEST(CollectorNeeds, OverridingPropertyThatIsNotRead) {
-  EXPECT_EQ(Jfr(kGood, "[Index(9)] string Status;"),
-            "16:19 warning: the property 'Status' is not read for the class 'J': it overrides one of the class 'Root', and "
-            "only what the class or its superclass declares first is a register\n");
-  EXPECT_EQ(R8(kGood, "[Offset{9}, MaxLen(8)] string Status;"),
-            "16:31 warning: the property 'Status' is not read for the class 'KROSG_VO_MEMCTL_StatisticData': it overrides "
-            "one of the class 'Root', and only what the class or its superclass declares first is a register\n");
-  EXPECT_EQ(Jfr(kGood, "string Status; [Index(9)] string ElementName;"),
-            "16:34 warning: the property 'ElementName' is not read for the class 'J': it overrides one of the class 'Root', "
-            "and only what the class or its superclass declares first is a register\n")
+  EXPECT_EQ(
+      Jfr(kGood, "[Index(9)] string Status;"),
+      "16:19 warning: the property 'Status' is not read for the class 'J': it overrides one of the class 'Root', and "
+      "only what the class or its superclass declares first is a register\n");
+  EXPECT_EQ(
+      R8(kGood, "[Offset{9}, MaxLen(8)] string Status;"),
+      "16:31 warning: the property 'Status' is not read for the class 'KROSG_VO_MEMCTL_StatisticData': it overrides "
+      "one of the class 'Root', and only what the class or its superclass declares first is a register\n");
+  EXPECT_EQ(
+      Jfr(kGood, "string Status; [Index(9)] string ElementName;"),
+      "16:34 warning: the property 'ElementName' is not read for the class 'J': it overrides one of the class 'Root', "
+      "and only what the class or its superclass declares first is a register\n")
       << "without a register's qualifier it is no surprise";
   EXPECT_EQ(Jfr(kGood, "[Index(9)] string InstanceID; [Index(10)] uint8 Common[];"), "")
       << "skipped by name, and read: its origin is the direct superclass";

@@ -167,14 +167,16 @@ TEST(MofRecovery, DeclarationThatWasLostIsNotReportedAsMissing) {
 
 TEST(MofRecovery, UnknownStatementTakesItsBodyAlong) {
   const TSchemaResult result = ReadText("structure S { string a; { b = {1}; } };\nclass B { string c; };");
-  EXPECT_EQ(Messages(result),
-            "1:1 found 'structure', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file\n");
+  EXPECT_EQ(
+      Messages(result),
+      "1:1 found 'structure', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file\n");
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));
 }
 
 TEST(MofRecovery, InstanceKeepsItsOtherValues) {
-  const TSchemaResult result = ReadText("class A { string a; string b; string c; };\n"
-                                        "instance of A { a = \"1\"; b \"2\"; c = \"3\" };");
+  const TSchemaResult result = ReadText(
+      "class A { string a; string b; string c; };\n"
+      "instance of A { a = \"1\"; b \"2\"; c = \"3\" };");
   EXPECT_EQ(Messages(result), "2:28 found '\"2\"', expected '='\n2:41 found '}', expected ';'\n");
   ASSERT_EQ(result.instances.size(), 1U);
   EXPECT_EQ(result.instances[0]->Find("a")->ToString(10), "1");

@@ -28,19 +28,19 @@ TEST_P(IntegerRange, EdgesFitAndTheirNeighboursDoNot) {
   EXPECT_EQ(DefaultOf(c.type, c.above), outside(c.above));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Types, IntegerRange,
-    testing::Values(TRangeCase{"uint8", "-1", "0", "255", "256", "0 to 255"},
-                    TRangeCase{"sint8", "-129", "-128", "127", "128", "-128 to 127"},
-                    TRangeCase{"uint16", "-1", "0", "65535", "65536", "0 to 65535"},
-                    TRangeCase{"sint16", "-32769", "-32768", "32767", "32768", "-32768 to 32767"},
-                    TRangeCase{"uint32", "-1", "0", "4294967295", "4294967296", "0 to 4294967295"},
-                    TRangeCase{"sint32", "-2147483649", "-2147483648", "2147483647", "2147483648",
-                               "-2147483648 to 2147483647"},
-                    TRangeCase{"uint64", "-1", "0", "18446744073709551615", "18446744073709551616",
-                               "0 to 18446744073709551615"},
-                    TRangeCase{"sint64", "-9223372036854775809", "-9223372036854775808", "9223372036854775807",
-                               "9223372036854775808", "-9223372036854775808 to 9223372036854775807"}));
+INSTANTIATE_TEST_SUITE_P(Types, IntegerRange,
+                         testing::Values(TRangeCase{"uint8", "-1", "0", "255", "256", "0 to 255"},
+                                         TRangeCase{"sint8", "-129", "-128", "127", "128", "-128 to 127"},
+                                         TRangeCase{"uint16", "-1", "0", "65535", "65536", "0 to 65535"},
+                                         TRangeCase{"sint16", "-32769", "-32768", "32767", "32768", "-32768 to 32767"},
+                                         TRangeCase{"uint32", "-1", "0", "4294967295", "4294967296", "0 to 4294967295"},
+                                         TRangeCase{"sint32", "-2147483649", "-2147483648", "2147483647", "2147483648",
+                                                    "-2147483648 to 2147483647"},
+                                         TRangeCase{"uint64", "-1", "0", "18446744073709551615", "18446744073709551616",
+                                                    "0 to 18446744073709551615"},
+                                         TRangeCase{"sint64", "-9223372036854775809", "-9223372036854775808",
+                                                    "9223372036854775807", "9223372036854775808",
+                                                    "-9223372036854775808 to 9223372036854775807"}));
 
 TEST(IntegerLiteral, EveryNotation) {
   EXPECT_EQ(DefaultOf("uint8", "101b"), "5");
@@ -127,8 +127,9 @@ TEST(CharacterLiteral, CodesUpTo16Bits) {
   EXPECT_EQ(DefaultOf("char16", "''"), "found '' without a character, expected one character between the quotes");
   EXPECT_EQ(DefaultOf("char16", "'ab'"), "found 'ab', expected one character between the quotes");
   EXPECT_EQ(DefaultOf("char16", "65"), "found '65', expected a character in single quotes");
-  EXPECT_EQ(DefaultOf("char16", "'\\q'"),
-            R"(found '\q', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");
+  EXPECT_EQ(
+      DefaultOf("char16", "'\\q'"),
+      R"(found '\q', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");
 }
 
 TEST(StringLiteral, Escapes) {
@@ -142,9 +143,7 @@ TEST(StringLiteral, Escapes) {
   EXPECT_EQ(DefaultOf("string", R"("// no /* comment */")"), "// no /* comment */");
 }
 
-TEST(StringLiteral, NulCharacterIsKept) {
-  EXPECT_EQ(DefaultOf("string", R"("a\x0 b")"), std::string("a\0 b", 4));
-}
+TEST(StringLiteral, NulCharacterIsKept) { EXPECT_EQ(DefaultOf("string", R"("a\x0 b")"), std::string("a\0 b", 4)); }
 
 TEST(StringLiteral, AdjacentOnesAreOne) {
   EXPECT_EQ(DefaultOf("string", "\"a\" \"b\"\n // between\n \"\\x63\" /* and */ \"\""), "abc");
@@ -155,8 +154,7 @@ TEST(StringLiteral, BadEscapes) {
       R"(', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)";
   EXPECT_EQ(DefaultOf("string", R"("\q")"), R"(found '\q)" + expected);
   EXPECT_EQ(DefaultOf("string", "\"\\\xC3\xA4\""), "found '\\\xC3\xA4" + expected);
-  EXPECT_EQ(DefaultOf("string", R"("\xg")"),
-            R"(found '\x' without a digit, expected one to four hexadecimal digits)");
+  EXPECT_EQ(DefaultOf("string", R"("\xg")"), R"(found '\x' without a digit, expected one to four hexadecimal digits)");
 }
 
 TEST(StringLiteral, OtherLiteralsAreNoStrings) {
@@ -181,7 +179,8 @@ TEST(DateTimeLiteral, WhatIsNone) {
 
 TEST(ArrayLiteral, BoundsAndNulls) {
   EXPECT_EQ(DefaultOf("uint8", "{1, 0x2, NULL, 11b}"), "found an array, expected a uint8");
-  const TSchemaResult result = ReadText("class A { uint8 p[] = {1, 0x2, NULL, 11b}; string q[2] = {\"a\", \"b\"}; uint8 r[] = {}; };");
+  const TSchemaResult result =
+      ReadText("class A { uint8 p[] = {1, 0x2, NULL, 11b}; string q[2] = {\"a\", \"b\"}; uint8 r[] = {}; };");
   ASSERT_EQ(Shown(result), "");
   EXPECT_EQ(PropertyOf(result, "A", "p").defaultValue.ToString(10), "{1, 2, , 3}");
   EXPECT_EQ(PropertyOf(result, "A", "p").arraySize, 0U);

@@ -8,9 +8,9 @@ namespace {
 std::size_t Bad(const std::string& text) { return FindBadByte(text, 0); }
 
 TEST(FindBadByte, WellFormedTextHasNone) {
-  for (const std::string& text : {std::string(), std::string("plain text of more than eight bytes"),
-                                  std::string("\x7F\xC2\x80\xDF\xBF"), std::string("\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF"),
-                                  std::string("\xF0\x90\x80\x80\xF4\x8F\xBF\xBF")}) {
+  for (const std::string& text :
+       {std::string(), std::string("plain text of more than eight bytes"), std::string("\x7F\xC2\x80\xDF\xBF"),
+        std::string("\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF"), std::string("\xF0\x90\x80\x80\xF4\x8F\xBF\xBF")}) {
     EXPECT_EQ(Bad(text), text.size());
   }
 }
@@ -55,7 +55,14 @@ TEST(FindStringStop, AtEveryPlaceOfALongText) {
 TEST(AppendUtf8, EdgesOfEachLength) {
   std::string text;
   for (const std::uint32_t code : {0x7FU, 0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U, 0x10FFFFU}) AppendUtf8(text, code);
-  EXPECT_EQ(text, "\x7F" "\xC2\x80" "\xDF\xBF" "\xE0\xA0\x80" "\xEF\xBF\xBF" "\xF0\x90\x80\x80" "\xF4\x8F\xBF\xBF");
+  EXPECT_EQ(text,
+            "\x7F"
+            "\xC2\x80"
+            "\xDF\xBF"
+            "\xE0\xA0\x80"
+            "\xEF\xBF\xBF"
+            "\xF0\x90\x80\x80"
+            "\xF4\x8F\xBF\xBF");
 }
 
 TEST(TakeCharacter, SizesAndCodes) {

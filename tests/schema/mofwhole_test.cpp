@@ -18,8 +18,9 @@ TEST(MofWhole, EveryDeclarationIsThere) {
   const auto setting = result.cimNamespace->FindClass("CIM_Setting");
   EXPECT_EQ(setting->Qualifiers().Find("description")->GetValue().ToString(10),
             "A setting. \"Quoted\",\n\xC3\xA4 and \xE2\x82\xAC.");
-  EXPECT_EQ(setting->Properties().at(setting->FindProperty("Kind"))->Qualifiers().Find("Values")->GetValue().ToString(10),
-            "{Unknown, Other, DMTF Reserved}");
+  EXPECT_EQ(
+      setting->Properties().at(setting->FindProperty("Kind"))->Qualifiers().Find("Values")->GetValue().ToString(10),
+      "{Unknown, Other, DMTF Reserved}");
 }
 
 TEST(MofWhole, LineEndsOfOtherSystems) {

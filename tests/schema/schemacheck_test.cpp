@@ -42,7 +42,8 @@ const std::string kClean =
 TEST(SchemaCheck, NoFindings) {
   const TSchemaFindings findings = Check(kClean);
   EXPECT_EQ(Text(findings), "no findings\n");
-  EXPECT_EQ(Json(findings), "{\"kind\":\"schemacheck\",\"format_version\":1,\"findings\":[],\"errors\":0,\"warnings\":0}\n");
+  EXPECT_EQ(Json(findings),
+            "{\"kind\":\"schemacheck\",\"format_version\":1,\"findings\":[],\"errors\":0,\"warnings\":0}\n");
   EXPECT_EQ(StatusOf(findings), EExitStatus::kComplete);
 }
 
@@ -55,8 +56,10 @@ TEST(SchemaCheck, ErrorsOfTheSchemaItself) {
       << "what the collector needs is not asked for";
   EXPECT_EQ(Json(findings),
             "{\"kind\":\"schemacheck\",\"format_version\":1,\"findings\":["
-            "{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":1,\"column\":11,\"message\":\"the class 'B' is not declared\"},"
-            "{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":2,\"column\":9,\"message\":\"found '\\\"x\\\"', expected a name\"}"
+            "{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":1,\"column\":11,\"message\":\"the class 'B' is not "
+            "declared\"},"
+            "{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":2,\"column\":9,\"message\":\"found '\\\"x\\\"', "
+            "expected a name\"}"
             "],\"errors\":2,\"warnings\":0}\n");
   EXPECT_EQ(StatusOf(findings), EExitStatus::kBadData);
 }
@@ -67,10 +70,12 @@ TEST(SchemaCheck, NeedsOfTheCollector) {
   EXPECT_EQ(findings.warnings, 1U);
   const std::string text = Text(findings);
   EXPECT_THAT(text, testing::StartsWith("a.mof:1:9: warning: the pragma 'p' is not known and has no effect\n"));
-  EXPECT_THAT(text, testing::HasSubstr("\na.mof: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n"));
+  EXPECT_THAT(text,
+              testing::HasSubstr("\na.mof: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n"));
   EXPECT_THAT(text, testing::EndsWith("\n4 errors, 1 warning\n"));
-  EXPECT_THAT(Json(findings), testing::HasSubstr("{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":null,\"column\":null,"
-                                                 "\"message\":\"the class 'KROSG_DCAPFile' of the capture files"));
+  EXPECT_THAT(Json(findings),
+              testing::HasSubstr("{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":null,\"column\":null,"
+                                 "\"message\":\"the class 'KROSG_DCAPFile' of the capture files"));
 }
 
 TEST(SchemaCheck, AWarningIsAFinding) {

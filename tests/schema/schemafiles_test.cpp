@@ -62,7 +62,8 @@ TEST(SchemaFiles, MissingFileEndsTheCommand) {
 TEST(SchemaInclude, RelativeToTheIncludingFileAndInItsPlace) {
   TSchemaText schema;
   schema.File("top/main.mof", "class A {};\n#pragma include(\"sub/b.mof\")\nclass D {};");
-  schema.File("top/sub/b.mof", "class B : A {};\n# PRAGMA Include (\"../c.mof\")\n").File("top/c.mof", "class C : D {};");
+  schema.File("top/sub/b.mof", "class B : A {};\n# PRAGMA Include (\"../c.mof\")\n")
+      .File("top/c.mof", "class C : D {};");
   const TSchemaResult result = schema.Read({"top/main.mof"});
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(ClassNames(result), "A B C D ");
@@ -88,7 +89,8 @@ TEST(SchemaInclude, MissingFileIsAnErrorOfTheIncludingOne) {
 
 TEST(SchemaInclude, Circle) {
   TSchemaText schema;
-  schema.File("a.mof", "#pragma include(\"b.mof\")\nclass A {};").File("b.mof", "#pragma include(\"./a.mof\")\nclass B {};");
+  schema.File("a.mof", "#pragma include(\"b.mof\")\nclass A {};")
+      .File("b.mof", "#pragma include(\"./a.mof\")\nclass B {};");
   EXPECT_EQ(Shown(schema.Read({"a.mof"})),
             "b.mof:1:17: error: the file a.mof includes itself, directly or through others\n"
             "  #pragma include(\"./a.mof\")\n"
@@ -125,7 +127,8 @@ TEST(SchemaPragma, ParameterMustBeAString) {
 }
 
 TEST(SchemaEncoding, ByteOrderMarkAndLineEnds) {
-  EXPECT_EQ(Shown(ReadText("\xEF\xBB\xBF" "class A : X {};\r\n")),
+  EXPECT_EQ(Shown(ReadText("\xEF\xBB\xBF"
+                           "class A : X {};\r\n")),
             "a.mof:1:11: error: the class 'X' is not declared\n  class A : X {};\n            ^\n");
   EXPECT_EQ(Shown(ReadText("class A\r\n{\r\n  string a; // x\r\n  /* \r\n */ string b;\r\n};\r\n")), "");
   EXPECT_EQ(Messages(ReadText("class A {};\r\n\r\nclass 5")), "3:7 found '5', expected a class name\n");
@@ -138,7 +141,8 @@ TEST(SchemaEncoding, NamesAndStringsInUtf8) {
 }
 
 TEST(SchemaEncoding, ByteThatIsNotUtf8) {
-  const TSchemaResult result = ReadText("class A { string a = \"Ger\xE4t\"; string b = 5; };\nclass B { string c = \"\xFF\"; };");
+  const TSchemaResult result =
+      ReadText("class A { string a = \"Ger\xE4t\"; string b = 5; };\nclass B { string c = \"\xFF\"; };");
   EXPECT_EQ(Messages(result), "1:26 found the byte 0xE4, expected UTF-8 text\n1:42 found '5', expected a string\n")
       << "one for a file, and the rest is read";
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));

@@ -43,7 +43,9 @@ TEST(SchemaHostile, BytesReplacedInsertedAndMoved) {
   const std::string sample = kMofSample;
   const std::string alphabet = "{}[]();:,=\"'\\/*$#-.0x9aZ \n\xC3\xFF";
   std::mt19937 random(20260131);
-  const auto below = [&random](std::size_t end) { return std::uniform_int_distribution<std::size_t>(0, end - 1)(random); };
+  const auto below = [&random](std::size_t end) {
+    return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
+  };
   for (int round = 0; round < 1500; ++round) {
     std::string text = sample;
     for (std::size_t change = below(6) + 1; change > 0; --change) {

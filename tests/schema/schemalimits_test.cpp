@@ -10,8 +10,7 @@ TEST(SchemaLimits, FileSize) {
   TSchemaText schema;
   schema.limits.fileSize = 11;
   schema.File("a.mof", "class A {};").File("b.mof", "class BB {};");
-  EXPECT_EQ(Shown(schema.Read({"a.mof", "b.mof"})),
-            "b.mof: error: the file b.mof is larger than 11 bytes\n");
+  EXPECT_EQ(Shown(schema.Read({"a.mof", "b.mof"})), "b.mof: error: the file b.mof is larger than 11 bytes\n");
 }
 
 TEST(SchemaLimits, TotalSize) {
@@ -37,8 +36,9 @@ TEST(SchemaLimits, IncludeDepth) {
   TSchemaText schema;
   schema.limits.includeDepth = 2;
   schema.File("a", "#pragma include(\"b\")").File("b", "#pragma include(\"c\")").File("c", "class C {};");
-  EXPECT_EQ(Shown(schema.Read({"a"})),
-            "b:1:17: error: files include each other more than 2 deep\n  #pragma include(\"c\")\n                  ^\n");
+  EXPECT_EQ(
+      Shown(schema.Read({"a"})),
+      "b:1:17: error: files include each other more than 2 deep\n  #pragma include(\"c\")\n                  ^\n");
 }
 
 TEST(SchemaLimits, TokenSize) {
@@ -91,7 +91,8 @@ TEST(SchemaLimits, QualifiersOfOneElement) {
 TEST(SchemaLimits, PropertiesOfOneClass) {
   TSchemaText schema;
   schema.limits.propertiesPerClass = 3;
-  schema.File("a", "class A { string a; string b; };\nclass B : A { string c; };\nclass C : A { string c; string d; };");
+  schema.File("a",
+              "class A { string a; string b; };\nclass B : A { string c; };\nclass C : A { string c; string d; };");
   const TSchemaResult result = schema.Read({"a"});
   EXPECT_EQ(Messages(result), "3:7 the class 'C' has more than 3 properties, inherited ones included\n");
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));
@@ -104,6 +105,17 @@ TEST(SchemaLimits, SizeOfTheModel) {
   EXPECT_EQ(Messages(schema.Read({"a"})),
             "3:7 the classes have more than 3 properties and qualifiers in all, inherited ones included\n")
       << "two for A and two for B";
+}
+
+TEST(SchemaLimits, ValuesOfAllInstances) {
+  TSchemaText schema;
+  schema.limits.instanceValues = 5;
+  schema.File(
+      "a",
+      "class A { string a; string b; };\ninstance of A {};\ninstance of A {};\ninstance of A {};\ninstance of A {};");
+  const TSchemaResult result = schema.Read({"a"});
+  EXPECT_EQ(Messages(result), "4:13 the instances have more than 5 properties in all\n");
+  EXPECT_EQ(result.instances.size(), 2U);
 }
 
 TEST(SchemaLimits, DiagnosticsAreCountedPastTheLimit) {

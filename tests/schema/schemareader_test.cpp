@@ -64,8 +64,9 @@ TEST(SchemaReader, ArraysWithAndWithoutSize) {
 }
 
 TEST(SchemaReader, InheritedPropertiesComeFirstWhateverTheOrderOfTheText) {
-  const TSchemaResult result = ReadText("class C : B { string q; }; class B : A { string z; string b; };\n"
-                                        "class A { string y; string a; };");
+  const TSchemaResult result = ReadText(
+      "class C : B { string q; }; class B : A { string z; string b; };\n"
+      "class A { string y; string a; };");
   ASSERT_EQ(Shown(result), "");
   EXPECT_EQ(PropertyNames(result, "C"), "y a z b q ");
   EXPECT_EQ(ClassNames(result), "C B A ") << "declaration order, though A is made first";
@@ -81,8 +82,9 @@ TEST(SchemaReader, OverridingPropertyKeepsItsPlaceAndOrigin) {
 }
 
 TEST(SchemaReader, NamesAndKeywordsInAnyCase) {
-  const TSchemaResult result = ReadText("QUALIFIER Size : UINT32 = NULL, SCOPE(PROPERTY), FLAVOR(RESTRICTED);\n"
-                                        "Class Base { [SIZE(3)] String Text; bASE Ref Me; }; CLASS Sub : BASE { };");
+  const TSchemaResult result = ReadText(
+      "QUALIFIER Size : UINT32 = NULL, SCOPE(PROPERTY), FLAVOR(RESTRICTED);\n"
+      "Class Base { [SIZE(3)] String Text; bASE Ref Me; }; CLASS Sub : BASE { };");
   ASSERT_EQ(Shown(result), "");
   EXPECT_EQ(ClassNames(result), "Base Sub ") << "spelled as declared";
   EXPECT_TRUE(result.cimNamespace->FindClass("bAsE"));
@@ -94,7 +96,8 @@ TEST(SchemaReader, KeywordsAsPropertyNames) {
       "class A { string any; string as; string association; string class; string flavor; string indication;\n"
       "string instance; string method; string null; string of; string parameter; string property; string qualifier;\n"
       "string ref; string reference; string restricted; string schema; string scope; string toSubclass; string true;\n"
-      "string uint8; string string; string pragma; A REF instance2; A ref REF2; uint8 class2(string class, A ref of); };\n"
+      "string uint8; string string; string pragma; A REF instance2; A ref REF2; uint8 class2(string class, A ref of); "
+      "};\n"
       "instance of A { class = \"1\"; of = \"2\"; true = \"3\"; uint8 = \"4\"; };");
   ASSERT_EQ(Shown(result), "");
   EXPECT_EQ(result.instances.at(0)->Find("uint8")->ToString(10), "4");
@@ -134,8 +137,9 @@ TEST(SchemaQualifiers, ValueOfAUse) {
 }
 
 TEST(SchemaQualifiers, PropagateByTheDeclaredFlavor) {
-  const TSchemaResult result = ReadQualified("[Abstract, Level(1)] class A { [Level(2)] string a; };\n"
-                                             "class B : A { string a; }; class C : B {};");
+  const TSchemaResult result = ReadQualified(
+      "[Abstract, Level(1)] class A { [Level(2)] string a; };\n"
+      "class B : A { string a; }; class C : B {};");
   ASSERT_EQ(Shown(result), "");
   EXPECT_FALSE(ClassQualifier(result, "B", "Abstract")) << "Restricted";
   EXPECT_EQ(ClassQualifier(result, "C", "Level")->GetValue().ToString(10), "1");
@@ -165,8 +169,9 @@ TEST(SchemaQualifiers, SubclassMayReplaceAValue) {
 }
 
 TEST(SchemaQualifiers, DeclaredAfterTheirUseAndInEitherOrderOfClauses) {
-  EXPECT_EQ(Shown(ReadText("[Q(5)] class A {}; qualifier Q : uint8 = 1, flavor(ToSubclass, DisableOverride), scope(class);")),
-            "");
+  EXPECT_EQ(
+      Shown(ReadText("[Q(5)] class A {}; qualifier Q : uint8 = 1, flavor(ToSubclass, DisableOverride), scope(class);")),
+      "");
 }
 
 // Instances.
@@ -190,16 +195,18 @@ TEST(SchemaInstances, TypedAgainstTheirClass) {
 }
 
 TEST(SchemaInstances, MayComeBeforeTheirClassAndTheirAlias) {
-  const TSchemaResult result = ReadText("instance of L { left = $one; }; instance of A as $ONE {}; class A {};\n"
-                                        "class L { A REF left; };");
+  const TSchemaResult result = ReadText(
+      "instance of L { left = $one; }; instance of A as $ONE {}; class A {};\n"
+      "class L { A REF left; };");
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(result.instances.size(), 2U);
 }
 
 TEST(SchemaInstances, EmbeddedInstanceIsText) {
-  const TSchemaResult result = ReadText("qualifier EmbeddedInstance : string = null, scope(property);\n"
-                                        "class A { string t; }; class B { [EmbeddedInstance(\"A\")] string a; };\n"
-                                        "instance of B { a = \"instance of A {t = \\\"x\\\";};\"; };");
+  const TSchemaResult result = ReadText(
+      "qualifier EmbeddedInstance : string = null, scope(property);\n"
+      "class A { string t; }; class B { [EmbeddedInstance(\"A\")] string a; };\n"
+      "instance of B { a = \"instance of A {t = \\\"x\\\";};\"; };");
   ASSERT_EQ(Shown(result), "");
   EXPECT_EQ(result.instances.at(0)->Find("a")->ToString(10), "instance of A {t = \"x\";};");
 }

@@ -16,9 +16,10 @@ TEST(SchemaSemantics, ShownWithLineAndCaret) {
 TEST(SchemaSemantics, QualifierDeclarations) {
   EXPECT_EQ(Errors("qualifier KEY : boolean, scope(any);"), "2:11 the qualifier 'KEY' is declared a second time\n");
   EXPECT_EQ(Errors("qualifier Q : uint8 = \"x\", scope(any);"), "2:23 found '\"x\"', expected a uint8\n");
-  EXPECT_EQ(Errors("qualifier Q : uint8, scope(any), flavor(EnableOverride, DisableOverride, ToSubclass, Restricted);"),
-            "2:11 the qualifier 'Q' has the flavors EnableOverride and DisableOverride, expected at most one of the two\n"
-            "2:11 the qualifier 'Q' has the flavors ToSubclass and Restricted, expected at most one of the two\n");
+  EXPECT_EQ(
+      Errors("qualifier Q : uint8, scope(any), flavor(EnableOverride, DisableOverride, ToSubclass, Restricted);"),
+      "2:11 the qualifier 'Q' has the flavors EnableOverride and DisableOverride, expected at most one of the two\n"
+      "2:11 the qualifier 'Q' has the flavors ToSubclass and Restricted, expected at most one of the two\n");
 }
 
 TEST(SchemaSemantics, QualifierUses) {
@@ -47,9 +48,10 @@ TEST(SchemaSemantics, ScopeOfEveryElement) {
             "2:12 the qualifier 'Key' stands on an element of the kind method, expected property, reference\n");
   EXPECT_EQ(Errors("class A { uint8 M([Key] string p); };"),
             "2:20 the qualifier 'Key' stands on an element of the kind parameter, expected property, reference\n");
-  EXPECT_EQ(Messages(ReadText("qualifier Indication : boolean, scope(indication); qualifier C : boolean, scope(class);\n"
-                              "[Indication, C] class A {};")),
-            "2:14 the qualifier 'C' stands on an element of the kind indication, expected class\n");
+  EXPECT_EQ(
+      Messages(ReadText("qualifier Indication : boolean, scope(indication); qualifier C : boolean, scope(class);\n"
+                        "[Indication, C] class A {};")),
+      "2:14 the qualifier 'C' stands on an element of the kind indication, expected class\n");
 }
 
 TEST(SchemaSemantics, SubclassOfAnAssociationIsOne) {
@@ -84,11 +86,16 @@ TEST(SchemaSemantics, UnknownClasses) {
   EXPECT_EQ(Errors("qualifier EmbeddedInstance : string, scope(property);\n"
                    "class A { [EmbeddedInstance(\"Nowhere\")] string a; };"),
             "3:29 the class 'Nowhere' is not declared\n");
+  EXPECT_EQ(
+      Errors("qualifier EmbeddedInstance : string, scope(method, parameter);\n"
+             "class A { [EmbeddedInstance(\"Not\" \"here\")] string M([EmbeddedInstance(\"Neither\")] string p); };"),
+      "3:29 the class 'Nothere' is not declared\n3:71 the class 'Neither' is not declared\n");
   EXPECT_EQ(Errors("instance of Nowhere {};"), "2:13 the class 'Nowhere' is not declared\n");
 }
 
 TEST(SchemaSemantics, ClassBelowOneThatIsNotThere) {
-  const TSchemaResult result = ReadQualified("class A : Nowhere { [Key(1)] string a; }; class B : A { uint8 b = 256; };");
+  const TSchemaResult result =
+      ReadQualified("class A : Nowhere { [Key(1)] string a; }; class B : A { uint8 b = 256; };");
   EXPECT_EQ(Messages(result),
             "2:11 the class 'Nowhere' is not declared\n"
             "2:26 found '1', expected true or false\n"
@@ -100,14 +107,16 @@ TEST(SchemaSemantics, ClassBelowOneThatIsNotThere) {
 
 TEST(SchemaSemantics, CircularInheritance) {
   EXPECT_EQ(Errors("class A : A {};"), "2:11 the class 'A' derives from itself (A : A)\n");
-  const TSchemaResult result = ReadQualified("class D : B {}; class A : C {}; class B : A {}; class C : B {}; class E {};");
+  const TSchemaResult result =
+      ReadQualified("class D : B {}; class A : C {}; class B : A {}; class C : B {}; class E {};");
   EXPECT_EQ(Messages(result), "2:43 the class 'B' derives from itself (B : A : C : B)\n");
   EXPECT_EQ(result.cimNamespace->Classes().size(), 1U);
 }
 
 TEST(SchemaSemantics, OverrideOfAnotherType) {
-  EXPECT_EQ(Errors("class A { string a; }; class B : A { uint8 A; };"),
-            "2:44 the property 'A' has the type uint8, expected string as in the class 'A', whose property it overrides\n");
+  EXPECT_EQ(
+      Errors("class A { string a; }; class B : A { uint8 A; };"),
+      "2:44 the property 'A' has the type uint8, expected string as in the class 'A', whose property it overrides\n");
   EXPECT_EQ(Errors("class A { uint8 a; }; class B : A {}; class C : B { uint8 a[]; };"),
             "2:59 the property 'a' has the type array of uint8, expected uint8 as in the class 'A', whose property it "
             "overrides\n");

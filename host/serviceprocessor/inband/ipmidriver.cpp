@@ -65,6 +65,7 @@ std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names)
   }
   std::sort(found.begin(), found.end());
   std::vector<std::string> devices;
+  devices.reserve(found.size());
   for (auto& [number, device] : found) devices.push_back(std::move(device));
   return devices;
 }

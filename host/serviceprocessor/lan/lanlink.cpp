@@ -94,9 +94,16 @@ TLanLink::TOutcome TLanLink::OpenForUse() {
   TOutcome outcome = TryOpen(way_, kLanSessionTime, kNoRetransmission);
   if (IsSilence(outcome.status)) outcome = TryOpen(way_, kLanSessionTime, kNoRetransmission);
   session_ = outcome.session;
-  answeredSinceOpening_ = false;
   lastAnswer_ = now_();
   return outcome;
+}
+
+/// Finds out in the short times whether the BMC is still there before it takes the run's.
+TLanLink::TOutcome TLanLink::Reopen() {
+  TOutcome probe = TryOpen(way_, kLanProbeTime, kLanProbeRetransmission);
+  if (probe.session == nullptr) return probe;
+  module_.close(probe.session);
+  return OpenForUse();
 }
 
 std::string TLanLink::Describe(const TOutcome& outcome) const {
@@ -130,21 +137,22 @@ void TLanLink::Exchange(TLanExchange& exchange) {
                        exchange.request.size(), exchange.response.data(), exchange.response.size(), &exchange.size);
   if (status != VEL_LAN_OK) return Lose(exchange);
   exchange.answered = true;
-  answeredSinceOpening_ = true;
+  lostBefore_ = false;
   lastAnswer_ = now_();
 }
 
 bool TLanLink::EnsureSession(TLanExchange& exchange) {
   if (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime) return true;
   Close();
-  const TOutcome outcome = OpenForUse();
+  const TOutcome outcome = Reopen();
   if (outcome.session == nullptr) GiveUp(exchange, "it could not be opened again: " + Describe(outcome));
   return outcome.session != nullptr;
 }
 
 void TLanLink::Lose(TLanExchange& exchange) {
   Close();
-  if (!answeredSinceOpening_) GiveUp(exchange, "its requests are not answered");
+  if (lostBefore_) GiveUp(exchange, "its requests are not answered");
+  lostBefore_ = true;
 }
 
 void TLanLink::GiveUp(TLanExchange& exchange, const std::string& why) {

@@ -77,6 +77,7 @@ class NKROVEL20_API TLanLink {
   TOutcome TryBothWays(std::uint8_t cipherSuite, TWay& way);
   void FindWay();
   TOutcome OpenForUse();
+  TOutcome Reopen();
   [[noreturn]] void ThrowRefused(const TOutcome& outcome) const;
   std::string Describe(const TOutcome& outcome) const;
   bool EnsureSession(TLanExchange& exchange);
@@ -90,7 +91,7 @@ class NKROVEL20_API TLanLink {
   TWay way_{};
   VelLanSession* session_ = nullptr;
   TClock::time_point lastAnswer_;
-  bool answeredSinceOpening_ = false;
+  bool lostBefore_ = false;  ///< the latest request had no answer
   bool givenUp_ = false;
 };
 

@@ -62,7 +62,7 @@ struct VelLanModule {
   void (*close)(struct VelLanSession* session);
 };
 
-typedef const struct VelLanModule* (*VelLanEntry)(void);
+typedef const struct VelLanModule* (*VelLanEntry)(void); /* NOLINT(modernize-redundant-void-arg): C */
 
 #ifdef __cplusplus
 }

@@ -42,7 +42,7 @@ std::string TakeHost(const std::string& spec, std::string_view& rest) {
   const bool bracketed = rest.starts_with('[');
   const std::size_t end = bracketed ? rest.find(']') : std::min(rest.find(':'), rest.size());
   if (end == std::string_view::npos) ThrowUsage(spec, "'[' without ']'");
-  const std::string host(rest.substr(bracketed ? 1 : 0, bracketed ? end - 1 : end));
+  std::string host(rest.substr(bracketed ? 1 : 0, bracketed ? end - 1 : end));
   rest.remove_prefix(bracketed ? end + 1 : end);
   if (host.empty()) ThrowUsage(spec, "names no host");
   const bool valid = bracketed ? ConsistsOf(host, ":.%-_") && host.find(':') != std::string::npos

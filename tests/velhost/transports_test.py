@@ -1,0 +1,124 @@
+"""The same server through the simulator, a recording and the network."""
+
+import json
+import os
+import re
+import shutil
+import signal
+import socket
+import subprocess
+import unittest
+
+from velhostcase import BRIDGE, VELHOST, VelhostCase
+
+SERVER = """
+machine_type = "6203"
+local_time = 2026-01-31T12:34:56+01:00
+unlisted_registers = "pattern"
+[[bmc_node]]
+timestamp = "12 34 56 78"
+[[bmc_node.register]]
+chip = 1
+address = 0x00ABCDEF
+value = "01 02 03 04 05 06 07 08"
+[[bmc_node.storage_area]]
+name = "cpu_err"
+data = "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16"
+"""
+
+SLOW = SERVER + """
+[[fault]]
+on = "register"
+delay_ms = 20
+"""
+
+
+def free_port():
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+@unittest.skipUnless(shutil.which("ipmi_sim"), "ipmi_sim (package openipmi) is not installed")
+class Transports(VelhostCase):
+    def simulate(self, text):
+        """Starts the simulator and returns it with its port, once it answers."""
+        port = free_port()
+        server = self.write("server.toml", text)
+        process = subprocess.Popen([VELHOST, "simulate", server, "--port", str(port)], cwd=self.folder, text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        said = ""
+        while "lan:" not in said:
+            line = process.stdout.readline()
+            self.assertTrue(line, "the simulator ended: " + said)
+            said += line
+        self.user = re.search(r"lan:([^@\s]+)@", said).group(1)
+        self.environment = dict(os.environ, VELHOST_IPMI_PASSWORD="test", TZ="UTC0")
+        return process, port
+
+    def lan_arguments(self, port, schema):
+        return ["collect", "--format", "json", "--schema", schema, "--machine-type", "6203", "--sp",
+                f"lan:{self.user}@127.0.0.1:{port}", BRIDGE, "KROSG_DCAPFile"]
+
+    def test_simulator_recording_and_network_agree(self):
+        _, port = self.simulate(SERVER)
+        schema = self.schema({"Listed": (0x00ABCDEF, 8), "Folded": (0x00ABCDEF, 4), "Pattern": (0x00112233, 8)}, count=2)
+        server = str(self.folder / "server.toml")
+        classes = [BRIDGE, "KROSG_DCAPFile"]
+        simulated = self.collect("--schema", schema, "--sp", f"sim:{server}", "--record", "run.jsonl", *classes)
+        replayed = self.collect("--schema", schema, "--sp", "replay:run.jsonl", *classes)
+        done = subprocess.run([VELHOST, *self.lan_arguments(port, schema)], capture_output=True, text=True,
+                              cwd=self.folder, env=self.environment, timeout=120)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        over_network = json.loads(done.stdout)
+        self.assertEqual(len(simulated["instances"]), 3)
+        self.assertEqual(simulated["instances"][0]["properties"]["Listed"], [171, 205, 239, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0])
+        self.assertEqual(simulated["instances"], replayed["instances"])
+        for document in (simulated, over_network):
+            for instance in document["instances"]:
+                instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the real one
+        self.assertEqual(simulated["instances"], over_network["instances"])
+
+    def test_another_client_reads_the_bytes_of_the_server_file(self):
+        if not shutil.which("ipmitool"):
+            self.skipTest("ipmitool is not installed")
+        _, port = self.simulate(SERVER)
+        done = subprocess.run(["ipmitool", "-I", "lanplus", "-C", "3", "-H", "127.0.0.1", "-p", str(port), "-U", self.user,
+                               "-P", "test", "raw", "0x3a", "0x62", "0x01", "0xab", "0xcd", "0xef"],
+                              capture_output=True, text=True, timeout=120)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.stdout.split(), "00 00 00 00 00 00 01 02 03 04 05 06 07 08".split())
+
+    def test_wrong_password_is_refused(self):
+        _, port = self.simulate(SERVER)
+        self.environment["VELHOST_IPMI_PASSWORD"] = "not the one"
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        done = subprocess.run([VELHOST, *self.lan_arguments(port, schema)], capture_output=True, text=True,
+                              cwd=self.folder, env=self.environment, timeout=120)
+        self.assertEqual(done.returncode, 77, done.stderr)
+        self.assertNotIn("not the one", done.stderr)
+
+    def test_a_bmc_that_dies_in_mid_run_leaves_what_was_complete(self):
+        simulator, port = self.simulate(SLOW)
+        schema = self.schema({f"Register{i}": (0x1000 + 8 * i, 8) for i in range(100)}, count=1)
+        process = subprocess.Popen([VELHOST, "--log", "trace.txt", *self.lan_arguments(port, schema)], text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder, env=self.environment)
+        import time
+        time.sleep(1)
+        simulator.send_signal(signal.SIGINT)
+        simulator.wait(timeout=60)
+        output, errors = process.communicate(timeout=120)
+        self.assertEqual(process.returncode, 3, errors)
+        document = json.loads(output)
+        self.assertEqual(document["status"], "partial")
+        self.assertIn("Register0", document["instances"][0]["properties"])
+        self.assertNotIn("Register99", document["instances"][0]["properties"])
+        self.assertIn("127.0.0.1", errors)
+
+
+if __name__ == "__main__":
+    unittest.main()

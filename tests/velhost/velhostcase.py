@@ -1,0 +1,64 @@
+"""Runs velhost as a program, in a folder of its own, and writes small servers and schemas for it."""
+
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+VELHOST = os.environ["VELHOST"]
+SOURCE = pathlib.Path(os.environ["VELHOST_SOURCE"])
+
+BRIDGE = "KROSG_VO_PCIIOBRIDGE_StatisticData"
+
+SCHEMA = """
+Qualifier SupportedMachineTypes : string[], Scope(class), Flavor(EnableOverride, Restricted);
+Qualifier MaxInstanceCount : uint16, Scope(class), Flavor(EnableOverride, Restricted);
+Qualifier Offset : uint32, Scope(property);
+Qualifier MaxLen : uint32, Scope(property);
+Qualifier Index : uint16, Scope(property);
+class KROSG_Top {
+  string InstanceID; string ElementName; string MachineType; datetime StatisticTime;
+};
+class KROSG_PCIIOBRIDGE_StatisticData : KROSG_Top {};
+class KROSG_MEMCTL_StatisticData : KROSG_Top {};
+class KROSG_L3Cache_StatisticData : KROSG_Top {};
+[SupportedMachineTypes{"6203", "4411"}, MaxInstanceCount(@COUNT@)]
+class KROSG_VO_PCIIOBRIDGE_StatisticData : KROSG_Top {
+  @REGISTERS@
+};
+class KROSG_DCAPFile {
+  string FileName; string ErrRawData; datetime MessageTimestamp; string SourceNode;
+  string CreationClassName; string LogCreationClassName; string LogName; string RecordID;
+};
+"""
+
+
+class VelhostCase(unittest.TestCase):
+    def setUp(self):
+        self._folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self._folder.cleanup)
+        self.folder = pathlib.Path(self._folder.name)
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.write_text(text)
+        return str(path)
+
+    def schema(self, registers, count=1):
+        """A schema with one R8 class; `registers` are pairs of a name and (Offset, MaxLen)."""
+        lines = [f"[Offset({offset}), MaxLen({length})] uint8 {name}[];" for name, (offset, length) in registers.items()]
+        text = SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines))
+        return self.write("schema.mof", text)
+
+    def run_velhost(self, *arguments, environment=None, **options):
+        variables = dict(os.environ, TZ="UTC0", **(environment or {}))
+        return subprocess.run([VELHOST, *arguments], capture_output=True, text=True, timeout=120, cwd=self.folder,
+                              env=variables, **options)
+
+    def collect(self, *arguments, status=0):
+        """The JSON document of a collection that ends with the status."""
+        done = self.run_velhost("collect", "--format", "json", *arguments)
+        self.assertEqual(done.returncode, status, done.stderr)
+        return json.loads(done.stdout)
