@@ -111,8 +111,8 @@ boost::shared_ptr<TNamespace> MakeSchema(int r8Registers) {
   top.properties = {Scalar("InstanceID", TType::kString), Scalar("ElementName", TType::kString),
                     Scalar("MachineType", TType::kString), Scalar("StatisticTime", TType::kDateTime)};
   schema->AddClass(top);
-  const TQualifierDefinition types = {"SupportedMachineTypes",
-                                      TCIMValue(TType(TType::kString), 1, {TCIMValue("6203")}), {}, {}};
+  const TQualifierDefinition types = {
+      "SupportedMachineTypes", TCIMValue(TType(TType::kString), 1, {TCIMValue("6203")}), {}, {}};
   for (const char* base :
        {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
     TClassDefinition definition;
@@ -136,8 +136,8 @@ boost::shared_ptr<TNamespace> MakeSchema(int r8Registers) {
   schema->AddClass(jfr);
   TClassDefinition file;
   file.name = "KROSG_DCAPFile";
-  for (const char* name : {"FileName", "ErrRawData", "SourceNode", "CreationClassName", "LogCreationClassName",
-                           "LogName", "RecordID"}) {
+  for (const char* name :
+       {"FileName", "ErrRawData", "SourceNode", "CreationClassName", "LogCreationClassName", "LogName", "RecordID"}) {
     file.properties.push_back(Scalar(name, TType::kString));
   }
   file.properties.push_back(Scalar("MessageTimestamp", TType::kDateTime));
@@ -185,10 +185,14 @@ struct TBench {
   void R8() {
     torgareg::TTORGARegPluginCallbacks plugin;
     const auto schema = MakeSchema(kRegisters);
-    const auto times = bench::Measure(
-        {{"streams", [this] { for (int i = 0; i < 100; ++i) sink += StreamedRegister(); }, 100},
-         {"plugin", [&] { Collect(plugin, schema, "KROSG_VO_PCIIOBRIDGE_StatisticData"); }, kRegisters}},
-        21);
+    const auto times =
+        bench::Measure({{"streams",
+                         [this] {
+                           for (int i = 0; i < 100; ++i) sink += StreamedRegister();
+                         },
+                         100},
+                        {"plugin", [&] { Collect(plugin, schema, "KROSG_VO_PCIIOBRIDGE_StatisticData"); }, kRegisters}},
+                       21);
     bench::Report("one R8 register through the whole plugin, against one stream per value", ">= 25",
                   times[0] / times[1], bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0]));
   }
@@ -201,12 +205,19 @@ struct TBench {
     const TStopSignal never;
     const dotCmd command(2, 0, 0, nullptr, nullptr);
     serviceProcessor.SendDot(0, command, {block.data(), 4096}, length, never);
-    const auto times = bench::Measure(
-        {{"dump", [&] { for (int i = 0; i < 100; ++i) sink += torgareg::print2Array(block.data(), 4096).size(); }, 100},
-         {"plugin", [&] {
-            for (int i = 0; i < 100; ++i) Collect(plugin, schema, "KROSG_X_PCIIOBRIDGE_StatisticData");
-          }, 100}},
-        21);
+    const auto times = bench::Measure({{"dump",
+                                        [&] {
+                                          for (int i = 0; i < 100; ++i)
+                                            sink += torgareg::print2Array(block.data(), 4096).size();
+                                        },
+                                        100},
+                                       {"plugin",
+                                        [&] {
+                                          for (int i = 0; i < 100; ++i)
+                                            Collect(plugin, schema, "KROSG_X_PCIIOBRIDGE_StatisticData");
+                                        },
+                                        100}},
+                                      21);
     bench::Report("one JFR instance of 50 registers, against the dump of its block", "<= 3", times[1] / times[0],
                   bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0]));
   }
@@ -218,7 +229,8 @@ struct TBench {
       serviceProcessor.areaSize = size;
       plugin.ReadErrFFDC(schema, "cpu_err");
     };
-    const auto times = bench::Measure({{"128 KiB", [&] { run(128U << 10U); }, 1}, {"1 MiB", [&] { run(1U << 20U); }, 1}}, 7);
+    const auto times =
+        bench::Measure({{"128 KiB", [&] { run(128U << 10U); }, 1}, {"1 MiB", [&] { run(1U << 20U); }, 1}}, 7);
     bench::Report("a 1 MiB capture file, against a 128 KiB one", "<= 10", times[1] / times[0],
                   bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0]));
   }

@@ -2,8 +2,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/core/cimnamespace.h"
 #include "host/core/ciminstance.h"
+#include "host/core/cimnamespace.h"
 
 namespace NKROVEL20 {
 
@@ -38,8 +38,7 @@ void TCIMClass::ResolveProperties() {
   for (TPropertyDefinition& definition : definition_.properties) {
     const std::size_t index = FindProperty(definition.name);
     if (index < properties_.size()) {
-      properties_[index] =
-          boost::make_shared<TPropertyDecl>(std::move(definition), self, properties_[index].get());
+      properties_[index] = boost::make_shared<TPropertyDecl>(std::move(definition), self, properties_[index].get());
     } else {
       properties_.push_back(boost::make_shared<TPropertyDecl>(std::move(definition), self, nullptr));
       ownIndex_.emplace(properties_.back()->Definition().name, index);

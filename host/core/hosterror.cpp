@@ -2,8 +2,7 @@
 
 namespace NKROVEL20 {
 
-THostError::THostError(EExitStatus status, const std::string& message)
-    : std::runtime_error(message), status_(status) {}
+THostError::THostError(EExitStatus status, const std::string& message) : std::runtime_error(message), status_(status) {}
 
 THostError::~THostError() = default;
 

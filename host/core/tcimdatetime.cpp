@@ -106,8 +106,8 @@ std::string TCIMDateTime::ToIso8601() const {
   if (!literal_.empty()) return literal_;
   const int offset = std::abs(int{utcOffsetMinutes_});
   const std::string fraction = microseconds_ == 0 ? std::string() : fmt::format(".{:06}", microseconds_);
-  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}{}{}{:02}:{:02}", year_, month_, day_, hour_, minute_,
-                     second_, fraction, utcOffsetMinutes_ < 0 ? '-' : '+', offset / 60, offset % 60);
+  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}{}{}{:02}:{:02}", year_, month_, day_, hour_, minute_, second_,
+                     fraction, utcOffsetMinutes_ < 0 ? '-' : '+', offset / 60, offset % 60);
 }
 
 }  // namespace NKROVEL20

@@ -37,9 +37,7 @@ EKind KindOf(TType type) {
   }
 }
 
-[[noreturn]] void ThrowMismatch(const std::string& detail) {
-  ThrowHostFailure(TVELStatusCode::kTypeMismatch, detail);
-}
+[[noreturn]] void ThrowMismatch(const std::string& detail) { ThrowHostFailure(TVELStatusCode::kTypeMismatch, detail); }
 
 // Integers are stored as 64 bits: unsigned ones zero extended, signed ones sign extended.
 std::uint64_t Narrow(TType type, std::uint64_t bits) {
@@ -106,14 +104,15 @@ std::uint64_t IntegerFromReal(double number) {
   if (std::isnan(number) || number < -9223372036854775808.0 || number >= 18446744073709551616.0) {
     ThrowMismatch(fmt::format("{} is outside the range of an integer", number));
   }
-  return number < 0 ? static_cast<std::uint64_t>(static_cast<std::int64_t>(number)) : static_cast<std::uint64_t>(number);
+  return number < 0 ? static_cast<std::uint64_t>(static_cast<std::int64_t>(number))
+                    : static_cast<std::uint64_t>(number);
 }
 
 void AppendInteger(std::string& text, std::uint64_t bits, bool isSigned, int radix) {
   std::array<char, 72> digits;  // 64 binary digits and a sign
-  const auto result = isSigned ? std::to_chars(digits.data(), digits.data() + digits.size(),
-                                               static_cast<std::int64_t>(bits), radix)
-                               : std::to_chars(digits.data(), digits.data() + digits.size(), bits, radix);
+  const auto result =
+      isSigned ? std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::int64_t>(bits), radix)
+               : std::to_chars(digits.data(), digits.data() + digits.size(), bits, radix);
   text.append(digits.data(), result.ptr);
 }
 

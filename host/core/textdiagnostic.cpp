@@ -6,8 +6,8 @@ namespace NKROVEL20 {
 
 namespace {
 
-constexpr std::size_t kWidest = 160;  // bytes of a source line that are shown
-constexpr int kMostContinuations = 3;   // bytes of a UTF-8 character behind its first
+constexpr std::size_t kWidest = 160;   // bytes of a source line that are shown
+constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character behind its first
 
 bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 

@@ -15,8 +15,7 @@ std::string TVELStatusCode::TranslateStatusCode() const {
   }
 }
 
-TVELException::TVELException(TVELStatusCode status)
-    : status_(status), text_(status.TranslateStatusCode()) {}
+TVELException::TVELException(TVELStatusCode status) : status_(status), text_(status.TranslateStatusCode()) {}
 
 TVELException::~TVELException() = default;
 

@@ -101,8 +101,8 @@ std::unique_ptr<TLoadedPlugin> TPluginLoader::Load(const std::string& path) {
   if (outcome.provider && outcome.refusals.empty()) {
     return std::make_unique<TLoadedPlugin>(loader_, library, std::move(outcome.provider));
   }
-  std::string reason = outcome.refusals.empty() ? "it registered no plugin object while it was being loaded"
-                                                : outcome.refusals.front();
+  std::string reason =
+      outcome.refusals.empty() ? "it registered no plugin object while it was being loaded" : outcome.refusals.front();
   if (outcome.provider) outcome.provider->Plugin()->PrepareForUnload();
   loader_.Close(library);
   throw THostError(EExitStatus::kNoInput, "plugin " + path + " cannot be used: " + reason);

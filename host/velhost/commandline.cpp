@@ -94,7 +94,9 @@ void AddCheck(CLI::App& app, TCheckOptions& options) {
 
 void AddSimulate(CLI::App& app, TSimulateArguments& options) {
   app.add_option("FILE", options.file, "the server file")->required()->type_name("");
-  app.add_option("--node", options.node, "which BMC node answers; default 0")->type_name("N")->check(CLI::Range(0, 255));
+  app.add_option("--node", options.node, "which BMC node answers; default 0")
+      ->type_name("N")
+      ->check(CLI::Range(0, 255));
   app.add_option("--port", options.port, "UDP port on 127.0.0.1; default 9623")
       ->type_name("PORT")
       ->check(CLI::Range(1, 65535));
@@ -134,9 +136,10 @@ struct TParser {
     AddCheck(*check, result.check);
     AddSimulate(*AddVerb(EVerb::kSimulate, "simulate", "serve a simulated server over IPMI on the network"),
                 result.simulate);
-    app.footer("Examples:\n  velhost collect                      everything the demo server has\n"
-               "  velhost collect --sp inband          from this server's BMC\n"
-               "  velhost COMMAND --help               what a command takes");
+    app.footer(
+        "Examples:\n  velhost collect                      everything the demo server has\n"
+        "  velhost collect --sp inband          from this server's BMC\n"
+        "  velhost COMMAND --help               what a command takes");
   }
 };
 
@@ -185,7 +188,8 @@ std::string ExplainUnknown(const TParser& parser, const std::vector<std::string>
   return {};
 }
 
-std::string ExplainError(const TParser& parser, const std::vector<std::string>& arguments, const CLI::ParseError& error) {
+std::string ExplainError(const TParser& parser, const std::vector<std::string>& arguments,
+                         const CLI::ParseError& error) {
   std::string message = ExplainUnknown(parser, arguments);
   if (message.empty() && arguments.empty()) message = "no command is given";
   if (message.empty()) message = error.what();

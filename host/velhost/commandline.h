@@ -14,8 +14,8 @@ enum class ELogFormat { kText, kJsonLines };
 enum class EWhen { kAuto, kAlways, kNever };
 
 struct TCommonOptions {
-  std::string plugin;                   ///< empty: the one beside velhost
-  std::vector<std::string> schema;      ///< empty: the one installed or built with velhost
+  std::string plugin;                          ///< empty: the one beside velhost
+  std::vector<std::string> schema;             ///< empty: the one installed or built with velhost
   std::vector<std::string> serviceProcessors;  ///< empty: the shipped demo server
   std::optional<std::string> machineType;
   std::string log;

@@ -16,10 +16,9 @@ boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std
   std::vector<std::string_view> names;
   for (const auto& candidate : cimNamespace.Classes()) names.push_back(candidate->Name());
   const std::string_view nearest = NearestName(name, names);
-  throw THostError(EExitStatus::kUsage,
-                   "the schema has no class \"" + name + "\"" +
-                       (nearest.empty() ? "; \"velhost classes\" lists those that can be collected"
-                                        : "; did you mean " + std::string(nearest) + "?"));
+  throw THostError(EExitStatus::kUsage, "the schema has no class \"" + name + "\"" +
+                                            (nearest.empty() ? "; \"velhost classes\" lists those that can be collected"
+                                                             : "; did you mean " + std::string(nearest) + "?"));
 }
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {

@@ -91,13 +91,13 @@ class TReplayConnection : public IServerConnection {
 // BMC nodes on the network. What machine they belong to, only the user knows.
 class TLanConnection : public IServerConnection {
  public:
-  TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs, const TInstallation& installation,
-                 const TStopSignal& stop)
-      : serviceProcessor_(OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()},
-                                  [this](const std::string& notice) {
-                                    lost_ = true;
-                                    std::cerr << "velhost: " << notice << "\n";
-                                  })) {}
+  TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs,
+                 const TInstallation& installation, const TStopSignal& stop)
+      : serviceProcessor_(
+            OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()}, [this](const std::string& notice) {
+              lost_ = true;
+              std::cerr << "velhost: " << notice << "\n";
+            })) {}
   IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
   IHostEnvironment& Environment() override { return environment_; }
   bool WasLost() const override { return lost_; }

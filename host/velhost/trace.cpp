@@ -31,9 +31,8 @@ bool WriteAll(int descriptor, const std::string& text) {
 }  // namespace
 
 std::string FormatTraceJson(ILogger::EVELLogSeverity severity, const std::string& message) {
-  const nlohmann::ordered_json line = {{"severity", static_cast<int>(severity)},
-                                       {"level", TTraceLogger::SeverityName(severity)},
-                                       {"message", message}};
+  const nlohmann::ordered_json line = {
+      {"severity", static_cast<int>(severity)}, {"level", TTraceLogger::SeverityName(severity)}, {"message", message}};
   return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 

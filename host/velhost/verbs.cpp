@@ -72,8 +72,6 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
     case EVerb::kPlugin: return ShowPlugin(commandLine.common, installation);
     case EVerb::kSimulate: return SimulateCommand(commandLine.simulate, installation);
     case EVerb::kCheck: return CheckSchemaFiles(commandLine, installation);
-
-
   }
   throw THostError(EExitStatus::kInternal, "unknown command");
 }

@@ -128,15 +128,25 @@ class TSweep {
   }
 
   void SweepDot(std::size_t place) {
-    HurtDot(place, [](std::span<std::uint8_t>, int&) { return false; }, "lost");
+    HurtDot(
+        place, [](std::span<std::uint8_t>, int&) { return false; }, "lost");
     for (const int total : DotLengths()) {
-      HurtDot(place, [total](std::span<std::uint8_t>, int& length) { length = total; return true; }, "length that lies");
+      HurtDot(
+          place,
+          [total](std::span<std::uint8_t>, int& length) {
+            length = total;
+            return true;
+          },
+          "length that lies");
     }
     for (int bit = 0; bit < 4096 * 8; bit += Step(61)) {
-      HurtDot(place, [bit](std::span<std::uint8_t> response, int&) {
-        response[static_cast<std::size_t>(bit / 8)] ^= static_cast<std::uint8_t>(1U << (bit % 8));
-        return true;
-      }, "flipped bit");
+      HurtDot(
+          place,
+          [bit](std::span<std::uint8_t> response, int&) {
+            response[static_cast<std::size_t>(bit / 8)] ^= static_cast<std::uint8_t>(1U << (bit % 8));
+            return true;
+          },
+          "flipped bit");
     }
   }
 

@@ -40,11 +40,19 @@ boost::shared_ptr<TNamespace> MakeSchema(const std::string& machineType) {
     schema->AddClass(TClassBuilder(name, "KROSG_StatisticBase"));
   }
   schema->AddClass(TClassBuilder(kJfrClass, "KROSG_PCIIOBRIDGE_StatisticData")
-                       .Machines({machineType}).MaxInstances(2).Record("First", 2).Record("Second", 250));
+                       .Machines({machineType})
+                       .MaxInstances(2)
+                       .Record("First", 2)
+                       .Record("Second", 250));
   schema->AddClass(TClassBuilder(kBridgeClass, "KROSG_StatisticBase")
-                       .Machines({machineType}).MaxInstances(2).Register("Wide", 0x1000, 8).Register("Narrow", 0x1008, 4));
+                       .Machines({machineType})
+                       .MaxInstances(2)
+                       .Register("Wide", 0x1000, 8)
+                       .Register("Narrow", 0x1008, 4));
   schema->AddClass(TClassBuilder(kMemoryClass, "KROSG_StatisticBase")
-                       .Machines({machineType}).MaxInstances(1).Register("Status", 0x2000, 8)
+                       .Machines({machineType})
+                       .MaxInstances(1)
+                       .Register("Status", 0x2000, 8)
                        .Register("Pair", std::vector<std::uint32_t>{0x2008, 0x2010}, 8));
   schema->AddClass(TClassBuilder(kFileClass).CaptureProperties());
   return schema;
@@ -140,7 +148,10 @@ bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<s
 }
 
 THost::THost(const std::string& machineType)
-    : machineType_(machineType), server_(MakeServer(machineType)), tamperer_(server_), schema_(MakeSchema(machineType)) {
+    : machineType_(machineType),
+      server_(MakeServer(machineType)),
+      tamperer_(server_),
+      schema_(MakeSchema(machineType)) {
   THostServices::SetPluginManager(boost::make_shared<TManager>());
   THostServices::SetCoreLogger(this);
   THostServices::SetEnvironment(this);
@@ -193,7 +204,8 @@ TOutcome THost::Run() {
   tamperer_.onHurt = [this, &outcome](bool isDot) { outcome.hurt.push_back(isDot ? class_ : part_); };
   plugin_->Init();
   std::vector<boost::shared_ptr<ICIMClass>> classes;
-  for (const char* name : {kJfrClass, kBridgeClass, kMemoryClass, kFileClass}) classes.push_back(schema_->FindClass(name));
+  for (const char* name : {kJfrClass, kBridgeClass, kMemoryClass, kFileClass})
+    classes.push_back(schema_->FindClass(name));
   try {
     plugin_->GetData(schema_, classes);
   } catch (const std::exception& exception) {

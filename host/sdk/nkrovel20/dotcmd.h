@@ -13,8 +13,8 @@ namespace NKROVEL20 {
 /// less gives an empty array.
 class NKROVEL20_API dotCmd {
  public:
-  dotCmd(unsigned char command, int identifierLength, int parameterLength,
-         const unsigned char* identifier, const unsigned char* parameters);
+  dotCmd(unsigned char command, int identifierLength, int parameterLength, const unsigned char* identifier,
+         const unsigned char* parameters);
   ~dotCmd();
 
   std::uint8_t GetCommand() const noexcept { return command_; }

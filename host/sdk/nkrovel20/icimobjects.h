@@ -57,8 +57,7 @@ class NKROVEL20_API ICIMNamespace {
  public:
   virtual ~ICIMNamespace();
   /// The class of that name, in any case; empty when there is none.
-  virtual boost::shared_ptr<ICIMClass> GetClass(const std::string& name,
-                                                const TPropertyMap& context) = 0;
+  virtual boost::shared_ptr<ICIMClass> GetClass(const std::string& name, const TPropertyMap& context) = 0;
   /// The machine type known to the namespace; see TCIMSchemaHelper::GetMachineType.
   virtual std::string GetMachineType() const = 0;
 };
@@ -79,12 +78,10 @@ class NKROVEL20_API ICIMClass : public ICIMNamed, public ICIMQualifierHolder {
   /// A new, empty instance of this class; it reaches the host's answer when it is committed.
   virtual boost::shared_ptr<ICIMInstance> CreateInstance(const TPropertyMap& context) = 0;
   /// Hands subclasses to the callback in declaration order until it returns false.
-  virtual void EnumerateSubClasses(const TClassCallback& callback, int flag,
-                                   const TPropertyMap& context) = 0;
+  virtual void EnumerateSubClasses(const TClassCallback& callback, int flag, const TPropertyMap& context) = 0;
   /// Hands all property declarations to the callback, inherited ones first (from the root class
   /// down), each in declaration order, until it returns false.
-  virtual void EnumeratePropertyDecls(const TPropertyDeclCallback& callback,
-                                      const TPropertyMap& context) = 0;
+  virtual void EnumeratePropertyDecls(const TPropertyDeclCallback& callback, const TPropertyMap& context) = 0;
 };
 
 class NKROVEL20_API ICIMInstance {
@@ -93,8 +90,7 @@ class NKROVEL20_API ICIMInstance {
   /// Sets one property. A name that the class does not declare throws with
   /// TVELStatusCode::kNoSuchProperty, a value that does not fit the declared type with
   /// TVELStatusCode::kTypeMismatch.
-  virtual void SetProperty(const std::string& name, const TCIMValue& value,
-                           const TPropertyMap& context) = 0;
+  virtual void SetProperty(const std::string& name, const TCIMValue& value, const TPropertyMap& context) = 0;
   /// Hands the finished instance to the host, which owns it from then on. Once per instance.
   virtual void Commit(const TPropertyMap& context) = 0;
 };

@@ -43,8 +43,7 @@ class NKROVEL20_API SPLibrary {
   /// Sends one dot command to service processor `spIndex` (from 0). At most `bufferSize` bytes of
   /// the response go to `response`; `*responseLength` becomes their number. Returns false, and
   /// leaves both as they were, when there was no answer.
-  bool sendDotCommand(dotCmd* command, unsigned char* response, int* responseLength, int spIndex,
-                      int bufferSize);
+  bool sendDotCommand(dotCmd* command, unsigned char* response, int* responseLength, int spIndex, int bufferSize);
 
  private:
   explicit SPLibrary(int node);

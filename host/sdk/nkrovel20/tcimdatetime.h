@@ -11,9 +11,8 @@ class NKROVEL20_API TCIMDateTime {
  public:
   /// A point in time. The fields are kept as given: nothing is checked or normalised, so that a
   /// service processor's impossible date still shows. `utcOffsetMinutes` is local time minus UTC.
-  TCIMDateTime(unsigned short year, unsigned short month, unsigned int day, unsigned short hour,
-               unsigned short minute, unsigned short second, unsigned int microseconds,
-               short utcOffsetMinutes);
+  TCIMDateTime(unsigned short year, unsigned short month, unsigned int day, unsigned short hour, unsigned short minute,
+               unsigned short second, unsigned int microseconds, short utcOffsetMinutes);
   TCIMDateTime(const TCIMDateTime& other) = default;
   TCIMDateTime& operator=(const TCIMDateTime& other) = default;
   ~TCIMDateTime() = default;
@@ -31,9 +30,7 @@ class NKROVEL20_API TCIMDateTime {
   /// asterisks is given as CIM writes it.
   std::string ToIso8601() const;
 
-  friend bool operator==(const TCIMDateTime& a, const TCIMDateTime& b) {
-    return a.ToString() == b.ToString();
-  }
+  friend bool operator==(const TCIMDateTime& a, const TCIMDateTime& b) { return a.ToString() == b.ToString(); }
   friend bool operator!=(const TCIMDateTime& a, const TCIMDateTime& b) { return !(a == b); }
 
  private:
