@@ -54,10 +54,10 @@ void AddCommonOptions(CLI::App& app, TCommonOptions& options) {
       ->type_name("FILE");
   app.add_option("--cipher-suite", options.cipherSuite, "lan: cipher suite; default 17, then 3")
       ->type_name("N")
-      ->check(CLI::Range(0, 17));
+      ->check(CLI::Range(0, 17).description(""));
   app.add_option("--privilege", options.privilege, "lan: privilege level; default admin")
       ->type_name("user|operator|admin")
-      ->check(CLI::IsMember({"user", "operator", "admin"}));
+      ->check(CLI::IsMember({"user", "operator", "admin"}).description(""));
   app.add_flag("--replay-timing", options.replayTiming, "replay: wait as long as the recording did");
 }
 
@@ -65,12 +65,12 @@ void AddCollect(CLI::App& app, TCollectOptions& options) {
   app.add_option("CLASS", options.classes, "classes to collect; default: all that this machine serves")->type_name("");
   app.add_option("--format", options.format, "output form; default: table on a terminal, else json")
       ->type_name("table|json|jsonl|mof|cimxml")
-      ->check(CLI::IsMember({"table", "json", "jsonl", "mof", "cimxml"}));
+      ->check(CLI::IsMember({"table", "json", "jsonl", "mof", "cimxml"}).description(""));
   app.add_option("-o,--output", options.output, "write there instead of standard output")->type_name("FILE");
   app.add_option("--record", options.record, "record every exchange with the service processor")->type_name("FILE");
   app.add_option("--timeout", options.timeoutSeconds, "deadline for the whole collection")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e9));
+      ->check(CLI::Range(0.001, 1e9).description(""));
   app.add_flag("--single-request", options.singleRequest, "ask for all classes in one request, in this order");
   app.add_option("--capture-dir", options.captureDir, "also write each capture file there")->type_name("DIR");
   AddChoice(app, "--progress", options.progress, kWhen, "auto|always|never", "progress on standard error");
@@ -96,13 +96,13 @@ void AddSimulate(CLI::App& app, TSimulateArguments& options) {
   app.add_option("FILE", options.file, "the server file")->required()->type_name("");
   app.add_option("--node", options.node, "which BMC node answers; default 0")
       ->type_name("N")
-      ->check(CLI::Range(0, 255));
+      ->check(CLI::Range(0, 255).description(""));
   app.add_option("--port", options.port, "UDP port on 127.0.0.1; default 9623")
       ->type_name("PORT")
-      ->check(CLI::Range(1, 65535));
+      ->check(CLI::Range(1, 65535).description(""));
   app.add_option("--serial-port", options.serialPort, "also serve as a virtual machine's BMC on this TCP port")
       ->type_name("PORT")
-      ->check(CLI::Range(1, 65535));
+      ->check(CLI::Range(1, 65535).description(""));
   app.footer("Example:\n  velhost simulate demo.toml --port 9623");
 }
 
@@ -206,7 +206,9 @@ std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arg
     parser.app.parse(std::move(reversed));
   } catch (const CLI::CallForHelp&) {
     const auto used = parser.app.get_subcommands();
-    out << (used.empty() ? parser.app.help() : used.front()->help());
+    out << (used.empty() ? parser.app.help()
+                         : used.front()->help(parser.app.get_name()) +
+                               "\nThe options of \"velhost --help\" stand for every command.\n");
     return std::nullopt;
   } catch (const CLI::CallForVersion& version) {
     out << version.what() << "\n";
