@@ -18,7 +18,9 @@ const char* const kBase = "KROSG_MEMCTL_StatisticData";
 boost::shared_ptr<TNamespace> MakeNamespace(TByteStream& bytes) {
   const auto ns = TNamespace::Create();
   ns->SetMachineType("6203");
-  ns->AddClass(TClassBuilder(kBase).Identification());
+  // Two levels up: this path would read "ElementName" of a direct superclass as a register.
+  ns->AddClass(TClassBuilder("ROOT").Identification());
+  ns->AddClass(TClassBuilder(kBase, "ROOT"));
   ns->AddClass(TClassBuilder("Memory6203", kBase)
                    .MaxInstances(bytes.Next() % 20)
                    .Record("One", bytes.Next16())
