@@ -41,7 +41,8 @@ NKROVEL20_API int ProcessUtcOffsetMinutes();
 /// Makes that the offset of the process's time zone for good. Call it while the process has one thread.
 NKROVEL20_API void ApplyUtcOffset(int minutes);
 
-/// A file that takes one line with one write, so that a killed process leaves whole lines only.
+/// A file that takes one line with one write: a killed process leaves whole lines, of which the last
+/// may be cut, as a replay expects.
 class NKROVEL20_API TRecordingFile : public ITextSink {
  public:
   /// Creates or empties the file; THostError (kCannotCreate) where that fails.
