@@ -23,7 +23,7 @@ boost::shared_ptr<TCIMClass> TNamespace::AddClass(TClassDefinition definition, s
     ThrowHostFailure(TVELStatusCode::kInvalidClass,
                      "class " + definition.name + " derives from unknown class " + definition.superClass);
   }
-  const auto added = boost::make_shared<TCIMClass>(std::move(definition), superClass, weak_from_this());
+  auto added = boost::make_shared<TCIMClass>(std::move(definition), superClass, weak_from_this());
   added->ResolveProperties();
   byName_.emplace(added->Name(), added);
   added_.push_back({order, added});
