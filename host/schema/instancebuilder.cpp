@@ -45,7 +45,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
                "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
   }
   if (!HasRoom(unit, syntax, cimClass->Properties().size())) return {};
-  const auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
+  auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
   TSeenNames names;
   for (std::uint32_t i = 0; i < syntax.assignments.count; ++i) {
     const Mof::TAssignment& assignment = unit.file->assignments[syntax.assignments.first + i];

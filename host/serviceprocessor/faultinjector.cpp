@@ -26,7 +26,7 @@ void Truncate(std::size_t size, TIPMICommandBuffer& buffer, int& length) {
 }  // namespace
 
 TFaultInjector::TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults) : inner_(inner) {
-  for (TFault& fault : faults) faults_.push_back({std::move(fault)});
+  for (TFault& fault : faults) faults_.push_back({fault});
 }
 
 // Faults behind the one that is applied count as well.
