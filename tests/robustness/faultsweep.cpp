@@ -159,8 +159,8 @@ class TSweep {
     return lengths;
   }
 
-  // A size answer is 9 + 3 + 4 bytes long, as is the answer to an open; flips of an open's handle are
-  // skipped with it, but every value of the handle is covered by the data length and length sweeps.
+  // A size answer is 9 + 3 + 4 bytes long, as is the answer to an open, whose handle is therefore not
+  // flipped either: the sweep does not cover wrong handles.
   static constexpr int kSizeAnswer = 16;
 
   void Check(const char* how) {
