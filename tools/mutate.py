@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Mutation test of the collector: changes its sources in one small place at a time and looks whether a test notices.
 
-  tools/mutate.py [--list] [--count N [--seed S]] [--jobs N] [--again FILE] [--velhost FILE --agree N] [SOURCE...]
+  tools/mutate.py [--list] [--count N [--seed S]] [--jobs N] [--again FILE] [--compare] [--velhost FILE --agree N]
+                  [SOURCE...]
 
 SOURCE limits the run to files whose path contains one of them. The build is the preset "mutation"; the sources in the
-tree are never touched. One line for each mutant, then the sums. A mutant that does not compile, that compiles to the
-same machine code, or that tools/mutate-equivalent.txt explains does not count. --again takes only the mutants that
-survived in an earlier run's output. --agree N lets the collector model judge survivors over N random servers.
+tree are never touched. One line for each mutant, then the sums. A mutant that does not compile, or that
+tools/mutate-equivalent.txt explains, does not count; with --compare neither does a survivor that an optimising compiler
+makes the same code of. --again takes only the mutants that survived in an earlier run's output. --agree N lets the
+collector model judge survivors over N random servers.
 Exit status 1 if a mutant that counts survived."""
 
 import argparse
@@ -20,7 +22,7 @@ import resource
 import shlex
 import subprocess
 import sys
-from concurrent.futures import ThreadPoolExecutor
+from concurrent.futures import ThreadPoolExecutor, as_completed
 
 from mutants import find_mutants
 
@@ -33,7 +35,9 @@ TESTS = {"plugin_test": "plugin", "r8_test": "r8", "jfr_test": "jfr", "ffdc_test
          "pluginload_test": "plugin"}
 # Its header is compiled for one level of optimisation.
 PRECOMPILED = re.compile(r"-Xclang -include-pch -Xclang \S+ -Xclang -include -Xclang \S+")
-CPU_SECONDS = 10
+# The C library's own checks: bytes behind the end of a block, memory that nobody has set.
+STRICT_MEMORY = {"LD_PRELOAD": "libc_malloc_debug.so.0", "MALLOC_CHECK_": "3", "MALLOC_PERTURB_": "165"}
+CPU_SECONDS = 2
 MEMORY = 4 << 30
 
 
@@ -156,7 +160,7 @@ class Worker:
         killer = self.first_failure(mutant, programs) or (options.agree and self.disagreement(options))
         if killer:
             return "killed", killer
-        same = all(self.machine_code(file, mutant.file) == self.plain_code(file) for file in changed)
+        same = options.compare and all(self.machine_code(file, mutant.file) == self.plain_code(file) for file in changed)
         return ("same code", "") if same else ("survived", "")
 
     def judge_module(self, objects):
@@ -171,16 +175,15 @@ class Worker:
             os.rename(module + ".kept", module)
 
     def first_failure(self, mutant, programs):
+        """Those of the mutant's own folder first, and these once more with strict memory."""
         own = os.path.dirname(mutant.file)
-        for name in sorted(TESTS, key=lambda test: TESTS[test] != own):
-            failure = self.fails(name, programs[name])
-            if failure:
-                return failure
-        return None
+        order = sorted(TESTS, key=lambda test: TESTS[test] != own)
+        rounds = [(name, False) for name in order] + [(name, True) for name in order if TESTS[name] == own]
+        return next(filter(None, (self.fails(name, programs[name], strict) for name, strict in rounds)), None)
 
-    def fails(self, name, program):
+    def fails(self, name, program, strict=False):
         command = [program or os.path.join(BUILD, "tests", name), "--gtest_brief=1", "--gtest_fail_fast=1"]
-        environment = dict(os.environ, LD_LIBRARY_PATH=self.folder)
+        environment = dict(os.environ, LD_LIBRARY_PATH=self.folder, **(STRICT_MEMORY if strict else {}))
         try:
             done = subprocess.run(command, cwd=self.folder, env=environment, stdout=subprocess.PIPE, timeout=120,
                                   stderr=subprocess.DEVNULL, preexec_fn=limit)
@@ -248,8 +251,8 @@ def try_all(mutants, options, sums):
 
     module = [mutant for mutant in mutants if mutant.file == "plugin/loadtimeinit.cpp"]
     with ThreadPoolExecutor(options.jobs) as pool:
-        for result in pool.map(one, [mutant for mutant in mutants if mutant not in module]):
-            report(sums, *result)
+        for done in as_completed([pool.submit(one, mutant) for mutant in mutants if mutant not in module]):
+            report(sums, *done.result())
     for mutant in module:
         report(sums, *one(mutant))
 
@@ -275,6 +278,7 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--again")
+    parser.add_argument("--compare", action="store_true")
     parser.add_argument("--velhost")
     parser.add_argument("--agree", type=int, default=0)
     options = parser.parse_args()
