@@ -119,7 +119,7 @@ class Worker:
     def compile(self, file, shadow, command=None):
         """Gives the new object file, or None."""
         command = command or self.build.compile[file]
-        target = os.path.join(self.folder, os.path.basename(self.build.output(command)))
+        target = os.path.join(self.folder, file.replace("/", ".") + ".o")
         command = command.replace(" -o " + self.build.output(command), " -o " + target)
         if file == shadow:
             command = command.replace(" -c " + os.path.join(TREE, file), " -c " + os.path.join(self.folder, file))
@@ -145,23 +145,37 @@ class Worker:
             os.remove(os.path.join(self.folder, mutant.file))
 
     def judge_written(self, mutant, options):
+        """What includes a mutated header is compiled anew; test programs only if those without it do not fail."""
         changed = self.build.users_of(mutant.file) if mutant.file.endswith(".h") else [mutant.file]
-        objects = {file: self.compile(file, mutant.file) for file in changed}
-        if None in objects.values():
-            return "did not compile", ""
-        programs = {name: os.path.join(BUILD, "tests", name) for name in TESTS}
-        for name in TESTS:
-            if any(self.build.output(self.build.compile[file]) in self.build.link[name] for file in objects):
-                programs[name] = self.relink(name, objects)
-        if self.relink("torgareg_parts", objects) is None or None in programs.values():
+        parts = [file for file in changed if not file.startswith("tests/")]
+        objects = {file: self.compile(file, mutant.file) for file in parts}
+        if None in objects.values() or self.relink("torgareg_parts", objects) is None:
             return "did not compile", ""
         if mutant.file == "plugin/loadtimeinit.cpp":
             return self.judge_module(objects)
-        killer = self.first_failure(mutant, programs) or (options.agree and self.disagreement(options))
+        killer = self.first_failure(mutant, {name: name for name in TESTS if not self.sources_in(name, changed)})
+        if not killer:
+            programs = self.rebuilt_tests(mutant, changed)
+            if programs is None:
+                return "did not compile", ""
+            killer = self.first_failure(mutant, programs) or (options.agree and self.disagreement(options))
         if killer:
             return "killed", killer
         same = options.compare and all(self.machine_code(file, mutant.file) == self.plain_code(file) for file in changed)
         return ("same code", "") if same else ("survived", "")
+
+    def sources_in(self, name, files):
+        return [file for file in files if " " + self.build.output(self.build.compile[file]) + " " in self.build.link[name]]
+
+    def rebuilt_tests(self, mutant, changed):
+        """The test programs that a mutated header is part of: name -> path. None if one cannot be built."""
+        programs = {}
+        for name in TESTS:
+            own = self.sources_in(name, changed)
+            if own:
+                objects = {file: self.compile(file, mutant.file) for file in own}
+                programs[name] = None if None in objects.values() else self.relink(name, objects)
+        return None if None in programs.values() else programs
 
     def judge_module(self, objects):
         """The module stands where its test looks for it, and is put back."""
@@ -170,19 +184,19 @@ class Worker:
         os.rename(module, module + ".kept")
         try:
             os.rename(made, module)
-            return ("killed", "pluginload_test") if self.fails("pluginload_test", None) else ("survived", "")
+            return ("killed", "pluginload_test") if self.fails("pluginload_test", "pluginload_test") else ("survived", "")
         finally:
             os.rename(module + ".kept", module)
 
     def first_failure(self, mutant, programs):
         """Those of the mutant's own folder first, and these once more with strict memory."""
         own = os.path.dirname(mutant.file)
-        order = sorted(TESTS, key=lambda test: TESTS[test] != own)
+        order = sorted(programs, key=lambda test: TESTS[test] != own)
         rounds = [(name, False) for name in order] + [(name, True) for name in order if TESTS[name] == own]
         return next(filter(None, (self.fails(name, programs[name], strict) for name, strict in rounds)), None)
 
     def fails(self, name, program, strict=False):
-        command = [program or os.path.join(BUILD, "tests", name), "--gtest_brief=1", "--gtest_fail_fast=1"]
+        command = [os.path.join(BUILD, "tests", program), "--gtest_brief=1", "--gtest_fail_fast=1"]
         environment = dict(os.environ, LD_LIBRARY_PATH=self.folder, **(STRICT_MEMORY if strict else {}))
         try:
             done = subprocess.run(command, cwd=self.folder, env=environment, stdout=subprocess.PIPE, timeout=120,
@@ -260,7 +274,7 @@ def try_all(mutants, options, sums):
 def check_unchanged(build):
     worker = Worker(build, "unchanged")
     for name in TESTS:
-        failure = worker.fails(name, None)
+        failure = worker.fails(name, name)
         if failure:
             sys.exit("fails without any change: " + failure)
 

@@ -144,11 +144,22 @@ TEST_F(TRecord, WithoutDataItIsAnEmptyArray) {
   const TCIMValue value = collector->getRegisterData(Property("R"), nullptr, 0);
   EXPECT_FALSE(value.IsNull());
   EXPECT_TRUE(NumbersOf(value).empty());
+  EXPECT_EQ(value.GetDeclaredSize(), 0U);
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint8);
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("getRegisterData - Invalid data passed to getRegisterData. Unable to parse data "
                                      "for register value")});
   EXPECT_EQ(Text(collector->getChipsetErrorRegisterValues(nullptr, 0), "R"), "{}") << "and the property is added";
+}
+
+TEST_F(TRecord, WithoutDataNoQualifierIsLookedUp) {
+  Collector(Chip().Array("R", {}));
+  EXPECT_TRUE(NumbersOf(collector->getRegisterData(Property("R"), nullptr, 0)).empty());
+}
+
+TEST_F(TRecord, BeforeAnyTimeItIsTheFirstCopys) {
+  Collector(Chip().Record("R", 1));
+  EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U);
 }
 
 TEST_F(TRecord, MaxLenIsLookedUpBehindIndexAndSteersNothing) {
