@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 mode=(--dry-run -Werror)
 if [ "${1:-}" = --fix ]; then mode=(-i); fi
-git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format-14 "${mode[@]}"
+git -c safe.directory='*' ls-files -z '*.cpp' '*.h' | xargs -0 clang-format-14 "${mode[@]}"

@@ -26,8 +26,10 @@ def anchors_of(text):
 
 
 def listed(tree, *patterns):
-    output = subprocess.run(["git", "-C", tree, "ls-files", "-z", "--cached", "--others", "--exclude-standard", "--",
-                             *patterns], stdout=subprocess.PIPE, check=True).stdout
+    # The tree may belong to another user than the one who tests it.
+    command = ["git", "-c", "safe.directory=*", "-C", tree, "ls-files", "-z", "--cached", "--others",
+               "--exclude-standard", "--", *patterns]
+    output = subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout
     return [tree / name for name in output.decode().split("\0") if name]
 
 
