@@ -293,6 +293,12 @@ TEST_F(TStorageAreaCalls, NodeZeroIsAskedFirstAndThenEachNode) {
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver", "instance 0", "instance 1"}));
 }
 
+TEST_F(TStorageAreaCalls, ANodeIsAnnouncedBeforeItsLibraryObjectIsAskedFor) {
+  logger.FailAt("The system has2 . Now reading Node0");
+  EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);
+  EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver"}));
+}
+
 TEST_F(TLibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
   const auto ns = TNamespace::Create();
   const auto chip = ns->AddClass(TClassBuilder("CHIP").MaxInstances(1));
