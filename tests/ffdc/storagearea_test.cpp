@@ -134,6 +134,13 @@ TEST_F(TStorageArea, QuerySizesAreSigned) {
   EXPECT_EQ(logger.Lines()[6], Debug("total storage area size:-2147483648\n"));
 }
 
+TEST_F(TStorageArea, QueryTakesFourBytesAndNoMore) {
+  int size = 0;
+  sp.Expect(Size("cpu_err").Answers(OemData({0x0A, 0x00, 0x00, 0x00, 0xFF, 0xFF})));
+  EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "cpu_err", Node(0)));
+  EXPECT_EQ(size, 10);
+}
+
 TEST_F(TStorageArea, QueryFailsSilentlyAndLeavesTheSize) {
   int size = 77;
   for (const TStep& step : {Size("cpu_err").Fails(0xCB), Size("cpu_err").Lost()}) {
