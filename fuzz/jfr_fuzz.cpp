@@ -48,6 +48,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   TServiceProcessorHub::Install(&sp, nullptr);
   torgareg::TJFRErrorData collector(ns->FindClass(kBase), ns->FindClass("Memory6203"));
   for (const TPropertyMap& map : collector.getData()) Check(map);
+  // The transport's two requests that no collector sends.
+  unsigned char value[8] = {};
+  unsigned short length = 0;
+  torgareg::TNOVRequestTorgaReg transport;
+  transport.getData(1, 2, value, &length);
+  transport.getTimeStamp(value, &length);
   TServiceProcessorHub::Install(nullptr, nullptr);
   return 0;
 }

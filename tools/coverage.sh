@@ -2,7 +2,7 @@
 # What the tests of the collector, or the fuzz corpora, reach: for each source file the part of its lines and branches,
 # then every line and branch that nothing reached.
 #   tools/coverage.sh                  tests/{plugin,ffdc,r8,jfr} over the collector
-#   tools/coverage.sh corpus [NAME...] fuzz/corpus/NAME over what that target reads
+#   tools/coverage.sh corpus [NAME...] fuzz/corpus/NAME over what that target reads; with CORPUS=DIR also DIR/NAME
 # A build of Clang, in build/coverage. Needs llvm-14 for llvm-cov-14 and llvm-profdata-14.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -71,9 +71,9 @@ if [ "${1:-}" = corpus ]; then
   for name in "$@"; do
     echo "== $name"
     rm -f "$profiles"/*
-    LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "${CORPUS:-$top/fuzz/corpus}/$name" >/dev/null
+    LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "$top/fuzz/corpus/$name" ${CORPUS:+"$CORPUS/$name"} >/dev/null
     # shellcheck disable=SC2046
-    report $(sources_of "$name") -- "$binaries/fuzz/${name}_fuzz"
+    report $(sources_of "$name") -- "$binaries/fuzz/${name}_fuzz" "$binaries"/lib/*.so
   done
 else
   # shellcheck disable=SC2086
