@@ -73,8 +73,11 @@ TPropertyMap TJFRErrorData::getChipsetErrorRegisterValues(unsigned char* data, i
   TPropertyMap values;
   for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
     const std::string& name = property->GetName({});
-    const std::string& origin = property->GetClassOrigin({})->GetName({});
-    const std::string& super = requestedClass->GetSuperClass({})->GetName({});
+    // Held while their names are in use: a host may own neither.
+    const boost::shared_ptr<ICIMClass> originClass = property->GetClassOrigin({});
+    const std::string& origin = originClass->GetName({});
+    const boost::shared_ptr<ICIMClass> superClass = requestedClass->GetSuperClass({});
+    const std::string& super = superClass->GetName({});
     log->writeVerbose("propertyDecl = " + name + ". classOrigin = " + origin + ". superClass = " + super);
     const bool declaredHere = origin == requestedClass->GetName({}) || origin == super;
     if (declaredHere && !isIdentification(name)) values[name] = getRegisterData(property, data, instance);

@@ -76,12 +76,15 @@ TPropertyMap R8ErrorData::getRegisterValues(int index) {
   return values;
 }
 
-// One level only: what is declared above the direct superclass is not read.
+// One level only: what is declared above the direct superclass is not read. The classes are held while
+// their names are in use: a host may own neither.
 bool R8ErrorData::isRegister(ICIMPropertyDecl& property) const {
   const std::string& name = property.GetName({});
-  const std::string& origin = property.GetClassOrigin({})->GetName({});
+  const boost::shared_ptr<ICIMClass> originClass = property.GetClassOrigin({});
+  const std::string& origin = originClass->GetName({});
   const std::string& own = collectedClass->GetName({});
-  const std::string& super = collectedClass->GetSuperClass({})->GetName({});
+  const boost::shared_ptr<ICIMClass> superClass = collectedClass->GetSuperClass({});
+  const std::string& super = superClass->GetName({});
   return (origin == own || origin == super) && !isIdentification(name);
 }
 
@@ -146,8 +149,9 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     values.assign(bytes.begin(), bytes.end());
     logger->writeDebug("Displaying messenger\n");
     logger->writeDebug(decimals(bytes));
+    const TCIMValue::TCIMType type = property->GetType({});
     if (values.size() == Record::kSize) {
-      result.Set(property->GetType({}), length, values);
+      result.Set(type, length, values);
     } else {
       result.SetNullValue(TCIMValue::TCIMType::kUint8, length);
     }
