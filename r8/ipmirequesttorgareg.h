@@ -9,7 +9,8 @@
 
 namespace torgareg {
 
-/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls.
+/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls but the
+/// memory of a transcript.
 class IPMIRequestTorgaReg {
  public:
   /// Talks to BMC node 0.
@@ -32,6 +33,7 @@ class IPMIRequestTorgaReg {
  private:
   NKROVEL20::SPLibrary* library;  // not owned
   LogMessage* logger;             // not owned
+  std::string transcript;         // of the register read that is going on
 };
 
 inline std::string printArray(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
