@@ -115,6 +115,16 @@ void THost::Log(EVELLogSeverity, const std::string& message) {
 TOutcome THost::Run() { return Collect(AllClasses()); }
 TOutcome THost::RunRegisterBlocks() { return Collect({kJfrClass}); }
 
+std::vector<boost::shared_ptr<const TInstance>> THost::Instances() {
+  std::vector<boost::shared_ptr<const TInstance>> instances;
+  schema_->SetCommitCallback([&](const boost::shared_ptr<const TInstance>& taken) { instances.push_back(taken); });
+  std::vector<boost::shared_ptr<ICIMClass>> classes;
+  for (const std::string& name : AllClasses()) classes.push_back(schema_->FindClass(name));
+  plugin_->GetData(schema_, classes);
+  schema_->SetCommitCallback({});
+  return instances;
+}
+
 void THost::GetData(std::vector<boost::shared_ptr<ICIMClass>>& classes, TOutcome& outcome) {
   try {
     allocation::Begin(plan_);

@@ -85,6 +85,8 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
   TOutcome Run();
   /// A request for the class of register blocks alone.
   TOutcome RunRegisterBlocks();
+  /// Those of one run more, in commit order.
+  std::vector<boost::shared_ptr<const NKROVEL20::TInstance>> Instances();
   /// The clean run's exchanges, in order.
   const std::vector<TExchangeNote>& Exchanges() const { return exchanges_; }
   TTamperer& Tamperer() { return tamperer_; }
