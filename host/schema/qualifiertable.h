@@ -41,6 +41,9 @@ class TQualifierTable {
   /// A second declaration of a name is an error.
   void Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax);
 
+  /// All that are declared, in order; their names are spelled as declared.
+  std::vector<const TDeclaredQualifier*> Declared() const;
+
   /// The uses with their values and effective flavors (their own, else the declaration's). What is
   /// wrong is reported, and that use left out.
   std::vector<TQualifierDefinition> Resolve(const TSchemaUnit& unit, Mof::TRange uses,
