@@ -194,6 +194,17 @@ TEST_F(TTransport, ALostTimestampWritesNoTranscript) {
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("Entered get time stamp request")});
 }
 
+TEST_F(TTransport, TheLengthIsSetBeforeTheTranscriptIsWritten) {
+  sp.Expect({Expected().Lost(), Timestamp().Answers({1, 2, 3, 4})});
+  const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
+  logger.FailAt("Contents of buffer to send (rspBuf):\n" + DumpText(sent, 257));
+  EXPECT_THROW(ReadRegister(true), std::runtime_error);
+  EXPECT_EQ(length, 256);
+  logger.FailAt("Command completed checking success...\n\nThe response length is 4");
+  EXPECT_THROW(ReadTime(), std::runtime_error);
+  EXPECT_EQ(length, 4);
+}
+
 TEST_F(TTransport, ASlowAnswerIsWaitedFor) {
   sp.Expect(Timestamp().Answers({1, 2, 3, 4}).After(std::chrono::milliseconds(2)));
   EXPECT_TRUE(ReadTime());
