@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Whether what the documents refer to is there.
 
-Relative links of the Markdown files, with their anchors; the documents and sections that source comments name; and the
+Relative links of the Markdown files, with their anchors, and in those that get installed only links to each other; the documents and sections that source comments name; and the
 files and folders that documents name in backquotes; and every package that is installed in docs/dependencies.md.
 """
 
@@ -15,6 +15,7 @@ FENCE = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
 CITATION = re.compile(r'((?:docs|man)/[\w.-]+\.\w+)(, "([^"]+)"(?: and "([^"]+)")?)?')
 NAMED_PATH = re.compile(r"`((?:plugin|ffdc|r8|jfr|host|schema|servers|bmcsim|tests|fuzz|bench|docs|man|completions|"
                         r"packaging|cmake|tools)/[\w./-]*)`")
+INSTALLED = re.compile(r"(README|CONTRIBUTING|docs/[\w-]+|packaging/README)\.md")  # cmake/InstallDocs.cmake
 PACKAGE_LIST = re.compile(r'^packages_\w+="([^"]*)"', re.MULTILINE)
 TABLE_ROW = re.compile(r"^\| ([^|]+?) \|", re.MULTILINE)
 SOURCES = ("*.h", "*.cpp", "*.py", "*.sh", "*.cmake", "CMakeLists.txt")
@@ -32,6 +33,10 @@ def listed(tree, *patterns):
                   if not re.search(r"^(build|out$|\.)|/\.", file.relative_to(tree).as_posix()))
 
 
+def is_installed(tree, file):
+    return INSTALLED.fullmatch(file.relative_to(tree).as_posix()) is not None
+
+
 def check_links(tree, document, text, problems):
     for target in LINK.findall(FENCE.sub("", text)):
         if "://" in target or target.startswith("mailto:"):
@@ -40,6 +45,8 @@ def check_links(tree, document, text, problems):
         file = (document.parent / path).resolve() if path else document
         if not file.exists():
             problems.append("%s: no file %s" % (document.relative_to(tree), target))
+        elif is_installed(tree, document) and not is_installed(tree, file):
+            problems.append("%s: %s is not installed with it" % (document.relative_to(tree), target))
         elif anchor and anchor not in anchors_of(file.read_text(encoding="utf-8")):
             problems.append("%s: no section %s" % (document.relative_to(tree), target))
     for path in NAMED_PATH.findall(text):
