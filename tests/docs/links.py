@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Whether what the documents refer to is there.
 
-Relative links of the Markdown files, with their anchors, and in those that get installed only links to each other; the documents and sections that source comments name; and the
-files and folders that documents name in backquotes; and every package that is installed in docs/dependencies.md.
+Relative links of the Markdown files, with their anchors, and in those that get installed only links to each other; the
+documents and sections that source comments name; the files and folders that documents name in backquotes; and every
+package that ./run and ./check install in docs/dependencies.md.
 """
 
 import re
