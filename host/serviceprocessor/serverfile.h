@@ -1,5 +1,5 @@
 // A simulated server as its file (TOML) describes it: plain data between the reader of that file and
-// the simulator. docs/server-file.md has the file in prose.
+// the simulator. man/velhost-server-file.5 has the file in prose.
 #pragma once
 
 #include <array>
