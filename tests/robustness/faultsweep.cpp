@@ -207,6 +207,7 @@ class TSweep {
 
 int main(int argc, char** argv) {
   const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // a long run shows how far it is
   const auto start = std::chrono::steady_clock::now();
   std::size_t runs = 0;
   std::size_t failures = 0;

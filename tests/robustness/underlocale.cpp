@@ -16,7 +16,9 @@ using namespace NKROVEL20;
 
 class TStandardOutput : public ITextSink {
  public:
-  void Write(std::string_view text) override { std::cout.write(text.data(), static_cast<std::streamsize>(text.size())); }
+  void Write(std::string_view text) override {
+    std::cout.write(text.data(), static_cast<std::streamsize>(text.size()));
+  }
 };
 
 class TTraceHost : public sweep::THost {
@@ -62,8 +64,8 @@ int main(int argc, char** argv) {
   for (const char* const machineType : {"6203", "4411"}) {
     TTraceHost host(machineType);
     const auto instances = host.Instances();
-    for (const EOutputForm form : {EOutputForm::kTable, EOutputForm::kJson, EOutputForm::kJsonl, EOutputForm::kMof,
-                                   EOutputForm::kCimXml}) {
+    for (const EOutputForm form :
+         {EOutputForm::kTable, EOutputForm::kJson, EOutputForm::kJsonl, EOutputForm::kMof, EOutputForm::kCimXml}) {
       Write(form, instances);
     }
   }
