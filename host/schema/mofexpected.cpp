@@ -36,7 +36,6 @@ constexpr std::array kWords = {
     TWord{TKind::S_SCOPE, "'scope'"},
     TWord{TKind::S_FLAVOR, "'flavor'"},
     TWord{TKind::S_ALIAS, "an alias"},
-    TWord{TKind::S_YYEOF, "the end of the file"},
 };
 
 }  // namespace
@@ -47,7 +46,7 @@ bool TExpected::Has(TMofParser::symbol_kind_type token) const {
 
 bool TExpected::IsReference() const { return tokens_.size() == 1 && Has(TKind::S_REF); }
 
-std::vector<std::string> TExpected::Words() const {
+std::vector<std::string> TExpected::Words(const std::string& end) const {
   std::vector<std::string> words;
   const bool value = Has(TKind::S_REAL);
   const bool anyName = Has(TKind::S_IDENT) && Has(TKind::S_METAELEMENT);
@@ -64,11 +63,12 @@ std::vector<std::string> TExpected::Words() const {
     const bool isPart = (isWord && (anyName || element)) || (value && word.token == TKind::S_ALIAS);
     if (Has(word.token) && !isPart) words.emplace_back(word.text);
   }
+  if (Has(TKind::S_YYEOF)) words.push_back(end);
   return words;
 }
 
-std::string TExpected::Text() const {
-  const std::vector<std::string> words = Words();
+std::string TExpected::Text(const std::string& end) const {
+  const std::vector<std::string> words = Words(end);
   std::string text;
   for (std::size_t i = 0; i < words.size(); ++i) {
     if (i > 0) text += i + 1 == words.size() ? " or " : ", ";

@@ -157,9 +157,9 @@ TEST(MofRecovery, BrokenClassHeaderTakesItsBodyAlong) {
 }
 
 TEST(MofRecovery, DeclarationThatWasLostIsNotReportedAsMissing) {
-  EXPECT_EQ(Messages(ReadText("class A ? { string a; };\nclass B : A { A REF r; };")),
+  EXPECT_EQ(Messages(ReadText("class A ? { string a; };\nclass B : A { uint8 m(A REF r); };")),
             "1:9 found the stray character '?'\n");
-  EXPECT_EQ(Messages(ReadText("class A x { string a; };\nclass B : A { A REF r; };")),
+  EXPECT_EQ(Messages(ReadText("class A x { string a; };\nclass B : A { uint8 m(A REF r); };")),
             "1:9 found 'x', expected ':' or '{'\n");
   EXPECT_EQ(Messages(ReadText("qualifier Q : nothing, scope(any);\n[Q] class B {};")),
             "1:15 found 'nothing', expected a type\n");

@@ -114,6 +114,13 @@ TEST(BooleanLiteral, InAnyCase) {
   EXPECT_EQ(DefaultOf("boolean", "\"true\""), "found '\"true\"', expected true or false");
 }
 
+TEST(CharacterLiteral, GivenByItsNumber) {
+  EXPECT_EQ(DefaultOf("char16", "65"), "65");
+  EXPECT_EQ(DefaultOf("char16", "0xFFFF"), "65535");
+  EXPECT_EQ(DefaultOf("char16", "65536"), "found '65536', expected a char16 from 0 to 65535");
+  EXPECT_EQ(DefaultOf("char16", "-1"), "found '-1', expected a char16 from 0 to 65535");
+}
+
 TEST(CharacterLiteral, CodesUpTo16Bits) {
   EXPECT_EQ(DefaultOf("char16", "'A'"), "65");
   EXPECT_EQ(DefaultOf("char16", "'\\''"), "39");
@@ -126,7 +133,7 @@ TEST(CharacterLiteral, CodesUpTo16Bits) {
             "found '\xF0\x9F\x98\x80', expected a character up to U+FFFF, which is what a char16 holds");
   EXPECT_EQ(DefaultOf("char16", "''"), "found '' without a character, expected one character between the quotes");
   EXPECT_EQ(DefaultOf("char16", "'ab'"), "found 'ab', expected one character between the quotes");
-  EXPECT_EQ(DefaultOf("char16", "65"), "found '65', expected a character in single quotes");
+  EXPECT_EQ(DefaultOf("char16", "\"a\""), "found '\"a\"', expected a character in single quotes");
   EXPECT_EQ(
       DefaultOf("char16", "'\\q'"),
       R"(found '\q', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");

@@ -31,7 +31,9 @@ EExitStatus StatusOfReading(TSchemaText& schema, const std::string& path, std::s
 
 TEST(SchemaFiles, ReadInTheOrderGivenAndReferringToEachOther) {
   TSchemaText schema;
-  schema.File("b.mof", "class B : A { C REF c; };").File("a.mof", "class A {};").File("c.mof", "class C : B {};");
+  schema.File("b.mof", "class B : A { uint8 m(C REF c); };")
+      .File("a.mof", "class A {};")
+      .File("c.mof", "class C : B {};");
   const TSchemaResult result = schema.Read({"b.mof", "a.mof", "c.mof"});
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(ClassNames(result), "B A C ");
