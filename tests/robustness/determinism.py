@@ -22,6 +22,7 @@ R8_TIME = b'StatisticTime = "1970'
 R8_INSTANCES = 7
 BLOCK_INSTANCES = 12
 LOCALE = "de_DE"
+SOURCES = "/usr/share/i18n/locales"
 
 
 class Determinism:
@@ -67,6 +68,9 @@ class Determinism:
 
     def locale(self, underlocale):
         """The C and the C++ library's locale, in a process of the collector and the output forms."""
+        if not pathlib.Path(SOURCES, LOCALE).exists():
+            print("locale: left out, since the package locales is not installed")
+            return
         folder = self.folder.path / "locales"
         folder.mkdir()
         subprocess.run(["localedef", "-i", LOCALE, "-f", "UTF-8", folder / f"{LOCALE}.UTF-8"], check=True)

@@ -32,7 +32,10 @@ build_other robustness-clang-O0 clang-14 clang++-14 -O0
 build_other robustness-clang-O3 clang-14 clang++-14 -O3
 
 step "Every exchange hurt (sanitizers)"
-"$top/build/asan-ubsan/tests/faultsweep"
+"$top/build/asan-ubsan/tests/faultsweep" 4411 >"$top/build/asan-ubsan/faultsweep.log" 2>&1 &
+"$top/build/asan-ubsan/tests/faultsweep" 6203
+wait $! || { cat "$top/build/asan-ubsan/faultsweep.log" >&2; exit 1; }
+cat "$top/build/asan-ubsan/faultsweep.log"
 step "Storage areas that lie about their size"
 python3 "$here/storagesizes.py"
 step "Every allocation of a collection refused"
