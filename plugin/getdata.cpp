@@ -41,10 +41,9 @@ void TTORGARegPluginCallbacks::collectDelegates(const boost::shared_ptr<ICIMName
 void TTORGARegPluginCallbacks::collectJFR(const boost::shared_ptr<ICIMNamespace>& ns,
                                           const TPropertyMap& requestContext,
                                           const std::map<std::string, std::string>& delegates,
-                                          const boost::shared_ptr<ICIMClass>& requested) {
+                                          const boost::shared_ptr<ICIMClass>& requested, const std::string& name) {
   logger->writeDebug("Collecting JFRErrorData.");
   currentClass.reset();
-  const std::string& name = requested->GetName({});
   const auto entry = std::find_if(delegates.begin(), delegates.end(),
                                   [&name](const auto& candidate) { return candidate.second == name; });
   if (entry != delegates.end()) currentClass = ns->GetClass(entry->first, requestContext);
@@ -59,8 +58,8 @@ void TTORGARegPluginCallbacks::collectJFR(const boost::shared_ptr<ICIMNamespace>
   logger->writeDebug("Normal exit from Engineering Information collector...");
 }
 
-void TTORGARegPluginCallbacks::collectR8(const boost::shared_ptr<ICIMClass>& requested) {
-  logger->writeDebug("Requested class " + requested->GetName({}));
+void TTORGARegPluginCallbacks::collectR8(const boost::shared_ptr<ICIMClass>& requested, const std::string& name) {
+  logger->writeDebug("Requested class " + name);
   const auto qualifier = requested->GetQualifier("SupportedMachineTypes", {});
   if (!supportsMachineType(qualifier->GetValue(), machineType)) return;
   currentClass = requested;
@@ -85,15 +84,15 @@ void TTORGARegPluginCallbacks::GetData(boost::shared_ptr<ICIMNamespace> ns,
   collectDelegates(ns, requestContext, jfrClasses, delegates);
 
   for (const boost::shared_ptr<ICIMClass>& requested : classes) {
-    const std::string& name = requested->GetName({});
+    const std::string name = requested->GetName({});
     logger->writeDebug("Entering collection for requested class " + name);
     if (contains(jfrClasses, name)) {
-      collectJFR(ns, requestContext, delegates, requested);
+      collectJFR(ns, requestContext, delegates, requested, name);
       continue;
     }
     const std::vector<std::string> r8Classes = {t4MemCtlClass, t4PciBridgeClass, voMemCtlClass, voPciBridgeClass};
     if (contains(r8Classes, name)) {
-      collectR8(requested);
+      collectR8(requested, name);
     } else {
       logger->writeDebug("Collector received an invalid collection request." + name);
     }

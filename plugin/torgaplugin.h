@@ -75,8 +75,8 @@ class TTORGARegPluginCallbacks : public NKROVEL20::IPluginCallbacks, public NKRO
                         std::map<std::string, std::string>& delegates) const;
   void collectJFR(const boost::shared_ptr<NKROVEL20::ICIMNamespace>& ns, const NKROVEL20::TPropertyMap& requestContext,
                   const std::map<std::string, std::string>& delegates,
-                  const boost::shared_ptr<NKROVEL20::ICIMClass>& requested);
-  void collectR8(const boost::shared_ptr<NKROVEL20::ICIMClass>& requested);
+                  const boost::shared_ptr<NKROVEL20::ICIMClass>& requested, const std::string& name);
+  void collectR8(const boost::shared_ptr<NKROVEL20::ICIMClass>& requested, const std::string& name);
   void collectCaptureFiles(const boost::shared_ptr<NKROVEL20::ICIMNamespace>& ns);
   void publishCaptureFile(const boost::shared_ptr<NKROVEL20::ICIMClass>& fileClass, const std::string& rawData,
                           const NKROVEL20::TCIMDateTime& localTime, const std::string& name, int node);

@@ -50,15 +50,15 @@ bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int addre
                                   unsigned short* length, bool rawValue) {
   logger->writeDebug("Entered torgareg request.");
   TIPMICommandBuffer buffer = makeRegisterRead(chipSelector, address);
-  std::string transcript = "Contents of buffer to send (rspBuf):\n";
-  transcript += printArray(buffer.Data(), kLastDumped);
+  transcript = "Contents of buffer to send (rspBuf):\n";
+  appendDump(transcript, buffer.Data(), kLastDumped);
   int responseLength = kCapacity;
   bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
   if (succeeded) {
     transcript += "command completed checking success...\n";
     responseLength = buffer.DataLength();
     transcript += "\nThe response length is " + dataToString<int>(responseLength) + "\n\nContents of (rspBuf):\n";
-    transcript += printArray(buffer.Data(), kLastDumped);
+    appendDump(transcript, buffer.Data(), kLastDumped);
     succeeded = responseLength >= static_cast<int>(Wire::kResponseSize) &&
                 buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
     if (succeeded) {
@@ -76,19 +76,19 @@ bool IPMIRequestTorgaReg::getTimeStamp(unsigned char* out, unsigned short* lengt
   logger->writeDebug("Entered get time stamp request");
   TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
   int responseLength = kCapacity;
-  std::string transcript;
+  std::string text;
   bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
   if (succeeded) {
-    transcript += "Command completed checking success...\n";
+    text += "Command completed checking success...\n";
     succeeded = responseLength >= kTimestampEnd && buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
   }
   if (succeeded) {
     responseLength = buffer.DataLength();
-    transcript += "\nThe response length is " + dataToString<int>(responseLength);
+    text += "\nThe response length is " + dataToString<int>(responseLength);
     std::copy_n(buffer.Data() + Wire::kTimestamp, Wire::kTimestampSize, out);
   }
   *length = static_cast<unsigned short>(responseLength);
-  logger->writeVerbose(transcript);
+  logger->writeVerbose(text);
   return succeeded;
 }
 

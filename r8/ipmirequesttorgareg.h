@@ -9,7 +9,8 @@
 
 namespace torgareg {
 
-/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls.
+/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls but the
+/// memory of a transcript.
 class IPMIRequestTorgaReg {
  public:
   /// Talks to BMC node 0.
@@ -24,12 +25,15 @@ class IPMIRequestTorgaReg {
   bool getData(unsigned char chipSelector, unsigned int address, unsigned char* out, unsigned short* length,
                bool rawValue);
 
-  /// Reads the four raw bytes of the capture time into `out`. `*length` as for getData.
+  /// Reads the four raw bytes of the capture time into `out`. `*length` gets the number of data bytes; on
+  /// false, `out` is untouched and `*length` is what the library left in its length: the whole answer's,
+  /// if there was one.
   bool getTimeStamp(unsigned char* out, unsigned short* length);
 
  private:
   NKROVEL20::SPLibrary* library;  // not owned
   LogMessage* logger;             // not owned
+  std::string transcript;         // of the register read that is going on
 };
 
 inline std::string printArray(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }

@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=${1:?the build folder}
 # Only what the build compiles: the database decides.
-mapfile -t files < <(git ls-files 'plugin/*.cpp' 'r8/*.cpp' 'jfr/*.cpp' 'ffdc/*.cpp' 'host/*.cpp' 'bmcsim/*.cpp' |
+mapfile -t files < <(find plugin r8 jfr ffdc host bmcsim -name '*.cpp' | sort |
   while read -r file; do if grep -q "/$file\"" "$build/compile_commands.json"; then echo "$file"; fi; done)
 [ "${#files[@]}" -gt 0 ] || { echo "no sources to check" >&2; exit 1; }
 printf '%s\0' "${files[@]}" | xargs -0 -P "$(nproc)" -n 4 clang-tidy-14 -p "$build" --quiet --warnings-as-errors='*' 2>/dev/null

@@ -22,13 +22,14 @@ bool IsMofFile(const fs::directory_entry& entry) {
 
 std::vector<std::string> FilesOf(const std::string& folder) {
   std::vector<std::string> files;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (IsMofFile(*entry)) files.push_back(entry->path().string());
-  }
-  if (error) {
-    throw THostError(error == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
-                     "cannot read the folder " + folder + ": " + error.message());
+  // Not with an error code: to step on would then end the process where memory runs out.
+  try {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+      if (IsMofFile(entry)) files.push_back(entry.path().string());
+    }
+  } catch (const fs::filesystem_error& error) {
+    throw THostError(error.code() == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+                     "cannot read the folder " + folder + ": " + error.code().message());
   }
   if (files.empty()) throw THostError(EExitStatus::kNoInput, "the folder " + folder + " holds no .mof file");
   std::sort(files.begin(), files.end());

@@ -6,7 +6,6 @@ files and folders that documents name in backquotes.
 """
 
 import re
-import subprocess
 import sys
 from pathlib import Path
 
@@ -26,9 +25,9 @@ def anchors_of(text):
 
 
 def listed(tree, *patterns):
-    output = subprocess.run(["git", "-C", tree, "ls-files", "-z", "--cached", "--others", "--exclude-standard", "--",
-                             *patterns], stdout=subprocess.PIPE, check=True).stdout
-    return [tree / name for name in output.decode().split("\0") if name]
+    """The tree's files of these patterns: build folders and hidden ones are not part of it."""
+    return sorted(file for pattern in patterns for file in tree.rglob(pattern)
+                  if not re.search(r"^(build|out$|\.)|/\.", file.relative_to(tree).as_posix()))
 
 
 def check_links(tree, document, text, problems):

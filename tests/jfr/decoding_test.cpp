@@ -123,6 +123,14 @@ TEST_F(TRecord, ARecordBeyondTheEndIsAllFill) {
   EXPECT_EQ(Decoded(65535, 0), fill);
 }
 
+TEST_F(TRecord, ARecordInFrontOfTheBlockIsFilledToo) {
+  // 7 - 256 * 8 = -2041: all of it lies in front.
+  EXPECT_EQ(Decoded(0, -1), (TNumbers{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}));
+  StartAnew();
+  // 7 + (255 - 256) * 8 = -1: one byte of fill, then the header's.
+  EXPECT_EQ(Decoded(255, -1), (TNumbers{48, 0x00, 0x18, 32, 61, 32, 0x0C, 0x1F, 0x17, 0x3B, 0x3A, 7, 8, 9}));
+}
+
 TEST_F(TRecord, TheDeclaredTypeIsKeptAndTheCountIs14) {
   Collector(Chip().Array("R", {{"Index", Number(TType::kUint16, 0)}}, TType::kUint32));
   const TCIMValue value = collector->getRegisterData(Property("R"), block.Data(), 0);
@@ -136,11 +144,22 @@ TEST_F(TRecord, WithoutDataItIsAnEmptyArray) {
   const TCIMValue value = collector->getRegisterData(Property("R"), nullptr, 0);
   EXPECT_FALSE(value.IsNull());
   EXPECT_TRUE(NumbersOf(value).empty());
+  EXPECT_EQ(value.GetDeclaredSize(), 0U);
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint8);
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("getRegisterData - Invalid data passed to getRegisterData. Unable to parse data "
                                      "for register value")});
   EXPECT_EQ(Text(collector->getChipsetErrorRegisterValues(nullptr, 0), "R"), "{}") << "and the property is added";
+}
+
+TEST_F(TRecord, WithoutDataNoQualifierIsLookedUp) {
+  Collector(Chip().Array("R", {}));
+  EXPECT_TRUE(NumbersOf(collector->getRegisterData(Property("R"), nullptr, 0)).empty());
+}
+
+TEST_F(TRecord, BeforeAnyTimeItIsTheFirstCopys) {
+  Collector(Chip().Record("R", 1));
+  EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U);
 }
 
 TEST_F(TRecord, MaxLenIsLookedUpBehindIndexAndSteersNothing) {

@@ -180,6 +180,16 @@ TEST_F(TUncalledRequests, CompletionCodesFail) {
   EXPECT_EQ(value, TBytes(9, 0x77));
 }
 
+TEST_F(TUncalledRequests, TheLengthIsSetBeforeTheTranscriptIsWritten) {
+  sp.Expect({RegisterStep().Answers(Counting(14)), TimeStep().Answers(Counting(4))});
+  logger.FailAt("command completed checking success...\n\nThe response length is 23");
+  EXPECT_THROW(ReadRegister(), std::runtime_error);
+  EXPECT_EQ(length, 14);
+  logger.FailAt("Command completed checking success...\n\nThe response length is 4");
+  EXPECT_THROW(ReadTime(), std::runtime_error);
+  EXPECT_EQ(length, 4);
+}
+
 TEST_F(TUncalledRequests, LengthsThatLie) {
   struct TCase {
     int lie;

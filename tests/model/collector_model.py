@@ -1037,10 +1037,10 @@ class JfrErrorData:
 
     def get_data(self):
         result = []
-        count = deref(self.host.class_qualifier(self.requested, "MaxInstanceCount")).to_unsigned(16)
-        self.log.debug("Class supports %d instances on this machine" % count)
-        self.log.debug("fSPInstances = %d." % self.transport.sp_instances)
         try:
+            count = deref(self.host.class_qualifier(self.requested, "MaxInstanceCount")).to_unsigned(16)
+            self.log.debug("Class supports %d instances on this machine" % count)
+            self.log.debug("fSPInstances = %d." % self.transport.sp_instances)
             for index in range(self.transport.sp_instances):
                 self.collect_service_processor(index, count, result)
         except TvelException as error:

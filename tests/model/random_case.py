@@ -94,7 +94,7 @@ def random_types(rng):
     return Types(offset=rng.choices(["uint32[]", "uint32", "string[]", "string"], [10, 6, 1, 1])[0],
                  index=rng.choices(["uint32", "uint16", "string"], [10, 8, 1])[0],
                  max_len=rng.choice(["uint32", "uint16"]),
-                 max_instance_count=rng.choice(["uint32", "uint16"]),
+                 max_instance_count=rng.choice(["uint32", "uint32", "uint16", "uint16", "string"]),
                  class_inherited=rng.random() < 0.6, property_inherited=rng.random() < 0.5,
                  all_qualifiers=rng.random() < 0.3, root_identifies=rng.random() < 0.7,
                  odd_case=rng.random() < 0.1, fragile=rng.random() < 0.15)
@@ -282,6 +282,9 @@ class SchemaMaker:
                       "MaxInstanceCount": self.rng.choice([0, 1, 1, 2, 2, 3, 4])}
         if self.types.max_instance_count == "uint32" and self.rng.random() < 0.05:
             qualifiers["MaxInstanceCount"] += 65536
+        if self.types.max_instance_count == "string":
+            number = str(qualifiers["MaxInstanceCount"])
+            qualifiers["MaxInstanceCount"] = "many" if self.rng.random() < 0.2 else number
         for name in list(qualifiers):
             inherited = self.inherited(parent, name)
             if inherited and self.rng.random() < (0.25 if self.types.class_inherited else 0.08):
@@ -520,14 +523,21 @@ class ServerMaker:
             if self.rng.random() < 0.3:
                 self.add("header = \"%s\"" % self.rng.randbytes(6).hex(" "))
 
+    def instance_count(self, cls):
+        """The declared number; 0 where there is none or a text that is no number."""
+        count = self.schema.class_qualifier(cls, "MaxInstanceCount")
+        try:
+            return count.to_unsigned(16) if count else 0
+        except model.TvelException:
+            return 0
+
     def addresses(self):
         """Every chip and address that a class may ask for."""
         for name in model.R8_CLASSES:
             cls = self.schema.find(name)
             if not cls:
                 continue
-            count = self.schema.class_qualifier(cls, "MaxInstanceCount")
-            chips = [0] if name not in CHIP_CLASSES else range(1, (count.to_unsigned(16) if count else 0) + 1)
+            chips = [0] if name not in CHIP_CLASSES else range(1, self.instance_count(cls) + 1)
             for declaration in self.schema.property_declarations(cls):
                 for address in self.offsets(declaration):
                     yield from ((chip, address) for chip in chips)

@@ -96,6 +96,12 @@ TEST_F(TLoadedLibrary, InstancesOutliveThePlugin) {
   EXPECT_EQ(TextOf(*committed[0], "ElementName"), "Memory controller with integrated L4 cache module,0");
 }
 
+// An exception cannot pass through the dynamic loader: the host's loader names it and ends the process.
+TEST_F(TLoadedLibrary, WithoutPluginManagerItsLoadingAsserts) {
+  THostServices::SetPluginManager({});
+  EXPECT_EXIT(loader.Load(PLUGIN), testing::ExitedWithCode(70), "threw while it was being loaded: .*px != 0");
+}
+
 TEST_F(TLoadedLibrary, WhatItThrowsReachesTheHost) {
   const auto plugin = loader.Load(PLUGIN);
   std::vector<boost::shared_ptr<ICIMClass>> classes = {{}};

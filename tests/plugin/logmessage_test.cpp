@@ -23,6 +23,12 @@ static_assert(std::has_virtual_destructor_v<LogMessage>);
 
 TEST_F(TLogFacade, IsOneObject) { EXPECT_EQ(LogMessage::getInstance(), LogMessage::getInstance()); }
 
+TEST_F(TLogFacade, ACopyMayGoAway) {
+  { const LogMessage copy(log); }
+  log.writeDebug("still here");
+  EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("still here")});
+}
+
 TEST_F(TLogFacade, SeveritiesAreZeroToFour) {
   log.writeError("e");
   log.writeWarning("w");

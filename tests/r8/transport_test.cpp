@@ -46,7 +46,7 @@ TEST_F(TTransport, ARawReadGivesTheEightValueBytesAndNothingElse) {
   EXPECT_EQ(length, 14);
 }
 
-TEST_F(TTransport, ALabelledReadIsCutOutOneByteEarly) {
+TEST_F(TTransport, ALabelledReadIsCutOutOneByteLate) {
   // Buffer bytes 13-15 are the last two of the header and the first of the value; byte 23 lies
   // behind the 14 data bytes and is zero.
   sp.Expect(Expected().Answers(Distinct(14)));
@@ -192,6 +192,17 @@ TEST_F(TTransport, ALostTimestampWritesNoTranscript) {
   EXPECT_FALSE(ReadTime());
   EXPECT_EQ(length, 256);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("Entered get time stamp request")});
+}
+
+TEST_F(TTransport, TheLengthIsSetBeforeTheTranscriptIsWritten) {
+  sp.Expect({Expected().Lost(), Timestamp().Answers({1, 2, 3, 4})});
+  const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
+  logger.FailAt("Contents of buffer to send (rspBuf):\n" + DumpText(sent, 257));
+  EXPECT_THROW(ReadRegister(true), std::runtime_error);
+  EXPECT_EQ(length, 256);
+  logger.FailAt("Command completed checking success...\n\nThe response length is 4");
+  EXPECT_THROW(ReadTime(), std::runtime_error);
+  EXPECT_EQ(length, 4);
 }
 
 TEST_F(TTransport, ASlowAnswerIsWaitedFor) {

@@ -17,6 +17,7 @@ class TProbedInstance : public ICIMInstance {
       : probe_(probe), inner_(std::move(inner)), className_(std::move(className)) {}
   void SetProperty(const std::string& name, const TCIMValue& value, const TPropertyMap& context) override {
     probe_.Enter(className_ + " instance.SetProperty(" + name + ") " + THostProbe::ContextText(context));
+    probe_.NoteSetting(name, value);
     inner_->SetProperty(name, value, context);
   }
   void Commit(const TPropertyMap& context) override {
@@ -176,7 +177,13 @@ bool THostProbe::Enter(const std::string& call) {
       found->second.action();
     }
   }
-  return !empty_.contains(call);
+  const auto empty = empty_.find(call);
+  if (empty == empty_.end()) return true;
+  return empty->second > 1 && empty->second-- > 0;
+}
+
+void THostProbe::NoteSetting(const std::string& name, const TCIMValue& value) {
+  settings_.push_back(name + " " + value.GetType().ToString() + " = " + value.ToString(10));
 }
 
 std::string THostProbe::ContextText(const TPropertyMap& context) {

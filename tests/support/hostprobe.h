@@ -29,7 +29,9 @@ class THostProbe {
   /// The same with any action, which may throw what it likes or return.
   void DoAt(const std::string& call, std::function<void()> action, int nth = 1);
   /// The call returns an empty pointer.
-  void ReturnNothingAt(const std::string& call) { empty_[call] = true; }
+  void ReturnNothingAt(const std::string& call) { ReturnNothingAt(call, 1); }
+  /// The same from its nth time on (counted from 1).
+  void ReturnNothingAt(const std::string& call, int nth) { empty_[call] = nth; }
 
   /// Enumerations of properties deliver everything twice.
   void EnumeratePropertiesTwice() { propertyRounds_ = 2; }
@@ -39,9 +41,12 @@ class THostProbe {
   /// The calls whose text contains the fragment, in order.
   std::vector<std::string> CallsWith(const std::string& fragment) const;
   void Clear() { calls_.clear(); }
+  /// The values handed to instances, as they were handed over: "NAME TYPE = TEXT".
+  const std::vector<std::string>& Settings() const { return settings_; }
 
   /// For the decorators: notes the call and does what was asked for it. False: return nothing.
   bool Enter(const std::string& call);
+  void NoteSetting(const std::string& name, const NKROVEL20::TCIMValue& value);
   static std::string ContextText(const NKROVEL20::TPropertyMap& context);
 
  private:
@@ -50,8 +55,9 @@ class THostProbe {
     int countdown;
   };
   std::vector<std::string> calls_;
+  std::vector<std::string> settings_;
   std::map<std::string, TAction> actions_;
-  std::map<std::string, bool> empty_;
+  std::map<std::string, int> empty_;  ///< call to how many times it is still to be made until it returns nothing
   int propertyRounds_ = 1;
 };
 

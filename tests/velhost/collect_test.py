@@ -1,6 +1,8 @@
 """Collections: values, output forms, files, failures, recordings."""
 
 import json
+import pathlib
+import re
 import unittest
 
 from velhostcase import BRIDGE, SOURCE, VelhostCase
@@ -142,7 +144,18 @@ class Failures(VelhostCase):
         document = self.collect("--schema", schema, "KROSG_DCAPFile", status=3)
         self.assertEqual(document["status"], "partial")
         self.assertEqual(document["failures"][0]["class"], "KROSG_DCAPFile")
-        self.assertIn("velhost check", document["failures"][0]["message"])
+        self.assertEqual(document["failures"][0]["message"],
+                         "the collector found nothing where it needs a class (a base class or superclass that the "
+                         "schema lacks); \"velhost check\" shows what the schema lacks (assertion px != 0)")
+
+    def test_class_without_the_qualifier_that_the_collector_reads(self):
+        base = pathlib.Path(self.schema({"Register": (0x00ABCDEF, 8)})).read_text(encoding="utf-8")
+        schema = self.write("schema.mof", re.sub(r"SupportedMachineTypes *\{[^}]*\} *,", "", base))
+        document = self.collect("--schema", schema, BRIDGE, status=3)
+        self.assertEqual(document["failures"],
+                         [{"class": BRIDGE,
+                           "message": "the collector found nothing where it needs a qualifier; \"velhost check\" shows "
+                                      "what the schema lacks (assertion px != 0)"}])
 
 
 class Recordings(VelhostCase):

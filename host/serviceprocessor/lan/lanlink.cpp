@@ -130,6 +130,8 @@ void TLanLink::ThrowRefused(const TOutcome& outcome) const {
   throw THostError(denied ? EExitStatus::kNoPermission : EExitStatus::kUnavailable, name_ + ": " + Describe(outcome));
 }
 
+bool TLanLink::IsReady() const { return givenUp_ || (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime); }
+
 void TLanLink::Exchange(TLanExchange& exchange) {
   if (givenUp_ || !EnsureSession(exchange)) return;
   const int status =
@@ -142,7 +144,7 @@ void TLanLink::Exchange(TLanExchange& exchange) {
 }
 
 bool TLanLink::EnsureSession(TLanExchange& exchange) {
-  if (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime) return true;
+  if (IsReady()) return true;
   Close();
   const TOutcome outcome = Reopen();
   if (outcome.session == nullptr) GiveUp(exchange, "it could not be opened again: " + Describe(outcome));
