@@ -38,6 +38,10 @@ constexpr std::array kWords = {
     TWord{TKind::S_ALIAS, "an alias"},
 };
 
+constexpr const char* kElements =
+    "a kind of element (class, association, indication, qualifier, property, reference, method, parameter, schema, "
+    "any)";
+
 }  // namespace
 
 bool TExpected::Has(TMofParser::symbol_kind_type token) const {
@@ -55,8 +59,10 @@ std::vector<std::string> TExpected::Words(const std::string& end) const {
   if (anyName) words.emplace_back("a name");
   if (!anyName && Has(TKind::S_DATATYPE)) words.emplace_back("a type");
   if (!anyName && Has(TKind::S_IDENT)) words.emplace_back("a class name");
-  if (!anyName && Has(TKind::S_FLAVORWORD)) words.emplace_back("a flavor");
-  if (element) words.emplace_back("a schema element");
+  if (!anyName && Has(TKind::S_FLAVORWORD))
+    words.emplace_back("a flavor (EnableOverride, DisableOverride, ToSubclass, Restricted, Translatable)");
+  if (element) words.emplace_back(kElements);
+  if (!value && Has(TKind::S_STRING)) words.emplace_back("a string");
   if (!value && Has(TKind::S_INTEGER)) words.emplace_back("a number");
   for (const TWord& word : kWords) {
     const bool isWord = word.text[0] == '\'' && word.text[1] >= 'a';

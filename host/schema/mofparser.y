@@ -126,7 +126,10 @@ name:
 | BOOLEAN
 ;
 
-pragma: PRAGMA name LPAREN literal RPAREN { scan.AddPragma($name, $literal); } ;
+pragma:
+  PRAGMA name LPAREN STRING RPAREN { scan.AddPragma($name, $STRING); }
+| PRAGMA name LPAREN error RPAREN  { yyerrok; }
+;
 
 qualifierDeclaration:
   QUALIFIER name COLON DATATYPE suffix assigned COMMA scopeClause semicolon
@@ -284,7 +287,7 @@ void TMofParser::report_syntax_error(const context& where) const {
   }
   const bool atEnd = where.token() == symbol_kind::S_YYEOF;
   const std::string found = atEnd ? scan.NameOfEnd() : Quoted(scan.Text(where.location()));
-  scan.Error(place, "found " + found + ", expected " + expected.Text(scan.NameOfEnd()));
+  scan.Error(place, "found " + found + ", expected " + expected.Text(scan.NameOfEnd()) + (atEnd ? scan.OpenBracket() : ""));
 }
 
 void TMofParser::error(const TSpan& span, const std::string& message) { scan.Error(span.begin, message); }

@@ -41,6 +41,8 @@ class TScan {
   bool Stopped() const { return stopped_; }
   void Error(std::uint32_t offset, std::string message) { log_.Error(unit_.Place(offset), std::move(message)); }
   bool Shows() const { return log_.Shows(); }
+  /// "; the '{' in line 2 is not closed" for the innermost bracket that is open, or empty. Of files only.
+  std::string OpenBracket() const;
   /// "the end of the file"
   std::string NameOfEnd() const { return unit_.embedding ? "the end of the embedded text" : "the end of the file"; }
   /// The latest word without a meaning of its own that ends before `offset`.
@@ -100,6 +102,7 @@ class TScan {
   TSchemaLog& log_;
   TMofFile file_;
   std::size_t depth_ = 0;
+  std::vector<std::uint32_t> open_;    // where the brackets around this place stand; depth_ of them count
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
   int previousWord_ = 0;               // a token that declares the next name, or 0
   bool stopped_ = false;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/core/caseinsensitive.h"
+#include "host/schema/mofdatetime.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 #include "nkrovel20/tvelexception.h"
@@ -92,6 +93,10 @@ std::string Expected(TType::ECIMType type) {
   return example ? example : WithArticle(TType(type).ToString());
 }
 
+std::string QualifierOf(const TValueSlot& slot) {
+  return slot.qualifier.empty() ? std::string() : " for the qualifier " + Mof::Quoted(slot.qualifier);
+}
+
 }  // namespace
 
 std::string NameOf(const TValueSlot& slot) {
@@ -107,8 +112,7 @@ TCIMValue NullOf(const TValueSlot& slot) {
 
 bool TValueReader::Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot, const std::string& found,
                             const std::string& expected) {
-  const std::string qualifier = slot.qualifier.empty() ? "" : " for the qualifier " + Mof::Quoted(slot.qualifier);
-  log_.Error(unit.Place(span), "found " + found + ", expected " + expected + qualifier);
+  log_.Error(unit.Place(span), "found " + found + ", expected " + expected + QualifierOf(slot));
   return false;
 }
 
@@ -238,16 +242,16 @@ bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, c
 
 bool TValueReader::DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
                             TCIMValue& value) {
-  if (literal.kind == ELiteral::kString) {
-    try {
-      value = TCIMValue(TCIMDateTime::FromString(StringOf(unit, literal)));
-      return true;
-    } catch (const TVELException&) {
-      value.SetNullValue(TType::kDateTime, 0);
-    }
+  if (literal.kind != ELiteral::kString) return Mismatch(unit, literal.span, slot, "a datetime in double quotes");
+  const std::string text = StringOf(unit, literal);
+  try {
+    value = TCIMValue(TCIMDateTime::FromString(text));
+    return true;
+  } catch (const TVELException&) {
+    value.SetNullValue(TType::kDateTime, 0);
   }
-  return Mismatch(unit, literal.span, slot,
-                  "a datetime of 25 characters, \"yyyymmddhhmmss.mmmmmmsutc\" or \"ddddddddhhmmss.mmmmmm:000\"");
+  log_.Error(unit.Place(literal.span), Mof::DateTimeProblem(text) + QualifierOf(slot));
+  return false;
 }
 
 }  // namespace NKROVEL20

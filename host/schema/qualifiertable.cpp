@@ -54,7 +54,8 @@ std::string Shown(const TCIMValue& value) { return value.IsNull() ? "null" : Mof
 }  // namespace
 
 void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax) {
-  TDeclaredQualifier declared{unit.Text(syntax.name), {}, {}, syntax.scope, FlavorOf(syntax.flavors, {})};
+  TDeclaredQualifier declared{unit.Text(syntax.name),       {},   {},         syntax.scope,
+                              FlavorOf(syntax.flavors, {}), unit, syntax.name};
   declared.slot = {syntax.type.code, syntax.array.isArray, syntax.array.size, declared.name};
   if (syntax.value.given) {
     values_.Read(unit, syntax.value, declared.slot, declared.defaultValue);
@@ -62,9 +63,12 @@ void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSynt
     declared.defaultValue = NullOf(declared.slot);
   }
   names_.push_back(declared.name);
-  if (!declared_.emplace(declared.name, std::move(declared)).second) {
-    log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) + " is declared a second time");
-  }
+  const auto [known, isNew] = declared_.emplace(declared.name, declared);
+  if (isNew) return;
+  const TSourceLocation first = known->second.unit.Locate(known->second.place);
+  log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) +
+                                          " is declared a second time, first in " + first.file + ":" +
+                                          std::to_string(first.line));
 }
 
 std::vector<const TDeclaredQualifier*> TQualifierTable::Declared() const {

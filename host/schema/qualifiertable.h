@@ -20,6 +20,8 @@ struct TDeclaredQualifier {
   TCIMValue defaultValue;
   std::uint32_t scope;  ///< Mof::kScope bits
   TQualifierFlavor flavor;
+  TSchemaUnit unit;  ///< where it is declared
+  Mof::TSpan place;
 };
 
 /// Which values of an element's qualifiers are kept; all of them are checked. kFixed: those that an overriding

@@ -175,9 +175,6 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
                      EqualNames(name, "namespace");
   if (!known) {
     log_.Warning(unit.Place(pragma.name), "the pragma " + unit.Quoted(pragma.name) + " is not known and has no effect");
-  } else if (pragma.parameter.kind != Mof::ELiteral::kString) {
-    log_.Error(unit.Place(pragma.parameter.span),
-               "found " + unit.Quoted(pragma.parameter.span) + ", expected a string");
   } else if (EqualNames(name, "include")) {
     Include(unit, pragma, depth);
   } else if (EqualNames(name, "namespace")) {

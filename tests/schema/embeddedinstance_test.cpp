@@ -83,7 +83,8 @@ TEST(EmbeddedObject, IsAnInstanceOrAClass) {
 
 TEST(EmbeddedObject, NulIsNoCharacterOfMof) {
   EXPECT_EQ(Assign(R"(o = "instance of C \x0 {};";)"),
-            "3:20 found the character with the code 0 in an embedded text\n3:20 found the stray character '?'\n");
+            "3:20 found the character with the code 0 in an embedded text\n3:20 found the stray character '?', "
+            "expected a name, a value, a comment or punctuation\n");
 }
 
 TEST(EmbeddedInstance, DefaultOfAProperty) {

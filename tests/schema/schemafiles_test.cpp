@@ -149,7 +149,8 @@ TEST(SchemaEncoding, ByteThatIsNotUtf8) {
       << "one for a file, and the rest is read";
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));
   EXPECT_EQ(Messages(ReadText(std::string("class A\0{};", 11))),
-            "1:8 found the byte 0x00, expected UTF-8 text\n1:8 found the stray character '?'\n");
+            "1:8 found the byte 0x00, expected UTF-8 text\n1:8 found the stray character '?', expected a name, a "
+            "value, a comment or punctuation\n");
 }
 
 // Real folders.

@@ -21,7 +21,8 @@ TEST(SchemaSemantics, ShownWithLineAndCaret) {
 }
 
 TEST(SchemaSemantics, QualifierDeclarations) {
-  EXPECT_EQ(Errors("qualifier KEY : boolean, scope(any);"), "2:11 the qualifier 'KEY' is declared a second time\n");
+  EXPECT_EQ(Errors("qualifier KEY : boolean, scope(any);"),
+            "2:11 the qualifier 'KEY' is declared a second time, first in a.mof:1\n");
   EXPECT_EQ(Errors("qualifier Q : uint8 = \"x\", scope(any);"),
             "2:23 found '\"x\"', expected a uint8 for the qualifier 'Q'\n");
   EXPECT_EQ(Errors("qualifier Q : uint8, scope(any), flavor(EnableOverride, DisableOverride, ToSubclass, Restricted);"),
