@@ -252,7 +252,7 @@ class Source:
         start, end = self.tokens[one[0]].start, self.tokens[other[1]].end
         between = self.text[self.tokens[one[1]].end:self.tokens[other[0]].start]
         self.add(start, end, texts[1] + between + texts[0],
-                 "swapped with: %s" % " ".join(texts[1].split())[:60])
+                 "swapped with: %s" % " ".join(texts[1].split())[:60].strip())
 
 
 def find_mutants(file, text):

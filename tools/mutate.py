@@ -241,7 +241,7 @@ def chosen(options):
         survivors = {line.rsplit(": survived", 1)[0] for line in read(options.again).splitlines() if ": survived" in line}
         found = [mutant for mutant in found if str(mutant) in survivors]
     if options.count and options.count < len(found):
-        found = sorted(random.Random(options.seed).sample(found, options.count), key=lambda mutant: (mutant.file, mutant.start))
+        found = random.Random(options.seed).sample(found, options.count)
     return found
 
 

@@ -39,6 +39,13 @@ TEST_F(TStorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
+TEST_F(TStorageArea, TheHandleIsTakenBeforeTheExitIsWritten) {
+  sp.Expect(Open("cpu_err").Answers(OemData({0x11, 0x22, 0x33, 0x44})));
+  logger.FailAt("Exit OpenStorageArea funtion");
+  EXPECT_THROW(plugin.OpenStorageArea(handle, "cpu_err", Node(0)), std::runtime_error);
+  EXPECT_EQ(TBytes(handle, handle + 4), (TBytes{0x11, 0x22, 0x33, 0x44}));
+}
+
 TEST_F(TStorageArea, OpenFailsSilentlyAndLeavesTheHandle) {
   for (const TStep& step : {Open("ioh_err").Fails(0xCB), Open("ioh_err").Lost(),
                             Open("ioh_err").Answers(OemData({1, 2, 3, 4})).WithCode(0x01)}) {
@@ -132,6 +139,13 @@ TEST_F(TStorageArea, QuerySizesAreSigned) {
   sp.Expect(Size("cpu_err").Answers(OemData({0x00, 0x00, 0x00, 0x80})));
   EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "cpu_err", Node(0)));
   EXPECT_EQ(logger.Lines()[6], Debug("total storage area size:-2147483648\n"));
+}
+
+TEST_F(TStorageArea, QueryTakesFourBytesAndNoMore) {
+  int size = 0;
+  sp.Expect(Size("cpu_err").Answers(OemData({0x0A, 0x00, 0x00, 0x00, 0xFF, 0xFF})));
+  EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "cpu_err", Node(0)));
+  EXPECT_EQ(size, 10);
 }
 
 TEST_F(TStorageArea, QueryFailsSilentlyAndLeavesTheSize) {

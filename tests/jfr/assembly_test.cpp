@@ -150,6 +150,13 @@ TEST_F(TBlockAssembly, TheLastBlockWithoutATimeLeavesNothing) {
   EXPECT_TRUE(Collect(2, {Block(0), DotBlock(1).Returns(TBlock().WithoutTime().Bytes())}).empty());
 }
 
+TEST_F(TBlockAssembly, TheFailureIsWrittenBeforeTheResultIsEmptied) {
+  logger.FailAt("Unable to create chip instance due to caught exception No valid timestamp header (status 21).",
+                [] { throw TVELException(1); });
+  const TMaps maps = Collect(1, {Block(0), DotBlock(1).Returns(TBlock().WithoutTime().Bytes())});
+  EXPECT_EQ(maps.size(), 1U) << "what could not be written emptied nothing";
+}
+
 TEST_F(TBlockAssembly, AnotherStatusGoesOnWithTheNextInstance) {
   int calls = 0;
   probe.DoAt("R.GetQualifier(Index) {}", [&calls] {

@@ -294,6 +294,12 @@ TEST_F(TStorageAreaCalls, NodeZeroIsAskedFirstAndThenEachNode) {
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver", "instance 0", "instance 1"}));
 }
 
+TEST_F(TStorageAreaCalls, TheEntryIsWrittenBeforeTheLibraryIsAskedFor) {
+  logger.FailAt("Enter ReadErrFFDC funtion");
+  EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);
+  EXPECT_TRUE(library.calls.empty());
+}
+
 TEST_F(TStorageAreaCalls, ANodeIsAnnouncedBeforeItsLibraryObjectIsAskedFor) {
   logger.FailAt("The system has2 . Now reading Node0");
   EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);

@@ -21,7 +21,10 @@ class TLogFacade : public TPartTest {
 static_assert(sizeof(LogMessage) == sizeof(void*), "an instance holds nothing but its table pointer");
 static_assert(std::has_virtual_destructor_v<LogMessage>);
 
-TEST_F(TLogFacade, IsOneObject) { EXPECT_EQ(LogMessage::getInstance(), LogMessage::getInstance()); }
+TEST_F(TLogFacade, IsOneObject) {
+  ASSERT_NE(LogMessage::getInstance(), nullptr);
+  EXPECT_EQ(LogMessage::getInstance(), LogMessage::getInstance());
+}
 
 TEST_F(TLogFacade, ACopyMayGoAway) {
   { const LogMessage copy(log); }

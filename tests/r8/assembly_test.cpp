@@ -36,6 +36,11 @@ TEST_F(TAssembly, TwoBridges) {
   EXPECT_EQ(maps[1].size(), 5U);
 }
 
+TEST_F(TAssembly, WithoutARegisterNeitherMachineTypeNorTimeIsAskedFor) {
+  EXPECT_TRUE(Collector(Chip()).getInstanceData("any", 0).empty());
+  EXPECT_TRUE(probe.CallsWith("GetMachineType").empty());
+}
+
 TEST_F(TAssembly, ElementNamesByClass) {
   struct TCase {
     const char* name;
