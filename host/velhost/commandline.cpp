@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <ostream>
 #include <utility>
 
 #include "host/core/hosterror.h"
@@ -198,7 +197,7 @@ std::string ExplainError(const TParser& parser, const std::vector<std::string>& 
 
 }  // namespace
 
-std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out) {
+std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text) {
   TParser parser;
   // CLI11 takes the arguments last first.
   std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
@@ -206,12 +205,12 @@ std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arg
     parser.app.parse(std::move(reversed));
   } catch (const CLI::CallForHelp&) {
     const auto used = parser.app.get_subcommands();
-    out << (used.empty() ? parser.app.help()
-                         : used.front()->help(parser.app.get_name()) +
-                               "\nThe options of \"velhost --help\" stand for every command.\n");
+    text = used.empty() ? parser.app.help()
+                        : used.front()->help(parser.app.get_name()) +
+                              "\nThe options of \"velhost --help\" stand for every command.\n";
     return std::nullopt;
   } catch (const CLI::CallForVersion& version) {
-    out << version.what() << "\n";
+    text = std::string(version.what()) + "\n";
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     throw THostError(EExitStatus::kUsage, ExplainError(parser, arguments, error));

@@ -66,6 +66,7 @@ void WriteFile(const std::string& path, const std::string& content) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  for (const int ignored : {SIGPIPE, SIGXFSZ}) signal(ignored, SIG_DFL);
   // A group of its own: Ctrl-C is for velhost, which then ends it in order.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -1,31 +1,35 @@
 // velhost: loads the collector and runs it against a service processor.
-#include <cstdio>
 #include <exception>
-#include <iostream>
+#include <string>
+#include <vector>
 
 #include "host/core/hosterror.h"
 #include "host/output/outputfile.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
+#include "host/velhost/messages.h"
+#include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
 namespace {
 
 int RunCommand(const std::vector<std::string>& arguments) {
-  const auto commandLine = NKROVEL20::ParseCommandLine(arguments, std::cout);
-  if (!commandLine) return 0;
-  return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
+  std::string text;
+  const auto commandLine = NKROVEL20::ParseCommandLine(arguments, text);
+  if (commandLine) return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
+  NKROVEL20::WriteToStandardOutput(text);
+  return 0;
 }
 
 int Fail(NKROVEL20::EExitStatus status, const std::string& message) {
-  std::cout.flush();
-  std::cerr << "velhost: " << message << "\n";
+  NKROVEL20::Say(message);
   return static_cast<int>(status);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  NKROVEL20::PrepareStandardStreams();
   try {
     return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const NKROVEL20::TClosedPipe& closed) {
@@ -34,5 +38,7 @@ int main(int argc, char** argv) {
     return Fail(error.Status(), error.what());
   } catch (const std::exception& error) {
     return Fail(NKROVEL20::EExitStatus::kInternal, std::string("internal error: ") + error.what());
+  } catch (...) {
+    return Fail(NKROVEL20::EExitStatus::kInternal, "internal error: an exception of unknown type");
   }
 }

@@ -2,9 +2,8 @@
 
 #include <unistd.h>
 
-#include <iostream>
-
 #include "host/output/outputfile.h"
+#include "host/output/tablelayout.h"
 #include "host/pluginmanager/pluginloader.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
@@ -12,6 +11,7 @@
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/simulate.h"
+#include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 
 namespace NKROVEL20 {
@@ -27,23 +27,27 @@ EExitStatus ListClasses(const TCommonOptions& options, const TInstallation& inst
     const TStopSignal stop;
     machineType = ConnectServer(options, installation, stop)->Environment().MachineType();
   }
-  std::cout << FormatClasses(*cimNamespace, machineType);
+  WriteToStandardOutput(SafeLines(FormatClasses(*cimNamespace, machineType)));
   return EExitStatus::kComplete;
 }
 
 EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& installation) {
   TTrace trace(options);
+  std::string text;
   {
     TDynamicLibraryLoader libraries;
     TPluginLoader loader(libraries);
     const auto plugin = loader.Load(options.plugin.empty() ? installation.Plugin() : options.plugin);
+    trace.OpenFile();
     IPluginCallbacks& callbacks = plugin->Callbacks();
-    std::cout << "Name:              " << callbacks.GetName() << "\nVersion:           " << callbacks.GetVersion()
-              << "\nInterface version: " << callbacks.GetInterfaceVersion()
-              << "\nType:              " << callbacks.GetType()
-              << "\nAnswers requests:  " << (plugin->Query() != nullptr ? "yes" : "no")
-              << "\nLibrary:           " << plugin->Path() << "\n";
+    text = "Name:              " + SafeText(callbacks.GetName()) +
+           "\nVersion:           " + SafeText(callbacks.GetVersion()) +
+           "\nInterface version: " + SafeText(callbacks.GetInterfaceVersion()) +
+           "\nType:              " + std::to_string(callbacks.GetType()) +
+           "\nAnswers requests:  " + (plugin->Query() != nullptr ? "yes" : "no") +
+           "\nLibrary:           " + SafeText(plugin->Path()) + "\n";
   }
+  WriteToStandardOutput(text);
   trace.Finish();
   return EExitStatus::kComplete;
 }
