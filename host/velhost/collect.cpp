@@ -149,6 +149,7 @@ class TCollection {
       }
       summary = Collect(run, target, form);
       target.Finish();
+      if (run.FailureToUnload()) throw THostError(*run.FailureToUnload());
     }
     const bool mismatch = !connection_->Mismatch().empty();
     if (summary.partial && !mismatch) SayWhyPartial(summary);

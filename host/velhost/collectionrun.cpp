@@ -42,11 +42,10 @@ TCollectionSummary TCollectionRun::Run(const TClasses& classes, IInstanceWriter&
   const auto start = std::chrono::steady_clock::now();
   writer_ = &writer;
   const TCommitGuard guard(*namespace_, [this](const boost::shared_ptr<const TInstance>& i) { OnCommit(i); });
-  Begin(plugin_->Callbacks());
-  plugin_->Callbacks().Init();
+  Begin();
+  plugin_->Init();
   RunAll(*plugin_->Query(), RequestsFor(classes));
-  plugin_->Callbacks().DeInit();
-  plugin_.reset();
+  Unload();
   Summarise(start);
   writer.End(summary_);
   return summary_;
@@ -59,8 +58,18 @@ std::vector<TCollectionRun::TClasses> TCollectionRun::RequestsFor(const TClasses
   return requests;
 }
 
-void TCollectionRun::Begin(IPluginCallbacks& plugin) {
-  writer_->Begin({settings_.machineType, plugin.GetName(), plugin.GetVersion(), plugin.GetInterfaceVersion()});
+void TCollectionRun::Begin() {
+  const TPluginIdentity identity = plugin_->Identity();
+  writer_->Begin({settings_.machineType, identity.name, identity.version, identity.interfaceVersion});
+}
+
+void TCollectionRun::Unload() {
+  try {
+    plugin_->DeInit();
+    plugin_->Unload();
+  } catch (const THostError& failure) {
+    failureToUnload_ = failure;
+  }
 }
 
 void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests) {

@@ -6,11 +6,13 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "host/core/cimnamespace.h"
+#include "host/core/hosterror.h"
 #include "host/output/iinstancewriter.h"
 #include "host/pluginmanager/pluginloader.h"
 #include "host/serviceprocessor/stopsignal.h"
@@ -49,13 +51,16 @@ class TCollectionRun {
   /// Loads the plugin. Throws THostError where it cannot be used.
   void Load(const std::string& pluginPath);
   /// Once, after Load: makes the requests, unloads the plugin, and writes the whole document. Throws
-  /// THostError where the output fails; the plugin is unloaded in every case.
+  /// THostError where the output or the plugin fails; the plugin is unloaded in every case.
   TCollectionSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes, IInstanceWriter& writer);
+  /// Set where the plugin failed when all was collected: the document is whole, but the command is not.
+  const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
 
  private:
   using TClasses = std::vector<boost::shared_ptr<TCIMClass>>;
 
-  void Begin(IPluginCallbacks& plugin);
+  void Begin();
+  void Unload();
   std::vector<TClasses> RequestsFor(const TClasses& classes) const;
   void RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests);
   void RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name);
@@ -79,6 +84,7 @@ class TCollectionRun {
   bool mismatched_ = false;
   std::vector<boost::shared_ptr<const TInstance>> pending_;
   TCollectionSummary summary_;
+  std::optional<THostError> failureToUnload_;
 };
 
 }  // namespace NKROVEL20

@@ -39,13 +39,13 @@ EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& insta
     TPluginLoader loader(libraries);
     const auto plugin = loader.Load(options.plugin.empty() ? installation.Plugin() : options.plugin);
     trace.OpenFile();
-    IPluginCallbacks& callbacks = plugin->Callbacks();
-    text = "Name:              " + SafeText(callbacks.GetName()) +
-           "\nVersion:           " + SafeText(callbacks.GetVersion()) +
-           "\nInterface version: " + SafeText(callbacks.GetInterfaceVersion()) +
-           "\nType:              " + std::to_string(callbacks.GetType()) +
+    const TPluginIdentity identity = plugin->Identity();
+    text = "Name:              " + SafeText(identity.name) + "\nVersion:           " + SafeText(identity.version) +
+           "\nInterface version: " + SafeText(identity.interfaceVersion) +
+           "\nType:              " + std::to_string(identity.type) +
            "\nAnswers requests:  " + (plugin->Query() != nullptr ? "yes" : "no") +
            "\nLibrary:           " + SafeText(plugin->Path()) + "\n";
+    plugin->Unload();
   }
   WriteToStandardOutput(text);
   trace.Finish();

@@ -49,13 +49,23 @@ class Stopping(VelhostCase):
         self.check_partial(done.stdout, "deadline reached")
 
     def test_interruption(self):
-        for number in (signal.SIGINT, signal.SIGTERM):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             process = self.start("--log", "trace.txt", BRIDGE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
             time.sleep(0.5)
             process.send_signal(number)
             output, errors = process.communicate(timeout=60)
             self.assertEqual(process.returncode, 3, errors)
             self.check_partial(output, "interrupted")
+
+    def test_a_run_under_nohup_outlives_its_terminal(self):
+        process = subprocess.Popen(["nohup", VELHOST, *self.arguments, "--timeout", "1", BRIDGE], cwd=self.folder,
+                                   text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        time.sleep(0.5)
+        process.send_signal(signal.SIGHUP)
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 3)
+        self.check_partial(output, "deadline reached")
+        self.assertIn(REASON, errors)
 
     def test_output_of_an_interrupted_run_is_whole(self):
         process = self.start("-o", "out.json", BRIDGE, BRIDGE, "KROSG_DCAPFile", stderr=subprocess.PIPE)
