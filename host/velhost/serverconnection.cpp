@@ -12,6 +12,7 @@
 #include "host/serviceprocessor/simulatedserver.h"
 #include "host/smbios/systemsmbios.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/usagecheck.h"
 
 namespace NKROVEL20 {
 
@@ -78,9 +79,10 @@ class TReplayConnection : public IServerConnection {
   void CheckAfterwards() override {
     if (const auto warning = replay_->CutWarning()) Say(*warning);
     if (!replay_->Mismatch()) return;
-    throw THostError(EExitStatus::kBadData, *replay_->Mismatch() +
-                                                "the collection is not the recorded one: give it the same schema, "
-                                                "classes and machine type");
+    Say(*replay_->Mismatch());
+    throw THostError(EExitStatus::kBadData,
+                     "the collection is not the recorded one: give it the same schema, "
+                     "classes and machine type");
   }
 
  private:
@@ -163,9 +165,9 @@ std::string RestOf(const std::string& spec) {
 }
 
 [[noreturn]] void ThrowUnknown(const std::string& spec) {
-  throw THostError(EExitStatus::kUsage, "unknown service processor \"" + spec +
-                                            "\"; expected sim[:FILE], replay:FILE, inband[:DEVICE] or "
-                                            "lan:[USER@]HOST[:PORT]");
+  throw THostError(EExitStatus::kUsage,
+                   "--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], not " + QuotedWord(spec) +
+                       DidYouMean(SchemeOf(spec), {"sim", "replay", "inband", "lan"}) + "\nSee \"velhost --help\".");
 }
 
 void RequireMachineType(const TCommonOptions& options, const std::string& known, const std::string& why) {

@@ -1,8 +1,5 @@
 #include "host/velhost/verbs.h"
 
-#include <unistd.h>
-
-#include "host/output/outputfile.h"
 #include "host/output/tablelayout.h"
 #include "host/pluginmanager/pluginloader.h"
 #include "host/schema/schemacheck.h"
@@ -17,6 +14,15 @@
 namespace NKROVEL20 {
 
 namespace {
+
+class TTextSink : public ITextSink {
+ public:
+  void Write(std::string_view text) override { text_ += text; }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
 
 EExitStatus ListClasses(const TCommonOptions& options, const TInstallation& installation) {
   const auto cimNamespace = LoadSchema(options, installation);
@@ -57,13 +63,13 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
   TFileReader reader;
   const TSchemaFindings findings =
       CheckSchema(mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs, reader);
-  TDescriptorSink sink(STDOUT_FILENO, "standard output");
+  TTextSink text;
   if (commandLine.check.json) {
-    WriteFindingsAsJson(findings, sink);
+    WriteFindingsAsJson(findings, text);
   } else {
-    WriteFindingsAsText(findings, sink);
+    WriteFindingsAsText(findings, text);
   }
-  sink.Flush();
+  WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
   return StatusOf(findings);
 }
 
