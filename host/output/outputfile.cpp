@@ -32,6 +32,8 @@ void WriteAll(int descriptor, std::string_view text, const std::string& name) {
       ::poll(&ready, 1, -1);
     } else if (errno == EPIPE) {
       throw TClosedPipe(name);
+    } else if (errno == EBADF) {
+      throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", name));
     } else if (errno != EINTR) {
       throw THostError(EExitStatus::kWriteFailed, fmt::format("cannot write {}: {}", name, std::strerror(errno)));
     }

@@ -74,6 +74,7 @@ void ReplaceStandardStreams(int input, int output) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  for (const int ignored : {SIGPIPE, SIGXFSZ}) signal(ignored, SIG_DFL);
   // A group of its own: Ctrl-C is for velhost, which then ends it in order.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);

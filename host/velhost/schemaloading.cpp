@@ -1,9 +1,8 @@
 #include "host/velhost/schemaloading.h"
 
-#include <iostream>
-
 #include "host/core/hosterror.h"
 #include "host/schema/schemareader.h"
+#include "host/velhost/messages.h"
 
 namespace NKROVEL20 {
 
@@ -14,10 +13,8 @@ std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInsta
 boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation) {
   TFileReader reader;
   const TSchemaResult schema = ReadSchema(SchemaPaths(options, installation), reader);
-  std::string text;
-  for (const TTextDiagnostic& diagnostic : schema.diagnostics) text += FormatDiagnostic(diagnostic);
-  if (schema.HasErrors()) throw THostError(EExitStatus::kBadData, text + "the schema cannot be used");
-  std::cerr << text;
+  SayDiagnostics(schema.diagnostics);
+  if (schema.HasErrors()) throw THostError(EExitStatus::kBadData, "the schema cannot be used");
   return schema.cimNamespace;
 }
 

@@ -309,7 +309,7 @@ TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
   } catch (const TClosedPipe&) {
     FAIL();
   } catch (const THostError& error) {
-    EXPECT_STREQ(error.what(), "cannot write standard output: Bad file descriptor");
+    EXPECT_STREQ(error.what(), "standard output is closed");
     EXPECT_EQ(error.Status(), EExitStatus::kWriteFailed);
   }
 }
