@@ -60,6 +60,7 @@ class TJFRErrorData {
   std::unique_ptr<TNOVRequestTorgaReg> transport;
   std::string className;  // starts empty
   std::uint8_t fSPInstances;
+  std::vector<NKROVEL20::TCIMValue> elements;  // of the register that is being decoded; kept for its memory
 };
 
 inline std::string print2Array(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }

@@ -54,6 +54,7 @@ class R8ErrorData {
   boost::shared_ptr<NKROVEL20::ICIMClass> collectedClass;
   std::string reserved;  // stays empty
   std::unique_ptr<IPMIRequestTorgaReg> transport;
+  std::vector<NKROVEL20::TCIMValue> elements;  // of the register that is being decoded; kept for its memory
 };
 
 inline std::string printArray0(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }

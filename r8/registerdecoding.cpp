@@ -124,7 +124,7 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
 
 TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> property, int index) {
   TCIMValue result;
-  std::vector<TCIMValue> values;
+  elements.clear();
   const std::string machineType = getMachineType();
   const unsigned int length = familyLength(isEightByteFamily(machineType));
   if (index < 0) {
@@ -143,16 +143,16 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     unsigned int lastAddress = 0;
     std::vector<unsigned char> bytes = readAddresses(name, machineType, offset, chipSelector, lastAddress);
     ConvertToBigEndian(&bytes, lastAddress, maxLen == kFoldedMode ? kFoldedMode : 0);
-    values.assign(bytes.begin(), bytes.end());
+    elements.assign(bytes.begin(), bytes.end());
     logger->writeDebug("Displaying messenger\n");
     logger->writeDebug(decimals(bytes));
-    if (values.size() == Record::kSize) {
-      result.Set(property->GetType({}), length, values);
+    if (elements.size() == Record::kSize) {
+      result.Set(property->GetType({}), length, elements);
     } else {
       result.SetNullValue(TCIMValue::TCIMType::kUint8, length);
     }
   }
-  logger->writeDebug("Size of cimvalues " + std::to_string(values.size()));
+  logger->writeDebug("Size of cimvalues " + std::to_string(elements.size()));
   std::string line = "Register data value ";
   result.AppendTo(line, 10);
   logger->writeDebug(line);
