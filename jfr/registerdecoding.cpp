@@ -58,12 +58,13 @@ TCIMValue TJFRErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> pro
   const int base = timeStampFromSecondCopy == 0 ? Block::kHeaderSize : 0;
   const int p = base + (index + instance * Block::kRecordsPerInstance) * Block::kRecordStride;
 
-  std::vector<TCIMValue> values;
-  values.reserve(Block::kDecodedSize);
-  for (int i = 0; i < Block::kIdentificationSize; ++i) values.emplace_back(blockByte(data, p + i));
-  for (const int character : Block::kEqualsSign) values.emplace_back(character);
-  for (int i = 0; i < Block::kValueSize; ++i) values.emplace_back(blockByte(data, p + Block::kIdentificationSize + i));
-  return TCIMValue(type, Block::kDecodedSize, values);
+  std::vector<TCIMValue> elements;
+  elements.reserve(Block::kDecodedSize);
+  for (int i = 0; i < Block::kIdentificationSize; ++i) elements.emplace_back(blockByte(data, p + i));
+  for (const int character : Block::kEqualsSign) elements.emplace_back(character);
+  for (int i = 0; i < Block::kValueSize; ++i)
+    elements.emplace_back(blockByte(data, p + Block::kIdentificationSize + i));
+  return TCIMValue(type, Block::kDecodedSize, elements);
 }
 
 TPropertyMap TJFRErrorData::getChipsetErrorRegisterValues(unsigned char* data, int instance) {

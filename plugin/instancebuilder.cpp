@@ -15,8 +15,7 @@ void TTORGARegPluginCallbacks::buildCIMInstances(const std::vector<TPropertyMap>
     for (const auto& [name, value] : map) {
       if (value.IsNull()) continue;
       line.assign("valueIt->first = ").append(name).append(". valueIt->second = ");
-      value.AppendTo(line, 10);
-      line += ".";
+      line.append(value.ToString(10)).append(".");
       logger->writeVerbose(line);
       instance->SetProperty(name, value, noContext);
     }

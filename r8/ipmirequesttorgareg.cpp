@@ -16,6 +16,8 @@ namespace {
 constexpr int kCapacity = static_cast<int>(TIPMICommandBuffer::kSize);
 // The dump is inclusive: it also shows the zero byte that the buffer owns behind its end.
 constexpr unsigned long kLastDumped = TIPMICommandBuffer::kSize;
+// Room for two dumps as they mostly are, nearly all zeros, and the words around them.
+constexpr std::size_t kTranscriptSize = 2048;
 // A timestamp read is checked by the whole response's length, a register read by its data's.
 constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
 static_assert(kTimestampEnd == 13);
@@ -50,6 +52,8 @@ bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int addre
                                   unsigned short* length, bool rawValue) {
   logger->writeDebug("Entered torgareg request.");
   TIPMICommandBuffer buffer = makeRegisterRead(chipSelector, address);
+  std::string transcript;
+  transcript.reserve(kTranscriptSize);
   transcript = "Contents of buffer to send (rspBuf):\n";
   appendDump(transcript, buffer.Data(), kLastDumped);
   int responseLength = kCapacity;
@@ -76,19 +80,19 @@ bool IPMIRequestTorgaReg::getTimeStamp(unsigned char* out, unsigned short* lengt
   logger->writeDebug("Entered get time stamp request");
   TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
   int responseLength = kCapacity;
-  std::string text;
+  std::string transcript;
   bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
   if (succeeded) {
-    text += "Command completed checking success...\n";
+    transcript += "Command completed checking success...\n";
     succeeded = responseLength >= kTimestampEnd && buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
   }
   if (succeeded) {
     responseLength = buffer.DataLength();
-    text += "\nThe response length is " + dataToString<int>(responseLength);
+    transcript += "\nThe response length is " + dataToString<int>(responseLength);
     std::copy_n(buffer.Data() + Wire::kTimestamp, Wire::kTimestampSize, out);
   }
   *length = static_cast<unsigned short>(responseLength);
-  logger->writeVerbose(text);
+  logger->writeVerbose(transcript);
   return succeeded;
 }
 

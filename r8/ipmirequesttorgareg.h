@@ -9,8 +9,7 @@
 
 namespace torgareg {
 
-/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls but the
-/// memory of a transcript.
+/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls.
 class IPMIRequestTorgaReg {
  public:
   /// Talks to BMC node 0.
@@ -33,7 +32,6 @@ class IPMIRequestTorgaReg {
  private:
   NKROVEL20::SPLibrary* library;  // not owned
   LogMessage* logger;             // not owned
-  std::string transcript;         // of the register read that is going on
 };
 
 inline std::string printArray(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }

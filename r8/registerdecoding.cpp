@@ -157,9 +157,7 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     }
   }
   logger->writeDebug("Size of cimvalues " + std::to_string(values.size()));
-  std::string line = "Register data value ";
-  result.AppendTo(line, 10);
-  logger->writeDebug(line);
+  logger->writeDebug("Register data value " + result.ToString(10));
   return result;
 }
 

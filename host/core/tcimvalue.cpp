@@ -204,7 +204,11 @@ void TCIMValue::Set(TCIMType type, unsigned int count, const std::vector<TCIMVal
   converted.reserve(elements.size());
   for (const TCIMValue& element : elements) {
     if (element.array_ && !element.null_) ThrowMismatch("an array is not an element of an array");
-    converted.push_back(element.type_ == type ? element : element.ConvertedTo(type));
+    if (element.type_ == type) {
+      converted.push_back(element);
+    } else {
+      converted.push_back(element.ConvertedTo(type));
+    }
     converted.back().array_ = false;
     converted.back().declaredSize_ = 0;
   }
