@@ -7,12 +7,14 @@ here=$top/tests/robustness
 
 step() { printf '\n== %s (%d s)\n' "$1" "$SECONDS"; }
 
-# build_other NAME CC CXX FLAGS: velhost and the collector alone, with another compiler or optimisation.
+# build_other NAME CC CXX FLAGS: velhost and the collector alone, with another compiler or optimisation. GCC warns of
+# more with -O3, wrongly in the C++ library itself.
 build_other() {
   local log
   log=$(mktemp)
   if ! (cmake -S "$top" -B "$top/build/$1" -G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_C_COMPILER="$2" \
-          -DCMAKE_CXX_COMPILER="$3" -DCMAKE_CXX_FLAGS="$4" -DVELHOST_TESTS=OFF -DVELHOST_LAN=OFF -DVELHOST_BMCSIM=OFF &&
+          -DCMAKE_CXX_COMPILER="$3" -DCMAKE_CXX_FLAGS="$4" -DVELHOST_WERROR=OFF -DVELHOST_TESTS=OFF -DVELHOST_LAN=OFF \
+          -DVELHOST_BMCSIM=OFF &&
         cmake --build "$top/build/$1" --target velhost torgareg) >"$log" 2>&1; then
     cat "$log" >&2
     return 1
