@@ -89,10 +89,10 @@ std::string FindModule(const TInstallation& installation) {
 std::string CheckServer(const TSimulateArguments& arguments) {
   TFileReader reader;
   const TServerFile server = ReadServerFile(arguments.file, reader);
-  const std::string reason = ReasonNotToServe(server, arguments.node);
+  const TNotServed refusal = ReasonNotToServe(server, arguments.node);
   const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();
-  if (!reason.empty()) {
-    throw THostError(exists ? EExitStatus::kBadData : EExitStatus::kUsage, arguments.file + ": " + reason);
+  if (!refusal.reason.empty()) {
+    throw THostError(exists ? EExitStatus::kBadData : EExitStatus::kUsage, DescribeNotServed(refusal, arguments.file));
   }
   return server.machineType;
 }
@@ -133,7 +133,9 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
 }
 
 [[noreturn]] void ThrowEnded(const TIpmiSim& simulator, const char* when) {
-  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when + ":\n" + simulator.Output());
+  const std::string output = simulator.Output();
+  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when +
+                                                  (output.empty() ? ", and said nothing of why" : ": " + output));
 }
 
 /// Waits for a signal (true), or until the time is over or the simulator has ended (false).

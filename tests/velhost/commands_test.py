@@ -81,6 +81,37 @@ class Usage(VelhostCase):
         text = self.write("text.so", "no library\n")
         self.fails(66, "text.so", "plugin", "--plugin", text)
 
+    def test_an_include_that_is_missing(self):
+        schema = self.write("schema.mof", '#pragma include ("missing.mof")\nclass A {};\n')
+        self.fails(66, "velhost: the schema cannot be used\n", "collect", "--schema", schema)
+        self.assertEqual(self.run_velhost("check", schema).returncode, 65)
+        schema = self.write("schema.mof", '#pragma include ("missing.mof")\nclass A : B {};\n')
+        self.fails(65, "velhost: the schema cannot be used\n", "collect", "--schema", schema)
+
+    def test_each_diagnostic_begins_with_the_program_and_fits_the_screen(self):
+        schema = self.write("schema.mof", "\t\t\tclass A : B {}; " + "// " + "x" * 200 + "\nclass C : D {};\n")
+        lines = self.run_velhost("collect", "--schema", "schema.mof").stderr.splitlines()
+        self.assertEqual([line.split(" ")[:2] for line in lines if line.startswith("velhost")],
+                         [["velhost:", "schema.mof:1:14:"], ["velhost:", "schema.mof:2:11:"], ["velhost:", "the"]])
+        self.assertEqual([line[:2] for line in lines if not line.startswith("velhost")], ["  "] * 4)
+        self.assertLessEqual(max(len(line) for line in lines[1:3]), 80)
+        self.assertEqual(lines[1].index("B"), lines[2].index("^"))
+        self.assertEqual(self.run_velhost("check", schema).returncode, 65)
+
+    def test_nothing_from_outside_steers_the_terminal(self):
+        schema = self.schema({"Register": (0x1000, 8)})
+        text = (self.folder / "schema.mof").read_text().replace('"4411"', '"44\x1b[31m11\x7f\u009b"')
+        (self.folder / "schema.mof").write_text(text)
+        shown = self.run_velhost("classes", "--schema", schema, "--machine-type", "44\x1b[31m11").stdout
+        self.assertIn("Machine type: 44\\x1b[31m11\n", shown)
+        self.assertIn('yes, by "44\\x1b[31m11\\x7f\\x9b"', shown)
+        name = "bad\x1b[31m.mof"
+        self.write(name, "class A : B\x1b {};\n")
+        for done in (self.run_velhost("check", name), self.run_velhost("collect", "--schema", name),
+                     self.run_velhost("collect", "--sp", "sim:\x1b[31m")):
+            self.assertNotIn("\x1b", done.stdout + done.stderr)
+            self.assertIn("\\x1b[31m", done.stdout + done.stderr)
+
     def test_a_named_device_that_is_not_there(self):
         self.fails(69, "/dev/ipmi777", "collect", "--machine-type", "6203", "--sp", "inband:/dev/ipmi777")
 
