@@ -1,14 +1,24 @@
-// Side-by-side measurements: rounds of each candidate in turn, processor time, medians.
+// Side-by-side measurements: rounds of each candidate in turn, medians, and the row that comes of them.
 #pragma once
+
+#include <fmt/format.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace bench {
+
+/// Whether "--quick" stands on the command line: everything runs once and small, for a test that looks
+/// at nothing but that it runs.
+inline bool IsQuick(int argc, char** argv) {
+  return std::any_of(argv + 1, argv + argc, [](const char* argument) { return !std::strcmp(argument, "--quick"); });
+}
 
 /// Processor time of this process in seconds.
 inline double ProcessorTime() {
@@ -17,20 +27,44 @@ inline double ProcessorTime() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
+/// Processor time in seconds of the programs that this process has run to their ends.
+inline double ChildrenTime() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// Time on the wall in seconds; on a busy machine also that of other programs.
+inline double ElapsedTime() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+/// The most memory that this process ever had, in bytes.
+inline long PeakMemory() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss * 1024;
+}
+
 struct TCandidate {
-  std::string name;
   std::function<void()> run;  ///< one round
-  double units = 1;           ///< what one round counts, to print time per unit
+  double units = 1;           ///< what one round counts, to give time per unit
 };
 
 /// The median seconds per unit of each candidate, measured in turn over `rounds` rounds.
-inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, int rounds) {
+inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, int rounds,
+                                   const std::function<double()>& clock = &ProcessorTime) {
   std::vector<std::vector<double>> times(candidates.size());
   for (int round = 0; round <= rounds; ++round) {
     for (std::size_t i = 0; i < candidates.size(); ++i) {
-      const double start = ProcessorTime();
+      const double start = clock();
       candidates[i].run();
-      const double used = ProcessorTime() - start;
+      const double used = clock() - start;
       if (round > 0) times[i].push_back(used / candidates[i].units);  // the first round warms up
     }
   }
@@ -42,16 +76,22 @@ inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, in
   return medians;
 }
 
-/// One line of the table: what, the target, the measured ratio, and absolute figures as a guide.
-inline void Report(const std::string& what, const std::string& target, double ratio, const std::string& guide) {
-  std::printf("| %s | %s | %.1f | %s |\n", what.c_str(), target.c_str(), ratio, guide.c_str());
+/// One line of the table in docs/performance.md.
+struct TRow {
+  std::string number;    ///< of the row, with a letter where several share one
+  std::string what;      ///< what is measured, against what
+  std::string target;    ///< empty where there is none
+  std::string measured;  ///< the ratio
+  bool met = true;
+  std::string absolute;  ///< times and rates of this machine, as a guide
+};
+
+inline void Print(const TRow& row) {
+  const char* const met = row.target.empty() ? "" : row.met ? "yes" : "**no**";
+  fmt::print("| {} | {} | {} | {} | {} | {} |\n", row.number, row.what, row.target, row.measured, met, row.absolute);
   std::fflush(stdout);
 }
 
-inline std::string Microseconds(double seconds) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.2f us", seconds * 1e6);
-  return text;
-}
+inline std::string Microseconds(double seconds) { return fmt::format("{:.2f} µs", seconds * 1e6); }
 
 }  // namespace bench

@@ -1,18 +1,19 @@
 // What the collector costs beside the wire, against a service processor that answers at once.
-#include <sys/resource.h>
+//
+// collector_bench [--quick | ROW]; with a row's number only that one, to be looked at with perf.
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <sstream>
 
 #include "bench/benchsupport.h"
-#include "host/core/cimnamespace.h"
-#include "host/core/hostservices.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "bench/collectorsupport.h"
 #include "jfr/TJFRErrorData.h"
+#include "nkrovel20/registerblockcommand.h"
 #include "nkrovel20/registercommands.h"
 #include "nkrovel20/storageareacommands.h"
-#include "plugin/torgaplugin.h"
-#include "r8/r8errordata.h"
 
 using namespace NKROVEL20;
 
@@ -20,10 +21,17 @@ namespace {
 
 constexpr int kRegisters = 1000;
 constexpr int kJfrRegisters = 50;
+constexpr std::uint32_t kSmallFile = 128U << 10U;
+constexpr std::uint32_t kLargeFile = 1U << 20U;
 
 // Answers registers, timestamps, blocks and one storage area of a settable size.
 class TInstantServiceProcessor : public IServiceProcessor {
  public:
+  TInstantServiceProcessor() : block(RegisterBlockCommand::kBlockSize) {
+    for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 37 + 1);
+  }
+
+  std::vector<std::uint8_t> block;  // its first header has the month 75, which is as good as any
   std::uint32_t areaSize = 0;
 
   int BmcNodeCount() override { return 1; }
@@ -48,10 +56,8 @@ class TInstantServiceProcessor : public IServiceProcessor {
   }
 
   bool SendDot(int, const dotCmd&, std::span<std::uint8_t> response, int& length, const TStopSignal&) override {
-    for (std::size_t i = 0; i < response.size(); ++i) response[i] = static_cast<std::uint8_t>(i * 37 + 1);
-    response[2] = 5;
-    response[3] = 6;
-    length = static_cast<int>(response.size());
+    std::memcpy(response.data(), block.data(), std::min(response.size(), block.size()));
+    length = static_cast<int>(block.size());
     return true;
   }
 
@@ -68,82 +74,6 @@ class TInstantServiceProcessor : public IServiceProcessor {
     return 3 + 2 + 10;
   }
 };
-
-class TDroppingPluginManager : public TPluginManagerNamespace {
- public:
-  TPluginManagerProvider* RegisterPlugin(IPluginCallbacks*) override {
-    return reinterpret_cast<TPluginManagerProvider*>(this);  // any handle but null: lines are passed on
-  }
-  boost::shared_ptr<ICIMClass> GetClass(const std::string&, const TPropertyMap&) override { return {}; }
-  std::string GetMachineType() const override { return {}; }
-};
-
-class TDroppingLogger : public ILogger {
- public:
-  std::size_t bytes = 0;
-  void Log(EVELLogSeverity, const std::string& message) override { bytes += message.size(); }
-};
-
-TQualifierDefinition Number(const std::string& name, int value) { return {name, TCIMValue(value), {}, {}}; }
-
-TPropertyDefinition RegisterProperty(int number, const std::vector<TQualifierDefinition>& qualifiers) {
-  TPropertyDefinition property;
-  property.name = "Register" + std::to_string(number);
-  property.type = TCIMValue::TCIMType::kUint8;
-  property.isArray = true;
-  property.qualifiers = qualifiers;
-  return property;
-}
-
-TPropertyDefinition Scalar(const std::string& name, TCIMValue::TCIMType::ECIMType type) {
-  TPropertyDefinition property;
-  property.name = name;
-  property.type = type;
-  return property;
-}
-
-boost::shared_ptr<TNamespace> MakeSchema(int r8Registers) {
-  using TType = TCIMValue::TCIMType;
-  const auto schema = TNamespace::Create();
-  schema->SetMachineType("6203");
-  TClassDefinition top;
-  top.name = "CIM_Top";
-  top.properties = {Scalar("InstanceID", TType::kString), Scalar("ElementName", TType::kString),
-                    Scalar("MachineType", TType::kString), Scalar("StatisticTime", TType::kDateTime)};
-  schema->AddClass(top);
-  const TQualifierDefinition types = {
-      "SupportedMachineTypes", TCIMValue(TType(TType::kString), 1, {TCIMValue("6203")}), {}, {}};
-  for (const char* base :
-       {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-    TClassDefinition definition;
-    definition.name = base;
-    definition.superClass = "CIM_Top";
-    schema->AddClass(definition);
-  }
-  TClassDefinition r8;
-  r8.name = "KROSG_VO_PCIIOBRIDGE_StatisticData";
-  r8.superClass = "CIM_Top";
-  r8.qualifiers = {types, Number("MaxInstanceCount", 1)};
-  for (int i = 0; i < r8Registers; ++i) {
-    r8.properties.push_back(RegisterProperty(i, {Number("Offset", 0x1000 + 8 * i), Number("MaxLen", 8)}));
-  }
-  schema->AddClass(r8);
-  TClassDefinition jfr;
-  jfr.name = "KROSG_X_PCIIOBRIDGE_StatisticData";
-  jfr.superClass = "KROSG_PCIIOBRIDGE_StatisticData";
-  jfr.qualifiers = {types, Number("MaxInstanceCount", 1)};
-  for (int i = 0; i < kJfrRegisters; ++i) jfr.properties.push_back(RegisterProperty(i, {Number("Index", 2 * i)}));
-  schema->AddClass(jfr);
-  TClassDefinition file;
-  file.name = "KROSG_DCAPFile";
-  for (const char* name :
-       {"FileName", "ErrRawData", "SourceNode", "CreationClassName", "LogCreationClassName", "LogName", "RecordID"}) {
-    file.properties.push_back(Scalar(name, TType::kString));
-  }
-  file.properties.push_back(Scalar("MessageTimestamp", TType::kDateTime));
-  schema->AddClass(file);
-  return schema;
-}
 
 // The texts of one register read as the baseline formats them: one stream per value.
 std::string StreamPerValue(const unsigned char* data, unsigned long last) {
@@ -165,83 +95,106 @@ std::size_t StreamedRegister() {
   return size + StreamPerValue(buffer.Data() + 9, 14).size();
 }
 
-struct TBench {
-  TInstantServiceProcessor serviceProcessor;
-  TDroppingLogger logger;
-  std::size_t sink = 0;
-
-  TBench() {
-    THostServices::SetPluginManager(boost::shared_ptr<ICIMNamespace>(new TDroppingPluginManager()));
-    THostServices::SetCoreLogger(&logger);
-    TServiceProcessorHub::Install(&serviceProcessor, nullptr);
-  }
-
-  void Collect(torgareg::TTORGARegPluginCallbacks& plugin, const boost::shared_ptr<TNamespace>& schema,
-               const std::string& name) {
-    std::vector<boost::shared_ptr<ICIMClass>> classes = {schema->FindClass(name)};
-    plugin.GetData(schema, classes);
+class TCollectorBench {
+ public:
+  explicit TCollectorBench(bool quick) : quick_(quick), host_(serviceProcessor_) {
+    bench::AddR8Class(*schema_, kRegisters, 1);
+    bench::AddJfrClass(*schema_, kJfrRegisters);
+    bench::AddCaptureClass(*schema_);
   }
 
   void R8() {
     torgareg::TTORGARegPluginCallbacks plugin;
-    const auto schema = MakeSchema(kRegisters);
-    const auto times =
-        bench::Measure({{"streams",
-                         [this] {
-                           for (int i = 0; i < 100; ++i) sink += StreamedRegister();
-                         },
-                         100},
-                        {"plugin", [&] { Collect(plugin, schema, "KROSG_VO_PCIIOBRIDGE_StatisticData"); }, kRegisters}},
-                       21);
-    bench::Report("one R8 register through the whole plugin, against one stream per value", ">= 25",
-                  times[0] / times[1], bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0]));
+    const int streamed = quick_ ? 1 : 100;
+    const auto times = bench::Measure({{[&] {
+                                          for (int i = 0; i < streamed; ++i) sink_ += StreamedRegister();
+                                        },
+                                        static_cast<double>(streamed)},
+                                       {[&] { bench::Collect(plugin, schema_, bench::kR8Class); }, kRegisters}},
+                                      quick_ ? 1 : 41);
+    const double ratio = times[0] / times[1];
+    bench::Print({"1",
+                  "one R8 register through the whole plugin: processor time, against its texts formatted with one "
+                  "stream per value",
+                  "≥ 25", fmt::format("{:.1f}", ratio), ratio >= 25,
+                  bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0])});
   }
 
   void Jfr() {
     torgareg::TTORGARegPluginCallbacks plugin;
-    const auto schema = MakeSchema(1);
-    std::vector<unsigned char> block(4097);
-    int length = 0;
-    const TStopSignal never;
-    const dotCmd command(2, 0, 0, nullptr, nullptr);
-    serviceProcessor.SendDot(0, command, {block.data(), 4096}, length, never);
-    const auto times = bench::Measure({{"dump",
-                                        [&] {
-                                          for (int i = 0; i < 100; ++i)
-                                            sink += torgareg::print2Array(block.data(), 4096).size();
-                                        },
-                                        100},
-                                       {"plugin",
-                                        [&] {
-                                          for (int i = 0; i < 100; ++i)
-                                            Collect(plugin, schema, "KROSG_X_PCIIOBRIDGE_StatisticData");
-                                        },
-                                        100}},
-                                      21);
-    bench::Report("one JFR instance of 50 registers, against the dump of its block", "<= 3", times[1] / times[0],
-                  bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0]));
+    std::vector<unsigned char> block = serviceProcessor_.block;
+    block.push_back(0);  // the dump is inclusive
+    const int repeated = quick_ ? 1 : 100;
+    const auto dump = [&] {
+      for (int i = 0; i < repeated; ++i) sink_ += torgareg::print2Array(block.data(), block.size() - 1).size();
+    };
+    const auto collect = [&] {
+      for (int i = 0; i < repeated; ++i) bench::Collect(plugin, schema_, bench::kJfrClass);
+    };
+    const auto times = bench::Measure({{dump, static_cast<double>(repeated)}, {collect, static_cast<double>(repeated)}},
+                                      quick_ ? 1 : 41);
+    const double ratio = times[1] / times[0];
+    bench::Print({"3", "one JFR instance of 50 registers from a block in memory, against the dump of that block", "≤ 3",
+                  fmt::format("{:.1f}", ratio), ratio <= 3,
+                  bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0])});
   }
 
   void CaptureFiles() {
     torgareg::TTORGARegPluginCallbacks plugin;
-    const auto schema = MakeSchema(1);
-    const auto run = [&](std::uint32_t size) {
-      serviceProcessor.areaSize = size;
-      plugin.ReadErrFFDC(schema, "cpu_err");
-    };
-    const auto times =
-        bench::Measure({{"128 KiB", [&] { run(128U << 10U); }, 1}, {"1 MiB", [&] { run(1U << 20U); }, 1}}, 7);
-    bench::Report("a 1 MiB capture file, against a 128 KiB one", "<= 10", times[1] / times[0],
-                  bench::Microseconds(times[1]) + " against " + bench::Microseconds(times[0]));
+    const auto run = [&](std::uint32_t size) { ReadFile(plugin, size); };
+    const auto times = bench::Measure({{[&] { run(kSmallFile); }}, {[&] { run(kLargeFile); }}}, quick_ ? 1 : 11);
+    const double ratio = times[1] / times[0];
+    bench::Print({"4a", "a capture file of 1 MiB in chunks of ten bytes: processor time, against one of 128 KiB",
+                  "≤ 10", fmt::format("{:.1f}", ratio), ratio <= 10,
+                  fmt::format("{:.1f} ms against {:.1f} ms", times[1] * 1e3, times[0] * 1e3)});
   }
+
+  // In a process of its own, because the peak of this one has been already.
+  void CaptureFileMemory() {
+    const pid_t child = fork();
+    if (child == 0) {
+      MeasureCaptureFileMemory();
+      std::_Exit(0);
+    }
+    waitpid(child, nullptr, 0);
+  }
+
+  bool MadeSomething() const { return sink_ + host_.logger.bytes > 0; }
+
+ private:
+  void ReadFile(torgareg::TTORGARegPluginCallbacks& plugin, std::uint32_t size) {
+    serviceProcessor_.areaSize = size;
+    plugin.ReadErrFFDC(schema_, "cpu_err");
+  }
+
+  void MeasureCaptureFileMemory() {
+    torgareg::TTORGARegPluginCallbacks plugin;
+    ReadFile(plugin, 10);
+    constexpr std::uint32_t kFile = 32U << 20U;  // large, so that pages and pools do not count
+    const long before = bench::PeakMemory();
+    ReadFile(plugin, quick_ ? kLargeFile : kFile);
+    const double grown = static_cast<double>(bench::PeakMemory() - before);
+    const double ratio = grown / (quick_ ? kLargeFile : kFile);
+    bench::Print({"4b", "a capture file of 32 MiB: growth of the peak memory, against the file's size", "≤ 12",
+                  fmt::format("{:.1f}", ratio), ratio <= 12, fmt::format("{:.0f} MiB", grown / 0x1p20)});
+  }
+
+  bool quick_;
+  TInstantServiceProcessor serviceProcessor_;
+  bench::THost host_;
+  boost::shared_ptr<TNamespace> schema_ = bench::MakeSchema();
+  std::size_t sink_ = 0;
 };
 
 }  // namespace
 
-int main() {
-  TBench bench;
-  bench.R8();
-  bench.Jfr();
-  bench.CaptureFiles();
-  return bench.sink == 0 && bench.logger.bytes == 0 ? 1 : 0;
+int main(int argc, char** argv) {
+  const bool quick = bench::IsQuick(argc, argv);
+  const std::string only = argc > 1 && !quick ? argv[1] : "";
+  TCollectorBench collector(quick);
+  if (only.empty() || only == "1") collector.R8();
+  if (only.empty() || only == "3") collector.Jfr();
+  if (only.empty() || only == "4") collector.CaptureFileMemory();
+  if (only.empty() || only == "4") collector.CaptureFiles();
+  return collector.MadeSomething() ? 0 : 1;
 }

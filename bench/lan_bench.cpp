@@ -1,82 +1,80 @@
-// What the LAN transport adds to the library under it: the same register reads against the same
-// simulated BMC, once in a bare loop over the LAN module, once through OpenLan.
+// Register reads over the network: velhost against a bare loop over the same library, and against the
+// usual tools, all against one simulated BMC. Times are those of client and simulator together.
 //
-// lan_bench [COMMANDS], 2000 a round unless given. Elapsed time per command, in turn over eleven
-// rounds, medians; simulator and client share the machine. Needs ipmi_sim (package openipmi).
+// lan_bench [--quick]. Needs ipmi_sim (package openipmi), ipmitool and ipmi-raw (freeipmi-tools).
 #include <dlfcn.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "bench/benchsupport.h"
+#include "bench/processes.h"
 #include "host/serviceprocessor/lan/lanclient.h"
+#include "host/serviceprocessor/lan/lanmodule.h"
 
 namespace {
 
 using namespace NKROVEL20;
-using TClock = std::chrono::steady_clock;
 
-constexpr int kRounds = 11;
-constexpr int kPort = 29623;
+constexpr int kFirstAddress = 0x1000;
+constexpr int kStride = 8;
+constexpr const char* kClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";  // an instance for each chip, from 1 on
 
-std::string BuildFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path().string();
-}
+const char* const kServer = R"(machine_type = "6203"
+unlisted_registers = "pattern"
+[[bmc_node]]
+timestamp = "12 34 56 78"
+)";
 
-/// `velhost simulate` for as long as it lives.
-class TSimulator {
- public:
-  TSimulator() {
-    std::array<int, 2> ends{};
-    if (pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
-    process_ = fork();
-    if (process_ == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      close(ends[0]);
-      const std::string velhost = BuildFolder() + "/bin/velhost";
-      const std::string server = BuildFolder() + "/share/velhost/servers/demo.toml";
-      execl(velhost.c_str(), "velhost", "simulate", server.c_str(), "--port", std::to_string(kPort).c_str(), nullptr);
-      _exit(127);
-    }
-    close(ends[1]);
-    std::string printed;
-    char c = 0;
-    while (printed.find("Ctrl-C ends it.") == std::string::npos && read(ends[0], &c, 1) == 1) printed += c;
-    close(ends[0]);
-    if (printed.empty()) throw std::runtime_error("velhost simulate did not start");
-  }
-  ~TSimulator() {
-    kill(process_, SIGTERM);
-    waitpid(process_, nullptr, 0);
-  }
-  TSimulator(const TSimulator&) = delete;
-  TSimulator& operator=(const TSimulator&) = delete;
-
- private:
-  pid_t process_ = -1;
+struct TReads {
+  int chips;
+  int registers;  ///< of each chip
 };
 
-/// A session of the module's own, used on this thread.
+std::string MakeSchema(const TReads& reads) {
+  std::string mof = "class CIM_Top {};\n";
+  for (const char* base :
+       {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
+    mof += fmt::format("class {} : CIM_Top {{}};\n", base);
+  }
+  mof += fmt::format("[SupportedMachineTypes{{\"6203\"}}, MaxInstanceCount({})] class {} : CIM_Top {{\n", reads.chips,
+                     kClass);
+  mof += "string InstanceID; string ElementName; string MachineType; datetime StatisticTime;\n";
+  for (int i = 0; i < reads.registers; ++i) {
+    mof += fmt::format("[Offset{{{}}}, MaxLen(8)] uint8 Register{}[];\n", kFirstAddress + kStride * i, i);
+  }
+  return mof + "};\n";
+}
+
+/// Calls back with the request's data of each read, in the collector's order.
+void ForEachRead(const TReads& reads, const std::function<void(const std::array<std::uint8_t, 4>&)>& callback) {
+  for (int chip = 1; chip <= reads.chips; ++chip) {
+    for (int i = 0; i < reads.registers; ++i) {
+      const auto address = static_cast<unsigned int>(kFirstAddress + kStride * i);
+      callback({static_cast<std::uint8_t>(chip), static_cast<std::uint8_t>(address >> 16U),
+                static_cast<std::uint8_t>(address >> 8U), static_cast<std::uint8_t>(address)});
+    }
+  }
+}
+
+/// The same reads as a tool's file of commands, each line made of `begin` and the request's data.
+std::string MakeCommands(const TReads& reads, const std::string& begin) {
+  std::string lines;
+  ForEachRead(reads, [&](const auto& data) { lines += fmt::format("{} {:#04x}\n", begin, fmt::join(data, " ")); });
+  return lines;
+}
+
+/// A session of the module's own, used on this thread with nothing around it.
 class TBareSession {
  public:
-  explicit TBareSession(const std::string& moduleFile) {
-    void* const library = dlopen(moduleFile.c_str(), RTLD_NOW);
+  explicit TBareSession(const bench::TSimulator& simulator) {
+    const std::string file = bench::BuildFolder() + "/lib/velhost/modules/" + kLanModuleFile;
+    void* const library = dlopen(file.c_str(), RTLD_NOW);
     if (library == nullptr) throw std::runtime_error("no LAN module");
     module_ = reinterpret_cast<VelLanEntry>(dlsym(library, VELHOST_LAN_ENTRY))();
-    const std::string address = "127.0.0.1:" + std::to_string(kPort);
-    const VelLanOpening opening = {address.c_str(), "ipmiusr", "test", 4, 3, 1, 15'000, 14'999};
+    const std::string address = simulator.Address();
+    const VelLanOpening opening = {
+        address.c_str(), bench::TSimulator::kUser, bench::TSimulator::kPassword, 4, 3, 1, 15'000, 14'999};
     std::array<char, 128> message{};
     int status = VEL_LAN_OK;
     session_ = module_->open(&opening, &status, message.data(), message.size());
@@ -86,12 +84,12 @@ class TBareSession {
   TBareSession(const TBareSession&) = delete;
   TBareSession& operator=(const TBareSession&) = delete;
 
-  void ReadRegister() {
-    constexpr std::array<std::uint8_t, 5> kRequest = {0x62, 0x00, 0x0F, 0x00, 0x08};
+  void ReadRegister(const std::array<std::uint8_t, 4>& data) {
+    const std::array<std::uint8_t, 5> request = {0x62, data[0], data[1], data[2], data[3]};
     std::array<std::uint8_t, 256> response{};
     std::size_t size = 0;
     const int status =
-        module_->exchange(session_, 0x3A, 0, kRequest.data(), kRequest.size(), response.data(), response.size(), &size);
+        module_->exchange(session_, 0x3A, 0, request.data(), request.size(), response.data(), response.size(), &size);
     if (status != VEL_LAN_OK || size < 1) throw std::runtime_error("no answer");
   }
 
@@ -100,53 +98,66 @@ class TBareSession {
   VelLanSession* session_ = nullptr;
 };
 
-void ReadRegister(IServiceProcessor& processor, const TStopSignal& stop) {
-  TIPMICommandBuffer buffer(0x3A, 0x62, 4);
-  buffer[10] = 0x0F;
-  buffer[12] = 0x08;
-  int length = 256;
-  if (!processor.SendIpmi(0, buffer, length, stop)) throw std::runtime_error("no answer");
+void ReadAll(const bench::TSimulator& simulator, const TReads& reads) {
+  TBareSession session(simulator);
+  ForEachRead(reads, [&session](const auto& data) { session.ReadRegister(data); });
 }
 
-double SecondsPer(int commands, const std::function<void()>& command) {
-  const auto start = TClock::now();
-  for (int i = 0; i < commands; ++i) command();
-  return std::chrono::duration<double>(TClock::now() - start).count() / commands;
+void PrintRow(const char* number, const std::string& what, double target, double own, double other) {
+  const double ratio = other / own;
+  bench::Print({number, "registers per second of `velhost collect` over LAN, against " + what,
+                fmt::format("≥ {}", target), fmt::format("{:.2f}", ratio), ratio >= target,
+                fmt::format("{:.0f}/s against {:.0f}/s", 1 / own, 1 / other)});
 }
 
-double Median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + kRounds / 2, values.end());
-  return values[kRounds / 2];
-}
-
-void Run(int commands) {
-  const TSimulator simulator;
-  const std::string modules = BuildFolder() + "/lib/velhost/modules";
-  TBareSession bare(modules + "/" + kLanModuleFile);
-  TLanOptions options;
-  options.host = "127.0.0.1";
-  options.port = kPort;
-  options.user = "ipmiusr";
-  options.password = "test";
-  const TStopSignal stop;
-  const auto processor = OpenLan({options}, stop, {modules});
-  std::vector<double> bareTimes;
-  std::vector<double> fullTimes;
-  for (int round = 0; round < kRounds; ++round) {
-    bareTimes.push_back(SecondsPer(commands, [&bare] { bare.ReadRegister(); }));
-    fullTimes.push_back(SecondsPer(commands, [&processor, &stop] { ReadRegister(*processor, stop); }));
-  }
-  const double bareTime = Median(bareTimes);
-  const double fullTime = Median(fullTimes);
-  bench::Report("LAN, one command", "bare loop over the library", fullTime / bareTime,
-                bench::Microseconds(fullTime) + " against " + bench::Microseconds(bareTime));
+void Compare(bool quick) {
+  const TReads reads = quick ? TReads{2, 10} : TReads{10, 1000};
+  const bench::TFolder folder;
+  const bench::TSimulator simulator(folder.Write("server.toml", kServer));
+  const std::string password = folder.Write("password", bench::TSimulator::kPassword);
+  const std::string schema = folder.Write("schema.mof", MakeSchema(reads));
+  const std::string toolFile = folder.Write("ipmitool", MakeCommands(reads, "raw 0x3a 0x62"));
+  const std::string rawFile = folder.Write("ipmi-raw", MakeCommands(reads, "0 0x3a 0x62"));
+  const std::vector<std::string> collect = {bench::Velhost(),
+                                            "collect",
+                                            kClass,
+                                            "--schema",
+                                            bench::SharedData() + "/schema/00-qualifiers.mof",
+                                            "--schema",
+                                            schema,
+                                            "--sp",
+                                            std::string("lan:") + bench::TSimulator::kUser + "@" + simulator.Address(),
+                                            "--password-file",
+                                            password,
+                                            "--cipher-suite",
+                                            "3",
+                                            "--machine-type",
+                                            "6203",
+                                            "--format",
+                                            "json"};
+  const auto units = static_cast<double>(reads.chips) * reads.registers;
+  const int rounds = quick ? 1 : 5;
+  // Of our own share only processor time can be told apart from other programs'; the tools also sleep.
+  const auto clock = [&] { return bench::ProcessorTime() + bench::ChildrenTime() + simulator.ProcessorTime(); };
+  const auto used = bench::Measure({{[&] { bench::Run(collect); }, units}, {[&] { ReadAll(simulator, reads); }, units}},
+                                   rounds, clock);
+  PrintRow("5a", "a bare loop of the same requests over the same library, in processor time", 0.9, used[0], used[1]);
+  const auto times = bench::Measure({{[&] { bench::Run(collect); }, units},
+                                     {[&] {
+                                        bench::Run(simulator.Ipmitool({"exec", toolFile}));
+                                      },
+                                      units},
+                                     {[&] { bench::Run(simulator.IpmiRaw({"--file=" + rawFile})); }, units}},
+                                    rounds, &bench::ElapsedTime);
+  PrintRow("5b", "`ipmitool exec`, in elapsed time", 5, times[0], times[1]);
+  PrintRow("5c", "`ipmi-raw --file`, in elapsed time", 1.5, times[0], times[2]);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    Run(argc > 1 ? std::max(1, std::atoi(argv[1])) : 2000);
+    Compare(bench::IsQuick(argc, argv));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "lan_bench: %s\n", error.what());
     return 1;

@@ -1,10 +1,8 @@
 // How fast the output forms are written, beside two yardsticks measured in the same run: copying, and
 // printing every byte with snprintf.
 //
-// output_bench [INSTANCES], 100000 unless given. The instances are those of a register class with
-// twelve registers of 14 bytes; their text goes to a sink that copies it and drops it.
-#include <sys/resource.h>
-
+// output_bench [--quick]. The instances are those of a register class with twelve registers of 14
+// bytes; their text goes to a sink that copies it and drops it.
 #include <array>
 #include <boost/make_shared.hpp>
 #include <cstdio>
@@ -116,37 +114,45 @@ std::size_t WriteForm(EOutputForm form, const TInstances& instances, std::size_t
   return sink.bytes;
 }
 
-long PeakKilobytes() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
-}
+struct TCounts {
+  std::size_t instances;
+  std::size_t yardstick;  ///< bytes that are copied, and printed, to compare with
+  int rounds;
+};
 
-void ReportForm(EOutputForm form, const char* target, const TInstances& instances, std::size_t count) {
-  constexpr int kRounds = 3;
-  const double bytes = static_cast<double>(WriteForm(form, instances, 1000)) / 1000 * static_cast<double>(count);
-  const long before = PeakKilobytes();
-  const auto times = bench::Measure({{"form", [&] { WriteForm(form, instances, count); }, bytes},
-                                     {"copying", [] { Copy(std::size_t{1} << 28); }, 0x1p28},
-                                     {"snprintf", [] { Print(std::size_t{1} << 24); }, 0x1p24}},
-                                    kRounds);
-  std::array<char, 160> guide;
-  std::snprintf(guide.data(), guide.size(), "%.0f MB/s; copying %.0f, snprintf %.0f MB/s; %.0f MB, peak memory +%ld kB",
-                1e-6 / times[0], 1e-6 / times[1], 1e-6 / times[2], bytes / 1e6, PeakKilobytes() - before);
-  bench::Report(std::to_string(count) + " instances as " + NameOfForm(form) + ", against snprintf of each byte", target,
-                times[2] / times[0], guide.data());
+void ReportForm(const char* number, EOutputForm form, double target, const TInstances& instances,
+                const TCounts& counts) {
+  const double bytes =
+      static_cast<double>(WriteForm(form, instances, 1000)) / 1000 * static_cast<double>(counts.instances);
+  const long before = bench::PeakMemory();
+  const auto yardstick = static_cast<double>(counts.yardstick);
+  const auto times = bench::Measure({{[&] { WriteForm(form, instances, counts.instances); }, bytes},
+                                     {[&] { Copy(counts.yardstick * 16); }, yardstick * 16},
+                                     {[&] { Print(counts.yardstick); }, yardstick}},
+                                    counts.rounds);
+  const double rate = 1e-6 / times[0];
+  bench::Print({number,
+                fmt::format("{} instances as {}: bytes per second, against snprintf of each byte", counts.instances,
+                            NameOfForm(form)),
+                target > 0 ? fmt::format("{:.0f} MB/s", target) : "", fmt::format("{:.1f}", times[2] / times[0]),
+                rate >= target,
+                fmt::format("{:.0f} MB/s; copying {:.0f}, snprintf {:.0f} MB/s; {:.0f} MB of text, peak memory "
+                            "+{:.0f} KiB",
+                            rate, 1e-6 / times[1], 1e-6 / times[2], bytes / 1e6,
+                            static_cast<double>(bench::PeakMemory() - before) / 1024)});
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100000;
+  const bool quick = bench::IsQuick(argc, argv);
+  const TCounts counts = quick ? TCounts{1000, 1U << 12U, 1} : TCounts{100000, 1U << 22U, 3};
   const auto cimNamespace = TNamespace::Create();
   const TInstances instances = MakeInstances(*cimNamespace);
-  ReportForm(EOutputForm::kJson, ">= 100 MB/s", instances, count);
-  ReportForm(EOutputForm::kJsonl, ">= 100 MB/s", instances, count);
-  ReportForm(EOutputForm::kMof, ">= 100 MB/s", instances, count);
-  ReportForm(EOutputForm::kCimXml, ">= 100 MB/s", instances, count);
-  ReportForm(EOutputForm::kTable, "none", instances, count);
+  ReportForm("9a", EOutputForm::kJson, 100, instances, counts);
+  ReportForm("9b", EOutputForm::kMof, 100, instances, counts);
+  ReportForm("9c", EOutputForm::kCimXml, 100, instances, counts);
+  ReportForm("9d", EOutputForm::kJsonl, 0, instances, counts);
+  ReportForm("9e", EOutputForm::kTable, 0, instances, counts);
   return 0;
 }

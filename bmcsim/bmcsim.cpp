@@ -85,8 +85,8 @@ std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
   const int node = static_cast<int>(number);
   TFileReader reader;
   TServerFile server = ReadServerFile(file, reader);
-  const std::string reason = ReasonNotToServe(server, node);
-  if (!reason.empty()) throw THostError(EExitStatus::kBadData, file + ": " + reason);
+  const TNotServed refusal = ReasonNotToServe(server, node);
+  if (!refusal.reason.empty()) throw THostError(EExitStatus::kBadData, DescribeNotServed(refusal, file));
   return std::make_unique<TServedNode>(std::move(server), node);
 }
 

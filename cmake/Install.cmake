@@ -32,9 +32,10 @@ install(DIRECTORY DESTINATION ${VELHOST_MODULE_DIR} COMPONENT runtime)
 install(DIRECTORY schema servers DESTINATION ${VELHOST_DATA_DIR} COMPONENT runtime
   PATTERN "*.py" EXCLUDE PATTERN "__pycache__" EXCLUDE)
 
-# The contract, for plugins built out of this tree.
+# The contract, for plugins built out of this tree, and the template to begin one with.
 install(DIRECTORY host/sdk/nkrovel20 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velhost COMPONENT development
   FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY host/template DESTINATION ${VELHOST_DATA_DIR} COMPONENT development)
 install(EXPORT velhostTargets NAMESPACE velhost:: DESTINATION ${VELHOST_PACKAGE_DIR} COMPONENT development)
 configure_package_config_file(cmake/velhostConfig.cmake.in ${CMAKE_BINARY_DIR}/package/velhostConfig.cmake
   INSTALL_DESTINATION ${VELHOST_PACKAGE_DIR} PATH_VARS VELHOST_PLUGIN_DIR VELHOST_DATA_DIR)

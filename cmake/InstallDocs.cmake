@@ -17,5 +17,5 @@ install(FILES completions/velhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash
 
 # The documents keep their places to each other, so that their links hold.
 install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime
-  FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY docs packaging DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime
+  FILES_MATCHING PATTERN "*.md" PATTERN lintian EXCLUDE)

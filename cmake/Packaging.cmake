@@ -1,9 +1,10 @@
 # The Debian packages, made by "cpack" in a build folder:
 #   velhost       program, host libraries, collector, schema, servers, manual pages, documents
 #   velhost-lan   the module for IPMI over LAN, which links libFreeIPMI (GPL-3 or later)
-#   velhost-dev   what plugins are compiled against
+#   velhost-dev   what plugins are compiled against, and a template of one
 # packaging/README.md says what lintian finds in them and why it stands.
 
+# The default is a placeholder that reaches nobody: names below .example never exist.
 set(VELHOST_PACKAGE_CONTACT "velhost maintainers <maintainers@velhost.example>" CACHE STRING
   "Maintainer of the Debian packages, NAME <ADDRESS>")
 
@@ -58,19 +59,21 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${velhost_same_version}, libboost-dev (>= 1.74)")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "headers for collector plugins of velhost
-The contract between velhost and the plugins that it loads: C++ headers, and
-packages for CMake and pkg-config.")
+The contract between velhost and the plugins that it loads: C++ headers,
+packages for CMake and pkg-config, and a template to begin a plugin with.")
 
 # What Debian asks of every package: copyright, changelog, and the explained findings of lintian.
 set(changelog ${CMAKE_BINARY_DIR}/packaging/changelog.Debian)
 configure_file(packaging/changelog.in ${changelog} @ONLY)
+set(copyright ${CMAKE_BINARY_DIR}/packaging/copyright)
+configure_file(packaging/copyright ${copyright} @ONLY)
 execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${changelog} OUTPUT_FILE ${changelog}.gz COMMAND_ERROR_IS_FATAL ANY)
 foreach(entry runtime:velhost lan:velhost-lan development:velhost-dev)
   string(REPLACE ":" ";" entry ${entry})
   list(GET entry 0 component)
   list(GET entry 1 package)
   if(component IN_LIST CPACK_COMPONENTS_ALL)
-    install(FILES packaging/copyright ${changelog}.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+    install(FILES ${copyright} ${changelog}.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
       COMPONENT ${component})
     if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/lintian/${package})
       install(FILES packaging/lintian/${package} DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides

@@ -1,5 +1,6 @@
 // Reads arbitrary bytes as a schema of two files, of which the first may include the second, and
 // checks what the collector needs of it.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -10,14 +11,32 @@
 
 using namespace NKROVEL20;
 
+namespace {
+
+// Few, so that inputs soon reach what happens beyond the limit, and most of the time goes into reading.
+constexpr std::size_t kShown = 6;
+
+void Format(const std::vector<TTextDiagnostic>& diagnostics) {
+  const std::size_t count = std::min(diagnostics.size(), kShown);
+  for (std::size_t i = 0; i < count; ++i) FormatDiagnostic(diagnostics[i]);
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  std::string text(data, data + size);
+  const std::string text(data, data + size);
   const std::size_t cut = text.find('\x1E');
   TMemoryReader reader;
-  reader.Add("b.mof", cut == std::string::npos ? std::string() : text.substr(cut + 1));
   reader.Add("a.mof", text.substr(0, cut));
-  const TSchemaResult schema = ReadSchema({"a.mof", "b.mof"}, reader);
-  for (const TTextDiagnostic& diagnostic : schema.diagnostics) FormatDiagnostic(diagnostic);
-  CheckCollectorNeeds(*schema.cimNamespace, "a.mof", schema.sources.get());
+  std::vector<std::string> paths = {"a.mof"};
+  if (cut != std::string::npos) {
+    reader.Add("b.mof", text.substr(cut + 1));
+    paths.emplace_back("b.mof");
+  }
+  TSchemaLimits limits;
+  limits.diagnostics = kShown;
+  const TSchemaResult schema = ReadSchema(paths, reader, limits);
+  Format(schema.diagnostics);
+  Format(CheckCollectorNeeds(*schema.cimNamespace, "a.mof", schema.sources.get()));
   return 0;
 }

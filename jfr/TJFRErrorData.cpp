@@ -65,8 +65,10 @@ void TJFRErrorData::decodeInstances(unsigned char* block, int count, std::vector
     try {
       // Deliberately number 0 for every instance: all carry the same identity.
       TPropertyMap info = getCIMInstanceInfo(baseClass, 0);
-      info.merge(getChipErrorInfo(block, i));
-      maps.push_back(std::move(info));
+      TPropertyMap map = getChipErrorInfo(block, i);
+      // The few go into the many; a register that has one of their names gives way.
+      for (auto& [name, value] : info) map[name] = std::move(value);
+      maps.push_back(std::move(map));
     } catch (const TVELException& exception) {
       log->writeDebug(std::string("Unable to create chip instance due to caught exception ") + exception.what());
       maps.clear();

@@ -1,5 +1,6 @@
 // From a register block to the values of one chip instance, steered by the class's qualifiers.
 #include <boost/function.hpp>
+#include <string_view>
 
 #include "jfr/TJFRErrorData.h"
 #include "jfr/registerblock.h"
@@ -21,7 +22,7 @@ unsigned char blockByte(const unsigned char* block, int offset) {
 }
 
 // Unlike the R8 path this one does read a register that is called "ElementName".
-bool isIdentification(const std::string& name) {
+bool isIdentification(std::string_view name) {
   return name == "MachineType" || name == "DateTimeOfCollection" || name == "StatisticTime" || name == "InstanceID";
 }
 
@@ -44,24 +45,26 @@ TCIMDateTime TJFRErrorData::getTimeStamp(const unsigned char* data) {
 TCIMValue TJFRErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> property, unsigned char* data,
                                          int instance) {
   namespace Block = RegisterBlock;
-  const TCIMValue::TCIMType type = property->GetType({});
+  const TPropertyMap noContext;
+  const TCIMValue::TCIMType type = property->GetType(noContext);
   if (data == nullptr) {
     log->writeDebug(
         "getRegisterData - Invalid data passed to getRegisterData. Unable to parse data for register value");
     return TCIMValue(type, 0, {});
   }
-  const unsigned short index = property->GetQualifier("Index", {})->GetValue();
-  property->GetQualifier("MaxLen", {});  // looked up as ever; its value steers nothing here
+  const unsigned short index = property->GetQualifier("Index", noContext)->GetValue();
+  property->GetQualifier("MaxLen", noContext);  // looked up as ever; its value steers nothing here
   // The second copy's records are counted from the block's start: its offset is not added.
   const int base = timeStampFromSecondCopy == 0 ? Block::kHeaderSize : 0;
   const int p = base + (index + instance * Block::kRecordsPerInstance) * Block::kRecordStride;
 
-  std::vector<TCIMValue> values;
-  values.reserve(Block::kDecodedSize);
-  for (int i = 0; i < Block::kIdentificationSize; ++i) values.emplace_back(blockByte(data, p + i));
-  for (const int character : Block::kEqualsSign) values.emplace_back(character);
-  for (int i = 0; i < Block::kValueSize; ++i) values.emplace_back(blockByte(data, p + Block::kIdentificationSize + i));
-  return TCIMValue(type, Block::kDecodedSize, values);
+  std::vector<TCIMValue> elements;
+  elements.reserve(Block::kDecodedSize);
+  for (int i = 0; i < Block::kIdentificationSize; ++i) elements.emplace_back(blockByte(data, p + i));
+  for (const int character : Block::kEqualsSign) elements.emplace_back(character);
+  for (int i = 0; i < Block::kValueSize; ++i)
+    elements.emplace_back(blockByte(data, p + Block::kIdentificationSize + i));
+  return TCIMValue(type, Block::kDecodedSize, elements);
 }
 
 TPropertyMap TJFRErrorData::getChipsetErrorRegisterValues(unsigned char* data, int instance) {
@@ -69,14 +72,21 @@ TPropertyMap TJFRErrorData::getChipsetErrorRegisterValues(unsigned char* data, i
   std::vector<boost::shared_ptr<ICIMPropertyDecl>> properties;
   const boost::function<bool(boost::shared_ptr<ICIMPropertyDecl>)> addToVector =
       TAddToVectorCallback<ICIMPropertyDecl>(properties);
-  requestedClass->EnumeratePropertyDecls(addToVector, {});
+  const TPropertyMap noContext;
+  requestedClass->EnumeratePropertyDecls(addToVector, noContext);
   TPropertyMap values;
+  std::string line;
   for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
-    const std::string& name = property->GetName({});
-    const std::string& origin = property->GetClassOrigin({})->GetName({});
-    const std::string& super = requestedClass->GetSuperClass({})->GetName({});
-    log->writeVerbose("propertyDecl = " + name + ". classOrigin = " + origin + ". superClass = " + super);
-    const bool declaredHere = origin == requestedClass->GetName({}) || origin == super;
+    const std::string& name = property->GetName(noContext);
+    // Held while their names are in use: a host may own neither.
+    const boost::shared_ptr<ICIMClass> originClass = property->GetClassOrigin(noContext);
+    const std::string& origin = originClass->GetName(noContext);
+    const boost::shared_ptr<ICIMClass> superClass = requestedClass->GetSuperClass(noContext);
+    const std::string& super = superClass->GetName(noContext);
+    line.assign("propertyDecl = ").append(name).append(". classOrigin = ").append(origin);
+    line.append(". superClass = ").append(super);
+    log->writeVerbose(line);
+    const bool declaredHere = origin == requestedClass->GetName(noContext) || origin == super;
     if (declaredHere && !isIdentification(name)) values[name] = getRegisterData(property, data, instance);
   }
   log->writeVerbose("Completed getChipsetErrorRegisterValues()");

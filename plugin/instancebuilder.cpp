@@ -8,14 +8,14 @@ using namespace NKROVEL20;
 void TTORGARegPluginCallbacks::buildCIMInstances(const std::vector<TPropertyMap>& maps) const {
   logger->writeDebug("In buildCIMInstances.");
   const TPropertyMap noContext;
+  std::string line;
   for (const TPropertyMap& map : maps) {
     if (map.empty()) continue;
     const boost::shared_ptr<ICIMInstance> instance = currentClass->CreateInstance(noContext);
     for (const auto& [name, value] : map) {
       if (value.IsNull()) continue;
-      std::string line = "valueIt->first = " + name + ". valueIt->second = ";
-      value.AppendTo(line, 10);
-      line += ".";
+      line.assign("valueIt->first = ").append(name).append(". valueIt->second = ");
+      line.append(value.ToString(10)).append(".");
       logger->writeVerbose(line);
       instance->SetProperty(name, value, noContext);
     }

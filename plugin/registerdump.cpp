@@ -34,22 +34,41 @@ constexpr std::array<TDecimal, 256> kDecimals = makeDecimals();
 constexpr std::array<char, 16> kHexDigits = {'0', '1', '2', '3', '4', '5', '6', '7',
                                              '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'};
 
+// Writes kWidest characters, of which those before the result count.
+char* putDecimal(char* out, unsigned char byte) {
+  const TDecimal& value = kDecimals[byte];
+  std::memcpy(out, value.text.data(), kWidest);
+  return out + value.size;
+}
+
 }  // namespace
 
 std::string dumpBytes(const unsigned char* data, unsigned long last) {
+  std::string text;
+  appendDump(text, data, last);
+  return text;
+}
+
+void appendDump(std::string& text, const unsigned char* data, unsigned long last) {
   const std::size_t count = last + 1;
   const std::size_t lines = (count + kBytesPerLine - 1) / kBytesPerLine;
-  std::string text(count * kWidest + lines + 1, '\0');
-  char* out = text.data();
+  const std::size_t start = text.size();
+  text.resize(start + count * kWidest + lines + 1);
+  char* out = text.data() + start;
   for (std::size_t i = 0; i < count; ++i) {
     if (i % kBytesPerLine == 0) *out++ = '\n';
-    const TDecimal& value = kDecimals[data[i]];
-    std::memcpy(out, value.text.data(), kWidest);
-    out += value.size;
+    out = putDecimal(out, data[i]);
   }
   *out++ = '\n';
   text.resize(static_cast<std::size_t>(out - text.data()));
-  return text;
+}
+
+void appendDecimals(std::string& text, const unsigned char* data, std::size_t size) {
+  const std::size_t start = text.size();
+  text.resize(start + size * kWidest);
+  char* out = text.data() + start;
+  for (std::size_t i = 0; i < size; ++i) out = putDecimal(out, data[i]);
+  text.resize(static_cast<std::size_t>(out - text.data()));
 }
 
 void appendHexPairs(std::string& text, const unsigned char* data, std::size_t size) {

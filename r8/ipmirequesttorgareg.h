@@ -24,7 +24,9 @@ class IPMIRequestTorgaReg {
   bool getData(unsigned char chipSelector, unsigned int address, unsigned char* out, unsigned short* length,
                bool rawValue);
 
-  /// Reads the four raw bytes of the capture time into `out`. `*length` as for getData.
+  /// Reads the four raw bytes of the capture time into `out`. `*length` gets the number of data bytes; on
+  /// false, `out` is untouched and `*length` is what the library left in its length: the whole answer's,
+  /// if there was one.
   bool getTimeStamp(unsigned char* out, unsigned short* length);
 
  private:

@@ -29,17 +29,14 @@ unsigned int familyLength(bool eightByteFamily) {
   return static_cast<unsigned int>(eightByteFamily ? Record::kValueSize : Record::kSize);
 }
 
-bool isIdentification(const std::string& name) {
+bool isIdentification(std::string_view name) {
   return name == "MachineType" || name == "DateTimeOfCollection" || name == "StatisticTime" || name == "InstanceID" ||
          name == "ElementName";
 }
 
 std::string decimals(const std::vector<unsigned char>& bytes) {
   std::string text;
-  for (const unsigned char byte : bytes) {
-    text += std::to_string(byte);
-    text += ' ';
-  }
+  appendDecimals(text, bytes.data(), bytes.size());
   return text;
 }
 
@@ -63,25 +60,30 @@ void reverseLabelled(const TRecordBytes& source, TRecordBytes& target, unsigned 
 }  // namespace
 
 TPropertyMap R8ErrorData::getRegisterValues(int index) {
+  const TPropertyMap noContext;
   TPropertyMap values;
   std::vector<boost::shared_ptr<ICIMPropertyDecl>> properties;
   const boost::function<bool(boost::shared_ptr<ICIMPropertyDecl>)> addToVector =
       TAddToVectorCallback<ICIMPropertyDecl>(properties);
-  collectedClass->EnumeratePropertyDecls(addToVector, {});
+  collectedClass->EnumeratePropertyDecls(addToVector, noContext);
   for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
     if (!isRegister(*property)) continue;
     TCIMValue value = getRegisterData(property, index);
-    if (!value.IsNull()) values.insert({property->GetName({}), std::move(value)});
+    if (!value.IsNull()) values.emplace(property->GetName(noContext), std::move(value));
   }
   return values;
 }
 
-// One level only: what is declared above the direct superclass is not read.
+// One level only: what is declared above the direct superclass is not read. The classes are held while
+// their names are in use: a host may own neither.
 bool R8ErrorData::isRegister(ICIMPropertyDecl& property) const {
-  const std::string& name = property.GetName({});
-  const std::string& origin = property.GetClassOrigin({})->GetName({});
-  const std::string& own = collectedClass->GetName({});
-  const std::string& super = collectedClass->GetSuperClass({})->GetName({});
+  const TPropertyMap noContext;
+  const std::string& name = property.GetName(noContext);
+  const boost::shared_ptr<ICIMClass> originClass = property.GetClassOrigin(noContext);
+  const std::string& origin = originClass->GetName(noContext);
+  const std::string& own = collectedClass->GetName(noContext);
+  const boost::shared_ptr<ICIMClass> superClass = collectedClass->GetSuperClass(noContext);
+  const std::string& super = superClass->GetName(noContext);
   return (origin == own || origin == super) && !isIdentification(name);
 }
 
@@ -106,9 +108,9 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
     lastAddress = address;
     // One zero byte is owned behind the record: the dump is inclusive.
     std::array<unsigned char, Record::kSize + 1> record{};
-    transcript += " at " + std::to_string(address) + " with length " + std::to_string(familyLength(eightByteFamily)) +
-                  "\nAbout to call the BMC.. \n" + std::to_string(addresses.size()) + "MachineType = " + machineType +
-                  "\n";
+    transcript.append(" at ").append(std::to_string(address)).append(" with length ");
+    transcript.append(std::to_string(familyLength(eightByteFamily))).append("\nAbout to call the BMC.. \n");
+    transcript.append(std::to_string(addresses.size())).append("MachineType = ").append(machineType).append("\n");
     logger->writeDebug(transcript);
     unsigned short length = 0;
     if (transport->getData(chipSelector, address, record.data(), &length, eightByteFamily)) {
@@ -116,8 +118,9 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
     } else {
       logger->writeDebug("Command sent to the BMC failed.");
     }
-    logger->writeDebug("Contents of registerData:\n" +
-                       printArray0(record.data(), std::min<unsigned long>(length, Record::kSize)));
+    std::string contents = "Contents of registerData:\n";
+    appendDump(contents, record.data(), std::min<unsigned long>(length, Record::kSize));
+    logger->writeDebug(contents);
   }
   return bytes;
 }
@@ -146,8 +149,9 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     values.assign(bytes.begin(), bytes.end());
     logger->writeDebug("Displaying messenger\n");
     logger->writeDebug(decimals(bytes));
+    const TCIMValue::TCIMType type = property->GetType({});
     if (values.size() == Record::kSize) {
-      result.Set(property->GetType({}), length, values);
+      result.Set(type, length, values);
     } else {
       result.SetNullValue(TCIMValue::TCIMType::kUint8, length);
     }

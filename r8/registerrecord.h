@@ -13,7 +13,7 @@ inline constexpr std::size_t kIdentificationSize = 3;
 inline constexpr std::size_t kValueSize = NKROVEL20::RegisterCommands::kValueSize;
 inline constexpr std::array<unsigned char, 3> kEqualsSign = {' ', '=', ' '};
 
-// The labelled record as the transport hands it over. It is cut out of the response one byte early,
+// The labelled record as the transport hands it over. It is cut out of the response one byte late,
 // so that its label's last byte is the value's first; decoding makes up for it.
 inline constexpr std::size_t kLabel = 0;
 inline constexpr std::size_t kLabelEquals = kLabel + kIdentificationSize;

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -12,6 +14,7 @@ constexpr char FoldCase(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_
 
 inline bool EqualNames(std::string_view a, std::string_view b) noexcept {
   if (a.size() != b.size()) return false;
+  if (a == b) return true;  // names are mostly asked for as they are spelt
   for (std::size_t i = 0; i < a.size(); ++i) {
     if (FoldCase(a[i]) != FoldCase(b[i])) return false;
   }
@@ -28,9 +31,22 @@ inline std::string FoldName(std::string_view name) {
 struct TNameHash {
   using is_transparent = void;
   std::size_t operator()(std::string_view name) const noexcept {
-    std::size_t hash = 14695981039346656037ULL;
-    for (const char c : name) hash = (hash ^ static_cast<unsigned char>(FoldCase(c))) * 1099511628211ULL;
-    return hash;
+    std::uint64_t hash = name.size();
+    std::uint64_t word = 0;
+    for (; name.size() >= sizeof word; name.remove_prefix(sizeof word)) {
+      std::memcpy(&word, name.data(), sizeof word);
+      hash = Mixed(hash, word);
+    }
+    word = 0;
+    for (const char c : name) word = word << 8U | static_cast<unsigned char>(c);
+    return Mixed(hash, word);
+  }
+
+ private:
+  // The bit that tells capital letters from small ones is taken away from all characters alike.
+  static std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word) noexcept {
+    const std::uint64_t mixed = (hash ^ (word | 0x2020202020202020ULL)) * 0x9E3779B97F4A7C15ULL;
+    return mixed ^ mixed >> 32U;
   }
 };
 struct TNameEqual {

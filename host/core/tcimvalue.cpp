@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -19,6 +20,7 @@ using TType = TCIMValue::TCIMType;
 
 struct TCIMValue::TPayload {
   std::variant<std::string, TCIMDateTime, std::vector<TCIMValue>> content;
+  bool handedOut = false;  // somebody may hold a reference through which the elements can be changed
 };
 
 namespace {
@@ -108,12 +110,14 @@ std::uint64_t IntegerFromReal(double number) {
                     : static_cast<std::uint64_t>(number);
 }
 
-void AppendInteger(std::string& text, std::uint64_t bits, bool isSigned, int radix) {
-  std::array<char, 72> digits;  // 64 binary digits and a sign
-  const auto result =
-      isSigned ? std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::int64_t>(bits), radix)
-               : std::to_chars(digits.data(), digits.data() + digits.size(), bits, radix);
-  text.append(digits.data(), result.ptr);
+constexpr std::size_t kMostDigits = 65;  // 64 binary digits and a sign
+
+constexpr std::ptrdiff_t kMostGathered = kMostDigits + 2;  // a separator before, or the brace behind
+
+// Returns the end of what it writes, at most kMostDigits characters.
+char* PutInteger(char* out, std::uint64_t bits, bool isSigned, int radix) {
+  return isSigned ? std::to_chars(out, out + kMostDigits, static_cast<std::int64_t>(bits), radix).ptr
+                  : std::to_chars(out, out + kMostDigits, bits, radix).ptr;
 }
 
 // The shortest text that reads back as the same number, always recognisable as a real.
@@ -125,44 +129,24 @@ void AppendReal(std::string& text, double number, bool single) {
 
 }  // namespace
 
-TCIMValue::TCIMValue() noexcept = default;
-
 TCIMValue::TCIMValue(const char* text) : type_(TType::kString) {
   if (text == nullptr) return;
   null_ = false;
-  payload_ = std::make_unique<TPayload>(TPayload{std::string(text)});
+  payload_ = std::make_shared<TPayload>(TPayload{std::string(text)});
 }
 
 TCIMValue::TCIMValue(const std::string& text)
-    : type_(TType::kString), null_(false), payload_(std::make_unique<TPayload>(TPayload{text})) {}
+    : type_(TType::kString), null_(false), payload_(std::make_shared<TPayload>(TPayload{text})) {}
 
 TCIMValue::TCIMValue(const TCIMDateTime& dateTime) { Set(dateTime); }
-
-TCIMValue::TCIMValue(unsigned char number) noexcept : type_(TType::kUint8), null_(false), bits_(number) {}
-
-TCIMValue::TCIMValue(int number) noexcept
-    : type_(TType::kSint32), null_(false), bits_(static_cast<std::uint64_t>(number)) {}
 
 TCIMValue::TCIMValue(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements) {
   Set(type, count, elements);
 }
 
-TCIMValue::TCIMValue(const TCIMValue& other)
-    : type_(other.type_),
-      array_(other.array_),
-      null_(other.null_),
-      declaredSize_(other.declaredSize_),
-      bits_(other.bits_),
-      payload_(other.payload_ ? std::make_unique<TPayload>(*other.payload_) : nullptr) {}
-
-TCIMValue::TCIMValue(TCIMValue&& other) noexcept
-    : type_(other.type_),
-      array_(other.array_),
-      null_(other.null_),
-      declaredSize_(other.declaredSize_),
-      bits_(other.bits_),
-      payload_(std::move(other.payload_)) {
-  other.null_ = true;
+TCIMValue::TPayloadPointer TCIMValue::Shared(const TPayloadPointer& payload) {
+  if (!payload->handedOut) return payload;
+  return std::make_shared<TPayload>(TPayload{payload->content});
 }
 
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
@@ -181,8 +165,6 @@ TCIMValue& TCIMValue::operator=(TCIMValue&& other) noexcept {
   payload_.swap(taken.payload_);
   return *this;
 }
-
-TCIMValue::~TCIMValue() = default;
 
 TCIMValue TCIMValue::FromInteger(TCIMType type, std::uint64_t bits) {
   if (KindOf(type) != EKind::kInteger) ThrowMismatch("an integer is not a " + type.ToString());
@@ -210,7 +192,7 @@ TCIMValue TCIMValue::FromText(TCIMType type, const std::string& text) {
 }
 
 void TCIMValue::Set(const TCIMDateTime& dateTime) {
-  auto payload = std::make_unique<TPayload>(TPayload{dateTime});
+  auto payload = std::make_shared<TPayload>(TPayload{dateTime});
   *this = TCIMValue();
   type_ = TType::kDateTime;
   null_ = false;
@@ -222,11 +204,15 @@ void TCIMValue::Set(TCIMType type, unsigned int count, const std::vector<TCIMVal
   converted.reserve(elements.size());
   for (const TCIMValue& element : elements) {
     if (element.array_ && !element.null_) ThrowMismatch("an array is not an element of an array");
-    converted.push_back(element.type_ == type ? element : element.ConvertedTo(type));
+    if (element.type_ == type) {
+      converted.push_back(element);
+    } else {
+      converted.push_back(element.ConvertedTo(type));
+    }
     converted.back().array_ = false;
     converted.back().declaredSize_ = 0;
   }
-  auto payload = std::make_unique<TPayload>(TPayload{std::move(converted)});
+  auto payload = std::make_shared<TPayload>(TPayload{std::move(converted)});
   *this = TCIMValue();
   type_ = type;
   array_ = true;
@@ -242,26 +228,45 @@ void TCIMValue::SetNullValue(TCIMType::ECIMType type, unsigned int count) {
   declaredSize_ = count;
 }
 
+// Registers are arrays of bytes, and each is printed into a trace: short numbers are gathered before
+// they go into the text.
+void TCIMValue::AppendElements(std::string& text, unsigned char radix) const {
+  std::array<char, 256> gathered;
+  char* out = gathered.data();
+  *out++ = '{';
+  std::string_view separator;
+  for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(*this)) {
+    out = std::copy(separator.begin(), separator.end(), out);
+    separator = ", ";
+    const bool isNumber = KindOf(element.type_) == EKind::kInteger && element.type_ != TType::kBoolean;
+    if (isNumber && !element.null_ && !element.array_) {
+      out = PutInteger(out, element.bits_, IsSigned(element.type_), radix);
+    } else {
+      text.append(gathered.data(), out);
+      out = gathered.data();
+      element.AppendTo(text, radix);
+    }
+    if (gathered.data() + gathered.size() - out < kMostGathered) {
+      text.append(gathered.data(), out);
+      out = gathered.data();
+    }
+  }
+  *out++ = '}';
+  text.append(gathered.data(), out);
+}
+
 void TCIMValue::AppendTo(std::string& text, unsigned char radix) const {
   if (null_) return;
-  if (array_) {
-    text += '{';
-    const char* separator = "";
-    for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(*this)) {
-      text += separator;
-      element.AppendTo(text, radix);
-      separator = ", ";
-    }
-    text += '}';
-    return;
-  }
+  if (radix < 2 || radix > 36) radix = 10;
+  if (array_) return AppendElements(text, radix);
   switch (KindOf(type_)) {
     case EKind::kNone: break;
     case EKind::kInteger:
       if (type_ == TType::kBoolean) {
         text += bits_ != 0 ? "true" : "false";
       } else {
-        AppendInteger(text, bits_, IsSigned(type_), radix >= 2 && radix <= 36 ? radix : 10);
+        std::array<char, kMostDigits> digits;
+        text.append(digits.data(), PutInteger(digits.data(), bits_, IsSigned(type_), radix));
       }
       break;
     case EKind::kReal: AppendReal(text, RealFromBits(bits_), type_ == TType::kReal32); break;
@@ -284,7 +289,9 @@ TCIMValue::operator unsigned short() const { return static_cast<unsigned short>(
 
 TCIMValue::operator std::vector<TCIMValue>&() {
   if (!array_) ThrowMismatch("a scalar is not an array");
-  if (!payload_) payload_ = std::make_unique<TPayload>(TPayload{std::vector<TCIMValue>()});
+  if (!payload_) payload_ = std::make_shared<TPayload>(TPayload{std::vector<TCIMValue>()});
+  if (payload_.use_count() > 1) payload_ = std::make_shared<TPayload>(TPayload{payload_->content});
+  payload_->handedOut = true;
   return std::get<std::vector<TCIMValue>>(payload_->content);
 }
 

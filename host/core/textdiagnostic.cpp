@@ -6,15 +6,17 @@ namespace NKROVEL20 {
 
 namespace {
 
-constexpr std::size_t kWidest = 160;   // bytes of a source line that are shown
+constexpr std::size_t kWidest = 78;    // bytes of a source line that are shown, behind two blanks
 constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character behind its first
 
 bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
-// Characters that would disturb a terminal show as a question mark.
+// A tab takes one column, as its caret's line has it; other characters that would disturb a terminal
+// show as a question mark.
 char Printable(char c) {
+  if (c == '\t') return ' ';
   const auto byte = static_cast<unsigned char>(c);
-  return c == '\t' || (byte >= 0x20 && byte != 0x7F) ? c : '?';
+  return byte >= 0x20 && byte != 0x7F ? c : '?';
 }
 
 void AppendExcerpt(std::string& text, std::string_view line, std::size_t column) {
@@ -29,7 +31,7 @@ void AppendExcerpt(std::string& text, std::string_view line, std::size_t column)
   text += "\n  ";
   const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size());
   for (std::size_t i = start; i < caret; ++i) {
-    if (!IsUtf8Continuation(line[i])) text += line[i] == '\t' ? '\t' : ' ';
+    if (!IsUtf8Continuation(line[i])) text += ' ';
   }
   text += "^\n";
 }

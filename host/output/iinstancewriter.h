@@ -21,10 +21,11 @@ struct TCollectionHeader {
   std::string pluginInterfaceVersion;
 };
 
-/// A GetData call that ended in an exception.
+/// A GetData call that ended in an exception, or that a stopped run did not come to.
 struct TRequestFailure {
   std::string className;  ///< of a single request: all its classes, separated by ", "
   std::string message;
+  bool collected = true;  ///< false: the run was stopped before the call was made
 };
 
 /// An exchange without an answer, or with a completion code other than 0.
@@ -38,8 +39,8 @@ struct TFailedExchange {
 /// What is known after the last instance.
 struct TCollectionSummary {
   bool partial = false;
-  /// "interrupted", "deadline reached", "the service processor was lost" or "a request failed"; empty
-  /// when complete.
+  /// "interrupted", "deadline reached", "the service processor was lost", "the collection is not the
+  /// recorded one" or "a request failed"; empty when complete.
   std::string partialReason;
   std::vector<TRequestFailure> failures;
   std::uint64_t exchanges = 0;

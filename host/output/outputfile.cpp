@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 namespace NKROVEL20 {
 
@@ -31,6 +32,8 @@ void WriteAll(int descriptor, std::string_view text, const std::string& name) {
       ::poll(&ready, 1, -1);
     } else if (errno == EPIPE) {
       throw TClosedPipe(name);
+    } else if (errno == EBADF) {
+      throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", name));
     } else if (errno != EINTR) {
       throw THostError(EExitStatus::kWriteFailed, fmt::format("cannot write {}: {}", name, std::strerror(errno)));
     }
@@ -76,6 +79,13 @@ std::filesystem::path FolderOf(const std::filesystem::path& path) {
   return folder.empty() ? std::filesystem::path(".") : folder;
 }
 
+// What a file without a name is linked from. Linking the descriptor itself takes a privilege.
+std::string LinkOf(int descriptor) { return fmt::format("/proc/self/fd/{}", descriptor); }
+
+bool GiveName(int descriptor, const std::string& name) {
+  return ::linkat(AT_FDCWD, LinkOf(descriptor).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
 }  // namespace
 
 TClosedPipe::TClosedPipe(const std::string& name)
@@ -97,7 +107,7 @@ void TDescriptorSink::Flush() {
   WriteAll(descriptor_, text, name_);
 }
 
-TOutputFile::TOutputFile(const std::string& path) : path_(path) {
+TOutputFile::TOutputFile(const std::string& path, EUnfinished unfinished) : path_(path) {
   if (path.empty()) FailToCreate("the name is empty");
   if (const auto descriptor = DescriptorOfPath(path)) {
     OpenDirectly(::fcntl(*descriptor, F_DUPFD_CLOEXEC, 0));
@@ -114,7 +124,8 @@ TOutputFile::TOutputFile(const std::string& path) : path_(path) {
   }
   // Renaming would replace a file that its owner has protected.
   if (exists && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) FailToCreate(std::strerror(errno));
-  OpenTemporary();
+  if (unfinished == EUnfinished::kNamed || !OpenNameless()) OpenTemporary();
+  sink_ = std::make_unique<TDescriptorSink>(descriptor_, path_);
   if (exists) KeepAttributesOfTarget();
 }
 
@@ -126,20 +137,36 @@ void TOutputFile::OpenDirectly(int descriptor) {
   sink_ = std::make_unique<TDescriptorSink>(descriptor_, path_);
 }
 
+// Not every file system has nameless files, and without /proc one could not be given its name later.
+bool TOutputFile::OpenNameless() {
+  const std::filesystem::path target(target_);
+  if (target.filename().empty()) return false;
+  descriptor_ = ::open(FolderOf(target).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+  if (descriptor_ < 0) return false;
+  nameless_ = ::access(LinkOf(descriptor_).c_str(), F_OK) == 0;
+  if (!nameless_) ::close(std::exchange(descriptor_, -1));
+  return nameless_;
+}
+
 void TOutputFile::OpenTemporary() {
+  if (std::filesystem::path(target_).filename().empty()) FailToCreate("it names no file");
+  const bool opened = TakeTemporaryName([this](const std::string& name) {
+    descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    return descriptor_ >= 0;
+  });
+  if (!opened) FailToCreate(std::strerror(errno));
+}
+
+bool TOutputFile::TakeTemporaryName(const std::function<bool(const std::string&)>& take) {
   const std::filesystem::path target(target_);
   const std::string name = target.filename().string().substr(0, kLongestNamePart);
-  if (name.empty()) FailToCreate("it names no file");
-  for (int i = 0; i < kTemporaryNames && descriptor_ < 0; ++i) {
+  for (int i = 0; i < kTemporaryNames; ++i) {
     temporary_ = FolderOf(target) / fmt::format(".{}.{}-{}.tmp", name, ::getpid(), i);
-    descriptor_ = ::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor_ < 0 && errno != EEXIST) break;
+    if (take(temporary_)) return true;
+    if (errno != EEXIST) break;
   }
-  if (descriptor_ < 0) {
-    temporary_.clear();
-    FailToCreate(std::strerror(errno));
-  }
-  sink_ = std::make_unique<TDescriptorSink>(descriptor_, path_);
+  temporary_.clear();
+  return false;
 }
 
 void TOutputFile::KeepAttributesOfTarget() {
@@ -156,13 +183,23 @@ void TOutputFile::KeepAttributesOfTarget() {
 
 void TOutputFile::Commit() {
   sink_->Flush();
-  if (temporary_.empty()) return;
+  if (!nameless_ && temporary_.empty()) return;
   if (::fsync(descriptor_) != 0 && errno != EINVAL) FailToWrite(errno);
+  const bool isInPlace = std::exchange(nameless_, false) && NameAsTarget();
   const int closed = ::close(std::exchange(descriptor_, -1));
   if (closed != 0 && errno != EINTR) FailToWrite(errno);
-  if (::rename(temporary_.c_str(), target_.c_str()) != 0) FailToWrite(errno);
+  if (!isInPlace && ::rename(temporary_.c_str(), target_.c_str()) != 0) FailToWrite(errno);
   temporary_.clear();
   SyncFolder(FolderOf(target_));
+}
+
+// False where the target is there: a file in its place is only put there by renaming, for which the
+// nameless one has a temporary name then.
+bool TOutputFile::NameAsTarget() {
+  if (GiveName(descriptor_, target_)) return true;
+  if (errno != EEXIST) FailToWrite(errno);
+  if (!TakeTemporaryName([this](const std::string& name) { return GiveName(descriptor_, name); })) FailToWrite(errno);
+  return false;
 }
 
 void TOutputFile::Discard() noexcept {

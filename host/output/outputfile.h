@@ -1,6 +1,7 @@
 // Where output goes: a descriptor, or a file that is there whole or not at all.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -39,14 +40,17 @@ class TDescriptorSink : public ITextSink {
 
 /// A file that appears under its name with Commit, with everything in it, or not at all.
 ///
-/// The text goes to a temporary file in the same folder, which takes the target's place by renaming
-/// and is removed on destruction without a Commit. A new file has the permissions that the process's
-/// mask allows, an existing one keeps its own, and a symbolic link stays one. A target that is there
-/// and is no regular file (a device, a pipe, /dev/stdout, /dev/fd/N) is written to directly.
+/// Until then the text is in a file of the same folder that has no name, of which a killed process
+/// leaves nothing; on file systems without such files it has a temporary name, which destruction
+/// without a Commit removes. A file that is there is replaced by renaming. A new file has the permissions that the
+/// process's mask allows, an existing one keeps its own, and a symbolic link stays one. A target that is there and is
+/// no regular file (a device, a pipe, /dev/stdout, /dev/fd/N) is written to directly.
 class TOutputFile : public ITextSink {
  public:
+  enum class EUnfinished { kNameless, kNamed };
   /// Throws THostError (kCannotCreate) where the file cannot be created or must not be written.
-  explicit TOutputFile(const std::string& path);
+  /// kNamed does without a nameless file, as file systems do that have none.
+  explicit TOutputFile(const std::string& path, EUnfinished unfinished = EUnfinished::kNameless);
   ~TOutputFile() override;
   TOutputFile(const TOutputFile&) = delete;
   TOutputFile& operator=(const TOutputFile&) = delete;
@@ -60,7 +64,10 @@ class TOutputFile : public ITextSink {
 
  private:
   void OpenDirectly(int descriptor);
+  bool OpenNameless();
   void OpenTemporary();
+  bool TakeTemporaryName(const std::function<bool(const std::string&)>& take);
+  bool NameAsTarget();
   void KeepAttributesOfTarget();
   void Discard() noexcept;
   [[noreturn]] void FailToCreate(const std::string& reason) const;
@@ -68,7 +75,8 @@ class TOutputFile : public ITextSink {
 
   std::string path_;       ///< as given, for messages
   std::string target_;     ///< behind all symbolic links
-  std::string temporary_;  ///< empty where the target is written to directly, and after Commit
+  std::string temporary_;  ///< empty without one, and after Commit
+  bool nameless_ = false;  ///< with neither of the two the target is written to directly
   int descriptor_ = -1;
   std::unique_ptr<TDescriptorSink> sink_;
 };

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <initializer_list>
 
 #include "host/output/tablelayout.h"
 #include "nkrovel20/storageareacommands.h"
@@ -24,7 +25,52 @@ std::string MinutesAndSeconds(std::uint64_t seconds) {
 
 double Seconds(TClock::duration time) { return std::max(duration<double>(time).count(), 0.0); }
 
+// Below this, kilobytes with one decimal would say too little.
+constexpr std::uint64_t kShownAsBytes = 10'000;
+
 double Kilobytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1000; }
+
+std::string Bytes(std::uint64_t bytes) {
+  return bytes < kShownAsBytes ? fmt::format("{} bytes", bytes) : fmt::format("{:.1f} kB", Kilobytes(bytes));
+}
+
+// The parts of the line, safe text; those that are empty are left out.
+struct TParts {
+  static constexpr std::string_view kCutMark = "..";
+  static constexpr std::size_t kShortestName = 12;
+
+  std::string place;
+  std::string name;
+  std::string capture;
+  std::string timeLeft;
+  std::string exchanges;
+  std::string rate;
+  std::string elapsed;
+
+  std::string Text() const {
+    std::string text = Joined({place, name}, " ");
+    text = Joined({text, Joined({capture, timeLeft}, ", ")}, "  ");
+    return Joined({text, Joined({exchanges, rate, elapsed}, ", ")}, "  ");
+  }
+  bool Fits(std::size_t room) const { return ColumnsOf(Text()) <= room; }
+  void CutName(std::size_t room) {
+    const std::size_t excess = ColumnsOf(Text()) - room + kCutMark.size();
+    const std::size_t columns = ColumnsOf(name);
+    if (columns < kShortestName + excess) return;
+    name = std::string(StartThatFits(name, columns - excess)) + std::string(kCutMark);
+  }
+
+ private:
+  static std::string Joined(std::initializer_list<std::string> parts, std::string_view between) {
+    std::string joined;
+    for (const std::string& part : parts) {
+      if (part.empty()) continue;
+      if (!joined.empty()) joined += between;
+      joined += part;
+    }
+    return joined;
+  }
+};
 
 bool Succeeded(const TIpmiExchange& exchange) {
   return exchange.answered && exchange.response.CompletionCode() == TIPMICommandBuffer::kSuccess;
@@ -69,7 +115,8 @@ TProgressLine::TProgressLine(TProgressTarget target) : target_(std::move(target)
 TProgressLine::~TProgressLine() { Clear(); }
 
 void TProgressLine::BeginClass(std::size_t number, std::size_t count, const std::string& name) {
-  class_ = fmt::format("[{}/{}] {}", number, count, SafeText(name));
+  place_ = fmt::format("[{}/{}]", number, count);
+  class_ = SafeText(name);
   capture_.reset();
   DrawWhenDue();
 }
@@ -107,11 +154,11 @@ void TProgressLine::BeginCapture(const TIpmiExchange& exchange) {
 
 void TProgressLine::DrawWhenDue() {
   const auto now = target_.now();
-  if (drawn_ && now - *drawn_ < kLeastTimeBetween) return;
+  if (held_ || (drawn_ && now - *drawn_ < kLeastTimeBetween)) return;
   drawn_ = now;
   // The last column stays free: a terminal may go to the next line when it is filled.
   const std::size_t room = static_cast<std::size_t>(std::max(target_.width(), 2)) - 1;
-  const std::string line = Line(now);
+  const std::string line = Line(now, room);
   const std::string_view shown = StartThatFits(line, room);
   const std::size_t columns = ColumnsOf(shown);
   const std::size_t blanks = columns_ > columns ? columns_ - columns : 0;
@@ -119,30 +166,57 @@ void TProgressLine::DrawWhenDue() {
   columns_ = columns;
 }
 
-std::string TProgressLine::Line(TClock::time_point now) const {
+// What matters least goes first: the time left, the end of the class's name, the rate, the whole name,
+// the number of exchanges, the capture file.
+std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const {
   const double elapsed = Seconds(now - start_);
-  std::string line = class_ + (class_.empty() ? "" : "  ");
-  if (capture_) line += CaptureText(now) + "  ";
-  line += fmt::format("{} exchange{}", exchanges_, exchanges_ == 1 ? "" : "s");
+  TParts parts;
+  parts.place = place_;
+  parts.name = class_;
+  if (capture_) parts.capture = CaptureText();
+  if (capture_) parts.timeLeft = TimeLeftText(now);
+  parts.exchanges = fmt::format("{} exchange{}", exchanges_, exchanges_ == 1 ? "" : "s");
   // A rate over less than a second says nothing.
-  if (elapsed >= 1) line += fmt::format(", {:.0f}/s", static_cast<double>(exchanges_) / elapsed);
-  return line + ", " + MinutesAndSeconds(static_cast<std::uint64_t>(elapsed));
+  if (elapsed >= 1) parts.rate = fmt::format("{:.0f}/s", static_cast<double>(exchanges_) / elapsed);
+  parts.elapsed = MinutesAndSeconds(static_cast<std::uint64_t>(elapsed));
+  if (!parts.Fits(room)) parts.timeLeft.clear();
+  if (!parts.Fits(room)) parts.CutName(room);
+  if (!parts.Fits(room)) parts.rate.clear();
+  if (!parts.Fits(room)) parts.name.clear();
+  if (!parts.Fits(room)) parts.exchanges.clear();
+  if (!parts.Fits(room)) parts.capture.clear();
+  return parts.Text();
 }
 
-std::string TProgressLine::CaptureText(TClock::time_point now) const {
-  if (capture_->size == 0) return fmt::format("{} {:.1f} kB", capture_->name, Kilobytes(capture_->read));
-  std::string text =
-      fmt::format("{} {:.1f} of {:.1f} kB", capture_->name, Kilobytes(capture_->read), Kilobytes(capture_->size));
+std::string TProgressLine::CaptureText() const {
+  if (capture_->size == 0) return capture_->name + " " + Bytes(capture_->read);
+  if (capture_->size < kShownAsBytes) {
+    return fmt::format("{} {} of {} bytes", capture_->name, capture_->read, capture_->size);
+  }
+  return fmt::format("{} {:.1f} of {:.1f} kB", capture_->name, Kilobytes(capture_->read), Kilobytes(capture_->size));
+}
+
+std::string TProgressLine::TimeLeftText(TClock::time_point now) const {
   const double elapsed = Seconds(now - capture_->start);
-  if (elapsed < 1 || capture_->read == 0 || capture_->read > capture_->size) return text;
+  if (elapsed < 1 || capture_->read == 0 || capture_->read > capture_->size) return {};
   const double bytesPerSecond = static_cast<double>(capture_->read) / elapsed;
   const double left = static_cast<double>(capture_->size - capture_->read) / bytesPerSecond;
-  return text + fmt::format(", {} left", MinutesAndSeconds(static_cast<std::uint64_t>(left)));
+  return MinutesAndSeconds(static_cast<std::uint64_t>(left)) + " left";
 }
 
 void TProgressLine::Clear() {
   if (columns_ > 0) target_.write(fmt::format("\r{}\r", std::string(columns_, ' ')));
   columns_ = 0;
+}
+
+void TProgressLine::Hold() {
+  Clear();
+  held_ = true;
+}
+
+void TProgressLine::Resume() {
+  held_ = false;
+  drawn_.reset();
 }
 
 }  // namespace NKROVEL20

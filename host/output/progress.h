@@ -30,8 +30,9 @@ struct TProgressTarget {
 ///   [3/7] KROSG_VO_MEMCTL_StatisticData  1234 exchanges, 56/s, 0:22
 ///   [7/7] KROSG_DCAPFile  node 0 cpu_err 12.0 of 64.0 kB, 0:41 left  1234 exchanges, 56/s, 0:22
 ///
-/// A capture file counts as being read from the answer to its size request to its close request. Drawn with
-/// blanks and carriage returns alone, so that it does no harm in a file.
+/// A capture file counts as being read from the answer to its size request to its close request. Where the
+/// terminal is too narrow, whole parts are left out and the class's name is cut, but never a figure. Drawn
+/// with blanks and carriage returns alone, so that it does no harm in a file.
 class TProgressLine : public IExchangeObserver {
  public:
   explicit TProgressLine(TProgressTarget target);
@@ -45,6 +46,10 @@ class TProgressLine : public IExchangeObserver {
   /// Takes the line away: at the end, and before anything else is written to the same place. The next
   /// exchange may draw it anew.
   void Clear();
+  /// Takes the line away until Resume: something else is being written there.
+  void Hold();
+  /// The next exchange draws it again.
+  void Resume();
 
  private:
   struct TCapture {
@@ -56,14 +61,17 @@ class TProgressLine : public IExchangeObserver {
 
   void Count();
   void DrawWhenDue();
-  std::string Line(TProgressTarget::TClock::time_point now) const;
-  std::string CaptureText(TProgressTarget::TClock::time_point now) const;
+  std::string Line(TProgressTarget::TClock::time_point now, std::size_t room) const;
+  std::string CaptureText() const;
+  std::string TimeLeftText(TProgressTarget::TClock::time_point now) const;
   void BeginCapture(const TIpmiExchange& exchange);
 
   TProgressTarget target_;
   TProgressTarget::TClock::time_point start_;
   std::optional<TProgressTarget::TClock::time_point> drawn_;
   std::size_t columns_ = 0;  ///< of what stands on the line
+  bool held_ = false;
+  std::string place_;  ///< "[3/7]"
   std::string class_;
   std::uint64_t exchanges_ = 0;
   std::optional<TCapture> capture_;

@@ -58,6 +58,17 @@ std::string SafeText(std::string_view text) {
   return safe;
 }
 
+std::string SafeLines(std::string_view text) {
+  std::string safe;
+  for (;;) {
+    const std::size_t end = text.find_first_of("\n\t");
+    safe += SafeText(text.substr(0, end));
+    if (end == std::string_view::npos) return safe;
+    safe += text[end];
+    text.remove_prefix(end + 1);
+  }
+}
+
 std::size_t ColumnsOf(std::string_view safeText) {
   std::size_t columns = 0;
   for (std::size_t at = 0; at < safeText.size();) {

@@ -16,6 +16,9 @@ namespace NKROVEL20 {
 /// character U+FFFD. A backslash stays one.
 std::string SafeText(std::string_view text);
 
+/// The same for a text of several lines: newlines and tabs stay as they are.
+std::string SafeLines(std::string_view text);
+
 /// Columns that safe text takes.
 std::size_t ColumnsOf(std::string_view safeText);
 

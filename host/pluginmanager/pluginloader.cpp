@@ -55,11 +55,48 @@ void* TDynamicLibraryLoader::Open(const std::string& path, std::string& error) {
 void TDynamicLibraryLoader::Close(void* library) { dlclose(library); }
 
 TLoadedPlugin::TLoadedPlugin(ILibraryLoader& loader, void* library, std::unique_ptr<TPluginManagerProvider> provider)
-    : loader_(loader), library_(library), provider_(std::move(provider)) {}
+    : loader_(loader), library_(library), path_(provider->Path()), provider_(std::move(provider)) {}
 
 TLoadedPlugin::~TLoadedPlugin() {
-  provider_->Plugin()->PrepareForUnload();
+  try {
+    Unload();
+  } catch (const THostError&) {  // another failure is on its way already
+  }
+}
+
+void TLoadedPlugin::Unload() {
+  if (!provider_) return;
+  const auto provider = std::move(provider_);
+  Call("PrepareForUnload", [&provider] { provider->Plugin()->PrepareForUnload(); });
   loader_.Close(library_);
+}
+
+TPluginIdentity TLoadedPlugin::Identity() const {
+  TPluginIdentity identity;
+  Call("GetName", [&] { identity.name = Callbacks().GetName(); });
+  Call("GetVersion", [&] { identity.version = Callbacks().GetVersion(); });
+  Call("GetInterfaceVersion", [&] { identity.interfaceVersion = Callbacks().GetInterfaceVersion(); });
+  Call("GetType", [&] { identity.type = Callbacks().GetType(); });
+  return identity;
+}
+
+void TLoadedPlugin::Init() {
+  Call("Init", [this] { Callbacks().Init(); });
+}
+
+void TLoadedPlugin::DeInit() {
+  Call("DeInit", [this] { Callbacks().DeInit(); });
+}
+
+void TLoadedPlugin::Call(const char* operation, const boost::function<void()>& call) const {
+  try {
+    call();
+  } catch (const THostError&) {
+    throw;
+  } catch (...) {
+    throw THostError(EExitStatus::kInternal,
+                     "plugin " + path_ + " failed in " + operation + ": " + CurrentExceptionText());
+  }
 }
 
 IPluginBasicQueryCallbacks* TLoadedPlugin::Query() const {
@@ -103,8 +140,11 @@ std::unique_ptr<TLoadedPlugin> TPluginLoader::Load(const std::string& path) {
   }
   std::string reason =
       outcome.refusals.empty() ? "it registered no plugin object while it was being loaded" : outcome.refusals.front();
-  if (outcome.provider) outcome.provider->Plugin()->PrepareForUnload();
-  loader_.Close(library);
+  if (outcome.provider) {
+    const TLoadedPlugin refused(loader_, library, std::move(outcome.provider));
+  } else {
+    loader_.Close(library);
+  }
   throw THostError(EExitStatus::kNoInput, "plugin " + path + " cannot be used: " + reason);
 }
 

@@ -28,7 +28,18 @@ class NKROVEL20_API TDynamicLibraryLoader : public ILibraryLoader {
   void Close(void* library) override;
 };
 
+/// What a plugin says of itself.
+struct TPluginIdentity {
+  std::string name;
+  std::string version;
+  std::string interfaceVersion;
+  int type = 0;
+};
+
 /// A registered plugin. Destroying it has the plugin delete its object and unloads the library.
+///
+/// Whatever an operation of the plugin throws arrives as THostError (kInternal) that names the plugin
+/// and the operation; a THostError is the host's own and passes through.
 class NKROVEL20_API TLoadedPlugin {
  public:
   TLoadedPlugin(ILibraryLoader& loader, void* library, std::unique_ptr<TPluginManagerProvider> provider);
@@ -36,15 +47,24 @@ class NKROVEL20_API TLoadedPlugin {
   TLoadedPlugin(const TLoadedPlugin&) = delete;
   TLoadedPlugin& operator=(const TLoadedPlugin&) = delete;
 
-  const std::string& Path() const { return provider_->Path(); }
+  const std::string& Path() const { return path_; }
+  TPluginIdentity Identity() const;
+  void Init();
+  void DeInit();
+  /// What destruction does, with its failure told: a plugin that fails to prepare stays mapped. Nothing
+  /// else may be called after it.
+  void Unload();
   IPluginCallbacks& Callbacks() const { return *provider_->Plugin(); }
   /// Null for a plugin that answers no requests.
   IPluginBasicQueryCallbacks* Query() const;
 
  private:
+  void Call(const char* operation, const boost::function<void()>& call) const;
+
   ILibraryLoader& loader_;
   void* library_;
-  std::unique_ptr<TPluginManagerProvider> provider_;
+  std::string path_;
+  std::unique_ptr<TPluginManagerProvider> provider_;  ///< null once unloaded
 };
 
 class NKROVEL20_API TPluginLoader {

@@ -4,13 +4,18 @@
 
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
-#include "host/schema/seennames.h"
 
 namespace NKROVEL20 {
 
 TClassBuilder::TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits,
-                             TSchemaLog& log)
-    : mentioned_(schema.mentionedClasses), qualifiers_(qualifiers), limits_(limits), log_(log), values_(log) {
+                             TSchemaLog& log, EKeptValues methodValues)
+    : methodValues_(methodValues),
+      mentioned_(schema.mentionedClasses),
+      qualifiers_(qualifiers),
+      limits_(limits),
+      log_(log),
+      values_(log),
+      isWhole_(log.Errors() == 0) {
   Collect(schema);
 }
 
@@ -25,7 +30,7 @@ void TClassBuilder::Collect(const TParsedSchema& schema) {
     }
     const auto [known, isNew] = byName_.emplace(unit.Text(syntax.name), entries_.size());
     if (isNew) {
-      entries_.push_back({unit, &syntax, entries_.size(), EState::kNew, 0, {}});
+      entries_.push_back({unit, &syntax, entries_.size(), EState::kNew, 0, 0, {}, {}});
       continue;
     }
     const TEntry& first = entries_[known->second];
@@ -107,15 +112,18 @@ void TClassBuilder::BuildOne(TEntry& entry, TNamespace& cimNamespace) {
   const TCIMClass* superClass = derives && superEntry ? superEntry->built.get() : nullptr;
   entry.state = EState::kDone;
   entry.depth = superEntry ? superEntry->depth + 1 : 1;
+  entry.scope = ScopeOf(entry, superClass);
   TClassDefinition definition;
   definition.name = entry.unit.Text(entry.syntax->name);
   definition.superClass = above;
   definition.location = entry.unit.Locate(entry.syntax->name);
   definition.qualifiers =
       qualifiers_.Resolve(entry.unit, entry.syntax->qualifiers,
-                          {ScopeOf(entry, superClass), superClass ? &superClass->Qualifiers() : nullptr, true});
-  AddFeatures(entry, superClass, definition);
-  if (derives) AddTo(cimNamespace, entry, std::move(definition));
+                          {entry.scope, superClass ? &superClass->Qualifiers() : nullptr, EKeptValues::kAll});
+  AddFeatures(entry, derives ? superEntry : nullptr, definition);
+  if (!derives) return;
+  CheckReferences(entry);
+  AddTo(cimNamespace, entry, std::move(definition));
 }
 
 void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition) {
@@ -160,119 +168,6 @@ std::uint32_t TClassBuilder::ScopeOf(const TEntry& entry, const TCIMClass* super
   };
   if (is("association")) return Mof::kScopeAssociation;
   return is("indication") ? Mof::kScopeIndication : Mof::kScopeClass;
-}
-
-void TClassBuilder::AddFeatures(const TEntry& entry, const TCIMClass* superClass, TClassDefinition& definition) {
-  const TSchemaUnit& unit = entry.unit;
-  const Mof::TRange features = entry.syntax->features;
-  definition.properties.reserve(features.count);
-  TSeenNames properties;
-  TSeenNames methods;
-  for (std::uint32_t i = 0; i < features.count; ++i) {
-    const Mof::TFeature& feature = unit.file->features[features.first + i];
-    if (!(feature.isMethod ? methods : properties).Add(unit.Text(feature.name))) {
-      log_.Error(unit.Place(feature.name), std::string(feature.isMethod ? "the method " : "the property ") +
-                                               unit.Quoted(feature.name) + " is declared twice in the class " +
-                                               unit.Quoted(entry.syntax->name));
-    } else if (feature.isMethod) {
-      CheckMethod(entry, feature);
-    } else {
-      AddProperty(entry, feature, superClass, definition);
-    }
-  }
-}
-
-void TClassBuilder::AddProperty(const TEntry& entry, const Mof::TFeature& feature, const TCIMClass* superClass,
-                                TClassDefinition& definition) {
-  const TSchemaUnit& unit = entry.unit;
-  TPropertyDefinition property;
-  property.name = unit.Text(feature.name);
-  property.type = feature.type.code;
-  property.isArray = feature.array.isArray;
-  property.arraySize = feature.array.size;
-  property.location = unit.Locate(feature.name);
-  const bool isReference = feature.type.code == TCIMValue::TCIMType::kReference;
-  if (isReference) {
-    property.referenceClass = unit.Text(feature.type.span);
-    CheckClassName(unit.Place(feature.type.span), property.referenceClass);
-  }
-  const std::size_t index = superClass ? superClass->FindProperty(property.name) : 0;
-  const bool overrides = superClass && index < superClass->Properties().size();
-  const TPropertyDecl* overridden = overrides ? superClass->Properties()[index].get() : nullptr;
-  property.qualifiers = qualifiers_.Resolve(unit, feature.qualifiers,
-                                            {isReference ? Mof::kScopeReference : Mof::kScopeProperty,
-                                             overridden ? &overridden->Qualifiers() : nullptr, true});
-  CheckEmbedded(unit, feature);
-  ReadDefault(unit, feature, {feature.type.code, feature.array.isArray, feature.array.size}, property);
-  if (overridden != nullptr && !CheckOverride(entry, feature, property, *overridden)) return;
-  definition.properties.push_back(std::move(property));
-}
-
-void TClassBuilder::ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& feature, const TValueSlot& slot,
-                                TPropertyDefinition& definition) {
-  if (!feature.value.given) return;
-  values_.Read(unit, feature.value, slot, definition.defaultValue);
-  for (const Mof::TSpan span : values_.TakeAliases()) aliases_.push_back({unit, span, definition.referenceClass});
-}
-
-// The class whose instances a string holds as text.
-void TClassBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& feature) {
-  for (std::uint32_t i = 0; i < feature.qualifiers.count; ++i) {
-    const Mof::TQualifierUse& use = unit.file->uses[feature.qualifiers.first + i];
-    if (!EqualNames(unit.Text(use.name), "EmbeddedInstance") || !use.value.given || use.value.isArray) continue;
-    const Mof::TLiteral& literal = unit.file->literals[use.value.literals.first];
-    if (literal.kind == Mof::ELiteral::kString) CheckClassName(unit.Place(literal.span), StringOf(unit, literal));
-  }
-}
-
-// Whether `name` is the class `ancestor` or declared below it.
-bool TClassBuilder::Refines(std::string_view name, std::string_view ancestor) {
-  std::size_t steps = 0;
-  for (TEntry* link = Find(name); link != nullptr && steps <= limits_.inheritanceDepth; ++steps) {
-    if (EqualNames(link->unit.Text(link->syntax->name), ancestor)) return true;
-    link = Find(link->unit.Text(link->syntax->superClass));
-  }
-  return false;
-}
-
-bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feature,
-                                  const TPropertyDefinition& definition, const TPropertyDecl& overridden) {
-  const TPropertyDefinition& before = overridden.Definition();
-  const bool sameType = before.type == definition.type && before.isArray == definition.isArray;
-  const bool isReference = definition.type == TCIMValue::TCIMType::kReference;
-  if (sameType && (!isReference || Refines(definition.referenceClass, before.referenceClass) ||
-                   Find(definition.referenceClass) == nullptr)) {
-    return true;
-  }
-  const auto typeName = [](const TPropertyDefinition& property) {
-    if (property.type == TCIMValue::TCIMType::kReference) return "reference to " + property.referenceClass;
-    return NameOf({property.type.GetCode(), property.isArray, 0});
-  };
-  log_.Error(entry.unit.Place(feature.name), "the property " + entry.unit.Quoted(feature.name) + " has the type " +
-                                                 typeName(definition) + ", expected " + typeName(before) +
-                                                 " as in the class '" + overridden.DeclaringClass() +
-                                                 "', whose property it overrides");
-  return false;
-}
-
-// Methods are checked and not kept: nothing calls them.
-void TClassBuilder::CheckMethod(const TEntry& entry, const Mof::TFeature& feature) {
-  const TSchemaUnit& unit = entry.unit;
-  qualifiers_.Resolve(unit, feature.qualifiers, {Mof::kScopeMethod, nullptr, false});
-  CheckEmbedded(unit, feature);
-  TSeenNames names;
-  for (std::uint32_t i = 0; i < feature.parameters.count; ++i) {
-    const Mof::TFeature& parameter = unit.file->parameters[feature.parameters.first + i];
-    if (!names.Add(unit.Text(parameter.name))) {
-      log_.Error(unit.Place(parameter.name), "the parameter " + unit.Quoted(parameter.name) +
-                                                 " is declared twice in the method " + unit.Quoted(feature.name));
-    }
-    qualifiers_.Resolve(unit, parameter.qualifiers, {Mof::kScopeParameter, nullptr, false});
-    CheckEmbedded(unit, parameter);
-    if (parameter.type.code == TCIMValue::TCIMType::kReference) {
-      CheckClassName(unit.Place(parameter.type.span), unit.Text(parameter.type.span));
-    }
-  }
 }
 
 }  // namespace NKROVEL20

@@ -17,11 +17,32 @@
 
 namespace NKROVEL20 {
 
+/// A method as a class declares it. Nothing calls methods: they are known while a schema is read, so that those that
+/// override them can be checked.
+struct TMethod {
+  TSchemaUnit unit;
+  const Mof::TFeature* syntax;
+  std::string_view declaringClass;
+  const TMethod* overridden;              ///< null for a new one
+  TQualifierSet qualifiers;               ///< with the inherited ones, as far as their values are kept
+  std::vector<TQualifierSet> parameters;  ///< theirs, in order
+};
+using TMethods = std::unordered_map<std::string_view, TMethod, TNameHash, TNameEqual>;
+
+/// A default that can be looked into once all classes are known.
+struct TStringDefault {
+  TSchemaUnit unit;
+  Mof::TInitializer value;
+  std::string_view className;
+  std::string_view property;
+};
+
 class TClassBuilder {
  public:
   /// Notes all class declarations. A second one of a name is an error. `schema` and `qualifiers` (all
-  /// of them declared) must outlive this.
-  TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits, TSchemaLog& log);
+  /// of them declared) must outlive this. Of the qualifiers of methods those of `methodValues` are kept.
+  TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits, TSchemaLog& log,
+                EKeptValues methodValues = EKeptValues::kFixed);
 
   /// All classes that can be resolved, into `cimNamespace`, in declaration order.
   void Build(TNamespace& cimNamespace);
@@ -30,6 +51,10 @@ class TClassBuilder {
   bool CheckClassName(TSchemaPlace place, std::string_view name);
   /// The aliases that property defaults use.
   const std::vector<TAliasUse>& Aliases() const { return aliases_; }
+  /// The defaults of the properties that are strings: some hold MOF.
+  const std::vector<TStringDefault>& StringDefaults() const { return stringDefaults_; }
+  /// The methods that a class declares itself; null for an unknown class.
+  const TMethods* MethodsOf(std::string_view className);
 
  private:
   /// kOpen: in the chain of superclasses that is being walked.
@@ -40,7 +65,9 @@ class TClassBuilder {
     std::size_t order;  // place among all declarations
     EState state;
     std::size_t depth;                   // 1 for a root class
+    std::uint32_t scope;                 // class, association or indication
     boost::shared_ptr<TCIMClass> built;  // null where it cannot be resolved
+    TMethods methods;
   };
 
   void Collect(const TParsedSchema& schema);
@@ -53,18 +80,33 @@ class TClassBuilder {
   void AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition);
   /// What a class is to the scope of its qualifiers: class, association or indication.
   std::uint32_t ScopeOf(const TEntry& entry, const TCIMClass* superClass) const;
-  void AddFeatures(const TEntry& entry, const TCIMClass* superClass, TClassDefinition& definition);
+  /// `above` is the superclass where it could be resolved.
+  void AddFeatures(TEntry& entry, const TEntry* above, TClassDefinition& definition);
   void AddProperty(const TEntry& entry, const Mof::TFeature& feature, const TCIMClass* superClass,
                    TClassDefinition& definition);
-  void CheckMethod(const TEntry& entry, const Mof::TFeature& feature);
   /// Whether the type is the overridden property's; a reference may be narrowed to a subclass.
   bool CheckOverride(const TEntry& entry, const Mof::TFeature& feature, const TPropertyDefinition& definition,
                      const TPropertyDecl& overridden);
   bool Refines(std::string_view name, std::string_view ancestor);
-  void ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& feature, const TValueSlot& slot,
-                   TPropertyDefinition& definition);
+  void ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& feature, TPropertyDefinition& definition);
+  void CheckReferences(const TEntry& entry);
   void CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& feature);
 
+  /// Override names an inherited element of the same name and kind.
+  void CheckOverrideName(const TEntry& entry, const Mof::TFeature& feature, const TEntry* above);
+  std::string OverrideProblem(bool isMethod, std::string_view name, std::string_view qualification,
+                              const TEntry& above);
+  bool Exposes(const TEntry& entry, bool isMethod, std::string_view name);
+
+  /// Declared in the class or inherited; null for none.
+  const TMethod* FindMethod(const TEntry* entry, std::string_view name);
+  void AddMethod(TEntry& entry, const Mof::TFeature& feature, const TEntry* above);
+  void AddParameters(TMethod& method);
+  /// Return type and parameters are those of the overridden method.
+  void CheckSignature(const TMethod& method);
+  void CheckParameter(const TMethod& method, std::uint32_t index);
+
+  const EKeptValues methodValues_;
   const Mof::TNameSet& mentioned_;
   TQualifierTable& qualifiers_;
   const TSchemaLimits& limits_;
@@ -73,6 +115,8 @@ class TClassBuilder {
   std::vector<TEntry> entries_;
   std::unordered_map<std::string_view, std::size_t, TNameHash, TNameEqual> byName_;
   std::vector<TAliasUse> aliases_;
+  std::vector<TStringDefault> stringDefaults_;
+  const bool isWhole_;            // whether all of the text could be read
   std::size_t modelEntries_ = 0;  // see TSchemaLimits; SIZE_MAX once it was exceeded and reported
 };
 

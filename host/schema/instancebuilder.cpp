@@ -9,16 +9,17 @@ namespace {
 const TPropertyMap kNoContext;
 }
 
-std::vector<boost::shared_ptr<TInstance>> TInstanceBuilder::Build(const TNamespace& cimNamespace) {
+std::vector<boost::shared_ptr<TInstance>> TInstanceBuilder::Build() {
   std::vector<boost::shared_ptr<TInstance>> instances;
   for (const TSchemaDeclaration& declaration : schema_.declarations) {
     if (declaration.production.kind != Mof::EProduction::kInstance) continue;
     const Mof::TInstanceSyntax& syntax = declaration.unit.file->instances[declaration.production.index];
     NoteAlias(declaration.unit, syntax);
-    if (auto instance = BuildOne(declaration.unit, syntax, cimNamespace)) instances.push_back(std::move(instance));
+    if (auto instance = BuildOne(declaration.unit, syntax)) instances.push_back(std::move(instance));
   }
+  CheckStringDefaults();
   uses_.insert(uses_.end(), classes_.Aliases().begin(), classes_.Aliases().end());
-  for (const TAliasUse& use : uses_) CheckAlias(use, cimNamespace);
+  for (const TAliasUse& use : uses_) CheckAlias(use);
   return instances;
 }
 
@@ -30,11 +31,10 @@ void TInstanceBuilder::NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSy
   }
 }
 
-boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
-                                                        const TNamespace& cimNamespace) {
-  qualifiers_.Resolve(unit, syntax.qualifiers, {0, nullptr, false});
+boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax) {
+  qualifiers_.Resolve(unit, syntax.qualifiers, {0, nullptr, EKeptValues::kNone});
   const std::string_view name = unit.Text(syntax.className);
-  const auto cimClass = cimNamespace.FindClass(name);
+  const auto cimClass = namespace_.FindClass(name);
   if (!cimClass) {
     classes_.CheckClassName(unit.Place(syntax.className), name);
     return {};
@@ -73,7 +73,7 @@ bool TInstanceBuilder::HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSynt
 }
 
 void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance) {
-  qualifiers_.Resolve(unit, assignment.qualifiers, {0, nullptr, false});
+  qualifiers_.Resolve(unit, assignment.qualifiers, {0, nullptr, EKeptValues::kNone});
   const TCIMClass& cimClass = instance.Class();
   const std::size_t index = cimClass.FindProperty(unit.Text(assignment.name));
   if (index == cimClass.Properties().size()) {
@@ -82,8 +82,11 @@ void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& a
   }
   const TPropertyDefinition& property = cimClass.Properties()[index]->Definition();
   TCIMValue value;
-  const TValueSlot slot = {property.type.GetCode(), property.isArray, property.arraySize};
-  if (values_.Read(unit, assignment.value, slot, value)) instance.SetProperty(property.name, value, kNoContext);
+  const TValueSlot slot = {property.type.GetCode(), property.isArray, property.arraySize, {}};
+  if (values_.Read(unit, assignment.value, slot, value)) {
+    instance.SetProperty(property.name, value, kNoContext);
+    CheckEmbedded(unit, assignment.value, *cimClass.Properties()[index]);
+  }
   for (const Mof::TSpan span : values_.TakeAliases()) uses_.push_back({unit, span, property.referenceClass});
 }
 
@@ -97,7 +100,7 @@ void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan
 }
 
 // An alias stands for an instance of the reference's class or of one below it.
-void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace) {
+void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
   const auto alias = aliases_.find(use.unit.Text(use.span));
   if (alias == aliases_.end()) {
     TNameHint hint(use.unit.Text(use.span));
@@ -107,8 +110,8 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use, const TNamespace& cimNam
     log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + hint.Text());
     return;
   }
-  const auto expected = cimNamespace.FindClass(use.referenceClass);
-  const auto found = cimNamespace.FindClass(alias->second);
+  const auto expected = namespace_.FindClass(use.referenceClass);
+  const auto found = namespace_.FindClass(alias->second);
   if (!expected || !found || found == expected || found->DescendsFrom(*expected)) return;
   log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" +
                                            found->Name() + "', expected one of '" + expected->Name() +

@@ -4,47 +4,59 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "host/core/ciminstance.h"
 #include "host/schema/classbuilder.h"
+#include "host/schema/embeddedtext.h"
 
 namespace NKROVEL20 {
 
 class TInstanceBuilder {
  public:
-  /// `classes` has built its classes.
+  /// `classes` has built its classes into `cimNamespace`.
   TInstanceBuilder(const TParsedSchema& schema, TClassBuilder& classes, TQualifierTable& qualifiers,
-                   const TSchemaLimits& limits, TSchemaLog& log)
+                   const TSchemaLimits& limits, const TNamespace& cimNamespace, TSchemaLog& log)
       : schema_(schema),
         classes_(classes),
         qualifiers_(qualifiers),
         limits_(limits),
+        namespace_(cimNamespace),
         log_(log),
         values_(log),
         room_(limits.instanceValues) {}
 
   /// In declaration order. A property that does not fit is reported and left unset; an instance of
   /// an unknown class is left out.
-  std::vector<boost::shared_ptr<TInstance>> Build(const TNamespace& cimNamespace);
+  std::vector<boost::shared_ptr<TInstance>> Build();
 
  private:
   void NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax);
-  boost::shared_ptr<TInstance> BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
-                                        const TNamespace& cimNamespace);
+  boost::shared_ptr<TInstance> BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax);
   /// Whether the limit for values allows another instance with that many properties.
   bool HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, std::size_t properties);
   void Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance);
   void ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass);
   /// The alias is declared, for an instance of the reference's class or one below it.
-  void CheckAlias(const TAliasUse& use, const TNamespace& cimNamespace);
+  void CheckAlias(const TAliasUse& use);
+
+  /// The strings of a value that hold MOF by the property's qualifiers must be one instance, or where any object is
+  /// meant one class, of which then only the text and the superclass are looked at.
+  void CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitializer& value, const TPropertyDecl& property);
+  /// `className` is empty where any object is meant.
+  void ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal, const std::string& className);
+  void ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, const std::string& className);
+  void CheckStringDefaults();
 
   const TParsedSchema& schema_;
   TClassBuilder& classes_;
   TQualifierTable& qualifiers_;
   const TSchemaLimits& limits_;
+  const TNamespace& namespace_;
   TSchemaLog& log_;
   TValueReader values_;
   std::size_t room_;  // for values of further instances
@@ -52,6 +64,7 @@ class TInstanceBuilder {
   std::unordered_map<std::string_view, std::string_view, TNameHash, TNameEqual> aliases_;  // to the class
   std::vector<std::string_view> aliasNames_;                                               // in declaration order
   std::vector<TAliasUse> uses_;
+  std::vector<std::unique_ptr<TEmbeddedText>> embedded_;  // alias uses point into them
 };
 
 }  // namespace NKROVEL20

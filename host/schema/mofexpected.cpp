@@ -36,8 +36,11 @@ constexpr std::array kWords = {
     TWord{TKind::S_SCOPE, "'scope'"},
     TWord{TKind::S_FLAVOR, "'flavor'"},
     TWord{TKind::S_ALIAS, "an alias"},
-    TWord{TKind::S_YYEOF, "the end of the file"},
 };
+
+constexpr const char* kElements =
+    "a kind of element (class, association, indication, qualifier, property, reference, method, parameter, schema, "
+    "any)";
 
 }  // namespace
 
@@ -47,7 +50,7 @@ bool TExpected::Has(TMofParser::symbol_kind_type token) const {
 
 bool TExpected::IsReference() const { return tokens_.size() == 1 && Has(TKind::S_REF); }
 
-std::vector<std::string> TExpected::Words() const {
+std::vector<std::string> TExpected::Words(const std::string& end) const {
   std::vector<std::string> words;
   const bool value = Has(TKind::S_REAL);
   const bool anyName = Has(TKind::S_IDENT) && Has(TKind::S_METAELEMENT);
@@ -56,19 +59,22 @@ std::vector<std::string> TExpected::Words() const {
   if (anyName) words.emplace_back("a name");
   if (!anyName && Has(TKind::S_DATATYPE)) words.emplace_back("a type");
   if (!anyName && Has(TKind::S_IDENT)) words.emplace_back("a class name");
-  if (!anyName && Has(TKind::S_FLAVORWORD)) words.emplace_back("a flavor");
-  if (element) words.emplace_back("a schema element");
+  if (!anyName && Has(TKind::S_FLAVORWORD))
+    words.emplace_back("a flavor (EnableOverride, DisableOverride, ToSubclass, Restricted, Translatable)");
+  if (element) words.emplace_back(kElements);
+  if (!value && Has(TKind::S_STRING)) words.emplace_back("a string");
   if (!value && Has(TKind::S_INTEGER)) words.emplace_back("a number");
   for (const TWord& word : kWords) {
     const bool isWord = word.text[0] == '\'' && word.text[1] >= 'a';
     const bool isPart = (isWord && (anyName || element)) || (value && word.token == TKind::S_ALIAS);
     if (Has(word.token) && !isPart) words.emplace_back(word.text);
   }
+  if (Has(TKind::S_YYEOF)) words.push_back(end);
   return words;
 }
 
-std::string TExpected::Text() const {
-  const std::vector<std::string> words = Words();
+std::string TExpected::Text(const std::string& end) const {
+  const std::vector<std::string> words = Words(end);
   std::string text;
   for (std::size_t i = 0; i < words.size(); ++i) {
     if (i > 0) text += i + 1 == words.size() ? " or " : ", ";

@@ -14,14 +14,14 @@ namespace NKROVEL20::Mof {
 class TExpected {
  public:
   void Add(TMofParser::symbol_kind_type token) { tokens_.push_back(token); }
-  /// "';'", "';' or '='", "a type, a class name, '[' or '}'".
-  std::string Text() const;
+  /// "';'", "';' or '='", "a type, a class name, '[' or '}'". `end` is what the end of the text is called.
+  std::string Text(const std::string& end) const;
   /// Whether nothing but the rest of a reference's type fits.
   bool IsReference() const;
 
  private:
   bool Has(TMofParser::symbol_kind_type token) const;
-  std::vector<std::string> Words() const;
+  std::vector<std::string> Words(const std::string& end) const;
 
   std::vector<TMofParser::symbol_kind_type> tokens_;
 };

@@ -126,7 +126,10 @@ name:
 | BOOLEAN
 ;
 
-pragma: PRAGMA name LPAREN literal RPAREN { scan.AddPragma($name, $literal); } ;
+pragma:
+  PRAGMA name LPAREN STRING RPAREN { scan.AddPragma($name, $STRING); }
+| PRAGMA name LPAREN error RPAREN  { yyerrok; }
+;
 
 qualifierDeclaration:
   QUALIFIER name COLON DATATYPE suffix assigned COMMA scopeClause semicolon
@@ -151,7 +154,7 @@ metaElement:
 flavorClause: FLAVOR LPAREN flavors RPAREN { $$ = $flavors; } ;
 flavors:
   FLAVORWORD
-| flavors[before] COMMA FLAVORWORD { $$ = $before | $FLAVORWORD; }
+| flavors[before] COMMA FLAVORWORD { $$ = scan.JoinFlavors($before, $FLAVORWORD, @FLAVORWORD); }
 ;
 
 qualifierList:
@@ -172,7 +175,7 @@ argument:
 useFlavors: %empty { $$ = 0; } | COLON flavorWords { $$ = $flavorWords; } ;
 flavorWords:
   FLAVORWORD
-| flavorWords[before] FLAVORWORD { $$ = $before | $FLAVORWORD; }
+| flavorWords[before] FLAVORWORD { $$ = scan.JoinFlavors($before, $FLAVORWORD, @FLAVORWORD); }
 ;
 
 classDeclaration:
@@ -283,13 +286,13 @@ void TMofParser::report_syntax_error(const context& where) const {
     return;
   }
   const bool atEnd = where.token() == symbol_kind::S_YYEOF;
-  const std::string found = atEnd ? "the end of the file" : Quoted(scan.Text(where.location()));
-  scan.Error(place, "found " + found + ", expected " + expected.Text());
+  const std::string found = atEnd ? scan.NameOfEnd() : Quoted(scan.Text(where.location()));
+  scan.Error(place, "found " + found + ", expected " + expected.Text(scan.NameOfEnd()) + (atEnd ? scan.OpenBracket() : ""));
 }
 
 void TMofParser::error(const TSpan& span, const std::string& message) { scan.Error(span.begin, message); }
 
-TMofFile ParseMof(TSchemaSource& source, std::uint32_t unit, const TSchemaLimits& limits, TSchemaLog& log) {
+TMofFile ParseMof(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaLimits& limits, TSchemaLog& log) {
   TScan scan(source, unit, limits, log);
   {
     TScanner scanner(scan);

@@ -16,6 +16,17 @@ constexpr std::size_t kShown = 40;  // bytes of a token in a message
 
 TSpan Inner(TSpan span, std::uint32_t closing) { return {span.begin + 1, span.end - closing}; }
 
+// What a character that begins no token may have been meant for.
+const char* ExpectedFor(char c) {
+  switch (c) {
+    case '$': return "a name behind it";
+    case '+':
+    case '-': return "a digit behind it";
+    case '/': return "a comment, // or /*";
+    default: return "a name, a value, a comment or punctuation";
+  }
+}
+
 }  // namespace
 
 std::string Quoted(std::string_view text) {
@@ -156,7 +167,8 @@ int TScan::Open(TSpan span, int token) {
                          " open brackets, expected at most " + std::to_string(limits_.nesting));
     return TToken::END;
   }
-  ++depth_;
+  if (open_.size() == depth_) open_.push_back(0);
+  open_[depth_++] = span.begin;
   return token;
 }
 
@@ -182,11 +194,17 @@ bool TScan::IsPragma(TSpan span) {
 void TScan::BadCharacter(TSpan span) {
   const std::string_view text = Text(span);
   const auto code = static_cast<unsigned char>(text[0]);
-  if (code >= 0x20 && code != 0x7F) {
-    Error(span.begin, "found the stray character " + Quoted(text));
-  } else {
-    Error(span.begin, "found a control character with the code " + std::to_string(code));
-  }
+  const bool isControl = code < 0x20 || code == 0x7F;
+  const std::string found =
+      isControl ? "a control character with the code " + std::to_string(code) : "the stray character " + Quoted(text);
+  Error(span.begin, "found " + found + ", expected " + ExpectedFor(text[0]));
+}
+
+std::string TScan::OpenBracket() const {
+  if (depth_ == 0 || unit_.embedding != nullptr) return {};
+  const std::uint32_t offset = open_[depth_ - 1];
+  return "; the " + Quoted(source_.Text().substr(offset, 1)) + " in line " +
+         std::to_string(source_.Locate(offset).line) + " is not closed";
 }
 
 }  // namespace NKROVEL20::Mof

@@ -13,6 +13,7 @@
 #include "host/schema/mofsyntax.h"
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
+#include "host/schema/schemaunit.h"
 
 namespace NKROVEL20::Mof {
 
@@ -29,7 +30,7 @@ union TSemantic {
 
 class TScan {
  public:
-  TScan(TSchemaSource& source, std::uint32_t unit, const TSchemaLimits& limits, TSchemaLog& log)
+  TScan(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaLimits& limits, TSchemaLog& log)
       : source_(source), unit_(unit), limits_(limits), log_(log) {}
 
   TMofFile& File() { return file_; }
@@ -38,8 +39,12 @@ class TScan {
   std::string_view Text(TSpan span) const { return source_.Text(span); }
   /// Set once a limit is exceeded: nothing more is read, nor reported.
   bool Stopped() const { return stopped_; }
-  void Error(std::uint32_t offset, std::string message) { log_.Error({unit_, offset}, std::move(message)); }
+  void Error(std::uint32_t offset, std::string message) { log_.Error(unit_.Place(offset), std::move(message)); }
   bool Shows() const { return log_.Shows(); }
+  /// "; the '{' in line 2 is not closed" for the innermost bracket that is open, or empty. Of files only.
+  std::string OpenBracket() const;
+  /// "the end of the file"
+  std::string NameOfEnd() const { return unit_.embedding ? "the end of the embedded text" : "the end of the file"; }
   /// The latest word without a meaning of its own that ends before `offset`.
   TSpan WordBefore(std::uint32_t offset) const { return words_[1].end <= offset ? words_[1] : words_[0]; }
 
@@ -68,6 +73,8 @@ class TScan {
   // The parser's actions.
   /// The N of "[N]"; a bad one is reported and gives "[]".
   TArraySuffix ArraySize(TSpan number);
+  /// The flavors with one more. One that excludes an earlier one is reported and left out.
+  std::uint32_t JoinFlavors(std::uint32_t flavors, std::uint32_t flavor, TSpan word);
   /// Keeps the literal. The elements of an array are kept in the same way, one after the other.
   TInitializer Scalar(const TLiteral& literal);
   void AddFeature(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array, TInitializer value);
@@ -90,11 +97,12 @@ class TScan {
   void Note(TSpan name);
 
   TSchemaSource& source_;
-  std::uint32_t unit_;
+  const TSchemaUnit& unit_;
   const TSchemaLimits& limits_;
   TSchemaLog& log_;
   TMofFile file_;
   std::size_t depth_ = 0;
+  std::vector<std::uint32_t> open_;    // where the brackets around this place stand; depth_ of them count
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
   int previousWord_ = 0;               // a token that declares the next name, or 0
   bool stopped_ = false;
@@ -104,7 +112,8 @@ class TScan {
 std::string Quoted(std::string_view text);
 
 /// Runs the scanner and the grammar over a text. What could be read is in the result whatever the
-/// log says of the rest. Neither throws for anything that the text holds.
-TMofFile ParseMof(TSchemaSource& source, std::uint32_t unit, const TSchemaLimits& limits, TSchemaLog& log);
+/// log says of the rest. Neither throws for anything that the text holds. `unit` says where the text stands; its file
+/// is not looked at.
+TMofFile ParseMof(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaLimits& limits, TSchemaLog& log);
 
 }  // namespace NKROVEL20::Mof

@@ -26,6 +26,17 @@ TArraySuffix TScan::ArraySize(TSpan number) {
   return {true, size};
 }
 
+std::uint32_t TScan::JoinFlavors(std::uint32_t flavors, std::uint32_t flavor, TSpan word) {
+  constexpr std::uint32_t kOverride = kEnableOverride | kDisableOverride;
+  constexpr std::uint32_t kPropagation = kToSubclass | kRestricted;
+  const std::uint32_t both = flavors | flavor;
+  const bool override = (both & kOverride) == kOverride;
+  if (!override && (both & kPropagation) != kPropagation) return both;
+  Error(word.begin, "found " + Quoted(Text(word)) + " beside its opposite, expected " +
+                        (override ? "EnableOverride or DisableOverride" : "ToSubclass or Restricted"));
+  return flavors;
+}
+
 TInitializer TScan::Scalar(const TLiteral& literal) {
   return {true, false, {Append(file_.literals, literal), 1}, literal.span};
 }

@@ -158,24 +158,46 @@ void AppendUtf8(std::string& text, std::uint32_t code) {
   }
 }
 
-void AppendUnescaped(std::string& text, std::string_view content) {
+namespace {
+
+// Takes the escape that `content` starts with, or two of them for a pair of surrogates, off it.
+void AppendEscape(std::string& text, std::string_view& content) {
+  TCharacter taken = TakeCharacter(content);
+  content.remove_prefix(taken.size);
+  if (IsHighSurrogate(taken.code) && !content.empty() && content[0] == '\\') {
+    const TCharacter low = TakeCharacter(content);
+    if (IsLowSurrogate(low.code)) {
+      taken.code = 0x10000 + ((taken.code - 0xD800) << 10U) + (low.code - 0xDC00);
+      content.remove_prefix(low.size);
+    }
+  }
+  if (!taken.good || IsHighSurrogate(taken.code) || IsLowSurrogate(taken.code)) taken.code = kReplacement;
+  AppendUtf8(text, taken.code);
+}
+
+template <typename TAfterEscape>
+void Unescape(std::string& text, std::string_view content, TAfterEscape afterEscape) {
   while (!content.empty()) {
     const std::size_t plain = content.find('\\');
     text += content.substr(0, plain);
     if (plain == std::string_view::npos) return;
     content.remove_prefix(plain);
-    TCharacter taken = TakeCharacter(content);
-    content.remove_prefix(taken.size);
-    if (IsHighSurrogate(taken.code) && !content.empty() && content[0] == '\\') {
-      const TCharacter low = TakeCharacter(content);
-      if (IsLowSurrogate(low.code)) {
-        taken.code = 0x10000 + ((taken.code - 0xD800) << 10U) + (low.code - 0xDC00);
-        content.remove_prefix(low.size);
-      }
-    }
-    if (!taken.good || IsHighSurrogate(taken.code) || IsLowSurrogate(taken.code)) taken.code = kReplacement;
-    AppendUtf8(text, taken.code);
+    AppendEscape(text, content);
+    afterEscape(content.size());
   }
+}
+
+}  // namespace
+
+void AppendUnescaped(std::string& text, std::string_view content) {
+  Unescape(text, content, [](std::size_t) {});
+}
+
+void AppendUnescaped(std::string& text, std::string_view content, std::uint32_t offset, std::vector<TTextJump>& jumps) {
+  Unescape(text, content, [&](std::size_t rest) {
+    jumps.push_back(
+        {static_cast<std::uint32_t>(text.size()), offset + static_cast<std::uint32_t>(content.size() - rest)});
+  });
 }
 
 }  // namespace NKROVEL20::Mof

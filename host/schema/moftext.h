@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NKROVEL20::Mof {
 
@@ -30,5 +31,13 @@ void AppendUtf8(std::string& text, std::uint32_t code);
 /// Appends a literal's content, its escapes resolved; pairs of escaped surrogates become one
 /// character, and a lone one the replacement character.
 void AppendUnescaped(std::string& text, std::string_view content);
+
+/// From the byte `text` of a resolved text on, the source runs in step from its byte `source` on.
+struct TTextJump {
+  std::uint32_t text;
+  std::uint32_t source;
+};
+/// The same; adds a jump behind each escape. `offset` is the content's in the source.
+void AppendUnescaped(std::string& text, std::string_view content, std::uint32_t offset, std::vector<TTextJump>& jumps);
 
 }  // namespace NKROVEL20::Mof

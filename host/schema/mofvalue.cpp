@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "host/core/caseinsensitive.h"
+#include "host/schema/mofdatetime.h"
+#include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 #include "nkrovel20/tvelexception.h"
 
@@ -26,7 +28,8 @@ constexpr TIntegerRange RangeOf(TType::ECIMType type) {
   switch (type) {
     case TType::kUint8: return {0, 0xFF};
     case TType::kSint8: return {0x80, 0x7F};
-    case TType::kUint16: return {0, 0xFFFF};
+    case TType::kUint16:
+    case TType::kChar16: return {0, 0xFFFF};
     case TType::kSint16: return {0x8000, 0x7FFF};
     case TType::kUint32: return {0, 0xFFFFFFFF};
     case TType::kSint32: return {0x80000000, 0x7FFFFFFF};
@@ -90,6 +93,10 @@ std::string Expected(TType::ECIMType type) {
   return example ? example : WithArticle(TType(type).ToString());
 }
 
+std::string QualifierOf(const TValueSlot& slot) {
+  return slot.qualifier.empty() ? std::string() : " for the qualifier " + Mof::Quoted(slot.qualifier);
+}
+
 }  // namespace
 
 std::string NameOf(const TValueSlot& slot) {
@@ -103,9 +110,15 @@ TCIMValue NullOf(const TValueSlot& slot) {
   return value;
 }
 
-bool TValueReader::Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const std::string& expected) {
-  log_.Error(unit.Place(span), "found " + unit.Quoted(span) + ", expected " + expected);
+bool TValueReader::Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot, const std::string& found,
+                            const std::string& expected) {
+  log_.Error(unit.Place(span), "found " + found + ", expected " + expected + QualifierOf(slot));
   return false;
+}
+
+bool TValueReader::Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot,
+                            const std::string& expected) {
+  return Mismatch(unit, span, slot, unit.Quoted(span), expected);
 }
 
 std::vector<Mof::TSpan> TValueReader::TakeAliases() {
@@ -117,18 +130,16 @@ std::vector<Mof::TSpan> TValueReader::TakeAliases() {
 // Null fits everything. Whether the elements fit is another matter.
 bool TValueReader::Fits(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot) {
   if (initializer.isArray && !slot.isArray) {
-    log_.Error(unit.Place(initializer.span), "found an array, expected " + Expected(slot.type));
-    return false;
+    return Mismatch(unit, initializer.span, slot, "an array", Expected(slot.type));
   }
   if (!initializer.isArray && slot.isArray) {
     const Mof::TLiteral& literal = unit.file->literals[initializer.literals.first];
     if (literal.kind == ELiteral::kNull || literal.kind == ELiteral::kBad) return true;
-    return Mismatch(unit, initializer.span, "an " + NameOf(slot) + " in braces");
+    return Mismatch(unit, initializer.span, slot, "an " + NameOf(slot) + " in braces");
   }
   if (slot.isArray && slot.size != 0 && initializer.literals.count > slot.size) {
-    log_.Error(unit.Place(initializer.span), "found " + std::to_string(initializer.literals.count) +
-                                                 " elements, expected at most " + std::to_string(slot.size));
-    return false;
+    return Mismatch(unit, initializer.span, slot, std::to_string(initializer.literals.count) + " elements",
+                    "at most " + std::to_string(slot.size));
   }
   return true;
 }
@@ -139,13 +150,13 @@ bool TValueReader::Read(const TSchemaUnit& unit, const Mof::TInitializer& initia
   if (!Fits(unit, initializer, slot)) return false;
   const Mof::TLiteral* literals = unit.file->literals.data() + initializer.literals.first;
   if (!initializer.isArray) {
-    return slot.isArray ? literals->kind == ELiteral::kNull : Scalar(unit, *literals, slot.type, value);
+    return slot.isArray ? literals->kind == ELiteral::kNull : Scalar(unit, *literals, slot, value);
   }
   std::vector<TCIMValue> elements(initializer.literals.count);
   bool good = true;
   for (std::size_t i = 0; i < elements.size(); ++i) {
     elements[i].SetNullValue(slot.type, 0);
-    good = Scalar(unit, literals[i], slot.type, elements[i]) && good;
+    good = Scalar(unit, literals[i], slot, elements[i]) && good;
   }
   if (good) value.Set(slot.type, slot.size, elements);
   return good;
@@ -158,43 +169,57 @@ bool TValueReader::Check(const TSchemaUnit& unit, const Mof::TInitializer& initi
   return plainString || Read(unit, initializer, slot, ignored);
 }
 
-bool TValueReader::Scalar(const TSchemaUnit& unit, const Mof::TLiteral& literal, TType type, TCIMValue& value) {
+bool TValueReader::Scalar(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
+                          TCIMValue& value) {
   if (literal.kind == ELiteral::kNull) return true;
   if (literal.kind == ELiteral::kBad) return false;
-  const TType::ECIMType code = type.GetCode();
-  if (IsInteger(code)) return Integer(unit, literal, type, value);
-  if (code == TType::kReal32 || code == TType::kReal64) return Real(unit, literal, type, value);
-  if (code == TType::kDateTime) return DateTime(unit, literal, value);
+  const TType::ECIMType code = slot.type;
+  const TType type(code);
+  if (IsInteger(code)) return Integer(unit, literal, slot, value);
+  if (code == TType::kReal32 || code == TType::kReal64) return Real(unit, literal, slot, value);
+  if (code == TType::kDateTime) return DateTime(unit, literal, slot, value);
+  if (code == TType::kChar16) return Character(unit, literal, slot, value);
   if (code == TType::kBoolean && literal.kind == ELiteral::kBoolean) {
     value = TCIMValue::FromInteger(type, EqualNames(unit.Text(literal.span), "true") ? 1 : 0);
-  } else if (code == TType::kChar16 && literal.kind == ELiteral::kChar) {
-    std::string_view content = unit.Text(literal.span);
-    value = TCIMValue::FromInteger(type, Mof::TakeCharacter(content.substr(1, content.size() - 2)).code);
   } else if ((code == TType::kString || code == TType::kReference) && literal.kind == ELiteral::kString) {
     value = TCIMValue::FromText(type, StringOf(unit, literal));
   } else if (code == TType::kReference && literal.kind == ELiteral::kAlias) {
     value = TCIMValue::FromText(type, std::string(unit.Text(literal.span)));
     aliases_.push_back(literal.span);
   } else {
-    return Mismatch(unit, literal.span, Expected(code));
+    return Mismatch(unit, literal.span, slot, Expected(code));
   }
   return true;
 }
 
-bool TValueReader::Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal, TType type, TCIMValue& value) {
+// A character may be given by its number.
+bool TValueReader::Character(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
+                             TCIMValue& value) {
+  if (literal.kind == ELiteral::kInteger) return Integer(unit, literal, slot, value);
+  if (literal.kind != ELiteral::kChar) return Mismatch(unit, literal.span, slot, Expected(slot.type));
+  const std::string_view content = unit.Text(literal.span);
+  value = TCIMValue::FromInteger(slot.type, Mof::TakeCharacter(content.substr(1, content.size() - 2)).code);
+  return true;
+}
+
+bool TValueReader::Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
+                           TCIMValue& value) {
+  const TType type(slot.type);
   const std::string name = type.ToString();
-  if (literal.kind != ELiteral::kInteger) return Mismatch(unit, literal.span, WithArticle(name));
+  if (literal.kind != ELiteral::kInteger) return Mismatch(unit, literal.span, slot, WithArticle(name));
   const TNumber number = NumberOf(unit.Text(literal.span));
-  const TIntegerRange range = RangeOf(type.GetCode());
+  const TIntegerRange range = RangeOf(slot.type);
   if (number.tooBig || number.magnitude > (number.negative ? range.below : range.high)) {
-    return Mismatch(unit, literal.span, WithArticle(name) + " " + Range(type.GetCode()));
+    return Mismatch(unit, literal.span, slot, WithArticle(name) + " " + Range(slot.type));
   }
   value = TCIMValue::FromInteger(type, number.negative ? 0 - number.magnitude : number.magnitude);
   return true;
 }
 
 // An integer is accepted where a real number is meant.
-bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, TType type, TCIMValue& value) {
+bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
+                        TCIMValue& value) {
+  const TType type(slot.type);
   const std::string name = type.ToString();
   double real = 0;
   bool inRange = true;
@@ -207,25 +232,26 @@ bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, T
     if (text[0] == '+') text.remove_prefix(1);
     inRange = std::from_chars(text.data(), text.data() + text.size(), real).ec == std::errc();
   } else {
-    return Mismatch(unit, literal.span, WithArticle(name));
+    return Mismatch(unit, literal.span, slot, WithArticle(name));
   }
   if (!inRange || (type == TType::kReal32 && std::abs(real) >= kReal32End))
-    return Mismatch(unit, literal.span, "a number in the range of " + name);
+    return Mismatch(unit, literal.span, slot, "a number in the range of " + name);
   value = TCIMValue::FromReal(type, real);
   return true;
 }
 
-bool TValueReader::DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue& value) {
-  if (literal.kind == ELiteral::kString) {
-    try {
-      value = TCIMValue(TCIMDateTime::FromString(StringOf(unit, literal)));
-      return true;
-    } catch (const TVELException&) {
-      value.SetNullValue(TType::kDateTime, 0);
-    }
+bool TValueReader::DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
+                            TCIMValue& value) {
+  if (literal.kind != ELiteral::kString) return Mismatch(unit, literal.span, slot, "a datetime in double quotes");
+  const std::string text = StringOf(unit, literal);
+  try {
+    value = TCIMValue(TCIMDateTime::FromString(text));
+    return true;
+  } catch (const TVELException&) {
+    value.SetNullValue(TType::kDateTime, 0);
   }
-  return Mismatch(unit, literal.span,
-                  "a datetime of 25 characters, \"yyyymmddhhmmss.mmmmmmsutc\" or \"ddddddddhhmmss.mmmmmm:000\"");
+  log_.Error(unit.Place(literal.span), Mof::DateTimeProblem(text) + QualifierOf(slot));
+  return false;
 }
 
 }  // namespace NKROVEL20

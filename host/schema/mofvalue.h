@@ -19,7 +19,8 @@ namespace NKROVEL20 {
 struct TValueSlot {
   TCIMValue::TCIMType::ECIMType type;
   bool isArray;
-  std::uint32_t size;  ///< the most elements that an array may have; 0: any number
+  std::uint32_t size;          ///< the most elements that an array may have; 0: any number
+  std::string_view qualifier;  ///< whose value it is; empty for one of a property
 };
 
 /// "uint8", "array of uint8"
@@ -49,12 +50,15 @@ class TValueReader {
 
  private:
   bool Fits(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot);
-  bool Scalar(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
-  bool Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
-  bool Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue::TCIMType type, TCIMValue& value);
-  bool DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, TCIMValue& value);
-  /// "found ..., expected ..."; false.
-  bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const std::string& expected);
+  bool Scalar(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
+  bool Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
+  bool Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
+  bool DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
+  bool Character(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
+  /// "found FOUND, expected ..."; false.
+  bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot, const std::string& found,
+                const std::string& expected);
+  bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot, const std::string& expected);
 
   TSchemaLog& log_;
   std::vector<Mof::TSpan> aliases_;

@@ -43,34 +43,38 @@ TQualifierFlavor FlavorOf(std::uint32_t flavors, TQualifierFlavor otherwise) {
   return flavor;
 }
 
+bool IsFixed(const TQualifierFlavor& flavor) { return flavor.toSubclass && !flavor.overridable; }
+
+bool Inherits(const TQualifiedElement& element, std::string_view name) {
+  return element.inherited != nullptr && element.inherited->Find(std::string(name));
+}
+
 std::string Shown(const TCIMValue& value) { return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10)); }
 
 }  // namespace
 
-bool TQualifierTable::FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors) {
-  const auto both = [&](std::uint32_t pair, const char* text) {
-    if ((flavors & pair) != pair) return false;
-    log_.Error(unit.Place(name),
-               "the qualifier " + unit.Quoted(name) + " has the flavors " + text + ", expected at most one of the two");
-    return true;
-  };
-  const bool override = both(Mof::kEnableOverride | Mof::kDisableOverride, "EnableOverride and DisableOverride");
-  return !both(Mof::kToSubclass | Mof::kRestricted, "ToSubclass and Restricted") && !override;
-}
-
 void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax) {
-  TDeclaredQualifier declared{unit.Text(syntax.name), {}, {}, syntax.scope, FlavorOf(syntax.flavors, {})};
-  declared.slot = {syntax.type.code, syntax.array.isArray, syntax.array.size};
-  FlavorsAgree(unit, syntax.name, syntax.flavors);
+  TDeclaredQualifier declared{unit.Text(syntax.name),       {},   {},         syntax.scope,
+                              FlavorOf(syntax.flavors, {}), unit, syntax.name};
+  declared.slot = {syntax.type.code, syntax.array.isArray, syntax.array.size, declared.name};
   if (syntax.value.given) {
     values_.Read(unit, syntax.value, declared.slot, declared.defaultValue);
   } else {
     declared.defaultValue = NullOf(declared.slot);
   }
   names_.push_back(declared.name);
-  if (!declared_.emplace(declared.name, std::move(declared)).second) {
-    log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) + " is declared a second time");
-  }
+  const auto [known, isNew] = declared_.emplace(declared.name, declared);
+  if (isNew) return;
+  const TSourceLocation first = known->second.unit.Locate(known->second.place);
+  log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) +
+                                          " is declared a second time, first in " + first.file + ":" +
+                                          std::to_string(first.line));
+}
+
+std::vector<const TDeclaredQualifier*> TQualifierTable::Declared() const {
+  std::vector<const TDeclaredQualifier*> all;
+  for (const std::string_view name : names_) all.push_back(&declared_.at(name));
+  return all;
 }
 
 const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TSpan name) {
@@ -110,8 +114,7 @@ bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifier
                                   const TQualifierDefinition& definition, const TQualifierSet* inherited) {
   if (inherited == nullptr) return true;
   const auto overridden = inherited->Find(definition.name);
-  const bool fixed = overridden && overridden->Flavor().toSubclass && !overridden->Flavor().overridable;
-  if (!fixed || overridden->GetValue() == definition.value) return true;
+  if (!overridden || !IsFixed(overridden->Flavor()) || overridden->GetValue() == definition.value) return true;
   log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " has the value " +
                                        Shown(definition.value) + ", expected the inherited value " +
                                        Shown(overridden->GetValue()) + ", which has the flavor DisableOverride");
@@ -139,12 +142,13 @@ std::vector<TQualifierDefinition> TQualifierTable::Resolve(const TSchemaUnit& un
     const TDeclaredQualifier* declared = Find(unit, use->name);
     if (declared == nullptr || !HasScope(unit, *use, *declared, element.scope)) continue;
     TQualifierDefinition definition;
-    const bool agree = FlavorsAgree(unit, use->name, use->flavors);
-    if (!ReadValue(unit, *use, *declared, element.keepsValues, definition.value) || !agree) continue;
-    if (!element.keepsValues) continue;
+    const TQualifierFlavor flavor = FlavorOf(use->flavors, declared->flavor);
+    const bool isKept = element.keeps == EKeptValues::kAll ||
+                        (element.keeps == EKeptValues::kFixed && (IsFixed(flavor) || Inherits(element, name)));
+    if (!ReadValue(unit, *use, *declared, isKept, definition.value) || !isKept) continue;
     definition.name = name;
-    definition.flavor = FlavorOf(use->flavors, declared->flavor);
-    definition.location = unit.Locate(use->name);
+    definition.flavor = flavor;
+    if (element.keeps == EKeptValues::kAll) definition.location = unit.Locate(use->name);
     if (MayOverride(unit, *use, definition, element.inherited)) definitions.push_back(std::move(definition));
   }
   return definitions;

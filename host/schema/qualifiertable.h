@@ -20,13 +20,19 @@ struct TDeclaredQualifier {
   TCIMValue defaultValue;
   std::uint32_t scope;  ///< Mof::kScope bits
   TQualifierFlavor flavor;
+  TSchemaUnit unit;  ///< where it is declared
+  Mof::TSpan place;
 };
+
+/// Which values of an element's qualifiers are kept; all of them are checked. kFixed: those that an overriding
+/// element must not change, and those that hide an inherited one of that kind.
+enum class EKeptValues { kNone, kFixed, kAll };
 
 /// An element that qualifiers stand on.
 struct TQualifiedElement {
   std::uint32_t scope;             ///< one of Mof::kScope; 0: not checked
   const TQualifierSet* inherited;  ///< what the overridden element has; null for none
-  bool keepsValues;                ///< otherwise the uses are only checked
+  EKeptValues keeps;
 };
 
 class TQualifierTable {
@@ -36,6 +42,9 @@ class TQualifierTable {
 
   /// A second declaration of a name is an error.
   void Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax);
+
+  /// All that are declared, in order; their names are spelled as declared.
+  std::vector<const TDeclaredQualifier*> Declared() const;
 
   /// The uses with their values and effective flavors (their own, else the declaration's). What is
   /// wrong is reported, and that use left out.
@@ -52,8 +61,6 @@ class TQualifierTable {
   /// Whether the value is that of an inherited qualifier that must not be overridden.
   bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TQualifierDefinition& definition,
                    const TQualifierSet* inherited);
-  /// Whether no two flavors exclude each other.
-  bool FlavorsAgree(const TSchemaUnit& unit, Mof::TSpan name, std::uint32_t flavors);
 
   const TSchemaLimits& limits_;
   const Mof::TNameSet& mentioned_;

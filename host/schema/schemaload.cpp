@@ -4,7 +4,6 @@
 #include <boost/make_shared.hpp>
 #include <filesystem>
 #include <map>
-#include <numeric>
 
 #include "host/core/hosterror.h"
 #include "host/schema/mofscan.h"
@@ -23,13 +22,14 @@ bool IsMofFile(const fs::directory_entry& entry) {
 
 std::vector<std::string> FilesOf(const std::string& folder) {
   std::vector<std::string> files;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (IsMofFile(*entry)) files.push_back(entry->path().string());
-  }
-  if (error) {
-    throw THostError(error == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
-                     "cannot read the folder " + folder + ": " + error.message());
+  // Not with an error code: to step on would then end the process where memory runs out.
+  try {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+      if (IsMofFile(entry)) files.push_back(entry.path().string());
+    }
+  } catch (const fs::filesystem_error& error) {
+    throw THostError(error.code() == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+                     "cannot read the folder " + folder + ": " + error.code().message());
   }
   if (files.empty()) throw THostError(EExitStatus::kNoInput, "the folder " + folder + " holds no .mof file");
   std::sort(files.begin(), files.end());
@@ -134,13 +134,13 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   std::string text = ReadText(path, includer, failed);
   if (failed) return;
   bytes_ += text.size();
-  TSchemaUnit unit{AddSource(path, std::move(text)), nullptr, nullptr};
+  const std::uint32_t number = AddSource(path, std::move(text));
   TSchemaSource& source = *schema_.sources->back();
-  ReplaceBadBytes(source, unit.number);
-  auto file = std::make_unique<Mof::TMofFile>(Mof::ParseMof(source, unit.number, limits_, log_));
+  TSchemaUnit unit{number, &source, nullptr, nullptr};
+  ReplaceBadBytes(source, number);
+  auto file = std::make_unique<Mof::TMofFile>(Mof::ParseMof(source, unit, limits_, log_));
   schema_.mentionedClasses.merge(file->mentionedClasses);
   schema_.mentionedQualifiers.merge(file->mentionedQualifiers);
-  unit.source = &source;
   unit.file = file.get();
   schema_.files.push_back(std::move(file));
   Walk(unit, includer ? includer->depth : 1);
@@ -175,9 +175,6 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
                      EqualNames(name, "namespace");
   if (!known) {
     log_.Warning(unit.Place(pragma.name), "the pragma " + unit.Quoted(pragma.name) + " is not known and has no effect");
-  } else if (pragma.parameter.kind != Mof::ELiteral::kString) {
-    log_.Error(unit.Place(pragma.parameter.span),
-               "found " + unit.Quoted(pragma.parameter.span) + ", expected a string");
   } else if (EqualNames(name, "include")) {
     Include(unit, pragma, depth);
   } else if (EqualNames(name, "namespace")) {
@@ -202,25 +199,6 @@ void TLoader::Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma,
 }
 
 }  // namespace
-
-std::string TSchemaUnit::Quoted(Mof::TSpan span) const { return Mof::Quoted(source->Text(span)); }
-
-std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal) {
-  const Mof::TPiece* const pieces = unit.file->pieces.data() + literal.pieces.first;
-  const Mof::TPiece* const end = pieces + literal.pieces.count;
-  std::string text;
-  text.reserve(std::accumulate(pieces, end, std::size_t{0}, [](std::size_t sum, const Mof::TPiece& piece) {
-    return sum + (piece.span.end - piece.span.begin);
-  }));
-  for (const Mof::TPiece* piece = pieces; piece != end; ++piece) {
-    if (piece->escaped) {
-      Mof::AppendUnescaped(text, unit.Text(piece->span));
-    } else {
-      text += unit.Text(piece->span);
-    }
-  }
-  return text;
-}
 
 TParsedSchema LoadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits,
                          TSchemaLog& log) {

@@ -10,27 +10,11 @@
 #include <vector>
 
 #include "host/core/sourcereader.h"
-#include "host/schema/mofsyntax.h"
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
+#include "host/schema/schemaunit.h"
 
 namespace NKROVEL20 {
-
-/// One text and what the grammar made of it.
-struct TSchemaUnit {
-  std::uint32_t number;
-  const TSchemaSource* source;
-  const Mof::TMofFile* file;
-
-  std::string_view Text(Mof::TSpan span) const { return source->Text(span); }
-  /// See Mof::Quoted.
-  std::string Quoted(Mof::TSpan span) const;
-  TSchemaPlace Place(Mof::TSpan span) const { return {number, span.begin}; }
-  TSourceLocation Locate(Mof::TSpan span) const { return source->Locate(span.begin); }
-};
-
-/// The value of a string literal: its pieces joined, their escapes resolved.
-std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal);
 
 /// A declaration of any kind but a pragma.
 struct TSchemaDeclaration {

@@ -32,8 +32,8 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   result.sources = schema.sources;
   TClassBuilder classes(schema, qualifiers, limits, log);
   classes.Build(*result.cimNamespace);
-  TInstanceBuilder instances(schema, classes, qualifiers, limits, log);
-  result.instances = instances.Build(*result.cimNamespace);
+  TInstanceBuilder instances(schema, classes, qualifiers, limits, *result.cimNamespace, log);
+  result.instances = instances.Build();
   result.errors = log.Errors();
   result.warnings = log.Warnings();
   result.diagnostics = log.Finish(*schema.sources);

@@ -27,9 +27,8 @@ std::optional<EExchangeKind> ReadKind(const TTomlTable& table) {
   }
   names.back() = kAnyIpmi;
   const std::string_view nearest = NearestName(name, names);
-  table.Fail(on.value.place,
-             "found " + Quoted(name) + " for \"on\"" +
-                 (nearest.empty() ? ", expected " + expected : "; did you mean " + Quoted(nearest) + "?"));
+  table.Fail(on.value.place, "found " + Quoted(name) + " for \"on\", expected " + expected +
+                                 (nearest.empty() ? std::string() : "; did you mean " + Quoted(nearest) + "?"));
 }
 
 void ReadAction(const TTomlTable& table, TFault& fault) {
@@ -51,6 +50,12 @@ void ReadAction(const TTomlTable& table, TFault& fault) {
 void RequireOneAction(const TTomlTable& table, const TFault& fault) {
   const int actions = (fault.completionCode ? 1 : 0) + (fault.lost ? 1 : 0) + (fault.truncate ? 1 : 0);
   if (actions == 1 || (actions == 0 && table.Find("delay_ms") != nullptr)) return;
+  const TTomlMember* const lost = table.Find("lost");
+  if (actions == 0 && lost != nullptr) {
+    table.Fail(lost->place,
+               "found \"lost\" = false, which does nothing, expected true, or \"completion_code\", \"truncate\" or "
+               "\"delay_ms\"");
+  }
   table.Fail(table.Place(), std::string("found ") + (actions == 0 ? "none" : "more than one") +
                                 " of \"completion_code\", \"lost\" and \"truncate\", expected " +
                                 (actions == 0 ? "one of them or \"delay_ms\"" : "one"));
@@ -69,6 +74,11 @@ TFault ReadFault(const TTomlTable& table) {
   ReadAction(table, fault);
   fault.delay = std::chrono::milliseconds(table.Integer("delay_ms", 0, kLongestDelayMs).value_or(0));
   RequireOneAction(table, fault);
+  const TTomlMember* action = table.Find("lost");
+  if (!fault.lost) action = table.Find("truncate");
+  const TTomlPlace& place = action == nullptr ? table.Place() : action->place;
+  fault.line = place.line;
+  fault.column = place.column;
   return fault;
 }
 

@@ -1,6 +1,6 @@
 // Recordings of what a service processor was asked and answered, as JSON Lines: a line about the
 // server, then one line for each exchange and each reading of the clock, in their order.
-// docs/recording.md has the form in prose. A recording holds no credentials: those of a session with
+// man/velhost-recording.5 has the form. A recording holds no credentials: those of a session with
 // a BMC are no part of an exchange.
 #pragma once
 

@@ -19,6 +19,7 @@ using TJson = nlohmann::json;
 using TBytes = std::vector<std::uint8_t>;
 using TNames = std::initializer_list<std::string_view>;
 
+constexpr std::size_t kLongestShownVersion = 20;
 constexpr int kAnyInt = std::numeric_limits<int>::max();
 constexpr std::string_view kBlanks = " \t\r\n";
 
@@ -137,9 +138,8 @@ class TMembers {
     for (const auto& [name, value] : object_.items()) {
       if (std::find(names.begin(), names.end(), name) != names.end()) continue;
       const std::string_view nearest = NearestName(name, {names.begin(), names.size()});
-      text_.FailAtName(name, "found the unknown member " + Quoted(name) +
-                                 (nearest.empty() ? ", expected one of " + Listed(names)
-                                                  : "; did you mean " + Quoted(nearest) + "?"));
+      text_.FailAtName(name, "found the unknown member " + Quoted(name) + ", expected one of " + Listed(names) +
+                                 (nearest.empty() ? std::string() : "; did you mean " + Quoted(nearest) + "?"));
     }
   }
   bool Has(const char* name) const { return object_.contains(name); }
@@ -259,10 +259,18 @@ TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view 
   const TLineText text(file, line, 1);
   const TJson object = ParseObject(text);
   const TMembers members(text, object);
-  if (members.String("format") != "velhost-recording") {
-    text.FailAt("format", "found another format, expected \"velhost-recording\"");
+  if (!members.Has("format"))
+    text.Fail(1, "found no \"format\", expected \"velhost-recording\" as every recording has");
+  const std::string format = members.String("format");
+  if (format != "velhost-recording") {
+    text.FailAt("format", "found " + Quoted(format) + " for \"format\", expected \"velhost-recording\"");
   }
-  members.Integer("version", 1, 1);
+  const std::string version = "version 1, the one that this velhost reads";
+  if (!members.Has("version")) text.Fail(1, "found no \"version\", expected " + version);
+  if (!object["version"].is_number_integer() || object["version"] != 1) {
+    text.FailAt("version",
+                "found version " + object["version"].dump().substr(0, kLongestShownVersion) + ", expected " + version);
+  }
   members.AllowOnly({"format", "version", "machine_type", "started", "utc_offset_minutes", "discovery"});
   const TMembers discovery = members.Object("discovery");
   discovery.AllowOnly({"bmc_nodes", "ipmi_driver", "dot_command", "sp_comm", "service_processors"});

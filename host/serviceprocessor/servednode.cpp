@@ -21,6 +21,15 @@ TIPMICommandBuffer BufferOf(std::uint8_t networkFunction, std::uint8_t lun, std:
   return buffer;
 }
 
+std::string NodesOf(const TServerFile& server) {
+  switch (server.nodes.size()) {
+    case 0: return "none";
+    case 1: return "node 0 alone";
+    case 2: return "nodes 0 and 1";
+    default: return "nodes 0 to " + std::to_string(server.nodes.size() - 1);
+  }
+}
+
 /// Whether the fault may be applied to a storage-area request.
 bool MeetsStorageAreas(const TFault& fault) {
   return !fault.on || (*fault.on != EExchangeKind::kRegister && *fault.on != EExchangeKind::kTimestamp);
@@ -51,22 +60,34 @@ std::vector<std::uint8_t> TServedNode::Answer(std::uint8_t networkFunction, std:
   return answer;
 }
 
-std::string ReasonNotToServe(const TServerFile& server, int node) {
+TNotServed ReasonNotToServe(const TServerFile& server, int node) {
   if (node < 0 || static_cast<std::size_t>(node) >= server.nodes.size()) {
-    return "there is no BMC node " + std::to_string(node) + "; it has " + std::to_string(server.nodes.size());
+    return {"there is no BMC node " + std::to_string(node) + "; the server has " + NodesOf(server)};
   }
-  if (!server.driverPresent) return "with driver_present = false no IPMI exchange takes place";
+  if (!server.driverPresent) return {"with driver_present = false no IPMI exchange takes place"};
   constexpr std::size_t kShortest = TIPMICommandBuffer::kData + StorageAreaCommands::kManufacturerId.size();
   for (const TFault& fault : server.faults) {
-    if (fault.lost) return "a fault has lost = true, and ipmi_sim answers every request";
+    if (fault.lost) {
+      return {
+          "found lost = true, but ipmi_sim answers every request; expected another fault, such as completion_code = "
+          "0xC3 (timeout)",
+          fault.line, fault.column};
+    }
     if (fault.on == EExchangeKind::kDot) continue;
     if (fault.truncate && *fault.truncate < kShortest && MeetsStorageAreas(fault)) {
-      return "a fault has truncate = " + std::to_string(*fault.truncate) +
-             ", and ipmi_sim puts the manufacturer id in every answer to a storage-area request; expected " +
-             std::to_string(kShortest) + " or more, or on = \"register\" or \"timestamp\"";
+      return {"found truncate = " + std::to_string(*fault.truncate) +
+                  ", but ipmi_sim puts the manufacturer id in every answer to a storage-area request; expected " +
+                  std::to_string(kShortest) + " or more, or on = \"register\" or \"timestamp\"",
+              fault.line, fault.column};
     }
   }
   return {};
+}
+
+std::string DescribeNotServed(const TNotServed& refusal, const std::string& file) {
+  if (refusal.line == 0) return file + ": " + refusal.reason;
+  return file + ":" + std::to_string(refusal.line) + ":" + std::to_string(refusal.column) +
+         ": error: " + refusal.reason;
 }
 
 }  // namespace NKROVEL20

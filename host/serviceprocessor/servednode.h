@@ -44,8 +44,18 @@ class NKROVEL20_API TServedNode {
   int node_;
 };
 
+/// What keeps a server from being served, and where its file says so.
+struct TNotServed {
+  std::string reason;      ///< empty where nothing does
+  std::uint32_t line = 0;  ///< 0 where it is no single place
+  std::uint32_t column = 0;
+};
+
+/// "FILE:LINE:COLUMN: error: REASON", or "FILE: REASON" without a place.
+NKROVEL20_API std::string DescribeNotServed(const TNotServed& refusal, const std::string& file);
+
 /// Why `node` of a server cannot be served by ipmi_sim; empty where it can. ipmi_sim answers every
 /// request, and puts the manufacturer id in every answer to a storage-area request.
-NKROVEL20_API std::string ReasonNotToServe(const TServerFile& server, int node);
+NKROVEL20_API TNotServed ReasonNotToServe(const TServerFile& server, int node);
 
 }  // namespace NKROVEL20

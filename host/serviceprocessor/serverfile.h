@@ -1,5 +1,5 @@
 // A simulated server as its file (TOML) describes it: plain data between the reader of that file and
-// the simulator. docs/server-file.md has the file in prose.
+// the simulator. man/velhost-server-file.5 has the file in prose.
 #pragma once
 
 #include <array>
@@ -61,6 +61,8 @@ struct TFault {
   bool lost = false;
   std::optional<std::size_t> truncate;  ///< bytes of the command buffer (9 or more), or of the block
   std::chrono::milliseconds delay{0};
+  std::uint32_t line = 0;  ///< where the file has what it does, or the fault; 0 for one of no file
+  std::uint32_t column = 0;
 };
 
 struct TServerFile {

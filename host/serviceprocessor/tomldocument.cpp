@@ -115,6 +115,52 @@ std::string MessageOf(const toml::parse_error& error) {
   return text;
 }
 
+// A string that nothing closes, in the library's words one with a control character in it or without
+// an end. Empty for every other error.
+std::string MessageOfOpenString(const toml::parse_error& error, std::string_view line) {
+  const std::string_view text = error.description();
+  if (!text.starts_with("Error while parsing string: ")) return {};
+  const bool atEnd = ByteColumn(line, error.source().begin.column) > line.size();
+  if (text.ends_with("encountered end-of-file"))
+    return "found the end of the file, expected the string's closing quote";
+  return atEnd && text.find("control characters") != std::string_view::npos
+             ? "found the end of the line, expected the string's closing quote"
+             : std::string();
+}
+
+// How many bytes of UTF-8 begin the text, 1 to 4; 0 where it begins with something else.
+std::size_t SizeOfCharacter(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text.front());
+  const std::size_t size = first < 0x80   ? 1
+                           : first < 0xC2 ? 0
+                           : first < 0xE0 ? 2
+                           : first < 0xF0 ? 3
+                           : first < 0xF5 ? 4
+                                          : 0;
+  if (size > text.size()) return 0;
+  for (std::size_t i = 1; i < size; ++i) {
+    if (!IsUtf8Continuation(text[i])) return 0;
+  }
+  return size;
+}
+
+// The library tells the place of the character before.
+void RefuseOtherThanUtf8(const TTomlDocument& document) {
+  TTomlPlace place = {1, 1};
+  for (std::string_view rest = document.text; !rest.empty();) {
+    const std::size_t size = SizeOfCharacter(rest);
+    if (size == 0) {
+      constexpr std::string_view kDigits = "0123456789abcdef";
+      const auto byte = static_cast<unsigned char>(rest.front());
+      document.Fail(place, std::string("found the byte 0x") + kDigits[byte >> 4U] + kDigits[byte & 0xFU] +
+                               ", which is no UTF-8, expected UTF-8 text");
+    }
+    ++place.column;
+    if (rest.front() == '\n') place = {place.line + 1, 1};
+    rest.remove_prefix(size);
+  }
+}
+
 bool FailsAnAssertion(std::string_view text) {
   try {
     static_cast<void>(toml::parse(text));
@@ -180,11 +226,14 @@ const char* NameOfTomlKind(TTomlValue::EKind kind) {
 
 TTomlDocument ParseTomlDocument(std::string file, std::string text) {
   TTomlDocument document = {std::move(file), std::move(text), {}};
+  RefuseOtherThanUtf8(document);
   RefuseManyDots(document);
   try {
     ConvertTable(toml::parse(std::string_view(document.text)), document.root);
   } catch (const toml::parse_error& error) {
-    document.Fail(PlaceOf(error.source()), MessageOf(error));
+    const TTomlPlace place = PlaceOf(error.source());
+    const std::string open = MessageOfOpenString(error, LineOf(document.text, place.line));
+    document.Fail(place, open.empty() ? MessageOf(error) : open);
   } catch (const TFailedAssertion&) {
     document.Fail(PlaceOfFailedAssertion(document.text), "found what is not TOML, expected a key or a value");
   }

@@ -50,7 +50,8 @@ void TTomlTable::AllowOnly(std::initializer_list<std::string_view> names) const 
     if (std::find(names.begin(), names.end(), member.name) != names.end()) continue;
     const std::string_view nearest = NearestName(member.name, {names.begin(), names.size()});
     std::string message = "found the unknown key " + Quoted(member.name);
-    message += nearest.empty() ? ", expected one of " + Listed(names) : "; did you mean " + Quoted(nearest) + "?";
+    message += ", expected one of " + Listed(names);
+    if (!nearest.empty()) message += "; did you mean " + Quoted(nearest) + "?";
     Fail(member.place, message);
   }
 }

@@ -3,19 +3,19 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <functional>
-#include <iostream>
 #include <memory>
 #include <optional>
 
 #include "host/output/capturefiles.h"
-#include "host/output/outputfile.h"
 #include "host/output/progress.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
-#include "host/serviceprocessor/recording.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
 #include "host/velhost/collectionrun.h"
+#include "host/velhost/fileclash.h"
+#include "host/velhost/messages.h"
+#include "host/velhost/outputtarget.h"
+#include "host/velhost/runrecording.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
@@ -28,23 +28,37 @@ namespace {
 
 EOutputForm ChooseForm(const TCollectOptions& options) {
   if (const auto form = FormByName(options.format)) return *form;
-  const bool shown = options.output.empty() && IsTerminal(STDOUT_FILENO);
+  const bool shown = IsStandardOutput(options.output) && IsTerminal(STDOUT_FILENO);
   return shown ? EOutputForm::kTable : EOutputForm::kJson;
 }
 
 void WarnOfClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes) {
   const auto behind = ClassesBehindCapture(classes);
   if (behind.empty()) return;
-  std::string text = "velhost: warning: the collector ends a request at " +
-                     std::string(CollectorProfile::kCaptureClass) + "; not collected in a single request:";
+  std::string text = "warning: the collector ends a request at " + std::string(CollectorProfile::kCaptureClass) +
+                     "; not collected in a single request:";
   for (const std::string& name : behind) text += " " + name;
-  std::cerr << text << "\n";
+  Say(text);
 }
 
 void SetDeadline(TStopSignal& stop, const TCollectOptions& options) {
   if (!options.timeoutSeconds) return;
   const auto limit = std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(*options.timeoutSeconds * 1000)));
   stop.SetDeadline(TStopSignal::TClock::now() + limit);
+}
+
+// Says why the status is not that of a complete collection: whoever wrote the instances to a file does
+// not see it there.
+void SayWhyPartial(const TCollectionSummary& summary) {
+  std::size_t untouched = 0;
+  for (const TRequestFailure& failure : summary.failures) {
+    if (failure.collected) Say(failure.className + ": " + failure.message);
+    if (!failure.collected) ++untouched;
+  }
+  std::string text = "partial: " + summary.partialReason;
+  if (untouched > 0)
+    text += "; " + std::to_string(untouched) + (untouched == 1 ? " class" : " classes") + " not collected";
+  Say(text);
 }
 
 // Installs what stands behind the contract's static operations, for as long as it lives.
@@ -62,63 +76,22 @@ class TInstalledServices {
   TInstalledServices& operator=(const TInstalledServices&) = delete;
 };
 
-// Standard output, or a file that appears at the end, whole.
-class TTarget {
+// The progress line, from the exchanges of a run and its requests.
+class TShownProgress : public IRequestObserver {
  public:
-  explicit TTarget(const std::string& path) {
-    if (path.empty()) {
-      standard_ = std::make_unique<TDescriptorSink>(STDOUT_FILENO, "standard output");
-    } else {
-      file_ = std::make_unique<TOutputFile>(path);
-    }
+  explicit TShownProgress(TSupervisedServiceProcessor& serviceProcessor)
+      : line_(TProgressTarget::StandardError([] { return TerminalWidth(STDERR_FILENO); })),
+        hook_([this] { line_.Clear(); }) {
+    serviceProcessor.AddObserver(line_);
   }
-  ITextSink& Sink() { return file_ ? static_cast<ITextSink&>(*file_) : *standard_; }
-  void Finish() {
-    if (file_) {
-      file_->Commit();
-    } else {
-      standard_->Flush();
-    }
-  }
-
- private:
-  std::unique_ptr<TDescriptorSink> standard_;
-  std::unique_ptr<TOutputFile> file_;
-};
-
-// What --record asks for; nothing without it.
-class TRecording {
- public:
-  TRecording(const std::string& path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment)
-      : plain_(environment) {
-    if (path.empty()) return;
-    file_.emplace(path);
-    recorder_.emplace(*file_, TRecordingHeader{environment.MachineType(), TSystemEnvironment().LocalTime().ToIso8601(),
-                                               ProcessUtcOffsetMinutes(), Discover(serviceProcessor)});
-    recorded_.emplace(environment, *recorder_);
-  }
-  IExchangeObserver* Observer() { return recorder_ ? &*recorder_ : nullptr; }
-  IHostEnvironment& Environment() { return recorded_ ? static_cast<IHostEnvironment&>(*recorded_) : plain_; }
-  void Finish() const {
-    if (recorder_ && recorder_->Failure()) throw THostError(*recorder_->Failure());
-  }
-
- private:
-  IHostEnvironment& plain_;
-  std::optional<TRecordingFile> file_;
-  std::optional<TRecorder> recorder_;
-  std::optional<TRecordingEnvironment> recorded_;
-};
-
-class TProgress : public IRequestObserver {
- public:
-  explicit TProgress(TProgressLine& line) : line_(line) {}
+  TProgressLine& Line() { return line_; }
   void OnRequest(std::size_t index, std::size_t count, const std::string& name) override {
     line_.BeginClass(index + 1, count, name);
   }
 
  private:
-  TProgressLine& line_;
+  TProgressLine line_;
+  TMessageHook hook_;
 };
 
 bool WantsProgressLine(const TCommandLine& commandLine) {
@@ -145,55 +118,64 @@ class TCollection {
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
     classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType());
-    if (!options_.captureDir.empty()) captures_.emplace(options_.captureDir);
+    for (const std::string& text : UnservedTexts(*namespace_, classes_, environment_->MachineType())) {
+      Say("warning: " + text);
+    }
     if (options_.singleRequest) WarnOfClassesBehindCapture(classes_);
   }
 
   EExitStatus Run() {
-    TTarget target(options_.output);
+    TTrace trace(common_);
+    TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
+    TExchangeLedger ledger;
+    supervised.AddObserver(ledger);
+    TRunRecording recording(options_.record, connection_->ServiceProcessor(), *environment_);
+    if (recording.Observer() != nullptr) supervised.AddObserver(*recording.Observer());
     const EOutputForm form = ChooseForm(options_);
-    const TTableOptions table = {TerminalWidth(STDOUT_FILENO),
-                                 options_.output.empty() && UseColor(common_.color, STDOUT_FILENO)};
-    const auto writer = MakeWriter(form, target.Sink(), table);
-    const TCollectionSummary summary = Collect(*writer, form == EOutputForm::kJsonl);
-    target.Finish();
+    TCollectionSummary summary;
+    {
+      std::optional<TShownProgress> progress;
+      if (showProgress_) progress.emplace(supervised);
+      const TInstalledServices services(supervised, stop_, recording.Environment());
+      TCollectionRun run({environment_->MachineType(), options_.singleRequest, form == EOutputForm::kJsonl}, namespace_,
+                         ledger, stop_);
+      // Before any output is opened: one that is there outlives a plugin that cannot be loaded.
+      run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
+      TOutputTarget target(options_.output);
+      OpenFiles(trace, recording);
+      if (progress) {
+        run.SetRequestObserver(*progress);
+        target.SetProgressLine(&progress->Line());
+      }
+      summary = Collect(run, target, form);
+      target.Finish();
+      if (run.FailureToUnload()) throw THostError(*run.FailureToUnload());
+    }
+    const bool mismatch = !connection_->Mismatch().empty();
+    if (summary.partial && !mismatch) SayWhyPartial(summary);
     // Only now: a trace or recording that failed must not take what was collected with it.
-    finish_();
+    trace.Finish();
+    recording.Finish();
     connection_->CheckAfterwards();
     return summary.partial ? EExitStatus::kPartial : EExitStatus::kComplete;
   }
 
  private:
-  TCollectionSummary Collect(IInstanceWriter& writer, bool writeAtCommit) {
-    const auto trace = std::make_shared<TTrace>(common_);
-    TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
-    TExchangeLedger ledger;
-    supervised.AddObserver(ledger);
-    const auto recording =
-        std::make_shared<TRecording>(options_.record, connection_->ServiceProcessor(), *environment_);
-    if (recording->Observer() != nullptr) supervised.AddObserver(*recording->Observer());
-    std::optional<TProgressLine> line;
-    std::optional<TProgress> progress;
-    if (showProgress_) {
-      line.emplace(TProgressTarget::StandardError([] { return TerminalWidth(STDERR_FILENO); }));
-      supervised.AddObserver(*line);
-      progress.emplace(*line);
-    }
-    const TInstalledServices services(supervised, stop_, recording->Environment());
-    TCollectionRun run({PluginPath(), environment_->MachineType(), options_.singleRequest, writeAtCommit}, namespace_,
-                       writer, ledger, stop_);
-    if (progress) run.SetRequestObserver(*progress);
-    run.SetLossQuery([this] { return connection_->WasLost(); });
-    if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
-    TCollectionSummary summary = run.Run(classes_);
-    finish_ = [trace, recording] {
-      trace->Finish();
-      recording->Finish();
-    };
-    return summary;
+  void OpenFiles(TTrace& trace, TRunRecording& recording) {
+    if (!options_.captureDir.empty()) captures_.emplace(options_.captureDir);
+    trace.OpenFile();
+    recording.OpenFile();
   }
 
-  std::string PluginPath() const { return common_.plugin.empty() ? installation_.Plugin() : common_.plugin; }
+  TCollectionSummary Collect(TCollectionRun& run, TOutputTarget& target, EOutputForm form) {
+    const TTableOptions table = {TerminalWidth(STDOUT_FILENO),
+                                 IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO)};
+    const auto writer = MakeWriter(form, target.Sink(), table);
+    run.SetLossQuery([this] { return connection_->WasLost(); });
+    run.SetMismatchQuery([this] { return connection_->Mismatch(); });
+    if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
+    return run.Run(classes_, *writer);
+  }
 
   const TCollectOptions& options_;
   const TCommonOptions& common_;
@@ -206,12 +188,12 @@ class TCollection {
   std::optional<TSessionEnvironment> environment_;
   std::vector<boost::shared_ptr<TCIMClass>> classes_;
   std::optional<TCaptureFolder> captures_;
-  std::function<void()> finish_;  // reports what went wrong beside the output
 };
 
 }  // namespace
 
 EExitStatus Collect(const TCommandLine& commandLine, const TInstallation& installation) {
+  RefuseClashingFiles(commandLine, installation);
   return TCollection(commandLine, installation).Run();
 }
 

@@ -28,50 +28,55 @@ class TCommitGuard {
 
 }  // namespace
 
-TCollectionRun::TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, IInstanceWriter& writer,
-                               TExchangeLedger& ledger, const TStopSignal& stop)
-    : settings_(std::move(settings)),
-      namespace_(std::move(cimNamespace)),
-      writer_(writer),
-      ledger_(ledger),
-      stop_(stop) {}
+TCollectionRun::TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, TExchangeLedger& ledger,
+                               const TStopSignal& stop)
+    : settings_(std::move(settings)), namespace_(std::move(cimNamespace)), ledger_(ledger), stop_(stop) {}
 
-TCollectionSummary TCollectionRun::Run(const TClasses& classes) {
+void TCollectionRun::Load(const std::string& pluginPath) {
+  plugin_ = loader_.Load(pluginPath);
+  if (plugin_->Query() != nullptr) return;
+  throw THostError(EExitStatus::kNoInput, "plugin " + plugin_->Path() + " answers no requests for instances");
+}
+
+TCollectionSummary TCollectionRun::Run(const TClasses& classes, IInstanceWriter& writer) {
   const auto start = std::chrono::steady_clock::now();
+  writer_ = &writer;
   const TCommitGuard guard(*namespace_, [this](const boost::shared_ptr<const TInstance>& i) { OnCommit(i); });
-  std::vector<TClasses> requests;
-  if (settings_.singleRequest) {
-    requests.push_back(classes);
-  } else {
-    for (const auto& cimClass : classes) requests.push_back({cimClass});
-  }
-  {
-    TDynamicLibraryLoader libraries;
-    TPluginLoader loader(libraries);
-    const auto plugin = loader.Load(settings_.pluginPath);
-    IPluginBasicQueryCallbacks* const query = plugin->Query();
-    if (query == nullptr) {
-      throw THostError(EExitStatus::kNoInput, "plugin " + plugin->Path() + " answers no requests for instances");
-    }
-    Begin(plugin->Callbacks());
-    plugin->Callbacks().Init();
-    RunAll(*query, requests);
-    plugin->Callbacks().DeInit();
-  }
+  Begin();
+  plugin_->Init();
+  RunAll(*plugin_->Query(), RequestsFor(classes));
+  Unload();
   Summarise(start);
-  writer_.End(summary_);
+  writer.End(summary_);
   return summary_;
 }
 
-void TCollectionRun::Begin(IPluginCallbacks& plugin) {
-  writer_.Begin({settings_.machineType, plugin.GetName(), plugin.GetVersion(), plugin.GetInterfaceVersion()});
+std::vector<TCollectionRun::TClasses> TCollectionRun::RequestsFor(const TClasses& classes) const {
+  if (settings_.singleRequest) return {classes};
+  std::vector<TClasses> requests;
+  for (const auto& cimClass : classes) requests.push_back({cimClass});
+  return requests;
+}
+
+void TCollectionRun::Begin() {
+  const TPluginIdentity identity = plugin_->Identity();
+  writer_->Begin({settings_.machineType, identity.name, identity.version, identity.interfaceVersion});
+}
+
+void TCollectionRun::Unload() {
+  try {
+    plugin_->DeInit();
+    plugin_->Unload();
+  } catch (const THostError& failure) {
+    failureToUnload_ = failure;
+  }
 }
 
 void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests) {
   for (std::size_t i = 0; i < requests.size(); ++i) {
     const std::string name = NameOf(requests[i]);
     if (stop_.IsStopped()) {
-      summary_.failures.push_back({name, "not collected: " + StopReason()});
+      summary_.failures.push_back({name, "not collected: " + StopReason(), false});
       continue;
     }
     if (observer_ != nullptr) observer_->OnRequest(i, requests.size(), name);
@@ -81,15 +86,18 @@ void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vecto
 
 void TCollectionRun::RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name) {
   ledger_.BeginRequest(name);
-  const std::string failure = RunRequest(plugin, namespace_, request);
+  std::string failure = RunRequest(plugin, namespace_, request);
   WritePending();
+  const std::string mismatch = mismatch_ && !mismatched_ ? mismatch_() : std::string();
+  mismatched_ = mismatched_ || !mismatch.empty();
+  if (failure.empty()) failure = mismatch;
   if (!failure.empty()) summary_.failures.push_back({name, failure});
 }
 
 void TCollectionRun::OnCommit(const boost::shared_ptr<const TInstance>& instance) {
   if (onInstance_) onInstance_(instance);
   if (settings_.writeAtCommit) {
-    writer_.Instance(*instance, ledger_.RequestHadFailures());
+    writer_->Instance(*instance, ledger_.RequestHadFailures());
   } else {
     pending_.push_back(instance);
   }
@@ -98,7 +106,7 @@ void TCollectionRun::OnCommit(const boost::shared_ptr<const TInstance>& instance
 // Only at the end of a request is it known whether one of its exchanges failed.
 void TCollectionRun::WritePending() {
   const bool incomplete = ledger_.RequestHadFailures();
-  for (const auto& instance : pending_) writer_.Instance(*instance, incomplete);
+  for (const auto& instance : pending_) writer_->Instance(*instance, incomplete);
   pending_.clear();
 }
 
@@ -111,6 +119,8 @@ void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
     summary_.partialReason = StopReason();
   } else if (wasLost_ && wasLost_()) {
     summary_.partialReason = "the service processor was lost";
+  } else if (mismatched_) {
+    summary_.partialReason = "the collection is not the recorded one";
   } else if (!summary_.failures.empty()) {
     summary_.partialReason = "a request failed";
   }

@@ -5,11 +5,14 @@
 #include <boost/shared_ptr.hpp>
 #include <chrono>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "host/core/cimnamespace.h"
+#include "host/core/hosterror.h"
 #include "host/output/iinstancewriter.h"
 #include "host/pluginmanager/pluginloader.h"
 #include "host/serviceprocessor/stopsignal.h"
@@ -28,29 +31,37 @@ class IRequestObserver {
 class TCollectionRun {
  public:
   struct TSettings {
-    std::string pluginPath;
     std::string machineType;
     bool singleRequest = false;
     bool writeAtCommit = false;  ///< for a form that writes each instance at once
   };
 
   /// Nothing is owned. The ledger observes the service processor already.
-  TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, IInstanceWriter& writer,
-                 TExchangeLedger& ledger, const TStopSignal& stop);
+  TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, TExchangeLedger& ledger,
+                 const TStopSignal& stop);
   void SetRequestObserver(IRequestObserver& observer) { observer_ = &observer; }
   /// Asked at the end: whether the service processor was lost during the run.
   void SetLossQuery(std::function<bool()> wasLost) { wasLost_ = std::move(wasLost); }
+  /// Asked after each request: what is wrong with the answers themselves, empty while nothing is. The
+  /// first time that it is not, the request has failed.
+  void SetMismatchQuery(std::function<std::string()> mismatch) { mismatch_ = std::move(mismatch); }
   /// Called with each instance at its commit, before it is written.
   void SetInstanceCallback(TNamespace::TCommitCallback callback) { onInstance_ = std::move(callback); }
 
-  /// Runs from loading to unloading and writes the whole document. Throws THostError where the plugin
-  /// cannot be used or the output fails; the plugin is unloaded in every case.
-  TCollectionSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
+  /// Loads the plugin. Throws THostError where it cannot be used.
+  void Load(const std::string& pluginPath);
+  /// Once, after Load: makes the requests, unloads the plugin, and writes the whole document. Throws
+  /// THostError where the output or the plugin fails; the plugin is unloaded in every case.
+  TCollectionSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes, IInstanceWriter& writer);
+  /// Set where the plugin failed when all was collected: the document is whole, but the command is not.
+  const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
 
  private:
   using TClasses = std::vector<boost::shared_ptr<TCIMClass>>;
 
-  void Begin(IPluginCallbacks& plugin);
+  void Begin();
+  void Unload();
+  std::vector<TClasses> RequestsFor(const TClasses& classes) const;
   void RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests);
   void RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name);
   void OnCommit(const boost::shared_ptr<const TInstance>& instance);
@@ -60,14 +71,20 @@ class TCollectionRun {
 
   TSettings settings_;
   boost::shared_ptr<TNamespace> namespace_;
-  IInstanceWriter& writer_;
   TExchangeLedger& ledger_;
   const TStopSignal& stop_;
+  TDynamicLibraryLoader libraries_;
+  TPluginLoader loader_{libraries_};
+  std::unique_ptr<TLoadedPlugin> plugin_;
+  IInstanceWriter* writer_ = nullptr;
   IRequestObserver* observer_ = nullptr;
   TNamespace::TCommitCallback onInstance_;
   std::function<bool()> wasLost_;
+  std::function<std::string()> mismatch_;
+  bool mismatched_ = false;
   std::vector<boost::shared_ptr<const TInstance>> pending_;
   TCollectionSummary summary_;
+  std::optional<THostError> failureToUnload_;
 };
 
 }  // namespace NKROVEL20

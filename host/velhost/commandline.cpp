@@ -2,36 +2,74 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <map>
 #include <memory>
-#include <ostream>
+#include <sstream>
 #include <utility>
 
 #include "host/core/hosterror.h"
-#include "host/core/nearestname.h"
+#include "host/output/tablelayout.h"
+#include "host/velhost/usagecheck.h"
 
 namespace NKROVEL20 {
 
 namespace {
 
-constexpr int kHelpColumn = 28;
-const std::map<std::string, EWhen> kWhen = {
-    {"auto", EWhen::kAuto}, {"always", EWhen::kAlways}, {"never", EWhen::kNever}};
-const std::map<std::string, ELogFormat> kLogFormats = {{"text", ELogFormat::kText}, {"jsonl", ELogFormat::kJsonLines}};
+constexpr std::size_t kHelpColumn = 28;
+constexpr std::size_t kHelpWidth = 80;
 
-// One of a few words; the message lists them.
 template <typename T>
-void AddChoice(CLI::App& app, const std::string& name, T& target, const std::map<std::string, T>& choices,
-               const std::string& words, const std::string& description) {
-  app.add_option_function<std::string>(
-         name,
-         [&target, &choices, name, words](const std::string& word) {
-           const auto found = choices.find(word);
-           if (found == choices.end()) throw CLI::ValidationError(name, "\"" + word + "\" is none of " + words);
-           target = found->second;
-         },
-         description)
-      ->type_name(words);
+using TChoices = std::vector<std::pair<std::string, T>>;
+
+const TChoices<EWhen> kWhen = {{"auto", EWhen::kAuto}, {"always", EWhen::kAlways}, {"never", EWhen::kNever}};
+const TChoices<ELogFormat> kLogFormats = {{"text", ELogFormat::kText}, {"jsonl", ELogFormat::kJsonLines}};
+const TChoices<bool> kFindingForms = {{"text", false}, {"json", true}};
+const TChoices<std::string> kOutputForms = {
+    {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
+const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
+
+[[noreturn]] void ThrowUsage(const std::string& message) { throw THostError(EExitStatus::kUsage, message); }
+
+// One of a few words.
+template <typename T>
+void AddChoice(CLI::App& app, const std::string& name, T& target, const TChoices<T>& choices,
+               const std::string& description) {
+  std::string words;
+  for (const auto& [word, value] : choices) words += (words.empty() ? "" : "|") + word;
+  const auto take = [&target, &choices, name, words](const std::string& given) {
+    std::vector<std::string> candidates;
+    for (const auto& [word, value] : choices) {
+      if (word == given) {
+        target = value;
+        return;
+      }
+      candidates.push_back(word);
+    }
+    ThrowUsage(name + " takes " + words + ", not " + QuotedWord(given) + DidYouMean(given, candidates));
+  };
+  app.add_option_function<std::string>(name, take, description)->type_name(words);
+}
+
+// A number of a range. What is none, or no finite one, is refused.
+template <typename TTarget, typename T>
+void AddNumber(CLI::App& app, const std::string& name, TTarget& target, T least, T most, const std::string& value,
+               const std::string& description) {
+  const auto take = [&target, name, least, most, value](const std::string& given) {
+    T number{};
+    const char* const end = given.data() + given.size();
+    const auto result = std::from_chars(given.data(), end, number);
+    // Written so that what is no number at all is not in the range either.
+    if (result.ec == std::errc() && result.ptr == end && number >= least && number <= most) {
+      target = number;
+      return;
+    }
+    std::ostringstream message;
+    message.precision(12);  // no powers of ten
+    message << name << " takes " << value << " from " << least << " to " << most << ", not " << QuotedWord(given);
+    ThrowUsage(message.str());
+  };
+  app.add_option_function<std::string>(name, take, description)->type_name(value);
 }
 
 void AddCommonOptions(CLI::App& app, TCommonOptions& options) {
@@ -47,62 +85,40 @@ void AddCommonOptions(CLI::App& app, TCommonOptions& options) {
       ->allow_extra_args(false);  // what follows the value is a class or file of its own
   app.add_option("--machine-type", options.machineType, "overrides the machine type")->type_name("NNNN");
   app.add_option("--log", options.log, "also write the collector's trace there")->type_name("FILE");
-  AddChoice(app, "--log-format", options.logFormat, kLogFormats, "text|jsonl", "form of that file");
+  AddChoice(app, "--log-format", options.logFormat, kLogFormats, "form of that file");
   app.add_flag("-v", options.verbosity, "trace on standard error: -v status, -vv debug, -vvv verbose");
-  AddChoice(app, "--color", options.color, kWhen, "auto|always|never", "colour in the table");
+  AddChoice(app, "--color", options.color, kWhen, "colour in the table");
   app.add_option("--password-file", options.passwordFile, "lan: password file; or VELHOST_IPMI_PASSWORD")
       ->type_name("FILE");
-  app.add_option("--cipher-suite", options.cipherSuite, "lan: cipher suite; default 17, then 3")
-      ->type_name("N")
-      ->check(CLI::Range(0, 17).description(""));
-  app.add_option("--privilege", options.privilege, "lan: privilege level; default admin")
-      ->type_name("user|operator|admin")
-      ->check(CLI::IsMember({"user", "operator", "admin"}).description(""));
+  AddNumber(app, "--cipher-suite", options.cipherSuite, 0, 17, "N", "lan: cipher suite; default 17, then 3");
+  AddChoice(app, "--privilege", options.privilege, kPrivileges, "lan: privilege level; default admin");
   app.add_flag("--replay-timing", options.replayTiming, "replay: wait as long as the recording did");
 }
 
 void AddCollect(CLI::App& app, TCollectOptions& options) {
   app.add_option("CLASS", options.classes, "classes to collect; default: all that this machine serves")->type_name("");
-  app.add_option("--format", options.format, "output form; default: table on a terminal, else json")
-      ->type_name("table|json|jsonl|mof|cimxml")
-      ->check(CLI::IsMember({"table", "json", "jsonl", "mof", "cimxml"}).description(""));
+  AddChoice(app, "--format", options.format, kOutputForms, "output form; default: table on a terminal, else json");
   app.add_option("-o,--output", options.output, "write there instead of standard output")->type_name("FILE");
   app.add_option("--record", options.record, "record every exchange with the service processor")->type_name("FILE");
-  app.add_option("--timeout", options.timeoutSeconds, "deadline for the whole collection")
-      ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e9).description(""));
+  AddNumber(app, "--timeout", options.timeoutSeconds, 0.001, 1e9, "SECONDS", "deadline for the whole collection");
   app.add_flag("--single-request", options.singleRequest, "ask for all classes in one request, in this order");
   app.add_option("--capture-dir", options.captureDir, "also write each capture file there")->type_name("DIR");
-  AddChoice(app, "--progress", options.progress, kWhen, "auto|always|never", "progress on standard error");
+  AddChoice(app, "--progress", options.progress, kWhen, "progress on standard error");
   app.footer("Example:\n  velhost collect --sp sim:failing.toml --format json -o errors.json");
 }
 
 void AddCheck(CLI::App& app, TCheckOptions& options) {
   app.add_option("MOF", options.mofs, "MOF files or folders; default: those of --schema")->type_name("");
-  app.add_option_function<std::string>(
-         "--format",
-         [&options](const std::string& word) {
-           if (word != "text" && word != "json") {
-             throw CLI::ValidationError("--format", "\"" + word + "\" is none of text|json");
-           }
-           options.json = word == "json";
-         },
-         "form of the findings; default text")
-      ->type_name("text|json");
+  AddChoice(app, "--format", options.json, kFindingForms, "form of the findings; default text");
   app.footer("Example:\n  velhost check my-schema/ --format json");
 }
 
 void AddSimulate(CLI::App& app, TSimulateArguments& options) {
   app.add_option("FILE", options.file, "the server file")->required()->type_name("");
-  app.add_option("--node", options.node, "which BMC node answers; default 0")
-      ->type_name("N")
-      ->check(CLI::Range(0, 255).description(""));
-  app.add_option("--port", options.port, "UDP port on 127.0.0.1; default 9623")
-      ->type_name("PORT")
-      ->check(CLI::Range(1, 65535).description(""));
-  app.add_option("--serial-port", options.serialPort, "also serve as a virtual machine's BMC on this TCP port")
-      ->type_name("PORT")
-      ->check(CLI::Range(1, 65535).description(""));
+  AddNumber(app, "--node", options.node, 0, 255, "N", "which BMC node answers; default 0");
+  AddNumber(app, "--port", options.port, 1, 65535, "PORT", "UDP port on 127.0.0.1; default 9623");
+  AddNumber(app, "--serial-port", options.serialPort, 1, 65535, "PORT",
+            "also serve as a virtual machine's BMC on this TCP port");
   app.footer("Example:\n  velhost simulate demo.toml --port 9623");
 }
 
@@ -116,12 +132,15 @@ struct TParser {
   CLI::App* AddVerb(EVerb verb, const std::string& name, const std::string& description) {
     CLI::App* const added = app.add_subcommand(name, description);
     added->fallthrough();
+    added->group("Commands");
     verbs[added] = verb;
     return added;
   }
 
   TParser() {
-    app.get_formatter()->column_width(kHelpColumn);
+    const auto formatter = std::dynamic_pointer_cast<CLI::Formatter>(app.get_formatter());
+    formatter->column_width(kHelpColumn);
+    formatter->label("SUBCOMMAND", "COMMAND");
     app.set_version_flag("--version", std::string("velhost ") + VELHOST_VERSION);
     app.require_subcommand(1);
     AddCommonOptions(app, result.common);
@@ -143,80 +162,110 @@ struct TParser {
   }
 };
 
-// Every long and short option name of an app, with its dashes, and whether it takes a value.
-void CollectOptionNames(const CLI::App& app, std::map<std::string, bool>& names) {
+// What the options are, for CheckUsage.
+void DescribeOptions(const CLI::App& app, const std::string& verb, TUsage& usage) {
   for (const CLI::Option* option : app.get_options()) {
-    const bool takesValue = option->get_items_expected_max() > 0;
-    for (const std::string& name : option->get_lnames()) names["--" + name] = takesValue;
-    for (const std::string& name : option->get_snames()) names["-" + name] = takesValue;
-  }
-}
-
-std::string Suggestion(const std::string& word, const std::vector<std::string>& candidates) {
-  const std::vector<std::string_view> views(candidates.begin(), candidates.end());
-  const std::string_view nearest = NearestName(word, views);
-  return nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?";
-}
-
-// CLI11 says that an argument was not expected; people also want to know what was probably meant.
-std::string ExplainUnknown(const TParser& parser, const std::vector<std::string>& arguments) {
-  std::map<std::string, bool> options;
-  std::vector<std::string> verbs;
-  CollectOptionNames(parser.app, options);
-  for (const auto& [app, verb] : parser.verbs) {
-    verbs.push_back(app->get_name());
-    CollectOptionNames(*app, options);
-  }
-  std::vector<std::string> names;
-  for (const auto& [name, takesValue] : options) names.push_back(name);
-  bool haveVerb = false;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string& argument = arguments[i];
-    if (argument.rfind("--", 0) == 0 && argument.size() > 2) {
-      const std::string name = argument.substr(0, argument.find('='));
-      const auto found = options.find(name);
-      if (found == options.end()) return "unknown option " + name + Suggestion(name, names);
-      if (found->second && name == argument) ++i;
-    } else if (argument == "-o") {
-      ++i;
-    } else if (argument.rfind('-', 0) != 0 && !std::exchange(haveVerb, true)) {
-      if (std::find(verbs.begin(), verbs.end(), argument) == verbs.end()) {
-        return "unknown command \"" + argument + "\"" + Suggestion(argument, verbs);
-      }
+    const std::vector<std::string>& longNames = option->get_lnames();
+    if (longNames.empty() && option->get_snames().empty()) continue;  // what stands without a name
+    TOptionUse use;
+    use.name = longNames.empty() ? "-" + option->get_snames().front() : "--" + longNames.front();
+    if (option->get_items_expected_max() > 0) use.value = option->get_type_name();
+    use.repeatable = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+    const bool isHelp = use.name == "--help";
+    std::vector<std::string> names;
+    for (const std::string& name : longNames) names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+    for (const std::string& name : names) {
+      const auto known = usage.options.emplace(name, use).first;
+      if (!verb.empty() && !isHelp) known->second.verbs.push_back(verb);
     }
   }
+}
+
+TUsage UsageOf(const TParser& parser) {
+  TUsage usage;
+  DescribeOptions(parser.app, "", usage);
+  for (const CLI::App* verb : parser.app.get_subcommands({})) {
+    usage.verbs.push_back(verb->get_name());
+    DescribeOptions(*verb, verb->get_name(), usage);
+  }
+  return usage;
+}
+
+// No line beyond the screen; what a line has too much stands below its description.
+std::string Wrapped(const std::string& help) {
+  std::istringstream lines(help);
+  std::string text;
+  for (std::string line; std::getline(lines, line);) {
+    const bool isOption = line.starts_with("  ");
+    while (line.size() > kHelpWidth) {
+      const std::size_t cut = line.rfind(' ', kHelpWidth);
+      text += line.substr(0, cut) + "\n";
+      line = std::string(isOption ? kHelpColumn : 0, ' ') + line.substr(cut + 1);
+    }
+    text += line + "\n";
+  }
+  return text;
+}
+
+std::string HelpOf(TParser& parser, const std::string& verb) {
+  if (verb.empty()) return Wrapped(parser.app.help());
+  return Wrapped(parser.app.get_subcommand(verb)->help(parser.app.get_name()) +
+                 "\nThe options of \"velhost --help\" stand for every command.\n");
+}
+
+// "velhost help [COMMAND]" is "velhost [COMMAND] --help".
+std::vector<std::string> WithoutHelpWord(const TUsage& usage, std::vector<std::string> arguments) {
+  if (arguments.empty() || VerbOf(usage, arguments) != "help") return arguments;
+  arguments.erase(std::find(arguments.begin(), arguments.end(), "help"));
+  arguments.emplace_back("--help");
+  return arguments;
+}
+
+// The text that is asked for instead of a command; empty where none is.
+std::string AskedText(TParser& parser, const TUsage& usage, const std::vector<std::string>& arguments) {
+  const std::string verb = VerbOf(usage, arguments);
+  const bool known = std::find(usage.verbs.begin(), usage.verbs.end(), verb) != usage.verbs.end();
+  if (HasOption(usage, arguments, {"--help", "-h"}) && (known || verb.empty())) return HelpOf(parser, verb);
+  if (HasOption(usage, arguments, {"--version"})) return std::string("velhost ") + VELHOST_VERSION + "\n";
   return {};
 }
 
-std::string ExplainError(const TParser& parser, const std::vector<std::string>& arguments,
-                         const CLI::ParseError& error) {
-  std::string message = ExplainUnknown(parser, arguments);
-  if (message.empty() && arguments.empty()) message = "no command is given";
-  if (message.empty()) message = error.what();
-  return message + "\nSee \"velhost --help\".";
-}
-
-}  // namespace
-
-std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out) {
-  TParser parser;
+void Parse(TParser& parser, const TUsage& usage, const std::vector<std::string>& arguments) {
+  CheckUsage(usage, arguments);
   // CLI11 takes the arguments last first.
   std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
   try {
     parser.app.parse(std::move(reversed));
-  } catch (const CLI::CallForHelp&) {
-    const auto used = parser.app.get_subcommands();
-    out << (used.empty() ? parser.app.help()
-                         : used.front()->help(parser.app.get_name()) +
-                               "\nThe options of \"velhost --help\" stand for every command.\n");
-    return std::nullopt;
-  } catch (const CLI::CallForVersion& version) {
-    out << version.what() << "\n";
-    return std::nullopt;
+  } catch (const CLI::RequiredError&) {
+    ThrowUsage(VerbOf(usage, arguments) + " needs FILE");
+  } catch (const CLI::ExtrasError&) {
+    const std::string extra = parser.app.remaining(true).front();
+    ThrowUsage(QuotedWord(extra) + " is more than " + VerbOf(usage, arguments) + " takes");
   } catch (const CLI::ParseError& error) {
-    throw THostError(EExitStatus::kUsage, ExplainError(parser, arguments, error));
+    ThrowUsage(SafeText(error.what()));
   }
   parser.result.verb = parser.verbs.at(parser.app.get_subcommands().front());
+}
+
+std::string WhereToLook(const TUsage& usage, const std::string& verb) {
+  const bool known = std::find(usage.verbs.begin(), usage.verbs.end(), verb) != usage.verbs.end();
+  return "\nSee \"velhost " + (known ? verb + " " : std::string()) + "--help\".";
+}
+
+}  // namespace
+
+std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text) {
+  TParser parser;
+  const TUsage usage = UsageOf(parser);
+  const std::vector<std::string> words = WithoutHelpWord(usage, arguments);
+  text = AskedText(parser, usage, words);
+  if (!text.empty()) return std::nullopt;
+  try {
+    Parse(parser, usage, words);
+  } catch (const THostError& error) {
+    throw THostError(error.Status(), error.what() + WhereToLook(usage, VerbOf(usage, words)));
+  }
   return parser.result;
 }
 

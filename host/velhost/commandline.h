@@ -1,7 +1,6 @@
 // The command line of velhost, as plain data.
 #pragma once
 
-#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,9 +58,9 @@ struct TCommandLine {
   TSimulateArguments simulate;
 };
 
-/// Reads the arguments (without the program's name). Help and version texts go to `out`, and the
+/// Reads the arguments (without the program's name). Help and version texts are set as `text`, and the
 /// result is empty: the command is done. Wrong usage throws THostError (kUsage) whose message names
 /// the argument and, where one is near, what was probably meant.
-std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::ostream& out);
+std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text);
 
 }  // namespace NKROVEL20

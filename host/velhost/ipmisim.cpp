@@ -33,6 +33,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds kEndingTime{2'000};
 constexpr std::size_t kLongestPath = 800;  // of a configuration line's 1024 bytes
 constexpr int kCannotExecute = 127;
+constexpr int kRemovals = 100;
+constexpr useconds_t kRemovalStep = 20'000;
 
 // The BMC at address 0x20: device id, no SDRs, revision, firmware version, capabilities, maker, product.
 constexpr const char* kCommands =
@@ -61,11 +63,18 @@ void WriteFile(const std::string& path, const std::string& content) {
   throw THostError(EExitStatus::kUnavailable, "cannot start " + settings.program + ": " + std::strerror(error));
 }
 
+void ReplaceStandardStreams(int input, int output) {
+  dup2(input, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  dup2(output, STDERR_FILENO);
+}
+
 /// In the child: what follows a fork may only use system calls.
 [[noreturn]] void Become(const char* program, char* const* arguments, const char* log, pid_t parent) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  for (const int ignored : {SIGPIPE, SIGXFSZ}) signal(ignored, SIG_DFL);
   // A group of its own: Ctrl-C is for velhost, which then ends it in order.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -73,11 +82,27 @@ void WriteFile(const std::string& path, const std::string& content) {
   const int input = open("/dev/null", O_RDONLY);
   const int output = open(log, O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (input < 0 || output < 0) _exit(kCannotExecute);
-  dup2(input, STDIN_FILENO);
-  dup2(output, STDOUT_FILENO);
-  dup2(output, STDERR_FILENO);
+  ReplaceStandardStreams(input, output);
   execv(program, arguments);
   _exit(kCannotExecute);
+}
+
+/// In the keeper of a private folder: waits until its parent has closed the other end of the pipe, by
+/// dying too, and removes what is left of the folder.
+[[noreturn]] void KeepFolder(int pipeEnd, const std::string& folder) {
+  setpgid(0, 0);  // what ends the parent's group, such as Ctrl-C, is not for the keeper
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  // Whoever reads the parent's output must see its end.
+  ReplaceStandardStreams(nothing, nothing);
+  std::array<char, 1> byte{};
+  while (read(pipeEnd, byte.data(), byte.size()) < 0 && errno == EINTR) continue;
+  // ipmi_sim dies with the parent, but not at the same moment: it may still be writing.
+  std::error_code error;
+  for (int i = 0; i < kRemovals && fs::exists(folder, error); ++i) {
+    fs::remove_all(folder, error);
+    if (error) usleep(kRemovalStep);
+  }
+  _exit(0);
 }
 
 // Get Channel Authentication Capabilities (network function 6, command 0x38) of channel 14, "this
@@ -114,11 +139,29 @@ TPrivateFolder::TPrivateFolder() {
     throw THostError(EExitStatus::kCannotCreate, "cannot create the folder " + pattern + ": " + std::strerror(errno));
   }
   path_ = pattern;
+  StartKeeper();
 }
 
 TPrivateFolder::~TPrivateFolder() {
   std::error_code ignored;
   fs::remove_all(path_, ignored);
+  if (keeper_ < 0) return;
+  close(descriptor_);
+  waitpid(keeper_, nullptr, 0);
+}
+
+// Without a keeper the folder is removed all the same, unless this process is killed.
+void TPrivateFolder::StartKeeper() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) return;
+  keeper_ = fork();
+  if (keeper_ == 0) {
+    close(ends[1]);
+    KeepFolder(ends[0], path_);
+  }
+  close(ends[0]);
+  descriptor_ = ends[1];
+  if (keeper_ < 0) close(descriptor_);
 }
 
 TIpmiSim::TIpmiSim(const TIpmiSimSettings& settings) {

@@ -24,7 +24,8 @@ struct TIpmiSimSettings {
 /// configuration has no way to write: one with quotes, backslashes, control characters, or too long.
 std::string IpmiSimConfiguration(const TIpmiSimSettings& settings);
 
-/// Removes itself, and what is in it, at the end of its life.
+/// Removes itself, and what is in it, at the end of its life; when this process is killed too, by a
+/// child that does nothing but wait for that.
 class TPrivateFolder {
  public:
   /// In TMPDIR, else /tmp; for this user only. Throws THostError (kCannotCreate).
@@ -35,7 +36,11 @@ class TPrivateFolder {
   const std::string& Path() const { return path_; }
 
  private:
+  void StartKeeper();
+
   std::string path_;
+  pid_t keeper_ = -1;
+  int descriptor_ = -1;  ///< whose closing the keeper waits for
 };
 
 /// A running ipmi_sim. It is ended with this object, and by the kernel if this process dies.

@@ -1,38 +1,64 @@
 // velhost: loads the collector and runs it against a service processor.
-#include <cstdio>
+#include <unistd.h>
+
 #include <exception>
-#include <iostream>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/core/hosterror.h"
 #include "host/output/outputfile.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
+#include "host/velhost/messages.h"
+#include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
 namespace {
 
 int RunCommand(const std::vector<std::string>& arguments) {
-  const auto commandLine = NKROVEL20::ParseCommandLine(arguments, std::cout);
-  if (!commandLine) return 0;
-  return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
+  std::string text;
+  const auto commandLine = NKROVEL20::ParseCommandLine(arguments, text);
+  if (commandLine) return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
+  NKROVEL20::WriteToStandardOutput(text);
+  return 0;
 }
 
 int Fail(NKROVEL20::EExitStatus status, const std::string& message) {
-  std::cout.flush();
-  std::cerr << "velhost: " << message << "\n";
+  NKROVEL20::Say(message);
   return static_cast<int>(status);
+}
+
+// Without a string of its own, and without a stream: they take memory.
+void WriteBare(std::string_view message) noexcept {
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, message.data(), message.size());
+}
+
+// Where a library promises not to throw and there is no memory left, as the constructor of the
+// generated MOF parser does, no handler below is reached. A status and a message all the same.
+[[noreturn]] void EndWithoutHandler() {
+  WriteBare("velhost: internal error: std::terminate was called; is memory short?\n");
+  _exit(static_cast<int>(NKROVEL20::EExitStatus::kInternal));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::set_terminate(&EndWithoutHandler);
   try {
+    NKROVEL20::PrepareStandardStreams();
     return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const NKROVEL20::TClosedPipe& closed) {
     return static_cast<int>(closed.Status());  // quietly: whoever read the output has seen enough
   } catch (const NKROVEL20::THostError& error) {
     return Fail(error.Status(), error.what());
+  } catch (const std::bad_alloc&) {
+    WriteBare("velhost: internal error: there is not enough memory\n");
+    return static_cast<int>(NKROVEL20::EExitStatus::kInternal);
   } catch (const std::exception& error) {
     return Fail(NKROVEL20::EExitStatus::kInternal, std::string("internal error: ") + error.what());
+  } catch (...) {
+    return Fail(NKROVEL20::EExitStatus::kInternal, "internal error: an exception of unknown type");
   }
 }

@@ -1,5 +1,7 @@
 #include "host/velhost/requests.h"
 
+#include <map>
+
 #include "host/core/assertionfailure.h"
 #include "host/core/failuredetail.h"
 #include "host/core/hosterror.h"
@@ -45,6 +47,26 @@ std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNam
     if (entry.served) classes.push_back(entry.cimClass);
   }
   return classes;
+}
+
+std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
+                                       const std::vector<boost::shared_ptr<TCIMClass>>& classes,
+                                       const std::string& machineType) {
+  const std::string onType = " on machine type " + machineType;
+  const std::string hint = "; \"velhost classes\" shows what it serves";
+  if (classes.empty()) return {"the collector serves no class of the schema" + onType + hint};
+  std::map<std::string, bool> served;  // of the classes that a path exists for
+  for (const auto& entry : CollectorProfile::CollectableClasses(cimNamespace, machineType)) {
+    served[entry.cimClass->Name()] = entry.served;
+  }
+  std::vector<std::string> texts;
+  for (const auto& cimClass : classes) {
+    const auto found = served.find(cimClass->Name());
+    if (found != served.end() && found->second) continue;
+    const std::string where = found == served.end() ? " on any machine type" : onType;
+    texts.push_back("the collector does not serve " + cimClass->Name() + where + hint);
+  }
+  return texts;
 }
 
 std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes) {

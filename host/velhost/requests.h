@@ -21,6 +21,12 @@ std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNam
                                                         const std::vector<std::string>& names,
                                                         const std::string& machineType);
 
+/// What there is to say of classes that a request for collects nothing of: one text for each class
+/// that this machine does not serve, or one where there is nothing to ask for.
+std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
+                                       const std::vector<boost::shared_ptr<TCIMClass>>& classes,
+                                       const std::string& machineType);
+
 /// The names of the classes that stand behind the capture class: a single request never serves them.
 std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
 

@@ -1,23 +1,52 @@
 #include "host/velhost/schemaloading.h"
 
-#include <iostream>
+#include <algorithm>
 
 #include "host/core/hosterror.h"
 #include "host/schema/schemareader.h"
+#include "host/velhost/messages.h"
 
 namespace NKROVEL20 {
+
+namespace {
+
+// Notes the reads that fail: behind an include a failed read is a diagnostic like any other.
+class TNotingReader : public ISourceReader {
+ public:
+  std::string Read(const std::string& path, std::size_t limit) override {
+    try {
+      return files_.Read(path, limit);
+    } catch (const THostError& error) {
+      failures_.push_back(error.Status());
+      throw;
+    }
+  }
+  const std::vector<EExitStatus>& Failures() const { return failures_; }
+
+ private:
+  TFileReader files_;
+  std::vector<EExitStatus> failures_;
+};
+
+// That of the first file that cannot be opened, where nothing else is wrong.
+EExitStatus StatusOf(const TSchemaResult& schema, const TNotingReader& reader) {
+  const auto isError = [](const TTextDiagnostic& found) { return found.severity == EDiagnosticSeverity::kError; };
+  const auto errors = std::count_if(schema.diagnostics.begin(), schema.diagnostics.end(), isError);
+  const bool onlyReads = errors > 0 && static_cast<std::size_t>(errors) == reader.Failures().size();
+  return onlyReads ? reader.Failures().front() : EExitStatus::kBadData;
+}
+
+}  // namespace
 
 std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInstallation& installation) {
   return options.schema.empty() ? std::vector<std::string>{installation.SchemaFolder()} : options.schema;
 }
 
 boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation) {
-  TFileReader reader;
+  TNotingReader reader;
   const TSchemaResult schema = ReadSchema(SchemaPaths(options, installation), reader);
-  std::string text;
-  for (const TTextDiagnostic& diagnostic : schema.diagnostics) text += FormatDiagnostic(diagnostic);
-  if (schema.HasErrors()) throw THostError(EExitStatus::kBadData, text + "the schema cannot be used");
-  std::cerr << text;
+  SayDiagnostics(schema.diagnostics);
+  if (schema.HasErrors()) throw THostError(StatusOf(schema, reader), "the schema cannot be used");
   return schema.cimNamespace;
 }
 

@@ -10,7 +10,8 @@
 namespace NKROVEL20 {
 
 /// Reads the schema of the command line, or the installed one. Its warnings go to standard error.
-/// Errors throw THostError (kBadData) with all diagnostics; a path that cannot be opened kNoInput.
+/// Errors go there too, and throw THostError (kBadData, or kNoInput and kNoPermission where all of
+/// them are includes that cannot be opened); a path that cannot be opened kNoInput.
 boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation);
 
 /// The paths that LoadSchema reads.

@@ -1,7 +1,6 @@
 #include "host/velhost/serverconnection.h"
 
 #include <cstdlib>
-#include <iostream>
 
 #include "host/core/hosterror.h"
 #include "host/serviceprocessor/faultinjector.h"
@@ -12,6 +11,8 @@
 #include "host/serviceprocessor/serverfile.h"
 #include "host/serviceprocessor/simulatedserver.h"
 #include "host/smbios/systemsmbios.h"
+#include "host/velhost/messages.h"
+#include "host/velhost/usagecheck.h"
 
 namespace NKROVEL20 {
 
@@ -71,12 +72,17 @@ class TReplayConnection : public IServerConnection {
   }
   IServiceProcessor& ServiceProcessor() override { return *replay_; }
   IHostEnvironment& Environment() override { return *replay_; }
+  std::string Mismatch() const override {
+    const std::string text = replay_->Mismatch().value_or(std::string());
+    return text.substr(0, text.find('\n'));
+  }
   void CheckAfterwards() override {
-    if (const auto warning = replay_->CutWarning()) std::cerr << *warning;
+    if (const auto warning = replay_->CutWarning()) Say(*warning);
     if (!replay_->Mismatch()) return;
-    throw THostError(EExitStatus::kBadData, *replay_->Mismatch() +
-                                                "the collection is not the recorded one: give it the same schema, "
-                                                "classes and machine type");
+    Say(*replay_->Mismatch());
+    throw THostError(EExitStatus::kBadData,
+                     "the collection is not the recorded one: give it the same schema, "
+                     "classes and machine type");
   }
 
  private:
@@ -96,7 +102,7 @@ class TLanConnection : public IServerConnection {
       : serviceProcessor_(
             OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()}, [this](const std::string& notice) {
               lost_ = true;
-              std::cerr << "velhost: " << notice << "\n";
+              Say(notice);
             })) {}
   IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
   IHostEnvironment& Environment() override { return environment_; }
@@ -121,6 +127,36 @@ class TLanConnection : public IServerConnection {
   TSystemEnvironment environment_;
 };
 
+// The run was stopped before there was a session: nothing answers, and nothing is asked.
+class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
+ public:
+  IServiceProcessor& ServiceProcessor() override { return *this; }
+  IHostEnvironment& Environment() override { return environment_; }
+
+  int BmcNodeCount() override { return 0; }
+  bool IpmiDriverPresent() override { return false; }
+  bool TakesDotCommands() override { return false; }
+  bool CheckCommunication() override { return false; }
+  int DiscoverServiceProcessors() override { return 0; }
+  bool SendIpmi(int, TIPMICommandBuffer&, int&, const TStopSignal&) override { return false; }
+  bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return false; }
+
+ private:
+  TSystemEnvironment environment_;
+};
+
+std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, const std::vector<std::string>& specs,
+                                              const TInstallation& installation, const TStopSignal& stop) {
+  try {
+    return std::make_unique<TLanConnection>(options, specs, installation, stop);
+  } catch (const THostError& error) {
+    const bool mayBeTheStop = error.Status() == EExitStatus::kPartial || error.Status() == EExitStatus::kUnavailable;
+    if (!mayBeTheStop || !stop.IsStopped()) throw;
+    Say(error.what());
+    return std::make_unique<TUnopenedConnection>();
+  }
+}
+
 std::string SchemeOf(const std::string& spec) { return spec.substr(0, spec.find(':')); }
 
 std::string RestOf(const std::string& spec) {
@@ -129,9 +165,9 @@ std::string RestOf(const std::string& spec) {
 }
 
 [[noreturn]] void ThrowUnknown(const std::string& spec) {
-  throw THostError(EExitStatus::kUsage, "unknown service processor \"" + spec +
-                                            "\"; expected sim[:FILE], replay:FILE, inband[:DEVICE] or "
-                                            "lan:[USER@]HOST[:PORT]");
+  throw THostError(EExitStatus::kUsage,
+                   "--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], not " + QuotedWord(spec) +
+                       DidYouMean(SchemeOf(spec), {"sim", "replay", "inband", "lan"}) + "\nSee \"velhost --help\".");
 }
 
 void RequireMachineType(const TCommonOptions& options, const std::string& known, const std::string& why) {
@@ -169,7 +205,7 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
   }
   if (SchemeOf(first) == "lan") {
     RequireMachineType(options, "", "over the network the machine type is not known");
-    return std::make_unique<TLanConnection>(options, specs, installation, stop);
+    return ConnectLan(options, specs, installation, stop);
   }
   if (SchemeOf(first) == "replay" && !RestOf(first).empty()) {
     return std::make_unique<TReplayConnection>(RestOf(first), options.replayTiming);

@@ -20,13 +20,16 @@ class IServerConnection {
   virtual IHostEnvironment& Environment() = 0;
   /// Whether a node was given up during the run: what was collected is then only a part.
   virtual bool WasLost() const { return false; }
+  /// What was asked for that was not recorded, in one line; empty where that never was.
+  virtual std::string Mismatch() const { return {}; }
   /// Called after the collection: reports what is wrong with the connection itself by throwing
   /// THostError, once everything collected has been printed.
   virtual void CheckAfterwards() {}
 };
 
 /// Opens what --sp names, the demo server by default. Throws THostError; sets the process's time
-/// zone for a replay.
+/// zone for a replay. A run that is stopped while a session on the network is being opened gets a
+/// connection that nothing answers on.
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
                                                  const TStopSignal& stop);
 

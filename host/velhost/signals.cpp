@@ -20,6 +20,11 @@ void Handle(int signal, void (*handler)(int), int flags) {
   sigaction(signal, &action, nullptr);
 }
 
+bool IsIgnored(int signal) {
+  struct sigaction action = {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 }  // namespace
 
 TSignalGuard::TSignalGuard(TStopSignal& stop) {
@@ -27,12 +32,14 @@ TSignalGuard::TSignalGuard(TStopSignal& stop) {
   // SA_RESETHAND: the second signal of a kind has its default effect.
   Handle(SIGINT, &RequestStopOnce, static_cast<int>(SA_RESETHAND));
   Handle(SIGTERM, &RequestStopOnce, static_cast<int>(SA_RESETHAND));
-  Handle(SIGPIPE, SIG_IGN, 0);
+  hangUp_ = !IsIgnored(SIGHUP);  // nohup has it ignored
+  if (hangUp_) Handle(SIGHUP, &RequestStopOnce, static_cast<int>(SA_RESETHAND));
 }
 
 TSignalGuard::~TSignalGuard() {
   Handle(SIGINT, SIG_DFL, 0);
   Handle(SIGTERM, SIG_DFL, 0);
+  if (hangUp_) Handle(SIGHUP, SIG_DFL, 0);
   target.store(nullptr);
 }
 

@@ -13,13 +13,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <iostream>
 #include <sstream>
 
 #include "host/core/sourcereader.h"
+#include "host/output/tablelayout.h"
 #include "host/serviceprocessor/servednode.h"
 #include "host/serviceprocessor/serverfile.h"
 #include "host/velhost/ipmisim.h"
+#include "host/velhost/standardstreams.h"
 
 namespace NKROVEL20 {
 
@@ -35,7 +36,7 @@ constexpr milliseconds kStartingTime{10'000};
 constexpr milliseconds kStartingStep{50};
 
 /// The signals that end the command, as something to poll. They are blocked meanwhile, so that none
-/// cuts the clearing up short; also that of a closed pipe behind the printed lines.
+/// cuts the clearing up short; also that of a closed pipe, whose write fails all the same.
 class TEndingSignals {
  public:
   TEndingSignals() {
@@ -88,10 +89,10 @@ std::string FindModule(const TInstallation& installation) {
 std::string CheckServer(const TSimulateArguments& arguments) {
   TFileReader reader;
   const TServerFile server = ReadServerFile(arguments.file, reader);
-  const std::string reason = ReasonNotToServe(server, arguments.node);
+  const TNotServed refusal = ReasonNotToServe(server, arguments.node);
   const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();
-  if (!reason.empty()) {
-    throw THostError(exists ? EExitStatus::kBadData : EExitStatus::kUsage, arguments.file + ": " + reason);
+  if (!refusal.reason.empty()) {
+    throw THostError(exists ? EExitStatus::kBadData : EExitStatus::kUsage, DescribeNotServed(refusal, arguments.file));
   }
   return server.machineType;
 }
@@ -132,7 +133,9 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
 }
 
 [[noreturn]] void ThrowEnded(const TIpmiSim& simulator, const char* when) {
-  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when + ":\n" + simulator.Output());
+  const std::string output = simulator.Output();
+  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when +
+                                                  (output.empty() ? ", and said nothing of why" : ": " + output));
 }
 
 /// Waits for a signal (true), or until the time is over or the simulator has ended (false).
@@ -162,24 +165,23 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
-void PrintLines(const TSimulateArguments& arguments, const std::string& machineType) {
+std::string ConnectingLines(const TSimulateArguments& arguments, const std::string& machineType) {
   const std::string port = std::to_string(arguments.port);
   const std::string user = kSimulatedUser;
   const std::string password = kSimulatedPassword;
-  std::cout << "BMC node " << arguments.node << " of " << arguments.file << " answers on 127.0.0.1:" << port
-            << " (user " << user << ", password " << password << ").\nConnect with one of:\n"
-            << "  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " << port << " -U " << user << " -P " << password
-            << " mc info\n"
-            << "  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" << port << " -u " << user << " -p " << password
-            << " -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
-            << "  VELHOST_IPMI_PASSWORD=" << password << " velhost collect --sp lan:" << user << "@127.0.0.1:" << port
-            << " --machine-type " << Quoted(machineType) << "\n";
+  std::string text = "BMC node " + std::to_string(arguments.node) + " of " + SafeText(arguments.file) +
+                     " answers on 127.0.0.1:" + port + " (user " + user + ", password " + password +
+                     ").\nConnect with one of:\n  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " + port + " -U " + user +
+                     " -P " + password + " mc info\n  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" + port + " -u " + user +
+                     " -p " + password + " -I 3 -l ADMIN -W opensesspriv 0 6 1\n  VELHOST_IPMI_PASSWORD=" + password +
+                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port + " --machine-type " +
+                     Quoted(SafeText(machineType)) + "\n";
   if (arguments.serialPort) {
-    std::cout << "As the BMC of a virtual machine:\n"
-              << "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" << *arguments.serialPort
-              << ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n";
+    text += "As the BMC of a virtual machine:\n  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
+            std::to_string(*arguments.serialPort) +
+            ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n";
   }
-  std::cout << "Ctrl-C ends it." << std::endl;
+  return text + "Ctrl-C ends it.\n";
 }
 
 }  // namespace
@@ -192,7 +194,7 @@ EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstalla
   const TEndingSignals signals;
   const TIpmiSim simulator(settings);
   if (!WaitForAnswer(signals, simulator, arguments.port)) return EExitStatus::kComplete;
-  PrintLines(arguments, machineType);
+  WriteToStandardOutput(ConnectingLines(arguments, machineType));
   while (!WaitForSignal(signals, simulator, -1)) {
     if (simulator.HasEnded()) ThrowEnded(simulator, "by itself");
   }

@@ -15,7 +15,8 @@ inline constexpr const char* kSimulatedPassword = "test";
 /// file behind. Prints the lines to connect with on standard output once it answers. Listens on
 /// 127.0.0.1 only. Throws THostError: kBadData for a server file that is wrong or that ipmi_sim
 /// cannot serve, kUsage for a node that is not in it, kUnavailable where ipmi_sim or the module is
-/// missing, a port is taken, or ipmi_sim ends by itself; kNoPermission for a port that is reserved.
+/// missing, a port is taken, or ipmi_sim ends by itself; kNoPermission for a port that is reserved;
+/// kWriteFailed where nobody can read the lines.
 EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstallation& installation);
 
 }  // namespace NKROVEL20

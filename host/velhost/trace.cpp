@@ -7,9 +7,11 @@
 #include <cerrno>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "host/core/hosterror.h"
 #include "host/core/hostservices.h"
+#include "host/velhost/messages.h"
 
 namespace NKROVEL20 {
 
@@ -44,23 +46,23 @@ ILogger::EVELLogSeverity ShownSeverity(int verbosity) {
 // kept and reported at the end.
 class TTrace::TFile {
  public:
-  explicit TFile(const std::string& path)
-      : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
-    if (descriptor_ < 0) {
-      throw THostError(EExitStatus::kCannotCreate, "cannot create trace file " + path + ": " + std::strerror(errno));
-    }
-    buffer_.reserve(kBufferSize * 2);
-  }
+  explicit TFile(std::string path) : path_(std::move(path)) { buffer_.reserve(kBufferSize * 2); }
   ~TFile() {
+    if (descriptor_ < 0) return;
     Flush();
     close(descriptor_);
   }
   TFile(const TFile&) = delete;
   TFile& operator=(const TFile&) = delete;
 
+  void Open() {
+    descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (descriptor_ >= 0) return;
+    throw THostError(EExitStatus::kCannotCreate, "cannot create trace file " + path_ + ": " + std::strerror(errno));
+  }
   void Write(const std::string& text) {
     buffer_ += text;
-    if (buffer_.size() >= kBufferSize) Flush();
+    if (descriptor_ >= 0 && buffer_.size() >= kBufferSize) Flush();
   }
   void Finish() {
     Flush();
@@ -75,7 +77,7 @@ class TTrace::TFile {
   }
 
   std::string path_;
-  int descriptor_;
+  int descriptor_ = -1;
   std::string buffer_;
   int error_ = 0;
 };
@@ -89,12 +91,16 @@ TTrace::TTrace(const TCommonOptions& options) {
     });
   }
   logger_.AddSink(ShownSeverity(options.verbosity), [](ILogger::EVELLogSeverity severity, const std::string& message) {
-    WriteAll(STDERR_FILENO, TTraceLogger::FormatText(severity, message));
+    WriteToStandardError(TTraceLogger::FormatText(severity, message));
   });
   THostServices::SetCoreLogger(&logger_);
 }
 
 TTrace::~TTrace() { THostServices::SetCoreLogger(nullptr); }
+
+void TTrace::OpenFile() {
+  if (file_) file_->Open();
+}
 
 void TTrace::Finish() {
   if (file_) file_->Finish();

@@ -20,12 +20,14 @@ ILogger::EVELLogSeverity ShownSeverity(int verbosity);
 /// there, from its loading to its unloading.
 class TTrace {
  public:
-  /// Throws THostError (kCannotCreate) when the file cannot be created.
+  /// The file is not there before OpenFile; lines wait for it.
   explicit TTrace(const TCommonOptions& options);
   ~TTrace();
   TTrace(const TTrace&) = delete;
   TTrace& operator=(const TTrace&) = delete;
 
+  /// Creates the file, or empties it. Throws THostError (kCannotCreate).
+  void OpenFile();
   /// Writes what is still buffered. Throws THostError (kWriteFailed).
   void Finish();
 

@@ -1,10 +1,6 @@
 #include "host/velhost/verbs.h"
 
-#include <unistd.h>
-
-#include <iostream>
-
-#include "host/output/outputfile.h"
+#include "host/output/tablelayout.h"
 #include "host/pluginmanager/pluginloader.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
@@ -12,11 +8,21 @@
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/simulate.h"
+#include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 
 namespace NKROVEL20 {
 
 namespace {
+
+class TTextSink : public ITextSink {
+ public:
+  void Write(std::string_view text) override { text_ += text; }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
 
 EExitStatus ListClasses(const TCommonOptions& options, const TInstallation& installation) {
   const auto cimNamespace = LoadSchema(options, installation);
@@ -27,23 +33,27 @@ EExitStatus ListClasses(const TCommonOptions& options, const TInstallation& inst
     const TStopSignal stop;
     machineType = ConnectServer(options, installation, stop)->Environment().MachineType();
   }
-  std::cout << FormatClasses(*cimNamespace, machineType);
+  WriteToStandardOutput(SafeLines(FormatClasses(*cimNamespace, machineType)));
   return EExitStatus::kComplete;
 }
 
 EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& installation) {
   TTrace trace(options);
+  std::string text;
   {
     TDynamicLibraryLoader libraries;
     TPluginLoader loader(libraries);
     const auto plugin = loader.Load(options.plugin.empty() ? installation.Plugin() : options.plugin);
-    IPluginCallbacks& callbacks = plugin->Callbacks();
-    std::cout << "Name:              " << callbacks.GetName() << "\nVersion:           " << callbacks.GetVersion()
-              << "\nInterface version: " << callbacks.GetInterfaceVersion()
-              << "\nType:              " << callbacks.GetType()
-              << "\nAnswers requests:  " << (plugin->Query() != nullptr ? "yes" : "no")
-              << "\nLibrary:           " << plugin->Path() << "\n";
+    trace.OpenFile();
+    const TPluginIdentity identity = plugin->Identity();
+    text = "Name:              " + SafeText(identity.name) + "\nVersion:           " + SafeText(identity.version) +
+           "\nInterface version: " + SafeText(identity.interfaceVersion) +
+           "\nType:              " + std::to_string(identity.type) +
+           "\nAnswers requests:  " + (plugin->Query() != nullptr ? "yes" : "no") +
+           "\nLibrary:           " + SafeText(plugin->Path()) + "\n";
+    plugin->Unload();
   }
+  WriteToStandardOutput(text);
   trace.Finish();
   return EExitStatus::kComplete;
 }
@@ -53,13 +63,13 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
   TFileReader reader;
   const TSchemaFindings findings =
       CheckSchema(mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs, reader);
-  TDescriptorSink sink(STDOUT_FILENO, "standard output");
+  TTextSink text;
   if (commandLine.check.json) {
-    WriteFindingsAsJson(findings, sink);
+    WriteFindingsAsJson(findings, text);
   } else {
-    WriteFindingsAsText(findings, sink);
+    WriteFindingsAsText(findings, text);
   }
-  sink.Flush();
+  WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
   return StatusOf(findings);
 }
 

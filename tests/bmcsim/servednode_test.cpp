@@ -93,7 +93,7 @@ TEST(ServedNode, FaultsOfOtherNodesDoNot) {
 }
 
 std::string ReasonWith(const std::string& addition, int node = 0) {
-  return ReasonNotToServe(ServerFrom(kServer + addition), node);
+  return ReasonNotToServe(ServerFrom(kServer + addition), node).reason;
 }
 
 TEST(ReasonNotToServe, NoneForAnOrdinaryServer) {
@@ -105,26 +105,28 @@ TEST(ReasonNotToServe, NoneForAnOrdinaryServer) {
 }
 
 TEST(ReasonNotToServe, NodeThatIsNotThere) {
-  EXPECT_EQ(ReasonWith("", 2), "there is no BMC node 2; it has 2");
-  EXPECT_EQ(ReasonWith("", -1), "there is no BMC node -1; it has 2");
+  EXPECT_EQ(ReasonWith("", 2), "there is no BMC node 2; the server has nodes 0 and 1");
+  EXPECT_EQ(ReasonWith("", -1), "there is no BMC node -1; the server has nodes 0 and 1");
 }
 
 TEST(ReasonNotToServe, LostAnswers) {
   EXPECT_EQ(ReasonWith("[[fault]]\non = \"register\"\nlost = true\n"),
-            "a fault has lost = true, and ipmi_sim answers every request");
+            "found lost = true, but ipmi_sim answers every request; expected another fault, such as completion_code = "
+            "0xC3 (timeout)");
 }
 
 TEST(ReasonNotToServe, StorageAreaAnswersWithoutTheWholeManufacturerId) {
   for (const std::string on : {"read", "ipmi"}) {
     EXPECT_EQ(ReasonWith("[[fault]]\non = \"" + on + "\"\ntruncate = 11\n"),
-              "a fault has truncate = 11, and ipmi_sim puts the manufacturer id in every answer to a storage-area "
+              "found truncate = 11, but ipmi_sim puts the manufacturer id in every answer to a storage-area "
               "request; expected 12 or more, or on = \"register\" or \"timestamp\"");
   }
 }
 
 TEST(ReasonNotToServe, NoDriver) {
-  EXPECT_EQ(ReasonNotToServe(ServerFrom("machine_type = \"1\"\n[ipmi]\ndriver_present = false\n[[bmc_node]]\n"), 0),
-            "with driver_present = false no IPMI exchange takes place");
+  EXPECT_EQ(
+      ReasonNotToServe(ServerFrom("machine_type = \"1\"\n[ipmi]\ndriver_present = false\n[[bmc_node]]\n"), 0).reason,
+      "with driver_present = false no IPMI exchange takes place");
 }
 
 }  // namespace

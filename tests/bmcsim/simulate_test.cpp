@@ -164,13 +164,17 @@ TEST_F(Simulate, MissingModuleIsNamed) {
 
 TEST_F(Simulate, RefusesWhatIpmiSimCannotDo) {
   arguments_.file = folder_.Write("lost.toml", std::string(kServer) + "[[fault]]\non = \"open\"\nlost = true\n");
-  ExpectError(arguments_, EExitStatus::kBadData,
-              arguments_.file + ": a fault has lost = true, and ipmi_sim answers every request");
+  ExpectError(
+      arguments_, EExitStatus::kBadData,
+      arguments_.file +
+          ":10:1: error: found lost = true, but ipmi_sim answers every request; expected another fault, such as "
+          "completion_code = 0xC3 (timeout)");
 }
 
 TEST_F(Simulate, NodeThatIsNotInTheFileIsAUsageError) {
   arguments_.node = 1;
-  ExpectError(arguments_, EExitStatus::kUsage, arguments_.file + ": there is no BMC node 1; it has 1");
+  ExpectError(arguments_, EExitStatus::kUsage,
+              arguments_.file + ": there is no BMC node 1; the server has node 0 alone");
 }
 
 TEST_F(Simulate, BadServerFileIsReportedWithItsPlace) {

@@ -149,6 +149,15 @@ TEST(TCIMValue, CopiesAreIndependent) {
   EXPECT_EQ(copy.ToString(10), "{9, 2, 3}");
 }
 
+TEST(TCIMValue, CopyIsIndependentOfElementsHandedOutBefore) {
+  TCIMValue original = Bytes({1, 2, 3});
+  auto& elements = static_cast<TValues&>(original);
+  const TCIMValue copy(original);
+  elements[0] = TCIMValue(static_cast<unsigned char>(9));
+  EXPECT_EQ(original.ToString(10), "{9, 2, 3}");
+  EXPECT_EQ(copy.ToString(10), "{1, 2, 3}");
+}
+
 TEST(TCIMValue, AssignmentCopiesEverything) {
   const TCIMValue original(TType::kUint16, 8, {TCIMValue(1)});
   TCIMValue copy("text");

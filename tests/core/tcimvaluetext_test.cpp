@@ -80,6 +80,17 @@ TEST(TCIMValueText, ArraysStandInBraces) {
   EXPECT_EQ(TCIMValue(TType::kString, 1, {TCIMValue("a")}).ToString(10), "{a}");
 }
 
+TEST(TCIMValueText, LongArraysAreComplete) {
+  const TCIMValue longest = TCIMValue::FromInteger(TType::kUint64, 0xFFFFFFFFFFFFFFFF);
+  const std::string ones(64, '1');
+  std::string expected = "{" + ones;
+  for (int i = 1; i < 9; ++i) expected += ", " + ones;
+  EXPECT_EQ(TCIMValue(TType::kUint64, 9, std::vector<TCIMValue>(9, longest)).ToString(2), expected + "}");
+  expected = "{7";
+  for (int i = 1; i < 300; ++i) expected += ", 7";
+  EXPECT_EQ(TCIMValue(TType::kUint8, 300, std::vector<TCIMValue>(300, TCIMValue(7))).ToString(10), expected + "}");
+}
+
 TEST(TCIMValueText, ANullIsTheEmptyText) {
   TCIMValue array;
   array.SetNullValue(TType::kUint8, 14);

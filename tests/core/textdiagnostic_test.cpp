@@ -27,8 +27,8 @@ TEST(TextDiagnostic, WithoutALineOnlyTheFileIsNamed) {
 
 TEST(TextDiagnostic, WithoutASourceLineThereIsNoCaret) { EXPECT_EQ(FormatDiagnostic(At(3, 5, "")), kTitle); }
 
-TEST(TextDiagnostic, TabsAreKeptSoThatTheCaretStandsRight) {
-  EXPECT_EQ(FormatDiagnostic(At(3, 5, "\tx\t y")), kTitle + "  \tx\t y\n  \t \t ^\n");
+TEST(TextDiagnostic, ATabShowsAsOneBlank) {
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, "\tx\t y")), kTitle + "   x  y\n      ^\n");
 }
 
 TEST(TextDiagnostic, ColumnsCountBytesWhileTheCaretCountsCharacters) {
@@ -53,35 +53,35 @@ TEST(TextDiagnostic, ControlCharactersShowAsQuestionMarks) {
 }
 
 TEST(TextDiagnostic, ALineOfTheGreatestWidthIsShownWhole) {
-  const std::string line(160, 'x');
-  EXPECT_EQ(FormatDiagnostic(At(3, 160, line)),
-            "a.mof:3:160: error: found \"}\", expected \";\"\n  " + line + "\n  " + std::string(159, ' ') + "^\n");
+  const std::string line(78, 'x');
+  EXPECT_EQ(FormatDiagnostic(At(3, 78, line)),
+            "a.mof:3:78: error: found \"}\", expected \";\"\n  " + line + "\n  " + std::string(77, ' ') + "^\n");
 }
 
 TEST(TextDiagnostic, ALongLineIsCutAroundTheColumn) {
   const std::string line = std::string(1000, 'a') + "}" + std::string(1000, 'b');
   EXPECT_EQ(FormatDiagnostic(At(3, 1001, line)), "a.mof:3:1001: error: found \"}\", expected \";\"\n  " +
-                                                     std::string(79, 'a') + "}" + std::string(80, 'b') + "\n  " +
-                                                     std::string(79, ' ') + "^\n");
+                                                     std::string(38, 'a') + "}" + std::string(39, 'b') + "\n  " +
+                                                     std::string(38, ' ') + "^\n");
 }
 
 TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndWhereTheColumnIsThere) {
   const std::string line = "{" + std::string(300, 'a') + "}";
-  EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(159, 'a') + "\n      ^\n");
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(77, 'a') + "\n      ^\n");
   EXPECT_EQ(FormatDiagnostic(At(3, 302, line)), "a.mof:3:302: error: found \"}\", expected \";\"\n  " +
-                                                    std::string(159, 'a') + "}\n  " + std::string(159, ' ') + "^\n");
+                                                    std::string(77, 'a') + "}\n  " + std::string(77, ' ') + "^\n");
 }
 
-// One byte, then characters of two bytes. The window of 160 bytes around column 100 are the bytes 20
-// to 179, of which the first is the second half of a character and the last the first half of another:
-// bytes 19 to 180 are shown, 81 characters, 40 of them before the caret.
+// One byte, then characters of two bytes. The window of 78 bytes around column 101 are the bytes 62
+// to 139 (from 0), of which the first is the second half of a character and the last the first half of
+// another: bytes 61 to 140 are shown, 40 characters, 20 of them before the caret.
 TEST(TextDiagnostic, ALongLineIsNotCutInsideACharacter) {
   std::string line = "x";
   std::string shown;
   for (int i = 0; i < 200; ++i) line += "\xC3\xA9";
-  for (int i = 0; i < 81; ++i) shown += "\xC3\xA9";
-  EXPECT_EQ(FormatDiagnostic(At(3, 100, line)),
-            "a.mof:3:100: error: found \"}\", expected \";\"\n  " + shown + "\n  " + std::string(40, ' ') + "^\n");
+  for (int i = 0; i < 40; ++i) shown += "\xC3\xA9";
+  EXPECT_EQ(FormatDiagnostic(At(3, 101, line)),
+            "a.mof:3:101: error: found \"}\", expected \";\"\n  " + shown + "\n  " + std::string(20, ' ') + "^\n");
 }
 
 TEST(TextDiagnostic, ALineOfStrayContinuationBytesIsStillCut) {

@@ -1,16 +1,23 @@
 #!/usr/bin/env python3
 """Runs the commands that the documents show.
 
-A fenced sh block behind the comment <!-- test --> is run, all blocks of one document in order and in one scratch folder
-that looks like the top of the tree: it has schema and servers. <!-- run: COMMAND --> is run without being shown. A fenced
-text block behind <!-- output --> must be what the commands before it printed: its lines, in order and complete, but
-for a line "..." that stands for any number of lines, and numbers of elapsed time.
+A fenced sh block behind the comment <!-- test --> is run, all blocks in the order of the documents and in one scratch
+folder that looks like the top of the tree: it has schema, servers and build/dev. <!-- run: COMMAND --> is run without
+being shown. Of a manual page, the lines set apart under EXAMPLES are run. A fenced text block behind <!-- output -->
+must be what the commands before it printed: its lines, in order and complete, but for a line "..." that stands for any
+number of lines, and numbers of elapsed time.
+
+A block whose first line ends in "&" has that command running meanwhile; port 9623 is then a free one. What needs a
+server that is not here is run with the demo server in its place (--sp inband) or left out (--sp lan:).
 """
 
 import argparse
 import os
 import re
+import shlex
 import shutil
+import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -18,18 +25,34 @@ from pathlib import Path
 
 BLOCK = re.compile(r"^<!-- (?:(test|output) -->\n+```(\w+)\n(.*?)^```|run: (.*?) -->)$", re.MULTILINE | re.DOTALL)
 MARKER = re.compile(r"^<!-- (?:test|output|run\b.*) -->$", re.MULTILINE)
+MANUAL_EXAMPLE = re.compile(r"^\.Dl [$#] (.*)$", re.MULTILINE)
 ELAPSED = re.compile(r"\b\d+(?:\.\d+)? m?s\b")
+SIMULATE_PORT = "9623"
+
+
+def line_number(text, place):
+    return text.count("\n", 0, place) + 1
+
+
+def examples_of_manual(text):
+    """(kind, line, text) of each command under EXAMPLES that needs no other server or terminal."""
+    start = text.index("\n.Sh EXAMPLES")
+    return [("test", line_number(text, match.start()), match.group(1).replace("--sp inband", "--sp sim"))
+            for match in MANUAL_EXAMPLE.finditer(text, start, text.index("\n.Sh", start + 1))
+            if "lan:" not in match.group(1) and " simulate " not in match.group(1)]
 
 
 def blocks_of(document):
     """(kind, line, text) of each marked block. A marker without its block is an error."""
     text = document.read_text(encoding="utf-8")
+    if document.suffix != ".md":
+        return examples_of_manual(text)
     found = []
     for match in BLOCK.finditer(text):
         kind, language, body, hidden = match.groups()
         if kind and language != {"test": "sh", "output": "text"}[kind]:
             sys.exit("%s: a %s block in %s" % (document, kind, language))
-        found.append((kind or "test", text.count("\n", 0, match.start()) + 1, body or hidden))
+        found.append((kind or "test", line_number(text, match.start()), body or hidden))
     if len(found) != len(MARKER.findall(text)):
         sys.exit("%s: a marker without a block behind it" % document)
     return found
@@ -45,31 +68,71 @@ def lines_of(text):
     return [ELAPSED.sub("TIME", line.rstrip()) for line in text.strip("\n").split("\n")]
 
 
-def run_document(document, tree, environment):
+class Shell:
+    """Runs blocks in the scratch folder."""
+
+    def __init__(self, scratch, environment):
+        self.scratch, self.environment = scratch, environment
+
+    def run(self, body):
+        """(exit status, what was printed)"""
+        first, _, rest = body.partition("\n")
+        if first.endswith("&"):
+            return self.run_beside(first.rstrip("& "), rest)
+        done = subprocess.run(["bash", "-euo", "pipefail", "-c", body], cwd=self.scratch, env=self.environment,
+                              text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=240, check=False)
+        return done.returncode, done.stdout
+
+    def run_beside(self, simulate, commands):
+        """Runs the commands while "velhost simulate" answers, and ends it as its user would."""
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+            probe.bind(("127.0.0.1", 0))
+            port = str(probe.getsockname()[1])
+        words = shlex.split(simulate.replace(SIMULATE_PORT, port))
+        with subprocess.Popen(words, cwd=self.scratch, env=self.environment, text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT) as simulator:
+            said = ""
+            for line in simulator.stdout:
+                said += line
+                if line.startswith("Ctrl-C"):
+                    break
+            status, printed = self.run(commands.replace(SIMULATE_PORT, port))
+            simulator.send_signal(signal.SIGINT)
+            ended = simulator.wait(60)
+        return status or ended, printed if status == 0 and ended == 0 else said + printed
+
+
+def needs_what_is_missing(body):
+    """Commands of packages that only the tests want."""
+    return any(re.search(r"^%s\b" % name, body, re.MULTILINE) and
+               not (shutil.which(program) and shutil.which("ipmi_sim"))
+               for name, program in (("ipmitool", "ipmitool"), ("velhost simulate", "ipmi_sim")))
+
+
+def run_document(document, shell):
     printed = ""
     failures = 0
-    with tempfile.TemporaryDirectory() as scratch:
-        for folder in ("schema", "servers"):
-            shutil.copytree(tree / folder, Path(scratch) / folder)
-        for kind, line, body in blocks_of(document):
-            if kind == "output":
-                if not matches(lines_of(body), lines_of(printed)):
-                    print("%s:%d: shows\n%s\nbut this was printed:\n%s" % (document, line, body, printed))
-                    failures += 1
-                continue
-            done = subprocess.run(["bash", "-euo", "pipefail", "-c", body], cwd=scratch, env=environment, text=True,
-                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=240, check=False)
-            printed = done.stdout
-            if done.returncode != 0:
-                print("%s:%d: exit status %d\n%s\n%s" % (document, line, done.returncode, body, printed))
+    for kind, line, body in blocks_of(document):
+        if kind == "output":
+            if printed is not None and not matches(lines_of(body), lines_of(printed)):
+                print("%s:%d: shows\n%s\nbut this was printed:\n%s" % (document, line, body, printed))
                 failures += 1
+            continue
+        if needs_what_is_missing(body):
+            print("%s:%d: not run, a program is missing" % (document, line))
+            printed = None
+            continue
+        status, printed = shell.run(body)
+        if status != 0:
+            print("%s:%d: exit status %d\n%s\n%s" % (document, line, status, body, printed))
+            failures += 1
     return failures
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--tree", type=Path, required=True)
-    parser.add_argument("--build", type=Path, required=True, help="has bin/velhost")
+    parser.add_argument("--build", type=lambda path: Path(path).resolve(), required=True, help="has bin/velhost")
     parser.add_argument("documents", nargs="+", type=Path)
     arguments = parser.parse_args()
     environment = {
@@ -79,11 +142,17 @@ def main():
         "LC_ALL": "C.UTF-8",
         "COLUMNS": "100",
     }
-    tests = sum(len([b for b in blocks_of(d) if b[0] == "test"]) for d in arguments.documents)
-    if tests == 0:
-        sys.exit("no block to run")
-    failures = sum(run_document(document, arguments.tree, environment) for document in arguments.documents)
-    print("%d blocks run, %d failures" % (tests, failures))
+    tests = [len([block for block in blocks_of(document) if block[0] == "test"]) for document in arguments.documents]
+    if 0 in tests:
+        sys.exit("%s: no block to run" % arguments.documents[tests.index(0)])
+    with tempfile.TemporaryDirectory() as scratch:
+        for folder in ("schema", "servers"):
+            shutil.copytree(arguments.tree / folder, Path(scratch) / folder)
+        (Path(scratch) / "build").mkdir()
+        (Path(scratch) / "build/dev").symlink_to(arguments.build)
+        shell = Shell(scratch, environment)
+        failures = sum(run_document(document, shell) for document in arguments.documents)
+    print("%d blocks run, %d failures" % (sum(tests), failures))
     return 1 if failures else 0
 
 

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Whether what the documents refer to is there.
 
-Relative links of the Markdown files, with their anchors; the documents and sections that source comments name; and the
-files and folders that documents name in backquotes.
+Relative links of the Markdown files, with their anchors, and in those that get installed only links to each other; the
+documents and sections that source comments name; the files and folders that documents name in backquotes; and every
+package that ./run and ./check install in docs/dependencies.md.
 """
 
 import re
@@ -15,6 +16,9 @@ FENCE = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
 CITATION = re.compile(r'((?:docs|man)/[\w.-]+\.\w+)(, "([^"]+)"(?: and "([^"]+)")?)?')
 NAMED_PATH = re.compile(r"`((?:plugin|ffdc|r8|jfr|host|schema|servers|bmcsim|tests|fuzz|bench|docs|man|completions|"
                         r"packaging|cmake|tools)/[\w./-]*)`")
+INSTALLED = re.compile(r"(README|CONTRIBUTING|docs/[\w-]+|packaging/README)\.md")  # cmake/InstallDocs.cmake
+PACKAGE_LIST = re.compile(r'^packages_\w+="([^"]*)"', re.MULTILINE)
+TABLE_ROW = re.compile(r"^\| ([^|]+?) \|", re.MULTILINE)
 SOURCES = ("*.h", "*.cpp", "*.py", "*.sh", "*.cmake", "CMakeLists.txt")
 
 
@@ -30,6 +34,10 @@ def listed(tree, *patterns):
                   if not re.search(r"^(build|out$|\.)|/\.", file.relative_to(tree).as_posix()))
 
 
+def is_installed(tree, file):
+    return INSTALLED.fullmatch(file.relative_to(tree).as_posix()) is not None
+
+
 def check_links(tree, document, text, problems):
     for target in LINK.findall(FENCE.sub("", text)):
         if "://" in target or target.startswith("mailto:"):
@@ -38,6 +46,8 @@ def check_links(tree, document, text, problems):
         file = (document.parent / path).resolve() if path else document
         if not file.exists():
             problems.append("%s: no file %s" % (document.relative_to(tree), target))
+        elif is_installed(tree, document) and not is_installed(tree, file):
+            problems.append("%s: %s is not installed with it" % (document.relative_to(tree), target))
         elif anchor and anchor not in anchors_of(file.read_text(encoding="utf-8")):
             problems.append("%s: no section %s" % (document.relative_to(tree), target))
     for path in NAMED_PATH.findall(text):
@@ -56,6 +66,17 @@ def check_citations(tree, source, text, problems):
                         for section in sections if section and section not in headings)
 
 
+def check_packages(tree, problems):
+    """Each package that ./run and ./check install is in the first column of a table."""
+    text = (tree / "docs/dependencies.md").read_text(encoding="utf-8")
+    explained = {name for row in TABLE_ROW.findall(text) for name in row.split(", ")}
+    lists = PACKAGE_LIST.findall((tree / "tools/build.sh").read_text(encoding="utf-8"))
+    if not lists:
+        problems.append("tools/build.sh: no list of packages")
+    problems.extend("docs/dependencies.md: no package " + name
+                    for names in lists for name in names.split() if name not in explained)
+
+
 def main():
     tree = Path(sys.argv[1]).resolve()
     problems = []
@@ -65,6 +86,7 @@ def main():
     sources = [s for s in listed(tree, *SOURCES) if tree / "tests/docs" not in s.parents]
     for source in sources:
         check_citations(tree, source, source.read_text(encoding="utf-8"), problems)
+    check_packages(tree, problems)
     print("\n".join(problems))
     print("%d documents and %d sources read, %d problems" % (len(documents), len(sources), len(problems)))
     return 1 if problems or len(documents) < 5 or len(sources) < 50 else 0

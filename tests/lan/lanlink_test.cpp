@@ -136,8 +136,8 @@ TEST_F(LanLink, NobodyThereIsNotAskedAgain) {
 TEST_F(LanLink, RefusedCipherSuitesAreListed) {
   module_.Open(VEL_LAN_CIPHER_SUITE, "a").Open(VEL_LAN_CIPHER_SUITE, "cipher suite id unavailable");
   ExpectRefused(EExitStatus::kUnavailable,
-                "lan:bmc:623: the BMC takes none of the cipher suites 17, 3 (cipher suite id unavailable); "
-                "--cipher-suite names another");
+                "lan:bmc:623: the BMC does not accept cipher suite 17 or 3 (cipher suite id unavailable); "
+                "choose one that it accepts with --cipher-suite N");
 }
 
 TEST_F(LanLink, EachOtherRefusalHasItsMessage) {

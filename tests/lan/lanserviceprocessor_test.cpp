@@ -1,9 +1,12 @@
 #include "host/serviceprocessor/lan/lanserviceprocessor.h"
 
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 
+#include <cerrno>
 #include <future>
 #include <thread>
 
@@ -118,8 +121,33 @@ TEST_F(LanServiceProcessor, BmcThatFallsSilentIsReportedOnce) {
   EXPECT_THAT(notices_, ElementsAre(StartsWith("lan:bmc:623: the BMC stopped answering during the run")));
 }
 
+TEST_F(LanServiceProcessor, StopInterruptsTheWaitForAnAnswer) {
+  const auto processor = Open(1);
+  const auto waitForever = [this] {
+    stop_.RequestStop();
+    EXPECT_EQ(poll(nullptr, 0, -1), -1);
+    EXPECT_EQ(errno, EINTR);
+  };
+  module_.Do(waitForever, VEL_LAN_FAILED);
+  ExpectLost(*processor);
+  ExpectLost(*processor);
+  EXPECT_EQ(module_.sent.size(), 1U);
+  EXPECT_TRUE(notices_.empty());
+}
+
+TEST_F(LanServiceProcessor, AnswerThatComesWhileTheRunIsStoppedIsKept) {
+  const auto processor = Open(1);
+  module_.Do([this] { stop_.RequestStop(); });
+  TIPMICommandBuffer buffer = RegisterRead();
+  int length = 256;
+  EXPECT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
+  EXPECT_EQ(length, 9);
+}
+
 TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
   auto processor = Open(1);
+  module_.Lose().Open().Open();
+  ExpectLost(*processor);
   std::promise<void> release;
   std::promise<void> over;
   module_.Do([this, &release, &over] {
@@ -129,7 +157,7 @@ TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
   });
   ExpectLost(*processor);
   ExpectLost(*processor);
-  EXPECT_EQ(module_.sent.size(), 1U);
+  EXPECT_EQ(module_.sent.size(), 2U);
   processor.reset();
   release.set_value();
   over.get_future().wait();
@@ -167,6 +195,36 @@ TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnavailable) {
     EXPECT_EQ(error.Status(), EExitStatus::kUnavailable);
     EXPECT_STREQ(error.what(), "lan:bmc:623: no session before the deadline");
   }
+}
+
+TEST(LanInterrupter, DeadlineInterruptsACall) {
+  TStopSignal stop;
+  stop.SetDeadline(TStopSignal::TClock::now() + milliseconds(20));
+  TLanInterrupter interrupter(stop);
+  const TLanInterrupter::TScope scope(interrupter);
+  EXPECT_EQ(poll(nullptr, 0, -1), -1);
+  EXPECT_EQ(errno, EINTR);
+}
+
+TEST(LanInterrupter, LeavesAThreadAloneThatMakesNoCall) {
+  TStopSignal stop;
+  stop.RequestStop();
+  TLanInterrupter interrupter(stop);
+  { const TLanInterrupter::TScope scope(interrupter); }
+  sched_yield();  // takes a signal that was sent inside the scope
+  EXPECT_EQ(poll(nullptr, 0, 50), 0);
+}
+
+TEST(LanInterrupter, PutsTheSignalHandlerBack) {
+  struct sigaction before = {};
+  struct sigaction after = {};
+  sigaction(SIGURG, nullptr, &before);
+  {
+    const TStopSignal stop;
+    const TLanInterrupter interrupter(stop);
+  }
+  sigaction(SIGURG, nullptr, &after);
+  EXPECT_EQ(after.sa_handler, before.sa_handler);
 }
 
 TEST(LanWorker, RunsJobsInOrderOnItsOwnThread) {

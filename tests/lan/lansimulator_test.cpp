@@ -110,7 +110,7 @@ TEST_F(LanSimulator, WrongUserIsRefused) {
 TEST_F(LanSimulator, CipherSuiteThatItDoesNotKnowIsRefused) {
   Serve();
   options_.cipherSuites = {17};
-  EXPECT_THAT(Refusal(EExitStatus::kUnavailable), HasSubstr("the BMC takes none of the cipher suites 17 ("));
+  EXPECT_THAT(Refusal(EExitStatus::kUnavailable), HasSubstr("the BMC does not accept cipher suite 17 ("));
 }
 
 TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {

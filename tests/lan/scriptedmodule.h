@@ -57,9 +57,9 @@ class TScriptedModule {
     exchanges_.push_back({status, {}, nullptr});
     return *this;
   }
-  /// Runs `action` on the thread of the exchange, then answers with success and no data.
-  TScriptedModule& Do(std::function<void()> action) {
-    exchanges_.push_back({VEL_LAN_OK, {0x00}, std::move(action)});
+  /// Runs `action` on the thread of the exchange, then ends with the status and no data.
+  TScriptedModule& Do(std::function<void()> action, int status = VEL_LAN_OK) {
+    exchanges_.push_back({status, {0x00}, std::move(action)});
     return *this;
   }
 

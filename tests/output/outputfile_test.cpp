@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <thread>
@@ -59,6 +61,45 @@ TEST_F(TOutputFileTest, LeavesNothingAfterAnException) {
   } catch (const std::runtime_error&) {
     EXPECT_EQ(folder_.Names(), "");
   }
+}
+
+// Of file systems without nameless files there is none at hand: those of the tests stand for them.
+TEST_F(TOutputFileTest, DoesWithoutANamelessFile) {
+  folder_.Write("out", "old");
+  for (const char* const name : {"out", "new"}) {
+    TOutputFile file(Path(name), TOutputFile::EUnfinished::kNamed);
+    file.Write("text");
+    file.Commit();
+    EXPECT_EQ(folder_.Read(name), "text");
+  }
+  { TOutputFile(Path("third"), TOutputFile::EUnfinished::kNamed).Write("half"); }
+  EXPECT_EQ(folder_.Names(), "new out");
+}
+
+TEST_F(TOutputFileTest, LeavesNothingOfAKilledProcess) {
+  const int probe = ::open(folder_.Path().c_str(), O_WRONLY | O_TMPFILE, 0600);
+  if (probe < 0) GTEST_SKIP() << "this file system has no nameless files";
+  ::close(probe);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    TOutputFile file(Path("out"));
+    file.Write("half");
+    file.Flush();
+    ::raise(SIGKILL);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(folder_.Names(), "");
+}
+
+TEST_F(TOutputFileTest, ReplacesAFileThatCameMeanwhile) {
+  TOutputFile file(Path("out"));
+  file.Write("late");
+  folder_.Write("out", "early");
+  file.Commit();
+  EXPECT_EQ(folder_.Names(), "out");
+  EXPECT_EQ(folder_.Read("out"), "late");
 }
 
 TEST_F(TOutputFileTest, KeepsTheOldFileUntilCommit) {
@@ -268,7 +309,7 @@ TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
   } catch (const TClosedPipe&) {
     FAIL();
   } catch (const THostError& error) {
-    EXPECT_STREQ(error.what(), "cannot write standard output: Bad file descriptor");
+    EXPECT_STREQ(error.what(), "standard output is closed");
     EXPECT_EQ(error.Status(), EExitStatus::kWriteFailed);
   }
 }

@@ -106,10 +106,10 @@ TEST_F(TProgressTest, ShowsACaptureFileWithItsSizeAndTheTimeLeft) {
   Written();
   Wait(10000);
   Register();  // 250 bytes in ten seconds: 750 more take thirty
-  EXPECT_EQ(Written(), "\r[1/1] F  node 1 cpu_err 0.2 of 1.0 kB, 0:30 left  27 exchanges, 3/s, 0:10");
+  EXPECT_EQ(Written(), "\r[1/1] F  node 1 cpu_err 250 of 1000 bytes, 0:30 left  27 exchanges, 3/s, 0:10");
   Wait(100);
   Close();
-  EXPECT_EQ(Written(), "\r[1/1] F  28 exchanges, 3/s, 0:10" + std::string(41, ' '));
+  EXPECT_EQ(Written(), "\r[1/1] F  28 exchanges, 3/s, 0:10" + std::string(45, ' '));
 }
 
 TEST_F(TProgressTest, ShowsACaptureFileWithoutAUsableSize) {
@@ -117,7 +117,7 @@ TEST_F(TProgressTest, ShowsACaptureFileWithoutAUsableSize) {
   Written();
   Wait(1000);
   Read(100);
-  EXPECT_EQ(Written(), "\rnode 1 cpu_err 0.1 kB  2 exchanges, 2/s, 0:01");
+  EXPECT_EQ(Written(), "\rnode 1 cpu_err 100 bytes  2 exchanges, 2/s, 0:01");
 }
 
 TEST_F(TProgressTest, IgnoresRefusedSizesAndReads) {
@@ -130,7 +130,7 @@ TEST_F(TProgressTest, IgnoresRefusedSizesAndReads) {
   Read(10, 0xC3);
   Wait(200);
   Register();
-  EXPECT_EQ(Written(), "\rnode 1 cpu_err 0.0 of 1.0 kB  5 exchanges, 0:00");
+  EXPECT_EQ(Written(), "\rnode 1 cpu_err 0 of 1000 bytes  5 exchanges, 0:00");
 }
 
 TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
@@ -152,7 +152,47 @@ TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
 TEST_F(TProgressTest, FitsTheTerminal) {
   width_ = 20;
   line_->BeginClass(1, 2, "KROSG_VO_MEMCTL_StatisticData");
-  EXPECT_EQ(Written(), "\r[1/2] KROSG_VO_MEMC");
+  EXPECT_EQ(Written(), "\r[1/2]  0:00");
+  line_->Clear();
+  Written();
+  width_ = 41;  // the last one stays free
+  Wait(100);
+  Register();
+  EXPECT_EQ(Written(), "\r[1/2] KROSG_VO_MEMCT..  1 exchange, 0:00");
+}
+
+TEST_F(TProgressTest, LeavesOutPartsRatherThanToCutAFigure) {
+  line_->BeginClass(7, 7, "KROSG_DCAPFile");
+  Size({0, 0xFA, 0, 0});  // 64000 bytes
+  for (int i = 0; i < 120; ++i) Read(100);
+  const auto shown = [this](int width) {
+    width_ = width;
+    Wait(10000);
+    line_->Clear();
+    Written();
+    Register();
+    return Written();
+  };
+  EXPECT_EQ(shown(100), "\r[7/7] KROSG_DCAPFile  node 1 cpu_err 12.0 of 64.0 kB, 0:43 left  122 exchanges, 12/s, 0:10");
+  EXPECT_EQ(shown(80), "\r[7/7] KROSG_DCAPFile  node 1 cpu_err 12.0 of 64.0 kB  123 exchanges, 6/s, 0:20");
+  EXPECT_EQ(shown(75), "\r[7/7] KROSG_DCAPFile  node 1 cpu_err 12.0 of 64.0 kB  124 exchanges, 0:30");
+  EXPECT_EQ(shown(70), "\r[7/7]  node 1 cpu_err 12.0 of 64.0 kB  125 exchanges, 0:40");
+  EXPECT_EQ(shown(50), "\r[7/7]  node 1 cpu_err 12.0 of 64.0 kB  0:50");
+  EXPECT_EQ(shown(30), "\r[7/7]  1:00");
+}
+
+TEST_F(TProgressTest, StaysAwayWhileItIsHeld) {
+  line_->BeginClass(1, 1, "A");
+  Written();
+  line_->Hold();
+  EXPECT_EQ(Written(), "\r                          \r");
+  Wait(1000);
+  Register();
+  EXPECT_EQ(Written(), "");
+  line_->Resume();
+  EXPECT_EQ(Written(), "");
+  Register();
+  EXPECT_EQ(Written(), "\r[1/1] A  2 exchanges, 2/s, 0:01");
 }
 
 TEST_F(TProgressTest, LeavesNothingBehind) {

@@ -157,5 +157,12 @@ TEST(TFormNameTest, AreThoseOfTheCommandLine) {
   EXPECT_EQ(FormByName(""), std::nullopt);
 }
 
+TEST(TSafeTextTest, KeepsTheEndsOfLinesAndTabsOfLines) {
+  EXPECT_EQ(SafeLines("a\x1b[2J\n\tb\x7f\xc2\x9b"
+                      "c\r\n"),
+            "a\\x1b[2J\n\tb\\x7f\\x9bc\\r\n");
+  EXPECT_EQ(SafeLines(""), "");
+}
+
 }  // namespace
 }  // namespace NKROVEL20::OutputTest

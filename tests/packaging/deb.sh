@@ -28,9 +28,15 @@ for file in bin/velhost share/man/man1/velhost.1.gz share/man/man5/velhost-recor
   share/man/man5/velhost-server-file.5.gz share/bash-completion/completions/velhost \
   share/velhost/schema/20-chipset.mof share/velhost/servers/demo.toml \
   share/velhost/instance-collection.schema.json share/doc/velhost/copyright \
-  share/doc/velhost/changelog.Debian.gz include/velhost/nkrovel20/api.h lib/pkgconfig/velhost.pc; do
+  share/doc/velhost/changelog.Debian.gz include/velhost/nkrovel20/api.h lib/pkgconfig/velhost.pc \
+  share/velhost/template/CMakeLists.txt share/velhost/template/templateplugin.cpp; do
   [ -s "$scratch/root/usr/$file" ] || fail "the packages have no $file"
 done
+
+# Whoever builds the packages is named in all three places (VELHOST_PACKAGE_CONTACT).
+documents=$scratch/root/usr/share/doc/velhost
+grep -qF "Upstream-Contact: $(field velhost Maintainer)" "$documents/copyright" || fail "another contact in copyright"
+gzip -dc "$documents/changelog.Debian.gz" | grep -qF -- "-- $(field velhost Maintainer)  " || fail "another in changelog"
 
 # The unpacked program, with no library of the build tree in reach, gives what the built one gives.
 velhost=$scratch/root/usr/bin/velhost

@@ -33,6 +33,7 @@ struct TLibrary {
   std::vector<TSent> sent;
   std::function<bool(unsigned char*, int*)> answer;
   int nodes = 2;
+  int serviceProcessors = 1;
   bool dotCommands = true;
   bool noInstance = false;
   bool brokenClock = false;
@@ -76,7 +77,7 @@ bool SPLibrary::IsIPMIDriversPresent() {
   return true;
 }
 bool SPLibrary::checkSPComm() { return true; }
-int SPLibrary::discoverSPs() { return 1; }
+int SPLibrary::discoverSPs() { return library.serviceProcessors; }
 bool SPLibrary::isDotcommand() { return library.dotCommands; }
 
 bool SPLibrary::sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool flag) {
@@ -317,6 +318,17 @@ TEST_F(TLibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
             (std::vector<TLine>{Debug("Class supports 1 instances on this machine"), Debug("fSPInstances = 1."),
                                 Debug("Unable to retrieve engineering information."),
                                 Verbose("Failed to allocate memory to store register data.")}));
+}
+
+TEST_F(TLibraryCalls, WithoutMemoryTheNextServiceProcessorIsStillTried) {
+  library.serviceProcessors = 3;
+  const auto ns = TNamespace::Create();
+  const auto chip = ns->AddClass(TClassBuilder("CHIP").MaxInstances(1));
+  TJFRErrorData collector(chip, chip);
+  library.noMemory = true;
+  EXPECT_TRUE(collector.getData().empty());
+  library.noMemory = false;
+  EXPECT_EQ(logger.Count(Verbose("Failed to allocate memory to store register data.")), 3U);
 }
 
 TEST_F(TLibraryCalls, ATimeThatCannotBeBrokenDownIsReportedTwice) {

@@ -46,7 +46,7 @@ TEST_F(TTransport, ARawReadGivesTheEightValueBytesAndNothingElse) {
   EXPECT_EQ(length, 14);
 }
 
-TEST_F(TTransport, ALabelledReadIsCutOutOneByteEarly) {
+TEST_F(TTransport, ALabelledReadIsCutOutOneByteLate) {
   // Buffer bytes 13-15 are the last two of the header and the first of the value; byte 23 lies
   // behind the 14 data bytes and is zero.
   sp.Expect(Expected().Answers(Distinct(14)));

@@ -2,10 +2,12 @@
 // can be wrong, and checks that the run ends, that its trace is whole, and that every instance which
 // does not depend on the hurt exchange is that of the clean run. Prints counts.
 //
-//   faultsweep [--quick]      quick: a sample of the codes, lengths, bits and pairs
+//   faultsweep [--quick] [MACHINE_TYPE...]      quick: a sample of the codes, lengths, bits and pairs
+//
+// Without a machine type one of each R8 family, 6203 and 4411.
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <iostream>
 
 #include "tests/robustness/sweephost.h"
@@ -15,11 +17,15 @@ namespace {
 using namespace NKROVEL20;
 
 constexpr int kLongest = 300;  // of IPMI response lengths; the buffer has 256 bytes
+constexpr int kLongestDot = 70'000;
+// Where a run's deadline lies, in exchanges: a flipped size may ask for gigabytes, ten bytes at a time.
+constexpr std::size_t kDeadline = 2000;
 
 class TSweep {
  public:
   TSweep(const std::string& machineType, bool quick) : host_(machineType), quick_(quick), clean_(host_.Run()) {
     if (!clean_.traceIsWhole || !clean_.exception.empty()) Fail("the clean run", "is not whole");
+    host_.Tamperer().SetLimit(kDeadline);
     std::printf("%s: %zu exchanges, %zu keys of instances\n", machineType.c_str(), host_.Exchanges().size(),
                 clean_.instances.size());
   }
@@ -33,19 +39,17 @@ class TSweep {
         SweepIpmi(place, note.length);
       }
     }
-    std::printf("  one exchange hurt: %zu runs\n", runs_);
   }
 
   // Lost, a completion code, cut: in every combination over all pairs of IPMI exchanges.
   void Pairs() {
-    const std::size_t before = runs_;
     const std::vector<sweep::TIpmiTamper> ways = {Lost(), Code(0xC3), Cut(12)};
     const std::size_t count = host_.Exchanges().size();
     std::size_t number = 0;
     for (std::size_t a = 0; a < count; ++a) {
       for (std::size_t b = a + 1; b < count; ++b) {
         if (host_.Exchanges()[a].isDot || host_.Exchanges()[b].isDot) continue;
-        if (quick_ && number++ % 7 != 0) continue;
+        if (quick_ && number++ % 97 != 0) continue;
         for (const auto& first : ways) {
           for (const auto& second : ways) {
             host_.Tamperer().HurtIpmi(a, first);
@@ -55,10 +59,26 @@ class TSweep {
         }
       }
     }
-    std::printf("  two exchanges hurt: %zu runs\n", runs_ - before);
   }
 
-  std::size_t Runs() const { return runs_; }
+  // Every length that a dot command may claim, in a request of its own.
+  void DotLengths() {
+    for (int said = 0; said <= kLongestDot; said += Step(997)) {
+      host_.Tamperer().HurtDot(0, SaysDotLength(said));
+      Count("register block's length");
+      const sweep::TOutcome outcome = host_.RunRegisterBlocks();
+      CheckEnd(outcome, "register block's length");
+    }
+  }
+
+  std::size_t Runs() const {
+    std::size_t runs = 0;
+    for (const auto& [how, count] : counts_) runs += count;
+    return runs;
+  }
+  void PrintCounts() const {
+    for (const auto& [how, count] : counts_) std::printf("  %-28s %7zu runs\n", how.c_str(), count);
+  }
   std::size_t Failures() const { return failures_; }
 
  private:
@@ -83,6 +103,12 @@ class TSweep {
   }
   static sweep::TIpmiTamper SaysLength(int said) {
     return [said](TIPMICommandBuffer&, int& length) {
+      length = said;
+      return true;
+    };
+  }
+  static sweep::TDotTamper SaysDotLength(int said) {
+    return [said](std::span<std::uint8_t>, int& length) {
       length = said;
       return true;
     };
@@ -113,33 +139,23 @@ class TSweep {
 
   void SweepIpmi(std::size_t place, int length) {
     HurtIpmi(place, Lost(), "lost");
-    for (int code = 0; code < 256; code += Step(5)) HurtIpmi(place, Code(code), "completion code");
-    for (int total = 0; total <= kLongest; total += Step(3)) HurtIpmi(place, Cut(total), "length");
+    for (int code = 0; code < 256; code += Step(51)) HurtIpmi(place, Code(code), "completion code");
+    for (int total = 0; total <= kLongest; total += Step(29)) HurtIpmi(place, Cut(total), "length");
     for (const int said : {-2147483647 - 1, -1, 0, 4, 8, 13, 255, 256, 257, 65536, 2147483647}) {
       HurtIpmi(place, SaysLength(said), "length that lies");
     }
-    for (int said = 0; said < 256; said += Step(5)) HurtIpmi(place, SaysDataLength(said), "data length that lies");
-    for (int bit = 0; bit < length * 8; bit += Step(3)) {
-      // A flipped size of a storage area may ask for gigabytes, ten bytes at a time: the size tests
-      // of the capture-file path and the deadline tests cover those.
-      if (host_.Exchanges()[place].length == kSizeAnswer && bit >= 13 * 8) continue;
-      HurtIpmi(place, Flip(bit), "flipped bit");
-    }
+    for (int said = 0; said < 256; said += Step(51)) HurtIpmi(place, SaysDataLength(said), "data length that lies");
+    for (int bit = 0; bit < length * 8; bit += Step(23)) HurtIpmi(place, Flip(bit), "flipped bit");
   }
 
   void SweepDot(std::size_t place) {
     HurtDot(
         place, [](std::span<std::uint8_t>, int&) { return false; }, "lost");
-    for (const int total : DotLengths()) {
-      HurtDot(
-          place,
-          [total](std::span<std::uint8_t>, int& length) {
-            length = total;
-            return true;
-          },
-          "length that lies");
+    const std::vector<int> lengths = LyingDotLengths();
+    for (std::size_t i = 0; i < lengths.size(); i += static_cast<std::size_t>(Step(7))) {
+      HurtDot(place, SaysDotLength(lengths[i]), "length that lies");
     }
-    for (int bit = 0; bit < 4096 * 8; bit += Step(61)) {
+    for (int bit = 0; bit < 4096 * 8; bit += Step(997)) {
       HurtDot(
           place,
           [bit](std::span<std::uint8_t> response, int&) {
@@ -150,7 +166,7 @@ class TSweep {
     }
   }
 
-  static std::vector<int> DotLengths() {
+  static std::vector<int> LyingDotLengths() {
     std::vector<int> lengths = {-2147483647 - 1, -65536, -1};
     for (int i = 0; i <= kLongest; ++i) lengths.push_back(i);
     for (int i = 4080; i <= 4110; ++i) lengths.push_back(i);
@@ -159,21 +175,23 @@ class TSweep {
     return lengths;
   }
 
-  // A size answer is 9 + 3 + 4 bytes long, as is the answer to an open, whose handle is therefore not
-  // flipped either: the sweep does not cover wrong handles.
-  static constexpr int kSizeAnswer = 16;
+  void Count(const char* how) { ++counts_[how]; }
 
-  void Check(const char* how) {
-    ++runs_;
-    const sweep::TOutcome outcome = host_.Run();
+  void CheckEnd(const sweep::TOutcome& outcome, const char* how) {
     if (!outcome.exception.empty()) Fail(how, "ended in " + outcome.exception);
     if (!outcome.traceIsWhole) Fail(how, "has a trace that is not whole");
     if (outcome.hurt.empty()) Fail(how, "hurt nothing");
+  }
+
+  void Check(const char* how) {
+    Count(how);
+    const sweep::TOutcome outcome = host_.Run();
+    CheckEnd(outcome, how);
     for (const auto& [key, texts] : clean_.instances) {
-      if (std::find(outcome.hurt.begin(), outcome.hurt.end(), key) != outcome.hurt.end()) continue;
+      if (outcome.hurt.contains(key)) continue;
       const auto found = outcome.instances.find(key);
       if (found == outcome.instances.end() || found->second != texts) {
-        Fail(how, "changed " + key + ", which does not depend on " + outcome.hurt.front());
+        Fail(how, "changed " + key + ", which does not depend on " + *outcome.hurt.begin());
       }
     }
   }
@@ -185,23 +203,30 @@ class TSweep {
   sweep::THost host_;
   bool quick_;
   sweep::TOutcome clean_;
-  std::size_t runs_ = 0;
+  std::map<std::string, std::size_t> counts_;  // of runs, by what was done to them
   std::size_t failures_ = 0;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
+  std::vector<std::string> machineTypes(argv + 1, argv + argc);
+  const bool quick = std::erase(machineTypes, "--quick") > 0;
+  if (machineTypes.empty()) machineTypes = {"6203", "4411"};
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // a long run shows how far it is
+  const auto start = std::chrono::steady_clock::now();
   std::size_t runs = 0;
   std::size_t failures = 0;
-  for (const char* machineType : {"6203", "4411"}) {
+  for (const std::string& machineType : machineTypes) {
     TSweep sweep(machineType, quick);
     sweep.Singles();
     sweep.Pairs();
+    sweep.DotLengths();
+    sweep.PrintCounts();
     runs += sweep.Runs();
     failures += sweep.Failures();
   }
-  std::printf("%zu runs, %zu failures\n", runs, failures);
+  const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start);
+  std::printf("%zu runs, %zu failures, %lld s\n", runs, failures, static_cast<long long>(elapsed.count()));
   return failures == 0 ? 0 : 1;
 }

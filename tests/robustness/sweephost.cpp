@@ -6,21 +6,12 @@
 #include "host/serviceprocessor/serviceprocessorhub.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/logmessage.h"
-#include "tests/support/classbuilder.h"
 
 namespace sweep {
 
 using namespace NKROVEL20;
-using testsupport::TClassBuilder;
-using testsupport::TType;
 
 namespace {
-
-constexpr const char* kJfrClass = "KROSG_X_PCIIOBRIDGE_StatisticData";
-constexpr const char* kBridgeClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";
-constexpr const char* kMemoryClass = "KROSG_T4_MEMCTL_StatisticData";
-constexpr const char* kFileClass = "KROSG_DCAPFile";
-constexpr int kRequests = 4;
 
 class TManager : public TPluginManagerNamespace {
  public:
@@ -31,95 +22,19 @@ class TManager : public TPluginManagerNamespace {
   std::string GetMachineType() const override { return {}; }
 };
 
-boost::shared_ptr<TNamespace> MakeSchema(const std::string& machineType) {
-  const auto schema = TNamespace::Create();
-  schema->SetMachineType(machineType);
-  schema->AddClass(TClassBuilder("KROSG_StatisticBase").Identification());
-  for (const char* name :
-       {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-    schema->AddClass(TClassBuilder(name, "KROSG_StatisticBase"));
-  }
-  schema->AddClass(TClassBuilder(kJfrClass, "KROSG_PCIIOBRIDGE_StatisticData")
-                       .Machines({machineType})
-                       .MaxInstances(2)
-                       .Record("First", 2)
-                       .Record("Second", 250));
-  schema->AddClass(TClassBuilder(kBridgeClass, "KROSG_StatisticBase")
-                       .Machines({machineType})
-                       .MaxInstances(2)
-                       .Register("Wide", 0x1000, 8)
-                       .Register("Narrow", 0x1008, 4));
-  schema->AddClass(TClassBuilder(kMemoryClass, "KROSG_StatisticBase")
-                       .Machines({machineType})
-                       .MaxInstances(1)
-                       .Register("Status", 0x2000, 8)
-                       .Register("Pair", std::vector<std::uint32_t>{0x2008, 0x2010}, 8));
-  schema->AddClass(TClassBuilder(kFileClass).CaptureProperties());
-  return schema;
-}
-
-std::vector<std::uint8_t> MakeBlock(bool firstCopy) {
-  std::vector<std::uint8_t> block(4096);
-  for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 31 + 7);
-  block[2] = firstCopy ? 5 : 0;
-  block[3] = 6;
-  block[2042] = 7;
-  block[2043] = 8;
-  return block;
-}
-
-TServerFile MakeServer(const std::string& machineType) {
-  TServerFile server;
-  server.machineType = machineType;
-  server.patternRegisters = true;
-  server.dot.emplace();
-  server.dot->blocks = {MakeBlock(true), MakeBlock(false)};
-  for (std::size_t node = 0; node < 2; ++node) {
-    TSimulatedNode added;
-    added.timestamp = {0x12, 0x34, 0x56, 0x78};
-    std::size_t size = 9 + 8 * node;
-    for (const char* name : {"cpu_err", "ioh_err", "zyn_err"}) {
-      TStorageArea area;
-      area.name = name;
-      area.data.assign(size, static_cast<std::uint8_t>(0x40 + size));
-      area.size = static_cast<std::int32_t>(size);
-      added.areas.push_back(area);
-      size += 8;
-    }
-    server.nodes.push_back(added);
-  }
-  return server;
-}
-
 bool StartsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
-
-std::string TextOf(const TInstance& instance) {
-  std::string text;
-  for (std::size_t i = 0; i < instance.Class().Properties().size(); ++i) {
-    const std::string& name = instance.Class().Properties()[i]->Definition().name;
-    // A capture file's number depends on how many there were before it.
-    if (instance.IsSet(i) && name != "RecordID") text += name + "=" + instance.Value(i).ToString(10) + "\n";
-  }
-  return text;
-}
-
-std::string PropertyText(const TInstance& instance, const char* name) {
-  const TCIMValue* const value = instance.Find(name);
-  return value ? value->ToString(10) : std::string();
-}
-
-std::string KeyOf(const TInstance& instance) {
-  const std::string& name = instance.Class().Name();
-  if (name == kJfrClass) return name;
-  if (name == kFileClass) return PropertyText(instance, "FileName") + " " + PropertyText(instance, "SourceNode");
-  const std::string id = PropertyText(instance, "InstanceID");
-  return name + " " + id.substr(id.rfind(':') + 1);
-}
 
 }  // namespace
 
+bool TTamperer::IsRefused(std::size_t place, bool isDot) const {
+  if (place < limit_) return false;
+  if (onHurt) onHurt(isDot);
+  return true;
+}
+
 bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
   const std::size_t place = count_++;
+  if (IsRefused(place, false)) return false;
   const TIPMICommandBuffer request = buffer;
   const int requestLength = length;
   bool answered = inner_.SendIpmi(node, buffer, length, stop);
@@ -139,6 +54,7 @@ bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, cons
 bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                         const TStopSignal& stop) {
   const std::size_t place = count_++;
+  if (IsRefused(place, true)) return false;
   const bool answered = inner_.SendDot(serviceProcessor, command, response, length, stop);
   if (onExchange) onExchange(true, {}, length);
   const auto tamper = dot_.find(place);
@@ -179,6 +95,7 @@ void THost::NoteExchanges() {
 
 // The trace tells what is being collected: an exchange belongs to what stands there when it is made.
 void THost::Log(EVELLogSeverity, const std::string& message) {
+  const allocation::TPause pause;
   if (StartsWith(message, "Entering collection for requested class ")) {
     ++begun_;
     class_ = message.substr(message.rfind(' ') + 1);
@@ -195,27 +112,50 @@ void THost::Log(EVELLogSeverity, const std::string& message) {
   }
 }
 
-TOutcome THost::Run() {
+TOutcome THost::Run() { return Collect(AllClasses()); }
+TOutcome THost::RunRegisterBlocks() { return Collect({kJfrClass}); }
+
+std::vector<boost::shared_ptr<const TInstance>> THost::Instances() {
+  std::vector<boost::shared_ptr<const TInstance>> instances;
+  schema_->SetCommitCallback([&](const boost::shared_ptr<const TInstance>& taken) { instances.push_back(taken); });
+  std::vector<boost::shared_ptr<ICIMClass>> classes;
+  for (const std::string& name : AllClasses()) classes.push_back(schema_->FindClass(name));
+  plugin_->GetData(schema_, classes);
+  schema_->SetCommitCallback({});
+  return instances;
+}
+
+void THost::GetData(std::vector<boost::shared_ptr<ICIMClass>>& classes, TOutcome& outcome) {
+  try {
+    allocation::Begin(plan_);
+    plugin_->GetData(schema_, classes);
+    outcome.allocations = allocation::End();
+  } catch (const std::exception& exception) {
+    outcome.allocations = allocation::End();
+    outcome.exception = exception.what();
+  }
+}
+
+TOutcome THost::Collect(const std::vector<std::string>& names) {
   TOutcome outcome;
   files_ = begun_ = ended_ = 0;
   schema_->SetCommitCallback([&outcome](const boost::shared_ptr<const TInstance>& instance) {
+    const allocation::TPause pause;
     outcome.instances[KeyOf(*instance)].push_back(TextOf(*instance));
   });
-  tamperer_.onHurt = [this, &outcome](bool isDot) { outcome.hurt.push_back(isDot ? class_ : part_); };
+  tamperer_.onHurt = [this, &outcome](bool isDot) { outcome.hurt.insert(isDot ? class_ : part_); };
   plugin_->Init();
   std::vector<boost::shared_ptr<ICIMClass>> classes;
-  for (const char* name : {kJfrClass, kBridgeClass, kMemoryClass, kFileClass})
-    classes.push_back(schema_->FindClass(name));
-  try {
-    plugin_->GetData(schema_, classes);
-  } catch (const std::exception& exception) {
-    outcome.exception = exception.what();
-  }
+  for (const std::string& name : names) classes.push_back(schema_->FindClass(name));
+  GetData(classes, outcome);
   plugin_->DeInit();
   schema_->SetCommitCallback({});
-  outcome.traceIsWhole = begun_ == kRequests && ended_ == kRequests;
+  const int requests = static_cast<int>(names.size());
+  outcome.traceIsWhole = begun_ == requests && ended_ == requests;
   tamperer_.Reset();
   tamperer_.onHurt = nullptr;
+  std::string().swap(class_);  // nothing of this run is left, so that memory can be compared
+  std::string().swap(part_);
   return outcome;
 }
 

@@ -5,14 +5,16 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
 #include "host/core/hostservices.h"
 #include "host/serviceprocessor/simulatedserver.h"
 #include "nkrovel20/tpluginmanagernamespace.h"
 #include "plugin/torgaplugin.h"
+#include "tests/robustness/allocation.h"
+#include "tests/robustness/collection.h"
 
 namespace sweep {
 
@@ -24,6 +26,8 @@ using TDotTamper = std::function<bool(std::span<std::uint8_t> response, int& len
 class TTamperer : public NKROVEL20::IServiceProcessor {
  public:
   explicit TTamperer(NKROVEL20::IServiceProcessor& inner) : inner_(inner) {}
+  /// From this many exchanges on every one is refused, as in a run whose deadline has passed.
+  void SetLimit(std::size_t limit) { limit_ = limit; }
   void Reset() {
     count_ = 0;
     ipmi_.clear();
@@ -32,8 +36,8 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
   void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
   std::function<void(bool isDot, const NKROVEL20::TIPMICommandBuffer& response, int length)> onExchange;
-  /// Called when an exchange is hurt. A place is only a number: after a first hurt exchange the later
-  /// ones may be others than in the clean run.
+  /// Called when an exchange is hurt or refused. A place is only a number: after a first hurt exchange
+  /// the later ones may be others than in the clean run.
   std::function<void(bool isDot)> onHurt;
 
   int BmcNodeCount() override { return inner_.BmcNodeCount(); }
@@ -47,8 +51,11 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
                const NKROVEL20::TStopSignal& stop) override;
 
  private:
+  bool IsRefused(std::size_t place, bool isDot) const;
+
   NKROVEL20::IServiceProcessor& inner_;
   std::size_t count_ = 0;
+  std::size_t limit_ = static_cast<std::size_t>(-1);
   std::map<std::size_t, TIpmiTamper> ipmi_;
   std::map<std::size_t, TDotTamper> dot_;
 };
@@ -61,13 +68,13 @@ struct TExchangeNote {
   bool hasData = false;
 };
 
-/// The outcome of a run: instances by key (class and instance of the R8 path, class of the JFR path,
-/// file and node of the FFDC path), as text; and whether the trace is whole.
+/// The outcome of a run: instances by key (KeyOf), as text; and whether the trace is whole.
 struct TOutcome {
   std::map<std::string, std::vector<std::string>> instances;
-  std::vector<std::string> hurt;  ///< keys of the instances that the hurt exchanges may have changed
+  std::set<std::string> hurt;  ///< keys of the instances that hurt and refused exchanges may have changed
   bool traceIsWhole = false;
   std::string exception;
+  long allocations = 0;  ///< that collector and host asked for during GetData
 };
 
 class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
@@ -76,9 +83,16 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
   ~THost() override;
 
   TOutcome Run();
+  /// A request for the class of register blocks alone.
+  TOutcome RunRegisterBlocks();
+  /// Those of one run more, in commit order.
+  std::vector<boost::shared_ptr<const NKROVEL20::TInstance>> Instances();
   /// The clean run's exchanges, in order.
   const std::vector<TExchangeNote>& Exchanges() const { return exchanges_; }
   TTamperer& Tamperer() { return tamperer_; }
+  /// What is refused in runs from now on. The host's own part, which takes instances and lines, has
+  /// what it needs.
+  void RefuseAllocations(allocation::TPlan plan) { plan_ = plan; }
   const boost::shared_ptr<NKROVEL20::TNamespace>& Schema() const { return schema_; }
 
   void Log(EVELLogSeverity severity, const std::string& message) override;
@@ -87,6 +101,8 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
 
  private:
   void NoteExchanges();
+  void GetData(std::vector<boost::shared_ptr<NKROVEL20::ICIMClass>>& classes, TOutcome& outcome);
+  TOutcome Collect(const std::vector<std::string>& classes);
 
   std::string machineType_;
   NKROVEL20::TSimulatedServer server_;
@@ -94,6 +110,7 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
   boost::shared_ptr<NKROVEL20::TNamespace> schema_;
   torgareg::TTORGARegPluginCallbacks* plugin_;
   std::vector<TExchangeNote> exchanges_;
+  allocation::TPlan plan_;
   std::string class_;
   std::string part_;
   int files_ = 0;

@@ -21,12 +21,15 @@ TEST(MofErrors, MessageLineAndCaret) {
 }
 
 TEST(MofErrors, EndOfTheFile) {
-  EXPECT_EQ(Shown(ReadText("class A {\n")),
-            "a.mof:1:10: error: found the end of the file, expected a type, a class name, '[' or '}'\n"
-            "  class A {\n"
-            "           ^\n");
+  EXPECT_EQ(
+      Shown(ReadText("class A {\n")),
+      "a.mof:1:10: error: found the end of the file, expected a type, a class name, '[' or '}'; the '{' in line 1 is "
+      "not closed\n"
+      "  class A {\n"
+      "           ^\n");
   EXPECT_EQ(Messages(ReadText("class A { string a; }")), "1:22 found the end of the file, expected ';'\n");
-  EXPECT_EQ(Messages(ReadText("[Key")), "1:5 found the end of the file, expected ',', ':', '(', ']' or '{'\n");
+  EXPECT_EQ(Messages(ReadText("[Key")),
+            "1:5 found the end of the file, expected ',', ':', '(', ']' or '{'; the '[' in line 1 is not closed\n");
 }
 
 TEST(MofErrors, WhatCouldHaveStoodThere) {
@@ -41,11 +44,15 @@ TEST(MofErrors, WhatCouldHaveStoodThere) {
   EXPECT_EQ(Messages(ReadText("class A { uint8 a[] = {1,}; };")), "1:26 found '}', expected a value\n");
   EXPECT_EQ(Messages(ReadText("class A { uint8 a[] = {1 2}; };")), "1:26 found '2', expected ',' or '}'\n");
   EXPECT_EQ(Messages(ReadText("[Key(] class A {};")), "1:6 found ']', expected a value\n");
-  EXPECT_EQ(Messages(ReadText("[Key : 5] class A {};")), "1:8 found '5', expected a flavor\n");
+  EXPECT_EQ(
+      Messages(ReadText("[Key : 5] class A {};")),
+      "1:8 found '5', expected a flavor (EnableOverride, DisableOverride, ToSubclass, Restricted, Translatable)\n");
   EXPECT_EQ(Messages(ReadText("[] class A {};")), "1:2 found ']', expected a name\n");
   EXPECT_EQ(Messages(ReadText("qualifier Q : string;")), "1:21 found ';', expected ',', '=' or '['\n");
   EXPECT_EQ(Messages(ReadText("qualifier Q : string, ;")), "1:23 found ';', expected 'scope' or 'flavor'\n");
-  EXPECT_EQ(Messages(ReadText("qualifier Q : string, scope();")), "1:29 found ')', expected a schema element\n");
+  EXPECT_EQ(Messages(ReadText("qualifier Q : string, scope();")),
+            "1:29 found ')', expected a kind of element (class, association, indication, qualifier, property, "
+            "reference, method, parameter, schema, any)\n");
   EXPECT_EQ(Messages(ReadText("qualifier Q : strin, scope(any);")), "1:15 found 'strin', expected a type\n");
   EXPECT_EQ(Messages(ReadText("instance A {};")), "1:10 found 'A', expected 'of'\n");
   EXPECT_EQ(Messages(ReadText("class A {}; instance of A as b {};")), "1:30 found 'b', expected an alias\n");
@@ -71,11 +78,11 @@ TEST(MofErrors, StringWithoutEnd) {
             "    ^\n");
   EXPECT_EQ(Messages(ReadText("class A { string a = \"\\")),
             "1:22 the string that starts here has no end on its line, expected '\"'\n"
-            "1:24 found the end of the file, expected ';'\n");
+            "1:24 found the end of the file, expected ';'; the '{' in line 1 is not closed\n");
   EXPECT_EQ(Messages(ReadText("class A { string a = \"x\\\n\"; };")),
             "1:22 the string that starts here has no end on its line, expected '\"'\n"
             "2:1 the string that starts here has no end on its line, expected '\"'\n"
-            "2:6 found the end of the file, expected ';'\n");
+            "2:6 found the end of the file, expected ';'; the '{' in line 1 is not closed\n");
 }
 
 TEST(MofErrors, CharacterWithoutEnd) {
@@ -93,10 +100,13 @@ TEST(MofErrors, CommentWithoutEnd) {
 }
 
 TEST(MofErrors, StrayCharacters) {
-  EXPECT_EQ(Messages(ReadText("class A { string a; % };")), "1:21 found the stray character '%'\n");
-  EXPECT_EQ(Messages(ReadText("class A { string a; \x01 };")), "1:21 found a control character with the code 1\n");
-  EXPECT_EQ(Messages(ReadText("class A { uint8 a = -; };")),
-            "1:21 found the stray character '-'\n1:22 found ';', expected a value or '{'\n");
+  EXPECT_EQ(Messages(ReadText("class A { string a; % };")),
+            "1:21 found the stray character '%', expected a name, a value, a comment or punctuation\n");
+  EXPECT_EQ(Messages(ReadText("class A { string a; \x01 };")),
+            "1:21 found a control character with the code 1, expected a name, a value, a comment or punctuation\n");
+  EXPECT_EQ(
+      Messages(ReadText("class A { uint8 a = -; };")),
+      "1:21 found the stray character '-', expected a digit behind it\n1:22 found ';', expected a value or '{'\n");
   EXPECT_EQ(Messages(ReadText("#pragm include(\"x\")\nclass A {};")),
             "1:1 found '#pragm', expected '#pragma'\n"
             "1:8 found 'include', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file\n");
@@ -157,9 +167,9 @@ TEST(MofRecovery, BrokenClassHeaderTakesItsBodyAlong) {
 }
 
 TEST(MofRecovery, DeclarationThatWasLostIsNotReportedAsMissing) {
-  EXPECT_EQ(Messages(ReadText("class A ? { string a; };\nclass B : A { A REF r; };")),
-            "1:9 found the stray character '?'\n");
-  EXPECT_EQ(Messages(ReadText("class A x { string a; };\nclass B : A { A REF r; };")),
+  EXPECT_EQ(Messages(ReadText("class A ? { string a; };\nclass B : A { uint8 m(A REF r); };")),
+            "1:9 found the stray character '?', expected a name, a value, a comment or punctuation\n");
+  EXPECT_EQ(Messages(ReadText("class A x { string a; };\nclass B : A { uint8 m(A REF r); };")),
             "1:9 found 'x', expected ':' or '{'\n");
   EXPECT_EQ(Messages(ReadText("qualifier Q : nothing, scope(any);\n[Q] class B {};")),
             "1:15 found 'nothing', expected a type\n");

@@ -114,6 +114,13 @@ TEST(BooleanLiteral, InAnyCase) {
   EXPECT_EQ(DefaultOf("boolean", "\"true\""), "found '\"true\"', expected true or false");
 }
 
+TEST(CharacterLiteral, GivenByItsNumber) {
+  EXPECT_EQ(DefaultOf("char16", "65"), "65");
+  EXPECT_EQ(DefaultOf("char16", "0xFFFF"), "65535");
+  EXPECT_EQ(DefaultOf("char16", "65536"), "found '65536', expected a char16 from 0 to 65535");
+  EXPECT_EQ(DefaultOf("char16", "-1"), "found '-1', expected a char16 from 0 to 65535");
+}
+
 TEST(CharacterLiteral, CodesUpTo16Bits) {
   EXPECT_EQ(DefaultOf("char16", "'A'"), "65");
   EXPECT_EQ(DefaultOf("char16", "'\\''"), "39");
@@ -126,7 +133,7 @@ TEST(CharacterLiteral, CodesUpTo16Bits) {
             "found '\xF0\x9F\x98\x80', expected a character up to U+FFFF, which is what a char16 holds");
   EXPECT_EQ(DefaultOf("char16", "''"), "found '' without a character, expected one character between the quotes");
   EXPECT_EQ(DefaultOf("char16", "'ab'"), "found 'ab', expected one character between the quotes");
-  EXPECT_EQ(DefaultOf("char16", "65"), "found '65', expected a character in single quotes");
+  EXPECT_EQ(DefaultOf("char16", "\"a\""), "found '\"a\"', expected a character in single quotes");
   EXPECT_EQ(
       DefaultOf("char16", "'\\q'"),
       R"(found '\q', expected one of the escapes \b \t \n \f \r \" \' \\ \x with one to four hexadecimal digits)");
@@ -169,12 +176,42 @@ TEST(DateTimeLiteral, PointsAndIntervals) {
   EXPECT_EQ(DefaultOf("datetime", "\"2026\" \"0131123456.******-300\""), "20260131123456.******-300");
 }
 
-TEST(DateTimeLiteral, WhatIsNone) {
-  const std::string expected =
-      ", expected a datetime of 25 characters, \"yyyymmddhhmmss.mmmmmmsutc\" or \"ddddddddhhmmss.mmmmmm:000\"";
-  for (const char* bad : {"\"20261331123456.000000+060\"", "\"20260131123456.000000+06\"", "\"\"", "5"}) {
-    EXPECT_EQ(DefaultOf("datetime", bad), "found '" + std::string(bad) + "'" + expected);
-  }
+TEST(DateTimeLiteral, OfAnotherSizeOrType) {
+  const std::string forms = ", \"yyyymmddhhmmss.mmmmmmsutc\" or \"ddddddddhhmmss.mmmmmm:000\"";
+  EXPECT_EQ(DefaultOf("datetime", "\"20260131123456.000000+06\""),
+            "found 24 characters, expected a datetime of 25" + forms);
+  EXPECT_EQ(DefaultOf("datetime", "\"\""), "found 0 characters, expected a datetime of 25" + forms);
+  EXPECT_EQ(DefaultOf("datetime", "5"), "found '5', expected a datetime in double quotes");
+}
+
+TEST(DateTimeLiteral, FieldsOutOfRange) {
+  EXPECT_EQ(DefaultOf("datetime", "\"20261331123456.000000+060\""),
+            "found the month '13' in the datetime, expected 01 to 12");
+  EXPECT_EQ(DefaultOf("datetime", "\"20260100123456.000000+060\""),
+            "found the day '00' in the datetime, expected 01 to 31");
+  EXPECT_EQ(DefaultOf("datetime", "\"00009999243456.000000:000\""),
+            "found the hour '24' in the datetime, expected 00 to 23");
+  EXPECT_EQ(DefaultOf("datetime", "\"20260131126056.000000+060\""),
+            "found the minute '60' in the datetime, expected 00 to 59");
+  EXPECT_EQ(DefaultOf("datetime", "\"20260131125960.******+060\""),
+            "found the second '60' in the datetime, expected 00 to 59");
+  EXPECT_EQ(DefaultOf("datetime", "\"00000012010203.000000:060\""), "found '060' behind ':', expected '000'");
+}
+
+TEST(DateTimeLiteral, CharactersOutOfPlace) {
+  EXPECT_EQ(DefaultOf("datetime", "\"20260131123456,000000+060\""),
+            "found ',' in place 15 of the datetime, expected '.'");
+  EXPECT_EQ(DefaultOf("datetime", "\"20260131123456.000000*060\""),
+            "found '*' in place 22 of the datetime, expected '+', '-' or ':'");
+  EXPECT_EQ(DefaultOf("datetime", "\"2026013112345O.000000+060\""),
+            "found 'O' in place 14 of the datetime, expected a digit");
+  EXPECT_EQ(DefaultOf("datetime", "\"20260131123456.000000+***\""),
+            "found '*' in place 23 of the datetime, expected a digit");
+  EXPECT_EQ(DefaultOf("datetime", "\"202601311234\xC3\xA4.000000+060\""),
+            "found another character in place 13 of the datetime, expected a digit");
+  EXPECT_EQ(DefaultOf("datetime", "\"2026**31123456.000000+060\""),
+            "found '2026**31123456.000000+060', expected asterisks from the start of a field on up to place 21 of the "
+            "datetime");
 }
 
 TEST(ArrayLiteral, BoundsAndNulls) {

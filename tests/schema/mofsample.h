@@ -25,12 +25,14 @@ Qualifier EmbeddedInstance : string = null, Scope(property, method, parameter);
 class CIM_ManagedElement {
       [Description("Its name"), Key : DisableOverride ToSubclass]
    string InstanceID;
-      [Override("none")] // overrides nothing
+      [Description("Short")] // in one line
    string Caption = "none" " \x41";
 };
 
    [Description("A setting. \"Quoted\",\n\xe4 and \X20AC.")]
 class CIM_Setting : CIM_ManagedElement {
+      [Override("Caption")]
+   string Caption = "";
       [Values { "Unknown", "Other", "DMTF Reserved" }, Range]
    uint16 Kind = 1;
    uint8 Mask = 11111b;

@@ -31,7 +31,9 @@ EExitStatus StatusOfReading(TSchemaText& schema, const std::string& path, std::s
 
 TEST(SchemaFiles, ReadInTheOrderGivenAndReferringToEachOther) {
   TSchemaText schema;
-  schema.File("b.mof", "class B : A { C REF c; };").File("a.mof", "class A {};").File("c.mof", "class C : B {};");
+  schema.File("b.mof", "class B : A { uint8 m(C REF c); };")
+      .File("a.mof", "class A {};")
+      .File("c.mof", "class C : B {};");
   const TSchemaResult result = schema.Read({"b.mof", "a.mof", "c.mof"});
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(ClassNames(result), "B A C ");
@@ -147,7 +149,8 @@ TEST(SchemaEncoding, ByteThatIsNotUtf8) {
       << "one for a file, and the rest is read";
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));
   EXPECT_EQ(Messages(ReadText(std::string("class A\0{};", 11))),
-            "1:8 found the byte 0x00, expected UTF-8 text\n1:8 found the stray character '?'\n");
+            "1:8 found the byte 0x00, expected UTF-8 text\n1:8 found the stray character '?', expected a name, a "
+            "value, a comment or punctuation\n");
 }
 
 // Real folders.

@@ -39,16 +39,18 @@ TEST(SchemaReader, EmptyTextGivesAnEmptyNamespace) {
 }
 
 TEST(SchemaReader, PropertiesOfEveryType) {
-  const TSchemaResult result = ReadText(
-      "class A { boolean a; uint8 b; sint8 c; uint16 d; sint16 e; uint32 f; sint32 g; uint64 h; sint64 i;\n"
-      "real32 j; real64 k; char16 l; string m; datetime n; A REF o; };");
+  const TSchemaResult result = ReadQualified(
+      "[Association] class A { boolean a; uint8 b; sint8 c; uint16 d; sint16 e; uint32 f; sint32 g; uint64 h; sint64 "
+      "i;\n"
+      "real32 j; real64 k; char16 l; string m; datetime n; A REF o; A REF p; };");
   ASSERT_EQ(Shown(result), "");
   std::string types;
   for (const auto& property : result.cimNamespace->Classes().at(0)->Properties()) {
     types += property->Definition().type.ToString() + " ";
   }
-  EXPECT_EQ(types,
-            "boolean uint8 sint8 uint16 sint16 uint32 sint32 uint64 sint64 real32 real64 char16 string datetime ref ");
+  EXPECT_EQ(
+      types,
+      "boolean uint8 sint8 uint16 sint16 uint32 sint32 uint64 sint64 real32 real64 char16 string datetime ref ref ");
   EXPECT_EQ(PropertyOf(result, "A", "o").referenceClass, "A");
 }
 
@@ -84,7 +86,7 @@ TEST(SchemaReader, OverridingPropertyKeepsItsPlaceAndOrigin) {
 TEST(SchemaReader, NamesAndKeywordsInAnyCase) {
   const TSchemaResult result = ReadText(
       "QUALIFIER Size : UINT32 = NULL, SCOPE(PROPERTY), FLAVOR(RESTRICTED);\n"
-      "Class Base { [SIZE(3)] String Text; bASE Ref Me; }; CLASS Sub : BASE { };");
+      "Class Base { [SIZE(3)] String Text; UINT8 m(bASE Ref Me); }; CLASS Sub : BASE { };");
   ASSERT_EQ(Shown(result), "");
   EXPECT_EQ(ClassNames(result), "Base Sub ") << "spelled as declared";
   EXPECT_TRUE(result.cimNamespace->FindClass("bAsE"));
@@ -92,8 +94,9 @@ TEST(SchemaReader, NamesAndKeywordsInAnyCase) {
 }
 
 TEST(SchemaReader, KeywordsAsPropertyNames) {
-  const TSchemaResult result = ReadText(
-      "class A { string any; string as; string association; string class; string flavor; string indication;\n"
+  const TSchemaResult result = ReadQualified(
+      "[Association] class A { string any; string as; string association; string class; string flavor; string "
+      "indication;\n"
       "string instance; string method; string null; string of; string parameter; string property; string qualifier;\n"
       "string ref; string reference; string restricted; string schema; string scope; string toSubclass; string true;\n"
       "string uint8; string string; string pragma; A REF instance2; A ref REF2; uint8 class2(string class, A ref of); "
@@ -195,9 +198,9 @@ TEST(SchemaInstances, TypedAgainstTheirClass) {
 }
 
 TEST(SchemaInstances, MayComeBeforeTheirClassAndTheirAlias) {
-  const TSchemaResult result = ReadText(
+  const TSchemaResult result = ReadQualified(
       "instance of L { left = $one; }; instance of A as $ONE {}; class A {};\n"
-      "class L { A REF left; };");
+      "[Association] class L { A REF left; A REF right; };");
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(result.instances.size(), 2U);
 }

@@ -33,7 +33,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "  machine_type = 6203\n"
                    "                 ^\n"},
         TBadServer{"machin_type = \"6203\"",
-                   "server.toml:1:1: error: found the unknown key \"machin_type\"; did you mean \"machine_type\"?\n"
+                   "server.toml:1:1: error: found the unknown key \"machin_type\", expected one of machine_type, "
+                   "local_time, unlisted_registers, ipmi, dot, bmc_node, fault; did you mean \"machine_type\"?\n"
                    "  machin_type = \"6203\"\n"
                    "  ^\n"},
         TBadServer{
@@ -82,8 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
     Dot, BadServerFile,
     testing::Values(
         TBadServer{kType + "[dot]\nservice_processors = []",
-                   "server.toml:3:1: error: found the unknown key \"service_processors\"; did you mean "
-                   "\"service_processor\"?\n"
+                   "server.toml:3:1: error: found the unknown key \"service_processors\", expected one of sp_comm, "
+                   "service_processor; did you mean \"service_processor\"?\n"
                    "  service_processors = []\n"
                    "  ^\n"},
         TBadServer{kType + "[[dot.service_processor]]",
@@ -206,9 +207,15 @@ INSTANTIATE_TEST_SUITE_P(
             "  [[fault]]\n"
             "  ^\n"},
         TBadServer{kFault + "on = \"regster\"",
-                   "server.toml:3:6: error: found \"regster\" for \"on\"; did you mean \"register\"?\n"
+                   "server.toml:3:6: error: found \"regster\" for \"on\", expected one of register, timestamp, open, "
+                   "size, read, close, dot, ipmi; did you mean \"register\"?\n"
                    "  on = \"regster\"\n"
                    "       ^\n"},
+        TBadServer{kFault + "on = \"read\"\nlost = false",
+                   "server.toml:4:1: error: found \"lost\" = false, which does nothing, expected true, or "
+                   "\"completion_code\", \"truncate\" or \"delay_ms\"\n"
+                   "  lost = false\n"
+                   "  ^\n"},
         TBadServer{
             kFault + "on = \"other\"",
             "server.toml:3:6: error: found \"other\" for \"on\", expected one of register, timestamp, open, size, "
@@ -265,9 +272,21 @@ INSTANTIATE_TEST_SUITE_P(
     Syntax, BadServerFile,
     testing::Values(
         TBadServer{"machine_type = \"6203",
-                   "server.toml:1:21: error: cannot read string: encountered end-of-file\n"
+                   "server.toml:1:21: error: found the end of the file, expected the string's closing quote\n"
                    "  machine_type = \"6203\n"
                    "                      ^\n"},
+        TBadServer{"machine_type = \"6203\n[ipmi]",
+                   "server.toml:1:21: error: found the end of the line, expected the string's closing quote\n"
+                   "  machine_type = \"6203\n"
+                   "                      ^\n"},
+        TBadServer{"machine_type = \"\xC3\xA9\xFF\"",
+                   "server.toml:1:19: error: found the byte 0xff, which is no UTF-8, expected UTF-8 text\n"
+                   "  machine_type = \"\xC3\xA9\xFF\"\n"
+                   "                   ^\n"},
+        TBadServer{"# \xE2\x82",
+                   "server.toml:1:3: error: found the byte 0xe2, which is no UTF-8, expected UTF-8 text\n"
+                   "  # \xE2\x82\n"
+                   "    ^\n"},
         TBadServer{
             "machine_type = \"\"\nmachine_type = \"\"",
             "server.toml:2:16: error: cannot read key-value pair: cannot redefine existing string 'machine_type'\n"
@@ -287,11 +306,10 @@ INSTANTIATE_TEST_SUITE_P(
                    "server.toml:2:35: error: found the unknown key \"x\", expected one of driver_present\n"
                    "  ipmi = { driver_present = \"\xC3\xA4\xC3\xA4\", x = 1 }\n"
                    "                                  ^\n"},
-        TBadServer{
-            std::string("machine_type = \"\"\n") + std::string(101, '.'),
-            "server.toml:2:1: error: found a line with more than 100 full stops\n"
-            "  .....................................................................................................\n"
-            "  ^\n"}));
+        TBadServer{std::string("machine_type = \"\"\n") + std::string(101, '.'),
+                   "server.toml:2:1: error: found a line with more than 100 full stops\n"
+                   "  ..............................................................................\n"
+                   "  ^\n"}));
 
 }  // namespace
 }  // namespace NKROVEL20::Testing

@@ -1,7 +1,7 @@
-# Run by ctest: builds host/template out of tree and loads what comes of it.
+# Run by ctest: builds the template plugin out of tree and loads what comes of it.
 #
-#   VARIANT buildtree   find_package against the build tree
-#           installed   find_package against an installation that was moved after installing
+#   VARIANT buildtree   find_package against the build tree; host/template of the source tree
+#           installed   find_package against an installation that was moved after installing, and its template
 #           pkgconfig   one compiler call with pkg-config's flags, against such an installation
 
 function(run)
@@ -72,6 +72,9 @@ function(build_with_pkgconfig prefix)
   if(NOT version STREQUAL "${VERSION}\n")
     message(FATAL_ERROR "pkg-config gives version ${version}, not ${VERSION}")
   endif()
+  run(ENVIRONMENT ${search} COMMAND ${PKG_CONFIG} --variable=templatedir velhost OUTPUT template)
+  string(STRIP "${template}" template)
+  expect_file(${template}/templateplugin.cpp)
   run(ENVIRONMENT ${search} COMMAND ${PKG_CONFIG} --cflags --libs velhost OUTPUT flags)
   separate_arguments(flags UNIX_COMMAND "${flags}")
   file(MAKE_DIRECTORY ${SCRATCH}/build)
@@ -102,23 +105,29 @@ function(load_with_velhost program)
   if(NOT output MATCHES "KROSG_DCAPFile")
     message(FATAL_ERROR "${program} classes printed:\n${output}")
   endif()
-  run(ENVIRONMENT ${ARGN} COMMAND ${program} plugin --plugin ${SCRATCH}/build/libtemplate.pi.so OUTPUT output)
+  set(plugin --plugin ${SCRATCH}/build/libtemplate.pi.so)
+  run(ENVIRONMENT ${ARGN} COMMAND ${program} plugin ${plugin} OUTPUT output)
   if(NOT output MATCHES "Template")
     message(FATAL_ERROR "${program} plugin --plugin printed:\n${output}")
+  endif()
+  run(ENVIRONMENT ${ARGN} COMMAND ${program} collect ${plugin} KROSG_DCAPFile OUTPUT output)
+  if(NOT output MATCHES "\"InstanceID\":\"Template:KROSG_DCAPFile\"")
+    message(FATAL_ERROR "${program} collect --plugin printed:\n${output}")
   endif()
 endfunction()
 
 unset(ENV{DESTDIR})
 file(REMOVE_RECURSE ${SCRATCH})
-file(COPY ${SOURCE_DIR}/host/template DESTINATION ${SCRATCH})
 set(tree ${SCRATCH}/moved)
 set(programs ${tree}/${BINDIR})
 if(VARIANT STREQUAL "buildtree")
   set(programs ${BUILD_DIR}/bin)
+  file(COPY ${SOURCE_DIR}/host/template DESTINATION ${SCRATCH})
   build_with_cmake(-Dvelhost_DIR=${BUILD_DIR})
   set(libraries ${BUILD_DIR}/lib)
 else()
   install_and_move(${tree})
+  file(COPY ${tree}/${DATA_DIR}/template DESTINATION ${SCRATCH})
   set(libraries ${tree}/${LIBDIR})
   if(VARIANT STREQUAL "installed")
     build_with_cmake(-DCMAKE_PREFIX_PATH=${tree})

@@ -14,14 +14,59 @@ class Usage(VelhostCase):
         self.assertEqual(done.stdout, "")
 
     def test_wrong_usage(self):
-        self.fails(64, "no command is given")
-        self.fails(64, 'unknown command "colect"; did you mean collect?', "colect")
-        self.fails(64, "unknown option --fromat; did you mean --format?", "collect", "--fromat", "json")
-        self.fails(64, "auto|always|never", "collect", "--color", "sometimes")
         self.fails(64, "did you mean KROSG_VO_PCIIOBRIDGE_StatisticData?", "collect", "KROSG_VO_PCIIOBRIGE_StatisticData")
-        self.fails(64, "unknown service processor", "collect", "--sp", "simm:x")
         self.fails(64, "cannot be used together", "collect", "--sp", "sim", "--sp", "inband")
         self.fails(64, "--machine-type", "collect", "--sp", "lan:192.0.2.1")
+
+    def refuses(self, message, *arguments, see=""):
+        done = self.run_velhost(*arguments)
+        self.assertEqual((done.returncode, done.stdout), (64, ""))
+        self.assertEqual(done.stderr, f'velhost: {message}\nSee "velhost {see}--help".\n')
+
+    def test_commands(self):
+        self.refuses("no command is given; there are collect, classes, plugin, check and simulate")
+        self.refuses('unknown command "colect"; did you mean collect?', "colect")
+        self.refuses('unknown command "a\\x1b[2J"; there are collect, classes, plugin, check and simulate', "a\x1b[2J")
+        self.refuses("simulate needs FILE", "simulate", see="simulate ")
+        self.refuses('"b" is more than classes takes', "classes", "b", see="classes ")
+
+    def test_options(self):
+        for message, *arguments in (
+                ("unknown option --fromat; did you mean --format?", "--fromat", "json"),
+                ("unknown option -x", "-x"),
+                ("unknown option -format; did you mean --format?", "-format", "json"),
+                ("--single-request takes no value", "--single-request=3"),
+                ("--port belongs to simulate", "--port", "1"),
+                ("--format is given twice", "--format", "json", "--format=mof"),
+                ("--output is given twice", "-oa", "--output", "b"),
+                ("--timeout needs SECONDS", "--timeout"),
+                ("--timeout needs SECONDS", "--timeout="),
+                ("--timeout needs SECONDS", "--timeout", "--format", "json"),
+                ('--timeout needs SECONDS, not "-5"', "--timeout", "-5"),
+                ("-o needs FILE", "-vo")):
+            self.refuses(message, "collect", *arguments, see="collect ")
+        self.refuses("--format belongs to collect and check", "classes", "--format", "json", see="classes ")
+        self.refuses('--timeout has to stand behind "collect"', "--timeout", "5", "collect", see="collect ")
+
+    def test_values(self):
+        for number in ("abc", "nan", "inf", "0", "2e9", "5s", ""):
+            self.refuses(f'--timeout takes SECONDS from 0.001 to 1000000000, not "{number}"', "collect", "--timeout", number,
+                         see="collect ")
+        self.refuses('--port takes PORT from 1 to 65535, not "65536"', "simulate", "a", "--port", "65536", see="simulate ")
+        self.refuses('--format takes table|json|jsonl|mof|cimxml, not "jsn"; did you mean json?', "collect", "--format",
+                     "jsn", see="collect ")
+        self.refuses('--privilege takes user|operator|admin, not "adm"; did you mean admin?', "plugin", "--privilege",
+                     "adm", see="plugin ")
+        self.refuses('--color takes auto|always|never, not "foo"', "plugin", "--color", "foo", see="plugin ")
+        for spec in ("simm", "simm:x"):
+            self.refuses('--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], '
+                         f'not "{spec}"; did you mean sim?', "collect", "--sp", spec)
+
+    def test_help_is_also_a_command(self):
+        self.assertEqual(self.run_velhost("help").stdout, self.run_velhost("--help").stdout)
+        self.assertEqual(self.run_velhost("help", "collect").stdout, self.run_velhost("collect", "--help").stdout)
+        self.assertEqual(self.run_velhost("collect", "--timeout", "--help").returncode, 0)
+        self.refuses('unknown command "foo"; there are collect, classes, plugin, check and simulate', "help", "foo")
 
     def test_inputs_that_cannot_be_used(self):
         self.fails(66, "missing.mof", "collect", "--schema", "missing.mof")
@@ -36,6 +81,37 @@ class Usage(VelhostCase):
         text = self.write("text.so", "no library\n")
         self.fails(66, "text.so", "plugin", "--plugin", text)
 
+    def test_an_include_that_is_missing(self):
+        schema = self.write("schema.mof", '#pragma include ("missing.mof")\nclass A {};\n')
+        self.fails(66, "velhost: the schema cannot be used\n", "collect", "--schema", schema)
+        self.assertEqual(self.run_velhost("check", schema).returncode, 65)
+        schema = self.write("schema.mof", '#pragma include ("missing.mof")\nclass A : B {};\n')
+        self.fails(65, "velhost: the schema cannot be used\n", "collect", "--schema", schema)
+
+    def test_each_diagnostic_begins_with_the_program_and_fits_the_screen(self):
+        schema = self.write("schema.mof", "\t\t\tclass A : B {}; " + "// " + "x" * 200 + "\nclass C : D {};\n")
+        lines = self.run_velhost("collect", "--schema", "schema.mof").stderr.splitlines()
+        self.assertEqual([line.split(" ")[:2] for line in lines if line.startswith("velhost")],
+                         [["velhost:", "schema.mof:1:14:"], ["velhost:", "schema.mof:2:11:"], ["velhost:", "the"]])
+        self.assertEqual([line[:2] for line in lines if not line.startswith("velhost")], ["  "] * 4)
+        self.assertLessEqual(max(len(line) for line in lines[1:3]), 80)
+        self.assertEqual(lines[1].index("B"), lines[2].index("^"))
+        self.assertEqual(self.run_velhost("check", schema).returncode, 65)
+
+    def test_nothing_from_outside_steers_the_terminal(self):
+        schema = self.schema({"Register": (0x1000, 8)})
+        text = (self.folder / "schema.mof").read_text().replace('"4411"', '"44\x1b[31m11\x7f\u009b"')
+        (self.folder / "schema.mof").write_text(text)
+        shown = self.run_velhost("classes", "--schema", schema, "--machine-type", "44\x1b[31m11").stdout
+        self.assertIn("Machine type: 44\\x1b[31m11\n", shown)
+        self.assertIn('yes, by "44\\x1b[31m11\\x7f\\x9b"', shown)
+        name = "bad\x1b[31m.mof"
+        self.write(name, "class A : B\x1b {};\n")
+        for done in (self.run_velhost("check", name), self.run_velhost("collect", "--schema", name),
+                     self.run_velhost("collect", "--sp", "sim:\x1b[31m")):
+            self.assertNotIn("\x1b", done.stdout + done.stderr)
+            self.assertIn("\\x1b[31m", done.stdout + done.stderr)
+
     def test_a_named_device_that_is_not_there(self):
         self.fails(69, "/dev/ipmi777", "collect", "--machine-type", "6203", "--sp", "inband:/dev/ipmi777")
 
@@ -47,11 +123,12 @@ class Commands(VelhostCase):
         return done.stdout
 
     def test_help_fits_a_screen_and_has_an_example(self):
-        for arguments in (["--help"], ["collect", "--help"], ["classes", "--help"], ["check", "--help"]):
+        for arguments in (["--help"], *([verb, "--help"] for verb in ("collect", "classes", "plugin", "check", "simulate"))):
             text = self.output(*arguments)
             self.assertIn("Example", text)
             self.assertLessEqual(text.count("\n"), 45)
-            self.assertLessEqual(max(map(len, text.splitlines())), 120)
+            self.assertLessEqual(max(map(len, text.splitlines())), 80)
+        self.assertIn("\nUsage: velhost [OPTIONS] COMMAND\n", self.output("--help"))
         self.assertRegex(self.output("--version"), r"^velhost \d+\.\d+\.\d+\n$")
 
     def test_plugin_identity(self):

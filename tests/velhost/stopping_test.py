@@ -19,6 +19,7 @@ timestamp = "00 00 00 01"
 on = "register"
 delay_ms = 50
 """
+REASON = "velhost: partial: deadline reached"
 
 
 class Stopping(VelhostCase):
@@ -48,7 +49,7 @@ class Stopping(VelhostCase):
         self.check_partial(done.stdout, "deadline reached")
 
     def test_interruption(self):
-        for number in (signal.SIGINT, signal.SIGTERM):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             process = self.start("--log", "trace.txt", BRIDGE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
             time.sleep(0.5)
             process.send_signal(number)
@@ -56,11 +57,23 @@ class Stopping(VelhostCase):
             self.assertEqual(process.returncode, 3, errors)
             self.check_partial(output, "interrupted")
 
+    def test_a_run_under_nohup_outlives_its_terminal(self):
+        process = subprocess.Popen(["nohup", VELHOST, *self.arguments, "--timeout", "1", BRIDGE], cwd=self.folder,
+                                   text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        time.sleep(0.5)
+        process.send_signal(signal.SIGHUP)
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 3)
+        self.check_partial(output, "deadline reached")
+        self.assertIn(REASON, errors)
+
     def test_output_of_an_interrupted_run_is_whole(self):
-        process = self.start("-o", "out.json", BRIDGE)
+        process = self.start("-o", "out.json", BRIDGE, BRIDGE, "KROSG_DCAPFile", stderr=subprocess.PIPE)
         time.sleep(0.5)
         process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(timeout=60), 3)
+        self.assertEqual(process.communicate(timeout=60)[1],
+                         "velhost: partial: interrupted; 2 classes not collected\n")
+        self.assertEqual(process.returncode, 3)
         self.check_partial((self.folder / "out.json").read_text(), "interrupted")
 
     def test_killed_run_leaves_no_output(self):
@@ -89,14 +102,16 @@ class Stopping(VelhostCase):
         shown = self.progress()
         self.assertIn(f"[1/1] {BRIDGE}", shown)
         self.assertIn("exchanges", shown)
-        self.assertNotIn("\n", shown)
-        self.assertEqual(shown.rstrip("\r").rsplit("\r", 1)[-1].strip(), "", "the line is gone at the end")
+        *drawn, last = shown.removesuffix(REASON + "\r\n").rstrip("\r").split("\r")
+        self.assertNotIn("\n", "".join(drawn))
+        self.assertEqual(last.strip(), "", "the line is gone at the end")
+        self.assertTrue(shown.endswith("\r" + REASON + "\r\n"))
 
     def test_no_progress_when_not_wanted(self):
-        self.assertEqual(self.progress("--progress", "never"), "")
+        self.assertEqual(self.progress("--progress", "never"), REASON + "\r\n")
         done = subprocess.run([VELHOST, *self.arguments, "--timeout", "0.3", BRIDGE], capture_output=True, text=True,
                               cwd=self.folder, timeout=60)
-        self.assertEqual(done.stderr, "")
+        self.assertEqual(done.stderr, REASON + "\n")
 
 
 if __name__ == "__main__":

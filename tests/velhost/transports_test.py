@@ -7,6 +7,7 @@ import shutil
 import signal
 import socket
 import subprocess
+import time
 import unittest
 
 from velhostcase import BRIDGE, VELHOST, VelhostCase
@@ -46,7 +47,8 @@ class Transports(VelhostCase):
         port = free_port()
         server = self.write("server.toml", text)
         process = subprocess.Popen([VELHOST, "simulate", server, "--port", str(port)], cwd=self.folder, text=True,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                                   env=dict(os.environ, TMPDIR=str(self.folder)), stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE)
         self.addCleanup(process.stderr.close)
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.wait)
@@ -63,6 +65,19 @@ class Transports(VelhostCase):
     def lan_arguments(self, port, schema):
         return ["collect", "--format", "json", "--schema", schema, "--machine-type", "6203", "--sp",
                 f"lan:{self.user}@127.0.0.1:{port}", BRIDGE, "KROSG_DCAPFile"]
+
+    def test_a_killed_simulator_leaves_nothing(self):
+        process, port = self.simulate(SERVER)
+        self.assertEqual(len(list(self.folder.glob("velhost-simulate-*"))), 1)
+        process.kill()
+        process.wait(timeout=60)
+        for _ in range(600):  # what is left behind is removed by another process, right afterwards
+            if not list(self.folder.glob("velhost-simulate-*")):
+                break
+            time.sleep(0.1)
+        self.assertEqual(list(self.folder.glob("velhost-simulate-*")), [])
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+            probe.bind(("127.0.0.1", port))  # ipmi_sim is gone as well
 
     def test_simulator_recording_and_network_agree(self):
         _, port = self.simulate(SERVER)

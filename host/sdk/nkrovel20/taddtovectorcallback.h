@@ -3,6 +3,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace NKROVEL20 {
@@ -19,7 +20,7 @@ class TAddToVectorCallback : public std::unary_function<boost::shared_ptr<T>, bo
   explicit TAddToVectorCallback(std::vector<boost::shared_ptr<T>>& objects) : objects_(objects) {}
 
   bool operator()(boost::shared_ptr<T> object) const {
-    objects_.push_back(object);
+    objects_.push_back(std::move(object));
     return true;
   }
 

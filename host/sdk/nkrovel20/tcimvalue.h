@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "nkrovel20/api.h"
@@ -12,7 +13,7 @@
 
 namespace NKROVEL20 {
 
-/// One CIM value. Copies are deep and independent. Conversions and setters that cannot be done
+/// One CIM value. Copies are independent. Conversions and setters that cannot be done
 /// throw TVELException with TVELStatusCode::kTypeMismatch; nothing else is thrown but bad_alloc.
 class NKROVEL20_API TCIMValue {
  public:
@@ -55,22 +56,36 @@ class NKROVEL20_API TCIMValue {
   };
 
   /// An untyped null value.
-  TCIMValue() noexcept;
+  TCIMValue() noexcept = default;
   /// A string; a null pointer gives the null string value.
   TCIMValue(const char* text);
   TCIMValue(const std::string& text);
   TCIMValue(const TCIMDateTime& dateTime);
   /// An unsigned 8-bit value.
-  TCIMValue(unsigned char number) noexcept;
+  TCIMValue(unsigned char number) noexcept : type_(TCIMType::kUint8), null_(false), bits_(number) {}
   /// A signed 32-bit value.
-  TCIMValue(int number) noexcept;
+  TCIMValue(int number) noexcept : type_(TCIMType::kSint32), null_(false), bits_(static_cast<std::uint64_t>(number)) {}
   /// An array: see Set.
   TCIMValue(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements);
-  TCIMValue(const TCIMValue& other);
-  TCIMValue(TCIMValue&& other) noexcept;
+  TCIMValue(const TCIMValue& other)
+      : type_(other.type_),
+        array_(other.array_),
+        null_(other.null_),
+        declaredSize_(other.declaredSize_),
+        bits_(other.bits_),
+        payload_(other.payload_ ? Shared(other.payload_) : nullptr) {}
+  TCIMValue(TCIMValue&& other) noexcept
+      : type_(other.type_),
+        array_(other.array_),
+        null_(other.null_),
+        declaredSize_(other.declaredSize_),
+        bits_(other.bits_),
+        payload_(std::move(other.payload_)) {
+    other.null_ = true;
+  }
   TCIMValue& operator=(const TCIMValue& other);
   TCIMValue& operator=(TCIMValue&& other) noexcept;
-  ~TCIMValue();
+  ~TCIMValue() = default;
 
   /// Scalars of the types that have no constructor of their own. `FromInteger` keeps the low bits
   /// that the integer, boolean or char16 type holds; `FromReal` takes a real type.
@@ -108,7 +123,8 @@ class NKROVEL20_API TCIMValue {
   /// The number; texts in decimal or with 0x are read. Null is 0. Wider numbers keep their low bits.
   operator unsigned int() const;
   operator unsigned short() const;
-  /// The elements of an array value (none for a null array). A scalar throws.
+  /// The elements of an array value (none for a null array), as long as the value is not assigned to.
+  /// A scalar throws.
   operator std::vector<TCIMValue>&();
   operator const std::vector<TCIMValue>&() const;
 
@@ -128,13 +144,18 @@ class NKROVEL20_API TCIMValue {
 
  private:
   struct TPayload;  // what does not fit into 64 bits: text, datetime, elements
+  using TPayloadPointer = std::shared_ptr<TPayload>;
+
+  // What a copy holds: the same payload, or one of its own where somebody may still change that one.
+  static TPayloadPointer Shared(const TPayloadPointer& payload);
+  void AppendElements(std::string& text, unsigned char radix) const;
 
   TCIMType type_ = TCIMType::kNone;
   bool array_ = false;
   bool null_ = true;
   unsigned int declaredSize_ = 0;
-  std::uint64_t bits_ = 0;  // integers sign extended, reals as their bit pattern
-  std::unique_ptr<TPayload> payload_;
+  std::uint64_t bits_ = 0;   // integers sign extended, reals as their bit pattern
+  TPayloadPointer payload_;  // copies share it until one of them hands out its elements to be changed
 };
 
 /// Property name to value, in ascending order of names: one instance to be built, and the context

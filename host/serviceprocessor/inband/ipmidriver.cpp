@@ -26,10 +26,13 @@ class TLinuxIpmiDriver : public IIpmiDriver {
  public:
   std::vector<std::string> Devices() override {
     std::vector<std::string> names;
-    std::error_code ignored;
-    for (std::filesystem::directory_iterator entry("/dev", ignored), end; entry != end; entry.increment(ignored)) {
-      names.push_back(entry->path().filename().string());
-      if (ignored) break;
+    // Not with an error code: to step on would then end the process where memory runs out.
+    try {
+      for (const auto& entry : std::filesystem::directory_iterator("/dev")) {
+        names.push_back(entry.path().filename().string());
+      }
+    } catch (const std::filesystem::filesystem_error&) {
+      return IpmiDevicesAmong(names);  // those that could be seen
     }
     return IpmiDevicesAmong(names);
   }

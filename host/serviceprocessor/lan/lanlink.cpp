@@ -21,7 +21,7 @@ bool MayBeTheCipherSuite(int status) { return status == VEL_LAN_CIPHER_SUITE || 
 
 std::string ListOf(const std::vector<int>& suites) {
   std::string list;
-  for (const int suite : suites) list += (list.empty() ? "" : ", ") + std::to_string(suite);
+  for (const int suite : suites) list += (list.empty() ? "" : " or ") + std::to_string(suite);
   return list;
 }
 
@@ -118,8 +118,8 @@ std::string TLanLink::Describe(const TOutcome& outcome) const {
       return "the BMC refuses " + UserOf(options_) + " the privilege level " + NameOf(options_.privilege) +
              "; --privilege asks for a lower one";
     case VEL_LAN_CIPHER_SUITE:
-      return "the BMC takes none of the cipher suites " + ListOf(options_.cipherSuites) + " (" + outcome.message +
-             "); --cipher-suite names another";
+      return "the BMC does not accept cipher suite " + ListOf(options_.cipherSuites) + " (" + outcome.message +
+             "); choose one that it accepts with --cipher-suite N";
     default: return outcome.message;
   }
 }
@@ -129,6 +129,8 @@ void TLanLink::ThrowRefused(const TOutcome& outcome) const {
       outcome.status == VEL_LAN_USER || outcome.status == VEL_LAN_PASSWORD || outcome.status == VEL_LAN_PRIVILEGE;
   throw THostError(denied ? EExitStatus::kNoPermission : EExitStatus::kUnavailable, name_ + ": " + Describe(outcome));
 }
+
+bool TLanLink::IsReady() const { return givenUp_ || (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime); }
 
 void TLanLink::Exchange(TLanExchange& exchange) {
   if (givenUp_ || !EnsureSession(exchange)) return;
@@ -142,7 +144,7 @@ void TLanLink::Exchange(TLanExchange& exchange) {
 }
 
 bool TLanLink::EnsureSession(TLanExchange& exchange) {
-  if (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime) return true;
+  if (IsReady()) return true;
   Close();
   const TOutcome outcome = Reopen();
   if (outcome.session == nullptr) GiveUp(exchange, "it could not be opened again: " + Describe(outcome));

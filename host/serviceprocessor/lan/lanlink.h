@@ -55,6 +55,9 @@ class NKROVEL20_API TLanLink {
   /// the privilege is refused, kUnavailable for everything else.
   void Open();
 
+  /// Whether the next exchange needs no opening: its only wait is for the answer.
+  bool IsReady() const;
+
   /// Sends once. A request that is not answered stays so; the session is then opened anew for the
   /// next one. Where that fails, or the new session's first request is not answered either, the
   /// node is given up with a notice, and every later exchange fails at once.

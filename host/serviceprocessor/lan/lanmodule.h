@@ -55,7 +55,9 @@ struct VelLanModule {
    * words, NUL-terminated and without secrets. */
   struct VelLanSession* (*open)(const struct VelLanOpening* opening, int* status, char* message, size_t messageSize);
   /* One exchange. `request` is the command byte and then the data. `response` gets the completion
-   * code and then the data, `*size` their number, at least 1 and never more than `capacity`. */
+   * code and then the data, `*size` their number, at least 1 and never more than `capacity`. The wait
+   * for the answer is broken off with an error when a signal handler has run on the thread: that is
+   * how a stopped run ends it. */
   int (*exchange)(struct VelLanSession* session, uint8_t networkFunction, uint8_t lun, const uint8_t* request,
                   size_t requestSize, uint8_t* response, size_t capacity, size_t* size);
   /* Ends the session at the BMC, if it still stands, without waiting for an answer. */

@@ -24,8 +24,8 @@ constexpr std::chrono::milliseconds kClosingTime{1'000};
 
 }  // namespace
 
-/// A link and the thread that uses it. The thread's jobs own the link too, so that one left behind
-/// keeps what it works with.
+/// A link and the thread that opens and closes its session. The thread's jobs own the link too, so that
+/// one left behind keeps what it works with.
 class TLanServiceProcessor::TNode {
  public:
   TNode(const VelLanModule& module, const TLanOptions& options)
@@ -53,8 +53,24 @@ class TLanServiceProcessor::TNode {
     if (*failure) std::rethrow_exception(*failure);
   }
 
-  /// Null when the run was stopped.
-  std::shared_ptr<TLanExchange> Exchange(const TIPMICommandBuffer& buffer, const TStopSignal& stop) {
+  /// Null when the run was stopped. A session that stands answers on this thread, where the run's stop
+  /// interrupts the wait. One that has to be opened may wait for what no signal ends, a name server,
+  /// and goes to the worker.
+  std::shared_ptr<TLanExchange> Exchange(const TIPMICommandBuffer& buffer, const TStopSignal& stop,
+                                         TLanInterrupter& interrupter) {
+    if (stop.IsStopped()) return nullptr;
+    const auto exchange = MakeExchange(buffer);
+    if (!link_->IsReady()) {
+      const auto job = [link = link_, exchange]() noexcept { link->Exchange(*exchange); };
+      return worker_.Run(job, stop) ? exchange : nullptr;
+    }
+    const TLanInterrupter::TScope scope(interrupter);
+    link_->Exchange(*exchange);
+    return exchange->answered || !stop.IsStopped() ? exchange : nullptr;
+  }
+
+ private:
+  static std::shared_ptr<TLanExchange> MakeExchange(const TIPMICommandBuffer& buffer) {
     const auto data = CommandFrame::RequestData(buffer);
     auto exchange = std::make_shared<TLanExchange>();
     exchange->networkFunction = buffer[TIPMICommandBuffer::kNetworkFunction];
@@ -62,11 +78,9 @@ class TLanServiceProcessor::TNode {
     exchange->request.reserve(1 + data.size());
     exchange->request.push_back(buffer[TIPMICommandBuffer::kCommand]);
     for (const std::uint8_t byte : data) exchange->request.push_back(byte);
-    const auto job = [link = link_, exchange]() noexcept { link->Exchange(*exchange); };
-    return worker_.Run(job, stop) ? exchange : nullptr;
+    return exchange;
   }
 
- private:
   std::string address_;
   std::shared_ptr<TLanLink> link_;
   TLanWorker worker_;
@@ -74,7 +88,7 @@ class TLanServiceProcessor::TNode {
 
 TLanServiceProcessor::TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options,
                                            const TStopSignal& stop, TLanNotice notice)
-    : notice_(std::move(notice)) {
+    : interrupter_(stop), notice_(std::move(notice)) {
   for (const TLanOptions& node : options) {
     nodes_.push_back(std::make_unique<TNode>(module, node));
     nodes_.back()->Open(stop);
@@ -85,7 +99,7 @@ TLanServiceProcessor::~TLanServiceProcessor() = default;
 
 bool TLanServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
   if (node < 0 || static_cast<std::size_t>(node) >= nodes_.size()) return false;
-  const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(buffer, stop);
+  const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(buffer, stop, interrupter_);
   if (!exchange) return false;
   if (!exchange->notice.empty() && notice_) notice_(exchange->notice);
   if (!exchange->answered) return false;

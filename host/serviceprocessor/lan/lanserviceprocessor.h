@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/serviceprocessor/lan/laninterrupter.h"
 #include "host/serviceprocessor/lan/lanmodule.h"
 #include "host/serviceprocessor/lan/lanspec.h"
 #include "nkrovel20/api.h"
@@ -21,8 +22,9 @@ using TLanNotice = std::function<void(const std::string&)>;
 /// present; no dot commands. Stopping the run ends every wait at once.
 class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
  public:
-  /// Opens all sessions. `module` outlives the process's use of it, since a stopped run leaves calls
-  /// behind. Throws THostError as TLanLink::Open does, kUnavailable when the deadline passes first,
+  /// Opens all sessions. `stop` outlives it, has its deadline already, and is the one that every
+  /// exchange is called with. `module` outlives the process's use of it, since a stopped run leaves
+  /// calls behind. Throws THostError as TLanLink::Open does, kUnavailable when the deadline passes first,
   /// and kPartial when the run is interrupted first.
   TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options, const TStopSignal& stop,
                        TLanNotice notice);
@@ -39,6 +41,7 @@ class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
 
  private:
   class TNode;
+  TLanInterrupter interrupter_;
   std::vector<std::unique_ptr<TNode>> nodes_;
   TLanNotice notice_;
 };

@@ -1,8 +1,6 @@
 #include "host/serviceprocessor/lan/lanworker.h"
 
 #include <poll.h>
-#include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -15,27 +13,9 @@
 #include <thread>
 #include <utility>
 
+#include "host/serviceprocessor/lan/signalsblocked.h"
+
 namespace NKROVEL20 {
-
-namespace {
-
-/// Signals are for the thread that runs the collection; a new thread inherits the mask.
-class TSignalsBlocked {
- public:
-  TSignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~TSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  TSignalsBlocked(const TSignalsBlocked&) = delete;
-  TSignalsBlocked& operator=(const TSignalsBlocked&) = delete;
-
- private:
-  sigset_t before_;
-};
-
-}  // namespace
 
 struct TLanWorker::TShared {
   TShared() : done(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {

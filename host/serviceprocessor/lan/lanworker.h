@@ -9,7 +9,7 @@
 
 namespace NKROVEL20 {
 
-/// One thread, one job at a time. The LAN library's calls cannot be interrupted; a run that is
+/// One thread, one job at a time. Opening a session cannot be interrupted everywhere; a run that is
 /// stopped leaves the thread behind in its call instead. It ends by itself when the call does, which
 /// the session's time bounds, and whatever the job uses must be owned by the job until then.
 class NKROVEL20_API TLanWorker {

@@ -1,0 +1,147 @@
+// What the collector runs against in a benchmark: a host that drops what it is told, and schemas of
+// classes with any number of registers.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+#include "host/core/cimnamespace.h"
+#include "host/core/hostservices.h"
+#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "nkrovel20/tpluginmanagernamespace.h"
+#include "plugin/torgaplugin.h"
+
+namespace bench {
+
+using NKROVEL20::TCIMValue;
+using NKROVEL20::TNamespace;
+using NKROVEL20::TPropertyDefinition;
+using NKROVEL20::TQualifierDefinition;
+
+class TDroppingPluginManager : public NKROVEL20::TPluginManagerNamespace {
+ public:
+  NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks*) override {
+    return reinterpret_cast<NKROVEL20::TPluginManagerProvider*>(this);  // any handle but null: lines are passed on
+  }
+  boost::shared_ptr<NKROVEL20::ICIMClass> GetClass(const std::string&, const NKROVEL20::TPropertyMap&) override {
+    return {};
+  }
+  std::string GetMachineType() const override { return {}; }
+};
+
+class TDroppingLogger : public NKROVEL20::ILogger {
+ public:
+  std::size_t bytes = 0;
+  void Log(EVELLogSeverity, const std::string& message) override { bytes += message.size(); }
+};
+
+/// The host's services for as long as it lives: no clock or machine type of its own, and every line of
+/// the trace counted and dropped.
+class THost {
+ public:
+  explicit THost(NKROVEL20::IServiceProcessor& serviceProcessor) {
+    NKROVEL20::THostServices::SetPluginManager(
+        boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TDroppingPluginManager()));
+    NKROVEL20::THostServices::SetCoreLogger(&logger);
+    NKROVEL20::TServiceProcessorHub::Install(&serviceProcessor, nullptr);
+  }
+  ~THost() {
+    NKROVEL20::TServiceProcessorHub::Install(nullptr, nullptr);
+    NKROVEL20::THostServices::SetCoreLogger(nullptr);
+    NKROVEL20::THostServices::SetPluginManager({});
+  }
+  THost(const THost&) = delete;
+  THost& operator=(const THost&) = delete;
+
+  TDroppingLogger logger;
+};
+
+inline TQualifierDefinition Number(const std::string& name, int value) { return {name, TCIMValue(value), {}, {}}; }
+
+inline TPropertyDefinition RegisterProperty(int number, const std::vector<TQualifierDefinition>& qualifiers) {
+  TPropertyDefinition property;
+  property.name = "Register" + std::to_string(number);
+  property.type = TCIMValue::TCIMType::kUint8;
+  property.isArray = true;
+  property.qualifiers = qualifiers;
+  return property;
+}
+
+inline TPropertyDefinition Scalar(const std::string& name, TCIMValue::TCIMType::ECIMType type) {
+  TPropertyDefinition property;
+  property.name = name;
+  property.type = type;
+  return property;
+}
+
+/// What every class of these schemas carries.
+inline std::vector<TQualifierDefinition> ClassQualifiers(int instances) {
+  const TCIMValue::TCIMType text(TCIMValue::TCIMType::kString);
+  return {{"SupportedMachineTypes", TCIMValue(text, 1, {TCIMValue("6203")}), {}, {}},
+          Number("MaxInstanceCount", instances)};
+}
+
+/// The root class and the three bases that a collector looks for, for machine type 6203.
+inline boost::shared_ptr<TNamespace> MakeSchema() {
+  using TType = TCIMValue::TCIMType;
+  const auto schema = TNamespace::Create();
+  schema->SetMachineType("6203");
+  NKROVEL20::TClassDefinition top;
+  top.name = "CIM_Top";
+  top.properties = {Scalar("InstanceID", TType::kString), Scalar("ElementName", TType::kString),
+                    Scalar("MachineType", TType::kString), Scalar("StatisticTime", TType::kDateTime)};
+  schema->AddClass(top);
+  for (const char* base :
+       {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
+    NKROVEL20::TClassDefinition definition;
+    definition.name = base;
+    definition.superClass = "CIM_Top";
+    schema->AddClass(definition);
+  }
+  return schema;
+}
+
+inline constexpr const char* kR8Class = "KROSG_VO_PCIIOBRIDGE_StatisticData";
+inline constexpr const char* kJfrClass = "KROSG_X_PCIIOBRIDGE_StatisticData";
+
+inline void AddR8Class(TNamespace& schema, int registers, int instances) {
+  NKROVEL20::TClassDefinition definition;
+  definition.name = kR8Class;
+  definition.superClass = "CIM_Top";
+  definition.qualifiers = ClassQualifiers(instances);
+  for (int i = 0; i < registers; ++i) {
+    definition.properties.push_back(RegisterProperty(i, {Number("Offset", 0x1000 + 8 * i), Number("MaxLen", 8)}));
+  }
+  schema.AddClass(definition);
+}
+
+inline void AddJfrClass(TNamespace& schema, int registers) {
+  NKROVEL20::TClassDefinition definition;
+  definition.name = kJfrClass;
+  definition.superClass = "KROSG_PCIIOBRIDGE_StatisticData";
+  definition.qualifiers = ClassQualifiers(1);
+  for (int i = 0; i < registers; ++i) {
+    definition.properties.push_back(RegisterProperty(i, {Number("Index", 2 * i)}));
+  }
+  schema.AddClass(definition);
+}
+
+inline void AddCaptureClass(TNamespace& schema) {
+  NKROVEL20::TClassDefinition definition;
+  definition.name = "KROSG_DCAPFile";
+  for (const char* name :
+       {"FileName", "ErrRawData", "SourceNode", "CreationClassName", "LogCreationClassName", "LogName", "RecordID"}) {
+    definition.properties.push_back(Scalar(name, TCIMValue::TCIMType::kString));
+  }
+  definition.properties.push_back(Scalar("MessageTimestamp", TCIMValue::TCIMType::kDateTime));
+  schema.AddClass(definition);
+}
+
+inline void Collect(torgareg::TTORGARegPluginCallbacks& plugin, const boost::shared_ptr<TNamespace>& schema,
+                    const std::string& name) {
+  std::vector<boost::shared_ptr<NKROVEL20::ICIMClass>> classes = {schema->FindClass(name)};
+  plugin.GetData(schema, classes);
+}
+
+}  // namespace bench

@@ -1,0 +1,91 @@
+// Strings that hold MOF: values of properties with the qualifier EmbeddedInstance or EmbeddedObject.
+#include "host/schema/instancebuilder.h"
+#include "host/schema/mofscan.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+Mof::TSpan NameOf(const Mof::TMofFile& file, const Mof::TProduction& production) {
+  switch (production.kind) {
+    case Mof::EProduction::kPragma: return file.pragmas[production.index].name;
+    case Mof::EProduction::kQualifier: return file.qualifiers[production.index].name;
+    case Mof::EProduction::kClass: return file.classes[production.index].name;
+    default: return file.instances[production.index].className;
+  }
+}
+
+const char* KindOf(Mof::EProduction production) {
+  switch (production) {
+    case Mof::EProduction::kPragma: return "a pragma";
+    case Mof::EProduction::kQualifier: return "a qualifier declaration";
+    case Mof::EProduction::kClass: return "a class";
+    default: return "an instance";
+  }
+}
+
+}  // namespace
+
+void TInstanceBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitializer& value,
+                                     const TPropertyDecl& property) {
+  if (property.Definition().type != TCIMValue::TCIMType::kString) return;
+  const auto ofClass = property.Qualifiers().Find("EmbeddedInstance");
+  const auto ofAny = property.Qualifiers().Find("EmbeddedObject");
+  const bool hasClass = ofClass && !ofClass->GetValue().IsNull();
+  if (!hasClass && !(ofAny && ofAny->GetValue().ToString(10) == "true")) return;
+  const std::string className = hasClass ? ofClass->GetValue().ToString(10) : std::string();
+  for (std::uint32_t i = 0; i < value.literals.count; ++i) {
+    const Mof::TLiteral& literal = unit.file->literals[value.literals.first + i];
+    if (literal.kind == Mof::ELiteral::kString) ReadEmbedded(unit, literal, className);
+  }
+}
+
+// Texts may be embedded in embedded ones. Each level doubles the backslashes before its quotes, so that the size of a
+// literal bounds their number.
+void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal,
+                                    const std::string& className) {
+  const std::string expected = className.empty() ? "an instance or a class" : "an instance of '" + className + "'";
+  const std::size_t errors = log_.Errors();
+  embedded_.push_back(std::make_unique<TEmbeddedText>(outer, literal, limits_, log_));
+  const TSchemaUnit& unit = embedded_.back()->Unit();
+  const std::vector<Mof::TProduction>& productions = unit.file->productions;
+  if (productions.empty()) {
+    if (log_.Errors() == errors) log_.Error(outer.Place(literal.span), "found an empty text, expected " + expected);
+    return;
+  }
+  const Mof::TProduction first = productions.front();
+  if (first.kind == Mof::EProduction::kInstance) {
+    ReadEmbeddedInstance(unit, unit.file->instances[first.index], className);
+  } else if (first.kind == Mof::EProduction::kClass && className.empty()) {
+    const Mof::TSpan above = unit.file->classes[first.index].superClass;
+    if (above.begin != above.end) classes_.CheckClassName(unit.Place(above), unit.Text(above));
+  } else {
+    log_.Error(unit.Place(NameOf(*unit.file, first)),
+               "found " + std::string(KindOf(first.kind)) + " in an embedded text, expected " + expected);
+  }
+  if (productions.size() > 1) {
+    log_.Error(unit.Place(NameOf(*unit.file, productions[1])), "found a second declaration in an embedded text");
+  }
+}
+
+void TInstanceBuilder::ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
+                                            const std::string& className) {
+  const auto found = namespace_.FindClass(unit.Text(syntax.className));
+  const auto expected = namespace_.FindClass(className);
+  if (found && expected && found != expected && !found->DescendsFrom(*expected)) {
+    log_.Error(unit.Place(syntax.className), "found an instance of " + unit.Quoted(syntax.className) +
+                                                 ", expected one of '" + expected->Name() + "' or of a class below it");
+  }
+  BuildOne(unit, syntax);
+}
+
+void TInstanceBuilder::CheckStringDefaults() {
+  for (const TStringDefault& text : classes_.StringDefaults()) {
+    const auto cimClass = namespace_.FindClass(text.className);
+    const std::size_t index = cimClass ? cimClass->FindProperty(text.property) : 0;
+    if (!cimClass || index == cimClass->Properties().size()) continue;
+    CheckEmbedded(text.unit, text.value, *cimClass->Properties()[index]);
+  }
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,47 @@
+#include "host/schema/embeddedtext.h"
+
+#include <algorithm>
+
+#include "host/schema/mofscan.h"
+
+namespace NKROVEL20 {
+
+TEmbeddedText::TEmbeddedText(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TSchemaLimits& limits,
+                             TSchemaLog& log)
+    : outer_(outer), source_(outer.source->Name(), TakeText(literal)), unit_{outer.number, &source_, &file_, this} {
+  ReplaceBadBytes(log);
+  file_ = Mof::ParseMof(source_, unit_, limits, log);
+}
+
+std::string TEmbeddedText::TakeText(const Mof::TLiteral& literal) {
+  std::string text;
+  for (std::uint32_t i = 0; i < literal.pieces.count; ++i) {
+    const Mof::TPiece& piece = outer_.file->pieces[literal.pieces.first + i];
+    const auto start = static_cast<std::uint32_t>(text.size());
+    jumps_.push_back({start, piece.span.begin});
+    Mof::AppendUnescaped(text, outer_.Text(piece.span), piece.span.begin, jumps_);
+  }
+  // The source would drop it, and every byte would stand elsewhere than the jumps say.
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) text[0] = ' ', text[1] = ' ', text[2] = ' ';
+  return text;
+}
+
+// A string may hold a NUL by its escape; no other byte of it can be bad.
+void TEmbeddedText::ReplaceBadBytes(TSchemaLog& log) {
+  const std::size_t first = Mof::FindBadByte(source_.Text(), 0);
+  if (first == source_.Text().size()) return;
+  log.Error(Place(static_cast<std::uint32_t>(first)), "found the character with the code 0 in an embedded text");
+  for (std::size_t bad = first; bad < source_.Text().size(); bad = Mof::FindBadByte(source_.Text(), bad + 1)) {
+    source_.Data()[bad] = '?';
+  }
+}
+
+TSchemaPlace TEmbeddedText::Place(std::uint32_t offset) const {
+  const auto next = std::upper_bound(jumps_.begin(), jumps_.end(), offset,
+                                     [](std::uint32_t place, const Mof::TTextJump& jump) { return place < jump.text; });
+  const Mof::TTextJump& jump = *(next - 1);
+  return outer_.Place(jump.source + (offset - jump.text));
+}
+
+}  // namespace NKROVEL20

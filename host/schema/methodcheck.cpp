@@ -1,0 +1,109 @@
+// Methods: declared once, and changed by a subclass as little as a property.
+#include "host/schema/classbuilder.h"
+#include "host/schema/mofscan.h"
+#include "host/schema/seennames.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+std::string TypeOf(const TSchemaUnit& unit, const Mof::TFeature& feature) {
+  std::string suffix;
+  if (feature.array.isArray) suffix = feature.array.size == 0 ? "[]" : "[" + std::to_string(feature.array.size) + "]";
+  const bool isReference = feature.type.code == TCIMValue::TCIMType::kReference;
+  return (isReference ? "reference to " + std::string(unit.Text(feature.type.span))
+                      : TCIMValue::TCIMType(feature.type.code).ToString()) +
+         suffix;
+}
+
+std::string AsIn(const TMethod& overridden) {
+  return " as in the class " + Mof::Quoted(overridden.declaringClass) + ", whose method it overrides";
+}
+
+bool SameType(const Mof::TFeature& a, const Mof::TFeature& b) {
+  return a.type.code == b.type.code && a.array.isArray == b.array.isArray && a.array.size == b.array.size;
+}
+
+}  // namespace
+
+const TMethod* TClassBuilder::FindMethod(const TEntry* entry, std::string_view name) {
+  for (; entry != nullptr; entry = Find(entry->unit.Text(entry->syntax->superClass))) {
+    const auto found = entry->methods.find(name);
+    if (found != entry->methods.end()) return &found->second;
+  }
+  return nullptr;
+}
+
+const TMethods* TClassBuilder::MethodsOf(std::string_view className) {
+  const TEntry* entry = Find(className);
+  return entry ? &entry->methods : nullptr;
+}
+
+void TClassBuilder::AddMethod(TEntry& entry, const Mof::TFeature& feature, const TEntry* above) {
+  const TSchemaUnit& unit = entry.unit;
+  TMethod method = {unit, &feature, unit.Text(entry.syntax->name), FindMethod(above, unit.Text(feature.name)), {}, {}};
+  const TQualifierSet* inherited = method.overridden ? &method.overridden->qualifiers : nullptr;
+  method.qualifiers = TQualifierSet(
+      qualifiers_.Resolve(unit, feature.qualifiers, {Mof::kScopeMethod, inherited, methodValues_}), inherited);
+  CheckEmbedded(unit, feature);
+  AddParameters(method);
+  if (method.overridden != nullptr) CheckSignature(method);
+  entry.methods.emplace(unit.Text(feature.name), std::move(method));
+}
+
+void TClassBuilder::AddParameters(TMethod& method) {
+  const TSchemaUnit& unit = method.unit;
+  const Mof::TRange range = method.syntax->parameters;
+  method.parameters.reserve(range.count);
+  TSeenNames names;
+  for (std::uint32_t i = 0; i < range.count; ++i) {
+    const Mof::TFeature& parameter = unit.file->parameters[range.first + i];
+    if (!names.Add(unit.Text(parameter.name))) {
+      log_.Error(unit.Place(parameter.name), "the parameter " + unit.Quoted(parameter.name) +
+                                                 " is declared twice in the method " +
+                                                 unit.Quoted(method.syntax->name));
+    }
+    const bool isInherited = method.overridden && i < method.overridden->parameters.size();
+    const TQualifierSet* inherited = isInherited ? &method.overridden->parameters[i] : nullptr;
+    method.parameters.emplace_back(
+        qualifiers_.Resolve(unit, parameter.qualifiers, {Mof::kScopeParameter, inherited, methodValues_}), inherited);
+    CheckEmbedded(unit, parameter);
+    if (parameter.type.code == TCIMValue::TCIMType::kReference) {
+      CheckClassName(unit.Place(parameter.type.span), unit.Text(parameter.type.span));
+    }
+  }
+}
+
+// Nothing here calls a method, so that a changed one does no harm: it is no error.
+void TClassBuilder::CheckSignature(const TMethod& method) {
+  const TSchemaUnit& unit = method.unit;
+  const Mof::TFeature& before = *method.overridden->syntax;
+  if (!SameType(*method.syntax, before)) {
+    log_.Warning(unit.Place(method.syntax->type.span),
+                 "the method " + unit.Quoted(method.syntax->name) + " returns " + TypeOf(unit, *method.syntax) +
+                     ", expected " + TypeOf(method.overridden->unit, before) + AsIn(*method.overridden));
+  }
+  const std::uint32_t count = method.syntax->parameters.count;
+  if (count != before.parameters.count) {
+    log_.Warning(unit.Place(method.syntax->name),
+                 "the method " + unit.Quoted(method.syntax->name) + " has " + std::to_string(count) +
+                     (count == 1 ? " parameter" : " parameters") + ", expected " +
+                     std::to_string(before.parameters.count) + AsIn(*method.overridden));
+    return;
+  }
+  for (std::uint32_t i = 0; i < count; ++i) CheckParameter(method, i);
+}
+
+void TClassBuilder::CheckParameter(const TMethod& method, std::uint32_t index) {
+  const TSchemaUnit& unit = method.unit;
+  const TSchemaUnit& unitBefore = method.overridden->unit;
+  const Mof::TFeature& parameter = unit.file->parameters[method.syntax->parameters.first + index];
+  const Mof::TFeature& before = unitBefore.file->parameters[method.overridden->syntax->parameters.first + index];
+  if (SameType(parameter, before) && EqualNames(unit.Text(parameter.name), unitBefore.Text(before.name))) return;
+  log_.Warning(unit.Place(parameter.type.span), "found the parameter " + unit.Quoted(parameter.name) + " of the type " +
+                                                    TypeOf(unit, parameter) + ", expected " +
+                                                    unitBefore.Quoted(before.name) + " of the type " +
+                                                    TypeOf(unitBefore, before) + AsIn(*method.overridden));
+}
+
+}  // namespace NKROVEL20

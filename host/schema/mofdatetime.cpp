@@ -1,0 +1,76 @@
+#include "host/schema/mofdatetime.h"
+
+#include <array>
+
+#include "host/schema/mofscan.h"
+
+namespace NKROVEL20::Mof {
+
+namespace {
+
+constexpr std::size_t kSize = 25;
+constexpr std::size_t kPoint = 14;
+constexpr std::size_t kSign = 21;
+constexpr const char* kForms = "\"yyyymmddhhmmss.mmmmmmsutc\" or \"ddddddddhhmmss.mmmmmm:000\"";
+
+// Two digits.
+struct TField {
+  const char* name;
+  std::size_t start;
+  const char* low;
+  const char* high;
+};
+constexpr std::array kDate = {TField{"month", 4, "01", "12"}, TField{"day", 6, "01", "31"}};
+constexpr std::array kTime = {TField{"hour", 8, "00", "23"}, TField{"minute", 10, "00", "59"},
+                              TField{"second", 12, "00", "59"}};
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Characters of the text, counted from 1; a byte of a longer one is not shown alone.
+std::string Found(std::string_view text, std::size_t index, const char* expected) {
+  const bool isPlain = text[index] >= ' ' && text[index] <= '~';
+  return "found " + (isPlain ? Quoted(text.substr(index, 1)) : std::string("another character")) + " in place " +
+         std::to_string(index + 1) + " of the datetime, expected " + expected;
+}
+
+std::string ShapeProblem(std::string_view text) {
+  for (std::size_t i = 0; i < kSize; ++i) {
+    if (i == kPoint) {
+      if (text[i] != '.') return Found(text, i, "'.'");
+    } else if (i == kSign) {
+      if (text[i] != '+' && text[i] != '-' && text[i] != ':') return Found(text, i, "'+', '-' or ':'");
+    } else if (!IsDigit(text[i]) && (text[i] != '*' || i > kSign)) {
+      return Found(text, i, "a digit");
+    }
+  }
+  return {};
+}
+
+template <typename TFields>
+std::string RangeProblem(std::string_view text, const TFields& fields) {
+  for (const TField& field : fields) {
+    const std::string_view value = text.substr(field.start, 2);
+    if (!IsDigit(value[0]) || !IsDigit(value[1]) || (value >= field.low && value <= field.high)) continue;
+    return "found the " + std::string(field.name) + " " + Quoted(value) + " in the datetime, expected " + field.low +
+           " to " + field.high;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string DateTimeProblem(std::string_view text) {
+  if (text.size() != kSize) {
+    return "found " + std::to_string(text.size()) + " characters, expected a datetime of 25, " + kForms;
+  }
+  std::string problem = ShapeProblem(text);
+  const bool isInterval = text[kSign] == ':';
+  if (problem.empty() && !isInterval) problem = RangeProblem(text, kDate);
+  if (problem.empty()) problem = RangeProblem(text, kTime);
+  const std::string_view end = text.substr(kSign + 1);
+  if (problem.empty() && isInterval && end != "000") problem = "found " + Quoted(end) + " behind ':', expected '000'";
+  if (!problem.empty()) return problem;
+  return "found " + Quoted(text) + ", expected asterisks from the start of a field on up to place 21 of the datetime";
+}
+
+}  // namespace NKROVEL20::Mof

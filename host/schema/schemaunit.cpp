@@ -1,0 +1,34 @@
+#include "host/schema/schemaunit.h"
+
+#include <numeric>
+
+#include "host/schema/embeddedtext.h"
+#include "host/schema/mofscan.h"
+#include "host/schema/moftext.h"
+
+namespace NKROVEL20 {
+
+std::string TSchemaUnit::Quoted(Mof::TSpan span) const { return Mof::Quoted(source->Text(span)); }
+
+TSchemaPlace TSchemaUnit::Place(std::uint32_t offset) const {
+  return embedding != nullptr ? embedding->Place(offset) : TSchemaPlace{number, offset};
+}
+
+std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal) {
+  const Mof::TPiece* const pieces = unit.file->pieces.data() + literal.pieces.first;
+  const Mof::TPiece* const end = pieces + literal.pieces.count;
+  std::string text;
+  text.reserve(std::accumulate(pieces, end, std::size_t{0}, [](std::size_t sum, const Mof::TPiece& piece) {
+    return sum + (piece.span.end - piece.span.begin);
+  }));
+  for (const Mof::TPiece* piece = pieces; piece != end; ++piece) {
+    if (piece->escaped) {
+      Mof::AppendUnescaped(text, unit.Text(piece->span));
+    } else {
+      text += unit.Text(piece->span);
+    }
+  }
+  return text;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,15 @@
+// Outputs that would destroy an input or another output.
+#pragma once
+
+#include "host/velhost/commandline.h"
+#include "host/velhost/installation.h"
+
+namespace NKROVEL20 {
+
+/// Throws THostError (kUsage) where two outputs, or an output and an input, are one file: under one
+/// path, through links, or as one inode. Devices, pipes and terminals may serve several. Looks at
+/// -o, --record, --log and --capture-dir against one another, and against the plugin, the schema
+/// files, the server file or recording and the password file. Opens nothing.
+void RefuseClashingFiles(const TCommandLine& commandLine, const TInstallation& installation);
+
+}  // namespace NKROVEL20

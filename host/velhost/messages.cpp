@@ -1,0 +1,50 @@
+#include "host/velhost/messages.h"
+
+#include <unistd.h>
+
+#include <string>
+
+#include "host/core/hosterror.h"
+#include "host/output/outputfile.h"
+#include "host/output/tablelayout.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::string_view kPrefix = "velhost: ";
+
+std::function<void()> beforeMessage;
+
+void WriteOut(std::string_view text) {
+  if (beforeMessage) beforeMessage();
+  try {
+    TDescriptorSink sink(STDERR_FILENO, "standard error");
+    sink.Write(text);
+    sink.Flush();
+  } catch (const THostError&) {  // nobody is left to tell
+  }
+}
+
+std::string_view WithoutLastNewlines(std::string_view text) {
+  while (text.ends_with('\n')) text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace
+
+void Say(std::string_view text) { WriteOut(std::string(kPrefix) + SafeLines(WithoutLastNewlines(text)) + "\n"); }
+
+void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics) {
+  for (const TTextDiagnostic& diagnostic : diagnostics) Say(FormatDiagnostic(diagnostic));
+}
+
+void WriteToStandardError(std::string_view text) {
+  WriteOut(isatty(STDERR_FILENO) == 1 ? SafeLines(text) : std::string(text));
+}
+
+TMessageHook::TMessageHook(std::function<void()> before) { beforeMessage = std::move(before); }
+
+TMessageHook::~TMessageHook() { beforeMessage = nullptr; }
+
+}  // namespace NKROVEL20

@@ -1,0 +1,34 @@
+// What velhost says on standard error.
+#pragma once
+
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "host/core/textdiagnostic.h"
+
+namespace NKROVEL20 {
+
+/// "velhost: " and the text on a line of its own. The text may have further lines, which belong to the
+/// first. What could disturb a terminal shows as escapes (SafeLines). Failed writes are ignored:
+/// nobody is left to tell.
+void Say(std::string_view text);
+
+/// Each diagnostic as FormatDiagnostic has it, behind "velhost: ".
+void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics);
+
+/// Bytes as they are, whole lines: the collector's trace. Escaped as Say does where standard error is a
+/// terminal.
+void WriteToStandardError(std::string_view text);
+
+/// While it lives, `before` is called before anything of the above is written: what else stands on the
+/// terminal can be taken away. One at a time.
+class TMessageHook {
+ public:
+  explicit TMessageHook(std::function<void()> before);
+  ~TMessageHook();
+  TMessageHook(const TMessageHook&) = delete;
+  TMessageHook& operator=(const TMessageHook&) = delete;
+};
+
+}  // namespace NKROVEL20

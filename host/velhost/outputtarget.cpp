@@ -1,0 +1,64 @@
+#include "host/velhost/outputtarget.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/velhost/terminal.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+enum class EReader { kTerminal, kPipe, kNone };
+
+EReader ReaderOfStandardOutput() {
+  if (IsTerminal(STDOUT_FILENO)) return EReader::kTerminal;
+  struct stat status {};
+  const bool known = fstat(STDOUT_FILENO, &status) == 0;
+  return known && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) ? EReader::kPipe : EReader::kNone;
+}
+
+}  // namespace
+
+bool IsStandardOutput(const std::string& path) { return path.empty() || path == "-"; }
+
+// Writes at once what it is given: the writers gather their text themselves, and the progress line has
+// to be away at the moment of the writing.
+class TOutputTarget::TStandardOutput : public ITextSink {
+ public:
+  void SetProgressLine(TProgressLine* line) { line_ = IsTerminal(STDERR_FILENO) ? line : nullptr; }
+  void Write(std::string_view text) override {
+    const bool inTheWay = line_ != nullptr && reader_ != EReader::kNone && !text.empty();
+    if (inTheWay) line_->Hold();
+    sink_.Write(text);
+    sink_.Flush();
+    if (inTheWay && reader_ == EReader::kTerminal && text.ends_with('\n')) line_->Resume();
+  }
+
+ private:
+  TDescriptorSink sink_{STDOUT_FILENO, "standard output"};
+  EReader reader_ = ReaderOfStandardOutput();
+  TProgressLine* line_ = nullptr;
+};
+
+TOutputTarget::TOutputTarget(const std::string& path) {
+  if (IsStandardOutput(path)) {
+    standard_ = std::make_unique<TStandardOutput>();
+  } else {
+    file_ = std::make_unique<TOutputFile>(path);
+  }
+}
+
+TOutputTarget::~TOutputTarget() = default;
+
+void TOutputTarget::SetProgressLine(TProgressLine* line) {
+  if (standard_) standard_->SetProgressLine(line);
+}
+
+ITextSink& TOutputTarget::Sink() { return file_ ? static_cast<ITextSink&>(*file_) : *standard_; }
+
+void TOutputTarget::Finish() {
+  if (file_) file_->Commit();
+}
+
+}  // namespace NKROVEL20

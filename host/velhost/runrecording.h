@@ -1,0 +1,47 @@
+// What --record asks for.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/serviceprocessor/recording.h"
+
+namespace NKROVEL20 {
+
+/// The recording of a run; nothing without a path. The file is created by OpenFile, and what is
+/// recorded before waits for it: the plugin has to be loaded before a file that is there is emptied.
+class TRunRecording {
+ public:
+  /// The service processor and the environment are not owned.
+  TRunRecording(std::string path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment);
+  TRunRecording(const TRunRecording&) = delete;
+  TRunRecording& operator=(const TRunRecording&) = delete;
+
+  /// Throws THostError (kCannotCreate, kWriteFailed).
+  void OpenFile();
+  /// Null where nothing is recorded.
+  IExchangeObserver* Observer() { return recorder_ ? &*recorder_ : nullptr; }
+  /// The environment whose readings of the clock are recorded.
+  IHostEnvironment& Environment() { return recorded_ ? static_cast<IHostEnvironment&>(*recorded_) : plain_; }
+  /// Throws the first failure of a write, if there was one.
+  void Finish() const;
+
+ private:
+  class TLateFile : public ITextSink {
+   public:
+    void Open(const std::string& path);
+    void Write(std::string_view text) override;
+
+   private:
+    std::string waiting_;
+    std::optional<TRecordingFile> file_;
+  };
+
+  std::string path_;
+  IHostEnvironment& plain_;
+  TLateFile file_;
+  std::optional<TRecorder> recorder_;
+  std::optional<TRecordingEnvironment> recorded_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,116 @@
+// The order of a block's steps, as it shows when one of them fails, and what each service processor gets.
+#include <gtest/gtest.h>
+
+#include "host/core/assertionfailure.h"
+#include "jfr/TNOVRequesttorgareg.h"
+#include "tests/jfr/blocktest.h"
+#include "tests/support/timezone.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+class TBlockOrder : public TBlockTest {
+ protected:
+  static TStep Block() { return DotBlock(0).Returns(TBlock().Bytes()); }
+};
+
+TEST_F(TBlockOrder, WithoutInstancesTheBlockIsReadForNothing) {
+  sp.Expect(Block());
+  EXPECT_TRUE(Collector(Chip().MaxInstances(0).Record("R", 0)).getData().empty());
+  EXPECT_EQ(sp.StepsLeft(), 0U);
+}
+
+TEST_F(TBlockOrder, ABlocksTimeIsUtcInEveryZone) {
+  const TTimeZone zone("XYZ-5:30");
+  TBlock block;
+  EXPECT_EQ(Collector(Chip()).getTimeStamp(block.Data()).ToString(), "20241231235958.000000+000");
+}
+
+TEST_F(TBlockOrder, TheMachineTypeIsThatOfTheRequestedClassesNamespace) {
+  const auto other = TNamespace::Create();
+  other->SetMachineType("4411");
+  const auto base = other->AddClass(TClassBuilder(kBridgeBase));
+  const auto asked = ns->AddClass(Chip());
+  EXPECT_EQ(TJFRErrorData(base, asked).getMachineType(), "6203");
+  EXPECT_EQ(TJFRErrorData(asked, base).getMachineType(), "4411");
+}
+
+TEST_F(TBlockOrder, AnIdentityIsThatOfTheClassGiven) {
+  Collector(Chip());
+  ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));
+  const TPropertyMap info = collector->getCIMInstanceInfo(Class("KROSG_L3Cache_StatisticData"), 0);
+  EXPECT_EQ(Text(info, "ElementName"), "Integrated L3 cache module,0");
+  EXPECT_EQ(Text(info, "InstanceID"), "KROSG:KROSG_L3Cache_StatisticData:6203:0");
+}
+
+TEST_F(TBlockOrder, EveryDeclarationIsAskedForItsOriginAndThenForTheSuperclass) {
+  ns->AddClass(TClassBuilder("PARENT").Scalar("InstanceID", TType::kString));
+  Collector(TClassBuilder("Bridge6203", "PARENT").Record("R", 0));
+  TBlock block;
+  probe.Clear();
+  collector->getChipsetErrorRegisterValues(block.Data(), 0);
+  std::vector<std::string> calls;
+  for (const std::string& call : probe.Calls()) {
+    if (call.find("GetName") == std::string::npos) calls.push_back(call);
+  }
+  EXPECT_EQ(calls, (std::vector<std::string>{"Bridge6203.EnumeratePropertyDecls() {}", "InstanceID.GetClassOrigin() {}",
+                                             "Bridge6203.GetSuperClass() {}", "R.GetClassOrigin() {}",
+                                             "Bridge6203.GetSuperClass() {}", "R.GetType() {}",
+                                             "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
+}
+
+TEST_F(TBlockOrder, AClassWithoutSuperclassAssertsEvenWhereNothingIsToBeRead) {
+  Collector(TClassBuilder("Bridge6203").Scalar("InstanceID", TType::kString));
+  TBlock block;
+  EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), TAssertionFailure);
+}
+
+TEST_F(TBlockOrder, TheDecodingIsAnnouncedBeforeItsEnumeration) {
+  Collector(Chip().Record("R", 0));
+  TBlock block;
+  probe.Clear();
+  logger.FailAt("In getChipsetErrorRegisterValues()");
+  EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), std::runtime_error);
+  EXPECT_TRUE(probe.Calls().empty());
+}
+
+class TRequestOrder : public TPartTest {
+ protected:
+  TRequestOrder() { sp.takesDotCommands = true; }
+};
+
+TEST_F(TRequestOrder, DotCommandsAreAnnouncedBeforeTheCheck) {
+  logger.FailAt("TNOVRequestTorgaReg()::Is Dotcommand.");
+  EXPECT_THROW(TNOVRequestTorgaReg(), std::runtime_error);
+  EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"dot"});
+}
+
+TEST_F(TRequestOrder, ARequestIsAnnouncedBeforeItIsSent) {
+  TNOVRequestTorgaReg transport;
+  TBytes out(14);
+  unsigned short length = 0;
+  logger.FailAt("Entered torgareg request.");
+  EXPECT_THROW(transport.getData(0, 1, out.data(), &length), std::runtime_error);
+  logger.FailAt("Entered get time stamp request");
+  EXPECT_THROW(transport.getTimeStamp(out.data(), &length), std::runtime_error);
+  EXPECT_TRUE(sp.PresetLengths().empty()) << "nothing was sent";
+}
+
+TEST_F(TRequestOrder, ACompletionCodeAddsNothingToATranscript) {
+  TNOVRequestTorgaReg transport;
+  TBytes out(14);
+  unsigned short length = 0;
+  sp.Expect({Register(0, 1).Answers(TBytes(14, 1)).WithCode(0xC1), Timestamp().Answers({1, 2, 3, 4}).WithCode(0xC1)});
+  logger.Clear();
+  EXPECT_FALSE(transport.getData(0, 1, out.data(), &length));
+  EXPECT_FALSE(transport.getTimeStamp(out.data(), &length));
+  EXPECT_EQ(logger.OfSeverity(4),
+            (std::vector<TLine>{Verbose("command completed checking success...\n\nThe response length is 23"),
+                                Verbose("Command completed checking success...\n")}));
+}
+
+}  // namespace
+}  // namespace torgareg

@@ -1,0 +1,92 @@
+"""The host that the collector model runs in: trace, instances, clock; and the byte dumps of the trace."""
+
+from modelvalues import DEBUG, STATUS, TvelException, VERBOSE, datetime_value, deref
+from modelserver import ServiceProcessor
+
+
+class Log:
+    """The logging facade: empty lines are never sent."""
+
+    def __init__(self):
+        self.lines = []
+
+    def write(self, severity, message):
+        if message:
+            self.lines.append((severity, message))
+
+    def status(self, message):
+        self.write(STATUS, message)
+
+    def debug(self, message):
+        self.write(DEBUG, message)
+
+    def verbose(self, message):
+        self.write(VERBOSE, message)
+
+
+class Instance:
+    """A new instance of a class, which the host has once it is committed."""
+
+    def __init__(self, host, cls):
+        self.host = host
+        self.cls = cls
+        self.declared = [declaration.name for declaration in host.schema.property_declarations(cls)]
+        self.values = {}
+
+    def set(self, name, value):
+        for declared in self.declared:
+            if declared.lower() == name.lower():
+                self.values[declared] = value
+                return
+        raise TvelException(6)
+
+    def commit(self):
+        properties = [(name, self.values[name].plain()) for name in self.declared if name in self.values]
+        self.host.instances.append((self.cls.name, properties))
+
+
+class Host:
+    """What the plugin reaches of its host."""
+
+    def __init__(self, schema, server, timezone, directory):
+        self.schema = schema
+        self.machine_type = server["machine_type"]
+        self.local_time = server.get("local_time")
+        self.timezone = timezone
+        self.sp = ServiceProcessor(server, directory)
+        self.log = Log()
+        self.instances = []
+
+    def class_qualifier(self, cls, name):
+        return self.schema.class_qualifier(deref(cls), name)
+
+    def create_instance(self, cls):
+        return Instance(self, deref(cls))
+
+    def clock(self):
+        """The host's clock as a datetime value."""
+        now = self.local_time
+        minutes = int(now.utcoffset().total_seconds()) // 60
+        return datetime_value(now.year, now.month, now.day, now.hour, now.minute, now.second, minutes)
+
+
+# ---------------------------------------------------------------------------------------------------------
+# Byte dumps
+
+def dump(data, last):
+    """Bytes 0 to last in decimal, eight a line; the caller owns last + 1 bytes."""
+    text = ""
+    for i in range(last + 1):
+        if i % 8 == 0:
+            text += "\n"
+        text += "%d " % data[i]
+    return text + "\n"
+
+
+def hex_pairs(data):
+    return "".join("%02x " % byte for byte in data)
+
+
+def quotient(number, divisor):
+    """Division of C: toward zero."""
+    return -(-number // divisor) if number < 0 else number // divisor

@@ -1,0 +1,91 @@
+"""Classes, qualifiers and properties as the collector model looks them up."""
+
+from dataclasses import dataclass, field
+
+from modelvalues import value_of
+
+
+@dataclass
+class Property:
+    """A property declaration; qualifiers maps a qualifier's name to a plain Python value."""
+
+    name: str
+    type: str = "uint8"
+    is_array: bool = True
+    qualifiers: dict = field(default_factory=dict)
+
+
+@dataclass
+class CimClass:
+    """A class declaration with the properties declared in it."""
+
+    name: str
+    superclass: str = None
+    qualifiers: dict = field(default_factory=dict)
+    properties: list = field(default_factory=list)
+
+
+@dataclass
+class PropertyDeclaration:
+    """What the property enumeration of a class delivers."""
+
+    name: str
+    origin: str
+    qualifiers: dict
+
+    def qualifier(self, name):
+        return find_qualifier(self.qualifiers, name)
+
+
+def find_qualifier(qualifiers, name):
+    """The value of the named qualifier, or None (the empty pointer)."""
+    for key, plain in qualifiers.items():
+        if key.lower() == name.lower():
+            return value_of(plain)
+    return None
+
+
+class Schema:
+    """Classes in declaration order; restricted holds the qualifiers that subclasses do not inherit."""
+
+    def __init__(self, classes, restricted=()):
+        self.classes = list(classes)
+        self.restricted = {name.lower() for name in restricted}
+        self.by_name = {cls.name.lower(): cls for cls in self.classes}
+
+    def find(self, name):
+        return self.by_name.get(name.lower())
+
+    def parent(self, cls):
+        return self.find(cls.superclass) if cls.superclass else None
+
+    def lineage(self, cls):
+        """The class and its ancestors, the root class first."""
+        line = []
+        while cls is not None:
+            line.insert(0, cls)
+            cls = self.parent(cls)
+        return line
+
+    def descendants(self, cls):
+        """All descendants, in declaration order."""
+        return [other for other in self.classes
+                if other is not cls and any(step is cls for step in self.lineage(other))]
+
+    def class_qualifier(self, cls, name):
+        """The class's own qualifier, else one inherited under its flavor, else None."""
+        own = find_qualifier(cls.qualifiers, name)
+        parent = self.parent(cls)
+        if own is not None or parent is None or name.lower() in self.restricted:
+            return own
+        return self.class_qualifier(parent, name)
+
+    def property_declarations(self, cls):
+        """Inherited properties first; an overriding one keeps place and origin of the first declaration."""
+        found = {}
+        for step in self.lineage(cls):
+            for prop in step.properties:
+                first = found.get(prop.name.lower())
+                origin = first.origin if first else step.name
+                found[prop.name.lower()] = PropertyDeclaration(prop.name, origin, prop.qualifiers)
+        return list(found.values())

@@ -1,0 +1,69 @@
+"""Self tests of the reference model: random cases. The expected values are worked out by hand."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import tomllib
+import unittest
+
+import collector_model as model
+import random_case
+from modeltest import FAILED_READ, INVALID
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+
+class RandomCaseTest(unittest.TestCase):
+
+    NEEDED = ["Adding class", "Calling error data", "Normal exit", "Requested class", INVALID, "begin to collect",
+              "Unable to allocate memory", "IPMI driver is not installed", "No eQT/BMC", FAILED_READ,
+              "Error when opening files", "completeCode:90", "completeCode:c", "close file successfully",
+              "Unable to determine the timestamp", "TimeStamp Size and Value", "sendCommand CmdStatus return 0",
+              "Unable to create chip instance due to caught exception No valid", "fSPInstances = 0.",
+              "Unable to create chip instance due to caught exception Type", "Unable to retrieve engineering",
+              "TNOVRequestTorgaReg()::SPComm", "TNOVRequestTorgaReg()::Is not", "Size of cimvalues 0",
+              "Size of cimvalues 14", "Size of cimvalues 28", "Size of cimvalues 42", "Encountered exception"]
+
+    def test_same_seed_same_case(self):
+        one, two = random_case.generate(11), random_case.generate(11)
+        self.assertEqual((one.mof, one.toml, one.files, one.arguments()),
+                         (two.mof, two.toml, two.files, two.arguments()))
+
+    def test_cases_run_and_reach_every_branch(self):
+        missing, failures = set(self.NEEDED), set()
+        with tempfile.TemporaryDirectory() as directory:
+            for seed in range(600):
+                case = random_case.generate(seed)
+                case.write(directory)
+                result = model.run(case.schema, tomllib.loads(case.toml), case.calls(), case.timezone, directory)
+                lines = {text for _, text in result.trace}
+                missing = {text for text in missing if not any(line.startswith(text) for line in lines)}
+                failures.update(call.failure for call in result.calls)
+        self.assertEqual(missing, set())
+        self.assertEqual(failures, {None, "assertion", "TVELException"})
+
+    def test_schemas_are_sound(self):
+        """Superclasses come first; a property is new to its lineage, or says what it overrides, of one type."""
+        for seed in range(300):
+            schema, declared = random_case.generate(seed).schema, set()
+            for cls in schema.classes:
+                self.assertTrue(cls.superclass is None or cls.superclass in declared)
+                declared.add(cls.name)
+                above = {prop.name: prop.type for step in schema.lineage(cls)[:-1] for prop in step.properties}
+                names = [prop.name for prop in cls.properties]
+                self.assertEqual(len(names), len(set(names)))
+                for prop in cls.properties:
+                    self.assertEqual("Override" in prop.qualifiers, prop.name in above, (seed, cls.name, prop))
+                    self.assertEqual(above.get(prop.name, prop.type), prop.type)
+
+    def test_program_writes_a_case(self):
+        with tempfile.TemporaryDirectory() as directory:
+            done = subprocess.run([sys.executable, os.path.join(HERE, "random_case.py"), "--seed", "3",
+                                   "--out", directory], capture_output=True, text=True, check=True)
+            self.assertIn("velhost collect --schema", done.stdout)
+            self.assertTrue(os.path.exists(os.path.join(directory, "case.toml")))
+
+
+if __name__ == "__main__":
+    unittest.main()

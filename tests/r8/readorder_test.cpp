@@ -1,0 +1,148 @@
+// The order of an R8 class's steps, as it shows when one of them fails, and the ends of its transcripts.
+#include <gtest/gtest.h>
+
+#include <boost/make_shared.hpp>
+#include <deque>
+
+#include "host/core/assertionfailure.h"
+#include "r8/ipmirequesttorgareg.h"
+#include "tests/r8/registertest.h"
+#include "tests/support/dumptext.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+class TReadOrder : public TRegisterTest {};
+
+TEST_F(TReadOrder, ThirteenBytesOfDataAreABadAnswerWhateverTheirCode) {
+  sp.Expect(Register(7, 0x345678).Answers(TBytes(13, 0)));
+  IPMIRequestTorgaReg transport;
+  TBytes out(14);
+  unsigned short length = 0;
+  EXPECT_FALSE(transport.getData(7, 0x345678, out.data(), &length, true));
+  EXPECT_TRUE(logger.Lines().back().message.ends_with("\nThe response length is 13\n\nContents of (rspBuf):\n" +
+                                                      DumpText({1, 32, 58, 0, 0, 13}, 257) + "Bad RC from ipmi cmd."));
+}
+
+TEST_F(TReadOrder, ATimestampsTranscriptHasNoWordForACompletionCode) {
+  sp.Expect(Timestamp().Answers({1, 2, 3, 4}).WithCode(0xCB));
+  IPMIRequestTorgaReg transport;
+  TBytes out(4);
+  unsigned short length = 0;
+  EXPECT_FALSE(transport.getTimeStamp(out.data(), &length));
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Entered get time stamp request"),
+                                                Verbose("Command completed checking success...\n")}));
+}
+
+TEST_F(TReadOrder, ARequestIsAnnouncedBeforeItIsSent) {
+  IPMIRequestTorgaReg transport;
+  TBytes out(14);
+  unsigned short length = 0;
+  logger.FailAt("Entered torgareg request.");
+  EXPECT_THROW(transport.getData(0, 1, out.data(), &length, true), std::runtime_error);
+  logger.FailAt("Entered get time stamp request");
+  EXPECT_THROW(transport.getTimeStamp(out.data(), &length), std::runtime_error);
+  EXPECT_TRUE(sp.PresetLengths().empty()) << "nothing was sent";
+}
+
+TEST_F(TReadOrder, EveryDeclarationIsAskedForFourNames) {
+  // The inherited identification property first, which is not read; then R.
+  ns->AddClass(TClassBuilder("PARENT").Scalar("InstanceID", TType::kString));
+  sp.Expect(Register(0, 0x10).Fails(0xCB));
+  Collector(TClassBuilder(kVoMemory, "PARENT").Register("R", 0x10, 8));
+  probe.Clear();
+  EXPECT_TRUE(collector->getRegisterValues(0).empty());
+  const std::string own = std::string(kVoMemory) + ".";
+  const std::vector<std::string> calls = probe.Calls();
+  ASSERT_GE(calls.size(), 13U);
+  EXPECT_EQ(std::vector<std::string>(calls.begin(), calls.begin() + 13),
+            (std::vector<std::string>{own + "EnumeratePropertyDecls() {}", "InstanceID.GetName() {}",
+                                      "InstanceID.GetClassOrigin() {}", "PARENT.GetName() {}", own + "GetName() {}",
+                                      own + "GetSuperClass() {}", "PARENT.GetName() {}", "R.GetName() {}",
+                                      "R.GetClassOrigin() {}", own + "GetName() {}", own + "GetName() {}",
+                                      own + "GetSuperClass() {}", "PARENT.GetName() {}"}));
+}
+
+TEST_F(TReadOrder, AClassWithoutSuperclassAssertsEvenWhereNothingIsToBeRead) {
+  Collector(TClassBuilder(kVoMemory).Scalar("InstanceID", TType::kString));
+  EXPECT_THROW(collector->getRegisterValues(0), TAssertionFailure);
+}
+
+TEST_F(TReadOrder, TheDeclaredTypeIsAskedForAfterAFailedReadToo) {
+  sp.Expect(Register(0, 0x10).Fails(0xCB));
+  Collector(Chip().Register("R", 0x10, 8));
+  const auto property = Property(kVoMemory, "R");
+  probe.Clear();
+  EXPECT_TRUE(collector->getRegisterData(property, 0).IsNull());
+  EXPECT_EQ(probe.CallsWith("R.GetType"), std::vector<std::string>{"R.GetType() {}"});
+}
+
+TEST_F(TReadOrder, ANullArrayOfAddressesReadsNothing) {
+  TCIMValue none(TType::kUint32, 0, {});
+  Collector(Chip().Array("R", {{"Offset", none}, {"MaxLen", Number(TType::kUint32, 8)}}));
+  EXPECT_TRUE(collector->getRegisterData(Property(kVoMemory, "R"), 0).IsNull());
+  EXPECT_EQ(logger.Count(Debug("Entered torgareg request.")), 0U);
+  EXPECT_EQ(logger.Count(Debug("Displaying messenger\n")), 1U);
+}
+
+TEST_F(TReadOrder, AnInstanceBearsTheElementNameThatItIsGiven) {
+  sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
+  Collector(Chip().Register("R", 0x10, 8));
+  const TPropertyMap map = collector->getInstanceData("any name", 4);
+  EXPECT_EQ(map.at("ElementName").ToString(10), "any name");
+  EXPECT_EQ(map.at("InstanceID").ToString(10), "KROSG:KROSG_VO_MEMCTL_StatisticData:6203:4");
+}
+
+// A host may hand out class objects that live no longer than the pointer to them. What is left of the
+// name of such an object then reads like the collected class's.
+class TShortLivedClass : public ICIMClass {
+ public:
+  explicit TShortLivedClass(const std::string& name) : name_(names_.emplace_back(name)) {}
+  ~TShortLivedClass() override { name_ = "COLLECTED"; }
+  const std::string& GetName(const TPropertyMap&) const override { return name_; }
+  boost::shared_ptr<const ICIMQualifier> GetQualifier(const std::string&, const TPropertyMap&) const override {
+    return {};
+  }
+  boost::shared_ptr<ICIMClass> GetSuperClass(const TPropertyMap&) const override {
+    return boost::make_shared<TShortLivedClass>("SUPER");
+  }
+  boost::shared_ptr<ICIMNamespace> GetNamespace(const TPropertyMap&) const override { return {}; }
+  boost::shared_ptr<ICIMInstance> CreateInstance(const TPropertyMap&) override { return {}; }
+  void EnumerateSubClasses(const TClassCallback&, int, const TPropertyMap&) override {}
+  void EnumeratePropertyDecls(const TPropertyDeclCallback& callback, const TPropertyMap&) override {
+    callback(declaration);
+  }
+
+  boost::shared_ptr<ICIMPropertyDecl> declaration;
+
+ private:
+  inline static std::deque<std::string> names_;
+  std::string& name_;
+};
+
+TEST_F(TReadOrder, NamesOutliveNoClassObject) {
+  class TDeclaration : public ICIMPropertyDecl {
+   public:
+    const std::string& GetName(const TPropertyMap&) const override { return name_; }
+    boost::shared_ptr<const ICIMQualifier> GetQualifier(const std::string&, const TPropertyMap&) const override {
+      return {};
+    }
+    TCIMValue::TCIMType GetType(const TPropertyMap&) const override { return TType::kUint8; }
+    boost::shared_ptr<ICIMClass> GetClassOrigin(const TPropertyMap&) const override {
+      return boost::make_shared<TShortLivedClass>("ORIGIN");
+    }
+
+   private:
+    std::string name_ = "R";
+  };
+  const auto requested = boost::make_shared<TShortLivedClass>("COLLECTED");
+  requested->declaration = boost::make_shared<TDeclaration>();
+  R8ErrorData errorData(requested);
+  EXPECT_TRUE(errorData.getRegisterValues(0).empty()) << "it belongs to a third class";
+}
+
+}  // namespace
+}  // namespace torgareg

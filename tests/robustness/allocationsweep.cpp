@@ -1,0 +1,94 @@
+// Refuses every allocation of a full collection, one at a time and from each one on, and checks that
+// the request ends at the host as std::bad_alloc or without a complaint, that every instance which
+// came out is whole, that no block is left behind, and that the next collection is as a clean one.
+//
+//   allocationsweep [--quick]      quick: every 23rd allocation
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+
+#include "tests/robustness/sweephost.h"
+
+namespace {
+
+class TAllocationSweep {
+ public:
+  explicit TAllocationSweep(const std::string& machineType) : host_(machineType), clean_(host_.Run()) {
+    std::printf("%s: %ld allocations\n", machineType.c_str(), clean_.allocations);
+    if (!clean_.traceIsWhole || clean_.instances.empty()) Fail(-1, "the clean run is not whole");
+  }
+
+  void RefuseEach(bool onward, long step) {
+    for (long nth = 0; nth < clean_.allocations; nth += step) Refuse({nth, onward});
+  }
+
+  long Runs() const { return runs_; }
+  long Swallowed() const { return swallowed_; }
+  long Failures() const { return failures_; }
+
+ private:
+  void Refuse(allocation::TPlan plan) {
+    ++runs_;
+    const long before = allocation::LiveBlocks();
+    {
+      host_.RefuseAllocations(plan);
+      const sweep::TOutcome outcome = host_.Run();
+      host_.RefuseAllocations({});
+      CheckOutcome(plan.nth, outcome);
+    }
+    if (allocation::LiveBlocks() != before) Fail(plan.nth, "left blocks behind");
+    const sweep::TOutcome again = host_.Run();
+    if (again.instances != clean_.instances || !again.exception.empty()) Fail(plan.nth, "changed the next collection");
+    if (again.allocations != clean_.allocations) Fail(plan.nth, "changed what the next collection allocates");
+  }
+
+  void CheckOutcome(long nth, const sweep::TOutcome& outcome) {
+    if (outcome.exception.empty()) {
+      ++swallowed_;
+      if (!outcome.traceIsWhole) Fail(nth, "ended early without an exception");
+    } else if (outcome.exception != "std::bad_alloc") {
+      Fail(nth, "ended in " + outcome.exception);
+    }
+    for (const auto& [key, texts] : outcome.instances) CheckWhole(nth, key, texts);
+  }
+
+  // What came out is in the order of the clean run, with nothing changed; instances may be missing.
+  void CheckWhole(long nth, const std::string& key, const std::vector<std::string>& texts) {
+    const auto expected = clean_.instances.find(key);
+    if (expected == clean_.instances.end()) return Fail(nth, "made up " + key);
+    auto next = expected->second.begin();
+    for (const std::string& text : texts) {
+      while (next != expected->second.end() && *next != text) ++next;
+      if (next == expected->second.end()) return Fail(nth, "changed " + key);
+      ++next;
+    }
+  }
+
+  void Fail(long nth, const std::string& what) {
+    if (++failures_ <= 20) std::cerr << "FAILED: refusing allocation " << nth << " " << what << "\n";
+  }
+
+  sweep::THost host_;
+  sweep::TOutcome clean_;
+  long runs_ = 0;
+  long swallowed_ = 0;
+  long failures_ = 0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const long step = argc > 1 && std::strcmp(argv[1], "--quick") == 0 ? 23 : 1;
+  long runs = 0;
+  long failures = 0;
+  for (const char* machineType : {"6203", "4411"}) {
+    TAllocationSweep sweep(machineType);
+    sweep.RefuseEach(false, step);
+    sweep.RefuseEach(true, step);
+    std::printf("  %ld runs, of which %ld did without the memory\n", sweep.Runs(), sweep.Swallowed());
+    runs += sweep.Runs();
+    failures += sweep.Failures();
+  }
+  std::printf("%ld runs, %ld failures\n", runs, failures);
+  return failures == 0 ? 0 : 1;
+}

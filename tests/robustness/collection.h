@@ -1,0 +1,34 @@
+// What the robustness programs collect: a schema and a server with every kind of instance, and the
+// instances as text.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+#include "host/core/cimnamespace.h"
+#include "host/serviceprocessor/serverfile.h"
+
+namespace sweep {
+
+constexpr const char* kJfrClass = "KROSG_X_PCIIOBRIDGE_StatisticData";
+constexpr const char* kBridgeClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";
+constexpr const char* kMemoryClass = "KROSG_T4_MEMCTL_StatisticData";
+constexpr const char* kFileClass = "KROSG_DCAPFile";
+
+/// The four classes, in the order in which they are asked for.
+std::vector<std::string> AllClasses();
+
+boost::shared_ptr<NKROVEL20::TNamespace> MakeSchema(const std::string& machineType);
+/// Two service processors with register blocks, two BMC nodes with three storage areas each.
+NKROVEL20::TServerFile MakeServer(const std::string& machineType);
+
+/// All properties that are set but a capture file's number, which depends on how many there were
+/// before it.
+std::string TextOf(const NKROVEL20::TInstance& instance);
+/// Class and instance of the R8 path, class of the JFR path, file and node of the FFDC path.
+std::string KeyOf(const NKROVEL20::TInstance& instance);
+/// Empty where it is not set.
+std::string PropertyText(const NKROVEL20::TInstance& instance, const char* name);
+
+}  // namespace sweep

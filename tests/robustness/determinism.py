@@ -1,0 +1,108 @@
+"""One recording or server, collected again and again: by one build a thousand times, by builds of other compilers
+and optimisations, in ten time zones, under a locale that writes numbers otherwise. What comes out is the same to the
+byte but for the documented time-zone offset of R8 instances, and how long it took."""
+
+import argparse
+import os
+import pathlib
+import re
+import subprocess
+
+from support import Folder, Tally, VELHOST
+
+# The zone, and the minutes that it is ahead of UTC outside of summer time: what StatisticTime of an R8
+# instance ends in, whatever the season.
+ZONES = {"UTC0": 0, "CET-1CEST,M3.5.0,M10.5.0/3": 60, "EST5EDT,M3.2.0,M11.1.0": -300, "IST-5:30": 330,
+         "<+0545>-5:45": 345, "ACST-9:30ACDT,M10.1.0,M4.1.0/3": 570, "<+14>-14": 840, "SST11": -660,
+         "NST3:30NDT,M3.2.0,M11.1.0": -210, "JST-9": 540}
+TIME = re.compile(rb'(StatisticTime = "\d{14}\.\d{6})([+-]\d{3})')
+ELAPSED = re.compile(rb"^// elapsed: .*$", re.MULTILINE)
+# The shipped server's R8 instances, whose BMC time starts in 1970; register blocks are always of UTC.
+R8_TIME = b'StatisticTime = "1970'
+R8_INSTANCES = 7
+BLOCK_INSTANCES = 12
+LOCALE = "de_DE"
+SOURCES = "/usr/share/i18n/locales"
+
+
+class Determinism:
+    def __init__(self, folder):
+        self.folder = folder
+        self.tally = Tally()
+        self.collect("--sp", "sim", "--record", "run.jsonl")
+        self.expected = self.replay()
+
+    def collect(self, *arguments, velhost=VELHOST, **variables):
+        """Instances and trace of a collection from the shipped server or a recording."""
+        done = self.folder.run("collect", "--format", "mof", "--log", "trace", *arguments, velhost=velhost, **variables)
+        self.tally.expect(done.returncode == 0, f"{arguments} ends with {done.returncode}: {done.stderr.decode()}")
+        return ELAPSED.sub(b"", done.stdout), (self.folder.path / "trace").read_bytes()
+
+    def replay(self, velhost=VELHOST, **variables):
+        return self.collect("--sp", "replay:run.jsonl", velhost=velhost, **variables)
+
+    def replays(self, count):
+        self.tally.expect(self.expected[0].count(b"instance of") == 25, "the shipped server has other instances")
+        for number in range(count):
+            self.tally.expect(self.replay() == self.expected, f"replay {number} differs")
+        print(f"replays of one recording: {count}")
+
+    def builds(self, others):
+        for velhost in others:
+            self.tally.expect(self.replay(velhost=velhost) == self.expected, f"{velhost} differs")
+        print(f"other builds: {len(others)}")
+
+    def zones(self):
+        """A replay has the recording's zone; a live collection that of the process, in the offset alone."""
+        expected, _ = self.collect("--sp", "sim", TZ="UTC0")
+        for zone, minutes in ZONES.items():
+            self.tally.expect(self.replay(TZ=zone) == self.expected, f"a replay in {zone} differs")
+            found, _ = self.collect("--sp", "sim", TZ=zone)
+            self.tally.expect(TIME.sub(rb"\1", found) == TIME.sub(rb"\1", expected), f"{zone}: more than the offset")
+            offsets = {True: [], False: []}
+            for before, offset in TIME.findall(found):
+                offsets[before.startswith(R8_TIME)].append(offset)
+            self.tally.expect(offsets[True] == [b"%+04d" % minutes] * R8_INSTANCES, f"{zone}: R8 {offsets[True]}")
+            self.tally.expect(offsets[False] == [b"+000"] * BLOCK_INSTANCES, f"{zone}: blocks {offsets[False]}")
+        print(f"time zones: {len(ZONES)}")
+
+    def locale(self, underlocale):
+        """The C and the C++ library's locale, in a process of the collector and the output forms."""
+        if not pathlib.Path(SOURCES, LOCALE).exists():
+            print("locale: left out, since the package locales is not installed")
+            return
+        folder = self.folder.path / "locales"
+        folder.mkdir()
+        subprocess.run(["localedef", "-i", LOCALE, "-f", "UTF-8", folder / f"{LOCALE}.UTF-8"], check=True)
+        outputs = {}
+        for name in ("C", f"{LOCALE}.UTF-8"):
+            done = subprocess.run([underlocale, name], capture_output=True, check=False,
+                                  env=dict(os.environ, LOCPATH=str(folder)))
+            self.tally.expect(done.returncode == 0, done.stderr.decode())
+            outputs[name] = done.stdout
+            written = done.stderr.decode().strip()
+        self.tally.expect(written.endswith("4.096 0,5"), f"the locale proves nothing: {written}")
+        self.tally.expect(len(set(outputs.values())) == 1, "the locale changes the output")
+        with_locale = self.replay(LC_ALL=f"{LOCALE}.UTF-8", LOCPATH=str(folder))
+        self.tally.expect(with_locale == self.expected, "the locale changes a replay")
+        print(f"locale: {written}; {len(outputs['C'])} bytes of trace and five output forms")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--replays", type=int, default=1000)
+    parser.add_argument("--other", action="append", type=pathlib.Path, default=[], help="velhost of another build")
+    parser.add_argument("--underlocale", type=pathlib.Path, help="without it the locale is left out")
+    arguments = parser.parse_args()
+    with Folder() as folder:
+        determinism = Determinism(folder)
+        determinism.replays(arguments.replays)
+        determinism.builds([other.resolve() for other in arguments.other])
+        determinism.zones()
+        if arguments.underlocale:
+            determinism.locale(arguments.underlocale.resolve())
+        determinism.tally.end()
+
+
+if __name__ == "__main__":
+    main()

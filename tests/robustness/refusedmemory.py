@@ -1,0 +1,79 @@
+"""Refuses memory to the whole program, once or from some moment on. It ends with a status of its own and a message,
+never by a signal; and what it puts out is whole, of instances that a clean run has as well."""
+
+import argparse
+import collections
+import json
+import os
+import pathlib
+import random
+
+from support import Folder, Tally
+
+REFUSING = os.environ["REFUSING"]
+# Without faults: those count exchanges, so that a request that fails early moves them.
+SERVER = pathlib.Path(os.environ["VELHOST_SOURCE"]) / "servers" / "labelled.toml"
+COLLECT = ["collect", "--sp", f"sim:{SERVER}", "--format", "json", "-o", "out.json", "--record", "run.jsonl", "--log", "trace"]
+COMPLETE, PARTIAL, INTERNAL = 0, 3, 70
+
+
+class Refusing:
+    def __init__(self, folder):
+        self.folder = folder
+        self.tally = Tally()
+        self.statuses = collections.Counter()
+        self.collect(REFUSE_COUNT=str(folder.path / "count"))
+        self.allocations = int((folder.path / "count").read_text())
+        self.clean = self.output()["instances"]
+
+    def output(self):
+        path = self.folder.path / "out.json"
+        return json.loads(path.read_text()) if path.exists() else None
+
+    def collect(self, **variables):
+        (self.folder.path / "out.json").unlink(missing_ok=True)
+        return self.folder.run(*COLLECT, LD_PRELOAD=REFUSING, TZ="UTC0", **variables)
+
+    def refuse(self, nth, onward):
+        where = f"allocation {nth}{' and all behind it' if onward else ''}"
+        done = self.collect(REFUSE_NTH=str(nth), REFUSE_ONWARD="1" if onward else "0")
+        self.statuses[done.returncode] += 1
+        self.tally.expect(done.returncode in (COMPLETE, PARTIAL, INTERNAL),
+                          f"{where}: ends with {done.returncode}: {done.stderr.decode()[-300:]}")
+        self.tally.expect(done.returncode in (COMPLETE, PARTIAL) or b"velhost:" in done.stderr, f"{where}: no message")
+        output = self.output()
+        if output is None:
+            self.tally.expect(done.returncode == INTERNAL, f"{where}: no output, but {done.returncode}")
+            return
+        if done.returncode == COMPLETE:
+            self.tally.expect(len(output["instances"]) == len(self.clean), f"{where}: instances are missing")
+        if done.returncode == PARTIAL:
+            self.tally.expect(output["status"] == "partial" and output["failures"], f"{where}: nothing says what failed")
+        for instance in output["instances"]:
+            self.tally.expect(self.is_known(instance), f"{where}: an instance is not that of a clean run")
+
+    def is_known(self, instance):
+        """Number and mark of incompleteness depend on what failed before."""
+        def content(one):
+            properties = {name: value for name, value in one["properties"].items() if name != "RecordID"}
+            return one["class"], properties
+        return content(instance) in [content(one) for one in self.clean]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--samples", type=int, default=1000)
+    parser.add_argument("--seed", type=int, default=1)
+    arguments = parser.parse_args()
+    chance = random.Random(arguments.seed)
+    with Folder() as folder:
+        refusing = Refusing(folder)
+        for number in range(arguments.samples):
+            refusing.refuse(chance.randrange(refusing.allocations), onward=number % 2 == 1)
+        print(f"{refusing.allocations} allocations, {arguments.samples} runs, seed {arguments.seed}: " +
+              ", ".join(f"{count} with status {status}" for status, count in sorted(refusing.statuses.items())))
+        refusing.tally.end()
+
+
+if __name__ == "__main__":
+    main()

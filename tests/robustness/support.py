@@ -1,0 +1,55 @@
+"""What the robustness scripts share: velhost as a program, in a folder of its own."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "velhost"))
+from velhostcase import BRIDGE, SCHEMA, VELHOST  # noqa: E402, F401  # pylint: disable=wrong-import-position
+
+
+class Folder:
+    """A temporary folder in which velhost runs."""
+
+    def __init__(self):
+        self._folder = tempfile.TemporaryDirectory(prefix="velhost-robustness-")
+        self.path = pathlib.Path(self._folder.name)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._folder.cleanup()
+
+    def write(self, name, text):
+        (self.path / name).write_text(text)
+        return str(self.path / name)
+
+    def schema(self, registers, count):
+        """A schema with one R8 class of so many registers and instances, and the capture files."""
+        lines = [f"[Offset({0x1000 + 8 * i}), MaxLen(8)] uint8 Register{i}[];" for i in range(registers)]
+        return self.write("schema.mof", SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines)))
+
+    def run(self, *arguments, velhost=VELHOST, **variables):
+        return subprocess.run([velhost, *arguments], capture_output=True, timeout=300, cwd=self.path, check=False,
+                              env=dict(os.environ, **variables))
+
+
+class Tally:
+    """Counts, and failures of which the first ones are printed."""
+
+    def __init__(self):
+        self.failures = 0
+
+    def expect(self, holds, failure):
+        if holds:
+            return
+        self.failures += 1
+        if self.failures <= 20:
+            print(f"FAILED: {failure}", file=sys.stderr)
+
+    def end(self):
+        print(f"{self.failures} failures")
+        sys.exit(1 if self.failures else 0)

@@ -1,0 +1,48 @@
+#!/usr/bin/env python3
+"""Ten times the schema takes about ten times the instructions, in whatever direction it grows.
+
+    lineartime_test.py READSHAPE [SHAPE...]
+
+Counted by valgrind, so that neither the machine nor its load matters; without it the test is skipped (77).
+"""
+
+import concurrent.futures
+import re
+import shutil
+import subprocess
+import sys
+
+SMALL = 100
+# Beyond the ten: hash tables that grow, and sorting.
+MOST = 12.5
+
+
+def instructions(program, shape, size):
+    command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", program, shape, str(size)]
+    run = subprocess.run(command, capture_output=True, text=True, check=True)
+    return int(re.search(r"Collected : (\d+)", run.stderr).group(1))
+
+
+def growth(program, shape, start):
+    """`start` is what it takes to read nothing."""
+    return (instructions(program, shape, 10 * SMALL) - start) / (instructions(program, shape, SMALL) - start)
+
+
+def main():
+    if shutil.which("valgrind") is None:
+        print("no valgrind")
+        return 77
+    program = sys.argv[1]
+    shapes = sys.argv[2:] or subprocess.run([program], capture_output=True, text=True, check=True).stdout.split()
+    start = instructions(program, "classes", 0)
+    bad = 0
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        for shape, factor in zip(shapes, pool.map(lambda shape: growth(program, shape, start), shapes)):
+            good = factor <= MOST
+            bad += not good
+            print(f"{shape:32} {factor:6.2f}{'' if good else '  more than ' + str(MOST)}", flush=True)
+    return 1 if bad or not shapes else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,57 @@
+// What a schema says, as one statement to a string in the forms that conformance/valid/expected.toml describes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/schema/classbuilder.h"
+#include "host/schema/schemareader.h"
+
+namespace NKROVEL20 {
+
+using TStatements = std::vector<std::string>;
+
+/// Reads a schema twice: as the host does, for what the object model delivers, and once more with all that only the
+/// reader knows (methods, qualifier declarations, aliases).
+class TSchemaStatements {
+ public:
+  explicit TSchemaStatements(const std::vector<std::string>& paths);
+
+  const TSchemaResult& Result() const { return result_; }
+  TStatements QualifierTypes() const;
+  TStatements Classes() const;
+  /// Of one class, inherited ones too.
+  TStatements Properties(const std::string& className) const;
+  TStatements Methods(const std::string& className);
+  /// "ELEMENT: NAME = VALUE" of the element that is written CLASS, CLASS.PROPERTY, CLASS.METHOD() or
+  /// CLASS.METHOD(PARAMETER). An unknown element fails the test.
+  TStatements Qualifiers(const std::string& element);
+  TStatements Instances() const;
+  /// All values of all instances, given or by default.
+  TStatements Values() const;
+  /// "FILE:LINE"
+  TStatements Warnings() const;
+
+ private:
+  const TCIMClass& ClassOf(const std::string& name) const;
+  const TMethod* MethodOf(const std::string& className, std::string_view name);
+  const TQualifierSet* QualifiersOf(const std::string& element);
+  const TQualifierSet* QualifiersOfMethod(const std::string& className, const std::string& rest);
+  /// Of the class itself, in the order of the text.
+  std::vector<const TMethod*> OwnMethods(const std::string& className);
+  std::string MethodStatement(const std::string& className, const TMethod& method);
+  std::string TypeOf(const TSchemaUnit& unit, const Mof::TFeature& feature) const;
+
+  TSchemaResult result_;
+  TSchemaLimits limits_;
+  TSchemaLog log_;
+  TParsedSchema parsed_;
+  TQualifierTable qualifiers_;
+  boost::shared_ptr<TNamespace> namespace_;
+  std::unique_ptr<TClassBuilder> classes_;
+};
+
+/// VALUE as the file's head describes it.
+std::string ValueStatement(const TCIMValue& value);
+
+}  // namespace NKROVEL20

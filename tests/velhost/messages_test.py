@@ -1,0 +1,152 @@
+"""What velhost says on standard error about a collection that is not what was asked for."""
+
+import json
+import os
+import socket
+import subprocess
+import time
+import unittest
+
+from velhostcase import BRIDGE, SOURCE, VELHOST, VelhostCase
+
+
+class Partial(VelhostCase):
+    def test_a_failed_request_is_told_also_when_the_output_is_a_file(self):
+        schema = self.write("schema.mof", "class KROSG_DCAPFile { string FileName; };\n")
+        done = self.run_velhost("collect", "--schema", schema, "-o", "out.json", "KROSG_DCAPFile")
+        self.assertEqual(done.returncode, 3)
+        first, last = done.stderr.splitlines()
+        self.assertTrue(first.startswith("velhost: KROSG_DCAPFile: the collector found nothing where it needs"), first)
+        self.assertEqual(last, "velhost: partial: a request failed")
+
+    def test_deadline_before_the_first_class(self):
+        done = self.run_velhost("collect", "--timeout", "0.001", "-o", "out.json", BRIDGE, "KROSG_DCAPFile")
+        self.assertEqual((done.returncode, done.stderr),
+                         (3, "velhost: partial: deadline reached; 2 classes not collected\n"))
+
+    def test_mismatch_with_a_recording_is_partial(self):
+        self.collect("--record", "run.jsonl")
+        done = self.run_velhost("collect", "--format", "json", "--sp", "replay:run.jsonl", "KROSG_DCAPFile")
+        self.assertEqual(done.returncode, 65)
+        document = json.loads(done.stdout)
+        self.assertEqual(document["status"], "partial")
+        self.assertEqual(document["failures"][0]["class"], "KROSG_DCAPFile")
+        self.assertRegex(document["failures"][0]["message"], r"^run\.jsonl:2:1: error: found .*, expected ")
+        self.assertEqual(len(document["failures"]), 1)
+        self.assertIn("velhost: run.jsonl:2:1: error: found", done.stderr)
+
+
+class SessionThatIsNotOpened(VelhostCase):
+    """A BMC that is silent: a socket that nobody answers on."""
+
+    def setUp(self):
+        super().setUp()
+        silent = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        silent.bind(("127.0.0.1", 0))
+        self.addCleanup(silent.close)
+        self.arguments = [VELHOST, "collect", "--format", "json", "--machine-type", "6203", "--sp",
+                          f"lan:user@127.0.0.1:{silent.getsockname()[1]}", BRIDGE]
+
+    def check_empty(self, status, output, errors, reason):
+        if "module" in errors:
+            self.skipTest("this velhost has no LAN support")
+        self.assertEqual(status, 3, errors)
+        document = json.loads(output)
+        self.assertEqual((document["status"], document["instances"], document["exchanges"]["total"]), ("partial", [], 0))
+        self.assertEqual(document["failures"], [{"class": BRIDGE, "message": "not collected: " + reason}])
+        self.assertIn(f"velhost: partial: {reason}; 1 class not collected\n", errors)
+
+    def environment(self):
+        return dict(os.environ, VELHOST_IPMI_PASSWORD="test")
+
+    def test_deadline(self):
+        done = subprocess.run([*self.arguments, "--timeout", "0.3"], capture_output=True, text=True, timeout=60,
+                              env=self.environment())
+        self.check_empty(done.returncode, done.stdout, done.stderr, "deadline reached")
+
+    def test_interruption(self):
+        process = subprocess.Popen(self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                   env=self.environment())
+        time.sleep(0.5)
+        process.terminate()
+        output, errors = process.communicate(timeout=60)
+        self.check_empty(process.returncode, output, errors, "interrupted")
+
+
+class ClassesThatAreNotServed(VelhostCase):
+    HINT = '; "velhost classes" shows what it serves\n'
+
+    def warnings(self, *arguments):
+        done = self.run_velhost("collect", "--format", "json", *arguments)
+        self.assertEqual(done.returncode, 0)
+        return done.stderr
+
+    def test_on_this_machine_type(self):
+        self.assertEqual(self.warnings("--machine-type", "9999", BRIDGE),
+                         f"velhost: warning: the collector does not serve {BRIDGE} on machine type 9999" + self.HINT)
+        self.assertEqual(self.warnings("--machine-type", "6203", BRIDGE), "")
+
+    def test_on_any(self):
+        schema = self.schema({"Register": (0x1000, 8)})
+        self.assertEqual(self.warnings("--schema", schema, "--machine-type", "6203", "KROSG_Top"),
+                         "velhost: warning: the collector does not serve KROSG_Top on any machine type" + self.HINT)
+
+    def test_none_at_all(self):
+        schema = self.write("empty.mof", "class A {};\n")
+        self.assertEqual(self.warnings("--schema", schema, "--machine-type", "6203"),
+                         "velhost: warning: the collector serves no class of the schema on machine type 6203" + self.HINT)
+
+
+class OneFileForTwo(VelhostCase):
+    def refuses(self, first, second, *arguments):
+        before = {path: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}
+        done = self.run_velhost("collect", "--format", "json", *arguments)
+        self.assertEqual(done.returncode, 64, done.stderr)
+        self.assertIn(f"{first} and {second} are one file", done.stderr)
+        self.assertEqual(done.stdout, "")
+        self.assertEqual({path: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}, before)
+
+    def test_two_outputs(self):
+        self.refuses("--output", "--log", "-o", "out", "--log", "./out")
+        self.refuses("--record", "--log", "--record", "out", "--log", str(self.folder / "out"))
+        self.refuses("--capture-dir", "--output", "-o", "out", "--capture-dir", "out")
+
+    def test_an_input(self):
+        self.collect("--record", "run.jsonl")
+        self.refuses("--record", "--sp", "--record", "run.jsonl", "--sp", "replay:run.jsonl")
+        server = self.write("server.toml", 'machine_type = "6203"\n')
+        (self.folder / "other.toml").hardlink_to(server)
+        self.refuses("--output", "--sp", "-o", "other.toml", "--sp", f"sim:{server}")
+        (self.folder / "schema").mkdir()
+        self.write("schema/a.mof", "class A {};\n")
+        (self.folder / "link").symlink_to("schema/a.mof")
+        self.refuses("--log", "--schema", "--log", "link", "--schema", "schema")
+        self.refuses("--log", "--plugin", "--log", "plugin.so", "--plugin", self.write("plugin.so", ""))
+
+    def test_standard_output_that_is_a_file(self):
+        path = self.folder / "out"
+        with path.open("w") as out:
+            done = subprocess.run([VELHOST, "collect", "--log", str(path)], stdout=out, stderr=subprocess.PIPE, text=True)
+        self.assertEqual(done.returncode, 64)
+        self.assertIn("standard output and --log are one file", done.stderr)
+
+    def test_a_name_that_a_capture_file_could_have(self):
+        done = self.run_velhost("collect", "--capture-dir", "caps", "--log", "caps/node1-cpu_err-0.bin")
+        self.assertEqual(done.returncode, 64)
+        self.assertIn("--log names caps/node1-cpu_err-0.bin, which a capture file", done.stderr)
+
+    def test_devices_may_serve_twice(self):
+        self.collect("--log", "/dev/null", "--record", "/dev/null", "KROSG_DCAPFile")
+
+    def test_a_plugin_that_cannot_be_loaded_costs_no_file(self):
+        for name in ("out", "log", "record"):
+            self.write(name, "old")
+        done = self.run_velhost("collect", "--plugin", self.write("plugin.so", "none"), "-o", "out", "--log", "log",
+                                "--record", "record", "--capture-dir", "caps")
+        self.assertEqual(done.returncode, 66)
+        self.assertEqual([(self.folder / name).read_text() for name in ("out", "log", "record")], ["old"] * 3)
+        self.assertFalse((self.folder / "caps").exists())
+
+
+if __name__ == "__main__":
+    unittest.main()

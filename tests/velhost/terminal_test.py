@@ -1,0 +1,103 @@
+"""What a person at a terminal sees: the progress line beside the data, and messages."""
+
+import fcntl
+import os
+import pty
+import struct
+import subprocess
+import termios
+import unittest
+
+from velhostcase import BRIDGE, VELHOST, VelhostCase
+
+SERVER = """
+machine_type = "6203"
+unlisted_registers = "pattern"
+[[bmc_node]]
+timestamp = "00 00 00 01"
+[[bmc_node.storage_area]]
+name = "cpu_err"
+data = "00 01 02 03"
+[[fault]]
+on = "ipmi"
+delay_ms = 10
+"""
+
+
+class Screen:
+    """The lines that a terminal shows, as far as carriage returns and newlines make them."""
+
+    def __init__(self):
+        self.lines = [""]
+        self.column = 0
+
+    def feed(self, text):
+        for character in text:
+            if character == "\r":
+                self.column = 0
+            elif character == "\n":
+                self.lines.append("")
+            else:
+                line = self.lines[-1].ljust(self.column)
+                self.lines[-1] = line[:self.column] + character + line[self.column + 1:]
+                self.column += 1
+        return self
+
+
+class Terminal(VelhostCase):
+    def setUp(self):
+        super().setUp()
+        registers = {f"Register{i}": (0x1000 + 8 * i, 8) for i in range(12)}
+        self.arguments = ["collect", "--schema", self.schema(registers, count=3), "--sp",
+                          "sim:" + self.write("slow.toml", SERVER)]
+
+    def on_terminal(self, command, columns=80):
+        """All that a command writes to a terminal of its own."""
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
+        process = subprocess.Popen(command, cwd=self.folder, env=dict(os.environ, NO_COLOR="1"), stdin=slave, stdout=slave, stderr=slave)
+        os.close(slave)
+        shown = b""
+        try:
+            while chunk := os.read(master, 4096):
+                shown += chunk
+        except OSError:
+            pass  # the other end is closed
+        process.wait(timeout=60)
+        os.close(master)
+        return shown.decode()
+
+    def check_screen(self, shown, drawn=True):
+        self.assertEqual("exchange" in shown.split("\n")[0], drawn)
+        lines = Screen().feed(shown).lines
+        for line in lines:
+            self.assertNotRegex(line, r"\[\d/\d\]|/s, ")
+        return [line.rstrip() for line in lines]
+
+    def test_table_and_progress_line_do_not_mix(self):
+        shown = self.on_terminal([VELHOST, *self.arguments, BRIDGE, "KROSG_DCAPFile"])
+        self.assertIn("[1/2]", shown)
+        lines = self.check_screen(shown)
+        self.assertEqual(lines[0], BRIDGE)
+        self.assertEqual(lines.count(BRIDGE), 3)
+        self.assertEqual(lines[-1], "")
+        self.assertEqual(shown[-1], "\n", "nothing is erased behind the table")
+
+    def test_json_and_progress_line_do_not_mix(self):
+        for form in ("json", "jsonl"):
+            lines = self.check_screen(self.on_terminal([VELHOST, *self.arguments, "--format", form, BRIDGE]))
+            self.assertEqual(lines[0][0], "{", form)
+
+    def test_behind_a_pipe_the_line_does_not_come_back(self):
+        command = f'"$0" "$@" --format jsonl {BRIDGE} | cat'
+        lines = self.check_screen(self.on_terminal(["bash", "-c", command, VELHOST, *self.arguments]))
+        self.assertEqual([line[:1] for line in lines], ["{", "{", "{", "{", ""])
+
+    def test_messages_and_progress_line_do_not_mix(self):
+        shown = self.on_terminal([VELHOST, *self.arguments, "--progress", "always", "-vv", "-o", "out.json", BRIDGE])
+        for line in self.check_screen(shown, drawn=False):
+            self.assertRegex(line, r"^(debug |status |  |$)")
+
+
+if __name__ == "__main__":
+    unittest.main()
