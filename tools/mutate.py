@@ -246,6 +246,14 @@ def chosen(options):
     return found
 
 
+def warn_of_stale():
+    current = {(mutant.file, mutant.code, mutant.change) for file in sources(FOLDERS, (".cpp", ".h"))
+               for mutant in find_mutants(file, read(os.path.join(TREE, file)))}
+    for key in equivalents():
+        if key not in current:
+            print("no longer there: " + " @ ".join(key), file=sys.stderr)
+
+
 def try_all(mutants, options, sums):
     build = Build()
     workers = queue.Queue()
@@ -298,6 +306,7 @@ def main():
     parser.add_argument("--agree", type=int, default=0)
     options = parser.parse_args()
     mutants = chosen(options)
+    warn_of_stale()
     if options.list:
         print("\n".join(map(str, mutants)))
         return 0
