@@ -112,6 +112,15 @@ class Transports(VelhostCase):
         self.stop(process)
         self.assertEqual(list(temporary.iterdir()), [])
 
+    def test_lines_that_cannot_be_printed_end_it(self):
+        server = self.write("server.toml", SERVER)
+        for redirection, errors in ((">/dev/full", "velhost: cannot write standard output: No space left on device\n"),
+                                    (">&-", "velhost: standard output is closed\n"), ("| true", "")):
+            script = f'set -o pipefail; "$0" simulate "$1" --port "$2" {redirection}'
+            done = subprocess.run(["bash", "-c", script, VELHOST, server, str(free_port())], capture_output=True, text=True,
+                                  timeout=120)
+            self.assertEqual((done.returncode, done.stderr), (74, errors), redirection)
+
     def test_wrong_password_is_refused(self):
         _, port = self.simulate(SERVER)
         self.environment["VELHOST_IPMI_PASSWORD"] = "not the one"
