@@ -11,12 +11,35 @@ _velhost_given() {
   done
 }
 
-# The first column of "velhost classes", for the schema named on this command line.
+# The first column of "velhost classes", for the schema named on this command line: the names that
+# begin with $1 in any case, as class names are looked up.
 _velhost_classes() {
   local path arguments=()
   while IFS= read -r path; do arguments+=(--schema "${path/#\~\//$HOME/}"); done < <(_velhost_given --schema)
   # The machine type does not matter for the list, and giving it opens no service processor.
-  "${COMP_WORDS[0]}" classes --machine-type 0 "${arguments[@]}" 2>/dev/null | awk '$1 ~ /^KROSG_/ && !seen[$1]++ { print $1 }'
+  "${COMP_WORDS[0]}" classes --machine-type 0 "${arguments[@]}" 2>/dev/null |
+    awk -v start="$1" '$1 ~ /^KROSG_[A-Za-z0-9_]*$/ && index(tolower($1), tolower(start)) == 1 && !seen[$1]++ { print $1 }'
+}
+
+# The command of the words so far; the value of an option is none, whatever it is called.
+_velhost_verb() {
+  local i
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    case ${COMP_WORDS[i]} in
+      --plugin | --schema | --sp | --machine-type | --log | --log-format | --color | --password-file | --cipher-suite | \
+        --privilege | -o | --output | --format | --record | --timeout | --capture-dir | --progress | --node | --port | \
+        --serial-port)
+        # "--log=x" and "--sp sim:x" reach bash in pieces.
+        [[ ${COMP_WORDS[i + 1]} == "=" ]] && ((++i))
+        ((++i))
+        while [[ ${COMP_WORDS[i + 1]} == ":" ]]; do ((i += 2)); done
+        ;;
+      collect | classes | plugin | check | simulate)
+        printf '%s' "${COMP_WORDS[i]}"
+        return
+        ;;
+    esac
+  done
 }
 
 _velhost_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2"); }
@@ -66,24 +89,20 @@ _velhost_service_processor() {
 }
 
 _velhost() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} verb="" word
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} verb
   local common="--plugin --schema --sp --machine-type --log --log-format -v -vv -vvv --color --password-file
     --cipher-suite --privilege --replay-timing --help"
   COMPREPLY=()
-  for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    case $word in
-      collect | classes | plugin | check | simulate) verb=$word && break ;;
-    esac
-  done
+  verb=$(_velhost_verb)
   # "--option=" and "--sp sim:" arrive in pieces; find the option that a piece belongs to.
   local option=$previous
   if [[ $current == "=" ]]; then
     current=
   elif [[ $previous == "=" ]]; then
     option=${COMP_WORDS[COMP_CWORD - 2]}
-  elif [[ $current == ":" && ${COMP_WORDS[COMP_CWORD - 2]} == --sp ]]; then
+  elif [[ $current == ":" && "${COMP_WORDS[*]:0:COMP_CWORD-1} " == *" --sp "?(= ) ]]; then
     option=--sp
-  elif [[ $previous == ":" && ${COMP_WORDS[COMP_CWORD - 3]} == --sp ]]; then
+  elif [[ $previous == ":" && "${COMP_WORDS[*]:0:COMP_CWORD-2} " == *" --sp "?(= ) ]]; then
     option=--sp
   fi
   _velhost_value "$option" "$current" "$verb" && return
@@ -99,7 +118,7 @@ _velhost() {
   fi
   case $verb in
     "") _velhost_words "collect classes plugin check simulate" "$current" ;;
-    collect) mapfile -t COMPREPLY < <(compgen -W "$(_velhost_classes)" -- "$current") ;;
+    collect) mapfile -t COMPREPLY < <(_velhost_classes "$current") ;;
     check | simulate) _velhost_files "$current" ;;
   esac
 }

@@ -128,15 +128,17 @@ std::string MessageOfOpenString(const toml::parse_error& error, std::string_view
              : std::string();
 }
 
+// By its first byte; 0 for one that begins no character.
+std::size_t SizeByFirstByte(unsigned char first) {
+  if (first < 0x80) return 1;
+  if (first < 0xC2 || first > 0xF4) return 0;
+  if (first < 0xE0) return 2;
+  return first < 0xF0 ? 3 : 4;
+}
+
 // How many bytes of UTF-8 begin the text, 1 to 4; 0 where it begins with something else.
 std::size_t SizeOfCharacter(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text.front());
-  const std::size_t size = first < 0x80   ? 1
-                           : first < 0xC2 ? 0
-                           : first < 0xE0 ? 2
-                           : first < 0xF0 ? 3
-                           : first < 0xF5 ? 4
-                                          : 0;
+  const std::size_t size = SizeByFirstByte(static_cast<unsigned char>(text.front()));
   if (size > text.size()) return 0;
   for (std::size_t i = 1; i < size; ++i) {
     if (!IsUtf8Continuation(text[i])) return 0;

@@ -23,7 +23,7 @@ struct TCommonOptions {
   EWhen color = EWhen::kAuto;
   std::string passwordFile;
   std::optional<int> cipherSuite;
-  std::string privilege = "admin";
+  std::string privilege;  ///< empty: admin
   bool replayTiming = false;
 };
 

@@ -43,6 +43,15 @@ offers "admin" "$velhost" collect --privilege a
 offers "KROSG_DCAPFile" "$velhost" collect --schema "$schema" KROSG_D
 offers "KROSG_T4_MEMCTL_StatisticData KROSG_T4_PCIIOBRIDGE_StatisticData" "$velhost" collect KROSG_T4
 offers "" "$velhost" collect --schema run.jsonl KROSG_D
+offers "KROSG_DCAPFile" "$velhost" collect --schema "$schema" krosg_d
+offers "KROSG_J2_L3Cache_StatisticData" "$velhost" collect krosg_j2_l3
+offers "" "$velhost" collect KROSG_L3
+offers "classes" "$velhost" --log collect cla
+offers "classes" "$velhost" --log = collect --sp sim : check cla
+offers "--format" "$velhost" --log check collect --fo
+offers "demo.toml" "$velhost" collect --sp = sim : de
+offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp = sim :
+offers "sim sim:" "$velhost" collect --sp = si
 
 [ "$failures" -eq 0 ] && echo "every completion as expected"
 exit "$failures"

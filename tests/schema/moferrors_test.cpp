@@ -12,8 +12,8 @@ TEST(MofErrors, MessageLineAndCaret) {
             "    ^\n");
   EXPECT_EQ(Shown(ReadText("class A {\r\n\tstring a = 5;\r\n};\r\n")),
             "a.mof:2:13: error: found '5', expected a string\n"
-            "  \tstring a = 5;\n"
-            "  \t           ^\n");
+            "   string a = 5;\n"
+            "              ^\n");
   EXPECT_EQ(Shown(ReadText("class A { string \xC3\xA4 = 5; };")),
             "a.mof:1:23: error: found '5', expected a string\n"
             "  class A { string \xC3\xA4 = 5; };\n"

@@ -97,6 +97,28 @@ class ClassesThatAreNotServed(VelhostCase):
                          "velhost: warning: the collector serves no class of the schema on machine type 6203" + self.HINT)
 
 
+class OptionsWithoutEffect(VelhostCase):
+    def warned(self, *arguments):
+        done = self.run_velhost(*arguments)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return [line.removeprefix("velhost: warning: ").split(" has no effect with ") for line in done.stderr.splitlines()]
+
+    def test_for_another_service_processor(self):
+        password = self.write("password", "test")
+        self.assertEqual(self.warned("collect", "--replay-timing", "--cipher-suite", "3", "--password-file", password,
+                                     "--privilege", "admin", "--format", "json"),
+                         [[name, "--sp sim"] for name in ("--password-file", "--cipher-suite", "--privilege",
+                                                          "--replay-timing")])
+        self.collect("--record", "run.jsonl", BRIDGE)
+        self.assertEqual(self.warned("collect", "--sp", "replay:run.jsonl", "--replay-timing", BRIDGE), [])
+
+    def test_for_another_command(self):
+        self.assertEqual(self.warned("check", "--log", "trace.txt", "--sp", "sim"), [["--sp", "check"], ["--log", "check"]])
+        self.assertFalse((self.folder / "trace.txt").exists())
+        self.assertEqual(self.warned("plugin", "--schema", "x", "--log", "trace.txt"), [["--schema", "plugin"]])
+        self.assertEqual(self.warned("classes", "--machine-type", "1", "-v", "--color", "never"), [])
+
+
 class OneFileForTwo(VelhostCase):
     def refuses(self, first, second, *arguments):
         before = {path: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}

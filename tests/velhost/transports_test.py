@@ -42,6 +42,16 @@ def free_port():
 
 @unittest.skipUnless(shutil.which("ipmi_sim"), "ipmi_sim (package openipmi) is not installed")
 class Transports(VelhostCase):
+    @staticmethod
+    def stop(process):
+        """Asks it to end, so that it leaves nothing behind; one that does not is killed."""
+        process.terminate()
+        try:
+            process.wait(timeout=30)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+
     def simulate(self, text):
         """Starts the simulator and returns it with its port, once it answers."""
         port = free_port()
@@ -51,8 +61,7 @@ class Transports(VelhostCase):
                                    stderr=subprocess.PIPE)
         self.addCleanup(process.stderr.close)
         self.addCleanup(process.stdout.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
+        self.addCleanup(self.stop, process)
         said = ""
         while "lan:" not in said:
             line = process.stdout.readline()
@@ -107,6 +116,25 @@ class Transports(VelhostCase):
                               capture_output=True, text=True, timeout=120)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(done.stdout.split(), "00 00 00 00 00 00 01 02 03 04 05 06 07 08".split())
+
+    def test_nothing_is_left_of_a_simulator(self):
+        temporary = self.folder / "tmp"
+        temporary.mkdir()
+        os.environ["TMPDIR"] = str(temporary)
+        self.addCleanup(os.environ.pop, "TMPDIR")
+        process, _ = self.simulate(SERVER)
+        self.assertEqual(len(list(temporary.iterdir())), 1)
+        self.stop(process)
+        self.assertEqual(list(temporary.iterdir()), [])
+
+    def test_lines_that_cannot_be_printed_end_it(self):
+        server = self.write("server.toml", SERVER)
+        for redirection, errors in ((">/dev/full", "velhost: cannot write standard output: No space left on device\n"),
+                                    (">&-", "velhost: standard output is closed\n"), ("| true", "")):
+            script = f'set -o pipefail; "$0" simulate "$1" --port "$2" {redirection}'
+            done = subprocess.run(["bash", "-c", script, VELHOST, server, str(free_port())], capture_output=True, text=True,
+                                  timeout=120)
+            self.assertEqual((done.returncode, done.stderr), (74, errors), redirection)
 
     def test_wrong_password_is_refused(self):
         _, port = self.simulate(SERVER)
