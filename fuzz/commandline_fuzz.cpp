@@ -42,10 +42,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::istringstream text(std::string(data, data + size));
   std::vector<std::string> arguments;
   for (std::string line; std::getline(text, line);) arguments.push_back(line);
-  std::ostringstream out;
+  std::string answer;
   try {
-    const std::optional<TCommandLine> parsed = ParseCommandLine(arguments, out);
-    Require(parsed.has_value() == out.str().empty());
+    const std::optional<TCommandLine> parsed = ParseCommandLine(arguments, answer);
+    Require(parsed.has_value() == answer.empty());
     if (parsed) Check(*parsed);
   } catch (const THostError& error) {
     Require(error.Status() == EExitStatus::kUsage && *error.what() != '\0');
