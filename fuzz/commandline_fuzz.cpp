@@ -23,7 +23,7 @@ bool IsOneOf(const std::string& word, const std::array<const char*, N>& words) {
 }
 
 void Check(const TCommandLine& parsed) {
-  Require(IsOneOf<3>(parsed.common.privilege, {"user", "operator", "admin"}));
+  Require(IsOneOf<4>(parsed.common.privilege, {"", "user", "operator", "admin"}));
   Require(IsOneOf<6>(parsed.collect.format, {"", "table", "json", "jsonl", "mof", "cimxml"}));
   const int suite = parsed.common.cipherSuite.value_or(0);
   Require(suite >= 0 && suite <= 17);

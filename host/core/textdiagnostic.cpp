@@ -6,7 +6,8 @@ namespace NKROVEL20 {
 
 namespace {
 
-constexpr std::size_t kWidest = 78;    // bytes of a source line that are shown, behind two blanks
+constexpr std::size_t kWidest = 78;  // bytes of a source line that are shown, behind two blanks
+constexpr std::string_view kCut = "...";
 constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character behind its first
 
 bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
@@ -19,16 +20,20 @@ char Printable(char c) {
   return byte >= 0x20 && byte != 0x7F ? c : '?';
 }
 
+// A side that is cut away shows as "...", within the width.
 void AppendExcerpt(std::string& text, std::string_view line, std::size_t column) {
   std::size_t start = 0;
   if (line.size() > kWidest && column > kWidest / 2) start = std::min(column - kWidest / 2, line.size() - kWidest);
   std::size_t end = std::min(start + kWidest, line.size());
-  for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line[start]); ++i) --start;
-  for (int i = 0; i < kMostContinuations && end < line.size() && IsUtf8Continuation(line[end]); ++i) ++end;
-  const std::string_view shown = line.substr(start, end - start);
-  text += "  ";
-  for (const char c : shown) text += Printable(c);
-  text += "\n  ";
+  const std::string_view before = start > 0 ? kCut : "";
+  const std::string_view behind = end < line.size() ? kCut : "";
+  start += before.size();
+  end -= behind.size();
+  for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line[start]); ++i) ++start;
+  for (int i = 0; i < kMostContinuations && end < line.size() && IsUtf8Continuation(line[end]); ++i) --end;
+  text.append("  ").append(before);
+  for (const char c : line.substr(start, end - start)) text += Printable(c);
+  text.append(behind).append("\n  ").append(before.size(), ' ');
   const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size());
   for (std::size_t i = start; i < caret; ++i) {
     if (!IsUtf8Continuation(line[i])) text += ' ';

@@ -20,7 +20,8 @@ struct TTextDiagnostic {
 
 /// "FILE:LINE:COLUMN: error: MESSAGE\n", then, where the source line is known, the line and a caret
 /// under the column (columns count bytes; a tab shows as one blank). A line that does not fit 80
-/// columns is cut around the column; a line of 0 gives "FILE: error: MESSAGE\n".
+/// columns is cut around the column, with "..." on a side that is cut; a line of 0 gives
+/// "FILE: error: MESSAGE\n".
 NKROVEL20_API std::string FormatDiagnostic(const TTextDiagnostic& diagnostic);
 
 /// Line `number` (from 1) of a text, without its end; empty past the last one.

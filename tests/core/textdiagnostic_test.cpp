@@ -60,28 +60,38 @@ TEST(TextDiagnostic, ALineOfTheGreatestWidthIsShownWhole) {
 
 TEST(TextDiagnostic, ALongLineIsCutAroundTheColumn) {
   const std::string line = std::string(1000, 'a') + "}" + std::string(1000, 'b');
-  EXPECT_EQ(FormatDiagnostic(At(3, 1001, line)), "a.mof:3:1001: error: found \"}\", expected \";\"\n  " +
-                                                     std::string(38, 'a') + "}" + std::string(39, 'b') + "\n  " +
+  EXPECT_EQ(FormatDiagnostic(At(3, 1001, line)), "a.mof:3:1001: error: found \"}\", expected \";\"\n  ..." +
+                                                     std::string(35, 'a') + "}" + std::string(36, 'b') + "...\n  " +
                                                      std::string(38, ' ') + "^\n");
 }
 
 TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndWhereTheColumnIsThere) {
   const std::string line = "{" + std::string(300, 'a') + "}";
-  EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(77, 'a') + "\n      ^\n");
-  EXPECT_EQ(FormatDiagnostic(At(3, 302, line)), "a.mof:3:302: error: found \"}\", expected \";\"\n  " +
-                                                    std::string(77, 'a') + "}\n  " + std::string(77, ' ') + "^\n");
+  EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(74, 'a') + "...\n      ^\n");
+  EXPECT_EQ(FormatDiagnostic(At(3, 302, line)), "a.mof:3:302: error: found \"}\", expected \";\"\n  ..." +
+                                                    std::string(74, 'a') + "}\n  " + std::string(77, ' ') + "^\n");
 }
 
-// One byte, then characters of two bytes. The window of 78 bytes around column 101 are the bytes 62
-// to 139 (from 0), of which the first is the second half of a character and the last the first half of
-// another: bytes 61 to 140 are shown, 40 characters, 20 of them before the caret.
+// One byte, then characters of two bytes, the first of them at an odd byte (counted from 0). The window
+// of 78 bytes around column 101 are the bytes 62 to 139; without the two marks 65 to 136: 36
+// characters, of which 17 stand before the one that has byte 100, the column's, as its second.
 TEST(TextDiagnostic, ALongLineIsNotCutInsideACharacter) {
   std::string line = "x";
   std::string shown;
   for (int i = 0; i < 200; ++i) line += "\xC3\xA9";
-  for (int i = 0; i < 40; ++i) shown += "\xC3\xA9";
-  EXPECT_EQ(FormatDiagnostic(At(3, 101, line)),
-            "a.mof:3:101: error: found \"}\", expected \";\"\n  " + shown + "\n  " + std::string(20, ' ') + "^\n");
+  for (int i = 0; i < 36; ++i) shown += "\xC3\xA9";
+  EXPECT_EQ(FormatDiagnostic(At(3, 101, line)), "a.mof:3:101: error: found \"}\", expected \";\"\n  ..." + shown +
+                                                    "...\n  " + std::string(3 + 18, ' ') + "^\n");
+}
+
+// With one byte more in front, the cut falls into characters and goes to their inner ends.
+TEST(TextDiagnostic, ALongLineLeavesOutCharactersThatAreCut) {
+  std::string line = "xy";
+  std::string shown;
+  for (int i = 0; i < 200; ++i) line += "\xC3\xA9";
+  for (int i = 0; i < 35; ++i) shown += "\xC3\xA9";
+  EXPECT_EQ(FormatDiagnostic(At(3, 101, line)), "a.mof:3:101: error: found \"}\", expected \";\"\n  ..." + shown +
+                                                    "...\n  " + std::string(3 + 17, ' ') + "^\n");
 }
 
 TEST(TextDiagnostic, ALineOfStrayContinuationBytesIsStillCut) {

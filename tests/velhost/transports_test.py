@@ -118,14 +118,10 @@ class Transports(VelhostCase):
         self.assertEqual(done.stdout.split(), "00 00 00 00 00 00 01 02 03 04 05 06 07 08".split())
 
     def test_nothing_is_left_of_a_simulator(self):
-        temporary = self.folder / "tmp"
-        temporary.mkdir()
-        os.environ["TMPDIR"] = str(temporary)
-        self.addCleanup(os.environ.pop, "TMPDIR")
         process, _ = self.simulate(SERVER)
-        self.assertEqual(len(list(temporary.iterdir())), 1)
+        self.assertEqual(len(list(self.folder.glob("velhost-simulate-*"))), 1)
         self.stop(process)
-        self.assertEqual(list(temporary.iterdir()), [])
+        self.assertEqual(list(self.folder.glob("velhost-simulate-*")), [])
 
     def test_lines_that_cannot_be_printed_end_it(self):
         server = self.write("server.toml", SERVER)
