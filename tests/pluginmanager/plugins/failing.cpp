@@ -14,8 +14,8 @@ class TFailingPlugin : public testplugin::TTestPlugin, public IPluginBasicQueryC
   TFailingPlugin() : TTestPlugin("failing") {}
   std::string GetName() override { return FailIf("GetName"), TTestPlugin::GetName(); }
   void PrepareForUnload() override {
+    TTestPlugin::PrepareForUnload();  // the object is gone, so that a failure leaves nothing behind
     FailIf("PrepareForUnload");
-    TTestPlugin::PrepareForUnload();
   }
   void Init() override { FailIf("Init"); }
   void DeInit() override { FailIf("DeInit"); }
