@@ -29,10 +29,10 @@ TEST(NearestName, ComparesLettersWithoutCase) {
 }
 
 TEST(NearestName, FindsTheOneNameThatGoesOn) {
-  constexpr std::array<std::string_view, 3> kLong = {"machine_type", "bmc_node_zero", "bmc_node_one_and_only"};
+  constexpr std::array<std::string_view, 3> kLong = {"machine_type", "delta_one_and_more", "delta_two_and_more"};
   EXPECT_EQ(NearestName("mach", kLong), "machine_type");
-  EXPECT_EQ(NearestName("BMC_node_o", kLong), "bmc_node_one_and_only");
-  EXPECT_EQ(NearestName("bmc_", kLong), "") << "two go on from there";
+  EXPECT_EQ(NearestName("DELTA_T", kLong), "delta_two_and_more");
+  EXPECT_EQ(NearestName("delta_", kLong), "") << "two go on from there";
   EXPECT_EQ(NearestName("mac", kLong), "") << "too short to tell";
 }
 
