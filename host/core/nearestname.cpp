@@ -9,6 +9,7 @@ namespace NKROVEL20 {
 namespace {
 
 constexpr std::size_t kLongestName = 128;  // anything longer is no slip of the finger
+constexpr std::size_t kShortestBeginning = 4;
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 bool Same(char a, char b) { return Lower(a) == Lower(b); }
@@ -39,6 +40,19 @@ std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough)
   return current[b.size()];
 }
 
+bool BeginsWith(std::string_view name, std::string_view beginning) {
+  return name.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), name.begin(), Same);
+}
+
+// Half a name, if there is one name only that goes on from there.
+std::string_view OnlyContinuation(std::string_view beginning, std::span<const std::string_view> candidates) {
+  if (beginning.size() < kShortestBeginning) return {};
+  const auto begins = [beginning](std::string_view candidate) { return BeginsWith(candidate, beginning); };
+  const auto first = std::find_if(candidates.begin(), candidates.end(), begins);
+  if (first == candidates.end() || std::any_of(first + 1, candidates.end(), begins)) return {};
+  return *first;
+}
+
 }  // namespace
 
 std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates) {
@@ -53,7 +67,7 @@ std::string_view NearestName(std::string_view name, std::span<const std::string_
       nearest = candidate;
     }
   }
-  return nearest;
+  return nearest.empty() ? OnlyContinuation(name, candidates) : nearest;
 }
 
 }  // namespace NKROVEL20

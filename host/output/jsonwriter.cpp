@@ -2,12 +2,15 @@
 
 #include <array>
 
+#include "host/output/valuelist.h"
+
 namespace NKROVEL20 {
 
 namespace {
 
 using TType = TCIMValue::TCIMType;
 
+constexpr TListSigns kSigns = {"null", '[', ",", ']'};
 constexpr TPlainCharacters kPlain = PlainBut("\"\\");
 
 // The short escapes of JSON; every other control character is written as its number.
@@ -50,24 +53,7 @@ void TJsonText::Member(std::string_view name, std::string_view text) {
 }
 
 void TJsonText::Value(const TCIMValue& value) {
-  if (value.IsNull()) return out_.Append("null");
-  if (value.IsArray()) return Array(static_cast<const std::vector<TCIMValue>&>(value));
-  Scalar(value);
-}
-
-void TJsonText::Array(const std::vector<TCIMValue>& elements) {
-  out_.Append('[');
-  bool first = true;
-  for (const TCIMValue& element : elements) {
-    if (!first) out_.Append(',');
-    first = false;
-    if (element.GetType() == TType::kUint8 && !element.IsNull()) {
-      out_.Append(ByteText(static_cast<std::uint8_t>(element.ToInteger())));
-    } else {
-      Value(element);
-    }
-  }
-  out_.Append(']');
+  AppendValue(out_, value, kSigns, [this](const TCIMValue& one) { Scalar(one); });
 }
 
 void TJsonText::Scalar(const TCIMValue& value) {

@@ -33,7 +33,6 @@ class TJsonText {
   void Name(std::string_view name);
   void Member(std::string_view name, std::string_view text);
   void Value(const TCIMValue& value);
-  void Array(const std::vector<TCIMValue>& elements);
   void Scalar(const TCIMValue& value);
   void Failures(const std::vector<TRequestFailure>& failures);
   void FailedExchange(const TFailedExchange& exchange);

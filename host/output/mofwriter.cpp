@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/output/summarytext.h"
+#include "host/output/valuelist.h"
 
 namespace NKROVEL20 {
 
@@ -10,6 +11,7 @@ namespace {
 
 using TType = TCIMValue::TCIMType;
 
+constexpr TListSigns kSigns = {"NULL", '{', ", ", '}'};
 constexpr TPlainCharacters kPlain = PlainBut("\"\\\x7f");
 constexpr std::size_t kLiteralSize = 96;  // bytes of a string in one literal: 32 bytes of a capture file
 
@@ -71,24 +73,7 @@ void TMofWriter::End(const TCollectionSummary& summary) {
 }
 
 void TMofWriter::Value(const TCIMValue& value) {
-  if (value.IsNull()) return out_.Append("NULL");
-  if (value.IsArray()) return Array(static_cast<const std::vector<TCIMValue>&>(value));
-  Scalar(value);
-}
-
-void TMofWriter::Array(const std::vector<TCIMValue>& elements) {
-  out_.Append('{');
-  bool first = true;
-  for (const TCIMValue& element : elements) {
-    if (!first) out_.Append(", ");
-    first = false;
-    if (element.GetType() == TType::kUint8 && !element.IsNull()) {
-      out_.Append(ByteText(static_cast<std::uint8_t>(element.ToInteger())));
-    } else {
-      Value(element);
-    }
-  }
-  out_.Append('}');
+  AppendValue(out_, value, kSigns, [this](const TCIMValue& one) { Scalar(one); });
 }
 
 void TMofWriter::Scalar(const TCIMValue& value) {

@@ -24,7 +24,6 @@ class TMofWriter : public IInstanceWriter {
   /// A comment line; the text is safe, so that it cannot leave its line.
   void Comment(std::string_view safeText);
   void Value(const TCIMValue& value);
-  void Array(const std::vector<TCIMValue>& elements);
   void Scalar(const TCIMValue& value);
   void Real(const TCIMValue& value);
   void DateTime(const TCIMValue& value);

@@ -28,6 +28,14 @@ TEST(NearestName, ComparesLettersWithoutCase) {
   EXPECT_EQ(NearestName("Dot", kNames), "dot");
 }
 
+TEST(NearestName, FindsTheOneNameThatGoesOn) {
+  constexpr std::array<std::string_view, 3> kLong = {"machine_type", "delta_one_and_more", "delta_two_and_more"};
+  EXPECT_EQ(NearestName("mach", kLong), "machine_type");
+  EXPECT_EQ(NearestName("DELTA_T", kLong), "delta_two_and_more");
+  EXPECT_EQ(NearestName("delta_", kLong), "") << "two go on from there";
+  EXPECT_EQ(NearestName("mac", kLong), "") << "too short to tell";
+}
+
 TEST(NearestName, FindsNothingForNothingOrForALongText) {
   EXPECT_EQ(NearestName("", kNames), "");
   EXPECT_EQ(NearestName("dot", {}), "");
