@@ -15,7 +15,7 @@ namespace NKROVEL20 {
 struct TListSigns {
   std::string_view null;
   char open;
-  std::string_view separator;
+  std::string_view separator = "";
   char close;
 };
 
@@ -26,7 +26,7 @@ void AppendValue(TTextBuffer& out, const TCIMValue& value, const TListSigns& sig
   if (value.IsNull()) return out.Append(signs.null);
   if (!value.IsArray()) return scalar(value);
   out.Append(signs.open);
-  std::string_view separator;
+  std::string_view separator = "";
   for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {
     out.Append(separator);
     separator = signs.separator;
