@@ -163,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "found version \"1\", expected version 1, the one that this velhost reads"},
         TBadLine{R"({"format":"velhost-recording","version":1,"machine":"6203"})", 43,
                  "found the unknown member \"machine\", expected one of format, version, machine_type, started, "
-                 "utc_offset_minutes, discovery"},
+                 "utc_offset_minutes, discovery; did you mean \"machine_type\"?"},
         TBadLine{R"({"format":"velhost-recording","version":1})", 1, "found no \"discovery\", expected an object"},
         TBadLine{R"({"format":"velhost-recording","version":1,"discovery":[]})", 55,
                  "found an array for \"discovery\", expected an object"},

@@ -43,10 +43,12 @@ INSTANTIATE_TEST_SUITE_P(
             "unlisted_registers, ipmi, dot, bmc_node, fault\n"
             "  colour = 1\n"
             "  ^\n"},
-        TBadServer{kType + "[ipmi]\ndriver = true",
-                   "server.toml:3:1: error: found the unknown key \"driver\", expected one of driver_present\n"
-                   "  driver = true\n"
-                   "  ^\n"},
+        TBadServer{
+            kType + "[ipmi]\ndriver = true",
+            "server.toml:3:1: error: found the unknown key \"driver\", expected one of driver_present; did you mean "
+            "\"driver_present\"?\n"
+            "  driver = true\n"
+            "  ^\n"},
         TBadServer{kType + "ipmi = { driver_present = 1 }",
                    "server.toml:2:27: error: found an integer for \"driver_present\", expected true or false\n"
                    "  ipmi = { driver_present = 1 }\n"
