@@ -44,23 +44,17 @@ char* putDecimal(char* out, unsigned char byte) {
 }  // namespace
 
 std::string dumpBytes(const unsigned char* data, unsigned long last) {
-  std::string text;
-  appendDump(text, data, last);
-  return text;
-}
-
-void appendDump(std::string& text, const unsigned char* data, unsigned long last) {
   const std::size_t count = last + 1;
   const std::size_t lines = (count + kBytesPerLine - 1) / kBytesPerLine;
-  const std::size_t start = text.size();
-  text.resize(start + count * kWidest + lines + 1);
-  char* out = text.data() + start;
+  std::string text(count * kWidest + lines + 1, '\0');
+  char* out = text.data();
   for (std::size_t i = 0; i < count; ++i) {
     if (i % kBytesPerLine == 0) *out++ = '\n';
     out = putDecimal(out, data[i]);
   }
   *out++ = '\n';
   text.resize(static_cast<std::size_t>(out - text.data()));
+  return text;
 }
 
 void appendDecimals(std::string& text, const unsigned char* data, std::size_t size) {

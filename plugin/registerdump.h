@@ -11,9 +11,6 @@ namespace torgareg {
 /// caller owns at least `last` + 1 bytes.
 std::string dumpBytes(const unsigned char* data, unsigned long last);
 
-/// Appends the same text to a longer one.
-void appendDump(std::string& text, const unsigned char* data, unsigned long last);
-
 /// Appends `size` bytes as decimal numbers with a blank behind each, all on one line.
 void appendDecimals(std::string& text, const unsigned char* data, std::size_t size);
 

@@ -16,8 +16,6 @@ namespace {
 constexpr int kCapacity = static_cast<int>(TIPMICommandBuffer::kSize);
 // The dump is inclusive: it also shows the zero byte that the buffer owns behind its end.
 constexpr unsigned long kLastDumped = TIPMICommandBuffer::kSize;
-// Room for two dumps as they mostly are, nearly all zeros, and the words around them.
-constexpr std::size_t kTranscriptSize = 2048;
 // A timestamp read is checked by the whole response's length, a register read by its data's.
 constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
 static_assert(kTimestampEnd == 13);
@@ -52,17 +50,15 @@ bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int addre
                                   unsigned short* length, bool rawValue) {
   logger->writeDebug("Entered torgareg request.");
   TIPMICommandBuffer buffer = makeRegisterRead(chipSelector, address);
-  std::string transcript;
-  transcript.reserve(kTranscriptSize);
-  transcript = "Contents of buffer to send (rspBuf):\n";
-  appendDump(transcript, buffer.Data(), kLastDumped);
+  std::string transcript = "Contents of buffer to send (rspBuf):\n";
+  transcript += printArray(buffer.Data(), kLastDumped);
   int responseLength = kCapacity;
   bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
   if (succeeded) {
     transcript += "command completed checking success...\n";
     responseLength = buffer.DataLength();
     transcript += "\nThe response length is " + dataToString<int>(responseLength) + "\n\nContents of (rspBuf):\n";
-    appendDump(transcript, buffer.Data(), kLastDumped);
+    transcript += printArray(buffer.Data(), kLastDumped);
     succeeded = responseLength >= static_cast<int>(Wire::kResponseSize) &&
                 buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
     if (succeeded) {

@@ -118,9 +118,8 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
     } else {
       logger->writeDebug("Command sent to the BMC failed.");
     }
-    std::string contents = "Contents of registerData:\n";
-    appendDump(contents, record.data(), std::min<unsigned long>(length, Record::kSize));
-    logger->writeDebug(contents);
+    logger->writeDebug("Contents of registerData:\n" +
+                       printArray0(record.data(), std::min<unsigned long>(length, Record::kSize)));
   }
   return bytes;
 }

@@ -55,13 +55,6 @@ TEST_P(TRegisterDump, LastIsAnIndexOfAnyWidth) {
   EXPECT_EQ(Dump(std::vector<unsigned char>(70001, 0)).size(), 8750 * 17 + 3 + 1U);
 }
 
-TEST(TDump, GoesBehindATextThatIsThere) {
-  const std::vector<unsigned char> bytes = {1, 2, 3, 4, 5, 6, 7, 8, 200};
-  std::string text = "contents:";
-  appendDump(text, bytes.data(), 8);
-  EXPECT_EQ(text, "contents:\n1 2 3 4 5 6 7 8 \n200 \n");
-}
-
 TEST(TDecimals, StandOnOneLine) {
   const std::vector<unsigned char> bytes = {1, 2, 3, 4, 5, 6, 7, 8, 10, 255};
   std::string text = "data:";

@@ -8,7 +8,7 @@ import subprocess
 import time
 import unittest
 
-from velhostcase import BRIDGE, VELHOST, VelhostCase
+from velhostcase import BRIDGE, VELHOST, VelhostCase, read_terminal
 
 SLOW = """
 machine_type = "6203"
@@ -88,15 +88,9 @@ class Stopping(VelhostCase):
         master, slave = pty.openpty()
         process = self.start("--timeout", "1", *arguments, BRIDGE, stdout=subprocess.DEVNULL, stderr=slave)
         os.close(slave)
-        shown = b""
-        try:
-            while chunk := os.read(master, 4096):
-                shown += chunk
-        except OSError:
-            pass  # the other end is closed
+        shown = read_terminal(master)
         self.assertEqual(process.wait(timeout=60), 3)
-        os.close(master)
-        return shown.decode()
+        return shown
 
     def test_progress_on_a_terminal(self):
         shown = self.progress()

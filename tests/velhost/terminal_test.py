@@ -8,7 +8,7 @@ import subprocess
 import termios
 import unittest
 
-from velhostcase import BRIDGE, VELHOST, VelhostCase
+from velhostcase import BRIDGE, VELHOST, VelhostCase, read_terminal
 
 SERVER = """
 machine_type = "6203"
@@ -55,17 +55,12 @@ class Terminal(VelhostCase):
         """All that a command writes to a terminal of its own."""
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
-        process = subprocess.Popen(command, cwd=self.folder, env=dict(os.environ, NO_COLOR="1"), stdin=slave, stdout=slave, stderr=slave)
+        process = subprocess.Popen(command, cwd=self.folder, env=dict(os.environ, NO_COLOR="1"), stdin=slave,
+                                   stdout=slave, stderr=slave)
         os.close(slave)
-        shown = b""
-        try:
-            while chunk := os.read(master, 4096):
-                shown += chunk
-        except OSError:
-            pass  # the other end is closed
+        shown = read_terminal(master)
         process.wait(timeout=60)
-        os.close(master)
-        return shown.decode()
+        return shown
 
     def check_screen(self, shown, drawn=True):
         self.assertEqual("exchange" in shown.split("\n")[0], drawn)

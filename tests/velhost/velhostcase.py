@@ -35,6 +35,18 @@ class KROSG_DCAPFile {
 """
 
 
+def read_terminal(master):
+    """All that is written to a terminal until its other end is closed; closes this one."""
+    shown = b""
+    try:
+        while chunk := os.read(master, 4096):
+            shown += chunk
+    except OSError:
+        pass  # the other end is closed
+    os.close(master)
+    return shown.decode()
+
+
 class VelhostCase(unittest.TestCase):
     def setUp(self):
         self._folder = tempfile.TemporaryDirectory()
