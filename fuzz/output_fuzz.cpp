@@ -1,6 +1,7 @@
 // Any bytes as values of every type: each form stays one that its readers take.
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
+#include <sstream>
 
 #include "host/output/utf8.h"
 #include "host/output/writers.h"
@@ -23,18 +24,16 @@ static std::string Written(EOutputForm form, const TInstance& instance, const st
   const auto writer = MakeWriter(form, sink, {40 + static_cast<int>(text.size() % 100), false});
   writer->Begin({text, text, text, text});
   writer->Instance(instance, true);
-  writer->End({true, text, {{text, text}}, 1, {{text, 0, text, std::nullopt}}, 1});
-  for (std::size_t at = 0; at < sink.content.size();) {
-    const TCodePoint next = NextCodePoint(sink.content, at);
-    Require(next.valid);
-    at += next.size;
+  writer->End({text.size() % 2 == 0, text, {{text, text}}, 2, {{text, 0, text, text.size()}, {text, 1, text}}, 1});
+  for (std::size_t at = 0; at < sink.content.size(); at += NextCodePoint(sink.content, at).size) {
+    Require(NextCodePoint(sink.content, at).valid);
   }
   return sink.content;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::uint64_t bits = 0;
-  for (std::size_t i = 0; i < std::min<std::size_t>(size, 8); ++i) bits = bits << 8 | data[i];
+  std::copy_n(data, std::min(size, sizeof bits), reinterpret_cast<std::uint8_t*>(&bits));
   const std::string text(data, data + size);
   TMemoryReader files;
   files.Add("schema.mof", kSchema);
@@ -48,9 +47,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   instance.SetProperty("Char", TCIMValue::FromInteger(TType::kChar16, bits), {});
   instance.SetProperty("Time", TCIMDateTime(2000, 1, bits & 0x3F, bits >> 8 & 0x1F, 0, 0, 0, 0), {});
   instance.SetProperty("Path", TCIMValue::FromText(TType::kReference, text), {});
-
   Written(EOutputForm::kTable, instance, text);
   Require(nlohmann::json::accept(Written(EOutputForm::kJson, instance, text)));
+  std::istringstream lines(Written(EOutputForm::kJsonl, instance, text));
+  for (std::string line; std::getline(lines, line);) Require(nlohmann::json::accept(line));
   Require(pugi::xml_document().load_string(Written(EOutputForm::kCimXml, instance, text).c_str()));
   files.Add("instance.mof", Written(EOutputForm::kMof, instance, text));
   const TSchemaResult read = ReadSchema({"schema.mof", "instance.mof"}, files);

@@ -114,8 +114,31 @@ constexpr std::size_t kMostDigits = 65;  // 64 binary digits and a sign
 
 constexpr std::ptrdiff_t kMostGathered = kMostDigits + 2;  // a separator before, or the brace behind
 
+// Registers are arrays of bytes, and each of them is printed into a trace: the decimal texts of bytes are
+// copied out of a table, of whose entries `size` characters count.
+struct TByteText {
+  std::array<char, 3> text;
+  std::uint8_t size;
+};
+
+constexpr std::array<TByteText, 256> kByteTexts = [] {
+  std::array<TByteText, 256> texts{};
+  for (unsigned int value = 0; value < texts.size(); ++value) {
+    TByteText& entry = texts[value];
+    if (value >= 100) entry.text[entry.size++] = static_cast<char>('0' + value / 100);
+    if (value >= 10) entry.text[entry.size++] = static_cast<char>('0' + value / 10 % 10);
+    entry.text[entry.size++] = static_cast<char>('0' + value % 10);
+  }
+  return texts;
+}();
+
 // Returns the end of what it writes, at most kMostDigits characters.
 char* PutInteger(char* out, std::uint64_t bits, bool isSigned, int radix) {
+  if (radix == 10 && bits < kByteTexts.size()) {
+    const TByteText& entry = kByteTexts[bits];
+    std::memcpy(out, entry.text.data(), entry.text.size());
+    return out + entry.size;
+  }
   return isSigned ? std::to_chars(out, out + kMostDigits, static_cast<std::int64_t>(bits), radix).ptr
                   : std::to_chars(out, out + kMostDigits, bits, radix).ptr;
 }
@@ -228,8 +251,7 @@ void TCIMValue::SetNullValue(TCIMType::ECIMType type, unsigned int count) {
   declaredSize_ = count;
 }
 
-// Registers are arrays of bytes, and each is printed into a trace: short numbers are gathered before
-// they go into the text.
+// Short numbers are gathered before they go into the text.
 void TCIMValue::AppendElements(std::string& text, unsigned char radix) const {
   std::array<char, 256> gathered;
   char* out = gathered.data();
