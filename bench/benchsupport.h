@@ -56,9 +56,15 @@ struct TCandidate {
   double units = 1;           ///< what one round counts, to give time per unit
 };
 
-/// The median seconds per unit of each candidate, measured in turn over `rounds` rounds.
-inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, int rounds,
-                                   const std::function<double()>& clock = &ProcessorTime) {
+inline double Median(std::vector<double> numbers) {
+  const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+  std::nth_element(numbers.begin(), middle, numbers.end());
+  return *middle;
+}
+
+/// The seconds per unit of each candidate in each of `rounds` rounds, in which they run in turn.
+inline std::vector<std::vector<double>> MeasureRounds(const std::vector<TCandidate>& candidates, int rounds,
+                                                      const std::function<double()>& clock = &ProcessorTime) {
   std::vector<std::vector<double>> times(candidates.size());
   for (int round = 0; round <= rounds; ++round) {
     for (std::size_t i = 0; i < candidates.size(); ++i) {
@@ -68,12 +74,23 @@ inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, in
       if (round > 0) times[i].push_back(used / candidates[i].units);  // the first round warms up
     }
   }
+  return times;
+}
+
+/// The median seconds per unit of each candidate.
+inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, int rounds,
+                                   const std::function<double()>& clock = &ProcessorTime) {
   std::vector<double> medians;
-  for (auto& series : times) {
-    std::nth_element(series.begin(), series.begin() + static_cast<std::ptrdiff_t>(series.size() / 2), series.end());
-    medians.push_back(series[series.size() / 2]);
-  }
+  for (const auto& series : MeasureRounds(candidates, rounds, clock)) medians.push_back(Median(series));
   return medians;
+}
+
+/// The median of the rounds' ratios: where a round is long, a machine that changes its speed from time to time
+/// changes both of its sides alike.
+inline double MedianRatio(const std::vector<double>& above, const std::vector<double>& below) {
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < above.size(); ++i) ratios.push_back(above[i] / below[i]);
+  return Median(ratios);
 }
 
 /// One line of the table in docs/performance.md.

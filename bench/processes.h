@@ -116,17 +116,19 @@ class TSimulator {
   TSimulator(const TSimulator&) = delete;
   TSimulator& operator=(const TSimulator&) = delete;
 
-  /// Processor time of the simulated BMC in seconds.
+  /// Processor time of the simulated BMC, that is of all processes below `velhost simulate`, in seconds.
   double ProcessorTime() const {
-    const std::string folder = "/proc/" + std::to_string(process_) + "/task/" + std::to_string(process_);
-    pid_t server = 0;
-    clockid_t clock = 0;
-    timespec used = {};
-    if (!(std::ifstream(folder + "/children") >> server) || clock_getcpuclockid(server, &clock) != 0 ||
-        clock_gettime(clock, &used) != 0) {
-      throw std::runtime_error("the simulated BMC has gone");
+    std::ifstream children("/proc/" + std::to_string(process_) + "/task/" + std::to_string(process_) + "/children");
+    double seconds = 0;
+    int found = 0;
+    for (pid_t child = 0; children >> child; ++found) {
+      clockid_t clock = 0;
+      timespec used = {};
+      if (clock_getcpuclockid(child, &clock) != 0 || clock_gettime(clock, &used) != 0) break;
+      seconds += static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
     }
-    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
+    if (found == 0 || !children.eof()) throw std::runtime_error("the simulated BMC has gone");
+    return seconds;
   }
 
   std::string Address() const { return "127.0.0.1:" + std::to_string(port_); }

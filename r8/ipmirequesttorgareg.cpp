@@ -16,6 +16,8 @@ namespace {
 constexpr int kCapacity = static_cast<int>(TIPMICommandBuffer::kSize);
 // The dump is inclusive: it also shows the zero byte that the buffer owns behind its end.
 constexpr unsigned long kLastDumped = TIPMICommandBuffer::kSize;
+// Two dumps that are mostly zeros, and the words between them.
+constexpr std::size_t kUsualTranscript = 1400;
 // A timestamp read is checked by the whole response's length, a register read by its data's.
 constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
 static_assert(kTimestampEnd == 13);
@@ -50,7 +52,9 @@ bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int addre
                                   unsigned short* length, bool rawValue) {
   logger->writeDebug("Entered torgareg request.");
   TIPMICommandBuffer buffer = makeRegisterRead(chipSelector, address);
-  std::string transcript = "Contents of buffer to send (rspBuf):\n";
+  std::string transcript;
+  transcript.reserve(kUsualTranscript);
+  transcript += "Contents of buffer to send (rspBuf):\n";
   transcript += printArray(buffer.Data(), kLastDumped);
   int responseLength = kCapacity;
   bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);

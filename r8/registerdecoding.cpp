@@ -18,6 +18,7 @@ namespace Record = RegisterRecord;
 namespace {
 
 constexpr unsigned int kFoldedMode = 4;
+constexpr std::size_t kUsualTranscript = 160;  // of a register with one address
 
 // The machine types whose BMC registers are read as raw values; all others, the empty one included,
 // hand over labelled records.
@@ -102,7 +103,9 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
       offset.IsArray() ? static_cast<const std::vector<TCIMValue>&>(offset) : scalar;
   const bool eightByteFamily = isEightByteFamily(machineType);
   std::vector<unsigned char> bytes;
-  std::string transcript = propertyName + "\n\t";  // grows from address to address
+  std::string transcript;  // grows from address to address
+  transcript.reserve(kUsualTranscript);
+  transcript.append(propertyName).append("\n\t");
   for (const TCIMValue& element : addresses) {
     const unsigned int address = element;
     lastAddress = address;

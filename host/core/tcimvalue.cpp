@@ -223,17 +223,21 @@ void TCIMValue::Set(const TCIMDateTime& dateTime) {
 }
 
 void TCIMValue::Set(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements) {
-  std::vector<TCIMValue> converted;
-  converted.reserve(elements.size());
-  for (const TCIMValue& element : elements) {
+  const bool isInteger = KindOf(type) == EKind::kInteger;
+  std::vector<TCIMValue> converted(elements.size());
+  for (std::size_t i = 0; i < elements.size(); ++i) {
+    const TCIMValue& element = elements[i];
+    TCIMValue& made = converted[i];
     if (element.array_ && !element.null_) ThrowMismatch("an array is not an element of an array");
-    if (element.type_ == type) {
-      converted.push_back(element);
-    } else {
-      converted.push_back(element.ConvertedTo(type));
+    if (isInteger && !element.null_ && KindOf(element.type_) == EKind::kInteger) {
+      made.type_ = type;
+      made.null_ = false;
+      made.bits_ = Narrow(type, element.bits_);
+      continue;
     }
-    converted.back().array_ = false;
-    converted.back().declaredSize_ = 0;
+    made = element.type_ == type ? element : element.ConvertedTo(type);
+    made.array_ = false;
+    made.declaredSize_ = 0;
   }
   auto payload = std::make_shared<TPayload>(TPayload{std::move(converted)});
   *this = TCIMValue();
