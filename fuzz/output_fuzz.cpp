@@ -15,7 +15,6 @@ static constexpr const char* kSchema =
     " datetime Time; KROSG_DCAPFile REF Path; };";
 
 static void Require(bool condition) { condition ? void() : std::abort(); }
-
 static std::string Written(EOutputForm form, const TInstance& instance, const std::string& text) {
   struct : ITextSink {
     void Write(std::string_view more) override { content += more; }
@@ -24,7 +23,8 @@ static std::string Written(EOutputForm form, const TInstance& instance, const st
   const auto writer = MakeWriter(form, sink, {40 + static_cast<int>(text.size() % 100), false});
   writer->Begin({text, text, text, text});
   writer->Instance(instance, true);
-  writer->End({text.size() % 2 == 0, text, {{text, text}}, 2, {{text, 0, text, text.size()}, {text, 1, text}}, 1});
+  const std::optional<std::uint8_t> code = text.empty() ? std::nullopt : std::optional<std::uint8_t>(text.back());
+  writer->End({text.size() % 2 == 0, text, {{text, text}}, 1, {{text, 1, text, code}}, 1});
   for (std::size_t at = 0; at < sink.content.size(); at += NextCodePoint(sink.content, at).size) {
     Require(NextCodePoint(sink.content, at).valid);
   }

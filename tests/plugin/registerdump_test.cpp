@@ -47,6 +47,16 @@ TEST_P(TRegisterDump, EightValuesStandInALine) {
             "\n1 2 3 4 5 6 7 8 \n9 10 11 12 13 14 15 16 \n17 \n");
 }
 
+TEST_P(TRegisterDump, LinesOfZerosStandBetweenOthers) {
+  EXPECT_EQ(Dump({0,   0,   0,   0,   0,   0,   0,   1,    //
+                  0,   0,   0,   0,   0,   0,   0,   0,    //
+                  255, 255, 255, 255, 255, 255, 255, 255,  //
+                  0,   0,   0,   0,   0,   0,   0,   0,    //
+                  0,   200}),
+            "\n0 0 0 0 0 0 0 1 \n0 0 0 0 0 0 0 0 \n255 255 255 255 255 255 255 255 \n0 0 0 0 0 0 0 0 \n0 200 \n");
+  EXPECT_EQ(Dump({1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), "\n1 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
+}
+
 TEST_P(TRegisterDump, LastIsAnIndexOfAnyWidth) {
   // 8 values of two characters and a newline make a line of 17.
   EXPECT_EQ(Dump(std::vector<unsigned char>(257, 0)).size(), 32 * 17 + 3 + 1U);
