@@ -57,6 +57,13 @@ TEST_P(TRegisterDump, LinesOfZerosStandBetweenOthers) {
   EXPECT_EQ(Dump({1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), "\n1 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
 }
 
+TEST_P(TRegisterDump, ALineIsOneOfZerosByItsOwnBytesAlone) {
+  const std::vector<unsigned char> bytes = {255, 0, 0, 0, 0, 0, 0, 0,  //
+                                            0,   0, 0, 0, 0, 0, 0, 0,  //
+                                            0,   1};
+  EXPECT_EQ(GetParam()(bytes.data(), 15), "\n255 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
+}
+
 TEST_P(TRegisterDump, LastIsAnIndexOfAnyWidth) {
   // 8 values of two characters and a newline make a line of 17.
   EXPECT_EQ(Dump(std::vector<unsigned char>(257, 0)).size(), 32 * 17 + 3 + 1U);
