@@ -1,7 +1,8 @@
 // Register reads over the network: velhost against a bare loop over the same library, and against the
 // usual tools, all against one simulated BMC. Times are those of client and simulator together.
 //
-// lan_bench [--quick]. Needs ipmi_sim (package openipmi), ipmitool and ipmi-raw (freeipmi-tools).
+// lan_bench [--quick | loop | collector]; with a word only that way of reading, once, to be looked at with perf. Needs
+// ipmi_sim (package openipmi), ipmitool and ipmi-raw (freeipmi-tools).
 #include <dlfcn.h>
 #include <fmt/ranges.h>
 
@@ -212,8 +213,6 @@ void Compare(bool quick) {
   PrintPart("5c'", "the bare loop, against `ipmi-raw --file`, in elapsed time", times[3], times[2]);
 }
 
-}  // namespace
-
 /// One way of reading, once, to be looked at with perf.
 void ReadOnce(const std::string& way) {
   const TReads reads = {10, 1000};
@@ -221,6 +220,8 @@ void ReadOnce(const std::string& way) {
   const bench::TSimulator simulator(folder.Write("server.toml", kServer));
   way == "loop" ? ReadAll(simulator, reads) : CollectOnBareSession(simulator, reads);
 }
+
+}  // namespace
 
 int main(int argc, char** argv) {
   try {
