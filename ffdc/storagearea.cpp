@@ -84,7 +84,7 @@ int copiedSize(int responseLength, int chunk) {
   return static_cast<int>(std::clamp<std::int64_t>(offered, 0, std::max(chunk, 0)));
 }
 
-// Wraps where a negative size keeps the loop going for long; the requested texts stay the same.
+// Wraps where a caller's negative size keeps the loop going for long; the requested texts stay the same.
 int advanced(int offset, int chunk) {
   return static_cast<int>(static_cast<unsigned int>(offset) + static_cast<unsigned int>(chunk));
 }

@@ -3,19 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <sstream>
 
 #include "host/core/hosterror.h"
 #include "host/velhost/commandline.h"
+#include "tests/support/require.h"
 
 using namespace NKROVEL20;
+using testsupport::Require;
 
 namespace {
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
 
 template <std::size_t N>
 bool IsOneOf(const std::string& word, const std::array<const char*, N>& words) {

@@ -1,20 +1,16 @@
-// Any bytes as values of every type: each form stays one that its readers take.
-#include <nlohmann/json.hpp>
-#include <pugixml.hpp>
-#include <sstream>
-
+// Any bytes as values of every type: what each form that can be read says of them is what they are.
 #include "host/output/utf8.h"
 #include "host/output/writers.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/outputreading.h"
 
 using namespace NKROVEL20;
-using TType = TCIMValue::TCIMType;
+using namespace testsupport;
 
 static constexpr const char* kSchema =
     "class KROSG_DCAPFile { string ErrRawData; string Texts[]; uint8 Bytes[]; uint64 Number; real64 Real; char16 Char;"
     " datetime Time; KROSG_DCAPFile REF Path; };";
 
-static void Require(bool condition) { condition ? void() : std::abort(); }
 static std::string Written(EOutputForm form, const TInstance& instance, const std::string& text) {
   struct : ITextSink {
     void Write(std::string_view more) override { content += more; }
@@ -23,11 +19,9 @@ static std::string Written(EOutputForm form, const TInstance& instance, const st
   const auto writer = MakeWriter(form, sink, {40 + static_cast<int>(text.size() % 100), false});
   writer->Begin({text, text, text, text});
   writer->Instance(instance, true);
-  const std::optional<std::uint8_t> code = text.empty() ? std::nullopt : std::optional<std::uint8_t>(text.back());
+  const auto code = text.empty() ? std::nullopt : std::optional<std::uint8_t>(text.back());
   writer->End({text.size() % 2 == 0, text, {{text, text}}, 1, {{text, 1, text, code}}, 1});
-  for (std::size_t at = 0; at < sink.content.size(); at += NextCodePoint(sink.content, at).size) {
-    Require(NextCodePoint(sink.content, at).valid);
-  }
+  Require(Repaired(sink.content, false) == sink.content);
   return sink.content;
 }
 
@@ -48,12 +42,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   instance.SetProperty("Time", TCIMDateTime(2000, 1, bits & 0x3F, bits >> 8 & 0x1F, 0, 0, 0, 0), {});
   instance.SetProperty("Path", TCIMValue::FromText(TType::kReference, text), {});
   Written(EOutputForm::kTable, instance, text);
-  Require(nlohmann::json::accept(Written(EOutputForm::kJson, instance, text)));
-  std::istringstream lines(Written(EOutputForm::kJsonl, instance, text));
-  for (std::string line; std::getline(lines, line);) Require(nlohmann::json::accept(line));
-  Require(pugi::xml_document().load_string(Written(EOutputForm::kCimXml, instance, text).c_str()));
+  const nlohmann::json properties = PropertiesOf(instance);
+  Require(nlohmann::json::parse(Written(EOutputForm::kJson, instance, text))["instances"][0]["properties"] ==
+          properties);
+  const std::string lines = Written(EOutputForm::kJsonl, instance, text);
+  Require(nlohmann::json::parse(lines.substr(0, lines.find('\n')))["properties"] == properties);
+  RequireXml(Written(EOutputForm::kCimXml, instance, text), properties);
   files.Add("instance.mof", Written(EOutputForm::kMof, instance, text));
   const TSchemaResult read = ReadSchema({"schema.mof", "instance.mof"}, files);
-  Require(!read.HasErrors() && *read.instances.at(0)->Find("Bytes") == *instance.Find("Bytes"));
+  nlohmann::json readBack = PropertiesOf(*read.instances.at(0));
+  if (readBack["Time"].is_null()) readBack["Time"] = properties["Time"];  // none of the calendar
+  Require(!read.HasErrors() && readBack == properties);
   return 0;
 }

@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t kHelpColumn = 28;
 constexpr std::size_t kHelpWidth = 80;
+constexpr const char* kNeedsServerFile = "simulate needs FILE";
 
 template <typename T>
 using TChoices = std::vector<std::pair<std::string, T>>;
@@ -238,7 +239,7 @@ void Parse(TParser& parser, const TUsage& usage, const std::vector<std::string>&
   try {
     parser.app.parse(std::move(reversed));
   } catch (const CLI::RequiredError&) {
-    ThrowUsage(VerbOf(usage, arguments) + " needs FILE");
+    ThrowUsage(kNeedsServerFile);
   } catch (const CLI::ExtrasError&) {
     const std::string extra = parser.app.remaining(true).front();
     ThrowUsage(QuotedWord(extra) + " is more than " + VerbOf(usage, arguments) + " takes");
@@ -246,6 +247,8 @@ void Parse(TParser& parser, const TUsage& usage, const std::vector<std::string>&
     ThrowUsage(SafeText(error.what()));
   }
   parser.result.verb = parser.verbs.at(parser.app.get_subcommands().front());
+  // An empty word counts as given.
+  if (parser.result.verb == EVerb::kSimulate && parser.result.simulate.file.empty()) ThrowUsage(kNeedsServerFile);
 }
 
 std::string WhereToLook(const TUsage& usage, const std::string& verb) {

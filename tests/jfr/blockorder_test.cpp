@@ -62,6 +62,16 @@ TEST_F(TBlockOrder, EveryDeclarationIsAskedForItsNameItsOriginAndThenForTheSuper
                                       "R.GetType() {}", "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
 }
 
+TEST_F(TBlockOrder, ADeclarationsPlaceIsSaidBeforeTheClassIsAskedForItsName) {
+  Collector(TClassBuilder("Bridge6203", kBridgeBase).Record("R", 0));
+  TBlock block;
+  probe.Clear();
+  logger.FailAt("propertyDecl = InstanceID. classOrigin = KROSG_StatisticBase. superClass = " +
+                std::string(kBridgeBase));
+  EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), std::runtime_error);
+  EXPECT_TRUE(probe.CallsWith("Bridge6203.GetName").empty());
+}
+
 TEST_F(TBlockOrder, AClassWithoutSuperclassAssertsEvenWhereNothingIsToBeRead) {
   Collector(TClassBuilder("Bridge6203").Scalar("InstanceID", TType::kString));
   TBlock block;

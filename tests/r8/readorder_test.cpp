@@ -66,6 +66,24 @@ TEST_F(TReadOrder, EveryDeclarationIsAskedForFourNames) {
                                       own + "GetSuperClass() {}", "PARENT.GetName() {}"}));
 }
 
+TEST_F(TReadOrder, TheNumberOfInstancesIsSaidBeforeTheClassIsAskedForItsName) {
+  Collector(Chip().MaxInstances(2));
+  probe.Clear();
+  logger.FailAt("Class supports 2 instances on this machine");
+  EXPECT_THROW(collector->getData(), std::runtime_error);
+  EXPECT_EQ(probe.Calls(), std::vector<std::string>{std::string(kVoMemory) + ".GetQualifier(MaxInstanceCount) {}"});
+}
+
+TEST_F(TReadOrder, TheConvertedBytesAreSaidBeforeTheTypeIsAskedFor) {
+  sp.Expect(Register(0, 0x10).Answers(OneToEight()));
+  Collector(Chip().Register("R", 0x10, 8));
+  const auto property = Property(kVoMemory, "R");
+  std::string beforeLast;
+  probe.DoAt("R.GetType() {}", [&] { beforeLast = logger.Lines().at(logger.Lines().size() - 2).message; });
+  collector->getRegisterData(property, 0);
+  EXPECT_EQ(beforeLast, "Displaying messenger\n");
+}
+
 TEST_F(TReadOrder, AClassWithoutSuperclassAssertsEvenWhereNothingIsToBeRead) {
   Collector(TClassBuilder(kVoMemory).Scalar("InstanceID", TType::kString));
   EXPECT_THROW(collector->getRegisterValues(0), TAssertionFailure);

@@ -18,6 +18,9 @@ using namespace NKROVEL20;
 
 constexpr int kLongest = 300;  // of IPMI response lengths; the buffer has 256 bytes
 constexpr int kLongestDot = 70'000;
+constexpr std::size_t kBlock = 4096;
+constexpr std::size_t kCutEnds = 300;       // of a block: cut everywhere so near its ends
+constexpr std::size_t kBlockInstances = 2;  // that each register block gives
 // Where a run's deadline lies, in exchanges: a flipped size may ask for gigabytes, ten bytes at a time.
 constexpr std::size_t kDeadline = 2000;
 
@@ -54,20 +57,23 @@ class TSweep {
           for (const auto& second : ways) {
             host_.Tamperer().HurtIpmi(a, first);
             host_.Tamperer().HurtIpmi(b, second);
-            Check("two exchanges hurt");
+            const sweep::TOutcome outcome = host_.Run();
+            // After a first failure a part's other exchanges are left out.
+            Check(outcome, outcome.hurtExchanges == 2 ? "two exchanges hurt" : "the second did not come");
           }
         }
       }
     }
   }
 
-  // Every length that a dot command may claim, in a request of its own.
+  // Every length that a dot command may claim, for either block, in a request of its own.
   void DotLengths() {
     for (int said = 0; said <= kLongestDot; said += Step(997)) {
-      host_.Tamperer().HurtDot(0, SaysDotLength(said));
-      Count("register block's length");
+      host_.Tamperer().HurtDot(static_cast<std::size_t>(said % 2), SaysDotLength(said));
       const sweep::TOutcome outcome = host_.RunRegisterBlocks();
+      Count("register block's length");
       CheckEnd(outcome, "register block's length");
+      CheckBlocks(outcome, "register block's length");
     }
   }
 
@@ -107,10 +113,27 @@ class TSweep {
       return true;
     };
   }
+  static sweep::TDotTamper DotAnswer(sweep::EDotAnswer answer) {
+    return [answer](std::span<std::uint8_t>, std::span<const std::uint8_t>, int&) { return answer; };
+  }
   static sweep::TDotTamper SaysDotLength(int said) {
-    return [said](std::span<std::uint8_t>, int& length) {
+    return [said](std::span<std::uint8_t>, std::span<const std::uint8_t>, int& length) {
       length = said;
-      return true;
+      return sweep::EDotAnswer::kGiven;
+    };
+  }
+  static sweep::TDotTamper CutDot(std::size_t size) {
+    return [size](std::span<std::uint8_t> response, std::span<const std::uint8_t> before, int& length) {
+      std::copy(before.begin() + static_cast<std::ptrdiff_t>(size), before.end(),
+                response.begin() + static_cast<std::ptrdiff_t>(size));
+      length = static_cast<int>(size);
+      return sweep::EDotAnswer::kGiven;
+    };
+  }
+  static sweep::TDotTamper FlipDot(std::size_t bit) {
+    return [bit](std::span<std::uint8_t> response, std::span<const std::uint8_t>, int&) {
+      response[bit / 8] ^= static_cast<std::uint8_t>(1U << (bit % 8));
+      return sweep::EDotAnswer::kGiven;
     };
   }
   static sweep::TIpmiTamper SaysDataLength(int said) {
@@ -126,15 +149,18 @@ class TSweep {
     };
   }
 
-  int Step(int quickly) const { return quick_ ? quickly : 1; }
+  template <typename T>
+  T Step(T quickly) const {
+    return quick_ ? quickly : 1;
+  }
 
   void HurtIpmi(std::size_t place, const sweep::TIpmiTamper& tamper, const char* how) {
     host_.Tamperer().HurtIpmi(place, tamper);
-    Check(how);
+    Check(host_.Run(), how);
   }
   void HurtDot(std::size_t place, const sweep::TDotTamper& tamper, const char* how) {
     host_.Tamperer().HurtDot(place, tamper);
-    Check(how);
+    Check(host_.Run(), how);
   }
 
   void SweepIpmi(std::size_t place, int length) {
@@ -149,21 +175,17 @@ class TSweep {
   }
 
   void SweepDot(std::size_t place) {
-    HurtDot(
-        place, [](std::span<std::uint8_t>, int&) { return false; }, "lost");
+    HurtDot(place, DotAnswer(sweep::EDotAnswer::kLost), "lost");
+    HurtDot(place, DotAnswer(sweep::EDotAnswer::kFailed), "failure beside a block");
+    for (std::size_t size = 0; size < kBlock; size += Step<std::size_t>(29)) {
+      if (size <= kCutEnds || size >= kBlock - kCutEnds) HurtDot(place, CutDot(size), "block's length");
+    }
     const std::vector<int> lengths = LyingDotLengths();
-    for (std::size_t i = 0; i < lengths.size(); i += static_cast<std::size_t>(Step(7))) {
-      HurtDot(place, SaysDotLength(lengths[i]), "length that lies");
+    for (std::size_t i = 0; i < lengths.size(); i += Step<std::size_t>(7)) {
+      HurtDot(place, SaysDotLength(lengths[i]), "block's length that lies");
     }
-    for (int bit = 0; bit < 4096 * 8; bit += Step(997)) {
-      HurtDot(
-          place,
-          [bit](std::span<std::uint8_t> response, int&) {
-            response[static_cast<std::size_t>(bit / 8)] ^= static_cast<std::uint8_t>(1U << (bit % 8));
-            return true;
-          },
-          "flipped bit");
-    }
+    for (std::size_t bit = 0; bit < kBlock * 8; bit += Step<std::size_t>(997))
+      HurtDot(place, FlipDot(bit), "block's flipped bit");
   }
 
   static std::vector<int> LyingDotLengths() {
@@ -183,17 +205,47 @@ class TSweep {
     if (outcome.hurt.empty()) Fail(how, "hurt nothing");
   }
 
-  void Check(const char* how) {
+  void Check(const sweep::TOutcome& outcome, const char* how) {
     Count(how);
-    const sweep::TOutcome outcome = host_.Run();
     CheckEnd(outcome, how);
+    CheckBlocks(outcome, how);
+    for (const auto& [key, texts] : outcome.instances) {
+      if (!clean_.instances.contains(key)) Fail(how, "made up " + key);
+    }
     for (const auto& [key, texts] : clean_.instances) {
-      if (outcome.hurt.contains(key)) continue;
+      if (key == sweep::kJfrClass || outcome.hurt.contains(key)) continue;
       const auto found = outcome.instances.find(key);
       if (found == outcome.instances.end() || found->second != texts) {
         Fail(how, "changed " + key + ", which does not depend on " + *outcome.hurt.begin());
       }
     }
+  }
+
+  // A hurt block changes its own instances alone, of which there are no more than ever. One that cannot be decoded
+  // drops those of the blocks before it.
+  void CheckBlocks(const sweep::TOutcome& outcome, const char* how) {
+    const std::vector<std::string>& clean = clean_.instances.at(sweep::kJfrClass);
+    const auto given = outcome.instances.find(sweep::kJfrClass);
+    const std::vector<std::string> found =
+        given == outcome.instances.end() ? std::vector<std::string>() : given->second;
+    const bool isFirstHurt = outcome.hurtBlocks.contains(0);
+    const bool isSecondHurt = outcome.hurtBlocks.contains(1);
+    std::size_t fixed = 0;
+    if (!isFirstHurt && !(isSecondHurt && outcome.blocksWereDropped)) {
+      fixed += kBlockInstances;
+      if (found.size() < fixed || !std::equal(clean.begin(), clean.begin() + kBlockInstances, found.begin())) {
+        return Fail(how, "changed the first block's instances");
+      }
+    }
+    if (!isSecondHurt) {
+      fixed += kBlockInstances;
+      if (found.size() < fixed ||
+          !std::equal(clean.end() - kBlockInstances, clean.end(), found.end() - kBlockInstances)) {
+        return Fail(how, "changed the second block's instances");
+      }
+    }
+    const std::size_t loose = kBlockInstances * (static_cast<std::size_t>(isFirstHurt) + isSecondHurt);
+    if (found.size() > fixed + loose) Fail(how, "made up instances of a block");
   }
 
   void Fail(const std::string& how, const std::string& what) {

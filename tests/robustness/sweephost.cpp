@@ -26,21 +26,21 @@ bool StartsWith(const std::string& text, const char* prefix) { return text.rfind
 
 }  // namespace
 
-bool TTamperer::IsRefused(std::size_t place, bool isDot) const {
+bool TTamperer::IsRefused(std::size_t place, int serviceProcessor) const {
   if (place < limit_) return false;
-  if (onHurt) onHurt(isDot);
+  if (onHurt) onHurt(serviceProcessor);
   return true;
 }
 
 bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
   const std::size_t place = count_++;
-  if (IsRefused(place, false)) return false;
+  if (IsRefused(place, -1)) return false;
   const TIPMICommandBuffer request = buffer;
   const int requestLength = length;
   bool answered = inner_.SendIpmi(node, buffer, length, stop);
   const auto tamper = ipmi_.find(place);
   if (tamper != ipmi_.end()) {
-    if (onHurt) onHurt(false);
+    if (onHurt) onHurt(-1);
     answered = tamper->second(buffer, length) && answered;
   }
   if (!answered) {
@@ -54,13 +54,20 @@ bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, cons
 bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                         const TStopSignal& stop) {
   const std::size_t place = count_++;
-  if (IsRefused(place, true)) return false;
+  if (IsRefused(place, serviceProcessor)) return false;
+  const std::vector<std::uint8_t> before(response.begin(), response.end());
+  const int lengthBefore = length;
   const bool answered = inner_.SendDot(serviceProcessor, command, response, length, stop);
   if (onExchange) onExchange(true, {}, length);
   const auto tamper = dot_.find(place);
   if (tamper == dot_.end()) return answered;
-  if (onHurt) onHurt(true);
-  return tamper->second(response, length) && answered;
+  if (onHurt) onHurt(serviceProcessor);
+  const EDotAnswer answer = tamper->second(response, before, length);
+  if (answer == EDotAnswer::kLost) {
+    std::copy(before.begin(), before.end(), response.begin());
+    length = lengthBefore;
+  }
+  return answer == EDotAnswer::kGiven && answered;
 }
 
 THost::THost(const std::string& machineType)
@@ -107,6 +114,8 @@ void THost::Log(EVELLogSeverity, const std::string& message) {
   } else if (StartsWith(message, "The system has")) {
     static const char* const names[] = {"cpu_err", "ioh_err", "zyn_err"};
     part_ = std::string(names[(files_ - 1) % 3]) + " " + std::to_string(message.back() - '0' + 1);
+  } else if (StartsWith(message, "Unable to create chip instance")) {
+    blocksWereDropped_ = true;
   } else if (message == "Completed buildCIMInstances." || message == "Complete to collect KROSG_DCAPFile") {
     ++ended_;
   }
@@ -139,11 +148,16 @@ void THost::GetData(std::vector<boost::shared_ptr<ICIMClass>>& classes, TOutcome
 TOutcome THost::Collect(const std::vector<std::string>& names) {
   TOutcome outcome;
   files_ = begun_ = ended_ = 0;
+  blocksWereDropped_ = false;
   schema_->SetCommitCallback([&outcome](const boost::shared_ptr<const TInstance>& instance) {
     const allocation::TPause pause;
     outcome.instances[KeyOf(*instance)].push_back(TextOf(*instance));
   });
-  tamperer_.onHurt = [this, &outcome](bool isDot) { outcome.hurt.insert(isDot ? class_ : part_); };
+  tamperer_.onHurt = [this, &outcome](int serviceProcessor) {
+    ++outcome.hurtExchanges;
+    if (serviceProcessor >= 0) outcome.hurtBlocks.insert(serviceProcessor);
+    outcome.hurt.insert(serviceProcessor >= 0 ? class_ : part_);
+  };
   plugin_->Init();
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   for (const std::string& name : names) classes.push_back(schema_->FindClass(name));
@@ -152,6 +166,7 @@ TOutcome THost::Collect(const std::vector<std::string>& names) {
   schema_->SetCommitCallback({});
   const int requests = static_cast<int>(names.size());
   outcome.traceIsWhole = begun_ == requests && ended_ == requests;
+  outcome.blocksWereDropped = blocksWereDropped_;
   tamperer_.Reset();
   tamperer_.onHurt = nullptr;
   std::string().swap(class_);  // nothing of this run is left, so that memory can be compared

@@ -20,7 +20,15 @@ namespace sweep {
 
 /// What becomes of an answer. The service processor has answered already; returning false loses it.
 using TIpmiTamper = std::function<bool(NKROVEL20::TIPMICommandBuffer& buffer, int& length)>;
-using TDotTamper = std::function<bool(std::span<std::uint8_t> response, int& length)>;
+
+enum class EDotAnswer {
+  kGiven,
+  kLost,    ///< nothing was delivered: response and length are what they were before
+  kFailed,  ///< the driver reports a failure beside what was delivered
+};
+/// As above, with what stood in the response's place before the service processor answered.
+using TDotTamper =
+    std::function<EDotAnswer(std::span<std::uint8_t> response, std::span<const std::uint8_t> before, int& length)>;
 
 /// Passes exchanges on and hurts those at the chosen places, counted from 0 over the whole run.
 class TTamperer : public NKROVEL20::IServiceProcessor {
@@ -36,9 +44,9 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
   void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
   std::function<void(bool isDot, const NKROVEL20::TIPMICommandBuffer& response, int length)> onExchange;
-  /// Called when an exchange is hurt or refused. A place is only a number: after a first hurt exchange
-  /// the later ones may be others than in the clean run.
-  std::function<void(bool isDot)> onHurt;
+  /// Called when an exchange is hurt or refused, with the service processor of a dot command and -1 for IPMI. A place
+  /// is only a number: after a first hurt exchange the later ones may be others than in the clean run.
+  std::function<void(int serviceProcessor)> onHurt;
 
   int BmcNodeCount() override { return inner_.BmcNodeCount(); }
   bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
@@ -51,7 +59,7 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
                const NKROVEL20::TStopSignal& stop) override;
 
  private:
-  bool IsRefused(std::size_t place, bool isDot) const;
+  bool IsRefused(std::size_t place, int serviceProcessor) const;
 
   NKROVEL20::IServiceProcessor& inner_;
   std::size_t count_ = 0;
@@ -72,6 +80,9 @@ struct TExchangeNote {
 struct TOutcome {
   std::map<std::string, std::vector<std::string>> instances;
   std::set<std::string> hurt;  ///< keys of the instances that hurt and refused exchanges may have changed
+  std::set<int> hurtBlocks;    ///< service processors whose register block was hurt or refused
+  int hurtExchanges = 0;
+  bool blocksWereDropped = false;  ///< a block could not be decoded, which drops what the blocks before it gave
   bool traceIsWhole = false;
   std::string exception;
   long allocations = 0;  ///< that collector and host asked for during GetData
@@ -116,6 +127,7 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
   int files_ = 0;
   int begun_ = 0;
   int ended_ = 0;
+  bool blocksWereDropped_ = false;
 };
 
 }  // namespace sweep

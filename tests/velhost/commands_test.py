@@ -28,6 +28,7 @@ class Usage(VelhostCase):
         self.refuses('unknown command "colect"; did you mean collect?', "colect")
         self.refuses('unknown command "a\\x1b[2J"; there are collect, classes, plugin, check and simulate', "a\x1b[2J")
         self.refuses("simulate needs FILE", "simulate", see="simulate ")
+        self.refuses("simulate needs FILE", "simulate", "", see="simulate ")
         self.refuses('"b" is more than classes takes', "classes", "b", see="classes ")
 
     def test_options(self):

@@ -1,0 +1,41 @@
+// Properties whose declarations come out of a run of bytes, for the fuzz targets. Header only, as they need it.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/core/assertionfailure.h"
+#include "tests/support/bytedrivenserviceprocessor.h"
+#include "tests/support/classbuilder.h"
+
+namespace testsupport {
+
+/// Adds an array property whose shape is the input's: two bits for each of up to two `qualifiers` say whether it has
+/// its value (0 and 1), is a text that is no number (2), or is missing (3), and the upper half of the byte says of
+/// which type the property is: 0 is uint8, and every type has its turn.
+inline void AddShaped(TClassBuilder& to, const std::string& name,
+                      std::vector<std::pair<std::string, NKROVEL20::TCIMValue>> qualifiers, TByteStream& bytes) {
+  unsigned int shape = bytes.Next();
+  const auto type = static_cast<TType::ECIMType>(1 + ((shape >> 4U) + 1) % 15);
+  std::erase_if(qualifiers, [&shape](auto& qualifier) {
+    const unsigned int choice = shape & 3U;
+    shape >>= 2U;
+    if (choice == 2) qualifier.second = NKROVEL20::TCIMValue("x");
+    return choice == 3;
+  });
+  to.Array(name, qualifiers, type);
+}
+
+/// Collects, and hands each instance's properties to `check`. A qualifier that is missing ends the collection in an
+/// assertion, as it does in the product.
+template <typename TCollector, typename TCheck>
+void CheckCollection(TCollector& collector, TCheck check) {
+  try {
+    for (const NKROVEL20::TPropertyMap& map : collector.getData()) check(map);
+  } catch (const NKROVEL20::TAssertionFailure&) {
+    return;
+  }
+}
+
+}  // namespace testsupport

@@ -1,0 +1,85 @@
+// What the output forms have to say of an instance, for the fuzz target that reads them back. Header only, as it is
+// built without the tests.
+#pragma once
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <pugixml.hpp>
+#include <string>
+
+#include "host/core/ciminstance.h"
+#include "host/output/utf8.h"
+#include "tests/support/require.h"
+
+namespace testsupport {
+
+using TType = NKROVEL20::TCIMValue::TCIMType;
+
+/// The text with U+FFFD for what is no UTF-8, and, where it is for XML, for the characters that XML cannot hold.
+inline std::string Repaired(const std::string& text, bool isXml) {
+  std::string repaired;
+  for (std::size_t at = 0; at < text.size();) {
+    const NKROVEL20::TCodePoint point = NKROVEL20::NextCodePoint(text, at);
+    const bool isControl = point.value < 0x20 && point.value != '\t' && point.value != '\n' && point.value != '\r';
+    const bool isLost = !point.valid || (isXml && (isControl || point.value == 0xFFFE || point.value == 0xFFFF));
+    repaired += isLost ? std::string(NKROVEL20::kReplacementText) : text.substr(at, point.size);
+    at += point.size;
+  }
+  return repaired;
+}
+
+/// A value as JSON has it: null, a number, a text or an array of these. Numbers that are none are null.
+inline nlohmann::json JsonOf(const NKROVEL20::TCIMValue& value) {
+  if (value.IsNull()) return nullptr;
+  if (value.IsArray()) {
+    nlohmann::json elements = nlohmann::json::array();
+    for (const auto& element : static_cast<const std::vector<NKROVEL20::TCIMValue>&>(value)) {
+      elements.push_back(JsonOf(element));
+    }
+    return elements;
+  }
+  switch (value.GetType().GetCode()) {
+    case TType::kUint8:
+    case TType::kUint64: return value.ToInteger();
+    case TType::kReal64: return std::isfinite(value.ToReal()) ? nlohmann::json(value.ToReal()) : nlohmann::json();
+    case TType::kChar16: {
+      std::string text;
+      NKROVEL20::AppendUtf8(text, static_cast<char32_t>(value.ToInteger()));
+      return text;
+    }
+    default: return Repaired(value.ToString(10), false);
+  }
+}
+
+/// Every property that is set, by name.
+inline nlohmann::json PropertiesOf(const NKROVEL20::TInstance& instance) {
+  nlohmann::json properties = nlohmann::json::object();
+  for (std::size_t i = 0; i < instance.Class().Properties().size(); ++i) {
+    if (!instance.IsSet(i)) continue;
+    properties[instance.Class().Properties()[i]->Definition().name] = JsonOf(instance.Value(i));
+  }
+  return properties;
+}
+
+/// Requires that the instance in the XML text has all `properties`, with the texts and numbers that they have there.
+inline void RequireXml(const std::string& text, const nlohmann::json& properties) {
+  pugi::xml_document document;
+  Require(document.load_string(text.c_str(), pugi::parse_default | pugi::parse_ws_pcdata_single));
+  const pugi::xml_node instance = document.select_node("//INSTANCE").node();
+  for (const auto& [name, value] : properties.items()) {
+    const pugi::xml_node property = instance.find_child_by_attribute("NAME", name.c_str());
+    Require(property);
+    if (value.is_number_integer()) Require(property.child_value("VALUE") == value.dump());
+    if (name == "ErrRawData") Require(property.child_value("VALUE") == Repaired(value.get<std::string>(), true));
+    if (!value.is_array()) continue;
+    pugi::xml_node element = property.child("VALUE.ARRAY").first_child();
+    for (const nlohmann::json& each : value) {
+      const std::string expected = each.is_string() ? Repaired(each.get<std::string>(), true) : each.dump();
+      Require(each.is_null() ? element.name() == std::string("VALUE.NULL") : element.child_value() == expected);
+      element = element.next_sibling();
+    }
+    Require(!element);
+  }
+}
+
+}  // namespace testsupport
