@@ -53,6 +53,22 @@ TEST_F(TLifecycle, InitAloneResetsTheRecordCounter) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 0);
 }
 
+TEST_F(TLifecycle, TwoObjectsOfOneLibraryCountEachForItselfAndShareTheLog) {
+  AddCaptureClass();
+  TTORGARegPluginCallbacks other;
+  for (TTORGARegPluginCallbacks* object : {&plugin, &other, &plugin}) {
+    object->AddErrFFDCinstance(ns, std::string("00 "), 1, "cpu_err", 0);
+  }
+  EXPECT_EQ(FieldsOf(plugin).recordCounter, 2);
+  EXPECT_EQ(FieldsOf(other).recordCounter, 1);
+  logger.Clear();
+  other.Init();
+  plugin.DeInit();
+  EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Initializing Engineering Information Collector"),
+                                                Debug("De-Initializing Engineering Information Collector")}));
+  EXPECT_EQ(FieldsOf(plugin).recordCounter, 2);
+}
+
 TEST_F(TLifecycle, CallsInAnyOrderDoTheirOwnWork) {
   plugin.DeInit();
   plugin.Init();

@@ -1,5 +1,6 @@
 """Kills velhost at random moments while it records and writes its output, and looks at what is left behind:
-the output is there whole or not at all, nothing else lies beside it, and the recording replays."""
+the output and the capture files are there whole or not at all, nothing else lies beside them, and the recording replays
+into every register that it has. Half of the kills wait until nearly all is recorded, and fall while output is written."""
 
 import argparse
 import json
@@ -10,13 +11,44 @@ import time
 
 from support import BRIDGE, Folder, Tally, VELHOST
 
-SERVER = """
+# The output is written in pieces of 64 KiB at most, line by line in jsonl.
+REGISTERS, INSTANCES, CAPTURED = 60, 30, 20_000
+SERVER = f"""
 machine_type = "6203"
 unlisted_registers = "pattern"
 [[bmc_node]]
 timestamp = "00 00 00 01"
+[[bmc_node.storage_area]]
+name = "cpu_err"
+data = "{"ab " * CAPTURED}"
+[[bmc_node.storage_area]]
+name = "ioh_err"
+data = "01 02"
+[[bmc_node.storage_area]]
+name = "zyn_err"
+data = "03"
 """
 OLD = "the file of an earlier run\n"
+OUTPUTS = ("out", "run.jsonl", "captures")
+# Request and completion code of a register read that was answered.
+READ, SUCCESS = "01 20 3a 00 62 ", "01 20 3a 00 00 "
+ENOUGH_FOR_ALL_KINDS = 100  # kills of which each kind of outcome has some
+
+
+def instances_of(form, text):
+    """Without the moment of a capture file's collection; None where the text is not whole."""
+    try:
+        if form == "json":
+            instances = json.loads(text)["instances"]
+        else:
+            *instances, summary = [json.loads(line) for line in text.splitlines()]
+            if summary["kind"] != "summary":
+                return None
+    except ValueError:
+        return None
+    for instance in instances:
+        instance["properties"].pop("MessageTimestamp", None)
+    return instances
 
 
 class Killing:
@@ -24,75 +56,108 @@ class Killing:
         self.folder = folder
         self.random = random.Random(seed)
         self.tally = Tally()
-        self.counts = {"output whole": 0, "no output or the old one": 0, "hidden files": 0, "no recording": 0,
-                       "recording whole": 0, "recording cut": 0}
-        self.command = ["collect", "--schema", folder.schema(50, 8), "--sp",
-                        "sim:" + folder.write("server.toml", SERVER), "--format", "json", BRIDGE]
+        self.counts = dict.fromkeys(("ended before", "output whole", "no output or the old one", "capture files",
+                                     "hidden files", "no recording", "recording whole", "recording cut"), 0)
+        self.command = ["collect", "--schema", folder.schema(REGISTERS, INSTANCES), "--sp",
+                        "sim:" + folder.write("server.toml", SERVER), BRIDGE, "KROSG_DCAPFile"]
         self.duration = min(self.run_whole() for _ in range(3))
-        self.clean = self.read("clean.json")["instances"]
+        self.clean = instances_of("json", self.read("clean.json"))
+        self.captures = {path.name: path.read_bytes() for path in (folder.path / "clean").iterdir()}
+        self.recorded = len(self.read("clean.jsonl"))
         self.kept = set(path.name for path in folder.path.iterdir())
 
     def run_whole(self):
         start = time.monotonic()
-        self.folder.run(*self.command, "-o", "clean.json", "--record", "clean.jsonl", TZ="UTC0")
+        self.folder.run(*self.command, "--format", "json", "-o", "clean.json", "--record", "clean.jsonl",
+                        "--capture-dir", "clean", TZ="UTC0")
         return time.monotonic() - start
 
     def read(self, name):
-        return json.loads((self.folder.path / name).read_text())
+        return (self.folder.path / name).read_text()
 
-    def kill_one(self, replaces):
-        for name in ("out.json", "run.jsonl"):
-            (self.folder.path / name).unlink(missing_ok=True)
+    def wait(self, process, is_late):
+        if not is_late:
+            time.sleep(self.random.uniform(0, 1.1 * self.duration))
+            return
+        recording = self.folder.path / "run.jsonl"
+        while process.poll() is None:
+            if recording.exists() and recording.stat().st_size > 0.98 * self.recorded:
+                time.sleep(self.random.uniform(0, 0.5 * self.duration))
+                return
+            time.sleep(0.0002)
+
+    def kill_one(self, form, replaces, is_late):
+        for name in OUTPUTS:
+            subprocess.run(["rm", "-rf", self.folder.path / name], check=True)
         if replaces:
-            self.folder.write("out.json", OLD)
-        process = subprocess.Popen([VELHOST, *self.command, "-o", "out.json", "--record", "run.jsonl"],
-                                   cwd=self.folder.path, env={"TZ": "UTC0"})
-        time.sleep(self.random.uniform(0, 1.1 * self.duration))
-        process.kill()
-        status = process.wait()
+            self.folder.write("out", OLD)
+        arguments = [*self.command, "--format", form, "-o", "out", "--record", "run.jsonl", "--capture-dir", "captures"]
+        with subprocess.Popen([VELHOST, *arguments], cwd=self.folder.path, env={"TZ": "UTC0"}) as process:
+            self.wait(process, is_late)
+            process.kill()
+            status = process.wait()
+        self.counts["ended before"] += status == 0
         self.tally.expect(status in (0, -signal.SIGKILL), f"exit status {status}")
-        self.check_output(replaces)
+        self.check_output(form, replaces)
+        self.check_capture()
         self.check_recording()
 
-    def check_output(self, replaces):
-        output = self.folder.path / "out.json"
+    def check_output(self, form, replaces):
+        output = self.folder.path / "out"
         text = output.read_text() if output.exists() else None
         if text == (OLD if replaces else None):
             self.counts["no output or the old one"] += 1
         else:
             self.counts["output whole"] += 1
-            self.tally.expect(self.is_whole(text), "the output is torn")
-        for name in set(path.name for path in self.folder.path.iterdir()) - self.kept - {"out.json", "run.jsonl"}:
+            self.tally.expect(text is not None and instances_of(form, text) == self.clean, "the output is torn")
+        for name in set(path.name for path in self.folder.path.iterdir()) - self.kept - set(OUTPUTS):
             # Between the naming of a finished file and its renaming over an old one.
             self.counts["hidden files"] += 1
             path = self.folder.path / name
-            self.tally.expect(replaces and self.is_whole(path.read_text()), f"{name} was left behind")
+            self.tally.expect(replaces and instances_of(form, path.read_text()) == self.clean, f"{name} was left behind")
             path.unlink()
 
-    def is_whole(self, text):
-        try:
-            return json.loads(text)["instances"] == self.clean
-        except ValueError:
-            return False
+    def check_capture(self):
+        folder = self.folder.path / "captures"
+        for path in folder.iterdir() if folder.exists() else []:
+            self.counts["capture files"] += 1
+            self.tally.expect(path.read_bytes() == self.captures.get(path.name), f"{path.name} is torn")
 
     def check_recording(self):
         if not (self.folder.path / "run.jsonl").exists():
             self.counts["no recording"] += 1
             return
         arguments = [a if not a.startswith("sim:") else "replay:run.jsonl" for a in self.command]
-        if not (self.folder.path / "run.jsonl").read_text().endswith("\n"):
-            arguments += ["--machine-type", "6203"]  # the first line may be cut, and the type with it
-        done = self.folder.run(*arguments, TZ="UTC0")
+        *lines, rest = self.read("run.jsonl").split("\n")
+        if not lines:
+            arguments += ["--machine-type", "6203"]  # the first line is cut, and the type with it
+        done = self.folder.run(*arguments, "--format", "json", TZ="UTC0")
         self.tally.expect(done.returncode == 0, f"a replay ends with {done.returncode}: {done.stderr.decode()}")
         if done.returncode != 0:
             return
-        instances = json.loads(done.stdout)["instances"]
-        whole = instances == self.clean
-        self.counts["recording whole" if whole else "recording cut"] += 1
+        instances = instances_of("json", done.stdout)
+        self.counts["recording whole" if instances == self.clean else "recording cut"] += 1
+        exchanges = [json.loads(line) for line in lines[1:]]
+        answered = sum(1 for exchange in exchanges
+                       if exchange.get("request", "").startswith(READ) and exchange.get("response", "").startswith(SUCCESS))
+        found = sum(name.startswith("Register") for instance in instances for name in instance["properties"])
+        self.tally.expect(found == answered, f"{answered} registers are recorded, {found} replayed; behind them {rest!r}")
         for number, instance in enumerate(instances):
-            expected = self.clean[number]["properties"]
-            self.tally.expect(instance["properties"].items() <= expected.items(),
+            self.tally.expect(self.is_part(instance["properties"], self.clean[number]["properties"]),
                               f"a replay made up something in instance {number}")
+
+    @staticmethod
+    def is_part(properties, expected):
+        """Of a capture file the beginning is there."""
+        data = "ErrRawData"
+        if data in properties and expected[data].startswith(properties[data]):
+            properties = {**properties, data: expected[data]}
+        return properties.items() <= expected.items()
+
+    def expect_all_kinds(self, kills):
+        self.tally.expect(self.counts["ended before"] < kills, "no run was killed")
+        for kind in ("output whole", "no output or the old one", "capture files", "recording whole", "recording cut"):
+            self.tally.expect(self.counts[kind] > 0, f"no run with {kind}")
 
 
 def main():
@@ -103,9 +168,11 @@ def main():
     with Folder() as folder:
         killing = Killing(folder, arguments.seed)
         for number in range(arguments.kills):
-            killing.kill_one(replaces=number % 2 == 1)
+            killing.kill_one(("json", "jsonl")[number % 2], replaces=number // 2 % 2 == 1, is_late=number // 4 % 2 == 1)
         print(f"{arguments.kills} kills within {1.1 * killing.duration:.2f} s, seed {arguments.seed}: " +
               ", ".join(f"{count} {name}" for name, count in killing.counts.items()))
+        if arguments.kills >= ENOUGH_FOR_ALL_KINDS:
+            killing.expect_all_kinds(arguments.kills)
         killing.tally.end()
 
 

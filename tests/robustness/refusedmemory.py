@@ -72,6 +72,8 @@ def main():
             refusing.refuse(chance.randrange(refusing.allocations), onward=number % 2 == 1)
         print(f"{refusing.allocations} allocations, {arguments.samples} runs, seed {arguments.seed}: " +
               ", ".join(f"{count} with status {status}" for status, count in sorted(refusing.statuses.items())))
+        for status in (PARTIAL, INTERNAL):
+            refusing.tally.expect(refusing.statuses[status] > 0, f"no run ended with {status}: was any memory refused?")
         refusing.tally.end()
 
 

@@ -34,8 +34,9 @@ build_other robustness-clang-O0 clang-14 clang++-14 -O0
 build_other robustness-clang-O3 clang-14 clang++-14 -O3
 
 step "Every exchange hurt (sanitizers)"
-"$top/build/asan-ubsan/tests/faultsweep" 4411 >"$top/build/asan-ubsan/faultsweep.log" 2>&1 &
-"$top/build/asan-ubsan/tests/faultsweep" 6203
+timeout 3600 "$top/build/asan-ubsan/tests/faultsweep" 4411 >"$top/build/asan-ubsan/faultsweep.log" 2>&1 &
+trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
+timeout 3600 "$top/build/asan-ubsan/tests/faultsweep" 6203
 wait $! || { cat "$top/build/asan-ubsan/faultsweep.log" >&2; exit 1; }
 cat "$top/build/asan-ubsan/faultsweep.log"
 step "Storage areas that lie about their size"
@@ -49,9 +50,9 @@ python3 "$here/refusedmemory.py"
 step "Load, collect, unload"
 GLIBC_TUNABLES=glibc.malloc.tcache_count=0 "$dev/tests/lifecycle" "$dev"/lib*/velhost/plugins/libtorgareg.pi.so
 step "The same again"
-python3 "$here/determinism.py" --underlocale "$dev/tests/underlocale" \
+python3 "$here/determinism.py" --need-locale --underlocale "$dev/tests/underlocale" \
   --other "$top/build/robustness-gcc-O3/bin/velhost" --other "$top/build/robustness-clang-O0/bin/velhost" \
   --other "$top/build/robustness-clang-O3/bin/velhost"
 step "Killed"
-python3 "$here/killed.py"
+VELHOST=$top/build/robustness-gcc-O3/bin/velhost python3 "$here/killed.py"
 step "All done"
