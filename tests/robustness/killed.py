@@ -1,10 +1,12 @@
 """Kills velhost at random moments while it records and writes its output, and looks at what is left behind:
-the output and the capture files are there whole or not at all, nothing else lies beside them, and the recording replays
-into every register that it has. Half of the kills wait until nearly all is recorded, and fall while output is written."""
+the output and the capture files are there whole or not at all, nothing else lies beside them, and the recording
+replays into every register that it has. Half of the kills wait until nearly all is recorded, and fall while output is
+written."""
 
 import argparse
 import json
 import random
+import shutil
 import signal
 import subprocess
 import time
@@ -87,8 +89,9 @@ class Killing:
             time.sleep(0.0002)
 
     def kill_one(self, form, replaces, is_late):
-        for name in OUTPUTS:
-            subprocess.run(["rm", "-rf", self.folder.path / name], check=True)
+        for name in ("out", "run.jsonl"):
+            (self.folder.path / name).unlink(missing_ok=True)
+        shutil.rmtree(self.folder.path / "captures", ignore_errors=True)
         if replaces:
             self.folder.write("out", OLD)
         arguments = [*self.command, "--format", form, "-o", "out", "--record", "run.jsonl", "--capture-dir", "captures"]
@@ -114,7 +117,8 @@ class Killing:
             # Between the naming of a finished file and its renaming over an old one.
             self.counts["hidden files"] += 1
             path = self.folder.path / name
-            self.tally.expect(replaces and instances_of(form, path.read_text()) == self.clean, f"{name} was left behind")
+            is_whole = instances_of(form, path.read_text()) == self.clean
+            self.tally.expect(replaces and is_whole, f"{name} was left behind")
             path.unlink()
 
     def check_capture(self):
@@ -138,10 +142,10 @@ class Killing:
         instances = instances_of("json", done.stdout)
         self.counts["recording whole" if instances == self.clean else "recording cut"] += 1
         exchanges = [json.loads(line) for line in lines[1:]]
-        answered = sum(1 for exchange in exchanges
-                       if exchange.get("request", "").startswith(READ) and exchange.get("response", "").startswith(SUCCESS))
+        answered = sum(exchange.get("request", "").startswith(READ) and
+                       exchange.get("response", "").startswith(SUCCESS) for exchange in exchanges)
         found = sum(name.startswith("Register") for instance in instances for name in instance["properties"])
-        self.tally.expect(found == answered, f"{answered} registers are recorded, {found} replayed; behind them {rest!r}")
+        self.tally.expect(found == answered, f"{answered} registers are recorded, {found} replayed, before {rest!r}")
         for number, instance in enumerate(instances):
             self.tally.expect(self.is_part(instance["properties"], self.clean[number]["properties"]),
                               f"a replay made up something in instance {number}")

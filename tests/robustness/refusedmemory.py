@@ -13,7 +13,8 @@ from support import Folder, Tally
 REFUSING = os.environ["REFUSING"]
 # Without faults: those count exchanges, so that a request that fails early moves them.
 SERVER = pathlib.Path(os.environ["VELHOST_SOURCE"]) / "servers" / "labelled.toml"
-COLLECT = ["collect", "--sp", f"sim:{SERVER}", "--format", "json", "-o", "out.json", "--record", "run.jsonl", "--log", "trace"]
+COLLECT = ["collect", "--sp", f"sim:{SERVER}", "--format", "json", "-o", "out.json", "--record", "run.jsonl",
+           "--log", "trace"]
 COMPLETE, PARTIAL, INTERNAL = 0, 3, 70
 
 
@@ -48,7 +49,8 @@ class Refusing:
         if done.returncode == COMPLETE:
             self.tally.expect(len(output["instances"]) == len(self.clean), f"{where}: instances are missing")
         if done.returncode == PARTIAL:
-            self.tally.expect(output["status"] == "partial" and output["failures"], f"{where}: nothing says what failed")
+            self.tally.expect(output["status"] == "partial" and output["failures"],
+                              f"{where}: nothing says what failed")
         for instance in output["instances"]:
             self.tally.expect(self.is_known(instance), f"{where}: an instance is not that of a clean run")
 

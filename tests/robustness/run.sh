@@ -34,9 +34,9 @@ build_other robustness-clang-O0 clang-14 clang++-14 -O0
 build_other robustness-clang-O3 clang-14 clang++-14 -O3
 
 step "Every exchange hurt (sanitizers)"
-timeout 3600 "$top/build/asan-ubsan/tests/faultsweep" 4411 >"$top/build/asan-ubsan/faultsweep.log" 2>&1 &
+timeout --foreground 3600 "$top/build/asan-ubsan/tests/faultsweep" 4411 >"$top/build/asan-ubsan/faultsweep.log" 2>&1 &
 trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
-timeout 3600 "$top/build/asan-ubsan/tests/faultsweep" 6203
+timeout --foreground 3600 "$top/build/asan-ubsan/tests/faultsweep" 6203
 wait $! || { cat "$top/build/asan-ubsan/faultsweep.log" >&2; exit 1; }
 cat "$top/build/asan-ubsan/faultsweep.log"
 step "Storage areas that lie about their size"

@@ -2,7 +2,9 @@
 
 import json
 import os
+import signal
 import subprocess
+import sys
 import time
 
 from support import Folder, Tally, VELHOST
@@ -29,12 +31,18 @@ def collect(folder, size):
     """The document, the seconds and the peak resident memory in KiB of one collection."""
     folder.write("server.toml", SERVER.replace("@DATA@", DATA).replace("@SIZE@", str(size)))
     start = time.monotonic()
-    done = subprocess.run(
-        [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", folder.schema(1, 1), "--sp", "sim:server.toml", "--format", "json", "-o",
-         "out.json", "--timeout", str(TIMEOUT), "KROSG_DCAPFile"], cwd=folder.path, check=False, timeout=LONGEST)
+    with subprocess.Popen(
+            [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", folder.schema(1, 1), "--sp", "sim:server.toml",
+             "--format", "json", "-o", "out.json", "--timeout", str(TIMEOUT), "KROSG_DCAPFile"],
+            cwd=folder.path, start_new_session=True) as process:
+        try:
+            status = process.wait(LONGEST)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            sys.exit(f"FAILED: size {size}: no end {LONGEST} s after the start, with a deadline of {TIMEOUT} s")
     seconds = time.monotonic() - start
     document = json.loads((folder.path / "out.json").read_text())
-    return done.returncode, document, seconds, int((folder.path / "peak").read_text())
+    return status, document, seconds, int((folder.path / "peak").read_text())
 
 
 def main():

@@ -30,7 +30,8 @@ class Folder:
     def schema(self, registers, count):
         """A schema with one R8 class of so many registers and instances, and the capture files."""
         lines = [f"[Offset({0x1000 + 8 * i}), MaxLen(8)] uint8 Register{i}[];" for i in range(registers)]
-        return self.write("schema.mof", SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines)))
+        text = SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines))
+        return self.write("schema.mof", text)
 
     def run(self, *arguments, velhost=VELHOST, **variables):
         return subprocess.run([velhost, *arguments], capture_output=True, timeout=300, cwd=self.path, check=False,

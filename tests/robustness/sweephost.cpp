@@ -55,11 +55,12 @@ bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<s
                         const TStopSignal& stop) {
   const std::size_t place = count_++;
   if (IsRefused(place, serviceProcessor)) return false;
-  const std::vector<std::uint8_t> before(response.begin(), response.end());
+  const auto tamper = dot_.find(place);
+  std::vector<std::uint8_t> before;
+  if (tamper != dot_.end()) before.assign(response.begin(), response.end());
   const int lengthBefore = length;
   const bool answered = inner_.SendDot(serviceProcessor, command, response, length, stop);
   if (onExchange) onExchange(true, {}, length);
-  const auto tamper = dot_.find(place);
   if (tamper == dot_.end()) return answered;
   if (onHurt) onHurt(serviceProcessor);
   const EDotAnswer answer = tamper->second(response, before, length);

@@ -15,27 +15,29 @@ namespace testsupport {
 /// its value (0 and 1), is a text that is no number (2), or is missing (3), and the upper half of the byte says of
 /// which type the property is: 0 is uint8, and every type has its turn.
 inline void AddShaped(TClassBuilder& to, const std::string& name,
-                      std::vector<std::pair<std::string, NKROVEL20::TCIMValue>> qualifiers, TByteStream& bytes) {
+                      const std::vector<std::pair<std::string, NKROVEL20::TCIMValue>>& qualifiers, TByteStream& bytes) {
   unsigned int shape = bytes.Next();
   const auto type = static_cast<TType::ECIMType>(1 + ((shape >> 4U) + 1) % 15);
-  std::erase_if(qualifiers, [&shape](auto& qualifier) {
+  std::vector<std::pair<std::string, NKROVEL20::TCIMValue>> chosen;
+  for (const auto& [qualifier, value] : qualifiers) {
     const unsigned int choice = shape & 3U;
     shape >>= 2U;
-    if (choice == 2) qualifier.second = NKROVEL20::TCIMValue("x");
-    return choice == 3;
-  });
-  to.Array(name, qualifiers, type);
+    if (choice != 3) chosen.emplace_back(qualifier, choice == 2 ? NKROVEL20::TCIMValue("x") : value);
+  }
+  to.Array(name, chosen, type);
 }
 
 /// Collects, and hands each instance's properties to `check`. A qualifier that is missing ends the collection in an
 /// assertion, as it does in the product.
 template <typename TCollector, typename TCheck>
 void CheckCollection(TCollector& collector, TCheck check) {
+  std::vector<NKROVEL20::TPropertyMap> maps;
   try {
-    for (const NKROVEL20::TPropertyMap& map : collector.getData()) check(map);
+    maps = collector.getData();
   } catch (const NKROVEL20::TAssertionFailure&) {
     return;
   }
+  for (const NKROVEL20::TPropertyMap& map : maps) check(map);
 }
 
 }  // namespace testsupport

@@ -61,7 +61,8 @@ inline nlohmann::json PropertiesOf(const NKROVEL20::TInstance& instance) {
   return properties;
 }
 
-/// Requires that the instance in the XML text has all `properties`, with the texts and numbers that they have there.
+/// Requires that the instance in the XML text has all `properties`, and of these the arrays, the whole numbers, the
+/// string and the character with the values that they have there.
 inline void RequireXml(const std::string& text, const nlohmann::json& properties) {
   pugi::xml_document document;
   Require(document.load_string(text.c_str(), pugi::parse_default | pugi::parse_ws_pcdata_single));
@@ -70,7 +71,9 @@ inline void RequireXml(const std::string& text, const nlohmann::json& properties
     const pugi::xml_node property = instance.find_child_by_attribute("NAME", name.c_str());
     Require(property);
     if (value.is_number_integer()) Require(property.child_value("VALUE") == value.dump());
-    if (name == "ErrRawData") Require(property.child_value("VALUE") == Repaired(value.get<std::string>(), true));
+    if (name == "ErrRawData" || name == "Char") {
+      Require(property.child_value("VALUE") == Repaired(value.get<std::string>(), true));
+    }
     if (!value.is_array()) continue;
     pugi::xml_node element = property.child("VALUE.ARRAY").first_child();
     for (const nlohmann::json& each : value) {
