@@ -313,5 +313,16 @@ INSTANTIATE_TEST_SUITE_P(
                    "  ..............................................................................\n"
                    "  ^\n"}));
 
+// The TOML library remembers 127 characters of a value: one of 126, a space and the digit that makes it a date-time are
+// more than it can go back.
+TEST(ALongDate, IsRefusedWithItsPlaceWhateverIsBehindIt) {
+  const std::string date = "a = 2000-01-0" + std::string(116, '_') + "1 4";
+  for (const char* const behind : {"", "\n", "2", "2\n", "2:00:00\n", "\n[x]\nb = 1\n"}) {
+    const std::string message = MessageOf([&] { ServerFrom(date + behind); });
+    EXPECT_TRUE(message.starts_with("server.toml:1:132: error: found what is not TOML, expected a key or a value\n"))
+        << message;
+  }
+}
+
 }  // namespace
 }  // namespace NKROVEL20::Testing
