@@ -1,5 +1,6 @@
 """The same server through the simulator, a recording and the network."""
 
+import errno
 import json
 import os
 import re
@@ -40,6 +41,17 @@ def free_port():
         return probe.getsockname()[1]
 
 
+def is_free(port):
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+        try:
+            probe.bind(("127.0.0.1", port))
+        except OSError as error:
+            if error.errno != errno.EADDRINUSE:
+                raise
+            return False
+        return True
+
+
 @unittest.skipUnless(shutil.which("ipmi_sim"), "ipmi_sim (package openipmi) is not installed")
 class Transports(VelhostCase):
     @staticmethod
@@ -51,6 +63,13 @@ class Transports(VelhostCase):
         except subprocess.TimeoutExpired:
             process.kill()
             process.wait()
+
+    def wait_until(self, holds, complaint):
+        for _ in range(600):
+            if holds():
+                return
+            time.sleep(0.1)
+        self.fail(complaint)
 
     def simulate(self, text):
         """Starts the simulator and returns it with its port, once it answers."""
@@ -80,13 +99,10 @@ class Transports(VelhostCase):
         self.assertEqual(len(list(self.folder.glob("velhost-simulate-*"))), 1)
         process.kill()
         process.wait(timeout=60)
-        for _ in range(600):  # what is left behind is removed by another process, right afterwards
-            if not list(self.folder.glob("velhost-simulate-*")):
-                break
-            time.sleep(0.1)
-        self.assertEqual(list(self.folder.glob("velhost-simulate-*")), [])
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
-            probe.bind(("127.0.0.1", port))  # ipmi_sim is gone as well
+        # Both come right afterwards, in an order that nobody promises: another process removes the folder,
+        # and the kernel ends ipmi_sim, which gives its port back.
+        self.wait_until(lambda: not list(self.folder.glob("velhost-simulate-*")), "the private folder is still there")
+        self.wait_until(lambda: is_free(port), "ipmi_sim still has its port")
 
     def test_simulator_recording_and_network_agree(self):
         _, port = self.simulate(SERVER)
