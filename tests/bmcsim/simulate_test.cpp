@@ -126,7 +126,7 @@ TEST_F(Simulate, KilledWithoutWarningItTakesIpmiSimWithIt) {
   TRunningSimulator simulator(kServer);
   EXPECT_EQ(simulator.End(SIGKILL), -SIGKILL);
   bool free = false;
-  for (int i = 0; i < 200 && !free; ++i) {
+  for (int i = 0; i < 6'000 && !free; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
     free = IsFree(simulator.Port());
   }

@@ -4,7 +4,6 @@ import json
 import os
 import socket
 import subprocess
-import time
 import unittest
 
 from velhostcase import BRIDGE, SOURCE, VELHOST, VelhostCase
@@ -41,11 +40,12 @@ class SessionThatIsNotOpened(VelhostCase):
 
     def setUp(self):
         super().setUp()
-        silent = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        silent.bind(("127.0.0.1", 0))
-        self.addCleanup(silent.close)
+        self.silent = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.silent.bind(("127.0.0.1", 0))
+        self.silent.setblocking(False)
+        self.addCleanup(self.silent.close)
         self.arguments = [VELHOST, "collect", "--format", "json", "--machine-type", "6203", "--sp",
-                          f"lan:user@127.0.0.1:{silent.getsockname()[1]}", BRIDGE]
+                          f"lan:user@127.0.0.1:{self.silent.getsockname()[1]}", BRIDGE]
 
     def check_empty(self, status, output, errors, reason):
         if "module" in errors:
@@ -55,6 +55,12 @@ class SessionThatIsNotOpened(VelhostCase):
         self.assertEqual((document["status"], document["instances"], document["exchanges"]["total"]), ("partial", [], 0))
         self.assertEqual(document["failures"], [{"class": BRIDGE, "message": "not collected: " + reason}])
         self.assertIn(f"velhost: partial: {reason}; 1 class not collected\n", errors)
+
+    def was_asked(self):
+        try:
+            return bool(self.silent.recv(1))
+        except BlockingIOError:
+            return False
 
     def environment(self):
         return dict(os.environ, VELHOST_IPMI_PASSWORD="test")
@@ -67,7 +73,8 @@ class SessionThatIsNotOpened(VelhostCase):
     def test_interruption(self):
         process = subprocess.Popen(self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                    env=self.environment())
-        time.sleep(0.5)
+        # Once it has asked its first question it waits for the answer; without LAN support it ends at once.
+        self.wait_until(lambda: self.was_asked() or process.poll() is not None, "nothing was asked")
         process.terminate()
         output, errors = process.communicate(timeout=60)
         self.check_empty(process.returncode, output, errors, "interrupted")

@@ -5,7 +5,6 @@ import os
 import pty
 import signal
 import subprocess
-import time
 import unittest
 
 from velhostcase import BRIDGE, VELHOST, VelhostCase, read_terminal
@@ -17,8 +16,10 @@ unlisted_registers = "pattern"
 timestamp = "00 00 00 01"
 [[fault]]
 on = "register"
-delay_ms = 50
 """
+EACH_REGISTER = "delay_ms = 50"
+# Quick enough to have something by any deadline below, and then too slow to have everything.
+LATE_REGISTER = "nth = 50\ndelay_ms = 3600000"
 REASON = "velhost: partial: deadline reached"
 
 
@@ -27,10 +28,17 @@ class Stopping(VelhostCase):
         super().setUp()
         registers = {f"Register{i}": (0x1000 + 8 * i, 8) for i in range(100)}
         self.arguments = ["collect", "--schema", self.schema(registers, count=2), "--sp",
-                          "sim:" + self.write("slow.toml", SLOW), "--format", "json"]
+                          "sim:" + self.write("slow.toml", SLOW + LATE_REGISTER), "--format", "json"]
 
     def start(self, *arguments, **options):
         return subprocess.Popen([VELHOST, *self.arguments, *arguments], cwd=self.folder, text=True, **options)
+
+    def start_collecting(self, *arguments, **options):
+        """Starts it, and returns it once it has collected something."""
+        (self.folder / "run.jsonl").unlink(missing_ok=True)
+        process = self.start(*arguments, "--record", "run.jsonl", **options)
+        self.wait_for_exchanges("run.jsonl", 10)
+        return process
 
     def check_partial(self, output, reason):
         document = json.loads(output)
@@ -41,26 +49,26 @@ class Stopping(VelhostCase):
         self.assertNotIn("Register99", instance["properties"])
 
     def test_deadline(self):
-        # The whole collection would take ten seconds. How soon it ends is not judged by a clock here:
-        # that it did not read on is.
-        done = subprocess.run([VELHOST, *self.arguments, "--timeout", "0.5", BRIDGE], capture_output=True, text=True,
+        # The whole collection would take an hour. How soon it ends is not judged by a clock here: that it did
+        # not read on is.
+        done = subprocess.run([VELHOST, *self.arguments, "--timeout", "2", BRIDGE], capture_output=True, text=True,
                               cwd=self.folder, timeout=60)
         self.assertEqual(done.returncode, 3)
         self.check_partial(done.stdout, "deadline reached")
 
     def test_interruption(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-            process = self.start("--log", "trace.txt", BRIDGE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-            time.sleep(0.5)
+            process = self.start_collecting("--log", "trace.txt", BRIDGE, stdout=subprocess.PIPE,
+                                            stderr=subprocess.PIPE)
             process.send_signal(number)
             output, errors = process.communicate(timeout=60)
             self.assertEqual(process.returncode, 3, errors)
             self.check_partial(output, "interrupted")
 
     def test_a_run_under_nohup_outlives_its_terminal(self):
-        process = subprocess.Popen(["nohup", VELHOST, *self.arguments, "--timeout", "1", BRIDGE], cwd=self.folder,
-                                   text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        time.sleep(0.5)
+        process = subprocess.Popen(["nohup", VELHOST, *self.arguments, "--timeout", "2", "--record", "run.jsonl", BRIDGE],
+                                   cwd=self.folder, text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.wait_for_exchanges("run.jsonl", 10)
         process.send_signal(signal.SIGHUP)
         output, errors = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 3)
@@ -68,8 +76,7 @@ class Stopping(VelhostCase):
         self.assertIn(REASON, errors)
 
     def test_output_of_an_interrupted_run_is_whole(self):
-        process = self.start("-o", "out.json", BRIDGE, BRIDGE, "KROSG_DCAPFile", stderr=subprocess.PIPE)
-        time.sleep(0.5)
+        process = self.start_collecting("-o", "out.json", BRIDGE, BRIDGE, "KROSG_DCAPFile", stderr=subprocess.PIPE)
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.communicate(timeout=60)[1],
                          "velhost: partial: interrupted; 2 classes not collected\n")
@@ -77,16 +84,16 @@ class Stopping(VelhostCase):
         self.check_partial((self.folder / "out.json").read_text(), "interrupted")
 
     def test_killed_run_leaves_no_output(self):
-        process = self.start("-o", "out.json", BRIDGE)
-        time.sleep(0.3)
+        process = self.start_collecting("-o", "out.json", BRIDGE)
         process.kill()
         process.wait(timeout=60)
         self.assertFalse((self.folder / "out.json").exists())
 
     def progress(self, *arguments):
         """What appears on a terminal that standard error is connected to."""
+        self.write("slow.toml", SLOW + EACH_REGISTER)  # the line is drawn ten times in a second at most
         master, slave = pty.openpty()
-        process = self.start("--timeout", "1", *arguments, BRIDGE, stdout=subprocess.DEVNULL, stderr=slave)
+        process = self.start("--timeout", "2", *arguments, BRIDGE, stdout=subprocess.DEVNULL, stderr=slave)
         os.close(slave)
         shown = read_terminal(master)
         self.assertEqual(process.wait(timeout=60), 3)
@@ -103,7 +110,7 @@ class Stopping(VelhostCase):
 
     def test_no_progress_when_not_wanted(self):
         self.assertEqual(self.progress("--progress", "never"), REASON + "\r\n")
-        done = subprocess.run([VELHOST, *self.arguments, "--timeout", "0.3", BRIDGE], capture_output=True, text=True,
+        done = subprocess.run([VELHOST, *self.arguments, "--timeout", "2", BRIDGE], capture_output=True, text=True,
                               cwd=self.folder, timeout=60)
         self.assertEqual(done.stderr, REASON + "\n")
 

@@ -5,6 +5,7 @@ import os
 import pathlib
 import subprocess
 import tempfile
+import time
 import unittest
 
 VELHOST = os.environ["VELHOST"]
@@ -57,6 +58,20 @@ class VelhostCase(unittest.TestCase):
         path = self.folder / name
         path.write_text(text)
         return str(path)
+
+    def wait_until(self, holds, complaint):
+        """Waits for what comes soon, and fails where it does not come within a minute."""
+        for _ in range(1200):
+            if holds():
+                return
+            time.sleep(0.05)
+        self.fail(complaint)
+
+    def wait_for_exchanges(self, recording, count):
+        """Waits until a velhost that runs has written so many exchanges to its recording."""
+        path = self.folder / recording
+        self.wait_until(lambda: path.exists() and len(path.read_bytes().splitlines()) > count,
+                        f"no {count} exchanges were recorded")
 
     def schema(self, registers, count=1):
         """A schema with one R8 class; `registers` are pairs of a name and (Offset, MaxLen)."""
