@@ -3,11 +3,14 @@
 #pragma once
 
 #include <cmath>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 #include <string>
 
 #include "host/core/ciminstance.h"
+#include "host/output/objectpath.h"
+#include "host/output/scalartext.h"
 #include "host/output/utf8.h"
 #include "tests/support/require.h"
 
@@ -61,8 +64,19 @@ inline nlohmann::json PropertiesOf(const NKROVEL20::TInstance& instance) {
   return properties;
 }
 
-/// Requires that the instance in the XML text has all `properties`, and of these the arrays, the whole numbers, the
-/// string and the character with the values that they have there.
+/// Requires that the PROPERTY.ARRAY has the elements and no others.
+inline void RequireXmlArray(const pugi::xml_node& property, const nlohmann::json& elements) {
+  pugi::xml_node element = property.child("VALUE.ARRAY").first_child();
+  for (const nlohmann::json& each : elements) {
+    const std::string expected = each.is_string() ? Repaired(each.get<std::string>(), true) : each.dump();
+    Require(each.is_null() ? element.name() == std::string("VALUE.NULL") : element.child_value() == expected);
+    element = element.next_sibling();
+  }
+  Require(!element);
+}
+
+/// Requires that the instance in the XML text has all `properties` with the values that they have there. Of a real that
+/// is no number its name is required, of a reference that is an object path that it is written as one.
 inline void RequireXml(const std::string& text, const nlohmann::json& properties) {
   pugi::xml_document document;
   Require(document.load_string(text.c_str(), pugi::parse_default | pugi::parse_ws_pcdata_single));
@@ -70,18 +84,22 @@ inline void RequireXml(const std::string& text, const nlohmann::json& properties
   for (const auto& [name, value] : properties.items()) {
     const pugi::xml_node property = instance.find_child_by_attribute("NAME", name.c_str());
     Require(property);
-    if (value.is_number_integer()) Require(property.child_value("VALUE") == value.dump());
-    if (name == "ErrRawData" || name == "Char") {
-      Require(property.child_value("VALUE") == Repaired(value.get<std::string>(), true));
+    const std::string shown = property.child_value("VALUE");
+    if (value.is_array()) {
+      RequireXmlArray(property, value);
+    } else if (value.is_number_integer()) {
+      Require(shown == value.dump());
+    } else if (value.is_number_float()) {
+      Require(std::strtod(shown.c_str(), nullptr) == value.get<double>());
+    } else if (value.is_null()) {
+      Require(shown == "INF" || shown == "-INF" || shown == "NaN");
+    } else if (name == "Time" && !NKROVEL20::IsCimDateTime(value.get<std::string>())) {
+      Require(!property.child("VALUE"));
+    } else if (name == "Path" && NKROVEL20::ParseObjectPath(value.get<std::string>())) {
+      Require(property.name() == std::string("PROPERTY.REFERENCE") && property.child("VALUE.REFERENCE"));
+    } else {
+      Require(shown == Repaired(value.get<std::string>(), true));
     }
-    if (!value.is_array()) continue;
-    pugi::xml_node element = property.child("VALUE.ARRAY").first_child();
-    for (const nlohmann::json& each : value) {
-      const std::string expected = each.is_string() ? Repaired(each.get<std::string>(), true) : each.dump();
-      Require(each.is_null() ? element.name() == std::string("VALUE.NULL") : element.child_value() == expected);
-      element = element.next_sibling();
-    }
-    Require(!element);
   }
 }
 
