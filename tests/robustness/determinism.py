@@ -46,8 +46,8 @@ class Determinism:
         return self.collect("--sp", f"replay:{recording}", velhost=velhost, **variables)
 
     def replays(self, count):
-        for (output, _), count in ((self.expected, 25), (self.raw, 6)):
-            self.tally.expect(output.count(b"instance of") == count, "a shipped server has other instances")
+        for (output, _), instances in ((self.expected, 25), (self.raw, 6)):
+            self.tally.expect(output.count(b"instance of") == instances, "a shipped server has other instances")
         for number in range(count):
             self.tally.expect(self.replay() == self.expected, f"replay {number} differs")
         print(f"replays of one recording: {count}")

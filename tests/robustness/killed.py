@@ -8,6 +8,7 @@ import json
 import random
 import shutil
 import signal
+import statistics
 import subprocess
 import time
 
@@ -62,40 +63,57 @@ class Killing:
                                      "hidden files", "no recording", "recording whole", "recording cut"), 0)
         self.command = ["collect", "--schema", folder.schema(REGISTERS, INSTANCES), "--sp",
                         "sim:" + folder.write("server.toml", SERVER), BRIDGE, "KROSG_DCAPFile"]
-        self.duration = min(self.run_whole() for _ in range(3))
+        self.run_whole()
+        self.recorded = len(self.read("clean.jsonl"))
+        durations = [self.measure() for _ in range(5)]
+        self.until_recorded, self.rest = (statistics.median(each) for each in zip(*durations))
         self.clean = instances_of("json", self.read("clean.json"))
         self.captures = {path.name: path.read_bytes() for path in (folder.path / "clean").iterdir()}
-        self.recorded = len(self.read("clean.jsonl"))
         self.kept = set(path.name for path in folder.path.iterdir())
 
     def run_whole(self):
-        start = time.monotonic()
         self.folder.run(*self.command, "--format", "json", "-o", "clean.json", "--record", "clean.jsonl",
                         "--capture-dir", "clean", TZ="UTC0")
-        return time.monotonic() - start
 
     def read(self, name):
         return (self.folder.path / name).read_text()
 
-    def wait(self, process, is_late):
-        if not is_late:
-            time.sleep(self.random.uniform(0, 1.1 * self.duration))
-            return
-        recording = self.folder.path / "run.jsonl"
-        while process.poll() is None:
-            if recording.exists() and recording.stat().st_size > 0.98 * self.recorded:
-                time.sleep(self.random.uniform(0, 0.5 * self.duration))
-                return
-            time.sleep(0.0002)
+    def start(self, form):
+        arguments = [*self.command, "--format", form, "-o", "out", "--record", "run.jsonl", "--capture-dir", "captures"]
+        return subprocess.Popen([VELHOST, *arguments], cwd=self.folder.path, env={"TZ": "UTC0"})
 
-    def kill_one(self, form, replaces, is_late):
+    def measure(self):
+        """Seconds until nearly all is recorded, and from then to the end."""
+        self.clear()
+        start = time.monotonic()
+        with self.start("json") as process:
+            self.wait_until_recorded(process)
+            recorded = time.monotonic()
+            process.wait()
+            return recorded - start, time.monotonic() - recorded
+
+    def clear(self):
         for name in ("out", "run.jsonl"):
             (self.folder.path / name).unlink(missing_ok=True)
         shutil.rmtree(self.folder.path / "captures", ignore_errors=True)
+
+    def wait_until_recorded(self, process):
+        recording = self.folder.path / "run.jsonl"
+        while process.poll() is None:
+            if recording.exists() and recording.stat().st_size > 0.98 * self.recorded:
+                return
+            time.sleep(0.0002)
+
+    def wait(self, process, is_late):
+        if is_late:
+            self.wait_until_recorded(process)
+        time.sleep(self.random.uniform(0, self.rest if is_late else self.until_recorded))
+
+    def kill_one(self, form, replaces, is_late):
+        self.clear()
         if replaces:
             self.folder.write("out", OLD)
-        arguments = [*self.command, "--format", form, "-o", "out", "--record", "run.jsonl", "--capture-dir", "captures"]
-        with subprocess.Popen([VELHOST, *arguments], cwd=self.folder.path, env={"TZ": "UTC0"}) as process:
+        with self.start(form) as process:
             self.wait(process, is_late)
             process.kill()
             status = process.wait()
@@ -173,7 +191,8 @@ def main():
         killing = Killing(folder, arguments.seed)
         for number in range(arguments.kills):
             killing.kill_one(("json", "jsonl")[number % 2], replaces=number // 2 % 2 == 1, is_late=number // 4 % 2 == 1)
-        print(f"{arguments.kills} kills within {1.1 * killing.duration:.2f} s, seed {arguments.seed}: " +
+        print(f"{arguments.kills} kills, {killing.until_recorded * 1000:.0f} ms of recording and "
+              f"{killing.rest * 1000:.0f} ms behind it, seed {arguments.seed}: " +
               ", ".join(f"{count} {name}" for name, count in killing.counts.items()))
         if arguments.kills >= ENOUGH_FOR_ALL_KINDS:
             killing.expect_all_kinds(arguments.kills)
