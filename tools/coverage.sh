@@ -72,8 +72,9 @@ if [ "${1:-}" = corpus ]; then
     echo "== $name"
     rm -f "$profiles"/*
     LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "$top/fuzz/corpus/$name" ${CORPUS:+"$CORPUS/$name"} >/dev/null
-    # shellcheck disable=SC2046
-    report $(sources_of "$name") -- "$binaries/fuzz/${name}_fuzz" "$binaries"/lib/*.so
+    wanted=$(sources_of "$name")
+    # shellcheck disable=SC2086
+    report $wanted -- "$binaries/fuzz/${name}_fuzz" "$binaries"/lib/*.so
   done
 else
   # shellcheck disable=SC2086

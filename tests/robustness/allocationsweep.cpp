@@ -18,7 +18,7 @@ class TAllocationSweep {
  public:
   explicit TAllocationSweep(const std::string& machineType) : host_(machineType), clean_(host_.Run()) {
     std::printf("%s: %ld allocations\n", machineType.c_str(), clean_.allocations);
-    if (!clean_.traceIsWhole || clean_.instances.empty()) Fail(-1, "the clean run is not whole");
+    if (!clean_.traceIsWhole || Count(clean_) != sweep::kInstances) Fail(-1, "the clean run is not whole");
   }
 
   void RefuseEach(bool onward, long step) {

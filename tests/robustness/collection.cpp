@@ -40,7 +40,8 @@ namespace {
 
 std::vector<std::uint8_t> MakeBlock(bool firstCopy) {
   std::vector<std::uint8_t> block(4096);
-  for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 31 + 7);
+  // The second instance lies 2048 bytes on, and differs.
+  for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 31 + 7 + i / 256);
   block[2] = firstCopy ? 5 : 0;
   block[3] = 6;
   block[2042] = 7;

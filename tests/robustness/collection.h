@@ -16,6 +16,11 @@ constexpr const char* kBridgeClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";
 constexpr const char* kMemoryClass = "KROSG_T4_MEMCTL_StatisticData";
 constexpr const char* kFileClass = "KROSG_DCAPFile";
 
+// Of an undisturbed collection of all classes.
+constexpr std::size_t kExchanges = 48;  ///< two of them dot commands
+constexpr std::size_t kInstances = 13;  ///< 4 of register blocks, 2 and 1 of registers, 6 capture files
+constexpr std::size_t kKeys = 10;       ///< those of register blocks have one together
+
 /// The four classes, in the order in which they are asked for.
 std::vector<std::string> AllClasses();
 

@@ -1,5 +1,5 @@
 // The built plugin over a long life: loaded, asked and unloaded again and again; asked again and again;
-// beside a second plugin object; asked after DeInit. Compares what the process holds before and after:
+// beside a second plugin object, of its own library and of a second one; asked after DeInit. Compares what the process holds before and after:
 // blocks of operator new, bytes of malloc, descriptors, mappings.
 //
 //   GLIBC_TUNABLES=glibc.malloc.tcache_count=0 lifecycle PLUGIN [--quick]
@@ -23,6 +23,7 @@
 #include "host/pluginmanager/pluginloader.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
 #include "host/serviceprocessor/simulatedserver.h"
+#include "plugin/torgaplugin.h"
 #include "tests/robustness/allocation.h"
 #include "tests/robustness/collection.h"
 
@@ -76,6 +77,7 @@ class TLife : public ILogger {
     THostServices::SetEnvironment(&environment_);
     TServiceProcessorHub::Install(&server_, nullptr);
     schema_->SetCommitCallback([this](const boost::shared_ptr<const TInstance>& instance) {
+      ++committed_;
       text_ += sweep::KeyOf(*instance) + "\n" + sweep::TextOf(*instance);
       const std::string number = sweep::PropertyText(*instance, "RecordID");
       if (!number.empty()) numbers_.push_back(number);
@@ -84,6 +86,7 @@ class TLife : public ILogger {
     text_.reserve(size_t{1} << 16U);
     numbers_.reserve(64);
     expected_ = Ask(*loader_.Load(plugin_));
+    Expect(committed_ == sweep::kInstances, "the first collection has not all instances");
   }
   ~TLife() override {
     TServiceProcessorHub::Install(nullptr, nullptr);
@@ -102,28 +105,33 @@ class TLife : public ILogger {
     Repeat("collect", count, 0, [this, &plugin] { Compare(Ask(*plugin)); });
   }
 
-  // Each has its own numbering of capture files.
-  void SecondObject() {
+  void SecondLibrary() {
     const auto first = LoadCopy("first");
     const auto second = LoadCopy("second");
     first->Callbacks().Init();
     second->Callbacks().Init();
-    for (int round = 0; round < 2; ++round) {
-      for (const auto* plugin : {&first, &second}) {
-        Compare(GetData(**plugin));
-        Expect(numbers_.front() == (round == 0 ? "0" : "6"), "the second object counts the first one's files");
-      }
-    }
-    std::printf("  %-24s %7d collections\n", "two plugin objects", 4);
+    InTurn("two libraries", [&] { return GetData(*first); }, [&] { return GetData(*second); });
+  }
+
+  // Both of the collector that is linked into this program.
+  void SecondObject() {
+    torgareg::TTORGARegPluginCallbacks first;
+    torgareg::TTORGARegPluginCallbacks second;
+    first.Init();
+    second.Init();
+    InTurn("two objects of a library", [&] { return GetData(first); }, [&] { return GetData(second); });
+    first.DeInit();
+    second.DeInit();
   }
 
   // Nothing checks the order of calls, and the numbering goes on.
   void AfterDeInit() {
     const auto plugin = LoadCopy("after");
     Compare(Ask(*plugin));
+    const long before = asked_;
     Compare(GetData(*plugin));
     Expect(numbers_.front() == "6", "DeInit touched the numbering");
-    std::printf("  %-24s %7d collections\n", "GetData after DeInit", 1);
+    std::printf("  %-24s %7ld collections\n", "GetData after DeInit", asked_ - before);
   }
 
   long Failures() const { return failures_; }
@@ -136,10 +144,24 @@ class TLife : public ILogger {
     return loader_.Load(copy);
   }
 
-  std::string GetData(TLoadedPlugin& plugin) {
+  // Each has its own numbering of capture files.
+  void InTurn(const char* what, const std::function<std::string()>& first, const std::function<std::string()>& second) {
+    const long before = asked_;
+    for (const char* number : {"0", "6"}) {
+      for (const auto* ask : {&first, &second}) {
+        Compare((*ask)());
+        Expect(numbers_.front() == number, "the second object counts the first one's files");
+      }
+    }
+    std::printf("  %-24s %7ld collections\n", what, asked_ - before);
+  }
+
+  std::string GetData(TLoadedPlugin& plugin) { return GetData(*plugin.Query()); }
+  std::string GetData(IPluginBasicQueryCallbacks& plugin) {
+    ++asked_;
     text_.clear();
     numbers_.clear();
-    plugin.Query()->GetData(schema_, classes_);
+    plugin.GetData(schema_, classes_);
     return text_;
   }
   std::string Ask(TLoadedPlugin& plugin) {
@@ -154,10 +176,11 @@ class TLife : public ILogger {
     for (long i = 0; i < kWarmUp; ++i) action();
     const THoldings before = Measure();
     const auto start = std::chrono::steady_clock::now();
-    for (long i = 0; i < count; ++i) action();
+    long done = 0;
+    for (; done < count; ++done) action();
     const auto elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start);
     const THoldings after = Measure();
-    std::printf("  %-24s %7ld times: %+ld blocks, %+ld bytes, %+ld descriptors, %+ld mappings, %.1f s\n", what, count,
+    std::printf("  %-24s %7ld times: %+ld blocks, %+ld bytes, %+ld descriptors, %+ld mappings, %.1f s\n", what, done,
                 after.blocks - before.blocks, after.bytes - before.bytes, after.descriptors - before.descriptors,
                 after.mappings - before.mappings, elapsed.count());
     Expect(after.blocks - before.blocks == loggers * count, "blocks are left behind");
@@ -192,6 +215,8 @@ class TLife : public ILogger {
   std::vector<std::string> numbers_;
   std::string expected_;
   long lines_ = 0;
+  long asked_ = 0;
+  std::size_t committed_ = 0;
   long failures_ = 0;
 };
 
@@ -206,6 +231,7 @@ int main(int argc, char** argv) {
   TLife life(argv[1]);
   life.Loads(quick ? 200 : 10'000);
   life.Collections(quick ? 500 : 100'000);
+  life.SecondLibrary();
   life.SecondObject();
   life.AfterDeInit();
   std::printf("%ld failures\n", life.Failures());

@@ -1,21 +1,27 @@
 """Refuses memory to the whole program, once or from some moment on. It ends with a status of its own and a message,
-never by a signal; and what it puts out is whole, of instances that a clean run has as well."""
+never by a signal; and what it puts out is whole: instances that a clean run has as well, all of them but those of
+requests that it says failed."""
 
 import argparse
 import collections
 import json
 import os
-import pathlib
 import random
 
-from support import Folder, Tally
+from support import Folder, SOURCE, Tally
 
-REFUSING = os.environ["REFUSING"]
+REFUSING = os.path.abspath(os.environ["REFUSING"])
 # Without faults: those count exchanges, so that a request that fails early moves them.
-SERVER = pathlib.Path(os.environ["VELHOST_SOURCE"]) / "servers" / "labelled.toml"
+SERVER = SOURCE / "servers" / "labelled.toml"
 COLLECT = ["collect", "--sp", f"sim:{SERVER}", "--format", "json", "-o", "out.json", "--record", "run.jsonl",
            "--log", "trace"]
 COMPLETE, PARTIAL, INTERNAL = 0, 3, 70
+
+
+def contents(instances):
+    """How often each is there. Number and mark of incompleteness depend on what failed before."""
+    return collections.Counter(
+        (one["class"], json.dumps({**one["properties"], "RecordID": None}, sort_keys=True)) for one in instances)
 
 
 class Refusing:
@@ -46,20 +52,21 @@ class Refusing:
         if output is None:
             self.tally.expect(done.returncode == INTERNAL, f"{where}: no output, but {done.returncode}")
             return
-        if done.returncode == COMPLETE:
-            self.tally.expect(len(output["instances"]) == len(self.clean), f"{where}: instances are missing")
+        if done.returncode in (COMPLETE, PARTIAL):
+            self.expect_all_but_failed(output, where)
         if done.returncode == PARTIAL:
             self.tally.expect(output["status"] == "partial" and output["failures"],
                               f"{where}: nothing says what failed")
-        for instance in output["instances"]:
-            self.tally.expect(self.is_known(instance), f"{where}: an instance is not that of a clean run")
+        known = contents(self.clean)
+        for content, count in contents(output["instances"]).items():
+            self.tally.expect(count <= known[content], f"{where}: an instance is not that of a clean run")
 
-    def is_known(self, instance):
-        """Number and mark of incompleteness depend on what failed before."""
-        def content(one):
-            properties = {name: value for name, value in one["properties"].items() if name != "RecordID"}
-            return one["class"], properties
-        return content(instance) in [content(one) for one in self.clean]
+    def expect_all_but_failed(self, output, where):
+        """A request that failed may have lost its instances; no other may."""
+        failed = {failure.get("class") for failure in output["failures"]}
+        found = contents(output["instances"])
+        for content, count in contents(one for one in self.clean if one["class"] not in failed).items():
+            self.tally.expect(found[content] == count, f"{where}: an instance is missing")
 
 
 def main():
@@ -72,7 +79,7 @@ def main():
         refusing = Refusing(folder)
         for number in range(arguments.samples):
             refusing.refuse(chance.randrange(refusing.allocations), onward=number % 2 == 1)
-        print(f"{refusing.allocations} allocations, {arguments.samples} runs, seed {arguments.seed}: " +
+        print(f"{refusing.allocations} allocations, {refusing.statuses.total()} runs, seed {arguments.seed}: " +
               ", ".join(f"{count} with status {status}" for status, count in sorted(refusing.statuses.items())))
         for status in (PARTIAL, INTERNAL):
             refusing.tally.expect(refusing.statuses[status] > 0, f"no run ended with {status}: was any memory refused?")

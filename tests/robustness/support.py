@@ -7,7 +7,7 @@ import sys
 import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "velhost"))
-from velhostcase import BRIDGE, SCHEMA, VELHOST  # noqa: E402, F401  # pylint: disable=wrong-import-position
+from velhostcase import BRIDGE, SCHEMA, SOURCE, VELHOST  # noqa: E402, F401  # pylint: disable=wrong-import-position
 
 
 class Folder:

@@ -28,7 +28,7 @@ bool StartsWith(const std::string& text, const char* prefix) { return text.rfind
 
 bool TTamperer::IsRefused(std::size_t place, int serviceProcessor) const {
   if (place < limit_) return false;
-  if (onHurt) onHurt(serviceProcessor);
+  if (onHurt) onHurt(serviceProcessor, true);
   return true;
 }
 
@@ -40,14 +40,14 @@ bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, cons
   bool answered = inner_.SendIpmi(node, buffer, length, stop);
   const auto tamper = ipmi_.find(place);
   if (tamper != ipmi_.end()) {
-    if (onHurt) onHurt(-1);
+    if (onHurt) onHurt(-1, false);
     answered = tamper->second(buffer, length) && answered;
   }
   if (!answered) {
     buffer = request;
     length = requestLength;
   }
-  if (onExchange) onExchange(false, buffer, length);
+  if (onExchange) onExchange(false, length);
   return answered;
 }
 
@@ -60,9 +60,9 @@ bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<s
   if (tamper != dot_.end()) before.assign(response.begin(), response.end());
   const int lengthBefore = length;
   const bool answered = inner_.SendDot(serviceProcessor, command, response, length, stop);
-  if (onExchange) onExchange(true, {}, length);
+  if (onExchange) onExchange(true, length);
   if (tamper == dot_.end()) return answered;
-  if (onHurt) onHurt(serviceProcessor);
+  if (onHurt) onHurt(serviceProcessor, false);
   const EDotAnswer answer = tamper->second(response, before, length);
   if (answer == EDotAnswer::kLost) {
     std::copy(before.begin(), before.end(), response.begin());
@@ -94,9 +94,7 @@ THost::~THost() {
 }
 
 void THost::NoteExchanges() {
-  tamperer_.onExchange = [this](bool isDot, const TIPMICommandBuffer& response, int length) {
-    exchanges_.push_back({isDot, isDot ? class_ : part_, length, !isDot && response.DataLength() > 0});
-  };
+  tamperer_.onExchange = [this](bool isDot, int length) { exchanges_.push_back({isDot, length}); };
   Run();
   tamperer_.onExchange = nullptr;
 }
@@ -154,8 +152,9 @@ TOutcome THost::Collect(const std::vector<std::string>& names) {
     const allocation::TPause pause;
     outcome.instances[KeyOf(*instance)].push_back(TextOf(*instance));
   });
-  tamperer_.onHurt = [this, &outcome](int serviceProcessor) {
+  tamperer_.onHurt = [this, &outcome](int serviceProcessor, bool isRefused) {
     ++outcome.hurtExchanges;
+    outcome.reachedLimit = outcome.reachedLimit || isRefused;
     if (serviceProcessor >= 0) outcome.hurtBlocks.insert(serviceProcessor);
     outcome.hurt.insert(serviceProcessor >= 0 ? class_ : part_);
   };

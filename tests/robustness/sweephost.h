@@ -43,10 +43,10 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   }
   void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
   void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
-  std::function<void(bool isDot, const NKROVEL20::TIPMICommandBuffer& response, int length)> onExchange;
+  std::function<void(bool isDot, int length)> onExchange;
   /// Called when an exchange is hurt or refused, with the service processor of a dot command and -1 for IPMI. A place
   /// is only a number: after a first hurt exchange the later ones may be others than in the clean run.
-  std::function<void(int serviceProcessor)> onHurt;
+  std::function<void(int serviceProcessor, bool isRefused)> onHurt;
 
   int BmcNodeCount() override { return inner_.BmcNodeCount(); }
   bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
@@ -68,12 +68,10 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   std::map<std::size_t, TDotTamper> dot_;
 };
 
-/// One exchange of the clean run: what depends on it, and how long its answer is.
+/// One exchange of the clean run, and how long its answer is.
 struct TExchangeNote {
   bool isDot = false;
-  std::string dependent;  ///< key of the instances that it may change
   int length = 0;
-  bool hasData = false;
 };
 
 /// The outcome of a run: instances by key (KeyOf), as text; and whether the trace is whole.
@@ -82,6 +80,7 @@ struct TOutcome {
   std::set<std::string> hurt;  ///< keys of the instances that hurt and refused exchanges may have changed
   std::set<int> hurtBlocks;    ///< service processors whose register block was hurt or refused
   int hurtExchanges = 0;
+  bool reachedLimit = false;  ///< exchanges were refused
   bool blocksWereDropped = false;  ///< a block could not be decoded, which drops what the blocks before it gave
   bool traceIsWhole = false;
   std::string exception;

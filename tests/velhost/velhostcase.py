@@ -8,8 +8,9 @@ import tempfile
 import time
 import unittest
 
-VELHOST = os.environ["VELHOST"]
-SOURCE = pathlib.Path(os.environ["VELHOST_SOURCE"])
+# Absolute, as programs run in folders of their own.
+VELHOST = os.path.abspath(os.environ["VELHOST"])
+SOURCE = pathlib.Path(os.path.abspath(os.environ["VELHOST_SOURCE"]))
 
 BRIDGE = "KROSG_VO_PCIIOBRIDGE_StatisticData"
 
