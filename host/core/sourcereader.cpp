@@ -1,9 +1,12 @@
 #include "host/core/sourcereader.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -36,17 +39,36 @@ class TDescriptor {
   throw THostError(EExitStatus::kBadData, path + " is larger than the limit of " + std::to_string(limit) + " bytes");
 }
 
+std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit) {
+  std::string content;
+  for (;;) {
+    // Before anybody has opened it to write, a named pipe gives its end to who only reads.
+    pollfd waiter = {descriptor, POLLIN, 0};
+    if (poll(&waiter, 1, -1) < 0) ThrowErrno(path, "read", errno);
+    std::array<char, 65536> piece{};
+    const ssize_t n = read(descriptor, piece.data(), piece.size());
+    if (n < 0 && errno == EAGAIN) continue;
+    if (n < 0) ThrowErrno(path, "read", errno);
+    if (n == 0) return content;
+    content.append(piece.data(), static_cast<std::size_t>(n));
+    if (content.size() > limit) ThrowTooLarge(path, limit);
+  }
+}
+
 }  // namespace
 
 ISourceReader::~ISourceReader() = default;
 
 std::string TFileReader::Read(const std::string& path, std::size_t limit) {
-  // Not blocking, so that opening a pipe returns and is refused below.
+  // Not blocking, so that opening a pipe returns: it is refused below, or waited for there.
   const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.Get() < 0) ThrowErrno(path, "open", errno);
   struct stat status = {};
   if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
   if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);
+  if (S_ISFIFO(status.st_mode) && std::find(pipes_.begin(), pipes_.end(), path) != pipes_.end()) {
+    return ReadPipe(file.Get(), path, limit);
+  }
   if (!S_ISREG(status.st_mode)) throw THostError(EExitStatus::kNoInput, "cannot read " + path + ": not a file");
   if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);
   std::string content(static_cast<std::size_t>(status.st_size), '\0');

@@ -3,6 +3,8 @@
 
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "nkrovel20/api.h"
 
@@ -16,10 +18,17 @@ class NKROVEL20_API ISourceReader {
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
 };
 
-/// Reads files. A folder, a device or a pipe is no input.
+/// Reads files. A folder, a device or a pipe is no input: what a file names must not make its reader wait.
 class NKROVEL20_API TFileReader : public ISourceReader {
  public:
+  TFileReader() = default;
+  /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it; a
+  /// signal that is handled ends the wait with THostError (kNoInput).
+  explicit TFileReader(std::vector<std::string> pipes) : pipes_(std::move(pipes)) {}
   std::string Read(const std::string& path, std::size_t limit) override;
+
+ private:
+  std::vector<std::string> pipes_;
 };
 
 /// Serves texts from memory.

@@ -122,11 +122,13 @@ TTomlValue Convert(const toml::node& node) {
   return value;
 }
 
-// "Error while parsing string: ..." would stand behind "error:".
+// "Error while parsing string: ..." would stand behind "error:". Of a key that is there already the library does not
+// say what it expects.
 std::string MessageOf(const toml::parse_error& error) {
   constexpr std::string_view kStart = "Error while parsing ";
   std::string text(error.description());
   if (text.starts_with(kStart)) text.replace(0, kStart.size(), "cannot read ");
+  if (text.find("cannot redefine existing") != std::string::npos) text += ", expected it once";
   return text;
 }
 
@@ -221,7 +223,8 @@ void RefuseManyDots(const TTomlDocument& document) {
   for (std::string_view rest = document.text; !rest.empty(); ++number) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
     if (std::count(line.begin(), line.end(), '.') > kMostDots) {
-      document.Fail({number, 1}, "found a line with more than " + std::to_string(kMostDots) + " full stops");
+      document.Fail({number, 1},
+                    "found a line with more than " + std::to_string(kMostDots) + " full stops, expected no more");
     }
     rest.remove_prefix(std::min(line.size() + 1, rest.size()));
   }

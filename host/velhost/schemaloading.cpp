@@ -1,6 +1,9 @@
 #include "host/velhost/schemaloading.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/core/hosterror.h"
 #include "host/schema/schemareader.h"
@@ -13,6 +16,7 @@ namespace {
 // Notes the reads that fail: behind an include a failed read is a diagnostic like any other.
 class TNotingReader : public ISourceReader {
  public:
+  explicit TNotingReader(std::vector<std::string> pipes) : files_(std::move(pipes)) {}
   std::string Read(const std::string& path, std::size_t limit) override {
     try {
       return files_.Read(path, limit);
@@ -43,8 +47,9 @@ std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInsta
 }
 
 boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation) {
-  TNotingReader reader;
-  const TSchemaResult schema = ReadSchema(SchemaPaths(options, installation), reader);
+  const std::vector<std::string> paths = SchemaPaths(options, installation);
+  TNotingReader reader(paths);
+  const TSchemaResult schema = ReadSchema(paths, reader);
   SayDiagnostics(schema.diagnostics);
   if (schema.HasErrors()) throw THostError(StatusOf(schema, reader), "the schema cannot be used");
   return schema.cimNamespace;

@@ -27,7 +27,7 @@ class TSimulatedConnection : public IServerConnection {
 
  private:
   static TServerFile Read(const std::string& path) {
-    TFileReader reader;
+    TFileReader reader({path});
     return ReadServerFile(path, reader);
   }
 
@@ -87,7 +87,7 @@ class TReplayConnection : public IServerConnection {
 
  private:
   static std::unique_ptr<TReplay> Open(const std::string& path) {
-    TFileReader reader;
+    TFileReader reader({path});
     return std::make_unique<TReplay>(path, reader);
   }
 
@@ -110,7 +110,7 @@ class TLanConnection : public IServerConnection {
 
  private:
   static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs) {
-    TFileReader reader;
+    TFileReader reader({options.passwordFile});
     std::vector<TLanOptions> nodes;
     for (const std::string& spec : specs) nodes.push_back(ParseLanSpec(spec));
     const std::string password = LanPassword(options.passwordFile, std::getenv("VELHOST_IPMI_PASSWORD"), reader);

@@ -150,8 +150,8 @@ void CheckValues(const TGivenArguments& given) {
       if (option.valueIsAttached) Fail(option.name + " takes no value");
       continue;
     }
-    const bool isEmpty = option.valueIsAttached && option.value.empty();
-    if (!option.hasValue || isEmpty) {
+    // An empty word is what is left of a variable that is not set: no value, or what was to be recorded is lost.
+    if (!option.hasValue || option.value.empty()) {
       Fail(option.name + " needs " + use.value + (option.value.empty() ? "" : ", not " + QuotedWord(option.value)));
     }
     if (!seen.insert(use.name).second && !use.repeatable) Fail(use.name + " is given twice");

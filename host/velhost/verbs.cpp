@@ -62,9 +62,9 @@ EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& insta
 
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
   const auto& mofs = commandLine.check.mofs;
-  TFileReader reader;
-  const TSchemaFindings findings =
-      CheckSchema(mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs, reader);
+  const std::vector<std::string> paths = mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs;
+  TFileReader reader(paths);
+  const TSchemaFindings findings = CheckSchema(paths, reader);
   TTextSink text;
   if (commandLine.check.json) {
     WriteFindingsAsJson(findings, text);

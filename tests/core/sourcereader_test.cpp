@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "tests/core/expectfailure.h"
 
@@ -73,6 +77,46 @@ TEST_F(FileReader, APipeIsNoInput) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   ExpectHostError(EExitStatus::kNoInput, "cannot read " + Path("pipe") + ": not a file",
                   [this] { reader_.Read(Path("pipe"), 10); });
+}
+
+TEST_F(FileReader, APipeThatTheUserNamesIsReadUntilItsWritersCloseIt) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  const std::string text(200'000, 'x');  // more than a pipe holds
+  std::thread writer([&] {
+    std::ofstream file(Path("pipe"));  // waits for the reader
+    file << text;
+  });
+  TFileReader reader({"another", Path("pipe")});
+  EXPECT_EQ(reader.Read(Path("pipe"), text.size()), text);
+  writer.join();
+}
+
+TEST_F(FileReader, APipeThatHoldsMoreThanTheLimitIsRefused) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  ASSERT_EQ(write(ends[1], "12345", 5), 5);
+  const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+  TFileReader reader({path});
+  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 4 bytes", [&] { reader.Read(path, 4); });
+  close(ends[1]);
+  EXPECT_EQ(reader.Read(path, 4), "");
+  close(ends[0]);
+}
+
+TEST_F(FileReader, ASignalEndsTheWaitForAPipe) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  struct sigaction before = {};
+  sigaction(SIGALRM, &action, &before);
+  const itimerval soon = {{0, 20'000}, {0, 20'000}};  // again and again: the first may come before the wait
+  setitimer(ITIMER_REAL, &soon, nullptr);
+  TFileReader reader({Path("pipe")});
+  ExpectHostError(EExitStatus::kNoInput, "cannot read " + Path("pipe") + ": Interrupted system call",
+                  [&] { reader.Read(Path("pipe"), 4); });
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
 }
 
 TEST_F(FileReader, ADeviceIsNoInput) {

@@ -1,6 +1,6 @@
 // The built plugin over a long life: loaded, asked and unloaded again and again; asked again and again;
-// beside a second plugin object, of its own library and of a second one; asked after DeInit. Compares what the process holds before and after:
-// blocks of operator new, bytes of malloc, descriptors, mappings.
+// beside a second plugin object, of a second library and of the same; asked after DeInit. Compares what
+// the process holds before and after: blocks of operator new, bytes of malloc, descriptors, mappings.
 //
 //   GLIBC_TUNABLES=glibc.malloc.tcache_count=0 lifecycle PLUGIN [--quick]
 //
@@ -110,7 +110,8 @@ class TLife : public ILogger {
     const auto second = LoadCopy("second");
     first->Callbacks().Init();
     second->Callbacks().Init();
-    InTurn("two libraries", [&] { return GetData(*first); }, [&] { return GetData(*second); });
+    InTurn(
+        "two libraries", [&] { return GetData(*first); }, [&] { return GetData(*second); });
   }
 
   // Both of the collector that is linked into this program.
@@ -119,7 +120,8 @@ class TLife : public ILogger {
     torgareg::TTORGARegPluginCallbacks second;
     first.Init();
     second.Init();
-    InTurn("two objects of a library", [&] { return GetData(first); }, [&] { return GetData(second); });
+    InTurn(
+        "two objects of a library", [&] { return GetData(first); }, [&] { return GetData(second); });
     first.DeInit();
     second.DeInit();
   }

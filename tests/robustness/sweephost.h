@@ -80,7 +80,7 @@ struct TOutcome {
   std::set<std::string> hurt;  ///< keys of the instances that hurt and refused exchanges may have changed
   std::set<int> hurtBlocks;    ///< service processors whose register block was hurt or refused
   int hurtExchanges = 0;
-  bool reachedLimit = false;  ///< exchanges were refused
+  bool reachedLimit = false;       ///< exchanges were refused
   bool blocksWereDropped = false;  ///< a block could not be decoded, which drops what the blocks before it gave
   bool traceIsWhole = false;
   std::string exception;

@@ -291,7 +291,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "    ^\n"},
         TBadServer{
             "machine_type = \"\"\nmachine_type = \"\"",
-            "server.toml:2:16: error: cannot read key-value pair: cannot redefine existing string 'machine_type'\n"
+            "server.toml:2:16: error: cannot read key-value pair: cannot redefine existing string 'machine_type', "
+            "expected it once\n"
             "  machine_type = \"\"\n"
             "                 ^\n"},
         // The TOML library asserts a digit behind the T, once the colon has made it a date-time.
@@ -309,7 +310,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "  ipmi = { driver_present = \"\xC3\xA4\xC3\xA4\", x = 1 }\n"
                    "                                  ^\n"},
         TBadServer{std::string("machine_type = \"\"\n") + std::string(101, '.'),
-                   "server.toml:2:1: error: found a line with more than 100 full stops\n"
+                   "server.toml:2:1: error: found a line with more than 100 full stops, expected no more\n"
                    "  ..............................................................................\n"
                    "  ^\n"}));
 

@@ -1,9 +1,17 @@
 """The command line, the other commands, and the exit statuses of what cannot start."""
 
 import json
+import pathlib
 import unittest
 
-from velhostcase import SOURCE, VelhostCase
+from velhostcase import BRIDGE, SOURCE, VelhostCase
+
+SERVER = """
+machine_type = "6203"
+unlisted_registers = "pattern"
+[[bmc_node]]
+timestamp = "00 00 00 01"
+"""
 
 
 class Usage(VelhostCase):
@@ -42,6 +50,17 @@ class Usage(VelhostCase):
                 ("--output is given twice", "-oa", "--output", "b"),
                 ("--timeout needs SECONDS", "--timeout"),
                 ("--timeout needs SECONDS", "--timeout="),
+                ("--timeout needs SECONDS", "--timeout", ""),
+                ("--record needs FILE", "--record", ""),
+                ("--output needs FILE", "--output", ""),
+                ("-o needs FILE", "-o", ""),
+                ("--log needs FILE", "--log", ""),
+                ("--capture-dir needs DIR", "--capture-dir", ""),
+                ("--plugin needs FILE", "--plugin", ""),
+                ("--schema needs PATH", "--schema", ""),
+                ("--sp needs SPEC", "--sp", ""),
+                ("--password-file needs FILE", "--password-file", ""),
+                ("--machine-type needs NNNN", "--machine-type", ""),
                 ("--timeout needs SECONDS", "--timeout", "--format", "json"),
                 ('--timeout needs SECONDS, not "-5"', "--timeout", "-5"),
                 ("-o needs FILE", "-vo")):
@@ -50,7 +69,7 @@ class Usage(VelhostCase):
         self.refuses('--timeout has to stand behind "collect"', "--timeout", "5", "collect", see="collect ")
 
     def test_values(self):
-        for number in ("abc", "nan", "inf", "0", "2e9", "5s", ""):
+        for number in ("abc", "nan", "inf", "0", "2e9", "5s"):
             self.refuses(f'--timeout takes SECONDS from 0.001 to 1000000000, not "{number}"', "collect", "--timeout", number,
                          see="collect ")
         self.refuses('--port takes PORT from 1 to 65535, not "65536"', "simulate", "a", "--port", "65536", see="simulate ")
@@ -81,6 +100,24 @@ class Usage(VelhostCase):
         self.fails(65, "bad.jsonl", "collect", "--sp", f"replay:{bad}")
         text = self.write("text.so", "no library\n")
         self.fails(66, "text.so", "plugin", "--plugin", text)
+
+    def test_inputs_may_be_pipes(self):
+        server = self.write("server.toml", SERVER)
+        schema = self.schema({"Register": (0x1000, 8)})
+        expected = self.collect("--schema", schema, "--sp", f"sim:{server}", "--record", "run.jsonl", BRIDGE)["instances"]
+        self.assertEqual(len(expected), 1)
+        for path, *arguments in ((server, "--schema", schema, "--sp", "sim:/dev/stdin"),
+                                 (schema, "--schema", "/dev/stdin", "--sp", f"sim:{server}"),
+                                 (self.folder / "run.jsonl", "--schema", schema, "--sp", "replay:/dev/stdin")):
+            text = pathlib.Path(path).read_text()
+            done = self.run_velhost("collect", "--format", "json", *arguments, BRIDGE, input=text)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertEqual(json.loads(done.stdout)["instances"], expected, arguments)
+        self.assertEqual(self.run_velhost("check", "/dev/stdin", input="class A {").returncode, 65)
+        included = self.write("schema.mof", '#pragma include ("/dev/stdin")\n')
+        refused = self.run_velhost("check", included, input="class A {};")  # what a file names may not make it wait
+        self.assertEqual(refused.returncode, 65)
+        self.assertIn("cannot read /dev/stdin: not a file", refused.stdout)
 
     def test_an_include_that_is_missing(self):
         schema = self.write("schema.mof", '#pragma include ("missing.mof")\nclass A {};\n')
