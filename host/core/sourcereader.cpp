@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include "host/core/hosterror.h"
@@ -15,6 +16,10 @@
 namespace NKROVEL20 {
 
 namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kStep{100};
 
 class TDescriptor {
  public:
@@ -39,20 +44,28 @@ class TDescriptor {
   throw THostError(EExitStatus::kBadData, path + " is larger than the limit of " + std::to_string(limit) + " bytes");
 }
 
-std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit) {
+std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit, milliseconds patience) {
   std::string content;
-  for (;;) {
-    // Before anybody has opened it to write, a named pipe gives its end to who only reads.
-    pollfd waiter = {descriptor, POLLIN, 0};
-    if (poll(&waiter, 1, -1) < 0) ThrowErrno(path, "read", errno);
+  milliseconds silence{0};
+  while (silence < patience) {
     std::array<char, 65536> piece{};
     const ssize_t n = read(descriptor, piece.data(), piece.size());
-    if (n < 0 && errno == EAGAIN) continue;
-    if (n < 0) ThrowErrno(path, "read", errno);
-    if (n == 0) return content;
-    content.append(piece.data(), static_cast<std::size_t>(n));
-    if (content.size() > limit) ThrowTooLarge(path, limit);
+    if (n < 0 && errno != EAGAIN) ThrowErrno(path, "read", errno);
+    if (n > 0) {
+      content.append(piece.data(), static_cast<std::size_t>(n));
+      if (content.size() > limit) ThrowTooLarge(path, limit);
+      silence = {};
+      continue;
+    }
+    if (n == 0 && !content.empty()) return content;
+    // The end before any byte: the writers have left, or the first one is still to come.
+    pollfd waiter = {descriptor, POLLIN, 0};
+    const int found = poll(&waiter, 1, static_cast<int>(kStep.count()));
+    if (found < 0) ThrowErrno(path, "read", errno);
+    if (n == 0 && (waiter.revents & POLLHUP) != 0) return content;
+    silence += kStep;
   }
+  throw THostError(EExitStatus::kNoInput, "cannot read " + path + ": a pipe that nobody writes to");
 }
 
 }  // namespace
@@ -67,7 +80,7 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
   if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);
   if (S_ISFIFO(status.st_mode) && std::find(pipes_.begin(), pipes_.end(), path) != pipes_.end()) {
-    return ReadPipe(file.Get(), path, limit);
+    return ReadPipe(file.Get(), path, limit, patience_);
   }
   if (!S_ISREG(status.st_mode)) throw THostError(EExitStatus::kNoInput, "cannot read " + path + ": not a file");
   if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);

@@ -1,6 +1,7 @@
 // How text and data inputs are read: through one method, with an in-memory twin for tests.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <string>
 #include <utility>
@@ -18,17 +19,20 @@ class NKROVEL20_API ISourceReader {
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
 };
 
-/// Reads files. A folder, a device or a pipe is no input: what a file names must not make its reader wait.
+/// Reads files. A folder, a device or a pipe is no input: what a file names, and the user does not, must not make its
+/// reader wait.
 class NKROVEL20_API TFileReader : public ISourceReader {
  public:
   TFileReader() = default;
-  /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it; a
-  /// signal that is handled ends the wait with THostError (kNoInput).
-  explicit TFileReader(std::vector<std::string> pipes) : pipes_(std::move(pipes)) {}
+  /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it. One
+  /// that nothing comes from for so long throws THostError (kNoInput); so does a signal that is handled meanwhile.
+  explicit TFileReader(std::vector<std::string> pipes, std::chrono::milliseconds patience = std::chrono::minutes(1))
+      : pipes_(std::move(pipes)), patience_(patience) {}
   std::string Read(const std::string& path, std::size_t limit) override;
 
  private:
   std::vector<std::string> pipes_;
+  std::chrono::milliseconds patience_{0};
 };
 
 /// Serves texts from memory.

@@ -128,7 +128,8 @@ std::string MessageOf(const toml::parse_error& error) {
   constexpr std::string_view kStart = "Error while parsing ";
   std::string text(error.description());
   if (text.starts_with(kStart)) text.replace(0, kStart.size(), "cannot read ");
-  if (text.find("cannot redefine existing") != std::string::npos) text += ", expected it once";
+  const bool isSecond = text.find("cannot redefine existing") != std::string::npos;
+  if (isSecond && text.find(" as ") == std::string::npos) text += ", expected it once";
   return text;
 }
 

@@ -1,5 +1,6 @@
 #include "host/core/sourcereader.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -7,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -101,6 +103,25 @@ TEST_F(FileReader, APipeThatHoldsMoreThanTheLimitIsRefused) {
   close(ends[1]);
   EXPECT_EQ(reader.Read(path, 4), "");
   close(ends[0]);
+}
+
+TEST_F(FileReader, APipeEndsAlsoWhereItIsOpenedAgainBehindItsWriter) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  const int readerEnd = open(Path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  std::ofstream(Path("pipe")) << "text";
+  const std::string path = "/dev/fd/" + std::to_string(readerEnd);
+  EXPECT_EQ(TFileReader({path}).Read(path, 10), "text");
+  close(readerEnd);
+}
+
+TEST_F(FileReader, APipeThatNobodyWritesToIsWaitedForNotForEver) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  TFileReader reader({Path("pipe")}, std::chrono::milliseconds(1));
+  const std::string message = "cannot read " + Path("pipe") + ": a pipe that nobody writes to";
+  ExpectHostError(EExitStatus::kNoInput, message, [&] { reader.Read(Path("pipe"), 4); });
+  const int silent = open(Path("pipe").c_str(), O_RDWR);
+  ExpectHostError(EExitStatus::kNoInput, message, [&] { reader.Read(Path("pipe"), 4); });
+  close(silent);
 }
 
 TEST_F(FileReader, ASignalEndsTheWaitForAPipe) {

@@ -176,9 +176,8 @@ class Killing:
             properties = {**properties, data: expected[data]}
         return properties.items() <= expected.items()
 
-    @property
-    def tried(self):
-        """Each has one of the three kinds of recording, and one of the two kinds of output."""
+    def count_tried(self):
+        """How many kills were tried: each has one of the three kinds of recording, and one of the two kinds of output."""
         recordings = sum(self.counts[kind] for kind in ("no recording", "recording whole", "recording cut"))
         outputs = self.counts["output whole"] + self.counts["no output or the old one"]
         self.tally.expect(recordings == outputs, f"{recordings} recordings, but {outputs} outputs")
@@ -198,10 +197,11 @@ def main():
         killing = Killing(folder, arguments.seed)
         for number in range(arguments.kills):
             killing.kill_one(("json", "jsonl")[number % 2], replaces=number // 2 % 2 == 1, is_late=number // 4 % 2 == 1)
-        print(f"{killing.tried} kills, {killing.until_recorded * 1000:.0f} ms of recording and "
+        tried = killing.count_tried()
+        print(f"{tried} kills, {killing.until_recorded * 1000:.0f} ms of recording and "
               f"{killing.rest * 1000:.0f} ms behind it, seed {arguments.seed}: " +
               ", ".join(f"{count} {name}" for name, count in killing.counts.items()))
-        killing.tally.expect(killing.tried == arguments.kills, "not every kill was tried")
+        killing.tally.expect(tried == arguments.kills, "not every kill was tried")
         killing.tally.expect(killing.counts["ended before"] < arguments.kills, "no run was killed")
         if arguments.kills >= ENOUGH_FOR_ALL_KINDS:
             killing.expect_all_kinds()

@@ -104,7 +104,8 @@ class Usage(VelhostCase):
     def test_inputs_may_be_pipes(self):
         server = self.write("server.toml", SERVER)
         schema = self.schema({"Register": (0x1000, 8)})
-        expected = self.collect("--schema", schema, "--sp", f"sim:{server}", "--record", "run.jsonl", BRIDGE)["instances"]
+        document = self.collect("--schema", schema, "--sp", f"sim:{server}", "--record", "run.jsonl", BRIDGE)
+        expected = document["instances"]
         self.assertEqual(len(expected), 1)
         for path, *arguments in ((server, "--schema", schema, "--sp", "sim:/dev/stdin"),
                                  (schema, "--schema", "/dev/stdin", "--sp", f"sim:{server}"),

@@ -31,13 +31,21 @@ class Stopping(VelhostCase):
                           "sim:" + self.write("slow.toml", SLOW + LATE_REGISTER), "--format", "json"]
 
     def start(self, *arguments, **options):
-        return subprocess.Popen([VELHOST, *self.arguments, *arguments], cwd=self.folder, text=True, **options)
+        return self.run_beside([VELHOST, *self.arguments, *arguments], **options)
+
+    def run_beside(self, words, **options):
+        """Starts a program that does not outlive the test, and that SIGHUP ends whatever the tests run under."""
+        process = subprocess.Popen(words, cwd=self.folder, text=True, **options,
+                                   preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_DFL))
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
 
     def start_collecting(self, *arguments, **options):
         """Starts it, and returns it once it has collected something."""
         (self.folder / "run.jsonl").unlink(missing_ok=True)
         process = self.start(*arguments, "--record", "run.jsonl", **options)
-        self.wait_for_exchanges("run.jsonl", 10)
+        self.wait_for_exchanges(process, "run.jsonl", 10)
         return process
 
     def check_partial(self, output, reason):
@@ -66,9 +74,9 @@ class Stopping(VelhostCase):
             self.check_partial(output, "interrupted")
 
     def test_a_run_under_nohup_outlives_its_terminal(self):
-        process = subprocess.Popen(["nohup", VELHOST, *self.arguments, "--timeout", "2", "--record", "run.jsonl", BRIDGE],
-                                   cwd=self.folder, text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.wait_for_exchanges("run.jsonl", 10)
+        process = self.run_beside(["nohup", VELHOST, *self.arguments, "--timeout", "5", "--record", "run.jsonl", BRIDGE],
+                                  stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.wait_for_exchanges(process, "run.jsonl", 10)
         process.send_signal(signal.SIGHUP)
         output, errors = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 3)

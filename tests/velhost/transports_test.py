@@ -149,13 +149,22 @@ class Transports(VelhostCase):
         self.assertEqual(done.returncode, 77, done.stderr)
         self.assertNotIn("not the one", done.stderr)
 
+    def test_password_from_a_pipe(self):
+        _, port = self.simulate(SERVER)
+        del self.environment["VELHOST_IPMI_PASSWORD"]
+        done = subprocess.run([VELHOST, *self.lan_arguments(port, self.schema({"Listed": (0x00ABCDEF, 8)})),
+                               "--password-file", "/dev/stdin"], input="test\n", capture_output=True, text=True,
+                              cwd=self.folder, env=self.environment, timeout=120)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(len(json.loads(done.stdout)["instances"]), 2)
+
     def test_a_bmc_that_dies_in_mid_run_leaves_what_was_complete(self):
         simulator, port = self.simulate(SLOW)
         schema = self.schema({f"Register{i}": (0x1000 + 8 * i, 8) for i in range(1000)}, count=1)
         process = subprocess.Popen([VELHOST, "--log", "trace.txt", *self.lan_arguments(port, schema),
                                     "--record", "run.jsonl"], text=True, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, cwd=self.folder, env=self.environment)
-        self.wait_for_exchanges("run.jsonl", 5)
+        self.wait_for_exchanges(process, "run.jsonl", 5)
         simulator.send_signal(signal.SIGINT)
         simulator.wait(timeout=60)
         output, errors = process.communicate(timeout=120)

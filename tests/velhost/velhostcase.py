@@ -68,11 +68,13 @@ class VelhostCase(unittest.TestCase):
             time.sleep(0.05)
         self.fail(complaint)
 
-    def wait_for_exchanges(self, recording, count):
+    def wait_for_exchanges(self, process, recording, count):
         """Waits until a velhost that runs has written so many exchanges to its recording."""
         path = self.folder / recording
-        self.wait_until(lambda: path.exists() and len(path.read_bytes().splitlines()) > count,
+        self.wait_until(lambda: process.poll() is not None or
+                        path.exists() and len(path.read_bytes().splitlines()) > count,
                         f"no {count} exchanges were recorded")
+        self.assertIsNone(process.poll(), "velhost has ended already")
 
     def schema(self, registers, count=1):
         """A schema with one R8 class; `registers` are pairs of a name and (Offset, MaxLen)."""
