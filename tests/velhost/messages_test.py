@@ -73,6 +73,7 @@ class SessionThatIsNotOpened(VelhostCase):
     def test_interruption(self):
         process = subprocess.Popen(self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                    env=self.environment())
+        self.addCleanup(process.kill)
         # Once it has asked its first question it waits for the answer; without LAN support it ends at once.
         self.wait_until(lambda: self.was_asked() or process.poll() is not None, "nothing was asked")
         process.terminate()

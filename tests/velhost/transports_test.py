@@ -164,6 +164,7 @@ class Transports(VelhostCase):
         process = subprocess.Popen([VELHOST, "--log", "trace.txt", *self.lan_arguments(port, schema),
                                     "--record", "run.jsonl"], text=True, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, cwd=self.folder, env=self.environment)
+        self.addCleanup(process.kill)
         self.wait_for_exchanges(process, "run.jsonl", 5)
         simulator.send_signal(signal.SIGINT)
         simulator.wait(timeout=60)
