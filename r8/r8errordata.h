@@ -43,7 +43,7 @@ class R8ErrorData {
   void ConvertToBigEndian(std::vector<unsigned char>* bytes, unsigned int address, unsigned int mode);
 
  private:
-  bool isRegister(NKROVEL20::ICIMPropertyDecl& property) const;
+  bool isRegister(NKROVEL20::ICIMPropertyDecl& property, const std::string& name) const;
   unsigned char getChipSelector(int index) const;
   std::vector<unsigned char> readAddresses(const std::string& propertyName, const std::string& machineType,
                                            const NKROVEL20::TCIMValue& offset, unsigned char chipSelector,

@@ -68,18 +68,18 @@ TPropertyMap R8ErrorData::getRegisterValues(int index) {
       TAddToVectorCallback<ICIMPropertyDecl>(properties);
   collectedClass->EnumeratePropertyDecls(addToVector, noContext);
   for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
-    if (!isRegister(*property)) continue;
+    const std::string& name = property->GetName(noContext);
+    if (!isRegister(*property, name)) continue;
     TCIMValue value = getRegisterData(property, index);
-    if (!value.IsNull()) values.emplace(property->GetName(noContext), std::move(value));
+    if (!value.IsNull()) values.emplace(name, std::move(value));
   }
   return values;
 }
 
 // One level only: what is declared above the direct superclass is not read. The classes are held while
 // their names are in use: a host may own neither.
-bool R8ErrorData::isRegister(ICIMPropertyDecl& property) const {
+bool R8ErrorData::isRegister(ICIMPropertyDecl& property, const std::string& name) const {
   const TPropertyMap noContext;
-  const std::string& name = property.GetName(noContext);
   const boost::shared_ptr<ICIMClass> originClass = property.GetClassOrigin(noContext);
   const std::string& origin = originClass->GetName(noContext);
   const std::string& own = collectedClass->GetName(noContext);

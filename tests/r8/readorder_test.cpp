@@ -66,6 +66,24 @@ TEST_F(TReadOrder, EveryDeclarationIsAskedForFourNames) {
                                       own + "GetSuperClass() {}", "PARENT.GetName() {}"}));
 }
 
+TEST_F(TReadOrder, ARegisterThatAnswersIsAskedForItsNameTwice) {
+  sp.Expect(Register(0, 0x10).Answers(OneToEight()));
+  ns->AddClass(TClassBuilder("PARENT"));
+  Collector(TClassBuilder(kVoMemory, "PARENT").Register("R", 0x10, 8));
+  probe.Clear();
+  EXPECT_EQ(collector->getRegisterValues(0).size(), 1U);
+  const std::string own = std::string(kVoMemory) + ".";
+  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{
+                               own + "EnumeratePropertyDecls() {}",
+                               // Whether it is to be read.
+                               "R.GetName() {}", "R.GetClassOrigin() {}", own + "GetName() {}", own + "GetName() {}",
+                               own + "GetSuperClass() {}", "PARENT.GetName() {}",
+                               // Its value: the family, the chip selector, the name, the qualifiers, the conversion.
+                               own + "GetNamespace() {}", "namespace.GetMachineType()", own + "GetName() {}",
+                               "R.GetName() {}", "R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
+                               own + "GetNamespace() {}", "namespace.GetMachineType()", "R.GetType() {}"}));
+}
+
 TEST_F(TReadOrder, TheNumberOfInstancesIsSaidBeforeTheClassIsAskedForItsName) {
   Collector(Chip().MaxInstances(2));
   probe.Clear();
