@@ -62,6 +62,6 @@ class TJFRErrorData {
   std::uint8_t fSPInstances;
 };
 
-inline std::string print2Array(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
+inline std::string print2Array(unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
 
 }  // namespace torgareg

@@ -38,6 +38,6 @@ class TNOVRequestTorgaReg {
   std::uint8_t SPInstances;
 };
 
-inline std::string printArray2(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
+inline std::string printArray2(unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
 
 }  // namespace torgareg

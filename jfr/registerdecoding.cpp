@@ -34,7 +34,7 @@ TCIMDateTime TJFRErrorData::getTimeStamp(const unsigned char* data) {
     const unsigned char* const p = data + copy;
     timeStampFromSecondCopy = copy != Block::kFirstCopy ? 1 : 0;
     log->writeDebug("TimeStamp rawdata: \n");
-    log->writeDebug(print2Array(p, Block::kHeaderSize));
+    log->writeDebug(print2Array(const_cast<unsigned char*>(p), Block::kHeaderSize));  // it only reads
     if (p[Block::kMonth] == 0 || p[Block::kDay] == 0) continue;
     return TCIMDateTime(static_cast<unsigned short>(2000 + p[Block::kYear]), p[Block::kMonth], p[Block::kDay],
                         p[Block::kHour], p[Block::kMinute], p[Block::kSecond], 0, 0);

@@ -34,6 +34,6 @@ class IPMIRequestTorgaReg {
   LogMessage* logger;             // not owned
 };
 
-inline std::string printArray(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
+inline std::string printArray(unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
 
 }  // namespace torgareg

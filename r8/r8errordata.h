@@ -56,6 +56,6 @@ class R8ErrorData {
   std::unique_ptr<IPMIRequestTorgaReg> transport;
 };
 
-inline std::string printArray0(const unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
+inline std::string printArray0(unsigned char* data, unsigned long last) { return dumpBytes(data, last); }
 
 }  // namespace torgareg

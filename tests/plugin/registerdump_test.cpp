@@ -12,11 +12,11 @@
 namespace torgareg {
 namespace {
 
-using TDump = std::string (*)(const unsigned char*, unsigned long);
+using TDump = std::string (*)(unsigned char*, unsigned long);
 
 class TRegisterDump : public ::testing::TestWithParam<TDump> {
  protected:
-  static std::string Dump(const std::vector<unsigned char>& bytes) {
+  static std::string Dump(std::vector<unsigned char> bytes) {
     return GetParam()(bytes.data(), bytes.size() - 1);
   }
 };
@@ -58,7 +58,7 @@ TEST_P(TRegisterDump, LinesOfZerosStandBetweenOthers) {
 }
 
 TEST_P(TRegisterDump, ALineIsOneOfZerosByItsOwnBytesAlone) {
-  const std::vector<unsigned char> bytes = {255, 0, 0, 0, 0, 0, 0, 0,  //
+  std::vector<unsigned char> bytes = {255, 0, 0, 0, 0, 0, 0, 0,  //
                                             0,   0, 0, 0, 0, 0, 0, 0,  //
                                             0,   1};
   EXPECT_EQ(GetParam()(bytes.data(), 15), "\n255 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
