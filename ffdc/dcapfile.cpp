@@ -1,4 +1,7 @@
 // Turns one capture file into a committed CIM instance.
+#include <array>
+#include <cstdio>
+
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tosspecific.h"
 #include "plugin/registerdump.h"
@@ -10,19 +13,27 @@ using namespace NKROVEL20;
 
 namespace {
 
-const char* const kFileClass = "KROSG_DCAPFile";
+const std::string kFileClass = "KROSG_DCAPFile";
 
-boost::shared_ptr<ICIMClass> findFileClass(const boost::shared_ptr<ICIMNamespace>& ns) {
-  return ns->GetClass(kFileClass, {{TCIMSchemaHelper::kContextName, TCIMValue(TCIMSchemaHelper::kPluginNSPName)}});
+TPropertyMap makeRequestContext() {
+  return {{TCIMSchemaHelper::kContextName, TCIMValue(TCIMSchemaHelper::kPluginNSPName)}};
+}
+
+// Numbers reach the host as C strings.
+TCIMValue decimalText(int number) {
+  std::array<char, sizeof "-2147483648"> text{};
+  std::snprintf(text.data(), text.size(), "%d", number);
+  return TCIMValue(text.data());
 }
 
 }  // namespace
 
 void TTORGARegPluginCallbacks::AddErrFFDCinstance(boost::shared_ptr<ICIMNamespace> ns, unsigned char* data, int length,
                                                   const std::string& name, int node) {
+  const TPropertyMap requestContext = makeRequestContext();
   const TCIMDateTime localTime = TOSSpecific::GetLocalTime();
   logger->writeDebug("Enter AddErrFFDCinstance funtion");
-  const boost::shared_ptr<ICIMClass> fileClass = findFileClass(ns);
+  const boost::shared_ptr<ICIMClass> fileClass = ns->GetClass(kFileClass, requestContext);
   std::string rawData;
   if (length > 0) appendHexPairs(rawData, data, static_cast<std::size_t>(length));
   logger->writeDebug("Data added into KROSG_DCAPFile class:" + rawData);
@@ -31,9 +42,10 @@ void TTORGARegPluginCallbacks::AddErrFFDCinstance(boost::shared_ptr<ICIMNamespac
 
 void TTORGARegPluginCallbacks::AddErrFFDCinstance(boost::shared_ptr<ICIMNamespace> ns, std::string rawData,
                                                   int /*length*/, const std::string& name, int node) {
+  const TPropertyMap requestContext = makeRequestContext();
   const TCIMDateTime localTime = TOSSpecific::GetLocalTime();
   logger->writeDebug("Enter AddErrFFDCinstance funtion");
-  publishCaptureFile(findFileClass(ns), rawData, localTime, name, node);
+  publishCaptureFile(ns->GetClass(kFileClass, requestContext), rawData, localTime, name, node);
 }
 
 void TTORGARegPluginCallbacks::publishCaptureFile(const boost::shared_ptr<ICIMClass>& fileClass,
@@ -44,11 +56,11 @@ void TTORGARegPluginCallbacks::publishCaptureFile(const boost::shared_ptr<ICIMCl
   instance->SetProperty("FileName", TCIMValue(name), noContext);
   instance->SetProperty("ErrRawData", TCIMValue(rawData), noContext);
   instance->SetProperty("MessageTimestamp", TCIMValue(localTime), noContext);
-  instance->SetProperty("SourceNode", TCIMValue(dataToString<int>(node + 1)), noContext);
+  instance->SetProperty("SourceNode", decimalText(node + 1), noContext);
   instance->SetProperty("CreationClassName", TCIMValue(kFileClass), noContext);
   instance->SetProperty("LogCreationClassName", TCIMValue(kFileClass), noContext);
   instance->SetProperty("LogName", TCIMValue(kFileClass), noContext);
-  instance->SetProperty("RecordID", TCIMValue(dataToString<int>(recordCounter)), noContext);
+  instance->SetProperty("RecordID", decimalText(recordCounter), noContext);
   // Counted before the commit: a number that a failed commit took is not given out again.
   ++recordCounter;
   instance->Commit(noContext);
