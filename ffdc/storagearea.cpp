@@ -59,9 +59,11 @@ std::string traceOf(const std::string& command, std::size_t size, const TIPMICom
   return text;
 }
 
-bool send(SPLibrary* sp, TIPMICommandBuffer& buffer, int& length) {
+// The request is copied whole into `response`, which is the buffer that the library gets and writes over.
+bool send(SPLibrary* sp, const TIPMICommandBuffer& request, TIPMICommandBuffer& response, int& length) {
   length = static_cast<int>(TIPMICommandBuffer::kSize);
-  return sp->sendIPMICommand(buffer.Data(), &length, static_cast<int>(TIPMICommandBuffer::kSize), true);
+  response = request;
+  return sp->sendIPMICommand(response.Data(), &length, static_cast<int>(TIPMICommandBuffer::kSize), true);
 }
 
 std::string toHex(std::uint8_t value) {
@@ -93,29 +95,31 @@ int advanced(int offset, int chunk) {
 
 bool TTORGARegPluginCallbacks::OpenStorageArea(unsigned char* handle, const std::string& name, SPLibrary* sp) {
   logger->writeDebug("Enter OpenStorageArea funtion");
-  TIPMICommandBuffer buffer = makeRequest(Wire::kOpen, name.size() + Wire::kOpenLength);
-  buffer[Wire::kBody] = Wire::kOpenMode;
-  putName(buffer, Wire::kOpenName, name);
+  TIPMICommandBuffer request = makeRequest(Wire::kOpen, name.size() + Wire::kOpenLength);
+  request[Wire::kBody] = Wire::kOpenMode;
+  putName(request, Wire::kOpenName, name);
   // The prefix stands twice.
   logger->writeDebug("OpenStorageArea IPMI command data:" +
-                     traceOf("OpenStorageArea", name.size() + Wire::kOpenName, buffer));
+                     traceOf("OpenStorageArea", name.size() + Wire::kOpenName, request));
+  TIPMICommandBuffer response;
   int length = 0;
-  if (!send(sp, buffer, length) || buffer.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
-  std::copy_n(buffer.Data() + Wire::kResponseHandle, Wire::kHandleSize, handle);
+  if (!send(sp, request, response, length) || response.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
+  std::copy_n(response.Data() + Wire::kResponseHandle, Wire::kHandleSize, handle);
   logger->writeDebug("Exit OpenStorageArea funtion");
   return true;
 }
 
 bool TTORGARegPluginCallbacks::QueryStorageAreaSize(int& size, const std::string& name, SPLibrary* sp) {
   logger->writeDebug("Enter QueryStorageAreaSize funtion");
-  TIPMICommandBuffer buffer = makeRequest(Wire::kQuerySize, name.size() + Wire::kQueryLength);
-  putName(buffer, Wire::kQueryName, name);
+  TIPMICommandBuffer request = makeRequest(Wire::kQuerySize, name.size() + Wire::kQueryLength);
+  putName(request, Wire::kQueryName, name);
   // The two prefixes differ.
   logger->writeDebug("QueryStorageArea IPMI command data:" +
-                     traceOf("QueryStorageAreaSize", name.size() + Wire::kQueryName, buffer));
+                     traceOf("QueryStorageAreaSize", name.size() + Wire::kQueryName, request));
+  TIPMICommandBuffer response;
   int length = 0;
-  if (!send(sp, buffer, length) || buffer.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
-  size = static_cast<std::int32_t>(getLittleEndian32(buffer, Wire::kResponseSize));
+  if (!send(sp, request, response, length) || response.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
+  size = static_cast<std::int32_t>(getLittleEndian32(response, Wire::kResponseSize));
   logger->writeDebug("total storage area size:" + dataToString<int>(size) + "\n");
   logger->writeDebug("Exit QueryStorageAreaSize funtion");
   return true;
@@ -129,23 +133,24 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
   int offset = 0;
   int count = 0;
   int chunk = kChunkSize;
+  TIPMICommandBuffer response;
   while (true) {
-    TIPMICommandBuffer buffer = makeReadRequest(handle, offset, chunk);
+    const TIPMICommandBuffer request = makeReadRequest(handle, offset, chunk);
     std::string line = "ReadStorageArea IPMI command data:";
-    appendHexPairs(line, buffer.Data(), kReadRequestSize);
+    appendHexPairs(line, request.Data(), kReadRequestSize);
     logger->writeDebug(line);
     int length = 0;
-    send(sp, buffer, length);  // without an answer the command byte stands where the completion code is looked for
-    logger->writeDebug("completeCode:" + toHex(buffer.CompletionCode()) + "\n");
-    if (buffer.CompletionCode() != TIPMICommandBuffer::kSuccess) break;
+    send(sp, request, response, length);  // without an answer the command byte is where the completion code would be
+    logger->writeDebug("completeCode:" + toHex(response.CompletionCode()) + "\n");
+    if (response.CompletionCode() != TIPMICommandBuffer::kSuccess) break;
 
     const int copied = copiedSize(length, chunk);
     line = "Response raw data size:" + dataToString<int>(copied) + ", loopoffset:" + dataToString<int>(count) +
            ", raw data info:";
-    appendHexPairs(line, buffer.Data() + Wire::kResponseData, static_cast<std::size_t>(copied));
+    appendHexPairs(line, response.Data() + Wire::kResponseData, static_cast<std::size_t>(copied));
     logger->writeDebug(line);
     if (offset >= 0 && offset < capacity) {
-      std::copy_n(buffer.Data() + Wire::kResponseData, std::min(copied, capacity - offset), out + offset);
+      std::copy_n(response.Data() + Wire::kResponseData, std::min(copied, capacity - offset), out + offset);
     }
 
     offset = advanced(offset, chunk);  // what was asked for, also where less came
@@ -164,14 +169,15 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
 
 void TTORGARegPluginCallbacks::CloseStorageArea(unsigned char* handle, SPLibrary* sp) {
   logger->writeDebug("Enter CloseStorageArea funtion");
-  TIPMICommandBuffer buffer = makeRequest(Wire::kClose, Wire::kCloseLength);
-  putHandle(buffer, handle);
+  TIPMICommandBuffer request = makeRequest(Wire::kClose, Wire::kCloseLength);
+  putHandle(request, handle);
   std::string line = "CloseStorageArea IPMI command data:";
-  appendHexPairs(line, buffer.Data(), kTracedCloseSize);
+  appendHexPairs(line, request.Data(), kTracedCloseSize);
   logger->writeDebug(line);
+  TIPMICommandBuffer response;
   int length = 0;
-  send(sp, buffer, length);
-  if (buffer.CompletionCode() == TIPMICommandBuffer::kSuccess) logger->writeDebug("close file successfully");
+  send(sp, request, response, length);
+  if (response.CompletionCode() == TIPMICommandBuffer::kSuccess) logger->writeDebug("close file successfully");
   logger->writeDebug("Exit ReadStorageArea funtion");  // the read's text; kept as it stands
 }
 
