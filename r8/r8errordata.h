@@ -46,8 +46,8 @@ class R8ErrorData {
   bool isRegister(NKROVEL20::ICIMPropertyDecl& property, const std::string& name) const;
   unsigned char getChipSelector(int index) const;
   std::vector<unsigned char> readAddresses(const std::string& propertyName, const std::string& machineType,
-                                           const NKROVEL20::TCIMValue& offset, unsigned char chipSelector,
-                                           unsigned int& lastAddress);
+                                           const std::vector<NKROVEL20::TCIMValue>& addresses,
+                                           unsigned char chipSelector, unsigned int& lastAddress);
   std::string formatTimeStamp(unsigned int rawTime, NKROVEL20::TCIMValue& result);
 
   LogMessage* logger;  // not owned

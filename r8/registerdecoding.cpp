@@ -35,6 +35,12 @@ bool isIdentification(std::string_view name) {
          name == "ElementName";
 }
 
+// One address for each element of an array; a scalar, which a missing offset is too, is one.
+std::vector<TCIMValue> addressesOf(const TCIMValue& offset) {
+  if (!offset.IsArray()) return std::vector<TCIMValue>(1, offset);
+  return static_cast<const std::vector<TCIMValue>&>(offset);
+}
+
 std::string decimals(const std::vector<unsigned char>& bytes) {
   std::string text;
   appendDecimals(text, bytes.data(), bytes.size());
@@ -96,11 +102,8 @@ unsigned char R8ErrorData::getChipSelector(int index) const {
 }
 
 std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propertyName, const std::string& machineType,
-                                                      const TCIMValue& offset, unsigned char chipSelector,
-                                                      unsigned int& lastAddress) {
-  const std::vector<TCIMValue> scalar(offset.IsArray() ? 0 : 1, offset);
-  const std::vector<TCIMValue>& addresses =
-      offset.IsArray() ? static_cast<const std::vector<TCIMValue>&>(offset) : scalar;
+                                                      const std::vector<TCIMValue>& addresses,
+                                                      unsigned char chipSelector, unsigned int& lastAddress) {
   const bool eightByteFamily = isEightByteFamily(machineType);
   std::vector<unsigned char> bytes;
   std::string transcript;  // grows from address to address
@@ -144,9 +147,10 @@ TCIMValue R8ErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> prope
     } catch (const TVELException&) {
       logger->writeDebug("Getting Qualifier 'Offset' Failed");
     }
+    const std::vector<TCIMValue> addresses = addressesOf(offset);
     const unsigned int maxLen = property->GetQualifier("MaxLen", {})->GetValue();
     unsigned int lastAddress = 0;
-    std::vector<unsigned char> bytes = readAddresses(name, machineType, offset, chipSelector, lastAddress);
+    std::vector<unsigned char> bytes = readAddresses(name, machineType, addresses, chipSelector, lastAddress);
     ConvertToBigEndian(&bytes, lastAddress, maxLen == kFoldedMode ? kFoldedMode : 0);
     values.assign(bytes.begin(), bytes.end());
     logger->writeDebug("Displaying messenger\n");
