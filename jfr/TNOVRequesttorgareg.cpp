@@ -26,9 +26,10 @@ static_assert(kValueEnd == 23 && kTimestampEnd == 13);
 
 }  // namespace
 
-// The count reaches the log through the collector's own message.
-TNOVRequestTorgaReg::TNOVRequestTorgaReg()
-    : spLibrary(SPLibrary::GetSplibraryInstance(0)), log(LogMessage::getInstance()), SPInstances(0) {
+// The logger comes first, unlike in the order of the fields. The count reaches the log through the collector's own
+// message.
+TNOVRequestTorgaReg::TNOVRequestTorgaReg() : spLibrary(nullptr), log(LogMessage::getInstance()), SPInstances(0) {
+  spLibrary = SPLibrary::GetSplibraryInstance(0);
   if (!spLibrary->isDotcommand()) {
     log->writeDebug("TNOVRequestTorgaReg()::Is not Dotcommand.");
     return;

@@ -45,8 +45,10 @@ void copyPayload(const TIPMICommandBuffer& response, unsigned char* out, bool ra
 
 }  // namespace
 
-IPMIRequestTorgaReg::IPMIRequestTorgaReg()
-    : library(SPLibrary::GetSplibraryInstance(0)), logger(LogMessage::getInstance()) {}
+// The logger comes first, unlike in the order of the fields.
+IPMIRequestTorgaReg::IPMIRequestTorgaReg() : library(nullptr), logger(LogMessage::getInstance()) {
+  library = SPLibrary::GetSplibraryInstance(0);
+}
 
 bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int address, unsigned char* out,
                                   unsigned short* length, bool rawValue) {
