@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 
 #include "tests/support/plugintest.h"
+#include "tests/support/virtualtable.h"
 
 namespace torgareg {
 namespace {
@@ -12,43 +12,17 @@ namespace {
 using namespace NKROVEL20;
 using namespace testsupport;
 
-// In the Itanium C++ ABI a table entry is a code address, and a pointer to a member function is that
-// address (for a virtual one 1 + its offset in the table) with an adjustment of `this`.
-struct TMemberPointer {
-  std::uintptr_t function;
-  std::ptrdiff_t adjustment;
-};
-
-template <typename TMember>
-TMember MemberAt(const void* table, std::size_t slot) {
-  TMemberPointer pointer{static_cast<const std::uintptr_t*>(table)[slot], 0};
-  TMember member;
-  static_assert(sizeof member == sizeof pointer);
-  std::memcpy(&member, &pointer, sizeof member);
-  return member;
-}
-
-template <typename TMember>
-std::size_t SlotOf(TMember member) {
-  TMemberPointer pointer;
-  std::memcpy(&pointer, &member, sizeof pointer);
-  return (pointer.function - 1) / sizeof(void*);
-}
-
-using TTextQuery = std::string (TTORGARegPluginCallbacks::*)();
-using TVoidCall = void (TTORGARegPluginCallbacks::*)();
-using TRequest = void (TTORGARegPluginCallbacks::*)(boost::shared_ptr<ICIMNamespace>,
-                                                    std::vector<boost::shared_ptr<ICIMClass>>&);
-using TSecondRequest = void (IPluginBasicQueryCallbacks::*)(boost::shared_ptr<ICIMNamespace>,
-                                                            std::vector<boost::shared_ptr<ICIMClass>>&);
+using TTextQuery = std::string(void*);
+using TVoidCall = void(void*);
+using TRequest = void(void*, boost::shared_ptr<ICIMNamespace>, std::vector<boost::shared_ptr<ICIMClass>>&);
 
 class TVirtualTable : public TPluginTest {
  protected:
   const void* Primary() const { return FieldsOf(plugin).primaryTable; }
   const void* Second() const { return FieldsOf(plugin).secondTable; }
-  template <typename TMember>
+  template <typename TFunction>
   auto Call(std::size_t slot) {
-    return (plugin.*MemberAt<TMember>(Primary(), slot))();
+    return EntryAt<TFunction>(Primary(), slot)(&plugin);
   }
   void AddBaseClasses() {
     for (const char* const name :
@@ -69,11 +43,14 @@ TEST_F(TVirtualTable, SlotsStandInTheContractsOrder) {
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::DeInit), 8U);
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::getMachineType), 9U);
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetData), 10U);
+  EXPECT_EQ(SlotsOf<TTORGARegPluginCallbacks>(), 11U);
 }
+
+TEST_F(TVirtualTable, OfTheLogFacadeThereAreTheDestructorsAlone) { EXPECT_EQ(SlotsOf<LogMessage>(), 2U); }
 
 TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
   environment.machineType = "6101";
-  EXPECT_EQ(Call<int (TTORGARegPluginCallbacks::*)()>(2), 0);
+  EXPECT_EQ(Call<int(void*)>(2), 0);
   EXPECT_EQ(Call<TTextQuery>(3), "Engineering Information Collector");
   EXPECT_EQ(Call<TTextQuery>(4), "1.0");
   EXPECT_EQ(Call<TTextQuery>(5), "1.0");
@@ -87,12 +64,12 @@ TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
 TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
   AddBaseClasses();
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_MEMCTL_StatisticData")};
-  (plugin.*MemberAt<TRequest>(Primary(), 10))(ns, classes);
+  EntryAt<TRequest>(Primary(), 10)(&plugin, ns, classes);
   const std::vector<TLine> first = logger.Lines();
   ASSERT_EQ(first.size(), 5U);
   logger.Clear();
   IPluginBasicQueryCallbacks& second = plugin;
-  (second.*MemberAt<TSecondRequest>(Second(), 2))(ns, classes);
+  EntryAt<TRequest>(Second(), 2)(&second, ns, classes);
   EXPECT_EQ(logger.Lines(), first);
 }
 
