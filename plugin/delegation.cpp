@@ -16,7 +16,8 @@ std::string TTORGARegPluginCallbacks::delegateRequest(boost::shared_ptr<ICIMClas
   baseClass->EnumerateSubClasses(addToVector, ICIMClass::kAllDescendants, {});
   for (const boost::shared_ptr<ICIMClass>& subClass : subClasses) {
     const auto qualifier = subClass->GetQualifier("SupportedMachineTypes", {});
-    if (supportsMachineType(qualifier->GetValue(), type)) return subClass->GetName({});
+    const std::vector<TCIMValue> elements = static_cast<const std::vector<TCIMValue>&>(qualifier->GetValue());
+    if (supportsMachineType(elements, type)) return subClass->GetName({});
   }
   return {};
 }

@@ -22,6 +22,7 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 
 }  // namespace
 
+// Every look-up is handed a request context of its own: whatever a host does with one, the next is whole.
 void TTORGARegPluginCallbacks::collectDelegates(const boost::shared_ptr<ICIMNamespace>& ns,
                                                 const TPropertyMap& requestContext,
                                                 std::vector<std::string>& jfrClasses,
@@ -29,7 +30,7 @@ void TTORGARegPluginCallbacks::collectDelegates(const boost::shared_ptr<ICIMName
   const std::vector<std::string> baseClasses = jfrClasses;
   for (const std::string& base : baseClasses) {
     logger->writeDebug("Collecting delegates for class " + base);
-    const std::string delegate = delegateRequest(ns->GetClass(base, requestContext), machineType);
+    const std::string delegate = delegateRequest(ns->GetClass(base, TPropertyMap(requestContext)), machineType);
     if (delegate.empty()) continue;
     logger->writeDebug("Adding class " + delegate + " in Class list");
     jfrClasses.push_back(delegate);
@@ -46,7 +47,7 @@ void TTORGARegPluginCallbacks::collectJFR(const boost::shared_ptr<ICIMNamespace>
   currentClass.reset();
   const auto entry = std::find_if(delegates.begin(), delegates.end(),
                                   [&name](const auto& candidate) { return candidate.second == name; });
-  if (entry != delegates.end()) currentClass = ns->GetClass(entry->first, requestContext);
+  if (entry != delegates.end()) currentClass = ns->GetClass(entry->first, TPropertyMap(requestContext));
   if (!currentClass) return;  // a base class itself was requested
   logger->writeDebug("Calling error data");
   TJFRErrorData collector(currentClass, requested);
@@ -61,7 +62,9 @@ void TTORGARegPluginCallbacks::collectJFR(const boost::shared_ptr<ICIMNamespace>
 void TTORGARegPluginCallbacks::collectR8(const boost::shared_ptr<ICIMClass>& requested, const std::string& name) {
   logger->writeDebug("Requested class " + name);
   const auto qualifier = requested->GetQualifier("SupportedMachineTypes", {});
-  if (!supportsMachineType(qualifier->GetValue(), machineType)) return;
+  // A value that is no array throws TVELException.
+  const std::vector<TCIMValue>& elements = qualifier->GetValue();
+  if (!supportsMachineType(elements, machineType)) return;
   currentClass = requested;
   R8ErrorData collector(requested);
   buildCIMInstances(collector.getData());

@@ -21,9 +21,8 @@ struct isSubString {
   }
 };
 
-/// Whether an element of the qualifier value matches. A value that is no array throws TVELException.
-inline bool supportsMachineType(const NKROVEL20::TCIMValue& qualifierValue, const std::string& machineType) {
-  const auto& elements = static_cast<const std::vector<NKROVEL20::TCIMValue>&>(qualifierValue);
+/// Whether one of the elements matches.
+inline bool supportsMachineType(const std::vector<NKROVEL20::TCIMValue>& elements, const std::string& machineType) {
   return std::find_if(elements.begin(), elements.end(), [&machineType](const NKROVEL20::TCIMValue& element) {
            return isSubString()(element, machineType);
          }) != elements.end();

@@ -1,6 +1,8 @@
 // The routing of a request, with its trace.
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
+
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"
 
@@ -223,6 +225,32 @@ TEST_F(TDispatch, MachineTypeAndCurrentClassSurviveTheCall) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
   GetData({"KROSG_MEMCTL_StatisticData"});
   EXPECT_FALSE(FieldsOf(plugin).currentClass) << "a base class empties it";
+}
+
+// A host may change the map that it is handed for a look-up.
+TEST_F(TDispatch, EveryLookUpHasARequestContextOfItsOwn) {
+  class TSpoiling : public ICIMNamespace {
+   public:
+    explicit TSpoiling(boost::shared_ptr<ICIMNamespace> inner) : inner_(std::move(inner)) {}
+    boost::shared_ptr<ICIMClass> GetClass(const std::string& name, const TPropertyMap& context) override {
+      const auto found = inner_->GetClass(name, context);
+      const_cast<TPropertyMap&>(context).clear();
+      return found;
+    }
+    std::string GetMachineType() const override { return inner_->GetMachineType(); }
+
+   private:
+    boost::shared_ptr<ICIMNamespace> inner_;
+  };
+  THostProbe probe;
+  AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("Cache6101")};
+  plugin.GetData(boost::make_shared<TSpoiling>(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns))), classes);
+  EXPECT_EQ(probe.CallsWith("namespace.GetClass"),
+            (std::vector<std::string>{"namespace.GetClass(KROSG_PCIIOBRIDGE_StatisticData) {request}",
+                                      "namespace.GetClass(KROSG_MEMCTL_StatisticData) {request}",
+                                      "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}",
+                                      "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}"}));
 }
 
 TEST_F(TDispatch, TheVectorIsOnlyRead) {
