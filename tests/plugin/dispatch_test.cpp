@@ -106,6 +106,15 @@ TEST_F(TDispatch, APartOfTheMachineTypeIsEnough) {
   EXPECT_EQ(committed.size(), 1U);
 }
 
+TEST_F(TDispatch, AMatchAnywhereInAnR8ClassesListIsEnough) {
+  const auto other = TNamespace::Create();
+  other->AddClass(TClassBuilder("KROSG_T4_MEMCTL_StatisticData").Machines({"4411", "4414", "6101"}).MaxInstances(0));
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_T4_MEMCTL_StatisticData")};
+  plugin.GetData(ns, classes);
+  EXPECT_EQ(FieldsOf(plugin).currentClass, classes[0]);
+  EXPECT_EQ(logger.Lines().back(), Debug("Completed buildCIMInstances."));
+}
+
 TEST_F(TDispatch, TheHostsMachineTypeDecidesAndTheNamespacesIsReported) {
   environment.machineType = "6101";
   ns->SetMachineType("4411");
@@ -113,6 +122,15 @@ TEST_F(TDispatch, TheHostsMachineTypeDecidesAndTheNamespacesIsReported) {
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   EXPECT_EQ(TextOf(*committed.at(0), "MachineType"), "4411");
   EXPECT_EQ(FieldsOf(plugin).machineType, "6101");
+}
+
+TEST_F(TDispatch, AnR8ClassIsHeldAgainstTheTypeThatTheRequestStartedWith) {
+  logger.FailAt("Requested class KROSG_VO_MEMCTL_StatisticData", [this] { environment.machineType = "6102"; });
+  sp.Expect(OneInstance(0));
+  GetData({"KROSG_VO_MEMCTL_StatisticData"});
+  EXPECT_EQ(committed.size(), 1U);
+  EXPECT_EQ(FieldsOf(plugin).machineType, "6101");
+  EXPECT_EQ(environment.machineTypeQueries, 1);
 }
 
 TEST_F(TDispatch, AnUnknownClassIsLoggedAndSkipped) {
