@@ -2,101 +2,13 @@
 // program, which sees arguments that the real library has no use for, and failures that it never has.
 #include <gtest/gtest.h>
 
-#include <ctime>
-#include <functional>
-#include <new>
-
 #include "host/core/cimnamespace.h"
-#include "host/core/hostservices.h"
-#include "host/pluginmanager/pluginregistry.h"
 #include "jfr/TJFRErrorData.h"
 #include "jfr/TNOVRequesttorgareg.h"
-#include "nkrovel20/splibrary.h"
-#include "plugin/torgaplugin.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "r8/r8errordata.h"
+#include "tests/plugin/librarytest.h"
 #include "tests/support/classbuilder.h"
-#include "tests/support/recordinglogger.h"
-
-namespace {
-
-struct TSent {
-  int capacity;
-  bool flag;
-  int presetLength;
-  std::vector<unsigned char> buffer;  // all 256 bytes
-};
-
-// What the replaced library does and has seen.
-struct TLibrary {
-  std::vector<std::string> calls;
-  std::vector<TSent> sent;
-  std::function<bool(unsigned char*, int*)> answer;
-  int nodes = 2;
-  int serviceProcessors = 1;
-  bool dotCommands = true;
-  bool noInstance = false;
-  bool brokenClock = false;
-  bool noMemory = false;
-} library;
-
-}  // namespace
-
-// The form of new that reports a failure as a null pointer.
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return library.noMemory ? nullptr : ::operator new[](size);
-}
-
-// The replacement of the C library's conversion.
-extern "C" struct tm* gmtime_r(const time_t* seconds, struct tm* result) noexcept {
-  if (library.brokenClock) return nullptr;
-  *result = {};
-  result->tm_year = 70;
-  result->tm_mday = 1;
-  result->tm_sec = static_cast<int>(*seconds);
-  return result;
-}
-
-namespace NKROVEL20 {
-
-SPLibrary::SPLibrary() : node_(0) {}
-SPLibrary::SPLibrary(int node) : node_(node) {}
-SPLibrary::~SPLibrary() = default;
-
-SPLibrary* SPLibrary::GetSplibraryInstance(int node) {
-  library.calls.push_back("instance " + std::to_string(node));
-  static SPLibrary instance;
-  return library.noInstance ? nullptr : &instance;
-}
-int SPLibrary::GetNumberBMCNode() {
-  library.calls.emplace_back("nodes");
-  return library.nodes;
-}
-bool SPLibrary::IsIPMIDriversPresent() {
-  library.calls.emplace_back("driver");
-  return true;
-}
-bool SPLibrary::checkSPComm() { return true; }
-int SPLibrary::discoverSPs() { return library.serviceProcessors; }
-bool SPLibrary::isDotcommand() { return library.dotCommands; }
-
-bool SPLibrary::sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool flag) {
-  library.sent.push_back({capacity, flag, *length, std::vector<unsigned char>(buffer, buffer + 256)});
-  return library.answer && library.answer(buffer, length);
-}
-
-bool SPLibrary::sendDotCommand(dotCmd* command, unsigned char* response, int* responseLength, int spIndex,
-                               int bufferSize) {
-  library.calls.push_back("dot " + std::to_string(spIndex) + " " + std::to_string(bufferSize) + " " +
-                          std::to_string(command->GetIdentifier().size()) + " " +
-                          std::to_string(command->GetParameters().size()) + " length " +
-                          std::to_string(*responseLength));
-  response[0] = 0x5A;
-  *responseLength = 1;
-  return true;
-}
-
-}  // namespace NKROVEL20
 
 namespace torgareg {
 namespace {
@@ -104,39 +16,8 @@ namespace {
 using namespace NKROVEL20;
 using namespace testsupport;
 
-class TLibraryCalls : public ::testing::Test {
- protected:
-  TLibraryCalls() {
-    library = TLibrary();
-    THostServices::SetCoreLogger(&logger);
-    LogMessage::setPluginInstance(&provider);
-  }
-  ~TLibraryCalls() override {
-    LogMessage::setPluginInstance(nullptr);
-    THostServices::SetCoreLogger(nullptr);
-  }
-  // Answers with success and no data until told otherwise.
-  static bool Succeed(unsigned char* buffer, int* /*length*/) {
-    buffer[4] = 0;
-    return true;
-  }
-  static void ExpectArguments(std::size_t requests, int presetLength) {
-    ASSERT_EQ(library.sent.size(), requests);
-    for (const TSent& sent : library.sent) {
-      EXPECT_EQ(sent.capacity, 256);
-      EXPECT_TRUE(sent.flag);
-      EXPECT_EQ(sent.presetLength, presetLength);
-      EXPECT_EQ(sent.buffer[0], 0x01);
-      EXPECT_EQ(sent.buffer[1], 0x20);
-      for (std::size_t i = 46; i < 256; ++i) EXPECT_EQ(sent.buffer[i], 0) << i;
-    }
-  }
-
-  TRecordingLogger logger;
-  TPluginManagerProvider provider{"", nullptr};
-  unsigned char out[14] = {};
-  unsigned short length = 0;
-};
+class TLibraryCalls : public TLibraryTest {};
+class TStorageAreaCalls : public TPluginLibraryTest {};
 
 TEST_F(TLibraryCalls, RegisterRequestsPassBufferLengthCapacityAndFlag) {
   IPMIRequestTorgaReg transport;
@@ -148,7 +29,7 @@ TEST_F(TLibraryCalls, RegisterRequestsPassBufferLengthCapacityAndFlag) {
 
 TEST_F(TLibraryCalls, TheUncalledRequestsPresetZero) {
   TNOVRequestTorgaReg transport;
-  EXPECT_EQ(library.calls, std::vector<std::string>{"instance 0"});
+  EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "takes dot commands"}));
   transport.getData(1, 2, out, &length);
   transport.getTimeStamp(out, &length);
   ExpectArguments(2, 0);
@@ -210,7 +91,17 @@ TEST_F(TLibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
   library.calls.clear();
   EXPECT_EQ(transport.sendCommand(buffer, 16, 3), 1);
   EXPECT_EQ(buffer[0], 0x5A);
-  EXPECT_EQ(library.calls, std::vector<std::string>{"dot 3 16 2 4 length 0"});
+  EXPECT_EQ(library.calls,
+            (std::vector<std::string>{"command made", "takes dot commands", "dot 3 16 2 4 length 0", "command gone"}));
+}
+
+TEST_F(TLibraryCalls, TheDotCommandIsMadeBeforeItIsAskedWhetherAnyIsTaken) {
+  TNOVRequestTorgaReg transport;
+  unsigned char buffer[16] = {};
+  library.dotCommands = false;
+  library.calls.clear();
+  EXPECT_EQ(transport.sendCommand(buffer, 16, 3), 0);
+  EXPECT_EQ(library.calls, (std::vector<std::string>{"command made", "takes dot commands", "command gone"}));
 }
 
 TEST_F(TLibraryCalls, ATransportIsMadeWithoutALibraryInstance) {
@@ -218,32 +109,6 @@ TEST_F(TLibraryCalls, ATransportIsMadeWithoutALibraryInstance) {
   const IPMIRequestTorgaReg transport;
   EXPECT_EQ(library.calls, std::vector<std::string>{"instance 0"});
 }
-
-class TStorageAreaCalls : public TLibraryCalls {
- protected:
-  // A plugin manager is all that the plugin object needs to come into being.
-  class TManager : public TPluginManagerNamespace {
-   public:
-    explicit TManager(TPluginManagerProvider& handle) : handle_(handle) {}
-    TPluginManagerProvider* RegisterPlugin(IPluginCallbacks*) override { return &handle_; }
-    boost::shared_ptr<ICIMClass> GetClass(const std::string&, const TPropertyMap&) override { return {}; }
-    std::string GetMachineType() const override { return {}; }
-
-   private:
-    TPluginManagerProvider& handle_;
-  };
-
-  TStorageAreaCalls() {
-    THostServices::SetPluginManager(boost::shared_ptr<ICIMNamespace>(new TManager(provider)));
-    plugin = new TTORGARegPluginCallbacks();
-  }
-  ~TStorageAreaCalls() override {
-    plugin->PrepareForUnload();
-    THostServices::SetPluginManager({});
-  }
-
-  TTORGARegPluginCallbacks* plugin;
-};
 
 TEST_F(TStorageAreaCalls, AllFourRequestsPassTheSame) {
   SPLibrary* const node = SPLibrary::GetSplibraryInstance(0);

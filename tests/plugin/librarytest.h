@@ -1,0 +1,81 @@
+// The surroundings of a collector whose service-processor library is replaced.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "host/core/hostservices.h"
+#include "host/pluginmanager/pluginregistry.h"
+#include "plugin/torgaplugin.h"
+#include "tests/plugin/replacedhost.h"
+#include "tests/support/recordinglogger.h"
+
+namespace testsupport {
+
+/// For parts that are used without a plugin object: the log facade is registered.
+class TLibraryTest : public ::testing::Test {
+ protected:
+  TLibraryTest() {
+    library = TReplacedHost();
+    NKROVEL20::THostServices::SetCoreLogger(&logger);
+    torgareg::LogMessage::setPluginInstance(&provider);
+  }
+  ~TLibraryTest() override {
+    torgareg::LogMessage::setPluginInstance(nullptr);
+    NKROVEL20::THostServices::SetCoreLogger(nullptr);
+  }
+  // Answers with success and no data until told otherwise.
+  static bool Succeed(unsigned char* buffer, int* /*length*/) {
+    buffer[4] = 0;
+    return true;
+  }
+  static void ExpectArguments(std::size_t requests, int presetLength) {
+    ASSERT_EQ(library.sent.size(), requests);
+    for (const TSent& sent : library.sent) {
+      EXPECT_EQ(sent.capacity, 256);
+      EXPECT_TRUE(sent.flag);
+      EXPECT_EQ(sent.presetLength, presetLength);
+      EXPECT_EQ(sent.buffer[0], 0x01);
+      EXPECT_EQ(sent.buffer[1], 0x20);
+      for (std::size_t i = 46; i < 256; ++i) EXPECT_EQ(sent.buffer[i], 0) << i;
+    }
+  }
+
+  TRecordingLogger logger;
+  NKROVEL20::TPluginManagerProvider provider{"", nullptr};
+  unsigned char out[14] = {};
+  unsigned short length = 0;
+};
+
+/// With a plugin object.
+class TPluginLibraryTest : public TLibraryTest {
+ protected:
+  // A plugin manager is all that the plugin object needs to come into being.
+  class TManager : public NKROVEL20::TPluginManagerNamespace {
+   public:
+    explicit TManager(NKROVEL20::TPluginManagerProvider& handle) : handle_(handle) {}
+    NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks*) override { return &handle_; }
+    boost::shared_ptr<NKROVEL20::ICIMClass> GetClass(const std::string&, const NKROVEL20::TPropertyMap&) override {
+      return {};
+    }
+    std::string GetMachineType() const override { return {}; }
+
+   private:
+    NKROVEL20::TPluginManagerProvider& handle_;
+  };
+
+  TPluginLibraryTest() {
+    NKROVEL20::THostServices::SetPluginManager(boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TManager(provider)));
+    plugin = new torgareg::TTORGARegPluginCallbacks();
+  }
+  ~TPluginLibraryTest() override {
+    plugin->PrepareForUnload();
+    NKROVEL20::THostServices::SetPluginManager({});
+  }
+
+  torgareg::TTORGARegPluginCallbacks* plugin;
+};
+
+}  // namespace testsupport
