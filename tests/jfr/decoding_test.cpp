@@ -189,11 +189,22 @@ class TBlockSelection : public TBlockTest {
 
 TEST_F(TBlockSelection, OwnAndDirectlyInheritedPropertiesAreDecoded) {
   ns->AddClass(TClassBuilder("PARENT", kBridgeBase).Record("Near", 2));
-  ns->AddClass(TClassBuilder("UNRELATED").Record("Elsewhere", 3));
   Collector(TClassBuilder("Bridge6203", "PARENT").Record("Own", 1).Record("MachineType", 9));
   const TPropertyMap map = collector->getChipsetErrorRegisterValues(block.Data(), 0);
   EXPECT_EQ(map.size(), 2U);
   EXPECT_TRUE(map.contains("Near") && map.contains("Own"));
+}
+
+TEST_F(TBlockSelection, APropertyOfAnUnrelatedClassIsNamedAndNotDecoded) {
+  const auto unrelated = ns->AddClass(TClassBuilder("UNRELATED").Record("Elsewhere", 3));
+  probe.EnumerateAlso(unrelated->Properties()[unrelated->FindProperty("Elsewhere")]);
+  Collector(Chip().Record("Own", 1));
+  const TPropertyMap map = collector->getChipsetErrorRegisterValues(block.Data(), 0);
+  EXPECT_EQ(map.size(), 1U);
+  EXPECT_TRUE(map.contains("Own"));
+  EXPECT_EQ(logger.Count(Verbose("propertyDecl = Elsewhere. classOrigin = UNRELATED. superClass = "
+                                 "KROSG_PCIIOBRIDGE_StatisticData")),
+            1U);
 }
 
 TEST_F(TBlockSelection, TheTraceNamesEveryProperty) {

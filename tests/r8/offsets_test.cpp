@@ -110,6 +110,15 @@ TEST_F(TSelection, OwnAndDirectlyInheritedPropertiesAreRead) {
             (std::vector<std::string>{"Near", "Own"}));
 }
 
+TEST_F(TSelection, APropertyOfAnUnrelatedClassIsNotRead) {
+  const auto unrelated = ns->AddClass(TClassBuilder("UNRELATED").Register("Elsewhere", 0x30, 8));
+  probe.EnumerateAlso(unrelated->Properties()[unrelated->FindProperty("Elsewhere")]);
+  ExpectRead(0x10);
+  EXPECT_EQ(Names(Collector(Chip().Register("Own", 0x10, 8)).getRegisterValues(0)), std::vector<std::string>{"Own"});
+  EXPECT_EQ(probe.CallsWith("Elsewhere."),
+            (std::vector<std::string>{"Elsewhere.GetName() {}", "Elsewhere.GetClassOrigin() {}"}));
+}
+
 TEST_F(TSelection, AnOverridingPropertyKeepsItsOriginAndIsSkipped) {
   ns->AddClass(TClassBuilder("GRANDPARENT", "KROSG_StatisticBase").Register("Far", 0x30, 8));
   ns->AddClass(TClassBuilder("PARENT", "GRANDPARENT"));

@@ -104,6 +104,7 @@ class TProbedClass : public ICIMClass {
       return callback(probe_.Wrap(found));
     };
     for (int round = 0; round < probe_.PropertyRounds(); ++round) inner_->EnumeratePropertyDecls(deliver, context);
+    if (probe_.AlsoEnumerated()) deliver(probe_.AlsoEnumerated());
   }
 
  private:

@@ -36,6 +36,9 @@ class THostProbe {
   /// Enumerations of properties deliver everything twice.
   void EnumeratePropertiesTwice() { propertyRounds_ = 2; }
   int PropertyRounds() const { return propertyRounds_; }
+  /// Enumerations of properties deliver this one too, last, whatever class it is of.
+  void EnumerateAlso(const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl>& property) { alsoEnumerated_ = property; }
+  const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl>& AlsoEnumerated() const { return alsoEnumerated_; }
 
   const std::vector<std::string>& Calls() const { return calls_; }
   /// The calls whose text contains the fragment, in order.
@@ -59,6 +62,7 @@ class THostProbe {
   std::map<std::string, TAction> actions_;
   std::map<std::string, int> empty_;  ///< call to how many times it is still to be made until it returns nothing
   int propertyRounds_ = 1;
+  boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> alsoEnumerated_;
 };
 
 }  // namespace testsupport
