@@ -38,6 +38,24 @@ TEST_F(TBlockOrder, TheMachineTypeIsThatOfTheRequestedClassesNamespace) {
   EXPECT_EQ(TJFRErrorData(asked, base).getMachineType(), "4411");
 }
 
+TEST_F(TBlockOrder, AnIdentityIsMadeOfTheClassNameAndThenTheMachineType) {
+  Collector(Chip());
+  const auto named = probe.Wrap(boost::shared_ptr<ICIMClass>(Class(kBridgeBase)));
+  probe.Clear();
+  collector->getCIMInstanceInfo(named, 0);
+  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{std::string(kBridgeBase) + ".GetName() {}",
+                                                     "Bridge6203.GetNamespace() {}", "namespace.GetMachineType()"}));
+}
+
+TEST_F(TBlockOrder, AnIdentityIsAnnouncedBeforeTheClassIsAskedForItsName) {
+  Collector(Chip());
+  const auto named = probe.Wrap(boost::shared_ptr<ICIMClass>(Class(kBridgeBase)));
+  probe.Clear();
+  logger.FailAt("In getCIMInstanceInfo()");
+  EXPECT_THROW(collector->getCIMInstanceInfo(named, 0), std::runtime_error);
+  EXPECT_TRUE(probe.Calls().empty());
+}
+
 TEST_F(TBlockOrder, AnIdentityIsThatOfTheClassGiven) {
   Collector(Chip());
   ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));

@@ -1,0 +1,78 @@
+// The order of the fields and virtual operations of the JFR collector and its transport.
+#include <gtest/gtest.h>
+
+#include <type_traits>
+
+#include "jfr/TNOVRequesttorgareg.h"
+#include "nkrovel20/splibrary.h"
+#include "tests/jfr/blocktest.h"
+#include "tests/support/virtualtable.h"
+
+namespace torgareg {
+namespace {
+
+using namespace NKROVEL20;
+using namespace testsupport;
+
+struct TTransportFields {
+  SPLibrary* spLibrary;
+  LogMessage* log;
+  std::uint8_t spInstances;
+};
+static_assert(sizeof(TTransportFields) == sizeof(TNOVRequestTorgaReg));
+static_assert(std::is_standard_layout_v<TNOVRequestTorgaReg>, "no virtual operation, no base");
+
+struct TCollectorFields {
+  const void* table;
+  std::int32_t timeStampFromSecondCopy;
+  LogMessage* log;
+  boost::shared_ptr<ICIMClass> baseClass;
+  boost::shared_ptr<ICIMClass> requestedClass;
+  const TNOVRequestTorgaReg* transport;
+  std::string className;
+  std::uint8_t spInstances;
+};
+static_assert(sizeof(TCollectorFields) == sizeof(TJFRErrorData));
+static_assert(std::has_virtual_destructor_v<TJFRErrorData>);
+
+template <typename TFields, typename TObject>
+const TFields& FieldsOf(const TObject& object) {
+  return *reinterpret_cast<const TFields*>(&object);
+}
+
+class TJfrLayout : public TBlockTest {
+ protected:
+  TJfrLayout() { sp.serviceProcessors = 300; }  // of which eight bits are kept
+};
+
+TEST_F(TJfrLayout, TheTransportHoldsLibraryLoggerAndCount) {
+  const TNOVRequestTorgaReg transport;
+  const auto& fields = FieldsOf<TTransportFields>(transport);
+  EXPECT_EQ(fields.spLibrary, SPLibrary::GetSplibraryInstance(0));
+  EXPECT_EQ(fields.log, LogMessage::getInstance());
+  EXPECT_EQ(fields.spInstances, 44);
+}
+
+TEST_F(TJfrLayout, TheCollectorHoldsItsFieldsInOrder) {
+  const auto& fields = FieldsOf<TCollectorFields>(Collector(Chip()));
+  EXPECT_EQ(fields.timeStampFromSecondCopy, 0);
+  EXPECT_EQ(fields.log, LogMessage::getInstance());
+  EXPECT_EQ(fields.baseClass, Class(kBridgeBase));
+  EXPECT_EQ(fields.requestedClass, requested);
+  ASSERT_NE(fields.transport, nullptr);
+  EXPECT_EQ(FieldsOf<TTransportFields>(*fields.transport).spInstances, 44);
+  EXPECT_EQ(fields.className, "");
+  EXPECT_EQ(fields.spInstances, 44);
+}
+
+TEST_F(TJfrLayout, TheFlagSaysWhichCopyTheTimeCameFrom) {
+  Collector(Chip());
+  TBlock block;
+  collector->getTimeStamp(block.TimeInSecondCopy().Data());
+  EXPECT_EQ(FieldsOf<TCollectorFields>(*collector).timeStampFromSecondCopy, 1);
+}
+
+TEST_F(TJfrLayout, TheCollectorsTableHasTheDestructorsAlone) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }
+
+}  // namespace
+}  // namespace torgareg
