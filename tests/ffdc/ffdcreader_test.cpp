@@ -119,6 +119,17 @@ TEST_F(TFfdcReader, AFileOfNothingIsReadAsTenBytes) {
   EXPECT_EQ(Text(0, "ErrRawData"), "01 02 03 04 05 06 07 08 09 0a ");
 }
 
+TEST_F(TFfdcReader, AFileOfLessThanTenBytesIsReadAsTenToo) {
+  for (const int size : {1, 5, 9}) {
+    committed.clear();
+    OpenAndSize(size);
+    sp.Expect(Read(kHandle, 0, 10).Answers(ReadData({1, 2, 3, 4, 5, 6, 7, 8, 9, 10})));
+    sp.Expect(Close(kHandle));
+    plugin.ReadErrFFDC(ns, "cpu_err");
+    EXPECT_EQ(Text(0, "ErrRawData"), "01 02 03 04 05 06 07 08 09 0a ") << size;
+  }
+}
+
 TEST_F(TFfdcReader, AShortReadStillMakesAnInstance) {
   OpenAndSize(25);
   sp.Expect(Read(kHandle, 0, 10).Answers(ReadData(TBytes(10, 0xEE))));
