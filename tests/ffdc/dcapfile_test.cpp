@@ -68,6 +68,15 @@ TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndWritesNoDataLine) {
             (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"), Debug("Exit AddErrFFDCinstance funtion")}));
 }
 
+TEST_F(TCaptureFile, NodeNumbersOfEveryWidthAreWhole) {
+  const std::vector<std::pair<int, std::string>> nodes = {
+      {8, "9"}, {9, "10"}, {-1, "0"}, {-2, "-1"}, {2147483646, "2147483647"}, {-2147483647 - 1, "-2147483647"}};
+  for (const auto& [node, text] : nodes) {
+    Add({}, "cpu_err", node);
+    EXPECT_EQ(Last("SourceNode"), text);
+  }
+}
+
 TEST_F(TCaptureFile, BothOverloadsShareTheCounter) {
   Add({1});
   plugin.AddErrFFDCinstance(ns, std::string("x"), 1, "cpu_err", 0);

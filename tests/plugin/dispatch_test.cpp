@@ -262,11 +262,12 @@ TEST_F(TDispatch, EveryLookUpHasARequestContextOfItsOwn) {
   };
   THostProbe probe;
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
-  std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("Cache6101")};
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("Cache6101"), Class("Cache6101")};
   plugin.GetData(boost::make_shared<TSpoiling>(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns))), classes);
   EXPECT_EQ(probe.CallsWith("namespace.GetClass"),
             (std::vector<std::string>{"namespace.GetClass(KROSG_PCIIOBRIDGE_StatisticData) {request}",
                                       "namespace.GetClass(KROSG_MEMCTL_StatisticData) {request}",
+                                      "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}",
                                       "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}",
                                       "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}"}));
 }
