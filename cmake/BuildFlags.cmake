@@ -1,4 +1,6 @@
-# Warnings, sanitizers and link rules that every target of the tree shares.
+# Warnings, hardening, sanitizers and link rules that every target of the tree shares.
+
+include(CheckPIESupported)
 
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
@@ -16,6 +18,21 @@ if(VELHOST_SANITIZE)
   add_compile_options(-fsanitize=${VELHOST_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VELHOST_SANITIZE})
   add_compile_definitions(VELHOST_SANITIZED=1)
+endif()
+
+# What makes a fault in the code harder to turn into more than a crash. Sanitizers find the faults
+# themselves, and some of these hide them.
+check_pie_supported(LANGUAGES C CXX)
+add_compile_options(-Werror=format-security)
+if(VELHOST_HARDENING AND NOT VELHOST_SANITIZE)
+  add_compile_options(-fstack-protector-strong)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i[3-6]86")
+    add_compile_options(-fcf-protection)
+  endif()
+  # The C library's checks need optimisation. A compiler may define the macro of its own accord.
+  add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
+                      $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+  add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()
 
 if(VELHOST_FUZZ)
