@@ -9,19 +9,15 @@ if(TARGET velhost)
   list(APPEND VELHOST_EXPORTED velhost)
 endif()
 
-# Everything finds its neighbours from its own place, so that an installation can be moved.
-file(RELATIVE_PATH VELHOST_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH VELHOST_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" VELHOST_PC_TO_PREFIX ${VELHOST_PC_TO_PREFIX})
 set_target_properties(velcore pluginnsp spdriver smbios PROPERTIES INSTALL_RPATH "$ORIGIN")
-if(TARGET velhost)
-  set_target_properties(velhost PROPERTIES INSTALL_RPATH "$ORIGIN/${VELHOST_BIN_TO_LIB}")
-endif()
 
-# Programs and libraries.
+# Programs and libraries. The libraries are in a folder of their own: their names are too general for the
+# system's, and nothing but velhost and its plugins links them.
 install(TARGETS ${VELHOST_EXPORTED} EXPORT velhostTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
+  LIBRARY DESTINATION ${VELHOST_LIBRARY_DIR} COMPONENT runtime)
 if(TARGET torgareg)
   install(TARGETS torgareg LIBRARY DESTINATION ${VELHOST_PLUGIN_DIR} COMPONENT runtime)
 endif()

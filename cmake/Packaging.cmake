@@ -28,7 +28,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The package's own libraries are found here while their users' dependencies are worked out.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(velhost_same_version "velhost (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME velhost)
@@ -43,7 +43,10 @@ finds as a table, JSON, MOF or CIM-XML.
 The service processor is this server's BMC, a recording, or a simulated
 server. For a BMC on the network install velhost-lan as well.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "velhost-lan, openipmi")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+# CPack takes /usr/lib/velhost for a folder that ldconfig reads and would write scripts that call it, unless
+# the package has its own. These name no files, which CPack leaves out, so that there are no scripts at all.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_BINARY_DIR}/packaging/none/postinst ${CMAKE_BINARY_DIR}/packaging/none/postrm)
 
 set(CPACK_DEBIAN_LAN_PACKAGE_NAME velhost-lan)
 set(CPACK_DEBIAN_LAN_PACKAGE_SECTION admin)

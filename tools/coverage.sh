@@ -74,7 +74,7 @@ if [ "${1:-}" = corpus ]; then
     LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "$top/fuzz/corpus/$name" ${CORPUS:+"$CORPUS/$name"} >/dev/null
     wanted=$(sources_of "$name")
     # shellcheck disable=SC2086
-    report $wanted -- "$binaries/fuzz/${name}_fuzz" "$binaries"/lib/*.so
+    report $wanted -- "$binaries/fuzz/${name}_fuzz" "$binaries"/lib/velhost/*.so
   done
 else
   # shellcheck disable=SC2086

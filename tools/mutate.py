@@ -198,7 +198,9 @@ class Worker:
 
     def fails(self, name, program, strict=False):
         command = [os.path.join(BUILD, "tests", program), "--gtest_brief=1", "--gtest_fail_fast=1"]
-        environment = dict(os.environ, LD_LIBRARY_PATH=self.folder, **(STRICT_MEMORY if strict else {}))
+        # A test program that was linked anew does not find the host's libraries from its own place.
+        libraries = self.folder + ":" + os.path.join(BUILD, "lib/velhost")
+        environment = dict(os.environ, LD_LIBRARY_PATH=libraries, **(STRICT_MEMORY if strict else {}))
         try:
             done = subprocess.run(command, cwd=self.folder, env=environment, stdout=subprocess.PIPE, timeout=120,
                                   stderr=subprocess.DEVNULL, preexec_fn=lambda: limit(CPU_SECONDS[strict]))

@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # Builds the Debian packages of a build tree, unpacks them, and collects with the unpacked program.
 #   deb.sh BUILD
+# The checks of the C library are looked for unless BUILD is for debugging.
 set -euo pipefail
 build=$1
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 chmod 755 "$scratch"
 umask 022
 fail() { echo "$*"; exit 1; }
+option() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
 
 cpack --config "$build/CPackConfig.cmake" -G DEB -B "$scratch/packages" >"$scratch/cpack.log" 2>&1 ||
   { cat "$scratch/cpack.log"; exit 1; }
@@ -16,15 +19,22 @@ field() { dpkg-deb -f "$scratch/packages/$1"_*.deb "$2"; }
 for package in velhost velhost-dev; do
   [ "$(field $package Package)" = $package ] || fail "no package $package"
 done
+for file in "$scratch"/packages/*.deb; do
+  scripts=$(dpkg-deb --ctrl-tarfile "$file" | tar -t | grep -vE '^\./(control|md5sums)?$' || true)
+  [ -z "$scripts" ] || fail "$file does something when it is installed: $scripts"
+done
 case $(field velhost Depends) in *libc6*libfmt9*) ;; *) fail "velhost depends on: $(field velhost Depends)" ;; esac
 case $(field velhost Depends) in *freeipmi*) fail "velhost depends on libFreeIPMI" ;; esac
 case $(field velhost Description) in "collects chipset error registers"*) ;; *) fail "$(field velhost Description)" ;; esac
-if compgen -G "$scratch/packages/velhost-lan_*.deb" >/dev/null; then
+modules=()
+[ "$(option VELHOST_BMCSIM)" = OFF ] || modules+=(lib/velhost/modules/velbmcsim.so)
+if [ "$(option VELHOST_LAN)" != OFF ]; then
+  modules+=(lib/velhost/modules/velhost-lan.so)
   case $(field velhost-lan Depends) in *libfreeipmi17*) ;; *) fail "velhost-lan: $(field velhost-lan Depends)" ;; esac
 fi
 
 for file in "$scratch"/packages/*.deb; do dpkg-deb -x "$file" "$scratch/root"; done
-for file in bin/velhost share/man/man1/velhost.1.gz share/man/man5/velhost-recording.5.gz \
+for file in bin/velhost "${modules[@]}" lib/velhost/libsmbios.so share/man/man1/velhost.1.gz share/man/man5/velhost-recording.5.gz \
   share/man/man5/velhost-server-file.5.gz share/bash-completion/completions/velhost \
   share/velhost/schema/20-chipset.mof share/velhost/servers/demo.toml \
   share/velhost/instance-collection.schema.json share/doc/velhost/copyright \
@@ -38,6 +48,15 @@ documents=$scratch/root/usr/share/doc/velhost
 grep -qF "Upstream-Contact: $(field velhost Maintainer)" "$documents/copyright" || fail "another contact in copyright"
 gzip -dc "$documents/changelog.Debian.gz" | grep -qF -- "-- $(field velhost Maintainer)  " || fail "another in changelog"
 
+# Nothing of ours is where the loader looks for everybody's libraries, or asks it to look elsewhere.
+foreign=$(find "$scratch/root/usr/lib" -maxdepth 1 -name '*.so*')
+[ -z "$foreign" ] || fail "the packages have libraries for everybody: $foreign"
+unfortified=hardening-no-fortify-functions
+checks=(--hardened --moved)
+if [ "$(option CMAKE_BUILD_TYPE)" != Debug ]; then unfortified=; checks+=(--fortified); fi
+[ "$(option VELHOST_HARDENING)" != OFF ] || fail "a build that is not hardened is not one to package"
+python3 "$here/binaries.py" "${checks[@]}" "$scratch/root/usr"
+
 # The unpacked program, with no library of the build tree in reach, gives what the built one gives.
 velhost=$scratch/root/usr/bin/velhost
 outside=$(ldd "$velhost" | grep -F "$build" || true)
@@ -50,6 +69,9 @@ grep -q '"class":"KROSG_DCAPFile"' "$scratch/unpacked.json" || fail "nothing was
 cmp "$scratch/unpacked.json" "$scratch/built.json"
 
 if command -v lintian >/dev/null; then
-  lintian --allow-root --fail-on error,warning "$scratch"/packages/*.deb || fail "lintian finds what packaging/README.md does not explain"
+  found=$(lintian --allow-root --display-info --fail-on error,warning "$scratch"/packages/*.deb) ||
+    fail "lintian finds what packaging/README.md does not explain: $found"
+  weak=$(grep hardening- <<<"$found" | grep -v "${unfortified:-^$}" || true)
+  [ -z "$weak" ] || fail "lintian finds what is not hardened: $weak"
 fi
 echo "packages: $(cd "$scratch/packages" && echo *.deb)"
