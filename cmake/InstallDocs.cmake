@@ -19,3 +19,5 @@ install(FILES completions/velhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash
 install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime)
 install(DIRECTORY docs packaging DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime
   FILES_MATCHING PATTERN "*.md" PATTERN lintian EXCLUDE)
+# Not in the Debian packages, which refer to the copy that every Debian system has.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT licence)

@@ -48,6 +48,10 @@ documents=$scratch/root/usr/share/doc/velhost
 grep -qF "Upstream-Contact: $(field velhost Maintainer)" "$documents/copyright" || fail "another contact in copyright"
 gzip -dc "$documents/changelog.Debian.gz" | grep -qF -- "-- $(field velhost Maintainer)  " || fail "another in changelog"
 
+# The licence's text is part of every Debian system.
+grep -qxF 'License: Apache-2.0' "$documents/copyright" || fail "copyright does not state the licence"
+[ ! -e "$documents/LICENSE" ] || fail "the packages have a licence text of their own"
+
 # Nothing of ours is where the loader looks for everybody's libraries, or asks it to look elsewhere.
 foreign=$(find "$scratch/root/usr/lib" -maxdepth 1 -name '*.so*')
 [ -z "$foreign" ] || fail "the packages have libraries for everybody: $foreign"

@@ -30,7 +30,7 @@ function(install_and_move prefix)
   foreach(file ${LIBRARY_DIR}/libvelcore.so ${LIBRARY_DIR}/libplugin.nsp.so ${LIBRARY_DIR}/libspdriver.so
       ${LIBRARY_DIR}/libsmbios.so
       ${PLUGIN_DIR}/libtorgareg.pi.so ${INCLUDEDIR}/velhost/nkrovel20/icimobjects.h ${DATA_DIR}/schema/10-core.mof
-      ${DATA_DIR}/servers/demo.toml ${LIBDIR}/pkgconfig/velhost.pc)
+      ${DATA_DIR}/servers/demo.toml ${LIBDIR}/pkgconfig/velhost.pc ${DATA_DIR}/../doc/velhost/LICENSE)
     expect_file(${prefix}/${file})
   endforeach()
   if(EXISTS ${prefix}/${DATA_DIR}/servers/make-demo-blocks.py)
