@@ -97,9 +97,8 @@ std::string ValueStatement(const TCIMValue& value) {
   }
 }
 
-TSchemaStatements::TSchemaStatements(const std::vector<std::string>& paths)
+TSchemaStatements::TSchemaStatements(const std::vector<std::string>& paths, ISourceReader& reader)
     : log_(100), qualifiers_(limits_, parsed_.mentionedQualifiers, log_), namespace_(TNamespace::Create()) {
-  TFileReader reader;
   result_ = ReadSchema(paths, reader);
   parsed_ = LoadSchema(paths, reader, limits_, log_);
   for (const TSchemaDeclaration& declaration : parsed_.declarations) {
@@ -271,14 +270,6 @@ TStatements TSchemaStatements::Values() const {
       const TCIMValue& value = instance.IsSet(i) ? instance.Value(i) : definition.defaultValue;
       statements.push_back(std::to_string(number + 1) + "." + definition.name + " = " + ValueStatement(value));
     }
-  }
-  return statements;
-}
-
-TStatements TSchemaStatements::Warnings() const {
-  TStatements statements;
-  for (const TTextDiagnostic& finding : result_.diagnostics) {
-    statements.push_back(finding.location.file + ":" + std::to_string(finding.location.line));
   }
   return statements;
 }

@@ -1,4 +1,4 @@
-// What a schema says, as one statement to a string in the forms that conformance/valid/expected.toml describes.
+// What a schema says, as one statement to a string in the forms that conformance/README.md describes.
 #pragma once
 
 #include <string>
@@ -15,9 +15,8 @@ using TStatements = std::vector<std::string>;
 /// reader knows (methods, qualifier declarations, aliases).
 class TSchemaStatements {
  public:
-  explicit TSchemaStatements(const std::vector<std::string>& paths);
+  TSchemaStatements(const std::vector<std::string>& paths, ISourceReader& reader);
 
-  const TSchemaResult& Result() const { return result_; }
   TStatements QualifierTypes() const;
   TStatements Classes() const;
   /// Of one class, inherited ones too.
@@ -29,8 +28,6 @@ class TSchemaStatements {
   TStatements Instances() const;
   /// All values of all instances, given or by default.
   TStatements Values() const;
-  /// "FILE:LINE"
-  TStatements Warnings() const;
 
  private:
   const TCIMClass& ClassOf(const std::string& name) const;
@@ -51,7 +48,7 @@ class TSchemaStatements {
   std::unique_ptr<TClassBuilder> classes_;
 };
 
-/// VALUE as the file's head describes it.
+/// VALUE as README.md describes it.
 std::string ValueStatement(const TCIMValue& value);
 
 }  // namespace NKROVEL20
