@@ -1,4 +1,4 @@
-// Runs a fuzz target over each file of the folders given: the seeds and past finds, with any compiler.
+// Runs a fuzz target over each file of the folders given, seeds and what grew from them, with any compiler.
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -29,13 +29,18 @@ std::vector<std::filesystem::path> FilesIn(const char* folder) {
 int main(int argc, char** argv) {
   int count = 0;
   for (int i = 1; i < argc; ++i) {
-    for (const std::filesystem::path& path : FilesIn(argv[i])) {
+    const std::vector<std::filesystem::path> files = FilesIn(argv[i]);
+    if (files.empty()) {
+      std::cerr << argv[i] << " has no inputs\n";
+      return 1;
+    }
+    for (const std::filesystem::path& path : files) {
       std::cout << path.filename().string() << std::endl;  // before it runs: a crash names its file
       const std::vector<std::uint8_t> bytes = ReadAll(path);
       LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
       ++count;
     }
   }
-  if (count == 0) std::cerr << "no inputs\n";
+  std::cout << count << " inputs\n";
   return count == 0 ? 1 : 0;
 }

@@ -2,7 +2,7 @@
 # What the tests of the collector, or the fuzz corpora, reach: for each source file the part of its lines and branches,
 # then every line and branch that nothing reached.
 #   tools/coverage.sh                  tests/{plugin,ffdc,r8,jfr} over the collector
-#   tools/coverage.sh corpus [NAME...] fuzz/corpus/NAME over what that target reads; with CORPUS=DIR also DIR/NAME
+#   tools/coverage.sh corpus [NAME...] seeds and archive of fuzz/corpus over what target NAME reads; CORPUS=DIR adds DIR/NAME
 # A build of Clang, in build/coverage. Needs llvm-14 for llvm-cov-14 and llvm-profdata-14.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -65,13 +65,15 @@ rm -rf "$profiles"
 mkdir -p "$profiles"
 if [ "${1:-}" = corpus ]; then
   shift
-  if [ $# -eq 0 ]; then set -- $(ls "$top/fuzz/corpus"); fi
+  if [ $# -eq 0 ]; then set -- $(cd "$top/fuzz/corpus" && printf '%s ' */ | tr -d /); fi
   # shellcheck disable=SC2046  # names without blanks
   build coverage $(printf '%s_fuzz ' "$@")
   for name in "$@"; do
     echo "== $name"
     rm -f "$profiles"/*
-    LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "$top/fuzz/corpus/$name" ${CORPUS:+"$CORPUS/$name"} >/dev/null
+    inputs=("$top/fuzz/corpus/$name" ${CORPUS:+"$CORPUS/$name"})
+    [ ! -d "$binaries/fuzz/grown/$name" ] || inputs+=("$binaries/fuzz/grown/$name")
+    LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "${inputs[@]}" >/dev/null
     wanted=$(sources_of "$name")
     # shellcheck disable=SC2086
     report $wanted -- "$binaries/fuzz/${name}_fuzz" "$binaries"/lib/velhost/*.so
