@@ -1,55 +1,59 @@
-// Reads arbitrary bytes as a schema of two files, of which the first may include the second, and
-// checks what the collector needs of it.
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
+// Arbitrary bytes as a schema of two files, of which the first may include the second. Each finding is at a place that
+// exists, in order, and how lines end makes no difference: neither to the findings nor to what was read.
+#include <boost/algorithm/string/replace.hpp>
 
-#include "host/core/sourcereader.h"
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/require.h"
 
 using namespace NKROVEL20;
+using testsupport::Require;
 
-namespace {
+using TTexts = std::map<std::string, std::string>;
 
-// Few, so that inputs soon reach what happens beyond the limit, and most of the time goes into reading.
-constexpr std::size_t kShown = 6;
-
-void Format(const std::vector<TTextDiagnostic>& diagnostics) {
-  const std::size_t count = std::min(diagnostics.size(), kShown);
-  for (std::size_t i = 0; i < count; ++i) FormatDiagnostic(diagnostics[i]);
+static std::string Shown(const std::vector<TTextDiagnostic>& findings, const TTexts& texts) {
+  std::string shown;
+  for (const auto& [severity, at, message, sourceLine] : findings) {
+    shown += FormatDiagnostic({severity, at, message, sourceLine});
+    if (at.line == 0) continue;  // about the schema as a whole
+    std::string_view text = texts.at(at.file);
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    const std::string_view line = LineOf(text, at.line);  // of which NUL and what is not UTF-8 are shown as "?"
+    Require(std::equal(line.begin(), line.end(), sourceLine.begin(), sourceLine.end(),
+                       [](char byte, char copy) { return byte == copy || (copy == '?' && byte <= 0); }));
+    Require(at.line <= 1 + std::count(text.begin(), text.end(), '\n'));
+    Require(at.column >= 1 && at.column <= line.size() + 1);
+  }
+  return shown;
 }
 
-}  // namespace
+static std::string Read(const TTexts& texts, const TSchemaLimits& limits) {
+  TMemoryReader reader;
+  std::vector<std::string> paths;
+  for (const auto& [path, text] : texts) reader.Add(path, text), paths.push_back(path);
+  const TSchemaResult schema = ReadSchema(paths, reader, limits);
+  const auto error = [](const TTextDiagnostic& finding) { return finding.severity == EDiagnosticSeverity::kError; };
+  Require(schema.HasErrors() == std::any_of(schema.diagnostics.begin(), schema.diagnostics.end(), error));
+  std::string shown = Shown(schema.diagnostics, texts);
+  shown += Shown(CheckCollectorNeeds(*schema.cimNamespace, "a.mof", schema.sources.get()), texts);
+  for (const auto& cimClass : schema.cimNamespace->Classes()) shown += cimClass->Name() + "\n";
+  return shown + std::to_string(schema.instances.size());
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string text(data, data + size);
+  const bool small = text.ends_with('\x1F');  // asks for limits that a short text can reach
   TSchemaLimits limits;
-  limits.diagnostics = kShown;
-  if (text.ends_with('\x1F')) {  // asks for limits that a short text can reach
-    text.pop_back();
-    limits = {.totalSize = 250,
-              .files = 2,
-              .includeDepth = 1,
-              .tokenSize = 40,
-              .classes = 4,
-              .inheritanceDepth = 3,
-              .qualifiersPerElement = 2,
-              .propertiesPerClass = 4,
-              .modelEntries = 12,
-              .instanceValues = 4};
-  }
+  limits.diagnostics = 6;  // few, so that most of the time goes into reading
+  if (small) limits = {1000, 250, 2, 1, 40, 32, 4, 3, 2, 4, 12, 4, 6};
+  if (small) text.pop_back();
   const std::size_t cut = text.find('\x1E');
-  TMemoryReader reader;
-  reader.Add("a.mof", text.substr(0, cut));
-  std::vector<std::string> paths = {"a.mof"};
-  if (cut != std::string::npos) {
-    reader.Add("b.mof", text.substr(cut + 1));
-    paths.emplace_back("b.mof");
+  TTexts texts = {{"a.mof", text.substr(0, cut)}};
+  if (cut != std::string::npos) texts["b.mof"] = text.substr(cut + 1);
+  const std::string first = Read(texts, limits);
+  if (text.find('\r') == std::string::npos && !small) {
+    for (auto& [path, content] : texts) boost::replace_all(content, "\n", "\r\n");
   }
-  const TSchemaResult schema = ReadSchema(paths, reader, limits);
-  Format(schema.diagnostics);
-  Format(CheckCollectorNeeds(*schema.cimNamespace, "a.mof", schema.sources.get()));
+  Require(Read(texts, limits) == first);
   return 0;
 }
