@@ -179,7 +179,8 @@ int TScan::Close(int token) {
 }
 
 int TScan::End(TSpan& span) const {
-  span.begin = span.end = static_cast<std::uint32_t>(Size());
+  const bool carriageReturn = source_.Text().ends_with('\r');  // of the last line end: behind the line itself
+  span.begin = span.end = static_cast<std::uint32_t>(Size() - (carriageReturn ? 1U : 0U));
   return TToken::END;
 }
 
