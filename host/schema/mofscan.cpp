@@ -30,8 +30,8 @@ const char* ExpectedFor(char c) {
 }  // namespace
 
 std::string Quoted(std::string_view text) {
-  if (text.size() <= kShown) return "'" + std::string(text) + "'";
-  std::size_t size = kShown;
+  std::size_t size = std::min(text.find_first_of("\r\n"), kShown);  // a message is one line
+  if (text.size() <= size) return "'" + std::string(text) + "'";
   while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) --size;
   return "'" + std::string(text.substr(0, size)) + "...'";
 }

@@ -108,7 +108,7 @@ class TScan {
   bool stopped_ = false;
 };
 
-/// The text of a token for a message, in single quotes; a long one is cut.
+/// The text of a token for a message, in single quotes; what is long or goes on in another line is cut.
 std::string Quoted(std::string_view text);
 
 /// Runs the scanner and the grammar over a text. What could be read is in the result whatever the

@@ -121,6 +121,12 @@ TEST(MofErrors, LongTokensAreCut) {
       << "40 bytes would end within a character";
 }
 
+TEST(MofErrors, TokensAreCutAtTheEndOfTheirLine) {
+  EXPECT_EQ(Messages(ReadText("class A { uint8 a = \"x\"\n  \"y\"; };")), "1:21 found '\"x\"...', expected a uint8\n");
+  EXPECT_EQ(Messages(ReadText("class A { uint8 a = \"x\" \r\n\"y\"; };")),
+            "1:21 found '\"x\" ...', expected a uint8\n");
+}
+
 // Where reading goes on.
 
 TEST(MofRecovery, SeveralErrorsInOneRun) {
