@@ -99,16 +99,17 @@ class TLanConnection : public IServerConnection {
  public:
   TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs,
                  const TInstallation& installation, const TStopSignal& stop)
-      : serviceProcessor_(
-            OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()}, [this](const std::string& notice) {
-              lost_ = true;
-              Say(notice);
-            })) {}
+      : serviceProcessor_(OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()},
+                                  [this](ELanNotice kind, const std::string& text) { Tell(kind, text); })) {}
   IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
   IHostEnvironment& Environment() override { return environment_; }
   bool WasLost() const override { return lost_; }
 
  private:
+  void Tell(ELanNotice kind, const std::string& text) {
+    lost_ = lost_ || kind == ELanNotice::kLost;
+    Say(kind == ELanNotice::kWarning ? "warning: " + text : text);
+  }
   static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs) {
     TFileReader reader({options.passwordFile});
     std::vector<TLanOptions> nodes;

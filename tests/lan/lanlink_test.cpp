@@ -11,6 +11,7 @@ namespace {
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 
 TLanOptions Options() {
@@ -77,7 +78,7 @@ TEST_F(LanLink, OpensWithWhatTheUserSays) {
   EXPECT_FALSE(opening.leavePrivilegeOpen);
 }
 
-TEST_F(LanLink, SendsARequestOnceWithinTheSessionsTime) {
+TEST_F(LanLink, RequestIsSentAgainNoEarlierThanTheSessionEnds) {
   Opened();
   EXPECT_EQ(module_.opened[0].sessionTime, 3000U);
   EXPECT_EQ(module_.opened[0].retransmissionTime, 1000U);
@@ -89,6 +90,34 @@ TEST_F(LanLink, TriesTheNextCipherSuite) {
   module_.Open(VEL_LAN_CIPHER_SUITE).Open().Open();
   Link().Open();
   EXPECT_EQ(Ways(), (TWays{{17, false}, {3, false}, {3, false}}));
+}
+
+TEST_F(LanLink, WarnsOfWhatACipherSuiteDoesNotProtect) {
+  const std::string all =
+      "checks no password and protects nothing: anybody on the network can pose as the BMC, and read and change what "
+      "is exchanged";
+  const std::string login =
+      "protects nothing but the login: anybody between here and the BMC can read and change what is exchanged";
+  const std::string text = "does not encrypt: anybody between here and the BMC can read what is exchanged";
+  const std::map<int, std::string> warnings = {{0, all},  {1, login}, {6, login}, {15, login},
+                                               {2, text}, {7, text},  {11, text}, {16, text}};
+  for (int suite = 0; suite <= 17; ++suite) {
+    options_.cipherSuites = {suite};
+    link_.reset();
+    module_.Open().Open();
+    const auto found = warnings.find(suite);
+    if (found == warnings.end()) {
+      EXPECT_THAT(Link().Open(), IsEmpty());
+    } else {
+      EXPECT_THAT(Link().Open(),
+                  ElementsAre("lan:bmc:623: cipher suite " + std::to_string(suite) + " " + found->second));
+    }
+  }
+}
+
+TEST_F(LanLink, NoWarningWhereTheFirstSuiteIsTaken) {
+  module_.Open().Open();
+  EXPECT_THAT(Link().Open(), IsEmpty());
 }
 
 TEST_F(LanLink, TriesTheNextCipherSuiteWhenTheBmcFallsSilent) {
@@ -111,7 +140,16 @@ TEST_F(LanLink, LostPacketOfTheOpeningIsSentAgain) {
 
 TEST_F(LanLink, RefusedPasswordEndsTheTrying) {
   module_.Open(VEL_LAN_PASSWORD, "password invalid");
-  ExpectRefused(EExitStatus::kNoPermission, "lan:bmc:623: the BMC refuses the password of user 'admin'");
+  ExpectRefused(EExitStatus::kNoPermission,
+                "lan:bmc:623: the password of user 'admin' is not the one that the BMC has; it is wrong, or what "
+                "answers there may be an impostor");
+}
+
+TEST_F(LanLink, KeyOfTheBmcsOwnIsNamed) {
+  module_.Open(VEL_LAN_KEY, "k_g invalid");
+  ExpectRefused(EExitStatus::kNoPermission,
+                "lan:bmc:623: the BMC ends the opening with another key than the password's; it has a key of its own "
+                "(K_g), which velhost cannot use, or what answers there may be an impostor");
 }
 
 TEST_F(LanLink, RefusedUserIsNamed) {

@@ -12,6 +12,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/serviceprocessor/lan/lanclient.h"
+#include "host/serviceprocessor/lan/lanlink.h"
 #include "host/serviceprocessor/lan/lanworker.h"
 #include "tests/lan/scriptedmodule.h"
 
@@ -27,7 +28,9 @@ class LanServiceProcessor : public testing::Test {
   std::unique_ptr<TLanServiceProcessor> Open(std::size_t nodes) {
     for (std::size_t i = 0; i < nodes; ++i) module_.Open().Open();
     return std::make_unique<TLanServiceProcessor>(TScriptedModule::Module(), std::vector<TLanOptions>(nodes, options_),
-                                                  stop_, [this](const std::string& text) { notices_.push_back(text); });
+                                                  stop_, [this](ELanNotice kind, const std::string& text) {
+                                                    (kind == ELanNotice::kLost ? notices_ : warnings_).push_back(text);
+                                                  });
   }
   static TIPMICommandBuffer RegisterRead() {
     TIPMICommandBuffer buffer(0x3A, 0x62, 2);
@@ -53,6 +56,7 @@ class LanServiceProcessor : public testing::Test {
     return options;
   }();
   std::vector<std::string> notices_;
+  std::vector<std::string> warnings_;
 };
 
 TEST_F(LanServiceProcessor, SendsTheBuffersBytesAndAnswersInPlace) {
@@ -146,23 +150,50 @@ TEST_F(LanServiceProcessor, AnswerThatComesWhileTheRunIsStoppedIsKept) {
 
 TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
   auto processor = Open(1);
-  module_.Lose().Open().Open();
-  ExpectLost(*processor);
   std::promise<void> release;
   std::promise<void> over;
-  module_.Do([this, &release, &over] {
+  module_.Lose().Open().OpenAfter([this, &release, &over] {
     stop_.RequestStop();
     release.get_future().wait();
     over.set_value();
   });
   ExpectLost(*processor);
   ExpectLost(*processor);
-  EXPECT_EQ(module_.sent.size(), 2U);
+  ExpectLost(*processor);
+  EXPECT_EQ(module_.sent.size(), 1U);
   processor.reset();
   release.set_value();
   over.get_future().wait();
   // The thread left behind closes the session when it is done with it.
-  while (module_.OpenSessions() != 0) std::this_thread::yield();
+  while (module_.ClosedSessions() != 4) std::this_thread::yield();
+}
+
+TEST_F(LanServiceProcessor, WarnsOfASuiteThatTheBmcGaveWayTo) {
+  module_.Open(VEL_LAN_CIPHER_SUITE);
+  Open(1);
+  EXPECT_THAT(warnings_, ElementsAre("lan:bmc:623: no session with cipher suite 17, so the weaker 3 is used; an "
+                                     "attacker can bring that about (--cipher-suite 17 takes no other, "
+                                     "--cipher-suite 3 ends this warning)"));
+}
+
+TEST_F(LanServiceProcessor, AnswerToAnotherCommandIsLostAndWarnedOf) {
+  const auto processor = Open(1);
+  module_.Lose(VEL_LAN_OTHER_COMMAND);
+  ExpectLost(*processor);
+  EXPECT_THAT(warnings_,
+              ElementsAre("lan:bmc:623: an answer came to another command than the request's; it is not used"));
+  EXPECT_TRUE(notices_.empty());
+}
+
+TEST_F(LanServiceProcessor, ExchangesAreMadeOnTheThreadThatAsks) {
+  const auto processor = Open(1);
+  std::thread::id thread;
+  module_.Lose().Open().Open().Do([&thread] { thread = std::this_thread::get_id(); });
+  ExpectLost(*processor);
+  TIPMICommandBuffer buffer = RegisterRead();
+  int length = 256;
+  EXPECT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
+  EXPECT_EQ(thread, std::this_thread::get_id());
 }
 
 TEST_F(LanServiceProcessor, RefusalReachesTheCaller) {
@@ -197,10 +228,27 @@ TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnavailable) {
   }
 }
 
+constexpr milliseconds kLong{3'600'000};
+
+TEST(LanInterrupter, CallThatLastsTooLongIsInterrupted) {
+  const TStopSignal stop;
+  TLanInterrupter interrupter(stop, milliseconds(20));
+  const TLanInterrupter::TScope scope(interrupter);
+  for (int wait = 0; wait < 3; ++wait) {
+    EXPECT_EQ(poll(nullptr, 0, -1), -1);
+    EXPECT_EQ(errno, EINTR);
+  }
+}
+
+// Shorter than the time after which the library sends a request again.
+TEST(LanLinkTimes, WaitForAnAnswerEndsBeforeARequestIsSentAgain) {
+  EXPECT_LE(kLanAnswerTime + milliseconds(2'000), kLanSessionTime);
+}
+
 TEST(LanInterrupter, DeadlineInterruptsACall) {
   TStopSignal stop;
   stop.SetDeadline(TStopSignal::TClock::now() + milliseconds(20));
-  TLanInterrupter interrupter(stop);
+  TLanInterrupter interrupter(stop, kLong);
   const TLanInterrupter::TScope scope(interrupter);
   EXPECT_EQ(poll(nullptr, 0, -1), -1);
   EXPECT_EQ(errno, EINTR);
@@ -209,7 +257,7 @@ TEST(LanInterrupter, DeadlineInterruptsACall) {
 TEST(LanInterrupter, LeavesAThreadAloneThatMakesNoCall) {
   TStopSignal stop;
   stop.RequestStop();
-  TLanInterrupter interrupter(stop);
+  TLanInterrupter interrupter(stop, kLong);
   { const TLanInterrupter::TScope scope(interrupter); }
   sched_yield();  // takes a signal that was sent inside the scope
   EXPECT_EQ(poll(nullptr, 0, 50), 0);
@@ -221,7 +269,7 @@ TEST(LanInterrupter, PutsTheSignalHandlerBack) {
   sigaction(SIGURG, nullptr, &before);
   {
     const TStopSignal stop;
-    const TLanInterrupter interrupter(stop);
+    const TLanInterrupter interrupter(stop, kLong);
   }
   sigaction(SIGURG, nullptr, &after);
   EXPECT_EQ(after.sa_handler, before.sa_handler);

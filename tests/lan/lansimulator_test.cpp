@@ -10,6 +10,7 @@ namespace NKROVEL20::Testing {
 namespace {
 
 using std::chrono::milliseconds;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -21,6 +22,7 @@ TLanOptions OptionsFor(int port) {
   options.port = static_cast<std::uint16_t>(port);
   options.user = kSimulatedUser;
   options.password = kSimulatedPassword;
+  options.cipherSuites = {3};
   return options;
 }
 
@@ -79,7 +81,8 @@ class LanSimulator : public testing::Test {
     options_ = OptionsFor(simulator_->Port());
   }
   std::unique_ptr<IServiceProcessor> Open() {
-    return OpenLan({options_}, stop_, kModules, [this](const std::string& notice) { notices_.push_back(notice); });
+    return OpenLan({options_}, stop_, kModules,
+                   [this](ELanNotice, const std::string& text) { notices_.push_back(text); });
   }
   std::string Refusal(EExitStatus status) {
     std::string message = MessageOf([this] { Open(); }, status);
@@ -97,7 +100,10 @@ class LanSimulator : public testing::Test {
 TEST_F(LanSimulator, WrongPasswordIsRefused) {
   Serve();
   options_.password = "not-this-one";
-  EXPECT_EQ(Refusal(EExitStatus::kNoPermission), Name() + ": the BMC refuses the password of user 'ipmiusr'");
+  EXPECT_EQ(Refusal(EExitStatus::kNoPermission),
+            Name() +
+                ": the password of user 'ipmiusr' is not the one that the BMC has; it is wrong, or what answers "
+                "there may be an impostor");
 }
 
 TEST_F(LanSimulator, WrongUserIsRefused) {
@@ -111,6 +117,15 @@ TEST_F(LanSimulator, CipherSuiteThatItDoesNotKnowIsRefused) {
   Serve();
   options_.cipherSuites = {17};
   EXPECT_THAT(Refusal(EExitStatus::kUnavailable), HasSubstr("the BMC does not accept cipher suite 17 ("));
+}
+
+TEST_F(LanSimulator, GivingWayToAnotherCipherSuiteIsWarnedOf) {
+  Serve();
+  options_.cipherSuites = {17, 3};
+  Open();
+  EXPECT_THAT(notices_, ElementsAre(Name() + ": no session with cipher suite 17, so the weaker 3 is used; an attacker "
+                                             "can bring that about (--cipher-suite 17 takes no other, "
+                                             "--cipher-suite 3 ends this warning)"));
 }
 
 TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {

@@ -27,8 +27,8 @@ TEST(LanSpec, UserAndPort) {
 }
 
 TEST(LanSpec, LastAtSignEndsTheUser) {
-  const TLanOptions options = ParseLanSpec("lan:me@corp:x@bmc");
-  EXPECT_EQ(options.user, "me@corp:x");
+  const TLanOptions options = ParseLanSpec("lan:me@corp@bmc");
+  EXPECT_EQ(options.user, "me@corp");
   EXPECT_EQ(options.host, "bmc");
 }
 
@@ -78,6 +78,20 @@ TEST(LanSpec, AnythingElseIsAUsageErrorThatNamesTheProblem) {
   ExpectUsage("lan:bmc:99999999999999999999", "'99999999999999999999' is no port from 1 to 65535");
   ExpectUsage("lan:::1", "names no host");
   ExpectUsage("lan:fe80::1", "':1' is no port from 1 to 65535");
+}
+
+TEST(LanSpec, PasswordBehindTheUserIsRefusedAndNotRepeated) {
+  for (const char* const spec : {"lan:me:s3cret@bmc", "lan:me:s3cret@", "lan::s3cret@bmc:0", "lan:me:s@cret@bmc"}) {
+    try {
+      ParseLanSpec(spec);
+      ADD_FAILURE() << spec;
+    } catch (const THostError& error) {
+      EXPECT_EQ(error.Status(), EExitStatus::kUsage);
+      EXPECT_STREQ(error.what(),
+                   "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
+                   "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
+    }
+  }
 }
 
 TEST(LanPrivilege, HasThreeNames) {

@@ -46,7 +46,12 @@ class TScriptedModule {
   TScriptedModule& operator=(const TScriptedModule&) = delete;
 
   TScriptedModule& Open(int status = VEL_LAN_OK, const std::string& message = "") {
-    openings_.push_back({status, message});
+    openings_.push_back({status, message, nullptr});
+    return *this;
+  }
+  /// Runs `action` on the thread of the opening, which then succeeds.
+  TScriptedModule& OpenAfter(std::function<void()> action) {
+    openings_.push_back({VEL_LAN_OK, "", std::move(action)});
     return *this;
   }
   TScriptedModule& Answer(const TBytes& response) {
@@ -63,7 +68,7 @@ class TScriptedModule {
     return *this;
   }
 
-  int OpenSessions() const { return openSessions_; }
+  int ClosedSessions() const { return closedSessions_; }
 
   std::vector<TOpening> opened;
   std::vector<TRequest> sent;
@@ -77,6 +82,7 @@ class TScriptedModule {
   struct TOpenStep {
     int status;
     std::string message;
+    std::function<void()> action;
   };
   struct TExchangeStep {
     int status;
@@ -88,12 +94,13 @@ class TScriptedModule {
     TScriptedModule& self = *current_;
     self.opened.push_back({opening->address, opening->user, opening->password, opening->privilege, opening->cipherSuite,
                            opening->leavePrivilegeOpen != 0, opening->sessionTime, opening->retransmissionTime});
-    TOpenStep step = {VEL_LAN_FAILED, "the script has no such opening"};
+    TOpenStep step = {VEL_LAN_FAILED, "the script has no such opening", nullptr};
     EXPECT_FALSE(self.openings_.empty()) << step.message;
     if (!self.openings_.empty()) {
       step = self.openings_.front();
       self.openings_.pop_front();
     }
+    if (step.action) step.action();
     *status = step.status;
     std::snprintf(message, size, "%s", step.message.c_str());
     if (step.status != VEL_LAN_OK) return nullptr;
@@ -117,13 +124,15 @@ class TScriptedModule {
   }
 
   static void CloseSession(VelLanSession* session) {
-    --current_->openSessions_;
     delete session;
+    --current_->openSessions_;
+    ++current_->closedSessions_;
   }
 
   std::deque<TOpenStep> openings_;
   std::deque<TExchangeStep> exchanges_;
   std::atomic<int> openSessions_ = 0;
+  std::atomic<int> closedSessions_ = 0;
   inline static TScriptedModule* current_ = nullptr;
 };
 

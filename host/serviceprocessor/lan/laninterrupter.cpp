@@ -18,14 +18,15 @@ namespace NKROVEL20 {
 namespace {
 
 constexpr int kSignal = SIGURG;
-constexpr int kIntervalMs = 10;
-constexpr std::chrono::milliseconds::rep kLongestWaitMs = 3'600'000;
+constexpr std::chrono::milliseconds kInterval{10};
+constexpr std::chrono::milliseconds kLook{1'000};
 
 extern "C" void InterruptNothingMore(int /*signal*/) {}
 
 }  // namespace
 
-TLanInterrupter::TLanInterrupter(const TStopSignal& stop) : stop_(stop), quit_(eventfd(0, EFD_CLOEXEC)) {
+TLanInterrupter::TLanInterrupter(const TStopSignal& stop, std::chrono::milliseconds longest)
+    : stop_(stop), longest_(longest), quit_(eventfd(0, EFD_CLOEXEC)) {
   if (quit_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   struct sigaction action = {};
   action.sa_handler = &InterruptNothingMore;
@@ -46,6 +47,7 @@ TLanInterrupter::~TLanInterrupter() {
 TLanInterrupter::TScope::TScope(TLanInterrupter& interrupter) : interrupter_(interrupter) {
   const std::lock_guard lock(interrupter_.mutex_);
   interrupter_.caller_ = pthread_self();
+  interrupter_.began_ = TClock::now();
   interrupter_.calling_ = true;
 }
 
@@ -55,27 +57,30 @@ TLanInterrupter::TScope::~TScope() {
 }
 
 void TLanInterrupter::Watch() {
-  if (!WaitForStop()) return;
-  pollfd quit = {quit_, POLLIN, 0};
-  do {
-    InterruptCall();
-  } while (poll(&quit, 1, kIntervalMs) == 0);
+  while (!WaitForQuit(InterruptCall() ? kInterval : TimeToNextLook())) continue;
 }
 
-// False when the watching ends before the run is stopped.
-bool TLanInterrupter::WaitForStop() const {
-  std::array<pollfd, 2> waiters = {{{quit_, POLLIN, 0}, {stop_.Descriptor(), POLLIN, 0}}};
-  while (!stop_.IsStopped()) {
-    const auto left = stop_.TimeLeft();
-    poll(waiters.data(), waiters.size(), left ? static_cast<int>(std::min(left->count(), kLongestWaitMs)) : -1);
-    if ((waiters[0].revents & POLLIN) != 0) return false;
-  }
-  return true;
+/// Waits so long, or until the run is stopped; whether the watching ends.
+bool TLanInterrupter::WaitForQuit(std::chrono::milliseconds time) const {
+  // Once stopped, the signal's descriptor is readable for ever.
+  std::array<pollfd, 2> waiters = {{{quit_, POLLIN, 0}, {stop_.IsStopped() ? -1 : stop_.Descriptor(), POLLIN, 0}}};
+  poll(waiters.data(), waiters.size(), static_cast<int>(time.count()));
+  return (waiters[0].revents & POLLIN) != 0;
 }
 
-void TLanInterrupter::InterruptCall() {
+std::chrono::milliseconds TLanInterrupter::TimeToNextLook() const {
+  const auto look = std::min(kLook, longest_);
+  const auto left = stop_.TimeLeft();
+  return left && !stop_.IsStopped() ? std::min(look, std::chrono::milliseconds(*left)) : look;
+}
+
+/// Whether there was one to interrupt, or may be at any moment.
+bool TLanInterrupter::InterruptCall() {
   const std::lock_guard lock(mutex_);
-  if (calling_) pthread_kill(caller_, kSignal);
+  const bool stopped = stop_.IsStopped();
+  const bool due = calling_ && (stopped || TClock::now() - began_ >= longest_);
+  if (due) pthread_kill(caller_, kSignal);
+  return due || stopped;
 }
 
 }  // namespace NKROVEL20

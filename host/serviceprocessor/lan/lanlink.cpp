@@ -11,7 +11,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The module wants it shorter than the session's time; so close to it, nothing is ever sent again.
+// The module wants it shorter than the session's time.
 constexpr milliseconds kNoRetransmission = kLanSessionTime - milliseconds(1);
 
 bool IsSilence(int status) { return status == VEL_LAN_NO_ANSWER || status == VEL_LAN_BROKEN_OFF; }
@@ -23,6 +23,24 @@ std::string ListOf(const std::vector<int>& suites) {
   std::string list;
   for (const int suite : suites) list += (list.empty() ? "" : " or ") + std::to_string(suite);
   return list;
+}
+
+/// What the algorithms of a suite leave open; empty where there are three of them.
+std::string WeaknessOf(int suite) {
+  switch (suite) {
+    case 0:
+      return "checks no password and protects nothing: anybody on the network can pose as the BMC, and read and change "
+             "what is exchanged";
+    case 1:
+    case 6:
+    case 15:
+      return "protects nothing but the login: anybody between here and the BMC can read and change what is exchanged";
+    case 2:
+    case 7:
+    case 11:
+    case 16: return "does not encrypt: anybody between here and the BMC can read what is exchanged";
+    default: return {};
+  }
 }
 
 std::string UserOf(const TLanOptions& options) {
@@ -40,10 +58,25 @@ void TLanLink::Close() {
   if (session_ != nullptr) module_.close(std::exchange(session_, nullptr));
 }
 
-void TLanLink::Open() {
+std::vector<std::string> TLanLink::Open() {
   FindWay();
   const TOutcome outcome = OpenForUse();
   if (outcome.session == nullptr) ThrowRefused(outcome);
+  return Weaknesses();
+}
+
+std::vector<std::string> TLanLink::Weaknesses() const {
+  std::vector<std::string> found;
+  const std::string used = std::to_string(way_.cipherSuite);
+  const std::string first = std::to_string(options_.cipherSuites.front());
+  if (used != first) {
+    found.push_back(name_ + ": no session with cipher suite " + first + ", so the weaker " + used +
+                    " is used; an attacker can bring that about (--cipher-suite " + first +
+                    " takes no other, --cipher-suite " + used + " ends this warning)");
+  }
+  const std::string weakness = WeaknessOf(way_.cipherSuite);
+  if (!weakness.empty()) found.push_back(name_ + ": cipher suite " + used + " " + weakness);
+  return found;
 }
 
 TLanLink::TOutcome TLanLink::TryOpen(const TWay& way, milliseconds time, milliseconds retransmission) {
@@ -89,7 +122,7 @@ void TLanLink::FindWay() {
   ThrowRefused(refusal);
 }
 
-/// With the times of the run, in which nothing is sent twice; hence a second try for a lost packet.
+/// With the times of the run, in which nothing is sent again; hence a second try for a lost packet.
 TLanLink::TOutcome TLanLink::OpenForUse() {
   TOutcome outcome = TryOpen(way_, kLanSessionTime, kNoRetransmission);
   if (IsSilence(outcome.status)) outcome = TryOpen(way_, kLanSessionTime, kNoRetransmission);
@@ -113,7 +146,12 @@ std::string TLanLink::Describe(const TOutcome& outcome) const {
     case VEL_LAN_BAD_HOST: return "the host's name cannot be resolved";
     case VEL_LAN_NO_IPMI_2_0: return "the BMC does not speak IPMI 2.0 here";
     case VEL_LAN_USER: return "the BMC refuses " + UserOf(options_);
-    case VEL_LAN_PASSWORD: return "the BMC refuses the password of " + UserOf(options_);
+    case VEL_LAN_PASSWORD:
+      return "the password of " + UserOf(options_) +
+             " is not the one that the BMC has; it is wrong, or what answers there may be an impostor";
+    case VEL_LAN_KEY:
+      return "the BMC ends the opening with another key than the password's; it has a key of its own (K_g), which "
+             "velhost cannot use, or what answers there may be an impostor";
     case VEL_LAN_PRIVILEGE:
       return "the BMC refuses " + UserOf(options_) + " the privilege level " + NameOf(options_.privilege) +
              "; --privilege asks for a lower one";
@@ -125,30 +163,33 @@ std::string TLanLink::Describe(const TOutcome& outcome) const {
 }
 
 void TLanLink::ThrowRefused(const TOutcome& outcome) const {
-  const bool denied =
-      outcome.status == VEL_LAN_USER || outcome.status == VEL_LAN_PASSWORD || outcome.status == VEL_LAN_PRIVILEGE;
+  const bool denied = outcome.status == VEL_LAN_USER || outcome.status == VEL_LAN_PASSWORD ||
+                      outcome.status == VEL_LAN_KEY || outcome.status == VEL_LAN_PRIVILEGE;
   throw THostError(denied ? EExitStatus::kNoPermission : EExitStatus::kUnavailable, name_ + ": " + Describe(outcome));
 }
 
 bool TLanLink::IsReady() const { return givenUp_ || (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime); }
 
 void TLanLink::Exchange(TLanExchange& exchange) {
-  if (givenUp_ || !EnsureSession(exchange)) return;
+  Prepare(exchange);
+  if (givenUp_) return;
   const int status =
       module_.exchange(session_, exchange.networkFunction, exchange.lun, exchange.request.data(),
                        exchange.request.size(), exchange.response.data(), exchange.response.size(), &exchange.size);
+  if (status == VEL_LAN_OTHER_COMMAND) {
+    exchange.warning = name_ + ": an answer came to another command than the request's; it is not used";
+  }
   if (status != VEL_LAN_OK) return Lose(exchange);
   exchange.answered = true;
   lostBefore_ = false;
   lastAnswer_ = now_();
 }
 
-bool TLanLink::EnsureSession(TLanExchange& exchange) {
-  if (IsReady()) return true;
+void TLanLink::Prepare(TLanExchange& exchange) {
+  if (IsReady()) return;
   Close();
   const TOutcome outcome = Reopen();
   if (outcome.session == nullptr) GiveUp(exchange, "it could not be opened again: " + Describe(outcome));
-  return outcome.session != nullptr;
 }
 
 void TLanLink::Lose(TLanExchange& exchange) {

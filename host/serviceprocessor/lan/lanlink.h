@@ -17,9 +17,11 @@
 
 namespace NKROVEL20 {
 
-/// How long a BMC may take to a command: an answer is waited for at least kLanIdleTime less than
-/// kLanSessionTime. A request is never sent twice within it, because a BMC would carry it out twice.
+/// What the library counts: a session without an answer for so long is dead, and a request is sent again
+/// a millisecond before. A BMC would carry it out twice.
 inline constexpr std::chrono::milliseconds kLanSessionTime{15'000};
+/// Hence an answer is waited for so long, and up to a second more, and then the wait is broken off.
+inline constexpr std::chrono::milliseconds kLanAnswerTime{12'000};
 /// A session that was silent for this long is opened anew before the next request, since both sides
 /// count the silence against its time.
 inline constexpr std::chrono::milliseconds kLanIdleTime{5'000};
@@ -36,7 +38,9 @@ struct TLanExchange {
   bool answered = false;
   std::array<std::uint8_t, 1 + TIPMICommandBuffer::kMaxData> response{};  ///< completion code, then the data
   std::size_t size = 0;                                                   ///< of the response, at least 1
-  std::string notice;  ///< what the user should be told, once; empty for nothing
+  // What the user should be told, once; empty for nothing.
+  std::string warning;
+  std::string notice;  ///< that the node is given up
 };
 
 /// Blocks, and is used by one thread at a time.
@@ -51,16 +55,22 @@ class NKROVEL20_API TLanLink {
   TLanLink& operator=(const TLanLink&) = delete;
 
   /// Finds a cipher suite that the BMC takes, and whether the privilege level must be left open at
-  /// first, then opens the session. Throws THostError: kNoPermission where the user, the password or
-  /// the privilege is refused, kUnavailable for everything else.
-  void Open();
+  /// first, then opens the session. Returns what the user should be warned of: what the session does
+  /// not protect. Throws THostError: kNoPermission where the user, the password or the privilege is
+  /// refused, kUnavailable for everything else.
+  std::vector<std::string> Open();
 
   /// Whether the next exchange needs no opening: its only wait is for the answer.
   bool IsReady() const;
 
-  /// Sends once. A request that is not answered stays so; the session is then opened anew for the
-  /// next one. Where that fails, or the new session's first request is not answered either, the
-  /// node is given up with a notice, and every later exchange fails at once.
+  /// Opens the session anew where that is needed before an exchange. When that fails the node is given
+  /// up with a notice.
+  void Prepare(TLanExchange& exchange);
+
+  /// Sends once, if the caller has the wait broken off after kLanAnswerTime. A request that is not answered stays so;
+  /// the session is then opened anew for the next one, unless Prepare has done so. Where that fails, or the new
+  /// session's first request is not answered either, the node is given up with a notice, and every later exchange fails
+  /// at once.
   void Exchange(TLanExchange& exchange);
 
   void Close();
@@ -83,7 +93,7 @@ class NKROVEL20_API TLanLink {
   TOutcome Reopen();
   [[noreturn]] void ThrowRefused(const TOutcome& outcome) const;
   std::string Describe(const TOutcome& outcome) const;
-  bool EnsureSession(TLanExchange& exchange);
+  std::vector<std::string> Weaknesses() const;
   void Lose(TLanExchange& exchange);
   void GiveUp(TLanExchange& exchange, const std::string& why);
 

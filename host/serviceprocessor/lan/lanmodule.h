@@ -17,21 +17,23 @@ extern "C" {
 #endif
 
 /* Raised with every change of what stands below. */
-#define VELHOST_LAN_INTERFACE 1u
+#define VELHOST_LAN_INTERFACE 2u
 /* The one function that the module exports, of type VelLanEntry. */
 #define VELHOST_LAN_ENTRY "VelhostLanModule"
 
 enum VelLanStatus {
   VEL_LAN_OK = 0,
-  VEL_LAN_NO_ANSWER,    /* nothing came back at all */
-  VEL_LAN_BROKEN_OFF,   /* it answered before, and now nothing came back in time; a session is dead after this */
-  VEL_LAN_BAD_HOST,     /* the host's name cannot be resolved */
-  VEL_LAN_NO_IPMI_2_0,  /* it answers, but has no IPMI 2.0 */
-  VEL_LAN_USER,         /* the user's name was refused */
-  VEL_LAN_PASSWORD,     /* the password was refused */
-  VEL_LAN_PRIVILEGE,    /* the privilege level was refused */
-  VEL_LAN_CIPHER_SUITE, /* the cipher suite was refused, or the opening failed in a way that may come of it */
-  VEL_LAN_FAILED        /* anything else */
+  VEL_LAN_NO_ANSWER,     /* nothing came back at all */
+  VEL_LAN_BROKEN_OFF,    /* it answered before, and now nothing came back in time; a session is dead after this */
+  VEL_LAN_BAD_HOST,      /* the host's name cannot be resolved */
+  VEL_LAN_NO_IPMI_2_0,   /* it answers, but has no IPMI 2.0 */
+  VEL_LAN_USER,          /* the user's name was refused */
+  VEL_LAN_PASSWORD,      /* either side does not have the password that the other has */
+  VEL_LAN_KEY,           /* the BMC knows the password, but does not derive the same keys from it */
+  VEL_LAN_PRIVILEGE,     /* the privilege level was refused */
+  VEL_LAN_CIPHER_SUITE,  /* the cipher suite was refused, or the opening failed in a way that may come of it */
+  VEL_LAN_OTHER_COMMAND, /* an answer came, to another command than the request's */
+  VEL_LAN_FAILED         /* anything else */
 };
 
 /* What a session is opened with. The texts are NUL-terminated and only read during the call. */
@@ -54,7 +56,8 @@ struct VelLanModule {
   /* Null on failure, and *status says why; `message`, of `messageSize` bytes, gets the reason in
    * words, NUL-terminated and without secrets. */
   struct VelLanSession* (*open)(const struct VelLanOpening* opening, int* status, char* message, size_t messageSize);
-  /* One exchange. `request` is the command byte and then the data. `response` gets the completion
+  /* One exchange. Once a session is open, only datagrams from the BMC's address and port are looked
+   * at. `request` is the command byte and then the data. `response` gets the completion
    * code and then the data, `*size` their number, at least 1 and never more than `capacity`. The wait
    * for the answer is broken off with an error when a signal handler has run on the thread: that is
    * how a stopped run ends it. */

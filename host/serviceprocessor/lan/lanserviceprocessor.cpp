@@ -40,29 +40,35 @@ class TLanServiceProcessor::TNode {
   TNode(const TNode&) = delete;
   TNode& operator=(const TNode&) = delete;
 
-  void Open(const TStopSignal& stop) {
-    const auto failure = std::make_shared<std::exception_ptr>();
-    const auto job = [link = link_, failure] {
+  /// The warnings of TLanLink::Open.
+  std::vector<std::string> Open(const TStopSignal& stop) {
+    struct TOutcome {
+      std::vector<std::string> warnings;
+      std::exception_ptr failure;
+    };
+    const auto outcome = std::make_shared<TOutcome>();
+    const auto job = [link = link_, outcome] {
       try {
-        link->Open();
+        outcome->warnings = link->Open();
       } catch (...) {
-        *failure = std::current_exception();
+        outcome->failure = std::current_exception();
       }
     };
     if (!worker_.Run(job, stop)) ThrowStopped(address_, stop);
-    if (*failure) std::rethrow_exception(*failure);
+    if (outcome->failure) std::rethrow_exception(outcome->failure);
+    return outcome->warnings;
   }
 
-  /// Null when the run was stopped. A session that stands answers on this thread, where the run's stop
-  /// interrupts the wait. One that has to be opened may wait for what no signal ends, a name server,
-  /// and goes to the worker.
+  /// Null when the run was stopped. The exchange is made on this thread, where the wait can be
+  /// interrupted. A session that has to be opened may wait for what no signal ends, a name server, and
+  /// goes to the worker.
   std::shared_ptr<TLanExchange> Exchange(const TIPMICommandBuffer& buffer, const TStopSignal& stop,
                                          TLanInterrupter& interrupter) {
     if (stop.IsStopped()) return nullptr;
     const auto exchange = MakeExchange(buffer);
     if (!link_->IsReady()) {
-      const auto job = [link = link_, exchange]() noexcept { link->Exchange(*exchange); };
-      return worker_.Run(job, stop) ? exchange : nullptr;
+      const auto job = [link = link_, exchange]() noexcept { link->Prepare(*exchange); };
+      if (!worker_.Run(job, stop)) return nullptr;
     }
     const TLanInterrupter::TScope scope(interrupter);
     link_->Exchange(*exchange);
@@ -88,20 +94,25 @@ class TLanServiceProcessor::TNode {
 
 TLanServiceProcessor::TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options,
                                            const TStopSignal& stop, TLanNotice notice)
-    : interrupter_(stop), notice_(std::move(notice)) {
+    : interrupter_(stop, kLanAnswerTime), notice_(std::move(notice)) {
   for (const TLanOptions& node : options) {
     nodes_.push_back(std::make_unique<TNode>(module, node));
-    nodes_.back()->Open(stop);
+    for (const std::string& warning : nodes_.back()->Open(stop)) Tell(ELanNotice::kWarning, warning);
   }
 }
 
 TLanServiceProcessor::~TLanServiceProcessor() = default;
 
+void TLanServiceProcessor::Tell(ELanNotice kind, const std::string& text) const {
+  if (!text.empty() && notice_) notice_(kind, text);
+}
+
 bool TLanServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
   if (node < 0 || static_cast<std::size_t>(node) >= nodes_.size()) return false;
   const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(buffer, stop, interrupter_);
   if (!exchange) return false;
-  if (!exchange->notice.empty() && notice_) notice_(exchange->notice);
+  Tell(ELanNotice::kWarning, exchange->warning);
+  Tell(ELanNotice::kLost, exchange->notice);
   if (!exchange->answered) return false;
   const std::span<const std::uint8_t> response(exchange->response.data(), exchange->size);
   CommandFrame::StoreResponse(buffer, length, response.front(), response.subspan(1));

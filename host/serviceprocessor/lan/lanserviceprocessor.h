@@ -14,9 +14,13 @@
 
 namespace NKROVEL20 {
 
-/// Gets what a user should be told during a run, one line without its end, on the thread that
-/// makes the exchange.
-using TLanNotice = std::function<void(const std::string&)>;
+enum class ELanNotice {
+  kWarning,  ///< what a session does not protect, or what a BMC should not have sent
+  kLost      ///< a node is given up
+};
+/// Gets what a user should be told, one line without its end, on the thread that makes the exchange or
+/// opens the sessions.
+using TLanNotice = std::function<void(ELanNotice, const std::string&)>;
 
 /// One node per entry of `options`, one session each for the whole run. The driver counts as
 /// present; no dot commands. Stopping the run ends every wait at once.
@@ -41,6 +45,8 @@ class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
 
  private:
   class TNode;
+  void Tell(ELanNotice kind, const std::string& text) const;
+
   TLanInterrupter interrupter_;
   std::vector<std::unique_ptr<TNode>> nodes_;
   TLanNotice notice_;

@@ -21,6 +21,13 @@ constexpr std::size_t kMaxPasswordFile = 4096;
                    "'" + spec + "': " + problem + "; expected lan:[USER@]HOST[:PORT], an IPv6 address in brackets");
 }
 
+// Without the SPEC, which has the password.
+[[noreturn]] void ThrowPasswordInUser() {
+  throw THostError(EExitStatus::kUsage,
+                   "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
+                   "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
+}
+
 bool IsAlphanumeric(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 /// Letters, digits and `others`.
@@ -71,6 +78,7 @@ TLanOptions ParseLanSpec(const std::string& spec) {
     options.user = rest.substr(0, at);
     rest.remove_prefix(at + 1);
     if (options.user.empty()) ThrowUsage(spec, "'@' without a user before it");
+    if (options.user.find(':') != std::string::npos) ThrowPasswordInUser();
     if (options.user.size() > kMaxUser) ThrowUsage(spec, "the user's name is longer than the 16 bytes of IPMI");
   }
   options.host = TakeHost(spec, rest);
