@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -20,6 +19,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kStep{100};
+constexpr std::size_t kPiece = 65536;
 
 class TDescriptor {
  public:
@@ -45,14 +45,17 @@ class TDescriptor {
 }
 
 std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit, milliseconds patience) {
+  // What is small enough is read into its place and never moved: it may be a password, which leaves no copies then.
   std::string content;
+  content.reserve(std::min(limit, kPiece) + 1);
   milliseconds silence{0};
   while (silence < patience) {
-    std::array<char, 65536> piece{};
-    const ssize_t n = read(descriptor, piece.data(), piece.size());
+    const std::size_t before = content.size();
+    content.resize(before + std::min(limit + 1 - before, kPiece));
+    const ssize_t n = read(descriptor, content.data() + before, content.size() - before);
+    content.resize(before + static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
     if (n < 0 && errno != EAGAIN) ThrowErrno(path, "read", errno);
     if (n > 0) {
-      content.append(piece.data(), static_cast<std::size_t>(n));
       if (content.size() > limit) ThrowTooLarge(path, limit);
       silence = {};
       continue;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/serviceprocessor/lan/secret.h"
+
 namespace NKROVEL20 {
 
 enum class EVerb { kCollect, kClasses, kPlugin, kCheck, kSimulate };
@@ -22,6 +24,7 @@ struct TCommonOptions {
   int verbosity = 0;  ///< the number of -v
   EWhen color = EWhen::kAuto;
   std::string passwordFile;
+  std::optional<TSecret> passwordVariable;  ///< what VELHOST_IPMI_PASSWORD said; not from the arguments
   std::optional<int> cipherSuite;
   std::string privilege;  ///< empty: admin
   bool replayTiming = false;

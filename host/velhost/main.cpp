@@ -1,6 +1,7 @@
 // velhost: loads the collector and runs it against a service processor.
 #include <unistd.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/output/outputfile.h"
+#include "host/serviceprocessor/lan/lanspec.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
@@ -17,9 +19,18 @@
 
 namespace {
 
+bool UsesNetwork(const NKROVEL20::TCommonOptions& options) {
+  return std::any_of(options.serviceProcessors.begin(), options.serviceProcessors.end(),
+                     [](const std::string& spec) { return spec.starts_with("lan:"); });
+}
+
 int RunCommand(const std::vector<std::string>& arguments) {
+  // Before anything else reads the environment, or hands it on.
+  auto password = NKROVEL20::TakeSecretVariable("VELHOST_IPMI_PASSWORD");
   std::string text;
-  const auto commandLine = NKROVEL20::ParseCommandLine(arguments, text);
+  auto commandLine = NKROVEL20::ParseCommandLine(arguments, text);
+  if (commandLine && UsesNetwork(commandLine->common)) commandLine->common.passwordVariable = password;
+  password.reset();  // simulate starts a program
   if (commandLine) return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
   NKROVEL20::WriteToStandardOutput(text);
   return 0;

@@ -1,7 +1,5 @@
 #include "host/velhost/serverconnection.h"
 
-#include <cstdlib>
-
 #include "host/core/hosterror.h"
 #include "host/serviceprocessor/faultinjector.h"
 #include "host/serviceprocessor/inband/inbandserviceprocessor.h"
@@ -114,7 +112,9 @@ class TLanConnection : public IServerConnection {
     TFileReader reader({options.passwordFile});
     std::vector<TLanOptions> nodes;
     for (const std::string& spec : specs) nodes.push_back(ParseLanSpec(spec));
-    const std::string password = LanPassword(options.passwordFile, std::getenv("VELHOST_IPMI_PASSWORD"), reader);
+    const std::string warning = PasswordFileWarning(options.passwordFile);
+    if (!warning.empty()) Say("warning: " + warning);
+    const TSecret password = LanPassword(options.passwordFile, options.passwordVariable, reader);
     for (TLanOptions& node : nodes) {
       node.password = password;
       node.privilege = LanPrivilegeOf(options.privilege).value_or(ELanPrivilege::kAdmin);
@@ -205,6 +205,7 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     return connection;
   }
   if (SchemeOf(first) == "lan") {
+    for (const std::string& spec : specs) ParseLanSpec(spec);  // what is wrong with the place comes first
     RequireMachineType(options, "", "over the network the machine type is not known");
     return ConnectLan(options, specs, installation, stop);
   }

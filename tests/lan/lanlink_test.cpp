@@ -18,7 +18,7 @@ TLanOptions Options() {
   TLanOptions options;
   options.host = "bmc";
   options.user = "admin";
-  options.password = "s3cret";
+  options.password = TSecret("s3cret");
   return options;
 }
 

@@ -4,6 +4,7 @@
 #include "host/serviceprocessor/lan/lanclient.h"
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/bmcsim/servertext.h"
+#include "tests/lan/memorysearch.h"
 #include "tests/serviceprocessor/sharedsuite.h"
 
 namespace NKROVEL20::Testing {
@@ -12,6 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 
 const std::vector<std::string> kModules = {VELHOST_MODULES};
@@ -21,7 +23,7 @@ TLanOptions OptionsFor(int port) {
   options.host = "127.0.0.1";
   options.port = static_cast<std::uint16_t>(port);
   options.user = kSimulatedUser;
-  options.password = kSimulatedPassword;
+  options.password = TSecret(kSimulatedPassword);
   options.cipherSuites = {3};
   return options;
 }
@@ -86,7 +88,7 @@ class LanSimulator : public testing::Test {
   }
   std::string Refusal(EExitStatus status) {
     std::string message = MessageOf([this] { Open(); }, status);
-    EXPECT_THAT(message, Not(HasSubstr(options_.password)));
+    EXPECT_THAT(message, Not(HasSubstr(options_.password.Text())));
     return message;
   }
   std::string Name() const { return "lan:127.0.0.1:" + std::to_string(options_.port); }
@@ -99,17 +101,29 @@ class LanSimulator : public testing::Test {
 
 TEST_F(LanSimulator, WrongPasswordIsRefused) {
   Serve();
-  options_.password = "not-this-one";
+  options_.password = TSecret("not-this-one");
   EXPECT_EQ(Refusal(EExitStatus::kNoPermission),
             Name() +
                 ": the password of user 'ipmiusr' is not the one that the BMC has; it is wrong, or what answers "
                 "there may be an impostor");
 }
 
+TEST_F(LanSimulator, RefusedPasswordIsNowhereInMemoryAfterwards) {
+  Serve();
+  TMemorySearch search;
+  std::string password = THiddenText::Decoded();
+  options_.password = TSecret(password);
+  Wipe(password);
+  ASSERT_FALSE(search.Places().empty());
+  EXPECT_THROW(Open(), THostError);
+  options_.password = TSecret();
+  EXPECT_THAT(search.Places(), IsEmpty());
+}
+
 TEST_F(LanSimulator, WrongUserIsRefused) {
   Serve();
   options_.user = "nobody";
-  options_.password = "s3cret";
+  options_.password = TSecret("s3cret");
   EXPECT_EQ(Refusal(EExitStatus::kNoPermission), Name() + ": the BMC refuses user 'nobody'");
 }
 

@@ -1,14 +1,25 @@
 #include "host/serviceprocessor/lan/lanspec.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
 
 #include "host/core/hosterror.h"
+#include "tests/lan/memorysearch.h"
 
 namespace NKROVEL20 {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
+using testing::IsEmpty;
 
 TEST(LanSpec, HostAloneHasTheStandardPortAndNoUser) {
   const TLanOptions options = ParseLanSpec("lan:bmc7.example.net");
@@ -104,48 +115,160 @@ TEST(LanPrivilege, HasThreeNames) {
 
 class LanPasswordTest : public testing::Test {
  protected:
-  void ExpectError(const std::string& file, const char* environment, EExitStatus status, const std::string& message) {
+  void ExpectError(const std::string& file, const std::optional<TSecret>& variable, EExitStatus status,
+                   const std::string& message) {
     try {
-      LanPassword(file, environment, reader_);
+      LanPassword(file, variable, reader_);
       ADD_FAILURE() << "got a password";
     } catch (const THostError& error) {
       EXPECT_EQ(error.Status(), status);
       EXPECT_EQ(error.what(), message);
     }
   }
+  std::string PasswordOf(const std::string& content) {
+    reader_.Add("f", content);
+    return LanPassword("f", TSecret("other"), reader_).Text();
+  }
   TMemoryReader reader_;
 };
 
-TEST_F(LanPasswordTest, ComesFromTheEnvironment) {
-  EXPECT_EQ(LanPassword("", "pw", reader_), "pw");
-  EXPECT_EQ(LanPassword("", "", reader_), "");
+TEST_F(LanPasswordTest, ComesFromTheVariable) {
+  EXPECT_STREQ(LanPassword("", TSecret("pw"), reader_).Text(), "pw");
+  EXPECT_STREQ(LanPassword("", TSecret(""), reader_).Text(), "");
 }
 
 TEST_F(LanPasswordTest, IsTheFilesFirstLine) {
-  reader_.Add("f", "pw two\nrest\n");
-  EXPECT_EQ(LanPassword("f", "other", reader_), "pw two");
-  reader_.Add("f", "pw\r\n");
-  EXPECT_EQ(LanPassword("f", nullptr, reader_), "pw");
-  reader_.Add("f", "no end");
-  EXPECT_EQ(LanPassword("f", nullptr, reader_), "no end");
+  EXPECT_EQ(PasswordOf("pw two\nrest\n"), "pw two");
+  EXPECT_EQ(PasswordOf("pw\r\n"), "pw");
+  EXPECT_EQ(PasswordOf("no end"), "no end");
+  EXPECT_EQ(PasswordOf(std::string("pw\nrest\0", 8)), "pw");
 }
 
 TEST_F(LanPasswordTest, IsNeeded) {
-  ExpectError("", nullptr, EExitStatus::kUsage,
+  ExpectError("", std::nullopt, EExitStatus::kUsage,
               "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
               "or name a file with --password-file");
 }
 
 TEST_F(LanPasswordTest, HasAtMostTwentyBytes) {
-  EXPECT_EQ(LanPassword("", "12345678901234567890", reader_), "12345678901234567890");
-  ExpectError("", "123456789012345678901", EExitStatus::kUsage,
+  EXPECT_STREQ(LanPassword("", TSecret("12345678901234567890"), reader_).Text(), "12345678901234567890");
+  ExpectError("", TSecret("123456789012345678901"), EExitStatus::kUsage,
               "the password in VELHOST_IPMI_PASSWORD is longer than the 20 bytes of IPMI 2.0");
   reader_.Add("f", "123456789012345678901");
-  ExpectError("f", nullptr, EExitStatus::kUsage, "the password in f is longer than the 20 bytes of IPMI 2.0");
+  ExpectError("f", std::nullopt, EExitStatus::kUsage, "the password in f is longer than the 20 bytes of IPMI 2.0");
+}
+
+// As text for C it would end there, and a shorter password would be sent.
+TEST_F(LanPasswordTest, HasNoNul) {
+  reader_.Add("f", std::string("pw\0x\n", 5));
+  ExpectError("f", std::nullopt, EExitStatus::kBadData, "f: the password in its first line has a NUL character");
 }
 
 TEST_F(LanPasswordTest, FileThatIsNotThereIsNoInput) {
-  ExpectError("gone", "pw", EExitStatus::kNoInput, "cannot open gone: No such file or directory");
+  ExpectError("gone", TSecret("pw"), EExitStatus::kNoInput, "cannot open gone: No such file or directory");
+}
+
+TEST(LanPasswordVariable, IsTakenOutOfTheEnvironment) {
+  setenv("VELHOST_TEST_PASSWORD", "s3cret", 1);
+  const char* const place = getenv("VELHOST_TEST_PASSWORD");
+  const auto taken = TakeSecretVariable("VELHOST_TEST_PASSWORD");
+  ASSERT_TRUE(taken);
+  EXPECT_STREQ(taken->Text(), "s3cret");
+  EXPECT_EQ(getenv("VELHOST_TEST_PASSWORD"), nullptr);
+  EXPECT_EQ(std::string(place, 6), std::string(6, '\0'));
+  EXPECT_FALSE(TakeSecretVariable("VELHOST_TEST_PASSWORD"));
+}
+
+TEST(Secret, ProcessCannotBeReadWhileItHoldsOne) {
+  ASSERT_EQ(prctl(PR_GET_DUMPABLE), 1);
+  {
+    const TSecret first("a");
+    EXPECT_EQ(prctl(PR_GET_DUMPABLE), 0);
+    const auto copy = std::make_unique<TSecret>(first);
+    const TSecret second("b");
+    EXPECT_STREQ(copy->Text(), "a");
+    EXPECT_EQ(prctl(PR_GET_DUMPABLE), 0);
+  }
+  EXPECT_EQ(prctl(PR_GET_DUMPABLE), 1);
+}
+
+// What free() itself overwrites is the first few bytes; the text is behind them.
+TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
+  Testing::TMemorySearch search;
+  std::string text = std::string(40, '-') + Testing::THiddenText::Decoded();
+  auto secret = std::make_unique<TSecret>(text);
+  Wipe(text);
+  auto copy = std::make_unique<TSecret>(*secret);
+  secret.reset();
+  EXPECT_EQ(search.Places().size(), 1U);
+  copy.reset();
+  EXPECT_THAT(search.Places(), IsEmpty());
+}
+
+TEST(Secret, WipedTextIsEmptyAndItsRoomToo) {
+  std::string text(40, 'x');
+  text.resize(3);
+  Wipe(text);
+  EXPECT_EQ(text, "");
+  text.resize(40, ' ');
+  EXPECT_EQ(text, std::string(40, ' '));
+}
+
+class PasswordFile : public testing::Test {
+ protected:
+  PasswordFile() { close(mkstemp(path_.data())); }
+  ~PasswordFile() override { unlink(path_.c_str()); }
+  std::string WarningWith(mode_t mode) const {
+    chmod(path_.c_str(), mode);
+    return PasswordFileWarning(path_);
+  }
+  std::string path_ = (std::filesystem::temp_directory_path() / "velhost-password-XXXXXX").string();
+};
+
+// Behind other text, since free() itself overwrites the first few bytes.
+std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + Testing::THiddenText::Decoded(); }
+
+TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
+  std::string text = LongPasswordFile();
+  std::ofstream(path_) << text;
+  Wipe(text);
+  Testing::TMemorySearch search;
+  TFileReader reader;
+  EXPECT_STREQ(LanPassword(path_, std::nullopt, reader).Text(), "short");
+  EXPECT_THAT(search.Places(), IsEmpty());
+}
+
+TEST_F(PasswordFile, NothingIsLeftOfAPipeThatComesInTwoPieces) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+  std::string text = LongPasswordFile();
+  std::thread writer([out = ends[1], &text] {
+    EXPECT_EQ(write(out, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    Wipe(text);
+    // The second piece once the first is read.
+    for (int unread = 1; unread > 0 && ioctl(out, FIONREAD, &unread) == 0;) std::this_thread::yield();
+    const std::string rest(1000, '-');
+    EXPECT_EQ(write(out, rest.data(), rest.size()), 1000);
+    close(out);
+  });
+  const std::string pipe = "/dev/fd/" + std::to_string(ends[0]);
+  TFileReader reader({pipe});
+  EXPECT_STREQ(LanPassword(pipe, std::nullopt, reader).Text(), "short");
+  writer.join();
+  close(ends[0]);
+  EXPECT_THAT(Testing::TMemorySearch().Places(), IsEmpty());
+}
+
+TEST_F(PasswordFile, IsWarnedOfWhenOthersMayReadIt) {
+  EXPECT_EQ(WarningWith(0644),
+            "permissions 0644 for '" + path_ + "' are too open: others may read the password in it (chmod 600)");
+  EXPECT_EQ(WarningWith(0640),
+            "permissions 0640 for '" + path_ + "' are too open: others may read the password in it (chmod 600)");
+  for (const mode_t mode : {0604U, 0620U, 0601U}) EXPECT_NE(WarningWith(mode), "") << mode;
+  for (const mode_t mode : {0600U, 0400U, 0700U}) EXPECT_EQ(WarningWith(mode), "") << mode;
+  EXPECT_EQ(PasswordFileWarning("/dev/null"), "");
+  EXPECT_EQ(PasswordFileWarning("/nowhere"), "");
+  EXPECT_EQ(PasswordFileWarning(""), "");
 }
 
 }  // namespace

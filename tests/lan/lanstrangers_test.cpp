@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "host/serviceprocessor/lan/lanclient.h"
+#include "tests/lan/memorysearch.h"
 #include "tests/lan/standinbmc.h"
 #include "tests/serviceprocessor/bmclanguage.h"
 
@@ -10,6 +11,7 @@ namespace NKROVEL20::Testing {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class LanStrangers : public testing::TestWithParam<int> {
  protected:
@@ -79,6 +81,19 @@ TEST_P(LanStrangers, SuiteWithoutAnyProtectionIsWarnedOf) {
               ElementsAre(std::pair(ELanNotice::kWarning,
                                     Name() + ": cipher suite 0 checks no password and protects nothing: anybody on the "
                                              "network can pose as the BMC, and read and change what is exchanged")));
+}
+
+TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {
+  TMemorySearch search;
+  std::string password = THiddenText::Decoded();
+  options_.password = TSecret(password);
+  Wipe(password);
+  ASSERT_FALSE(search.Places().empty());
+  auto processor = Open();
+  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  processor.reset();
+  options_.password = TSecret();
+  EXPECT_THAT(search.Places(), IsEmpty());
 }
 
 }  // namespace

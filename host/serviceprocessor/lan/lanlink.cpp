@@ -84,7 +84,7 @@ TLanLink::TOutcome TLanLink::TryOpen(const TWay& way, milliseconds time, millise
   VelLanOpening opening = {};
   opening.address = address.c_str();
   opening.user = options_.user.c_str();
-  opening.password = options_.password.c_str();
+  opening.password = options_.password.Text();
   opening.privilege = static_cast<std::uint8_t>(options_.privilege);
   opening.cipherSuite = way.cipherSuite;
   opening.leavePrivilegeOpen = way.leavePrivilegeOpen ? 1 : 0;

@@ -1,7 +1,13 @@
 #include "host/serviceprocessor/lan/lanspec.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <sstream>
 #include <string_view>
 
 #include "host/core/hosterror.h"
@@ -68,6 +74,16 @@ std::uint16_t TakePort(const std::string& spec, std::string_view rest, std::uint
   return *port;
 }
 
+TSecret FirstLine(const std::string& file, ISourceReader& reader) {
+  std::string content = reader.Read(file, kMaxPasswordFile);
+  std::string_view line(content);
+  line = line.substr(0, line.find('\n'));
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  TSecret secret(line);
+  Wipe(content);
+  return secret;
+}
+
 }  // namespace
 
 TLanOptions ParseLanSpec(const std::string& spec) {
@@ -107,23 +123,41 @@ std::string AddressOf(const TLanOptions& options) {
   return (bracketed ? "[" + options.host + "]" : options.host) + ":" + std::to_string(options.port);
 }
 
-std::string LanPassword(const std::string& file, const char* environment, ISourceReader& reader) {
-  if (file.empty() && environment == nullptr) {
+std::optional<TSecret> TakeSecretVariable(const char* name) {
+  char* const value = std::getenv(name);
+  if (value == nullptr) return std::nullopt;
+  TSecret secret{std::string_view(value)};
+  explicit_bzero(value, std::strlen(value));
+  unsetenv(name);
+  return secret;
+}
+
+TSecret LanPassword(const std::string& file, const std::optional<TSecret>& variable, ISourceReader& reader) {
+  if (file.empty() && !variable) {
     throw THostError(EExitStatus::kUsage,
                      "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
                      "or name a file with --password-file");
   }
-  std::string password = file.empty() ? environment : reader.Read(file, kMaxPasswordFile);
-  if (!file.empty()) {
-    password.resize(std::min(password.find('\n'), password.size()));
-    if (password.ends_with('\r')) password.pop_back();
+  TSecret password = file.empty() ? *variable : FirstLine(file, reader);
+  if (std::strlen(password.Text()) != password.Size()) {
+    throw THostError(EExitStatus::kBadData, file + ": the password in its first line has a NUL character");
   }
-  if (password.size() > kMaxPassword) {
+  if (password.Size() > kMaxPassword) {
     throw THostError(EExitStatus::kUsage,
                      (file.empty() ? "the password in VELHOST_IPMI_PASSWORD" : "the password in " + file) +
                          std::string(" is longer than the 20 bytes of IPMI 2.0"));
   }
   return password;
+}
+
+std::string PasswordFileWarning(const std::string& file) {
+  struct stat status = {};
+  if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+  if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return {};
+  std::ostringstream text;
+  text << "permissions " << std::oct << std::setfill('0') << std::setw(4) << (status.st_mode & 07777U) << " for '"
+       << file << "' are too open: others may read the password in it (chmod 600)";
+  return text.str();
 }
 
 }  // namespace NKROVEL20
