@@ -168,6 +168,7 @@ void Compare(bool quick) {
   const bench::TFolder folder;
   const bench::TSimulator simulator(folder.Write("server.toml", kServer));
   const std::string password = folder.Write("password", bench::TSimulator::kPassword);
+  std::filesystem::permissions(password, std::filesystem::perms::owner_read);
   const std::string schema = folder.Write("schema.mof", MakeSchema(reads));
   const std::string toolFile = folder.Write("ipmitool", MakeCommands(reads, "raw 0x3a 0x62"));
   const std::string rawFile = folder.Write("ipmi-raw", MakeCommands(reads, "0 0x3a 0x62"));

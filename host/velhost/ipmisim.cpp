@@ -36,6 +36,9 @@ constexpr int kCannotExecute = 127;
 constexpr int kRemovals = 100;
 constexpr useconds_t kRemovalStep = 20'000;
 
+// All that ipmi_sim is told of its surroundings: a user's environment may hold secrets.
+constexpr std::array<const char*, 3> kEnvironment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C", nullptr};
+
 // The BMC at address 0x20: device id, no SDRs, revision, firmware version, capabilities, maker, product.
 constexpr const char* kCommands =
     "mc_setbmc 0x20\n"
@@ -69,6 +72,9 @@ void ReplaceStandardStreams(int input, int output) {
   dup2(output, STDERR_FILENO);
 }
 
+/// Closes what this process has inherited and does not know of.
+void CloseFrom(int first) { close_range(static_cast<unsigned int>(first), ~0U, 0); }
+
 /// In the child: what follows a fork may only use system calls.
 [[noreturn]] void Become(const char* program, char* const* arguments, const char* log, pid_t parent) {
   sigset_t none;
@@ -83,7 +89,8 @@ void ReplaceStandardStreams(int input, int output) {
   const int output = open(log, O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (input < 0 || output < 0) _exit(kCannotExecute);
   ReplaceStandardStreams(input, output);
-  execv(program, arguments);
+  CloseFrom(STDERR_FILENO + 1);
+  execve(program, arguments, const_cast<char* const*>(kEnvironment.data()));
   _exit(kCannotExecute);
 }
 
@@ -92,10 +99,13 @@ void ReplaceStandardStreams(int input, int output) {
 [[noreturn]] void KeepFolder(int pipeEnd, const std::string& folder) {
   setpgid(0, 0);  // what ends the parent's group, such as Ctrl-C, is not for the keeper
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-  // Whoever reads the parent's output must see its end.
+  // Whoever reads the parent's output, or another pipe that it has inherited, must see its end.
   ReplaceStandardStreams(nothing, nothing);
+  constexpr int kOnly = STDERR_FILENO + 1;
+  if (pipeEnd != kOnly) dup2(pipeEnd, kOnly);
+  CloseFrom(kOnly + 1);
   std::array<char, 1> byte{};
-  while (read(pipeEnd, byte.data(), byte.size()) < 0 && errno == EINTR) continue;
+  while (read(kOnly, byte.data(), byte.size()) < 0 && errno == EINTR) continue;
   // ipmi_sim dies with the parent, but not at the same moment: it may still be writing.
   std::error_code error;
   for (int i = 0; i < kRemovals && fs::exists(folder, error); ++i) {
@@ -215,6 +225,14 @@ std::string TIpmiSim::Output() const {
   std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   while (text.ends_with('\n')) text.pop_back();
   return text;
+}
+
+std::string TIpmiSim::HowItEnded() const {
+  siginfo_t end = {};
+  if (waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) != 0) return {};
+  if (end.si_code == CLD_EXITED) return "with status " + std::to_string(end.si_status);
+  const char* const name = sigabbrev_np(end.si_status);
+  return "by signal " + std::to_string(end.si_status) + (name != nullptr ? std::string(" (SIG") + name + ")" : "");
 }
 
 bool AnswersIpmi(int port, milliseconds time) {

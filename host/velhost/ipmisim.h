@@ -43,7 +43,8 @@ class TPrivateFolder {
   int descriptor_ = -1;  ///< whose closing the keeper waits for
 };
 
-/// A running ipmi_sim. It is ended with this object, and by the kernel if this process dies.
+/// A running ipmi_sim, which inherits no descriptor but standard streams of its own, and nothing of the
+/// environment. It is ended with this object, and by the kernel if this process dies.
 class TIpmiSim {
  public:
   /// Throws THostError (kCannotCreate, kUnavailable).
@@ -55,6 +56,8 @@ class TIpmiSim {
   /// Becomes readable when it has ended.
   int Descriptor() const { return descriptor_; }
   bool HasEnded() const { return WaitForEnd(std::chrono::milliseconds(0)); }
+  /// "with status 1" or "by signal 9 (SIGKILL)", once it has.
+  std::string HowItEnded() const;
   /// What it has written so far, without the last line's end; for messages.
   std::string Output() const;
 

@@ -68,11 +68,13 @@ class TEndingSignals {
   int descriptor_;
 };
 
+/// A folder of PATH that is empty or relative depends on where the command is called, and is passed over.
 std::string FindProgram() {
   const char* const path = std::getenv("PATH");
   std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
   for (std::string folder; std::getline(folders, folder, ':');) {
-    std::string file = (folder.empty() ? "." : folder) + "/" + kProgram;
+    if (!folder.starts_with('/')) continue;
+    std::string file = folder + "/" + kProgram;
     if (access(file.c_str(), X_OK) == 0) return file;
   }
   throw THostError(EExitStatus::kUnavailable,
@@ -134,8 +136,8 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
 
 [[noreturn]] void ThrowEnded(const TIpmiSim& simulator, const char* when) {
   const std::string output = simulator.Output();
-  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when +
-                                                  (output.empty() ? ", and said nothing of why" : ": " + output));
+  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when + " (" + simulator.HowItEnded() +
+                                                  ")" + (output.empty() ? ", and said nothing of why" : ": " + output));
 }
 
 /// Waits for a signal (true), or until the time is over or the simulator has ended (false).
@@ -174,7 +176,7 @@ std::string ConnectingLines(const TSimulateArguments& arguments, const std::stri
                      ").\nConnect with one of:\n  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " + port + " -U " + user +
                      " -P " + password + " mc info\n  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" + port + " -u " + user +
                      " -p " + password + " -I 3 -l ADMIN -W opensesspriv 0 6 1\n  VELHOST_IPMI_PASSWORD=" + password +
-                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port + " --machine-type " +
+                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port + " --cipher-suite 3 --machine-type " +
                      Quoted(SafeText(machineType)) + "\n";
   if (arguments.serialPort) {
     text += "As the BMC of a virtual machine:\n  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +

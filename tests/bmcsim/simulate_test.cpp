@@ -77,7 +77,7 @@ TEST_F(Simulate, PrintsLinesThatConnect) {
                 " -u ipmiusr -p test -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
                 "  VELHOST_IPMI_PASSWORD=test velhost collect --sp lan:ipmiusr@127.0.0.1:" +
                 port +
-                " --machine-type '62'\\''03'\n"
+                " --cipher-suite 3 --machine-type '62'\\''03'\n"
                 "As the BMC of a virtual machine:\n"
                 "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
                 std::to_string(serial) +
@@ -156,6 +156,48 @@ TEST_F(Simulate, MissingIpmiSimNamesItsPackage) {
   setenv("PATH", before.c_str(), 1);
 }
 
+/// Puts a script called ipmi_sim into a folder, and that folder alone on PATH.
+class SimulateWithScript : public Simulate {
+ protected:
+  ~SimulateWithScript() override { setenv("PATH", before_.c_str(), 1); }
+  void Script(const std::string& name, const std::string& body) {
+    const std::string file = folder_.Write(name, "#!/bin/sh\n" + body);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    setenv("PATH", folder_.Path().c_str(), 1);
+  }
+  std::string before_ = std::getenv("PATH");
+};
+
+TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
+  setenv("VELHOST_IPMI_PASSWORD", "s3cret", 1);
+  const int foreign = dup(STDERR_FILENO);  // not closed by execve
+  // The shell itself adds PWD, and sometimes _ and SHLVL; of the descriptors ls has the folder's own.
+  Script("ipmi_sim", "env | grep -vE '^(PWD|SHLVL|_|OLDPWD)=' | sort; ls /proc/self/fd | tr '\\n' ' '; exit 7\n");
+  ExpectError(arguments_, EExitStatus::kUnavailable,
+              "ipmi_sim ended instead of starting (with status 7): LC_ALL=C\n"
+              "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n0 1 2 3 ");
+  close(foreign);
+  unsetenv("VELHOST_IPMI_PASSWORD");
+}
+
+TEST_F(SimulateWithScript, SignalThatEndedIpmiSimIsNamed) {
+  Script("ipmi_sim", "kill -KILL $$\n");
+  ExpectError(arguments_, EExitStatus::kUnavailable,
+              "ipmi_sim ended instead of starting (by signal 9 (SIGKILL)), and said nothing of why");
+}
+
+TEST_F(SimulateWithScript, ProgramOfTheCurrentFolderIsNotRun) {
+  Script("ipmi_sim", "echo planted; exit 1\n");
+  const auto here = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.Path());
+  for (const char* const path : {"", ":", ".", "/nowhere::.", "./"}) {
+    setenv("PATH", path, 1);
+    ExpectError(arguments_, EExitStatus::kUnavailable,
+                "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
+  }
+  std::filesystem::current_path(here);
+}
+
 TEST_F(Simulate, MissingModuleIsNamed) {
   SKIP_WITHOUT_IPMI_SIM();
   ExpectError(arguments_, EExitStatus::kUnavailable,
@@ -186,6 +228,18 @@ TEST_F(Simulate, BadServerFileIsReportedWithItsPlace) {
     EXPECT_EQ(error.Status(), EExitStatus::kBadData);
     EXPECT_THAT(error.what(), StartsWith(arguments_.file + ":1:"));
   }
+}
+
+// Else whoever reads the pipe would wait as long as the folder lasts.
+TEST(PrivateFolder, KeeperHoldsNoDescriptorOfItsParent) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const TPrivateFolder folder;
+  close(ends[1]);
+  char byte = 0;
+  EXPECT_EQ(read(ends[0], &byte, 1), 0);
+  close(ends[0]);
+  EXPECT_TRUE(std::filesystem::exists(folder.Path()));
 }
 
 TEST(IpmiSimConfiguration, SaysWhatIsServedAndWhere) {
