@@ -195,6 +195,10 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
                                                  const TStopSignal& stop) {
   const std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
+  // Before any message repeats a SPEC that has a password.
+  for (const std::string& spec : specs) {
+    if (SchemeOf(spec) == "lan") ParseLanSpec(spec);
+  }
   CheckCombination(specs);
   const std::string& first = specs.front();
   if (SchemeOf(first) == "inband") {
@@ -205,7 +209,6 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     return connection;
   }
   if (SchemeOf(first) == "lan") {
-    for (const std::string& spec : specs) ParseLanSpec(spec);  // what is wrong with the place comes first
     RequireMachineType(options, "", "over the network the machine type is not known");
     return ConnectLan(options, specs, installation, stop);
   }

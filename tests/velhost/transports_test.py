@@ -3,6 +3,7 @@
 import errno
 import json
 import os
+import pathlib
 import re
 import shutil
 import signal
@@ -84,7 +85,7 @@ class Transports(VelhostCase):
 
     def lan_arguments(self, port, schema):
         return ["collect", "--format", "json", "--schema", schema, "--machine-type", "6203", "--sp",
-                f"lan:{self.user}@127.0.0.1:{port}", BRIDGE, "KROSG_DCAPFile"]
+                f"lan:{self.user}@127.0.0.1:{port}", "--cipher-suite", "3", BRIDGE, "KROSG_DCAPFile"]
 
     def test_a_killed_simulator_leaves_nothing(self):
         process, port = self.simulate(SERVER)
@@ -142,12 +143,12 @@ class Transports(VelhostCase):
 
     def test_wrong_password_is_refused(self):
         _, port = self.simulate(SERVER)
-        self.environment["VELHOST_IPMI_PASSWORD"] = "not the one"
+        self.environment["VELHOST_IPMI_PASSWORD"] = "s3cret"
         schema = self.schema({"Listed": (0x00ABCDEF, 8)})
         done = subprocess.run([VELHOST, *self.lan_arguments(port, schema)], capture_output=True, text=True,
                               cwd=self.folder, env=self.environment, timeout=120)
         self.assertEqual(done.returncode, 77, done.stderr)
-        self.assertNotIn("not the one", done.stderr)
+        self.assertNotIn("s3cret", done.stderr)
 
     def test_password_from_a_pipe(self):
         _, port = self.simulate(SERVER)
@@ -157,6 +158,54 @@ class Transports(VelhostCase):
                               cwd=self.folder, env=self.environment, timeout=120)
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(len(json.loads(done.stdout)["instances"]), 2)
+
+    def test_what_a_session_leaves_open_is_warned_of(self):
+        _, port = self.simulate(SERVER)
+        password = pathlib.Path(self.write("password", "test\n"))
+        password.chmod(0o640)
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        arguments = [word for word in self.lan_arguments(port, schema) if word not in ("--cipher-suite", "3")]
+        done = subprocess.run([VELHOST, *arguments, "--password-file", str(password)], capture_output=True, text=True,
+                              cwd=self.folder, env=self.environment, timeout=120)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.stderr, (
+            f"velhost: warning: permissions 0640 for '{password}' are too open: others may read the password in it "
+            "(chmod 600)\n"
+            f"velhost: warning: lan:127.0.0.1:{port}: no session with cipher suite 17, so the weaker 3 is used; an "
+            "attacker can bring that about (--cipher-suite 17 takes no other, --cipher-suite 3 ends this warning)\n"))
+
+    def test_a_nul_in_the_password_is_bad_data(self):
+        password = self.folder / "password"
+        password.write_bytes(b"te\0st\n")
+        password.chmod(0o600)
+        done = self.run_velhost("collect", "--sp", "lan:192.0.2.1", "--machine-type", "6203",
+                                "--password-file", str(password))
+        self.assertEqual((done.returncode, done.stderr),
+                         (65, f"velhost: {password}: the password in its first line has a NUL character\n"))
+
+    def test_a_password_on_the_command_line_is_refused_and_not_repeated(self):
+        for arguments in (["--sp", "lan:me:s3cret@192.0.2.1"], ["--sp", "sim", "--sp", "lan:me:s3cret@192.0.2.1"]):
+            done = self.run_velhost("collect", *arguments)
+            self.assertEqual((done.returncode, done.stderr), (64, (
+                "velhost: lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in "
+                "the list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file\n")))
+
+    def test_the_password_is_not_in_the_environment_of_a_run(self):
+        _, port = self.simulate(SLOW)
+        schema = self.schema({f"Register{i}": (0x1000 + 8 * i, 8) for i in range(1000)}, count=1)
+        process = subprocess.Popen([VELHOST, *self.lan_arguments(port, schema), "--record", "run.jsonl"], text=True,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, cwd=self.folder,
+                                   env=self.environment)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.wait_for_exchanges(process, "run.jsonl", 2)
+        place = pathlib.Path(f"/proc/{process.pid}/environ")
+        if os.geteuid() != 0:
+            self.assertRaises(PermissionError, place.read_bytes)
+            return
+        environment = place.read_bytes()
+        self.assertIn(b"TZ=UTC0", environment)
+        self.assertNotIn(b"VELHOST_IPMI_PASSWORD=t", environment)
 
     def test_a_bmc_that_dies_in_mid_run_leaves_what_was_complete(self):
         simulator, port = self.simulate(SLOW)
