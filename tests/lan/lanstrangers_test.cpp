@@ -77,10 +77,26 @@ TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndSaid) {
 
 TEST_P(LanStrangers, SuiteWithoutAnyProtectionIsWarnedOf) {
   const auto processor = Open();
+  EXPECT_EQ(bmc_.Proofs(), 2);  // one opening to find out how, one for use
   EXPECT_THAT(notices_,
               ElementsAre(std::pair(ELanNotice::kWarning,
                                     Name() + ": cipher suite 0 checks no password and protects nothing: anybody on the "
                                              "network can pose as the BMC, and read and change what is exchanged")));
+}
+
+TEST_P(LanStrangers, ImpostorIsSuspectedAndGetsNoProofOfThePassword) {
+  options_.password = TSecret("s3cret");
+  options_.cipherSuites = {3};
+  try {
+    Open();
+    FAIL() << "opened";
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), EExitStatus::kNoPermission);
+    EXPECT_EQ(error.what(), Name() +
+                                ": the password of user 'user' is not the one that the BMC has; it is wrong, or "
+                                "what answers there may be an impostor");
+  }
+  EXPECT_EQ(bmc_.Proofs(), 0);
 }
 
 TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {

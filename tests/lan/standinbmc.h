@@ -1,5 +1,5 @@
-// A BMC on the loopback that can misbehave, which ipmi_sim cannot. It knows cipher suite 0 alone, so
-// that nothing in a session is signed or encrypted, and has no password.
+// A BMC on the loopback that can misbehave, which ipmi_sim cannot. It knows no password: with cipher
+// suite 0, where nothing is signed or encrypted, it can serve; with others it is an impostor.
 #pragma once
 
 #include <arpa/inet.h>
@@ -115,6 +115,8 @@ class TStandInBmc {
     thread_ = std::thread([this] { Serve(); });
   }
   int Port() const { return port_; }
+  /// How often the client has sent its own proof of the password.
+  int Proofs() const { return proofs_; }
   /// An empty datagram from the BMC's address and port, as if somebody forged them. From within onCommand.
   void SendEmpty(int port) const { socket_.Send({}, port); }
   /// How many commands of network function 0x3A have come.
@@ -137,8 +139,9 @@ class TStandInBmc {
     const TBytes payload(request.begin() + 16, request.end());
     switch (request[5] & 0x3FU) {
       case 0x10: return OpenSession(payload);
-      case 0x12: return Wrapped(0x13, 0, 0, Joined({payload[0], 0, 0, 0}, console_, TBytes(32, 0x5A)));
-      case 0x14: return Wrapped(0x15, 0, 0, Joined({payload[0], 0, 0, 0}, console_));
+      // Number, GUID, and the code that proves the password: anything, where the suite has one.
+      case 0x12: return Wrapped(0x13, 0, 0, Joined({payload[0], 0, 0, 0}, console_, TBytes(signed_ ? 52 : 32, 0x5A)));
+      case 0x14: ++proofs_; return Wrapped(0x15, 0, 0, Joined({payload[0], 0, 0, 0}, console_));
       default: break;
     }
     const TBytes answer = Command(payload, client);
@@ -158,6 +161,7 @@ class TStandInBmc {
   TBytes OpenSession(const TBytes& payload) {
     console_.assign(payload.begin() + 4, payload.begin() + 8);
     sequence_ = 0;
+    signed_ = payload[12] != 0;
     const TBytes managed = {0x11, 0x22, 0x33, 0x44};
     return Wrapped(
         0x11, 0, 0,
@@ -207,7 +211,9 @@ class TStandInBmc {
   int port_ = 0;
   TBytes console_;
   std::uint8_t sequence_ = 0;
+  bool signed_ = false;
   std::atomic<int> requests_ = 0;
+  std::atomic<int> proofs_ = 0;
   std::thread thread_;
 };
 
