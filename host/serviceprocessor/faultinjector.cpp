@@ -9,11 +9,6 @@ namespace NKROVEL20 {
 
 namespace {
 
-bool Matches(const TFault& fault, EExchangeKind kind, int node) {
-  if (fault.node && *fault.node != node) return false;
-  return fault.on ? *fault.on == kind : kind != EExchangeKind::kDot;
-}
-
 void Truncate(std::size_t size, TIPMICommandBuffer& buffer, int& length) {
   const std::size_t data = size - std::min(size, TIPMICommandBuffer::kData);
   if (data >= buffer.DataLength()) return;
@@ -25,20 +20,35 @@ void Truncate(std::size_t size, TIPMICommandBuffer& buffer, int& length) {
 
 }  // namespace
 
-TFaultInjector::TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults) : inner_(inner) {
-  for (TFault& fault : faults) faults_.push_back({fault});
+TFaultInjector::TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults)
+    : inner_(inner), faults_(std::move(faults)) {
+  for (std::size_t i = 0; i < faults_.size(); ++i) {
+    TGroup& group = groups_[{faults_[i].on, faults_[i].node}];
+    if (faults_[i].nth) {
+      group.firstOf.emplace(*faults_[i].nth, i);
+    } else {
+      group.first = std::min(group.first, i);
+    }
+  }
 }
 
-// Faults behind the one that is applied count as well.
+// Faults after the one that is applied count as well.
 const TFault* TFaultInjector::CountAndChoose(EExchangeKind kind, int node) {
-  const TFault* chosen = nullptr;
-  for (TCountedFault& entry : faults_) {
-    if (!Matches(entry.fault, kind, node)) continue;
-    ++entry.count;
-    const bool isDue = !entry.fault.nth || *entry.fault.nth == entry.count;
-    if (isDue && chosen == nullptr) chosen = &entry.fault;
+  std::size_t chosen = kNone;
+  std::vector<std::optional<EExchangeKind>> kinds = {kind};
+  if (kind != EExchangeKind::kDot) kinds.emplace_back();
+  for (const auto& on : kinds) {
+    for (const std::optional<int> of : {std::optional(node), std::optional<int>()}) {
+      const auto found = groups_.find({on, of});
+      if (found == groups_.end()) continue;
+      TGroup& group = found->second;
+      ++group.count;
+      chosen = std::min(chosen, group.first);
+      const auto due = group.firstOf.find(group.count);
+      if (due != group.firstOf.end()) chosen = std::min(chosen, due->second);
+    }
   }
-  return chosen;
+  return chosen == kNone ? nullptr : &faults_[chosen];
 }
 
 bool TFaultInjector::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {

@@ -1,7 +1,11 @@
 // Faults over any service processor: wrong completion codes, lost and shortened answers, delays.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "host/serviceprocessor/iserviceprocessor.h"
@@ -10,7 +14,7 @@
 namespace NKROVEL20 {
 
 /// Every fault counts each exchange that its `on` and `node` match; the first one that is due is
-/// applied to the exchange. What takes no place at all counts for none: an exchange without a
+/// applied to the exchange. What does not take place at all counts for none: an exchange without a
 /// driver, or with a BMC node or service processor that does not exist.
 ///
 /// A delay comes before the answer, and stopping the run in it leaves the exchange without one. A
@@ -30,15 +34,21 @@ class NKROVEL20_API TFaultInjector : public IServiceProcessor {
                const TStopSignal& stop) override;
 
  private:
-  struct TCountedFault {
-    TFault fault;
-    std::int64_t count = 0;  // of the exchanges that matched
+  /// Faults with the same `on` and `node`. They match the same exchanges, so that one count does for
+  /// all, and an exchange takes the same time whatever their number.
+  struct TGroup {
+    std::int64_t count = 0;                       // of the exchanges that matched
+    std::size_t first = kNone;                    // the place of the first fault without nth
+    std::map<std::int64_t, std::size_t> firstOf;  // the place of the first fault with each nth
   };
+  using TGroupKey = std::pair<std::optional<EExchangeKind>, std::optional<int>>;
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
   const TFault* CountAndChoose(EExchangeKind kind, int node);
 
   IServiceProcessor& inner_;
-  std::vector<TCountedFault> faults_;
+  std::vector<TFault> faults_;
+  std::map<TGroupKey, TGroup> groups_;
 };
 
 }  // namespace NKROVEL20
