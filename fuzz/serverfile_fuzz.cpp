@@ -47,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   reader.Add("s.toml", input);
   reader.Add("data.bin", "\x01\x02\x03");
   try {
-    TServerFile server = ReadServerFile("s.toml", reader);
+    TReaderFolder folder("s.toml", reader);
+    TServerFile server = ReadServerFile("s.toml", reader, folder);
     for (TFault& fault : server.faults) fault.delay = std::chrono::milliseconds(0);
     TSimulatedServer simulator(server);
     TFaultInjector faults(simulator, server.faults);

@@ -1,8 +1,8 @@
 # Sourced by ./run and ./check: installing Debian packages and building a preset.
 
 # What the product needs (openipmi for velhost simulate), what the tests add, and what ./check --all adds to that.
-packages_build="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libtomlplusplus-dev libfmt-dev
-  libpugixml-dev bison flex libfreeipmi-dev libopenipmi-dev openipmi pkg-config"
+packages_build="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpugixml-dev
+  bison flex libfreeipmi-dev libopenipmi-dev openipmi pkg-config"
 packages_test="libgtest-dev libgmock-dev python3 python3-jsonschema binutils libxml2-utils groff-base
   dpkg-dev file lintian ipmitool freeipmi-tools locales valgrind"
 packages_all="clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev qemu-system-x86 busybox-static cpio"

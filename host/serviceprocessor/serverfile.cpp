@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <set>
 
 #include "host/core/hosterror.h"
 #include "host/serviceprocessor/faulttable.h"
@@ -26,7 +27,8 @@ std::array<std::uint8_t, N> ToArray(const TBytes& bytes) {
 /// Reads the tables of one server file.
 class TServerFileReader {
  public:
-  TServerFileReader(const std::string& path, ISourceReader& reader) : path_(path), reader_(reader) {}
+  TServerFileReader(const TTomlDocument& document, IDataFolder& folder)
+      : document_(document), folder_(folder), sizeInAll_(document.text.size()) {}
 
   TServerFile Read();
 
@@ -35,18 +37,21 @@ class TServerFileReader {
   void ReadNode(const TTomlTable& table);
   void ReadRegister(const TTomlTable& table, TSimulatedNode& node);
   void ReadArea(const TTomlTable& table, TSimulatedNode& node);
-  TBytes BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file, std::size_t limit);
-  TBytes ReadDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit);
+  TStoredBytes BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file, std::size_t limit);
+  TStoredBytes DataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit);
+  TStoredBytes OpenDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit);
 
-  std::string path_;
-  ISourceReader& reader_;
+  const TTomlDocument& document_;
+  IDataFolder& folder_;
+  std::size_t sizeInAll_;
+  std::map<std::string, TStoredBytes, std::less<>> dataFiles_;  // by name, so that one named twice is one
   TServerFile server_;
   std::map<std::uint32_t, std::uint32_t> linesOfRegisters_;  // of the node being read
+  std::set<std::string> namesOfAreas_;                       // of the node being read, as far as requests carry them
 };
 
 TServerFile TServerFileReader::Read() {
-  const TTomlDocument document = ParseTomlDocument(path_, reader_.Read(path_, kLargestServerFile));
-  const TTomlTable root(document, document.root, "a table");
+  const TTomlTable root(document_, document_.root, "a table");
   root.AllowOnly({"machine_type", "local_time", "unlisted_registers", "ipmi", "dot", "bmc_node", "fault"});
   root.Require("machine_type", "the machine type of the server, such as machine_type = \"6203\"");
   server_.machineType = *root.String("machine_type");
@@ -64,8 +69,9 @@ TServerFile TServerFileReader::Read() {
     server_.driverPresent = ipmi->Boolean("driver_present").value_or(true);
   }
   if (const auto dot = root.Table("dot")) ReadDot(*dot);
-  root.ForEach("bmc_node", [this](const TTomlTable& table) { ReadNode(table); });
-  root.ForEach("fault", [this](const TTomlTable& table) { server_.faults.push_back(ReadFault(table)); });
+  root.ForEach("bmc_node", kMostNodes, [this](const TTomlTable& table) { ReadNode(table); });
+  root.ForEach("fault", kMostTomlValues,
+               [this](const TTomlTable& table) { server_.faults.push_back(ReadFault(table)); });
   return std::move(server_);
 }
 
@@ -73,7 +79,7 @@ void TServerFileReader::ReadDot(const TTomlTable& table) {
   table.AllowOnly({"sp_comm", "service_processor"});
   server_.dot.emplace();
   server_.dot->communication = table.Boolean("sp_comm").value_or(true);
-  table.ForEach("service_processor", [this](const TTomlTable& processor) {
+  table.ForEach("service_processor", kMostServiceProcessors, [this](const TTomlTable& processor) {
     processor.AllowOnly({"block", "block_file"});
     server_.dot->blocks.push_back(BytesOrFile(processor, "block", "block_file", kLargestBlockFile));
   });
@@ -86,8 +92,9 @@ void TServerFileReader::ReadNode(const TTomlTable& table) {
     node.timestamp = ToArray<RegisterCommands::kTimestampSize>(*timestamp);
   }
   linesOfRegisters_.clear();
-  table.ForEach("register", [this, &node](const TTomlTable& entry) { ReadRegister(entry, node); });
-  table.ForEach("storage_area", [this, &node](const TTomlTable& area) { ReadArea(area, node); });
+  namesOfAreas_.clear();
+  table.ForEach("register", kMostTomlValues, [this, &node](const TTomlTable& entry) { ReadRegister(entry, node); });
+  table.ForEach("storage_area", kMostAreas, [this, &node](const TTomlTable& area) { ReadArea(area, node); });
   server_.nodes.push_back(std::move(node));
 }
 
@@ -118,45 +125,72 @@ void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) 
   if (area.name.empty()) table.Fail(name.value.place, "found an empty name, expected the storage area's name");
   // A request carries no more of it, so more could not tell two areas apart.
   const std::string sent = area.name.substr(0, StorageAreaCommands::kNameSize);
-  for (const TStorageArea& other : node.areas) {
-    if (other.name.substr(0, StorageAreaCommands::kNameSize) != sent) continue;
+  if (!namesOfAreas_.insert(sent).second) {
     table.Fail(name.value.place, "found a second storage area " + Quoted(sent) +
                                      ", expected each name (its first 25 bytes) once in a node");
   }
   area.data = BytesOrFile(table, "data", "data_file", kLargestDataFile);
   using TSize = std::numeric_limits<std::int32_t>;
   const auto reported = table.Integer("size", TSize::min(), TSize::max());
-  area.size = static_cast<std::int32_t>(reported.value_or(static_cast<std::int64_t>(area.data.size())));
+  area.size = static_cast<std::int32_t>(reported.value_or(static_cast<std::int64_t>(area.data.Size())));
   node.areas.push_back(std::move(area));
 }
 
-TBytes TServerFileReader::BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file,
-                                      std::size_t limit) {
+TStoredBytes TServerFileReader::BytesOrFile(const TTomlTable& table, std::string_view bytes, std::string_view file,
+                                            std::size_t limit) {
   const TTomlMember* named = table.Find(file);
   const std::string either = "either " + Quoted(bytes) + " or " + Quoted(file);
   if (named == nullptr) table.Require(bytes, either);
   if (named != nullptr && table.Find(bytes) != nullptr) table.Fail(named->place, "found both, expected " + either);
-  return named == nullptr ? *table.Bytes(bytes, std::nullopt) : ReadDataFile(table, *named, limit);
+  return named == nullptr ? *table.Bytes(bytes, std::nullopt) : DataFile(table, *named, limit);
 }
 
-TBytes TServerFileReader::ReadDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
+bool LeadsUp(const std::string& name) { return ("/" + name + "/").find("/../") != std::string::npos; }
+
+TStoredBytes TServerFileReader::DataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
   const std::string name = *table.String(member.name);
   if (name.empty() || name.find('\0') != std::string::npos) {
     table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file's name");
   }
-  const std::string folder = name.front() == '/' ? "" : path_.substr(0, path_.rfind('/') + 1);
-  try {
-    const std::string content = reader_.Read(folder + name, limit);
-    return {content.begin(), content.end()};
-  } catch (const THostError& error) {
-    table.Document().Fail(member.value.place, error.what(), error.Status());
+  if (name.front() == '/' || LeadsUp(name)) {
+    table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file in this file's folder or below, by a " +
+                                       "relative name without \"..\"");
   }
+  const auto known = dataFiles_.find(name);
+  if (known != dataFiles_.end() && known->second.Size() <= limit) return known->second;
+  return dataFiles_.insert_or_assign(name, OpenDataFile(table, member, limit)).first->second;
+}
+
+TStoredBytes TServerFileReader::OpenDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
+  if (dataFiles_.size() == kMostDataFiles) {
+    table.Fail(member.value.place,
+               "found more than " + std::to_string(kMostDataFiles) + " data files, expected no more");
+  }
+  TStoredBytes content;
+  try {
+    content = folder_.Open(*table.String(member.name), limit);
+  } catch (const THostError& error) {
+    document_.Fail(member.value.place, error.what(), error.Status());
+  }
+  sizeInAll_ += content.Size();
+  if (sizeInAll_ > kLargestServerInAll) {
+    table.Fail(member.value.place, "found " + std::to_string(sizeInAll_) +
+                                       " bytes in this file and its data files up to here, expected at most " +
+                                       std::to_string(kLargestServerInAll));
+  }
+  return content;
 }
 
 }  // namespace
 
+TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IDataFolder& folder) {
+  const auto document = ParseTomlDocument(path, reader.Read(path, kLargestServerFile));
+  return TServerFileReader(*document, folder).Read();
+}
+
 TServerFile ReadServerFile(const std::string& path, ISourceReader& reader) {
-  return TServerFileReader(path, reader).Read();
+  TDataFolder folder(path);
+  return ReadServerFile(path, reader, folder);
 }
 
 }  // namespace NKROVEL20

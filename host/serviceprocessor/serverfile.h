@@ -6,13 +6,15 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "host/core/sourcereader.h"
+#include "host/serviceprocessor/datafolder.h"
 #include "host/serviceprocessor/exchange.h"
+#include "host/serviceprocessor/storedbytes.h"
 #include "nkrovel20/api.h"
 #include "nkrovel20/registercommands.h"
 #include "nkrovel20/tcimdatetime.h"
@@ -21,9 +23,14 @@ namespace NKROVEL20 {
 
 // What one server file may hold.
 inline constexpr std::size_t kLargestServerFile = std::size_t{64} << 20U;
-inline constexpr std::size_t kLargestDataFile = std::size_t{256} << 20U;  ///< of a storage area
-inline constexpr std::size_t kLargestBlockFile = std::size_t{1} << 20U;   ///< of a register block
-inline constexpr std::int64_t kLongestDelayMs = 86'400'000;               ///< of a fault: a day
+inline constexpr std::size_t kLargestDataFile = std::size_t{256} << 20U;     ///< of a storage area
+inline constexpr std::size_t kLargestBlockFile = std::size_t{1} << 20U;      ///< of a register block
+inline constexpr std::size_t kLargestServerInAll = std::size_t{512} << 20U;  ///< the file and its data files
+inline constexpr std::size_t kMostDataFiles = 512;                           ///< each has a descriptor
+inline constexpr std::size_t kMostNodes = 256;
+inline constexpr std::size_t kMostAreas = 256;  ///< of a node
+inline constexpr std::size_t kMostServiceProcessors = 256;
+inline constexpr std::int64_t kLongestDelayMs = 86'400'000;  ///< of a fault: a day
 
 struct TSimulatedRegister {
   std::array<std::uint8_t, RegisterCommands::kHeaderSize> header{};
@@ -32,13 +39,13 @@ struct TSimulatedRegister {
 
 struct TStorageArea {
   std::string name;
-  std::vector<std::uint8_t> data;
+  TStoredBytes data;
   std::int32_t size = 0;  ///< as reported; the data's unless the file says otherwise
 };
 
 struct TSimulatedNode {
   std::optional<std::array<std::uint8_t, RegisterCommands::kTimestampSize>> timestamp;
-  std::unordered_map<std::uint32_t, TSimulatedRegister> registers;  ///< by RegisterKey()
+  std::map<std::uint32_t, TSimulatedRegister> registers;  ///< by RegisterKey()
   std::vector<TStorageArea> areas;
 
   /// Of the address only the low 24 bits count, since a request has no more.
@@ -49,7 +56,7 @@ struct TSimulatedNode {
 
 struct TSimulatedDot {
   bool communication = true;
-  std::vector<std::vector<std::uint8_t>> blocks;  ///< one for each service processor
+  std::vector<TStoredBytes> blocks;  ///< one for each service processor
 };
 
 /// At most one of completionCode, lost and truncate is given; with none of them, a delay is.
@@ -75,9 +82,13 @@ struct TServerFile {
   std::vector<TFault> faults;
 };
 
-/// Reads a server file and the data files that it names, which stand beside it. Whatever is not as
-/// it should be throws THostError: kBadData with file, line, column, what was found and what was
-/// expected; kNoInput or kNoPermission for a file that cannot be read.
+/// Reads a server file and opens the data files that it names, which are read as requests ask for them.
+/// Whatever is not as it should be throws THostError: kBadData with file, line, column, what was found
+/// and what was expected; kNoInput or kNoPermission for a file that cannot be read.
+NKROVEL20_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IDataFolder& folder);
+
+/// The same with data files of the file system: they are in the file's folder or below, and no link
+/// leads out. A server file that comes from a pipe can name none.
 NKROVEL20_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader);
 
 }  // namespace NKROVEL20

@@ -105,16 +105,13 @@ TIpmiAnswer AnswerRead(const TSimulatedNode& node, const TRequestData& request, 
   constexpr std::size_t kCountSize = StorageAreaCommands::kResponseData - StorageAreaCommands::kResponseCount;
   const std::uint32_t handle = request.LittleEndian(StorageAreaCommands::kHandle, StorageAreaCommands::kHandleSize);
   if (handle == 0 || handle > node.areas.size()) return {kNotPresent, {}};
-  const TData& data = node.areas[handle - 1].data;
-  const std::size_t start =
-      std::min<std::size_t>(request.LittleEndian(StorageAreaCommands::kReadOffset, 4), data.size());
+  const std::size_t start = request.LittleEndian(StorageAreaCommands::kReadOffset, 4);
   const std::size_t room = capacity > kIdSize + kCountSize ? capacity - kIdSize - kCountSize : 0;
   const std::size_t wanted = request.LittleEndian(StorageAreaCommands::kReadCount, kCountSize);
-  const std::size_t count = std::min({wanted, data.size() - start, room});
+  const TData data = node.areas[handle - 1].data.Read(start, std::min(wanted, room));
   TIpmiAnswer answer;
-  AppendLittleEndian(answer.data, static_cast<std::uint32_t>(count), kCountSize);
-  const auto first = data.begin() + static_cast<std::ptrdiff_t>(start);
-  answer.data.insert(answer.data.end(), first, first + static_cast<std::ptrdiff_t>(count));
+  AppendLittleEndian(answer.data, static_cast<std::uint32_t>(data.size()), kCountSize);
+  answer.data.insert(answer.data.end(), data.begin(), data.end());
   return answer;
 }
 
@@ -204,13 +201,11 @@ bool TSimulatedServer::SendDot(int serviceProcessor, const dotCmd& command, std:
                                int& length, const TStopSignal& stop) {
   if (stop.IsStopped() || serviceProcessor < 0 || serviceProcessor >= DiscoverServiceProcessors()) return false;
   if (!ReadsRegisterBlock(command)) return false;
-  const std::vector<std::uint8_t>& block = server_.dot->blocks[static_cast<std::size_t>(serviceProcessor)];
+  const TStoredBytes& block = server_.dot->blocks[static_cast<std::size_t>(serviceProcessor)];
   const auto& parameters = command.GetParameters();
   const std::size_t asked = parameters[RegisterBlockCommand::kParameterBufferSize] |
                             static_cast<std::size_t>(parameters[RegisterBlockCommand::kParameterBufferSize + 1]) << 8U;
-  const std::size_t size = std::min({block.size(), asked, response.size()});
-  std::copy_n(block.begin(), size, response.begin());
-  length = static_cast<int>(size);
+  length = static_cast<int>(block.Read(0, response.first(std::min(asked, response.size()))));
   return true;
 }
 

@@ -32,7 +32,7 @@ std::string ByteCount(std::size_t count) { return std::to_string(count) + (count
 TTomlPlace PlaceWithin(const TTomlDocument& document, const TTomlValue& string, std::size_t at) {
   const std::string_view line = LineOf(document.text, string.place.line);
   const std::size_t start = string.place.column;  // behind the quote
-  if (start > line.size() || line.substr(start, at) != std::string_view(string.text).substr(0, at)) return string.place;
+  if (start > line.size() || line.substr(start, at) != string.text.substr(0, at)) return string.place;
   return {string.place.line, static_cast<std::uint32_t>(start + at + 1)};
 }
 
@@ -46,7 +46,7 @@ TTomlTable::TTomlTable(const TTomlDocument& document, const TTomlValue& value, c
 }
 
 void TTomlTable::AllowOnly(std::initializer_list<std::string_view> names) const {
-  for (const TTomlMember& member : value_->members) {
+  for (const TTomlMember& member : value_->table->members) {
     if (std::find(names.begin(), names.end(), member.name) != names.end()) continue;
     const std::string_view nearest = NearestName(member.name, {names.begin(), names.size()});
     std::string message = "found the unknown key " + Quoted(member.name);
@@ -57,7 +57,7 @@ void TTomlTable::AllowOnly(std::initializer_list<std::string_view> names) const 
 }
 
 const TTomlMember* TTomlTable::Find(std::string_view name) const {
-  for (const TTomlMember& member : value_->members) {
+  for (const TTomlMember& member : value_->table->members) {
     if (member.name == name) return &member;
   }
   return nullptr;
@@ -79,7 +79,7 @@ const TTomlMember* TTomlTable::FindKind(std::string_view name, EKind kind, const
 
 std::optional<std::string> TTomlTable::String(std::string_view name) const {
   const TTomlMember* member = FindKind(name, EKind::kString, "a string");
-  return member == nullptr ? std::nullopt : std::optional(member->value.text);
+  return member == nullptr ? std::nullopt : std::optional(std::string(member->value.text));
 }
 
 std::optional<bool> TTomlTable::Boolean(std::string_view name) const {
@@ -102,13 +102,13 @@ std::optional<std::string> TTomlTable::Moment(std::string_view name) const {
   static const std::string kExpected = "a date-time with its offset from UTC, such as 2026-01-31T12:34:56+01:00";
   const TTomlMember* member = FindKind(name, EKind::kDateTime, kExpected);
   if (member == nullptr) return std::nullopt;
-  const std::string& text = member->value.text;
+  const std::string_view text = member->value.text;
   if (text.size() != kCimTextSize) {
     const std::string found = text.empty() ? "a date-time without an offset"
                                            : "an offset of more than 999 minutes, which no CIM datetime holds,";
     Fail(member->value.place, "found " + found + " for " + Quoted(name) + ", expected " + kExpected);
   }
-  return text;
+  return std::string(text);
 }
 
 std::optional<std::vector<std::uint8_t>> TTomlTable::Bytes(std::string_view name,
@@ -125,17 +125,23 @@ std::optional<std::vector<std::uint8_t>> TTomlTable::Bytes(std::string_view name
 }
 
 void TTomlTable::FailHex(const TTomlMember& member, std::size_t at) const {
-  const std::string& text = member.value.text;
+  const std::string_view text = member.value.text;
   const std::string found = at < text.size() ? Quoted(text.substr(at, 1)) : "the end of the text";
   Fail(PlaceWithin(*document_, member.value, at),
        "found " + found + " in " + Quoted(member.name) + ", expected pairs of hexadecimal digits");
 }
 
-void TTomlTable::ForEach(std::string_view name, const std::function<void(const TTomlTable&)>& read) const {
+void TTomlTable::ForEach(std::string_view name, std::size_t most,
+                         const std::function<void(const TTomlTable&)>& read) const {
   const std::string what = "a [[" + std::string(name) + "]] table";
   const TTomlMember* member = FindKind(name, EKind::kArray, "an array of tables");
   if (member == nullptr) return;
-  for (const TTomlValue& element : member->value.elements) read(TTomlTable(*document_, element, what));
+  const std::vector<TTomlValue>& elements = member->value.array->elements;
+  if (elements.size() > most) {
+    Fail(elements[most].place,
+         "found more than " + std::to_string(most) + " [[" + std::string(name) + "]] tables, expected no more");
+  }
+  for (const TTomlValue& element : elements) read(TTomlTable(*document_, element, what));
 }
 
 std::optional<TTomlTable> TTomlTable::Table(std::string_view name) const {

@@ -16,7 +16,7 @@ namespace NKROVEL20 {
 
 class TTomlTable {
  public:
-  /// Neither is owned. A value that is no table is an error that names `what` ("a [[fault]] table").
+  /// Neither is owned. A value that is not a table is an error that names `what` ("a [[fault]] table").
   TTomlTable(const TTomlDocument& document, const TTomlValue& value, const std::string& what);
 
   /// Any other key is an error, with the nearest of these names.
@@ -35,8 +35,9 @@ class TTomlTable {
   /// Hex pairs; `size` bytes where that is given.
   std::optional<std::vector<std::uint8_t>> Bytes(std::string_view name, std::optional<std::size_t> size) const;
 
-  /// Calls `read` with each table of an array of tables; none where the table has no such key.
-  void ForEach(std::string_view name, const std::function<void(const TTomlTable&)>& read) const;
+  /// Calls `read` with each table of an array of tables; none where the table has no such key. More
+  /// than `most` are an error.
+  void ForEach(std::string_view name, std::size_t most, const std::function<void(const TTomlTable&)>& read) const;
   /// The table under the key.
   std::optional<TTomlTable> Table(std::string_view name) const;
 

@@ -32,7 +32,7 @@ inline std::string ServerText(const TServerFile& server) {
     }
     for (const TStorageArea& area : node.areas) {
       text << "[[bmc_node.storage_area]]\nname = \"" << area.name << "\"\nsize = " << area.size
-           << "\ndata = " << HexPairs(area.data) << "\n";
+           << "\ndata = " << HexPairs(area.data.Read(0, area.data.Size())) << "\n";
     }
   }
   return text.str();

@@ -64,7 +64,7 @@ TServerFile MakeServer(const std::string& machineType) {
     for (const char* name : {"cpu_err", "ioh_err", "zyn_err"}) {
       TStorageArea area;
       area.name = name;
-      area.data.assign(size, static_cast<std::uint8_t>(0x40 + size));
+      area.data = std::vector<std::uint8_t>(size, static_cast<std::uint8_t>(0x40 + size));
       area.size = static_cast<std::int32_t>(size);
       added.areas.push_back(area);
       size += 8;

@@ -131,11 +131,18 @@ inline void ExpectNoAnswer(const TDotOutcome& outcome) {
   EXPECT_EQ(outcome.length, kUntouched);
 }
 
+inline TServerFile ReadFrom(const std::string& path, ISourceReader& reader) {
+  TReaderFolder folder(path, reader);
+  return ReadServerFile(path, reader, folder);
+}
+
+inline TBytes AllOf(const TStoredBytes& bytes) { return bytes.Read(0, bytes.Size()); }
+
 /// A server from the text of its file, called "server.toml".
 inline TServerFile ServerFrom(const std::string& text) {
   TMemoryReader reader;
   reader.Add("server.toml", text);
-  return ReadServerFile("server.toml", reader);
+  return ReadFrom("server.toml", reader);
 }
 
 /// The message of the THostError that `action` throws; its status has to be `status`.

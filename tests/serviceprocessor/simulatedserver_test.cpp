@@ -82,7 +82,7 @@ TEST(Simulator, NeverReturnsMoreThanTheBufferHolds) {
   TMemoryReader reader;
   reader.Add("s", "machine_type=\"\"\n[[bmc_node]]\nstorage_area=[{name=\"a\",data_file=\"d\"}]");
   reader.Add("d", std::string(300, '\x5A'));
-  TSimulatedServer bmc(ReadServerFile("s", reader));
+  TSimulatedServer bmc(ReadFrom("s", reader));
   // 247 data bytes: the manufacturer id, the count 242, and 242 bytes.
   ExpectAnswer(Send(bmc, 0, ReadArea(1, 0, 0xFF)), 0x00, TBytes{0x39, 0x30, 0x00, 0xF2, 0x00} + TBytes(242, 0x5A));
 }
