@@ -11,6 +11,7 @@
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/serviceprocessor/sizelimit.h"
 #include "host/velhost/collectionrun.h"
 #include "host/velhost/fileclash.h"
 #include "host/velhost/messages.h"
@@ -136,13 +137,15 @@ class TCollection {
     {
       std::optional<TShownProgress> progress;
       if (showProgress_) progress.emplace(supervised);
-      const TInstalledServices services(supervised, stop_, recording.Environment());
+      TSizeLimit sizeLimit(supervised);
+      const TInstalledServices services(sizeLimit, stop_, recording.Environment());
       TCollectionRun run({environment_->MachineType(), options_.singleRequest, form == EOutputForm::kJsonl}, namespace_,
                          ledger, stop_);
       // Before any output is opened: one that is there outlives a plugin that cannot be loaded.
       run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
       TOutputTarget target(options_.output);
       OpenFiles(trace, recording);
+      run.SetSizeLimit(sizeLimit);
       if (progress) {
         run.SetRequestObserver(*progress);
         target.SetProgressLine(&progress->Line());

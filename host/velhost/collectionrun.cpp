@@ -86,11 +86,15 @@ void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vecto
 
 void TCollectionRun::RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name) {
   ledger_.BeginRequest(name);
+  if (sizeLimit_ != nullptr) sizeLimit_->BeginRequest();
   std::string failure = RunRequest(plugin, namespace_, request);
   WritePending();
   const std::string mismatch = mismatch_ && !mismatched_ ? mismatch_() : std::string();
   mismatched_ = mismatched_ || !mismatch.empty();
   if (failure.empty()) failure = mismatch;
+  if (sizeLimit_ != nullptr) {
+    for (const std::string& refusal : sizeLimit_->TakeRefusals()) summary_.failures.push_back({name, refusal});
+  }
   if (!failure.empty()) summary_.failures.push_back({name, failure});
 }
 

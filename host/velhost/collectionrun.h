@@ -15,6 +15,7 @@
 #include "host/core/hosterror.h"
 #include "host/output/iinstancewriter.h"
 #include "host/pluginmanager/pluginloader.h"
+#include "host/serviceprocessor/sizelimit.h"
 #include "host/serviceprocessor/stopsignal.h"
 #include "host/velhost/requests.h"
 
@@ -40,6 +41,8 @@ class TCollectionRun {
   TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, TExchangeLedger& ledger,
                  const TStopSignal& stop);
   void SetRequestObserver(IRequestObserver& observer) { observer_ = &observer; }
+  /// What it refuses is a failure of the request that it was for.
+  void SetSizeLimit(TSizeLimit& limit) { sizeLimit_ = &limit; }
   /// Asked at the end: whether the service processor was lost during the run.
   void SetLossQuery(std::function<bool()> wasLost) { wasLost_ = std::move(wasLost); }
   /// Asked after each request: what is wrong with the answers themselves, empty while nothing is. The
@@ -78,6 +81,7 @@ class TCollectionRun {
   std::unique_ptr<TLoadedPlugin> plugin_;
   IInstanceWriter* writer_ = nullptr;
   IRequestObserver* observer_ = nullptr;
+  TSizeLimit* sizeLimit_ = nullptr;
   TNamespace::TCommitCallback onInstance_;
   std::function<bool()> wasLost_;
   std::function<std::string()> mismatch_;

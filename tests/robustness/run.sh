@@ -40,7 +40,7 @@ timeout --foreground 3600 "$top/build/asan-ubsan/tests/faultsweep" 6203
 wait $! || { cat "$top/build/asan-ubsan/faultsweep.log" >&2; exit 1; }
 cat "$top/build/asan-ubsan/faultsweep.log"
 step "Storage areas that lie about their size"
-python3 "$here/storagesizes.py"
+VELHOST=$top/build/robustness-gcc-O3/bin/velhost python3 "$here/storagesizes.py" --whole
 step "Every allocation of a collection refused"
 "$dev/tests/allocationsweep"
 step "Every allocation of a collection refused (sanitizers)"

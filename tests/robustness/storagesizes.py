@@ -1,4 +1,9 @@
-"""Storage areas that lie about their size: what a collection of them delivers, and its time and peak memory."""
+"""Storage areas that lie about their size: what a collection of them delivers, and its time and peak memory.
+
+    storagesizes.py [--whole]
+
+With --whole the largest size that is read is read to its end; else until a deadline.
+"""
 
 import json
 import os
@@ -10,15 +15,14 @@ import time
 from support import Folder, Tally, VELHOST
 
 PEAKMEMORY = os.path.abspath(os.environ["PEAKMEMORY"])
-ENDLESS = 2147483647  # the size that is read until the deadline
-DEADLINE = 2  # seconds that a collection of it gets; the others come to their end
-LONGEST = 60  # seconds after which a collection that does not end is given up, however busy the machine
+WHOLE = "--whole" in sys.argv
+LARGEST = 33554432  # the largest size that is read
+DEADLINE = 2  # seconds that a collection of it gets without --whole; the others come to their end
+LONGEST = 600 if WHOLE else 60  # seconds after which a collection that does not end is given up
 DATA = "ab " * 30
-SERVER = """
-machine_type = "6203"
-[[bmc_node]]
+AREA = """
 [[bmc_node.storage_area]]
-name = "cpu_err"
+name = "@NAME@"
 data = "@DATA@"
 size = @SIZE@
 """
@@ -26,49 +30,99 @@ size = @SIZE@
 # bytes, their text (three characters for each) in the instance and on its way to the trace and the output.
 PER_KIB_READ = 24
 ALLOWANCE = 8192
+MOST = 512 * 1024  # KiB that any collection may take
 
 
-def collect(folder, size):
-    """The document, the seconds and the peak resident memory in KiB of one collection."""
-    folder.write("server.toml", SERVER.replace("@DATA@", DATA).replace("@SIZE@", str(size)))
-    timeout = DEADLINE if size == ENDLESS else LONGEST
+def server(sizes):
+    areas = (AREA.replace("@NAME@", name).replace("@DATA@", DATA).replace("@SIZE@", str(size))
+             for name, size in zip(("cpu_err", "ioh_err", "zyn_err"), sizes))
+    return 'machine_type = "6203"\n[[bmc_node]]' + "".join(areas)
+
+
+def collect(folder, sp, *arguments):
+    """Exit status, document, messages, seconds and peak resident memory in KiB of one collection."""
     start = time.monotonic()
     with subprocess.Popen(
-            [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", folder.schema(1, 1), "--sp", "sim:server.toml",
-             "--format", "json", "-o", "out.json", "--timeout", str(timeout), "KROSG_DCAPFile"],
-            cwd=folder.path, start_new_session=True) as process:
+            [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", folder.schema(1, 1), "--sp", sp, "--format", "json",
+             "-o", "out.json", *arguments, "KROSG_DCAPFile"],
+            cwd=folder.path, start_new_session=True, stderr=subprocess.PIPE, text=True) as process:
         try:
-            status = process.wait(LONGEST)
+            _, messages = process.communicate(timeout=LONGEST)
         except subprocess.TimeoutExpired:
             os.killpg(process.pid, signal.SIGKILL)
-            sys.exit(f"FAILED: size {size}: no end {LONGEST} s after the start")
+            sys.exit(f"FAILED: {sp}: no end {LONGEST} s after the start")
     seconds = time.monotonic() - start
     document = json.loads((folder.path / "out.json").read_text())
-    return status, document, seconds, int((folder.path / "peak").read_text())
+    return process.returncode, document, messages, seconds, int((folder.path / "peak").read_text())
+
+
+class Sizes:
+    def __init__(self, folder, tally):
+        self.folder = folder
+        self.tally = tally
+        self.measure([30])
+        self.usual = self.measure([30])[-1]
+
+    def measure(self, sizes):
+        self.folder.write("server.toml", server(sizes))
+        hurry = [] if WHOLE or max(sizes) < LARGEST else ["--timeout", str(DEADLINE)]
+        return collect(self.folder, "sim:server.toml", *hurry)
+
+    def check(self, sizes, statuses, read, refused=""):
+        """`read`: the bytes of each file; None for one whose number is known only afterwards."""
+        exit_status, document, messages, seconds, peak = self.measure(sizes)
+        name = " + ".join(map(str, sizes))
+        files = [i["properties"]["ErrRawData"] for i in document["instances"]]
+        counts = [len(file) // 3 for file in files]
+        print(f"{name:19}  {exit_status:4}  {len(files):9}  {sum(counts):10}  {seconds:7.2f}  {peak:8}", flush=True)
+        self.tally.expect(exit_status in statuses, f"size {name}: exit status {exit_status}")
+        self.tally.expect(len(files) == len(read), f"size {name}: {len(files)} instances")
+        self.tally.expect(all(r in (None, c) for r, c in zip(read, counts)), f"size {name}: {counts} bytes")
+        self.tally.expect(peak <= min(self.usual + ALLOWANCE + PER_KIB_READ * sum(counts) // 1024, MOST),
+                          f"size {name}: {peak} KiB")
+        said = [failure["message"] for failure in document["failures"]]
+        self.tally.expect(said == ([refused] if refused else []), f"size {name}: {said}")
+        self.tally.expect(not refused or f"velhost: KROSG_DCAPFile: {refused}\n" in messages, f"size {name}: {messages}")
+        return exit_status, files, document, seconds
+
+    def check_largest(self):
+        sizes = [LARGEST, LARGEST] if WHOLE else [LARGEST]
+        read = [LARGEST if WHOLE else None] * len(sizes)
+        status, files, document, seconds = self.check(sizes, (0,) if WHOLE else (0, 3), read)
+        self.tally.expect(all(f.startswith(DATA) and len(f) % 30 in (0, 6) for f in files), "what was read is lost")
+        if status == 3:
+            self.tally.expect(seconds >= DEADLINE, "gave up before the deadline")
+            self.tally.expect(document["instances"][0].get("incomplete") is True, "the file passes for complete")
+
+    def check_replay(self):
+        """The recording has the true size, and a replay refuses it again."""
+        self.folder.write("server.toml", server([2147483647]))
+        status, live, _, _, _ = collect(self.folder, "sim:server.toml", "--record", "run.jsonl")
+        recording = (self.folder.path / "run.jsonl").read_text()
+        self.tally.expect("39 30 00 ff ff ff 7f" in recording, "the size is not recorded")
+        again, replayed, _, _, _ = collect(self.folder, "replay:run.jsonl")
+        for document in (live, replayed):
+            del document["elapsed_ms"]
+        self.tally.expect((status, live) == (again, replayed), "the replay is another")
 
 
 def main():
     tally = Tally()
-    print("size reported  exit  instances  bytes read  seconds  peak KiB")
+    print("size reported        exit  instances  bytes read  seconds  peak KiB")
     with Folder() as folder:
-        collect(folder, 30)
-        _, _, _, usual = collect(folder, 30)
-        # Bytes of the capture file: none where there cannot be a buffer; less than ten are read as ten; all
-        # that comes until the deadline for the largest.
-        for size, status, read in ((30, 0, 30), (-2147483648, 0, None), (-1, 0, None), (0, 0, 10), (9, 0, 10),
-                                   (ENDLESS, 3, ...)):
-            exit_status, document, seconds, peak = collect(folder, size)
-            files = [i["properties"]["ErrRawData"] for i in document["instances"]]
-            count = len(files[0]) // 3 if files else 0
-            print(f"{size:13}  {exit_status:4}  {len(files):9}  {count:10}  {seconds:7.2f}  {peak:8}")
-            tally.expect(exit_status == status, f"size {size}: exit status {exit_status}")
-            tally.expect(len(files) == (0 if read is None else 1), f"size {size}: {len(files)} instances")
-            tally.expect(read is ... or count == (read or 0), f"size {size}: {count} bytes")
-            tally.expect(peak <= usual + ALLOWANCE + PER_KIB_READ * count // 1024, f"size {size}: {peak} KiB")
-            if read is ...:
-                tally.expect(seconds >= DEADLINE, f"size {size}: gave up before the deadline")
-                tally.expect(files[0].startswith(DATA) and count % 10 == 0, "what was read before the deadline is lost")
-                tally.expect(document["instances"][0].get("incomplete") is True, "the file passes for complete")
+        sizes = Sizes(folder, tally)
+        # None where there cannot be a buffer; less than ten are read as ten.
+        for size, read in ((30, [30]), (-2147483648, []), (-1, []), (0, [10]), (9, [10])):
+            sizes.check([size], (0,), read)
+        for size in (LARGEST + 1, 2147483647):
+            sizes.check([size], (3,), [],
+                        f"node 0, storage area cpu_err reports {size} bytes, over the limit of 32 MiB: not read")
+        sizes.check_largest()
+        if WHOLE:
+            sizes.check([LARGEST, LARGEST, 1], (3,), [LARGEST, LARGEST],
+                        "node 0, storage area zyn_err reports 1 bytes, with those before it over the limit of 64 MiB "
+                        "for one request: not read")
+        sizes.check_replay()
     tally.end()
 
 
