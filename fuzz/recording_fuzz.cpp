@@ -33,10 +33,8 @@ void Replay(TReplay& replay) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  TMemoryReader reader;
-  reader.Add("r.jsonl", std::string(data, data + size));
   try {
-    TReplay replay("r.jsonl", reader);
+    TReplay replay("r.jsonl", std::vector<std::uint8_t>(data, data + size));
     Replay(replay);
     static_cast<void>(replay.CutWarning());
   } catch (const THostError&) {

@@ -112,7 +112,12 @@ TJson ParseObject(const TLineText& text) {
   }
   std::set<std::string> names;
   std::optional<std::string> twice;
-  const auto note = [&](int, TJson::parse_event_t event, TJson& parsed) {
+  std::size_t values = 0;
+  const auto note = [&](int depth, TJson::parse_event_t event, TJson& parsed) {
+    if (depth > kDeepestRecordedValue) text.Fail(1, "found values in values in values, expected one object in another");
+    if (++values > kMostRecordedValues) {
+      text.Fail(1, "found more than " + std::to_string(kMostRecordedValues) + " values in one line, expected fewer");
+    }
     if (event == TJson::parse_event_t::key && !names.insert(parsed.get<std::string>()).second) twice = parsed;
     return true;
   };

@@ -14,6 +14,8 @@ namespace NKROVEL20 {
 
 // What one line may hold.
 inline constexpr std::size_t kLongestRecordingLine = std::size_t{4} << 20U;
+inline constexpr int kDeepestRecordedValue = 4;
+inline constexpr std::size_t kMostRecordedValues = 10'000;
 inline constexpr int kMostRecordedNodes = 1024;
 inline constexpr int kMostRecordedServiceProcessors = 65535;
 inline constexpr int kLargestRecordedBlock = 1 << 20;

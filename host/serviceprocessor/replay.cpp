@@ -49,24 +49,49 @@ bool BeginsAsRecording(std::string_view text) {
 
 }  // namespace
 
-TReplay::TReplay(const std::string& path, ISourceReader& reader) : path_(path), now_(Epoch()) {
-  const std::string text = reader.Read(path, kLargestRecording);
-  std::string_view rest = text;
-  std::uint32_t number = 1;
-  for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n'), ++number) {
-    const std::string_view line = rest.substr(0, end);
-    if (number == 1) {
-      header_ = ParseRecordingHeader(path, line);
-      hasHeader_ = true;
-    } else {
-      lines_.push_back(ParseRecordedLine(path, line, number));
-      lines_.back().request = WithoutTrailingZeros(std::move(lines_.back().request));
-    }
-    rest.remove_prefix(end + 1);
-  }
-  if (!hasHeader_ && !BeginsAsRecording(rest)) ParseRecordingHeader(path, rest);
-  if (!rest.empty() || !hasHeader_) cutLine_ = number;
+TReplay::TReplay(const std::string& path, const TStoredBytes& recording)
+    : path_(path), lines_(recording, kLongestRecordingLine), now_(Epoch()) {
+  CheckAll(recording);
   now_ = ParseMoment(header_.started).value_or(Epoch());
+  if (!hasHeader_) return;
+  lines_.Next();
+  number_ = 1;
+  Advance();
+}
+
+TStoredBytes TReplay::Open(const std::string& path, ISourceReader& reader) {
+  return TStoredBytes::OfInput(path, kLargestRecording, reader, kLargestRecordingOfAPipe);
+}
+
+void TReplay::CheckAll(const TStoredBytes& recording) {
+  TLineReader lines(recording, kLongestRecordingLine);
+  bool isCut = false;
+  for (auto line = lines.Next(); line; line = lines.Next()) {
+    isCut = !line->isWhole;
+    if (isCut && !hasHeader_ && !BeginsAsRecording(line->text)) ParseRecordingHeader(path_, line->text);
+    if (isCut) break;
+    ++wholeLines_;
+    if (hasHeader_) {
+      ParseRecordedLine(path_, line->text, wholeLines_);
+    } else {
+      header_ = ParseRecordingHeader(path_, line->text);
+      hasHeader_ = true;
+    }
+  }
+  if (isCut || !hasHeader_) cutLine_ = wholeLines_ + 1;
+}
+
+// The recording was checked; what was changed since is none of the collection's business.
+void TReplay::Advance() {
+  answering_ = std::move(next_);
+  const auto line = lines_.Next();
+  if (!line || !line->isWhole) return;
+  try {
+    next_ = std::make_unique<TRecordedLine>(ParseRecordedLine(path_, line->text, ++number_));
+    next_->request = WithoutTrailingZeros(std::move(next_->request));
+  } catch (const THostError& error) {
+    mismatch_ = error.what();
+  }
 }
 
 TReplay::~TReplay() = default;
@@ -86,24 +111,23 @@ std::optional<std::string> TReplay::CutWarning() const {
     return Diagnostic(false, cutLine_, "the recording was cut in this line; it replays up to the line before");
   }
   if (!ranOut_) return std::nullopt;
-  return Diagnostic(false, static_cast<std::uint32_t>(lines_.size() + 1),
+  return Diagnostic(false, wholeLines_,
                     "the recording ends here, before the collection does: it was cut, or less was collected then");
 }
 
 /// The recorded line that answers; null where there is none.
 const TRecordedLine* TReplay::Next(const TRecordedLine& asked) {
   if (mismatch_) return nullptr;
-  if (next_ == lines_.size()) {
+  if (!next_) {
     ranOut_ = true;
     return nullptr;
   }
-  const TRecordedLine& recorded = lines_[next_];
-  if (!IsSame(asked, recorded)) {
-    mismatch_ = Diagnostic(true, recorded.number, "found " + Described(asked) + ", expected " + Described(recorded));
+  if (!IsSame(asked, *next_)) {
+    mismatch_ = Diagnostic(true, next_->number, "found " + Described(asked) + ", expected " + Described(*next_));
     return nullptr;
   }
-  ++next_;
-  return &recorded;
+  Advance();
+  return answering_.get();
 }
 
 bool TReplay::Wait(const TRecordedLine& line, const TStopSignal& stop) {

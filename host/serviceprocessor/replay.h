@@ -2,20 +2,22 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "host/core/hostservices.h"
 #include "host/core/sourcereader.h"
 #include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/serviceprocessor/linereader.h"
 #include "host/serviceprocessor/recording.h"
 
 namespace NKROVEL20 {
 
 struct TRecordedLine;
 
-inline constexpr std::size_t kLargestRecording = std::size_t{512} << 20U;
+inline constexpr std::size_t kLargestRecording = std::size_t{4} << 30U;
+inline constexpr std::size_t kLargestRecordingOfAPipe = std::size_t{64} << 20U;  ///< which is kept in memory
 
 /// Each exchange has to be the next recorded one. One that is not, and each one after it, fails; so
 /// does each one behind the recording's last whole line. The host tells afterwards.
@@ -24,11 +26,13 @@ inline constexpr std::size_t kLargestRecording = std::size_t{512} << 20U;
 /// was not recorded repeats the one before it, or the recording's start.
 class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment {
  public:
-  /// Reads the whole recording. A line that does not say what it should throws THostError (kBadData)
-  /// with file, line and column; a recording that cannot be read one with kNoInput or kNoPermission.
-  /// A last line without its end was cut and does not count; neither does a first one, if it begins
-  /// as recordings do, and then nothing is known of the server (HasHeader).
-  TReplay(const std::string& path, ISourceReader& reader);
+  /// Checks the whole recording, and reads it again, line by line, as it is asked; of a file no more than
+  /// a line is in memory. A line that does not say what it should throws THostError (kBadData) with file,
+  /// line and column. A last line without its end was cut and does not count; neither does a first one,
+  /// if it begins as recordings do, and then nothing is known of the server (HasHeader).
+  TReplay(const std::string& path, const TStoredBytes& recording);
+  /// From a file, or what `reader` has: THostError (kNoInput, kNoPermission) for what cannot be read.
+  static TStoredBytes Open(const std::string& path, ISourceReader& reader);
   ~TReplay() override;
   TReplay(const TReplay&) = delete;
   TReplay& operator=(const TReplay&) = delete;
@@ -58,6 +62,8 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   TCIMDateTime LocalTime() override;
 
  private:
+  void CheckAll(const TStoredBytes& recording);
+  void Advance();
   const TRecordedLine* Next(const TRecordedLine& asked);
   bool Wait(const TRecordedLine& line, const TStopSignal& stop);
   std::string Diagnostic(bool isError, std::uint32_t line, const std::string& message) const;
@@ -65,8 +71,11 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   std::string path_;
   TRecordingHeader header_;
   bool hasHeader_ = false;
-  std::vector<TRecordedLine> lines_;
-  std::size_t next_ = 0;
+  TLineReader lines_;
+  std::unique_ptr<TRecordedLine> next_;       // null behind the last one
+  std::unique_ptr<TRecordedLine> answering_;  // the one before it
+  std::uint32_t number_ = 0;                  // of the line read last
+  std::uint32_t wholeLines_ = 0;
   std::optional<std::string> mismatch_;
   std::uint32_t cutLine_ = 0;  // the number of the line that is cut; 0 where none is
   bool ranOut_ = false;

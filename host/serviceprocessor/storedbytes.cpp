@@ -1,10 +1,14 @@
 #include "host/serviceprocessor/storedbytes.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <utility>
+
+#include "host/core/hosterror.h"
 
 namespace NKROVEL20 {
 
@@ -98,6 +102,26 @@ std::vector<std::uint8_t> TStoredBytes::Read(std::size_t offset, std::size_t cou
   std::vector<std::uint8_t> bytes(offset < Size() ? std::min(count, Size() - offset) : 0);
   bytes.resize(Read(offset, std::span(bytes)));
   return bytes;
+}
+
+TStoredBytes TStoredBytes::OfInput(const std::string& path, std::size_t limit, ISourceReader& reader,
+                                   std::size_t limitOfOthers) {
+  // Asked before it is opened: a pipe that is opened and closed would end its writer.
+  struct stat status = {};
+  TDescriptor file;
+  if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+    file = TDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  }
+  if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode)) {
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (size > limit) {
+      throw THostError(EExitStatus::kBadData,
+                       path + " is larger than the limit of " + std::to_string(limit) + " bytes");
+    }
+    return {std::move(file), size};
+  }
+  const std::string content = reader.Read(path, limitOfOthers);
+  return std::vector<std::uint8_t>(content.begin(), content.end());
 }
 
 }  // namespace NKROVEL20

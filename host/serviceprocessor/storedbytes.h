@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
+#include "host/core/sourcereader.h"
 #include "nkrovel20/api.h"
 
 namespace NKROVEL20 {
@@ -39,6 +41,11 @@ class NKROVEL20_API TStoredBytes {
   /// shortened meanwhile, or cannot be read, has fewer.
   std::size_t Read(std::size_t offset, std::span<std::uint8_t> out) const;
   std::vector<std::uint8_t> Read(std::size_t offset, std::size_t count) const;
+
+  /// An input: a regular file is read where it is asked for, up to `limit` bytes; anything else, and what
+  /// cannot be opened, is left to `reader`, with `limitOfOthers`. Throws THostError as that does.
+  static TStoredBytes OfInput(const std::string& path, std::size_t limit, ISourceReader& reader,
+                              std::size_t limitOfOthers);
 
   class IBytes;
 

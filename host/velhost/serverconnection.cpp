@@ -86,7 +86,7 @@ class TReplayConnection : public IServerConnection {
  private:
   static std::unique_ptr<TReplay> Open(const std::string& path) {
     TFileReader reader({path});
-    return std::make_unique<TReplay>(path, reader);
+    return std::make_unique<TReplay>(path, TReplay::Open(path, reader));
   }
 
   std::unique_ptr<TReplay> replay_;

@@ -12,9 +12,7 @@ const std::string kHead =
     "\n";
 
 std::string Refusal(const std::string& text) {
-  TMemoryReader reader;
-  reader.Add("r.jsonl", text);
-  return MessageOf([&] { TReplay("r.jsonl", reader); });
+  return MessageOf([&] { TReplay("r.jsonl", Stored(text)); });
 }
 
 struct TBadLine {
@@ -139,8 +137,9 @@ TEST(BadRecording, RefusesALineLongerThanAnyWriterMakes) {
 }
 
 TEST(BadRecording, SurvivesALineOfManyBrackets) {
-  EXPECT_THAT(Refusal(kHead + std::string(300'000, '[') + "\n"),
-              testing::StartsWith("r.jsonl:2:300001: error: cannot read JSON: syntax error"));
+  EXPECT_THAT(
+      Refusal(kHead + std::string(300'000, '[') + "\n"),
+      testing::StartsWith("r.jsonl:2:1: error: found values in values in values, expected one object in another\n"));
 }
 
 class BadRecordingHeader : public testing::TestWithParam<TBadLine> {};
@@ -195,10 +194,24 @@ TEST(BadRecording, TellsAnotherFileFromACutRecording) {
   EXPECT_THAT(Refusal("\n"), testing::StartsWith("r.jsonl:1:1: error: cannot read JSON: "));
 }
 
+TEST(BadRecording, LimitsWhatALineTakesInMemory) {
+  const auto head = [](const std::string& value) {
+    return kHead.substr(0, kHead.size() - 2) + ",\"x\":" + value + "}\n";
+  };
+  EXPECT_THAT(
+      Refusal(head("[[[[5]]]]")),
+      testing::StartsWith("r.jsonl:1:1: error: found values in values in values, expected one object in another\n"));
+  EXPECT_THAT(Refusal(head("[[[5]]]")), testing::HasSubstr("found the unknown member \"x\""));
+  std::string many = "[5";
+  for (int i = 0; i < 10'000; ++i) many += ",5";
+  EXPECT_THAT(Refusal(head(many + "]")),
+              testing::StartsWith("r.jsonl:1:1: error: found more than 10000 values in one line, expected fewer\n"));
+}
+
 TEST(BadRecording, MayBeMissing) {
   TMemoryReader reader;
-  EXPECT_EQ(MessageOf([&] { TReplay("r.jsonl", reader); }, EExitStatus::kNoInput),
-            "cannot open r.jsonl: No such file or directory");
+  EXPECT_EQ(MessageOf([&] { TReplay::Open("none.jsonl", reader); }, EExitStatus::kNoInput),
+            "cannot open none.jsonl: No such file or directory");
 }
 
 TEST(Moment, IsIso8601OrACimDatetime) {

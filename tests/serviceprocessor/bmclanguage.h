@@ -136,6 +136,7 @@ inline TServerFile ReadFrom(const std::string& path, ISourceReader& reader) {
   return ReadServerFile(path, reader, folder);
 }
 
+inline TStoredBytes Stored(const std::string& text) { return TBytes(text.begin(), text.end()); }
 inline TBytes AllOf(const TStoredBytes& bytes) { return bytes.Read(0, bytes.Size()); }
 
 /// A server from the text of its file, called "server.toml".

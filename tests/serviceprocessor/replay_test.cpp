@@ -13,15 +13,9 @@ namespace {
 using std::chrono::milliseconds;
 
 /// A recording in memory, called "r.jsonl".
-class TMemoryReplay : private TMemoryReader, public TReplay {
+class TMemoryReplay : public TReplay {
  public:
-  explicit TMemoryReplay(const std::string& text) : TReplay("r.jsonl", With(text)) {}
-
- private:
-  ISourceReader& With(const std::string& text) {
-    Add("r.jsonl", text);
-    return *this;
-  }
+  explicit TMemoryReplay(const std::string& text) : TReplay("r.jsonl", Stored(text)) {}
 };
 
 struct TTextSink : ITextSink {

@@ -75,11 +75,7 @@ class TReplayed : public IServiceProcessor {
   }
 
  private:
-  std::unique_ptr<TReplay> Replayed() {
-    TMemoryReader reader;
-    reader.Add("recording", recorded_.Recording());
-    return std::make_unique<TReplay>("recording", reader);
-  }
+  std::unique_ptr<TReplay> Replayed() { return std::make_unique<TReplay>("recording", Stored(recorded_.Recording())); }
   std::unique_ptr<TReplay> ReplayedButLast() {
     auto replay = Replayed();
     for (std::size_t i = 0; i + 1 < earlier_.size(); ++i) earlier_[i](*replay);
