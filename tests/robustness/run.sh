@@ -41,6 +41,8 @@ wait $! || { cat "$top/build/asan-ubsan/faultsweep.log" >&2; exit 1; }
 cat "$top/build/asan-ubsan/faultsweep.log"
 step "Storage areas that lie about their size"
 VELHOST=$top/build/robustness-gcc-O3/bin/velhost python3 "$here/storagesizes.py" --whole
+step "The largest inputs"
+python3 "$here/inputmemory.py"
 step "Every allocation of a collection refused"
 "$dev/tests/allocationsweep"
 step "Every allocation of a collection refused (sanitizers)"

@@ -1,0 +1,75 @@
+"""The largest inputs that are read, and larger ones: memory is bounded by the limits, not by what a file says."""
+
+import os
+import subprocess
+
+from support import Folder, Tally, VELHOST
+
+PEAKMEMORY = os.path.abspath(os.environ["PEAKMEMORY"])
+MOST = 512 * 1024  # KiB that any input may take
+FEW = 32 * 1024  # KiB that one takes of which little is in memory at a time
+LARGEST_FILE = 64 << 20  # of a server file
+VALUE = 'value="0102030405060708"'
+TYPE = 'machine_type="6203"\n'
+HEAD = ('{"format":"velhost-recording","version":1,"machine_type":"6203","started":"","utc_offset_minutes":0,"discovery":'
+        '{"bmc_nodes":1,"ipmi_driver":true,"dot_command":false,"sp_comm":false,"service_processors":0}}\n')
+
+
+def many_registers(count):
+    return "[[bmc_node]]\nregister=[" + "".join(f"{{address={i},{VALUE}}}," for i in range(count)) + "]\n"
+
+
+def registers_and_data():
+    """As many values as a file may have, and one text for the rest of it."""
+    start = TYPE + many_registers(333_000) + '[[bmc_node.storage_area]]\nname="x"\ndata="'
+    return start + "ab" * ((LARGEST_FILE - len(start) - 2) // 2) + '"\n'
+
+
+def many_faults():
+    return TYPE + "fault=[" + "".join(f'{{on="ipmi",nth={i + 1},delay_ms=0}},' for i in range(249_000)) + "]\n"
+
+
+def data_files(folder):
+    """Two of 224 MiB, without content: they take no room on the disk."""
+    areas = ""
+    for name in ("a", "b"):
+        with open(folder.path / name, "wb") as file:
+            file.truncate(224 << 20)
+        areas += f'[[bmc_node.storage_area]]\nname="{name}"\ndata_file="{name}"\n'
+    return TYPE + "[[bmc_node]]\n" + areas
+
+
+def measure(folder, tally, name, sp, status, most):
+    run = subprocess.run(
+        [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", folder.schema(1, 1), "--sp", sp, "--format", "json", "-o",
+         "out.json", "KROSG_DCAPFile"], cwd=folder.path, capture_output=True, text=True, timeout=280, check=False)
+    peak = int((folder.path / "peak").read_text())
+    print(f"{name:40}  {run.returncode:4}  {peak:8}", flush=True)
+    tally.expect(run.returncode == status, f"{name}: exit status {run.returncode}, {run.stderr[:300]}")
+    tally.expect(peak <= most, f"{name}: {peak} KiB")
+
+
+def main():
+    tally = Tally()
+    print("input                                     exit  peak KiB")
+    with Folder() as folder:
+        for name, text, status, most in (
+                ("server file: values and text", registers_and_data(), 0, MOST),
+                ("server file: faults", many_faults(), 0, MOST),
+                ("server file: nodes, too many", TYPE + "bmc_node=[" + "{}," * 900_000 + "]\n", 65, MOST),
+                ("server file: values, too many", TYPE + "bmc_node=[" + "{}," * 20_000_000 + "]\n", 65, MOST),
+                ("server file: data files", data_files(folder), 0, FEW)):
+            folder.write("server.toml", text)
+            measure(folder, tally, name, "sim:server.toml", status, most)
+        clock = '{"kind":"clock","local_time":"2026-01-31T12:34:56+01:00"}\n'
+        folder.write("lines.jsonl", HEAD + clock * 300_000)
+        measure(folder, tally, "recording: lines", "replay:lines.jsonl", 65, FEW)
+        folder.write("line.jsonl", HEAD + '{"kind":"clock","local_time":"' + "x" * 4_194_000 + '"}\n')
+        measure(folder, tally, "recording: a long line", "replay:line.jsonl", 65, 2 * FEW)
+        folder.write("values.jsonl", HEAD + "[" + "{}," * 1_398_000 + "{}]\n")
+        measure(folder, tally, "recording: values, too many", "replay:values.jsonl", 65, FEW)
+    tally.end()
+
+
+if __name__ == "__main__":
+    main()
