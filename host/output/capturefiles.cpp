@@ -3,12 +3,13 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
+#include "host/core/utf8.h"
 #include "host/output/outputfile.h"
 
 namespace NKROVEL20 {
@@ -18,10 +19,14 @@ namespace {
 constexpr std::size_t kLongestPart = 80;
 
 std::string NamePart(const std::string& text) {
-  std::string part = text.substr(0, kLongestPart);
-  const auto isUnfit = [](char c) { return c == '/' || c == 0x7F || static_cast<unsigned char>(c) < 0x20; };
-  std::replace_if(part.begin(), part.end(), isUnfit, '_');
-  return part;
+  std::string part;
+  for (std::size_t at = 0; at < text.size();) {
+    const TCodePoint next = NextCodePoint(text, at);
+    const bool isUnfit = next.value == '/' || (next.valid && IsUnsafe(next.value));
+    part += isUnfit ? "_" : text.substr(at, next.size);
+    at += next.size;
+  }
+  return part.substr(0, kLongestPart);
 }
 
 }  // namespace

@@ -8,8 +8,8 @@
 
 namespace NKROVEL20 {
 
-/// "node1-cpu_err-0.bin", from the instance's SourceNode, FileName and RecordID. Slashes and control
-/// characters become underscores, and each part is cut to 80 bytes.
+/// "node1-cpu_err-0.bin", from the instance's SourceNode, FileName and RecordID. Slashes and unsafe
+/// characters (see IsUnsafe) become underscores, and each part is cut to 80 bytes.
 std::string CaptureFileName(const TCaptureFile& capture);
 
 class TCaptureFolder {

@@ -2,9 +2,9 @@
 
 #include <cmath>
 
+#include "host/core/utf8.h"
 #include "host/output/cimxmlreference.h"
 #include "host/output/summarytext.h"
-#include "host/output/utf8.h"
 #include "host/output/xmltext.h"
 
 namespace NKROVEL20 {

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "host/core/unsafetext.h"
 #include "host/output/valuelist.h"
 
 namespace NKROVEL20 {
@@ -11,7 +12,7 @@ namespace {
 using TType = TCIMValue::TCIMType;
 
 constexpr TListSigns kSigns = {"null", '[', ",", ']'};
-constexpr TPlainCharacters kPlain = PlainBut("\"\\");
+constexpr TPlainCharacters kPlain = PlainBut("\"\\\x7f");
 
 // The short escapes of JSON; every other control character is written as its number.
 char ShortEscape(char32_t character) {
@@ -33,10 +34,11 @@ void TJsonText::String(std::string_view text) {
   out_.Append('"');
   const auto plain = [this](std::string_view run) { out_.Append(run); };
   SplitText(text, kPlain, plain, [this](char32_t character, std::string_view bytes) {
-    if (character >= 0x80) return out_.Append(bytes);
+    if (character >= 0x80 && !IsUnsafe(character)) return out_.Append(bytes);
     out_.Append('\\');
     if (const char escape = ShortEscape(character)) return out_.Append(escape);
-    out_.Append("u00");
+    out_.Append('u');
+    out_.Append(HexPair(static_cast<std::uint8_t>(character >> 8)));
     out_.Append(HexPair(static_cast<std::uint8_t>(character)));
   });
   out_.Append('"');

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/core/unsafetext.h"
 #include "host/output/summarytext.h"
 #include "host/output/valuelist.h"
 
@@ -136,8 +137,7 @@ void TMofWriter::Literal(std::string_view part) {
   out_.Append('"');
   const auto plain = [this](std::string_view run) { out_.Append(run); };
   SplitText(part, kPlain, plain, [this](char32_t character, std::string_view bytes) {
-    // Control characters of the second set are none that a text file should hold as they are.
-    if (character >= 0xA0) return out_.Append(bytes);
+    if (character >= 0x80 && !IsUnsafe(character)) return out_.Append(bytes);
     Escape(character);
   });
   out_.Append('"');

@@ -1,10 +1,8 @@
 #include "host/output/tablelayout.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
-#include "host/output/utf8.h"
+#include "host/core/utf8.h"
 
 namespace NKROVEL20 {
 
@@ -13,61 +11,18 @@ namespace {
 constexpr int kLeastWidth = 40;
 constexpr std::size_t kLeastTextWidth = 16;  // a column with less room gives way to the next line
 
-bool IsUnsafe(char32_t character) {
-  const bool control = character < 0x20 || (character >= 0x7F && character <= 0x9F);
-  const bool direction = (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
-  const bool separator = character == 0x2028 || character == 0x2029;
-  return control || direction || separator;
-}
-
-std::string EscapeOf(char32_t character) {
-  switch (character) {
-    case '\n': return "\\n";
-    case '\r': return "\\r";
-    case '\t': return "\\t";
-    default: break;
-  }
-  const auto number = static_cast<unsigned int>(character);
-  return number < 0x100 ? fmt::format("\\x{:02x}", number) : fmt::format("\\u{:04x}", number);
-}
-
-// Where to cut a text that does not fit: behind a word, if that leaves the line half full.
-std::size_t CutOf(std::string_view text, std::size_t fitting) {
+// Where to cut a text that does not fit: before a word that has room on a line of its own, so that no
+// number is split, and before a longer one if that leaves the line half full.
+std::size_t CutOf(std::string_view text, std::size_t fitting, std::size_t width) {
   if (text[fitting] == ' ') return fitting;
   const std::size_t blank = text.rfind(' ', fitting);
-  return blank != std::string_view::npos && blank >= fitting / 2 && blank > 0 ? blank : fitting;
+  if (blank == std::string_view::npos || text.find_first_not_of(' ') > blank) return fitting;
+  const std::size_t end = std::min(text.find(' ', fitting), text.size());
+  const bool hasRoom = ColumnsOf(text.substr(blank + 1, end - blank - 1)) <= width;
+  return hasRoom || blank >= fitting / 2 ? blank : fitting;
 }
 
 }  // namespace
-
-std::string SafeText(std::string_view text) {
-  std::string safe;
-  safe.reserve(text.size());
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const TCodePoint next = NextCodePoint(text, at);
-    if (!next.valid) {
-      safe += kReplacementText;
-    } else if (IsUnsafe(next.value)) {
-      safe += EscapeOf(next.value);
-    } else {
-      safe += text.substr(at, next.size);
-    }
-    at += next.size;
-  }
-  return safe;
-}
-
-std::string SafeLines(std::string_view text) {
-  std::string safe;
-  for (;;) {
-    const std::size_t end = text.find_first_of("\n\t");
-    safe += SafeText(text.substr(0, end));
-    if (end == std::string_view::npos) return safe;
-    safe += text[end];
-    text.remove_prefix(end + 1);
-  }
-}
 
 std::size_t ColumnsOf(std::string_view safeText) {
   std::size_t columns = 0;
@@ -96,7 +51,7 @@ std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t wi
   for (;;) {
     const std::size_t fitting = StartThatFits(safeText, width).size();
     if (fitting == safeText.size()) break;
-    const std::size_t cut = CutOf(safeText, fitting);
+    const std::size_t cut = CutOf(safeText, fitting, width);
     const std::string_view line = safeText.substr(0, cut);
     lines.push_back(line.substr(0, line.find_last_not_of(' ') + 1));
     safeText.remove_prefix(std::min(safeText.find_first_not_of(' ', cut), safeText.size()));

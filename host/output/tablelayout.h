@@ -6,18 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "host/core/unsafetext.h"
 #include "host/output/textbuffer.h"
 #include "host/output/writers.h"
 
 namespace NKROVEL20 {
-
-/// The string as a terminal can show it without harm: control characters of both sets and characters
-/// that turn the direction of writing become escapes ("\n", "\x1b", "\u202e"), bytes that are no
-/// character U+FFFD. A backslash stays one.
-std::string SafeText(std::string_view text);
-
-/// The same for a text of several lines: newlines and tabs stay as they are.
-std::string SafeLines(std::string_view text);
 
 /// Columns that safe text takes.
 std::size_t ColumnsOf(std::string_view safeText);
@@ -25,9 +18,9 @@ std::size_t ColumnsOf(std::string_view safeText);
 /// The longest start of safe text that takes no more than `width` columns (but at least one character).
 std::string_view StartThatFits(std::string_view safeText, std::size_t width);
 
-/// Safe text cut into lines of at most `width` columns (a character wider than that stands alone),
-/// at blanks where that leaves a line at least half full, else anywhere. Blanks at a cut are dropped.
-/// At least one line.
+/// Safe text cut into lines of at most `width` columns (a character wider than that is a line of its
+/// own), at blanks. Only a word longer than a line is cut inside, when the line before would be less
+/// than half full without its beginning. Blanks at a cut are dropped. At least one line.
 std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width);
 
 enum class EEmphasis { kNone, kHeading, kFailure };

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "host/core/utf8.h"
 #include "host/output/scalartext.h"
 #include "host/output/tablelayout.h"
-#include "host/output/utf8.h"
 
 namespace NKROVEL20 {
 

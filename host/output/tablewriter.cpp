@@ -22,7 +22,7 @@ std::size_t ValueColumn(const TInstance& instance, std::size_t width) {
   std::size_t longest = 0;
   const auto& properties = instance.Class().Properties();
   for (std::size_t i = 0; i < properties.size(); ++i) {
-    if (instance.IsSet(i)) longest = std::max(longest, properties[i]->Definition().name.size());
+    if (instance.IsSet(i)) longest = std::max(longest, ColumnsOf(SafeText(properties[i]->Definition().name)));
   }
   return std::min(kIndent + longest + kGap, width / 2);
 }
@@ -79,16 +79,16 @@ void TTableWriter::Properties(const TInstance& instance, const TCaptureFile* cap
     if (!instance.IsSet(i)) continue;
     const std::string& name = properties[i]->Definition().name;
     if (capture != nullptr && EqualNames(name, kCaptureDataProperty)) {
-      CaptureData(name, column, *capture);
+      CaptureData(SafeText(name), column, *capture);
     } else {
-      layout_.Row(kIndent, name, column, TableText(instance.Value(i), path));
+      layout_.Row(kIndent, SafeText(name), column, TableText(instance.Value(i), path));
     }
   }
 }
 
-void TTableWriter::CaptureData(const std::string& name, std::size_t column, const TCaptureFile& capture) {
+void TTableWriter::CaptureData(const std::string& safeName, std::size_t column, const TCaptureFile& capture) {
   const std::size_t size = capture.data.size();
-  layout_.Row(kIndent, name, column, fmt::format("{} byte{}", size, size == 1 ? "" : "s"));
+  layout_.Row(kIndent, safeName, column, fmt::format("{} byte{}", size, size == 1 ? "" : "s"));
   const std::size_t perLine = layout_.Width() >= kIndent + DumpColumns(16) ? 16 : 8;
   const std::string indent(kIndent, ' ');
   DumpBytes(capture.data, perLine,

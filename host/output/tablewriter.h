@@ -27,7 +27,7 @@ class TTableWriter : public IInstanceWriter {
   void Count(const std::string& className);
   void Heading(const TInstance& instance, const TCaptureFile* capture);
   void Properties(const TInstance& instance, const TCaptureFile* capture);
-  void CaptureData(const std::string& name, std::size_t column, const TCaptureFile& capture);
+  void CaptureData(const std::string& safeName, std::size_t column, const TCaptureFile& capture);
 
   TTableLayout layout_;
   TInstanceCounts counts_;

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/core/utf8.h"
 #include "host/output/iinstancewriter.h"
-#include "host/output/utf8.h"
 
 namespace NKROVEL20 {
 

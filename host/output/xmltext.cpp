@@ -1,23 +1,33 @@
 #include "host/output/xmltext.h"
 
+#include <fmt/format.h>
+
+#include "host/core/unsafetext.h"
 #include "host/output/textbuffer.h"
 
 namespace NKROVEL20 {
 
 namespace {
 
-constexpr TPlainCharacters kPlain = PlainBut("&<>");
-constexpr TPlainCharacters kPlainInAttribute = PlainBut("&<>\"");
+constexpr TPlainCharacters kPlain = PlainBut("&<>\x7f");
+constexpr TPlainCharacters kPlainInAttribute = PlainBut("&<>\"\x7f");
 constexpr TPlainCharacters kPlainInComment = PlainBut("");
 
-std::string_view EntityOf(char32_t character) {
+// A tab and a line end are harmless as they are.
+bool IsReferred(char32_t character) { return IsUnsafe(character) && character != '\t' && character != '\n'; }
+
+void AppendEscaped(std::string& xml, char32_t character, std::string_view bytes) {
   switch (character) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '"': return "&quot;";
-    case '\r': return "&#13;";
-    default: return {};
+    case '&': xml += "&amp;"; return;
+    case '<': xml += "&lt;"; return;
+    case '>': xml += "&gt;"; return;
+    case '"': xml += "&quot;"; return;
+    default: break;
+  }
+  if (IsReferred(character)) {
+    xml += fmt::format("&#x{:X};", static_cast<unsigned int>(character));
+  } else {
+    xml += bytes;
   }
 }
 
@@ -31,8 +41,8 @@ bool IsForbidden(char32_t character) {
 void AppendXmlText(std::string& xml, std::string_view text) {
   const auto plain = [&xml](std::string_view run) { xml += run; };
   SplitText(text, kPlain, plain, [&xml](char32_t character, std::string_view bytes) {
-    const std::string_view entity = EntityOf(character);
-    xml += IsForbidden(character) ? kReplacementText : entity.empty() ? bytes : entity;
+    if (IsForbidden(character)) return void(xml += kReplacementText);
+    AppendEscaped(xml, character, bytes);
   });
 }
 
@@ -40,12 +50,10 @@ std::string XmlAttribute(std::string_view text) {
   std::string xml;
   const auto plain = [&xml](std::string_view run) { xml += run; };
   SplitText(text, kPlainInAttribute, plain, [&xml](char32_t character, std::string_view bytes) {
-    const std::string_view entity = EntityOf(character);
     // No name has a line in it: any white space is one blank, as readers of attributes take it.
-    xml += character == '\t' || character == '\n' || character == '\r' ? std::string_view(" ")
-           : IsForbidden(character)                                    ? kReplacementText
-           : entity.empty()                                            ? bytes
-                                                                       : entity;
+    const bool isSpace = character == '\t' || character == '\n' || character == '\r';
+    if (isSpace || IsForbidden(character)) return void(xml += isSpace ? std::string_view(" ") : kReplacementText);
+    AppendEscaped(xml, character, bytes);
   });
   return xml;
 }

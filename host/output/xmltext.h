@@ -6,8 +6,9 @@
 
 namespace NKROVEL20 {
 
-/// Appends the string as character data: markup characters as entities, a carriage return as a
-/// reference, and U+FFFD for characters that XML 1.0 cannot hold and for bytes that are none.
+/// Appends the string as character data: markup characters as entities, a carriage return and what is
+/// unsafe (see IsUnsafe) as references ("&#xD;", "&#x202E;"), and U+FFFD for characters that XML 1.0
+/// cannot hold and for bytes that are not characters. Tabs and newlines stay as they are.
 void AppendXmlText(std::string& xml, std::string_view text);
 
 /// The string as the value of an attribute in double quotes.

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/core/unsafetext.h"
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
 
@@ -61,7 +62,7 @@ void WriteFindingsAsJson(const TSchemaFindings& findings, ITextSink& sink) {
                           {"errors", findings.errors},
                           {"warnings", findings.warnings}};
   // File names need not be UTF-8.
-  sink.Write(document.dump(-1, ' ', false, TJson::error_handler_t::replace) + "\n");
+  sink.Write(SafeJson(document.dump(-1, ' ', false, TJson::error_handler_t::replace)) + "\n");
 }
 
 EExitStatus StatusOf(const TSchemaFindings& findings) {

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "host/core/hosterror.h"
-#include "host/output/tablelayout.h"
+#include "host/core/unsafetext.h"
 #include "host/velhost/usagecheck.h"
 
 namespace NKROVEL20 {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/output/tablelayout.h"
+#include "host/core/unsafetext.h"
 
 namespace NKROVEL20 {
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
 #include "host/output/outputfile.h"
-#include "host/output/tablelayout.h"
 
 namespace NKROVEL20 {
 

@@ -16,7 +16,7 @@
 #include <sstream>
 
 #include "host/core/sourcereader.h"
-#include "host/output/tablelayout.h"
+#include "host/core/unsafetext.h"
 #include "host/serviceprocessor/servednode.h"
 #include "host/serviceprocessor/serverfile.h"
 #include "host/velhost/ipmisim.h"

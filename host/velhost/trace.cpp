@@ -11,6 +11,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/core/hostservices.h"
+#include "host/core/unsafetext.h"
 #include "host/velhost/messages.h"
 
 namespace NKROVEL20 {
@@ -35,7 +36,7 @@ bool WriteAll(int descriptor, const std::string& text) {
 std::string FormatTraceJson(ILogger::EVELLogSeverity severity, const std::string& message) {
   const nlohmann::ordered_json line = {
       {"severity", static_cast<int>(severity)}, {"level", TTraceLogger::SeverityName(severity)}, {"message", message}};
-  return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return SafeJson(line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) + "\n";
 }
 
 ILogger::EVELLogSeverity ShownSeverity(int verbosity) {

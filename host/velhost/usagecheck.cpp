@@ -6,7 +6,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/core/nearestname.h"
-#include "host/output/tablelayout.h"
+#include "host/core/unsafetext.h"
 
 namespace NKROVEL20 {
 

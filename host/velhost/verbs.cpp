@@ -1,6 +1,6 @@
 #include "host/velhost/verbs.h"
 
-#include "host/output/tablelayout.h"
+#include "host/core/unsafetext.h"
 #include "host/pluginmanager/pluginloader.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"

@@ -59,6 +59,7 @@ TEST_F(TCaptureFolderTest, WritesNothingForOtherInstances) {
 
 TEST(TCaptureFileNameTest, StaysInsideItsFolder) {
   EXPECT_EQ(CaptureFileName({"../cpu\nerr", "1/2", "\x7f", "", {}}), "node1_2-.._cpu_err-_.bin");
+  EXPECT_EQ(CaptureFileName({"a\u202eb\u009b\u00e9", "1", "0", "", {}}), "node1-a_b_\u00e9-0.bin");
   EXPECT_EQ(CaptureFileName({std::string(300, 'f'), "1", "0", "", {}}), "node1-" + std::string(80, 'f') + "-0.bin");
 }
 

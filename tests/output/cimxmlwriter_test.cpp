@@ -40,7 +40,7 @@ TEST_F(TCimXmlWriterTest, WritesAnAwkwardInstance) {
   EXPECT_EQ(text.substr(start, text.find("</DECLGROUP>") - start),
             "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_Awkward\">"
             "<PROPERTY NAME=\"Quotes\" TYPE=\"string\"><VALUE>say \"hi\" \\ &lt;&amp;&gt;</VALUE></PROPERTY>"
-            "<PROPERTY NAME=\"Controls\" TYPE=\"string\"><VALUE>t\tn\nr&#13;e\uFFFDz\uFFFDd\x7f</VALUE></PROPERTY>"
+            "<PROPERTY NAME=\"Controls\" TYPE=\"string\"><VALUE>t\tn\nr&#xD;e\uFFFDz\uFFFDd&#x7F;</VALUE></PROPERTY>"
             "<PROPERTY NAME=\"NonAscii\" TYPE=\"string\"><VALUE>Gr\u00fc\u00dfe \u6f22 \U0001F600</VALUE></PROPERTY>"
             "<PROPERTY NAME=\"Invalid\" TYPE=\"string\"><VALUE>a\uFFFDb\uFFFD</VALUE></PROPERTY>"
             "<PROPERTY NAME=\"Empty\" TYPE=\"string\"><VALUE></VALUE></PROPERTY>"
@@ -65,7 +65,7 @@ TEST_F(TCimXmlWriterTest, WritesAnAwkwardInstance) {
 
 TEST_F(TCimXmlWriterTest, ReplacesWhatXmlCannotHold) {
   EXPECT_EQ(Xml(TType::kString, TCIMValue("a\uFFFE\uFFFF\u0085")),
-            "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>a\uFFFD\uFFFD\u0085</VALUE></PROPERTY>");
+            "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>a\uFFFD\uFFFD&#x85;</VALUE></PROPERTY>");
 }
 
 TEST_F(TCimXmlWriterTest, WritesNoValueForATimeThatDoesNotExist) {

@@ -20,8 +20,8 @@ TEST_F(TJsonValueTest, EscapesQuotesBackslashesAndControlCharacters) {
   EXPECT_EQ(Json(TType::kString, TCIMValue(std::string("\0\x1b\x1f", 3))), R"("\u0000\u001b\u001f")");
 }
 
-TEST_F(TJsonValueTest, KeepsDelAndCharactersBeyondAscii) {
-  EXPECT_EQ(Json(TType::kString, TCIMValue("\x7f\u00e9\u20ac\U0001F600")), "\"\x7f\u00e9\u20ac\U0001F600\"");
+TEST_F(TJsonValueTest, KeepsCharactersBeyondAscii) {
+  EXPECT_EQ(Json(TType::kString, TCIMValue("\u00e9\u20ac\U0001F600")), "\"\u00e9\u20ac\U0001F600\"");
 }
 
 TEST_F(TJsonValueTest, ReplacesBytesThatAreNoCharacter) {
@@ -119,7 +119,7 @@ TEST_F(TJsonWriterTest, WritesAnAwkwardInstance) {
   EXPECT_EQ(text.substr(0, text.find('\n')),
             R"({"kind":"instance","class":"KROSG_Awkward","properties":{"Quotes":"say \"hi\" \\ <&>",)"
             R"("Controls":"t\tn\nr\re\u001bz\u0000d)"
-            "\x7f"
+            "\\u007f"
             R"(","NonAscii":")"
             "Gr\u00fc\u00dfe \u6f22 \U0001F600"
             R"(","Invalid":")"

@@ -1,6 +1,6 @@
 #include <string>
 
-#include "host/output/utf8.h"
+#include "host/core/utf8.h"
 #include "tests/output/outputfixture.h"
 
 namespace NKROVEL20::OutputTest {
@@ -31,6 +31,15 @@ TEST_F(TTableWriterTest, ShowsAnR8RegisterByAddressAndValue) {
   const auto instance =
       Register("KROSG_VO_MEMCTL_StatisticData", "", {0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0});
   EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  0x0807060504030201\n\n");
+}
+
+TEST_F(TTableWriterTest, SplitsNoHexNumber) {
+  const std::string name(18, 'N');
+  const auto cimClass = Define("KROSG_VO_MEMCTL_StatisticData", "", {Property(name, TType::kUint8, true)});
+  const auto instance = Make(cimClass, {{name, Bytes({0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0})}});
+  // 20 columns of 40 are left: room for either number, but not for both.
+  EXPECT_EQ(Block(instance, 40), "KROSG_VO_MEMCTL_StatisticData\n  " + name + "\n" + std::string(20, ' ') +
+                                     "0xABCDEF\n" + std::string(20, ' ') + "0x0807060504030201\n\n");
 }
 
 TEST_F(TTableWriterTest, ShowsFourValueBytesBeforeTheMarkerTail) {

@@ -1,11 +1,11 @@
 // The small parts that the forms are made of.
 #include <gtest/gtest.h>
 
+#include "host/core/utf8.h"
 #include "host/output/completioncodes.h"
 #include "host/output/hexdump.h"
 #include "host/output/summarytext.h"
 #include "host/output/tablelayout.h"
-#include "host/output/utf8.h"
 #include "tests/output/outputfixture.h"
 
 namespace NKROVEL20::OutputTest {
@@ -72,14 +72,17 @@ TEST(TTextBufferTest, PassesOnEverythingInOrderWhateverTheSizes) {
   EXPECT_EQ(sink.flushedAt.size(), 1U);
 }
 
-TEST(TWrapTextTest, CutsAtBlanksAndElseAnywhere) {
+TEST(TWrapTextTest, CutsAtBlanksAndOnlyAWordLongerThanALineInside) {
   using TLines = std::vector<std::string_view>;
   EXPECT_EQ(WrapText("", 10), TLines{""});
   EXPECT_EQ(WrapText("0123456789", 10), TLines{"0123456789"});
   EXPECT_EQ(WrapText("0123456789a", 10), (TLines{"0123456789", "a"}));
   EXPECT_EQ(WrapText("012345678 a", 10), (TLines{"012345678", "a"}));
   EXPECT_EQ(WrapText("0123456789 a", 10), (TLines{"0123456789", "a"}));
-  EXPECT_EQ(WrapText("0 23456789ab", 10), (TLines{"0 23456789", "ab"}));  // the blank is too far back
+  EXPECT_EQ(WrapText("0 23456789ab", 10), (TLines{"0", "23456789ab"}));
+  EXPECT_EQ(WrapText("0 23456789abc", 10), (TLines{"0 23456789", "abc"}));  // the blank is too far back
+  EXPECT_EQ(WrapText("012345 789abcdefgh", 10), (TLines{"012345", "789abcdefg", "h"}));
+  EXPECT_EQ(WrapText(" 123456789a", 10), (TLines{" 123456789", "a"}));
   EXPECT_EQ(WrapText("0123456789   ", 10), TLines{"0123456789"});
   EXPECT_EQ(WrapText("\u6f22\u6f22", 1), (TLines{"\u6f22", "\u6f22"}));
 }

@@ -9,9 +9,9 @@
 #include <string>
 
 #include "host/core/ciminstance.h"
+#include "host/core/utf8.h"
 #include "host/output/objectpath.h"
 #include "host/output/scalartext.h"
-#include "host/output/utf8.h"
 #include "tests/support/require.h"
 
 namespace testsupport {

@@ -1,4 +1,4 @@
-#include "host/output/utf8.h"
+#include "host/core/utf8.h"
 
 #include <algorithm>
 #include <array>

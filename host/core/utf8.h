@@ -1,9 +1,11 @@
-// UTF-8 as the output forms need it: every form is valid UTF-8, whatever bytes a string holds.
+// UTF-8 as output needs it: messages and every output form are valid UTF-8, whatever bytes a string holds.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+
+#include "nkrovel20/api.h"
 
 namespace NKROVEL20 {
 
@@ -19,12 +21,12 @@ struct TCodePoint {
 /// The character that starts at `at`, which must be inside the text. Bytes that are no character
 /// (stray, overlong, cut short, surrogates, above U+10FFFF) are taken as far as they could have
 /// begun one, so that a cut character gives one replacement and not several.
-TCodePoint NextCodePoint(std::string_view text, std::size_t at);
+NKROVEL20_API TCodePoint NextCodePoint(std::string_view text, std::size_t at);
 
 /// Appends a character; surrogates and numbers that are no character give the replacement.
-void AppendUtf8(std::string& text, char32_t character);
+NKROVEL20_API void AppendUtf8(std::string& text, char32_t character);
 
 /// Columns that a terminal gives the character: 0 for combining marks, 2 for wide ones, else 1.
-int ColumnsOf(char32_t character);
+NKROVEL20_API int ColumnsOf(char32_t character);
 
 }  // namespace NKROVEL20
