@@ -1,5 +1,6 @@
 #include "host/output/capturefiles.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
 
@@ -37,22 +38,26 @@ std::string CaptureFileName(const TCaptureFile& capture) {
 }
 
 TCaptureFolder::TCaptureFolder(const std::string& path) : path_(path) {
-  if (::mkdir(path.c_str(), 0777) == 0) return;
-  const int error = errno;
-  if (error == EEXIST && std::filesystem::is_directory(path)) return;
-  const char* reason = error == EEXIST ? "it is there and is no folder" : std::strerror(error);
-  throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create the folder {}: {}", path, reason));
+  const bool isNew = ::mkdir(path.c_str(), 0777) == 0;
+  if (!isNew && errno != EEXIST) FailToCreate(std::strerror(errno));
+  folder_ = TOwnedDescriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder_.IsOpen()) FailToCreate(errno == ENOTDIR ? "it exists and is not a folder" : std::strerror(errno));
 }
 
 std::optional<std::string> TCaptureFolder::Write(const TInstance& instance) const {
   const auto capture = CaptureFileOf(instance);
   if (!capture) return std::nullopt;
-  const std::string path = std::filesystem::path(path_) / CaptureFileName(*capture);
+  const std::string name = CaptureFileName(*capture);
+  const std::string path = std::filesystem::path(path_) / name;
   const std::string content(capture->data.begin(), capture->data.end());
-  TOutputFile file(path);
+  TOutputFile file(folder_.Get(), name, path);
   file.Write(content);
   file.Commit();
   return path;
+}
+
+void TCaptureFolder::FailToCreate(const std::string& reason) const {
+  throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create the folder {}: {}", SafeText(path_), reason));
 }
 
 }  // namespace NKROVEL20

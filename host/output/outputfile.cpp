@@ -10,9 +10,10 @@
 #include <charconv>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <optional>
 #include <utility>
+
+#include "host/core/unsafetext.h"
 
 namespace NKROVEL20 {
 
@@ -33,9 +34,10 @@ void WriteAll(int descriptor, std::string_view text, const std::string& name) {
     } else if (errno == EPIPE) {
       throw TClosedPipe(name);
     } else if (errno == EBADF) {
-      throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", name));
+      throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", SafeText(name)));
     } else if (errno != EINTR) {
-      throw THostError(EExitStatus::kWriteFailed, fmt::format("cannot write {}: {}", name, std::strerror(errno)));
+      throw THostError(EExitStatus::kWriteFailed,
+                       fmt::format("cannot write {}: {}", SafeText(name), std::strerror(errno)));
     }
   }
 }
@@ -55,41 +57,29 @@ std::optional<int> DescriptorOfPath(std::string_view path) {
   return std::nullopt;
 }
 
-// Follows symbolic links, also one whose target is not there yet.
-std::filesystem::path BehindLinks(std::filesystem::path path) {
-  constexpr int kMostLinks = 40;
-  std::error_code error;
-  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(path, error); ++i) {
-    const auto next = std::filesystem::read_symlink(path, error);
-    if (error) break;
-    path = path.parent_path() / next;
-  }
-  return path;
-}
-
-void SyncFolder(const std::filesystem::path& folder) {
-  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  ::fsync(descriptor);
-  ::close(descriptor);
-}
-
-std::filesystem::path FolderOf(const std::filesystem::path& path) {
-  const auto folder = path.parent_path();
-  return folder.empty() ? std::filesystem::path(".") : folder;
+void SyncFolder(int folder) {
+  const TOwnedDescriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (readable.IsOpen()) ::fsync(readable.Get());
 }
 
 // What a file without a name is linked from. Linking the descriptor itself takes a privilege.
 std::string LinkOf(int descriptor) { return fmt::format("/proc/self/fd/{}", descriptor); }
 
-bool GiveName(int descriptor, const std::string& name) {
-  return ::linkat(AT_FDCWD, LinkOf(descriptor).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+// The rights of a file that takes another's place. Where the owner or the group could not be kept, those who
+// were one of them are others now, and may have no more than they had.
+mode_t ModeInPlaceOf(const struct stat& old, const struct stat& now) {
+  const mode_t owner = old.st_mode >> 6 & 7;
+  const mode_t group = old.st_mode >> 3 & 7;
+  const mode_t everybody = owner & group & old.st_mode & 7;
+  if (now.st_gid != old.st_gid) return owner << 6 | everybody << 3 | everybody;
+  if (now.st_uid != old.st_uid) return owner << 6 | group << 3 | everybody;
+  return old.st_mode & 0777;
 }
 
 }  // namespace
 
 TClosedPipe::TClosedPipe(const std::string& name)
-    : THostError(EExitStatus::kWriteFailed, fmt::format("nobody reads {} any more", name)) {}
+    : THostError(EExitStatus::kWriteFailed, fmt::format("nobody reads {} any more", SafeText(name))) {}
 
 void IgnoreBrokenPipeSignal() { std::signal(SIGPIPE, SIG_IGN); }
 
@@ -110,58 +100,84 @@ void TDescriptorSink::Flush() {
 TOutputFile::TOutputFile(const std::string& path, EUnfinished unfinished) : path_(path) {
   if (path.empty()) FailToCreate("the name is empty");
   if (const auto descriptor = DescriptorOfPath(path)) {
-    OpenDirectly(::fcntl(*descriptor, F_DUPFD_CLOEXEC, 0));
+    OpenDirectly(TOwnedDescriptor(::fcntl(*descriptor, F_DUPFD_CLOEXEC, 0)));
     return;
   }
-  target_ = BehindLinks(path);
-  struct stat status {};
-  const bool exists = ::stat(target_.c_str(), &status) == 0;
-  if (!exists && errno != ENOENT) FailToCreate(std::strerror(errno));
-  if (exists && S_ISDIR(status.st_mode)) FailToCreate("it is a folder");
-  if (exists && !S_ISREG(status.st_mode)) {
-    OpenDirectly(::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
-    return;
+  try {
+    place_ = FindOutputPlace(path);
+  } catch (const TNoPlace& failure) {
+    FailToCreate(failure.reason);
   }
-  // Renaming would replace a file that its owner has protected.
-  if (exists && ::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) FailToCreate(std::strerror(errno));
-  if (unfinished == EUnfinished::kNamed || !OpenNameless()) OpenTemporary();
-  sink_ = std::make_unique<TDescriptorSink>(descriptor_, path_);
-  if (exists) KeepAttributesOfTarget();
+  if (!place_.existing) {
+    OpenUnfinished(unfinished);
+  } else if (S_ISDIR(place_.existing->st_mode)) {
+    FailToCreate("it is a folder");
+  } else if (TOwnedDescriptor opened = OpenExisting(); !S_ISREG(place_.existing->st_mode)) {
+    OpenDirectly(std::move(opened));
+  } else {
+    OpenUnfinished(unfinished);
+    KeepAttributesOfTarget();
+  }
+}
+
+TOutputFile::TOutputFile(int folder, const std::string& name, const std::string& path) : path_(path) {
+  place_.folder = TOwnedDescriptor(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+  place_.name = name;
+  OpenUnfinished(EUnfinished::kNameless);
 }
 
 TOutputFile::~TOutputFile() { Discard(); }
 
-void TOutputFile::OpenDirectly(int descriptor) {
-  if (descriptor < 0) FailToCreate(std::strerror(errno));
-  descriptor_ = descriptor;
-  sink_ = std::make_unique<TDescriptorSink>(descriptor_, path_);
+// Renaming would replace a file that its owner has protected, and so would not ask the kernel. O_CREAT has it
+// refuse a file or pipe that another user has put into a folder such as /tmp, where it has such a rule.
+TOwnedDescriptor TOutputFile::OpenExisting() const {
+  const bool isRegular = S_ISREG(place_.existing->st_mode);
+  const int flags = O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | (isRegular ? O_NOFOLLOW | O_NONBLOCK : 0);
+  TOwnedDescriptor opened(::openat(place_.folder.Get(), place_.name.c_str(), flags, 0600));
+  if (!opened.IsOpen()) FailToCreate(std::strerror(errno));
+  struct stat status {};
+  if (::fstat(opened.Get(), &status) != 0) FailToCreate(std::strerror(errno));
+  const bool isSame = status.st_dev == place_.existing->st_dev && status.st_ino == place_.existing->st_ino;
+  if (!isSame) FailToCreate("it changed while it was looked up");
+  return opened;
 }
+
+void TOutputFile::OpenDirectly(TOwnedDescriptor descriptor) {
+  if (!descriptor.IsOpen()) FailToCreate(std::strerror(errno));
+  descriptor_ = std::move(descriptor);
+  sink_ = std::make_unique<TDescriptorSink>(descriptor_.Get(), path_);
+}
+
+void TOutputFile::OpenUnfinished(EUnfinished unfinished) {
+  if (unfinished == EUnfinished::kNamed || !OpenNameless()) OpenTemporary();
+  sink_ = std::make_unique<TDescriptorSink>(descriptor_.Get(), path_);
+}
+
+// What replaces a file is nobody else's business before it has that file's rights.
+mode_t TOutputFile::FirstMode() const { return place_.existing ? 0600 : 0666; }
 
 // Not every file system has nameless files, and without /proc one could not be given its name later.
 bool TOutputFile::OpenNameless() {
-  const std::filesystem::path target(target_);
-  if (target.filename().empty()) return false;
-  descriptor_ = ::open(FolderOf(target).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
-  if (descriptor_ < 0) return false;
-  nameless_ = ::access(LinkOf(descriptor_).c_str(), F_OK) == 0;
-  if (!nameless_) ::close(std::exchange(descriptor_, -1));
+  descriptor_ = TOwnedDescriptor(::openat(place_.folder.Get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, FirstMode()));
+  if (!descriptor_.IsOpen()) return false;
+  nameless_ = ::access(LinkOf(descriptor_.Get()).c_str(), F_OK) == 0;
+  if (!nameless_) descriptor_.Close();
   return nameless_;
 }
 
 void TOutputFile::OpenTemporary() {
-  if (std::filesystem::path(target_).filename().empty()) FailToCreate("it names no file");
   const bool opened = TakeTemporaryName([this](const std::string& name) {
-    descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    return descriptor_ >= 0;
+    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    descriptor_ = TOwnedDescriptor(::openat(place_.folder.Get(), name.c_str(), flags, FirstMode()));
+    return descriptor_.IsOpen();
   });
   if (!opened) FailToCreate(std::strerror(errno));
 }
 
 bool TOutputFile::TakeTemporaryName(const std::function<bool(const std::string&)>& take) {
-  const std::filesystem::path target(target_);
-  const std::string name = target.filename().string().substr(0, kLongestNamePart);
+  const std::string name = place_.name.substr(0, kLongestNamePart);
   for (int i = 0; i < kTemporaryNames; ++i) {
-    temporary_ = FolderOf(target) / fmt::format(".{}.{}-{}.tmp", name, ::getpid(), i);
+    temporary_ = fmt::format(".{}.{}-{}.tmp", name, ::getpid(), i);
     if (take(temporary_)) return true;
     if (errno != EEXIST) break;
   }
@@ -170,50 +186,58 @@ bool TOutputFile::TakeTemporaryName(const std::function<bool(const std::string&)
 }
 
 void TOutputFile::KeepAttributesOfTarget() {
-  struct stat status {};
-  if (::stat(target_.c_str(), &status) != 0) return;
+  const struct stat& old = *place_.existing;
   // The owner can only be kept by a privileged process; another one owns what it writes.
-  if (::fchown(descriptor_, status.st_uid, status.st_gid) != 0) errno = 0;
-  if (::fchmod(descriptor_, status.st_mode & 07777) != 0) {
-    const int error = errno;
-    Discard();
-    FailToCreate(std::strerror(error));
-  }
+  const bool kept = ::fchown(descriptor_.Get(), old.st_uid, old.st_gid) == 0 ||
+                    ::fchown(descriptor_.Get(), static_cast<uid_t>(-1), old.st_gid) == 0;
+  struct stat now {};
+  const bool known = ::fstat(descriptor_.Get(), &now) == 0;
+  if (!kept) errno = 0;
+  if (known && ::fchmod(descriptor_.Get(), ModeInPlaceOf(old, now)) == 0) return;
+  const int error = errno;
+  Discard();
+  FailToCreate(std::strerror(error));
 }
 
 void TOutputFile::Commit() {
   sink_->Flush();
   if (!nameless_ && temporary_.empty()) return;
-  if (::fsync(descriptor_) != 0 && errno != EINVAL) FailToWrite(errno);
+  if (::fsync(descriptor_.Get()) != 0 && errno != EINVAL) FailToWrite(errno);
   const bool isInPlace = std::exchange(nameless_, false) && NameAsTarget();
-  const int closed = ::close(std::exchange(descriptor_, -1));
-  if (closed != 0 && errno != EINTR) FailToWrite(errno);
-  if (!isInPlace && ::rename(temporary_.c_str(), target_.c_str()) != 0) FailToWrite(errno);
+  if (descriptor_.Close() != 0 && errno != EINTR) FailToWrite(errno);
+  const int folder = place_.folder.Get();
+  if (!isInPlace && ::renameat(folder, temporary_.c_str(), folder, place_.name.c_str()) != 0) FailToWrite(errno);
   temporary_.clear();
-  SyncFolder(FolderOf(target_));
+  SyncFolder(folder);
 }
 
-// False where the target is there: a file in its place is only put there by renaming, for which the
+bool TOutputFile::GiveName(const std::string& name) const {
+  const std::string link = LinkOf(descriptor_.Get());
+  return ::linkat(AT_FDCWD, link.c_str(), place_.folder.Get(), name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+// False when the target exists: a file in its place is only put there by renaming, for which the
 // nameless one has a temporary name then.
 bool TOutputFile::NameAsTarget() {
-  if (GiveName(descriptor_, target_)) return true;
+  if (GiveName(place_.name)) return true;
   if (errno != EEXIST) FailToWrite(errno);
-  if (!TakeTemporaryName([this](const std::string& name) { return GiveName(descriptor_, name); })) FailToWrite(errno);
+  if (!TakeTemporaryName([this](const std::string& name) { return GiveName(name); })) FailToWrite(errno);
   return false;
 }
 
 void TOutputFile::Discard() noexcept {
-  if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
-  if (!temporary_.empty()) ::unlink(temporary_.c_str());
+  descriptor_.Close();
+  if (!temporary_.empty()) ::unlinkat(place_.folder.Get(), temporary_.c_str(), 0);
   temporary_.clear();
 }
 
 void TOutputFile::FailToCreate(const std::string& reason) const {
-  throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create {}: {}", path_, reason));
+  throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create {}: {}", SafeText(path_), reason));
 }
 
 void TOutputFile::FailToWrite(int error) const {
-  throw THostError(EExitStatus::kWriteFailed, fmt::format("cannot write {}: {}", path_, std::strerror(error)));
+  throw THostError(EExitStatus::kWriteFailed,
+                   fmt::format("cannot write {}: {}", SafeText(path_), std::strerror(error)));
 }
 
 }  // namespace NKROVEL20

@@ -8,6 +8,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/output/iinstancewriter.h"
+#include "host/output/outputplace.h"
 
 namespace NKROVEL20 {
 
@@ -42,15 +43,21 @@ class TDescriptorSink : public ITextSink {
 ///
 /// Until then the text is in a file of the same folder that has no name, of which a killed process
 /// leaves nothing; on file systems without such files it has a temporary name, which destruction
-/// without a Commit removes. A file that is there is replaced by renaming. A new file has the permissions that the
-/// process's mask allows, an existing one keeps its own, and a symbolic link stays one. A target that is there and is
-/// no regular file (a device, a pipe, /dev/stdout, /dev/fd/N) is written to directly.
+/// without a Commit removes. A file that exists is replaced by renaming. A new file has the permissions that
+/// the process's mask allows, an existing one keeps its own but for set-user-ID, set-group-ID and sticky, and
+/// with less where its owner or group cannot be kept. A symbolic link stays one, if the kernel follows it (see
+/// FindOutputPlace). A target that exists and is not a regular file (a device, a pipe, /dev/stdout,
+/// /dev/fd/N) is written to directly. The folder is held open: what happens to the path meanwhile leads
+/// nowhere else.
 class TOutputFile : public ITextSink {
  public:
   enum class EUnfinished { kNameless, kNamed };
-  /// Throws THostError (kCannotCreate) where the file cannot be created or must not be written.
+  /// Throws THostError (kCannotCreate) if the file cannot be created or must not be written.
   /// kNamed does without a nameless file, as file systems do that have none.
   explicit TOutputFile(const std::string& path, EUnfinished unfinished = EUnfinished::kNameless);
+  /// The file `name` of an open folder, which is not owned. What has that name is replaced, whatever it is but
+  /// a folder; a link is never followed. `path` is for messages.
+  TOutputFile(int folder, const std::string& name, const std::string& path);
   ~TOutputFile() override;
   TOutputFile(const TOutputFile&) = delete;
   TOutputFile& operator=(const TOutputFile&) = delete;
@@ -63,21 +70,25 @@ class TOutputFile : public ITextSink {
   void Commit();
 
  private:
-  void OpenDirectly(int descriptor);
+  TOwnedDescriptor OpenExisting() const;
+  void OpenDirectly(TOwnedDescriptor descriptor);
+  void OpenUnfinished(EUnfinished unfinished);
+  mode_t FirstMode() const;
   bool OpenNameless();
   void OpenTemporary();
   bool TakeTemporaryName(const std::function<bool(const std::string&)>& take);
+  bool GiveName(const std::string& name) const;
   bool NameAsTarget();
   void KeepAttributesOfTarget();
   void Discard() noexcept;
   [[noreturn]] void FailToCreate(const std::string& reason) const;
   [[noreturn]] void FailToWrite(int error) const;
 
-  std::string path_;       ///< as given, for messages
-  std::string target_;     ///< behind all symbolic links
-  std::string temporary_;  ///< empty without one, and after Commit
+  std::string path_;  ///< as given, for messages
+  TOutputPlace place_;
+  std::string temporary_;  ///< in the place's folder; empty without one, and after Commit
   bool nameless_ = false;  ///< with neither of the two the target is written to directly
-  int descriptor_ = -1;
+  TOwnedDescriptor descriptor_;
   std::unique_ptr<TDescriptorSink> sink_;
 };
 

@@ -30,6 +30,14 @@ std::unique_ptr<IServiceProcessor> MakeInband(const TServerFile& server) {
 
 INSTANTIATE_TEST_SUITE_P(Inband, ServiceProcessorSuite, testing::Values(TNamedFactory{"Inband", MakeInband}));
 
+TEST(Rules, AreOn) {
+  for (const char* const name : {"protected_symlinks", "protected_regular", "protected_fifos"}) {
+    int value = 0;
+    std::ifstream(std::string("/proc/sys/fs/") + name) >> value;
+    EXPECT_EQ(value, 1) << name;  // or the tests that need them are skipped
+  }
+}
+
 // Before the driver is loaded.
 
 TEST(NoDriver, SmbiosDeclaresTheBmcAndNamesTheMachine) {

@@ -45,8 +45,43 @@ TEST_F(TCaptureFolderTest, RefusesAFileInItsPlace) {
     FAIL();
   } catch (const THostError& error) {
     EXPECT_EQ(error.Status(), EExitStatus::kCannotCreate);
-    EXPECT_EQ(error.what(), "cannot create the folder " + file + ": it is there and is no folder");
+    EXPECT_EQ(error.what(), "cannot create the folder " + file + ": it exists and is not a folder");
   }
+}
+
+TEST_F(TCaptureFolderTest, ReplacesALinkAndAnythingElseButAFolder) {
+  folder_.Write("target", "kept");
+  const std::string name = "node1-cpu_err-0.bin";
+  const TCaptureFolder captures(folder_.Path());
+  for (const char* const target : {"target", "absent", "/dev/null"}) {
+    std::filesystem::remove(Path(name));
+    std::filesystem::create_symlink(target, Path(name));
+    captures.Write(*Capture("41 "));
+    EXPECT_EQ(std::filesystem::symlink_status(Path(name)).type(), std::filesystem::file_type::regular) << target;
+    EXPECT_EQ(folder_.Read(name), "A");
+    cimNamespace_ = TNamespace::Create();
+  }
+  EXPECT_EQ(folder_.Names(), name + " target");
+  EXPECT_EQ(folder_.Read("target"), "kept");
+}
+
+TEST_F(TCaptureFolderTest, GivesAFileThatItReplacesFreshRights) {
+  const std::string name = "node1-cpu_err-0.bin";
+  std::filesystem::permissions(folder_.Write(name, "old"), std::filesystem::perms(0777));
+  const mode_t before = ::umask(027);
+  TCaptureFolder(folder_.Path()).Write(*Capture("41 "));
+  ::umask(before);
+  EXPECT_EQ(std::filesystem::status(Path(name)).permissions(), std::filesystem::perms(0640));
+}
+
+TEST_F(TCaptureFolderTest, KeepsToTheFolderThatItOpened) {
+  const TCaptureFolder captures(Path("first"));
+  std::filesystem::rename(Path("first"), Path("moved"));
+  std::filesystem::create_directory(Path("other"));
+  std::filesystem::create_symlink("other", Path("first"));
+  captures.Write(*Capture("41 "));
+  EXPECT_TRUE(std::filesystem::exists(Path("moved/node1-cpu_err-0.bin")));
+  EXPECT_TRUE(std::filesystem::is_empty(Path("other")));
 }
 
 TEST_F(TCaptureFolderTest, WritesNothingForOtherInstances) {

@@ -130,6 +130,93 @@ TEST_F(TOutputFileTest, KeepsThePermissionsOfAnExistingFile) {
   EXPECT_EQ(folder_.Read("out"), "new");
 }
 
+// Nothing is protected from the superuser, so for as long as this lives the process is none.
+class TOrdinaryUser {
+ public:
+  TOrdinaryUser() : before_(::geteuid()) {
+    if (before_ == 0) {
+      EXPECT_EQ(::seteuid(kNobody), 0);
+    }
+  }
+  ~TOrdinaryUser() {
+    if (before_ == 0) {
+      EXPECT_EQ(::seteuid(0), 0);
+    }
+  }
+  TOrdinaryUser(const TOrdinaryUser&) = delete;
+  TOrdinaryUser& operator=(const TOrdinaryUser&) = delete;
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+  uid_t before_;
+};
+
+TEST_F(TOutputFileTest, KeepsNoSpecialBits) {
+  ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 07755), 0);
+  TOutputFile file(Path("out"));
+  file.Commit();
+  EXPECT_EQ(ModeOf("out"), 0755U);
+}
+
+// Of 0626 owner and group lose what not everybody had, or the owner, now one of the others, would gain.
+TEST_F(TOutputFileTest, GivesOthersNoMoreThanTheyHadWhenTheOwnerIsLost) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can be another owner";
+  ASSERT_EQ(::chmod(folder_.Write("owner", "old").c_str(), 04626), 0);
+  ASSERT_EQ(::chown(folder_.Write("group", "old").c_str(), 0, 12345), 0);
+  ASSERT_EQ(::chmod(Path("group").c_str(), 02646), 0);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
+  {
+    const TOrdinaryUser user;
+    for (const char* const name : {"owner", "group"}) {
+      TOutputFile file(Path(name));
+      file.Write("new");
+      file.Commit();
+    }
+  }
+  EXPECT_EQ(ModeOf("owner"), 0622U);
+  EXPECT_EQ(ModeOf("group"), 0644U);
+}
+
+TEST_F(TOutputFileTest, FollowsLinksThroughFolders) {
+  std::filesystem::create_directories(Path("a/b"));
+  std::filesystem::create_symlink("a/b/second", Path("first"));
+  std::filesystem::create_symlink("../target", Path("a/b/second"));
+  TOutputFile file(Path("first"));
+  file.Write("text");
+  file.Commit();
+  EXPECT_EQ(folder_.Read("a/target"), "text");
+  EXPECT_TRUE(std::filesystem::is_symlink(Path("first")));
+}
+
+TEST_F(TOutputFileTest, GivesUpOnLinksInACircle) {
+  std::filesystem::create_symlink("b", Path("a"));
+  std::filesystem::create_symlink("a", Path("b"));
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a")); }),
+            "73 cannot create " + Path("a") + ": Too many levels of symbolic links");
+}
+
+TEST_F(TOutputFileTest, KeepsToTheFolderThatItOpened) {
+  std::filesystem::create_directory(Path("folder"));
+  TOutputFile file(Path("folder/out"));
+  std::filesystem::rename(Path("folder"), Path("moved"));
+  std::filesystem::create_directory(Path("other"));
+  std::filesystem::create_symlink("other", Path("folder"));
+  file.Commit();
+  EXPECT_TRUE(std::filesystem::exists(Path("moved/out")));
+  EXPECT_TRUE(std::filesystem::is_empty(Path("other")));
+}
+
+TEST_F(TOutputFileTest, ReplacesALinkThatCameMeanwhile) {
+  folder_.Write("target", "kept");
+  TOutputFile file(Path("out"));
+  file.Write("new");
+  std::filesystem::create_symlink("target", Path("out"));
+  file.Commit();
+  EXPECT_EQ(folder_.Read("target"), "kept");
+  EXPECT_EQ(folder_.Read("out"), "new");
+  EXPECT_FALSE(std::filesystem::is_symlink(Path("out")));
+}
+
 TEST_F(TOutputFileTest, WritesBehindASymbolicLink) {
   folder_.Write("target", "old");
   std::filesystem::create_symlink("target", Path("link"));
@@ -157,33 +244,17 @@ TEST_F(TOutputFileTest, SaysWhyAFileCannotBeCreated) {
   EXPECT_EQ(FailureOf([this] { TOutputFile file(folder_.Path()); }),
             "73 cannot create " + folder_.Path().string() + ": it is a folder");
   EXPECT_EQ(FailureOf([] { TOutputFile file(""); }), "73 cannot create : the name is empty");
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a\n\u009bb/out")); }),
+            "73 cannot create " + Path("a\\n\\x9bb/out") + ": No such file or directory");
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/")); }),
+            "73 cannot create " + Path("absent/") + ": it does not name a file");
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path(".")); }), "73 cannot create " + Path(".") + ": it is a folder");
   folder_.Write("file", "");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("file/out")); }),
             "73 cannot create " + Path("file/out") + ": Not a directory");
   EXPECT_EQ(FailureOf([] { TOutputFile file("/dev/fd/987654"); }),
             "73 cannot create /dev/fd/987654: Bad file descriptor");
 }
-
-// Nothing is protected from the superuser, so for as long as this lives the process is none.
-class TOrdinaryUser {
- public:
-  TOrdinaryUser() : before_(::geteuid()) {
-    if (before_ == 0) {
-      EXPECT_EQ(::seteuid(kNobody), 0);
-    }
-  }
-  ~TOrdinaryUser() {
-    if (before_ == 0) {
-      EXPECT_EQ(::seteuid(0), 0);
-    }
-  }
-  TOrdinaryUser(const TOrdinaryUser&) = delete;
-  TOrdinaryUser& operator=(const TOrdinaryUser&) = delete;
-
- private:
-  static constexpr uid_t kNobody = 65534;
-  uid_t before_;
-};
 
 TEST_F(TOutputFileTest, LeavesAProtectedFileAlone) {
   ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 0444), 0);
