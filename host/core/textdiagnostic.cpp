@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "host/core/unsafetext.h"
+#include "host/core/utf8.h"
+
 namespace NKROVEL20 {
 
 namespace {
@@ -12,12 +15,18 @@ constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character behind its 
 
 bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
-// A tab takes one column, as its caret's line has it; other characters that would disturb a terminal
-// show as a question mark.
-char Printable(char c) {
-  if (c == '\t') return ' ';
-  const auto byte = static_cast<unsigned char>(c);
-  return byte >= 0x20 && byte != 0x7F ? c : '?';
+// A tab takes one column, as its caret's line has it; other unsafe characters show as a question mark.
+void AppendPrintable(std::string& text, std::string_view part) {
+  for (std::size_t at = 0; at < part.size();) {
+    const TCodePoint next = NextCodePoint(part, at);
+    const bool isUnsafe = next.valid && IsUnsafe(next.value);
+    if (next.value == '\t') {
+      text += ' ';
+    } else {
+      text += isUnsafe ? "?" : part.substr(at, next.size);
+    }
+    at += next.size;
+  }
 }
 
 // A side that is cut away shows as "...", within the width.
@@ -32,7 +41,7 @@ void AppendExcerpt(std::string& text, std::string_view line, std::size_t column)
   for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line[start]); ++i) ++start;
   for (int i = 0; i < kMostContinuations && end < line.size() && IsUtf8Continuation(line[end]); ++i) --end;
   text.append("  ").append(before);
-  for (const char c : line.substr(start, end - start)) text += Printable(c);
+  AppendPrintable(text, line.substr(start, end - start));
   text.append(behind).append("\n  ").append(before.size(), ' ');
   const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size());
   for (std::size_t i = start; i < caret; ++i) {
@@ -44,7 +53,7 @@ void AppendExcerpt(std::string& text, std::string_view line, std::size_t column)
 }  // namespace
 
 std::string FormatDiagnostic(const TTextDiagnostic& diagnostic) {
-  std::string text = diagnostic.location.file;
+  std::string text = SafeText(diagnostic.location.file);
   if (diagnostic.location.line > 0) {
     text += ":" + std::to_string(diagnostic.location.line) + ":" + std::to_string(diagnostic.location.column);
   }

@@ -10,6 +10,7 @@
 
 #include "host/core/hosterror.h"
 #include "host/core/hostservices.h"
+#include "host/core/unsafetext.h"
 
 namespace NKROVEL20 {
 
@@ -95,7 +96,7 @@ void TLoadedPlugin::Call(const char* operation, const boost::function<void()>& c
     throw;
   } catch (...) {
     throw THostError(EExitStatus::kInternal,
-                     "plugin " + path_ + " failed in " + operation + ": " + CurrentExceptionText());
+                     "plugin " + SafeText(path_) + " failed in " + operation + ": " + CurrentExceptionText());
   }
 }
 
@@ -114,7 +115,7 @@ void* TPluginLoader::OpenLibrary(const std::string& path) {
   if (access(path.c_str(), R_OK) != 0) {
     const int error = errno;
     throw THostError(error == EACCES ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
-                     "cannot open plugin " + path + ": " + std::strerror(error));
+                     "cannot open plugin " + SafeText(path) + ": " + std::strerror(error));
   }
   std::string error;
   void* library = nullptr;
@@ -122,12 +123,13 @@ void* TPluginLoader::OpenLibrary(const std::string& path) {
   try {
     library = loader_.Open(path, error);
   } catch (...) {
-    fatal_("plugin " + path + " threw while it was being loaded: " + CurrentExceptionText());
+    fatal_("plugin " + SafeText(path) + " threw while it was being loaded: " + CurrentExceptionText());
     std::terminate();  // the handler does not return
   }
   if (library == nullptr) {
     registry_->EndLoading();
-    throw THostError(EExitStatus::kNoInput, "plugin " + path + " is not a library that can be loaded: " + error);
+    throw THostError(EExitStatus::kNoInput,
+                     "plugin " + SafeText(path) + " is not a library that can be loaded: " + error);
   }
   return library;
 }
@@ -145,7 +147,7 @@ std::unique_ptr<TLoadedPlugin> TPluginLoader::Load(const std::string& path) {
   } else {
     loader_.Close(library);
   }
-  throw THostError(EExitStatus::kNoInput, "plugin " + path + " cannot be used: " + reason);
+  throw THostError(EExitStatus::kNoInput, "plugin " + SafeText(path) + " cannot be used: " + reason);
 }
 
 }  // namespace NKROVEL20

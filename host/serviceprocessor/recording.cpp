@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "host/core/unsafetext.h"
 #include "host/serviceprocessor/hexpairs.h"
 #include "host/serviceprocessor/recordingline.h"
 
@@ -52,7 +53,7 @@ void ApplyUtcOffset(int minutes) {
 TRecordingFile::TRecordingFile(const std::string& path)
     : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
   if (descriptor_ >= 0) return;
-  throw THostError(EExitStatus::kCannotCreate, "cannot create " + path + ": " + std::strerror(errno));
+  throw THostError(EExitStatus::kCannotCreate, "cannot create " + SafeText(path) + ": " + std::strerror(errno));
 }
 
 TRecordingFile::~TRecordingFile() { close(descriptor_); }
@@ -62,7 +63,7 @@ void TRecordingFile::Write(std::string_view text) {
     const ssize_t written = write(descriptor_, text.data(), text.size());
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) {
-      throw THostError(EExitStatus::kWriteFailed, "cannot write to " + path_ + ": " + std::strerror(errno));
+      throw THostError(EExitStatus::kWriteFailed, "cannot write to " + SafeText(path_) + ": " + std::strerror(errno));
     }
     text.remove_prefix(static_cast<std::size_t>(written));
   }

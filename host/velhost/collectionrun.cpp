@@ -1,6 +1,7 @@
 #include "host/velhost/collectionrun.h"
 
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
 
 namespace NKROVEL20 {
 
@@ -35,7 +36,7 @@ TCollectionRun::TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace>
 void TCollectionRun::Load(const std::string& pluginPath) {
   plugin_ = loader_.Load(pluginPath);
   if (plugin_->Query() != nullptr) return;
-  throw THostError(EExitStatus::kNoInput, "plugin " + plugin_->Path() + " answers no requests for instances");
+  throw THostError(EExitStatus::kNoInput, "plugin " + SafeText(plugin_->Path()) + " answers no requests for instances");
 }
 
 TCollectionSummary TCollectionRun::Run(const TClasses& classes, IInstanceWriter& writer) {

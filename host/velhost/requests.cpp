@@ -6,6 +6,7 @@
 #include "host/core/failuredetail.h"
 #include "host/core/hosterror.h"
 #include "host/core/nearestname.h"
+#include "host/core/unsafetext.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"
 
@@ -18,7 +19,7 @@ boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std
   std::vector<std::string_view> names;
   for (const auto& candidate : cimNamespace.Classes()) names.push_back(candidate->Name());
   const std::string_view nearest = NearestName(name, names);
-  throw THostError(EExitStatus::kUsage, "the schema has no class \"" + name + "\"" +
+  throw THostError(EExitStatus::kUsage, "the schema has no class \"" + SafeText(name) + "\"" +
                                             (nearest.empty() ? "; \"velhost classes\" lists those that can be collected"
                                                              : "; did you mean " + std::string(nearest) + "?"));
 }

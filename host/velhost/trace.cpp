@@ -59,7 +59,8 @@ class TTrace::TFile {
   void Open() {
     descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor_ >= 0) return;
-    throw THostError(EExitStatus::kCannotCreate, "cannot create trace file " + path_ + ": " + std::strerror(errno));
+    throw THostError(EExitStatus::kCannotCreate,
+                     "cannot create trace file " + SafeText(path_) + ": " + std::strerror(errno));
   }
   void Write(const std::string& text) {
     buffer_ += text;
@@ -68,7 +69,8 @@ class TTrace::TFile {
   void Finish() {
     Flush();
     if (error_ == 0) return;
-    throw THostError(EExitStatus::kWriteFailed, "cannot write trace file " + path_ + ": " + std::strerror(error_));
+    throw THostError(EExitStatus::kWriteFailed,
+                     "cannot write trace file " + SafeText(path_) + ": " + std::strerror(error_));
   }
 
  private:
