@@ -346,7 +346,8 @@ TEST_F(LanClient, SaysThatItWasBuiltWithoutLan) {
 #else
 TEST_F(LanClient, SaysWhereItLookedForTheModule) {
   EXPECT_EQ(ErrorWith({"/nowhere", "/else"}),
-            "lan: the LAN module velhost-lan.so is not installed; looked for\n"
+            "lan: the LAN module velhost-lan.so is not installed; the package velhost-lan has it, and \"cmake --build "
+            "build/release --target velhost_lan\" builds it. Looked for\n"
             "  /nowhere/velhost-lan.so\n  /else/velhost-lan.so");
 }
 #endif

@@ -26,7 +26,10 @@ std::string FindModule(const std::vector<std::string>& folders) {
 #ifdef VELHOST_WITHOUT_LAN
   ThrowUnavailable("this velhost was built without LAN support (VELHOST_LAN=OFF)");
 #else
-  ThrowUnavailable(std::string("the LAN module ") + kLanModuleFile + " is not installed; looked for" + tried);
+  ThrowUnavailable(std::string("the LAN module ") + kLanModuleFile +
+                   " is not installed; the package velhost-lan has it, and \"cmake --build "
+                   "build/release --target velhost_lan\" builds it. Looked for" +
+                   tried);
 #endif
 }
 
