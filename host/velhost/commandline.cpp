@@ -33,8 +33,8 @@ const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "opera
 [[noreturn]] void ThrowUsage(const std::string& message) { throw THostError(EExitStatus::kUsage, message); }
 
 // One of a few words.
-template <typename T>
-void AddChoice(CLI::App& app, const std::string& name, T& target, const TChoices<T>& choices,
+template <typename TTarget, typename T>
+void AddChoice(CLI::App& app, const std::string& name, TTarget& target, const TChoices<T>& choices,
                const std::string& description) {
   std::string words;
   for (const auto& [word, value] : choices) words += (words.empty() ? "" : "|") + word;

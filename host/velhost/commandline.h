@@ -20,8 +20,8 @@ struct TCommonOptions {
   std::vector<std::string> serviceProcessors;  ///< empty: the shipped demo server
   std::optional<std::string> machineType;
   std::string log;
-  ELogFormat logFormat = ELogFormat::kText;
-  int verbosity = 0;  ///< the number of -v
+  std::optional<ELogFormat> logFormat;  ///< empty: text
+  int verbosity = 0;                    ///< the number of -v
   EWhen color = EWhen::kAuto;
   std::string passwordFile;
   std::optional<TSecret> passwordVariable;  ///< what VELHOST_IPMI_PASSWORD said; not from the arguments

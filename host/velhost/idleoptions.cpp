@@ -20,6 +20,7 @@ TNames GivenOptions(const TCommonOptions& options) {
   add(!options.serviceProcessors.empty(), "--sp");
   add(options.machineType.has_value(), "--machine-type");
   add(!options.log.empty(), "--log");
+  add(options.logFormat.has_value(), "--log-format");
   add(!options.passwordFile.empty(), "--password-file");
   add(options.cipherSuite.has_value(), "--cipher-suite");
   add(!options.privilege.empty(), "--privilege");
@@ -37,7 +38,7 @@ TVerbUse UseOf(const TCommandLine& commandLine) {
   switch (commandLine.verb) {
     case EVerb::kClasses:
       return {"classes", {"--schema", "--sp", "--machine-type", "--password-file", "--cipher-suite", "--privilege"}};
-    case EVerb::kPlugin: return {"plugin", {"--plugin", "--log"}};
+    case EVerb::kPlugin: return {"plugin", {"--plugin", "--log", "--log-format"}};
     case EVerb::kCheck: return {"check", commandLine.check.mofs.empty() ? TNames{"--schema"} : TNames{}};
     case EVerb::kSimulate: return {"simulate", {}};
     case EVerb::kCollect: break;
@@ -63,6 +64,8 @@ std::vector<std::string> IdleOptionTexts(const TCommandLine& commandLine) {
         (Contains(lanOptions, name) && scheme != "lan") || (name == "--replay-timing" && scheme != "replay");
     if (!Contains(use.options, name)) {
       texts.push_back(name + " has no effect with " + use.name);
+    } else if (name == "--log-format" && options.log.empty()) {
+      texts.push_back(name + " has no effect without --log");
     } else if (idleHere) {
       texts.push_back(name + " has no effect with --sp " + SafeText(scheme));
     }

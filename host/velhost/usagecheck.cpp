@@ -114,9 +114,25 @@ class TTaker {
   TGivenArguments given_;
 };
 
-void CheckKnown(const TUsage& usage, const TGivenArguments& given) {
+// What the command takes; without one, what every command takes. An option of another would help nobody.
+std::vector<std::string> OptionsOf(const TUsage& usage, const std::string& verb) {
   std::vector<std::string> names;
-  for (const auto& [name, use] : usage.options) names.push_back(name);
+  for (const auto& [name, use] : usage.options) {
+    if (use.verbs.empty() || Contains(use.verbs, verb)) names.push_back(name);
+  }
+  return names;
+}
+
+// The value of an unknown option looks like a command, so that any that is one will do.
+std::string LikelyVerb(const TUsage& usage, const std::vector<std::string>& arguments) {
+  const auto isVerb = [&usage](const std::string& argument) { return Contains(usage.verbs, argument); };
+  const auto found = std::find_if(arguments.begin(), arguments.end(), isVerb);
+  return found == arguments.end() ? std::string() : *found;
+}
+
+void CheckKnown(const TUsage& usage, const TGivenArguments& given, const std::vector<std::string>& arguments) {
+  const std::string verb = Contains(usage.verbs, given.verb) ? given.verb : LikelyVerb(usage, arguments);
+  const std::vector<std::string> names = OptionsOf(usage, verb);
   for (const TGivenOption& option : given.options) {
     if (option.use != nullptr) continue;
     // Two letters are near everything.
@@ -172,7 +188,7 @@ bool HasOption(const TUsage& usage, const std::vector<std::string>& arguments, c
 
 void CheckUsage(const TUsage& usage, const std::vector<std::string>& arguments) {
   const TGivenArguments given = TTaker(usage, arguments).Take();
-  CheckKnown(usage, given);
+  CheckKnown(usage, given, arguments);
   CheckVerb(usage, given.verb);
   CheckPlaces(given);
   CheckValues(given);
