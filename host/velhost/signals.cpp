@@ -1,6 +1,10 @@
 #include "host/velhost/signals.h"
 
+#include <termios.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 
 namespace NKROVEL20 {
@@ -9,15 +13,35 @@ namespace {
 
 std::atomic<TStopSignal*> target{nullptr};
 
-extern "C" void RequestStopOnce(int /*signal*/) {
+std::atomic<bool> echoesInterrupt{false};
+
+extern "C" void RequestStopOnce(int signal, siginfo_t* info, void* /*context*/) {
   if (TStopSignal* const stop = target.load()) stop->RequestStop();
+  // The terminal, whose Ctrl-C comes from the kernel, has put "^C" where the cursor was.
+  if (signal != SIGINT || info == nullptr || info->si_code != SI_KERNEL || !echoesInterrupt.load()) return;
+  const int saved = errno;
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
+  errno = saved;
 }
 
-void Handle(int signal, void (*handler)(int), int flags) {
+void HandleOnce(int signal) {
   struct sigaction action = {};
-  action.sa_handler = handler;
-  action.sa_flags = flags;
+  action.sa_sigaction = &RequestStopOnce;
+  // The second signal of a kind has its default effect.
+  action.sa_flags = static_cast<int>(SA_SIGINFO | SA_RESETHAND);
   sigaction(signal, &action, nullptr);
+}
+
+void HandleByDefault(int signal) {
+  struct sigaction action = {};
+  action.sa_handler = SIG_DFL;
+  sigaction(signal, &action, nullptr);
+}
+
+bool StandardErrorEchoesControls() {
+  termios settings = {};
+  return tcgetattr(STDERR_FILENO, &settings) == 0 && (settings.c_lflag & ECHO) != 0 &&
+         (settings.c_lflag & ECHOCTL) != 0;
 }
 
 bool IsIgnored(int signal) {
@@ -29,17 +53,17 @@ bool IsIgnored(int signal) {
 
 TSignalGuard::TSignalGuard(TStopSignal& stop) {
   target.store(&stop);
-  // SA_RESETHAND: the second signal of a kind has its default effect.
-  Handle(SIGINT, &RequestStopOnce, static_cast<int>(SA_RESETHAND));
-  Handle(SIGTERM, &RequestStopOnce, static_cast<int>(SA_RESETHAND));
+  echoesInterrupt.store(StandardErrorEchoesControls());
+  HandleOnce(SIGINT);
+  HandleOnce(SIGTERM);
   hangUp_ = !IsIgnored(SIGHUP);  // nohup has it ignored
-  if (hangUp_) Handle(SIGHUP, &RequestStopOnce, static_cast<int>(SA_RESETHAND));
+  if (hangUp_) HandleOnce(SIGHUP);
 }
 
 TSignalGuard::~TSignalGuard() {
-  Handle(SIGINT, SIG_DFL, 0);
-  Handle(SIGTERM, SIG_DFL, 0);
-  if (hangUp_) Handle(SIGHUP, SIG_DFL, 0);
+  HandleByDefault(SIGINT);
+  HandleByDefault(SIGTERM);
+  if (hangUp_) HandleByDefault(SIGHUP);
   target.store(nullptr);
 }
 

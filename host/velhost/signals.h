@@ -6,7 +6,8 @@
 namespace NKROVEL20 {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP request the stop once and then have their default effect
-/// again. A SIGHUP that is ignored stays so. One at a time.
+/// again. A SIGHUP that is ignored stays so. After a Ctrl-C that a terminal has echoed, standard error goes to the next
+/// line. One at a time.
 class TSignalGuard {
  public:
   explicit TSignalGuard(TStopSignal& stop);

@@ -88,6 +88,25 @@ class Terminal(VelhostCase):
         lines = self.check_screen(self.on_terminal(["bash", "-c", command, VELHOST, *self.arguments]))
         self.assertEqual([line[:1] for line in lines], ["{", "{", "{", "{", ""])
 
+    def test_an_interrupt_ends_the_line_of_its_echo(self):
+        for progress in ("always", "never"):
+            master, slave = pty.openpty()
+            slow = self.write("slower.toml", SERVER.replace("delay_ms = 10", "nth = 9\ndelay_ms = 3600000"))
+            recording = self.folder / "run.jsonl"
+            recording.unlink(missing_ok=True)
+            process = subprocess.Popen([VELHOST, *self.arguments[:-1], "sim:" + slow, "--progress", progress, "--record",
+                                        str(recording), "-o", "out.json", BRIDGE], cwd=self.folder, stdin=slave,
+                                       stdout=slave, stderr=slave, start_new_session=True,
+                                       preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+            self.addCleanup(process.kill)
+            os.close(slave)
+            self.wait_for_exchanges(process, "run.jsonl", 5)
+            os.write(master, b"\x03")
+            lines = [line.rstrip() for line in Screen().feed(read_terminal(master)).lines]
+            self.assertEqual(process.wait(timeout=60), 3)
+            self.assertTrue(lines[0].endswith("^C"), lines)
+            self.assertEqual(lines[1:], ["velhost: partial: interrupted", ""])
+
     def test_messages_and_progress_line_do_not_mix(self):
         shown = self.on_terminal([VELHOST, *self.arguments, "--progress", "always", "-vv", "-o", "out.json", BRIDGE])
         for line in self.check_screen(shown, drawn=False):
