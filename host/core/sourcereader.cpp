@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
 
 namespace NKROVEL20 {
 
@@ -19,7 +20,8 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kStep{100};
-constexpr std::size_t kPiece = 65536;
+constexpr std::size_t kPiece = std::size_t{4} << 20U;  // between two looks at the stop
+constexpr std::size_t kPipePiece = 65536;
 
 class TDescriptor {
  public:
@@ -37,24 +39,35 @@ class TDescriptor {
 
 [[noreturn]] void ThrowErrno(const std::string& path, const char* what, int error) {
   throw THostError(error == EACCES || error == EPERM ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
-                   std::string("cannot ") + what + " " + path + ": " + std::strerror(error));
+                   std::string("cannot ") + what + " " + SafeText(path) + ": " + std::strerror(error));
 }
 
 [[noreturn]] void ThrowTooLarge(const std::string& path, std::size_t limit) {
-  throw THostError(EExitStatus::kBadData, path + " is larger than the limit of " + std::to_string(limit) + " bytes");
+  throw THostError(EExitStatus::kBadData,
+                   SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
 }
 
-std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit, milliseconds patience) {
+}  // namespace
+
+TEndedReading::~TEndedReading() = default;
+
+ISourceReader::~ISourceReader() = default;
+
+void ISourceReader::CheckStop() {}
+
+std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::size_t limit) {
   // What is small enough is read into its place and never moved: it may be a password, which leaves no copies then.
   std::string content;
-  content.reserve(std::min(limit, kPiece) + 1);
+  content.reserve(std::min(limit, kPipePiece) + 1);
   milliseconds silence{0};
-  while (silence < patience) {
+  while (silence < patience_) {
+    CheckStop();
     const std::size_t before = content.size();
-    content.resize(before + std::min(limit + 1 - before, kPiece));
+    content.resize(before + std::min(limit + 1 - before, kPipePiece));
     const ssize_t n = read(descriptor, content.data() + before, content.size() - before);
+    const int error = n < 0 ? errno : 0;
     content.resize(before + static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
-    if (n < 0 && errno != EAGAIN) ThrowErrno(path, "read", errno);
+    if (n < 0 && error != EAGAIN && error != EINTR) ThrowErrno(path, "read", error);
     if (n > 0) {
       if (content.size() > limit) ThrowTooLarge(path, limit);
       silence = {};
@@ -64,16 +77,12 @@ std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit,
     // The end before any byte: the writers have left, or the first one is still to come.
     pollfd waiter = {descriptor, POLLIN, 0};
     const int found = poll(&waiter, 1, static_cast<int>(kStep.count()));
-    if (found < 0) ThrowErrno(path, "read", errno);
-    if (n == 0 && (waiter.revents & POLLHUP) != 0) return content;
+    if (found < 0 && errno != EINTR) ThrowErrno(path, "read", errno);
+    if (n == 0 && found >= 0 && (waiter.revents & POLLHUP) != 0) return content;
     silence += kStep;
   }
-  throw THostError(EExitStatus::kNoInput, "cannot read " + path + ": a pipe that nobody writes to");
+  throw THostError(EExitStatus::kNoInput, "cannot read " + SafeText(path) + ": a pipe that nobody writes to");
 }
-
-}  // namespace
-
-ISourceReader::~ISourceReader() = default;
 
 std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   // Not blocking, so that opening a pipe returns: it is refused below, or waited for there.
@@ -83,14 +92,16 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
   if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);
   if (S_ISFIFO(status.st_mode) && std::find(pipes_.begin(), pipes_.end(), path) != pipes_.end()) {
-    return ReadPipe(file.Get(), path, limit, patience_);
+    return ReadPipe(file.Get(), path, limit);
   }
-  if (!S_ISREG(status.st_mode)) throw THostError(EExitStatus::kNoInput, "cannot read " + path + ": not a file");
+  if (!S_ISREG(status.st_mode))
+    throw THostError(EExitStatus::kNoInput, "cannot read " + SafeText(path) + ": not a file");
   if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);
   std::string content(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t got = 0;
   while (got < content.size()) {
-    const ssize_t n = read(file.Get(), content.data() + got, content.size() - got);
+    CheckStop();
+    const ssize_t n = read(file.Get(), content.data() + got, std::min(content.size() - got, kPiece));
     if (n < 0 && errno == EINTR) continue;
     if (n < 0) ThrowErrno(path, "read", errno);
     if (n == 0) break;

@@ -7,9 +7,20 @@
 #include <utility>
 #include <vector>
 
+#include "host/core/hosterror.h"
 #include "nkrovel20/api.h"
 
 namespace NKROVEL20 {
+
+/// The whole input is not to be read, as when the run was stopped (kPartial). Passes through whoever turns other
+/// failures of a read into diagnostics.
+class NKROVEL20_API TEndedReading : public THostError {
+ public:
+  using THostError::THostError;
+  TEndedReading(const TEndedReading&) = default;
+  TEndedReading& operator=(const TEndedReading&) = default;
+  ~TEndedReading() override;
+};
 
 class NKROVEL20_API ISourceReader {
  public:
@@ -17,6 +28,9 @@ class NKROVEL20_API ISourceReader {
   /// The whole content. An input that cannot be opened or is larger than `limit` bytes throws
   /// THostError (kNoInput, kNoPermission or kBadData) with a message that names it.
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
+  /// Throws TEndedReading once the run that reads is stopped; never by default. Whoever makes something of a text
+  /// that may be large calls it every now and then.
+  virtual void CheckStop();
 };
 
 /// Reads files. A folder, a device or a pipe is no input: what a file names, and the user does not, must not make its
@@ -25,12 +39,15 @@ class NKROVEL20_API TFileReader : public ISourceReader {
  public:
   TFileReader() = default;
   /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it. One
-  /// that nothing comes from for so long throws THostError (kNoInput); so does a signal that is handled meanwhile.
+  /// that nothing comes from for so long throws THostError (kNoInput). CheckStop is asked meanwhile, at once when a
+  /// signal is handled.
   explicit TFileReader(std::vector<std::string> pipes, std::chrono::milliseconds patience = std::chrono::minutes(1))
       : pipes_(std::move(pipes)), patience_(patience) {}
   std::string Read(const std::string& path, std::size_t limit) override;
 
  private:
+  std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit);
+
   std::vector<std::string> pipes_;
   std::chrono::milliseconds patience_{0};
 };

@@ -59,6 +59,7 @@ bool TClassBuilder::CheckClassName(TSchemaPlace place, std::string_view name) {
 
 void TClassBuilder::Build(TNamespace& cimNamespace) {
   for (TEntry& entry : entries_) {
+    limits_.CheckStop();
     const std::vector<TEntry*> chain = OpenChain(entry);
     for (auto link = chain.rbegin(); link != chain.rend(); ++link) BuildOne(**link, cimNamespace);
   }

@@ -12,6 +12,7 @@ const TPropertyMap kNoContext;
 std::vector<boost::shared_ptr<TInstance>> TInstanceBuilder::Build() {
   std::vector<boost::shared_ptr<TInstance>> instances;
   for (const TSchemaDeclaration& declaration : schema_.declarations) {
+    limits_.CheckStop();
     if (declaration.production.kind != Mof::EProduction::kInstance) continue;
     const Mof::TInstanceSyntax& syntax = declaration.unit.file->instances[declaration.production.index];
     NoteAlias(declaration.unit, syntax);

@@ -37,6 +37,11 @@ class TScan {
   char* Base() { return source_.Data(); }
   std::size_t Size() const { return source_.Text().size(); }
   std::string_view Text(TSpan span) const { return source_.Text(span); }
+  /// Before each token: throws once the run that reads was stopped.
+  void CheckStop() {
+    constexpr std::size_t kTokensBetween = 1024;
+    if (++tokens_ % kTokensBetween == 0) limits_.CheckStop();
+  }
   /// Set once a limit is exceeded: nothing more is read, nor reported.
   bool Stopped() const { return stopped_; }
   void Error(std::uint32_t offset, std::string message) { log_.Error(unit_.Place(offset), std::move(message)); }
@@ -101,6 +106,7 @@ class TScan {
   const TSchemaLimits& limits_;
   TSchemaLog& log_;
   TMofFile file_;
+  std::size_t tokens_ = 0;
   std::size_t depth_ = 0;
   std::vector<std::uint32_t> open_;    // where the brackets around this place stand; depth_ of them count
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 namespace NKROVEL20 {
 
@@ -22,6 +23,12 @@ struct TSchemaLimits {
   std::size_t modelEntries = 4U << 20U;    ///< properties and qualifiers of all classes as each class sees them
   std::size_t instanceValues = 4U << 20U;  ///< properties of all instances, set or not
   std::size_t diagnostics = 100;           ///< errors shown, and as many warnings; the others are counted
+  /// Called again and again while a schema is read. Time is limited by what it throws; empty: no limit.
+  std::function<void()> checkStop;
+
+  void CheckStop() const {
+    if (checkStop) checkStop();
+  }
 };
 
 }  // namespace NKROVEL20

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 
@@ -29,9 +30,9 @@ std::vector<std::string> FilesOf(const std::string& folder) {
     }
   } catch (const fs::filesystem_error& error) {
     throw THostError(error.code() == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
-                     "cannot read the folder " + folder + ": " + error.code().message());
+                     "cannot read the folder " + SafeText(folder) + ": " + error.code().message());
   }
-  if (files.empty()) throw THostError(EExitStatus::kNoInput, "the folder " + folder + " holds no .mof file");
+  if (files.empty()) throw THostError(EExitStatus::kNoInput, "the folder " + SafeText(folder) + " holds no .mof file");
   std::sort(files.begin(), files.end());
   return files;
 }
@@ -95,7 +96,7 @@ void TLoader::Refuse(const std::string& path, const TIncluder* includer, const s
 bool TLoader::IsNew(const std::string& key, const std::string& path, const TIncluder* includer) {
   const auto state = states_.find(key);
   if (state != states_.end() && state->second == EState::kOpen && includer) {
-    log_.Error(includer->place, "the file " + path + " includes itself, directly or through others");
+    log_.Error(includer->place, "the file " + SafeText(path) + " includes itself, directly or through others");
   }
   return state == states_.end();
 }
@@ -107,15 +108,17 @@ std::string TLoader::ReadText(const std::string& path, const TIncluder* includer
     std::string text = reader_.Read(path, limit);
     failed = false;
     return text;
+  } catch (const TEndedReading&) {
+    throw;
   } catch (const THostError& error) {
     if (error.Status() != EExitStatus::kBadData) {
       if (!includer) throw;
       Refuse(path, includer, error.what());
     } else if (limit == limits_.fileSize) {
-      Refuse(path, includer, "the file " + path + " is larger than " + std::to_string(limit) + " bytes");
+      Refuse(path, includer, "the file " + SafeText(path) + " is larger than " + std::to_string(limit) + " bytes");
     } else {
       Refuse(path, includer,
-             "with the file " + path + " the schema is larger than " + std::to_string(limits_.totalSize) +
+             "with the file " + SafeText(path) + " the schema is larger than " + std::to_string(limits_.totalSize) +
                  " bytes in all");
     }
   }
@@ -132,6 +135,7 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   states_[key] = EState::kOpen;
   bool failed = false;
   std::string text = ReadText(path, includer, failed);
+  if (failed) states_[key] = EState::kRead;  // said once
   if (failed) return;
   bytes_ += text.size();
   const std::uint32_t number = AddSource(path, std::move(text));

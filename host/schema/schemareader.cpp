@@ -22,7 +22,10 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   return ReadSchema(paths, reader, TSchemaLimits());
 }
 
-TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits) {
+TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader,
+                         const TSchemaLimits& givenLimits) {
+  TSchemaLimits limits = givenLimits;
+  limits.checkStop = [&reader] { reader.CheckStop(); };
   TSchemaLog log(limits.diagnostics);
   const TParsedSchema schema = LoadSchema(paths, reader, limits, log);
   TQualifierTable qualifiers(limits, schema.mentionedQualifiers, log);

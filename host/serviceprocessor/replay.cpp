@@ -49,9 +49,9 @@ bool BeginsAsRecording(std::string_view text) {
 
 }  // namespace
 
-TReplay::TReplay(const std::string& path, const TStoredBytes& recording)
+TReplay::TReplay(const std::string& path, const TStoredBytes& recording, ISourceReader* reader)
     : path_(path), lines_(recording, kLongestRecordingLine), now_(Epoch()) {
-  CheckAll(recording);
+  CheckAll(recording, reader);
   now_ = ParseMoment(header_.started).value_or(Epoch());
   if (!hasHeader_) return;
   lines_.Next();
@@ -59,14 +59,17 @@ TReplay::TReplay(const std::string& path, const TStoredBytes& recording)
   Advance();
 }
 
+TReplay::TReplay(const std::string& path, ISourceReader& reader) : TReplay(path, Open(path, reader), &reader) {}
+
 TStoredBytes TReplay::Open(const std::string& path, ISourceReader& reader) {
   return TStoredBytes::OfInput(path, kLargestRecording, reader, kLargestRecordingOfAPipe);
 }
 
-void TReplay::CheckAll(const TStoredBytes& recording) {
+void TReplay::CheckAll(const TStoredBytes& recording, ISourceReader* reader) {
   TLineReader lines(recording, kLongestRecordingLine);
   bool isCut = false;
   for (auto line = lines.Next(); line; line = lines.Next()) {
+    if (reader != nullptr) reader->CheckStop();
     isCut = !line->isWhole;
     if (isCut && !hasHeader_ && !BeginsAsRecording(line->text)) ParseRecordingHeader(path_, line->text);
     if (isCut) break;

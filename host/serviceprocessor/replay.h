@@ -30,7 +30,10 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   /// a line is in memory. A line that does not say what it should throws THostError (kBadData) with file,
   /// line and column. A last line without its end was cut and does not count; neither does a first one,
   /// if it begins as recordings do, and then nothing is known of the server (HasHeader).
-  TReplay(const std::string& path, const TStoredBytes& recording);
+  /// A stop of `reader`, which is not owned and may be null, ends the check with TEndedReading.
+  TReplay(const std::string& path, const TStoredBytes& recording, ISourceReader* reader = nullptr);
+  /// The same of what Open() gives.
+  TReplay(const std::string& path, ISourceReader& reader);
   /// From a file, or what `reader` has: THostError (kNoInput, kNoPermission) for what cannot be read.
   static TStoredBytes Open(const std::string& path, ISourceReader& reader);
   ~TReplay() override;
@@ -62,7 +65,7 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   TCIMDateTime LocalTime() override;
 
  private:
-  void CheckAll(const TStoredBytes& recording);
+  void CheckAll(const TStoredBytes& recording, ISourceReader* reader);
   void Advance();
   const TRecordedLine* Next(const TRecordedLine& asked);
   bool Wait(const TRecordedLine& line, const TStopSignal& stop);

@@ -27,8 +27,8 @@ std::array<std::uint8_t, N> ToArray(const TBytes& bytes) {
 /// Reads the tables of one server file.
 class TServerFileReader {
  public:
-  TServerFileReader(const TTomlDocument& document, IDataFolder& folder)
-      : document_(document), folder_(folder), sizeInAll_(document.text.size()) {}
+  TServerFileReader(const TTomlDocument& document, ISourceReader& reader, IDataFolder& folder)
+      : document_(document), reader_(reader), folder_(folder), sizeInAll_(document.text.size()) {}
 
   TServerFile Read();
 
@@ -42,6 +42,7 @@ class TServerFileReader {
   TStoredBytes OpenDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit);
 
   const TTomlDocument& document_;
+  ISourceReader& reader_;
   IDataFolder& folder_;
   std::size_t sizeInAll_;
   std::map<std::string, TStoredBytes, std::less<>> dataFiles_;  // by name, so that one named twice is one
@@ -69,7 +70,10 @@ TServerFile TServerFileReader::Read() {
     server_.driverPresent = ipmi->Boolean("driver_present").value_or(true);
   }
   if (const auto dot = root.Table("dot")) ReadDot(*dot);
-  root.ForEach("bmc_node", kMostNodes, [this](const TTomlTable& table) { ReadNode(table); });
+  root.ForEach("bmc_node", kMostNodes, [this](const TTomlTable& table) {
+    reader_.CheckStop();
+    ReadNode(table);
+  });
   root.ForEach("fault", kMostTomlValues,
                [this](const TTomlTable& table) { server_.faults.push_back(ReadFault(table)); });
   return std::move(server_);
@@ -169,6 +173,8 @@ TStoredBytes TServerFileReader::OpenDataFile(const TTomlTable& table, const TTom
   TStoredBytes content;
   try {
     content = folder_.Open(*table.String(member.name), limit);
+  } catch (const TEndedReading&) {
+    throw;
   } catch (const THostError& error) {
     document_.Fail(member.value.place, error.what(), error.Status());
   }
@@ -178,6 +184,7 @@ TStoredBytes TServerFileReader::OpenDataFile(const TTomlTable& table, const TTom
                                        " bytes in this file and its data files up to here, expected at most " +
                                        std::to_string(kLargestServerInAll));
   }
+  server_.dataFiles.push_back(document_.file.substr(0, document_.file.rfind('/') + 1) + *table.String(member.name));
   return content;
 }
 
@@ -185,7 +192,8 @@ TStoredBytes TServerFileReader::OpenDataFile(const TTomlTable& table, const TTom
 
 TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IDataFolder& folder) {
   const auto document = ParseTomlDocument(path, reader.Read(path, kLargestServerFile));
-  return TServerFileReader(*document, folder).Read();
+  reader.CheckStop();
+  return TServerFileReader(*document, reader, folder).Read();
 }
 
 TServerFile ReadServerFile(const std::string& path, ISourceReader& reader) {

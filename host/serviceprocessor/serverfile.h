@@ -80,6 +80,7 @@ struct TServerFile {
   std::optional<TSimulatedDot> dot;
   std::vector<TSimulatedNode> nodes;
   std::vector<TFault> faults;
+  std::vector<std::string> dataFiles;  ///< paths of the files that it names, as they were read
 };
 
 /// Reads a server file and opens the data files that it names, which are read as requests ask for them.

@@ -42,10 +42,12 @@ void WarnOfClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>&
   Say(text);
 }
 
-void SetDeadline(TStopSignal& stop, const TCollectOptions& options) {
-  if (!options.timeoutSeconds) return;
+// Before anything is read: the deadline is that of the whole run.
+TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options) {
+  if (!options.timeoutSeconds) return stop;
   const auto limit = std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(*options.timeoutSeconds * 1000)));
   stop.SetDeadline(TStopSignal::TClock::now() + limit);
+  return stop;
 }
 
 // Says why the status is not that of a complete collection: whoever wrote the instances to a file does
@@ -110,12 +112,12 @@ class TCollection {
         common_(commandLine.common),
         installation_(installation),
         showProgress_(WantsProgressLine(commandLine)),
-        guard_(stop_),
-        namespace_(LoadSchema(common_, installation)) {
-    SetDeadline(stop_, options_);
+        guard_(StopWithDeadline(stop_, options_)),
+        inputs_(stop_),
+        namespace_(LoadSchema(common_, installation, inputs_)) {
     // A class that is not there ends the command before anything is opened or sent.
     ChooseClasses(*namespace_, options_.classes, "");
-    connection_ = ConnectServer(common_, installation, stop_);
+    connection_ = ConnectServer(common_, installation, inputs_);
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
     classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType());
@@ -124,6 +126,9 @@ class TCollection {
     }
     if (options_.singleRequest) WarnOfClassesBehindCapture(classes_);
   }
+
+  /// Throws THostError (kUsage) if an output would overwrite what was read.
+  void RefuseOverwriting(const TCommandLine& commandLine) const { RefuseClashWithInputs(commandLine, inputs_.Files()); }
 
   EExitStatus Run() {
     TTrace trace(common_);
@@ -141,7 +146,7 @@ class TCollection {
       const TInstalledServices services(sizeLimit, stop_, recording.Environment());
       TCollectionRun run({environment_->MachineType(), options_.singleRequest, form == EOutputForm::kJsonl}, namespace_,
                          ledger, stop_);
-      // Before any output is opened: one that is there outlives a plugin that cannot be loaded.
+      // Before any output is opened: one that exists outlives a plugin that cannot be loaded.
       run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
       TOutputTarget target(options_.output);
       OpenFiles(trace, recording);
@@ -186,6 +191,7 @@ class TCollection {
   bool showProgress_;
   TStopSignal stop_;
   TSignalGuard guard_;
+  TInputs inputs_;
   boost::shared_ptr<TNamespace> namespace_;
   std::unique_ptr<IServerConnection> connection_;
   std::optional<TSessionEnvironment> environment_;
@@ -197,7 +203,9 @@ class TCollection {
 
 EExitStatus Collect(const TCommandLine& commandLine, const TInstallation& installation) {
   RefuseClashingFiles(commandLine, installation);
-  return TCollection(commandLine, installation).Run();
+  TCollection collection(commandLine, installation);
+  collection.RefuseOverwriting(commandLine);
+  return collection.Run();
 }
 
 }  // namespace NKROVEL20

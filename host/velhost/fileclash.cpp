@@ -8,9 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include "host/core/caseinsensitive.h"
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
 #include "host/velhost/outputtarget.h"
 #include "host/velhost/schemaloading.h"
+#include "host/velhost/serverconnection.h"
 
 namespace NKROVEL20 {
 
@@ -18,10 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct TNamedFile {
-  std::string name;  // "--log", for messages
-  std::string path;
-};
 using TFiles = std::vector<TNamedFile>;
 
 struct TIdentity {
@@ -64,7 +63,7 @@ void AddSchema(TFiles& files, const std::string& path) {
   std::error_code error;
   if (!fs::is_directory(path, error)) return Add(files, "--schema", path);
   for (const auto& entry : fs::directory_iterator(path, error)) {
-    if (entry.path().extension() == ".mof") Add(files, "--schema", entry.path().string());
+    if (EqualNames(entry.path().extension().string(), ".mof")) Add(files, "--schema", entry.path().string());
   }
 }
 
@@ -74,10 +73,8 @@ TFiles InputsOf(const TCommandLine& commandLine, const TInstallation& installati
   Add(files, "--plugin", options.plugin.empty() ? installation.Plugin() : options.plugin);
   for (const std::string& path : SchemaPaths(options, installation)) AddSchema(files, path);
   for (const std::string& spec : options.serviceProcessors) {
-    const std::size_t colon = spec.find(':');
-    const std::string scheme = spec.substr(0, colon);
-    if (scheme == "sim" || scheme == "replay")
-      Add(files, "--sp", colon == std::string::npos ? "" : spec.substr(colon + 1));
+    if (SchemeOf(spec) == "sim" && !RestOf(spec).empty()) Add(files, "--sp", installation.FindServer(RestOf(spec)));
+    if (SchemeOf(spec) == "replay") Add(files, "--sp", RestOf(spec));
   }
   Add(files, "--password-file", options.passwordFile);
   return files;
@@ -86,7 +83,7 @@ TFiles InputsOf(const TCommandLine& commandLine, const TInstallation& installati
 [[noreturn]] void Refuse(const TNamedFile& output, const TNamedFile& other) {
   throw THostError(EExitStatus::kUsage, output.name + " and " + other.name +
                                             " are one file, which would be overwritten: " +
-                                            (output.name == "standard output" ? other.path : output.path));
+                                            SafeText(output.name == "standard output" ? other.path : output.path));
 }
 
 // "node1-cpu_err-0.bin"
@@ -94,13 +91,23 @@ bool LooksLikeCaptureFile(const std::string& name) {
   return name.starts_with("node") && name.ends_with(".bin") && name.find('-') != name.rfind('-');
 }
 
-void RefuseInCaptureFolder(const std::string& folder, const TNamedFile& file) {
+void RefuseSame(const TNamedFile& output, const TFiles& others) {
+  const TIdentity identity = IdentityOf(output.path);
+  for (const TNamedFile& other : others) {
+    if (identity == IdentityOf(other.path)) Refuse(output, other);
+  }
+}
+
+void RefuseInCaptureFolder(const std::string& folder, const TFiles& files) {
+  if (folder.empty()) return;
   std::error_code error;
-  const fs::path path = fs::weakly_canonical(fs::absolute(file.path, error), error);
-  if (!LooksLikeCaptureFile(path.filename().string())) return;
-  if (path.parent_path() != fs::weakly_canonical(fs::absolute(folder, error), error)) return;
-  throw THostError(EExitStatus::kUsage,
-                   file.name + " names " + file.path + ", which a capture file of --capture-dir could overwrite");
+  const fs::path whole = fs::weakly_canonical(fs::absolute(folder, error), error);
+  for (const TNamedFile& file : files) {
+    const fs::path path = fs::weakly_canonical(fs::absolute(file.path, error), error);
+    if (!LooksLikeCaptureFile(path.filename().string()) || path.parent_path() != whole) continue;
+    throw THostError(EExitStatus::kUsage,
+                     "a capture file of --capture-dir could overwrite " + SafeText(file.path) + " (" + file.name + ")");
+  }
 }
 
 }  // namespace
@@ -109,14 +116,15 @@ void RefuseClashingFiles(const TCommandLine& commandLine, const TInstallation& i
   const TFiles outputs = OutputsOf(commandLine);
   TFiles others = InputsOf(commandLine, installation);
   for (const TNamedFile& output : outputs) {
-    const TIdentity identity = IdentityOf(output.path);
-    for (const TNamedFile& other : others) {
-      if (identity == IdentityOf(other.path)) Refuse(output, other);
-    }
+    RefuseSame(output, others);
     others.push_back(output);
   }
-  if (commandLine.collect.captureDir.empty()) return;
-  for (const TNamedFile& other : others) RefuseInCaptureFolder(commandLine.collect.captureDir, other);
+  RefuseInCaptureFolder(commandLine.collect.captureDir, others);
+}
+
+void RefuseClashWithInputs(const TCommandLine& commandLine, const std::vector<TNamedFile>& inputs) {
+  for (const TNamedFile& output : OutputsOf(commandLine)) RefuseSame(output, inputs);
+  RefuseInCaptureFolder(commandLine.collect.captureDir, inputs);
 }
 
 }  // namespace NKROVEL20

@@ -2,6 +2,9 @@
 
 #include <filesystem>
 
+#include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
+
 namespace NKROVEL20 {
 
 namespace fs = std::filesystem;
@@ -14,7 +17,18 @@ std::string TInstallation::Path(const char* relative) const {
 
 std::string TInstallation::Plugin() const { return Path("../" VELHOST_PLUGIN_DIR "/libtorgareg.pi.so"); }
 std::string TInstallation::SchemaFolder() const { return Path("../" VELHOST_DATA_DIR "/schema"); }
-std::string TInstallation::DemoServer() const { return Path("../" VELHOST_DATA_DIR "/servers/demo.toml"); }
+std::string TInstallation::ServerFolder() const { return Path("../" VELHOST_DATA_DIR "/servers"); }
 std::string TInstallation::ModuleFolder() const { return Path("../" VELHOST_MODULE_DIR); }
+
+std::string TInstallation::FindServer(const std::string& name) const {
+  std::error_code error;
+  const bool isHere = fs::symlink_status(name, error).type() != fs::file_type::not_found;
+  if (isHere || name.find('/') != std::string::npos) return name;
+  const std::string shipped = ServerFolder() + "/" + name;
+  if (fs::exists(shipped, error)) return shipped;
+  throw THostError(EExitStatus::kNoInput, "cannot open " + SafeText(name) +
+                                              ": there is no such file here, and none among the shipped servers in " +
+                                              SafeText(ServerFolder()));
+}
 
 }  // namespace NKROVEL20

@@ -14,7 +14,10 @@ class TInstallation {
 
   std::string Plugin() const;
   std::string SchemaFolder() const;
-  std::string DemoServer() const;
+  std::string ServerFolder() const;
+  /// The path of a server file that the user has named: of one that is shipped, if the name has no folder and
+  /// nothing has it here. Throws THostError (kNoInput) with both places if it is in neither.
+  std::string FindServer(const std::string& name) const;
   std::string ModuleFolder() const;
 
  private:

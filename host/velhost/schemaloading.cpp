@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "host/core/hosterror.h"
@@ -14,12 +13,13 @@ namespace NKROVEL20 {
 namespace {
 
 // Notes the reads that fail: behind an include a failed read is a diagnostic like any other.
-class TNotingReader : public ISourceReader {
+class TNotingReader : public TInputReader {
  public:
-  explicit TNotingReader(std::vector<std::string> pipes) : files_(std::move(pipes)) {}
+  TNotingReader(TInputs& inputs, const std::vector<std::string>& paths)
+      : TInputReader(inputs, {"the schema", "--schema", EFileKind::kSchema}, paths) {}
   std::string Read(const std::string& path, std::size_t limit) override {
     try {
-      return files_.Read(path, limit);
+      return TInputReader::Read(path, limit);
     } catch (const THostError& error) {
       failures_.push_back(error.Status());
       throw;
@@ -28,7 +28,6 @@ class TNotingReader : public ISourceReader {
   const std::vector<EExitStatus>& Failures() const { return failures_; }
 
  private:
-  TFileReader files_;
   std::vector<EExitStatus> failures_;
 };
 
@@ -46,9 +45,10 @@ std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInsta
   return options.schema.empty() ? std::vector<std::string>{installation.SchemaFolder()} : options.schema;
 }
 
-boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation) {
+boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation,
+                                         TInputs& inputs) {
   const std::vector<std::string> paths = SchemaPaths(options, installation);
-  TNotingReader reader(paths);
+  TNotingReader reader(inputs, paths);
   const TSchemaResult schema = ReadSchema(paths, reader);
   SayDiagnostics(schema.diagnostics);
   if (schema.HasErrors()) throw THostError(StatusOf(schema, reader), "the schema cannot be used");

@@ -5,14 +5,17 @@
 
 #include "host/core/cimnamespace.h"
 #include "host/velhost/commandline.h"
+#include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 
 namespace NKROVEL20 {
 
 /// Reads the schema of the command line, or the installed one. Its warnings go to standard error.
 /// Errors go there too, and throw THostError (kBadData, or kNoInput and kNoPermission where all of
-/// them are includes that cannot be opened); a path that cannot be opened kNoInput.
-boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation);
+/// them are includes that cannot be opened); a path that cannot be opened kNoInput. A stop ends it with
+/// TEndedReading (kPartial).
+boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation,
+                                         TInputs& inputs);
 
 /// The paths that LoadSchema reads.
 std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInstallation& installation);

@@ -1,6 +1,7 @@
 #include "host/velhost/serverconnection.h"
 
 #include "host/core/hosterror.h"
+#include "host/core/unsafetext.h"
 #include "host/serviceprocessor/faultinjector.h"
 #include "host/serviceprocessor/inband/inbandserviceprocessor.h"
 #include "host/serviceprocessor/lan/lanclient.h"
@@ -18,15 +19,17 @@ namespace {
 
 class TSimulatedConnection : public IServerConnection {
  public:
-  explicit TSimulatedConnection(const std::string& path)
-      : server_(Read(path)), faults_(server_, server_.Server().faults), environment_(server_.Server()) {}
+  TSimulatedConnection(const std::string& path, TInputs& inputs)
+      : server_(Read(path, inputs)), faults_(server_, server_.Server().faults), environment_(server_.Server()) {}
   IServiceProcessor& ServiceProcessor() override { return faults_; }
   IHostEnvironment& Environment() override { return environment_; }
 
  private:
-  static TServerFile Read(const std::string& path) {
-    TFileReader reader({path});
-    return ReadServerFile(path, reader);
+  static TServerFile Read(const std::string& path, TInputs& inputs) {
+    TInputReader reader(inputs, {"the server file", "--sp", EFileKind::kServerFile}, {path});
+    TServerFile server = ReadServerFile(path, reader);
+    for (const std::string& file : server.dataFiles) inputs.Note("--sp", file);
+    return server;
   }
 
   TSimulatedServer server_;
@@ -64,7 +67,7 @@ class TInbandConnection : public IServerConnection {
 
 class TReplayConnection : public IServerConnection {
  public:
-  TReplayConnection(const std::string& path, bool timing) : replay_(Open(path)) {
+  TReplayConnection(const std::string& path, bool timing, TInputs& inputs) : replay_(Open(path, inputs)) {
     replay_->SetTiming(timing);
     ApplyUtcOffset(replay_->Header().utcOffsetMinutes);
   }
@@ -84,9 +87,10 @@ class TReplayConnection : public IServerConnection {
   }
 
  private:
-  static std::unique_ptr<TReplay> Open(const std::string& path) {
-    TFileReader reader({path});
-    return std::make_unique<TReplay>(path, TReplay::Open(path, reader));
+  static std::unique_ptr<TReplay> Open(const std::string& path, TInputs& inputs) {
+    TInputReader reader(inputs, {"the recording", "--sp", EFileKind::kRecording}, {path});
+    const TStoredBytes recording = reader.Open(path, kLargestRecording, kLargestRecordingOfAPipe);
+    return std::make_unique<TReplay>(path, recording, &reader);
   }
 
   std::unique_ptr<TReplay> replay_;
@@ -96,8 +100,8 @@ class TReplayConnection : public IServerConnection {
 class TLanConnection : public IServerConnection {
  public:
   TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs,
-                 const TInstallation& installation, const TStopSignal& stop)
-      : serviceProcessor_(OpenLan(LanOptions(options, specs), stop, {installation.ModuleFolder()},
+                 const TInstallation& installation, TInputs& inputs)
+      : serviceProcessor_(OpenLan(LanOptions(options, specs, inputs), inputs.Stop(), {installation.ModuleFolder()},
                                   [this](ELanNotice kind, const std::string& text) { Tell(kind, text); })) {}
   IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
   IHostEnvironment& Environment() override { return environment_; }
@@ -108,8 +112,9 @@ class TLanConnection : public IServerConnection {
     lost_ = lost_ || kind == ELanNotice::kLost;
     Say(kind == ELanNotice::kWarning ? "warning: " + text : text);
   }
-  static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs) {
-    TFileReader reader({options.passwordFile});
+  static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs,
+                                             TInputs& inputs) {
+    TInputReader reader(inputs, {"the password file", "--password-file", EFileKind::kUnknown}, {options.passwordFile});
     std::vector<TLanOptions> nodes;
     for (const std::string& spec : specs) nodes.push_back(ParseLanSpec(spec));
     const std::string warning = PasswordFileWarning(options.passwordFile);
@@ -147,28 +152,32 @@ class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
 };
 
 std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, const std::vector<std::string>& specs,
-                                              const TInstallation& installation, const TStopSignal& stop) {
+                                              const TInstallation& installation, TInputs& inputs) {
   try {
-    return std::make_unique<TLanConnection>(options, specs, installation, stop);
+    return std::make_unique<TLanConnection>(options, specs, installation, inputs);
+  } catch (const TEndedReading&) {
+    throw;
   } catch (const THostError& error) {
     const bool mayBeTheStop = error.Status() == EExitStatus::kPartial || error.Status() == EExitStatus::kUnavailable;
-    if (!mayBeTheStop || !stop.IsStopped()) throw;
+    if (!mayBeTheStop || !inputs.Stop().IsStopped()) throw;
     Say(error.what());
     return std::make_unique<TUnopenedConnection>();
   }
-}
-
-std::string SchemeOf(const std::string& spec) { return spec.substr(0, spec.find(':')); }
-
-std::string RestOf(const std::string& spec) {
-  const std::size_t colon = spec.find(':');
-  return colon == std::string::npos ? std::string() : spec.substr(colon + 1);
 }
 
 [[noreturn]] void ThrowUnknown(const std::string& spec) {
   throw THostError(EExitStatus::kUsage,
                    "--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], not " + QuotedWord(spec) +
                        DidYouMean(SchemeOf(spec), {"sim", "replay", "inband", "lan"}) + "\nSee \"velhost --help\".");
+}
+
+// The file of "sim:FILE" or "replay:FILE".
+std::string FileOf(const std::string& spec) {
+  const std::string file = RestOf(spec);
+  if (!file.empty()) return file;
+  const std::string scheme = SchemeOf(spec);
+  throw THostError(EExitStatus::kUsage,
+                   "--sp " + scheme + " needs a file: --sp " + scheme + ":FILE\nSee \"velhost --help\".");
 }
 
 void RequireMachineType(const TCommonOptions& options, const std::string& known, const std::string& why) {
@@ -183,7 +192,7 @@ void CheckCombination(const std::vector<std::string>& specs) {
   if (specs.size() == 1) return;
   for (const std::string& spec : specs) {
     if ((scheme != "inband" && scheme != "lan") || SchemeOf(spec) != scheme) {
-      throw THostError(EExitStatus::kUsage, "--sp " + specs[0] + " and --sp " + specs[1] +
+      throw THostError(EExitStatus::kUsage, "--sp " + SafeText(specs[0]) + " and --sp " + SafeText(specs[1]) +
                                                 " cannot be used together; only several inband: or several lan: can");
     }
   }
@@ -192,7 +201,7 @@ void CheckCombination(const std::vector<std::string>& specs) {
 }  // namespace
 
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
-                                                 const TStopSignal& stop) {
+                                                 TInputs& inputs) {
   const std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
   // Before any message repeats a SPEC that has a password.
@@ -209,15 +218,23 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     return connection;
   }
   if (SchemeOf(first) == "lan") {
+    for (const std::string& spec : specs) ParseLanSpec(spec);  // what is wrong with the place comes first
     RequireMachineType(options, "", "over the network the machine type is not known");
-    return ConnectLan(options, specs, installation, stop);
+    return ConnectLan(options, specs, installation, inputs);
   }
-  if (SchemeOf(first) == "replay" && !RestOf(first).empty()) {
-    return std::make_unique<TReplayConnection>(RestOf(first), options.replayTiming);
+  if (SchemeOf(first) == "replay") {
+    return std::make_unique<TReplayConnection>(FileOf(first), options.replayTiming, inputs);
   }
-  if (first == "sim") return std::make_unique<TSimulatedConnection>(installation.DemoServer());
-  if (SchemeOf(first) == "sim" && !RestOf(first).empty()) return std::make_unique<TSimulatedConnection>(RestOf(first));
-  ThrowUnknown(first);
+  const bool isDemo = first == "sim";
+  const std::string path = isDemo ? installation.ServerFolder() + "/demo.toml" : installation.FindServer(FileOf(first));
+  return std::make_unique<TSimulatedConnection>(path, inputs);
+}
+
+std::string SchemeOf(const std::string& spec) { return spec.substr(0, spec.find(':')); }
+
+std::string RestOf(const std::string& spec) {
+  const std::size_t colon = spec.find(':');
+  return colon == std::string::npos ? std::string() : spec.substr(colon + 1);
 }
 
 }  // namespace NKROVEL20

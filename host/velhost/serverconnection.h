@@ -8,6 +8,7 @@
 #include "host/core/hostservices.h"
 #include "host/serviceprocessor/iserviceprocessor.h"
 #include "host/velhost/commandline.h"
+#include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 
 namespace NKROVEL20 {
@@ -29,9 +30,14 @@ class IServerConnection {
 
 /// Opens what --sp names, the demo server by default. Throws THostError; sets the process's time
 /// zone for a replay. A run that is stopped while a session on the network is being opened gets a
-/// connection that nothing answers on.
+/// connection that nothing answers on; one that is stopped while a file is read ends with TEndedReading.
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
-                                                 const TStopSignal& stop);
+                                                 TInputs& inputs);
+
+/// "sim" of "sim:FILE".
+std::string SchemeOf(const std::string& spec);
+/// "FILE" of "sim:FILE"; empty without one.
+std::string RestOf(const std::string& spec);
 
 /// The connection's environment with the machine type of the command line, where there is one.
 class TSessionEnvironment : public IHostEnvironment {

@@ -19,6 +19,7 @@
 #include "host/core/unsafetext.h"
 #include "host/serviceprocessor/servednode.h"
 #include "host/serviceprocessor/serverfile.h"
+#include "host/velhost/inputs.h"
 #include "host/velhost/ipmisim.h"
 #include "host/velhost/standardstreams.h"
 
@@ -84,12 +85,17 @@ std::string FindProgram() {
 std::string FindModule(const TInstallation& installation) {
   std::string file = installation.ModuleFolder() + kModuleFile;
   if (access(file.c_str(), R_OK) == 0) return file;
-  throw THostError(EExitStatus::kUnavailable, "the module for ipmi_sim is not installed: " + file);
+  throw THostError(
+      EExitStatus::kUnavailable,
+      "the module for ipmi_sim is not installed: " + SafeText(file) +
+          "\nThe package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it");
 }
 
 /// The server's machine type. ipmi_sim itself would say nothing of what is wrong with the file.
 std::string CheckServer(const TSimulateArguments& arguments) {
-  TFileReader reader;
+  const TStopSignal stop;
+  TInputs inputs(stop);
+  TInputReader reader(inputs, {"the server file", "simulate", EFileKind::kServerFile}, {arguments.file});
   const TServerFile server = ReadServerFile(arguments.file, reader);
   const TNotServed refusal = ReasonNotToServe(server, arguments.node);
   const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();
@@ -188,7 +194,9 @@ std::string ConnectingLines(const TSimulateArguments& arguments, const std::stri
 
 }  // namespace
 
-EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstallation& installation) {
+EExitStatus SimulateCommand(const TSimulateArguments& given, const TInstallation& installation) {
+  TSimulateArguments arguments = given;
+  arguments.file = installation.FindServer(given.file);
   const std::string machineType = CheckServer(arguments);
   const TIpmiSimSettings settings = SettingsOf(arguments, installation);
   CheckPort(arguments.port, SOCK_DGRAM, "UDP");

@@ -27,13 +27,14 @@ class TTextSink : public ITextSink {
 };
 
 EExitStatus ListClasses(const TCommonOptions& options, const TInstallation& installation) {
-  const auto cimNamespace = LoadSchema(options, installation);
+  const TStopSignal stop;
+  TInputs inputs(stop);
+  const auto cimNamespace = LoadSchema(options, installation, inputs);
   std::string machineType;
   if (options.machineType) {
     machineType = *options.machineType;
   } else {
-    const TStopSignal stop;
-    machineType = ConnectServer(options, installation, stop)->Environment().MachineType();
+    machineType = ConnectServer(options, installation, inputs)->Environment().MachineType();
   }
   WriteToStandardOutput(SafeLines(FormatClasses(*cimNamespace, machineType)));
   return EExitStatus::kComplete;
@@ -63,7 +64,9 @@ EExitStatus ShowPlugin(const TCommonOptions& options, const TInstallation& insta
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
   const auto& mofs = commandLine.check.mofs;
   const std::vector<std::string> paths = mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs;
-  TFileReader reader(paths);
+  const TStopSignal stop;
+  TInputs inputs(stop);
+  TInputReader reader(inputs, {"the schema", "check", EFileKind::kSchema}, paths);
   const TSchemaFindings findings = CheckSchema(paths, reader);
   TTextSink text;
   if (commandLine.check.json) {

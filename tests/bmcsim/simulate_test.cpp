@@ -201,7 +201,9 @@ TEST_F(SimulateWithScript, ProgramOfTheCurrentFolderIsNotRun) {
 TEST_F(Simulate, MissingModuleIsNamed) {
   SKIP_WITHOUT_IPMI_SIM();
   ExpectError(arguments_, EExitStatus::kUnavailable,
-              "the module for ipmi_sim is not installed: /nowhere/lib/velhost/modules/velbmcsim.so", "/nowhere/bin");
+              "the module for ipmi_sim is not installed: /nowhere/lib/velhost/modules/velbmcsim.so\n"
+              "The package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it",
+              "/nowhere/bin");
 }
 
 TEST_F(Simulate, RefusesWhatIpmiSimCannotDo) {

@@ -124,17 +124,30 @@ TEST_F(FileReader, APipeThatNobodyWritesToIsWaitedForNotForEver) {
   close(silent);
 }
 
-TEST_F(FileReader, ASignalEndsTheWaitForAPipe) {
+class TStoppableReader : public TFileReader {
+ public:
+  using TFileReader::TFileReader;
+  void CheckStop() override {
+    if (interrupted) throw TEndedReading(EExitStatus::kPartial, "stopped");
+  }
+  static inline volatile std::sig_atomic_t interrupted = 0;
+};
+
+TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   struct sigaction action = {};
-  action.sa_handler = [](int) {};
+  action.sa_handler = [](int) { TStoppableReader::interrupted = 1; };
   struct sigaction before = {};
   sigaction(SIGALRM, &action, &before);
   const itimerval soon = {{0, 20'000}, {0, 20'000}};  // again and again: the first may come before the wait
   setitimer(ITIMER_REAL, &soon, nullptr);
-  TFileReader reader({Path("pipe")});
-  ExpectHostError(EExitStatus::kNoInput, "cannot read " + Path("pipe") + ": Interrupted system call",
-                  [&] { reader.Read(Path("pipe"), 4); });
+  TStoppableReader reader({Path("pipe")}, std::chrono::hours(1));
+  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("pipe"), 4); });
+  // As does one that came before.
+  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("pipe"), 4); });
+  std::ofstream(Path("file")) << "text";
+  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("file"), 4); });
+  TStoppableReader::interrupted = 0;
   const itimerval never = {};
   setitimer(ITIMER_REAL, &never, nullptr);
   sigaction(SIGALRM, &before, nullptr);

@@ -68,6 +68,19 @@ class Usage(VelhostCase):
         self.refuses("--format belongs to collect and check", "classes", "--format", "json", see="classes ")
         self.refuses('--timeout has to stand behind "collect"', "--timeout", "5", "collect", see="collect ")
 
+    def test_a_suggestion_is_an_option_of_the_command(self):
+        self.refuses("unknown option --host", "collect", "--host", "bmc7", see="collect ")
+        self.refuses("unknown option --host", "--host", "bmc7", "collect")
+        self.refuses("unknown option --host; did you mean --port?", "simulate", "a.toml", "--host", "1", see="simulate ")
+        self.refuses("unknown option --fromat; did you mean --format?", "--fromat", "json", "check")
+        self.refuses("unknown option --scheme; did you mean --schema?", "--scheme", "a")
+
+    def test_a_service_processor_without_what_it_needs(self):
+        for spec, scheme in (("replay", "replay"), ("replay:", "replay"), ("sim:", "sim")):
+            self.refuses(f"--sp {scheme} needs a file: --sp {scheme}:FILE", "collect", "--sp", spec)
+        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--sp", "lan:")
+        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--sp", "lan:user@")
+
     def test_values(self):
         for number in ("abc", "nan", "inf", "0", "2e9", "5s"):
             self.refuses(f'--timeout takes SECONDS from 0.001 to 1000000000, not "{number}"', "collect", "--timeout", number,
@@ -100,6 +113,72 @@ class Usage(VelhostCase):
         self.fails(65, "bad.jsonl", "collect", "--sp", f"replay:{bad}")
         text = self.write("text.so", "no library\n")
         self.fails(66, "text.so", "plugin", "--plugin", text)
+
+    def test_shipped_servers_are_found_by_name(self):
+        self.assertEqual(self.collect("--sp", "sim:failing.toml")["instances"],
+                         self.collect("--sp", f"sim:{SOURCE}/servers/failing.toml")["instances"])
+        done = self.run_velhost("collect", "--sp", "sim:absent.toml")
+        self.assertEqual(done.returncode, 66)
+        self.assertRegex(done.stderr, r"^velhost: cannot open absent\.toml: there is no such file here, and none among "
+                         r"the shipped servers in /\S+/share/velhost/servers\n$")
+        self.fails(66, "cannot open ./failing.toml: No such file or directory", "collect", "--sp", "sim:./failing.toml")
+        self.fails(66, "cannot open absent.toml: there is no such file here", "simulate", "absent.toml")
+        # One that is here comes first, whatever it is.
+        self.write("failing.toml", 'machine_type = "here"\n')
+        self.assertEqual(self.collect("--sp", "sim:failing.toml")["machine_type"], "here")
+
+    def test_wrong_kinds_of_file_are_named(self):
+        result = self.write("result.json", self.run_velhost("collect", "--record", "run.jsonl", "--format", "json").stdout)
+        self.write("lines.jsonl", self.run_velhost("collect", "--format", "jsonl").stdout)
+        server = self.write("server.toml", SERVER)
+        schema = self.schema({"Register": (0x1000, 8)})
+        (self.folder / "bundle").write_bytes(b"\x1f\x8b\x08\x00")
+        recorded = '; "velhost collect --record FILE" makes a recording'
+        for message, *arguments in (
+                (f"{result} is a result, not a recording{recorded}", "collect", "--sp", f"replay:{result}"),
+                (f"lines.jsonl is a result, not a recording{recorded}", "collect", "--sp", "replay:lines.jsonl"),
+                ("run.jsonl is a recording, not a server file; give it as --sp replay:run.jsonl", "collect", "--sp",
+                 "sim:run.jsonl"),
+                ("run.jsonl is a recording, not a server file; give it as --sp replay:run.jsonl", "simulate", "run.jsonl"),
+                (f"{schema} is a schema, not a server file; give it as --schema {schema}", "collect", "--sp", f"sim:{schema}"),
+                (f"{server} is a server file, not a recording; give it as --sp sim:{server}", "collect", "--sp",
+                 f"replay:{server}"),
+                (f"{server} is a server file, not a schema; give it as --sp sim:{server}", "check", server),
+                (f"{server} is a server file, not a schema; give it as --sp sim:{server}", "collect", "--schema", server),
+                ("run.jsonl is a recording, not a schema; give it as --sp replay:run.jsonl", "check", "run.jsonl"),
+                ("bundle is a compressed file, not a recording", "collect", "--sp", "replay:bundle")):
+            done = self.run_velhost(*arguments)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (65, "", f"velhost: {message}\n"))
+
+    def test_an_include_that_cannot_be_read_includes_nothing(self):
+        schema = self.write("schema.mof", '#pragma include ("missing.mof")\n' * 2)
+        done = self.run_velhost("check", schema)
+        self.assertEqual(done.stdout, f"{schema}:1:18: error: cannot open {self.folder}/missing.mof: No such file or directory\n"
+                         '  #pragma include ("missing.mof")\n                   ^\n1 error, 0 warnings\n')
+
+    def test_names_with_newlines_stay_on_their_line(self):
+        name = "a\nvelhost: b\u202e"
+        shown = "a\\nvelhost: b\\u202e"
+        for status, message, *arguments in (
+                (66, f"cannot open {shown}.mof: No such file or directory", "check", f"{name}.mof"),
+                (66, f"cannot open ./{shown}: No such file or directory", "collect", "--sp", f"sim:./{name}"),
+                (66, f"cannot open {shown}: No such file or directory", "collect", "--sp", f"replay:{name}"),
+                (66, f"cannot open plugin {shown}: No such file or directory", "plugin", "--plugin", name),
+                (73, f"cannot create {shown}/out: No such file or directory", "collect", "-o", f"{name}/out"),
+                (73, f"cannot create {shown}/out: No such file or directory", "collect", "--record", f"{name}/out"),
+                (73, f"cannot create trace file {shown}/out: No such file or directory", "collect", "--log", f"{name}/out"),
+                (73, f"cannot create the folder {shown}/out: No such file or directory", "collect", "--capture-dir",
+                 f"{name}/out")):
+            done = self.run_velhost(*arguments)
+            self.assertEqual((done.returncode, done.stderr), (status, f"velhost: {message}\n"))
+        self.write(f"{name}.mof", "class A : B {};\n")
+        self.assertIn(f"{shown}.mof:1:11: error: ", self.run_velhost("check", f"{name}.mof").stdout)
+        self.assertEqual(self.run_velhost("collect", name).stderr.splitlines()[0],
+                         f'velhost: the schema has no class "{shown}"; "velhost classes" lists those that can be collected')
+
+    def test_a_capture_folder_that_is_a_circle_of_links(self):
+        (self.folder / "a").symlink_to("a")
+        self.fails(73, "cannot create the folder a: Too many levels of symbolic links", "collect", "--capture-dir", "a")
 
     def test_inputs_may_be_pipes(self):
         server = self.write("server.toml", SERVER)

@@ -18,10 +18,12 @@ class Partial(VelhostCase):
         self.assertTrue(first.startswith("velhost: KROSG_DCAPFile: the collector found nothing where it needs"), first)
         self.assertEqual(last, "velhost: partial: a request failed")
 
-    def test_deadline_before_the_first_class(self):
+    def test_a_deadline_covers_the_reading_of_the_schema(self):
+        # Less than any schema takes: the deadline has passed when the first of its files is opened.
         done = self.run_velhost("collect", "--timeout", "0.001", "-o", "out.json", BRIDGE, "KROSG_DCAPFile")
         self.assertEqual((done.returncode, done.stderr),
-                         (3, "velhost: partial: deadline reached; 2 classes not collected\n"))
+                         (3, "velhost: deadline reached while the schema was read; nothing was collected\n"))
+        self.assertFalse((self.folder / "out.json").exists())
 
     def test_mismatch_with_a_recording_is_partial(self):
         self.collect("--record", "run.jsonl")
@@ -120,6 +122,13 @@ class OptionsWithoutEffect(VelhostCase):
         self.collect("--record", "run.jsonl", BRIDGE)
         self.assertEqual(self.warned("collect", "--sp", "replay:run.jsonl", "--replay-timing", BRIDGE), [])
 
+    def test_the_form_of_a_trace_file_that_nobody_asked_for(self):
+        text = "velhost: warning: --log-format has no effect without --log\n"
+        self.assertEqual(self.run_velhost("collect", "--log-format", "jsonl", BRIDGE).stderr, text)
+        self.assertEqual(self.run_velhost("plugin", "--log-format", "text").stderr, text)
+        self.assertEqual(self.warned("collect", "--log-format", "jsonl", "--log", "trace.jsonl", BRIDGE), [])
+        self.assertEqual(self.warned("check", "--log-format", "jsonl"), [["--log-format", "check"]])
+
     def test_for_another_command(self):
         self.assertEqual(self.warned("check", "--log", "trace.txt", "--sp", "sim"), [["--sp", "check"], ["--log", "check"]])
         self.assertFalse((self.folder / "trace.txt").exists())
@@ -153,6 +162,29 @@ class OneFileForTwo(VelhostCase):
         self.refuses("--log", "--schema", "--log", "link", "--schema", "schema")
         self.refuses("--log", "--plugin", "--log", "plugin.so", "--plugin", self.write("plugin.so", ""))
 
+    def test_what_an_input_reads(self):
+        (self.folder / "data").mkdir()
+        self.write("data/area.bin", "bytes")
+        self.write("data/server.toml", 'machine_type = "6203"\n[[bmc_node]]\n[[bmc_node.storage_area]]\nname = "a"\n'
+                   'data_file = "area.bin"\n')
+        self.refuses("--output", "a file that --sp reads", "-o", "data/area.bin", "--sp", "sim:data/server.toml")
+        self.write("included.mof", "class A {};\n")
+        self.write("schema.mof", '#pragma include ("included.mof")\n')
+        self.refuses("--log", "a file that --schema reads", "--log", "included.mof", "--schema", "schema.mof")
+        (self.folder / "folder").mkdir()
+        self.write("folder/A.MOF", "class A {};\n")
+        self.refuses("--record", "--schema", "--record", "folder/A.MOF", "--schema", "folder")
+
+    def test_a_data_file_that_a_capture_file_could_overwrite(self):
+        (self.folder / "caps").mkdir()
+        self.write("caps/node1-a-0.bin", "bytes")
+        self.write("caps/server.toml", 'machine_type = "6203"\n[[bmc_node]]\n[[bmc_node.storage_area]]\nname = "a"\n'
+                   'data_file = "node1-a-0.bin"\n')
+        done = self.run_velhost("collect", "--sp", "sim:caps/server.toml", "--capture-dir", "caps")
+        self.assertEqual((done.returncode, done.stderr),
+                         (64, "velhost: a capture file of --capture-dir could overwrite caps/node1-a-0.bin "
+                              "(a file that --sp reads)\n"))
+
     def test_standard_output_that_is_a_file(self):
         path = self.folder / "out"
         with path.open("w") as out:
@@ -163,7 +195,7 @@ class OneFileForTwo(VelhostCase):
     def test_a_name_that_a_capture_file_could_have(self):
         done = self.run_velhost("collect", "--capture-dir", "caps", "--log", "caps/node1-cpu_err-0.bin")
         self.assertEqual(done.returncode, 64)
-        self.assertIn("--log names caps/node1-cpu_err-0.bin, which a capture file", done.stderr)
+        self.assertIn("a capture file of --capture-dir could overwrite caps/node1-cpu_err-0.bin (--log)", done.stderr)
 
     def test_devices_may_serve_twice(self):
         self.collect("--log", "/dev/null", "--record", "/dev/null", "KROSG_DCAPFile")

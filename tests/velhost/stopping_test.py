@@ -97,6 +97,44 @@ class Stopping(VelhostCase):
         process.wait(timeout=60)
         self.assertFalse((self.folder / "out.json").exists())
 
+    INPUTS = (("the schema", "--schema", "PIPE"), ("the server file", "--sp", "sim:PIPE"),
+              ("the recording", "--sp", "replay:PIPE"))
+
+    def opened(self, *arguments):
+        """A velhost that has opened a pipe, PIPE in its arguments, at whose other end nobody writes."""
+        pipe = str(self.folder / f"pipe{len(list(self.folder.iterdir()))}")
+        os.mkfifo(pipe)
+        process = self.run_beside([VELHOST, "collect", *(word.replace("PIPE", pipe) for word in arguments)],
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        writer = os.open(pipe, os.O_WRONLY)  # returns once there is a reader
+        self.addCleanup(os.close, writer)
+        return process, writer
+
+    def ends(self, process, reason, what):
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, output, errors),
+                         (3, "", f"velhost: {reason} while {what} was read; nothing was collected\n"))
+
+    def test_a_signal_ends_the_wait_for_an_input(self):
+        for what, *option in self.INPUTS:
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                process, _ = self.opened(*option, "-o", "out.json")
+                process.send_signal(number)
+                self.ends(process, "interrupted", what)
+        self.assertFalse((self.folder / "out.json").exists())
+
+    def test_a_deadline_ends_the_wait_for_an_input(self):
+        for what, *option in self.INPUTS:
+            process, _ = self.opened(*option, "--timeout", "0.5")
+            self.ends(process, "deadline reached", what)
+
+    def test_a_signal_ends_the_reading_of_a_text(self):
+        # More than the pipe holds, so that what is written last was taken: from then on the text is being read.
+        process, writer = self.opened("--schema", "PIPE")
+        os.write(writer, b"class A {};\n" * 20000)
+        process.send_signal(signal.SIGTERM)
+        self.ends(process, "interrupted", "the schema")
+
     def progress(self, *arguments):
         """What appears on a terminal that standard error is connected to."""
         self.write("slow.toml", SLOW + EACH_REGISTER)  # the line is drawn ten times in a second at most

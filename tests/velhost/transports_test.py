@@ -132,6 +132,23 @@ class Transports(VelhostCase):
         self.stop(process)
         self.assertEqual(list(self.folder.glob("velhost-simulate-*")), [])
 
+    def test_a_simulator_that_is_killed_is_named_with_its_signal(self):
+        process, _ = self.simulate(SERVER)
+        children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()
+        named = {pathlib.Path(f"/proc/{child}/comm").read_text().strip(): int(child) for child in children}
+        os.kill(named["ipmi_sim"], signal.SIGKILL)
+        self.assertEqual(process.wait(timeout=60), 69)
+        self.assertTrue(process.stderr.read().startswith("velhost: ipmi_sim ended by itself (signal 9, Killed)"))
+
+    def test_a_simulator_that_does_not_start_is_named_with_its_status(self):
+        (self.folder / "bin").mkdir()
+        fake = pathlib.Path(self.write("bin/ipmi_sim", "#!/bin/sh\necho no luck\nexit 3\n"))
+        fake.chmod(0o755)
+        done = self.run_velhost("simulate", self.write("server.toml", SERVER), "--port", str(free_port()),
+                                environment={"PATH": f"{self.folder}/bin:/usr/bin:/bin"})
+        self.assertEqual((done.returncode, done.stderr),
+                         (69, "velhost: ipmi_sim ended instead of starting (exit status 3): no luck\n"))
+
     def test_lines_that_cannot_be_printed_end_it(self):
         server = self.write("server.toml", SERVER)
         for redirection, errors in ((">/dev/full", "velhost: cannot write standard output: No space left on device\n"),

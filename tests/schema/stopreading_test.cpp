@@ -1,0 +1,26 @@
+// A stopped run does not finish what it reads.
+#include <gtest/gtest.h>
+
+#include "host/schema/schemareader.h"
+#include "tests/support/stoppingreader.h"
+
+namespace NKROVEL20 {
+namespace {
+
+TEST(StopReading, EndsASchemaAmongItsTokensClassesAndInstances) {
+  testsupport::TStoppingReader reader;
+  std::string text;
+  // 2 classes of 605 tokens, so that one look comes among them; then one for each class and each declaration.
+  for (const std::string name : {"A", "B"}) {
+    text += "class " + name + " {";
+    for (int i = 0; i < 200; ++i) text += "string P" + std::to_string(i) + ";";
+    text += "};\n";
+  }
+  reader.Add("schema.mof", "#pragma include(\"included.mof\")\n");
+  reader.Add("included.mof", text);
+  const std::size_t looks = testsupport::LooksThatEnd(reader, [&reader] { ReadSchema({"schema.mof"}, reader); });
+  EXPECT_EQ(looks, 1U + 2U + 2U);
+}
+
+}  // namespace
+}  // namespace NKROVEL20

@@ -1,0 +1,41 @@
+// A reader whose run is stopped after so many looks at it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "host/core/sourcereader.h"
+
+namespace testsupport {
+
+class TStoppingReader : public NKROVEL20::TMemoryReader {
+ public:
+  void StopAt(std::size_t look) { looks_ = 0, last_ = look; }
+  std::size_t Looks() const { return looks_; }
+  void CheckStop() override {
+    if (++looks_ == last_) throw NKROVEL20::TEndedReading(NKROVEL20::EExitStatus::kPartial, "stopped");
+  }
+
+ private:
+  std::size_t looks_ = 0;
+  std::size_t last_ = 0;
+};
+
+/// How often `read` looks whether it is stopped; each of these looks has ended it with TEndedReading.
+template <typename TRead>
+std::size_t LooksThatEnd(TStoppingReader& reader, TRead&& read) {
+  reader.StopAt(0);
+  read();
+  const std::size_t looks = reader.Looks();
+  for (std::size_t look = 1; look <= looks; ++look) {
+    reader.StopAt(look);
+    try {
+      read();
+      return 0;
+    } catch (const NKROVEL20::TEndedReading&) {
+    }
+  }
+  return looks;
+}
+
+}  // namespace testsupport
