@@ -50,6 +50,17 @@ _velhost_files() {
   mapfile -t COMPREPLY < <(compgen -f -- "$1")
 }
 
+# Server files: those at hand and, by name, those that are shipped.
+_velhost_servers() {
+  local program file name
+  _velhost_files "$1"
+  if [[ $1 == */* ]] || ! program=$(type -P -- "${COMP_WORDS[0]}"); then return 0; fi
+  for file in "$(dirname -- "$(readlink -f -- "$program")")"/../share/velhost/servers/*.toml; do
+    name=${file##*/}
+    if [[ -e $file && ! -e $name && $name == "$1"* ]]; then COMPREPLY+=("$name"); fi
+  done
+}
+
 # What an option takes; returns 1 for one that takes nothing or is not known.
 _velhost_value() {
   case $1 in
@@ -83,6 +94,8 @@ _velhost_service_processor() {
     _velhost_words "sim sim: replay: inband inband:/dev/ipmi lan:" "$1"
   elif [[ $scheme == inband ]]; then
     mapfile -t COMPREPLY < <(compgen -G "/dev/ipmi*" | grep -- "^$1")
+  elif [[ $scheme == sim ]]; then
+    _velhost_servers "$1"
   elif [[ $scheme != lan ]]; then
     _velhost_files "$1"
   fi
@@ -119,7 +132,8 @@ _velhost() {
   case $verb in
     "") _velhost_words "collect classes plugin check simulate" "$current" ;;
     collect) mapfile -t COMPREPLY < <(_velhost_classes "$current") ;;
-    check | simulate) _velhost_files "$current" ;;
+    check) _velhost_files "$current" ;;
+    simulate) _velhost_servers "$current" ;;
   esac
 }
 

@@ -101,7 +101,7 @@ void AddCollect(CLI::App& app, TCollectOptions& options) {
   AddChoice(app, "--format", options.format, kOutputForms, "output form; default: table on a terminal, else json");
   app.add_option("-o,--output", options.output, "write there instead of standard output")->type_name("FILE");
   app.add_option("--record", options.record, "record every exchange with the service processor")->type_name("FILE");
-  AddNumber(app, "--timeout", options.timeoutSeconds, 0.001, 1e9, "SECONDS", "deadline for the whole collection");
+  AddNumber(app, "--timeout", options.timeoutSeconds, 0.001, 1e9, "SECONDS", "deadline for the whole run");
   app.add_flag("--single-request", options.singleRequest, "ask for all classes in one request, in this order");
   app.add_option("--capture-dir", options.captureDir, "also write each capture file there")->type_name("DIR");
   AddChoice(app, "--progress", options.progress, kWhen, "progress on standard error");
@@ -115,7 +115,7 @@ void AddCheck(CLI::App& app, TCheckOptions& options) {
 }
 
 void AddSimulate(CLI::App& app, TSimulateArguments& options) {
-  app.add_option("FILE", options.file, "the server file")->required()->type_name("");
+  app.add_option("FILE", options.file, "the server file; a shipped one by its name")->required()->type_name("");
   AddNumber(app, "--node", options.node, 0, 255, "N", "which BMC node answers; default 0");
   AddNumber(app, "--port", options.port, 1, 65535, "PORT", "UDP port on 127.0.0.1; default 9623");
   AddNumber(app, "--serial-port", options.serialPort, 1, 65535, "PORT",

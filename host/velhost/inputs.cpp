@@ -6,7 +6,10 @@
 namespace NKROVEL20 {
 
 TInputReader::TInputReader(TInputs& inputs, TInputUse use, const std::vector<std::string>& paths)
-    : TFileReader(paths), inputs_(inputs), use_(std::move(use)), paths_(paths) {}
+    : TFileReader(use.mayBePipe ? paths : std::vector<std::string>()),
+      inputs_(inputs),
+      use_(std::move(use)),
+      paths_(paths) {}
 
 std::string TInputReader::Read(const std::string& path, std::size_t limit) {
   std::string text = TFileReader::Read(path, limit);

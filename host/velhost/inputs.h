@@ -43,6 +43,7 @@ struct TInputUse {
   std::string what;    ///< "the schema"
   std::string option;  ///< "--schema"
   EFileKind kind;      ///< kUnknown: whatever it is
+  bool mayBePipe = true;
 };
 
 /// Reads one input with all of its files. Throws TEndedReading for a named file that is of another kind, and once the

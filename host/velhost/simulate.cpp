@@ -95,7 +95,7 @@ std::string FindModule(const TInstallation& installation) {
 std::string CheckServer(const TSimulateArguments& arguments) {
   const TStopSignal stop;
   TInputs inputs(stop);
-  TInputReader reader(inputs, {"the server file", "simulate", EFileKind::kServerFile}, {arguments.file});
+  TInputReader reader(inputs, {"the server file", "simulate", EFileKind::kServerFile, false}, {arguments.file});
   const TServerFile server = ReadServerFile(arguments.file, reader);
   const TNotServed refusal = ReasonNotToServe(server, arguments.node);
   const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();

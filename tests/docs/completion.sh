@@ -37,7 +37,9 @@ offers "inband inband:/dev/ipmi" "$velhost" collect --sp inb
 offers "demo.toml" "$velhost" collect --sp sim : de
 offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp replay :
 offers "captures" "$velhost" collect --capture-dir ""
-offers "demo.toml" "$velhost" simulate d
+offers "demo.toml dot-command.toml" "$velhost" simulate d
+offers "failing.toml" "$velhost" collect --sp sim : fa
+offers "" "$velhost" collect --sp replay : fa
 offers "" "$velhost" collect --timeout ""
 offers "admin" "$velhost" collect --privilege a
 offers "KROSG_DCAPFile" "$velhost" collect --schema "$schema" KROSG_D
@@ -50,7 +52,8 @@ offers "classes" "$velhost" --log collect cla
 offers "classes" "$velhost" --log = collect --sp sim : check cla
 offers "--format" "$velhost" --log check collect --fo
 offers "demo.toml" "$velhost" collect --sp = sim : de
-offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp = sim :
+offers "block.bin captures demo.toml dot-command.toml eight-byte.toml failing.toml labelled.toml run.jsonl slow.toml" \
+  "$velhost" collect --sp = sim :
 offers "sim sim:" "$velhost" collect --sp = si
 
 [ "$failures" -eq 0 ] && echo "every completion as expected"

@@ -194,6 +194,8 @@ class Usage(VelhostCase):
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertEqual(json.loads(done.stdout)["instances"], expected, arguments)
         self.assertEqual(self.run_velhost("check", "/dev/stdin", input="class A {").returncode, 65)
+        refused = self.run_velhost("simulate", "/dev/stdin", input=SERVER)  # ipmi_sim reads it again
+        self.assertEqual((refused.returncode, refused.stderr), (66, "velhost: cannot read /dev/stdin: not a file\n"))
         included = self.write("schema.mof", '#pragma include ("/dev/stdin")\n')
         refused = self.run_velhost("check", included, input="class A {};")  # what a file names may not make it wait
         self.assertEqual(refused.returncode, 65)
