@@ -17,7 +17,7 @@ void TTORGARegPluginCallbacks::buildCIMInstances(const std::vector<TPropertyMap>
       line.assign("valueIt->first = ").append(name).append(". valueIt->second = ");
       line.append(value.ToString(10)).append(".");
       logger->writeVerbose(line);
-      instance->SetProperty(name, value, noContext);
+      instance->SetProperty(name, TCIMValue(value), noContext);  // the host's to keep: the maps stay as they are
     }
     instance->Commit(noContext);
   }

@@ -1,6 +1,8 @@
 // From property maps to committed instances.
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
+
 #include "host/core/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
@@ -100,6 +102,46 @@ TEST_F(TInstanceBuilder, TheHostIsCalledInOrderWithEmptyContexts) {
                                                      "CHIP instance.SetProperty(B) {}", "CHIP instance.Commit() {}",
                                                      "CHIP.CreateInstance() {}", "CHIP instance.SetProperty(A) {}",
                                                      "CHIP instance.Commit() {}"}));
+  SetCurrentClass({});
+}
+
+// A host may take over the value that it is handed.
+class TTakingInstance : public ICIMInstance {
+ public:
+  void SetProperty(const std::string&, const TCIMValue& value, const TPropertyMap&) override {
+    taken.push_back(std::move(const_cast<TCIMValue&>(value)));
+  }
+  void Commit(const TPropertyMap&) override {}
+
+  std::vector<TCIMValue> taken;
+};
+
+class TClassOfTaking : public ICIMClass {
+ public:
+  const std::string& GetName(const TPropertyMap&) const override { return name_; }
+  boost::shared_ptr<const ICIMQualifier> GetQualifier(const std::string&, const TPropertyMap&) const override {
+    return {};
+  }
+  boost::shared_ptr<ICIMClass> GetSuperClass(const TPropertyMap&) const override { return {}; }
+  boost::shared_ptr<ICIMNamespace> GetNamespace(const TPropertyMap&) const override { return {}; }
+  boost::shared_ptr<ICIMInstance> CreateInstance(const TPropertyMap&) override { return instance; }
+  void EnumerateSubClasses(const TClassCallback&, int, const TPropertyMap&) override {}
+  void EnumeratePropertyDecls(const TPropertyDeclCallback&, const TPropertyMap&) override {}
+
+  boost::shared_ptr<TTakingInstance> instance = boost::make_shared<TTakingInstance>();
+
+ private:
+  std::string name_ = "TAKING";
+};
+
+TEST_F(TInstanceBuilder, WhateverTheHostDoesWithAValueTheMapKeepsItsOwn) {
+  const auto taking = boost::make_shared<TClassOfTaking>();
+  SetCurrentClass(taking);
+  std::vector<TPropertyMap> maps = {{{"A", TCIMValue("one")}}};
+  plugin.buildCIMInstances(maps);
+  ASSERT_EQ(taking->instance->taken.size(), 1U);
+  EXPECT_EQ(taking->instance->taken[0].ToString(10), "one");
+  EXPECT_EQ(maps[0].at("A").ToString(10), "one");
   SetCurrentClass({});
 }
 
