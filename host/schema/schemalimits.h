@@ -24,7 +24,7 @@ struct TSchemaLimits {
   std::size_t instanceValues = 4U << 20U;  ///< properties of all instances, set or not
   std::size_t diagnostics = 100;           ///< errors shown, and as many warnings; the others are counted
   /// Called again and again while a schema is read. Time is limited by what it throws; empty: no limit.
-  std::function<void()> checkStop;
+  std::function<void()> checkStop = {};
 
   void CheckStop() const {
     if (checkStop) checkStop();

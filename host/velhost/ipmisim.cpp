@@ -232,7 +232,7 @@ std::string TIpmiSim::HowItEnded() const {
   if (waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) != 0) return {};
   if (end.si_code == CLD_EXITED) return "with status " + std::to_string(end.si_status);
   const char* const name = sigabbrev_np(end.si_status);
-  return "by signal " + std::to_string(end.si_status) + (name != nullptr ? std::string(" (SIG") + name + ")" : "");
+  return "by signal " + std::to_string(end.si_status) + (name != nullptr ? std::string(", SIG") + name : "");
 }
 
 bool AnswersIpmi(int port, milliseconds time) {

@@ -56,7 +56,7 @@ class TIpmiSim {
   /// Becomes readable when it has ended.
   int Descriptor() const { return descriptor_; }
   bool HasEnded() const { return WaitForEnd(std::chrono::milliseconds(0)); }
-  /// "with status 1" or "by signal 9 (SIGKILL)", once it has.
+  /// "with status 1" or "by signal 9, SIGKILL", once it has.
   std::string HowItEnded() const;
   /// What it has written so far, without the last line's end; for messages.
   std::string Output() const;

@@ -183,7 +183,7 @@ TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
 TEST_F(SimulateWithScript, SignalThatEndedIpmiSimIsNamed) {
   Script("ipmi_sim", "kill -KILL $$\n");
   ExpectError(arguments_, EExitStatus::kUnavailable,
-              "ipmi_sim ended instead of starting (by signal 9 (SIGKILL)), and said nothing of why");
+              "ipmi_sim ended instead of starting (by signal 9, SIGKILL), and said nothing of why");
 }
 
 TEST_F(SimulateWithScript, ProgramOfTheCurrentFolderIsNotRun) {
