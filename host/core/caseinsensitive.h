@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "nkrovel20/api.h"
+
 namespace NKROVEL20 {
 
 constexpr char FoldCase(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -27,26 +29,43 @@ inline std::string FoldName(std::string_view name) {
   return folded;
 }
 
+/// Drawn once by each process, so that nobody can write names that all have one hash.
+struct TNameHashKey {
+  std::uint64_t start;
+  std::uint64_t factor;
+};
+NKROVEL20_API const TNameHashKey& NameHashKey() noexcept;
+
 /// Hash and equality for unordered containers keyed by CIM names.
 struct TNameHash {
   using is_transparent = void;
   std::size_t operator()(std::string_view name) const noexcept {
-    std::uint64_t hash = name.size();
+    const TNameHashKey& key = NameHashKey();
+    std::uint64_t hash = key.start ^ name.size();
     std::uint64_t word = 0;
     for (; name.size() >= sizeof word; name.remove_prefix(sizeof word)) {
       std::memcpy(&word, name.data(), sizeof word);
-      hash = Mixed(hash, word);
+      hash = Mixed(hash ^ Lower(word), key.factor);
     }
     word = 0;
     for (const char c : name) word = word << 8U | static_cast<unsigned char>(c);
-    return Mixed(hash, word);
+    return Mixed(hash ^ Lower(word), key.factor);
   }
 
  private:
-  // The bit that tells capital letters from small ones is taken away from all characters alike.
-  static std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word) noexcept {
-    const std::uint64_t mixed = (hash ^ (word | 0x2020202020202020ULL)) * 0x9E3779B97F4A7C15ULL;
-    return mixed ^ mixed >> 32U;
+  // Both halves of the product: the high one depends on every bit of the key.
+  static std::uint64_t Mixed(std::uint64_t value, std::uint64_t factor) noexcept {
+    __extension__ using TWide = unsigned __int128;
+    const TWide product = TWide{value} * factor;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
+  }
+  // A to Z as small letters, in eight bytes at once.
+  static std::uint64_t Lower(std::uint64_t word) noexcept {
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    const std::uint64_t low = word & kOnes * 0x7F;
+    const std::uint64_t fromA = low + kOnes * (0x80 - 'A');
+    const std::uint64_t behindZ = low + kOnes * (0x7F - 'Z');
+    return word | (((fromA ^ behindZ) & ~word & kOnes * 0x80) >> 2U);
   }
 };
 struct TNameEqual {
