@@ -29,23 +29,41 @@ void AppendPrintable(std::string& text, std::string_view part) {
   }
 }
 
-// A side that is cut away shows as "...", within the width.
-void AppendExcerpt(std::string& text, std::string_view line, std::size_t column) {
+// A line of which only the bytes from `start` on are known, or all of it.
+struct TKnownLine {
+  std::string_view bytes;
+  std::size_t start;
+  std::size_t size;
+  char At(std::size_t i) const { return bytes[i - start]; }
+};
+
+// The bytes of a line that are shown.
+struct TWindow {
+  std::size_t start;
+  std::size_t end;
+};
+
+TWindow WindowOf(std::size_t size, std::size_t column) {
   std::size_t start = 0;
-  if (line.size() > kWidest && column > kWidest / 2) start = std::min(column - kWidest / 2, line.size() - kWidest);
-  std::size_t end = std::min(start + kWidest, line.size());
+  if (size > kWidest && column > kWidest / 2) start = std::min(column - kWidest / 2, size - kWidest);
+  return {start, std::min(start + kWidest, size)};
+}
+
+// A side that is cut away shows as "...", within the width.
+void AppendExcerpt(std::string& text, const TKnownLine& line, std::size_t column) {
+  auto [start, end] = WindowOf(line.size, column);
   const std::string_view before = start > 0 ? kCut : "";
-  const std::string_view behind = end < line.size() ? kCut : "";
+  const std::string_view behind = end < line.size ? kCut : "";
   start += before.size();
   end -= behind.size();
-  for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line[start]); ++i) ++start;
-  for (int i = 0; i < kMostContinuations && end < line.size() && IsUtf8Continuation(line[end]); ++i) --end;
+  for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line.At(start)); ++i) ++start;
+  for (int i = 0; i < kMostContinuations && end < line.size && IsUtf8Continuation(line.At(end)); ++i) --end;
   text.append("  ").append(before);
-  AppendPrintable(text, line.substr(start, end - start));
+  AppendPrintable(text, line.bytes.substr(start - line.start, end - start));
   text.append(behind).append("\n  ").append(before.size(), ' ');
-  const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size());
+  const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size);
   for (std::size_t i = start; i < caret; ++i) {
-    if (!IsUtf8Continuation(line[i])) text += ' ';
+    if (!IsUtf8Continuation(line.At(i))) text += ' ';
   }
   text += "^\n";
 }
@@ -60,9 +78,17 @@ std::string FormatDiagnostic(const TTextDiagnostic& diagnostic) {
   text += diagnostic.severity == EDiagnosticSeverity::kError ? ": error: " : ": warning: ";
   text += diagnostic.message + "\n";
   if (diagnostic.location.line > 0 && !diagnostic.sourceLine.empty()) {
-    AppendExcerpt(text, diagnostic.sourceLine, diagnostic.location.column);
+    const std::size_t size = std::max(diagnostic.sourceSize, diagnostic.sourceLine.size());
+    AppendExcerpt(text, {diagnostic.sourceLine, diagnostic.sourceStart, size}, diagnostic.location.column);
   }
   return text;
+}
+
+void SetSourceLine(TTextDiagnostic& diagnostic, std::string_view line) {
+  const auto [start, end] = WindowOf(line.size(), diagnostic.location.column);
+  diagnostic.sourceLine = line.substr(start, end - start);
+  diagnostic.sourceStart = start;
+  diagnostic.sourceSize = line.size();
 }
 
 std::string_view LineOf(std::string_view text, std::uint32_t number) {
