@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 namespace NKROVEL20 {
 namespace {
@@ -40,6 +41,31 @@ TEST(NearestName, FindsNothingForNothingOrForALongText) {
   EXPECT_EQ(NearestName("", kNames), "");
   EXPECT_EQ(NearestName("dot", {}), "");
   EXPECT_EQ(NearestName(std::string(1'000'000, 'd'), kNames), "");
+}
+
+// "kitten" against "sitten": six rows of six characters.
+TEST(NearestName, TakesAStepForEachTwoCharactersThatItCompares) {
+  constexpr std::array<std::string_view, 2> kTwo = {"sitten", "mitten"};
+  std::size_t steps = 100;
+  EXPECT_EQ(NearestName("kitten", kTwo, steps), "sitten");
+  EXPECT_EQ(steps, 100U - 36 - 12) << "the second cannot be nearer, which two rows show";
+}
+
+TEST(NearestName, LooksAtNoCandidateForWhichThereAreNoSteps) {
+  constexpr std::array<std::string_view, 2> kTwo = {"xxxxxx", "mitten"};
+  std::size_t steps = 36 + 24;
+  EXPECT_EQ(NearestName("kitten", kTwo, steps), "mitten");
+  steps = 36;
+  EXPECT_EQ(NearestName("kitten", kTwo, steps), "");
+}
+
+TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
+  const std::string name = std::string(84, 'a') + std::string(44, 'b');
+  const std::string other = std::string(84, 'a') + std::string(44, 'c');
+  const std::vector<std::string_view> many(20'000, other);
+  std::size_t steps = 1'000'000;
+  EXPECT_EQ(NearestName(name, many, steps), "");
+  EXPECT_LT(steps, 128U) << "all of them would take 300 million";
 }
 
 }  // namespace
