@@ -380,7 +380,7 @@ bool operator==(const TCIMValue& a, const TCIMValue& b) {
   if (a.type_ != b.type_ || a.array_ != b.array_ || a.null_ != b.null_) return false;
   if (a.null_) return true;
   if (!a.array_ && KindOf(a.type_) != EKind::kText && KindOf(a.type_) != EKind::kDateTime) return a.bits_ == b.bits_;
-  return a.payload_->content == b.payload_->content;
+  return a.payload_ == b.payload_ || a.payload_->content == b.payload_->content;
 }
 
 }  // namespace NKROVEL20
