@@ -11,7 +11,7 @@ TPropertyDecl::TPropertyDecl(TPropertyDefinition definition, const boost::shared
                              const TPropertyDecl* overridden)
     : definition_(std::move(definition)),
       qualifiers_(std::move(definition_.qualifiers), overridden ? &overridden->qualifiers_ : nullptr),
-      declaringClass_(declaringClass->Name()),
+      declaringClass_(declaringClass->SharedName()),
       origin_(overridden ? overridden->origin_ : boost::weak_ptr<TCIMClass>(declaringClass)) {}
 
 const std::string& TPropertyDecl::GetName(const TPropertyMap&) const { return definition_.name; }
@@ -27,6 +27,7 @@ boost::shared_ptr<ICIMClass> TPropertyDecl::GetClassOrigin(const TPropertyMap&) 
 TCIMClass::TCIMClass(TClassDefinition definition, boost::shared_ptr<TCIMClass> superClass,
                      boost::weak_ptr<TNamespace> cimNamespace)
     : definition_(std::move(definition)),
+      name_(std::make_shared<const std::string>(std::move(definition_.name))),
       superClass_(std::move(superClass)),
       namespace_(std::move(cimNamespace)),
       qualifiers_(std::move(definition_.qualifiers), superClass_ ? &superClass_->qualifiers_ : nullptr) {}
@@ -47,7 +48,7 @@ void TCIMClass::ResolveProperties() {
   definition_.properties = {};
 }
 
-const std::string& TCIMClass::GetName(const TPropertyMap&) const { return definition_.name; }
+const std::string& TCIMClass::GetName(const TPropertyMap&) const { return *name_; }
 
 boost::shared_ptr<const ICIMQualifier> TCIMClass::GetQualifier(const std::string& name, const TPropertyMap&) const {
   return qualifiers_.Find(name);

@@ -4,6 +4,7 @@
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -37,12 +38,12 @@ class NKROVEL20_API TPropertyDecl : public ICIMPropertyDecl {
   const TPropertyDefinition& Definition() const { return definition_; }
   const TQualifierSet& Qualifiers() const { return qualifiers_; }
   /// The class whose declaration this is; differs from the origin for an overriding property.
-  const std::string& DeclaringClass() const { return declaringClass_; }
+  const std::string& DeclaringClass() const { return *declaringClass_; }
 
  private:
   TPropertyDefinition definition_;
   TQualifierSet qualifiers_;
-  std::string declaringClass_;
+  std::shared_ptr<const std::string> declaringClass_;  // thousands of properties share a name
   boost::weak_ptr<TCIMClass> origin_;
 };
 
@@ -65,7 +66,8 @@ class NKROVEL20_API TCIMClass : public ICIMClass, public boost::enable_shared_fr
   void EnumerateSubClasses(const TClassCallback& callback, int flag, const TPropertyMap& context) override;
   void EnumeratePropertyDecls(const TPropertyDeclCallback& callback, const TPropertyMap& context) override;
 
-  const std::string& Name() const { return definition_.name; }
+  const std::string& Name() const { return *name_; }
+  const std::shared_ptr<const std::string>& SharedName() const { return name_; }
   const boost::shared_ptr<TCIMClass>& SuperClass() const { return superClass_; }
   const TSourceLocation& Location() const { return definition_.location; }
   const TQualifierSet& Qualifiers() const { return qualifiers_; }
@@ -77,7 +79,8 @@ class NKROVEL20_API TCIMClass : public ICIMClass, public boost::enable_shared_fr
   bool DescendsFrom(const TCIMClass& ancestor) const;
 
  private:
-  TClassDefinition definition_;  // its qualifiers and properties are below
+  TClassDefinition definition_;  // its name, qualifiers and properties are below
+  std::shared_ptr<const std::string> name_;
   boost::shared_ptr<TCIMClass> superClass_;
   boost::weak_ptr<TNamespace> namespace_;
   TQualifierSet qualifiers_;
