@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 
 #include "host/core/hosterror.h"
 #include "host/core/unsafetext.h"
@@ -45,6 +46,18 @@ class TDescriptor {
 [[noreturn]] void ThrowTooLarge(const std::string& path, std::size_t limit) {
   throw THostError(EExitStatus::kBadData,
                    SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
+}
+
+// Of the very file that was opened: a name may by now lead somewhere else.
+std::string RealPathOf(int descriptor) {
+  std::error_code failed;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), failed).string();
+}
+
+bool IsBelow(const std::string& path, std::string folder) {
+  if (path.empty() || folder.empty()) return false;
+  if (folder.back() != '/') folder += '/';
+  return path.compare(0, folder.size(), folder) == 0;
 }
 
 }  // namespace
@@ -86,17 +99,21 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
 
 std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   // Not blocking, so that opening a pipe returns: it is refused below, or waited for there.
+  realPath_.clear();
+  readPipe_ = false;
   const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.Get() < 0) ThrowErrno(path, "open", errno);
   struct stat status = {};
   if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
   if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);
   if (S_ISFIFO(status.st_mode) && std::find(pipes_.begin(), pipes_.end(), path) != pipes_.end()) {
+    readPipe_ = true;
     return ReadPipe(file.Get(), path, limit);
   }
   if (!S_ISREG(status.st_mode))
     throw THostError(EExitStatus::kNoInput, "cannot read " + SafeText(path) + ": not a file");
   if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);
+  realPath_ = RealPathOf(file.Get());
   std::string content(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t got = 0;
   while (got < content.size()) {
@@ -111,11 +128,28 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   return content;
 }
 
+bool TFileReader::LiesIn(const std::string& folder) {
+  if (readPipe_) return true;
+  const auto [known, isNew] = realPaths_.emplace(folder, std::string());
+  if (isNew) {
+    std::error_code failed;
+    known->second = std::filesystem::canonical(folder.empty() ? "." : folder, failed).string();
+  }
+  return IsBelow(realPath_, known->second);
+}
+
 std::string TMemoryReader::Read(const std::string& path, std::size_t limit) {
   const auto found = contents_.find(path);
   if (found == contents_.end()) ThrowErrno(path, "open", ENOENT);
   if (found->second.size() > limit) ThrowTooLarge(path, limit);
+  path_ = path;
   return found->second;
+}
+
+bool TMemoryReader::LiesIn(const std::string& folder) {
+  // Relative to one root, so that the empty path is a folder like any other.
+  const std::filesystem::path root("/");
+  return IsBelow((root / path_).lexically_normal().string(), (root / folder / "").lexically_normal().string());
 }
 
 }  // namespace NKROVEL20

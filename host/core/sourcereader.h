@@ -28,6 +28,9 @@ class NKROVEL20_API ISourceReader {
   /// The whole content. An input that cannot be opened or is larger than `limit` bytes throws
   /// THostError (kNoInput, kNoPermission or kBadData) with a message that names it.
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
+  /// Whether what was read last lies in the folder or below, all links resolved; the empty path is the current folder.
+  /// A pipe lies in every folder: whoever names one has its content already.
+  virtual bool LiesIn(const std::string& folder) = 0;
   /// Throws TEndedReading once the run that reads is stopped; never by default. Whoever makes something of a text
   /// that may be large calls it every now and then.
   virtual void CheckStop();
@@ -44,22 +47,28 @@ class NKROVEL20_API TFileReader : public ISourceReader {
   explicit TFileReader(std::vector<std::string> pipes, std::chrono::milliseconds patience = std::chrono::minutes(1))
       : pipes_(std::move(pipes)), patience_(patience) {}
   std::string Read(const std::string& path, std::size_t limit) override;
+  bool LiesIn(const std::string& folder) override;
 
  private:
   std::string ReadPipe(int descriptor, const std::string& path, std::size_t limit);
 
   std::vector<std::string> pipes_;
   std::chrono::milliseconds patience_{0};
+  std::string realPath_;                         // of the file read last; empty where it is not known
+  bool readPipe_ = false;                        // whether that was a pipe
+  std::map<std::string, std::string> realPaths_;  // of the folders asked for
 };
 
-/// Serves texts from memory.
+/// Serves texts from memory. There are no links.
 class NKROVEL20_API TMemoryReader : public ISourceReader {
  public:
   void Add(const std::string& path, const std::string& content) { contents_[path] = content; }
   std::string Read(const std::string& path, std::size_t limit) override;
+  bool LiesIn(const std::string& folder) override;
 
  private:
   std::map<std::string, std::string> contents_;
+  std::string path_;  // of the text read last
 };
 
 }  // namespace NKROVEL20
