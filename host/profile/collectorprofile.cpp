@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 #include "host/core/caseinsensitive.h"
 
@@ -18,15 +19,45 @@ bool Contains(const TItems& names, const TItem& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+using TElements = std::vector<TCIMValue>;
+
 // A plain substring test, as the collector makes it: "6101" serves "6101" and "610" alike.
-std::optional<std::string> MatchIn(const TQualifier& qualifier, const std::string& machineType) {
-  const TCIMValue& value = qualifier.GetValue();
-  if (!value.IsArray()) return std::nullopt;
-  for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {
-    std::string text = element.ToString(10);
-    if (text.find(machineType) != std::string::npos) return text;
+const TCIMValue* MatchIn(const TElements& elements, const std::string& machineType) {
+  const auto found = std::find_if(elements.begin(), elements.end(), [&](const TCIMValue& element) {
+    return element.ToString(10).find(machineType) != std::string::npos;
+  });
+  return found == elements.end() ? nullptr : &*found;
+}
+
+// The search through many classes: those that inherit a list, or have a qualifier's default, share its elements, which
+// are searched once.
+class TServingElements {
+ public:
+  explicit TServingElements(const std::string& machineType) : machineType_(machineType) {}
+
+  /// Null when there is none.
+  const TCIMValue* Of(const TCIMClass& cimClass) {
+    const auto qualifier = cimClass.Qualifiers().Find(std::string(kSupportedMachineTypes));
+    if (!qualifier || !qualifier->GetValue().IsArray()) return nullptr;
+    const TElements& elements = qualifier->GetValue();
+    const auto [known, isNew] = known_.emplace(&elements, nullptr);
+    if (isNew) known->second = MatchIn(elements, machineType_);
+    return known->second;
   }
-  return std::nullopt;
+
+ private:
+  const std::string& machineType_;
+  std::unordered_map<const TElements*, const TCIMValue*> known_;
+};
+
+boost::shared_ptr<TCIMClass> DelegateOf(const TNamespace& cimNamespace, std::string_view baseClass,
+                                        TServingElements& elements) {
+  const auto base = cimNamespace.FindClass(baseClass);
+  if (!base) return {};
+  for (const auto& candidate : cimNamespace.Classes()) {
+    if (candidate->DescendsFrom(*base) && elements.Of(*candidate) != nullptr) return candidate;
+  }
+  return {};
 }
 
 unsigned int InstanceCountOf(const TCIMClass& cimClass) {
@@ -50,12 +81,12 @@ std::string BaseClassOf(const TCIMClass& cimClass) {
 
 // The subclasses that the collector serves on the JFR path, each with the base class it is collected
 // for: the first in the order of names, where several chose the same.
-std::map<std::string, std::string> DelegatesOf(const TNamespace& cimNamespace, const std::string& machineType) {
+std::map<std::string, std::string> DelegatesOf(const TNamespace& cimNamespace, TServingElements& elements) {
   auto bases = kJfrBaseClasses;
   std::sort(bases.begin(), bases.end());
   std::map<std::string, std::string> delegates;
   for (const std::string_view base : bases) {
-    const auto delegate = DelegateOf(cimNamespace, base, machineType);
+    const auto delegate = DelegateOf(cimNamespace, base, elements);
     if (delegate) delegates.emplace(delegate->Name(), cimNamespace.FindClass(base)->Name());
   }
   return delegates;
@@ -128,38 +159,35 @@ std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimCl
 }
 
 std::optional<std::string> MatchingElement(const TCIMClass& cimClass, const std::string& machineType) {
-  const auto qualifier = cimClass.Qualifiers().Find(std::string(kSupportedMachineTypes));
-  return qualifier ? MatchIn(*qualifier, machineType) : std::nullopt;
+  const TCIMValue* const element = TServingElements(machineType).Of(cimClass);
+  return element ? std::optional(element->ToString(10)) : std::nullopt;
 }
 
 boost::shared_ptr<TCIMClass> DelegateOf(const TNamespace& cimNamespace, std::string_view baseClass,
                                         const std::string& machineType) {
-  const auto base = cimNamespace.FindClass(baseClass);
-  if (!base) return {};
-  for (const auto& candidate : cimNamespace.Classes()) {
-    if (candidate->DescendsFrom(*base) && MatchingElement(*candidate, machineType)) return candidate;
-  }
-  return {};
+  TServingElements elements(machineType);
+  return DelegateOf(cimNamespace, baseClass, elements);
 }
 
 std::vector<TServedClass> CollectableClasses(const TNamespace& cimNamespace, const std::string& machineType) {
-  const auto delegates = DelegatesOf(cimNamespace, machineType);
+  TServingElements elements(machineType);
+  const auto delegates = DelegatesOf(cimNamespace, elements);
   std::vector<TServedClass> classes;
   for (const auto& candidate : cimNamespace.Classes()) {
     const auto delegate = delegates.find(candidate->Name());
     const EPath path = PathOf(*candidate, delegate != delegates.end());
     if (path == EPath::kNone) continue;
     TServedClass entry = Describe(candidate, path);
-    const auto element = MatchingElement(*candidate, machineType);
+    const TCIMValue* const element = elements.Of(*candidate);
     if (path == EPath::kCapture) {
       entry.served = candidate->Name() == kCaptureClass;
     } else if (path == EPath::kR8) {
-      entry.served = element.has_value();
+      entry.served = element != nullptr;
     } else {
       entry.served = delegate != delegates.end();
       entry.baseClass = entry.served ? delegate->second : BaseClassOf(*candidate);
     }
-    if (entry.served && element && path != EPath::kCapture) entry.servedBy = *element;
+    if (entry.served && element && path != EPath::kCapture) entry.servedBy = element->ToString(10);
     classes.push_back(std::move(entry));
   }
   std::stable_partition(classes.begin(), classes.end(),
