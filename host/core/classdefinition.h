@@ -27,6 +27,7 @@ struct TQualifierDefinition {
   TCIMValue value;
   TQualifierFlavor flavor;
   TSourceLocation location;
+  bool isDefault = false;  ///< the value is the one that the qualifier's declaration gives
 };
 
 struct TPropertyDefinition {

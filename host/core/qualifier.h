@@ -16,6 +16,7 @@ class NKROVEL20_API TQualifier : public ICIMQualifier {
   const TCIMValue& GetValue() const override { return definition_.value; }
   const std::string& Name() const { return definition_.name; }
   const TQualifierFlavor& Flavor() const { return definition_.flavor; }
+  bool IsDefault() const { return definition_.isDefault; }
   const TSourceLocation& Location() const { return definition_.location; }
 
  private:

@@ -17,6 +17,14 @@ TClassBuilder::TClassBuilder(const TParsedSchema& schema, TQualifierTable& quali
       values_(log),
       isWhole_(log.Errors() == 0) {
   Collect(schema);
+  FindSuperClasses();
+}
+
+void TClassBuilder::FindSuperClasses() {
+  for (TEntry& entry : entries_) {
+    const std::string_view above = entry.unit.Text(entry.syntax->superClass);
+    if (!above.empty()) entry.above = Find(above);
+  }
 }
 
 void TClassBuilder::Collect(const TParsedSchema& schema) {
@@ -30,7 +38,7 @@ void TClassBuilder::Collect(const TParsedSchema& schema) {
     }
     const auto [known, isNew] = byName_.emplace(unit.Text(syntax.name), entries_.size());
     if (isNew) {
-      entries_.push_back({unit, &syntax, entries_.size(), EState::kNew, 0, 0, {}, {}});
+      entries_.push_back({unit, &syntax, entries_.size(), nullptr, EState::kNew, 0, 0, {}, {}});
       continue;
     }
     const TEntry& first = entries_[known->second];
@@ -49,9 +57,11 @@ TClassBuilder::TEntry* TClassBuilder::Find(std::string_view name) {
 bool TClassBuilder::CheckClassName(TSchemaPlace place, std::string_view name) {
   if (Find(name) != nullptr) return true;
   if (mentioned_.count(name) != 0) return false;
-  TNameHint hint(name);
+  TNameHint hint(name, log_.NameSearchSteps());
   if (log_.Shows()) {
-    for (const TEntry& entry : entries_) hint.Offer(entry.unit.Text(entry.syntax->name));
+    for (auto entry = entries_.begin(); entry != entries_.end() && hint.Wants(); ++entry) {
+      if (!entry->unit.source->IsHidden()) hint.Offer(entry->unit.Text(entry->syntax->name));
+    }
   }
   log_.Error(place, "the class " + Mof::Quoted(name) + " is not declared" + hint.Text());
   return false;
@@ -72,8 +82,7 @@ std::vector<TClassBuilder::TEntry*> TClassBuilder::OpenChain(TEntry& entry) {
   while (link != nullptr && link->state == EState::kNew) {
     link->state = EState::kOpen;
     chain.push_back(link);
-    const std::string_view above = link->unit.Text(link->syntax->superClass);
-    link = above.empty() ? nullptr : Find(above);
+    link = link->above;
   }
   if (link != nullptr && link->state == EState::kOpen) ReportCircle(chain, *link);
   return chain;
@@ -85,7 +94,8 @@ void TClassBuilder::ReportCircle(const std::vector<TEntry*>& chain, const TEntry
   std::string names;
   std::size_t count = 0;
   for (auto link = start; link != chain.end() && count < kShown; ++link, ++count) {
-    names += std::string((*link)->unit.Text((*link)->syntax->name)) + " : ";
+    const TSchemaUnit& unit = (*link)->unit;
+    names += unit.source->IsHidden() ? "... : " : std::string(unit.Text((*link)->syntax->name)) + " : ";
   }
   if (static_cast<std::size_t>(chain.end() - start) > kShown) names += "... : ";
   names += again.unit.Text(again.syntax->name);
@@ -107,8 +117,7 @@ bool TClassBuilder::MayDerive(TEntry& entry, const TEntry* superEntry) {
 }
 
 void TClassBuilder::BuildOne(TEntry& entry, TNamespace& cimNamespace) {
-  const std::string_view above = entry.unit.Text(entry.syntax->superClass);
-  const TEntry* superEntry = above.empty() ? nullptr : Find(above);
+  const TEntry* superEntry = entry.above;
   const bool derives = MayDerive(entry, superEntry);
   const TCIMClass* superClass = derives && superEntry ? superEntry->built.get() : nullptr;
   entry.state = EState::kDone;
@@ -116,7 +125,7 @@ void TClassBuilder::BuildOne(TEntry& entry, TNamespace& cimNamespace) {
   entry.scope = ScopeOf(entry, superClass);
   TClassDefinition definition;
   definition.name = entry.unit.Text(entry.syntax->name);
-  definition.superClass = above;
+  definition.superClass = entry.unit.Text(entry.syntax->superClass);
   definition.location = entry.unit.Locate(entry.syntax->name);
   definition.qualifiers =
       qualifiers_.Resolve(entry.unit, entry.syntax->qualifiers,
@@ -129,7 +138,7 @@ void TClassBuilder::BuildOne(TEntry& entry, TNamespace& cimNamespace) {
 
 void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition) {
   const TCIMClass* superClass = nullptr;
-  if (const TEntry* superEntry = Find(definition.superClass)) superClass = superEntry->built.get();
+  if (entry.above != nullptr) superClass = entry.above->built.get();
   const std::size_t inherited = superClass ? superClass->Properties().size() : 0;
   if (inherited + definition.properties.size() > limits_.propertiesPerClass) {
     log_.Error(entry.unit.Place(entry.syntax->name),
@@ -138,17 +147,22 @@ void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinit
     return;
   }
   if (modelEntries_ > limits_.modelEntries) {
-    if (modelEntries_ != SIZE_MAX) {
+    if (!isFull_) {
       log_.Error(entry.unit.Place(entry.syntax->name),
                  "the classes have more than " + std::to_string(limits_.modelEntries) +
                      " properties and qualifiers in all, inherited ones included");
     }
-    modelEntries_ = SIZE_MAX;
+    isFull_ = true;
     return;
   }
   entry.built = cimNamespace.AddClass(std::move(definition), entry.order);
-  const auto& properties = entry.built->Properties();
-  modelEntries_ += properties.size() + entry.built->Qualifiers().All().size();
+  CountEntries(*entry.built, superClass);
+}
+
+void TClassBuilder::CountEntries(const TCIMClass& built, const TCIMClass* superClass) {
+  const auto& properties = built.Properties();
+  const std::size_t inherited = superClass ? superClass->Properties().size() : 0;
+  modelEntries_ += properties.size() + built.Qualifiers().All().size();
   for (std::size_t i = 0; i < properties.size(); ++i) {
     const bool own = i >= inherited || properties[i] != superClass->Properties()[i];
     if (own) modelEntries_ += properties[i]->Qualifiers().All().size();
@@ -165,7 +179,7 @@ std::uint32_t TClassBuilder::ScopeOf(const TEntry& entry, const TCIMClass* super
       return !use.value.given || use.value.isArray || !EqualNames(entry.unit.Text(use.value.span), "false");
     }
     const auto inherited = superClass ? superClass->Qualifiers().Find(name) : nullptr;
-    return inherited && inherited->GetValue().ToString(10) == "true";
+    return inherited && IsTrue(inherited->GetValue());
   };
   if (is("association")) return Mof::kScopeAssociation;
   return is("indication") ? Mof::kScopeIndication : Mof::kScopeClass;

@@ -33,7 +33,7 @@ using TMethods = std::unordered_map<std::string_view, TMethod, TNameHash, TNameE
 struct TStringDefault {
   TSchemaUnit unit;
   Mof::TInitializer value;
-  std::string_view className;
+  const boost::shared_ptr<TCIMClass>* cimClass;  ///< null in there where the class cannot be built
   std::string_view property;
 };
 
@@ -63,6 +63,7 @@ class TClassBuilder {
     TSchemaUnit unit;
     const Mof::TClassSyntax* syntax;
     std::size_t order;  // place among all declarations
+    TEntry* above;      // the superclass; null for none, and until all declarations are known
     EState state;
     std::size_t depth;                   // 1 for a root class
     std::uint32_t scope;                 // class, association or indication
@@ -71,6 +72,7 @@ class TClassBuilder {
   };
 
   void Collect(const TParsedSchema& schema);
+  void FindSuperClasses();
   TEntry* Find(std::string_view name);
   std::vector<TEntry*> OpenChain(TEntry& entry);
   /// One error for a circle: at the class that the walk met again.
@@ -78,6 +80,7 @@ class TClassBuilder {
   void BuildOne(TEntry& entry, TNamespace& cimNamespace);
   bool MayDerive(TEntry& entry, const TEntry* superEntry);
   void AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition);
+  void CountEntries(const TCIMClass& built, const TCIMClass* superClass);
   /// What a class is to the scope of its qualifiers: class, association or indication.
   std::uint32_t ScopeOf(const TEntry& entry, const TCIMClass* superClass) const;
   /// `above` is the superclass where it could be resolved.
@@ -117,7 +120,8 @@ class TClassBuilder {
   std::vector<TAliasUse> aliases_;
   std::vector<TStringDefault> stringDefaults_;
   const bool isWhole_;            // whether all of the text could be read
-  std::size_t modelEntries_ = 0;  // see TSchemaLimits; SIZE_MAX once it was exceeded and reported
+  std::size_t modelEntries_ = 0;  // see TSchemaLimits
+  bool isFull_ = false;           // that limit was exceeded, which has been reported
 };
 
 }  // namespace NKROVEL20

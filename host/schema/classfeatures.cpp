@@ -51,7 +51,7 @@ void TClassBuilder::AddProperty(const TEntry& entry, const Mof::TFeature& featur
   CheckEmbedded(unit, feature);
   ReadDefault(unit, feature, property);
   if (feature.value.given && feature.type.code == TCIMValue::TCIMType::kString) {
-    stringDefaults_.push_back({unit, feature.value, unit.Text(entry.syntax->name), unit.Text(feature.name)});
+    stringDefaults_.push_back({unit, feature.value, &entry.built, unit.Text(feature.name)});
   }
   if (overridden != nullptr && !CheckOverride(entry, feature, property, *overridden)) return;
   definition.properties.push_back(std::move(property));
@@ -62,7 +62,9 @@ void TClassBuilder::ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& fe
   if (!feature.value.given) return;
   const TValueSlot slot = {feature.type.code, feature.array.isArray, feature.array.size, {}};
   values_.Read(unit, feature.value, slot, definition.defaultValue);
-  for (const Mof::TSpan span : values_.TakeAliases()) aliases_.push_back({unit, span, definition.referenceClass});
+  for (const Mof::TSpan span : values_.TakeAliases()) {
+    aliases_.push_back({unit.Place(span), std::string(unit.Text(span)), unit.Text(feature.type.span)});
+  }
 }
 
 // The class whose instances a string holds as text, and whether it is a string.
@@ -105,9 +107,9 @@ void TClassBuilder::CheckReferences(const TEntry& entry) {
 // Whether `name` is the class `ancestor` or declared below it.
 bool TClassBuilder::Refines(std::string_view name, std::string_view ancestor) {
   std::size_t steps = 0;
-  for (TEntry* link = Find(name); link != nullptr && steps <= limits_.inheritanceDepth; ++steps) {
+  for (const TEntry* link = Find(name); link != nullptr && steps <= limits_.inheritanceDepth; ++steps) {
     if (EqualNames(link->unit.Text(link->syntax->name), ancestor)) return true;
-    link = Find(link->unit.Text(link->syntax->superClass));
+    link = link->above;
   }
   return false;
 }
@@ -125,10 +127,13 @@ bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feat
     if (property.type == TCIMValue::TCIMType::kReference) return "reference to " + property.referenceClass;
     return NameOf({property.type.GetCode(), property.isArray, 0, {}});
   };
+  const std::string expected = log_.Hides(before.location.file)
+                                   ? "that"
+                                   : typeName(before) + " as in the class '" + overridden.DeclaringClass() + "'";
   log_.Error(entry.unit.Place(feature.name), "the property " + entry.unit.Quoted(feature.name) + " has the type " +
-                                                 typeName(definition) + ", expected " + typeName(before) +
-                                                 " as in the class '" + overridden.DeclaringClass() +
-                                                 "', whose property it overrides");
+                                                 typeName(definition) + ", expected " + expected +
+                                                 (log_.Hides(before.location.file) ? " of the property that it overrides"
+                                                                                   : ", whose property it overrides"));
   return false;
 }
 

@@ -46,6 +46,7 @@ class TNeeds {
   void CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances);
   void CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
   void CheckCaptureClass(const TCIMClass& cimClass);
+  const TSchemaSource* SourceOf(const TSourceLocation& location) const;
   void Find(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message);
   void Error(const TSourceLocation& location, std::string message) {
     Find(EDiagnosticSeverity::kError, location, std::move(message));
@@ -68,12 +69,18 @@ void TNeeds::Find(EDiagnosticSeverity severity, const TSourceLocation& location,
   finding.severity = severity;
   finding.location = location;
   finding.message = std::move(message);
-  if (sources_ != nullptr && location.line > 0) {
-    const auto source = std::find_if(sources_->begin(), sources_->end(),
-                                     [&](const auto& candidate) { return candidate->Name() == location.file; });
-    if (source != sources_->end()) finding.sourceLine = (*source)->Line(location.line);
+  if (const TSchemaSource* source = SourceOf(location)) {
+    SetSourceLine(finding, source->Line(location.line));
+    if (source->IsHidden()) finding.message = kHiddenMessage;
   }
   findings_.push_back(std::move(finding));
+}
+
+const TSchemaSource* TNeeds::SourceOf(const TSourceLocation& location) const {
+  if (sources_ == nullptr || location.line == 0) return nullptr;
+  const auto source = std::find_if(sources_->begin(), sources_->end(),
+                                   [&](const auto& candidate) { return candidate->Name() == location.file; });
+  return source == sources_->end() ? nullptr : source->get();
 }
 
 std::vector<TTextDiagnostic> TNeeds::Check() {

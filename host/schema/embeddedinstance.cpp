@@ -32,36 +32,50 @@ void TInstanceBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitia
   const auto ofClass = property.Qualifiers().Find("EmbeddedInstance");
   const auto ofAny = property.Qualifiers().Find("EmbeddedObject");
   const bool hasClass = ofClass && !ofClass->GetValue().IsNull();
-  if (!hasClass && !(ofAny && ofAny->GetValue().ToString(10) == "true")) return;
-  const std::string className = hasClass ? ofClass->GetValue().ToString(10) : std::string();
+  if (!hasClass && !(ofAny && IsTrue(ofAny->GetValue()))) return;
+  static const TEmbedded any{true, {}, "an instance or a class"};
+  const TEmbedded* embedded = &any;
+  if (hasClass) {
+    const auto [known, isNew] = embeddedClasses_.try_emplace(ofClass->IsDefault() ? nullptr : ofClass.get());
+    if (isNew) known->second = EmbeddedOf(*ofClass);
+    embedded = &known->second;
+  }
   for (std::uint32_t i = 0; i < value.literals.count; ++i) {
     const Mof::TLiteral& literal = unit.file->literals[value.literals.first + i];
-    if (literal.kind == Mof::ELiteral::kString) ReadEmbedded(unit, literal, className);
+    if (literal.kind == Mof::ELiteral::kString) ReadEmbedded(unit, literal, *embedded);
   }
+}
+
+TInstanceBuilder::TEmbedded TInstanceBuilder::EmbeddedOf(const TQualifier& ofClass) const {
+  const std::string name = ofClass.GetValue().ToString(10);
+  // The empty name has always stood for any object.
+  if (name.empty()) return {true, {}, "an instance or a class"};
+  const bool shown = !log_.Hides(ofClass.Location().file) && name.size() <= limits_.nameSize;
+  return {false, namespace_.FindClass(name),
+          shown ? "an instance of '" + name + "'" : "an instance of the class that the property names"};
 }
 
 // Texts may be embedded in embedded ones. Each level doubles the backslashes before its quotes, so that the size of a
 // literal bounds their number.
 void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal,
-                                    const std::string& className) {
-  const std::string expected = className.empty() ? "an instance or a class" : "an instance of '" + className + "'";
+                                    const TEmbedded& embedded) {
   const std::size_t errors = log_.Errors();
-  embedded_.push_back(std::make_unique<TEmbeddedText>(outer, literal, limits_, log_));
-  const TSchemaUnit& unit = embedded_.back()->Unit();
+  const TEmbeddedText text(outer, literal, limits_, log_);
+  const TSchemaUnit& unit = text.Unit();
   const std::vector<Mof::TProduction>& productions = unit.file->productions;
   if (productions.empty()) {
-    if (log_.Errors() == errors) log_.Error(outer.Place(literal.span), "found an empty text, expected " + expected);
+    if (log_.Errors() == errors) log_.Error(outer.Place(literal.span), "found an empty text, expected " + embedded.expected);
     return;
   }
   const Mof::TProduction first = productions.front();
   if (first.kind == Mof::EProduction::kInstance) {
-    ReadEmbeddedInstance(unit, unit.file->instances[first.index], className);
-  } else if (first.kind == Mof::EProduction::kClass && className.empty()) {
+    ReadEmbeddedInstance(unit, unit.file->instances[first.index], embedded);
+  } else if (first.kind == Mof::EProduction::kClass && embedded.isAny) {
     const Mof::TSpan above = unit.file->classes[first.index].superClass;
     if (above.begin != above.end) classes_.CheckClassName(unit.Place(above), unit.Text(above));
   } else {
     log_.Error(unit.Place(NameOf(*unit.file, first)),
-               "found " + std::string(KindOf(first.kind)) + " in an embedded text, expected " + expected);
+               "found " + std::string(KindOf(first.kind)) + " in an embedded text, expected " + embedded.expected);
   }
   if (productions.size() > 1) {
     log_.Error(unit.Place(NameOf(*unit.file, productions[1])), "found a second declaration in an embedded text");
@@ -69,19 +83,20 @@ void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLitera
 }
 
 void TInstanceBuilder::ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax,
-                                            const std::string& className) {
+                                            const TEmbedded& embedded) {
   const auto found = namespace_.FindClass(unit.Text(syntax.className));
-  const auto expected = namespace_.FindClass(className);
+  const auto& expected = embedded.cimClass;
   if (found && expected && found != expected && !found->DescendsFrom(*expected)) {
+    const std::string name = log_.Hides(expected->Location().file) ? "that class" : "'" + expected->Name() + "'";
     log_.Error(unit.Place(syntax.className), "found an instance of " + unit.Quoted(syntax.className) +
-                                                 ", expected one of '" + expected->Name() + "' or of a class below it");
+                                                 ", expected one of " + name + " or of a class below it");
   }
   BuildOne(unit, syntax);
 }
 
 void TInstanceBuilder::CheckStringDefaults() {
   for (const TStringDefault& text : classes_.StringDefaults()) {
-    const auto cimClass = namespace_.FindClass(text.className);
+    const boost::shared_ptr<TCIMClass>& cimClass = *text.cimClass;
     const std::size_t index = cimClass ? cimClass->FindProperty(text.property) : 0;
     if (!cimClass || index == cimClass->Properties().size()) continue;
     CheckEmbedded(text.unit, text.value, *cimClass->Properties()[index]);

@@ -1,5 +1,6 @@
 #include "host/schema/instancebuilder.h"
 
+#include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
 
@@ -26,8 +27,8 @@ std::vector<boost::shared_ptr<TInstance>> TInstanceBuilder::Build() {
 
 void TInstanceBuilder::NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax) {
   if (syntax.alias.begin == syntax.alias.end) return;
-  aliasNames_.push_back(unit.Text(syntax.alias));
-  if (!aliases_.emplace(unit.Text(syntax.alias), unit.Text(syntax.className)).second) {
+  if (!unit.source->IsHidden()) aliasNames_.push_back(unit.Text(syntax.alias));
+  if (!aliases_.emplace(unit.Text(syntax.alias), namespace_.FindClass(unit.Text(syntax.className))).second) {
     log_.Error(unit.Place(syntax.alias), "the alias " + unit.Quoted(syntax.alias) + " is declared a second time");
   }
 }
@@ -41,7 +42,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
     return {};
   }
   const auto abstract = cimClass->Qualifiers().Find("Abstract");
-  if (abstract && abstract->GetValue().ToString(10) == "true") {
+  if (abstract && IsTrue(abstract->GetValue())) {
     log_.Error(unit.Place(syntax.className),
                "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
   }
@@ -88,35 +89,37 @@ void TInstanceBuilder::Assign(const TSchemaUnit& unit, const Mof::TAssignment& a
     instance.SetProperty(property.name, value, kNoContext);
     CheckEmbedded(unit, assignment.value, *cimClass.Properties()[index]);
   }
-  for (const Mof::TSpan span : values_.TakeAliases()) uses_.push_back({unit, span, property.referenceClass});
+  for (const Mof::TSpan span : values_.TakeAliases()) {
+    uses_.push_back({unit.Place(span), std::string(unit.Text(span)), property.referenceClass});
+  }
 }
 
 void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass) {
-  TNameHint hint(unit.Text(name));
-  if (log_.Shows()) {
-    for (const auto& property : cimClass.Properties()) hint.Offer(property->Definition().name);
-  }
+  TNameHint hint(unit.Text(name), log_.NameSearchSteps());
+  if (log_.Shows()) OfferProperties(cimClass, log_, hint);
   log_.Error(unit.Place(name),
              "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + hint.Text());
 }
 
 // An alias stands for an instance of the reference's class or of one below it.
 void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
-  const auto alias = aliases_.find(use.unit.Text(use.span));
+  const auto alias = aliases_.find(use.name);
   if (alias == aliases_.end()) {
-    TNameHint hint(use.unit.Text(use.span));
+    TNameHint hint(use.name, log_.NameSearchSteps());
     if (log_.Shows()) {
-      for (const std::string_view candidate : aliasNames_) hint.Offer(candidate);
+      for (std::size_t i = 0; i < aliasNames_.size() && hint.Wants(); ++i) hint.Offer(aliasNames_[i]);
     }
-    log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is not declared" + hint.Text());
+    log_.Error(use.place, "the alias " + Mof::Quoted(use.name) + " is not declared" + hint.Text());
     return;
   }
   const auto expected = namespace_.FindClass(use.referenceClass);
-  const auto found = namespace_.FindClass(alias->second);
+  const auto& found = alias->second;
   if (!expected || !found || found == expected || found->DescendsFrom(*expected)) return;
-  log_.Error(use.unit.Place(use.span), "the alias " + use.unit.Quoted(use.span) + " is an instance of '" +
-                                           found->Name() + "', expected one of '" + expected->Name() +
-                                           "' or of a class below it");
+  const auto nameOf = [this](const TCIMClass& cimClass) {
+    return log_.Hides(cimClass.Location().file) ? std::string("another class") : "'" + cimClass.Name() + "'";
+  };
+  log_.Error(use.place, "the alias " + Mof::Quoted(use.name) + " is an instance of " + nameOf(*found) +
+                            ", expected one of " + nameOf(*expected) + " or of a class below it");
 }
 
 }  // namespace NKROVEL20

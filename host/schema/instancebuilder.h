@@ -47,9 +47,15 @@ class TInstanceBuilder {
   /// The strings of a value that hold MOF by the property's qualifiers must be one instance, or where any object is
   /// meant one class, of which then only the text and the superclass are looked at.
   void CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitializer& value, const TPropertyDecl& property);
-  /// `className` is empty where any object is meant.
-  void ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal, const std::string& className);
-  void ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, const std::string& className);
+  /// What the strings of a property hold.
+  struct TEmbedded {
+    bool isAny;                             // any object, not the instances of one class only
+    boost::shared_ptr<TCIMClass> cimClass;  // theirs; null where it is not declared
+    std::string expected;                   // in words
+  };
+  TEmbedded EmbeddedOf(const TQualifier& ofClass) const;
+  void ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TEmbedded& embedded);
+  void ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, const TEmbedded& embedded);
   void CheckStringDefaults();
 
   const TParsedSchema& schema_;
@@ -61,10 +67,11 @@ class TInstanceBuilder {
   TValueReader values_;
   std::size_t room_;  // for values of further instances
   bool full_ = false;
-  std::unordered_map<std::string_view, std::string_view, TNameHash, TNameEqual> aliases_;  // to the class
-  std::vector<std::string_view> aliasNames_;                                               // in declaration order
+  std::unordered_map<std::string_view, boost::shared_ptr<TCIMClass>, TNameHash, TNameEqual> aliases_;
+  std::vector<std::string_view> aliasNames_;  // those that may be shown, in declaration order
+  // By qualifier: the class's name may be long, and the qualifier inherited. Null stands for all uses of the default.
+  std::unordered_map<const TQualifier*, TEmbedded> embeddedClasses_;
   std::vector<TAliasUse> uses_;
-  std::vector<std::unique_ptr<TEmbeddedText>> embedded_;  // alias uses point into them
 };
 
 }  // namespace NKROVEL20

@@ -16,8 +16,10 @@ std::string TypeOf(const TSchemaUnit& unit, const Mof::TFeature& feature) {
          suffix;
 }
 
-std::string AsIn(const TMethod& overridden) {
-  return " as in the class " + Mof::Quoted(overridden.declaringClass) + ", whose method it overrides";
+// " A as in the class B, whose method it overrides"
+std::string AsIn(const TMethod& overridden, const std::string& what) {
+  if (overridden.unit.source->IsHidden()) return " what the method that it overrides has";
+  return " " + what + " as in the class " + Mof::Quoted(overridden.declaringClass) + ", whose method it overrides";
 }
 
 bool SameType(const Mof::TFeature& a, const Mof::TFeature& b) {
@@ -27,7 +29,7 @@ bool SameType(const Mof::TFeature& a, const Mof::TFeature& b) {
 }  // namespace
 
 const TMethod* TClassBuilder::FindMethod(const TEntry* entry, std::string_view name) {
-  for (; entry != nullptr; entry = Find(entry->unit.Text(entry->syntax->superClass))) {
+  for (; entry != nullptr; entry = entry->above) {
     const auto found = entry->methods.find(name);
     if (found != entry->methods.end()) return &found->second;
   }
@@ -48,6 +50,8 @@ void TClassBuilder::AddMethod(TEntry& entry, const Mof::TFeature& feature, const
   CheckEmbedded(unit, feature);
   AddParameters(method);
   if (method.overridden != nullptr) CheckSignature(method);
+  modelEntries_ += method.qualifiers.All().size();
+  for (const TQualifierSet& qualifiers : method.parameters) modelEntries_ += qualifiers.All().size();
   entry.methods.emplace(unit.Text(feature.name), std::move(method));
 }
 
@@ -81,14 +85,14 @@ void TClassBuilder::CheckSignature(const TMethod& method) {
   if (!SameType(*method.syntax, before)) {
     log_.Warning(unit.Place(method.syntax->type.span),
                  "the method " + unit.Quoted(method.syntax->name) + " returns " + TypeOf(unit, *method.syntax) +
-                     ", expected " + TypeOf(method.overridden->unit, before) + AsIn(*method.overridden));
+                     ", expected" + AsIn(*method.overridden, TypeOf(method.overridden->unit, before)));
   }
   const std::uint32_t count = method.syntax->parameters.count;
   if (count != before.parameters.count) {
     log_.Warning(unit.Place(method.syntax->name),
                  "the method " + unit.Quoted(method.syntax->name) + " has " + std::to_string(count) +
-                     (count == 1 ? " parameter" : " parameters") + ", expected " +
-                     std::to_string(before.parameters.count) + AsIn(*method.overridden));
+                     (count == 1 ? " parameter" : " parameters") + ", expected" +
+                     AsIn(*method.overridden, std::to_string(before.parameters.count)));
     return;
   }
   for (std::uint32_t i = 0; i < count; ++i) CheckParameter(method, i);
@@ -101,9 +105,10 @@ void TClassBuilder::CheckParameter(const TMethod& method, std::uint32_t index) {
   const Mof::TFeature& before = unitBefore.file->parameters[method.overridden->syntax->parameters.first + index];
   if (SameType(parameter, before) && EqualNames(unit.Text(parameter.name), unitBefore.Text(before.name))) return;
   log_.Warning(unit.Place(parameter.type.span), "found the parameter " + unit.Quoted(parameter.name) + " of the type " +
-                                                    TypeOf(unit, parameter) + ", expected " +
-                                                    unitBefore.Quoted(before.name) + " of the type " +
-                                                    TypeOf(unitBefore, before) + AsIn(*method.overridden));
+                                                    TypeOf(unit, parameter) + ", expected" +
+                                                    AsIn(*method.overridden, unitBefore.Quoted(before.name) +
+                                                                                 " of the type " +
+                                                                                 TypeOf(unitBefore, before)));
 }
 
 }  // namespace NKROVEL20

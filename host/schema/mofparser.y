@@ -281,13 +281,14 @@ void TMofParser::report_syntax_error(const context& where) const {
   if (expected.IsReference()) {
     // A word that is no type could only have been a class.
     const TSpan word = scan.WordBefore(place);
-    scan.Error(word.begin, "found " + Quoted(scan.Text(word)) + ", expected a type, or a class name and 'ref'" +
+    scan.SyntaxError(word.begin, "found " + Quoted(scan.Text(word)) + ", expected a type, or a class name and 'ref'" +
                                HintOfType(scan.Text(word)));
     return;
   }
   const bool atEnd = where.token() == symbol_kind::S_YYEOF;
   const std::string found = atEnd ? scan.NameOfEnd() : Quoted(scan.Text(where.location()));
-  scan.Error(place, "found " + found + ", expected " + expected.Text(scan.NameOfEnd()) + (atEnd ? scan.OpenBracket() : ""));
+  scan.SyntaxError(place, "found " + found + ", expected " + expected.Text(scan.NameOfEnd()) +
+                              (atEnd ? scan.OpenBracket() : ""));
 }
 
 void TMofParser::error(const TSpan& span, const std::string& message) { scan.Error(span.begin, message); }

@@ -12,8 +12,6 @@ using TToken = TMofParser::token;
 
 namespace {
 
-constexpr std::size_t kShown = 40;  // bytes of a token in a message
-
 TSpan Inner(TSpan span, std::uint32_t closing) { return {span.begin + 1, span.end - closing}; }
 
 // What a character that begins no token may have been meant for.
@@ -41,10 +39,10 @@ void TScan::Stop(std::uint32_t offset, std::string message) {
   stopped_ = true;
 }
 
-bool TScan::TooLong(TSpan span) {
-  if (span.end - span.begin <= limits_.tokenSize) return false;
+bool TScan::TooLong(TSpan span, std::size_t limit) {
+  if (span.end - span.begin <= limit) return false;
   Stop(span.begin, "found " + Quoted(Text(span)) + ", which is " + std::to_string(span.end - span.begin) +
-                       " bytes long, expected at most " + std::to_string(limits_.tokenSize));
+                       " bytes long, expected at most " + std::to_string(limit));
   return true;
 }
 
@@ -54,7 +52,7 @@ void TScan::Note(TSpan name) {
 }
 
 int TScan::Word(TSpan span, TSemantic& value) {
-  if (TooLong(span)) return TToken::END;
+  if (TooLong(span, std::min(limits_.nameSize, limits_.tokenSize))) return TToken::END;
   if (previousWord_ != 0) Note(span);
   const int token = TokenOf(Text(span), value);
   previousWord_ = token == TToken::CLASS || token == TToken::QUALIFIER ? token : 0;
@@ -99,7 +97,8 @@ TRange TScan::OnePiece(TSpan content, bool escaped) {
 
 int TScan::Plain(TSpan span, TSemantic& value, int token) {
   value.span = span;
-  return TooLong(span) ? int{TToken::END} : token;
+  const std::size_t limit = token == TToken::ALIAS ? limits_.nameSize : limits_.tokenSize;
+  return TooLong(span, std::min(limit, limits_.tokenSize)) ? int{TToken::END} : token;
 }
 
 // Past the escape. A backslash at the end of a line is none: the line's end ends the string.

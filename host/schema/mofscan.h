@@ -45,6 +45,10 @@ class TScan {
   /// Set once a limit is exceeded: nothing more is read, nor reported.
   bool Stopped() const { return stopped_; }
   void Error(std::uint32_t offset, std::string message) { log_.Error(unit_.Place(offset), std::move(message)); }
+  /// The same of the grammar.
+  void SyntaxError(std::uint32_t offset, std::string message) {
+    log_.SyntaxError(unit_.Place(offset), std::move(message));
+  }
   bool Shows() const { return log_.Shows(); }
   /// "; the '{' in line 2 is not closed" for the innermost bracket that is open, or empty. Of files only.
   std::string OpenBracket() const;
@@ -93,7 +97,8 @@ class TScan {
 
  private:
   /// Whether the token exceeds the limit, which ends the reading.
-  bool TooLong(TSpan span);
+  bool TooLong(TSpan span) { return TooLong(span, limits_.tokenSize); }
+  bool TooLong(TSpan span, std::size_t limit);
   TRange OnePiece(TSpan content, bool escaped);
   std::uint32_t Escape(std::uint32_t offset);
   void BadEscape(std::uint32_t offset, std::string_view escape);
@@ -113,6 +118,8 @@ class TScan {
   int previousWord_ = 0;               // a token that declares the next name, or 0
   bool stopped_ = false;
 };
+
+inline constexpr std::size_t kShown = 40;  ///< bytes of a token in a message
 
 /// The text of a token for a message, in single quotes; what is long or goes on in another line is cut.
 std::string Quoted(std::string_view text);

@@ -104,6 +104,11 @@ std::string NameOf(const TValueSlot& slot) {
   return slot.isArray ? "array of " + type : type;
 }
 
+// Compared and not rendered: it may be a long list.
+bool IsTrue(const TCIMValue& value) {
+  return value == TCIMValue::FromInteger(TType::kBoolean, 1) || value == TCIMValue("true");
+}
+
 TCIMValue NullOf(const TValueSlot& slot) {
   TCIMValue value;
   value.SetNullValue(slot.type, slot.isArray ? std::max(slot.size, 1U) : 0);

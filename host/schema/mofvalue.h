@@ -26,14 +26,17 @@ struct TValueSlot {
 /// "uint8", "array of uint8"
 std::string NameOf(const TValueSlot& slot);
 
+/// Whether a qualifier's value is true, also as a text.
+bool IsTrue(const TCIMValue& value);
+
 /// A null value of the slot's type.
 TCIMValue NullOf(const TValueSlot& slot);
 
 /// An alias that stands in a value: it can be checked once all instances are known.
 struct TAliasUse {
-  TSchemaUnit unit;
-  Mof::TSpan span;
-  std::string referenceClass;
+  TSchemaPlace place;
+  std::string name;  ///< a copy: an embedded text is gone by then
+  std::string_view referenceClass;
 };
 
 class TValueReader {

@@ -91,7 +91,8 @@ int TokenOf(std::string_view word, TSemantic& value) {
 }
 
 std::string HintOfType(std::string_view word) {
-  TNameHint hint(word);
+  std::size_t steps = kNameSearchSteps;  // a few words only
+  TNameHint hint(word, steps);
   for (const TKeyword& keyword : kKeywords) {
     if (keyword.token == TToken::DATATYPE) hint.Offer(keyword.word);
   }

@@ -5,12 +5,19 @@
 namespace NKROVEL20 {
 
 void TNameHint::Offer(std::string_view candidate) {
-  if (name_.size() >= kShortest && candidates_.size() < kMost) candidates_.push_back(candidate);
+  if (Wants()) candidates_.push_back(candidate);
 }
 
 std::string TNameHint::Text() const {
-  const std::string_view nearest = NearestName(name_, candidates_);
+  const std::string_view nearest = NearestName(name_, candidates_, steps_);
   return nearest.empty() ? std::string() : "; did you mean " + std::string(nearest) + "?";
+}
+
+void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint& hint) {
+  for (const auto& property : cimClass.Properties()) {
+    if (!hint.Wants()) return;
+    if (!log.Hides(property->Definition().location.file)) hint.Offer(property->Definition().name);
+  }
 }
 
 }  // namespace NKROVEL20

@@ -6,13 +6,19 @@
 #include <string_view>
 #include <vector>
 
+#include "host/core/cimclass.h"
+#include "host/schema/schemalog.h"
+
 namespace NKROVEL20 {
 
 /// Takes the declared names one by one. Very short names are left alone, since everything is close
 /// to them; and of a huge schema only the first few thousand names are looked at.
 class TNameHint {
  public:
-  explicit TNameHint(std::string_view name) : name_(name) {}
+  /// `steps`: see NearestName.
+  TNameHint(std::string_view name, std::size_t& steps) : name_(name), steps_(steps) {}
+  /// Whether another candidate is of use.
+  bool Wants() const { return name_.size() >= kShortest && candidates_.size() < kMost && steps_ > 0; }
   /// The candidate must outlive this.
   void Offer(std::string_view candidate);
   /// "; did you mean NAME?", or empty when nothing comes close.
@@ -23,7 +29,11 @@ class TNameHint {
   static constexpr std::size_t kMost = 5000;
 
   std::string_view name_;
+  std::size_t& steps_;
   std::vector<std::string_view> candidates_;
 };
+
+/// Offers the names of a class's properties that may be shown.
+void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint& hint);
 
 }  // namespace NKROVEL20

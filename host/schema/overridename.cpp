@@ -52,7 +52,7 @@ std::string TClassBuilder::OverrideProblem(bool isMethod, std::string_view name,
   if (!qualification.empty()) {
     const std::string_view className = qualification.substr(0, qualification.size() - 1);
     while (from != nullptr && !EqualNames(from->unit.Text(from->syntax->name), className)) {
-      from = Find(from->unit.Text(from->syntax->superClass));
+      from = from->above;
     }
     if (from == nullptr) return " overrides nothing: no superclass is called " + Mof::Quoted(className);
   }
@@ -61,10 +61,8 @@ std::string TClassBuilder::OverrideProblem(bool isMethod, std::string_view name,
   if (Exposes(*from, !isMethod, name)) {
     return " overrides nothing: in the class " + owner + " this is a " + KindOf(!isMethod);
   }
-  TNameHint hint(name);
-  if (!isMethod && log_.Shows()) {
-    for (const auto& property : from->built->Properties()) hint.Offer(property->Definition().name);
-  }
+  TNameHint hint(name, log_.NameSearchSteps());
+  if (!isMethod && log_.Shows()) OfferProperties(*from->built, log_, hint);
   return " overrides nothing: the class " + owner + " has no " + KindOf(isMethod) + " of this name" + hint.Text();
 }
 

@@ -49,7 +49,25 @@ bool Inherits(const TQualifiedElement& element, std::string_view name) {
   return element.inherited != nullptr && element.inherited->Find(std::string(name));
 }
 
-std::string Shown(const TCIMValue& value) { return value.IsNull() ? "null" : Mof::Quoted(value.ToString(10)); }
+// As much of the value as a message shows of it. Of an array no more elements are looked at than that takes.
+std::string Shown(const TCIMValue& value) {
+  if (value.IsNull()) return "null";
+  if (!value.IsArray()) return Mof::Quoted(value.ToString(10));
+  std::string text;
+  for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {
+    if (text.size() > Mof::kShown) break;
+    text += text.empty() ? "{" : ", ";
+    element.AppendTo(text, 10);
+  }
+  return Mof::Quoted(text.empty() ? "{}" : text + "}");
+}
+
+// Both are values of one qualifier. The declared default may be long, and mentioned often: two values that are not both
+// written out are not compared with each other but by what they were found to be when they were read.
+bool SameValue(const TQualifier& inherited, const TQualifierDefinition& definition) {
+  if (inherited.IsDefault() || definition.isDefault) return inherited.IsDefault() == definition.isDefault;
+  return inherited.GetValue() == definition.value;
+}
 
 }  // namespace
 
@@ -82,9 +100,11 @@ const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TS
   const auto found = declared_.find(text);
   if (found != declared_.end()) return &found->second;
   if (mentioned_.count(text) != 0) return nullptr;
-  TNameHint hint(text);
+  TNameHint hint(text, log_.NameSearchSteps());
   if (log_.Shows()) {
-    for (const std::string_view candidate : names_) hint.Offer(candidate);
+    for (std::size_t i = 0; i < names_.size() && hint.Wants(); ++i) {
+      if (!declared_.at(names_[i]).unit.source->IsHidden()) hint.Offer(names_[i]);
+    }
   }
   log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + hint.Text());
   return nullptr;
@@ -100,24 +120,35 @@ bool TQualifierTable::HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse
 
 // Without a value a boolean qualifier is true, any other one has its declared default.
 bool TQualifierTable::ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
-                                const TDeclaredQualifier& declared, bool keep, TCIMValue& value) {
+                                const TDeclaredQualifier& declared, bool keep, TQualifierDefinition& definition) {
+  TCIMValue& value = definition.value;
   if (use.value.given) {
-    return keep ? values_.Read(unit, use.value, declared.slot, value) : values_.Check(unit, use.value, declared.slot);
+    if (!keep) return values_.Check(unit, use.value, declared.slot);
+    if (!values_.Read(unit, use.value, declared.slot, value)) return false;
+  } else {
+    const bool isFlag = declared.slot.type == TType::kBoolean && !declared.slot.isArray;
+    value = isFlag ? TCIMValue::FromInteger(TType::kBoolean, 1) : declared.defaultValue;
   }
-  const bool isFlag = declared.slot.type == TType::kBoolean && !declared.slot.isArray;
-  value = isFlag ? TCIMValue::FromInteger(TType::kBoolean, 1) : declared.defaultValue;
+  definition.isDefault = value == declared.defaultValue;
   return true;
 }
 
 // Saying the same again is no override.
 bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
-                                  const TQualifierDefinition& definition, const TQualifierSet* inherited) {
+                                  const TDeclaredQualifier& declared, const TQualifierDefinition& definition,
+                                  const TQualifierSet* inherited) {
   if (inherited == nullptr) return true;
   const auto overridden = inherited->Find(definition.name);
-  if (!overridden || !IsFixed(overridden->Flavor()) || overridden->GetValue() == definition.value) return true;
-  log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " has the value " +
-                                       Shown(definition.value) + ", expected the inherited value " +
-                                       Shown(overridden->GetValue()) + ", which has the flavor DisableOverride");
+  if (!overridden || !IsFixed(overridden->Flavor()) || SameValue(*overridden, definition)) return true;
+  std::string problem;
+  if (log_.Hides(overridden->Location().file) || declared.unit.source->IsHidden()) {
+    problem = " has another value than the inherited one";
+  } else if (log_.Shows()) {
+    problem = " has the value " + Shown(definition.value) + ", expected the inherited value " +
+              Shown(overridden->GetValue());
+  }
+  log_.Error(unit.Place(use.name),
+             "the qualifier " + unit.Quoted(use.name) + problem + ", which has the flavor DisableOverride");
   return false;
 }
 
@@ -145,11 +176,11 @@ std::vector<TQualifierDefinition> TQualifierTable::Resolve(const TSchemaUnit& un
     const TQualifierFlavor flavor = FlavorOf(use->flavors, declared->flavor);
     const bool isKept = element.keeps == EKeptValues::kAll ||
                         (element.keeps == EKeptValues::kFixed && (IsFixed(flavor) || Inherits(element, name)));
-    if (!ReadValue(unit, *use, *declared, isKept, definition.value) || !isKept) continue;
+    if (!ReadValue(unit, *use, *declared, isKept, definition) || !isKept) continue;
     definition.name = name;
     definition.flavor = flavor;
-    if (element.keeps == EKeptValues::kAll) definition.location = unit.Locate(use->name);
-    if (MayOverride(unit, *use, definition, element.inherited)) definitions.push_back(std::move(definition));
+    if (element.keeps == EKeptValues::kAll || unit.source->IsHidden()) definition.location = unit.Locate(use->name);
+    if (MayOverride(unit, *use, *declared, definition, element.inherited)) definitions.push_back(std::move(definition));
   }
   return definitions;
 }

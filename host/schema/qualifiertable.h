@@ -57,10 +57,10 @@ class TQualifierTable {
   bool HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
                 std::uint32_t scope);
   bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared, bool keep,
-                 TCIMValue& value);
+                 TQualifierDefinition& definition);
   /// Whether the value is that of an inherited qualifier that must not be overridden.
-  bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TQualifierDefinition& definition,
-                   const TQualifierSet* inherited);
+  bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
+                   const TQualifierDefinition& definition, const TQualifierSet* inherited);
 
   const TSchemaLimits& limits_;
   const Mof::TNameSet& mentioned_;

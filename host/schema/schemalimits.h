@@ -14,7 +14,8 @@ struct TSchemaLimits {
   std::size_t totalSize = 32U << 20U;  ///< bytes of all files
   std::size_t files = 8192;            ///< files read, included ones too
   std::size_t includeDepth = 16;       ///< files that include each other
-  std::size_t tokenSize = 1U << 20U;   ///< bytes of a literal or name
+  std::size_t tokenSize = 1U << 20U;   ///< bytes of a literal
+  std::size_t nameSize = 1024;         ///< bytes of a name or alias
   std::size_t nesting = 32;            ///< brackets within brackets
   std::size_t classes = 20000;
   std::size_t inheritanceDepth = 64;       ///< classes from the root class down

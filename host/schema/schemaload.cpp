@@ -4,6 +4,7 @@
 #include <boost/make_shared.hpp>
 #include <filesystem>
 #include <map>
+#include <set>
 
 #include "host/core/hosterror.h"
 #include "host/core/unsafetext.h"
@@ -44,6 +45,12 @@ class TLoader {
     schema_.sources = boost::make_shared<TSchemaSources>();
   }
 
+  /// A folder in which, or below which, files are shown: all of them before the first path is loaded.
+  void AddFolderOf(const std::string& path) {
+    std::error_code ignored;
+    folders_.insert(fs::is_directory(path, ignored) ? path : fs::path(path).parent_path().string());
+  }
+
   void LoadPath(const std::string& path) {
     std::error_code ignored;
     if (!fs::is_directory(path, ignored)) {
@@ -66,6 +73,7 @@ class TLoader {
 
   void LoadFile(const std::string& path, const TIncluder* includer);
   std::string ReadText(const std::string& path, const TIncluder* includer, bool& failed);
+  bool IsShown() const;
   bool IsNew(const std::string& key, const std::string& path, const TIncluder* includer);
   void ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit);
   void Walk(const TSchemaUnit& unit, std::size_t depth);
@@ -78,6 +86,7 @@ class TLoader {
   const TSchemaLimits& limits_;
   TSchemaLog& log_;
   TParsedSchema schema_;
+  std::set<std::string> folders_;
   std::map<std::string, EState> states_;
   std::size_t bytes_ = 0;
   std::string namespacePath_;
@@ -125,6 +134,11 @@ std::string TLoader::ReadText(const std::string& path, const TIncluder* includer
   return {};
 }
 
+// Whether the text read last may be shown: a link or an include may lead to a file that only this process can read.
+bool TLoader::IsShown() const {
+  return std::any_of(folders_.begin(), folders_.end(), [this](const auto& folder) { return reader_.LiesIn(folder); });
+}
+
 void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   const std::string key = fs::path(path).lexically_normal().string();
   if (!IsNew(key, path, includer)) return;
@@ -138,11 +152,18 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   if (failed) states_[key] = EState::kRead;  // said once
   if (failed) return;
   bytes_ += text.size();
+  const bool shown = IsShown();
   const std::uint32_t number = AddSource(path, std::move(text));
   TSchemaSource& source = *schema_.sources->back();
+  if (!shown) {
+    source.Hide();
+    log_.HideFile(number, path);
+  }
   TSchemaUnit unit{number, &source, nullptr, nullptr};
+  const std::size_t errors = log_.Errors();
   ReplaceBadBytes(source, number);
   auto file = std::make_unique<Mof::TMofFile>(Mof::ParseMof(source, unit, limits_, log_));
+  schema_.isForeign = schema_.isForeign || (!shown && log_.Errors() > errors);
   schema_.mentionedClasses.merge(file->mentionedClasses);
   schema_.mentionedQualifiers.merge(file->mentionedQualifiers);
   unit.file = file.get();
@@ -159,7 +180,7 @@ void TLoader::ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit) {
   const auto code = static_cast<unsigned char>(text[bad]);
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   const std::string hex = {'0', 'x', kDigits[code >> 4U], kDigits[code & 15U]};
-  log_.Error({unit, static_cast<std::uint32_t>(bad)}, "found the byte " + hex + ", expected UTF-8 text");
+  log_.SyntaxError({unit, static_cast<std::uint32_t>(bad)}, "found the byte " + hex + ", expected UTF-8 text");
   for (; bad < text.size(); bad = Mof::FindBadByte(text, bad + 1)) source.Data()[bad] = '?';
 }
 
@@ -183,8 +204,8 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
     Include(unit, pragma, depth);
   } else if (EqualNames(name, "namespace")) {
     std::string path = StringOf(unit, pragma.parameter);
-    if (namespacePath_.empty()) namespacePath_ = path;
-    if (!EqualNames(namespacePath_, path)) {
+    if (namespacePath_.empty() && !unit.source->IsHidden()) namespacePath_ = path;
+    if (!namespacePath_.empty() && !EqualNames(namespacePath_, path)) {
       log_.Warning(unit.Place(pragma.parameter.span), "found a second namespace: the classes of \"" + path +
                                                           "\" are read into one with those of \"" + namespacePath_ +
                                                           "\"");
@@ -207,6 +228,7 @@ void TLoader::Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma,
 TParsedSchema LoadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits,
                          TSchemaLog& log) {
   TLoader loader(reader, limits, log);
+  for (const std::string& path : paths) loader.AddFolderOf(path);
   for (const std::string& path : paths) loader.LoadPath(path);
   return loader.Take();
 }

@@ -30,6 +30,9 @@ struct TParsedSchema {
   /// See TMofFile.
   Mof::TNameSet mentionedClasses;
   Mof::TNameSet mentionedQualifiers;
+  /// Whether a text that must not be shown is no MOF: then what was made of it is not used either, since later messages
+  /// would quote it.
+  bool isForeign = false;
 };
 
 /// See ReadSchema.

@@ -38,13 +38,40 @@ TSourceLocation TSchemaSource::Locate(std::uint32_t offset) const {
 
 std::string_view TSchemaSource::Line(std::uint32_t number) const {
   if (starts_.empty()) FindLines();
-  if (number == 0 || number > starts_.size()) return {};
-  return LineOf(Text().substr(starts_[number - 1]), 1);
+  if (hidden_ || number == 0 || number > starts_.size()) return {};
+  const std::size_t start = starts_[number - 1];
+  const std::size_t end = number < starts_.size() ? starts_[number] - 1 : size_;
+  std::string_view line = Text().substr(start, end - start);
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  return line;
 }
 
-void TSchemaLog::TList::Add(TSchemaPlace place, EDiagnosticSeverity severity, std::string message) {
-  ++count;
-  if (kept.size() < limit) kept.push_back({place, severity, std::move(message)});
+std::string HiddenSyntaxMessage(const std::string& message) {
+  constexpr std::string_view kExpected = ", expected ";
+  const std::size_t start = message.rfind(kExpected);
+  if (start == std::string::npos) return kHiddenMessage;
+  const std::size_t end = std::min(message.find("; ", start), message.size());
+  return message.substr(start + 2, end - start - 2) +
+         "; what was found is not shown, because the file is outside the folders of the schema";
+}
+
+void TSchemaLog::Add(TList& list, TEntry entry) {
+  ++list.count;
+  if (list.kept.size() == list.limit) return;
+  const auto hidden = unsaid_.find(entry.place.unit);
+  if (hidden != unsaid_.end()) {
+    const bool isError = entry.severity == EDiagnosticSeverity::kError;
+    bool& unsaid = isError ? hidden->second.error : hidden->second.warning;
+    if (!unsaid) return;
+    unsaid = false;
+  }
+  std::string& message = entry.message;
+  if (message.size() > kLongestMessage) {
+    std::size_t size = kLongestMessage;
+    while (size > 0 && (static_cast<unsigned char>(message[size]) & 0xC0U) == 0x80U) --size;
+    message = message.substr(0, size) + "...";
+  }
+  list.kept.push_back(std::move(entry));
 }
 
 void TSchemaLog::TList::AppendRest(std::vector<TTextDiagnostic>& diagnostics, EDiagnosticSeverity severity) const {
@@ -67,10 +94,17 @@ std::vector<TTextDiagnostic> TSchemaLog::Finish(const TSchemaSources& sources) c
   std::vector<TTextDiagnostic> diagnostics;
   for (TEntry& entry : entries) {
     const TSchemaSource& source = *sources.at(entry.place.unit);
-    TTextDiagnostic diagnostic{entry.severity, {source.Name(), 0, 0}, std::move(entry.message), {}};
+    TTextDiagnostic diagnostic;
+    diagnostic.severity = entry.severity;
+    diagnostic.location.file = source.Name();
+    diagnostic.message = std::move(entry.message);
     if (entry.place.offset != kWholeFile) {
       diagnostic.location = source.Locate(entry.place.offset);
-      diagnostic.sourceLine = source.Line(diagnostic.location.line);
+      SetSourceLine(diagnostic, source.Line(diagnostic.location.line));
+      if (source.IsHidden()) {
+        diagnostic.message =
+            entry.source == ESource::kGrammar ? HiddenSyntaxMessage(diagnostic.message) : kHiddenMessage;
+      }
     }
     diagnostics.push_back(std::move(diagnostic));
   }

@@ -6,11 +6,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/core/nearestname.h"
 #include "host/core/textdiagnostic.h"
 #include "host/schema/mofsyntax.h"
 
@@ -30,8 +33,13 @@ class TSchemaSource {
 
   /// The place of a byte; the first one past the text is a place too.
   TSourceLocation Locate(std::uint32_t offset) const;
-  /// Line `number`, from 1, without its end; empty past the last one.
+  /// Line `number`, from 1, without its end; empty past the last one, and of a hidden text.
   std::string_view Line(std::uint32_t number) const;
+
+  /// A hidden text is read like any other, but nothing of it is shown to people: it may be a file that the author of
+  /// the schema could not read himself.
+  void Hide() { hidden_ = true; }
+  bool IsHidden() const { return hidden_; }
 
  private:
   void FindLines() const;
@@ -39,6 +47,7 @@ class TSchemaSource {
   std::string name_;
   std::string text_;
   std::size_t size_;
+  bool hidden_ = false;
   mutable std::vector<std::uint32_t> starts_;  // of the lines; empty until someone asks
   mutable std::size_t hint_ = 0;               // the line last asked for: the next is seldom far
 };
@@ -53,41 +62,74 @@ struct TSchemaPlace {
 };
 inline constexpr std::uint32_t kWholeFile = 0xFFFFFFFF;
 
+/// The message about a place in a hidden text that stands for one about a text that is shown. What the grammar expects
+/// is the same everywhere and stays.
+std::string HiddenSyntaxMessage(const std::string& message);
+inline constexpr const char* kHiddenMessage =
+    "something is wrong here that is not shown, because the file is outside the folders of the schema";
+
+/// A message is cut there: names and texts in it may be long.
+inline constexpr std::size_t kLongestMessage = 2000;
+
 class TSchemaLog {
  public:
   /// At most `limit` errors and as many warnings are kept; the others are counted.
   explicit TSchemaLog(std::size_t limit) : errors_{limit, 0, {}}, warnings_{limit, 0, {}} {}
 
   void Error(TSchemaPlace place, std::string message) {
-    errors_.Add(place, EDiagnosticSeverity::kError, std::move(message));
+    Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kOther, std::move(message)});
+  }
+  /// The same of the grammar: what it expects tells nothing of the text.
+  void SyntaxError(TSchemaPlace place, std::string message) {
+    Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kGrammar, std::move(message)});
   }
   void Warning(TSchemaPlace place, std::string message) {
-    warnings_.Add(place, EDiagnosticSeverity::kWarning, std::move(message));
+    Add(warnings_, {place, EDiagnosticSeverity::kWarning, ESource::kOther, std::move(message)});
   }
   /// All of them, kept or not.
   std::size_t Errors() const { return errors_.count; }
   std::size_t Warnings() const { return warnings_.count; }
   /// Whether another error would be shown: a message that costs time to make is not made otherwise.
   bool Shows() const { return errors_.kept.size() < errors_.limit; }
+  /// Hides a file; see TSchemaSource::Hide. Of its errors the first one is kept, and so of its warnings: the places of
+  /// all of them would show how the text is made.
+  void HideFile(std::uint32_t unit, const std::string& name) {
+    unsaid_[unit] = {true, true};
+    hiddenFiles_.insert(name);
+  }
+  /// Whether nothing that this file declares may be quoted.
+  bool Hides(const std::string& file) const { return !hiddenFiles_.empty() && hiddenFiles_.count(file) != 0; }
+  /// What all searches for the nearest name may still take together; see NearestName.
+  std::size_t& NameSearchSteps() { return nameSearchSteps_; }
 
   /// In order of file and place. What was counted only is said at the end: "and N more errors".
   std::vector<TTextDiagnostic> Finish(const TSchemaSources& sources) const;
 
  private:
+  enum class ESource { kGrammar, kOther };
   struct TEntry {
     TSchemaPlace place;
     EDiagnosticSeverity severity;
+    ESource source;
     std::string message;
   };
   struct TList {
     std::size_t limit;
     std::size_t count;
     std::vector<TEntry> kept;
-    void Add(TSchemaPlace place, EDiagnosticSeverity severity, std::string message);
     void AppendRest(std::vector<TTextDiagnostic>& diagnostics, EDiagnosticSeverity severity) const;
   };
+  struct TUnsaid {
+    bool error;
+    bool warning;
+  };
+  void Add(TList& list, TEntry entry);
+
   TList errors_;
   TList warnings_;
+  std::map<std::uint32_t, TUnsaid> unsaid_;  // of the hidden files
+  std::set<std::string> hiddenFiles_;
+  std::size_t nameSearchSteps_ = kNameSearchSteps;
 };
 
 }  // namespace NKROVEL20

@@ -29,14 +29,16 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   TSchemaLog log(limits.diagnostics);
   const TParsedSchema schema = LoadSchema(paths, reader, limits, log);
   TQualifierTable qualifiers(limits, schema.mentionedQualifiers, log);
-  DeclareQualifiers(schema, qualifiers);
+  if (!schema.isForeign) DeclareQualifiers(schema, qualifiers);
   TSchemaResult result;
   result.cimNamespace = TNamespace::Create();
   result.sources = schema.sources;
-  TClassBuilder classes(schema, qualifiers, limits, log);
-  classes.Build(*result.cimNamespace);
-  TInstanceBuilder instances(schema, classes, qualifiers, limits, *result.cimNamespace, log);
-  result.instances = instances.Build();
+  if (!schema.isForeign) {
+    TClassBuilder classes(schema, qualifiers, limits, log);
+    classes.Build(*result.cimNamespace);
+    TInstanceBuilder instances(schema, classes, qualifiers, limits, *result.cimNamespace, log);
+    result.instances = instances.Build();
+  }
   result.errors = log.Errors();
   result.warnings = log.Warnings();
   result.diagnostics = log.Finish(*schema.sources);

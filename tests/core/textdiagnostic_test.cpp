@@ -65,6 +65,26 @@ TEST(TextDiagnostic, ALongLineIsCutAroundTheColumn) {
                                                      std::string(38, ' ') + "^\n");
 }
 
+TEST(TextDiagnostic, KeepsOfALongLineWhatIsShown) {
+  const std::string line = std::string(1000, 'a') + "}" + std::string(1000000, 'b');
+  TTextDiagnostic diagnostic = At(3, 1001, "");
+  SetSourceLine(diagnostic, line);
+  EXPECT_EQ(diagnostic.sourceLine.size(), 78U);
+  EXPECT_EQ(FormatDiagnostic(diagnostic), "a.mof:3:1001: error: found \"}\", expected \";\"\n  ..." +
+                                              std::string(35, 'a') + "}" + std::string(36, 'b') + "...\n  " +
+                                              std::string(38, ' ') + "^\n");
+}
+
+TEST(TextDiagnostic, WhatIsKeptOfALineIsEnoughAtEachColumn) {
+  std::string line;
+  for (int i = 0; i < 60; ++i) line += i % 3 == 0 ? "\xC3\xA9x" : "\xE2\x82\xAC";
+  for (std::uint32_t column = 0; column < line.size() + 3; ++column) {
+    TTextDiagnostic kept = At(3, column, "");
+    SetSourceLine(kept, line);
+    EXPECT_EQ(FormatDiagnostic(kept), FormatDiagnostic(At(3, column, line))) << column;
+  }
+}
+
 TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndWhereTheColumnIsThere) {
   const std::string line = "{" + std::string(300, 'a') + "}";
   EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(74, 'a') + "...\n      ^\n");

@@ -6,7 +6,8 @@ namespace NKROVEL20 {
 namespace {
 
 TEST(NameHint, NearestOfTheOffered) {
-  TNameHint hint("Levle");
+  std::size_t steps = 1000;
+  TNameHint hint("Levle", steps);
   EXPECT_EQ(hint.Text(), "");
   hint.Offer("Label");
   hint.Offer("Level");
@@ -14,19 +15,38 @@ TEST(NameHint, NearestOfTheOffered) {
 }
 
 TEST(NameHint, NothingForAVeryShortName) {
-  TNameHint two("ab");
+  std::size_t steps = 1000;
+  TNameHint two("ab", steps);
   two.Offer("ac");
   EXPECT_EQ(two.Text(), "");
-  TNameHint three("Kye");
+  TNameHint three("Kye", steps);
   three.Offer("Key");
   EXPECT_EQ(three.Text(), "; did you mean Key?");
 }
 
 TEST(NameHint, HugeListsAreNotSearchedToTheirEnd) {
-  TNameHint hint("Description");
+  std::size_t steps = 1'000'000;
+  TNameHint hint("Description", steps);
   for (int i = 0; i < 5000; ++i) hint.Offer("xxxxxxxxxxx");
   hint.Offer("Description");
   EXPECT_EQ(hint.Text(), "");
+}
+
+TEST(NameHint, ManySearchesShareTheirSteps) {
+  std::size_t steps = 60;
+  TNameHint first("Levle", steps);
+  first.Offer("Level");
+  EXPECT_EQ(first.Text(), "; did you mean Level?");
+  EXPECT_EQ(steps, 35U);
+  TNameHint second("Descripiton", steps);
+  EXPECT_TRUE(second.Wants());
+  second.Offer("Description");
+  EXPECT_EQ(second.Text(), "") << "eleven rows of eleven characters";
+}
+
+TEST(NameHint, NothingIsWantedOnceNoStepIsLeft) {
+  std::size_t steps = 0;
+  EXPECT_FALSE(TNameHint("Level", steps).Wants());
 }
 
 }  // namespace

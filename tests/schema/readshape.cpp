@@ -3,21 +3,39 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/schema/schemacheck.h"
-#include "tests/schema/schemashapes.h"
+#include "host/profile/collectorprofile.h"
+#include "host/schema/collectorneeds.h"
+#include "host/schema/schemareader.h"
+#include "tests/schema/schemaattacks.h"
+
+namespace {
+
+using namespace NKROVEL20;
+
+void Read(const TSchemaShape& shape, int size) {
+  TMemoryReader reader;
+  reader.Add("shape.mof", shape.make(size));
+  const TSchemaResult schema = ReadSchema({"shape.mof"}, reader);
+  std::string text;
+  for (const TTextDiagnostic& finding : schema.diagnostics) text += FormatDiagnostic(finding);
+  for (const TTextDiagnostic& finding : CheckCollectorNeeds(*schema.cimNamespace, "shapes", schema.sources.get())) {
+    text += FormatDiagnostic(finding);
+  }
+  const auto classes = CollectorProfile::CollectableClasses(*schema.cimNamespace, "6203");
+  std::printf("%zu errors, %zu bytes of messages, %zu classes to collect\n", schema.errors, text.size(),
+              classes.size());
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
-  using namespace NKROVEL20;
-  for (const TSchemaShape& shape : kSchemaShapes) {
-    if (argc < 3) {
-      std::puts(shape.name);
-    } else if (std::strcmp(argv[1], shape.name) == 0) {
-      TMemoryReader reader;
-      reader.Add("shape.mof", shape.make(std::atoi(argv[2])));
-      const TSchemaFindings findings = CheckSchema({"shape.mof"}, reader);
-      std::string text;
-      for (const TTextDiagnostic& finding : findings.findings) text += FormatDiagnostic(finding);
-      std::printf("%zu errors, %zu bytes of messages\n", findings.errors, text.size());
+  for (const auto* shapes : {&kSchemaShapes, &kSchemaAttacks}) {
+    for (const TSchemaShape& shape : *shapes) {
+      if (argc < 3) {
+        std::puts(shape.name);
+      } else if (std::strcmp(argv[1], shape.name) == 0) {
+        Read(shape, std::atoi(argv[2]));
+      }
     }
   }
   return 0;
