@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/core/unsafetext.h"
 #include "host/serviceprocessor/commandframe.h"
 #include "nkrovel20/storageareacommands.h"
 
@@ -85,8 +86,8 @@ TNotServed ReasonNotToServe(const TServerFile& server, int node) {
 }
 
 std::string DescribeNotServed(const TNotServed& refusal, const std::string& file) {
-  if (refusal.line == 0) return file + ": " + refusal.reason;
-  return file + ":" + std::to_string(refusal.line) + ":" + std::to_string(refusal.column) +
+  if (refusal.line == 0) return SafeText(file) + ": " + refusal.reason;
+  return SafeText(file) + ":" + std::to_string(refusal.line) + ":" + std::to_string(refusal.column) +
          ": error: " + refusal.reason;
 }
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "host/core/unsafetext.h"
+
 namespace NKROVEL20 {
 
 namespace {
@@ -34,7 +36,8 @@ std::string FormatClasses(const TNamespace& cimNamespace, const std::string& mac
   const auto classes = Profile::CollectableClasses(cimNamespace, machineType);
   std::size_t width = std::string_view("CLASS").size();
   for (const auto& entry : classes) width = std::max(width, entry.cimClass->Name().size());
-  std::string text = machineType.empty() ? "Machine type: unknown\n\n" : "Machine type: " + machineType + "\n\n";
+  std::string text =
+      machineType.empty() ? "Machine type: unknown\n\n" : "Machine type: " + SafeText(machineType) + "\n\n";
   text += fmt::format("{:<{}}  {:<4}  {:>9}  {:>9}  {}\n", "CLASS", width, "PATH", "INSTANCES", "REGISTERS", "SERVED");
   for (const auto& entry : classes) text += Row(width, entry);
   text += "\nSubclasses chosen for the base classes of the JFR path:\n";

@@ -53,7 +53,7 @@ std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNam
 std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
                                        const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                                        const std::string& machineType) {
-  const std::string onType = " on machine type " + machineType;
+  const std::string onType = " on machine type " + SafeText(machineType);
   const std::string hint = "; \"velhost classes\" shows what it serves";
   if (classes.empty()) return {"the collector serves no class of the schema" + onType + hint};
   std::map<std::string, bool> served;  // of the classes that a path exists for

@@ -224,6 +224,8 @@ class Usage(VelhostCase):
         (self.folder / "schema.mof").write_text(text)
         shown = self.run_velhost("classes", "--schema", schema, "--machine-type", "44\x1b[31m11").stdout
         self.assertIn("Machine type: 44\\x1b[31m11\n", shown)
+        self.assertIn("Machine type: 1\\n2\n", self.run_velhost("classes", "--machine-type", "1\n2").stdout)
+        self.assertIn(" on machine type 1\\n2; ", self.run_velhost("collect", "--machine-type", "1\n2", BRIDGE).stderr)
         self.assertIn('yes, by "44\\x1b[31m11\\x7f\\x9b"', shown)
         name = "bad\x1b[31m.mof"
         self.write(name, "class A : B\x1b {};\n")
