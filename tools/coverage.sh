@@ -2,7 +2,7 @@
 # What the tests of the collector, or the fuzz corpora, reach: for each source file the part of its lines and branches,
 # then every line and branch that nothing reached.
 #   tools/coverage.sh                  tests/{plugin,ffdc,r8,jfr} over the collector
-#   tools/coverage.sh corpus [NAME...] seeds and archive of fuzz/corpus over what target NAME reads; CORPUS=DIR adds DIR/NAME
+#   tools/coverage.sh corpus [NAME...] the corpus of fuzz target NAME over what it reads; CORPUS=DIR adds DIR/NAME
 # A build of Clang, in build/coverage. Needs llvm-14 for llvm-cov-14 and llvm-profdata-14.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
