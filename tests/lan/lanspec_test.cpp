@@ -10,7 +10,6 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "host/core/hosterror.h"
@@ -230,7 +229,10 @@ std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + Test
 
 TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   std::string text = LongPasswordFile();
-  std::ofstream(path_) << text;
+  // Not by a stream, whose buffer would keep it.
+  const int file = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+  EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  close(file);
   Wipe(text);
   Testing::TMemorySearch search;
   TFileReader reader;
