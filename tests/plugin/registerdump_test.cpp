@@ -16,9 +16,7 @@ using TDump = std::string (*)(unsigned char*, unsigned long);
 
 class TRegisterDump : public ::testing::TestWithParam<TDump> {
  protected:
-  static std::string Dump(std::vector<unsigned char> bytes) {
-    return GetParam()(bytes.data(), bytes.size() - 1);
-  }
+  static std::string Dump(std::vector<unsigned char> bytes) { return GetParam()(bytes.data(), bytes.size() - 1); }
 };
 
 INSTANTIATE_TEST_SUITE_P(AllNames, TRegisterDump,
@@ -59,8 +57,8 @@ TEST_P(TRegisterDump, LinesOfZerosStandBetweenOthers) {
 
 TEST_P(TRegisterDump, ALineIsOneOfZerosByItsOwnBytesAlone) {
   std::vector<unsigned char> bytes = {255, 0, 0, 0, 0, 0, 0, 0,  //
-                                            0,   0, 0, 0, 0, 0, 0, 0,  //
-                                            0,   1};
+                                      0,   0, 0, 0, 0, 0, 0, 0,  //
+                                      0,   1};
   EXPECT_EQ(GetParam()(bytes.data(), 15), "\n255 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
 }
 
