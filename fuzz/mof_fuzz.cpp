@@ -13,16 +13,17 @@ using TTexts = std::map<std::string, std::string>;
 
 static std::string Shown(const std::vector<TTextDiagnostic>& findings, const TTexts& texts) {
   std::string shown;
-  for (const auto& [severity, at, message, sourceLine] : findings) {
-    shown += FormatDiagnostic({severity, at, message, sourceLine});
+  for (const auto& [severity, at, message, sourceLine, start, size] : findings) {
+    shown += FormatDiagnostic({severity, at, message, sourceLine, start, size});
     if (at.line == 0) continue;  // about the schema as a whole
     std::string_view text = texts.at(at.file);
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
     const std::string_view line = LineOf(text, at.line);  // of which NUL and what is not UTF-8 are shown as "?"
-    Require(std::equal(line.begin(), line.end(), sourceLine.begin(), sourceLine.end(),
+    const std::string_view part = line.substr(start, 78);
+    Require(size == line.size());
+    Require(std::equal(part.begin(), part.end(), sourceLine.begin(), sourceLine.end(),
                        [](char byte, char copy) { return byte == copy || (copy == '?' && byte <= 0); }));
-    Require(at.line <= 1 + std::count(text.begin(), text.end(), '\n'));
-    Require(at.column >= 1 && at.column <= line.size() + 1);
+    Require(at.line <= 1 + std::count(text.begin(), text.end(), '\n') && at.column - 1 <= line.size());
   }
   return shown;
 }
@@ -45,8 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool small = text.ends_with('\x1F');  // asks for limits that a short text can reach
   TSchemaLimits limits;
   limits.diagnostics = 6;  // few, so that most of the time goes into reading
-  if (small) limits = {1000, 250, 2, 1, 40, 32, 4, 3, 2, 4, 12, 4, 6};
-  if (small) text.pop_back();
+  if (small) text.pop_back(), limits = {1000, 250, 2, 1, 40, 32, 4, 3, 2, 4, 12, 60, 4, 6};
   const std::size_t cut = text.find('\x1E');
   TTexts texts = {{"a.mof", text.substr(0, cut)}};
   if (cut != std::string::npos) texts["b.mof"] = text.substr(cut + 1);

@@ -25,7 +25,6 @@ class TNotingReader : public TInputReader {
       throw;
     }
   }
-  bool LiesIn(const std::string& folder) override { return files_.LiesIn(folder); }
   const std::vector<EExitStatus>& Failures() const { return failures_; }
 
  private:
