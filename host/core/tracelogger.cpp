@@ -18,6 +18,7 @@ const char* TTraceLogger::SeverityName(EVELLogSeverity severity) {
 
 std::string TTraceLogger::FormatText(EVELLogSeverity severity, const std::string& message) {
   std::string line = SeverityName(severity);
+  line.reserve(line.size() + message.size() + 2);
   line += ' ';
   const std::size_t size = message.empty() || message.back() != '\n' ? message.size() : message.size() - 1;
   for (std::size_t i = 0; i < size; ++i) {

@@ -1,5 +1,7 @@
 #include "host/serviceprocessor/serverfile.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <limits>
 #include <map>
@@ -198,7 +200,9 @@ TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IData
 
 TServerFile ReadServerFile(const std::string& path, ISourceReader& reader) {
   TDataFolder folder(path);
-  return ReadServerFile(path, reader, folder);
+  TServerFile server = ReadServerFile(path, reader, folder);
+  malloc_trim(0);  // what the text took is for the collection
+  return server;
 }
 
 }  // namespace NKROVEL20

@@ -11,9 +11,10 @@
 namespace NKROVEL20 {
 
 // The collector makes a buffer of the reported size, then a text of three characters for each byte, which passes
-// through trace, instance and output; instances live until their request has ended.
+// through trace, instance and output: 7 to 14 bytes of memory for each byte, by the options. Instances, with three
+// bytes for each, live until their request has ended.
 inline constexpr std::int64_t kLargestArea = std::int64_t{32} << 20U;
-inline constexpr std::int64_t kLargestAreasOfRequest = std::int64_t{64} << 20U;
+inline constexpr std::int64_t kLargestAreasOfRequest = std::int64_t{40} << 20U;
 
 /// Stands in front of everything that observes exchanges, so that these see the true answer. To the
 /// collector the answer to a size query is lost if the size is over a limit, so that it leaves the area

@@ -40,7 +40,8 @@ void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics) {
 }
 
 void WriteToStandardError(std::string_view text) {
-  WriteOut(isatty(STDERR_FILENO) == 1 ? SafeLines(text) : std::string(text));
+  if (isatty(STDERR_FILENO) == 1) return WriteOut(SafeLines(text));
+  WriteOut(text);
 }
 
 TMessageHook::TMessageHook(std::function<void()> before) { beforeMessage = std::move(before); }

@@ -62,7 +62,13 @@ class TTrace::TFile {
     throw THostError(EExitStatus::kCannotCreate,
                      "cannot create trace file " + SafeText(path_) + ": " + std::strerror(errno));
   }
+  // A line with a whole capture file is not copied, and leaves no buffer of its size behind.
   void Write(const std::string& text) {
+    if (descriptor_ >= 0 && text.size() >= kBufferSize) {
+      Flush();
+      if (error_ == 0 && !WriteAll(descriptor_, text)) error_ = errno;
+      return;
+    }
     buffer_ += text;
     if (descriptor_ >= 0 && buffer_.size() >= kBufferSize) Flush();
   }

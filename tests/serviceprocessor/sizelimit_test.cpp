@@ -58,7 +58,7 @@ TEST_F(SizeLimit, LosesWhatIsOverItForTheCollectorAlone) {
 }
 
 TEST_F(SizeLimit, CountsTheAreasOfARequestTogether) {
-  With({"33554432", "33554431", "2", "1"});
+  With({"33554432", "8388607", "2", "1"});
   EXPECT_TRUE(Ask(0).answered);
   EXPECT_TRUE(Ask(1).answered);
   ExpectNoAnswer(Ask(2));
@@ -67,9 +67,9 @@ TEST_F(SizeLimit, CountsTheAreasOfARequestTogether) {
   EXPECT_EQ(
       Limit().TakeRefusals(),
       (std::vector<std::string>{
-          "node 0, storage area a2 reports 2 bytes, with those before it over the limit of 64 MiB for one request: "
+          "node 0, storage area a2 reports 2 bytes, with those before it over the limit of 40 MiB for one request: "
           "not read",
-          "node 0, storage area a3 reports 1 bytes, with those before it over the limit of 64 MiB for one request: "
+          "node 0, storage area a3 reports 1 bytes, with those before it over the limit of 40 MiB for one request: "
           "not read"}));
   Limit().BeginRequest();
   EXPECT_TRUE(Ask(0).answered);
