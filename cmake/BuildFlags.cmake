@@ -32,6 +32,8 @@ if(VELHOST_HARDENING AND NOT VELHOST_SANITIZE)
   # The C library's checks need optimisation. A compiler may define the macro of its own accord.
   add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
                       $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+  # The C++ library's own checks of indices and iterators.
+  add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
   add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()
 
