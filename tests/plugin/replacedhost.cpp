@@ -47,8 +47,10 @@ extern "C" struct tm* gmtime_r(const time_t* seconds, struct tm* result) noexcep
 
 namespace NKROVEL20 {
 
-SPLibrary::SPLibrary() : node_(0) {}
-SPLibrary::SPLibrary(int node) : node_(node) {}
+SPLibrary::SPLibrary() : SPLibrary(0) {}
+SPLibrary::SPLibrary(int node) : node_(node) {
+  static_cast<void>(node_);  // nothing here is of a node
+}
 SPLibrary::~SPLibrary() = default;
 
 SPLibrary* SPLibrary::GetSplibraryInstance(int node) {
