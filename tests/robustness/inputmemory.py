@@ -62,7 +62,7 @@ def main():
             folder.write("server.toml", text)
             measure(folder, tally, name, "sim:server.toml", status, most)
         clock = '{"kind":"clock","local_time":"2026-01-31T12:34:56+01:00"}\n'
-        folder.write("lines.jsonl", HEAD + clock * 300_000)
+        folder.write("lines.jsonl", HEAD + clock * 120_000)
         measure(folder, tally, "recording: lines", "replay:lines.jsonl", 65, FEW)
         folder.write("line.jsonl", HEAD + '{"kind":"clock","local_time":"' + "x" * 4_194_000 + '"}\n')
         measure(folder, tally, "recording: a long line", "replay:line.jsonl", 65, 2 * FEW)
