@@ -54,8 +54,8 @@ class NKROVEL20_API TFileReader : public ISourceReader {
 
   std::vector<std::string> pipes_;
   std::chrono::milliseconds patience_{0};
-  std::string realPath_;                         // of the file read last; empty where it is not known
-  bool readPipe_ = false;                        // whether that was a pipe
+  std::string realPath_;                          // of the file read last; empty where it is not known
+  bool readPipe_ = false;                         // whether that was a pipe
   std::map<std::string, std::string> realPaths_;  // of the folders asked for
 };
 

@@ -130,10 +130,11 @@ bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feat
   const std::string expected = log_.Hides(before.location.file)
                                    ? "that"
                                    : typeName(before) + " as in the class '" + overridden.DeclaringClass() + "'";
-  log_.Error(entry.unit.Place(feature.name), "the property " + entry.unit.Quoted(feature.name) + " has the type " +
-                                                 typeName(definition) + ", expected " + expected +
-                                                 (log_.Hides(before.location.file) ? " of the property that it overrides"
-                                                                                   : ", whose property it overrides"));
+  log_.Error(
+      entry.unit.Place(feature.name),
+      "the property " + entry.unit.Quoted(feature.name) + " has the type " + typeName(definition) + ", expected " +
+          expected +
+          (log_.Hides(before.location.file) ? " of the property that it overrides" : ", whose property it overrides"));
   return false;
 }
 

@@ -57,14 +57,14 @@ TInstanceBuilder::TEmbedded TInstanceBuilder::EmbeddedOf(const TQualifier& ofCla
 
 // Texts may be embedded in embedded ones. Each level doubles the backslashes before its quotes, so that the size of a
 // literal bounds their number.
-void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal,
-                                    const TEmbedded& embedded) {
+void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TEmbedded& embedded) {
   const std::size_t errors = log_.Errors();
   const TEmbeddedText text(outer, literal, limits_, log_);
   const TSchemaUnit& unit = text.Unit();
   const std::vector<Mof::TProduction>& productions = unit.file->productions;
   if (productions.empty()) {
-    if (log_.Errors() == errors) log_.Error(outer.Place(literal.span), "found an empty text, expected " + embedded.expected);
+    if (log_.Errors() == errors)
+      log_.Error(outer.Place(literal.span), "found an empty text, expected " + embedded.expected);
     return;
   }
   const Mof::TProduction first = productions.front();

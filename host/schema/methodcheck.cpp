@@ -104,11 +104,10 @@ void TClassBuilder::CheckParameter(const TMethod& method, std::uint32_t index) {
   const Mof::TFeature& parameter = unit.file->parameters[method.syntax->parameters.first + index];
   const Mof::TFeature& before = unitBefore.file->parameters[method.overridden->syntax->parameters.first + index];
   if (SameType(parameter, before) && EqualNames(unit.Text(parameter.name), unitBefore.Text(before.name))) return;
-  log_.Warning(unit.Place(parameter.type.span), "found the parameter " + unit.Quoted(parameter.name) + " of the type " +
-                                                    TypeOf(unit, parameter) + ", expected" +
-                                                    AsIn(*method.overridden, unitBefore.Quoted(before.name) +
-                                                                                 " of the type " +
-                                                                                 TypeOf(unitBefore, before)));
+  log_.Warning(
+      unit.Place(parameter.type.span),
+      "found the parameter " + unit.Quoted(parameter.name) + " of the type " + TypeOf(unit, parameter) + ", expected" +
+          AsIn(*method.overridden, unitBefore.Quoted(before.name) + " of the type " + TypeOf(unitBefore, before)));
 }
 
 }  // namespace NKROVEL20

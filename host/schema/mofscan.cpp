@@ -178,7 +178,7 @@ int TScan::Close(int token) {
 }
 
 int TScan::End(TSpan& span) const {
-  const bool carriageReturn = source_.Text().ends_with('\r');  // of the last line end: behind the line itself
+  const bool carriageReturn = source_.Text().ends_with('\r');  // of the last line end, which follows the line itself
   span.begin = span.end = static_cast<std::uint32_t>(Size() - (carriageReturn ? 1U : 0U));
   return TToken::END;
 }

@@ -144,8 +144,8 @@ bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifier
   if (log_.Hides(overridden->Location().file) || declared.unit.source->IsHidden()) {
     problem = " has another value than the inherited one";
   } else if (log_.Shows()) {
-    problem = " has the value " + Shown(definition.value) + ", expected the inherited value " +
-              Shown(overridden->GetValue());
+    problem =
+        " has the value " + Shown(definition.value) + ", expected the inherited value " + Shown(overridden->GetValue());
   }
   log_.Error(unit.Place(use.name),
              "the qualifier " + unit.Quoted(use.name) + problem + ", which has the flavor DisableOverride");

@@ -20,7 +20,7 @@ class NKROVEL20_API TLineReader {
     std::string_view text;  ///< without the newline; until the next call
     bool isWhole = true;    ///< false: the text ends without a newline
   };
-  /// Empty behind the last line.
+  /// Empty after the last line.
   std::optional<TLine> Next();
 
  private:

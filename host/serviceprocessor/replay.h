@@ -75,7 +75,7 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   TRecordingHeader header_;
   bool hasHeader_ = false;
   TLineReader lines_;
-  std::unique_ptr<TRecordedLine> next_;       // null behind the last one
+  std::unique_ptr<TRecordedLine> next_;       // null after the last one
   std::unique_ptr<TRecordedLine> answering_;  // the one before it
   std::uint32_t number_ = 0;                  // of the line read last
   std::uint32_t wholeLines_ = 0;

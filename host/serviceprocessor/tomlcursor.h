@@ -17,7 +17,7 @@ class TTomlCursor {
   explicit TTomlCursor(const TTomlDocument& document);
 
   bool AtEnd() const { return at_ == text_.size(); }
-  /// The byte so far on; 0 behind the end.
+  /// The byte so far on; 0 past the end.
   char Peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : '\0'; }
   bool AtNewline() const { return Peek() == '\n' || (Peek() == '\r' && Peek(1) == '\n'); }
   void Next(std::size_t bytes = 1);

@@ -123,7 +123,7 @@ TKey TTomlParser::ParseKey(const char* expected) {
     if (key.size() == kMostTomlKeyParts) {
       at_.Fail(place, "found a key of more than " + std::to_string(kMostTomlKeyParts) + " parts, expected no more");
     }
-    key.push_back({ParseKeyPart(key.empty() ? expected : "a key behind the full stop"), place});
+    key.push_back({ParseKeyPart(key.empty() ? expected : "a key after the full stop"), place});
     at_.SkipBlanks();
     if (at_.Peek() != '.') return key;
     at_.Next();
@@ -207,7 +207,7 @@ TTomlTableContent& TTomlParser::EnterForDottedKey(TTomlTableContent& table, cons
 
 void TTomlParser::ParseKeyAndValue(TTomlTableContent& table, int depth) {
   const TKey key = ParseKey(depth == 0 ? "a key or a [table]" : "a key or the closing \"}\"");
-  if (at_.Peek() != '=') at_.FailExpecting("\"=\" behind the key");
+  if (at_.Peek() != '=') at_.FailExpecting("\"=\" after the key");
   at_.Next();
   at_.SkipBlanks();
   TTomlTableContent& target = EnterForDottedKey(table, key);
@@ -287,7 +287,7 @@ void TTomlParser::ParseInlineTable(TTomlValue& value, int depth) {
     if (at_.Peek() != ',') at_.FailExpecting("a comma or the closing \"}\"");
     at_.Next();
     at_.SkipBlanks();
-    if (at_.Peek() == '}') at_.FailExpecting("a key behind the comma");
+    if (at_.Peek() == '}') at_.FailExpecting("a key after the comma");
   }
   at_.Next();
 }

@@ -161,7 +161,7 @@ std::optional<TTime> TakeTime(TWord& rest) {
   return time;
 }
 
-/// Minutes; empty for what is no offset.
+/// Minutes; empty for what is not an offset.
 std::optional<int> TakeOffset(TWord& rest) {
   if (rest.TakeOne("Zz")) return 0;
   const int sign = rest.Peek() == '-' ? -1 : 1;

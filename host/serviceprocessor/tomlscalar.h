@@ -17,10 +17,10 @@ struct TTomlScalar {
   bool isTooLarge = false;   ///< an integer that 64 bits do not hold
 };
 
-/// Empty for what is no such value.
+/// Empty for anything else.
 std::optional<TTomlScalar> ReadTomlScalar(std::string_view word);
 
-/// Whether a date-time may go on behind a blank: the word is a date.
+/// Whether a date-time may go on after a blank: the word is a date.
 bool IsTomlDate(std::string_view word);
 
 }  // namespace NKROVEL20

@@ -95,7 +95,7 @@ void TStringReader::TakeEscape(bool onLines) {
   const char c = at_.Peek();
   const std::size_t letter = at_.AtEnd() ? std::string_view::npos : kLetters.find(c);
   if (letter == std::string_view::npos && c != 'u' && c != 'U') {
-    at_.FailExpecting("one of b, t, n, f, r, u, U, \" and \\ behind a backslash");
+    at_.FailExpecting("one of b, t, n, f, r, u, U, \" and \\ after a backslash");
   }
   at_.Next();
   if (letter == std::string_view::npos) return TakeUnicode(c == 'u' ? 4 : 8);

@@ -62,7 +62,7 @@ class TTrace::TFile {
     throw THostError(EExitStatus::kCannotCreate,
                      "cannot create trace file " + SafeText(path_) + ": " + std::strerror(errno));
   }
-  // A line with a whole capture file is not copied, and leaves no buffer of its size behind.
+  // A line with a whole capture file is not copied, and no buffer of its size is kept.
   void Write(const std::string& text) {
     if (descriptor_ >= 0 && text.size() >= kBufferSize) {
       Flush();

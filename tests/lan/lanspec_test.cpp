@@ -191,7 +191,7 @@ TEST(Secret, ProcessCannotBeReadWhileItHoldsOne) {
   EXPECT_EQ(prctl(PR_GET_DUMPABLE), 1);
 }
 
-// What free() itself overwrites is the first few bytes; the text is behind them.
+// What free() itself overwrites is the first few bytes; the text follows them.
 TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
   Testing::TMemorySearch search;
   std::string text = std::string(40, '-') + Testing::THiddenText::Decoded();

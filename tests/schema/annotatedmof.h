@@ -1,4 +1,5 @@
-// Annotated MOF: schemas whose expectations stand beside them, in the form that conformance/README.md describes.
+// Annotated MOF: schemas with their expectations on the lines themselves, in the form that conformance/README.md
+// describes.
 #pragma once
 
 #include <string>

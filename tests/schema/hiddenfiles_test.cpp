@@ -34,7 +34,7 @@ TEST(HiddenFiles, OfWhatIsNoMofOnlyThePlaceAndWhatWasExpectedAreSaid) {
             "secret: error: and 1 more error\n");
 }
 
-// What is expected behind a '$' would tell that there is one, and the places of all errors where.
+// What is expected after a '$' would tell that there is one, and the places of all errors where it is.
 TEST(HiddenFiles, OneErrorAndOneWarningAreSaid) {
   EXPECT_EQ(TOutside("$ $ $\nclass A {};\n#pragma p(\"\")\n#pragma p(\"\")\n").Shown(),
             "secret:1:1: error: " + kNotShown + "secret:3:9: warning: " + kNotShown +
@@ -43,11 +43,11 @@ TEST(HiddenFiles, OneErrorAndOneWarningAreSaid) {
 
 TEST(HiddenFiles, NoMessageOfTheScannerQuotesThem) {
   const std::string secret = "hunter2";
-  for (const char* text : {"class A { string p = \"hunter2\\q\"; };", "class A { char16 p = 'hunter2'; };",
-                           "class A { uint8 p = 12hunter2; };", "#hunter2", "class hunter2 {", "hunter2",
-                           "class A { hunter2 p; };", "class A { uint8 p = \"hunter2", "\xFFhunter2",
-                           "qualifier hunter2 : uint8, flavor(tosubclass, restricted);",
-                           "class A { uint8 p[hunter2]; };"}) {
+  for (const char* text :
+       {"class A { string p = \"hunter2\\q\"; };", "class A { char16 p = 'hunter2'; };",
+        "class A { uint8 p = 12hunter2; };", "#hunter2", "class hunter2 {", "hunter2", "class A { hunter2 p; };",
+        "class A { uint8 p = \"hunter2", "\xFFhunter2", "qualifier hunter2 : uint8, flavor(tosubclass, restricted);",
+        "class A { uint8 p[hunter2]; };"}) {
     const std::string shown = TOutside(text).Shown();
     EXPECT_NE(shown, "") << text;
     EXPECT_EQ(shown.find("hunter"), std::string::npos) << shown;
@@ -87,7 +87,8 @@ TEST(HiddenFiles, TypesInThemAreNotQuotedByLaterErrors) {
   EXPECT_EQ(TOutside("class Hunter {}; class A { Hunter REF p; };", "class B : A { string p; };").Shown(),
             "in/a.mof:2:22: error: the property 'p' has the type string, expected that of the property that it "
             "overrides\n  class B : A { string p; };\n                       ^\n"
-            "secret:1:28: warning: " + kNotShown);
+            "secret:1:28: warning: " +
+                kNotShown);
   EXPECT_EQ(TOutside("class A { uint8 m(); };", "class B : A { string m(); };").Shown(),
             "in/a.mof:2:15: warning: the method 'm' returns string, expected what the method that it overrides has\n"
             "  class B : A { string m(); };\n                ^\n");

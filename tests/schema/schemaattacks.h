@@ -6,7 +6,7 @@
 
 namespace NKROVEL20 {
 
-/// "{ "a text", ... }" of 20 elements for each one of `count`, and behind them `last`.
+/// "{ "a text", ... }" of 20 elements for each one of `count`, and then `last`.
 inline std::string LongList(int count, const std::string& last = "\"end\"") {
   return "{" + Repeated(20 * count, [](auto&) { return "\"a text\", "; }) + last + "}";
 }
@@ -43,8 +43,7 @@ inline const std::vector<TSchemaShape> kSchemaAttacks = {
     {"a-long-name-of-an-embedded-class",
      [](int n) {
        return "qualifier EmbeddedInstance : string = \"" + std::string(static_cast<std::size_t>(200 * n), 'x') +
-              "\", scope(any);\nclass A { [EmbeddedInstance] string p[]; };\n" +
-              Repeated(n, [](auto& i) {
+              "\", scope(any);\nclass A { [EmbeddedInstance] string p[]; };\n" + Repeated(n, [](auto& i) {
                 return "class B" + i + " { [EmbeddedInstance] string p = \"\"; };\ninstance of A { p = {\"\"}; };\n";
               });
      }},
@@ -105,7 +104,8 @@ inline const std::vector<TSchemaShape> kSchemaAttacks = {
               "[Association] class L { " + name + " REF a[]; " + name + " REF b; };\ninstance of " + name +
               " as $A {};\ninstance of L { a = {$A" + Repeated(n, [](auto&) { return ", $A"; }) + "}; };\n";
      }},
-    {"includes-of-one-file", [](int n) { return Repeated(n, [](auto&) { return "#pragma include(\"shape.mof\")\n"; }); }},
+    {"includes-of-one-file",
+     [](int n) { return Repeated(n, [](auto&) { return "#pragma include(\"shape.mof\")\n"; }); }},
     {"includes-of-no-file",
      [](int n) { return Repeated(n, [](auto& i) { return "#pragma include(\"none" + i + ".mof\")\n"; }); }},
 };

@@ -307,7 +307,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "  machine_type =\n"
                    "                ^\n"},
         TBadServer{"machine_type : \"6203\"",
-                   "server.toml:1:14: error: found \":\", expected \"=\" behind the key\n"
+                   "server.toml:1:14: error: found \":\", expected \"=\" after the key\n"
                    "  machine_type : \"6203\"\n"
                    "               ^\n"},
         TBadServer{"machine_type = \"\" [ipmi]",
@@ -320,7 +320,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "  x = 9223372036854775808\n"
                    "      ^\n"},
         TBadServer{"x = \"\\q\"",
-                   "server.toml:1:7: error: found \"q\", expected one of b, t, n, f, r, u, U, \" and \\ behind a "
+                   "server.toml:1:7: error: found \"q\", expected one of b, t, n, f, r, u, U, \" and \\ after a "
                    "backslash\n"
                    "  x = \"\\q\"\n"
                    "        ^\n"},

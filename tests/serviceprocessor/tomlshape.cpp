@@ -1,4 +1,4 @@
-// Reads documents from standard input, each behind a line with its number of bytes, and prints a line
+// Reads documents from standard input, each after a line with its number of bytes, and prints a line
 // of JSON for each: what it holds, or the message. tomloracle_test.py compares that.
 #include <iostream>
 #include <string>

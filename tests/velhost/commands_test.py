@@ -119,10 +119,10 @@ class Usage(VelhostCase):
                          self.collect("--sp", f"sim:{SOURCE}/servers/failing.toml")["instances"])
         done = self.run_velhost("collect", "--sp", "sim:absent.toml")
         self.assertEqual(done.returncode, 66)
-        self.assertRegex(done.stderr, r"^velhost: cannot open absent\.toml: there is no such file here, and none among "
+        self.assertRegex(done.stderr, r"^velhost: cannot open absent\.toml: no such file here, and none among "
                          r"the shipped servers in /\S+/share/velhost/servers\n$")
         self.fails(66, "cannot open ./failing.toml: No such file or directory", "collect", "--sp", "sim:./failing.toml")
-        self.fails(66, "cannot open absent.toml: there is no such file here", "simulate", "absent.toml")
+        self.fails(66, "cannot open absent.toml: no such file here", "simulate", "absent.toml")
         # One that is here comes first, whatever it is.
         self.write("failing.toml", 'machine_type = "here"\n')
         self.assertEqual(self.collect("--sp", "sim:failing.toml")["machine_type"], "here")
