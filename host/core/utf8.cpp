@@ -65,7 +65,8 @@ bool IsIn(const TRanges& ranges, char32_t character) {
 }  // namespace
 
 TCodePoint NextCodePoint(std::string_view text, std::size_t at) {
-  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  // Not text[i], whose check would repeat the caller's and the loop's: this runs for every character of a table.
+  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text.data()[i]); };
   const unsigned char first = byte(at);
   if (first < 0x80) return {first, 1, true};
   const TLead lead = LeadOf(first);
