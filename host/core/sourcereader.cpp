@@ -66,6 +66,8 @@ TEndedReading::~TEndedReading() = default;
 
 ISourceReader::~ISourceReader() = default;
 
+bool ISourceReader::LiesIn(const std::string& /*folder*/) { return false; }
+
 void ISourceReader::CheckStop() {}
 
 std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::size_t limit) {

@@ -29,8 +29,8 @@ class NKROVEL20_API ISourceReader {
   /// THostError (kNoInput, kNoPermission or kBadData) with a message that names it.
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
   /// Whether what was read last lies in the folder or below, all links resolved; the empty path is the current folder.
-  /// A pipe lies in every folder: whoever names one has its content already.
-  virtual bool LiesIn(const std::string& folder) = 0;
+  /// A pipe lies in every folder: whoever names one has its content already. A reader that cannot tell says no.
+  virtual bool LiesIn(const std::string& folder);
   /// Throws TEndedReading once the run that reads is stopped; never by default. Whoever makes something of a text
   /// that may be large calls it every now and then.
   virtual void CheckStop();

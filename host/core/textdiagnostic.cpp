@@ -35,6 +35,7 @@ struct TKnownLine {
   std::size_t start;
   std::size_t size;
   char At(std::size_t i) const { return bytes[i - start]; }
+  std::string_view Part(std::size_t from, std::size_t to) const { return bytes.substr(from - start, to - from); }
 };
 
 // The bytes of a line that are shown.
@@ -59,7 +60,7 @@ void AppendExcerpt(std::string& text, const TKnownLine& line, std::size_t column
   for (int i = 0; i < kMostContinuations && start > 0 && IsUtf8Continuation(line.At(start)); ++i) ++start;
   for (int i = 0; i < kMostContinuations && end < line.size && IsUtf8Continuation(line.At(end)); ++i) --end;
   text.append("  ").append(before);
-  AppendPrintable(text, line.bytes.substr(start - line.start, end - start));
+  AppendPrintable(text, line.Part(start, end));
   text.append(behind).append("\n  ").append(before.size(), ' ');
   const std::size_t caret = std::min(column > 0 ? column - 1 : 0, line.size);
   for (std::size_t i = start; i < caret; ++i) {

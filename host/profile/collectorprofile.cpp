@@ -60,16 +60,6 @@ boost::shared_ptr<TCIMClass> DelegateOf(const TNamespace& cimNamespace, std::str
   return {};
 }
 
-unsigned int InstanceCountOf(const TCIMClass& cimClass) {
-  const auto qualifier = cimClass.Qualifiers().Find(std::string(kMaxInstanceCount));
-  if (!qualifier || qualifier->GetValue().IsArray()) return 0;
-  try {
-    return static_cast<unsigned short>(qualifier->GetValue());
-  } catch (const std::exception&) {
-    return 0;
-  }
-}
-
 std::string BaseClassOf(const TCIMClass& cimClass) {
   for (const TCIMClass* above = cimClass.SuperClass().get(); above != nullptr; above = above->SuperClass().get()) {
     for (const std::string_view base : kJfrBaseClasses) {
@@ -156,6 +146,16 @@ std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimCl
     if (IsRegister(cimClass, *property, path)) registers.push_back(property);
   }
   return registers;
+}
+
+unsigned int InstanceCountOf(const TCIMClass& cimClass) {
+  const auto qualifier = cimClass.Qualifiers().Find(std::string(kMaxInstanceCount));
+  if (!qualifier || qualifier->GetValue().IsArray()) return 0;
+  try {
+    return static_cast<unsigned short>(qualifier->GetValue());
+  } catch (const std::exception&) {
+    return 0;
+  }
 }
 
 std::optional<std::string> MatchingElement(const TCIMClass& cimClass, const std::string& machineType) {

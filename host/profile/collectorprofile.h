@@ -49,6 +49,10 @@ bool IsRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath 
 /// Those properties, in enumeration order.
 std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimClass, EPath path);
 
+/// "MaxInstanceCount" as the collector reads it: the low 16 bits of a number or of a text that is one; 0 where there is
+/// none, or something else.
+unsigned int InstanceCountOf(const TCIMClass& cimClass);
+
 /// The first subclass of a base class one of whose "SupportedMachineTypes" elements contains the
 /// machine type; empty when there is none. A subclass without the qualifier matches nothing here,
 /// while the collector's own search ends in an assertion.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
 
 namespace NKROVEL20 {
@@ -44,6 +45,7 @@ class TNeeds {
   bool CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& property, std::string_view qualifier,
                    bool mayBeArray);
   void CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances);
+  void CheckSize(const TCIMClass& cimClass, EPath path);
   void CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
   void CheckCaptureClass(const TCIMClass& cimClass);
   const TSchemaSource* SourceOf(const TSourceLocation& location) const;
@@ -95,6 +97,8 @@ std::vector<TTextDiagnostic> TNeeds::Check() {
   if (!namespace_.FindClass(CollectorProfile::kCaptureClass)) {
     Error(nowhere, "the class " + Quote(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
   }
+  const std::string machineTypes = CollectorProfile::MachineTypesProblemOf(namespace_);
+  if (!machineTypes.empty()) Error(nowhere, machineTypes);
   for (const TClass& cimClass : namespace_.Classes()) CheckClass(*cimClass);
   if (dropped_ > 0) {
     findings_.push_back(
@@ -127,6 +131,16 @@ void TNeeds::CheckPath(const TCIMClass& cimClass, EPath path, const std::string&
       CheckOrigin(cimClass, *property, path);
     }
   }
+  CheckSize(cimClass, path);
+}
+
+void TNeeds::CheckSize(const TCIMClass& cimClass, EPath path) {
+  const std::string problem = CollectorProfile::ProblemOf(CollectorProfile::SizeOf(cimClass, path));
+  const auto count = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
+  if (problem.empty() || !count) return;
+  Error(count->Location(), "the class " + Quote(cimClass.Name()) + " with a " +
+                               std::string(CollectorProfile::kMaxInstanceCount) + " of " +
+                               std::to_string(CollectorProfile::InstanceCountOf(cimClass)) + " " + problem);
 }
 
 void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& role) {
@@ -194,6 +208,11 @@ void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& prope
   const TPropertyDefinition& definition = property.Definition();
   if (path == EPath::kR8) {
     CheckNumber(cimClass, property, CollectorProfile::kOffset, true);
+    const std::string problem = CollectorProfile::AddressProblemOf(property);
+    if (!problem.empty()) {
+      Error(definition.location,
+            "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name()) + " " + problem);
+    }
     CheckNumber(cimClass, property, CollectorProfile::kMaxLen, false);
   } else if (CheckNumber(cimClass, property, CollectorProfile::kIndex, false) && instances) {
     CheckRecord(cimClass, property, *instances);

@@ -166,7 +166,7 @@ uses:
   { $<range>$ = StartOf(scan.File().uses); }[start] use { $$ = UpTo($<range>start, scan.File().uses); }
 | uses[before] COMMA use        { $$ = UpTo($before, scan.File().uses); }
 ;
-use: name argument useFlavors { scan.File().uses.push_back({$name, $argument, $useFlavors}); } ;
+use: name argument useFlavors { scan.AddUse($name, $argument, $useFlavors); } ;
 argument:
   %empty                        { $$ = kNoValue; }
 | LPAREN literal RPAREN         { $$ = scan.Scalar($literal); }
@@ -242,7 +242,7 @@ assignments:
 ;
 assignment:
   qualifierList name EQUALS initializer semicolon
-    { scan.File().assignments.push_back({$qualifierList, $name, $initializer}); }
+    { scan.AddAssignment($qualifierList, $name, $initializer); }
 | error SEMICOLON                 { yyerrok; }
 ;
 

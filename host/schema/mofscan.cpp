@@ -4,6 +4,7 @@
 
 #include "host/schema/moftext.h"
 #include "host/schema/mofwords.h"
+#include "host/schema/schemacost.h"
 #include "mofparser.hpp"
 
 namespace NKROVEL20::Mof {
@@ -39,6 +40,17 @@ void TScan::Stop(std::uint32_t offset, std::string message) {
   stopped_ = true;
 }
 
+void TScan::Charge(std::uint32_t offset, std::size_t bytes) {
+  const std::size_t total = log_.AddMemory(bytes);
+  if (total <= limits_.memory) return;
+  const bool isFirst = total - bytes <= limits_.memory;
+  if (isFirst) {
+    Stop(offset, "the schema takes more than " + std::to_string(limits_.memory) +
+                     " bytes of memory, estimated from what it declares");
+  }
+  stopped_ = true;
+}
+
 bool TScan::TooLong(TSpan span, std::size_t limit) {
   if (span.end - span.begin <= limit) return false;
   Stop(span.begin, "found " + Quoted(Text(span)) + ", which is " + std::to_string(span.end - span.begin) +
@@ -47,6 +59,7 @@ bool TScan::TooLong(TSpan span, std::size_t limit) {
 }
 
 void TScan::Note(TSpan name) {
+  Charge(name.begin, kCostOfName);
   if (previousWord_ == TToken::CLASS) file_.mentionedClasses.insert(Text(name));
   if (previousWord_ == TToken::QUALIFIER) file_.mentionedQualifiers.insert(Text(name));
 }
@@ -91,6 +104,7 @@ std::uint32_t TScan::LineComment(TSpan span) const {
 }
 
 TRange TScan::OnePiece(TSpan content, bool escaped) {
+  Charge(content.begin, kCostOfPiece);
   file_.pieces.push_back({content, escaped});
   return {static_cast<std::uint32_t>(file_.pieces.size() - 1), 1};
 }

@@ -94,6 +94,8 @@ class TScan {
   void AddClass(TRange qualifiers, TSpan name, TSpan superClass, TRange features);
   void AddInstance(TRange qualifiers, TSpan className, TSpan alias, TRange assignments);
   void AddPragma(TSpan name, const TLiteral& parameter);
+  void AddUse(TSpan name, TInitializer value, std::uint32_t flavors);
+  void AddAssignment(TRange qualifiers, TSpan name, TInitializer value);
 
  private:
   /// Whether the token exceeds the limit, which ends the reading.
@@ -103,6 +105,8 @@ class TScan {
   std::uint32_t Escape(std::uint32_t offset);
   void BadEscape(std::uint32_t offset, std::string_view escape);
   void Stop(std::uint32_t offset, std::string message);
+  /// Counts what is read in memory; too much of it in all texts ends the reading.
+  void Charge(std::uint32_t offset, std::size_t bytes);
   /// Remembers a name behind "class" or "qualifier".
   void Note(TSpan name);
 

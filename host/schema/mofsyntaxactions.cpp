@@ -2,6 +2,7 @@
 #include <charconv>
 
 #include "host/schema/mofscan.h"
+#include "host/schema/schemacost.h"
 
 namespace NKROVEL20::Mof {
 
@@ -38,39 +39,57 @@ std::uint32_t TScan::JoinFlavors(std::uint32_t flavors, std::uint32_t flavor, TS
 }
 
 TInitializer TScan::Scalar(const TLiteral& literal) {
+  Charge(literal.span.begin, kCostOfLiteral);
   return {true, false, {Append(file_.literals, literal), 1}, literal.span};
 }
 
 void TScan::AddFeature(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array, TInitializer value) {
+  Charge(name.begin, kCostOfProperty);
   file_.features.push_back({false, qualifiers, type, name, array, value, {0, 0}});
 }
 
 void TScan::AddMethod(TRange qualifiers, TTypeName type, TSpan name, TRange parameters) {
+  Charge(name.begin, kCostOfMethod);
   file_.features.push_back({true, qualifiers, type, name, {false, 0}, {false, false, {0, 0}, {0, 0}}, parameters});
 }
 
 void TScan::AddParameter(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array) {
+  Charge(name.begin, kCostOfParameter);
   file_.parameters.push_back({false, qualifiers, type, name, array, {false, false, {0, 0}, {0, 0}}, {0, 0}});
 }
 
 void TScan::AddQualifier(TSpan name, TTypeName type, TArraySuffix array, TInitializer value, std::uint32_t scope,
                          std::uint32_t flavors) {
+  Charge(name.begin, kCostOfQualifierDeclaration);
   const TQualifierSyntax declaration = {name, type, array, value, scope, flavors};
   file_.productions.push_back({EProduction::kQualifier, Append(file_.qualifiers, declaration)});
 }
 
 void TScan::AddClass(TRange qualifiers, TSpan name, TSpan superClass, TRange features) {
+  Charge(name.begin, kCostOfClass);
   const TClassSyntax declaration = {qualifiers, name, superClass, features};
   file_.productions.push_back({EProduction::kClass, Append(file_.classes, declaration)});
 }
 
 void TScan::AddInstance(TRange qualifiers, TSpan className, TSpan alias, TRange assignments) {
+  Charge(className.begin, kCostOfInstance);
   const TInstanceSyntax declaration = {qualifiers, className, alias, assignments};
   file_.productions.push_back({EProduction::kInstance, Append(file_.instances, declaration)});
 }
 
 void TScan::AddPragma(TSpan name, const TLiteral& parameter) {
+  Charge(name.begin, kCostOfPragma);
   file_.productions.push_back({EProduction::kPragma, Append(file_.pragmas, TPragmaSyntax{name, parameter})});
+}
+
+void TScan::AddUse(TSpan name, TInitializer value, std::uint32_t flavors) {
+  Charge(name.begin, kCostOfQualifier);
+  file_.uses.push_back({name, value, flavors});
+}
+
+void TScan::AddAssignment(TRange qualifiers, TSpan name, TInitializer value) {
+  Charge(name.begin, kCostOfAssignment);
+  file_.assignments.push_back({qualifiers, name, value});
 }
 
 }  // namespace NKROVEL20::Mof

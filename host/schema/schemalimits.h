@@ -1,4 +1,5 @@
-// How much of a schema is read. A schema beyond a limit is refused with a message that names it.
+// How much of a schema is read. A schema beyond a limit is refused with a message that names it. What a collection with
+// it may take is limited in host/profile/collectionsize.h.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +23,8 @@ struct TSchemaLimits {
   std::size_t qualifiersPerElement = 64;   ///< own ones of a class, property, method or parameter
   std::size_t propertiesPerClass = 4096;   ///< inherited ones too
   std::size_t modelEntries = 4U << 20U;    ///< properties and qualifiers of all classes as each class sees them
-  std::size_t instanceValues = 4U << 20U;  ///< properties of all instances, set or not
+  std::size_t instanceValues = 1U << 20U;  ///< properties of all instances, set or not
+  std::size_t memory = 192U << 20U;        ///< bytes for what all texts declare, estimated by schemacost.h
   std::size_t diagnostics = 100;           ///< errors shown, and as many warnings; the others are counted
   /// Called again and again while a schema is read. Time is limited by what it throws; empty: no limit.
   std::function<void()> checkStop = {};

@@ -15,6 +15,7 @@ TSchemaSource::TSchemaSource(std::string name, std::string text) : name_(std::mo
 
 void TSchemaSource::FindLines() const {
   const std::string_view text = Text();
+  starts_.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
   starts_.push_back(0);
   for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n', end + 1)) {
     starts_.push_back(static_cast<std::uint32_t>(end + 1));

@@ -99,6 +99,8 @@ class TSchemaLog {
   }
   /// Whether nothing that this file declares may be quoted.
   bool Hides(const std::string& file) const { return !hiddenFiles_.empty() && hiddenFiles_.count(file) != 0; }
+  /// Bytes that the texts are estimated to take so far, with these; see TSchemaLimits::memory.
+  std::size_t AddMemory(std::size_t bytes) { return memory_ += bytes; }
   /// What all searches for the nearest name may still take together; see NearestName.
   std::size_t& NameSearchSteps() { return nameSearchSteps_; }
 
@@ -129,6 +131,7 @@ class TSchemaLog {
   TList warnings_;
   std::map<std::uint32_t, TUnsaid> unsaid_;  // of the hidden files
   std::set<std::string> hiddenFiles_;
+  std::size_t memory_ = 0;
   std::size_t nameSearchSteps_ = kNameSearchSteps;
 };
 

@@ -121,6 +121,8 @@ class TCollection {
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
     classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType());
+    RefuseTooLarge(*namespace_, classes_, environment_->MachineType(), options_.singleRequest,
+                   connection_->ServiceProcessor().DiscoverServiceProcessors());
     for (const std::string& text : UnservedTexts(*namespace_, classes_, environment_->MachineType())) {
       Say("warning: " + text);
     }

@@ -7,6 +7,7 @@
 #include "host/core/hosterror.h"
 #include "host/core/nearestname.h"
 #include "host/core/unsafetext.h"
+#include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"
 
@@ -68,6 +69,33 @@ std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
     texts.push_back("the collector does not serve " + cimClass->Name() + where + hint);
   }
   return texts;
+}
+
+void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::shared_ptr<TCIMClass>>& classes,
+                    const std::string& machineType, bool singleRequest, int serviceProcessors) {
+  using namespace CollectorProfile;
+  const auto refuse = [](const std::string& subject, const std::string& problem) {
+    if (!problem.empty()) throw THostError(EExitStatus::kBadData, subject + problem);
+  };
+  refuse("", MachineTypesProblemOf(cimNamespace));
+  std::map<const TCIMClass*, EPath> paths;
+  for (const auto& entry : CollectableClasses(cimNamespace, machineType)) paths[entry.cimClass.get()] = entry.path;
+  TCollectionSize all;
+  for (const auto& cimClass : classes) {
+    const auto path = paths.find(cimClass.get());
+    if (path == paths.end()) continue;
+    for (const auto& property : RegistersOf(*cimClass, path->second)) {
+      const std::string problem = path->second == EPath::kR8 ? AddressProblemOf(*property) : std::string();
+      refuse("the register " + property->Definition().name + " of the class " + cimClass->Name() + " ", problem);
+    }
+    // The collector keeps eight bits of their number.
+    const TCollectionSize size = SizeOf(*cimClass, path->second, static_cast<std::uint8_t>(serviceProcessors));
+    refuse("the class " + cimClass->Name() + " with a MaxInstanceCount of " +
+               std::to_string(InstanceCountOf(*cimClass)) + " ",
+           ProblemOf(size));
+    all += size;
+  }
+  if (singleRequest) refuse("the single request for all classes ", ProblemOf(all));
 }
 
 std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes) {

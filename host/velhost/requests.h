@@ -27,6 +27,11 @@ std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
                                        const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                                        const std::string& machineType);
 
+/// Throws THostError (kBadData) where a request would take more memory than is allowed; see collectionsize.h. A single
+/// request is one for all classes.
+void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::shared_ptr<TCIMClass>>& classes,
+                    const std::string& machineType, bool singleRequest, int serviceProcessors);
+
 /// The names of the classes that stand behind the capture class: a single request never serves them.
 std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
 

@@ -257,5 +257,47 @@ TEST(CollectorNeeds, FindingsAreBounded) {
   EXPECT_EQ(findings.back().message, "and 200 more findings");
 }
 
+// 512 instances of 256 reads are 131,072.
+TEST(CollectorNeeds, NoMoreReadsThanTheCollectorCanHoldInMemory) {
+  std::string registers;
+  for (int i = 0; i < 256; ++i) registers += "[Offset{0x10}, MaxLen(8)] uint8 R" + std::to_string(i) + "[];";
+  EXPECT_EQ(R8("SupportedMachineTypes{\"6203\"}, MaxInstanceCount(512)", registers), "");
+  EXPECT_EQ(
+      R8("SupportedMachineTypes{\"6203\"}, MaxInstanceCount(513)", registers),
+      "14:33 the class 'KROSG_VO_MEMCTL_StatisticData' with a MaxInstanceCount of 513 takes 131328 register reads, "
+      "expected at most 131072\n");
+}
+
+TEST(CollectorNeeds, NoMorePropertiesOfInstancesThanTheCollectorCanHoldInMemory) {
+  std::string properties;
+  for (int i = 0; i < 60; ++i) properties += "string P" + std::to_string(i) + ";";
+  const auto needs = [&](const std::string& count) {
+    return Needs("class Wide : Chipset {" + properties + "}; class Super : Wide {}; [SupportedMachineTypes{\"1\"}, " +
+                 "MaxInstanceCount(" + count + ")]\nclass KROSG_VO_MEMCTL_StatisticData : Super {};");
+  };
+  EXPECT_EQ(needs("32263"), "") << "65 properties, 2,097,095 in all";
+  EXPECT_EQ(
+      needs("32264"),
+      "14:728 the class 'KROSG_VO_MEMCTL_StatisticData' with a MaxInstanceCount of 32264 takes 2097160 properties of "
+      "instances, expected at most 2097152\n");
+}
+
+TEST(CollectorNeeds, NoMoreThan256AddressesOfARegister) {
+  std::string addresses = "0";
+  for (int i = 1; i < 257; ++i) addresses += ",0";
+  EXPECT_EQ(R8(kGood, "[Offset{" + addresses + "}, MaxLen(8)] uint8 A[];"),
+            "16:542 the register 'A' of the class 'KROSG_VO_MEMCTL_StatisticData' has 257 addresses in its qualifier "
+            "'Offset', expected at most 256\n");
+}
+
+TEST(CollectorNeeds, MachineTypesOfAllClassesTogether) {
+  std::string text = "[SupportedMachineTypes{\"" + std::string(600000, '1') + "\"} : ToSubclass] class A0 {};\n";
+  for (int i = 1; i < 7; ++i) text += "class A" + std::to_string(i) + " : A0 {};\n";
+  EXPECT_EQ(
+      Needs(text),
+      "0:0 the classes have 4200112 bytes in their qualifiers 'SupportedMachineTypes', inherited ones included and "
+      "16 for each element, expected at most 4194304\n");
+}
+
 }  // namespace
 }  // namespace NKROVEL20

@@ -180,6 +180,29 @@ class Usage(VelhostCase):
         (self.folder / "a").symlink_to("a")
         self.fails(73, "cannot create the folder a: Too many levels of symbolic links", "collect", "--capture-dir", "a")
 
+    def test_a_class_that_would_take_too_much_memory(self):
+        """Nothing is sent for it: there is not even a recording."""
+        server = self.write("server.toml", SERVER)
+        too_many = self.schema({f"R{i}": (i, 8) for i in range(256)}, count=513)
+        for arguments in ((), (BRIDGE,), ("--single-request",)):
+            self.fails(65, f"velhost: the class {BRIDGE} with a MaxInstanceCount of 513 takes 131328 register reads, "
+                       "expected at most 131072\n", "collect", "--schema", too_many, "--sp", f"sim:{server}",
+                       "--record", "run.jsonl", *arguments)
+        self.assertFalse((self.folder / "run.jsonl").exists())
+        half = self.schema({f"R{i}": (i, 8) for i in range(256)}, count=300)
+        self.fails(65, "velhost: the single request for all classes takes 153600 register reads, expected at most 131072\n",
+                   "collect", "--schema", half, "--sp", f"sim:{server}", "--single-request", BRIDGE, BRIDGE)
+
+    def test_the_service_processors_of_a_block_class_count(self):
+        (self.folder / "block.bin").write_bytes(bytes(4096))
+        server = self.write("server.toml", 'machine_type = "6203"\n[dot]\n' +
+                            '[[dot.service_processor]]\nblock_file = "block.bin"\n' * 2)
+        schema = self.write("jfr.mof", pathlib.Path(self.schema({})).read_text() + """
+            [SupportedMachineTypes{"6203"}, MaxInstanceCount(32768)]
+            class Wide : KROSG_MEMCTL_StatisticData { [Index(1), MaxLen(8)] uint8 R[]; };""")
+        self.fails(65, "velhost: the class Wide with a MaxInstanceCount of 32768 takes 65536 instances, expected at most "
+                   "65535\n", "collect", "--schema", schema, "--sp", f"sim:{server}", "Wide")
+
     def test_inputs_may_be_pipes(self):
         server = self.write("server.toml", SERVER)
         schema = self.schema({"Register": (0x1000, 8)})
