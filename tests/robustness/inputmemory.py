@@ -1,9 +1,10 @@
 """The largest inputs that are read, and larger ones: memory is bounded by the limits, not by what a file says."""
 
 import os
+import re
 import subprocess
 
-from support import Folder, Tally, VELHOST
+from support import BRIDGE, Folder, Tally, VELHOST
 
 PEAKMEMORY = os.path.abspath(os.environ["PEAKMEMORY"])
 MOST = 512 * 1024  # KiB that any input may take
@@ -11,6 +12,7 @@ FEW = 32 * 1024  # KiB that one takes of which little is in memory at a time
 LARGEST_FILE = 64 << 20  # of a server file
 VALUE = 'value="0102030405060708"'
 TYPE = 'machine_type="6203"\n'
+PATTERN = TYPE + 'unlisted_registers="pattern"\n[[bmc_node]]\n'
 HEAD = ('{"format":"velhost-recording","version":1,"machine_type":"6203","started":"","utc_offset_minutes":0,"discovery":'
         '{"bmc_nodes":1,"ipmi_driver":true,"dot_command":false,"sp_comm":false,"service_processors":0}}\n')
 
@@ -39,10 +41,25 @@ def data_files(folder):
     return TYPE + "[[bmc_node]]\n" + areas
 
 
-def measure(folder, tally, name, sp, status, most):
+def many_properties(schema, classes):
+    """The schema with so many classes of 4,000 properties beside it: each is estimated to take 700 bytes."""
+    properties = "".join(f"uint8 P{i};" for i in range(4000))
+    return schema + "".join(f"class Filler{i} {{{properties}}};\n" for i in range(classes))
+
+
+def many_reads(folder, instances):
+    """A class of 512 registers, whose names have 900 characters."""
+    path = folder.schema(512, instances)
+    with open(path, encoding="utf-8") as file:
+        text = file.read()
+    return re.sub(r"\b(Register\d+)\b", lambda match: match.group(1).ljust(900, "x"), text)
+
+
+def measure(folder, tally, name, sp, status, most, schema=None, wanted="KROSG_DCAPFile"):
+    path = folder.schema(1, 1) if schema is None else folder.write("large.mof", schema)
     run = subprocess.run(
-        [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", folder.schema(1, 1), "--sp", sp, "--format", "json", "-o",
-         "out.json", "KROSG_DCAPFile"], cwd=folder.path, capture_output=True, text=True, timeout=280, check=False)
+        [PEAKMEMORY, "peak", VELHOST, "collect", "--schema", path, "--sp", sp, "--format", "json", "-o", "out.json", wanted],
+        cwd=folder.path, capture_output=True, text=True, timeout=280, check=False)
     peak = int((folder.path / "peak").read_text())
     print(f"{name:40}  {run.returncode:4}  {peak:8}", flush=True)
     tally.expect(run.returncode == status, f"{name}: exit status {run.returncode}, {run.stderr[:300]}")
@@ -61,6 +78,15 @@ def main():
                 ("server file: data files", data_files(folder), 0, FEW)):
             folder.write("server.toml", text)
             measure(folder, tally, name, "sim:server.toml", status, most)
+        folder.write("pattern.toml", PATTERN)
+        with open(folder.schema(1, 1), encoding="utf-8") as file:
+            schema = file.read()
+        for classes, status in ((70, 0), (73, 65)):
+            measure(folder, tally, f"schema: {4000 * classes} properties", "sim:pattern.toml", status, MOST,
+                    many_properties(schema, classes))
+        for instances, status in ((256, 0), (257, 65)):
+            measure(folder, tally, f"schema: {512 * instances} register reads", "sim:pattern.toml", status, MOST,
+                    many_reads(folder, instances), BRIDGE)
         clock = '{"kind":"clock","local_time":"2026-01-31T12:34:56+01:00"}\n'
         folder.write("lines.jsonl", HEAD + clock * 120_000)
         measure(folder, tally, "recording: lines", "replay:lines.jsonl", 65, FEW)
