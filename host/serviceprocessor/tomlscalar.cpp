@@ -38,17 +38,12 @@ class TWord {
   }
   /// Digits, with an underscore between two of them where `parted`; empty where there are none.
   std::string_view Digits(int base, bool parted) {
+    const auto isDigit = [this, base](std::size_t at) { return at < rest_.size() && ValueOf(rest_[at]) < base; };
+    const auto isParting = [this, &isDigit](std::size_t at) {
+      return at < rest_.size() && rest_[at] == '_' && at > 0 && rest_[at - 1] != '_' && isDigit(at + 1);
+    };
     std::size_t size = 0;
-    while (size < rest_.size()) {
-      if (ValueOf(rest_[size]) < base) {
-        ++size;
-      } else if (parted && rest_[size] == '_' && size > 0 && rest_[size - 1] != '_' && size + 1 < rest_.size() &&
-                 ValueOf(rest_[size + 1]) < base) {
-        ++size;
-      } else {
-        break;
-      }
-    }
+    while (isDigit(size) || (parted && isParting(size))) ++size;
     const std::string_view digits = rest_.substr(0, size);
     rest_.remove_prefix(size);
     return digits;
