@@ -62,7 +62,7 @@ void TTORGARegPluginCallbacks::collectJFR(const boost::shared_ptr<ICIMNamespace>
 void TTORGARegPluginCallbacks::collectR8(const boost::shared_ptr<ICIMClass>& requested, const std::string& name) {
   logger->writeDebug("Requested class " + name);
   const auto qualifier = requested->GetQualifier("SupportedMachineTypes", {});
-  // A value that is no array throws TVELException.
+  // A value that is not an array throws TVELException.
   const std::vector<TCIMValue>& elements = qualifier->GetValue();
   if (!supportsMachineType(elements, machineType)) return;
   currentClass = requested;

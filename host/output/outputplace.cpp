@@ -86,7 +86,7 @@ TOutputPlace FindOutputPlace(const std::string& path) {
     if (!isSame) throw TNoPlace{"it changed while it was looked up"};
     if (!isLink) return place;
     TOutputPlace next = PlaceIn(place.folder.Get(), TargetOf(entry.Get()));
-    next.existing = std::move(place.existing);
+    next.existing = place.existing;
     place = std::move(next);
   }
   Fail(ELOOP);

@@ -16,7 +16,7 @@ inline constexpr std::size_t kCostOfInstance = 400;
 inline constexpr std::size_t kCostOfAssignment = 80;
 inline constexpr std::size_t kCostOfLiteral = 200;
 inline constexpr std::size_t kCostOfPiece = 32;  // of a string
-inline constexpr std::size_t kCostOfName = 100;  // behind a word that declares one
+inline constexpr std::size_t kCostOfName = 100;  // after a word that declares one
 inline constexpr std::size_t kCostOfPragma = 100;
 
 }  // namespace NKROVEL20::Mof

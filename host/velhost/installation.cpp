@@ -24,7 +24,7 @@ std::string TInstallation::FindServer(const std::string& name) const {
   std::error_code error;
   const bool isHere = fs::symlink_status(name, error).type() != fs::file_type::not_found;
   if (isHere || name.find('/') != std::string::npos) return name;
-  const std::string shipped = ServerFolder() + "/" + name;
+  std::string shipped = ServerFolder() + "/" + name;
   if (fs::exists(shipped, error)) return shipped;
   throw THostError(EExitStatus::kNoInput, "cannot open " + SafeText(name) +
                                               ": no such file here, and none among the shipped servers in " +

@@ -173,7 +173,7 @@ std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, con
 
 // The file of "sim:FILE" or "replay:FILE".
 std::string FileOf(const std::string& spec) {
-  const std::string file = RestOf(spec);
+  std::string file = RestOf(spec);
   if (!file.empty()) return file;
   const std::string scheme = SchemeOf(spec);
   throw THostError(EExitStatus::kUsage,

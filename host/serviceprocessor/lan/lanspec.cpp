@@ -27,7 +27,7 @@ constexpr std::size_t kMaxPasswordFile = 4096;
                    "'" + spec + "': " + problem + "; expected lan:[USER@]HOST[:PORT], an IPv6 address in brackets");
 }
 
-// Without the SPEC, which has the password.
+// Without the text after --sp, which has the password.
 [[noreturn]] void ThrowPasswordInUser() {
   throw THostError(EExitStatus::kUsage,
                    "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "

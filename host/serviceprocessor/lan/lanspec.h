@@ -26,7 +26,7 @@ struct TLanOptions {
 
 /// "lan:[USER@]HOST[:PORT]", an IPv6 address in brackets; a USER may contain "@". Gives host, port
 /// and user. Throws THostError (kUsage), saying what is wrong with which SPEC; for a ":" in USER without
-/// the SPEC, since a password may follow it.
+/// the text after --sp, since a password may be in it.
 NKROVEL20_API TLanOptions ParseLanSpec(const std::string& spec);
 
 /// "user", "operator" or "admin"; empty for anything else.
