@@ -52,6 +52,50 @@ TEST_F(FileReader, FollowsALink) {
   EXPECT_EQ(reader_.Read(Path("link"), 100), "content");
 }
 
+TEST_F(FileReader, TellsWhetherWhatItReadLiesInAFolder) {
+  fs::create_directories(Path("in/below"));
+  Write("in/a", "x");
+  Write("in/below/b", "x");
+  Write("inner", "x");
+  EXPECT_FALSE(reader_.LiesIn(folder_)) << "nothing was read";
+  reader_.Read(Path("in/a"), 1);
+  EXPECT_TRUE(reader_.LiesIn(Path("in")));
+  EXPECT_TRUE(reader_.LiesIn(Path("in/below/..")));
+  EXPECT_TRUE(reader_.LiesIn("/"));
+  EXPECT_FALSE(reader_.LiesIn(Path("in/below")));
+  EXPECT_FALSE(reader_.LiesIn(Path("none")));
+  reader_.Read(Path("in/below/../../in/below/b"), 1);
+  EXPECT_TRUE(reader_.LiesIn(Path("in")));
+  reader_.Read(Path("inner"), 1);
+  EXPECT_FALSE(reader_.LiesIn(Path("in"))) << "its name only begins alike";
+}
+
+TEST_F(FileReader, ALinkLiesWhereItLeads) {
+  fs::create_directories(Path("in"));
+  Write("secret", "x");
+  fs::create_symlink("../secret", Path("in/link"));
+  reader_.Read(Path("in/link"), 1);
+  fs::remove(Path("in/link"));
+  Write("in/link", "x");
+  EXPECT_FALSE(reader_.LiesIn(Path("in"))) << "whatever has its name by now";
+}
+
+TEST_F(FileReader, NothingLiesAnywhereOnceAReadHasFailed) {
+  reader_.Read(Write("a", "x"), 1);
+  EXPECT_ANY_THROW(reader_.Read(Path("none"), 1));
+  EXPECT_FALSE(reader_.LiesIn(folder_));
+}
+
+TEST(MemoryReader, TextsLieInTheFoldersOfTheirNames) {
+  TMemoryReader reader;
+  reader.Add("in/a", "x");
+  reader.Read("in/a", 1);
+  EXPECT_TRUE(reader.LiesIn("in"));
+  EXPECT_TRUE(reader.LiesIn(""));
+  EXPECT_FALSE(reader.LiesIn("i"));
+  EXPECT_FALSE(reader.LiesIn("in/a/b"));
+}
+
 TEST_F(FileReader, TheLimitIsTheLargestSizeThatIsRead) {
   const std::string path = Write("a", "12345");
   EXPECT_EQ(reader_.Read(path, 5), "12345");

@@ -54,6 +54,46 @@ TEST(SchemaLimits, TokenSize) {
   }
 }
 
+TEST(SchemaLimits, NameSize) {
+  const std::string fits(1024, 'n');
+  EXPECT_EQ(Messages(ReadText("class " + fits + " { string s; };\ninstance of " + fits + " as $" +
+                              std::string(1023, 'a') + " {};")),
+            "");
+  EXPECT_EQ(Messages(ReadText("class " + fits + "n {};")),
+            "1:7 found '" + std::string(40, 'n') + "...', which is 1025 bytes long, expected at most 1024\n");
+  EXPECT_EQ(Messages(ReadText("class A {};\ninstance of A as $" + std::string(1024, 'a') + " {};")),
+            "2:18 found '$" + std::string(39, 'a') + "...', which is 1025 bytes long, expected at most 1024\n");
+}
+
+// A class with two properties and a qualifier on one of them, and another text with a class.
+TEST(SchemaLimits, EstimatedMemory) {
+  TSchemaText schema;
+  const std::string qualifier = "qualifier Q : string, scope(any);\n";
+  schema.File("a.mof", qualifier + "class A { [Q] string p; string q; };").File("b.mof", "\nclass B {};");
+  const std::size_t names = 3 * 100;
+  const std::size_t needs = names + 400 + 350 + 2 * 700 + 2 * 1200;
+  schema.limits.memory = needs;
+  EXPECT_EQ(Shown(schema.Read({"a.mof", "b.mof"})), "");
+  schema.limits.memory = needs - 1;
+  EXPECT_EQ(Messages(schema.Read({"a.mof", "b.mof"})),
+            "2:7 the schema takes more than 4849 bytes of memory, estimated from what it declares\n");
+  schema.limits.memory = 600;
+  EXPECT_EQ(Messages(schema.Read({"a.mof", "b.mof"})),
+            "2:12 the schema takes more than 600 bytes of memory, estimated from what it declares\n")
+      << "said once";
+}
+
+TEST(SchemaLimits, LengthOfAMessage) {
+  TSchemaText schema;
+  const std::string name(1000, 'n');
+  schema.File("a.mof", "class " + name + " {}; class " + name + "2 {}; class A { " + name + " REF r; };\n" +
+                           "class B : A { " + name + "2 REF r; };");
+  const TSchemaResult result = schema.Read({"a.mof"});
+  ASSERT_EQ(result.diagnostics.size(), 3U);
+  EXPECT_EQ(result.diagnostics[2].message.size(), 2003U);
+  EXPECT_EQ(result.diagnostics[2].message.substr(1997), "nnn...");
+}
+
 TEST(SchemaLimits, Nesting) {
   TSchemaText schema;
   schema.limits.nesting = 3;
