@@ -24,19 +24,21 @@ std::string EscapeOf(char32_t character) {
 std::string SafeText(std::string_view text) {
   std::string safe;
   safe.reserve(text.size());
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const TCodePoint next = NextCodePoint(text, at);
+  for (;;) {
+    const std::size_t plain = PrintableAsciiSize(text);
+    safe += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) return safe;
+    const TCodePoint next = NextCodePoint(text, 0);
     if (!next.valid) {
       safe += kReplacementText;
     } else if (IsUnsafe(next.value)) {
       safe += EscapeOf(next.value);
     } else {
-      safe += text.substr(at, next.size);
+      safe += text.substr(0, next.size);
     }
-    at += next.size;
+    text.remove_prefix(next.size);
   }
-  return safe;
 }
 
 std::string SafeLines(std::string_view text) {

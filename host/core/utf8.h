@@ -1,6 +1,7 @@
 // UTF-8 as output needs it: messages and every output form are valid UTF-8, whatever bytes a string holds.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -17,6 +18,13 @@ struct TCodePoint {
   std::size_t size;  ///< bytes taken, at least 1
   bool valid;
 };
+
+/// How many bytes at the start of the text are printable ASCII: characters of one byte and one column,
+/// of which hardly any text has others, so that a run of them is taken at once.
+inline std::size_t PrintableAsciiSize(std::string_view text) {
+  const auto end = std::find_if(text.begin(), text.end(), [](char c) { return c < 0x20 || c > 0x7E; });
+  return static_cast<std::size_t>(end - text.begin());
+}
 
 /// The character that starts at `at`, which must be inside the text. Bytes that are no character
 /// (stray, overlong, cut short, surrogates, above U+10FFFF) are taken as far as they could have

@@ -26,17 +26,20 @@ std::size_t CutOf(std::string_view text, std::size_t fitting, std::size_t width)
 
 std::size_t ColumnsOf(std::string_view safeText) {
   std::size_t columns = 0;
-  for (std::size_t at = 0; at < safeText.size();) {
-    const TCodePoint next = NextCodePoint(safeText, at);
+  for (;;) {
+    const std::size_t plain = PrintableAsciiSize(safeText);
+    columns += plain;
+    safeText.remove_prefix(plain);
+    if (safeText.empty()) return columns;
+    const TCodePoint next = NextCodePoint(safeText, 0);
     columns += static_cast<std::size_t>(ColumnsOf(next.value));
-    at += next.size;
+    safeText.remove_prefix(next.size);
   }
-  return columns;
 }
 
 std::string_view StartThatFits(std::string_view safeText, std::size_t width) {
-  std::size_t columns = 0;
-  std::size_t at = 0;
+  std::size_t at = std::min(PrintableAsciiSize(safeText), width);
+  std::size_t columns = at;
   while (at < safeText.size()) {
     const TCodePoint next = NextCodePoint(safeText, at);
     columns += static_cast<std::size_t>(ColumnsOf(next.value));

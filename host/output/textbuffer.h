@@ -2,6 +2,7 @@
 // that decide how fast a form is written.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -66,15 +67,15 @@ constexpr TPlainCharacters PlainBut(std::string_view special) {
 /// no character arrive as the replacement character.
 template <typename TPlain, typename TSpecial>
 void SplitText(std::string_view text, const TPlainCharacters& table, TPlain&& plain, TSpecial&& special) {
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const std::size_t start = at;
-    while (at < text.size() && table[static_cast<unsigned char>(text[at])]) ++at;
-    if (at > start) plain(text.substr(start, at - start));
-    if (at == text.size()) return;
-    const TCodePoint next = NextCodePoint(text, at);
-    special(next.value, next.valid ? text.substr(at, next.size) : kReplacementText);
-    at += next.size;
+  while (!text.empty()) {
+    const auto isSpecial = [&table](char c) { return !table[static_cast<unsigned char>(c)]; };
+    const auto run = static_cast<std::size_t>(std::find_if(text.begin(), text.end(), isSpecial) - text.begin());
+    if (run > 0) plain(text.substr(0, run));
+    text.remove_prefix(run);
+    if (text.empty()) return;
+    const TCodePoint next = NextCodePoint(text, 0);
+    special(next.value, next.valid ? text.substr(0, next.size) : kReplacementText);
+    text.remove_prefix(next.size);
   }
 }
 
