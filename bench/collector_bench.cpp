@@ -11,9 +11,9 @@
 #include "bench/benchsupport.h"
 #include "bench/collectorsupport.h"
 #include "jfr/TJFRErrorData.h"
-#include "nkrovel20/registerblockcommand.h"
-#include "nkrovel20/registercommands.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/registerblock.h"
+#include "wire/registerread.h"
+#include "wire/storagearea.h"
 
 using namespace NKROVEL20;
 
@@ -27,7 +27,7 @@ constexpr std::uint32_t kLargeFile = 1U << 20U;
 // Answers registers, timestamps, blocks and one storage area of a settable size.
 class TInstantServiceProcessor : public IServiceProcessor {
  public:
-  TInstantServiceProcessor() : block(RegisterBlockCommand::kBlockSize) {
+  TInstantServiceProcessor() : block(wire::RegisterBlockCommand::kBlockSize) {
     for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 37 + 1);
   }
 
@@ -40,18 +40,18 @@ class TInstantServiceProcessor : public IServiceProcessor {
   bool CheckCommunication() override { return true; }
   int DiscoverServiceProcessors() override { return 1; }
 
-  bool SendIpmi(int, TIPMICommandBuffer& buffer, int& length, const TStopSignal&) override {
-    std::size_t size = RegisterCommands::kResponseSize;
-    if (buffer[TIPMICommandBuffer::kNetworkFunction] == StorageAreaCommands::kNetworkFunction) {
+  bool SendIpmi(int, wire::TCommandBuffer& buffer, int& length, const TStopSignal&) override {
+    std::size_t size = wire::RegisterRead::kResponseSize;
+    if (buffer[wire::TCommandBuffer::kNetworkFunction] == wire::StorageArea::kNetworkFunction) {
       size = AnswerStorageArea(buffer);
     } else {
       for (std::size_t i = 0; i < size; ++i) {
-        buffer[TIPMICommandBuffer::kData + i] = static_cast<std::uint8_t>(100 + 11 * i);
+        buffer[wire::TCommandBuffer::kData + i] = static_cast<std::uint8_t>(100 + 11 * i);
       }
     }
-    buffer[TIPMICommandBuffer::kCompletionCode] = 0;
-    buffer[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(size);
-    length = static_cast<int>(TIPMICommandBuffer::kData + size);
+    buffer[wire::TCommandBuffer::kCompletionCode] = 0;
+    buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(size);
+    length = static_cast<int>(wire::TCommandBuffer::kData + size);
     return true;
   }
 
@@ -62,8 +62,8 @@ class TInstantServiceProcessor : public IServiceProcessor {
   }
 
  private:
-  std::size_t AnswerStorageArea(TIPMICommandBuffer& buffer) const {
-    namespace Wire = StorageAreaCommands;
+  std::size_t AnswerStorageArea(wire::TCommandBuffer& buffer) const {
+    namespace Wire = wire::StorageArea;
     if (buffer[Wire::kSubCommand] == Wire::kQuerySize) {
       for (std::size_t i = 0; i < 4; ++i) {
         buffer[Wire::kResponseSize + i] = static_cast<std::uint8_t>(areaSize >> (8 * i));
@@ -88,10 +88,10 @@ std::string StreamPerValue(const unsigned char* data, unsigned long last) {
 }
 
 std::size_t StreamedRegister() {
-  TIPMICommandBuffer buffer(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
-  std::size_t size = StreamPerValue(buffer.Data(), TIPMICommandBuffer::kSize).size();
+  wire::TCommandBuffer buffer(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
+  std::size_t size = StreamPerValue(buffer.Data(), wire::TCommandBuffer::kSize).size();
   for (std::size_t i = 0; i < 14; ++i) buffer[9 + i] = static_cast<std::uint8_t>(100 + 11 * i);
-  size += StreamPerValue(buffer.Data(), TIPMICommandBuffer::kSize).size();
+  size += StreamPerValue(buffer.Data(), wire::TCommandBuffer::kSize).size();
   return size + StreamPerValue(buffer.Data() + 9, 14).size();
 }
 

@@ -122,12 +122,12 @@ class TBareServiceProcessor : public IServiceProcessor {
   int DiscoverServiceProcessors() override { return 0; }
   bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return false; }
 
-  bool SendIpmi(int, TIPMICommandBuffer& buffer, int& length, const TStopSignal&) override {
-    std::array<std::uint8_t, 1 + TIPMICommandBuffer::kMaxData> request{buffer[TIPMICommandBuffer::kCommand]};
+  bool SendIpmi(int, wire::TCommandBuffer& buffer, int& length, const TStopSignal&) override {
+    std::array<std::uint8_t, 1 + wire::TCommandBuffer::kMaxData> request{buffer[wire::TCommandBuffer::kCommand]};
     const auto data = CommandFrame::RequestData(buffer);
     std::copy(data.begin(), data.end(), request.begin() + 1);
     const auto response =
-        session_.Exchange(buffer[TIPMICommandBuffer::kNetworkFunction], std::span(request).first(1 + data.size()));
+        session_.Exchange(buffer[wire::TCommandBuffer::kNetworkFunction], std::span(request).first(1 + data.size()));
     CommandFrame::StoreResponse(buffer, length, response.front(), response.subspan(1));
     return true;
   }

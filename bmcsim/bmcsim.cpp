@@ -21,8 +21,8 @@ extern "C" {
 #include "host/core/hosterror.h"
 #include "host/core/sourcereader.h"
 #include "host/serviceprocessor/servednode.h"
-#include "nkrovel20/registercommands.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/registerread.h"
+#include "wire/storagearea.h"
 
 #define BMCSIM_EXPORT extern "C" __attribute__((visibility("default")))
 BMCSIM_EXPORT int ipmi_sim_module_print_version(sys_data_t* system, char* options);
@@ -32,7 +32,7 @@ namespace NKROVEL20 {
 
 namespace {
 
-constexpr auto& kId = StorageAreaCommands::kManufacturerId;
+constexpr auto& kId = wire::StorageArea::kManufacturerId;
 constexpr std::uint32_t kEnterprise =
     std::uint32_t{kId[0]} | std::uint32_t{kId[1]} << 8U | std::uint32_t{kId[2]} << 16U;
 constexpr std::uint8_t kUnspecifiedError = 0xFF;
@@ -40,7 +40,7 @@ static_assert(kEnterprise == 0x003039);
 
 std::vector<std::uint8_t> Answer(TServedNode& node, const msg_t& message, std::size_t capacity) {
   std::vector<std::uint8_t> request(message.data, message.data + message.len);
-  const bool group = message.netfn == StorageAreaCommands::kNetworkFunction;
+  const bool group = message.netfn == wire::StorageArea::kNetworkFunction;
   if (group) request.insert(request.begin(), kId.begin(), kId.end());
   auto answer = node.Answer(message.netfn, message.rs_lun, message.cmd, request, capacity);
   if (group) {
@@ -67,7 +67,7 @@ void Handle(lmc_data_t* /*mc*/, msg_t* message, unsigned char* response, unsigne
 /// ones too. Returns 0 or an error number.
 int Register(TServedNode& node) {
   for (unsigned int command = 0; command <= 0xFF; ++command) {
-    const int error = ipmi_emu_register_cmd_handler(RegisterCommands::kNetworkFunction,
+    const int error = ipmi_emu_register_cmd_handler(wire::RegisterRead::kNetworkFunction,
                                                     static_cast<unsigned char>(command), Handle, &node);
     if (error != 0) return error;
   }

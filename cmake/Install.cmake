@@ -29,7 +29,7 @@ install(DIRECTORY schema servers DESTINATION ${VELHOST_DATA_DIR} COMPONENT runti
   PATTERN "*.py" EXCLUDE PATTERN "__pycache__" EXCLUDE)
 
 # The contract, for plugins built out of this tree, and the template to begin one with.
-install(DIRECTORY host/sdk/nkrovel20 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velhost COMPONENT development
+install(DIRECTORY host/sdk/nkrovel20 wire DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velhost COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY host/template DESTINATION ${VELHOST_DATA_DIR} COMPONENT development)
 install(EXPORT velhostTargets NAMESPACE velhost:: DESTINATION ${VELHOST_PACKAGE_DIR} COMPONENT development)

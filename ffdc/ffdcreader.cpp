@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "nkrovel20/storageareacommands.h"
 #include "plugin/torgaplugin.h"
+#include "wire/storagearea.h"
 
 namespace torgareg {
 
@@ -43,7 +43,7 @@ void TTORGARegPluginCallbacks::ReadErrFFDC(boost::shared_ptr<ICIMNamespace> ns, 
   for (int node = 0; node < nodes; ++node) {
     logger->writeDebug("The system has" + dataToString<int>(nodes) + " . Now reading Node" + dataToString<int>(node));
     SPLibrary* const sp = SPLibrary::GetSplibraryInstance(node);
-    std::array<unsigned char, StorageAreaCommands::kHandleSize> handle{};
+    std::array<unsigned char, wire::StorageArea::kHandleSize> handle{};
     if (!OpenStorageArea(handle.data(), name, sp)) {
       logger->writeDebug("Error when opening files. Exit.");  // the other nodes are still read
       continue;

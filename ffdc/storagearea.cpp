@@ -4,15 +4,15 @@
 #include <charconv>
 #include <cstdint>
 
-#include "nkrovel20/ipmicommandbuffer.h"
-#include "nkrovel20/storageareacommands.h"
 #include "plugin/registerdump.h"
 #include "plugin/torgaplugin.h"
+#include "wire/commandbuffer.h"
+#include "wire/storagearea.h"
 
 namespace torgareg {
 
 using namespace NKROVEL20;
-namespace Wire = NKROVEL20::StorageAreaCommands;
+namespace Wire = wire::StorageArea;
 
 namespace {
 
@@ -21,49 +21,49 @@ constexpr int kChunkSize = 10;
 // always subtracted: the copy is cut to the chunk, so that the nine bytes too many never show.
 constexpr int kReadLengthOverhead = 5;
 // The close trace shows as many bytes as a read request has, the last six zero.
-constexpr std::size_t kTracedCloseSize = TIPMICommandBuffer::kData + Wire::kReadLength;
-constexpr std::size_t kReadRequestSize = TIPMICommandBuffer::kData + Wire::kReadLength;
+constexpr std::size_t kTracedCloseSize = wire::TCommandBuffer::kData + Wire::kReadLength;
+constexpr std::size_t kReadRequestSize = wire::TCommandBuffer::kData + Wire::kReadLength;
 static_assert(kReadRequestSize == 23 && kTracedCloseSize == 23);
 
-TIPMICommandBuffer makeRequest(std::uint8_t subCommand, std::size_t dataLength) {
-  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kCommand, static_cast<std::uint8_t>(dataLength));
+wire::TCommandBuffer makeRequest(std::uint8_t subCommand, std::size_t dataLength) {
+  wire::TCommandBuffer buffer(Wire::kNetworkFunction, Wire::kCommand, static_cast<std::uint8_t>(dataLength));
   std::copy(Wire::kManufacturerId.begin(), Wire::kManufacturerId.end(), buffer.Data() + Wire::kManufacturer);
   buffer[Wire::kSubCommand] = subCommand;
   return buffer;
 }
 
 // A bounded copy: a longer name is cut without a terminator.
-void putName(TIPMICommandBuffer& buffer, std::size_t offset, const std::string& name) {
+void putName(wire::TCommandBuffer& buffer, std::size_t offset, const std::string& name) {
   const std::string field = name.substr(0, Wire::kNameSize);
   std::copy(field.begin(), field.end(), buffer.Data() + offset);
 }
 
-void putHandle(TIPMICommandBuffer& buffer, const unsigned char* handle) {
+void putHandle(wire::TCommandBuffer& buffer, const unsigned char* handle) {
   std::copy_n(handle, Wire::kHandleSize, buffer.Data() + Wire::kHandle);
 }
 
-std::uint32_t getLittleEndian32(const TIPMICommandBuffer& buffer, std::size_t offset) {
+std::uint32_t getLittleEndian32(const wire::TCommandBuffer& buffer, std::size_t offset) {
   std::uint32_t value = 0;
   for (std::size_t i = 0; i < 4; ++i) value |= static_cast<std::uint32_t>(buffer[offset + i]) << (8 * i);
   return value;
 }
 
-void putLittleEndian32(TIPMICommandBuffer& buffer, std::size_t offset, std::uint32_t value) {
+void putLittleEndian32(wire::TCommandBuffer& buffer, std::size_t offset, std::uint32_t value) {
   for (std::size_t i = 0; i < 4; ++i) buffer[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
 // The size counts the whole name, which may be longer than the request that carries it.
-std::string traceOf(const std::string& command, std::size_t size, const TIPMICommandBuffer& request) {
+std::string traceOf(const std::string& command, std::size_t size, const wire::TCommandBuffer& request) {
   std::string text = command + " IPMI command data:" + std::to_string(size) + "bits\n";
-  appendHexPairs(text, request.Data(), std::min(size, TIPMICommandBuffer::kSize));
+  appendHexPairs(text, request.Data(), std::min(size, wire::TCommandBuffer::kSize));
   return text;
 }
 
 // The request is copied whole into `response`, which is the buffer that the library gets and writes over.
-bool send(SPLibrary* sp, const TIPMICommandBuffer& request, TIPMICommandBuffer& response, int& length) {
-  length = static_cast<int>(TIPMICommandBuffer::kSize);
+bool send(SPLibrary* sp, const wire::TCommandBuffer& request, wire::TCommandBuffer& response, int& length) {
+  length = static_cast<int>(wire::TCommandBuffer::kSize);
   response = request;
-  return sp->sendIPMICommand(response.Data(), &length, static_cast<int>(TIPMICommandBuffer::kSize), true);
+  return sp->sendIPMICommand(response.Data(), &length, static_cast<int>(wire::TCommandBuffer::kSize), true);
 }
 
 std::string toHex(std::uint8_t value) {
@@ -72,8 +72,8 @@ std::string toHex(std::uint8_t value) {
   return std::string(digits.data(), end);
 }
 
-TIPMICommandBuffer makeReadRequest(const unsigned char* handle, int offset, int chunk) {
-  TIPMICommandBuffer request = makeRequest(Wire::kRead, Wire::kReadLength);
+wire::TCommandBuffer makeReadRequest(const unsigned char* handle, int offset, int chunk) {
+  wire::TCommandBuffer request = makeRequest(Wire::kRead, Wire::kReadLength);
   putHandle(request, handle);
   putLittleEndian32(request, Wire::kReadOffset, static_cast<std::uint32_t>(offset));
   request[Wire::kReadCount] = static_cast<std::uint8_t>(chunk);  // the field's high byte stays zero
@@ -95,15 +95,15 @@ int advanced(int offset, int chunk) {
 
 bool TTORGARegPluginCallbacks::OpenStorageArea(unsigned char* handle, const std::string& name, SPLibrary* sp) {
   logger->writeDebug("Enter OpenStorageArea funtion");
-  TIPMICommandBuffer request = makeRequest(Wire::kOpen, name.size() + Wire::kOpenLength);
+  wire::TCommandBuffer request = makeRequest(Wire::kOpen, name.size() + Wire::kOpenLength);
   request[Wire::kBody] = Wire::kOpenMode;
   putName(request, Wire::kOpenName, name);
   // The prefix stands twice.
   logger->writeDebug("OpenStorageArea IPMI command data:" +
                      traceOf("OpenStorageArea", name.size() + Wire::kOpenName, request));
-  TIPMICommandBuffer response;
+  wire::TCommandBuffer response;
   int length = 0;
-  if (!send(sp, request, response, length) || response.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
+  if (!send(sp, request, response, length) || response.CompletionCode() != wire::TCommandBuffer::kSuccess) return false;
   std::copy_n(response.Data() + Wire::kResponseHandle, Wire::kHandleSize, handle);
   logger->writeDebug("Exit OpenStorageArea funtion");
   return true;
@@ -111,14 +111,14 @@ bool TTORGARegPluginCallbacks::OpenStorageArea(unsigned char* handle, const std:
 
 bool TTORGARegPluginCallbacks::QueryStorageAreaSize(int& size, const std::string& name, SPLibrary* sp) {
   logger->writeDebug("Enter QueryStorageAreaSize funtion");
-  TIPMICommandBuffer request = makeRequest(Wire::kQuerySize, name.size() + Wire::kQueryLength);
+  wire::TCommandBuffer request = makeRequest(Wire::kQuerySize, name.size() + Wire::kQueryLength);
   putName(request, Wire::kQueryName, name);
   // The two prefixes differ.
   logger->writeDebug("QueryStorageArea IPMI command data:" +
                      traceOf("QueryStorageAreaSize", name.size() + Wire::kQueryName, request));
-  TIPMICommandBuffer response;
+  wire::TCommandBuffer response;
   int length = 0;
-  if (!send(sp, request, response, length) || response.CompletionCode() != TIPMICommandBuffer::kSuccess) return false;
+  if (!send(sp, request, response, length) || response.CompletionCode() != wire::TCommandBuffer::kSuccess) return false;
   size = static_cast<std::int32_t>(getLittleEndian32(response, Wire::kResponseSize));
   logger->writeDebug("total storage area size:" + dataToString<int>(size) + "\n");
   logger->writeDebug("Exit QueryStorageAreaSize funtion");
@@ -133,16 +133,16 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
   int offset = 0;
   int count = 0;
   int chunk = kChunkSize;
-  TIPMICommandBuffer response;
+  wire::TCommandBuffer response;
   while (true) {
-    const TIPMICommandBuffer request = makeReadRequest(handle, offset, chunk);
+    const wire::TCommandBuffer request = makeReadRequest(handle, offset, chunk);
     std::string line = "ReadStorageArea IPMI command data:";
     appendHexPairs(line, request.Data(), kReadRequestSize);
     logger->writeDebug(line);
     int length = 0;
     send(sp, request, response, length);  // without an answer the command byte is where the completion code would be
     logger->writeDebug("completeCode:" + toHex(response.CompletionCode()) + "\n");
-    if (response.CompletionCode() != TIPMICommandBuffer::kSuccess) break;
+    if (response.CompletionCode() != wire::TCommandBuffer::kSuccess) break;
 
     const int copied = copiedSize(length, chunk);
     line = "Response raw data size:" + dataToString<int>(copied) + ", loopoffset:" + dataToString<int>(count) +
@@ -169,15 +169,15 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
 
 void TTORGARegPluginCallbacks::CloseStorageArea(unsigned char* handle, SPLibrary* sp) {
   logger->writeDebug("Enter CloseStorageArea funtion");
-  TIPMICommandBuffer request = makeRequest(Wire::kClose, Wire::kCloseLength);
+  wire::TCommandBuffer request = makeRequest(Wire::kClose, Wire::kCloseLength);
   putHandle(request, handle);
   std::string line = "CloseStorageArea IPMI command data:";
   appendHexPairs(line, request.Data(), kTracedCloseSize);
   logger->writeDebug(line);
-  TIPMICommandBuffer response;
+  wire::TCommandBuffer response;
   int length = 0;
   send(sp, request, response, length);
-  if (response.CompletionCode() == TIPMICommandBuffer::kSuccess) logger->writeDebug("close file successfully");
+  if (response.CompletionCode() == wire::TCommandBuffer::kSuccess) logger->writeDebug("close file successfully");
   logger->writeDebug("Exit ReadStorageArea funtion");  // the read's text; kept as it stands
 }
 

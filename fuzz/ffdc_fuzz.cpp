@@ -5,10 +5,10 @@
 #include "host/core/hostservices.h"
 #include "host/pluginmanager/pluginregistry.h"
 #include "host/serviceprocessor/serviceprocessorhub.h"
-#include "nkrovel20/storageareacommands.h"
 #include "plugin/torgaplugin.h"
 #include "tests/support/bytedrivenserviceprocessor.h"
 #include "tests/support/classbuilder.h"
+#include "wire/storagearea.h"
 
 namespace {
 
@@ -20,13 +20,13 @@ using namespace testsupport;
 class TModestSizes : public TByteDrivenServiceProcessor {
  public:
   using TByteDrivenServiceProcessor::TByteDrivenServiceProcessor;
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override {
-    const bool isSize = buffer[StorageAreaCommands::kSubCommand] == StorageAreaCommands::kQuerySize;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+    const bool isSize = buffer[wire::StorageArea::kSubCommand] == wire::StorageArea::kQuerySize;
     const bool answered = TByteDrivenServiceProcessor::SendIpmi(node, buffer, length, stop);
     if (answered && isSize) {
-      const bool negative = (buffer[StorageAreaCommands::kResponseSize + 3] & 1U) != 0;
-      buffer[StorageAreaCommands::kResponseSize + 2] &= 0x0F;
-      buffer[StorageAreaCommands::kResponseSize + 3] = negative ? 0xFF : 0;
+      const bool negative = (buffer[wire::StorageArea::kResponseSize + 3] & 1U) != 0;
+      buffer[wire::StorageArea::kResponseSize + 2] &= 0x0F;
+      buffer[wire::StorageArea::kResponseSize + 3] = negative ? 0xFF : 0;
     }
     return answered;
   }

@@ -6,8 +6,8 @@
 #include "host/core/hosterror.h"
 #include "host/core/sourcereader.h"
 #include "host/serviceprocessor/replay.h"
-#include "nkrovel20/registerblockcommand.h"
-#include "nkrovel20/registercommands.h"
+#include "wire/registerblock.h"
+#include "wire/registerread.h"
 
 using namespace NKROVEL20;
 
@@ -16,11 +16,12 @@ namespace {
 // In the order of the seeds: a timestamp, a block, the clock, a register.
 void Replay(TReplay& replay) {
   const TStopSignal stop;
-  TIPMICommandBuffer timestamp(RegisterCommands::kNetworkFunction, RegisterCommands::kTimestampRead, 0);
-  TIPMICommandBuffer entry(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+  wire::TCommandBuffer timestamp(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kTimestampRead, 0);
+  wire::TCommandBuffer entry(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
   std::array<std::uint8_t, 8> block{};
   const std::array<std::uint8_t, 4> size = {0, 0, 0, 0x10};
-  const dotCmd command(RegisterBlockCommand::kCommand, 2, 4, RegisterBlockCommand::kIdentifier.data(), size.data());
+  const dotCmd command(wire::RegisterBlockCommand::kCommand, 2, 4, wire::RegisterBlockCommand::kIdentifier.data(),
+                       size.data());
   int length = 0;
   replay.SendIpmi(0, timestamp, length, stop);
   if (replay.SendDot(0, command, block, length, stop) && (length < 0 || length > 8)) __builtin_trap();

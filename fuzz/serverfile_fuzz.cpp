@@ -7,7 +7,7 @@
 #include "host/core/sourcereader.h"
 #include "host/serviceprocessor/faultinjector.h"
 #include "host/serviceprocessor/simulatedserver.h"
-#include "nkrovel20/registerblockcommand.h"
+#include "wire/registerblock.h"
 
 using namespace NKROVEL20;
 
@@ -19,8 +19,8 @@ void AskEverything(IServiceProcessor& processor, const std::string& input) {
   for (const int networkFunction : {0x06, 0x2E, 0x3A}) {
     for (const int command : {0x01, 0x62, 0x6F, 0x90}) {
       for (const int subCommand : {0x00, 0x01, 0x02, 0x05, 0x06}) {
-        TIPMICommandBuffer buffer(static_cast<std::uint8_t>(networkFunction), static_cast<std::uint8_t>(command),
-                                  static_cast<std::uint8_t>(input.size()));
+        wire::TCommandBuffer buffer(static_cast<std::uint8_t>(networkFunction), static_cast<std::uint8_t>(command),
+                                    static_cast<std::uint8_t>(input.size()));
         for (std::size_t i = 0; i < 32 && i < input.size(); ++i) {
           buffer[13 + i] = static_cast<std::uint8_t>(input[input.size() - 1 - i]);
         }
@@ -35,7 +35,8 @@ void AskEverything(IServiceProcessor& processor, const std::string& input) {
   std::array<std::uint8_t, 64> block{};
   const std::array<std::uint8_t, 4> size = {0, 0, 64, 0};
   int length = 0;
-  const dotCmd command(RegisterBlockCommand::kCommand, 2, 4, RegisterBlockCommand::kIdentifier.data(), size.data());
+  const dotCmd command(wire::RegisterBlockCommand::kCommand, 2, 4, wire::RegisterBlockCommand::kIdentifier.data(),
+                       size.data());
   if (processor.SendDot(0, command, block, length, stop) && (length < 0 || length > 64)) __builtin_trap();
 }
 

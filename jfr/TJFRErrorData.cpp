@@ -4,10 +4,10 @@
 #include <map>
 #include <new>
 
-#include "jfr/registerblock.h"
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/constants.h"
+#include "wire/registerblock.h"
 
 namespace torgareg {
 
@@ -39,24 +39,24 @@ std::vector<TPropertyMap> TJFRErrorData::getData() {
 
 void TJFRErrorData::collectServiceProcessor(int serviceProcessor, int count, std::vector<TPropertyMap>& maps) {
   // One zero byte is owned behind the block: its dump is inclusive.
-  const std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[RegisterBlock::kSize + 1]);
+  const std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[wire::RegisterBlock::kSize + 1]);
   if (!block) {
     log->writeDebug("Unable to retrieve engineering information.");
     log->writeVerbose("Failed to allocate memory to store register data.");
     return;
   }
   // Deliberately not zero: what the response leaves out reads as 48, also as a month or day.
-  std::fill_n(block.get(), RegisterBlock::kSize, RegisterBlock::kFill);
-  block[RegisterBlock::kSize] = 0;
+  std::fill_n(block.get(), wire::RegisterBlock::kSize, wire::RegisterBlock::kFill);
+  block[wire::RegisterBlock::kSize] = 0;
   const auto length = static_cast<unsigned short>(
-      transport->sendCommand(block.get(), static_cast<int>(RegisterBlock::kSize), serviceProcessor));
+      transport->sendCommand(block.get(), static_cast<int>(wire::RegisterBlock::kSize), serviceProcessor));
   if (length == 0) {
     log->writeDebug("Unable to retrieve engineering information.");
     log->writeVerbose("");
     return;
   }
   log->writeDebug("Returned Data:\n");
-  log->writeDebug(print2Array(block.get(), std::min<unsigned long>(length, RegisterBlock::kSize)));
+  log->writeDebug(print2Array(block.get(), std::min<unsigned long>(length, wire::RegisterBlock::kSize)));
   decodeInstances(block.get(), count, maps);
 }
 

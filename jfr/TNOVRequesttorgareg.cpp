@@ -4,18 +4,18 @@
 #include <array>
 
 #include "nkrovel20/dotcmd.h"
-#include "nkrovel20/ipmicommandbuffer.h"
-#include "nkrovel20/registerblockcommand.h"
-#include "nkrovel20/registercommands.h"
+#include "wire/commandbuffer.h"
+#include "wire/registerblock.h"
+#include "wire/registerread.h"
 
 namespace torgareg {
 
 using namespace NKROVEL20;
-namespace Wire = NKROVEL20::RegisterCommands;
+namespace Wire = wire::RegisterRead;
 
 namespace {
 
-constexpr int kCapacity = static_cast<int>(TIPMICommandBuffer::kSize);
+constexpr int kCapacity = static_cast<int>(wire::TCommandBuffer::kSize);
 const char* const kUnableToCommunicate =
     "Unable to communicate with system management hardware. Could not collect register data.";
 
@@ -45,7 +45,7 @@ TNOVRequestTorgaReg::TNOVRequestTorgaReg() : spLibrary(nullptr), log(LogMessage:
 unsigned char TNOVRequestTorgaReg::GetSPInstances() { return SPInstances; }
 
 int TNOVRequestTorgaReg::sendCommand(unsigned char* buffer, int bufferSize, int spIndex) {
-  namespace Block = RegisterBlockCommand;
+  namespace Block = wire::RegisterBlockCommand;
   int responseLength = 0;
   const auto size = static_cast<unsigned int>(bufferSize);
   std::array<unsigned char, Block::kParameterSize> parameters{};
@@ -67,7 +67,7 @@ int TNOVRequestTorgaReg::sendCommand(unsigned char* buffer, int bufferSize, int 
 bool TNOVRequestTorgaReg::getData(unsigned char registerSelector, unsigned int address, unsigned char* value,
                                   unsigned short* length) {
   log->writeDebug("Entered torgareg request.");
-  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kRegisterRead, Wire::kRequestSize);
+  wire::TCommandBuffer buffer(Wire::kNetworkFunction, Wire::kRegisterRead, Wire::kRequestSize);
   buffer[Wire::kChipSelector] = registerSelector;
   buffer[Wire::kAddress] = static_cast<std::uint8_t>(address >> 16U);
   buffer[Wire::kAddress + 1] = static_cast<std::uint8_t>(address >> 8U);
@@ -78,7 +78,7 @@ bool TNOVRequestTorgaReg::getData(unsigned char registerSelector, unsigned int a
   if (ok) {
     transcript = "command completed checking success...\n\nThe response length is " + dataToString<int>(responseLength);
   }
-  const bool succeeded = ok && responseLength >= kValueEnd && buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
+  const bool succeeded = ok && responseLength >= kValueEnd && buffer.CompletionCode() == wire::TCommandBuffer::kSuccess;
   if (succeeded) {
     responseLength = buffer.DataLength();
     std::copy_n(buffer.Data() + Wire::kValue, Wire::kValueSize, value);
@@ -90,13 +90,13 @@ bool TNOVRequestTorgaReg::getData(unsigned char registerSelector, unsigned int a
 
 bool TNOVRequestTorgaReg::getTimeStamp(unsigned char* timeStamp, unsigned short* length) {
   log->writeDebug("Entered get time stamp request");
-  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
+  wire::TCommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
   int responseLength = 0;
   std::string transcript;
   const bool ok = spLibrary->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
   if (ok) transcript = "Command completed checking success...\n";
   const bool succeeded =
-      ok && responseLength >= kTimestampEnd && buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
+      ok && responseLength >= kTimestampEnd && buffer.CompletionCode() == wire::TCommandBuffer::kSuccess;
   if (succeeded) {
     responseLength = buffer.DataLength();
     transcript += "\nThe response length is " + dataToString<int>(responseLength);

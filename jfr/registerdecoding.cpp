@@ -3,10 +3,10 @@
 #include <string_view>
 
 #include "jfr/TJFRErrorData.h"
-#include "jfr/registerblock.h"
 #include "nkrovel20/taddtovectorcallback.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/constants.h"
+#include "wire/registerblock.h"
 
 namespace torgareg {
 
@@ -17,8 +17,8 @@ namespace {
 // The one place that reads records. The schema says where they lie and is trusted in the results:
 // a record beyond the block is made all the same, out of fill characters.
 unsigned char blockByte(const unsigned char* block, int offset) {
-  const bool inside = offset >= 0 && offset < static_cast<int>(RegisterBlock::kSize);
-  return inside ? block[offset] : RegisterBlock::kFill;
+  const bool inside = offset >= 0 && offset < static_cast<int>(wire::RegisterBlock::kSize);
+  return inside ? block[offset] : wire::RegisterBlock::kFill;
 }
 
 // Unlike the R8 path this one does read a register that is called "ElementName".
@@ -29,7 +29,7 @@ bool isIdentification(std::string_view name) {
 }  // namespace
 
 TCIMDateTime TJFRErrorData::getTimeStamp(const unsigned char* data) {
-  namespace Block = RegisterBlock;
+  namespace Block = wire::RegisterBlock;
   for (const std::size_t copy : {Block::kFirstCopy, Block::kSecondCopy}) {
     const unsigned char* const p = data + copy;
     timeStampFromSecondCopy = copy != Block::kFirstCopy ? 1 : 0;
@@ -44,7 +44,7 @@ TCIMDateTime TJFRErrorData::getTimeStamp(const unsigned char* data) {
 
 TCIMValue TJFRErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> property, unsigned char* data,
                                          int instance) {
-  namespace Block = RegisterBlock;
+  namespace Block = wire::RegisterBlock;
   const TPropertyMap noContext;
   const TCIMValue::TCIMType type = property->GetType(noContext);
   if (data == nullptr) {

@@ -2,28 +2,27 @@
 
 #include <algorithm>
 
-#include "nkrovel20/ipmicommandbuffer.h"
-#include "nkrovel20/registercommands.h"
-#include "r8/registerrecord.h"
+#include "wire/commandbuffer.h"
+#include "wire/registerread.h"
 
 namespace torgareg {
 
 using namespace NKROVEL20;
-namespace Wire = NKROVEL20::RegisterCommands;
+namespace Wire = wire::RegisterRead;
 
 namespace {
 
-constexpr int kCapacity = static_cast<int>(TIPMICommandBuffer::kSize);
+constexpr int kCapacity = static_cast<int>(wire::TCommandBuffer::kSize);
 // The dump is inclusive: it also shows the zero byte that the buffer owns behind its end.
-constexpr unsigned long kLastDumped = TIPMICommandBuffer::kSize;
+constexpr unsigned long kLastDumped = wire::TCommandBuffer::kSize;
 // Two dumps that are mostly zeros, and the words between them.
 constexpr std::size_t kUsualTranscript = 1400;
 // A timestamp read is checked by the whole response's length, a register read by its data's.
 constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
 static_assert(kTimestampEnd == 13);
 
-TIPMICommandBuffer makeRegisterRead(unsigned char chipSelector, unsigned int address) {
-  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kRegisterRead, Wire::kRequestSize);
+wire::TCommandBuffer makeRegisterRead(unsigned char chipSelector, unsigned int address) {
+  wire::TCommandBuffer buffer(Wire::kNetworkFunction, Wire::kRegisterRead, Wire::kRequestSize);
   buffer[Wire::kChipSelector] = chipSelector;
   buffer[Wire::kAddress] = static_cast<std::uint8_t>(address >> 16U);
   buffer[Wire::kAddress + 1] = static_cast<std::uint8_t>(address >> 8U);
@@ -31,8 +30,8 @@ TIPMICommandBuffer makeRegisterRead(unsigned char chipSelector, unsigned int add
   return buffer;
 }
 
-void copyPayload(const TIPMICommandBuffer& response, unsigned char* out, bool rawValue) {
-  namespace Record = RegisterRecord;
+void copyPayload(const wire::TCommandBuffer& response, unsigned char* out, bool rawValue) {
+  namespace Record = wire::RegisterRecord;
   if (rawValue) {
     std::copy_n(response.Data() + Wire::kValue, Record::kValueSize, out);
     return;
@@ -53,7 +52,7 @@ IPMIRequestTorgaReg::IPMIRequestTorgaReg() : library(nullptr), logger(LogMessage
 bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int address, unsigned char* out,
                                   unsigned short* length, bool rawValue) {
   logger->writeDebug("Entered torgareg request.");
-  TIPMICommandBuffer buffer = makeRegisterRead(chipSelector, address);
+  wire::TCommandBuffer buffer = makeRegisterRead(chipSelector, address);
   std::string transcript;
   transcript.reserve(kUsualTranscript);
   transcript += "Contents of buffer to send (rspBuf):\n";
@@ -66,7 +65,7 @@ bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int addre
     transcript += "\nThe response length is " + dataToString<int>(responseLength) + "\n\nContents of (rspBuf):\n";
     transcript += printArray(buffer.Data(), kLastDumped);
     succeeded = responseLength >= static_cast<int>(Wire::kResponseSize) &&
-                buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
+                buffer.CompletionCode() == wire::TCommandBuffer::kSuccess;
     if (succeeded) {
       copyPayload(buffer, out, rawValue);
     } else {
@@ -80,13 +79,13 @@ bool IPMIRequestTorgaReg::getData(unsigned char chipSelector, unsigned int addre
 
 bool IPMIRequestTorgaReg::getTimeStamp(unsigned char* out, unsigned short* length) {
   logger->writeDebug("Entered get time stamp request");
-  TIPMICommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
+  wire::TCommandBuffer buffer(Wire::kNetworkFunction, Wire::kTimestampRead, 0);
   int responseLength = kCapacity;
   std::string transcript;
   bool succeeded = library->sendIPMICommand(buffer.Data(), &responseLength, kCapacity, true);
   if (succeeded) {
     transcript += "Command completed checking success...\n";
-    succeeded = responseLength >= kTimestampEnd && buffer.CompletionCode() == TIPMICommandBuffer::kSuccess;
+    succeeded = responseLength >= kTimestampEnd && buffer.CompletionCode() == wire::TCommandBuffer::kSuccess;
   }
   if (succeeded) {
     responseLength = buffer.DataLength();

@@ -3,10 +3,10 @@
 #include <array>
 #include <ctime>
 
-#include "nkrovel20/registercommands.h"
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/constants.h"
+#include "wire/registerread.h"
 
 namespace torgareg {
 
@@ -62,7 +62,7 @@ std::string R8ErrorData::getMachineType() {
 }
 
 TCIMValue R8ErrorData::getTimeStampValue() {
-  std::array<unsigned char, RegisterCommands::kTimestampSize> bytes{};
+  std::array<unsigned char, wire::RegisterRead::kTimestampSize> bytes{};
   unsigned short length = static_cast<unsigned short>(bytes.size());
   TCIMValue result;
   std::string transcript;

@@ -3,17 +3,16 @@
 #include <array>
 #include <boost/function.hpp>
 
-#include "nkrovel20/registercommands.h"
 #include "nkrovel20/taddtovectorcallback.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/constants.h"
 #include "r8/r8errordata.h"
-#include "r8/registerrecord.h"
+#include "wire/registerread.h"
 
 namespace torgareg {
 
 using namespace NKROVEL20;
-namespace Record = RegisterRecord;
+namespace Record = wire::RegisterRecord;
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <initializer_list>
 
 #include "host/output/tablelayout.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20 {
 
@@ -73,31 +73,31 @@ struct TParts {
 };
 
 bool Succeeded(const TIpmiExchange& exchange) {
-  return exchange.answered && exchange.response.CompletionCode() == TIPMICommandBuffer::kSuccess;
+  return exchange.answered && exchange.response.CompletionCode() == wire::TCommandBuffer::kSuccess;
 }
 
 // The name in a size request, which is padded with zero bytes.
-std::string AreaName(const TIPMICommandBuffer& request) {
+std::string AreaName(const wire::TCommandBuffer& request) {
   std::string name;
-  for (std::size_t i = 0; i < StorageAreaCommands::kNameSize; ++i) {
-    const std::uint8_t byte = request[StorageAreaCommands::kQueryName + i];
+  for (std::size_t i = 0; i < wire::StorageArea::kNameSize; ++i) {
+    const std::uint8_t byte = request[wire::StorageArea::kQueryName + i];
     if (byte == 0) break;
     name += static_cast<char>(byte);
   }
   return SafeText(name);
 }
 
-std::uint32_t ReadLittleEndian(const TIPMICommandBuffer& buffer, std::size_t offset, std::size_t size) {
+std::uint32_t ReadLittleEndian(const wire::TCommandBuffer& buffer, std::size_t offset, std::size_t size) {
   std::uint32_t number = 0;
   for (std::size_t i = size; i > 0; --i) number = number << 8 | buffer[offset + i - 1];
   return number;
 }
 
 // The bytes that a read response says it carries, but no more than it does.
-std::uint32_t BytesRead(const TIPMICommandBuffer& response) {
-  const std::uint32_t before = StorageAreaCommands::kResponseData - TIPMICommandBuffer::kData;
+std::uint32_t BytesRead(const wire::TCommandBuffer& response) {
+  const std::uint32_t before = wire::StorageArea::kResponseData - wire::TCommandBuffer::kData;
   const std::uint32_t carried = response.DataLength() > before ? response.DataLength() - before : 0;
-  return std::min(carried, ReadLittleEndian(response, StorageAreaCommands::kResponseCount, 2));
+  return std::min(carried, ReadLittleEndian(response, wire::StorageArea::kResponseCount, 2));
 }
 
 }  // namespace
@@ -146,7 +146,7 @@ void TProgressLine::Count() {
 void TProgressLine::BeginCapture(const TIpmiExchange& exchange) {
   capture_.reset();
   if (!Succeeded(exchange)) return;
-  const std::uint32_t size = ReadLittleEndian(exchange.response, StorageAreaCommands::kResponseSize, 4);
+  const std::uint32_t size = ReadLittleEndian(exchange.response, wire::StorageArea::kResponseSize, 4);
   const bool negative = size > 0x7FFFFFFF;  // sizes are signed, and no file is smaller than nothing
   capture_ = TCapture{fmt::format("node {} {}", exchange.node, AreaName(exchange.request)), negative ? 0 : size, 0,
                       target_.now()};

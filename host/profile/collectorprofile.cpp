@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "host/core/caseinsensitive.h"
+#include "wire/registerread.h"
 
 namespace NKROVEL20::CollectorProfile {
 
@@ -83,11 +84,11 @@ std::map<std::string, std::string> DelegatesOf(const TNamespace& cimNamespace, T
 }
 
 // The bytes of an array of 14 numbers that fit a byte each.
-std::optional<std::array<std::uint8_t, kRegisterValueSize>> BytesOf(const TCIMValue& value) {
+std::optional<std::array<std::uint8_t, wire::RegisterRecord::kSize>> BytesOf(const TCIMValue& value) {
   if (value.IsNull() || !value.IsArray()) return std::nullopt;
   const auto& elements = static_cast<const std::vector<TCIMValue>&>(value);
-  if (elements.size() != kRegisterValueSize) return std::nullopt;
-  std::array<std::uint8_t, kRegisterValueSize> bytes{};
+  if (elements.size() != wire::RegisterRecord::kSize) return std::nullopt;
+  std::array<std::uint8_t, wire::RegisterRecord::kSize> bytes{};
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (elements[i].IsNull() || elements[i].GetType() != TCIMValue::TCIMType::kUint8) return std::nullopt;
     bytes.at(i) = static_cast<std::uint8_t>(elements[i].ToInteger());

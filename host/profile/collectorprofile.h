@@ -87,12 +87,4 @@ struct TRegisterValue {
 /// path's layout.
 std::optional<TRegisterValue> SplitRegisterValue(EPath path, const TCIMValue& value);
 
-/// Bytes of a register block, and where a record lies in it.
-inline constexpr std::size_t kRegisterBlockSize = 4096;
-inline constexpr std::size_t kLargestRecordBase = 7;
-inline constexpr std::size_t kRecordsPerInstance = 256;
-inline constexpr std::size_t kRecordStride = 8;
-inline constexpr std::size_t kRecordSize = 11;
-inline constexpr std::size_t kRegisterValueSize = 14;
-
 }  // namespace NKROVEL20::CollectorProfile

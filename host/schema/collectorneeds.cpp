@@ -4,6 +4,7 @@
 
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
+#include "wire/registerblock.h"
 
 namespace NKROVEL20 {
 
@@ -227,6 +228,7 @@ void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& prope
 // The last byte of the last record must lie inside the register block. The number is read as 16 bits.
 void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances) {
   using namespace CollectorProfile;
+  namespace Block = wire::RegisterBlock;
   if (instances == 0) return;
   const std::string name(kIndex);
   const TPropertyDefinition& definition = property.Definition();
@@ -238,15 +240,16 @@ void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& propert
     return;
   }
   const auto endOf = [index](std::uint64_t instance) {
-    return (index + instance * kRecordsPerInstance) * kRecordStride + kLargestRecordBase + kRecordSize;
+    return (index + instance * Block::kRecordsPerInstance) * Block::kRecordStride + Block::kHeaderSize +
+           Block::kRecordSize;
   };
   std::uint64_t instance = 0;
-  while (instance < instances && endOf(instance) < kRegisterBlockSize) ++instance;
+  while (instance < instances && endOf(instance) < Block::kSize) ++instance;
   if (instance == instances) return;
   Error(definition.location, subject + " ends at byte " + std::to_string(endOf(instance)) + " for instance " +
                                  std::to_string(instance) + " (" + name + " " + std::to_string(index) + ", " +
                                  std::string(kMaxInstanceCount) + " " + std::to_string(instances) +
-                                 "), expected below " + std::to_string(kRegisterBlockSize));
+                                 "), expected below " + std::to_string(Block::kSize));
 }
 
 // Declared where registers are, with a register's qualifiers, and yet no register: its name was

@@ -2,32 +2,32 @@
 
 #include <array>
 
-#include "nkrovel20/registercommands.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/registerread.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20 {
 
-EExchangeKind KindOfRequest(const TIPMICommandBuffer& request) {
-  const std::uint8_t networkFunction = request[TIPMICommandBuffer::kNetworkFunction];
-  const std::uint8_t command = request[TIPMICommandBuffer::kCommand];
-  if (networkFunction == RegisterCommands::kNetworkFunction) {
-    if (command == RegisterCommands::kRegisterRead) return EExchangeKind::kRegister;
-    if (command == RegisterCommands::kTimestampRead) return EExchangeKind::kTimestamp;
+EExchangeKind KindOfRequest(const wire::TCommandBuffer& request) {
+  const std::uint8_t networkFunction = request[wire::TCommandBuffer::kNetworkFunction];
+  const std::uint8_t command = request[wire::TCommandBuffer::kCommand];
+  if (networkFunction == wire::RegisterRead::kNetworkFunction) {
+    if (command == wire::RegisterRead::kRegisterRead) return EExchangeKind::kRegister;
+    if (command == wire::RegisterRead::kTimestampRead) return EExchangeKind::kTimestamp;
     return EExchangeKind::kOther;
   }
-  if (networkFunction != StorageAreaCommands::kNetworkFunction || command != StorageAreaCommands::kCommand) {
+  if (networkFunction != wire::StorageArea::kNetworkFunction || command != wire::StorageArea::kCommand) {
     return EExchangeKind::kOther;
   }
-  for (std::size_t i = 0; i < StorageAreaCommands::kManufacturerId.size(); ++i) {
-    if (request[StorageAreaCommands::kManufacturer + i] != StorageAreaCommands::kManufacturerId.at(i)) {
+  for (std::size_t i = 0; i < wire::StorageArea::kManufacturerId.size(); ++i) {
+    if (request[wire::StorageArea::kManufacturer + i] != wire::StorageArea::kManufacturerId.at(i)) {
       return EExchangeKind::kOther;
     }
   }
-  switch (request[StorageAreaCommands::kSubCommand]) {
-    case StorageAreaCommands::kOpen: return EExchangeKind::kOpen;
-    case StorageAreaCommands::kQuerySize: return EExchangeKind::kSize;
-    case StorageAreaCommands::kRead: return EExchangeKind::kRead;
-    case StorageAreaCommands::kClose: return EExchangeKind::kClose;
+  switch (request[wire::StorageArea::kSubCommand]) {
+    case wire::StorageArea::kOpen: return EExchangeKind::kOpen;
+    case wire::StorageArea::kQuerySize: return EExchangeKind::kSize;
+    case wire::StorageArea::kRead: return EExchangeKind::kRead;
+    case wire::StorageArea::kClose: return EExchangeKind::kClose;
     default: return EExchangeKind::kOther;
   }
 }

@@ -8,7 +8,7 @@
 
 #include "nkrovel20/api.h"
 #include "nkrovel20/dotcmd.h"
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
 namespace NKROVEL20 {
 
@@ -16,16 +16,16 @@ namespace NKROVEL20 {
 enum class EExchangeKind { kRegister, kTimestamp, kOpen, kSize, kRead, kClose, kDot, kOther };
 
 /// Which of the collector's requests stands in the buffer; kOther for any other.
-NKROVEL20_API EExchangeKind KindOfRequest(const TIPMICommandBuffer& request);
+NKROVEL20_API EExchangeKind KindOfRequest(const wire::TCommandBuffer& request);
 /// "register", "timestamp", "open", "size", "read", "close", "dot", "other".
 NKROVEL20_API const char* NameOfKind(EExchangeKind kind);
 
 struct TIpmiExchange {
   int node;
   bool attempted;  ///< false: refused because the run was stopped already
-  const TIPMICommandBuffer& request;
+  const wire::TCommandBuffer& request;
   bool answered;
-  const TIPMICommandBuffer& response;  ///< equals the request when there was no answer
+  const wire::TCommandBuffer& response;  ///< equals the request when there was no answer
   int length;
   std::chrono::microseconds duration;
 };

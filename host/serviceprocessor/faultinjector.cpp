@@ -9,13 +9,13 @@ namespace NKROVEL20 {
 
 namespace {
 
-void Truncate(std::size_t size, TIPMICommandBuffer& buffer, int& length) {
-  const std::size_t data = size - std::min(size, TIPMICommandBuffer::kData);
+void Truncate(std::size_t size, wire::TCommandBuffer& buffer, int& length) {
+  const std::size_t data = size - std::min(size, wire::TCommandBuffer::kData);
   if (data >= buffer.DataLength()) return;
-  std::fill(buffer.Data() + TIPMICommandBuffer::kData + data, buffer.Data() + TIPMICommandBuffer::kSize,
+  std::fill(buffer.Data() + wire::TCommandBuffer::kData + data, buffer.Data() + wire::TCommandBuffer::kSize,
             std::uint8_t{0});
-  buffer[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(data);
-  length = static_cast<int>(TIPMICommandBuffer::kData + data);
+  buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(data);
+  length = static_cast<int>(wire::TCommandBuffer::kData + data);
 }
 
 }  // namespace
@@ -51,13 +51,13 @@ const TFault* TFaultInjector::CountAndChoose(EExchangeKind kind, int node) {
   return chosen == kNone ? nullptr : &faults_[chosen];
 }
 
-bool TFaultInjector::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TFaultInjector::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   const bool takesPlace = inner_.IpmiDriverPresent() && node >= 0 && node < inner_.BmcNodeCount();
   const TFault* fault = takesPlace ? CountAndChoose(KindOfRequest(buffer), node) : nullptr;
   if (fault == nullptr) return inner_.SendIpmi(node, buffer, length, stop);
   if (!stop.WaitFor(fault->delay) || fault->lost) return false;
   if (fault->completionCode) {
-    const std::uint8_t networkFunction = buffer[TIPMICommandBuffer::kNetworkFunction];
+    const std::uint8_t networkFunction = buffer[wire::TCommandBuffer::kNetworkFunction];
     const auto data = DataOfBareAnswer(networkFunction, CommandFrame::RequestData(buffer));
     CommandFrame::StoreResponse(buffer, length, *fault->completionCode, data);
     return true;

@@ -41,7 +41,7 @@ void ReadAction(const TTomlTable& table, TFault& fault) {
     }
   }
   fault.lost = table.Boolean("lost").value_or(false);
-  const std::int64_t least = isDot ? 0 : static_cast<std::int64_t>(TIPMICommandBuffer::kData);
+  const std::int64_t least = isDot ? 0 : static_cast<std::int64_t>(wire::TCommandBuffer::kData);
   if (const auto size = table.Integer("truncate", least, std::numeric_limits<std::int32_t>::max())) {
     fault.truncate = static_cast<std::size_t>(*size);
   }

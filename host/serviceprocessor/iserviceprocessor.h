@@ -8,7 +8,7 @@
 #include "host/serviceprocessor/stopsignal.h"
 #include "nkrovel20/api.h"
 #include "nkrovel20/dotcmd.h"
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
 namespace NKROVEL20 {
 
@@ -26,7 +26,7 @@ class NKROVEL20_API IServiceProcessor {
   /// One IPMI exchange with a BMC node (from 0). On true, `buffer` holds the response: bytes 0-3 and
   /// 6-8 as they were, completion code, data length, data, zeros behind; `length` is 9 + the number
   /// of data bytes. On false (no answer, no such node, no driver, stopped) both are as they were.
-  virtual bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) = 0;
+  virtual bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) = 0;
 
   /// One dot command to a service processor (from 0). On true, the response's first bytes are in
   /// `response` (never more than fit) and `length` is their number. On false both are as they were.

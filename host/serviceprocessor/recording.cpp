@@ -20,8 +20,8 @@ namespace {
 constexpr int kSecondsPerMinute = 60;
 constexpr int kMinutesPerHour = 60;
 
-std::string BufferText(const TIPMICommandBuffer& buffer) {
-  std::size_t size = TIPMICommandBuffer::kSize;
+std::string BufferText(const wire::TCommandBuffer& buffer) {
+  std::size_t size = wire::TCommandBuffer::kSize;
   while (size > 0 && buffer[size - 1] == 0) --size;
   return FormatHexPairs({buffer.Data(), size});
 }

@@ -215,8 +215,8 @@ void ReadIpmi(const TLineText& text, const TMembers& members, TRecordedLine& lin
   members.AllowOnly({"kind", "node", "request", "ok", "response", "length", "us"});
   line.kind = TRecordedLine::EKind::kIpmi;
   line.node = members.Int("node", -kAnyInt, kAnyInt);
-  line.request = members.Bytes("request", TIPMICommandBuffer::kSize);
-  ReadAnswer(text, members, static_cast<int>(TIPMICommandBuffer::kSize), line);
+  line.request = members.Bytes("request", wire::TCommandBuffer::kSize);
+  ReadAnswer(text, members, static_cast<int>(wire::TCommandBuffer::kSize), line);
 }
 
 void ReadDot(const TLineText& text, const TMembers& members, TRecordedLine& line) {

@@ -141,14 +141,14 @@ bool TReplay::Wait(const TRecordedLine& line, const TStopSignal& stop) {
   return stop.WaitFor(std::chrono::milliseconds(wait));
 }
 
-bool TReplay::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TReplay::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   TRecordedLine asked;
   asked.node = node;
-  asked.request = WithoutTrailingZeros({buffer.Data(), buffer.Data() + TIPMICommandBuffer::kSize});
+  asked.request = WithoutTrailingZeros({buffer.Data(), buffer.Data() + wire::TCommandBuffer::kSize});
   const TRecordedLine* line = Next(asked);
   if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
-  for (std::size_t i = TIPMICommandBuffer::kCompletionCode; i < TIPMICommandBuffer::kSize; ++i) {
-    if (i >= TIPMICommandBuffer::kReserved && i < TIPMICommandBuffer::kData) continue;
+  for (std::size_t i = wire::TCommandBuffer::kCompletionCode; i < wire::TCommandBuffer::kSize; ++i) {
+    if (i >= wire::TCommandBuffer::kReserved && i < wire::TCommandBuffer::kData) continue;
     buffer[i] = i < line->response.size() ? line->response[i] : std::uint8_t{0};
   }
   length = line->length;

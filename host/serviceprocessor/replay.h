@@ -57,7 +57,7 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   bool TakesDotCommands() override { return header_.discovery.dotCommand; }
   bool CheckCommunication() override { return header_.discovery.spComm; }
   int DiscoverServiceProcessors() override { return header_.discovery.serviceProcessors; }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override;
 

@@ -4,7 +4,7 @@
 
 #include "host/core/unsafetext.h"
 #include "host/serviceprocessor/commandframe.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20 {
 
@@ -13,12 +13,12 @@ namespace {
 constexpr std::size_t kCompletionCodeSize = 1;
 constexpr std::uint8_t kUnspecifiedError = 0xFF;
 
-TIPMICommandBuffer BufferOf(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
-                            std::span<const std::uint8_t> data) {
-  const std::size_t size = std::min(data.size(), TIPMICommandBuffer::kMaxData);
-  TIPMICommandBuffer buffer(networkFunction, command, static_cast<std::uint8_t>(size));
-  buffer[TIPMICommandBuffer::kLun] = lun;
-  std::copy_n(data.begin(), size, buffer.Data() + TIPMICommandBuffer::kData);
+wire::TCommandBuffer BufferOf(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
+                              std::span<const std::uint8_t> data) {
+  const std::size_t size = std::min(data.size(), wire::TCommandBuffer::kMaxData);
+  wire::TCommandBuffer buffer(networkFunction, command, static_cast<std::uint8_t>(size));
+  buffer[wire::TCommandBuffer::kLun] = lun;
+  std::copy_n(data.begin(), size, buffer.Data() + wire::TCommandBuffer::kData);
   return buffer;
 }
 
@@ -41,9 +41,9 @@ bool MeetsStorageAreas(const TFault& fault) {
 TServedNode::TServedNode(TServerFile server, int node)
     : server_(std::move(server)), injector_(server_, server_.Server().faults), node_(node) {}
 
-bool TServedNode::TNode::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& /*stop*/) {
-  const auto answer = AnswerIpmi(Server(), node, buffer[TIPMICommandBuffer::kNetworkFunction],
-                                 buffer[TIPMICommandBuffer::kCommand], CommandFrame::RequestData(buffer), capacity_);
+bool TServedNode::TNode::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& /*stop*/) {
+  const auto answer = AnswerIpmi(Server(), node, buffer[wire::TCommandBuffer::kNetworkFunction],
+                                 buffer[wire::TCommandBuffer::kCommand], CommandFrame::RequestData(buffer), capacity_);
   if (!answer) return false;
   CommandFrame::StoreResponse(buffer, length, answer->completionCode, answer->data);
   return true;
@@ -51,11 +51,11 @@ bool TServedNode::TNode::SendIpmi(int node, TIPMICommandBuffer& buffer, int& len
 
 std::vector<std::uint8_t> TServedNode::Answer(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
                                               std::span<const std::uint8_t> data, std::size_t capacity) {
-  TIPMICommandBuffer buffer = BufferOf(networkFunction, lun, command, data);
+  wire::TCommandBuffer buffer = BufferOf(networkFunction, lun, command, data);
   server_.SetCapacity(std::max(capacity, kCompletionCodeSize) - kCompletionCodeSize);
   int length = 0;
   if (!injector_.SendIpmi(node_, buffer, length, never_)) return {kUnspecifiedError};
-  const unsigned char* const answered = buffer.Data() + TIPMICommandBuffer::kData;
+  const unsigned char* const answered = buffer.Data() + wire::TCommandBuffer::kData;
   std::vector<std::uint8_t> answer = {buffer.CompletionCode()};
   answer.insert(answer.end(), answered, answered + buffer.DataLength());
   return answer;
@@ -66,7 +66,7 @@ TNotServed ReasonNotToServe(const TServerFile& server, int node) {
     return {"there is no BMC node " + std::to_string(node) + "; the server has " + NodesOf(server)};
   }
   if (!server.driverPresent) return {"with driver_present = false no IPMI exchange takes place"};
-  constexpr std::size_t kShortest = TIPMICommandBuffer::kData + StorageAreaCommands::kManufacturerId.size();
+  constexpr std::size_t kShortest = wire::TCommandBuffer::kData + wire::StorageArea::kManufacturerId.size();
   for (const TFault& fault : server.faults) {
     if (fault.lost) {
       return {

@@ -32,10 +32,10 @@ class NKROVEL20_API TServedNode {
    public:
     explicit TNode(TServerFile server) : TSimulatedServer(std::move(server)) {}
     void SetCapacity(std::size_t capacity) { capacity_ = capacity; }
-    bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+    bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
 
    private:
-    std::size_t capacity_ = TIPMICommandBuffer::kMaxData;
+    std::size_t capacity_ = wire::TCommandBuffer::kMaxData;
   };
 
   TNode server_;

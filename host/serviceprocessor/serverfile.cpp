@@ -11,7 +11,7 @@
 #include "host/serviceprocessor/faulttable.h"
 #include "host/serviceprocessor/quoted.h"
 #include "host/serviceprocessor/tomltable.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20 {
 
@@ -94,8 +94,8 @@ void TServerFileReader::ReadDot(const TTomlTable& table) {
 void TServerFileReader::ReadNode(const TTomlTable& table) {
   table.AllowOnly({"timestamp", "register", "storage_area"});
   TSimulatedNode node;
-  if (const auto timestamp = table.Bytes("timestamp", RegisterCommands::kTimestampSize)) {
-    node.timestamp = ToArray<RegisterCommands::kTimestampSize>(*timestamp);
+  if (const auto timestamp = table.Bytes("timestamp", wire::RegisterRead::kTimestampSize)) {
+    node.timestamp = ToArray<wire::RegisterRead::kTimestampSize>(*timestamp);
   }
   linesOfRegisters_.clear();
   namesOfAreas_.clear();
@@ -117,9 +117,9 @@ void TServerFileReader::ReadRegister(const TTomlTable& table, TSimulatedNode& no
                                         " has already, expected each chip and address (its low 24 bits) once");
   }
   TSimulatedRegister& entry = node.registers[key];
-  entry.value = ToArray<RegisterCommands::kValueSize>(*table.Bytes("value", RegisterCommands::kValueSize));
-  if (const auto header = table.Bytes("header", RegisterCommands::kHeaderSize)) {
-    entry.header = ToArray<RegisterCommands::kHeaderSize>(*header);
+  entry.value = ToArray<wire::RegisterRead::kValueSize>(*table.Bytes("value", wire::RegisterRead::kValueSize));
+  if (const auto header = table.Bytes("header", wire::RegisterRead::kHeaderSize)) {
+    entry.header = ToArray<wire::RegisterRead::kHeaderSize>(*header);
   }
 }
 
@@ -130,7 +130,7 @@ void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) 
   area.name = *table.String("name");
   if (area.name.empty()) table.Fail(name.value.place, "found an empty name, expected the storage area's name");
   // A request carries no more of it, so more could not tell two areas apart.
-  const std::string sent = area.name.substr(0, StorageAreaCommands::kNameSize);
+  const std::string sent = area.name.substr(0, wire::StorageArea::kNameSize);
   if (!namesOfAreas_.insert(sent).second) {
     table.Fail(name.value.place, "found a second storage area " + Quoted(sent) +
                                      ", expected each name (its first 25 bytes) once in a node");

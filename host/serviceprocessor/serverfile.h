@@ -16,8 +16,8 @@
 #include "host/serviceprocessor/exchange.h"
 #include "host/serviceprocessor/storedbytes.h"
 #include "nkrovel20/api.h"
-#include "nkrovel20/registercommands.h"
 #include "nkrovel20/tcimdatetime.h"
+#include "wire/registerread.h"
 
 namespace NKROVEL20 {
 
@@ -33,8 +33,8 @@ inline constexpr std::size_t kMostServiceProcessors = 256;
 inline constexpr std::int64_t kLongestDelayMs = 86'400'000;  ///< of a fault: a day
 
 struct TSimulatedRegister {
-  std::array<std::uint8_t, RegisterCommands::kHeaderSize> header{};
-  std::array<std::uint8_t, RegisterCommands::kValueSize> value{};  ///< least significant byte first
+  std::array<std::uint8_t, wire::RegisterRead::kHeaderSize> header{};
+  std::array<std::uint8_t, wire::RegisterRead::kValueSize> value{};  ///< least significant byte first
 };
 
 struct TStorageArea {
@@ -44,13 +44,13 @@ struct TStorageArea {
 };
 
 struct TSimulatedNode {
-  std::optional<std::array<std::uint8_t, RegisterCommands::kTimestampSize>> timestamp;
+  std::optional<std::array<std::uint8_t, wire::RegisterRead::kTimestampSize>> timestamp;
   std::map<std::uint32_t, TSimulatedRegister> registers;  ///< by RegisterKey()
   std::vector<TStorageArea> areas;
 
   /// Of the address only the low 24 bits count, since a request has no more.
   static constexpr std::uint32_t RegisterKey(std::uint8_t chip, std::uint32_t address) {
-    return std::uint32_t{chip} << 24U | (address & RegisterCommands::kAddressMask);
+    return std::uint32_t{chip} << 24U | (address & wire::RegisterRead::kAddressMask);
   }
 };
 

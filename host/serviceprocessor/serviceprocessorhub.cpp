@@ -17,8 +17,9 @@ std::chrono::microseconds Since(TClock::time_point start) {
 IServiceProcessor::~IServiceProcessor() = default;
 IExchangeObserver::~IExchangeObserver() = default;
 
-bool TSupervisedServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
-  const TIPMICommandBuffer request = buffer;
+bool TSupervisedServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length,
+                                           const TStopSignal& stop) {
+  const wire::TCommandBuffer request = buffer;
   const auto start = TClock::now();
   const bool attempted = !stop.IsStopped();
   const bool answered = attempted && inner_.SendIpmi(node, buffer, length, stop);

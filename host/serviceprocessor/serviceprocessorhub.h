@@ -22,7 +22,7 @@ class NKROVEL20_API TSupervisedServiceProcessor : public IServiceProcessor {
   bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
   bool CheckCommunication() override { return inner_.CheckCommunication(); }
   int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override;
 

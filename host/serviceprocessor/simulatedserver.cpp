@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "host/serviceprocessor/commandframe.h"
-#include "nkrovel20/registerblockcommand.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/registerblock.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20 {
 
@@ -13,8 +13,8 @@ namespace {
 using TData = std::vector<std::uint8_t>;
 using TRequest = std::span<const std::uint8_t>;
 
-constexpr std::uint8_t kOemGroup = StorageAreaCommands::kNetworkFunction;
-constexpr std::size_t kIdSize = StorageAreaCommands::kManufacturerId.size();
+constexpr std::uint8_t kOemGroup = wire::StorageArea::kNetworkFunction;
+constexpr std::size_t kIdSize = wire::StorageArea::kManufacturerId.size();
 
 /// The data of one request, with zeros behind, by the offsets of the command buffer.
 class TRequestData {
@@ -22,7 +22,7 @@ class TRequestData {
   explicit TRequestData(TRequest data) : data_(data) {}
 
   std::uint8_t At(std::size_t offset) const {
-    const std::size_t index = offset - TIPMICommandBuffer::kData;
+    const std::size_t index = offset - wire::TCommandBuffer::kData;
     return index < data_.size() ? data_[index] : std::uint8_t{0};
   }
   std::uint32_t LittleEndian(std::size_t offset, std::size_t size) const {
@@ -45,8 +45,8 @@ void AppendLittleEndian(TData& data, std::uint32_t value, std::size_t size) {
 }
 
 TIpmiAnswer AnswerRegister(const TSimulatedNode& node, bool pattern, const TRequestData& request) {
-  const std::uint8_t chip = request.At(RegisterCommands::kChipSelector);
-  const std::uint32_t address = request.BigEndian(RegisterCommands::kAddress, RegisterCommands::kAddressSize);
+  const std::uint8_t chip = request.At(wire::RegisterRead::kChipSelector);
+  const std::uint32_t address = request.BigEndian(wire::RegisterRead::kAddress, wire::RegisterRead::kAddressSize);
   const auto found = node.registers.find(TSimulatedNode::RegisterKey(chip, address));
   if (found == node.registers.end() && !pattern) return {kNotPresent, {}};
   TSimulatedRegister entry;
@@ -65,11 +65,11 @@ TIpmiAnswer AnswerRegister(const TSimulatedNode& node, bool pattern, const TRequ
 
 TIpmiAnswer AnswerTimestamp(const TSimulatedNode& node) {
   if (!node.timestamp) return {kNotPresent, {}};
-  return {TIPMICommandBuffer::kSuccess, {node.timestamp->begin(), node.timestamp->end()}};
+  return {wire::TCommandBuffer::kSuccess, {node.timestamp->begin(), node.timestamp->end()}};
 }
 
 bool FieldHolds(const TRequestData& request, std::size_t field, const std::string& name) {
-  for (std::size_t i = 0; i < StorageAreaCommands::kNameSize; ++i) {
+  for (std::size_t i = 0; i < wire::StorageArea::kNameSize; ++i) {
     if (request.At(field + i) != (i < name.size() ? static_cast<std::uint8_t>(name[i]) : 0)) return false;
   }
   return true;
@@ -86,15 +86,15 @@ std::uint32_t HandleOf(const TSimulatedNode& node, const TRequestData& request, 
 // The answers to storage-area requests are given without the manufacturer id.
 
 TIpmiAnswer AnswerOpen(const TSimulatedNode& node, const TRequestData& request) {
-  const std::uint32_t handle = HandleOf(node, request, StorageAreaCommands::kOpenName);
+  const std::uint32_t handle = HandleOf(node, request, wire::StorageArea::kOpenName);
   if (handle == 0) return {kNotPresent, {}};
   TIpmiAnswer answer;
-  AppendLittleEndian(answer.data, handle, StorageAreaCommands::kHandleSize);
+  AppendLittleEndian(answer.data, handle, wire::StorageArea::kHandleSize);
   return answer;
 }
 
 TIpmiAnswer AnswerSize(const TSimulatedNode& node, const TRequestData& request) {
-  const std::uint32_t handle = HandleOf(node, request, StorageAreaCommands::kQueryName);
+  const std::uint32_t handle = HandleOf(node, request, wire::StorageArea::kQueryName);
   if (handle == 0) return {kNotPresent, {}};
   TIpmiAnswer answer;
   AppendLittleEndian(answer.data, static_cast<std::uint32_t>(node.areas[handle - 1].size), 4);
@@ -102,12 +102,12 @@ TIpmiAnswer AnswerSize(const TSimulatedNode& node, const TRequestData& request) 
 }
 
 TIpmiAnswer AnswerRead(const TSimulatedNode& node, const TRequestData& request, std::size_t capacity) {
-  constexpr std::size_t kCountSize = StorageAreaCommands::kResponseData - StorageAreaCommands::kResponseCount;
-  const std::uint32_t handle = request.LittleEndian(StorageAreaCommands::kHandle, StorageAreaCommands::kHandleSize);
+  constexpr std::size_t kCountSize = wire::StorageArea::kResponseData - wire::StorageArea::kResponseCount;
+  const std::uint32_t handle = request.LittleEndian(wire::StorageArea::kHandle, wire::StorageArea::kHandleSize);
   if (handle == 0 || handle > node.areas.size()) return {kNotPresent, {}};
-  const std::size_t start = request.LittleEndian(StorageAreaCommands::kReadOffset, 4);
+  const std::size_t start = request.LittleEndian(wire::StorageArea::kReadOffset, 4);
   const std::size_t room = capacity > kIdSize + kCountSize ? capacity - kIdSize - kCountSize : 0;
-  const std::size_t wanted = request.LittleEndian(StorageAreaCommands::kReadCount, kCountSize);
+  const std::size_t wanted = request.LittleEndian(wire::StorageArea::kReadCount, kCountSize);
   const TData data = node.areas[handle - 1].data.Read(start, std::min(wanted, room));
   TIpmiAnswer answer;
   AppendLittleEndian(answer.data, static_cast<std::uint32_t>(data.size()), kCountSize);
@@ -117,21 +117,21 @@ TIpmiAnswer AnswerRead(const TSimulatedNode& node, const TRequestData& request, 
 
 TIpmiAnswer AnswerStorageArea(const TSimulatedNode& node, const TRequestData& request, std::size_t capacity) {
   for (std::size_t i = 0; i < kIdSize; ++i) {
-    const std::uint8_t expected = StorageAreaCommands::kManufacturerId.at(i);
-    if (request.At(StorageAreaCommands::kManufacturer + i) != expected) return {kInvalidCommand, {}};
+    const std::uint8_t expected = wire::StorageArea::kManufacturerId.at(i);
+    if (request.At(wire::StorageArea::kManufacturer + i) != expected) return {kInvalidCommand, {}};
   }
-  switch (request.At(StorageAreaCommands::kSubCommand)) {
-    case StorageAreaCommands::kOpen: return AnswerOpen(node, request);
-    case StorageAreaCommands::kQuerySize: return AnswerSize(node, request);
-    case StorageAreaCommands::kRead: return AnswerRead(node, request, capacity);
-    case StorageAreaCommands::kClose: return {};
+  switch (request.At(wire::StorageArea::kSubCommand)) {
+    case wire::StorageArea::kOpen: return AnswerOpen(node, request);
+    case wire::StorageArea::kQuerySize: return AnswerSize(node, request);
+    case wire::StorageArea::kRead: return AnswerRead(node, request, capacity);
+    case wire::StorageArea::kClose: return {};
     default: return {kInvalidCommand, {}};
   }
 }
 
 TIpmiAnswer AnswerOemGroup(const TSimulatedNode& node, std::uint8_t command, TRequest data, std::size_t capacity) {
-  TIpmiAnswer answer = command == StorageAreaCommands::kCommand ? AnswerStorageArea(node, TRequestData(data), capacity)
-                                                                : TIpmiAnswer{kInvalidCommand, {}};
+  TIpmiAnswer answer = command == wire::StorageArea::kCommand ? AnswerStorageArea(node, TRequestData(data), capacity)
+                                                              : TIpmiAnswer{kInvalidCommand, {}};
   const TData id = DataOfBareAnswer(kOemGroup, data);
   answer.data.insert(answer.data.begin(), id.begin(), id.end());
   return answer;
@@ -139,31 +139,31 @@ TIpmiAnswer AnswerOemGroup(const TSimulatedNode& node, std::uint8_t command, TRe
 
 TIpmiAnswer AnswerRegisters(const TSimulatedNode& node, bool pattern, std::uint8_t command, TRequest data) {
   switch (command) {
-    case RegisterCommands::kRegisterRead: return AnswerRegister(node, pattern, TRequestData(data));
-    case RegisterCommands::kTimestampRead: return AnswerTimestamp(node);
+    case wire::RegisterRead::kRegisterRead: return AnswerRegister(node, pattern, TRequestData(data));
+    case wire::RegisterRead::kTimestampRead: return AnswerTimestamp(node);
     default: return {kInvalidCommand, {}};
   }
 }
 
 // Byte 5 of an open or size request counts the name's whole length modulo 256, so that it may say
 // fewer bytes than the name's field has.
-TRequest DataWithWholeName(const TIPMICommandBuffer& request) {
-  constexpr auto kStart = TIPMICommandBuffer::kData;
+TRequest DataWithWholeName(const wire::TCommandBuffer& request) {
+  constexpr auto kStart = wire::TCommandBuffer::kData;
   std::size_t size = CommandFrame::RequestData(request).size();
   const EExchangeKind kind = KindOfRequest(request);
-  const std::size_t name = kind == EExchangeKind::kOpen   ? StorageAreaCommands::kOpenName
-                           : kind == EExchangeKind::kSize ? StorageAreaCommands::kQueryName
+  const std::size_t name = kind == EExchangeKind::kOpen   ? wire::StorageArea::kOpenName
+                           : kind == EExchangeKind::kSize ? wire::StorageArea::kQueryName
                                                           : std::size_t{0};
-  if (name != 0) size = std::max(size, name + StorageAreaCommands::kNameSize - kStart);
+  if (name != 0) size = std::max(size, name + wire::StorageArea::kNameSize - kStart);
   return {request.Data() + kStart, size};
 }
 
 bool ReadsRegisterBlock(const dotCmd& command) {
   const auto& identifier = command.GetIdentifier();
-  return command.GetCommand() == RegisterBlockCommand::kCommand &&
-         std::equal(identifier.begin(), identifier.end(), RegisterBlockCommand::kIdentifier.begin(),
-                    RegisterBlockCommand::kIdentifier.end()) &&
-         command.GetParameters().size() == RegisterBlockCommand::kParameterSize;
+  return command.GetCommand() == wire::RegisterBlockCommand::kCommand &&
+         std::equal(identifier.begin(), identifier.end(), wire::RegisterBlockCommand::kIdentifier.begin(),
+                    wire::RegisterBlockCommand::kIdentifier.end()) &&
+         command.GetParameters().size() == wire::RegisterBlockCommand::kParameterSize;
 }
 
 }  // namespace
@@ -173,7 +173,7 @@ std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, int node, std::
   if (!server.driverPresent || node < 0 || static_cast<std::size_t>(node) >= server.nodes.size()) return std::nullopt;
   const TSimulatedNode& bmc = server.nodes[static_cast<std::size_t>(node)];
   TIpmiAnswer answer = {kInvalidCommand, {}};
-  if (networkFunction == RegisterCommands::kNetworkFunction) {
+  if (networkFunction == wire::RegisterRead::kNetworkFunction) {
     answer = AnswerRegisters(bmc, server.patternRegisters, command, data);
   } else if (networkFunction == kOemGroup) {
     answer = AnswerOemGroup(bmc, command, data, capacity);
@@ -185,13 +185,13 @@ std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, int node, std::
 std::vector<std::uint8_t> DataOfBareAnswer(std::uint8_t networkFunction, TRequest requestData) {
   if (networkFunction != kOemGroup) return {};
   if (requestData.size() >= kIdSize) return {requestData.begin(), requestData.begin() + kIdSize};
-  return {StorageAreaCommands::kManufacturerId.begin(), StorageAreaCommands::kManufacturerId.end()};
+  return {wire::StorageArea::kManufacturerId.begin(), wire::StorageArea::kManufacturerId.end()};
 }
 
-bool TSimulatedServer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TSimulatedServer::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   if (stop.IsStopped()) return false;
-  const auto answer = AnswerIpmi(server_, node, buffer[TIPMICommandBuffer::kNetworkFunction],
-                                 buffer[TIPMICommandBuffer::kCommand], DataWithWholeName(buffer));
+  const auto answer = AnswerIpmi(server_, node, buffer[wire::TCommandBuffer::kNetworkFunction],
+                                 buffer[wire::TCommandBuffer::kCommand], DataWithWholeName(buffer));
   if (!answer) return false;
   CommandFrame::StoreResponse(buffer, length, answer->completionCode, answer->data);
   return true;
@@ -203,8 +203,9 @@ bool TSimulatedServer::SendDot(int serviceProcessor, const dotCmd& command, std:
   if (!ReadsRegisterBlock(command)) return false;
   const TStoredBytes& block = server_.dot->blocks[static_cast<std::size_t>(serviceProcessor)];
   const auto& parameters = command.GetParameters();
-  const std::size_t asked = parameters[RegisterBlockCommand::kParameterBufferSize] |
-                            static_cast<std::size_t>(parameters[RegisterBlockCommand::kParameterBufferSize + 1]) << 8U;
+  const std::size_t asked = parameters[wire::RegisterBlockCommand::kParameterBufferSize] |
+                            static_cast<std::size_t>(parameters[wire::RegisterBlockCommand::kParameterBufferSize + 1])
+                                << 8U;
   length = static_cast<int>(block.Read(0, response.first(std::min(asked, response.size()))));
   return true;
 }

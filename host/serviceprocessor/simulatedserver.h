@@ -18,7 +18,7 @@ inline constexpr std::uint8_t kInvalidCommand = 0xC1;
 inline constexpr std::uint8_t kNotPresent = 0xCB;
 
 struct TIpmiAnswer {
-  std::uint8_t completionCode = TIPMICommandBuffer::kSuccess;
+  std::uint8_t completionCode = wire::TCommandBuffer::kSuccess;
   std::vector<std::uint8_t> data;
 };
 
@@ -31,7 +31,7 @@ struct TIpmiAnswer {
 /// completion code 0xC1, as IPMI has it.
 NKROVEL20_API std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, int node, std::uint8_t networkFunction,
                                                     std::uint8_t command, std::span<const std::uint8_t> data,
-                                                    std::size_t capacity = TIPMICommandBuffer::kMaxData);
+                                                    std::size_t capacity = wire::TCommandBuffer::kMaxData);
 
 /// The data of an answer that has a completion code only: none, or the manufacturer id for an
 /// OEM/Group request.
@@ -50,7 +50,7 @@ class NKROVEL20_API TSimulatedServer : public IServiceProcessor {
 
   /// AnswerIpmi() with the data that are sent. The name in an open or size request is read from its
   /// whole field, whatever byte 5 says, since that counts modulo 256.
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
 
   /// The register block, cut to the size in the command's parameters and to `response`. False for a
   /// service processor that does not exist and for any other command.

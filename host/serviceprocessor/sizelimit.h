@@ -35,14 +35,14 @@ class NKROVEL20_API TSizeLimit : public IServiceProcessor {
   bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
   bool CheckCommunication() override { return inner_.CheckCommunication(); }
   int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override {
     return inner_.SendDot(serviceProcessor, command, response, length, stop);
   }
 
  private:
-  bool Accept(int node, const TIPMICommandBuffer& request, std::int64_t size);
+  bool Accept(int node, const wire::TCommandBuffer& request, std::int64_t size);
 
   IServiceProcessor& inner_;
   std::int64_t accepted_ = 0;

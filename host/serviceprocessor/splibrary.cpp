@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "host/serviceprocessor/serviceprocessorhub.h"
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
 namespace NKROVEL20 {
 
@@ -44,16 +44,16 @@ int SPLibrary::discoverSPs() { return installed ? installed->DiscoverServiceProc
 bool SPLibrary::isDotcommand() { return installed && installed->TakesDotCommands(); }
 
 bool SPLibrary::sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool /*flag*/) {
-  constexpr auto kData = TIPMICommandBuffer::kData;
+  constexpr auto kData = wire::TCommandBuffer::kData;
   if (!installed || buffer == nullptr || length == nullptr || capacity < static_cast<int>(kData)) return false;
-  const std::size_t size = std::min(static_cast<std::size_t>(capacity), TIPMICommandBuffer::kSize);
-  TIPMICommandBuffer exchange;
+  const std::size_t size = std::min(static_cast<std::size_t>(capacity), wire::TCommandBuffer::kSize);
+  wire::TCommandBuffer exchange;
   std::copy_n(buffer, size, exchange.Data());
   int responseLength = *length;
   if (!installed->SendIpmi(node_, exchange, responseLength, Stop())) return false;
   // A caller may use the length as the end of its own buffer.
   const std::size_t dataLength = std::min<std::size_t>(exchange.DataLength(), size - kData);
-  exchange[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(dataLength);
+  exchange[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(dataLength);
   std::copy_n(exchange.Data(), size, buffer);
   *length = std::min(responseLength, static_cast<int>(size));
   return true;

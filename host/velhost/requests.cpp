@@ -110,12 +110,12 @@ std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_pt
 
 void TExchangeLedger::OnIpmi(const TIpmiExchange& exchange) {
   Count(exchange.attempted, exchange.answered, exchange.node, KindOfRequest(exchange.request),
-        exchange.answered ? exchange.response.CompletionCode() : TIPMICommandBuffer::kSuccess);
+        exchange.answered ? exchange.response.CompletionCode() : wire::TCommandBuffer::kSuccess);
 }
 
 void TExchangeLedger::OnDot(const TDotExchange& exchange) {
   Count(exchange.attempted, exchange.answered, exchange.serviceProcessor, EExchangeKind::kDot,
-        TIPMICommandBuffer::kSuccess);
+        wire::TCommandBuffer::kSuccess);
 }
 
 void TExchangeLedger::BeginRequest(const std::string& className) {
@@ -126,7 +126,7 @@ void TExchangeLedger::BeginRequest(const std::string& className) {
 // An exchange that a stopped run refuses never took place: it makes the request's instances
 // incomplete, but is no failure of the service processor.
 void TExchangeLedger::Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode) {
-  const bool succeeded = answered && completionCode == TIPMICommandBuffer::kSuccess;
+  const bool succeeded = answered && completionCode == wire::TCommandBuffer::kSuccess;
   if (attempted) ++total_;
   if (succeeded) return;
   requestFailed_ = true;

@@ -144,7 +144,7 @@ class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
   bool TakesDotCommands() override { return false; }
   bool CheckCommunication() override { return false; }
   int DiscoverServiceProcessors() override { return 0; }
-  bool SendIpmi(int, TIPMICommandBuffer&, int&, const TStopSignal&) override { return false; }
+  bool SendIpmi(int, wire::TCommandBuffer&, int&, const TStopSignal&) override { return false; }
   bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return false; }
 
  private:

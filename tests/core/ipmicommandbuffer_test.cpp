@@ -1,51 +1,51 @@
 // The wire constants of the contract headers, against the layouts as they are written down.
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
-#include "nkrovel20/registerblockcommand.h"
-#include "nkrovel20/registercommands.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/registerblock.h"
+#include "wire/registerread.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20 {
 namespace {
 
 TEST(IPMICommandBuffer, StartsAllZeroWithOneSpareByte) {
-  const TIPMICommandBuffer buffer;
-  EXPECT_EQ(TIPMICommandBuffer::kSize, 256U);
+  const wire::TCommandBuffer buffer;
+  EXPECT_EQ(wire::TCommandBuffer::kSize, 256U);
   for (std::size_t i = 0; i <= 256; ++i) EXPECT_EQ(buffer[i], 0) << i;
   EXPECT_THROW(buffer[257], std::out_of_range);
 }
 
 TEST(IPMICommandBuffer, ARequestFillsTheFieldsAtTheirOffsets) {
-  const TIPMICommandBuffer request(0x3A, 0x62, 4);
+  const wire::TCommandBuffer request(0x3A, 0x62, 4);
   const unsigned char expected[] = {0x01, 0x20, 0x3A, 0x00, 0x62, 0x04, 0x00, 0x00, 0x00};
   for (std::size_t i = 0; i < 256; ++i) EXPECT_EQ(request.Data()[i], i < 9 ? expected[i] : 0) << i;
 }
 
 TEST(IPMICommandBuffer, AResponseIsReadAtTheSameOffsets) {
-  TIPMICommandBuffer response;
+  wire::TCommandBuffer response;
   response[4] = 0xC1;
   response[5] = 14;
   response.Data()[9] = 0xAB;
   EXPECT_EQ(response.CompletionCode(), 0xC1);
   EXPECT_EQ(response.DataLength(), 14);
-  EXPECT_EQ(response[TIPMICommandBuffer::kData], 0xAB);
-  EXPECT_EQ(TIPMICommandBuffer::kMaxData, 247U);
+  EXPECT_EQ(response[wire::TCommandBuffer::kData], 0xAB);
+  EXPECT_EQ(wire::TCommandBuffer::kMaxData, 247U);
 }
 
 TEST(IPMICommandBuffer, EqualityLooksAtEveryByte) {
-  TIPMICommandBuffer a(0x3A, 0x62, 4);
-  const TIPMICommandBuffer b = a;
+  wire::TCommandBuffer a(0x3A, 0x62, 4);
+  const wire::TCommandBuffer b = a;
   EXPECT_EQ(a, b);
   a[255] = 1;
   EXPECT_NE(a, b);
 }
 
 TEST(WireConstants, RegisterReads) {
-  namespace Wire = RegisterCommands;
+  namespace Wire = wire::RegisterRead;
   EXPECT_EQ(Wire::kNetworkFunction, 0x3A);
   EXPECT_EQ(Wire::kRegisterRead, 0x62);
   EXPECT_EQ(Wire::kTimestampRead, 0x6F);
@@ -60,7 +60,7 @@ TEST(WireConstants, RegisterReads) {
 }
 
 TEST(WireConstants, RegisterBlocks) {
-  namespace Wire = RegisterBlockCommand;
+  namespace Wire = wire::RegisterBlockCommand;
   EXPECT_EQ(Wire::kCommand, 0x02);
   EXPECT_EQ(Wire::kIdentifier[0], 0x0E);
   EXPECT_EQ(Wire::kIdentifier[1], 0x06);
@@ -70,7 +70,7 @@ TEST(WireConstants, RegisterBlocks) {
 }
 
 TEST(WireConstants, StorageAreas) {
-  namespace Wire = StorageAreaCommands;
+  namespace Wire = wire::StorageArea;
   EXPECT_EQ(Wire::kNetworkFunction, 0x2E);
   EXPECT_EQ(Wire::kSubCommand, 12U);
   EXPECT_EQ(Wire::kOpenName, 21U);

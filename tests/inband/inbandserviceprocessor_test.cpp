@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "nkrovel20/registercommands.h"
 #include "tests/inband/scripteddriver.h"
+#include "wire/registerread.h"
 
 namespace NKROVEL20 {
 namespace {
@@ -16,15 +16,15 @@ class Inband : public testing::Test {
   Inband() : driver_(std::make_shared<TScriptedDriver>()) { driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1"); }
 
   /// A register read of chip 7, address 0x345678.
-  static TIPMICommandBuffer RegisterRead() {
-    TIPMICommandBuffer buffer(0x3A, 0x62, 4);
+  static wire::TCommandBuffer RegisterRead() {
+    wire::TCommandBuffer buffer(0x3A, 0x62, 4);
     buffer[9] = 0x07;
     buffer[10] = 0x34;
     buffer[11] = 0x56;
     buffer[12] = 0x78;
     return buffer;
   }
-  bool Send(int node, TIPMICommandBuffer& buffer) { return Processor().SendIpmi(node, buffer, length_, stop_); }
+  bool Send(int node, wire::TCommandBuffer& buffer) { return Processor().SendIpmi(node, buffer, length_, stop_); }
   TInbandServiceProcessor& Processor() {
     if (!processor_) {
       processor_ =
@@ -34,8 +34,8 @@ class Inband : public testing::Test {
   }
   /// The exchange fails and leaves buffer and length as they were.
   void ExpectLost(int node = 0) {
-    const TIPMICommandBuffer before = RegisterRead();
-    TIPMICommandBuffer buffer = before;
+    const wire::TCommandBuffer before = RegisterRead();
+    wire::TCommandBuffer buffer = before;
     EXPECT_FALSE(Send(node, buffer));
     EXPECT_EQ(buffer, before);
     EXPECT_EQ(length_, 256);
@@ -49,7 +49,7 @@ class Inband : public testing::Test {
 
 TEST_F(Inband, SendsTheRequestsBytesToTheSystemInterface) {
   driver_->Answer(1, {0x00});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   buffer[3] = 0x02;
   ASSERT_TRUE(Send(1, buffer));
   ASSERT_EQ(driver_->Sent().size(), 1U);
@@ -65,7 +65,7 @@ TEST_F(Inband, SendsTheRequestsBytesToTheSystemInterface) {
 
 TEST_F(Inband, PutsTheAnswerInPlace) {
   driver_->Answer(1, {0x00, 0xA0, 0xA1});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(length_, 11);
   EXPECT_THAT(TBytes(buffer.Data(), buffer.Data() + 14),
@@ -75,7 +75,7 @@ TEST_F(Inband, PutsTheAnswerInPlace) {
 
 TEST_F(Inband, CompletionCodeIsTheAnswersFirstByte) {
   driver_->Answer(1, {0xCB});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(buffer.CompletionCode(), 0xCB);
   EXPECT_EQ(buffer.DataLength(), 0);
@@ -84,7 +84,7 @@ TEST_F(Inband, CompletionCodeIsTheAnswersFirstByte) {
 
 TEST_F(Inband, GroupExtensionRequestPassesAsItIs) {
   driver_->Answer(1, {0xC1, 0x39, 0x30, 0x00});
-  TIPMICommandBuffer buffer(0x2E, 0x90, 3);
+  wire::TCommandBuffer buffer(0x2E, 0x90, 3);
   buffer[9] = 0x39;
   buffer[10] = 0x30;
   ASSERT_TRUE(Send(0, buffer));
@@ -97,7 +97,7 @@ TEST_F(Inband, LongestAnswerFillsTheBuffer) {
   TBytes answer(248, 0x55);
   answer[0] = 0x00;
   driver_->Answer(1, answer);
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(length_, 256);
   EXPECT_EQ(buffer.DataLength(), 247);
@@ -109,7 +109,7 @@ TEST_F(Inband, LongerAnswerIsCut) {
   TBytes answer(272, 0x55);
   answer[0] = 0x00;
   driver_->Answer(1, answer);
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(length_, 256);
   EXPECT_EQ(buffer.DataLength(), 247);
@@ -119,7 +119,7 @@ TEST_F(Inband, LongerAnswerIsCut) {
 
 TEST_F(Inband, RequestSaysNoMoreThanTheBufferHolds) {
   driver_->Answer(1, {0x00});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   buffer[5] = 0xFF;
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(driver_->Sent().front().data.size(), 247U);
@@ -139,7 +139,7 @@ TEST_F(Inband, SilenceEndsTheExchangeAfterTheAnswerTime) {
 TEST_F(Inband, LateAnswerIsNotTakenForTheNextOne) {
   ExpectLost();
   driver_->Answer(1, {0x00, 0x11}).Answer(2, {0x00, 0x22});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(buffer[9], 0x22);
 }
@@ -147,7 +147,7 @@ TEST_F(Inband, LateAnswerIsNotTakenForTheNextOne) {
 TEST_F(Inband, EventsAndCommandsAreNoAnswers) {
   driver_->Message(IPMI_ASYNC_EVENT_RECV_TYPE, 1, {0x00, 0x11}).Message(IPMI_CMD_RECV_TYPE, 1, {0x00, 0x22});
   driver_->Answer(1, {0x00, 0x33});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   ASSERT_TRUE(Send(0, buffer));
   EXPECT_EQ(buffer[9], 0x33);
 }
@@ -155,14 +155,14 @@ TEST_F(Inband, EventsAndCommandsAreNoAnswers) {
 TEST_F(Inband, InterruptedWaitingGoesOn) {
   driver_->Answer(1, {0x00, 0x33});
   driver_->OnPoll([](auto) { return -EINTR; });
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   EXPECT_TRUE(Send(0, buffer));
 }
 
 TEST_F(Inband, NothingToTakeAfterAllWaitsOn) {
   driver_->Answer(1, {0x00, 0x33});
   driver_->FailNextReceive(EAGAIN);
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   EXPECT_TRUE(Send(0, buffer));
 }
 

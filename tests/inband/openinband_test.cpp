@@ -28,7 +28,7 @@ class OpenInbandTest : public testing::Test {
   /// The node's descriptor as the driver sees it.
   int DescriptorOf(IServiceProcessor& processor, int node) {
     TStopSignal stop;
-    TIPMICommandBuffer buffer(0x3A, 0x6F, 0);
+    wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
     int length = 256;
     processor.SendIpmi(node, buffer, length, stop);
     return driver_->Sent().back().descriptor;
@@ -68,7 +68,7 @@ TEST_F(OpenInbandTest, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
   EXPECT_EQ(processor->BmcNodeCount(), 1);
   EXPECT_FALSE(processor->IpmiDriverPresent());
   TStopSignal stop;
-  TIPMICommandBuffer buffer(0x3A, 0x6F, 0);
+  wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
   int length = 256;
   EXPECT_FALSE(processor->SendIpmi(0, buffer, length, stop));
   EXPECT_EQ(length, 256);

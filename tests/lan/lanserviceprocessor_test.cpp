@@ -32,16 +32,16 @@ class LanServiceProcessor : public testing::Test {
                                                     (kind == ELanNotice::kLost ? notices_ : warnings_).push_back(text);
                                                   });
   }
-  static TIPMICommandBuffer RegisterRead() {
-    TIPMICommandBuffer buffer(0x3A, 0x62, 2);
+  static wire::TCommandBuffer RegisterRead() {
+    wire::TCommandBuffer buffer(0x3A, 0x62, 2);
     buffer[3] = 0x01;
     buffer[9] = 0x07;
     buffer[10] = 0x34;
     return buffer;
   }
   void ExpectLost(IServiceProcessor& processor, int node = 0) {
-    const TIPMICommandBuffer before = RegisterRead();
-    TIPMICommandBuffer buffer = before;
+    const wire::TCommandBuffer before = RegisterRead();
+    wire::TCommandBuffer buffer = before;
     int length = 256;
     EXPECT_FALSE(processor.SendIpmi(node, buffer, length, stop_));
     EXPECT_EQ(buffer, before);
@@ -62,7 +62,7 @@ class LanServiceProcessor : public testing::Test {
 TEST_F(LanServiceProcessor, SendsTheBuffersBytesAndAnswersInPlace) {
   const auto processor = Open(1);
   module_.Answer({0x00, 0xA0, 0xA1});
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   int length = 256;
   ASSERT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
   EXPECT_EQ(length, 11);
@@ -76,7 +76,7 @@ TEST_F(LanServiceProcessor, SendsTheBuffersBytesAndAnswersInPlace) {
 TEST_F(LanServiceProcessor, LongestAnswerFillsTheBuffer) {
   const auto processor = Open(1);
   module_.Answer(TBytes(300, 0x55));
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   int length = 256;
   ASSERT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
   EXPECT_EQ(length, 256);
@@ -91,7 +91,7 @@ TEST_F(LanServiceProcessor, EachNodeHasItsSession) {
   module_.Answer({0x00}).Answer({0x00});
   int length = 256;
   for (const int node : {1, 0}) {
-    TIPMICommandBuffer buffer = RegisterRead();
+    wire::TCommandBuffer buffer = RegisterRead();
     EXPECT_TRUE(processor->SendIpmi(node, buffer, length, stop_));
   }
   ASSERT_EQ(module_.sent.size(), 2U);
@@ -142,7 +142,7 @@ TEST_F(LanServiceProcessor, StopInterruptsTheWaitForAnAnswer) {
 TEST_F(LanServiceProcessor, AnswerThatComesWhileTheRunIsStoppedIsKept) {
   const auto processor = Open(1);
   module_.Do([this] { stop_.RequestStop(); });
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   int length = 256;
   EXPECT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
   EXPECT_EQ(length, 9);
@@ -190,7 +190,7 @@ TEST_F(LanServiceProcessor, ExchangesAreMadeOnTheThreadThatAsks) {
   std::thread::id thread;
   module_.Lose().Open().Open().Do([&thread] { thread = std::this_thread::get_id(); });
   ExpectLost(*processor);
-  TIPMICommandBuffer buffer = RegisterRead();
+  wire::TCommandBuffer buffer = RegisterRead();
   int length = 256;
   EXPECT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
   EXPECT_EQ(thread, std::this_thread::get_id());

@@ -45,7 +45,7 @@ class TLanBench : public IServiceProcessor {
   bool TakesDotCommands() override { return inner_->TakesDotCommands(); }
   bool CheckCommunication() override { return inner_->CheckCommunication(); }
   int DiscoverServiceProcessors() override { return inner_->DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
     return inner_->SendIpmi(node, buffer, length, stop);
   }
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,

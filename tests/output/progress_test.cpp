@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "nkrovel20/registercommands.h"
-#include "nkrovel20/storageareacommands.h"
+#include "wire/registerread.h"
+#include "wire/storagearea.h"
 
 namespace NKROVEL20::OutputTest {
 namespace {
@@ -20,22 +20,22 @@ class TProgressTest : public testing::Test {
   void Wait(int time) { now_ += milliseconds(time); }
 
   void Register() {
-    const TIPMICommandBuffer request(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+    const wire::TCommandBuffer request(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
     line_->OnIpmi({0, true, request, true, request, 9, {}});
   }
-  static TIPMICommandBuffer Area(std::uint8_t subCommand) {
-    TIPMICommandBuffer request(StorageAreaCommands::kNetworkFunction, StorageAreaCommands::kCommand, 14);
+  static wire::TCommandBuffer Area(std::uint8_t subCommand) {
+    wire::TCommandBuffer request(wire::StorageArea::kNetworkFunction, wire::StorageArea::kCommand, 14);
     request[9] = 0x39;
     request[10] = 0x30;
-    request[StorageAreaCommands::kSubCommand] = subCommand;
+    request[wire::StorageArea::kSubCommand] = subCommand;
     return request;
   }
   /// A size request for "cpu_err" on node 1, answered with four bytes.
   void Size(const std::array<std::uint8_t, 4>& size, std::uint8_t completionCode = 0) {
-    TIPMICommandBuffer request = Area(StorageAreaCommands::kQuerySize);
+    wire::TCommandBuffer request = Area(wire::StorageArea::kQuerySize);
     const std::string name = "cpu_err";
     for (std::size_t i = 0; i < name.size(); ++i) request[13 + i] = static_cast<std::uint8_t>(name[i]);
-    TIPMICommandBuffer response = request;
+    wire::TCommandBuffer response = request;
     response[4] = completionCode;
     response[5] = 7;
     for (std::size_t i = 0; i < size.size(); ++i) response[12 + i] = size.at(i);
@@ -43,8 +43,8 @@ class TProgressTest : public testing::Test {
   }
   /// A read request answered with so many bytes.
   void Read(std::uint8_t count, std::uint8_t completionCode = 0) {
-    const TIPMICommandBuffer request = Area(StorageAreaCommands::kRead);
-    TIPMICommandBuffer response = request;
+    const wire::TCommandBuffer request = Area(wire::StorageArea::kRead);
+    wire::TCommandBuffer response = request;
     response[4] = completionCode;
     response[5] = static_cast<std::uint8_t>(5 + count);
     response[12] = count;
@@ -52,7 +52,7 @@ class TProgressTest : public testing::Test {
     line_->OnIpmi({1, true, request, true, response, 14 + count, {}});
   }
   void Close() {
-    const TIPMICommandBuffer request = Area(StorageAreaCommands::kClose);
+    const wire::TCommandBuffer request = Area(wire::StorageArea::kClose);
     line_->OnIpmi({1, true, request, true, request, 12, {}});
   }
 
@@ -84,7 +84,7 @@ TEST_F(TProgressTest, CountsDotCommands) {
 TEST_F(TProgressTest, DoesNotCountWhatIsRefusedAfterAStop) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
   line_->OnDot({0, false, command, false, {}, 0, {}});
-  const TIPMICommandBuffer request(RegisterCommands::kNetworkFunction, RegisterCommands::kRegisterRead, 4);
+  const wire::TCommandBuffer request(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
   line_->OnIpmi({0, false, request, false, request, 0, {}});
   EXPECT_EQ(Written(), "");
 }
@@ -135,8 +135,8 @@ TEST_F(TProgressTest, IgnoresRefusedSizesAndReads) {
 
 TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
   Size({0xFF, 0xFF, 0, 0});
-  const TIPMICommandBuffer request = Area(StorageAreaCommands::kRead);
-  TIPMICommandBuffer response = request;
+  const wire::TCommandBuffer request = Area(wire::StorageArea::kRead);
+  wire::TCommandBuffer response = request;
   response[4] = 0;
   response[5] = 5 + 100;
   response[12] = response[13] = 0xFF;  // says 65535

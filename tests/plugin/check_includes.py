@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks who includes whom: check_includes.py SOURCE_FOLDER.
 
-The plugin is compiled against the contract alone (nkrovel20/...), and nothing of the plugin is compiled into
-the host.
+The plugin is compiled against the contract (nkrovel20/...) and the formats (wire/...) alone, and nothing
+of the plugin is compiled into the host.
 """
 
 import pathlib
@@ -12,7 +12,7 @@ import sys
 PLUGIN_FOLDERS = ("plugin", "r8", "jfr", "ffdc")
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 # What a plugin source may include in quotes.
-ALLOWED_IN_PLUGIN = re.compile(r"^(nkrovel20|plugin|r8|jfr|ffdc)/[^.][^/]*$")
+ALLOWED_IN_PLUGIN = re.compile(r"^(nkrovel20|wire|plugin|r8|jfr|ffdc)/[^.][^/]*$")
 
 
 def includes(folder):

@@ -31,7 +31,7 @@ void TRememberingProcessor::Forget() {
   openedAreas.clear();
 }
 
-bool TRememberingProcessor::SendIpmi(int, TIPMICommandBuffer& buffer, int& length, const TStopSignal&) {
+bool TRememberingProcessor::SendIpmi(int, wire::TCommandBuffer& buffer, int& length, const TStopSignal&) {
   static constexpr std::array<std::uint8_t, 14> kRegister = {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
   static constexpr std::array<std::uint8_t, 4> kTimestamp = {0x12, 0x34, 0x56, 0x78};
   if (buffer[2] == 0x3A && buffer[4] == 0x62) {
@@ -48,7 +48,7 @@ bool TRememberingProcessor::SendIpmi(int, TIPMICommandBuffer& buffer, int& lengt
   return true;
 }
 
-void TRememberingProcessor::AnswerStorageArea(TIPMICommandBuffer& buffer, int& length) {
+void TRememberingProcessor::AnswerStorageArea(wire::TCommandBuffer& buffer, int& length) {
   // The manufacturer id, and a handle, a size of zero, or a count of zero.
   static constexpr std::array<std::uint8_t, 7> kEmpty = {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00};
   if (buffer[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(buffer.Data() + 21));

@@ -40,14 +40,14 @@ class TRememberingProcessor : public IServiceProcessor {
   bool TakesDotCommands() override { return true; }
   bool CheckCommunication() override { return true; }
   int DiscoverServiceProcessors() override { return kServiceProcessors; }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override;
 
   static constexpr int kServiceProcessors = 2;
 
  private:
-  void AnswerStorageArea(TIPMICommandBuffer& buffer, int& length);
+  void AnswerStorageArea(wire::TCommandBuffer& buffer, int& length);
 };
 
 /// The collector in a process with a schema of the test's.

@@ -4,6 +4,8 @@
 #include "host/profile/collectorprofile.h"
 #include "tests/core/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
+#include "wire/registerblock.h"
+#include "wire/registerread.h"
 
 namespace NKROVEL20 {
 namespace {
@@ -73,7 +75,7 @@ class RegisterLayout : public TCollectorTest {
       EXPECT_TRUE(split);
       TBytes record(split->identification.begin(), split->identification.end());
       record.insert(record.end(), split->value.begin(), split->value.end());
-      EXPECT_EQ(record.size(), Profile::kRecordSize);
+      EXPECT_EQ(record.size(), wire::RegisterBlock::kRecordSize);
       halves.at(half) = record.at(byte);
     }
     return halves[1] * 256 + halves[0];
@@ -132,11 +134,12 @@ TEST_F(RegisterLayout, JfrValuesStandInBufferOrderBehindTheEqualsSign) {
 TEST_F(RegisterLayout, RecordsLieWhereTheProfilesGeometrySays) {
   for (const int instance : {0, 1}) {
     for (const int index : {0, 1, 5, 253}) {
-      const std::size_t record =
-          static_cast<std::size_t>(index) + static_cast<std::size_t>(instance) * Profile::kRecordsPerInstance;
-      const std::size_t start = Profile::kLargestRecordBase + record * Profile::kRecordStride;
+      const std::size_t record = static_cast<std::size_t>(index) +
+                                 static_cast<std::size_t>(instance) * wire::RegisterBlock::kRecordsPerInstance;
+      const std::size_t start = wire::RegisterBlock::kHeaderSize + record * wire::RegisterBlock::kRecordStride;
       EXPECT_EQ(PlaceOfRecord(index, instance, 0), start);
-      EXPECT_EQ(PlaceOfRecord(index, instance, Profile::kRecordSize - 1), start + Profile::kRecordSize - 1);
+      EXPECT_EQ(PlaceOfRecord(index, instance, wire::RegisterBlock::kRecordSize - 1),
+                start + wire::RegisterBlock::kRecordSize - 1);
     }
   }
 }
@@ -158,7 +161,7 @@ TEST_F(RegisterLayout, TheLastRecordEndsBeforeTheProfilesBlockDoes) {
     const auto& value = Collected(JfrClass(index, 2), "6203", 1);
     return Profile::SplitRegisterValue(EPath::kJfr, value)->value.back();
   };
-  EXPECT_EQ(Profile::kRegisterBlockSize, 4096U);
+  EXPECT_EQ(wire::RegisterBlock::kSize, 4096U);
   EXPECT_EQ(lastByte(253), 4089 % 256);
   EXPECT_EQ(lastByte(254), '0') << "past the block the collector reads its fill";
 }
@@ -179,7 +182,7 @@ TEST_F(RegisterLayout, ACaptureFileHasTheProfilesProperties) {
 
 TEST_F(RegisterLayout, AValueHasTheProfilesSize) {
   EXPECT_EQ(static_cast<const std::vector<TCIMValue>&>(Collected(R8Class(8), "6203")).size(),
-            Profile::kRegisterValueSize);
+            wire::RegisterRecord::kSize);
 }
 
 }  // namespace

@@ -97,30 +97,30 @@ class TSweep {
 
  private:
   static sweep::TIpmiTamper Lost() {
-    return [](TIPMICommandBuffer&, int&) { return false; };
+    return [](wire::TCommandBuffer&, int&) { return false; };
   }
   static sweep::TIpmiTamper Code(int code) {
-    return [code](TIPMICommandBuffer& buffer, int&) {
-      buffer[TIPMICommandBuffer::kCompletionCode] = static_cast<std::uint8_t>(code);
+    return [code](wire::TCommandBuffer& buffer, int&) {
+      buffer[wire::TCommandBuffer::kCompletionCode] = static_cast<std::uint8_t>(code);
       return true;
     };
   }
   // Cut to `total` bytes, byte 5 with it; a longer one is only said to be longer.
   static sweep::TIpmiTamper Cut(int total) {
-    return [total](TIPMICommandBuffer& buffer, int& length) {
-      const int size = static_cast<int>(TIPMICommandBuffer::kSize);
+    return [total](wire::TCommandBuffer& buffer, int& length) {
+      const int size = static_cast<int>(wire::TCommandBuffer::kSize);
       for (int i = total; i < size; ++i) buffer[static_cast<std::size_t>(i)] = 0;
-      constexpr int kHead = static_cast<int>(TIPMICommandBuffer::kData);
-      if (total > static_cast<int>(TIPMICommandBuffer::kDataLength)) {
+      constexpr int kHead = static_cast<int>(wire::TCommandBuffer::kData);
+      if (total > static_cast<int>(wire::TCommandBuffer::kDataLength)) {
         const int data = std::max(0, std::min(total, size) - kHead);
-        buffer[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(data);
+        buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(data);
       }
       length = total;
       return true;
     };
   }
   static sweep::TIpmiTamper SaysLength(int said) {
-    return [said](TIPMICommandBuffer&, int& length) {
+    return [said](wire::TCommandBuffer&, int& length) {
       length = said;
       return true;
     };
@@ -149,13 +149,13 @@ class TSweep {
     };
   }
   static sweep::TIpmiTamper SaysDataLength(int said) {
-    return [said](TIPMICommandBuffer& buffer, int&) {
-      buffer[TIPMICommandBuffer::kDataLength] = static_cast<std::uint8_t>(said);
+    return [said](wire::TCommandBuffer& buffer, int&) {
+      buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(said);
       return true;
     };
   }
   static sweep::TIpmiTamper Flip(int bit) {
-    return [bit](TIPMICommandBuffer& buffer, int&) {
+    return [bit](wire::TCommandBuffer& buffer, int&) {
       buffer[static_cast<std::size_t>(bit / 8)] ^= static_cast<std::uint8_t>(1U << (bit % 8));
       return true;
     };

@@ -32,10 +32,10 @@ bool TTamperer::IsRefused(std::size_t place, int serviceProcessor) const {
   return true;
 }
 
-bool TTamperer::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TTamperer::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   const std::size_t place = count_++;
   if (IsRefused(place, -1)) return false;
-  const TIPMICommandBuffer request = buffer;
+  const wire::TCommandBuffer request = buffer;
   const int requestLength = length;
   bool answered = inner_.SendIpmi(node, buffer, length, stop);
   const auto tamper = ipmi_.find(place);

@@ -19,7 +19,7 @@
 namespace sweep {
 
 /// What becomes of an answer. The service processor has answered already; returning false loses it.
-using TIpmiTamper = std::function<bool(NKROVEL20::TIPMICommandBuffer& buffer, int& length)>;
+using TIpmiTamper = std::function<bool(wire::TCommandBuffer& buffer, int& length)>;
 
 enum class EDotAnswer {
   kGiven,
@@ -53,8 +53,7 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
   bool CheckCommunication() override { return inner_.CheckCommunication(); }
   int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, NKROVEL20::TIPMICommandBuffer& buffer, int& length,
-                const NKROVEL20::TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const NKROVEL20::TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
                const NKROVEL20::TStopSignal& stop) override;
 

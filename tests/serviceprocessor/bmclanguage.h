@@ -24,8 +24,8 @@ inline TBytes operator+(TBytes left, const TBytes& right) {
 }
 
 /// The buffer of a request: network function, command, and its data, whose number goes to byte 5.
-inline TIPMICommandBuffer Request(int networkFunction, int command, const TBytes& data) {
-  TIPMICommandBuffer buffer;
+inline wire::TCommandBuffer Request(int networkFunction, int command, const TBytes& data) {
+  wire::TCommandBuffer buffer;
   buffer[0] = 0x01;
   buffer[1] = 0x20;
   buffer[2] = static_cast<std::uint8_t>(networkFunction);
@@ -35,46 +35,46 @@ inline TIPMICommandBuffer Request(int networkFunction, int command, const TBytes
   return buffer;
 }
 
-inline TIPMICommandBuffer ReadRegister(int chip, int high, int middle, int low) {
+inline wire::TCommandBuffer ReadRegister(int chip, int high, int middle, int low) {
   return Request(0x3A, 0x62,
                  {static_cast<std::uint8_t>(chip), static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(middle),
                   static_cast<std::uint8_t>(low)});
 }
-inline TIPMICommandBuffer ReadTimestamp() { return Request(0x3A, 0x6F, {}); }
-inline TIPMICommandBuffer OpenArea(const std::string& name) {
+inline wire::TCommandBuffer ReadTimestamp() { return Request(0x3A, 0x6F, {}); }
+inline wire::TCommandBuffer OpenArea(const std::string& name) {
   return Request(0x2E, 0x90,
                  TBytes{0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0} + TBytes(name.begin(), name.end()));
 }
-inline TIPMICommandBuffer QuerySize(const std::string& name) {
+inline wire::TCommandBuffer QuerySize(const std::string& name) {
   return Request(0x2E, 0x90, TBytes{0x39, 0x30, 0x00, 0x06} + TBytes(name.begin(), name.end()));
 }
 /// Handle and offset by their lowest bytes, the count by both of its.
-inline TIPMICommandBuffer ReadArea(int handle, int offset, int count, int countHigh = 0) {
+inline wire::TCommandBuffer ReadArea(int handle, int offset, int count, int countHigh = 0) {
   const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
   return Request(0x2E, 0x90,
                  {0x39, 0x30, 0x00, 0x02, byte(handle), 0, 0, 0, byte(offset), 0, 0, 0, byte(count), byte(countHigh)});
 }
-inline TIPMICommandBuffer CloseArea(int handle) {
+inline wire::TCommandBuffer CloseArea(int handle) {
   return Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x05, static_cast<std::uint8_t>(handle), 0, 0, 0});
 }
 
 /// One exchange and what came of it.
 struct TIpmiOutcome {
   bool answered = false;
-  TIPMICommandBuffer before;
-  TIPMICommandBuffer after;
+  wire::TCommandBuffer before;
+  wire::TCommandBuffer after;
   int length = 0;
 };
 
 inline constexpr int kUntouched = -77;
 
-inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const TIPMICommandBuffer& request,
+inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request,
                          const TStopSignal& stop) {
   TIpmiOutcome outcome = {false, request, request, kUntouched};
   outcome.answered = processor.SendIpmi(node, outcome.after, outcome.length, stop);
   return outcome;
 }
-inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const TIPMICommandBuffer& request) {
+inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request) {
   const TStopSignal never;
   return Send(processor, node, request, never);
 }
@@ -82,12 +82,12 @@ inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const TIPMIComm
 /// The answer's completion code and data, with everything around them as every answer has it.
 inline void ExpectAnswer(const TIpmiOutcome& outcome, int completionCode, const TBytes& data) {
   ASSERT_TRUE(outcome.answered);
-  TIPMICommandBuffer expected = outcome.before;
+  wire::TCommandBuffer expected = outcome.before;
   expected[4] = static_cast<std::uint8_t>(completionCode);
   expected[5] = static_cast<std::uint8_t>(data.size());
-  for (std::size_t i = 9; i < TIPMICommandBuffer::kSize; ++i) expected[i] = i - 9 < data.size() ? data[i - 9] : 0;
-  const auto bytes = [](const TIPMICommandBuffer& buffer) {
-    return TBytes(buffer.Data(), buffer.Data() + TIPMICommandBuffer::kSize);
+  for (std::size_t i = 9; i < wire::TCommandBuffer::kSize; ++i) expected[i] = i - 9 < data.size() ? data[i - 9] : 0;
+  const auto bytes = [](const wire::TCommandBuffer& buffer) {
+    return TBytes(buffer.Data(), buffer.Data() + wire::TCommandBuffer::kSize);
   };
   EXPECT_EQ(bytes(outcome.after), bytes(expected));
   EXPECT_EQ(outcome.length, 9 + static_cast<int>(data.size()));

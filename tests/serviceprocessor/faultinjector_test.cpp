@@ -12,7 +12,7 @@ using std::chrono::milliseconds;
 class TCountingServer : public TSimulatedServer {
  public:
   using TSimulatedServer::TSimulatedServer;
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
     ++reached;
     return TSimulatedServer::SendIpmi(node, buffer, length, stop);
   }
@@ -41,7 +41,7 @@ timestamp = "9a bc de f0"
     faulty_ = std::make_unique<TFaultInjector>(*server_, server.faults);
   }
 
-  TIpmiOutcome Ask(const TIPMICommandBuffer& request, int node = 0) { return Send(*faulty_, node, request); }
+  TIpmiOutcome Ask(const wire::TCommandBuffer& request, int node = 0) { return Send(*faulty_, node, request); }
   TDotOutcome AskBlock(int serviceProcessor = 0) { return SendDot(*faulty_, serviceProcessor, BlockCommand(4096), 6); }
   TIpmiOutcome AskTimestamp(int node = 0) { return Ask(ReadTimestamp(), node); }
   int Reached() const { return server_->reached; }
@@ -113,7 +113,7 @@ TEST_F(Faults, TruncateCutsABlockAtEveryLength) {
 }
 
 TEST_F(Faults, EachKindMatchesItsRequestOnly) {
-  const std::vector<std::pair<std::string, TIPMICommandBuffer>> requests = {
+  const std::vector<std::pair<std::string, wire::TCommandBuffer>> requests = {
       {"register", ReadRegister(0, 0, 0, 1)}, {"timestamp", ReadTimestamp()}, {"open", OpenArea("cpu_err")},
       {"size", QuerySize("cpu_err")},         {"read", ReadArea(1, 0, 3)},    {"close", CloseArea(1)}};
   for (const auto& [on, unused] : requests) {

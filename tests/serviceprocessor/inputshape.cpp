@@ -93,7 +93,7 @@ void Exchange(const TServerFile& server, int count) {
   TFaultInjector faults(simulator, server.faults);
   const TStopSignal never;
   for (int i = 0; i < count; ++i) {
-    TIPMICommandBuffer buffer(0x3A, 0x6F, 0);
+    wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
     int length = 0;
     faults.SendIpmi(0, buffer, length, never);
   }

@@ -62,8 +62,8 @@ TEST_F(Recording, EscapesAMachineTypeOfAnyBytes) {
 }
 
 TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
-  const TIPMICommandBuffer request = ReadRegister(7, 0xAB, 0xCD, 0x00);
-  TIPMICommandBuffer response = request;
+  const wire::TCommandBuffer request = ReadRegister(7, 0xAB, 0xCD, 0x00);
+  wire::TCommandBuffer response = request;
   response[4] = 0x00;
   response[5] = 0x0E;
   for (std::size_t i = 9; i < 23; ++i) response[i] = static_cast<std::uint8_t>(i);
@@ -75,9 +75,9 @@ TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
 }
 
 TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
-  const TIPMICommandBuffer request = ReadTimestamp();
+  const wire::TCommandBuffer request = ReadTimestamp();
   recorder_.OnIpmi({3, true, request, false, request, 256, microseconds(0)});
-  recorder_.OnIpmi({-1, true, TIPMICommandBuffer(), false, TIPMICommandBuffer(), 256, microseconds(1)});
+  recorder_.OnIpmi({-1, true, wire::TCommandBuffer(), false, wire::TCommandBuffer(), 256, microseconds(1)});
   recorder_.OnDot({1, true, BlockCommand(4096), false, {}, 0, microseconds(7)});
   EXPECT_EQ(Lines(),
             R"({"kind":"ipmi","node":3,"request":"01 20 3a 00 6f","ok":false,"us":0})"

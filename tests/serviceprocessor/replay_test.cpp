@@ -46,7 +46,7 @@ class TSession {
  public:
   explicit TSession(IServiceProcessor& processor) : processor_(processor) {}
 
-  void Ask(const TIPMICommandBuffer& request, int node = 0) {
+  void Ask(const wire::TCommandBuffer& request, int node = 0) {
     const TIpmiOutcome outcome = Send(processor_, node, request);
     results.push_back({outcome.answered, TBytes(outcome.after.Data(), outcome.after.Data() + 256), outcome.length});
   }

@@ -25,7 +25,7 @@ class ServiceProcessorSuite : public testing::TestWithParam<TNamedFactory> {
  protected:
   ServiceProcessorSuite() : processor_(GetParam().make(ServerFrom(kServer))) {}
 
-  TIpmiOutcome Ask(int node, const TIPMICommandBuffer& request) { return Send(*processor_, node, request); }
+  TIpmiOutcome Ask(int node, const wire::TCommandBuffer& request) { return Send(*processor_, node, request); }
   IServiceProcessor& Processor() { return *processor_; }
 
  private:
@@ -109,13 +109,13 @@ TEST_P(ServiceProcessorSuite, RefusesUnknownCommands) {
 }
 
 TEST_P(ServiceProcessorSuite, ClearsTheRequestBehindTheAnswer) {
-  TIPMICommandBuffer request = ReadTimestamp();
-  for (std::size_t i = 9; i < TIPMICommandBuffer::kSize; ++i) request[i] = 0x5A;
+  wire::TCommandBuffer request = ReadTimestamp();
+  for (std::size_t i = 9; i < wire::TCommandBuffer::kSize; ++i) request[i] = 0x5A;
   ExpectAnswer(Ask(0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
 TEST_P(ServiceProcessorSuite, KeepsTheBytesThatAreNotTheAnswers) {
-  TIPMICommandBuffer request = ReadTimestamp();
+  wire::TCommandBuffer request = ReadTimestamp();
   request[0] = 0x42;
   request[6] = 0x61;
   request[7] = 0x62;

@@ -59,9 +59,9 @@ class TReplayed : public IServiceProcessor {
   bool CheckCommunication() override { return Replayed()->CheckCommunication(); }
   int DiscoverServiceProcessors() override { return Replayed()->DiscoverServiceProcessors(); }
 
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
     earlier_.push_back([node, request = buffer](IServiceProcessor& processor) { Send(processor, node, request); });
-    TIPMICommandBuffer recorded = buffer;
+    wire::TCommandBuffer recorded = buffer;
     int recordedLength = length;
     recorded_.SendIpmi(node, recorded, recordedLength, stop);
     return ReplayedButLast()->SendIpmi(node, buffer, length, stop);

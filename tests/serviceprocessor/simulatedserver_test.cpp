@@ -9,7 +9,7 @@ namespace {
 class TBmc : public TSimulatedServer {
  public:
   explicit TBmc(const std::string& lines) : TSimulatedServer(ServerFrom("machine_type = \"6203\"\n" + lines)) {}
-  TIpmiOutcome Ask(const TIPMICommandBuffer& request, int node = 0) { return Send(*this, node, request); }
+  TIpmiOutcome Ask(const wire::TCommandBuffer& request, int node = 0) { return Send(*this, node, request); }
 };
 
 const std::string kArea = "[[bmc_node]]\n[[bmc_node.storage_area]]\nname = \"cpu_err\"\n";
@@ -31,7 +31,7 @@ TEST(Simulator, MakesUpUnlistedRegistersWhenTold) {
 
 TEST(Simulator, ReadsTheMissingEndOfARequestAsZeros) {
   TBmc bmc("[[bmc_node]]\nregister = [{ chip = 9, address = 0xAB0000, value = \"01 02 03 04 05 06 07 08\" }]");
-  TIPMICommandBuffer request = ReadRegister(9, 0xAB, 0xCD, 0xEF);
+  wire::TCommandBuffer request = ReadRegister(9, 0xAB, 0xCD, 0xEF);
   request[5] = 2;
   ExpectAnswer(bmc.Ask(request), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
 }
@@ -39,8 +39,8 @@ TEST(Simulator, ReadsTheMissingEndOfARequestAsZeros) {
 TEST(Simulator, ReadsANameFromItsFieldWhateverByteFiveSays) {
   TBmc bmc(kArea + "data = \"01\"");
   for (int length = 0; length < 256; ++length) {
-    TIPMICommandBuffer open = OpenArea("cpu_err");
-    TIPMICommandBuffer size = QuerySize("cpu_err");
+    wire::TCommandBuffer open = OpenArea("cpu_err");
+    wire::TCommandBuffer size = QuerySize("cpu_err");
     open[5] = size[5] = static_cast<std::uint8_t>(length);
     ExpectAnswer(bmc.Ask(open), 0x00, {0x39, 0x30, 0x00, 0x01, 0, 0, 0});
     ExpectAnswer(bmc.Ask(size), 0x00, {0x39, 0x30, 0x00, 0x01, 0, 0, 0});
@@ -70,7 +70,7 @@ TEST(Simulator, ReportsTheSizeThatTheFileGives) {
 
 TEST(Simulator, ReadsByA16BitCountAndA32BitOffset) {
   TBmc bmc(kArea + "data = \"01 02 03\"");
-  TIPMICommandBuffer request = ReadArea(1, 1, 1);
+  wire::TCommandBuffer request = ReadArea(1, 1, 1);
   ExpectAnswer(bmc.Ask(request), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x02});
   ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0, 1)), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x02, 0x03});
   ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
@@ -90,7 +90,7 @@ TEST(Simulator, NeverReturnsMoreThanTheBufferHolds) {
 TEST(Simulator, RefusesHandlesThatWereNeverGivenOut) {
   TBmc bmc(kArea + "data = \"01\"");
   ExpectAnswer(bmc.Ask(ReadArea(0, 0, 1)), 0xCB, {0x39, 0x30, 0x00});
-  TIPMICommandBuffer high = ReadArea(1, 0, 1);
+  wire::TCommandBuffer high = ReadArea(1, 0, 1);
   high[16] = 0x01;  // the handle's highest byte
   ExpectAnswer(bmc.Ask(high), 0xCB, {0x39, 0x30, 0x00});
 }
@@ -111,7 +111,7 @@ TEST(Simulator, RefusesWhatItDoesNotKnow) {
 
 TEST(Simulator, AnswersAnotherManufacturersRequestWithItsId) {
   TBmc bmc(kArea + "data = \"01\"");
-  TIPMICommandBuffer open = OpenArea("cpu_err");
+  wire::TCommandBuffer open = OpenArea("cpu_err");
   open[11] = 0x01;
   ExpectAnswer(bmc.Ask(open), 0xC1, {0x39, 0x30, 0x01});
 }
@@ -132,7 +132,7 @@ TEST(Simulator, HasNoNodesUnlessTheFileListsThem) {
 
 TEST(Simulator, AnswersByCapacityForShorterTransports) {
   const TServerFile server = ServerFrom("machine_type=\"\"\n" + kArea + "data = \"01 02 03 04 05\"");
-  const TIPMICommandBuffer read = ReadArea(1, 0, 5);
+  const wire::TCommandBuffer read = ReadArea(1, 0, 5);
   const auto answer = AnswerIpmi(server, 0, 0x2E, 0x90, {read.Data() + 9, 14}, 8);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->data, (TBytes{0x39, 0x30, 0x00, 0x03, 0x00, 0x01, 0x02, 0x03}));

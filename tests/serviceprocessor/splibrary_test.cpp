@@ -28,8 +28,8 @@ timestamp = "9a bc de f0"
 
   /// Sends the timestamp read in a buffer of `capacity` bytes that is followed by guard bytes.
   bool AskTimestamp(int capacity, int node = 0) {
-    const TIPMICommandBuffer request = ReadTimestamp();
-    buffer_ = TBytes(request.Data(), request.Data() + TIPMICommandBuffer::kSize);
+    const wire::TCommandBuffer request = ReadTimestamp();
+    buffer_ = TBytes(request.Data(), request.Data() + wire::TCommandBuffer::kSize);
     buffer_.resize(static_cast<std::size_t>(std::max(capacity, 0)), 0xEE);
     buffer_.resize(buffer_.size() + 4, 0xEE);
     length_ = kUntouched;
@@ -146,7 +146,7 @@ TEST_F(Library, PassesTheStopSignalOn) {
 }
 
 TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
-  TIPMICommandBuffer request = ReadTimestamp();
+  wire::TCommandBuffer request = ReadTimestamp();
   request[5] = 0xFF;
   ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
@@ -184,7 +184,7 @@ TEST_F(Library, TellsObserversOfEachExchange) {
 class TDeafProcessor : public TSimulatedServer {
  public:
   TDeafProcessor() : TSimulatedServer(ServerFrom("machine_type = \"\"")) {}
-  bool SendIpmi(int, TIPMICommandBuffer&, int&, const TStopSignal&) override { return ++reached > 0; }
+  bool SendIpmi(int, wire::TCommandBuffer&, int&, const TStopSignal&) override { return ++reached > 0; }
   bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return ++reached > 0; }
   int reached = 0;
 };

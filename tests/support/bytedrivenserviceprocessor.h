@@ -48,9 +48,9 @@ class TByteDrivenServiceProcessor : public NKROVEL20::IServiceProcessor {
   bool CheckCommunication() override { return true; }
   int DiscoverServiceProcessors() override { return serviceProcessors; }
 
-  bool SendIpmi(int /*node*/, NKROVEL20::TIPMICommandBuffer& buffer, int& length,
+  bool SendIpmi(int /*node*/, wire::TCommandBuffer& buffer, int& length,
                 const NKROVEL20::TStopSignal& /*stop*/) override {
-    using TBuffer = NKROVEL20::TIPMICommandBuffer;
+    using TBuffer = wire::TCommandBuffer;
     if (bytes_.AtEnd()) return false;
     const unsigned int control = bytes_.Next();
     if ((control & 1U) != 0) return false;

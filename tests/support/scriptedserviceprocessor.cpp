@@ -25,8 +25,8 @@ std::string Text(bool isDot, int target, const TBytes& request) {
   return text.str();
 }
 
-TBytes BytesOf(const TIPMICommandBuffer& buffer) {
-  return TBytes(buffer.Data(), buffer.Data() + TIPMICommandBuffer::kSize);
+TBytes BytesOf(const wire::TCommandBuffer& buffer) {
+  return TBytes(buffer.Data(), buffer.Data() + wire::TCommandBuffer::kSize);
 }
 
 TBytes BytesOf(const dotCmd& command) {
@@ -84,13 +84,13 @@ bool TScriptedServiceProcessor::Advance(bool isDot, int target, const TBytes& re
   return true;
 }
 
-bool TScriptedServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TScriptedServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   presetLengths_.push_back(length);
   TStep step;
   if (!Advance(false, node, WithoutTrailingZeros(BytesOf(buffer)), step)) return false;
   if (!stop.WaitFor(step.delay) || !step.answered) return false;
   CommandFrame::StoreResponse(buffer, length, step.completionCode, step.data);
-  if (step.dataLength) buffer[TIPMICommandBuffer::kDataLength] = *step.dataLength;
+  if (step.dataLength) buffer[wire::TCommandBuffer::kDataLength] = *step.dataLength;
   if (step.length) length = *step.length;
   return true;
 }

@@ -40,8 +40,7 @@ class TScriptedServiceProcessor : public NKROVEL20::IServiceProcessor {
   bool TakesDotCommands() override;
   bool CheckCommunication() override;
   int DiscoverServiceProcessors() override;
-  bool SendIpmi(int node, NKROVEL20::TIPMICommandBuffer& buffer, int& length,
-                const NKROVEL20::TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const NKROVEL20::TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
                const NKROVEL20::TStopSignal& stop) override;
 

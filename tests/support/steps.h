@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
 namespace testsupport {
 
@@ -28,7 +28,7 @@ struct TStep {
   TBytes request;
 
   bool answered = true;
-  std::uint8_t completionCode = NKROVEL20::TIPMICommandBuffer::kSuccess;
+  std::uint8_t completionCode = wire::TCommandBuffer::kSuccess;
   TBytes data;                             ///< from byte 9 on, or the block
   std::optional<std::uint8_t> dataLength;  ///< a lie in byte 5
   std::optional<int> length;               ///< a lie in the length handed back, also beside a lost answer

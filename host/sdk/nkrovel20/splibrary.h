@@ -31,7 +31,7 @@ class NKROVEL20_API SPLibrary {
   /// Whether the service processor takes dot commands rather than plain IPMI.
   bool isDotcommand();
 
-  /// Carries out one IPMI exchange in `buffer` (TIPMICommandBuffer has the layout) of `capacity`
+  /// Carries out one IPMI exchange in `buffer` (wire::TCommandBuffer has the layout) of `capacity`
   /// bytes. The request's data are bytes 9 to 9 + n - 1, where n is byte 5. The response replaces
   /// bytes 4 (completion code), 5 (number of data bytes) and everything from 9 on, with zeros behind
   /// the data; `*length` becomes 9 + the number of data bytes. A capacity below 256 cuts the answer

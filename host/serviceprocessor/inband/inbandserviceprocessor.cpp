@@ -75,7 +75,7 @@ void TInbandServiceProcessor::CloseAll() {
 
 int TInbandServiceProcessor::BmcNodeCount() { return declaredOnly_ ? 1 : static_cast<int>(descriptors_.size()); }
 
-bool TInbandServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TInbandServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   if (node < 0 || static_cast<std::size_t>(node) >= descriptors_.size() || stop.IsStopped()) return false;
   const int descriptor = descriptors_[static_cast<std::size_t>(node)];
   if (!Send(descriptor, buffer)) return false;
@@ -92,20 +92,20 @@ bool TInbandServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*
   return false;
 }
 
-bool TInbandServiceProcessor::Send(int descriptor, const TIPMICommandBuffer& request) {
+bool TInbandServiceProcessor::Send(int descriptor, const wire::TCommandBuffer& request) {
   const auto requestData = CommandFrame::RequestData(request);
-  std::array<std::uint8_t, TIPMICommandBuffer::kMaxData> data{};
+  std::array<std::uint8_t, wire::TCommandBuffer::kMaxData> data{};
   std::copy(requestData.begin(), requestData.end(), data.begin());
   ipmi_system_interface_addr address = {};
   address.addr_type = IPMI_SYSTEM_INTERFACE_ADDR_TYPE;
   address.channel = IPMI_BMC_CHANNEL;
-  address.lun = request[TIPMICommandBuffer::kLun];
+  address.lun = request[wire::TCommandBuffer::kLun];
   ipmi_req message = {};
   message.addr = reinterpret_cast<unsigned char*>(&address);
   message.addr_len = sizeof address;
   message.msgid = ++messageNumber_;
-  message.msg.netfn = request[TIPMICommandBuffer::kNetworkFunction];
-  message.msg.cmd = request[TIPMICommandBuffer::kCommand];
+  message.msg.netfn = request[wire::TCommandBuffer::kNetworkFunction];
+  message.msg.cmd = request[wire::TCommandBuffer::kCommand];
   message.msg.data = data.data();
   message.msg.data_len = static_cast<unsigned short>(requestData.size());
   return driver_->Send(descriptor, message) == 0;
@@ -123,8 +123,8 @@ bool TInbandServiceProcessor::WaitForMessage(int descriptor, steady_clock::time_
   return false;
 }
 
-bool TInbandServiceProcessor::TakeAnswer(int descriptor, TIPMICommandBuffer& buffer, int& length) {
-  std::array<std::uint8_t, kCompletionCodeSize + TIPMICommandBuffer::kMaxData> data{};
+bool TInbandServiceProcessor::TakeAnswer(int descriptor, wire::TCommandBuffer& buffer, int& length) {
+  std::array<std::uint8_t, kCompletionCodeSize + wire::TCommandBuffer::kMaxData> data{};
   ipmi_addr address = {};
   ipmi_recv message = {};
   message.addr = reinterpret_cast<unsigned char*>(&address);

@@ -38,18 +38,18 @@ class NKROVEL20_API TInbandServiceProcessor : public IServiceProcessor {
   bool TakesDotCommands() override { return false; }
   bool CheckCommunication() override { return false; }
   int DiscoverServiceProcessors() override { return 0; }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override;
 
  private:
   void OpenDevice(const std::string& device);
   void CloseAll();
-  bool Send(int descriptor, const TIPMICommandBuffer& request);
+  bool Send(int descriptor, const wire::TCommandBuffer& request);
   /// Waits for a message; false when none will come any more.
   bool WaitForMessage(int descriptor, std::chrono::steady_clock::time_point end, const TStopSignal& stop);
   /// Takes one message from the driver; true if it answers the latest request.
-  bool TakeAnswer(int descriptor, TIPMICommandBuffer& buffer, int& length);
+  bool TakeAnswer(int descriptor, wire::TCommandBuffer& buffer, int& length);
 
   std::shared_ptr<IIpmiDriver> driver_;
   std::vector<int> descriptors_;

@@ -13,7 +13,7 @@
 #include "host/serviceprocessor/lan/lanmodule.h"
 #include "host/serviceprocessor/lan/lanspec.h"
 #include "nkrovel20/api.h"
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
 namespace NKROVEL20 {
 
@@ -36,8 +36,8 @@ struct TLanExchange {
   std::uint8_t lun = 0;
   std::vector<std::uint8_t> request;  ///< the command, then the data
   bool answered = false;
-  std::array<std::uint8_t, 1 + TIPMICommandBuffer::kMaxData> response{};  ///< completion code, then the data
-  std::size_t size = 0;                                                   ///< of the response, at least 1
+  std::array<std::uint8_t, 1 + wire::TCommandBuffer::kMaxData> response{};  ///< completion code, then the data
+  std::size_t size = 0;                                                     ///< of the response, at least 1
   // What the user should be told, once; empty for nothing.
   std::string warning;
   std::string notice;  ///< that the node is given up

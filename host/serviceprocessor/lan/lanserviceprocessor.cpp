@@ -62,7 +62,7 @@ class TLanServiceProcessor::TNode {
   /// Null when the run was stopped. The exchange is made on this thread, where the wait can be
   /// interrupted. A session that has to be opened may wait for what no signal ends, a name server, and
   /// goes to the worker.
-  std::shared_ptr<TLanExchange> Exchange(const TIPMICommandBuffer& buffer, const TStopSignal& stop,
+  std::shared_ptr<TLanExchange> Exchange(const wire::TCommandBuffer& buffer, const TStopSignal& stop,
                                          TLanInterrupter& interrupter) {
     if (stop.IsStopped()) return nullptr;
     const auto exchange = MakeExchange(buffer);
@@ -76,13 +76,13 @@ class TLanServiceProcessor::TNode {
   }
 
  private:
-  static std::shared_ptr<TLanExchange> MakeExchange(const TIPMICommandBuffer& buffer) {
+  static std::shared_ptr<TLanExchange> MakeExchange(const wire::TCommandBuffer& buffer) {
     const auto data = CommandFrame::RequestData(buffer);
     auto exchange = std::make_shared<TLanExchange>();
-    exchange->networkFunction = buffer[TIPMICommandBuffer::kNetworkFunction];
-    exchange->lun = buffer[TIPMICommandBuffer::kLun];
+    exchange->networkFunction = buffer[wire::TCommandBuffer::kNetworkFunction];
+    exchange->lun = buffer[wire::TCommandBuffer::kLun];
     exchange->request.reserve(1 + data.size());
-    exchange->request.push_back(buffer[TIPMICommandBuffer::kCommand]);
+    exchange->request.push_back(buffer[wire::TCommandBuffer::kCommand]);
     for (const std::uint8_t byte : data) exchange->request.push_back(byte);
     return exchange;
   }
@@ -107,7 +107,7 @@ void TLanServiceProcessor::Tell(ELanNotice kind, const std::string& text) const 
   if (!text.empty() && notice_) notice_(kind, text);
 }
 
-bool TLanServiceProcessor::SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) {
+bool TLanServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
   if (node < 0 || static_cast<std::size_t>(node) >= nodes_.size()) return false;
   const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(buffer, stop, interrupter_);
   if (!exchange) return false;

@@ -39,7 +39,7 @@ class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
   bool TakesDotCommands() override { return false; }
   bool CheckCommunication() override { return false; }
   int DiscoverServiceProcessors() override { return 0; }
-  bool SendIpmi(int node, TIPMICommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override;
 

@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "nkrovel20/ipmicommandbuffer.h"
+#include "wire/commandbuffer.h"
 
-namespace NKROVEL20::StorageAreaCommands {
+namespace wire::StorageArea {
 
 inline constexpr std::uint8_t kNetworkFunction = 0x2E;
 inline constexpr std::uint8_t kCommand = 0x90;
@@ -21,7 +21,7 @@ inline constexpr std::uint8_t kRead = 0x02;
 inline constexpr std::uint8_t kClose = 0x05;
 inline constexpr std::uint8_t kQuerySize = 0x06;
 
-inline constexpr std::size_t kManufacturer = TIPMICommandBuffer::kData;
+inline constexpr std::size_t kManufacturer = TCommandBuffer::kData;
 inline constexpr std::size_t kSubCommand = kManufacturer + kManufacturerId.size();
 inline constexpr std::size_t kBody = kSubCommand + 1;
 
@@ -57,4 +57,4 @@ static_assert(kSubCommand == 12 && kOpenName == 21 && kQueryName == 13 && kReadO
 static_assert(kOpenLength == 12 && kQueryLength == 4 && kReadLength == 14 && kCloseLength == 8);
 static_assert(kResponseHandle == 12 && kResponseData == 14);
 
-}  // namespace NKROVEL20::StorageAreaCommands
+}  // namespace wire::StorageArea

@@ -6,11 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace NKROVEL20 {
+namespace wire {
 
 /// One IPMI command buffer, zero-filled. One more zero byte is owned behind its 256, because the
 /// register dumps print the byte behind the buffer as well.
-class TIPMICommandBuffer {
+class TCommandBuffer {
  public:
   static constexpr std::size_t kSize = 256;
   static constexpr std::size_t kSpareBytes = 1;
@@ -32,10 +32,10 @@ class TIPMICommandBuffer {
   static constexpr std::uint8_t kBmcAddress = 0x20;
   static constexpr std::uint8_t kSuccess = 0x00;
 
-  TIPMICommandBuffer() = default;
+  TCommandBuffer() = default;
 
   /// A request to the BMC's LUN 0 whose data the caller fills in from kData on.
-  TIPMICommandBuffer(std::uint8_t networkFunction, std::uint8_t command, std::uint8_t dataLength) {
+  TCommandBuffer(std::uint8_t networkFunction, std::uint8_t command, std::uint8_t dataLength) {
     bytes_[kFormat] = kFormatByte;
     bytes_[kResponderAddress] = kBmcAddress;
     bytes_[kNetworkFunction] = networkFunction;
@@ -51,12 +51,12 @@ class TIPMICommandBuffer {
   std::uint8_t CompletionCode() const noexcept { return bytes_[kCompletionCode]; }
   std::uint8_t DataLength() const noexcept { return bytes_[kDataLength]; }
 
-  friend bool operator==(const TIPMICommandBuffer&, const TIPMICommandBuffer&) = default;
+  friend bool operator==(const TCommandBuffer&, const TCommandBuffer&) = default;
 
  private:
   std::array<std::uint8_t, kSize + kSpareBytes> bytes_{};
 };
 
-static_assert(TIPMICommandBuffer::kMaxData == 247);
+static_assert(TCommandBuffer::kMaxData == 247);
 
-}  // namespace NKROVEL20
+}  // namespace wire

@@ -1,14 +1,26 @@
-// The register block of a service processor. docs/wire-formats.md, "Register block".
+// The register block of a service processor, and the dot command that reads it.
+// docs/wire-formats.md, "Register block".
 #pragma once
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
-#include "nkrovel20/registerblockcommand.h"
+namespace wire::RegisterBlockCommand {
 
-namespace torgareg::RegisterBlock {
+inline constexpr std::uint8_t kCommand = 0x02;
+inline constexpr std::array<std::uint8_t, 2> kIdentifier = {0x0E, 0x06};
+// Parameters: two zero bytes, then the size of the caller's buffer, little-endian.
+inline constexpr std::size_t kParameterSize = 4;
+inline constexpr std::size_t kParameterBufferSize = 2;
+/// The whole register block, and the buffer that collectors offer for it.
+inline constexpr std::size_t kBlockSize = 4096;
 
-inline constexpr std::size_t kSize = NKROVEL20::RegisterBlockCommand::kBlockSize;
+}  // namespace wire::RegisterBlockCommand
+
+namespace wire::RegisterBlock {
+
+inline constexpr std::size_t kSize = RegisterBlockCommand::kBlockSize;
 /// What the block is filled with before the response comes: the character "0", not a zero byte.
 inline constexpr unsigned char kFill = '0';
 static_assert(kFill == 48);
@@ -29,8 +41,9 @@ inline constexpr int kRecordStride = 8;
 inline constexpr int kRecordsPerInstance = 256;
 inline constexpr int kIdentificationSize = 3;
 inline constexpr int kValueSize = 8;
+inline constexpr int kRecordSize = kIdentificationSize + kValueSize;
 inline constexpr std::array<int, 3> kEqualsSign = {' ', '=', ' '};
 inline constexpr int kDecodedSize = kIdentificationSize + static_cast<int>(kEqualsSign.size()) + kValueSize;
-static_assert(kDecodedSize == 14 && kSecondCopy + kHeaderSize < kSize);
+static_assert(kRecordSize == 11 && kDecodedSize == 14 && kSecondCopy + kHeaderSize < kSize);
 
-}  // namespace torgareg::RegisterBlock
+}  // namespace wire::RegisterBlock
