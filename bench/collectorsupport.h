@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
-#include "host/core/hostservices.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/model/cimnamespace.h"
+#include "host/model/hostservices.h"
 #include "nkrovel20/taddtovectorcallback.h"
 #include "nkrovel20/tpluginmanagernamespace.h"
 #include "plugin/torgaplugin.h"

@@ -11,9 +11,9 @@
 #include "bench/benchsupport.h"
 #include "bench/collectorsupport.h"
 #include "bench/processes.h"
-#include "host/serviceprocessor/commandframe.h"
-#include "host/serviceprocessor/lan/lanclient.h"
-#include "host/serviceprocessor/lan/lanmodule.h"
+#include "host/bmc/commandframe.h"
+#include "host/bmc/lan/lanclient.h"
+#include "host/bmc/lan/lanmodule.h"
 
 namespace {
 

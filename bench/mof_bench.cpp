@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "host/core/sourcereader.h"
+#include "host/base/sourcereader.h"
 #include "host/schema/schemareader.h"
 
 namespace {

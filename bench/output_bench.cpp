@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "bench/benchsupport.h"
-#include "host/core/ciminstance.h"
-#include "host/core/cimnamespace.h"
+#include "host/model/ciminstance.h"
+#include "host/model/cimnamespace.h"
 #include "host/output/textbuffer.h"
 #include "host/output/writers.h"
 

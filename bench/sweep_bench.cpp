@@ -10,10 +10,10 @@
 
 #include "bench/benchsupport.h"
 #include "bench/collectorsupport.h"
-#include "host/core/sourcereader.h"
+#include "host/base/sourcereader.h"
+#include "host/bmc/sim/serverfile.h"
+#include "host/bmc/sim/simulatedserver.h"
 #include "host/output/writers.h"
-#include "host/serviceprocessor/serverfile.h"
-#include "host/serviceprocessor/simulatedserver.h"
 
 using namespace NKROVEL20;
 

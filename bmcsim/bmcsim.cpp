@@ -18,9 +18,9 @@ extern "C" {
 #include <string>
 #include <vector>
 
-#include "host/core/hosterror.h"
-#include "host/core/sourcereader.h"
-#include "host/serviceprocessor/servednode.h"
+#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
+#include "host/bmc/sim/servednode.h"
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 

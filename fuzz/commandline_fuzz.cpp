@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <sstream>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/velhost/commandline.h"
 #include "tests/support/require.h"
 

@@ -1,10 +1,10 @@
 // The capture-file path over storage areas of any kind: every file that is committed is whole.
 #include <cstdlib>
 
-#include "host/core/cimnamespace.h"
-#include "host/core/hostservices.h"
-#include "host/pluginmanager/pluginregistry.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/model/cimnamespace.h"
+#include "host/model/hostservices.h"
+#include "host/plugins/pluginregistry.h"
 #include "plugin/torgaplugin.h"
 #include "tests/support/bytedrivenserviceprocessor.h"
 #include "tests/support/classbuilder.h"

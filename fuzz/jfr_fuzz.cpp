@@ -1,6 +1,6 @@
 // The JFR path over blocks and lengths of any kind: every instance that is made is whole.
-#include "host/core/cimnamespace.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/model/cimnamespace.h"
 #include "jfr/TJFRErrorData.h"
 #include "tests/support/bytedrivenclass.h"
 #include "tests/support/require.h"

@@ -1,6 +1,6 @@
 // The R8 path over a BMC that answers anything: every register value is whole or absent.
-#include "host/core/cimnamespace.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/model/cimnamespace.h"
 #include "r8/r8errordata.h"
 #include "tests/support/bytedrivenclass.h"
 #include "tests/support/require.h"

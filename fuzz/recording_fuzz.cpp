@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "host/core/hosterror.h"
-#include "host/core/sourcereader.h"
-#include "host/serviceprocessor/replay.h"
+#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
+#include "host/bmc/record/replay.h"
 #include "wire/registerblock.h"
 #include "wire/registerread.h"
 

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string>
 
-#include "host/core/hosterror.h"
-#include "host/core/sourcereader.h"
-#include "host/serviceprocessor/faultinjector.h"
-#include "host/serviceprocessor/simulatedserver.h"
+#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
+#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/simulatedserver.h"
 #include "wire/registerblock.h"
 
 using namespace NKROVEL20;

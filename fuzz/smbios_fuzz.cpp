@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "host/smbios/smbios.h"
+#include "host/bmc/smbios/smbios.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace NKROVEL20;

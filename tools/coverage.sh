@@ -16,9 +16,9 @@ sources_of() {
     ffdc|r8|jfr) echo "$1/" ;;
     output) echo host/output/ ;;
     mof) echo host/schema/ ;;
-    recording) echo host/serviceprocessor/{replay,recordingline,linereader,hexpairs}. ;;
-    serverfile) echo host/serviceprocessor/{serverfile,toml,faulttable,faultinjector,simulatedserver} ;;
-    smbios) echo host/smbios/smbios. ;;
+    recording) echo host/bmc/{replay,recordingline,linereader,hexpairs}. ;;
+    serverfile) echo host/bmc/{serverfile,toml,faulttable,faultinjector,simulatedserver} ;;
+    smbios) echo host/bmc/smbios/smbios. ;;
     commandline) echo host/velhost/commandline. ;;
     *) echo "no such target: $1" >&2; exit 64 ;;
   esac

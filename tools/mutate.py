@@ -213,9 +213,9 @@ class Worker:
 
     def disagreement(self, options):
         module = os.path.join(BUILD, self.build.output(self.build.link["torgareg"]))
-        command = [sys.executable, os.path.join(TREE, "tests/model/agree.py"), "--velhost", options.velhost,
+        command = [sys.executable, os.path.join(TREE, "tests/reference/agree.py"), "--velhost", options.velhost,
                    "--plugin", module, "--cases", str(options.agree), "--seed", "1", "--jobs", "1"]
-        return self.run(command, env=dict(os.environ, LD_LIBRARY_PATH=self.folder)).returncode and "tests/model"
+        return self.run(command, env=dict(os.environ, LD_LIBRARY_PATH=self.folder)).returncode and "tests/reference"
 
     def machine_code(self, file, shadow):
         """What an optimising compiler makes of it."""

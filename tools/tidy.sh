@@ -14,7 +14,7 @@ check() { # CHECKS FILE...
   printf '%s\0' "$@" |
     xargs -0 -P "$(nproc)" -n 4 clang-tidy-14 -p "$build" --quiet --checks="$checks" --warnings-as-errors='*' 2>/dev/null
 }
-outside='^(plugin|r8|jfr|ffdc|bmcsim|host/serviceprocessor|host/schema|host/smbios)/'
+outside='^(plugin|r8|jfr|ffdc|bmcsim|host/bmc|host/schema|host/bmc/smbios)/'
 mapfile -t analyzed < <(printf '%s\n' "${files[@]}" | grep -E "$outside")
 mapfile -t others < <(printf '%s\n' "${files[@]}" | grep -vE "$outside")
 check '' "${analyzed[@]}"

@@ -1,6 +1,6 @@
 #include "host/output/capturefile.h"
 
-#include "host/core/caseinsensitive.h"
+#include "host/base/caseinsensitive.h"
 #include "host/profile/collectorprofile.h"
 
 namespace NKROVEL20 {

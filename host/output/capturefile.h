@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/ciminstance.h"
+#include "host/model/ciminstance.h"
 
 namespace NKROVEL20 {
 

@@ -8,9 +8,9 @@
 #include <cstring>
 #include <filesystem>
 
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
-#include "host/core/utf8.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
+#include "host/base/utf8.h"
 #include "host/output/outputfile.h"
 
 namespace NKROVEL20 {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
 #include "host/output/cimxmlreference.h"
 #include "host/output/summarytext.h"
 #include "host/output/xmltext.h"

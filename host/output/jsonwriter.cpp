@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 #include "host/output/valuelist.h"
 
 namespace NKROVEL20 {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 #include "host/output/summarytext.h"
 #include "host/output/valuelist.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "host/core/caseinsensitive.h"
+#include "host/base/caseinsensitive.h"
 
 namespace NKROVEL20 {
 

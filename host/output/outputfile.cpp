@@ -13,7 +13,7 @@
 #include <optional>
 #include <utility>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 
 namespace NKROVEL20 {
 

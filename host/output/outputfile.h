@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/output/iinstancewriter.h"
 #include "host/output/outputplace.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/serviceprocessor/exchange.h"
+#include "host/bmc/exchange.h"
 
 namespace NKROVEL20 {
 

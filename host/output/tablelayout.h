@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 #include "host/output/textbuffer.h"
 #include "host/output/writers.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
 #include "host/output/scalartext.h"
 #include "host/output/tablelayout.h"
 

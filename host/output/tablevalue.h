@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/core/cimclass.h"
+#include "host/model/cimclass.h"
 #include "host/profile/collectorprofile.h"
 
 namespace NKROVEL20 {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "host/core/caseinsensitive.h"
+#include "host/base/caseinsensitive.h"
 #include "host/output/hexdump.h"
 #include "host/output/summarytext.h"
 #include "host/output/tablesummary.h"

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
 #include "host/output/iinstancewriter.h"
 
 namespace NKROVEL20 {

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 #include "host/output/textbuffer.h"
 
 namespace NKROVEL20 {

@@ -4,7 +4,7 @@
 #include <map>
 #include <unordered_map>
 
-#include "host/core/caseinsensitive.h"
+#include "host/base/caseinsensitive.h"
 #include "wire/registerread.h"
 
 namespace NKROVEL20::CollectorProfile {

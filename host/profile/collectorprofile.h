@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/cimclass.h"
-#include "host/core/cimnamespace.h"
+#include "host/model/cimclass.h"
+#include "host/model/cimnamespace.h"
 
 namespace NKROVEL20::CollectorProfile {
 

@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
+#include "host/model/cimnamespace.h"
 #include "host/schema/mofvalue.h"
 #include "host/schema/qualifiertable.h"
 #include "host/schema/schemaload.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
-#include "host/core/textdiagnostic.h"
+#include "host/base/textdiagnostic.h"
+#include "host/model/cimnamespace.h"
 #include "host/schema/schemalog.h"
 
 namespace NKROVEL20 {

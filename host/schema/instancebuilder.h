@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/core/ciminstance.h"
+#include "host/model/ciminstance.h"
 #include "host/schema/classbuilder.h"
 #include "host/schema/embeddedtext.h"
 

@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "host/core/caseinsensitive.h"
+#include "host/base/caseinsensitive.h"
 #include "nkrovel20/tcimvalue.h"
 
 namespace NKROVEL20::Mof {

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "host/core/caseinsensitive.h"
+#include "host/base/caseinsensitive.h"
 #include "host/schema/mofdatetime.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"

@@ -1,6 +1,6 @@
 #include "host/schema/namehint.h"
 
-#include "host/core/nearestname.h"
+#include "host/base/nearestname.h"
 
 namespace NKROVEL20 {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/cimclass.h"
+#include "host/model/cimclass.h"
 #include "host/schema/schemalog.h"
 
 namespace NKROVEL20 {

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/core/qualifier.h"
+#include "host/model/qualifier.h"
 #include "host/schema/mofvalue.h"
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemaload.h"

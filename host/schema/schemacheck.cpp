@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
 

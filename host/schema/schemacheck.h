@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/core/hosterror.h"
-#include "host/core/sourcereader.h"
-#include "host/core/textdiagnostic.h"
+#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
+#include "host/base/textdiagnostic.h"
 #include "host/output/iinstancewriter.h"
 
 namespace NKROVEL20 {

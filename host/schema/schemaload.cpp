@@ -6,8 +6,8 @@
 #include <map>
 #include <set>
 
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/core/sourcereader.h"
+#include "host/base/sourcereader.h"
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
 #include "host/schema/schemaunit.h"

@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/nearestname.h"
-#include "host/core/textdiagnostic.h"
+#include "host/base/nearestname.h"
+#include "host/base/textdiagnostic.h"
 #include "host/schema/mofsyntax.h"
 
 namespace NKROVEL20 {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
-#include "host/core/sourcereader.h"
-#include "host/core/textdiagnostic.h"
+#include "host/base/sourcereader.h"
+#include "host/base/textdiagnostic.h"
+#include "host/model/cimnamespace.h"
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
 

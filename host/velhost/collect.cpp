@@ -6,12 +6,12 @@
 #include <memory>
 #include <optional>
 
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/sizelimit.h"
 #include "host/output/capturefiles.h"
 #include "host/output/progress.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
-#include "host/serviceprocessor/sizelimit.h"
 #include "host/velhost/collectionrun.h"
 #include "host/velhost/fileclash.h"
 #include "host/velhost/messages.h"

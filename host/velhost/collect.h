@@ -1,7 +1,7 @@
 // velhost collect: one collection from beginning to end.
 #pragma once
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 

@@ -1,7 +1,7 @@
 #include "host/velhost/collectionrun.h"
 
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
 
 namespace NKROVEL20 {
 

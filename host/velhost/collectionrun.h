@@ -11,12 +11,12 @@
 #include <utility>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
+#include "host/bmc/sizelimit.h"
+#include "host/bmc/stopsignal.h"
+#include "host/model/cimnamespace.h"
 #include "host/output/iinstancewriter.h"
-#include "host/pluginmanager/pluginloader.h"
-#include "host/serviceprocessor/sizelimit.h"
-#include "host/serviceprocessor/stopsignal.h"
+#include "host/plugins/pluginloader.h"
 #include "host/velhost/requests.h"
 
 namespace NKROVEL20 {

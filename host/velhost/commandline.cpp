@@ -8,8 +8,8 @@
 #include <sstream>
 #include <utility>
 
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
 #include "host/velhost/usagecheck.h"
 
 namespace NKROVEL20 {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/serviceprocessor/lan/secret.h"
+#include "host/base/secret.h"
 
 namespace NKROVEL20 {
 

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/core/caseinsensitive.h"
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
+#include "host/base/caseinsensitive.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
 #include "host/velhost/outputtarget.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"

@@ -3,8 +3,8 @@
 #include <array>
 #include <filesystem>
 
-#include "host/core/caseinsensitive.h"
-#include "host/core/unsafetext.h"
+#include "host/base/caseinsensitive.h"
+#include "host/base/unsafetext.h"
 
 namespace NKROVEL20 {
 

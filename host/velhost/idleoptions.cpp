@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 
 namespace NKROVEL20 {
 

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/sourcereader.h"
-#include "host/serviceprocessor/stopsignal.h"
-#include "host/serviceprocessor/storedbytes.h"
+#include "host/base/sourcereader.h"
+#include "host/base/storedbytes.h"
+#include "host/bmc/stopsignal.h"
 #include "host/velhost/filekind.h"
 
 namespace NKROVEL20 {

@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
 
 namespace NKROVEL20 {
 

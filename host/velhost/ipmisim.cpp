@@ -21,7 +21,7 @@
 #include <sstream>
 #include <vector>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 
 namespace NKROVEL20 {
 

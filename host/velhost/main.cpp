@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
+#include "host/bmc/lan/lanspec.h"
 #include "host/output/outputfile.h"
-#include "host/serviceprocessor/lan/lanspec.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"

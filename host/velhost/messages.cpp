@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "host/core/hosterror.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
 #include "host/output/outputfile.h"
 
 namespace NKROVEL20 {

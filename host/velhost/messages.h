@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/core/textdiagnostic.h"
+#include "host/base/textdiagnostic.h"
 
 namespace NKROVEL20 {
 

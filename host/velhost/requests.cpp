@@ -2,11 +2,11 @@
 
 #include <map>
 
-#include "host/core/assertionfailure.h"
-#include "host/core/failuredetail.h"
-#include "host/core/hosterror.h"
-#include "host/core/nearestname.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/nearestname.h"
+#include "host/base/unsafetext.h"
+#include "host/model/assertionfailure.h"
+#include "host/model/failuredetail.h"
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
+#include "host/bmc/exchange.h"
+#include "host/model/cimnamespace.h"
 #include "host/output/iinstancewriter.h"
-#include "host/serviceprocessor/exchange.h"
 #include "nkrovel20/iplugincallbacks.h"
 
 namespace NKROVEL20 {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 
 namespace NKROVEL20 {
 

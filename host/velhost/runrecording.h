@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "host/serviceprocessor/recording.h"
+#include "host/bmc/record/recording.h"
 
 namespace NKROVEL20 {
 

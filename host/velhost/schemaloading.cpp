@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/schema/schemareader.h"
 #include "host/velhost/messages.h"
 

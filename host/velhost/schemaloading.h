@@ -3,7 +3,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "host/core/cimnamespace.h"
+#include "host/model/cimnamespace.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"

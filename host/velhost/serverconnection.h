@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "host/core/hostservices.h"
-#include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/bmc/iserviceprocessor.h"
+#include "host/model/hostservices.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"

@@ -1,7 +1,7 @@
 // Ctrl-C, SIGTERM and a terminal that is gone: the first asks the run to stop, the second ends the process.
 #pragma once
 
-#include "host/serviceprocessor/stopsignal.h"
+#include "host/bmc/stopsignal.h"
 
 namespace NKROVEL20 {
 

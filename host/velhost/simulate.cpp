@@ -15,10 +15,10 @@
 #include <filesystem>
 #include <sstream>
 
-#include "host/core/sourcereader.h"
-#include "host/core/unsafetext.h"
-#include "host/serviceprocessor/servednode.h"
-#include "host/serviceprocessor/serverfile.h"
+#include "host/base/sourcereader.h"
+#include "host/base/unsafetext.h"
+#include "host/bmc/sim/servednode.h"
+#include "host/bmc/sim/serverfile.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/ipmisim.h"
 #include "host/velhost/standardstreams.h"

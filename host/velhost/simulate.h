@@ -1,7 +1,7 @@
 // velhost simulate: one BMC node of a server file on the network, through ipmi_sim.
 #pragma once
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 

@@ -9,9 +9,9 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "host/core/hosterror.h"
-#include "host/core/hostservices.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/unsafetext.h"
+#include "host/model/hostservices.h"
 #include "host/velhost/messages.h"
 
 namespace NKROVEL20 {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "host/core/tracelogger.h"
+#include "host/model/tracelogger.h"
 #include "host/output/iinstancewriter.h"
 #include "host/velhost/commandline.h"
 

@@ -4,9 +4,9 @@
 #include <set>
 #include <string_view>
 
-#include "host/core/hosterror.h"
-#include "host/core/nearestname.h"
-#include "host/core/unsafetext.h"
+#include "host/base/hosterror.h"
+#include "host/base/nearestname.h"
+#include "host/base/unsafetext.h"
 
 namespace NKROVEL20 {
 

@@ -1,7 +1,7 @@
 #include "host/velhost/verbs.h"
 
-#include "host/core/unsafetext.h"
-#include "host/pluginmanager/pluginloader.h"
+#include "host/base/unsafetext.h"
+#include "host/plugins/pluginloader.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
 #include "host/velhost/collect.h"

@@ -1,7 +1,7 @@
 // What each command of velhost does.
 #pragma once
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 

@@ -1,6 +1,6 @@
-#include "host/serviceprocessor/servednode.h"
+#include "host/bmc/sim/servednode.h"
 
-#include "tests/serviceprocessor/bmclanguage.h"
+#include "tests/support/bmclanguage.h"
 
 namespace NKROVEL20::Testing {
 namespace {

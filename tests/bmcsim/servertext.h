@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/serviceprocessor/serverfile.h"
+#include "host/bmc/sim/serverfile.h"
 
 namespace NKROVEL20::Testing {
 

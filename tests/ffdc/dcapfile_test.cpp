@@ -1,7 +1,7 @@
 // From a capture file to its committed instance.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
 #include "tests/support/plugintest.h"

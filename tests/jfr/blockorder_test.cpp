@@ -1,7 +1,7 @@
 // The order of a block's steps, as it shows when one of them fails, and what each service processor gets.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "jfr/TNOVRequesttorgareg.h"
 #include "tests/jfr/blocktest.h"
 #include "tests/support/timezone.h"

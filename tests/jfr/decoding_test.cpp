@@ -1,7 +1,7 @@
 // From a register block to the values of one instance.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/jfr/blocktest.h"
 

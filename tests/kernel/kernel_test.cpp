@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "host/serviceprocessor/inband/inbandserviceprocessor.h"
-#include "host/serviceprocessor/simulatedserver.h"
+#include "host/bmc/inband/inbandserviceprocessor.h"
+#include "host/bmc/sim/simulatedserver.h"
+#include "tests/bmc/sharedsuite.h"
 #include "tests/bmcsim/servertext.h"
-#include "tests/serviceprocessor/sharedsuite.h"
 
 namespace NKROVEL20::Testing {
 namespace {

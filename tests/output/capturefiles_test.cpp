@@ -1,6 +1,6 @@
 #include "host/output/capturefiles.h"
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 

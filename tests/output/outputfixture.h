@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/core/ciminstance.h"
-#include "host/core/cimnamespace.h"
+#include "host/model/ciminstance.h"
+#include "host/model/cimnamespace.h"
 #include "host/output/writers.h"
 
 namespace NKROVEL20::OutputTest {

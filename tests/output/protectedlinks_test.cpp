@@ -8,9 +8,9 @@
 #include <fstream>
 #include <functional>
 
+#include "host/bmc/record/recording.h"
 #include "host/output/capturefiles.h"
 #include "host/output/outputfile.h"
-#include "host/serviceprocessor/recording.h"
 #include "tests/output/externaltool.h"
 
 namespace NKROVEL20::OutputTest {

@@ -1,6 +1,6 @@
 #include <string>
 
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
 #include "tests/output/outputfixture.h"
 
 namespace NKROVEL20::OutputTest {

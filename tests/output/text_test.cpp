@@ -1,7 +1,7 @@
 // The small parts that the forms are made of.
 #include <gtest/gtest.h>
 
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
 #include "host/output/completioncodes.h"
 #include "host/output/hexdump.h"
 #include "host/output/summarytext.h"

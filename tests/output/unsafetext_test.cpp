@@ -1,10 +1,10 @@
 // Characters that could disturb or deceive, in every form.
-#include "host/core/unsafetext.h"
+#include "host/base/unsafetext.h"
 
 #include <nlohmann/json.hpp>
 #include <pugixml.hpp>
 
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
 #include "tests/output/outputfixture.h"
 
 namespace NKROVEL20::OutputTest {

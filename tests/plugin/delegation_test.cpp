@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/issubstring.h"
 #include "tests/support/hostprobe.h"

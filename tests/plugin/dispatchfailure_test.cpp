@@ -1,7 +1,7 @@
 // What a request throws, and what stays.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"

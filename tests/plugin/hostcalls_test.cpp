@@ -4,7 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/core/cimnamespace.h"
+#include "host/model/cimnamespace.h"
 #include "jfr/TNOVRequesttorgareg.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "r8/r8errordata.h"

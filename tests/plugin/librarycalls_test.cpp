@@ -2,7 +2,7 @@
 // program, which sees arguments that the real library has no use for, and failures that it never has.
 #include <gtest/gtest.h>
 
-#include "host/core/cimnamespace.h"
+#include "host/model/cimnamespace.h"
 #include "jfr/TJFRErrorData.h"
 #include "jfr/TNOVRequesttorgareg.h"
 #include "r8/ipmirequesttorgareg.h"

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/core/hostservices.h"
-#include "host/pluginmanager/pluginregistry.h"
+#include "host/model/hostservices.h"
+#include "host/plugins/pluginregistry.h"
 #include "plugin/torgaplugin.h"
 #include "tests/plugin/replacedhost.h"
 #include "tests/support/recordinglogger.h"

@@ -3,7 +3,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/plugintest.h"
 

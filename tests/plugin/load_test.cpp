@@ -2,8 +2,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
-#include "host/pluginmanager/pluginloader.h"
+#include "host/model/assertionfailure.h"
+#include "host/plugins/pluginloader.h"
 #include "tests/support/collectortest.h"
 
 namespace NKROVEL20 {

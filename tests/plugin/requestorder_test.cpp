@@ -1,7 +1,7 @@
 // The order of a request's steps, as it shows when one of them fails, and what passes between them.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/core/cimnamespace.h"
-#include "tests/core/schemabuilder.h"
+#include "host/model/cimnamespace.h"
+#include "tests/model/schemabuilder.h"
 
 namespace NKROVEL20::CollectorProfile {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "host/pluginmanager/pluginloader.h"
-#include "host/serviceprocessor/commandframe.h"
-#include "tests/core/schemabuilder.h"
+#include "host/bmc/commandframe.h"
+#include "host/plugins/pluginloader.h"
+#include "tests/model/schemabuilder.h"
 
 namespace NKROVEL20 {
 

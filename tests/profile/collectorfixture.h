@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
-#include "host/core/hostservices.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/model/cimnamespace.h"
+#include "host/model/hostservices.h"
 
 namespace NKROVEL20 {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/core/schemabuilder.h"
+#include "tests/model/schemabuilder.h"
 
 namespace NKROVEL20 {
 namespace {

@@ -7,7 +7,7 @@
 #include <set>
 
 #include "host/profile/collectorprofile.h"
-#include "tests/core/schemabuilder.h"
+#include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
 
 namespace NKROVEL20 {

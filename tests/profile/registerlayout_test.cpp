@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "host/profile/collectorprofile.h"
-#include "tests/core/schemabuilder.h"
+#include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
 #include "wire/registerblock.h"
 #include "wire/registerread.h"

@@ -4,10 +4,10 @@
 // does nothing when it is skipped. So one such property shows which of the two happened.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"
-#include "tests/core/schemabuilder.h"
+#include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
 
 namespace NKROVEL20 {

@@ -1,7 +1,7 @@
 // From a property's declaration to its register-data value.
 #include <gtest/gtest.h>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/dumptext.h"

@@ -4,7 +4,7 @@
 #include <boost/make_shared.hpp>
 #include <deque>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/dumptext.h"

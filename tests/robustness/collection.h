@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/core/cimnamespace.h"
-#include "host/serviceprocessor/serverfile.h"
+#include "host/bmc/sim/serverfile.h"
+#include "host/model/cimnamespace.h"
 
 namespace sweep {
 

@@ -19,10 +19,10 @@
 #include <memory>
 #include <set>
 
-#include "host/core/hostservices.h"
-#include "host/pluginmanager/pluginloader.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
-#include "host/serviceprocessor/simulatedserver.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/sim/simulatedserver.h"
+#include "host/model/hostservices.h"
+#include "host/plugins/pluginloader.h"
 #include "plugin/torgaplugin.h"
 #include "tests/robustness/allocation.h"
 #include "tests/robustness/collection.h"

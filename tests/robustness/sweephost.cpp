@@ -2,8 +2,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/core/assertionfailure.h"
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/logmessage.h"
 

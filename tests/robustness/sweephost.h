@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "host/core/hostservices.h"
-#include "host/serviceprocessor/simulatedserver.h"
+#include "host/bmc/sim/simulatedserver.h"
+#include "host/model/hostservices.h"
 #include "nkrovel20/tpluginmanagernamespace.h"
 #include "plugin/torgaplugin.h"
 #include "tests/robustness/allocation.h"

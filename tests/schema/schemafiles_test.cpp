@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "tests/schema/schemafixture.h"
 
 namespace NKROVEL20 {

@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "host/core/hosterror.h"
+#include "host/base/hosterror.h"
 #include "host/schema/schemacheck.h"
 #include "tests/schema/mofsample.h"
 #include "tests/schema/schemafixture.h"

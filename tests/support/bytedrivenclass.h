@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/core/assertionfailure.h"
+#include "host/model/assertionfailure.h"
 #include "tests/support/bytedrivenserviceprocessor.h"
 #include "tests/support/classbuilder.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/bmc/iserviceprocessor.h"
 
 namespace testsupport {
 

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/core/classdefinition.h"
+#include "host/model/classdefinition.h"
 
 namespace testsupport {
 

@@ -2,7 +2,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/serviceprocessor/serviceprocessorhub.h"
+#include "host/bmc/serviceprocessorhub.h"
 
 namespace testsupport {
 

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "host/core/ciminstance.h"
-#include "host/core/cimnamespace.h"
-#include "host/core/hostservices.h"
-#include "host/pluginmanager/pluginregistry.h"
+#include "host/model/ciminstance.h"
+#include "host/model/cimnamespace.h"
+#include "host/model/hostservices.h"
+#include "host/plugins/pluginregistry.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/recordinglogger.h"
 #include "tests/support/scriptedserviceprocessor.h"

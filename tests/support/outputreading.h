@@ -8,8 +8,8 @@
 #include <pugixml.hpp>
 #include <string>
 
-#include "host/core/ciminstance.h"
-#include "host/core/utf8.h"
+#include "host/base/utf8.h"
+#include "host/model/ciminstance.h"
 #include "host/output/objectpath.h"
 #include "host/output/scalartext.h"
 #include "tests/support/require.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "host/serviceprocessor/commandframe.h"
+#include "host/bmc/commandframe.h"
 
 namespace testsupport {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/serviceprocessor/iserviceprocessor.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "tests/support/steps.h"
 
 namespace testsupport {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "host/core/sourcereader.h"
+#include "host/base/sourcereader.h"
 
 namespace testsupport {
 

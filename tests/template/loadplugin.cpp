@@ -2,9 +2,9 @@
 #include <cstdio>
 #include <exception>
 
-#include "host/core/ciminstance.h"
-#include "host/core/cimnamespace.h"
-#include "host/pluginmanager/pluginloader.h"
+#include "host/model/ciminstance.h"
+#include "host/model/cimnamespace.h"
+#include "host/plugins/pluginloader.h"
 
 namespace {
 

@@ -1,0 +1,50 @@
+#include "host/base/hexpairs.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+int DigitOf(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+}  // namespace
+
+THexPairs ParseHexPairs(std::string_view text) {
+  THexPairs pairs;
+  pairs.bytes.reserve(text.size() / 3 + 1);
+  for (std::size_t at = 0; at < text.size();) {
+    if (IsSpace(text[at])) {
+      ++at;
+      continue;
+    }
+    const int high = DigitOf(text[at]);
+    const int low = at + 1 < text.size() ? DigitOf(text[at + 1]) : -1;
+    if (high < 0 || low < 0) {
+      pairs.errorAt = high < 0 ? at : at + 1;
+      return pairs;
+    }
+    pairs.bytes.push_back(static_cast<std::uint8_t>(high * 16 + low));
+    at += 2;
+  }
+  return pairs;
+}
+
+std::string FormatHexPairs(std::span<const std::uint8_t> bytes) {
+  static constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(bytes.size() * 3);
+  for (const std::uint8_t byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += kDigits[byte >> 4U];
+    text += kDigits[byte & 0x0FU];
+  }
+  return text;
+}
+
+}  // namespace NKROVEL20

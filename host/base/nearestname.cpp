@@ -1,0 +1,84 @@
+#include "host/base/nearestname.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kLongestName = 128;  // anything longer is no slip of the finger
+constexpr std::size_t kShortestBeginning = 4;
+
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool Same(char a, char b) { return Lower(a) == Lower(b); }
+
+using TRow = std::array<std::size_t, kLongestName + 1>;
+
+// Optimal string alignment: edits and swaps of neighbours. Gives up once it is at least `enough`.
+std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough, std::size_t& steps) {
+  if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= enough) return enough;
+  std::array<TRow, 3> rows;
+  std::size_t* beforePrevious = rows[0].data();
+  std::size_t* previous = rows[1].data();
+  std::size_t* current = rows[2].data();
+  for (std::size_t j = 0; j <= b.size(); ++j) current[j] = j;
+  std::size_t leastBefore = 0;  // of the row above: no later one is less than the least of two rows
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    if (steps < b.size()) return enough;
+    steps -= b.size();
+    std::swap(beforePrevious, previous);
+    std::swap(previous, current);
+    current[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t change = previous[j - 1] + (Same(a[i - 1], b[j - 1]) ? 0 : 1);
+      current[j] = std::min({previous[j] + 1, current[j - 1] + 1, change});
+      if (i > 1 && j > 1 && Same(a[i - 1], b[j - 2]) && Same(a[i - 2], b[j - 1])) {
+        current[j] = std::min(current[j], beforePrevious[j - 2] + 1);
+      }
+    }
+    const std::size_t least = *std::min_element(current, current + b.size() + 1);
+    if (std::min(least, leastBefore) >= enough) return enough;
+    leastBefore = least;
+  }
+  return current[b.size()];
+}
+
+bool BeginsWith(std::string_view name, std::string_view beginning) {
+  return name.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), name.begin(), Same);
+}
+
+// Half a name, if there is one name only that goes on from there.
+std::string_view OnlyContinuation(std::string_view beginning, std::span<const std::string_view> candidates) {
+  if (beginning.size() < kShortestBeginning) return {};
+  const auto begins = [beginning](std::string_view candidate) { return BeginsWith(candidate, beginning); };
+  const auto first = std::find_if(candidates.begin(), candidates.end(), begins);
+  if (first == candidates.end() || std::any_of(first + 1, candidates.end(), begins)) return {};
+  return *first;
+}
+
+}  // namespace
+
+std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates) {
+  std::size_t steps = kNameSearchSteps;
+  return NearestName(name, candidates, steps);
+}
+
+std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates, std::size_t& steps) {
+  if (name.size() > kLongestName) return {};
+  std::string_view nearest;
+  std::size_t least = std::max<std::size_t>(name.size() / 3, 1) + 1;
+  for (const std::string_view candidate : candidates) {
+    if (candidate.size() > kLongestName) continue;
+    const std::size_t distance = Distance(name, candidate, least, steps);
+    if (distance < least) {
+      least = distance;
+      nearest = candidate;
+    }
+  }
+  return nearest.empty() ? OnlyContinuation(name, candidates) : nearest;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,127 @@
+#include "host/base/storedbytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "host/base/hosterror.h"
+
+namespace NKROVEL20 {
+
+TDescriptor::TDescriptor(TDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+
+TDescriptor& TDescriptor::operator=(TDescriptor&& other) noexcept {
+  std::swap(descriptor_, other.descriptor_);
+  return *this;
+}
+
+TDescriptor::~TDescriptor() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+class TStoredBytes::IBytes {
+ public:
+  virtual ~IBytes() = default;
+  virtual std::size_t Size() const = 0;
+  virtual std::size_t Read(std::size_t offset, std::span<std::uint8_t> out) = 0;
+};
+
+namespace {
+
+constexpr std::size_t kReadAhead = 16384;
+
+class TMemoryBytes : public TStoredBytes::IBytes {
+ public:
+  explicit TMemoryBytes(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
+  std::size_t Size() const override { return bytes_.size(); }
+  std::size_t Read(std::size_t offset, std::span<std::uint8_t> out) override {
+    if (offset >= bytes_.size()) return 0;
+    const std::size_t count = std::min(out.size(), bytes_.size() - offset);
+    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(offset), count, out.begin());
+    return count;
+  }
+
+ private:
+  std::vector<std::uint8_t> bytes_;
+};
+
+// The collector reads ten bytes at a time, mostly in order, so that a buffer saves nearly all calls.
+class TFileBytes : public TStoredBytes::IBytes {
+ public:
+  TFileBytes(TDescriptor file, std::size_t size) : file_(std::move(file)), size_(size) {}
+  std::size_t Size() const override { return size_; }
+  std::size_t Read(std::size_t offset, std::span<std::uint8_t> out) override {
+    std::size_t done = 0;
+    while (done < out.size() && offset + done < size_) {
+      const std::size_t at = offset + done;
+      if (at < start_ || at >= start_ + buffer_.size()) Fill(at);
+      if (at >= start_ + buffer_.size()) break;
+      const std::size_t count = std::min(out.size() - done, start_ + buffer_.size() - at);
+      std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(at - start_), count,
+                  out.begin() + static_cast<std::ptrdiff_t>(done));
+      done += count;
+    }
+    return done;
+  }
+
+ private:
+  void Fill(std::size_t at) {
+    buffer_.resize(std::min(kReadAhead, size_ - at));
+    start_ = at;
+    ssize_t got = -1;
+    do {
+      got = pread(file_.Get(), buffer_.data(), buffer_.size(), static_cast<off_t>(at));
+    } while (got < 0 && errno == EINTR);
+    buffer_.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+  }
+
+  TDescriptor file_;
+  std::size_t size_;
+  std::vector<std::uint8_t> buffer_;
+  std::size_t start_ = 0;  // of the buffer, in the file
+};
+
+}  // namespace
+
+TStoredBytes::TStoredBytes(std::vector<std::uint8_t> bytes)
+    : bytes_(std::make_shared<TMemoryBytes>(std::move(bytes))) {}
+TStoredBytes::TStoredBytes(TDescriptor file, std::size_t size)
+    : bytes_(std::make_shared<TFileBytes>(std::move(file), size)) {}
+
+std::size_t TStoredBytes::Size() const { return bytes_ ? bytes_->Size() : 0; }
+
+std::size_t TStoredBytes::Read(std::size_t offset, std::span<std::uint8_t> out) const {
+  return bytes_ ? bytes_->Read(offset, out) : 0;
+}
+
+std::vector<std::uint8_t> TStoredBytes::Read(std::size_t offset, std::size_t count) const {
+  std::vector<std::uint8_t> bytes(offset < Size() ? std::min(count, Size() - offset) : 0);
+  bytes.resize(Read(offset, std::span(bytes)));
+  return bytes;
+}
+
+TStoredBytes TStoredBytes::OfInput(const std::string& path, std::size_t limit, ISourceReader& reader,
+                                   std::size_t limitOfOthers) {
+  // Asked before it is opened: a pipe that is opened and closed would end its writer.
+  struct stat status = {};
+  TDescriptor file;
+  if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+    file = TDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  }
+  if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode)) {
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (size > limit) {
+      throw THostError(EExitStatus::kBadData,
+                       path + " is larger than the limit of " + std::to_string(limit) + " bytes");
+    }
+    return {std::move(file), size};
+  }
+  const std::string content = reader.Read(path, limitOfOthers);
+  return std::vector<std::uint8_t>(content.begin(), content.end());
+}
+
+}  // namespace NKROVEL20

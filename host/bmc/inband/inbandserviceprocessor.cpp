@@ -1,0 +1,170 @@
+#include "host/bmc/inband/inbandserviceprocessor.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "host/base/hosterror.h"
+#include "host/bmc/commandframe.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr std::size_t kCompletionCodeSize = 1;
+constexpr const char* kLoadDriver =
+    "If this server has a BMC, load its driver (modprobe ipmi_si; modprobe ipmi_devintf); "
+    "otherwise name another service processor with --sp, as in lan:HOST";
+
+const char* WhatSmbiosSays(const TSystemSmbios& smbios) {
+  switch (smbios.status) {
+    case ESmbiosStatus::kAbsent: return "this machine shows no SMBIOS that could declare one";
+    case ESmbiosStatus::kDenied: return "whether SMBIOS declares one only root may read";
+    case ESmbiosStatus::kMalformed: return "what can be read of this machine's broken SMBIOS declares none";
+    default: return "SMBIOS declares none";
+  }
+}
+
+std::string Refused(const std::string& device, int error) {
+  return "cannot open " + device + ": " + std::strerror(error) + "\n";
+}
+
+[[noreturn]] void ThrowNotOpened(const std::string& device, int error) {
+  if (error == EACCES || error == EPERM) {
+    throw THostError(EExitStatus::kNoPermission,
+                     Refused(device, error) + "Run velhost as root, or let this user read and write the device");
+  }
+  throw THostError(EExitStatus::kUnavailable, Refused(device, error) + kLoadDriver);
+}
+
+milliseconds Until(steady_clock::time_point end) {
+  return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(end - steady_clock::now()));
+}
+
+}  // namespace
+
+TInbandServiceProcessor::TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver,
+                                                 const std::vector<std::string>& devices)
+    : driver_(std::move(driver)) {
+  for (const std::string& device : devices) OpenDevice(device);
+}
+
+TInbandServiceProcessor::TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver)
+    : driver_(std::move(driver)), declaredOnly_(true) {}
+
+TInbandServiceProcessor::~TInbandServiceProcessor() { CloseAll(); }
+
+void TInbandServiceProcessor::OpenDevice(const std::string& device) {
+  const int descriptor = driver_->Open(device);
+  if (descriptor < 0) {
+    // No destructor runs for an object that was never finished.
+    CloseAll();
+    ThrowNotOpened(device, -descriptor);
+  }
+  descriptors_.push_back(descriptor);
+}
+
+void TInbandServiceProcessor::CloseAll() {
+  for (const int descriptor : descriptors_) driver_->Close(descriptor);
+  descriptors_.clear();
+}
+
+int TInbandServiceProcessor::BmcNodeCount() { return declaredOnly_ ? 1 : static_cast<int>(descriptors_.size()); }
+
+bool TInbandServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
+  if (node < 0 || static_cast<std::size_t>(node) >= descriptors_.size() || stop.IsStopped()) return false;
+  const int descriptor = descriptors_[static_cast<std::size_t>(node)];
+  if (!Send(descriptor, buffer)) return false;
+  const auto end = steady_clock::now() + kInbandAnswerTime;
+  while (WaitForMessage(descriptor, end, stop)) {
+    if (TakeAnswer(descriptor, buffer, length)) return true;
+  }
+  return false;
+}
+
+bool TInbandServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*command*/,
+                                      std::span<std::uint8_t> /*response*/, int& /*length*/,
+                                      const TStopSignal& /*stop*/) {
+  return false;
+}
+
+bool TInbandServiceProcessor::Send(int descriptor, const wire::TCommandBuffer& request) {
+  const auto requestData = CommandFrame::RequestData(request);
+  std::array<std::uint8_t, wire::TCommandBuffer::kMaxData> data{};
+  std::copy(requestData.begin(), requestData.end(), data.begin());
+  ipmi_system_interface_addr address = {};
+  address.addr_type = IPMI_SYSTEM_INTERFACE_ADDR_TYPE;
+  address.channel = IPMI_BMC_CHANNEL;
+  address.lun = request[wire::TCommandBuffer::kLun];
+  ipmi_req message = {};
+  message.addr = reinterpret_cast<unsigned char*>(&address);
+  message.addr_len = sizeof address;
+  message.msgid = ++messageNumber_;
+  message.msg.netfn = request[wire::TCommandBuffer::kNetworkFunction];
+  message.msg.cmd = request[wire::TCommandBuffer::kCommand];
+  message.msg.data = data.data();
+  message.msg.data_len = static_cast<unsigned short>(requestData.size());
+  return driver_->Send(descriptor, message) == 0;
+}
+
+bool TInbandServiceProcessor::WaitForMessage(int descriptor, steady_clock::time_point end, const TStopSignal& stop) {
+  std::array<pollfd, 2> waiters = {{{descriptor, POLLIN, 0}, {stop.Descriptor(), POLLIN, 0}}};
+  while (!stop.IsStopped()) {
+    const milliseconds left = Until(end);
+    if (left == milliseconds(0)) return false;
+    const int ready = driver_->Poll(waiters, std::min(left, stop.TimeLeft().value_or(left)));
+    if (ready == -EINTR) continue;
+    return ready > 0 && (waiters[0].revents & POLLIN) != 0 && !stop.IsStopped();
+  }
+  return false;
+}
+
+bool TInbandServiceProcessor::TakeAnswer(int descriptor, wire::TCommandBuffer& buffer, int& length) {
+  std::array<std::uint8_t, kCompletionCodeSize + wire::TCommandBuffer::kMaxData> data{};
+  ipmi_addr address = {};
+  ipmi_recv message = {};
+  message.addr = reinterpret_cast<unsigned char*>(&address);
+  message.addr_len = sizeof address;
+  message.msg.data = data.data();
+  message.msg.data_len = static_cast<unsigned short>(data.size());
+  const int error = driver_->Receive(descriptor, message);
+  if (error != 0 && error != EMSGSIZE) return false;
+  if (message.recv_type != IPMI_RESPONSE_RECV_TYPE || message.msgid != messageNumber_) return false;
+  const std::size_t size = std::min<std::size_t>(message.msg.data_len, data.size());
+  if (size < kCompletionCodeSize) return false;
+  CommandFrame::StoreResponse(buffer, length, data[0], std::span(data).first(size).subspan(kCompletionCodeSize));
+  return true;
+}
+
+std::string ParseInbandSpec(const std::string& spec) {
+  if (spec == "inband") return {};
+  const std::string prefix = "inband:/dev/";
+  if (spec.starts_with(prefix)) {
+    const auto devices = IpmiDevicesAmong({spec.substr(prefix.size())});
+    if (!devices.empty()) return devices.front();
+  }
+  throw THostError(EExitStatus::kUsage, "'" + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
+}
+
+std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices, const TSystemSmbios& smbios,
+                                              std::shared_ptr<IIpmiDriver> driver) {
+  const std::vector<std::string> all = driver->Devices();
+  std::vector<std::string> wanted;
+  for (const std::string& device : devices) {
+    if (device.empty()) {
+      wanted.insert(wanted.end(), all.begin(), all.end());
+    } else {
+      wanted.push_back(device);
+    }
+  }
+  if (!wanted.empty()) return std::make_unique<TInbandServiceProcessor>(std::move(driver), wanted);
+  if (smbios.facts.declaresIpmiDevice) return std::make_unique<TInbandServiceProcessor>(std::move(driver));
+  throw THostError(EExitStatus::kUnavailable, std::string("there is no IPMI device /dev/ipmi* here, and ") +
+                                                  WhatSmbiosSays(smbios) + "\n" + kLoadDriver);
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,86 @@
+#include "host/bmc/lan/laninterrupter.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <system_error>
+
+#include "host/bmc/lan/signalsblocked.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr int kSignal = SIGURG;
+constexpr std::chrono::milliseconds kInterval{10};
+constexpr std::chrono::milliseconds kLook{1'000};
+
+extern "C" void InterruptNothingMore(int /*signal*/) {}
+
+}  // namespace
+
+TLanInterrupter::TLanInterrupter(const TStopSignal& stop, std::chrono::milliseconds longest)
+    : stop_(stop), longest_(longest), quit_(eventfd(0, EFD_CLOEXEC)) {
+  if (quit_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  struct sigaction action = {};
+  action.sa_handler = &InterruptNothingMore;
+  action.sa_flags = SA_RESTART;  // for reads and writes, should it come late; waits for events end all the same
+  sigaction(kSignal, &action, &before_);
+  const TSignalsBlocked blocked;
+  watcher_ = std::thread([this] { Watch(); });
+}
+
+TLanInterrupter::~TLanInterrupter() {
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = write(quit_, &one, sizeof one);
+  watcher_.join();
+  sigaction(kSignal, &before_, nullptr);
+  close(quit_);
+}
+
+TLanInterrupter::TScope::TScope(TLanInterrupter& interrupter) : interrupter_(interrupter) {
+  const std::lock_guard lock(interrupter_.mutex_);
+  interrupter_.caller_ = pthread_self();
+  interrupter_.began_ = TClock::now();
+  interrupter_.calling_ = true;
+}
+
+TLanInterrupter::TScope::~TScope() {
+  const std::lock_guard lock(interrupter_.mutex_);
+  interrupter_.calling_ = false;
+}
+
+void TLanInterrupter::Watch() {
+  while (!WaitForQuit(InterruptCall() ? kInterval : TimeToNextLook())) continue;
+}
+
+/// Waits so long, or until the run is stopped; whether the watching ends.
+bool TLanInterrupter::WaitForQuit(std::chrono::milliseconds time) const {
+  // Once stopped, the signal's descriptor is readable for ever.
+  std::array<pollfd, 2> waiters = {{{quit_, POLLIN, 0}, {stop_.IsStopped() ? -1 : stop_.Descriptor(), POLLIN, 0}}};
+  poll(waiters.data(), waiters.size(), static_cast<int>(time.count()));
+  return (waiters[0].revents & POLLIN) != 0;
+}
+
+std::chrono::milliseconds TLanInterrupter::TimeToNextLook() const {
+  const auto look = std::min(kLook, longest_);
+  const auto left = stop_.TimeLeft();
+  return left && !stop_.IsStopped() ? std::min(look, std::chrono::milliseconds(*left)) : look;
+}
+
+/// Whether there was one to interrupt, or may be at any moment.
+bool TLanInterrupter::InterruptCall() {
+  const std::lock_guard lock(mutex_);
+  const bool stopped = stop_.IsStopped();
+  const bool due = calling_ && (stopped || TClock::now() - began_ >= longest_);
+  if (due) pthread_kill(caller_, kSignal);
+  return due || stopped;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,55 @@
+// BMC nodes on the network as a service processor.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/lan/laninterrupter.h"
+#include "host/bmc/lan/lanmodule.h"
+#include "host/bmc/lan/lanspec.h"
+#include "nkrovel20/api.h"
+
+namespace NKROVEL20 {
+
+enum class ELanNotice {
+  kWarning,  ///< what a session does not protect, or what a BMC should not have sent
+  kLost      ///< a node is given up
+};
+/// Gets what a user should be told, one line without its end, on the thread that makes the exchange or
+/// opens the sessions.
+using TLanNotice = std::function<void(ELanNotice, const std::string&)>;
+
+/// One node per entry of `options`, one session each for the whole run. The driver counts as
+/// present; no dot commands. Stopping the run ends every wait at once.
+class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
+ public:
+  /// Opens all sessions. `stop` outlives it, has its deadline already, and is the one that every
+  /// exchange is called with. `module` outlives the process's use of it, since a stopped run leaves
+  /// calls behind. Throws THostError as TLanLink::Open does, kUnavailable when the deadline passes first,
+  /// and kPartial when the run is interrupted first.
+  TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options, const TStopSignal& stop,
+                       TLanNotice notice);
+  ~TLanServiceProcessor() override;
+
+  int BmcNodeCount() override { return static_cast<int>(nodes_.size()); }
+  bool IpmiDriverPresent() override { return true; }
+  bool TakesDotCommands() override { return false; }
+  bool CheckCommunication() override { return false; }
+  int DiscoverServiceProcessors() override { return 0; }
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
+               const TStopSignal& stop) override;
+
+ private:
+  class TNode;
+  void Tell(ELanNotice kind, const std::string& text) const;
+
+  TLanInterrupter interrupter_;
+  std::vector<std::unique_ptr<TNode>> nodes_;
+  TLanNotice notice_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,116 @@
+#include "host/bmc/record/recording.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "host/base/hexpairs.h"
+#include "host/base/unsafetext.h"
+#include "host/bmc/record/recordingline.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr int kSecondsPerMinute = 60;
+constexpr int kMinutesPerHour = 60;
+
+std::string BufferText(const wire::TCommandBuffer& buffer) {
+  std::size_t size = wire::TCommandBuffer::kSize;
+  while (size > 0 && buffer[size - 1] == 0) --size;
+  return FormatHexPairs({buffer.Data(), size});
+}
+
+const char* Boolean(bool value) { return value ? "true" : "false"; }
+
+}  // namespace
+
+TDiscovery Discover(IServiceProcessor& serviceProcessor) {
+  return {serviceProcessor.BmcNodeCount(), serviceProcessor.IpmiDriverPresent(), serviceProcessor.TakesDotCommands(),
+          serviceProcessor.CheckCommunication(), serviceProcessor.DiscoverServiceProcessors()};
+}
+
+int ProcessUtcOffsetMinutes() {
+  tzset();
+  return static_cast<int>(-timezone / kSecondsPerMinute);
+}
+
+void ApplyUtcOffset(int minutes) {
+  // In TZ the offset is what has to be added to local time, so its sign is the other way round.
+  const int hours = std::abs(minutes) / kMinutesPerHour;
+  const int rest = std::abs(minutes) % kMinutesPerHour;
+  const char sign = minutes < 0 ? '-' : '+';
+  const char opposite = minutes < 0 ? '+' : '-';
+  setenv("TZ", fmt::format("<{}{:02}{:02}>{}{:02}:{:02}", sign, hours, rest, opposite, hours, rest).c_str(), 1);
+  tzset();
+}
+
+TRecordingFile::TRecordingFile(const std::string& path)
+    : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
+  if (descriptor_ >= 0) return;
+  throw THostError(EExitStatus::kCannotCreate, "cannot create " + SafeText(path) + ": " + std::strerror(errno));
+}
+
+TRecordingFile::~TRecordingFile() { close(descriptor_); }
+
+void TRecordingFile::Write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor_, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) {
+      throw THostError(EExitStatus::kWriteFailed, "cannot write to " + SafeText(path_) + ": " + std::strerror(errno));
+    }
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header) : sink_(sink) {
+  sink_.Write(FormatRecordingHeader(header) + "\n");
+}
+
+void TRecorder::OnIpmi(const TIpmiExchange& exchange) {
+  std::string line = fmt::format(R"({{"kind":"ipmi","node":{},"request":"{}","ok":{})", exchange.node,
+                                 BufferText(exchange.request), Boolean(exchange.answered));
+  if (exchange.answered) {
+    line += fmt::format(R"(,"response":"{}","length":{})", BufferText(exchange.response), exchange.length);
+  }
+  WriteLine(line + fmt::format(R"(,"us":{}}})", exchange.duration.count()));
+}
+
+void TRecorder::OnDot(const TDotExchange& exchange) {
+  const dotCmd& command = exchange.command;
+  std::string line =
+      fmt::format(R"({{"kind":"dot","sp":{},"command":{},"identifier":"{}","parameters":"{}","ok":{})",
+                  exchange.serviceProcessor, command.GetCommand(), FormatHexPairs(command.GetIdentifier()),
+                  FormatHexPairs(command.GetParameters()), Boolean(exchange.answered));
+  if (exchange.answered) {
+    line += fmt::format(R"(,"response":"{}","length":{})", FormatHexPairs(exchange.response), exchange.length);
+  }
+  WriteLine(line + fmt::format(R"(,"us":{}}})", exchange.duration.count()));
+}
+
+void TRecorder::OnClock(const TCIMDateTime& localTime) {
+  WriteLine(fmt::format(R"({{"kind":"clock","local_time":"{}"}})", localTime.ToIso8601()));
+}
+
+void TRecorder::WriteLine(const std::string& line) {
+  if (failure_) return;
+  try {
+    sink_.Write(line + "\n");
+  } catch (const THostError& error) {
+    failure_ = error;
+  }
+}
+
+TCIMDateTime TRecordingEnvironment::LocalTime() {
+  const TCIMDateTime now = inner_.LocalTime();
+  recorder_.OnClock(now);
+  return now;
+}
+
+}  // namespace NKROVEL20

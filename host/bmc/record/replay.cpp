@@ -1,0 +1,184 @@
+#include "host/bmc/record/replay.h"
+
+#include <algorithm>
+
+#include "host/base/hexpairs.h"
+#include "host/base/textdiagnostic.h"
+#include "host/bmc/record/recordingline.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::int64_t kUsPerMs = 1000;
+
+// What the clock says where nothing tells.
+const TCIMDateTime& Epoch() {
+  static const auto* const epoch = new TCIMDateTime(1970, 1, 1, 0, 0, 0, 0, 0);
+  return *epoch;
+}
+
+std::vector<std::uint8_t> WithoutTrailingZeros(std::vector<std::uint8_t> bytes) {
+  while (!bytes.empty() && bytes.back() == 0) bytes.pop_back();
+  return bytes;
+}
+
+bool IsSame(const TRecordedLine& asked, const TRecordedLine& recorded) {
+  return asked.kind == recorded.kind && asked.node == recorded.node && asked.request == recorded.request &&
+         asked.command == recorded.command && asked.identifier == recorded.identifier &&
+         asked.parameters == recorded.parameters;
+}
+
+std::string Described(const TRecordedLine& line) {
+  switch (line.kind) {
+    case TRecordedLine::EKind::kIpmi:
+      return "the request \"" + FormatHexPairs(line.request) + "\" to node " + std::to_string(line.node);
+    case TRecordedLine::EKind::kDot:
+      return "the dot command " + std::to_string(line.command) + " \"" + FormatHexPairs(line.identifier) + "\" \"" +
+             FormatHexPairs(line.parameters) + "\" to service processor " + std::to_string(line.node);
+    case TRecordedLine::EKind::kClock: break;
+  }
+  return "a reading of the clock";
+}
+
+// Whether a text without a newline is a first line that was cut.
+bool BeginsAsRecording(std::string_view text) {
+  const std::size_t size = std::min(text.size(), kRecordingStart.size());
+  return text.substr(0, size) == kRecordingStart.substr(0, size);
+}
+
+}  // namespace
+
+TReplay::TReplay(const std::string& path, const TStoredBytes& recording, ISourceReader* reader)
+    : path_(path), lines_(recording, kLongestRecordingLine), now_(Epoch()) {
+  CheckAll(recording, reader);
+  now_ = ParseMoment(header_.started).value_or(Epoch());
+  if (!hasHeader_) return;
+  lines_.Next();
+  number_ = 1;
+  Advance();
+}
+
+TReplay::TReplay(const std::string& path, ISourceReader& reader) : TReplay(path, Open(path, reader), &reader) {}
+
+TStoredBytes TReplay::Open(const std::string& path, ISourceReader& reader) {
+  return TStoredBytes::OfInput(path, kLargestRecording, reader, kLargestRecordingOfAPipe);
+}
+
+void TReplay::CheckAll(const TStoredBytes& recording, ISourceReader* reader) {
+  TLineReader lines(recording, kLongestRecordingLine);
+  bool isCut = false;
+  for (auto line = lines.Next(); line; line = lines.Next()) {
+    if (reader != nullptr) reader->CheckStop();
+    isCut = !line->isWhole;
+    if (isCut && !hasHeader_ && !BeginsAsRecording(line->text)) ParseRecordingHeader(path_, line->text);
+    if (isCut) break;
+    ++wholeLines_;
+    if (hasHeader_) {
+      ParseRecordedLine(path_, line->text, wholeLines_);
+    } else {
+      header_ = ParseRecordingHeader(path_, line->text);
+      hasHeader_ = true;
+    }
+  }
+  if (isCut || !hasHeader_) cutLine_ = wholeLines_ + 1;
+}
+
+// The recording was checked; what was changed since is none of the collection's business.
+void TReplay::Advance() {
+  answering_ = std::move(next_);
+  const auto line = lines_.Next();
+  if (!line || !line->isWhole) return;
+  try {
+    next_ = std::make_unique<TRecordedLine>(ParseRecordedLine(path_, line->text, ++number_));
+    next_->request = WithoutTrailingZeros(std::move(next_->request));
+  } catch (const THostError& error) {
+    mismatch_ = error.what();
+  }
+}
+
+TReplay::~TReplay() = default;
+
+std::string TReplay::Diagnostic(bool isError, std::uint32_t line, const std::string& message) const {
+  TTextDiagnostic diagnostic;
+  diagnostic.severity = isError ? EDiagnosticSeverity::kError : EDiagnosticSeverity::kWarning;
+  diagnostic.location = {path_, line, 1};
+  diagnostic.message = message;
+  return FormatDiagnostic(diagnostic);
+}
+
+std::optional<std::string> TReplay::CutWarning() const {
+  if (!hasHeader_)
+    return Diagnostic(false, 1, "the recording was cut in its first line; nothing of it can be replayed");
+  if (cutLine_ != 0) {
+    return Diagnostic(false, cutLine_, "the recording was cut in this line; it replays up to the line before");
+  }
+  if (!ranOut_) return std::nullopt;
+  return Diagnostic(false, wholeLines_,
+                    "the recording ends here, before the collection does: it was cut, or less was collected then");
+}
+
+/// The recorded line that answers; null where there is none.
+const TRecordedLine* TReplay::Next(const TRecordedLine& asked) {
+  if (mismatch_) return nullptr;
+  if (!next_) {
+    ranOut_ = true;
+    return nullptr;
+  }
+  if (!IsSame(asked, *next_)) {
+    mismatch_ = Diagnostic(true, next_->number, "found " + Described(asked) + ", expected " + Described(*next_));
+    return nullptr;
+  }
+  Advance();
+  return answering_.get();
+}
+
+bool TReplay::Wait(const TRecordedLine& line, const TStopSignal& stop) {
+  if (!timing_) return !stop.IsStopped();
+  owedUs_ += line.us;
+  const std::int64_t wait = owedUs_ / kUsPerMs;
+  owedUs_ %= kUsPerMs;
+  return stop.WaitFor(std::chrono::milliseconds(wait));
+}
+
+bool TReplay::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
+  TRecordedLine asked;
+  asked.node = node;
+  asked.request = WithoutTrailingZeros({buffer.Data(), buffer.Data() + wire::TCommandBuffer::kSize});
+  const TRecordedLine* line = Next(asked);
+  if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
+  for (std::size_t i = wire::TCommandBuffer::kCompletionCode; i < wire::TCommandBuffer::kSize; ++i) {
+    if (i >= wire::TCommandBuffer::kReserved && i < wire::TCommandBuffer::kData) continue;
+    buffer[i] = i < line->response.size() ? line->response[i] : std::uint8_t{0};
+  }
+  length = line->length;
+  return true;
+}
+
+bool TReplay::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
+                      const TStopSignal& stop) {
+  TRecordedLine asked;
+  asked.kind = TRecordedLine::EKind::kDot;
+  asked.node = serviceProcessor;
+  asked.command = command.GetCommand();
+  asked.identifier = command.GetIdentifier();
+  asked.parameters = command.GetParameters();
+  const TRecordedLine* line = Next(asked);
+  if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
+  const std::size_t size = std::min(static_cast<std::size_t>(line->length), response.size());
+  const std::size_t stored = std::min(line->response.size(), size);
+  std::copy_n(line->response.begin(), stored, response.begin());
+  std::fill(response.begin() + static_cast<std::ptrdiff_t>(stored),
+            response.begin() + static_cast<std::ptrdiff_t>(size), std::uint8_t{0});
+  length = static_cast<int>(size);
+  return true;
+}
+
+TCIMDateTime TReplay::LocalTime() {
+  TRecordedLine asked;
+  asked.kind = TRecordedLine::EKind::kClock;
+  if (const TRecordedLine* line = Next(asked)) now_ = *line->localTime;
+  return now_;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,54 @@
+// Faults over any service processor: wrong completion codes, lost and shortened answers, delays.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/sim/serverfile.h"
+
+namespace NKROVEL20 {
+
+/// Every fault counts each exchange that its `on` and `node` match; the first one that is due is
+/// applied to the exchange. What does not take place at all counts for none: an exchange without a
+/// driver, or with a BMC node or service processor that does not exist.
+///
+/// A delay comes before the answer, and stopping the run in it leaves the exchange without one. A
+/// lost exchange and one that is answered with a completion code do not reach the service processor.
+class NKROVEL20_API TFaultInjector : public IServiceProcessor {
+ public:
+  /// `inner` is not owned.
+  TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults);
+
+  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
+  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
+  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
+  bool CheckCommunication() override { return inner_.CheckCommunication(); }
+  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
+               const TStopSignal& stop) override;
+
+ private:
+  /// Faults with the same `on` and `node`. They match the same exchanges, so that one count does for
+  /// all, and an exchange takes the same time whatever their number.
+  struct TGroup {
+    std::int64_t count = 0;                       // of the exchanges that matched
+    std::size_t first = kNone;                    // the place of the first fault without nth
+    std::map<std::int64_t, std::size_t> firstOf;  // the place of the first fault with each nth
+  };
+  using TGroupKey = std::pair<std::optional<EExchangeKind>, std::optional<int>>;
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  const TFault* CountAndChoose(EExchangeKind kind, int node);
+
+  IServiceProcessor& inner_;
+  std::vector<TFault> faults_;
+  std::map<TGroupKey, TGroup> groups_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,85 @@
+#include "host/bmc/sim/faulttable.h"
+
+#include <array>
+#include <limits>
+
+#include "host/base/nearestname.h"
+#include "host/base/quoted.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::string_view kAnyIpmi = "ipmi";
+constexpr std::array<EExchangeKind, 7> kKinds = {
+    EExchangeKind::kRegister, EExchangeKind::kTimestamp, EExchangeKind::kOpen, EExchangeKind::kSize,
+    EExchangeKind::kRead,     EExchangeKind::kClose,     EExchangeKind::kDot};
+
+std::optional<EExchangeKind> ReadKind(const TTomlTable& table) {
+  const std::string expected = "one of register, timestamp, open, size, read, close, dot, ipmi";
+  const TTomlMember& on = table.Require("on", expected);
+  const std::string name = *table.String("on");
+  if (name == kAnyIpmi) return std::nullopt;
+  std::array<std::string_view, kKinds.size() + 1> names;
+  for (std::size_t i = 0; i < kKinds.size(); ++i) {
+    names.at(i) = NameOfKind(kKinds.at(i));
+    if (names.at(i) == name) return kKinds.at(i);
+  }
+  names.back() = kAnyIpmi;
+  const std::string_view nearest = NearestName(name, names);
+  table.Fail(on.value.place, "found " + Quoted(name) + " for \"on\", expected " + expected +
+                                 (nearest.empty() ? std::string() : "; did you mean " + Quoted(nearest) + "?"));
+}
+
+void ReadAction(const TTomlTable& table, TFault& fault) {
+  const bool isDot = fault.on == EExchangeKind::kDot;
+  if (const auto code = table.Integer("completion_code", 0, 0xFF)) {
+    fault.completionCode = static_cast<std::uint8_t>(*code);
+    if (isDot) {
+      table.Fail(table.Find("completion_code")->place,
+                 "found \"completion_code\" for dot commands, which have none, expected \"lost\" or \"truncate\"");
+    }
+  }
+  fault.lost = table.Boolean("lost").value_or(false);
+  const std::int64_t least = isDot ? 0 : static_cast<std::int64_t>(wire::TCommandBuffer::kData);
+  if (const auto size = table.Integer("truncate", least, std::numeric_limits<std::int32_t>::max())) {
+    fault.truncate = static_cast<std::size_t>(*size);
+  }
+}
+
+void RequireOneAction(const TTomlTable& table, const TFault& fault) {
+  const int actions = (fault.completionCode ? 1 : 0) + (fault.lost ? 1 : 0) + (fault.truncate ? 1 : 0);
+  if (actions == 1 || (actions == 0 && table.Find("delay_ms") != nullptr)) return;
+  const TTomlMember* const lost = table.Find("lost");
+  if (actions == 0 && lost != nullptr) {
+    table.Fail(lost->place,
+               "found \"lost\" = false, which does nothing, expected true, or \"completion_code\", \"truncate\" or "
+               "\"delay_ms\"");
+  }
+  table.Fail(table.Place(), std::string("found ") + (actions == 0 ? "none" : "more than one") +
+                                " of \"completion_code\", \"lost\" and \"truncate\", expected " +
+                                (actions == 0 ? "one of them or \"delay_ms\"" : "one"));
+}
+
+}  // namespace
+
+TFault ReadFault(const TTomlTable& table) {
+  table.AllowOnly({"on", "node", "nth", "completion_code", "lost", "truncate", "delay_ms"});
+  TFault fault;
+  fault.on = ReadKind(table);
+  if (const auto node = table.Integer("node", 0, std::numeric_limits<std::int32_t>::max())) {
+    fault.node = static_cast<int>(*node);
+  }
+  fault.nth = table.Integer("nth", 1, std::numeric_limits<std::int64_t>::max());
+  ReadAction(table, fault);
+  fault.delay = std::chrono::milliseconds(table.Integer("delay_ms", 0, kLongestDelayMs).value_or(0));
+  RequireOneAction(table, fault);
+  const TTomlMember* action = table.Find("lost");
+  if (!fault.lost) action = table.Find("truncate");
+  const TTomlPlace& place = action == nullptr ? table.Place() : action->place;
+  fault.line = place.line;
+  fault.column = place.column;
+  return fault;
+}
+
+}  // namespace NKROVEL20

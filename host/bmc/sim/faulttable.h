@@ -1,0 +1,12 @@
+// One [[fault]] table of a server file.
+#pragma once
+
+#include "host/bmc/sim/serverfile.h"
+#include "host/bmc/sim/tomltable.h"
+
+namespace NKROVEL20 {
+
+/// Throws THostError (kBadData), at its place, for a fault that could not be carried out as written.
+TFault ReadFault(const TTomlTable& table);
+
+}  // namespace NKROVEL20

@@ -1,0 +1,94 @@
+#include "host/bmc/sim/servednode.h"
+
+#include <algorithm>
+
+#include "host/base/unsafetext.h"
+#include "host/bmc/commandframe.h"
+#include "wire/storagearea.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kCompletionCodeSize = 1;
+constexpr std::uint8_t kUnspecifiedError = 0xFF;
+
+wire::TCommandBuffer BufferOf(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
+                              std::span<const std::uint8_t> data) {
+  const std::size_t size = std::min(data.size(), wire::TCommandBuffer::kMaxData);
+  wire::TCommandBuffer buffer(networkFunction, command, static_cast<std::uint8_t>(size));
+  buffer[wire::TCommandBuffer::kLun] = lun;
+  std::copy_n(data.begin(), size, buffer.Data() + wire::TCommandBuffer::kData);
+  return buffer;
+}
+
+std::string NodesOf(const TServerFile& server) {
+  switch (server.nodes.size()) {
+    case 0: return "none";
+    case 1: return "node 0 alone";
+    case 2: return "nodes 0 and 1";
+    default: return "nodes 0 to " + std::to_string(server.nodes.size() - 1);
+  }
+}
+
+/// Whether the fault may be applied to a storage-area request.
+bool MeetsStorageAreas(const TFault& fault) {
+  return !fault.on || (*fault.on != EExchangeKind::kRegister && *fault.on != EExchangeKind::kTimestamp);
+}
+
+}  // namespace
+
+TServedNode::TServedNode(TServerFile server, int node)
+    : server_(std::move(server)), injector_(server_, server_.Server().faults), node_(node) {}
+
+bool TServedNode::TNode::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& /*stop*/) {
+  const auto answer = AnswerIpmi(Server(), node, buffer[wire::TCommandBuffer::kNetworkFunction],
+                                 buffer[wire::TCommandBuffer::kCommand], CommandFrame::RequestData(buffer), capacity_);
+  if (!answer) return false;
+  CommandFrame::StoreResponse(buffer, length, answer->completionCode, answer->data);
+  return true;
+}
+
+std::vector<std::uint8_t> TServedNode::Answer(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
+                                              std::span<const std::uint8_t> data, std::size_t capacity) {
+  wire::TCommandBuffer buffer = BufferOf(networkFunction, lun, command, data);
+  server_.SetCapacity(std::max(capacity, kCompletionCodeSize) - kCompletionCodeSize);
+  int length = 0;
+  if (!injector_.SendIpmi(node_, buffer, length, never_)) return {kUnspecifiedError};
+  const unsigned char* const answered = buffer.Data() + wire::TCommandBuffer::kData;
+  std::vector<std::uint8_t> answer = {buffer.CompletionCode()};
+  answer.insert(answer.end(), answered, answered + buffer.DataLength());
+  return answer;
+}
+
+TNotServed ReasonNotToServe(const TServerFile& server, int node) {
+  if (node < 0 || static_cast<std::size_t>(node) >= server.nodes.size()) {
+    return {"there is no BMC node " + std::to_string(node) + "; the server has " + NodesOf(server)};
+  }
+  if (!server.driverPresent) return {"with driver_present = false no IPMI exchange takes place"};
+  constexpr std::size_t kShortest = wire::TCommandBuffer::kData + wire::StorageArea::kManufacturerId.size();
+  for (const TFault& fault : server.faults) {
+    if (fault.lost) {
+      return {
+          "found lost = true, but ipmi_sim answers every request; expected another fault, such as completion_code = "
+          "0xC3 (timeout)",
+          fault.line, fault.column};
+    }
+    if (fault.on == EExchangeKind::kDot) continue;
+    if (fault.truncate && *fault.truncate < kShortest && MeetsStorageAreas(fault)) {
+      return {"found truncate = " + std::to_string(*fault.truncate) +
+                  ", but ipmi_sim puts the manufacturer id in every answer to a storage-area request; expected " +
+                  std::to_string(kShortest) + " or more, or on = \"register\" or \"timestamp\"",
+              fault.line, fault.column};
+    }
+  }
+  return {};
+}
+
+std::string DescribeNotServed(const TNotServed& refusal, const std::string& file) {
+  if (refusal.line == 0) return SafeText(file) + ": " + refusal.reason;
+  return SafeText(file) + ":" + std::to_string(refusal.line) + ":" + std::to_string(refusal.column) +
+         ": error: " + refusal.reason;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,56 @@
+// Reads one table of a TOML document key by key. Whatever is not as expected throws THostError
+// (kBadData) with a diagnostic that says what was found and what was expected.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/bmc/sim/tomldocument.h"
+
+namespace NKROVEL20 {
+
+class TTomlTable {
+ public:
+  /// Neither is owned. A value that is not a table is an error that names `what` ("a [[fault]] table").
+  TTomlTable(const TTomlDocument& document, const TTomlValue& value, const std::string& what);
+
+  /// Any other key is an error, with the nearest of these names.
+  void AllowOnly(std::initializer_list<std::string_view> names) const;
+
+  /// Null where the table has no such key.
+  const TTomlMember* Find(std::string_view name) const;
+  const TTomlMember& Require(std::string_view name, const std::string& expected) const;
+
+  /// Each is empty where the table has no such key.
+  std::optional<std::string> String(std::string_view name) const;
+  std::optional<bool> Boolean(std::string_view name) const;
+  std::optional<std::int64_t> Integer(std::string_view name, std::int64_t low, std::int64_t high) const;
+  /// The 25 characters of a CIM datetime, from a date-time with its offset.
+  std::optional<std::string> Moment(std::string_view name) const;
+  /// Hex pairs; `size` bytes where that is given.
+  std::optional<std::vector<std::uint8_t>> Bytes(std::string_view name, std::optional<std::size_t> size) const;
+
+  /// Calls `read` with each table of an array of tables; none where the table has no such key. More
+  /// than `most` are an error.
+  void ForEach(std::string_view name, std::size_t most, const std::function<void(const TTomlTable&)>& read) const;
+  /// The table under the key.
+  std::optional<TTomlTable> Table(std::string_view name) const;
+
+  const TTomlDocument& Document() const { return *document_; }
+  const TTomlPlace& Place() const { return value_->place; }
+  [[noreturn]] void Fail(const TTomlPlace& place, const std::string& message) const { document_->Fail(place, message); }
+
+ private:
+  const TTomlMember* FindKind(std::string_view name, TTomlValue::EKind kind, const std::string& expected) const;
+  [[noreturn]] void FailHex(const TTomlMember& member, std::size_t at) const;
+
+  const TTomlDocument* document_;
+  const TTomlValue* value_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,132 @@
+#include "host/bmc/smbios/smbios.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "host/bmc/smbios/smbioslayout.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+using namespace SmbiosLayout;
+using TBytes = std::span<const std::uint8_t>;
+
+struct TStructure {
+  TBytes formatted;
+  TBytes strings;  ///< with the NUL of each string, without the one that ends the set
+  std::size_t size;
+};
+
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+std::string At(std::size_t offset, const char* what) {
+  std::array<char, 32> place{};
+  std::snprintf(place.data(), place.size(), "at offset 0x%zx: ", offset);
+  return place.data() + std::string(what);
+}
+
+/// The offset behind the two NULs that end a string set beginning at `from`; empty where they are
+/// missing. A set without strings is two NULs.
+std::optional<std::size_t> EndOfStrings(TBytes bytes, std::size_t from) {
+  for (std::size_t i = from; i + kStringsEndSize <= bytes.size(); ++i) {
+    if (bytes[i] == 0 && bytes[i + 1] == 0) return i + kStringsEndSize;
+  }
+  return std::nullopt;
+}
+
+/// The structure that `rest` begins with; empty, and `defect` says why, if it is not whole.
+std::optional<TStructure> FirstStructure(TBytes rest, const char*& defect) {
+  if (rest.size() < kHeaderSize) {
+    defect = "a structure header needs 4 bytes, and the table ends before";
+    return std::nullopt;
+  }
+  const std::size_t length = rest[kLength];
+  if (length < kHeaderSize) {
+    defect = "the structure's length is less than its header's 4 bytes";
+    return std::nullopt;
+  }
+  if (length > rest.size()) {
+    defect = "the structure's length reaches beyond the end of the table";
+    return std::nullopt;
+  }
+  const auto end = EndOfStrings(rest, length);
+  if (!end) {
+    defect = "the structure's strings have no end";
+    return std::nullopt;
+  }
+  return TStructure{rest.first(length), rest.subspan(length, *end - 1 - length), *end};
+}
+
+/// String `number`, counted from 1; empty for 0 and past the last one.
+std::string StringOf(const TStructure& structure, std::size_t number) {
+  auto begin = structure.strings.begin();
+  while (number > 0 && begin != structure.strings.end()) {
+    const auto end = std::find(begin, structure.strings.end(), std::uint8_t{0});
+    if (--number == 0) return {begin, end};
+    if (end == structure.strings.end()) break;
+    begin = end + 1;
+  }
+  return {};
+}
+
+std::size_t LittleEndian(TBytes bytes) {
+  std::size_t value = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
+  return value;
+}
+
+bool StartsWith(TBytes bytes, std::string_view text) {
+  return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
+}
+
+}  // namespace
+
+TSmbiosFacts ParseSmbiosTable(std::span<const std::uint8_t> table) {
+  TSmbiosFacts facts;
+  bool systemSeen = false;
+  std::size_t offset = 0;
+  while (offset < table.size()) {
+    const char* defect = nullptr;
+    const auto structure = FirstStructure(table.subspan(offset), defect);
+    if (!structure) {
+      facts.defect = At(offset, defect);
+      break;
+    }
+    const std::uint8_t type = structure->formatted[kType];
+    if (type == kEndOfTable) break;
+    if (type == kIpmiDevice) facts.declaresIpmiDevice = true;
+    if (type == kSystemInformation && !systemSeen) {
+      systemSeen = true;
+      if (structure->formatted.size() > kProductName) {
+        facts.productName = StringOf(*structure, structure->formatted[kProductName]);
+      }
+    }
+    offset += structure->size;
+  }
+  return facts;
+}
+
+std::optional<std::size_t> SmbiosTableSize(std::span<const std::uint8_t> entryPoint) {
+  if (StartsWith(entryPoint, kAnchor64) && entryPoint.size() >= kTableSize64 + 4) {
+    return LittleEndian(entryPoint.subspan(kTableSize64, 4));
+  }
+  if (StartsWith(entryPoint, kAnchor32) && entryPoint.size() >= kTableSize32 + 2) {
+    return LittleEndian(entryPoint.subspan(kTableSize32, 2));
+  }
+  return std::nullopt;
+}
+
+std::string MachineTypeOf(std::string_view productName) {
+  constexpr std::ptrdiff_t kDigits = 4;
+  auto begin = std::find_if(productName.begin(), productName.end(), IsDigit);
+  while (begin != productName.end()) {
+    const auto end = std::find_if_not(begin, productName.end(), IsDigit);
+    if (end - begin == kDigits) return {begin, end};
+    begin = std::find_if(end, productName.end(), IsDigit);
+  }
+  return {};
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,57 @@
+#include "host/bmc/smbios/systemsmbios.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "host/base/hosterror.h"
+
+namespace NKROVEL20 {
+
+namespace {
+
+constexpr std::size_t kMaxTable = 16U << 20;
+constexpr std::size_t kMaxSmallFile = 64U << 10;
+
+/// The content, or an empty text with `status` saying why there is none.
+std::string ReadOr(ISourceReader& reader, const std::string& path, std::size_t limit, ESmbiosStatus& status) {
+  try {
+    return reader.Read(path, limit);
+  } catch (const THostError& error) {
+    status = error.Status() == EExitStatus::kNoPermission ? ESmbiosStatus::kDenied
+             : error.Status() == EExitStatus::kNoInput    ? ESmbiosStatus::kAbsent
+                                                          : ESmbiosStatus::kMalformed;
+    return {};
+  }
+}
+
+std::vector<std::uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
+
+TSmbiosFacts ParseWithEntryPoint(const std::string& entryPoint, const std::string& table) {
+  const std::vector<std::uint8_t> bytes = Bytes(table);
+  const std::size_t size = SmbiosTableSize(Bytes(entryPoint)).value_or(bytes.size());
+  return ParseSmbiosTable(std::span(bytes).first(std::min(size, bytes.size())));
+}
+
+/// The kernel ends the name with a line feed of its own.
+std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+}  // namespace
+
+TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root) {
+  const std::string tables = root + "/firmware/dmi/tables/";
+  TSystemSmbios smbios;
+  smbios.status = ESmbiosStatus::kRead;
+  const std::string table = ReadOr(reader, tables + "DMI", kMaxTable, smbios.status);
+  // A missing entry point takes nothing away: the kernel gives the table its true size.
+  ESmbiosStatus ignored = ESmbiosStatus::kRead;
+  if (smbios.status == ESmbiosStatus::kRead) {
+    smbios.facts = ParseWithEntryPoint(ReadOr(reader, tables + "smbios_entry_point", kMaxSmallFile, ignored), table);
+    if (!smbios.facts.defect.empty()) smbios.status = ESmbiosStatus::kMalformed;
+  } else {
+    smbios.facts.productName = FirstLine(ReadOr(reader, root + "/class/dmi/id/product_name", kMaxSmallFile, ignored));
+  }
+  smbios.machineType = MachineTypeOf(smbios.facts.productName);
+  return smbios;
+}
+
+}  // namespace NKROVEL20

@@ -1,0 +1,29 @@
+// The SMBIOS of the machine that the host runs on, as the Linux kernel shows it under /sys.
+#pragma once
+
+#include <string>
+
+#include "host/base/sourcereader.h"
+#include "host/bmc/smbios/smbios.h"
+#include "nkrovel20/api.h"
+
+namespace NKROVEL20 {
+
+/// Absent, denied and malformed are different: a virtual machine may have no SMBIOS at all, and
+/// only root may read the table.
+enum class ESmbiosStatus { kRead, kAbsent, kDenied, kMalformed };
+
+struct TSystemSmbios {
+  ESmbiosStatus status = ESmbiosStatus::kAbsent;
+  /// Whatever could be read, see TSmbiosFacts. Where the table is denied the product name comes from
+  /// the file that everyone may read, and declaresIpmiDevice is false because nobody knows.
+  TSmbiosFacts facts;
+  /// MachineTypeOf(facts.productName).
+  std::string machineType;
+};
+
+/// Reads `root`/firmware/dmi/tables and, where that is denied, `root`/class/dmi/id/product_name.
+/// Throws nothing: what cannot be read is a status.
+NKROVEL20_API TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root = "/sys");
+
+}  // namespace NKROVEL20

@@ -1,0 +1,92 @@
+// Classes and property declarations of the host's object model.
+#pragma once
+
+#include <boost/enable_shared_from_this.hpp>
+#include <boost/shared_ptr.hpp>
+#include <boost/weak_ptr.hpp>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/base/caseinsensitive.h"
+#include "host/model/classdefinition.h"
+#include "host/model/qualifier.h"
+#include "nkrovel20/icimobjects.h"
+
+namespace NKROVEL20 {
+
+class TCIMClass;
+class TNamespace;
+
+/// One property as one class sees it: the latest declaration on the way up, with the class that
+/// declared the name first as its origin.
+class NKROVEL20_API TPropertyDecl : public ICIMPropertyDecl {
+ public:
+  /// `overridden` is the superclass's view of the same property, or null for a new one.
+  TPropertyDecl(TPropertyDefinition definition, const boost::shared_ptr<TCIMClass>& declaringClass,
+                const TPropertyDecl* overridden);
+
+  const std::string& GetName(const TPropertyMap& context) const override;
+  boost::shared_ptr<const ICIMQualifier> GetQualifier(const std::string& name,
+                                                      const TPropertyMap& context) const override;
+  TCIMValue::TCIMType GetType(const TPropertyMap& context) const override;
+  boost::shared_ptr<ICIMClass> GetClassOrigin(const TPropertyMap& context) const override;
+
+  /// Without its qualifiers: they are in Qualifiers(), with the inherited ones.
+  const TPropertyDefinition& Definition() const { return definition_; }
+  const TQualifierSet& Qualifiers() const { return qualifiers_; }
+  /// The class whose declaration this is; differs from the origin for an overriding property.
+  const std::string& DeclaringClass() const { return *declaringClass_; }
+
+ private:
+  TPropertyDefinition definition_;
+  TQualifierSet qualifiers_;
+  std::shared_ptr<const std::string> declaringClass_;  // thousands of properties share a name
+  boost::weak_ptr<TCIMClass> origin_;
+};
+
+class NKROVEL20_API TCIMClass : public ICIMClass, public boost::enable_shared_from_this<TCIMClass> {
+ public:
+  using TPropertyDecls = std::vector<boost::shared_ptr<TPropertyDecl>>;
+
+  /// Use TNamespace::AddClass. The class does not keep its namespace alive.
+  TCIMClass(TClassDefinition definition, boost::shared_ptr<TCIMClass> superClass,
+            boost::weak_ptr<TNamespace> cimNamespace);
+  /// Works out the inherited and own properties; once, after construction (it needs shared_from_this).
+  void ResolveProperties();
+
+  const std::string& GetName(const TPropertyMap& context) const override;
+  boost::shared_ptr<const ICIMQualifier> GetQualifier(const std::string& name,
+                                                      const TPropertyMap& context) const override;
+  boost::shared_ptr<ICIMClass> GetSuperClass(const TPropertyMap& context) const override;
+  boost::shared_ptr<ICIMNamespace> GetNamespace(const TPropertyMap& context) const override;
+  boost::shared_ptr<ICIMInstance> CreateInstance(const TPropertyMap& context) override;
+  void EnumerateSubClasses(const TClassCallback& callback, int flag, const TPropertyMap& context) override;
+  void EnumeratePropertyDecls(const TPropertyDeclCallback& callback, const TPropertyMap& context) override;
+
+  const std::string& Name() const { return *name_; }
+  const std::shared_ptr<const std::string>& SharedName() const { return name_; }
+  const boost::shared_ptr<TCIMClass>& SuperClass() const { return superClass_; }
+  const TSourceLocation& Location() const { return definition_.location; }
+  const TQualifierSet& Qualifiers() const { return qualifiers_; }
+  /// All properties, inherited ones first.
+  const TPropertyDecls& Properties() const { return properties_; }
+  /// The place of a property in Properties(), in any case; Properties().size() when there is none.
+  std::size_t FindProperty(std::string_view name) const;
+  /// Whether this class stands below `ancestor`.
+  bool DescendsFrom(const TCIMClass& ancestor) const;
+
+ private:
+  TClassDefinition definition_;  // its name, qualifiers and properties are below
+  std::shared_ptr<const std::string> name_;
+  boost::shared_ptr<TCIMClass> superClass_;
+  boost::weak_ptr<TNamespace> namespace_;
+  TQualifierSet qualifiers_;
+  TPropertyDecls properties_;
+  // Of the properties that this class declares first. An inherited one has the superclass's place.
+  std::unordered_map<std::string_view, std::size_t, TNameHash, TNameEqual> ownIndex_;
+};
+
+}  // namespace NKROVEL20

@@ -1,0 +1,42 @@
+// Qualifiers as they stand on a class or property, inherited ones included.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+#include "host/model/classdefinition.h"
+#include "nkrovel20/icimobjects.h"
+
+namespace NKROVEL20 {
+
+class NKROVEL20_API TQualifier : public ICIMQualifier {
+ public:
+  explicit TQualifier(TQualifierDefinition definition) : definition_(std::move(definition)) {}
+  const TCIMValue& GetValue() const override { return definition_.value; }
+  const std::string& Name() const { return definition_.name; }
+  const TQualifierFlavor& Flavor() const { return definition_.flavor; }
+  bool IsDefault() const { return definition_.isDefault; }
+  const TSourceLocation& Location() const { return definition_.location; }
+
+ private:
+  TQualifierDefinition definition_;
+};
+
+/// The qualifiers of one element: its own, then those it inherits.
+class NKROVEL20_API TQualifierSet {
+ public:
+  TQualifierSet() = default;
+  /// `own` in declaration order, then from `inherited` those that propagate (flavor ToSubclass) and
+  /// are not declared anew.
+  TQualifierSet(std::vector<TQualifierDefinition> own, const TQualifierSet* inherited);
+
+  /// Empty when there is none of that name, in any case.
+  boost::shared_ptr<const TQualifier> Find(const std::string& name) const;
+  const std::vector<boost::shared_ptr<const TQualifier>>& All() const { return qualifiers_; }
+
+ private:
+  std::vector<boost::shared_ptr<const TQualifier>> qualifiers_;
+};
+
+}  // namespace NKROVEL20

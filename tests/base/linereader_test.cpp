@@ -1,0 +1,36 @@
+#include "host/base/linereader.h"
+
+#include "tests/support/bmclanguage.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+/// Each line, with a "|" where it has its newline.
+std::vector<std::string> Lines(const std::string& text, std::size_t longest) {
+  TLineReader reader(Stored(text), longest);
+  std::vector<std::string> lines;
+  while (const auto line = reader.Next()) lines.push_back(std::string(line->text) + (line->isWhole ? "|" : ""));
+  return lines;
+}
+
+using TLines = std::vector<std::string>;
+
+TEST(LineReader, GivesLinesAndWhatHasNoEnd) {
+  EXPECT_EQ(Lines("", 5), TLines{});
+  EXPECT_EQ(Lines("a\n\nbc\n", 5), (TLines{"a|", "|", "bc|"}));
+  EXPECT_EQ(Lines("a\nbc", 5), (TLines{"a|", "bc"}));
+}
+
+TEST(LineReader, GivesOneByteMoreOfALineThatIsTooLong) {
+  EXPECT_EQ(Lines("12345\n", 5), (TLines{"12345|"}));
+  EXPECT_EQ(Lines("123456\n", 5).front(), "123456|");
+  EXPECT_EQ(Lines("1234567", 5).front(), "123456|");
+}
+
+TEST(LineReader, GoesOverTheEndsOfPieces) {
+  const std::string line(65530, 'x');
+  EXPECT_EQ(Lines(line + "\n" + line + "\n123", 70000), (TLines{line + "|", line + "|", "123"}));
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

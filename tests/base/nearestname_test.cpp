@@ -1,0 +1,72 @@
+#include "host/base/nearestname.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace NKROVEL20 {
+namespace {
+
+constexpr std::array<std::string_view, 4> kNames = {"machine_type", "bmc_node", "dot", "data"};
+
+TEST(NearestName, ForgivesOneSlipInAShortName) {
+  EXPECT_EQ(NearestName("dto", kNames), "dot");
+  EXPECT_EQ(NearestName("dat", kNames), "dot") << "the first of two as near";
+  EXPECT_EQ(NearestName("datta", kNames), "data");
+  EXPECT_EQ(NearestName("dxx", kNames), "");
+}
+
+TEST(NearestName, ForgivesASlipInEveryThreeLetters) {
+  EXPECT_EQ(NearestName("machinetyp", kNames), "machine_type");
+  EXPECT_EQ(NearestName("mahcien_tpye", kNames), "machine_type");
+  EXPECT_EQ(NearestName("mxxxxxe_type", kNames), "");
+}
+
+TEST(NearestName, ComparesLettersWithoutCase) {
+  EXPECT_EQ(NearestName("BMC_NODE", kNames), "bmc_node");
+  EXPECT_EQ(NearestName("Dot", kNames), "dot");
+}
+
+TEST(NearestName, FindsTheOneNameThatGoesOn) {
+  constexpr std::array<std::string_view, 3> kLong = {"machine_type", "delta_one_and_more", "delta_two_and_more"};
+  EXPECT_EQ(NearestName("mach", kLong), "machine_type");
+  EXPECT_EQ(NearestName("DELTA_T", kLong), "delta_two_and_more");
+  EXPECT_EQ(NearestName("delta_", kLong), "") << "two go on from there";
+  EXPECT_EQ(NearestName("mac", kLong), "") << "too short to tell";
+}
+
+TEST(NearestName, FindsNothingForNothingOrForALongText) {
+  EXPECT_EQ(NearestName("", kNames), "");
+  EXPECT_EQ(NearestName("dot", {}), "");
+  EXPECT_EQ(NearestName(std::string(1'000'000, 'd'), kNames), "");
+}
+
+// "kitten" against "sitten": six rows of six characters.
+TEST(NearestName, TakesAStepForEachTwoCharactersThatItCompares) {
+  constexpr std::array<std::string_view, 2> kTwo = {"sitten", "mitten"};
+  std::size_t steps = 100;
+  EXPECT_EQ(NearestName("kitten", kTwo, steps), "sitten");
+  EXPECT_EQ(steps, 100U - 36 - 12) << "the second cannot be nearer, which two rows show";
+}
+
+TEST(NearestName, LooksAtNoCandidateForWhichThereAreNoSteps) {
+  constexpr std::array<std::string_view, 2> kTwo = {"xxxxxx", "mitten"};
+  std::size_t steps = 36 + 24;
+  EXPECT_EQ(NearestName("kitten", kTwo, steps), "mitten");
+  steps = 36;
+  EXPECT_EQ(NearestName("kitten", kTwo, steps), "");
+}
+
+TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
+  const std::string name = std::string(84, 'a') + std::string(44, 'b');
+  const std::string other = std::string(84, 'a') + std::string(44, 'c');
+  const std::vector<std::string_view> many(20'000, other);
+  std::size_t steps = 1'000'000;
+  EXPECT_EQ(NearestName(name, many, steps), "");
+  EXPECT_LT(steps, 128U) << "all of them would take 300 million";
+}
+
+}  // namespace
+}  // namespace NKROVEL20

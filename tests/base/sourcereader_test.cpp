@@ -1,0 +1,239 @@
+#include "host/base/sourcereader.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "tests/model/expectfailure.h"
+
+namespace NKROVEL20 {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileReader : public testing::Test {
+ protected:
+  FileReader() {
+    std::string name = (fs::temp_directory_path() / "sourcereader-XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+  }
+  ~FileReader() override { fs::remove_all(folder_); }
+
+  std::string Path(const char* name) const { return folder_ + "/" + name; }
+  std::string Write(const char* name, const std::string& content) const {
+    std::ofstream(Path(name), std::ios::binary) << content;
+    return Path(name);
+  }
+
+  std::string folder_;
+  TFileReader reader_;
+};
+
+TEST_F(FileReader, GivesEveryByteOfAFile) {
+  const std::string content("line\n\0\xFF\r\nno end", 15);
+  EXPECT_EQ(reader_.Read(Write("a", content), 100), content);
+  EXPECT_EQ(reader_.Read(Write("empty", ""), 100), "");
+}
+
+TEST_F(FileReader, FollowsALink) {
+  Write("a", "content");
+  fs::create_symlink("a", Path("link"));
+  EXPECT_EQ(reader_.Read(Path("link"), 100), "content");
+}
+
+TEST_F(FileReader, TellsWhetherWhatItReadLiesInAFolder) {
+  fs::create_directories(Path("in/below"));
+  Write("in/a", "x");
+  Write("in/below/b", "x");
+  Write("inner", "x");
+  EXPECT_FALSE(reader_.LiesIn(folder_)) << "nothing was read";
+  reader_.Read(Path("in/a"), 1);
+  EXPECT_TRUE(reader_.LiesIn(Path("in")));
+  EXPECT_TRUE(reader_.LiesIn(Path("in/below/..")));
+  EXPECT_TRUE(reader_.LiesIn("/"));
+  EXPECT_FALSE(reader_.LiesIn(Path("in/below")));
+  EXPECT_FALSE(reader_.LiesIn(Path("none")));
+  reader_.Read(Path("in/below/../../in/below/b"), 1);
+  EXPECT_TRUE(reader_.LiesIn(Path("in")));
+  reader_.Read(Path("inner"), 1);
+  EXPECT_FALSE(reader_.LiesIn(Path("in"))) << "its name only begins alike";
+}
+
+TEST_F(FileReader, ALinkLiesWhereItLeads) {
+  fs::create_directories(Path("in"));
+  Write("secret", "x");
+  fs::create_symlink("../secret", Path("in/link"));
+  reader_.Read(Path("in/link"), 1);
+  fs::remove(Path("in/link"));
+  Write("in/link", "x");
+  EXPECT_FALSE(reader_.LiesIn(Path("in"))) << "whatever has its name by now";
+}
+
+TEST_F(FileReader, NothingLiesAnywhereOnceAReadHasFailed) {
+  reader_.Read(Write("a", "x"), 1);
+  EXPECT_ANY_THROW(reader_.Read(Path("none"), 1));
+  EXPECT_FALSE(reader_.LiesIn(folder_));
+}
+
+TEST(MemoryReader, TextsLieInTheFoldersOfTheirNames) {
+  TMemoryReader reader;
+  reader.Add("in/a", "x");
+  reader.Read("in/a", 1);
+  EXPECT_TRUE(reader.LiesIn("in"));
+  EXPECT_TRUE(reader.LiesIn(""));
+  EXPECT_FALSE(reader.LiesIn("i"));
+  EXPECT_FALSE(reader.LiesIn("in/a/b"));
+}
+
+TEST_F(FileReader, TheLimitIsTheLargestSizeThatIsRead) {
+  const std::string path = Write("a", "12345");
+  EXPECT_EQ(reader_.Read(path, 5), "12345");
+  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 4 bytes", [&] { reader_.Read(path, 4); });
+  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 0 bytes", [&] { reader_.Read(path, 0); });
+}
+
+TEST_F(FileReader, AMissingFileIsNamed) {
+  ExpectHostError(EExitStatus::kNoInput, "cannot open " + Path("none") + ": No such file or directory",
+                  [this] { reader_.Read(Path("none"), 10); });
+  ExpectHostError(EExitStatus::kNoInput, "cannot open " + Path("none/a") + ": No such file or directory",
+                  [this] { reader_.Read(Path("none/a"), 10); });
+  const std::string file = Write("a", "x");
+  ExpectHostError(EExitStatus::kNoInput, "cannot open " + file + "/b: Not a directory",
+                  [&] { reader_.Read(file + "/b", 10); });
+}
+
+TEST_F(FileReader, AFolderIsNoInput) {
+  ExpectHostError(EExitStatus::kNoInput, "cannot read " + folder_ + ": Is a directory",
+                  [this] { reader_.Read(folder_, 10); });
+}
+
+// Must not wait for a writer that never comes.
+TEST_F(FileReader, APipeIsNoInput) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  ExpectHostError(EExitStatus::kNoInput, "cannot read " + Path("pipe") + ": not a file",
+                  [this] { reader_.Read(Path("pipe"), 10); });
+}
+
+TEST_F(FileReader, APipeThatTheUserNamesIsReadUntilItsWritersCloseIt) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  const std::string text(200'000, 'x');  // more than a pipe holds
+  std::thread writer([&] {
+    std::ofstream file(Path("pipe"));  // waits for the reader
+    file << text;
+  });
+  TFileReader reader({"another", Path("pipe")});
+  EXPECT_EQ(reader.Read(Path("pipe"), text.size()), text);
+  writer.join();
+}
+
+TEST_F(FileReader, APipeThatHoldsMoreThanTheLimitIsRefused) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  ASSERT_EQ(write(ends[1], "12345", 5), 5);
+  const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+  TFileReader reader({path});
+  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 4 bytes", [&] { reader.Read(path, 4); });
+  close(ends[1]);
+  EXPECT_EQ(reader.Read(path, 4), "");
+  close(ends[0]);
+}
+
+TEST_F(FileReader, APipeEndsAlsoWhereItIsOpenedAgainBehindItsWriter) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  const int readerEnd = open(Path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  std::ofstream(Path("pipe")) << "text";
+  const std::string path = "/dev/fd/" + std::to_string(readerEnd);
+  EXPECT_EQ(TFileReader({path}).Read(path, 10), "text");
+  close(readerEnd);
+}
+
+TEST_F(FileReader, APipeThatNobodyWritesToIsWaitedForNotForEver) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  TFileReader reader({Path("pipe")}, std::chrono::milliseconds(1));
+  const std::string message = "cannot read " + Path("pipe") + ": a pipe that nobody writes to";
+  ExpectHostError(EExitStatus::kNoInput, message, [&] { reader.Read(Path("pipe"), 4); });
+  const int silent = open(Path("pipe").c_str(), O_RDWR);
+  ExpectHostError(EExitStatus::kNoInput, message, [&] { reader.Read(Path("pipe"), 4); });
+  close(silent);
+}
+
+class TStoppableReader : public TFileReader {
+ public:
+  using TFileReader::TFileReader;
+  void CheckStop() override {
+    if (interrupted) throw TEndedReading(EExitStatus::kPartial, "stopped");
+  }
+  static inline volatile std::sig_atomic_t interrupted = 0;
+};
+
+TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  struct sigaction action = {};
+  action.sa_handler = [](int) { TStoppableReader::interrupted = 1; };
+  struct sigaction before = {};
+  sigaction(SIGALRM, &action, &before);
+  const itimerval soon = {{0, 20'000}, {0, 20'000}};  // again and again: the first may come before the wait
+  setitimer(ITIMER_REAL, &soon, nullptr);
+  TStoppableReader reader({Path("pipe")}, std::chrono::hours(1));
+  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("pipe"), 4); });
+  // As does one that came before.
+  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("pipe"), 4); });
+  std::ofstream(Path("file")) << "text";
+  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("file"), 4); });
+  TStoppableReader::interrupted = 0;
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
+}
+
+TEST_F(FileReader, ADeviceIsNoInput) {
+  ExpectHostError(EExitStatus::kNoInput, "cannot read /dev/zero: not a file",
+                  [this] { reader_.Read("/dev/zero", 10); });
+}
+
+// Root may read everything, so that this runs as another user in a process of its own.
+TEST_F(FileReader, AFileWithoutPermissionIsSaidToBeSo) {
+  const std::string path = Write("secret", "x");
+  ASSERT_EQ(chmod(path.c_str(), 0), 0);
+  ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+    ExpectHostError(EExitStatus::kNoPermission, "cannot open " + path + ": Permission denied",
+                    [&] { reader_.Read(path, 10); });
+    _exit(HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(MemoryReader, ServesWhatWasAdded) {
+  TMemoryReader reader;
+  reader.Add("a.mof", "class A {};");
+  reader.Add("a.mof", "class B {};");
+  EXPECT_EQ(reader.Read("a.mof", 100), "class B {};");
+}
+
+TEST(MemoryReader, FailsAsAFileReaderDoes) {
+  TMemoryReader reader;
+  reader.Add("a.mof", "12345");
+  ExpectHostError(EExitStatus::kNoInput, "cannot open b.mof: No such file or directory",
+                  [&] { reader.Read("b.mof", 100); });
+  ExpectHostError(EExitStatus::kBadData, "a.mof is larger than the limit of 4 bytes", [&] { reader.Read("a.mof", 4); });
+  EXPECT_EQ(reader.Read("a.mof", 5), "12345");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

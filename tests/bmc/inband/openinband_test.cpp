@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+
+#include "host/base/hosterror.h"
+#include "host/bmc/inband/inbandserviceprocessor.h"
+#include "tests/bmc/inband/scripteddriver.h"
+
+namespace NKROVEL20 {
+namespace {
+
+using testing::ElementsAre;
+
+TSystemSmbios Smbios(ESmbiosStatus status, bool declares) {
+  TSystemSmbios smbios;
+  smbios.status = status;
+  smbios.facts.declaresIpmiDevice = declares;
+  return smbios;
+}
+
+const TSystemSmbios kNoBmc = Smbios(ESmbiosStatus::kRead, false);
+const TSystemSmbios kDeclared = Smbios(ESmbiosStatus::kRead, true);
+
+class OpenInbandTest : public testing::Test {
+ protected:
+  OpenInbandTest() : driver_(std::make_shared<TScriptedDriver>()) {}
+  std::unique_ptr<IServiceProcessor> Open(const std::vector<std::string>& devices, const TSystemSmbios& smbios) {
+    return OpenInband(devices, smbios, driver_);
+  }
+  /// The node's descriptor as the driver sees it.
+  int DescriptorOf(IServiceProcessor& processor, int node) {
+    TStopSignal stop;
+    wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
+    int length = 256;
+    processor.SendIpmi(node, buffer, length, stop);
+    return driver_->Sent().back().descriptor;
+  }
+  void ExpectError(const std::vector<std::string>& devices, const TSystemSmbios& smbios, EExitStatus status,
+                   const std::string& message) {
+    try {
+      Open(devices, smbios);
+      FAIL() << "opened";
+    } catch (const THostError& error) {
+      EXPECT_EQ(error.Status(), status);
+      EXPECT_EQ(error.what(), message);
+    }
+  }
+  std::shared_ptr<TScriptedDriver> driver_;
+};
+
+TEST_F(OpenInbandTest, EveryDeviceIsANodeInOrder) {
+  driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1");
+  const auto processor = Open({""}, kNoBmc);
+  EXPECT_EQ(processor->BmcNodeCount(), 2);
+  EXPECT_TRUE(processor->IpmiDriverPresent());
+  EXPECT_EQ(DescriptorOf(*processor, 0), 100);
+  EXPECT_EQ(DescriptorOf(*processor, 1), 101);
+}
+
+TEST_F(OpenInbandTest, NamedDevicesAreNodesInTheirOrder) {
+  driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").AddDevice("/dev/ipmi2");
+  const auto processor = Open({"/dev/ipmi2", "/dev/ipmi0"}, kNoBmc);
+  EXPECT_EQ(processor->BmcNodeCount(), 2);
+  EXPECT_EQ(DescriptorOf(*processor, 0), 102);
+  EXPECT_EQ(DescriptorOf(*processor, 1), 100);
+}
+
+TEST_F(OpenInbandTest, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
+  const auto processor = Open({""}, kDeclared);
+  EXPECT_EQ(processor->BmcNodeCount(), 1);
+  EXPECT_FALSE(processor->IpmiDriverPresent());
+  TStopSignal stop;
+  wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
+  int length = 256;
+  EXPECT_FALSE(processor->SendIpmi(0, buffer, length, stop));
+  EXPECT_EQ(length, 256);
+}
+
+TEST_F(OpenInbandTest, DeclarationAddsNoNodeToDevices) {
+  driver_->AddDevice("/dev/ipmi0");
+  EXPECT_EQ(Open({""}, kDeclared)->BmcNodeCount(), 1);
+}
+
+constexpr const char* kAdvice =
+    "If this server has a BMC, load its driver (modprobe ipmi_si; modprobe ipmi_devintf); "
+    "otherwise name another service processor with --sp, as in lan:HOST";
+
+TEST_F(OpenInbandTest, NothingAtAllCannotBeReached) {
+  ExpectError({""}, kNoBmc, EExitStatus::kUnavailable,
+              std::string("there is no IPMI device /dev/ipmi* here, and SMBIOS declares none\n") + kAdvice);
+}
+
+TEST_F(OpenInbandTest, NothingAtAllSaysWhatIsKnownOfSmbios) {
+  ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EExitStatus::kUnavailable,
+              std::string("there is no IPMI device /dev/ipmi* here, and this machine shows no SMBIOS that could "
+                          "declare one\n") +
+                  kAdvice);
+  ExpectError({""}, Smbios(ESmbiosStatus::kDenied, false), EExitStatus::kUnavailable,
+              std::string("there is no IPMI device /dev/ipmi* here, and whether SMBIOS declares one only root may "
+                          "read\n") +
+                  kAdvice);
+}
+
+TEST_F(OpenInbandTest, RefusedDeviceIsAQuestionOfPermission) {
+  driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi1", EACCES);
+  ExpectError(
+      {""}, kNoBmc, EExitStatus::kNoPermission,
+      "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
+}
+
+TEST_F(OpenInbandTest, NamedDeviceThatIsNotThereCannotBeReached) {
+  driver_->Refuse("/dev/ipmi7", ENOENT);
+  ExpectError({"/dev/ipmi7"}, kDeclared, EExitStatus::kUnavailable,
+              std::string("cannot open /dev/ipmi7: No such file or directory\n") + kAdvice);
+}
+
+TEST(InbandSpec, NamesOneDeviceOrAll) {
+  EXPECT_EQ(ParseInbandSpec("inband"), "");
+  EXPECT_EQ(ParseInbandSpec("inband:/dev/ipmi0"), "/dev/ipmi0");
+  EXPECT_EQ(ParseInbandSpec("inband:/dev/ipmi12"), "/dev/ipmi12");
+}
+
+TEST(InbandSpec, AnythingElseIsAUsageError) {
+  for (const char* spec :
+       {"inband:", "inband:/dev/ipmi", "inband:/dev/ipmix", "inband:ipmi0", "inband:/dev/null", "inband:/dev/ipmi0/..",
+        "inband:/dev/ipmi-1", "inband:/dev/ipmi99999999999999999999", "in"}) {
+    try {
+      ParseInbandSpec(spec);
+      ADD_FAILURE() << spec;
+    } catch (const THostError& error) {
+      EXPECT_EQ(error.Status(), EExitStatus::kUsage);
+      EXPECT_EQ(error.what(), std::string("'") + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
+    }
+  }
+}
+
+TEST(IpmiDevices, StandInTheOrderOfTheirNumbers) {
+  EXPECT_THAT(IpmiDevicesAmong({"ipmi10", "null", "ipmi9", "ipmi", "ipmi0", "ipmidev", "ipmi1x", "xipmi2"}),
+              ElementsAre("/dev/ipmi0", "/dev/ipmi9", "/dev/ipmi10"));
+}
+
+}  // namespace
+}  // namespace NKROVEL20

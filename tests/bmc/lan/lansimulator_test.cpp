@@ -1,0 +1,198 @@
+// The LAN transport against ipmi_sim with the project's module, on the loopback.
+#include <gmock/gmock.h>
+
+#include "host/bmc/lan/lanclient.h"
+#include "tests/bmc/lan/memorysearch.h"
+#include "tests/bmc/sharedsuite.h"
+#include "tests/bmcsim/runningsimulator.h"
+#include "tests/bmcsim/servertext.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+const std::vector<std::string> kModules = {VELHOST_MODULES};
+
+TLanOptions OptionsFor(int port) {
+  TLanOptions options;
+  options.host = "127.0.0.1";
+  options.port = static_cast<std::uint16_t>(port);
+  options.user = kSimulatedUser;
+  options.password = TSecret(kSimulatedPassword);
+  options.cipherSuites = {3};
+  return options;
+}
+
+/// One simulator for each node, and a session to each.
+class TLanBench : public IServiceProcessor {
+ public:
+  explicit TLanBench(const TServerFile& server) {
+    std::vector<TLanOptions> options;
+    for (int node = 0; node < static_cast<int>(server.nodes.size()); ++node) {
+      simulators_.push_back(std::make_unique<TRunningSimulator>(ServerText(server), node));
+      options.push_back(OptionsFor(simulators_.back()->Port()));
+    }
+    const TStopSignal never;
+    inner_ = OpenLan(options, never, kModules);
+  }
+  int BmcNodeCount() override { return inner_->BmcNodeCount(); }
+  bool IpmiDriverPresent() override { return inner_->IpmiDriverPresent(); }
+  bool TakesDotCommands() override { return inner_->TakesDotCommands(); }
+  bool CheckCommunication() override { return inner_->CheckCommunication(); }
+  int DiscoverServiceProcessors() override { return inner_->DiscoverServiceProcessors(); }
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+    return inner_->SendIpmi(node, buffer, length, stop);
+  }
+  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
+               const TStopSignal& stop) override {
+    return inner_->SendDot(serviceProcessor, command, response, length, stop);
+  }
+
+ private:
+  std::vector<std::unique_ptr<TRunningSimulator>> simulators_;
+  std::unique_ptr<IServiceProcessor> inner_;
+};
+
+bool HasIpmiSim() { return std::system("command -v ipmi_sim >/dev/null 2>&1") == 0; }
+
+/// Nothing to instantiate without ipmi_sim; LanSimulator below says so.
+std::vector<TNamedFactory> Factories() {
+  if (!HasIpmiSim()) return {};
+  return {{"Lan", [](const TServerFile& server) { return std::make_unique<TLanBench>(server); }}};
+}
+
+INSTANTIATE_TEST_SUITE_P(Lan, ServiceProcessorSuite, testing::ValuesIn(Factories()));
+
+constexpr const char* kServer = R"(
+machine_type = "6203"
+unlisted_registers = "pattern"
+[[bmc_node]]
+timestamp = "12 34 56 78"
+)";
+
+class LanSimulator : public testing::Test {
+ protected:
+  void SetUp() override { SKIP_WITHOUT_IPMI_SIM(); }
+  void Serve(const std::string& addition = "") {
+    simulator_ = std::make_unique<TRunningSimulator>(kServer + addition);
+    options_ = OptionsFor(simulator_->Port());
+  }
+  std::unique_ptr<IServiceProcessor> Open() {
+    return OpenLan({options_}, stop_, kModules,
+                   [this](ELanNotice, const std::string& text) { notices_.push_back(text); });
+  }
+  std::string Refusal(EExitStatus status) {
+    std::string message = MessageOf([this] { Open(); }, status);
+    EXPECT_THAT(message, Not(HasSubstr(options_.password.Text())));
+    return message;
+  }
+  std::string Name() const { return "lan:127.0.0.1:" + std::to_string(options_.port); }
+
+  std::unique_ptr<TRunningSimulator> simulator_;
+  TLanOptions options_;
+  TStopSignal stop_;
+  std::vector<std::string> notices_;
+};
+
+TEST_F(LanSimulator, WrongPasswordIsRefused) {
+  Serve();
+  options_.password = TSecret("not-this-one");
+  EXPECT_EQ(Refusal(EExitStatus::kNoPermission),
+            Name() +
+                ": the password of user 'ipmiusr' is not the one that the BMC has; it is wrong, or what answers "
+                "there may be an impostor");
+}
+
+TEST_F(LanSimulator, RefusedPasswordIsNowhereInMemoryAfterwards) {
+  Serve();
+  TMemorySearch search;
+  std::string password = THiddenText::Decoded();
+  options_.password = TSecret(password);
+  Wipe(password);
+  ASSERT_FALSE(search.Places().empty());
+  EXPECT_THROW(Open(), THostError);
+  options_.password = TSecret();
+  EXPECT_THAT(search.Places(), IsEmpty());
+}
+
+TEST_F(LanSimulator, WrongUserIsRefused) {
+  Serve();
+  options_.user = "nobody";
+  options_.password = TSecret("s3cret");
+  EXPECT_EQ(Refusal(EExitStatus::kNoPermission), Name() + ": the BMC refuses user 'nobody'");
+}
+
+TEST_F(LanSimulator, CipherSuiteThatItDoesNotKnowIsRefused) {
+  Serve();
+  options_.cipherSuites = {17};
+  EXPECT_THAT(Refusal(EExitStatus::kUnavailable), HasSubstr("the BMC does not accept cipher suite 17 ("));
+}
+
+TEST_F(LanSimulator, GivingWayToAnotherCipherSuiteIsWarnedOf) {
+  Serve();
+  options_.cipherSuites = {17, 3};
+  Open();
+  EXPECT_THAT(notices_, ElementsAre(Name() + ": no session with cipher suite 17, so the weaker 3 is used; an attacker "
+                                             "can bring that about (--cipher-suite 17 takes no other, "
+                                             "--cipher-suite 3 ends this warning)"));
+}
+
+TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {
+  Serve();
+  // ipmi_sim keeps these commands for administrators.
+  for (const auto level : {ELanPrivilege::kUser, ELanPrivilege::kOperator}) {
+    options_.privilege = level;
+    ExpectAnswer(Send(*Open(), 0, ReadTimestamp()), 0xD4, {});
+  }
+  options_.privilege = ELanPrivilege::kAdmin;
+  ExpectAnswer(Send(*Open(), 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+}
+
+TEST_F(LanSimulator, NobodyThereIsSaidByTheDeadline) {
+  options_ = OptionsFor(FreePort());
+  stop_.SetDeadline(TStopSignal::TClock::now() + milliseconds(100));
+  EXPECT_EQ(Refusal(EExitStatus::kUnavailable), Name() + ": no session before the deadline");
+}
+
+TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {
+  Serve();
+  const auto processor = Open();
+  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  EXPECT_EQ(simulator_->End(SIGTERM), 0);
+  stop_.SetDeadline(TStopSignal::TClock::now() + milliseconds(100));
+  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp(), stop_));
+}
+
+TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
+  // A request that is sent again counts twice, and would use the second fault up.
+  Serve(
+      "[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
+      "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
+  const auto processor = Open();
+  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xC3, {});
+  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+}
+
+TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
+  Serve();
+  const auto processor = Open();
+  for (int i = 0; i < 2000 && !HasFailure(); ++i) {
+    // Pattern of address 00 hh ll, chip 0: value byte k is the address's byte k % 3 and 17 * k.
+    const int high = i >> 8;
+    const int low = i & 0xFF;
+    const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
+    ExpectAnswer(Send(*processor, 0, ReadRegister(0, 0, high, low)), 0x00,
+                 {0, 0, 0, 0, 0, 0, byte(low), byte(high ^ 0x11), 0x22, byte(low ^ 0x33), byte(high ^ 0x44), 0x55,
+                  byte(low ^ 0x66), byte(high ^ 0x77)});
+  }
+  EXPECT_TRUE(notices_.empty());
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

@@ -1,0 +1,8 @@
+// A library with the LAN module's entry, but of another version.
+#include "host/bmc/lan/lanmodule.h"
+
+extern "C" __attribute__((visibility("default"))) const VelLanModule* VelhostLanModule(void);
+const VelLanModule* VelhostLanModule(void) {
+  static constexpr VelLanModule kOther = {VELHOST_LAN_INTERFACE + 1, nullptr, nullptr, nullptr};
+  return &kOther;
+}

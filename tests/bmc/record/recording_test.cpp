@@ -1,0 +1,243 @@
+#include "host/bmc/record/recording.h"
+
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "host/bmc/sim/simulatedserver.h"
+#include "tests/support/bmclanguage.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+using std::chrono::microseconds;
+
+/// Keeps what is written; fails from a chosen write on.
+class TMemorySink : public ITextSink {
+ public:
+  void Write(std::string_view part) override {
+    if (writes_++ >= failFrom) throw THostError(EExitStatus::kWriteFailed, "the disk is full");
+    text += part;
+  }
+  std::string text;
+  int failFrom = 1000;
+
+ private:
+  int writes_ = 0;
+};
+
+TRecordingHeader Header() { return {"6203", "2026-01-31T12:34:56+01:00", 60, {1, true, true, true, 2}}; }
+
+const std::string kHeaderLine =
+    R"({"format":"velhost-recording","version":1,"machine_type":"6203","started":"2026-01-31T12:34:56+01:00",)"
+    R"("utc_offset_minutes":60,"discovery":{"bmc_nodes":1,"ipmi_driver":true,"dot_command":true,"sp_comm":true,)"
+    R"("service_processors":2}})"
+    "\n";
+
+class Recording : public testing::Test {
+ protected:
+  /// What was written behind the first line.
+  std::string Lines() const { return sink_.text.substr(kHeaderLine.size()); }
+
+  TMemorySink sink_;
+  TRecorder recorder_{sink_, Header()};
+};
+
+TEST_F(Recording, BeginsWithWhatIsKnownOfTheServer) { EXPECT_EQ(sink_.text, kHeaderLine); }
+
+TEST_F(Recording, EscapesAMachineTypeOfAnyBytes) {
+  TMemorySink sink;
+  const TRecorder recorder(sink, {"6\"2\n\xFF", "", -210, {}});
+  EXPECT_EQ(sink.text, R"({"format":"velhost-recording","version":1,"machine_type":"6\"2\n)"
+                       "\xEF\xBF\xBD"
+                       R"(","started":"","utc_offset_minutes":-210,"discovery":{"bmc_nodes":0,"ipmi_driver":false,)"
+                       R"("dot_command":false,"sp_comm":false,"service_processors":0}})"
+                       "\n");
+}
+
+TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
+  const wire::TCommandBuffer request = ReadRegister(7, 0xAB, 0xCD, 0x00);
+  wire::TCommandBuffer response = request;
+  response[4] = 0x00;
+  response[5] = 0x0E;
+  for (std::size_t i = 9; i < 23; ++i) response[i] = static_cast<std::uint8_t>(i);
+  recorder_.OnIpmi({0, true, request, true, response, 23, microseconds(812)});
+  EXPECT_EQ(Lines(),
+            R"({"kind":"ipmi","node":0,"request":"01 20 3a 00 62 04 00 00 00 07 ab cd","ok":true,)"
+            R"("response":"01 20 3a 00 00 0e 00 00 00 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16","length":23,"us":812})"
+            "\n");
+}
+
+TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
+  const wire::TCommandBuffer request = ReadTimestamp();
+  recorder_.OnIpmi({3, true, request, false, request, 256, microseconds(0)});
+  recorder_.OnIpmi({-1, true, wire::TCommandBuffer(), false, wire::TCommandBuffer(), 256, microseconds(1)});
+  recorder_.OnDot({1, true, BlockCommand(4096), false, {}, 0, microseconds(7)});
+  EXPECT_EQ(Lines(),
+            R"({"kind":"ipmi","node":3,"request":"01 20 3a 00 6f","ok":false,"us":0})"
+            "\n"
+            R"({"kind":"ipmi","node":-1,"request":"","ok":false,"us":1})"
+            "\n"
+            R"({"kind":"dot","sp":1,"command":2,"identifier":"0e 06","parameters":"00 00 00 10","ok":false,"us":7})"
+            "\n");
+}
+
+TEST_F(Recording, HoldsADotCommandWithItsWholeBlock) {
+  const TBytes block = {0x00, 0xFF, 0x00};
+  recorder_.OnDot({0, true, BlockCommand(4096), true, block, 3, microseconds(90312)});
+  recorder_.OnDot({0, true, BlockCommand(4096), true, {}, 0, microseconds(1)});
+  EXPECT_EQ(Lines(), R"({"kind":"dot","sp":0,"command":2,"identifier":"0e 06","parameters":"00 00 00 10","ok":true,)"
+                     R"("response":"00 ff 00","length":3,"us":90312})"
+                     "\n"
+                     R"({"kind":"dot","sp":0,"command":2,"identifier":"0e 06","parameters":"00 00 00 10","ok":true,)"
+                     R"("response":"","length":0,"us":1})"
+                     "\n");
+}
+
+TEST_F(Recording, HoldsEachReadingOfTheClock) {
+  const TServerFile server = ServerFrom("machine_type = \"4411\"\nlocal_time = 2026-01-31T12:34:56.000789-03:30");
+  TSimulatedEnvironment simulated(server);
+  TRecordingEnvironment environment(simulated, recorder_);
+  EXPECT_EQ(environment.MachineType(), "4411");
+  EXPECT_EQ(environment.LocalTime().ToString(), "20260131123456.000789-210");
+  EXPECT_EQ(Lines(), "{\"kind\":\"clock\",\"local_time\":\"2026-01-31T12:34:56.000789-03:30\"}\n");
+}
+
+TEST_F(Recording, EndsWithTheFirstWriteThatFails) {
+  sink_.failFrom = 2;
+  for (int i = 0; i < 3; ++i) recorder_.OnDot({0, true, BlockCommand(1), false, {}, 0, microseconds(i)});
+  EXPECT_THAT(Lines(), testing::EndsWith("\"us\":0}\n"));
+  ASSERT_TRUE(recorder_.Failure());
+  EXPECT_EQ(recorder_.Failure()->Status(), EExitStatus::kWriteFailed);
+  EXPECT_STREQ(recorder_.Failure()->what(), "the disk is full");
+}
+
+TEST_F(Recording, IsWholeUnlessAWriteFailed) {
+  recorder_.OnDot({0, true, BlockCommand(1), false, {}, 0, microseconds(0)});
+  EXPECT_FALSE(recorder_.Failure());
+}
+
+TEST(RecordingStart, PassesItsFailureOn) {
+  TMemorySink sink;
+  sink.failFrom = 0;
+  EXPECT_EQ(MessageOf([&] { TRecorder(sink, Header()); }, EExitStatus::kWriteFailed), "the disk is full");
+}
+
+TEST(Discovery, AsksTheServiceProcessor) {
+  TSimulatedServer server(ServerFrom(
+      "machine_type = \"\"\n[dot]\nservice_processor = [{ block = \"\" }, { block = \"\" }]\n[[bmc_node]]\n"));
+  const TDiscovery found = Discover(server);
+  EXPECT_EQ(found.bmcNodes, 1);
+  EXPECT_TRUE(found.ipmiDriver);
+  EXPECT_TRUE(found.dotCommand);
+  EXPECT_TRUE(found.spComm);
+  EXPECT_EQ(found.serviceProcessors, 2);
+}
+
+class RecordingFile : public testing::Test {
+ protected:
+  RecordingFile() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "recording-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~RecordingFile() override { std::filesystem::remove_all(folder_); }
+
+  std::string Path() const { return folder_ + "/r.jsonl"; }
+  std::string Content() const {
+    std::ostringstream content;
+    content << std::ifstream(Path(), std::ios::binary).rdbuf();
+    return content.str();
+  }
+
+ private:
+  std::string folder_;
+};
+
+TEST_F(RecordingFile, ReplacesWhatWasThere) {
+  std::ofstream(Path()) << "something longer than the recording";
+  TRecordingFile file(Path());
+  file.Write("a\n");
+  file.Write("b\n");
+  EXPECT_EQ(Content(), "a\nb\n");
+}
+
+TEST_F(RecordingFile, SaysThatItCannotBeCreated) {
+  const std::string path = Path() + "/no";
+  EXPECT_EQ(MessageOf([&] { TRecordingFile{path}; }, EExitStatus::kCannotCreate),
+            "cannot create " + path + ": No such file or directory");
+}
+
+TEST_F(RecordingFile, SaysThatItCannotBeWritten) {
+  TRecordingFile full("/dev/full");
+  EXPECT_EQ(MessageOf([&] { full.Write("a\n"); }, EExitStatus::kWriteFailed),
+            "cannot write to /dev/full: No space left on device");
+}
+
+TEST_F(RecordingFile, LosesNoMoreThanTheEndOfItsLastLineWhenItsProcessIsKilled) {
+  const pid_t child = fork();
+  if (child == 0) {
+    TRecordingFile file(Path());
+    const std::string line = std::string(997, 'x') + "y\n";
+    for (;;) file.Write(line);
+  }
+  std::error_code none;
+  while (!(std::filesystem::file_size(Path(), none) > 100'000) || none) usleep(100);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  // The kernel may end a write between two pages: what is behind the last whole line is its beginning.
+  std::ifstream file(Path(), std::ios::binary);
+  std::string content((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  EXPECT_GT(content.size(), 100'000U);
+  const std::string line = std::string(997, 'x') + "y\n";
+  while (content.size() >= line.size()) {
+    ASSERT_EQ(content.compare(0, line.size(), line), 0);
+    content.erase(0, line.size());
+  }
+  EXPECT_EQ(line.compare(0, content.size(), content), 0);
+}
+
+class UtcOffset : public testing::TestWithParam<int> {
+ protected:
+  void TearDown() override {
+    if (before_.empty()) {
+      unsetenv("TZ");
+    } else {
+      setenv("TZ", before_.c_str(), 1);
+    }
+    tzset();
+  }
+
+ private:
+  std::string before_ = getenv("TZ") == nullptr ? "" : getenv("TZ");
+};
+
+TEST_P(UtcOffset, IsThatOfTheProcessOnceApplied) {
+  ApplyUtcOffset(GetParam());
+  EXPECT_EQ(timezone, -60L * GetParam());
+  EXPECT_EQ(daylight, 0);
+  EXPECT_EQ(ProcessUtcOffsetMinutes(), GetParam());
+  std::time_t moment = 1'000'000'000;
+  tm local = {};
+  localtime_r(&moment, &local);
+  EXPECT_EQ(local.tm_gmtoff, 60L * GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Minutes, UtcOffset, testing::Values(0, 60, -300, 345, -210, 840, -720, 1439, -1439, 1, -1));
+
+TEST(UtcOffsetSign, IsPositiveEastOfGreenwich) {
+  setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
+  EXPECT_EQ(ProcessUtcOffsetMinutes(), -300);
+  setenv("TZ", "CET-1CEST", 1);
+  EXPECT_EQ(ProcessUtcOffsetMinutes(), 60);
+  unsetenv("TZ");
+  tzset();
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

@@ -1,0 +1,158 @@
+// Data files are taken from the server file's folder and below, whatever links there are.
+#include "host/bmc/sim/datafolder.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/bmclanguage.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class TTree {
+ public:
+  TTree() {
+    std::string name = testing::TempDir() + "datafolder-XXXXXX";
+    root_ = mkdtemp(name.data());
+    fs::create_directories(root_ / "servers/sub");
+    Write("outside", "secret");
+    Write("servers/in", "abc");
+    Write("servers/sub/below", "def");
+  }
+  ~TTree() { fs::remove_all(root_); }
+  void Write(const std::string& name, const std::string& content) const { std::ofstream(root_ / name) << content; }
+  void Link(const std::string& name, const fs::path& target) const { fs::create_symlink(target, root_ / name); }
+  std::string Path(const std::string& name) const { return (root_ / name).string(); }
+
+ private:
+  fs::path root_;
+};
+
+class DataFolder : public testing::TestWithParam<TDataFolder::EWay> {
+ protected:
+  TBytes Read(const std::string& name) { return AllOf(folder_.Open(name, 6)); }
+  std::string Refusal(const std::string& name, EExitStatus status = EExitStatus::kBadData) {
+    return MessageOf([&] { folder_.Open(name, 6); }, status);
+  }
+  static constexpr const char* kExpected = ", expected a file in the server file's folder or below";
+
+  TTree tree_;
+  TDataFolder folder_{tree_.Path("servers/s.toml"), GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, DataFolder, testing::Values(TDataFolder::EWay::kKernel, TDataFolder::EWay::kStepByStep));
+
+TEST_P(DataFolder, HasItsFilesAndThoseBelow) {
+  EXPECT_EQ(Read("in"), (TBytes{'a', 'b', 'c'}));
+  EXPECT_EQ(Read("./in"), (TBytes{'a', 'b', 'c'}));
+  EXPECT_EQ(Read("sub/below"), (TBytes{'d', 'e', 'f'}));
+  EXPECT_EQ(Read("sub//below"), (TBytes{'d', 'e', 'f'}));
+}
+
+TEST_P(DataFolder, FollowsNoLinkOut) {
+  const bool kernel = GetParam() == TDataFolder::EWay::kKernel;
+  const std::string out = kernel ? ", which a symbolic link leads out of the folder" : ", which is a symbolic link";
+  const std::string through = kernel ? out : ", which goes through a symbolic link";
+  tree_.Link("servers/absolute", tree_.Path("outside"));
+  EXPECT_EQ(Refusal("absolute"), "found \"absolute\"" + out + kExpected);
+  tree_.Link("servers/relative", "../outside");
+  EXPECT_EQ(Refusal("relative"), "found \"relative\"" + out + kExpected);
+  tree_.Link("servers/chain", "relative");
+  EXPECT_EQ(Refusal("chain"), "found \"chain\"" + out + kExpected);
+  tree_.Link("servers/up", "..");
+  EXPECT_EQ(Refusal("up/outside"), "found \"up/outside\"" + through + kExpected);
+  tree_.Link("servers/folder", tree_.Path("servers"));
+  EXPECT_EQ(Refusal("folder/in"), "found \"folder/in\"" + through + kExpected);
+}
+
+TEST_P(DataFolder, RefusesWhatIsNotARegularFile) {
+  ASSERT_EQ(mkfifo(tree_.Path("servers/pipe").c_str(), 0600), 0);
+  EXPECT_EQ(Refusal("pipe", EExitStatus::kNoInput),
+            "cannot read " + tree_.Path("servers/pipe") + ": not a regular file");
+  EXPECT_EQ(Refusal("sub", EExitStatus::kNoInput), "cannot read " + tree_.Path("servers/sub") + ": not a regular file");
+}
+
+TEST_P(DataFolder, NamesWhatIsMissing) {
+  EXPECT_EQ(Refusal("none", EExitStatus::kNoInput),
+            "cannot open " + tree_.Path("servers/none") + ": No such file or directory");
+  EXPECT_EQ(Refusal("none/in", EExitStatus::kNoInput),
+            "cannot open " + tree_.Path("servers/none/in") + ": No such file or directory");
+  EXPECT_EQ(Refusal("in/in", EExitStatus::kNoInput),
+            "cannot open " + tree_.Path("servers/in/in") + ": Not a directory");
+}
+
+TEST_P(DataFolder, LimitsTheSize) {
+  tree_.Write("servers/six", "123456");
+  EXPECT_EQ(Read("six").size(), 6U);
+  tree_.Write("servers/seven", "1234567");
+  EXPECT_EQ(Refusal("seven"), tree_.Path("servers/seven") + " is larger than the limit of 6 bytes");
+}
+
+TEST(DataFolderOfTheKernel, FollowsLinksThatStayInIt) {
+  const TTree tree;
+  tree.Link("servers/near", "sub/below");
+  TDataFolder folder(tree.Path("servers/s.toml"));
+  EXPECT_EQ(AllOf(folder.Open("near", 3)), (TBytes{'d', 'e', 'f'}));
+}
+
+TEST(DataFolderStepByStep, FollowsNoLinkAtAll) {
+  const TTree tree;
+  tree.Link("servers/near", "sub/below");
+  TDataFolder folder(tree.Path("servers/s.toml"), TDataFolder::EWay::kStepByStep);
+  EXPECT_THROW(folder.Open("near", 3), THostError);
+}
+
+TEST(DataFolderOfAPipe, IsNone) {
+  const TTree tree;
+  ASSERT_EQ(mkfifo(tree.Path("servers/s.toml").c_str(), 0600), 0);
+  TDataFolder folder(tree.Path("servers/s.toml"));
+  EXPECT_EQ(
+      MessageOf([&] { folder.Open("in", 3); }),
+      "found a data file, but the server file comes from a pipe, which has no folder; expected a server file that "
+      "is a file, or the bytes themselves");
+}
+
+TEST(ServerFileOnDisk, IsRefusedAtThePlaceOfALinkOut) {
+  const TTree tree;
+  tree.Link("servers/leak", "../outside");
+  tree.Write("servers/s.toml", "machine_type = \"\"\n[[dot.service_processor]]\nblock_file = \"leak\"\n");
+  TFileReader reader;
+  const std::string path = tree.Path("servers/s.toml");
+  EXPECT_EQ(MessageOf([&] { ReadServerFile(path, reader); }),
+            path +
+                ":3:14: error: found \"leak\", which a symbolic link leads out of the folder, expected a file in the "
+                "server file's folder or below\n"
+                "  block_file = \"leak\"\n"
+                "               ^\n");
+}
+
+TEST(StoredBytes, OfAFileAreReadWhereTheyAreAskedFor) {
+  const TTree tree;
+  std::string content;
+  for (int i = 0; i < 40000; ++i) content += static_cast<char>(i % 251);
+  tree.Write("servers/large", content);
+  TDataFolder folder(tree.Path("servers/s.toml"));
+  const TStoredBytes bytes = folder.Open("large", 40000);
+  EXPECT_EQ(bytes.Size(), 40000U);
+  EXPECT_EQ(bytes.Read(16380, 10), (TBytes{65, 66, 67, 68, 69, 70, 71, 72, 73, 74}));  // 16380 = 65 * 251 + 65
+  EXPECT_EQ(bytes.Read(39998, 10), (TBytes{89, 90}));                                  // 39998 = 159 * 251 + 89
+  EXPECT_EQ(bytes.Read(0, 3), (TBytes{0, 1, 2}));
+  EXPECT_EQ(bytes.Read(40000, 1), TBytes{});
+  EXPECT_EQ(AllOf(bytes), TBytes(content.begin(), content.end()));
+}
+
+TEST(StoredBytes, OfAFileThatWasShortenedEndEarly) {
+  const TTree tree;
+  TDataFolder folder(tree.Path("servers/s.toml"));
+  const TStoredBytes bytes = folder.Open("in", 3);
+  tree.Write("servers/in", "a");
+  EXPECT_EQ(bytes.Read(0, 3), (TBytes{'a'}));
+  EXPECT_EQ(bytes.Read(2, 1), TBytes{});
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

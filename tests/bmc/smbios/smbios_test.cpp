@@ -1,0 +1,133 @@
+#include "host/bmc/smbios/smbios.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/bmc/smbios/smbiostable.h"
+
+namespace NKROVEL20 {
+namespace {
+
+TEST(SmbiosTable, GivesTheProductNameByItsStringNumber) {
+  TSmbiosTable table;
+  table.Add(0, {1, 2}, {"Maker", "1.0"}).Add(1, {1, 2, 3}, {"Maker", "Server -[6203AC1]-", "v"}).Add(127, {});
+  const TSmbiosFacts facts = ParseSmbiosTable(table.Bytes());
+  EXPECT_EQ(facts.productName, "Server -[6203AC1]-");
+  EXPECT_FALSE(facts.declaresIpmiDevice);
+  EXPECT_EQ(facts.defect, "");
+}
+
+TEST(SmbiosTable, TakesBytesAsTheyStand) {
+  // Type 1, length 6, handle 1; manufacturer string 0, product name string 1; "A1", end.
+  const std::vector<std::uint8_t> bytes = {0x01, 0x06, 0x01, 0x00, 0x00, 0x01, 0x41, 0x31, 0x00,
+                                           0x00, 0x26, 0x05, 0x02, 0x00, 0x01, 0x00, 0x00};
+  const TSmbiosFacts facts = ParseSmbiosTable(bytes);
+  EXPECT_EQ(facts.productName, "A1");
+  EXPECT_TRUE(facts.declaresIpmiDevice);
+  EXPECT_EQ(facts.defect, "");
+}
+
+TEST(SmbiosTable, FirstSystemStructureWins) {
+  TSmbiosTable table;
+  table.Add(1, {0, 1}, {"first"}).Add(1, {0, 1}, {"second"});
+  EXPECT_EQ(ParseSmbiosTable(table.Bytes()).productName, "first");
+}
+
+TEST(SmbiosTable, NothingCountsBehindTheEndOfTable) {
+  TSmbiosTable table;
+  table.Add(127, {}).Add(1, {0, 1}, {"late"}).Add(38, {1});
+  const TSmbiosFacts facts = ParseSmbiosTable(table.Bytes());
+  EXPECT_EQ(facts.productName, "");
+  EXPECT_FALSE(facts.declaresIpmiDevice);
+}
+
+TEST(SmbiosTable, MissingStringGivesAnEmptyName) {
+  for (const std::uint8_t number : std::vector<std::uint8_t>{0, 2, 3, 255}) {
+    TSmbiosTable table;
+    table.Add(1, {0, number}, {"only"});
+    EXPECT_EQ(ParseSmbiosTable(table.Bytes()).productName, "") << int{number};
+  }
+  TSmbiosTable shortStructure;
+  shortStructure.Add(1, {1}, {"only"});
+  EXPECT_EQ(ParseSmbiosTable(shortStructure.Bytes()).productName, "");
+}
+
+TEST(SmbiosTable, EmptyTableHasNoFactsAndNoDefect) {
+  const TSmbiosFacts facts = ParseSmbiosTable({});
+  EXPECT_EQ(facts.productName, "");
+  EXPECT_EQ(facts.defect, "");
+}
+
+TEST(SmbiosTable, EveryTruncationKeepsWhatIsWhole) {
+  TSmbiosTable table;
+  table.Add(38, {1}).Add(1, {0, 1}, {"Server 6203"});
+  // 38: 5 + 2 bytes; 1: 6 + 11 + 2 bytes.
+  ASSERT_EQ(table.Bytes().size(), 26U);
+  for (std::size_t size = 0; size < 26; ++size) {
+    // A copy of its own size, so that a sanitizer sees a read past its end.
+    const std::vector<std::uint8_t> cut(table.Bytes().begin(), table.Bytes().begin() + static_cast<long>(size));
+    const TSmbiosFacts facts = ParseSmbiosTable(cut);
+    EXPECT_EQ(facts.declaresIpmiDevice, size >= 7) << size;
+    EXPECT_EQ(facts.productName, "") << size;
+    EXPECT_EQ(facts.defect.empty(), size == 0 || size == 7) << size;
+  }
+  EXPECT_EQ(ParseSmbiosTable(table.Bytes()).productName, "Server 6203");
+}
+
+TEST(SmbiosTable, NamesTheDefectAndItsPlace) {
+  TSmbiosTable good;
+  good.Add(38, {1});
+  const auto defectBehind = [&good](const std::vector<std::uint8_t>& bytes) {
+    return ParseSmbiosTable(TSmbiosTable(good).AddRaw(bytes).Bytes()).defect;
+  };
+  EXPECT_EQ(defectBehind({1, 3}), "at offset 0x7: a structure header needs 4 bytes, and the table ends before");
+  EXPECT_EQ(defectBehind({1, 3, 0, 0, 0, 0}),
+            "at offset 0x7: the structure's length is less than its header's 4 bytes");
+  EXPECT_EQ(defectBehind({1, 7, 0, 0, 0, 0}),
+            "at offset 0x7: the structure's length reaches beyond the end of the table");
+  EXPECT_EQ(defectBehind({1, 6, 0, 0, 0, 1, 'A', 0}), "at offset 0x7: the structure's strings have no end");
+}
+
+TEST(SmbiosEntryPoint, GivesTheTableSizeOfBothForms) {
+  std::vector<std::uint8_t> entry32(31);
+  std::copy_n("_SM_", 4, entry32.begin());
+  entry32[0x16] = 0x34;
+  entry32[0x17] = 0x12;
+  EXPECT_EQ(SmbiosTableSize(entry32), 0x1234U);
+  std::vector<std::uint8_t> entry64(24);
+  std::copy_n("_SM3_", 5, entry64.begin());
+  entry64[0x0C] = 0x78;
+  entry64[0x0D] = 0x56;
+  entry64[0x0E] = 0x34;
+  entry64[0x0F] = 0x12;
+  EXPECT_EQ(SmbiosTableSize(entry64), 0x12345678U);
+}
+
+TEST(SmbiosEntryPoint, AnythingElseGivesNoSize) {
+  EXPECT_EQ(SmbiosTableSize({}), std::nullopt);
+  for (const std::string anchor : {"_SM_", "_SM3_", "_DMI_"}) {
+    for (std::size_t size = 0; size < 16; ++size) {
+      std::vector<std::uint8_t> entry(anchor.begin(), anchor.end());
+      entry.resize(size);
+      EXPECT_EQ(SmbiosTableSize(entry), std::nullopt) << anchor << size;
+    }
+  }
+}
+
+TEST(MachineType, IsTheFirstRunOfExactlyFourDigits) {
+  EXPECT_EQ(MachineTypeOf("Server M1 -[6203AC1]-"), "6203");
+  EXPECT_EQ(MachineTypeOf("6101"), "6101");
+  EXPECT_EQ(MachineTypeOf("4411 and 6203"), "4411");
+  EXPECT_EQ(MachineTypeOf("Server 62035 -[6203AC1]-"), "6203");
+  EXPECT_EQ(MachineTypeOf("Server 620 6203"), "6203");
+}
+
+TEST(MachineType, IsEmptyWithoutSuchARun) {
+  EXPECT_EQ(MachineTypeOf(""), "");
+  EXPECT_EQ(MachineTypeOf("Server"), "");
+  EXPECT_EQ(MachineTypeOf("62 03"), "");
+  EXPECT_EQ(MachineTypeOf("62030"), "");
+  EXPECT_EQ(MachineTypeOf("\xD9\xA6\xD9\xA2\xD9\xA0\xD9\xA3"), "");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

@@ -1,0 +1,79 @@
+#include "host/bmc/smbios/systemsmbios.h"
+
+#include <gtest/gtest.h>
+
+#include "host/base/hosterror.h"
+#include "tests/bmc/smbios/smbiostable.h"
+
+namespace NKROVEL20 {
+namespace {
+
+const std::string kTable = "/r/firmware/dmi/tables/DMI";
+const std::string kEntryPoint = "/r/firmware/dmi/tables/smbios_entry_point";
+const std::string kProductNameFile = "/r/class/dmi/id/product_name";
+
+/// Serves texts, but refuses the table itself, as the kernel does for everyone but root.
+class TDeniedTable : public TMemoryReader {
+ public:
+  std::string Read(const std::string& path, std::size_t limit) override {
+    if (path == kTable) throw THostError(EExitStatus::kNoPermission, "cannot open " + path);
+    return TMemoryReader::Read(path, limit);
+  }
+};
+
+TSmbiosTable Server() {
+  TSmbiosTable table;
+  table.Add(1, {0, 1}, {"Server -[6203AC1]-"}).Add(38, {1});
+  return table;
+}
+
+TEST(SystemSmbios, ReadsTheTable) {
+  TMemoryReader reader;
+  reader.Add(kTable, Server().Text());
+  const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kRead);
+  EXPECT_EQ(smbios.machineType, "6203");
+  EXPECT_TRUE(smbios.facts.declaresIpmiDevice);
+}
+
+TEST(SystemSmbios, ReadsNoFurtherThanTheEntryPointSays) {
+  TMemoryReader reader;
+  reader.Add(kTable, Server().Text());
+  std::string entryPoint(31, '\0');
+  entryPoint.replace(0, 4, "_SM_");
+  entryPoint[0x16] = 26;  // the first structure: 6 bytes, 18 characters, 2 NULs
+  reader.Add(kEntryPoint, entryPoint);
+  const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kRead);
+  EXPECT_EQ(smbios.machineType, "6203");
+  EXPECT_FALSE(smbios.facts.declaresIpmiDevice);
+}
+
+TEST(SystemSmbios, MalformedTableKeepsWhatStandsBeforeTheDefect) {
+  TMemoryReader reader;
+  reader.Add(kTable, Server().AddRaw({1, 1}).Text());
+  const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kMalformed);
+  EXPECT_EQ(smbios.machineType, "6203");
+  EXPECT_TRUE(smbios.facts.declaresIpmiDevice);
+}
+
+TEST(SystemSmbios, NoTableIsAbsent) {
+  TMemoryReader reader;
+  const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kAbsent);
+  EXPECT_EQ(smbios.machineType, "");
+}
+
+TEST(SystemSmbios, DeniedTableLeavesThePublicProductName) {
+  TDeniedTable reader;
+  reader.Add(kProductNameFile, "Server -[6203AC1]-\n");
+  const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
+  EXPECT_EQ(smbios.status, ESmbiosStatus::kDenied);
+  EXPECT_EQ(smbios.facts.productName, "Server -[6203AC1]-");
+  EXPECT_EQ(smbios.machineType, "6203");
+  EXPECT_FALSE(smbios.facts.declaresIpmiDevice);
+}
+
+}  // namespace
+}  // namespace NKROVEL20

@@ -1,0 +1,256 @@
+// The library's operations as a plugin calls them, over a simulated server or a double.
+#include "nkrovel20/splibrary.h"
+
+#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/sim/simulatedserver.h"
+#include "tests/support/bmclanguage.h"
+
+namespace NKROVEL20::Testing {
+namespace {
+
+class Library : public testing::Test {
+ protected:
+  Library()
+      : server_(ServerFrom(R"(
+machine_type = "6203"
+[dot]
+service_processor = [{ block = "01 02 03 04" }]
+[[bmc_node]]
+timestamp = "12 34 56 78"
+[[bmc_node]]
+timestamp = "9a bc de f0"
+)")) {
+    TServiceProcessorHub::Install(&server_, nullptr);
+  }
+  ~Library() override { TServiceProcessorHub::Install(nullptr, nullptr); }
+
+  static SPLibrary& Node(int node) { return *SPLibrary::GetSplibraryInstance(node); }
+
+  /// Sends the timestamp read in a buffer of `capacity` bytes that is followed by guard bytes.
+  bool AskTimestamp(int capacity, int node = 0) {
+    const wire::TCommandBuffer request = ReadTimestamp();
+    buffer_ = TBytes(request.Data(), request.Data() + wire::TCommandBuffer::kSize);
+    buffer_.resize(static_cast<std::size_t>(std::max(capacity, 0)), 0xEE);
+    buffer_.resize(buffer_.size() + 4, 0xEE);
+    length_ = kUntouched;
+    return Node(node).sendIPMICommand(buffer_.data(), &length_, capacity, true);
+  }
+
+  TBytes buffer_;
+  int length_ = kUntouched;
+  TSimulatedServer server_;
+};
+
+TEST_F(Library, CarriesOutAnIpmiExchange) {
+  ASSERT_TRUE(AskTimestamp(256));
+  EXPECT_EQ(length_, 13);
+  TBytes expected(260, 0);
+  const TBytes head = {0x01, 0x20, 0x3A, 0x00, 0x00, 0x04, 0, 0, 0, 0x12, 0x34, 0x56, 0x78};
+  std::copy(head.begin(), head.end(), expected.begin());
+  std::fill(expected.end() - 4, expected.end(), 0xEE);
+  EXPECT_EQ(buffer_, expected);
+}
+
+TEST_F(Library, KeepsOneHandleForEachNode) {
+  EXPECT_EQ(&Node(1), &Node(1));
+  EXPECT_NE(&Node(0), &Node(1));
+  ASSERT_TRUE(AskTimestamp(256, 1));
+  EXPECT_EQ(buffer_[9], 0x9A);
+}
+
+TEST_F(Library, FailsForANodeThatDoesNotExist) {
+  for (const int node : {2, -1, 1000000}) {
+    EXPECT_FALSE(AskTimestamp(256, node));
+    EXPECT_EQ(length_, kUntouched);
+    EXPECT_EQ(buffer_[4], 0x6F);
+  }
+}
+
+TEST_F(Library, MakesNoExchangeInABufferTooSmallForARequest) {
+  for (const int capacity : {8, 1, 0, -1, -2147483647 - 1}) {
+    EXPECT_FALSE(AskTimestamp(capacity)) << capacity;
+    EXPECT_EQ(length_, kUntouched);
+  }
+}
+
+TEST_F(Library, CutsAnAnswerToASmallBuffer) {
+  for (int capacity = 9; capacity <= 13; ++capacity) {
+    ASSERT_TRUE(AskTimestamp(capacity)) << capacity;
+    EXPECT_EQ(length_, capacity);
+    EXPECT_EQ(buffer_[5], capacity - 9);
+    const TBytes guard(buffer_.end() - 4, buffer_.end());
+    EXPECT_EQ(guard, TBytes(4, 0xEE));
+  }
+}
+
+TEST_F(Library, LeavesWhatLiesBehindTheCommandBufferAlone) {
+  ASSERT_TRUE(AskTimestamp(300));
+  EXPECT_EQ(buffer_[255], 0x00);
+  EXPECT_EQ(TBytes(buffer_.begin() + 256, buffer_.end()), TBytes(48, 0xEE));
+}
+
+TEST_F(Library, RefusesNullPointers) {
+  std::array<unsigned char, 256> buffer{};
+  int length = kUntouched;
+  dotCmd command = BlockCommand(4096);
+  EXPECT_FALSE(Node(0).sendIPMICommand(nullptr, &length, 256, true));
+  EXPECT_FALSE(Node(0).sendIPMICommand(buffer.data(), nullptr, 256, true));
+  EXPECT_FALSE(Node(0).sendDotCommand(nullptr, buffer.data(), &length, 0, 256));
+  EXPECT_FALSE(Node(0).sendDotCommand(&command, nullptr, &length, 0, 256));
+  EXPECT_FALSE(Node(0).sendDotCommand(&command, buffer.data(), nullptr, 0, 256));
+  EXPECT_FALSE(Node(0).sendDotCommand(&command, buffer.data(), &length, 0, -1));
+  EXPECT_EQ(length, kUntouched);
+}
+
+TEST_F(Library, CarriesOutADotCommand) {
+  TBytes buffer(6, 0xEE);
+  int length = kUntouched;
+  dotCmd command = BlockCommand(4096);
+  ASSERT_TRUE(Node(0).sendDotCommand(&command, buffer.data(), &length, 0, 6));
+  EXPECT_EQ(length, 4);
+  EXPECT_EQ(buffer, (TBytes{1, 2, 3, 4, 0xEE, 0xEE}));
+  ASSERT_TRUE(Node(0).sendDotCommand(&command, buffer.data(), &length, 0, 0));
+  EXPECT_EQ(length, 0);
+  EXPECT_FALSE(Node(0).sendDotCommand(&command, buffer.data(), &length, 1, 6));
+}
+
+TEST_F(Library, TellsWhatWasDiscovered) {
+  SPLibrary library;
+  EXPECT_EQ(library.GetNumberBMCNode(), 2);
+  EXPECT_TRUE(library.IsIPMIDriversPresent());
+  EXPECT_TRUE(library.checkSPComm());
+  EXPECT_TRUE(library.isDotcommand());
+  EXPECT_EQ(library.discoverSPs(), 1);
+}
+
+TEST_F(Library, HasNothingWithoutAServiceProcessor) {
+  TServiceProcessorHub::Install(nullptr, nullptr);
+  SPLibrary library;
+  EXPECT_EQ(library.GetNumberBMCNode(), 0);
+  EXPECT_FALSE(library.IsIPMIDriversPresent());
+  EXPECT_FALSE(library.checkSPComm());
+  EXPECT_FALSE(library.isDotcommand());
+  EXPECT_EQ(library.discoverSPs(), 0);
+  EXPECT_FALSE(AskTimestamp(256));
+  dotCmd command = BlockCommand(4096);
+  EXPECT_FALSE(library.sendDotCommand(&command, buffer_.data(), &length_, 0, 4));
+}
+
+TEST_F(Library, PassesTheStopSignalOn) {
+  TStopSignal stop;
+  TServiceProcessorHub::Install(&server_, &stop);
+  EXPECT_TRUE(AskTimestamp(256));
+  stop.RequestStop();
+  EXPECT_FALSE(AskTimestamp(256));
+  EXPECT_EQ(length_, kUntouched);
+}
+
+TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
+  wire::TCommandBuffer request = ReadTimestamp();
+  request[5] = 0xFF;
+  ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
+}
+
+class TNotes : public IExchangeObserver {
+ public:
+  void OnIpmi(const TIpmiExchange& exchange) override {
+    text += "ipmi " + std::to_string(exchange.node) + (exchange.answered ? " yes " : " no ") +
+            std::to_string(exchange.request[4]) + " " + std::to_string(exchange.response[4]) + " " +
+            std::to_string(exchange.length) + "\n";
+  }
+  void OnDot(const TDotExchange& exchange) override {
+    text += "dot " + std::to_string(exchange.serviceProcessor) + (exchange.answered ? " yes " : " no ") +
+            std::to_string(exchange.response.size()) + " " + std::to_string(exchange.length) + "\n";
+  }
+  std::string text;
+};
+
+TEST_F(Library, TellsObserversOfEachExchange) {
+  TNotes notes;
+  TSupervisedServiceProcessor supervised(server_);
+  supervised.AddObserver(notes);
+  Send(supervised, 1, ReadTimestamp());
+  Send(supervised, 2, ReadTimestamp());
+  SendDot(supervised, 0, BlockCommand(4096), 6);
+  SendDot(supervised, 1, BlockCommand(4096), 6);
+  EXPECT_EQ(notes.text,
+            "ipmi 1 yes 111 0 13\n"
+            "ipmi 2 no 111 111 -77\n"
+            "dot 0 yes 4 4\n"
+            "dot 1 no 0 -77\n");
+}
+
+/// Counts what reaches it, and answers although the run is stopped.
+class TDeafProcessor : public TSimulatedServer {
+ public:
+  TDeafProcessor() : TSimulatedServer(ServerFrom("machine_type = \"\"")) {}
+  bool SendIpmi(int, wire::TCommandBuffer&, int&, const TStopSignal&) override { return ++reached > 0; }
+  bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return ++reached > 0; }
+  int reached = 0;
+};
+
+TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
+  TDeafProcessor deaf;
+  TNotes notes;
+  TSupervisedServiceProcessor supervised(deaf);
+  supervised.AddObserver(notes);
+  TStopSignal stop;
+  stop.RequestStop();
+  ExpectNoAnswer(Send(supervised, 0, ReadTimestamp(), stop));
+  ExpectNoAnswer(SendDot(supervised, 0, BlockCommand(4096), 6, stop));
+  EXPECT_EQ(deaf.reached, 0);
+  EXPECT_EQ(notes.text, "ipmi 0 no 111 111 -77\ndot 0 no 0 -77\n");
+}
+
+TEST(DotCommand, KeepsCopiesAndTakesNothingFromNullOrNegativeLengths) {
+  TBytes bytes = {1, 2, 3};
+  const dotCmd command(0x02, 2, 3, bytes.data(), bytes.data());
+  bytes.assign(3, 9);
+  EXPECT_EQ(command.GetIdentifier(), (TBytes{1, 2}));
+  EXPECT_EQ(command.GetParameters(), (TBytes{1, 2, 3}));
+  const dotCmd empty(0x02, -1, 3, bytes.data(), nullptr);
+  EXPECT_TRUE(empty.GetIdentifier().empty());
+  EXPECT_TRUE(empty.GetParameters().empty());
+}
+
+TEST(ExchangeKind, IsReadFromTheRequest) {
+  EXPECT_EQ(KindOfRequest(ReadRegister(0, 0, 0, 0)), EExchangeKind::kRegister);
+  EXPECT_EQ(KindOfRequest(ReadTimestamp()), EExchangeKind::kTimestamp);
+  EXPECT_EQ(KindOfRequest(OpenArea("x")), EExchangeKind::kOpen);
+  EXPECT_EQ(KindOfRequest(QuerySize("x")), EExchangeKind::kSize);
+  EXPECT_EQ(KindOfRequest(ReadArea(1, 0, 10)), EExchangeKind::kRead);
+  EXPECT_EQ(KindOfRequest(CloseArea(1)), EExchangeKind::kClose);
+  EXPECT_EQ(KindOfRequest(Request(0x3A, 0x90, {})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOfRequest(Request(0x2E, 0x62, {0x39, 0x30, 0x00, 0x01})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOfRequest(Request(0x2E, 0x90, {0x39, 0x31, 0x00, 0x01})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOfRequest(Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x03})), EExchangeKind::kOther);
+  EXPECT_STREQ(NameOfKind(EExchangeKind::kRegister), "register");
+  EXPECT_STREQ(NameOfKind(EExchangeKind::kDot), "dot");
+  EXPECT_STREQ(NameOfKind(EExchangeKind::kOther), "other");
+}
+
+TEST(StopSignal, IsStoppedByRequestOrDeadlineForGood) {
+  TStopSignal requested;
+  EXPECT_FALSE(requested.IsStopped());
+  EXPECT_FALSE(requested.TimeLeft());
+  EXPECT_TRUE(requested.WaitFor(std::chrono::milliseconds(1)));
+  requested.RequestStop();
+  requested.RequestStop();
+  EXPECT_TRUE(requested.IsStopped());
+  EXPECT_TRUE(requested.WasRequested());
+  EXPECT_FALSE(requested.WaitFor(std::chrono::milliseconds(0)));
+  TStopSignal late;
+  late.SetDeadline(TStopSignal::TClock::now() - std::chrono::seconds(1));
+  EXPECT_TRUE(late.IsStopped());
+  EXPECT_FALSE(late.WasRequested());
+  EXPECT_EQ(late.TimeLeft(), std::chrono::milliseconds(0));
+}
+
+TEST(StopSignal, EndsTheLongestWaitAtItsDeadline) {
+  TStopSignal stop;
+  stop.SetDeadline(TStopSignal::TClock::now() + std::chrono::milliseconds(10));
+  EXPECT_FALSE(stop.WaitFor(std::chrono::milliseconds::max()));
+}
+
+}  // namespace
+}  // namespace NKROVEL20::Testing

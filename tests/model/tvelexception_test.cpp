@@ -1,0 +1,70 @@
+#include "nkrovel20/tvelexception.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <thread>
+
+#include "host/model/failuredetail.h"
+
+namespace NKROVEL20 {
+namespace {
+
+TEST(TVELStatusCode, EachNumberHasItsText) {
+  EXPECT_EQ(TVELStatusCode(1).TranslateStatusCode(), "The operation failed (status 1).");
+  EXPECT_EQ(TVELStatusCode(4).TranslateStatusCode(), "Invalid parameter (status 4).");
+  EXPECT_EQ(TVELStatusCode(5).TranslateStatusCode(), "Invalid class (status 5).");
+  EXPECT_EQ(TVELStatusCode(12).TranslateStatusCode(), "No such property (status 12).");
+  EXPECT_EQ(TVELStatusCode(13).TranslateStatusCode(), "Type mismatch (status 13).");
+  EXPECT_EQ(TVELStatusCode(21).TranslateStatusCode(), "No valid timestamp header (status 21).");
+}
+
+TEST(TVELStatusCode, OtherNumbersSpeakForThemselves) {
+  EXPECT_EQ(TVELStatusCode(0).TranslateStatusCode(), "Status 0.");
+  EXPECT_EQ(TVELStatusCode(22).TranslateStatusCode(), "Status 22.");
+  EXPECT_EQ(TVELStatusCode(-1).TranslateStatusCode(), "Status -1.");
+  EXPECT_EQ(TVELStatusCode(std::numeric_limits<std::int32_t>::min()).TranslateStatusCode(), "Status -2147483648.");
+}
+
+TEST(TVELException, CarriesANumberAndItsText) {
+  try {
+    throw TVELException(21);
+  } catch (const std::exception& exception) {
+    EXPECT_STREQ(exception.what(), "No valid timestamp header (status 21).");
+    const auto* const failure = dynamic_cast<const TVELException*>(&exception);
+    ASSERT_NE(failure, nullptr);
+    EXPECT_EQ(failure->GetStatusCode().GetCode(), 21);
+  }
+}
+
+TEST(TVELException, CopiesKeepTheirOwnText) {
+  TVELException copy(1);
+  {
+    const TVELException original(TVELStatusCode(4711));
+    copy = original;
+  }
+  EXPECT_STREQ(copy.what(), "Status 4711.");
+  EXPECT_EQ(copy.GetStatusCode().GetCode(), 4711);
+}
+
+TEST(FailureDetail, IsNotedBesideTheException) {
+  try {
+    ThrowHostFailure(12, "class A declares no property \"b\"");
+  } catch (const TVELException& exception) {
+    EXPECT_EQ(exception.GetStatusCode().GetCode(), 12);
+  }
+  EXPECT_EQ(LastFailureDetail(), "class A declares no property \"b\"");
+  ClearFailureDetail();
+  EXPECT_EQ(LastFailureDetail(), "");
+}
+
+TEST(FailureDetail, BelongsToItsThread) {
+  EXPECT_THROW(ThrowHostFailure(1, "here"), TVELException);
+  std::string elsewhere = "not run";
+  std::thread([&elsewhere] { elsewhere = LastFailureDetail(); }).join();
+  EXPECT_EQ(elsewhere, "");
+  EXPECT_EQ(LastFailureDetail(), "here");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

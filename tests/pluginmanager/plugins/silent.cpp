@@ -1,6 +1,0 @@
-// Loads and never registers.
-#include "tests/pluginmanager/plugins/testplugin.h"
-
-namespace {
-const testplugin::TUnloadMark mark("silent");
-}

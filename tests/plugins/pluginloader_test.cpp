@@ -1,0 +1,162 @@
+// Loading against a double of the operating system's loader.
+#include "host/plugins/pluginloader.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+
+#include "host/model/hostservices.h"
+#include "tests/model/expectfailure.h"
+#include "tests/plugins/plugins/testplugin.h"
+
+namespace NKROVEL20 {
+namespace {
+
+using testplugin::Register;
+using testplugin::TTestPlugin;
+
+// A library whose initialiser is a function of the test. Its path must exist: this test's own file.
+class TScriptedLoader : public ILibraryLoader {
+ public:
+  using TInitialiser = std::function<void()>;
+
+  explicit TScriptedLoader(TInitialiser initialiser) : initialiser_(std::move(initialiser)) {}
+  ~TScriptedLoader() override { EXPECT_EQ(open_, 0) << "a library is still open"; }
+
+  void Refuse(const std::string& reason) { reason_ = reason; }
+  int Open() const { return open_; }
+
+  void* Open(const std::string&, std::string& error) override {
+    initialiser_();
+    error = reason_;
+    if (!reason_.empty()) return nullptr;
+    ++open_;
+    return this;
+  }
+  void Close(void* library) override {
+    EXPECT_EQ(library, this);
+    --open_;
+  }
+
+ private:
+  TInitialiser initialiser_;
+  std::string reason_;
+  int open_ = 0;
+};
+
+const std::string kFile = "/proc/self/exe";
+
+TEST(PluginLoader, GivesTheRegisteredPlugin) {
+  TScriptedLoader library([] { Register(new TTestPlugin("good")); });
+  TPluginLoader loader(library);
+  const auto plugin = loader.Load(kFile);
+  EXPECT_EQ(plugin->Callbacks().GetName(), "good");
+  EXPECT_EQ(plugin->Path(), kFile);
+  EXPECT_EQ(plugin->Query(), nullptr);
+  EXPECT_EQ(library.Open(), 1);
+}
+
+TEST(PluginLoader, RefusesALibraryThatRegistersNothing) {
+  TScriptedLoader library([] {});
+  TPluginLoader loader(library);
+  ExpectHostError(EExitStatus::kNoInput,
+                  "plugin /proc/self/exe cannot be used: it registered no plugin object while it was being loaded",
+                  [&] { loader.Load(kFile); });
+  EXPECT_EQ(library.Open(), 0);
+}
+
+TEST(PluginLoader, RefusesALibraryThatRegistersANullObject) {
+  TScriptedLoader library([] { Register(nullptr); });
+  TPluginLoader loader(library);
+  ExpectHostError(EExitStatus::kNoInput, "plugin /proc/self/exe cannot be used: it registered a null plugin object",
+                  [&] { loader.Load(kFile); });
+  EXPECT_EQ(library.Open(), 0);
+}
+
+TEST(PluginLoader, RefusesANullObjectBesideAGoodOne) {
+  TScriptedLoader library([] {
+    Register(nullptr);
+    Register(new TTestPlugin("good"));
+  });
+  TPluginLoader loader(library);
+  ExpectHostError(EExitStatus::kNoInput, "plugin /proc/self/exe cannot be used: it registered a null plugin object",
+                  [&] { loader.Load(kFile); });
+}
+
+TEST(PluginLoader, AFileThatIsMissingIsNeverOpened) {
+  TScriptedLoader library([] { ADD_FAILURE() << "opened"; });
+  TPluginLoader loader(library);
+  ExpectHostError(EExitStatus::kNoInput, "cannot open plugin /nonexistent/a.so: No such file or directory",
+                  [&] { loader.Load("/nonexistent/a.so"); });
+}
+
+TEST(PluginLoader, WhatTheSystemsLoaderSaysIsPassedOn) {
+  TScriptedLoader library([] {});
+  library.Refuse("undefined symbol: frobnicate");
+  TPluginLoader loader(library);
+  ExpectHostError(EExitStatus::kNoInput,
+                  "plugin /proc/self/exe is not a library that can be loaded: undefined symbol: frobnicate",
+                  [&] { loader.Load(kFile); });
+}
+
+TEST(PluginLoader, AfterAFailureNothingRegistersUntilTheNextLoading) {
+  TTestPlugin stray("stray");
+  TScriptedLoader library([] {});
+  library.Refuse("no");
+  TPluginLoader loader(library);
+  EXPECT_THROW(loader.Load(kFile), THostError);
+  EXPECT_EQ(Register(&stray), nullptr);
+  EXPECT_THROW(loader.Load("/nonexistent/a.so"), THostError);
+  EXPECT_EQ(Register(&stray), nullptr);
+}
+
+TEST(PluginLoader, ARegistrationOutsideOfLoadingDoesNotSpoilTheNextOne) {
+  TTestPlugin stray("stray");
+  TScriptedLoader library([] { Register(new TTestPlugin("good")); });
+  TPluginLoader loader(library);
+  EXPECT_EQ(Register(&stray), nullptr);
+  EXPECT_EQ(loader.Load(kFile)->Callbacks().GetName(), "good");
+}
+
+TEST(PluginLoader, ThePluginManagerGoesWithTheLoader) {
+  TScriptedLoader library([] {});
+  {
+    TPluginLoader loader(library);
+    EXPECT_TRUE(TRootObject::GetPluginManager());
+  }
+  EXPECT_FALSE(TRootObject::GetPluginManager());
+}
+
+std::string FatalMessage(const TScriptedLoader::TInitialiser& initialiser) {
+  TScriptedLoader library(initialiser);
+  TPluginLoader loader(library);
+  loader.SetFatalHandler([](const std::string& message) { throw message; });
+  try {
+    loader.Load(kFile);
+  } catch (const std::string& message) {
+    return message;
+  }
+  return "returned";
+}
+
+TEST(PluginLoader, AnInitialiserThatThrowsIsFatal) {
+  EXPECT_EQ(FatalMessage([] { throw std::runtime_error("out of licences"); }),
+            "plugin /proc/self/exe threw while it was being loaded: out of licences");
+  EXPECT_EQ(FatalMessage([] { throw 5; }),
+            "plugin /proc/self/exe threw while it was being loaded: an exception of unknown type");
+}
+
+TEST(PluginLoaderDeathTest, TheDefaultHandlerPrintsAndLeavesWithStatus70) {
+  EXPECT_EXIT(
+      {
+        TScriptedLoader library([] { throw std::runtime_error("out of licences"); });
+        TPluginLoader loader(library);
+        loader.Load(kFile);
+      },
+      testing::ExitedWithCode(70),
+      "^velhost: plugin /proc/self/exe threw while it was being loaded: out of licences\n$");
+}
+
+}  // namespace
+}  // namespace NKROVEL20

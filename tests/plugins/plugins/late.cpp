@@ -1,0 +1,14 @@
+// Registers one plugin object while it is loaded, and tries another when it is initialised.
+#include "tests/plugins/plugins/testplugin.h"
+
+namespace {
+
+class TLatePlugin : public testplugin::TTestPlugin {
+ public:
+  TLatePlugin() : TTestPlugin("late") {}
+  void Init() override { testplugin::Say(testplugin::Register(this) == nullptr ? "late refused" : "late taken"); }
+};
+
+[[maybe_unused]] const auto* const handle = testplugin::Register(new TLatePlugin());
+
+}  // namespace

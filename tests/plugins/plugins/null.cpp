@@ -1,0 +1,7 @@
+// Registers no object.
+#include "tests/plugins/plugins/testplugin.h"
+
+namespace {
+const testplugin::TUnloadMark mark("null");
+[[maybe_unused]] const auto* const handle = testplugin::Register(nullptr);
+}  // namespace

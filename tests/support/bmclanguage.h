@@ -1,0 +1,162 @@
+// The words that these tests speak in: requests as bytes, exchanges, answers.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
+#include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/sim/serverfile.h"
+
+namespace NKROVEL20::Testing {
+
+using TBytes = std::vector<std::uint8_t>;
+
+inline TBytes operator+(TBytes left, const TBytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+/// The buffer of a request: network function, command, and its data, whose number goes to byte 5.
+inline wire::TCommandBuffer Request(int networkFunction, int command, const TBytes& data) {
+  wire::TCommandBuffer buffer;
+  buffer[0] = 0x01;
+  buffer[1] = 0x20;
+  buffer[2] = static_cast<std::uint8_t>(networkFunction);
+  buffer[4] = static_cast<std::uint8_t>(command);
+  buffer[5] = static_cast<std::uint8_t>(data.size());
+  for (std::size_t i = 0; i < data.size(); ++i) buffer[9 + i] = data[i];
+  return buffer;
+}
+
+inline wire::TCommandBuffer ReadRegister(int chip, int high, int middle, int low) {
+  return Request(0x3A, 0x62,
+                 {static_cast<std::uint8_t>(chip), static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(middle),
+                  static_cast<std::uint8_t>(low)});
+}
+inline wire::TCommandBuffer ReadTimestamp() { return Request(0x3A, 0x6F, {}); }
+inline wire::TCommandBuffer OpenArea(const std::string& name) {
+  return Request(0x2E, 0x90,
+                 TBytes{0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0} + TBytes(name.begin(), name.end()));
+}
+inline wire::TCommandBuffer QuerySize(const std::string& name) {
+  return Request(0x2E, 0x90, TBytes{0x39, 0x30, 0x00, 0x06} + TBytes(name.begin(), name.end()));
+}
+/// Handle and offset by their lowest bytes, the count by both of its.
+inline wire::TCommandBuffer ReadArea(int handle, int offset, int count, int countHigh = 0) {
+  const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
+  return Request(0x2E, 0x90,
+                 {0x39, 0x30, 0x00, 0x02, byte(handle), 0, 0, 0, byte(offset), 0, 0, 0, byte(count), byte(countHigh)});
+}
+inline wire::TCommandBuffer CloseArea(int handle) {
+  return Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x05, static_cast<std::uint8_t>(handle), 0, 0, 0});
+}
+
+/// One exchange and what came of it.
+struct TIpmiOutcome {
+  bool answered = false;
+  wire::TCommandBuffer before;
+  wire::TCommandBuffer after;
+  int length = 0;
+};
+
+inline constexpr int kUntouched = -77;
+
+inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request,
+                         const TStopSignal& stop) {
+  TIpmiOutcome outcome = {false, request, request, kUntouched};
+  outcome.answered = processor.SendIpmi(node, outcome.after, outcome.length, stop);
+  return outcome;
+}
+inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request) {
+  const TStopSignal never;
+  return Send(processor, node, request, never);
+}
+
+/// The answer's completion code and data, with everything around them as every answer has it.
+inline void ExpectAnswer(const TIpmiOutcome& outcome, int completionCode, const TBytes& data) {
+  ASSERT_TRUE(outcome.answered);
+  wire::TCommandBuffer expected = outcome.before;
+  expected[4] = static_cast<std::uint8_t>(completionCode);
+  expected[5] = static_cast<std::uint8_t>(data.size());
+  for (std::size_t i = 9; i < wire::TCommandBuffer::kSize; ++i) expected[i] = i - 9 < data.size() ? data[i - 9] : 0;
+  const auto bytes = [](const wire::TCommandBuffer& buffer) {
+    return TBytes(buffer.Data(), buffer.Data() + wire::TCommandBuffer::kSize);
+  };
+  EXPECT_EQ(bytes(outcome.after), bytes(expected));
+  EXPECT_EQ(outcome.length, 9 + static_cast<int>(data.size()));
+}
+
+inline void ExpectNoAnswer(const TIpmiOutcome& outcome) {
+  EXPECT_FALSE(outcome.answered);
+  EXPECT_EQ(outcome.after, outcome.before);
+  EXPECT_EQ(outcome.length, kUntouched);
+}
+
+/// A dot command and what came of it; the caller's buffer is full of 0xEE before.
+struct TDotOutcome {
+  bool answered = false;
+  TBytes buffer;
+  int length = kUntouched;
+  TBytes Block() const { return {buffer.begin(), buffer.begin() + length}; }
+};
+
+inline dotCmd BlockCommand(int size) {
+  const TBytes identifier = {0x0E, 0x06};
+  const TBytes parameters = {0x00, 0x00, static_cast<std::uint8_t>(size & 0xFF), static_cast<std::uint8_t>(size >> 8)};
+  return dotCmd(0x02, 2, 4, identifier.data(), parameters.data());
+}
+
+inline TDotOutcome SendDot(IServiceProcessor& processor, int serviceProcessor, const dotCmd& command,
+                           std::size_t bufferSize, const TStopSignal& stop) {
+  TDotOutcome outcome = {false, TBytes(bufferSize, 0xEE), kUntouched};
+  outcome.answered = processor.SendDot(serviceProcessor, command, outcome.buffer, outcome.length, stop);
+  return outcome;
+}
+inline TDotOutcome SendDot(IServiceProcessor& processor, int serviceProcessor, const dotCmd& command,
+                           std::size_t bufferSize) {
+  const TStopSignal never;
+  return SendDot(processor, serviceProcessor, command, bufferSize, never);
+}
+
+inline void ExpectNoAnswer(const TDotOutcome& outcome) {
+  EXPECT_FALSE(outcome.answered);
+  EXPECT_EQ(outcome.buffer, TBytes(outcome.buffer.size(), 0xEE));
+  EXPECT_EQ(outcome.length, kUntouched);
+}
+
+inline TServerFile ReadFrom(const std::string& path, ISourceReader& reader) {
+  TReaderFolder folder(path, reader);
+  return ReadServerFile(path, reader, folder);
+}
+
+inline TStoredBytes Stored(const std::string& text) { return TBytes(text.begin(), text.end()); }
+inline TBytes AllOf(const TStoredBytes& bytes) { return bytes.Read(0, bytes.Size()); }
+
+/// A server from the text of its file, called "server.toml".
+inline TServerFile ServerFrom(const std::string& text) {
+  TMemoryReader reader;
+  reader.Add("server.toml", text);
+  return ReadFrom("server.toml", reader);
+}
+
+/// The message of the THostError that `action` throws; its status has to be `status`.
+template <typename TAction>
+std::string MessageOf(TAction action, EExitStatus status = EExitStatus::kBadData) {
+  try {
+    action();
+  } catch (const THostError& error) {
+    EXPECT_EQ(error.Status(), status);
+    return error.what();
+  }
+  ADD_FAILURE() << "nothing was thrown";
+  return {};
+}
+
+}  // namespace NKROVEL20::Testing
