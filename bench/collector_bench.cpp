@@ -16,6 +16,7 @@
 #include "wire/storagearea.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

@@ -17,9 +17,9 @@
 namespace bench {
 
 using NKROVEL20::TCIMValue;
-using NKROVEL20::TNamespace;
-using NKROVEL20::TPropertyDefinition;
-using NKROVEL20::TQualifierDefinition;
+using velhost::TNamespace;
+using velhost::TPropertyDefinition;
+using velhost::TQualifierDefinition;
 
 class TDroppingPluginManager : public NKROVEL20::TPluginManagerNamespace {
  public:
@@ -42,16 +42,15 @@ class TDroppingLogger : public NKROVEL20::ILogger {
 /// the trace counted and dropped.
 class THost {
  public:
-  explicit THost(NKROVEL20::IServiceProcessor& serviceProcessor) {
-    NKROVEL20::THostServices::SetPluginManager(
-        boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TDroppingPluginManager()));
-    NKROVEL20::THostServices::SetCoreLogger(&logger);
-    NKROVEL20::TServiceProcessorHub::Install(&serviceProcessor, nullptr);
+  explicit THost(velhost::IServiceProcessor& serviceProcessor) {
+    velhost::THostServices::SetPluginManager(boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TDroppingPluginManager()));
+    velhost::THostServices::SetCoreLogger(&logger);
+    velhost::TServiceProcessorHub::Install(&serviceProcessor, nullptr);
   }
   ~THost() {
-    NKROVEL20::TServiceProcessorHub::Install(nullptr, nullptr);
-    NKROVEL20::THostServices::SetCoreLogger(nullptr);
-    NKROVEL20::THostServices::SetPluginManager({});
+    velhost::TServiceProcessorHub::Install(nullptr, nullptr);
+    velhost::THostServices::SetCoreLogger(nullptr);
+    velhost::THostServices::SetPluginManager({});
   }
   THost(const THost&) = delete;
   THost& operator=(const THost&) = delete;
@@ -89,14 +88,14 @@ inline boost::shared_ptr<TNamespace> MakeSchema() {
   using TType = TCIMValue::TCIMType;
   const auto schema = TNamespace::Create();
   schema->SetMachineType("6203");
-  NKROVEL20::TClassDefinition top;
+  velhost::TClassDefinition top;
   top.name = "CIM_Top";
   top.properties = {Scalar("InstanceID", TType::kString), Scalar("ElementName", TType::kString),
                     Scalar("MachineType", TType::kString), Scalar("StatisticTime", TType::kDateTime)};
   schema->AddClass(top);
   for (const char* base :
        {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-    NKROVEL20::TClassDefinition definition;
+    velhost::TClassDefinition definition;
     definition.name = base;
     definition.superClass = "CIM_Top";
     schema->AddClass(definition);
@@ -108,7 +107,7 @@ inline constexpr const char* kR8Class = "KROSG_VO_PCIIOBRIDGE_StatisticData";
 inline constexpr const char* kJfrClass = "KROSG_X_PCIIOBRIDGE_StatisticData";
 
 inline void AddR8Class(TNamespace& schema, int registers, int instances) {
-  NKROVEL20::TClassDefinition definition;
+  velhost::TClassDefinition definition;
   definition.name = kR8Class;
   definition.superClass = "CIM_Top";
   definition.qualifiers = ClassQualifiers(instances);
@@ -119,7 +118,7 @@ inline void AddR8Class(TNamespace& schema, int registers, int instances) {
 }
 
 inline void AddJfrClass(TNamespace& schema, int registers) {
-  NKROVEL20::TClassDefinition definition;
+  velhost::TClassDefinition definition;
   definition.name = kJfrClass;
   definition.superClass = "KROSG_PCIIOBRIDGE_StatisticData";
   definition.qualifiers = ClassQualifiers(1);
@@ -130,7 +129,7 @@ inline void AddJfrClass(TNamespace& schema, int registers) {
 }
 
 inline void AddCaptureClass(TNamespace& schema) {
-  NKROVEL20::TClassDefinition definition;
+  velhost::TClassDefinition definition;
   definition.name = "KROSG_DCAPFile";
   for (const char* name :
        {"FileName", "ErrRawData", "SourceNode", "CreationClassName", "LogCreationClassName", "LogName", "RecordID"}) {

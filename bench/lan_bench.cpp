@@ -18,6 +18,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 constexpr int kFirstAddress = 0x1000;
 constexpr int kStride = 8;

@@ -18,6 +18,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 constexpr int kClasses = 1600;
 constexpr int kRounds = 9;

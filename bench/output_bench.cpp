@@ -20,6 +20,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using TType = TCIMValue::TCIMType;
 using TInstances = std::vector<boost::shared_ptr<TInstance>>;
 

@@ -16,6 +16,7 @@
 #include "host/output/writers.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

@@ -28,7 +28,7 @@ extern "C" {
 BMCSIM_EXPORT int ipmi_sim_module_print_version(sys_data_t* system, char* options);
 BMCSIM_EXPORT int ipmi_sim_module_init(sys_data_t* system, char* options);
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -92,7 +92,7 @@ std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
 
 }  // namespace
 
-}  // namespace NKROVEL20
+}  // namespace velhost
 
 int ipmi_sim_module_print_version(sys_data_t* /*system*/, char* /*options*/) {
   std::puts("velbmcsim");
@@ -101,10 +101,10 @@ int ipmi_sim_module_print_version(sys_data_t* /*system*/, char* /*options*/) {
 
 int ipmi_sim_module_init(sys_data_t* /*system*/, char* options) {
   // Lives until ipmi_sim ends, since its handlers do.
-  static NKROVEL20::TServedNode* node = nullptr;
+  static velhost::TServedNode* node = nullptr;
   try {
-    node = NKROVEL20::NodeOf(options != nullptr ? options : "").release();
-    return NKROVEL20::Register(*node);
+    node = velhost::NodeOf(options != nullptr ? options : "").release();
+    return velhost::Register(*node);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "velbmcsim: %s\n", error.what());
     return EINVAL;

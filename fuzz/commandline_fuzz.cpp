@@ -10,6 +10,7 @@
 #include "tests/support/require.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 using testsupport::Require;
 
 namespace {

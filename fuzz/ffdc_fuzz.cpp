@@ -13,6 +13,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 // Sizes keep their sign but stay below 1 MiB: what costs time is the sanitizer's book-keeping of

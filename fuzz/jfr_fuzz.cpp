@@ -8,6 +8,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 const char* const kBase = "KROSG_MEMCTL_StatisticData";

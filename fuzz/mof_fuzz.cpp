@@ -7,6 +7,7 @@
 #include "tests/support/require.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 using testsupport::Require;
 
 using TTexts = std::map<std::string, std::string>;

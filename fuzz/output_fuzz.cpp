@@ -5,6 +5,7 @@
 #include "tests/support/outputreading.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 static constexpr const char* kSchema =

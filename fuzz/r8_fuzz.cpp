@@ -8,6 +8,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 // Machine type, number of instances, and the declarations of both registers are the input's too.

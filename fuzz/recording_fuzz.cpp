@@ -10,6 +10,7 @@
 #include "wire/registerread.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

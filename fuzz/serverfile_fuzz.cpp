@@ -10,6 +10,7 @@
 #include "wire/registerblock.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "host/bmc/smbios/smbios.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace NKROVEL20;
+  using namespace velhost;
   const TSmbiosFacts facts = ParseSmbiosTable({data, size});
   const std::string machineType = MachineTypeOf(facts.productName);
   if (!machineType.empty() && machineType.size() != 4) std::abort();

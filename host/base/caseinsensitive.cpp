@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -25,4 +25,4 @@ const TNameHashKey& NameHashKey() noexcept {
   return key;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

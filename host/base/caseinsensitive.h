@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 constexpr char FoldCase(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
@@ -34,7 +34,7 @@ struct TNameHashKey {
   std::uint64_t start;
   std::uint64_t factor;
 };
-NKROVEL20_API const TNameHashKey& NameHashKey() noexcept;
+VELHOST_API const TNameHashKey& NameHashKey() noexcept;
 
 /// Hash and equality for unordered containers keyed by CIM names.
 struct TNameHash {
@@ -73,4 +73,4 @@ struct TNameEqual {
   bool operator()(std::string_view a, std::string_view b) const noexcept { return EqualNames(a, b); }
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

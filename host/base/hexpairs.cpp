@@ -1,6 +1,6 @@
 #include "host/base/hexpairs.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -47,4 +47,4 @@ std::string FormatHexPairs(std::span<const std::uint8_t> bytes) {
   return text;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct THexPairs {
   std::vector<std::uint8_t> bytes;
@@ -19,9 +19,9 @@ struct THexPairs {
 };
 
 /// Reads pairs of digits of either case. White space may stand between pairs, never within one.
-NKROVEL20_API THexPairs ParseHexPairs(std::string_view text);
+VELHOST_API THexPairs ParseHexPairs(std::string_view text);
 
 /// "01 20 3a": lower case, one blank between pairs.
-NKROVEL20_API std::string FormatHexPairs(std::span<const std::uint8_t> bytes);
+VELHOST_API std::string FormatHexPairs(std::span<const std::uint8_t> bytes);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,9 +1,9 @@
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 THostError::THostError(EExitStatus status, const std::string& message) : std::runtime_error(message), status_(status) {}
 
 THostError::~THostError() = default;
 
-}  // namespace NKROVEL20
+}  // namespace velhost

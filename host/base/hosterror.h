@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Exit statuses of velhost; from 64 on those of sysexits.h.
 enum class EExitStatus : int {
@@ -24,7 +24,7 @@ enum class EExitStatus : int {
 
 /// Ends the command with the status. The message says what happened, where, and what to do next;
 /// it has no trailing newline and no program name, and may have several lines.
-class NKROVEL20_API THostError : public std::runtime_error {
+class VELHOST_API THostError : public std::runtime_error {
  public:
   THostError(EExitStatus status, const std::string& message);
   THostError(const THostError&) = default;
@@ -36,4 +36,4 @@ class NKROVEL20_API THostError : public std::runtime_error {
   EExitStatus status_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

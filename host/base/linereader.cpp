@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -37,4 +37,4 @@ std::optional<TLineReader::TLine> TLineReader::Next() {
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,12 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "host/base/api.h"
 #include "host/base/storedbytes.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API TLineReader {
+class VELHOST_API TLineReader {
  public:
   /// Of a line longer than `longest` bytes the first `longest` + 1 come as a whole one.
   TLineReader(TStoredBytes text, std::size_t longest) : text_(std::move(text)), longest_(longest) {}
@@ -33,4 +33,4 @@ class NKROVEL20_API TLineReader {
   std::size_t start_ = 0;  // of what was not given out, in the buffer
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -81,4 +81,4 @@ std::string_view NearestName(std::string_view name, std::span<const std::string_
   return nearest.empty() ? OnlyContinuation(name, candidates) : nearest;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -23,4 +23,4 @@ std::string Quoted(std::string_view text) {
   return quoted + (size < text.size() ? "...\"" : "\"");
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

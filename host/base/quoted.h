@@ -4,9 +4,11 @@
 #include <string>
 #include <string_view>
 
-namespace NKROVEL20 {
+#include "host/base/api.h"
+
+namespace velhost {
 
 /// In double quotes, cut when long, a question mark for each control character.
-std::string Quoted(std::string_view text);
+VELHOST_API std::string Quoted(std::string_view text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

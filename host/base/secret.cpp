@@ -6,7 +6,7 @@
 #include <cstring>
 #include <mutex>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -67,4 +67,4 @@ void Wipe(std::string& text) {
   text.clear();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

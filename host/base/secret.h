@@ -5,14 +5,14 @@
 #include <string>
 #include <string_view>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Copies share the one text in memory, which is wiped with the last of them. While there is one in the
 /// process, the process leaves no core dump, and no other process of the same user can read its memory
 /// or its environment (PR_SET_DUMPABLE). Used by any thread.
-class NKROVEL20_API TSecret {
+class VELHOST_API TSecret {
  public:
   TSecret() : TSecret(std::string_view()) {}
   explicit TSecret(std::string_view text);
@@ -27,6 +27,6 @@ class NKROVEL20_API TSecret {
 };
 
 /// Overwrites all that the text has room for, and empties it.
-NKROVEL20_API void Wipe(std::string& text);
+VELHOST_API void Wipe(std::string& text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -14,7 +14,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -154,4 +154,4 @@ bool TMemoryReader::LiesIn(const std::string& folder) {
   return IsBelow((root / path_).lexically_normal().string(), (root / folder / "").lexically_normal().string());
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

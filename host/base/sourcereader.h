@@ -7,14 +7,14 @@
 #include <utility>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/base/hosterror.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The whole input is not to be read, as when the run was stopped (kPartial). Passes through whoever turns other
 /// failures of a read into diagnostics.
-class NKROVEL20_API TEndedReading : public THostError {
+class VELHOST_API TEndedReading : public THostError {
  public:
   using THostError::THostError;
   TEndedReading(const TEndedReading&) = default;
@@ -22,7 +22,7 @@ class NKROVEL20_API TEndedReading : public THostError {
   ~TEndedReading() override;
 };
 
-class NKROVEL20_API ISourceReader {
+class VELHOST_API ISourceReader {
  public:
   virtual ~ISourceReader();
   /// The whole content. An input that cannot be opened or is larger than `limit` bytes throws
@@ -38,7 +38,7 @@ class NKROVEL20_API ISourceReader {
 
 /// Reads files. A folder, a device or a pipe is no input: what a file names, and the user does not, must not make its
 /// reader wait.
-class NKROVEL20_API TFileReader : public ISourceReader {
+class VELHOST_API TFileReader : public ISourceReader {
  public:
   TFileReader() = default;
   /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it. One
@@ -60,7 +60,7 @@ class NKROVEL20_API TFileReader : public ISourceReader {
 };
 
 /// Serves texts from memory. There are no links.
-class NKROVEL20_API TMemoryReader : public ISourceReader {
+class VELHOST_API TMemoryReader : public ISourceReader {
  public:
   void Add(const std::string& path, const std::string& content) { contents_[path] = content; }
   std::string Read(const std::string& path, std::size_t limit) override;
@@ -71,4 +71,4 @@ class NKROVEL20_API TMemoryReader : public ISourceReader {
   std::string path_;  // of the text read last
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TDescriptor::TDescriptor(TDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
 
@@ -124,4 +124,4 @@ TStoredBytes TStoredBytes::OfInput(const std::string& path, std::size_t limit, I
   return std::vector<std::uint8_t>(content.begin(), content.end());
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

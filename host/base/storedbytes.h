@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/base/sourcereader.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Owns a file descriptor; -1 is none.
-class NKROVEL20_API TDescriptor {
+class VELHOST_API TDescriptor {
  public:
   explicit TDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
   TDescriptor(TDescriptor&& other) noexcept;
@@ -29,7 +29,7 @@ class NKROVEL20_API TDescriptor {
 
 /// Copies share the bytes. A file costs a descriptor and, once it is read, a buffer of 16 KiB, whatever
 /// its size. One thread at a time.
-class NKROVEL20_API TStoredBytes {
+class VELHOST_API TStoredBytes {
  public:
   TStoredBytes() = default;
   TStoredBytes(std::vector<std::uint8_t> bytes);  // NOLINT(google-explicit-constructor): bytes are stored as they are
@@ -53,4 +53,4 @@ class NKROVEL20_API TStoredBytes {
   std::shared_ptr<IBytes> bytes_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/base/unsafetext.h"
 #include "host/base/utf8.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -103,4 +103,4 @@ std::string_view LineOf(std::string_view text, std::uint32_t number) {
   return line;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

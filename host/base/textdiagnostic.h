@@ -2,13 +2,20 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "host/model/classdefinition.h"
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
+
+/// A place in a text input. `file` is a display name; line and column count from 1, 0 is unknown.
+struct TSourceLocation {
+  std::string file;
+  std::uint32_t line = 0;
+  std::uint32_t column = 0;
+};
 
 enum class EDiagnosticSeverity { kError, kWarning };
 
@@ -24,15 +31,15 @@ struct TTextDiagnostic {
 
 /// Keeps of the line as much as FormatDiagnostic shows at the column, at most 78 bytes: a text of one line of
 /// megabytes may have thousands of diagnostics.
-NKROVEL20_API void SetSourceLine(TTextDiagnostic& diagnostic, std::string_view line);
+VELHOST_API void SetSourceLine(TTextDiagnostic& diagnostic, std::string_view line);
 
 /// "FILE:LINE:COLUMN: error: MESSAGE\n", then, where the source line is known, the line and a caret
 /// under the column (columns count bytes; a tab shows as one blank). A line that does not fit 80
 /// columns is cut around the column, with "..." on a side that is cut; a line of 0 gives
 /// "FILE: error: MESSAGE\n".
-NKROVEL20_API std::string FormatDiagnostic(const TTextDiagnostic& diagnostic);
+VELHOST_API std::string FormatDiagnostic(const TTextDiagnostic& diagnostic);
 
 /// Line `number` (from 1) of a text, without its end; empty past the last one.
-NKROVEL20_API std::string_view LineOf(std::string_view text, std::uint32_t number);
+VELHOST_API std::string_view LineOf(std::string_view text, std::uint32_t number);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

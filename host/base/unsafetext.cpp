@@ -4,7 +4,7 @@
 
 #include "host/base/utf8.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::string SafeJson(std::string_view document) {
   return safe;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

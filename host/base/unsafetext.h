@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Control characters of both sets (U+0000 to U+001F, U+007F to U+009F), line and paragraph separator,
 /// and the marks that turn the direction of writing (U+061C, U+200E, U+200F, U+202A to U+202E,
@@ -24,13 +24,13 @@ constexpr bool IsUnsafe(char32_t character) {
 
 /// The text as a terminal can show it without harm: unsafe characters become escapes ("\n", "\x1b",
 /// "\u202e"), bytes that are no character U+FFFD. A backslash stays one.
-NKROVEL20_API std::string SafeText(std::string_view text);
+VELHOST_API std::string SafeText(std::string_view text);
 
 /// The same for a text of several lines: newlines and tabs stay as they are.
-NKROVEL20_API std::string SafeLines(std::string_view text);
+VELHOST_API std::string SafeLines(std::string_view text);
 
 /// A JSON document with its unsafe characters beyond ASCII as "\u009b". They occur in strings only, so
 /// that it reads as before; those of ASCII are escaped in any JSON document.
-NKROVEL20_API std::string SafeJson(std::string_view document);
+VELHOST_API std::string SafeJson(std::string_view document);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -104,4 +104,4 @@ int ColumnsOf(char32_t character) {
   return IsIn(kWide, character) ? 2 : 1;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

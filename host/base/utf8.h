@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 inline constexpr std::string_view kReplacementText = "\xEF\xBF\xBD";
@@ -29,12 +29,12 @@ inline std::size_t PrintableAsciiSize(std::string_view text) {
 /// The character that starts at `at`, which must be inside the text. Bytes that are no character
 /// (stray, overlong, cut short, surrogates, above U+10FFFF) are taken as far as they could have
 /// begun one, so that a cut character gives one replacement and not several.
-NKROVEL20_API TCodePoint NextCodePoint(std::string_view text, std::size_t at);
+VELHOST_API TCodePoint NextCodePoint(std::string_view text, std::size_t at);
 
 /// Appends a character; surrogates and numbers that are no character give the replacement.
-NKROVEL20_API void AppendUtf8(std::string& text, char32_t character);
+VELHOST_API void AppendUtf8(std::string& text, char32_t character);
 
 /// Columns that a terminal gives the character: 0 for combining marks, 2 for wide ones, else 1.
-NKROVEL20_API int ColumnsOf(char32_t character);
+VELHOST_API int ColumnsOf(char32_t character);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

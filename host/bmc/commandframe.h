@@ -7,7 +7,7 @@
 
 #include "wire/commandbuffer.h"
 
-namespace NKROVEL20::CommandFrame {
+namespace velhost::CommandFrame {
 
 /// The request's data: as many bytes as byte 5 says, but none from beyond the buffer.
 inline std::span<const std::uint8_t> RequestData(const wire::TCommandBuffer& request) {
@@ -27,4 +27,4 @@ inline void StoreResponse(wire::TCommandBuffer& buffer, int& length, std::uint8_
   length = static_cast<int>(wire::TCommandBuffer::kData + size);
 }
 
-}  // namespace NKROVEL20::CommandFrame
+}  // namespace velhost::CommandFrame

@@ -5,7 +5,7 @@
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 EExchangeKind KindOfRequest(const wire::TCommandBuffer& request) {
   const std::uint8_t networkFunction = request[wire::TCommandBuffer::kNetworkFunction];
@@ -38,4 +38,4 @@ const char* NameOfKind(EExchangeKind kind) {
   return kNames.at(static_cast<std::size_t>(kind));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

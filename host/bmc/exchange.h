@@ -6,19 +6,19 @@
 #include <span>
 #include <string>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 #include "nkrovel20/dotcmd.h"
 #include "wire/commandbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What an exchange is for. The names are those of the server file's `on` and of the failure list.
 enum class EExchangeKind { kRegister, kTimestamp, kOpen, kSize, kRead, kClose, kDot, kOther };
 
 /// Which of the collector's requests stands in the buffer; kOther for any other.
-NKROVEL20_API EExchangeKind KindOfRequest(const wire::TCommandBuffer& request);
+VELHOST_API EExchangeKind KindOfRequest(const wire::TCommandBuffer& request);
 /// "register", "timestamp", "open", "size", "read", "close", "dot", "other".
-NKROVEL20_API const char* NameOfKind(EExchangeKind kind);
+VELHOST_API const char* NameOfKind(EExchangeKind kind);
 
 struct TIpmiExchange {
   int node;
@@ -41,11 +41,11 @@ struct TDotExchange {
 };
 
 /// Called after each exchange, on the thread that made it, in the order of the exchanges.
-class NKROVEL20_API IExchangeObserver {
+class VELHOST_API IExchangeObserver {
  public:
   virtual ~IExchangeObserver();
   virtual void OnIpmi(const TIpmiExchange& exchange) = 0;
   virtual void OnDot(const TDotExchange& exchange) = 0;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

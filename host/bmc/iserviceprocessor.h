@@ -5,14 +5,14 @@
 #include <cstdint>
 #include <span>
 
+#include "host/base/api.h"
 #include "host/bmc/stopsignal.h"
-#include "nkrovel20/api.h"
 #include "nkrovel20/dotcmd.h"
 #include "wire/commandbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API IServiceProcessor {
+class VELHOST_API IServiceProcessor {
  public:
   virtual ~IServiceProcessor();
 
@@ -34,4 +34,4 @@ class NKROVEL20_API IServiceProcessor {
                        const TStopSignal& stop) = 0;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

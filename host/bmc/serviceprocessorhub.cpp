@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -40,4 +40,4 @@ bool TSupervisedServiceProcessor::SendDot(int serviceProcessor, const dotCmd& co
   return answered;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

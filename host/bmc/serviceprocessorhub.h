@@ -1,5 +1,6 @@
 // Connects SPLibrary with a service processor. The host installs one before it loads a plugin.
 #pragma once
+#include "host/base/api.h"
 
 #include <chrono>
 #include <vector>
@@ -7,10 +8,10 @@
 #include "host/bmc/exchange.h"
 #include "host/bmc/iserviceprocessor.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Passes exchanges on, refuses them once the run is stopped, and tells observers of each.
-class NKROVEL20_API TSupervisedServiceProcessor : public IServiceProcessor {
+class VELHOST_API TSupervisedServiceProcessor : public IServiceProcessor {
  public:
   /// `inner` is not owned.
   explicit TSupervisedServiceProcessor(IServiceProcessor& inner) : inner_(inner) {}
@@ -31,11 +32,11 @@ class NKROVEL20_API TSupervisedServiceProcessor : public IServiceProcessor {
   std::vector<IExchangeObserver*> observers_;
 };
 
-class NKROVEL20_API TServiceProcessorHub {
+class VELHOST_API TServiceProcessorHub {
  public:
   /// Neither is owned; null takes the service processor away, and every exchange fails. Without a
   /// stop signal nothing stops.
   static void Install(IServiceProcessor* serviceProcessor, const TStopSignal* stop);
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

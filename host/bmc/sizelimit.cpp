@@ -5,7 +5,7 @@
 #include "host/bmc/exchange.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -60,4 +60,4 @@ bool TSizeLimit::Accept(int node, const wire::TCommandBuffer& request, std::int6
 
 std::vector<std::string> TSizeLimit::TakeRefusals() { return std::exchange(refusals_, {}); }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

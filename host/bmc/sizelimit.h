@@ -1,5 +1,6 @@
 // Keeps a collection's memory bounded, whatever size a storage area reports.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,7 +9,7 @@
 
 #include "host/bmc/iserviceprocessor.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 // The collector makes a buffer of the reported size, then a text of three characters for each byte, which passes
 // through trace, instance and output: 7 to 14 bytes of memory for each byte, by the options. Instances, with three
@@ -19,7 +20,7 @@ inline constexpr std::int64_t kLargestAreasOfRequest = std::int64_t{40} << 20U;
 /// Stands in front of everything that observes exchanges, so that these see the true answer. To the
 /// collector the answer to a size query is lost if the size is over a limit, so that it leaves the area
 /// and goes on. Everything else passes through.
-class NKROVEL20_API TSizeLimit : public IServiceProcessor {
+class VELHOST_API TSizeLimit : public IServiceProcessor {
  public:
   /// `inner` is not owned.
   explicit TSizeLimit(IServiceProcessor& inner) : inner_(inner) {}
@@ -49,4 +50,4 @@ class NKROVEL20_API TSizeLimit : public IServiceProcessor {
   std::vector<std::string> refusals_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

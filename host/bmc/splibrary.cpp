@@ -7,7 +7,7 @@
 #include "host/bmc/serviceprocessorhub.h"
 #include "wire/commandbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -25,6 +25,12 @@ void TServiceProcessorHub::Install(IServiceProcessor* serviceProcessor, const TS
   installed = serviceProcessor;
   installedStop = stop;
 }
+
+}  // namespace velhost
+
+namespace NKROVEL20 {
+
+using namespace velhost;
 
 SPLibrary::SPLibrary() : node_(0) {}
 SPLibrary::SPLibrary(int node) : node_(node) {}

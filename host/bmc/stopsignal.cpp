@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <system_error>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 using std::chrono::milliseconds;
 
@@ -54,4 +54,4 @@ bool TStopSignal::WaitFor(milliseconds duration) const {
   return false;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,12 +5,12 @@
 #include <chrono>
 #include <optional>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Stopped once RequestStop was called or the deadline has passed, and from then on for good.
-class NKROVEL20_API TStopSignal {
+class VELHOST_API TStopSignal {
  public:
   using TClock = std::chrono::steady_clock;
 
@@ -39,4 +39,4 @@ class NKROVEL20_API TStopSignal {
   int descriptor_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 
 #include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -30,18 +30,18 @@ TAssertionFailure::TAssertionFailure(const char* expression, const char* functio
 
 TAssertionFailure::~TAssertionFailure() = default;
 
-}  // namespace NKROVEL20
+}  // namespace velhost
 
 // Boost calls these when a null shared pointer is dereferenced.
 namespace boost {
 
-NKROVEL20_API void assertion_failed(char const* expression, char const* function, char const* file, long line) {
-  throw NKROVEL20::TAssertionFailure(expression, function, file, line);
+VELHOST_API void assertion_failed(char const* expression, char const* function, char const* file, long line) {
+  throw velhost::TAssertionFailure(expression, function, file, line);
 }
 
-NKROVEL20_API void assertion_failed_msg(char const* expression, char const* /*message*/, char const* function,
-                                        char const* file, long line) {
-  throw NKROVEL20::TAssertionFailure(expression, function, file, line);
+VELHOST_API void assertion_failed_msg(char const* expression, char const* /*message*/, char const* function,
+                                      char const* file, long line) {
+  throw velhost::TAssertionFailure(expression, function, file, line);
 }
 
 }  // namespace boost

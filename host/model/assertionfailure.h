@@ -4,13 +4,13 @@
 #include <exception>
 #include <string>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Thrown by boost::assertion_failed. Deliberately no TVELException: collectors handle those, while
 /// a null host object has to leave the request and reach the host.
-class NKROVEL20_API TAssertionFailure : public std::exception {
+class VELHOST_API TAssertionFailure : public std::exception {
  public:
   TAssertionFailure(const char* expression, const char* function, const char* file, long line);
   ~TAssertionFailure() override;
@@ -27,4 +27,4 @@ class NKROVEL20_API TAssertionFailure : public std::exception {
   std::string text_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/model/ciminstance.h"
 #include "host/model/cimnamespace.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TPropertyDecl::TPropertyDecl(TPropertyDefinition definition, const boost::shared_ptr<TCIMClass>& declaringClass,
                              const TPropertyDecl* overridden)
@@ -93,4 +93,4 @@ bool TCIMClass::DescendsFrom(const TCIMClass& ancestor) const {
   return false;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

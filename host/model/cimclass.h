@@ -1,5 +1,6 @@
 // Classes and property declarations of the host's object model.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
@@ -15,14 +16,14 @@
 #include "host/model/qualifier.h"
 #include "nkrovel20/icimobjects.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class TCIMClass;
 class TNamespace;
 
 /// One property as one class sees it: the latest declaration on the way up, with the class that
 /// declared the name first as its origin.
-class NKROVEL20_API TPropertyDecl : public ICIMPropertyDecl {
+class VELHOST_API TPropertyDecl : public ICIMPropertyDecl {
  public:
   /// `overridden` is the superclass's view of the same property, or null for a new one.
   TPropertyDecl(TPropertyDefinition definition, const boost::shared_ptr<TCIMClass>& declaringClass,
@@ -47,7 +48,7 @@ class NKROVEL20_API TPropertyDecl : public ICIMPropertyDecl {
   boost::weak_ptr<TCIMClass> origin_;
 };
 
-class NKROVEL20_API TCIMClass : public ICIMClass, public boost::enable_shared_from_this<TCIMClass> {
+class VELHOST_API TCIMClass : public ICIMClass, public boost::enable_shared_from_this<TCIMClass> {
  public:
   using TPropertyDecls = std::vector<boost::shared_ptr<TPropertyDecl>>;
 
@@ -89,4 +90,4 @@ class NKROVEL20_API TCIMClass : public ICIMClass, public boost::enable_shared_fr
   std::unordered_map<std::string_view, std::size_t, TNameHash, TNameEqual> ownIndex_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -58,4 +58,4 @@ const TCIMValue* TInstance::Find(std::string_view name) const {
   return index < values_.size() && set_[index] ? &values_[index] : nullptr;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,5 +1,6 @@
 // Instances: filled by a plugin, handed to the host at commit.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
@@ -10,9 +11,9 @@
 #include "host/model/cimclass.h"
 #include "nkrovel20/icimobjects.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API TInstance : public ICIMInstance, public boost::enable_shared_from_this<TInstance> {
+class VELHOST_API TInstance : public ICIMInstance, public boost::enable_shared_from_this<TInstance> {
  public:
   /// Use ICIMClass::CreateInstance. The instance keeps its class alive, not its namespace.
   TInstance(boost::shared_ptr<TCIMClass> cimClass, boost::weak_ptr<TNamespace> cimNamespace);
@@ -39,4 +40,4 @@ class NKROVEL20_API TInstance : public ICIMInstance, public boost::enable_shared
   bool committed_ = false;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

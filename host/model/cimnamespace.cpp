@@ -6,7 +6,7 @@
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 boost::shared_ptr<TNamespace> TNamespace::Create() { return boost::shared_ptr<TNamespace>(new TNamespace()); }
 
@@ -54,4 +54,4 @@ void TNamespace::TakeCommitted(const boost::shared_ptr<const TInstance>& instanc
   if (commitCallback_) commitCallback_(instance);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

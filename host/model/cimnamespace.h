@@ -1,5 +1,6 @@
 // The namespace that requests run in: the schema's classes, and the way out for instances.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/function.hpp>
@@ -13,9 +14,9 @@
 #include "host/model/ciminstance.h"
 #include "nkrovel20/icimobjects.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API TNamespace : public ICIMNamespace, public boost::enable_shared_from_this<TNamespace> {
+class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared_from_this<TNamespace> {
  public:
   using TCommitCallback = boost::function<void(const boost::shared_ptr<const TInstance>&)>;
 
@@ -61,4 +62,4 @@ class NKROVEL20_API TNamespace : public ICIMNamespace, public boost::enable_shar
   TCommitCallback commitCallback_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,20 +1,15 @@
 // A class as a schema declares it: plain data between a schema reader and the object model.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "host/base/textdiagnostic.h"
 #include "nkrovel20/tcimvalue.h"
 
-namespace NKROVEL20 {
-
-/// A place in a schema text. `file` is a display name; line and column count from 1, 0 is unknown.
-struct TSourceLocation {
-  std::string file;
-  std::uint32_t line = 0;
-  std::uint32_t column = 0;
-};
+namespace velhost {
 
 struct TQualifierFlavor {
   bool overridable = true;  ///< EnableOverride against DisableOverride
@@ -49,4 +44,4 @@ struct TClassDefinition {
   TSourceLocation location;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 thread_local std::string lastDetail;
@@ -16,4 +16,4 @@ void ThrowHostFailure(std::int32_t status, const std::string& detail) {
 std::string LastFailureDetail() { return lastDetail; }
 void ClearFailureDetail() { lastDetail.clear(); }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,15 +7,15 @@
 #include <cstdint>
 #include <string>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Notes `detail` for this thread and throws TVELException with the status.
-[[noreturn]] NKROVEL20_API void ThrowHostFailure(std::int32_t status, const std::string& detail);
+[[noreturn]] VELHOST_API void ThrowHostFailure(std::int32_t status, const std::string& detail);
 
 /// The detail of this thread's latest host failure; empty when there was none since the last clear.
-NKROVEL20_API std::string LastFailureDetail();
-NKROVEL20_API void ClearFailureDetail();
+VELHOST_API std::string LastFailureDetail();
+VELHOST_API void ClearFailureDetail();
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "nkrovel20/tosspecific.h"
 #include "nkrovel20/trootobject.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -57,6 +57,12 @@ void THostServices::SetPluginManager(boost::shared_ptr<ICIMNamespace> pluginMana
 }
 void THostServices::SetCoreLogger(ILogger* logger) { coreLogger = logger; }
 void THostServices::SetEnvironment(IHostEnvironment* environment) { hostEnvironment = environment; }
+
+}  // namespace velhost
+
+namespace NKROVEL20 {
+
+using namespace velhost;
 
 boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() { return PluginManager(); }
 ILogger* TRootObject::GetCoreLogger() { return coreLogger ? coreLogger : &DroppingLogger(); }

@@ -6,15 +6,15 @@
 #include <boost/shared_ptr.hpp>
 #include <string>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 #include "nkrovel20/icimobjects.h"
 #include "nkrovel20/ilogger.h"
 #include "nkrovel20/tcimdatetime.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What the host knows of the server it runs on.
-class NKROVEL20_API IHostEnvironment {
+class VELHOST_API IHostEnvironment {
  public:
   virtual ~IHostEnvironment();
   /// The machine type; empty where it is not known.
@@ -24,13 +24,13 @@ class NKROVEL20_API IHostEnvironment {
 };
 
 /// The operating system's clock in the process's time zone, and no machine type.
-class NKROVEL20_API TSystemEnvironment : public IHostEnvironment {
+class VELHOST_API TSystemEnvironment : public IHostEnvironment {
  public:
   std::string MachineType() override { return {}; }
   TCIMDateTime LocalTime() override;
 };
 
-class NKROVEL20_API THostServices {
+class VELHOST_API THostServices {
  public:
   /// Null takes the service away: no plugin manager, a logger that drops every line, and
   /// TSystemEnvironment. The logger and the environment are not owned.
@@ -39,4 +39,4 @@ class NKROVEL20_API THostServices {
   static void SetEnvironment(IHostEnvironment* environment);
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

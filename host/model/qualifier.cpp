@@ -5,7 +5,7 @@
 
 #include "host/base/caseinsensitive.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TQualifierSet::TQualifierSet(std::vector<TQualifierDefinition> own, const TQualifierSet* inherited) {
   const std::size_t ownCount = own.size();
@@ -32,4 +32,4 @@ boost::shared_ptr<const TQualifier> TQualifierSet::Find(const std::string& name)
   return {};
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

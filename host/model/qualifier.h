@@ -1,5 +1,6 @@
 // Qualifiers as they stand on a class or property, inherited ones included.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/shared_ptr.hpp>
 #include <string>
@@ -8,9 +9,9 @@
 #include "host/model/classdefinition.h"
 #include "nkrovel20/icimobjects.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API TQualifier : public ICIMQualifier {
+class VELHOST_API TQualifier : public ICIMQualifier {
  public:
   explicit TQualifier(TQualifierDefinition definition) : definition_(std::move(definition)) {}
   const TCIMValue& GetValue() const override { return definition_.value; }
@@ -24,7 +25,7 @@ class NKROVEL20_API TQualifier : public ICIMQualifier {
 };
 
 /// The qualifiers of one element: its own, then those it inherits.
-class NKROVEL20_API TQualifierSet {
+class VELHOST_API TQualifierSet {
  public:
   TQualifierSet() = default;
   /// `own` in declaration order, then from `inherited` those that propagate (flavor ToSubclass) and
@@ -39,4 +40,4 @@ class NKROVEL20_API TQualifierSet {
   std::vector<boost::shared_ptr<const TQualifier>> qualifiers_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

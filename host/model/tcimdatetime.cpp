@@ -11,6 +11,8 @@
 
 namespace NKROVEL20 {
 
+using namespace velhost;
+
 namespace {
 
 constexpr std::size_t kTextSize = 25;

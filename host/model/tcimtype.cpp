@@ -8,6 +8,8 @@
 
 namespace NKROVEL20 {
 
+using namespace velhost;
+
 namespace {
 
 struct TTypeName {

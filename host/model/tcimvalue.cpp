@@ -16,6 +16,8 @@
 
 namespace NKROVEL20 {
 
+using namespace velhost;
+
 using TType = TCIMValue::TCIMType;
 
 struct TCIMValue::TPayload {

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 void TTraceLogger::Log(EVELLogSeverity severity, const std::string& message) {
   for (const TEntry& entry : sinks_) {
@@ -29,4 +29,4 @@ std::string TTraceLogger::FormatText(EVELLogSeverity severity, const std::string
   return line;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

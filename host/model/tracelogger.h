@@ -1,5 +1,6 @@
 // The core logger: hands the plugin's lines to whoever listens, unformatted.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/function.hpp>
 #include <string>
@@ -7,9 +8,9 @@
 
 #include "nkrovel20/ilogger.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API TTraceLogger : public ILogger {
+class VELHOST_API TTraceLogger : public ILogger {
  public:
   using TSink = boost::function<void(EVELLogSeverity, const std::string&)>;
 
@@ -31,4 +32,4 @@ class NKROVEL20_API TTraceLogger : public ILogger {
   std::vector<TEntry> sinks_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

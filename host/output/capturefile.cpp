@@ -3,7 +3,7 @@
 #include "host/base/caseinsensitive.h"
 #include "host/profile/collectorprofile.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -52,4 +52,4 @@ std::optional<TCaptureFile> CaptureFileOf(const TInstance& instance) {
                       TimeOf(instance, "MessageTimestamp"), std::move(*data)};
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -9,7 +9,7 @@
 
 #include "host/model/ciminstance.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The property that holds a capture file's bytes.
 inline constexpr std::string_view kCaptureDataProperty = "ErrRawData";
@@ -30,4 +30,4 @@ std::optional<std::vector<std::uint8_t>> DecodeHexPairs(std::string_view text);
 /// are not set, null or no hex pairs. Properties that are not set give empty texts.
 std::optional<TCaptureFile> CaptureFileOf(const TInstance& instance);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

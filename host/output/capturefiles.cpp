@@ -13,7 +13,7 @@
 #include "host/base/utf8.h"
 #include "host/output/outputfile.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -60,4 +60,4 @@ void TCaptureFolder::FailToCreate(const std::string& reason) const {
   throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create the folder {}: {}", SafeText(path_), reason));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include "host/output/capturefile.h"
 #include "host/output/outputplace.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// "node1-cpu_err-0.bin", from the instance's SourceNode, FileName and RecordID. Slashes and unsafe
 /// characters (see IsUnsafe) become underscores, and each part is cut to 80 bytes.
@@ -33,4 +33,4 @@ class TCaptureFolder {
   TOwnedDescriptor folder_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

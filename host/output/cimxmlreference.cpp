@@ -4,7 +4,7 @@
 
 #include "host/output/xmltext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -69,4 +69,4 @@ void AppendReference(pugi::xml_node parent, const TObjectPath& path) {
   AppendNamed(place, "CLASSNAME", path.className);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

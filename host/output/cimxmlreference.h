@@ -5,10 +5,10 @@
 
 #include "host/output/objectpath.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Appends a VALUE.REFERENCE with the path. Texts are escaped already: the document has to be
 /// written with pugi::format_no_escapes.
 void AppendReference(pugi::xml_node parent, const TObjectPath& path);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include "host/output/summarytext.h"
 #include "host/output/xmltext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -142,4 +142,4 @@ const char* TCimXmlWriter::Text(const TCIMValue& value) {
   return escaped_.c_str();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

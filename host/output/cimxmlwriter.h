@@ -8,7 +8,7 @@
 #include "host/output/scalartext.h"
 #include "host/output/textbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// One node tree at a time: that of the instance being written. No element is self-closed, text is
 /// raw UTF-8, and a carriage return is a character reference, as XML readers drop it otherwise.
@@ -37,4 +37,4 @@ class TCimXmlWriter : public IInstanceWriter {
   std::string escaped_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

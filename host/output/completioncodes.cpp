@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -52,4 +52,4 @@ std::string DescribeCompletionCode(std::optional<std::uint8_t> code) {
   return fmt::format("0x{:02X} {}", *code, MeaningOfCompletionCode(*code));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

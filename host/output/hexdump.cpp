@@ -7,7 +7,7 @@
 
 #include "host/output/scalartext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -45,4 +45,4 @@ void DumpBytes(std::span<const std::uint8_t> bytes, std::size_t bytesPerLine,
   if (!bytes.empty()) line(fmt::format("{:08x}", bytes.size()));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Columns that a line of so many bytes (8 or 16) takes.
 constexpr std::size_t DumpColumns(std::size_t bytesPerLine) {
@@ -20,4 +20,4 @@ constexpr std::size_t DumpColumns(std::size_t bytesPerLine) {
 void DumpBytes(std::span<const std::uint8_t> bytes, std::size_t bytesPerLine,
                const std::function<void(std::string_view)>& line);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,12 +6,12 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "host/base/textsink.h"
 #include "host/model/ciminstance.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What is known before the first instance.
 struct TCollectionHeader {
@@ -48,16 +48,6 @@ struct TCollectionSummary {
   std::int64_t elapsedMs = 0;
 };
 
-/// Where the text of a form goes. Write throws THostError when it cannot.
-class ITextSink {
- public:
-  virtual ~ITextSink() = default;
-  virtual void Write(std::string_view text) = 0;
-  /// Passes on what a sink may still hold, so that a reader at the other end sees it now. The forms
-  /// that promise an instance at its commit call this after each one.
-  virtual void Flush() {}
-};
-
 /// Writes one form: Begin, any number of Instance calls, End. Instances are written as they come,
 /// so that memory does not grow with their number.
 class IInstanceWriter {
@@ -70,4 +60,4 @@ class IInstanceWriter {
   virtual void End(const TCollectionSummary& summary) = 0;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/base/unsafetext.h"
 #include "host/output/valuelist.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -185,4 +185,4 @@ void TJsonLinesWriter::End(const TCollectionSummary& summary) {
   json_.Flush();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

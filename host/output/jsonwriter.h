@@ -8,7 +8,7 @@
 #include "host/output/scalartext.h"
 #include "host/output/textbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// JSON text of instances and summaries. Integers, also those of 64 bits, are numbers; reals that
 /// are not finite are null; datetimes are CIM datetime strings, a char16 is a string of one
@@ -69,4 +69,4 @@ class TJsonLinesWriter : public IInstanceWriter {
   TCollectionHeader header_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

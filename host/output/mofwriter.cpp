@@ -6,7 +6,7 @@
 #include "host/output/summarytext.h"
 #include "host/output/valuelist.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -152,4 +152,4 @@ void TMofWriter::Escape(char32_t character) {
   out_.Append(HexPair(static_cast<std::uint8_t>(character)));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

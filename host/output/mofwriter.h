@@ -8,7 +8,7 @@
 #include "host/output/scalartext.h"
 #include "host/output/textbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Header, marks and summary are comments. Long strings are written as several literals side by side.
 /// What MOF has no word for is written as NULL with a comment that shows it: reals that are not
@@ -37,4 +37,4 @@ class TMofWriter : public IInstanceWriter {
   std::string scratch_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

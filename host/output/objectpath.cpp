@@ -5,7 +5,7 @@
 
 #include "host/base/caseinsensitive.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -106,4 +106,4 @@ std::optional<TObjectPath> ParseObjectPath(std::string_view text) {
   return complete ? std::optional(std::move(path)) : std::nullopt;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

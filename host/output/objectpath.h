@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 enum class EKeyType { kString, kBoolean, kNumeric };
 
@@ -29,4 +29,4 @@ struct TObjectPath {
 /// FALSE in any case, and numbers. Empty for any other text.
 std::optional<TObjectPath> ParseObjectPath(std::string_view text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -15,7 +15,7 @@
 
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -240,4 +240,4 @@ void TOutputFile::FailToWrite(int error) const {
                    fmt::format("cannot write {}: {}", SafeText(path_), std::strerror(error)));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

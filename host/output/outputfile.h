@@ -10,7 +10,7 @@
 #include "host/output/iinstancewriter.h"
 #include "host/output/outputplace.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The reader at the other end of a pipe has gone. Nothing is wrong and nobody is there to tell: the
 /// command ends without a message. Its status is that of a failed write.
@@ -92,4 +92,4 @@ class TOutputFile : public ITextSink {
   std::unique_ptr<TDescriptorSink> sink_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

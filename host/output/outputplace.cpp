@@ -9,7 +9,7 @@
 #include <cstring>
 #include <filesystem>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -92,4 +92,4 @@ TOutputPlace FindOutputPlace(const std::string& path) {
   Fail(ELOOP);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

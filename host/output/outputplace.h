@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// A descriptor that is closed with its owner; -1 is none.
 class TOwnedDescriptor {
@@ -48,4 +48,4 @@ TOutputPlace FolderAndName(const std::string& path);
 /// set, here also as the last folder of the path. Throws TNoPlace.
 TOutputPlace FindOutputPlace(const std::string& path);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

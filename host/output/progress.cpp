@@ -9,7 +9,7 @@
 #include "host/output/tablelayout.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -219,4 +219,4 @@ void TProgressLine::Resume() {
   drawn_.reset();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

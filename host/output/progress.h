@@ -11,7 +11,7 @@
 
 #include "host/bmc/exchange.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Where the line is drawn, and by which clock.
 struct TProgressTarget {
@@ -77,4 +77,4 @@ class TProgressLine : public IExchangeObserver {
   std::optional<TCapture> capture_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -102,4 +102,4 @@ bool IsCimDateTime(std::string_view text) {
   return time && IsTwoDigitField(text.substr(4, 2), 1, 12) && IsTwoDigitField(text.substr(6, 2), 1, 31);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,5 +1,6 @@
 // Scalars as text, for the forms that machines read.
 #pragma once
+#include "host/base/api.h"
 
 #include <array>
 #include <cstdint>
@@ -7,7 +8,7 @@
 
 #include "nkrovel20/tcimvalue.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The decimal text of a byte, out of a table: register values and raw data are mostly bytes.
 std::string_view ByteText(std::uint8_t byte);
@@ -35,4 +36,4 @@ std::string_view HexPair(std::uint8_t byte);
 /// point in time can be anything that a service processor sent, and then they are not.
 bool IsCimDateTime(std::string_view text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

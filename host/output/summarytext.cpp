@@ -9,7 +9,7 @@
 #include "host/output/completioncodes.h"
 #include "host/output/tablelayout.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::vector<std::string> SummaryLines(const TCollectionSummary& summary) {
   return lines;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

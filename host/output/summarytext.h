@@ -7,7 +7,7 @@
 
 #include "host/output/iinstancewriter.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What an instance that is not complete is marked with.
 inline constexpr std::string_view kIncompleteMark = "incomplete: an exchange failed while it was collected";
@@ -35,4 +35,4 @@ std::string HeaderText(const TCollectionHeader& header);
 /// first says whether the collection is complete.
 std::vector<std::string> SummaryLines(const TCollectionSummary& summary);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 
 #include "host/base/utf8.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -111,4 +111,4 @@ void TTableLayout::Row(std::size_t indent, std::string_view label, std::size_t c
   WrappedAt(column, safeText, emphasis);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 #include "host/output/textbuffer.h"
 #include "host/output/writers.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Columns that safe text takes.
 std::size_t ColumnsOf(std::string_view safeText);
@@ -51,4 +51,4 @@ class TTableLayout {
   bool color_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include "host/output/completioncodes.h"
 #include "host/output/summarytext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -77,4 +77,4 @@ void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, 
   WriteResult(layout, summary);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

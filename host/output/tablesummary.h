@@ -4,10 +4,10 @@
 #include "host/output/tablelayout.h"
 #include "host/output/tablewriter.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Instances of each class, exchanges with those that failed, the time taken, and whether the
 /// collection is complete.
 void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, const TInstanceCounts& counts);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

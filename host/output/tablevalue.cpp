@@ -6,7 +6,7 @@
 #include "host/output/scalartext.h"
 #include "host/output/tablelayout.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::string TableText(const TCIMValue& value, EPath path) {
   return text.empty() ? "(empty)" : text;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "host/model/cimclass.h"
 #include "host/profile/collectorprofile.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The path that collects the class, as far as it decides how a register value is laid out: kJfr for
 /// a class below one of the JFR base classes, kR8 for one of the R8 classes, else kNone.
@@ -17,4 +17,4 @@ CollectorProfile::EPath RegisterPathOf(const TCIMClass& cimClass);
 /// "(null)" and "(empty)" for what has no text.
 std::string TableText(const TCIMValue& value, CollectorProfile::EPath path);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

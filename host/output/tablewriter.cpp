@@ -10,7 +10,7 @@
 #include "host/output/tablesummary.h"
 #include "host/output/tablevalue.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -100,4 +100,4 @@ void TTableWriter::End(const TCollectionSummary& summary) {
   layout_.Flush();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 #include "host/output/iinstancewriter.h"
 #include "host/output/tablelayout.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// How many instances of each class, in the order of their first ones.
 using TInstanceCounts = std::vector<std::pair<std::string, std::uint64_t>>;
@@ -33,4 +33,4 @@ class TTableWriter : public IInstanceWriter {
   TInstanceCounts counts_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,6 +1,6 @@
 #include "host/output/textbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 void TTextBuffer::HandOver() {
   // Taken before the sink is called: a sink that throws leaves an empty buffer, not a second copy.
@@ -20,4 +20,4 @@ void TTextBuffer::AppendLong(std::string_view text) {
   Append(text);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "host/base/textsink.h"
 #include "host/base/utf8.h"
-#include "host/output/iinstancewriter.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Gathers text in memory of a fixed size and hands it to the sink when that is full. Nothing is
 /// handed over on destruction: after an exception there is nobody to hand it to.
@@ -79,4 +79,4 @@ void SplitText(std::string_view text, const TPlainCharacters& table, TPlain&& pl
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,5 +1,6 @@
 // A value with its elements, for the forms that differ in little but the signs around them.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <string_view>
@@ -9,7 +10,7 @@
 #include "host/output/textbuffer.h"
 #include "nkrovel20/tcimvalue.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// How a form writes what is not a scalar.
 struct TListSigns {
@@ -39,4 +40,4 @@ void AppendValue(TTextBuffer& out, const TCIMValue& value, const TListSigns& sig
   out.Append(signs.close);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

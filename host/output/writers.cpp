@@ -8,7 +8,7 @@
 #include "host/output/mofwriter.h"
 #include "host/output/tablewriter.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -36,4 +36,4 @@ std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, c
   return std::make_unique<TTableWriter>(sink, options);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 
 #include "host/output/iinstancewriter.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 enum class EOutputForm { kTable, kJson, kJsonl, kMof, kCimXml };
 
@@ -25,4 +25,4 @@ struct TTableOptions {
 /// A writer of the form. The sink is not owned and has to outlive the writer.
 std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

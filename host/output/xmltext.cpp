@@ -5,7 +5,7 @@
 #include "host/base/unsafetext.h"
 #include "host/output/textbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::string XmlComment(std::string_view safeText) {
   return xml;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Appends the string as character data: markup characters as entities, a carriage return and what is
 /// unsafe (see IsUnsafe) as references ("&#xD;", "&#x202E;"), and U+FFFD for characters that XML 1.0
@@ -17,4 +17,4 @@ std::string XmlAttribute(std::string_view text);
 /// Safe text as the inside of a comment, which may hold no two hyphens side by side.
 std::string XmlComment(std::string_view safeText);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

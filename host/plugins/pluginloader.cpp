@@ -12,7 +12,7 @@
 #include "host/base/unsafetext.h"
 #include "host/model/hostservices.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -150,4 +150,4 @@ std::unique_ptr<TLoadedPlugin> TPluginLoader::Load(const std::string& path) {
   throw THostError(EExitStatus::kNoInput, "plugin " + SafeText(path) + " cannot be used: " + reason);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

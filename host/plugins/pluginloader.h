@@ -1,5 +1,6 @@
 // Loading plugins into the process and taking them out again.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
@@ -8,10 +9,10 @@
 
 #include "host/plugins/pluginregistry.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// How libraries get into the process; the operating system's loader, or a double.
-class NKROVEL20_API ILibraryLoader {
+class VELHOST_API ILibraryLoader {
  public:
   virtual ~ILibraryLoader();
   /// Runs the library's initialisers. Null on failure, with the reason in `error`. What an
@@ -22,7 +23,7 @@ class NKROVEL20_API ILibraryLoader {
 
 /// dlopen and dlclose. In sanitizer builds libraries stay mapped, so that the leak checker can
 /// attribute what plugins keep for good.
-class NKROVEL20_API TDynamicLibraryLoader : public ILibraryLoader {
+class VELHOST_API TDynamicLibraryLoader : public ILibraryLoader {
  public:
   void* Open(const std::string& path, std::string& error) override;
   void Close(void* library) override;
@@ -40,7 +41,7 @@ struct TPluginIdentity {
 ///
 /// Whatever an operation of the plugin throws arrives as THostError (kInternal) that names the plugin
 /// and the operation; a THostError is the host's own and passes through.
-class NKROVEL20_API TLoadedPlugin {
+class VELHOST_API TLoadedPlugin {
  public:
   TLoadedPlugin(ILibraryLoader& loader, void* library, std::unique_ptr<TPluginManagerProvider> provider);
   ~TLoadedPlugin();
@@ -67,7 +68,7 @@ class NKROVEL20_API TLoadedPlugin {
   std::unique_ptr<TPluginManagerProvider> provider_;  ///< null once unloaded
 };
 
-class NKROVEL20_API TPluginLoader {
+class VELHOST_API TPluginLoader {
  public:
   /// Called when a library's initialiser throws, with the message; does not return. The library is
   /// then mapped, half initialised and with the dynamic loader's lock in doubt, so that nothing but
@@ -95,4 +96,4 @@ class NKROVEL20_API TPluginLoader {
   TFatalHandler fatal_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,6 +6,10 @@ namespace NKROVEL20 {
 
 TPluginManagerNamespace::~TPluginManagerNamespace() = default;
 
+}  // namespace NKROVEL20
+
+namespace velhost {
+
 TPluginRegistry::TPluginRegistry() = default;
 TPluginRegistry::~TPluginRegistry() = default;
 
@@ -36,4 +40,4 @@ TPluginRegistry::TOutcome TPluginRegistry::EndLoading() {
   return std::exchange(outcome_, TOutcome());
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

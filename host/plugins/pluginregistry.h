@@ -1,5 +1,6 @@
 // Registrations: which plugin object belongs to the library that is being loaded.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/shared_ptr.hpp>
 #include <memory>
@@ -23,8 +24,12 @@ class TPluginManagerProvider {
   IPluginCallbacks* plugin_;  // deletes itself in PrepareForUnload
 };
 
+}  // namespace NKROVEL20
+
+namespace velhost {
+
 /// The plugin manager's namespace. It has no classes: plugins come here to register alone.
-class NKROVEL20_API TPluginRegistry : public TPluginManagerNamespace {
+class VELHOST_API TPluginRegistry : public TPluginManagerNamespace {
  public:
   TPluginRegistry();
   ~TPluginRegistry() override;
@@ -48,4 +53,4 @@ class NKROVEL20_API TPluginRegistry : public TPluginManagerNamespace {
   TOutcome outcome_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-namespace NKROVEL20::CollectorProfile {
+namespace velhost::CollectorProfile {
 
 namespace {
 
@@ -79,4 +79,4 @@ std::string MachineTypesProblemOf(const TNamespace& cimNamespace) {
          std::to_string(kMostMachineTypeBytes);
 }
 
-}  // namespace NKROVEL20::CollectorProfile
+}  // namespace velhost::CollectorProfile

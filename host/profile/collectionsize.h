@@ -11,7 +11,7 @@
 
 #include "host/profile/collectorprofile.h"
 
-namespace NKROVEL20::CollectorProfile {
+namespace velhost::CollectorProfile {
 
 /// A collection of that size takes less than 512 MiB, however long its names are.
 inline constexpr std::uint64_t kMostRegisterReads = 131072;
@@ -42,4 +42,4 @@ std::string AddressProblemOf(const TPropertyDecl& property);
 /// "the classes have 5000000 bytes in ...", or empty.
 std::string MachineTypesProblemOf(const TNamespace& cimNamespace);
 
-}  // namespace NKROVEL20::CollectorProfile
+}  // namespace velhost::CollectorProfile

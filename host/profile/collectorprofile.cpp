@@ -7,7 +7,7 @@
 #include "host/base/caseinsensitive.h"
 #include "wire/registerread.h"
 
-namespace NKROVEL20::CollectorProfile {
+namespace velhost::CollectorProfile {
 
 namespace {
 
@@ -219,4 +219,4 @@ std::optional<TRegisterValue> SplitRegisterValue(EPath path, const TCIMValue& va
   return result;
 }
 
-}  // namespace NKROVEL20::CollectorProfile
+}  // namespace velhost::CollectorProfile

@@ -15,7 +15,7 @@
 #include "host/model/cimclass.h"
 #include "host/model/cimnamespace.h"
 
-namespace NKROVEL20::CollectorProfile {
+namespace velhost::CollectorProfile {
 
 enum class EPath { kNone, kR8, kJfr, kCapture };
 /// "R8", "JFR", "FFDC"; "none" for a class that no path serves.
@@ -87,4 +87,4 @@ struct TRegisterValue {
 /// path's layout.
 std::optional<TRegisterValue> SplitRegisterValue(EPath path, const TCIMValue& value);
 
-}  // namespace NKROVEL20::CollectorProfile
+}  // namespace velhost::CollectorProfile

@@ -5,7 +5,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TClassBuilder::TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits,
                              TSchemaLog& log, EKeptValues methodValues)
@@ -185,4 +185,4 @@ std::uint32_t TClassBuilder::ScopeOf(const TEntry& entry, const TCIMClass* super
   return is("indication") ? Mof::kScopeIndication : Mof::kScopeClass;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

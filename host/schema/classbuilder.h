@@ -15,7 +15,7 @@
 #include "host/schema/qualifiertable.h"
 #include "host/schema/schemaload.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// A method as a class declares it. Nothing calls methods: they are known while a schema is read, so that those that
 /// override them can be checked.
@@ -124,4 +124,4 @@ class TClassBuilder {
   bool isFull_ = false;           // that limit was exceeded, which has been reported
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

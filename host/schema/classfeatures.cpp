@@ -3,7 +3,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/seennames.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 void TClassBuilder::AddFeatures(TEntry& entry, const TEntry* above, TClassDefinition& definition) {
   const TSchemaUnit& unit = entry.unit;
@@ -138,4 +138,4 @@ bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feat
   return false;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "host/profile/collectorprofile.h"
 #include "wire/registerblock.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -293,4 +293,4 @@ std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace,
   return TNeeds(cimNamespace, schemaName, sources).Check();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

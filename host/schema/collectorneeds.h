@@ -12,7 +12,7 @@
 #include "host/model/cimnamespace.h"
 #include "host/schema/schemalog.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Findings about classes that are not there come first, under `schemaName` and without a line. The
 /// others follow in the order of the classes, each at the class or property it is about; their source
@@ -26,4 +26,4 @@ namespace NKROVEL20 {
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources = nullptr);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 #include "host/schema/instancebuilder.h"
 #include "host/schema/mofscan.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -103,4 +103,4 @@ void TInstanceBuilder::CheckStringDefaults() {
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 
 #include "host/schema/mofscan.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TEmbeddedText::TEmbeddedText(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TSchemaLimits& limits,
                              TSchemaLog& log)
@@ -44,4 +44,4 @@ TSchemaPlace TEmbeddedText::Place(std::uint32_t offset) const {
   return outer_.Place(jump.source + (offset - jump.text));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -11,7 +11,7 @@
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemaunit.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class TEmbeddedText {
  public:
@@ -37,4 +37,4 @@ class TEmbeddedText {
   TSchemaUnit unit_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 #include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 const TPropertyMap kNoContext;
@@ -122,4 +122,4 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
                             ", expected one of " + nameOf(*expected) + " or of a class below it");
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

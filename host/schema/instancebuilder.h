@@ -14,7 +14,7 @@
 #include "host/schema/classbuilder.h"
 #include "host/schema/embeddedtext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class TInstanceBuilder {
  public:
@@ -74,4 +74,4 @@ class TInstanceBuilder {
   std::vector<TAliasUse> uses_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/seennames.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -110,4 +110,4 @@ void TClassBuilder::CheckParameter(const TMethod& method, std::uint32_t index) {
           AsIn(*method.overridden, unitBefore.Quoted(before.name) + " of the type " + TypeOf(unitBefore, before)));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

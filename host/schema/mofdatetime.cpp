@@ -4,7 +4,7 @@
 
 #include "host/schema/mofscan.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 namespace {
 
@@ -73,4 +73,4 @@ std::string DateTimeProblem(std::string_view text) {
   return "found " + Quoted(text) + ", expected asterisks from the start of a field on up to place 21 of the datetime";
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 /// "found ..., expected ..." for the first fault of a text that TCIMDateTime::FromString refuses.
 std::string DateTimeProblem(std::string_view text);
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::string TExpected::Text(const std::string& end) const {
   return text;
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

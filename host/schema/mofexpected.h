@@ -7,7 +7,7 @@
 
 #include "mofparser.hpp"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 /// Takes the tokens that the grammar would have accepted. Tokens that stand for one thing to a
 /// person, as all literals do, become one word.
@@ -26,4 +26,4 @@ class TExpected {
   std::vector<TMofParser::symbol_kind_type> tokens_;
 };
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -7,22 +7,22 @@
 %require "3.8"
 %language "c++"
 
-%define api.namespace {NKROVEL20::Mof}
+%define api.namespace {velhost::Mof}
 %define api.parser.class {TMofParser}
-%define api.value.type {NKROVEL20::Mof::TSemantic}
-%define api.location.type {NKROVEL20::Mof::TSpan}
+%define api.value.type {velhost::Mof::TSemantic}
+%define api.location.type {velhost::Mof::TSpan}
 %define api.token.raw
 %define lr.type canonical-lr
 %define lr.default-reduction consistent
 %define parse.error custom
 %locations
-%param {NKROVEL20::Mof::TScan& scan} {NKROVEL20::Mof::TScanner& scanner}
+%param {velhost::Mof::TScan& scan} {velhost::Mof::TScanner& scanner}
 %expect 0
 
 %code requires {
 #include "host/schema/mofscan.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 class TScanner;
 }
 
@@ -39,7 +39,7 @@ class TScanner;
 
 namespace {
 
-using namespace NKROVEL20::Mof;
+using namespace velhost::Mof;
 
 int yylex(TSemantic* value, TSpan* span, TScan&, TScanner& scanner) { return scanner.Next(*value, *span); }
 
@@ -267,7 +267,7 @@ literal:
 ;
 %%
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 void TMofParser::report_syntax_error(const context& where) const {
   if (scan.Stopped()) return;
@@ -302,4 +302,4 @@ TMofFile ParseMof(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaL
   return std::move(scan.File());
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -7,7 +7,7 @@
 #include "host/schema/schemacost.h"
 #include "mofparser.hpp"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 using TToken = TMofParser::token;
 
@@ -221,4 +221,4 @@ std::string TScan::OpenBracket() const {
          std::to_string(source_.Locate(offset).line) + " is not closed";
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -15,7 +15,7 @@
 #include "host/schema/schemalog.h"
 #include "host/schema/schemaunit.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 /// The values of tokens, and of what the grammar makes of them.
 union TSemantic {
@@ -133,4 +133,4 @@ std::string Quoted(std::string_view text);
 /// is not looked at.
 TMofFile ParseMof(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaLimits& limits, TSchemaLog& log);
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -3,7 +3,7 @@
 
 #include "host/schema/mofscan.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 class TScanner {
  public:
@@ -31,4 +31,4 @@ class TScanner {
   TAhead ahead_;
 };
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -3,6 +3,7 @@
 // Nothing is copied out of the text here. A list is a range of one of the vectors of TMofFile; the
 // grammar reduces lists innermost first, so that the members of each stand side by side.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <string_view>
@@ -12,7 +13,7 @@
 #include "host/base/caseinsensitive.h"
 #include "nkrovel20/tcimvalue.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 /// Bytes of the text, the end not included.
 struct TSpan {
@@ -160,4 +161,4 @@ struct TMofFile {
   TNameSet mentionedQualifiers;
 };
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

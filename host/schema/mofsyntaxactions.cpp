@@ -4,7 +4,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/schemacost.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 namespace {
 
@@ -92,4 +92,4 @@ void TScan::AddAssignment(TRange qualifiers, TSpan name, TInitializer value) {
   file_.assignments.push_back({qualifiers, name, value});
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

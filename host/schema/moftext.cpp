@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 namespace {
 
@@ -200,4 +200,4 @@ void AppendUnescaped(std::string& text, std::string_view content, std::uint32_t 
   });
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

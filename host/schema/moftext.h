@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 /// The offset of the first byte that is no part of well-formed UTF-8 (surrogates and overlong forms
 /// are none) or that is a NUL byte, from `start` on; the text's size when there is none.
@@ -40,4 +40,4 @@ struct TTextJump {
 /// The same; adds a jump behind each escape. `offset` is the content's in the source.
 void AppendUnescaped(std::string& text, std::string_view content, std::uint32_t offset, std::vector<TTextJump>& jumps);
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -9,7 +9,7 @@
 #include "host/schema/moftext.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 using TType = TCIMValue::TCIMType;
 using Mof::ELiteral;
@@ -259,4 +259,4 @@ bool TValueReader::DateTime(const TSchemaUnit& unit, const Mof::TLiteral& litera
   return false;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,6 +4,7 @@
 // otherwise a literal is of the slot's kind or an error. A literal that the scanner has reported is
 // not reported again.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <string>
@@ -13,7 +14,7 @@
 #include "host/schema/schemaload.h"
 #include "nkrovel20/tcimvalue.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What a value is to fit.
 struct TValueSlot {
@@ -67,4 +68,4 @@ class TValueReader {
   std::vector<Mof::TSpan> aliases_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/schema/namehint.h"
 #include "mofparser.hpp"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 namespace {
 
@@ -99,4 +99,4 @@ std::string HintOfType(std::string_view word) {
   return hint.Text();
 }
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

@@ -6,7 +6,7 @@
 
 #include "host/schema/mofscan.h"
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 /// The token of a word, TMofParser::token::IDENT for one without a meaning of its own. Sets the type
 /// code or bits of the words that have them; their span is the caller's.
@@ -15,4 +15,4 @@ int TokenOf(std::string_view word, TSemantic& value);
 /// "; did you mean TYPE?" for a word that is close to a type's name, or empty.
 std::string HintOfType(std::string_view word);
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

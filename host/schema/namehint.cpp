@@ -2,7 +2,7 @@
 
 #include "host/base/nearestname.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 void TNameHint::Offer(std::string_view candidate) {
   if (Wants()) candidates_.push_back(candidate);
@@ -20,4 +20,4 @@ void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -9,7 +9,7 @@
 #include "host/model/cimclass.h"
 #include "host/schema/schemalog.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Takes the declared names one by one. Very short names are left alone, since everything is close
 /// to them; and of a huge schema only the first few thousand names are looked at.
@@ -36,4 +36,4 @@ class TNameHint {
 /// Offers the names of a class's properties that may be shown.
 void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint& hint);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

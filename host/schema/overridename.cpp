@@ -3,7 +3,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -71,4 +71,4 @@ bool TClassBuilder::Exposes(const TEntry& entry, bool isMethod, std::string_view
   return entry.built->FindProperty(name) < entry.built->Properties().size();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

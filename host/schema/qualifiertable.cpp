@@ -6,7 +6,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -185,4 +185,4 @@ std::vector<TQualifierDefinition> TQualifierTable::Resolve(const TSchemaUnit& un
   return definitions;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -12,7 +12,7 @@
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemaload.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TDeclaredQualifier {
   std::string_view name;
@@ -70,4 +70,4 @@ class TQualifierTable {
   std::vector<std::string_view> names_;  // in declaration order
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -69,4 +69,4 @@ EExitStatus StatusOf(const TSchemaFindings& findings) {
   return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,9 +8,9 @@
 #include "host/base/hosterror.h"
 #include "host/base/sourcereader.h"
 #include "host/base/textdiagnostic.h"
-#include "host/output/iinstancewriter.h"
+#include "host/base/textsink.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TSchemaFindings {
   /// The reader's in order of file and place, then those about the collector.
@@ -35,4 +35,4 @@ void WriteFindingsAsJson(const TSchemaFindings& findings, ITextSink& sink);
 /// either in order or not.
 EExitStatus StatusOf(const TSchemaFindings& findings);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

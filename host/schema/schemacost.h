@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 
 inline constexpr std::size_t kCostOfClass = 1200;
 inline constexpr std::size_t kCostOfProperty = 700;
@@ -19,4 +19,4 @@ inline constexpr std::size_t kCostOfPiece = 32;  // of a string
 inline constexpr std::size_t kCostOfName = 100;  // after a word that declares one
 inline constexpr std::size_t kCostOfPragma = 100;
 
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

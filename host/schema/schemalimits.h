@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The defaults are several times what the complete public CIM schema needs (about 1,600 classes,
 /// 10 MB), and keep the time and memory that a hostile schema can take in bounds.
@@ -34,4 +34,4 @@ struct TSchemaLimits {
   }
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -11,7 +11,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -233,4 +233,4 @@ TParsedSchema LoadSchema(const std::vector<std::string>& paths, ISourceReader& r
   return loader.Take();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -14,7 +14,7 @@
 #include "host/schema/schemalog.h"
 #include "host/schema/schemaunit.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// A declaration of any kind but a pragma.
 struct TSchemaDeclaration {
@@ -39,4 +39,4 @@ struct TParsedSchema {
 TParsedSchema LoadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits,
                          TSchemaLog& log);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

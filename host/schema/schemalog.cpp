@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TSchemaSource::TSchemaSource(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
   if (text_.compare(0, 3, "\xEF\xBB\xBF") == 0) text_.erase(0, 3);
@@ -114,4 +114,4 @@ std::vector<TTextDiagnostic> TSchemaLog::Finish(const TSchemaSources& sources) c
   return diagnostics;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

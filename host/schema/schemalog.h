@@ -17,7 +17,7 @@
 #include "host/base/textdiagnostic.h"
 #include "host/schema/mofsyntax.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// One text of a schema and its lines.
 class TSchemaSource {
@@ -135,4 +135,4 @@ class TSchemaLog {
   std::size_t nameSearchSteps_ = kNameSearchSteps;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

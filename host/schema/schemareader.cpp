@@ -5,7 +5,7 @@
 #include "host/schema/qualifiertable.h"
 #include "host/schema/schemaload.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -45,4 +45,4 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   return result;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -11,7 +11,7 @@
 #include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TSchemaResult {
   /// The classes that could be resolved; never null.
@@ -39,4 +39,4 @@ struct TSchemaResult {
 TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader);
 TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 std::string TSchemaUnit::Quoted(Mof::TSpan span) const { return Mof::Quoted(source->Text(span)); }
 
@@ -31,4 +31,4 @@ std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal) {
   return text;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "host/schema/mofsyntax.h"
 #include "host/schema/schemalog.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class TEmbeddedText;
 
@@ -32,4 +32,4 @@ struct TSchemaUnit {
 /// The value of a string literal: its pieces joined, their escapes resolved.
 std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

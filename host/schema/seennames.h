@@ -7,7 +7,7 @@
 
 #include "host/schema/mofsyntax.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Most lists are short: up to a few names a walk is faster than a set.
 class TSeenNames {
@@ -31,4 +31,4 @@ class TSeenNames {
   Mof::TNameSet many_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::string FormatClasses(const TNamespace& cimNamespace, const std::string& mac
   return text;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

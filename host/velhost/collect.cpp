@@ -23,7 +23,7 @@
 #include "host/velhost/terminal.h"
 #include "host/velhost/trace.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -210,4 +210,4 @@ EExitStatus Collect(const TCommandLine& commandLine, const TInstallation& instal
   return collection.Run();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

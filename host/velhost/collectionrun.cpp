@@ -3,7 +3,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -134,4 +134,4 @@ void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
       std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

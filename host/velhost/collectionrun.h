@@ -19,7 +19,7 @@
 #include "host/plugins/pluginloader.h"
 #include "host/velhost/requests.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Told as the requests go on; for progress.
 class IRequestObserver {
@@ -91,4 +91,4 @@ class TCollectionRun {
   std::optional<THostError> failureToUnload_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -12,7 +12,7 @@
 #include "host/base/unsafetext.h"
 #include "host/velhost/usagecheck.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -272,4 +272,4 @@ std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arg
   return parser.result;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

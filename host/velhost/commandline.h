@@ -7,7 +7,7 @@
 
 #include "host/base/secret.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 enum class EVerb { kCollect, kClasses, kPlugin, kCheck, kSimulate };
 enum class ELogFormat { kText, kJsonLines };
@@ -66,4 +66,4 @@ struct TCommandLine {
 /// the argument and, where one is near, what was probably meant.
 std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -15,7 +15,7 @@
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -127,4 +127,4 @@ void RefuseClashWithInputs(const TCommandLine& commandLine, const std::vector<TN
   RefuseInCaptureFolder(commandLine.collect.captureDir, inputs);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

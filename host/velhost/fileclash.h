@@ -5,7 +5,7 @@
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Throws THostError (kUsage) if two outputs, or an output and an input, are one file: under one
 /// path, through links, or as one inode. Devices, pipes and terminals may serve several. Looks at
@@ -16,4 +16,4 @@ void RefuseClashingFiles(const TCommandLine& commandLine, const TInstallation& i
 /// The same of the outputs against the inputs that were read, which know what includes and data files they have.
 void RefuseClashWithInputs(const TCommandLine& commandLine, const std::vector<TNamedFile>& inputs);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

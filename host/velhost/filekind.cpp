@@ -6,7 +6,7 @@
 #include "host/base/caseinsensitive.h"
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -66,4 +66,4 @@ std::string WrongKindText(EFileKind wanted, const std::string& path, std::string
   return safePath + " is " + NameOf(found) + ", not " + NameOf(wanted) + HintFor(found, safePath);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 enum class EFileKind { kUnknown, kSchema, kServerFile, kRecording, kResult, kCompressed };
 
@@ -19,4 +19,4 @@ EFileKind KindOfFile(std::string_view path, std::string_view content);
 /// with what it is for.
 std::string WrongKindText(EFileKind wanted, const std::string& path, std::string_view content);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

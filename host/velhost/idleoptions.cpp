@@ -4,7 +4,7 @@
 
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -73,4 +73,4 @@ std::vector<std::string> IdleOptionTexts(const TCommandLine& commandLine) {
   return texts;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

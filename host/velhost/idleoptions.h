@@ -6,10 +6,10 @@
 
 #include "host/velhost/commandline.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// One text for each: "--log has no effect with check", "--replay-timing has no effect with --sp sim".
 /// Empty for a command line on which everything counts. -v and --color may always be given.
 std::vector<std::string> IdleOptionTexts(const TCommandLine& commandLine);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TInputReader::TInputReader(TInputs& inputs, TInputUse use, const std::vector<std::string>& paths)
     : TFileReader(use.mayBePipe ? paths : std::vector<std::string>()),
@@ -42,4 +42,4 @@ void TInputReader::CheckStop() {
   throw TEndedReading(EExitStatus::kPartial, why + " while " + use_.what + " was read; nothing was collected");
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

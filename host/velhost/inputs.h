@@ -10,7 +10,7 @@
 #include "host/bmc/stopsignal.h"
 #include "host/velhost/filekind.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// A file and what messages call it.
 struct TNamedFile {
@@ -65,4 +65,4 @@ class TInputReader : public TFileReader {
   std::vector<std::string> paths_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace fs = std::filesystem;
 
@@ -31,4 +31,4 @@ std::string TInstallation::FindServer(const std::string& name) const {
                                               SafeText(ServerFolder()));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

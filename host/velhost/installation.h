@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Files beside the running program, in the same places in a build tree and after installation.
 class TInstallation {
@@ -25,4 +25,4 @@ class TInstallation {
   std::string folder_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -23,7 +23,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -257,4 +257,4 @@ bool AnswersIpmi(int port, milliseconds time) {
   return answered;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TIpmiSimSettings {
   std::string program;     ///< the path of ipmi_sim
@@ -74,4 +74,4 @@ class TIpmiSim {
 /// Whether something on 127.0.0.1:`port` answers IPMI over LAN within `time`.
 bool AnswersIpmi(int port, std::chrono::milliseconds time);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -19,25 +19,25 @@
 
 namespace {
 
-bool UsesNetwork(const NKROVEL20::TCommonOptions& options) {
+bool UsesNetwork(const velhost::TCommonOptions& options) {
   return std::any_of(options.serviceProcessors.begin(), options.serviceProcessors.end(),
                      [](const std::string& spec) { return spec.starts_with("lan:"); });
 }
 
 int RunCommand(const std::vector<std::string>& arguments) {
   // Before anything else reads the environment, or hands it on.
-  auto password = NKROVEL20::TakeSecretVariable("VELHOST_IPMI_PASSWORD");
+  auto password = velhost::TakeSecretVariable("VELHOST_IPMI_PASSWORD");
   std::string text;
-  auto commandLine = NKROVEL20::ParseCommandLine(arguments, text);
+  auto commandLine = velhost::ParseCommandLine(arguments, text);
   if (commandLine && UsesNetwork(commandLine->common)) commandLine->common.passwordVariable = password;
   password.reset();  // simulate starts a program
-  if (commandLine) return static_cast<int>(NKROVEL20::RunVerb(*commandLine, NKROVEL20::TInstallation()));
-  NKROVEL20::WriteToStandardOutput(text);
+  if (commandLine) return static_cast<int>(velhost::RunVerb(*commandLine, velhost::TInstallation()));
+  velhost::WriteToStandardOutput(text);
   return 0;
 }
 
-int Fail(NKROVEL20::EExitStatus status, const std::string& message) {
-  NKROVEL20::Say(message);
+int Fail(velhost::EExitStatus status, const std::string& message) {
+  velhost::Say(message);
   return static_cast<int>(status);
 }
 
@@ -50,7 +50,7 @@ void WriteBare(std::string_view message) noexcept {
 // generated MOF parser does, no handler below is reached. A status and a message all the same.
 [[noreturn]] void EndWithoutHandler() {
   WriteBare("velhost: internal error: std::terminate was called; is memory short?\n");
-  _exit(static_cast<int>(NKROVEL20::EExitStatus::kInternal));
+  _exit(static_cast<int>(velhost::EExitStatus::kInternal));
 }
 
 }  // namespace
@@ -58,18 +58,18 @@ void WriteBare(std::string_view message) noexcept {
 int main(int argc, char** argv) {
   std::set_terminate(&EndWithoutHandler);
   try {
-    NKROVEL20::PrepareStandardStreams();
+    velhost::PrepareStandardStreams();
     return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
-  } catch (const NKROVEL20::TClosedPipe& closed) {
+  } catch (const velhost::TClosedPipe& closed) {
     return static_cast<int>(closed.Status());  // quietly: whoever read the output has seen enough
-  } catch (const NKROVEL20::THostError& error) {
+  } catch (const velhost::THostError& error) {
     return Fail(error.Status(), error.what());
   } catch (const std::bad_alloc&) {
     WriteBare("velhost: internal error: there is not enough memory\n");
-    return static_cast<int>(NKROVEL20::EExitStatus::kInternal);
+    return static_cast<int>(velhost::EExitStatus::kInternal);
   } catch (const std::exception& error) {
-    return Fail(NKROVEL20::EExitStatus::kInternal, std::string("internal error: ") + error.what());
+    return Fail(velhost::EExitStatus::kInternal, std::string("internal error: ") + error.what());
   } catch (...) {
-    return Fail(NKROVEL20::EExitStatus::kInternal, "internal error: an exception of unknown type");
+    return Fail(velhost::EExitStatus::kInternal, "internal error: an exception of unknown type");
   }
 }

@@ -8,7 +8,7 @@
 #include "host/base/unsafetext.h"
 #include "host/output/outputfile.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -48,4 +48,4 @@ TMessageHook::TMessageHook(std::function<void()> before) { beforeMessage = std::
 
 TMessageHook::~TMessageHook() { beforeMessage = nullptr; }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

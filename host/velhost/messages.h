@@ -7,7 +7,7 @@
 
 #include "host/base/textdiagnostic.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// "velhost: " and the text on a line of its own. The text may have further lines, which belong to the
 /// first. What could disturb a terminal shows as escapes (SafeLines). Failed writes are ignored:
@@ -31,4 +31,4 @@ class TMessageHook {
   TMessageHook& operator=(const TMessageHook&) = delete;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

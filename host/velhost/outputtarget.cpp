@@ -5,7 +5,7 @@
 
 #include "host/velhost/terminal.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -61,4 +61,4 @@ void TOutputTarget::Finish() {
   if (file_) file_->Commit();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "host/output/outputfile.h"
 #include "host/output/progress.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Whether the path of -o means standard output: none, or "-".
 bool IsStandardOutput(const std::string& path);
@@ -38,4 +38,4 @@ class TOutputTarget {
   std::unique_ptr<TOutputFile> file_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

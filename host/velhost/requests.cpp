@@ -11,7 +11,7 @@
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -156,4 +156,4 @@ std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_p
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,5 +1,6 @@
 // The requests of a collection: which classes, in which calls, and what became of each call.
 #pragma once
+#include "host/base/api.h"
 
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
@@ -12,7 +13,7 @@
 #include "host/output/iinstancewriter.h"
 #include "nkrovel20/iplugincallbacks.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The classes of the command line in its order; without any, all that this machine serves, the
 /// capture class last. A class that the schema does not have throws THostError (kUsage) with the
@@ -61,4 +62,4 @@ class TExchangeLedger : public IExchangeObserver {
 std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,
                        const std::vector<boost::shared_ptr<TCIMClass>>& classes);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

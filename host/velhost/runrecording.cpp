@@ -4,7 +4,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 TRunRecording::TRunRecording(std::string path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment)
     : path_(std::move(path)), plain_(environment) {
@@ -35,4 +35,4 @@ void TRunRecording::TLateFile::Write(std::string_view text) {
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 
 #include "host/bmc/record/recording.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The recording of a run; nothing without a path. The file is created by OpenFile, and what is
 /// recorded before waits for it: the plugin has to be loaded before a file that is there is emptied.
@@ -44,4 +44,4 @@ class TRunRecording {
   std::optional<TRecordingEnvironment> recorded_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

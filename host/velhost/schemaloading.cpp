@@ -8,7 +8,7 @@
 #include "host/schema/schemareader.h"
 #include "host/velhost/messages.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -55,4 +55,4 @@ boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TI
   return schema.cimNamespace;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Reads the schema of the command line, or the installed one. Its warnings go to standard error.
 /// Errors go there too, and throw THostError (kBadData, or kNoInput and kNoPermission where all of
@@ -20,4 +20,4 @@ boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TI
 /// The paths that LoadSchema reads.
 std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInstallation& installation);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

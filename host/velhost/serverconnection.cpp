@@ -13,7 +13,7 @@
 #include "host/velhost/messages.h"
 #include "host/velhost/usagecheck.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -237,4 +237,4 @@ std::string RestOf(const std::string& spec) {
   return colon == std::string::npos ? std::string() : spec.substr(colon + 1);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

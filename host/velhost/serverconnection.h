@@ -11,7 +11,7 @@
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class IServerConnection {
  public:
@@ -52,4 +52,4 @@ class TSessionEnvironment : public IHostEnvironment {
   std::optional<std::string> machineType_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <csignal>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -67,4 +67,4 @@ TSignalGuard::~TSignalGuard() {
   target.store(nullptr);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 
 #include "host/bmc/stopsignal.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP request the stop once and then have their default effect
 /// again. A SIGHUP that is ignored stays so. After a Ctrl-C that a terminal has echoed, standard error goes to the next
@@ -19,4 +19,4 @@ class TSignalGuard {
   bool hangUp_ = false;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

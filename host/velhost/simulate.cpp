@@ -23,7 +23,7 @@
 #include "host/velhost/ipmisim.h"
 #include "host/velhost/standardstreams.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -211,4 +211,4 @@ EExitStatus SimulateCommand(const TSimulateArguments& given, const TInstallation
   return EExitStatus::kComplete;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The simulated BMC's one user, who may do everything.
 inline constexpr const char* kSimulatedUser = "ipmiusr";
@@ -19,4 +19,4 @@ inline constexpr const char* kSimulatedPassword = "test";
 /// kWriteFailed where nobody can read the lines.
 EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstallation& installation);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 
 #include "host/output/outputfile.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 void PrepareStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -25,4 +25,4 @@ void WriteToStandardOutput(std::string_view text) {
   sink.Flush();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// To be called first. Puts something harmless in the place of a standard stream that is closed (a file
 /// opened later would take its number, and be read or written as that stream), and has failed writes
@@ -15,4 +15,4 @@ void PrepareStandardStreams();
 /// or full is no success.
 void WriteToStandardOutput(std::string_view text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -35,4 +35,4 @@ bool UseColor(EWhen when, int descriptor) {
   return IsTerminal(descriptor) && Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

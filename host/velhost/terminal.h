@@ -3,7 +3,7 @@
 
 #include "host/velhost/commandline.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Whether the descriptor is a terminal.
 bool IsTerminal(int descriptor);
@@ -15,4 +15,4 @@ int TerminalWidth(int descriptor);
 /// no NO_COLOR in the environment.
 bool UseColor(EWhen when, int descriptor);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

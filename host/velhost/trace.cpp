@@ -14,7 +14,7 @@
 #include "host/model/hostservices.h"
 #include "host/velhost/messages.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -115,4 +115,4 @@ void TTrace::Finish() {
   if (file_) file_->Finish();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "host/output/iinstancewriter.h"
 #include "host/velhost/commandline.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// {"severity":3,"level":"debug","message":"..."} and a newline; bytes that are no UTF-8 show as U+FFFD.
 std::string FormatTraceJson(ILogger::EVELLogSeverity severity, const std::string& message);
@@ -37,4 +37,4 @@ class TTrace {
   std::unique_ptr<TFile> file_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "host/base/nearestname.h"
 #include "host/base/unsafetext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -205,4 +205,4 @@ std::string DidYouMean(const std::string& word, const std::vector<std::string>& 
 
 std::string QuotedWord(const std::string& word) { return "\"" + SafeText(word) + "\""; }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

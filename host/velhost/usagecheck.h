@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// One option, under each of its names.
 struct TOptionUse {
@@ -37,4 +37,4 @@ std::string DidYouMean(const std::string& word, const std::vector<std::string>& 
 /// A word of the command line as a message shows it: in quotes, safe for a terminal.
 std::string QuotedWord(const std::string& word);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

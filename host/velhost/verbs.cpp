@@ -13,7 +13,7 @@
 #include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -92,4 +92,4 @@ EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& instal
   throw THostError(EExitStatus::kInternal, "unknown command");
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

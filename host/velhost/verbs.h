@@ -5,9 +5,9 @@
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Carries out the command. Results go to standard output. Throws THostError.
 EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& installation);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

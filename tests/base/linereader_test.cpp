@@ -2,7 +2,7 @@
 
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 /// Each line, with a "|" where it has its newline.
@@ -33,4 +33,4 @@ TEST(LineReader, GoesOverTheEndsOfPieces) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 constexpr std::array<std::string_view, 4> kNames = {"machine_type", "bmc_node", "dot", "data"};
@@ -69,4 +69,4 @@ TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -17,7 +17,7 @@
 
 #include "tests/model/expectfailure.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 namespace fs = std::filesystem;
@@ -236,4 +236,4 @@ TEST(MemoryReader, FailsAsAFileReaderDoes) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TTextDiagnostic At(std::uint32_t line, std::uint32_t column, const std::string& sourceLine) {
@@ -140,4 +140,4 @@ TEST(LineOf, LeavesOutEitherLineEnd) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

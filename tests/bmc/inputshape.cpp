@@ -11,6 +11,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 
 struct TNamedFactory {
   std::string name;
@@ -141,4 +141,4 @@ TEST_P(ServiceProcessorSuite, TakesNoDotCommands) {
   ExpectNoAnswer(SendDot(Processor(), 0, BlockCommand(4096), 4096));
 }
 
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -6,7 +6,7 @@
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 /// The simulator behind supervision and a fault injector whose one fault strikes never.
@@ -99,4 +99,4 @@ INSTANTIATE_TEST_SUITE_P(Host, ServiceProcessorSuite,
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -5,7 +5,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 class SizeLimit : public testing::Test, private IExchangeObserver {
@@ -84,4 +84,4 @@ TEST_F(SizeLimit, LeavesOtherAnswersAlone) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -5,7 +5,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 class Library : public testing::Test {
@@ -253,4 +253,4 @@ TEST(StopSignal, EndsTheLongestWaitAtItsDeadline) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -5,7 +5,7 @@
 #include "host/bmc/sim/serverfile.h"
 #include "tests/support/stoppingreader.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using testsupport::LooksThatEnd;
@@ -30,4 +30,4 @@ TEST(StopReading, EndsARecordingBetweenItsLines) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -17,7 +17,7 @@
 
 #include "host/velhost/simulate.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 
 /// For the beginning of a test: there is nothing to run against without the package openipmi.
 #define SKIP_WITHOUT_IPMI_SIM()                                            \
@@ -147,4 +147,4 @@ class TRunningSimulator {
   std::string printed_;
 };
 
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

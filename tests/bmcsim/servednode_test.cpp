@@ -2,7 +2,7 @@
 
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 constexpr const char* kServer = R"(
@@ -130,4 +130,4 @@ TEST(ReasonNotToServe, NoDriver) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

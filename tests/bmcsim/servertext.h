@@ -7,7 +7,7 @@
 
 #include "host/bmc/sim/serverfile.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 
 template <typename TBytesOf>
 std::string HexPairs(const TBytesOf& bytes) {
@@ -38,4 +38,4 @@ inline std::string ServerText(const TServerFile& server) {
   return text.str();
 }
 
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

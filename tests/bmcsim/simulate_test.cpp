@@ -9,7 +9,7 @@
 #include "host/velhost/ipmisim.h"
 #include "tests/bmcsim/runningsimulator.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using testing::HasSubstr;
@@ -282,4 +282,4 @@ TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

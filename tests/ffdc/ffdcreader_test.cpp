@@ -11,6 +11,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 const TBytes kHandle = {1, 0, 0, 0};

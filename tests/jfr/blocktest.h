@@ -53,7 +53,7 @@ class TBlockTest : public TPartTest {
   /// Another namespace, for a second class of the same name.
   void StartAnew() {
     collector.reset();
-    ns = NKROVEL20::TNamespace::Create();
+    ns = velhost::TNamespace::Create();
     ns->SetMachineType(environment.machineType);
     AddBases();
   }

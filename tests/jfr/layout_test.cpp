@@ -12,6 +12,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 struct TTransportFields {

@@ -8,6 +8,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 class TJfrTrace : public TPluginTest {

@@ -8,6 +8,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 const char* const kUnable = "Unable to communicate with system management hardware. Could not collect register data.";

@@ -10,7 +10,7 @@
 #include "tests/bmc/sharedsuite.h"
 #include "tests/bmcsim/servertext.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 TSystemSmbios Smbios() {
@@ -100,4 +100,4 @@ TEST(Driver, DeviceOfAnotherUserIsDenied) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -8,7 +8,7 @@
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 template <typename TOperation>
@@ -60,4 +60,4 @@ TEST(AssertionFailure, BothOfBoostsHandlersThrowIt) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "tests/model/expectfailure.h"
 #include "tests/model/schemabuilder.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using TNames = std::vector<std::string>;
@@ -205,4 +205,4 @@ TEST(CaseInsensitive, FoldsAsciiLettersAlone) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "tests/model/expectfailure.h"
 #include "tests/model/schemabuilder.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using TType = TCIMValue::TCIMType;
@@ -157,4 +157,4 @@ TEST_F(CimInstance, AnUncommittedInstanceIsDropped) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Runs the operation and expects a TVELException with that status and that noted detail.
 template <typename TOperation>
@@ -39,4 +39,4 @@ void ExpectHostError(EExitStatus status, const std::string& message, const TOper
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

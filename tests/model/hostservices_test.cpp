@@ -12,7 +12,7 @@
 #include "nkrovel20/tosspecific.h"
 #include "nkrovel20/trootobject.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 class TFixedEnvironment : public IHostEnvironment {
@@ -91,4 +91,4 @@ TEST_F(HostServices, TheSystemsTimeCarriesTheProcesssZone) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 
 #include "host/model/classdefinition.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 using TQualifiers = std::vector<std::pair<std::string, TCIMValue>>;
 
@@ -64,4 +64,4 @@ inline TClassBuilder Class(const std::string& name, const std::string& superClas
   return builder;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

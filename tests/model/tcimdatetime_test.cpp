@@ -4,7 +4,7 @@
 
 #include "tests/model/expectfailure.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(TCIMDateTime, PrintsAsACimDatetime) {
@@ -106,4 +106,4 @@ TEST(TCIMDateTime, CopiesAreIndependent) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

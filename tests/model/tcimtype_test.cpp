@@ -5,7 +5,7 @@
 #include "nkrovel20/tcimvalue.h"
 #include "tests/model/expectfailure.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using TType = TCIMValue::TCIMType;
@@ -56,4 +56,4 @@ TEST(TCIMType, CopiesCompareEqual) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

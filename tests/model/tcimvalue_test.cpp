@@ -7,7 +7,7 @@
 
 #include "tests/model/expectfailure.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using TType = TCIMValue::TCIMType;
@@ -252,4 +252,4 @@ TEST(TCIMValue, MapsAreWalkedInAscendingOrderOfNames) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

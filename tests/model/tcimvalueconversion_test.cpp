@@ -8,7 +8,7 @@
 #include "nkrovel20/tcimvalue.h"
 #include "tests/model/expectfailure.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using TType = TCIMValue::TCIMType;
@@ -234,4 +234,4 @@ TEST(TCIMValueConversion, ConversionsWithoutAMeaningAreRefused) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(TraceLogger, SeveritiesHaveTheirWords) {
@@ -79,4 +79,4 @@ TEST(TraceLogger, WithoutASinkLinesGoNowhere) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 
 #include "host/model/failuredetail.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(TVELStatusCode, EachNumberHasItsText) {
@@ -67,4 +67,4 @@ TEST(FailureDetail, BelongsToItsThread) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

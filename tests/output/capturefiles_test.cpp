@@ -4,7 +4,7 @@
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TCaptureFolderTest : public TOutputTest {
@@ -112,4 +112,4 @@ TEST(TDecodeHexPairsTest, RefusesEveryOtherText) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -1,7 +1,7 @@
 #include "host/output/objectpath.h"
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TCimXmlWriterTest : public TAwkwardTest {
@@ -130,4 +130,4 @@ TEST(TObjectPathTest, RefusesEverythingElse) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 
 struct TToolResult {
   int exitStatus;      ///< -1 where it did not end by itself
@@ -34,4 +34,4 @@ class TTemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

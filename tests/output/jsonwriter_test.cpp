@@ -1,6 +1,6 @@
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TJsonValueTest : public TOutputTest {
@@ -161,4 +161,4 @@ TEST_F(TJsonWriterTest, ListsInheritedPropertiesFirst) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

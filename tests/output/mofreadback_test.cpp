@@ -4,7 +4,7 @@
 #include "host/schema/schemareader.h"
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 constexpr const char* kSchema = R"(
@@ -133,4 +133,4 @@ TEST_F(TMofReadBackTest, WhatMofCannotSayReadsBackAsTheNearestThing) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -1,6 +1,6 @@
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TMofWriterTest : public TAwkwardTest {
@@ -123,4 +123,4 @@ TEST_F(TMofWriterTest, MarksAnIncompleteInstance) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -14,7 +14,7 @@
 
 #include "tests/output/externaltool.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TOutputFileTest : public testing::Test {
@@ -386,4 +386,4 @@ TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -13,7 +13,7 @@
 #include "host/model/cimnamespace.h"
 #include "host/output/writers.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 
 using TType = TCIMValue::TCIMType;
 using TInstancePtr = boost::shared_ptr<TInstance>;
@@ -64,4 +64,4 @@ class TAwkwardTest : public TOutputTest {
   TInstancePtr Awkward();
 };
 
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -5,7 +5,7 @@
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -216,4 +216,4 @@ TEST_F(TProgressTest, ShowsNamesWithoutDisturbingTheTerminal) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

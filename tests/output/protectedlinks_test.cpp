@@ -13,7 +13,7 @@
 #include "host/output/outputfile.h"
 #include "tests/output/externaltool.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 namespace fs = std::filesystem;
@@ -123,4 +123,4 @@ TEST_F(TProtectedLinksTest, APipeOfAnotherUserIsRefused) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

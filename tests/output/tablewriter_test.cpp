@@ -3,7 +3,7 @@
 #include "host/base/utf8.h"
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TTableWriterTest : public TAwkwardTest {
@@ -230,4 +230,4 @@ TEST_F(TTableWriterTest, KeepsToItsWidth) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

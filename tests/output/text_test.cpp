@@ -8,7 +8,7 @@
 #include "host/output/tablelayout.h"
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 TEST(TUtf8Test, ReadsTheFirstAndLastCharacterOfEachLength) {
@@ -168,4 +168,4 @@ TEST(TSafeTextTest, KeepsTheEndsOfLinesAndTabsOfLines) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -2,7 +2,7 @@
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 
-namespace NKROVEL20::OutputTest {
+namespace velhost::OutputTest {
 namespace {
 
 class TValidityTest : public TAwkwardTest {
@@ -87,4 +87,4 @@ TEST_F(TValidityTest, TheSchemaRefusesWhatIsNoCollection) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::OutputTest
+}  // namespace velhost::OutputTest

@@ -13,6 +13,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 class TDelegation : public TPluginTest {

@@ -10,6 +10,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 class TDispatch : public TDispatchTest {};

@@ -15,6 +15,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 using TCalls = std::vector<std::string>;

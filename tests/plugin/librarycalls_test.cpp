@@ -14,6 +14,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 class TLibraryCalls : public TLibraryTest {};

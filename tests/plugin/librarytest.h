@@ -19,12 +19,12 @@ class TLibraryTest : public ::testing::Test {
  protected:
   TLibraryTest() {
     library = TReplacedHost();
-    NKROVEL20::THostServices::SetCoreLogger(&logger);
+    velhost::THostServices::SetCoreLogger(&logger);
     torgareg::LogMessage::setPluginInstance(&provider);
   }
   ~TLibraryTest() override {
     torgareg::LogMessage::setPluginInstance(nullptr);
-    NKROVEL20::THostServices::SetCoreLogger(nullptr);
+    velhost::THostServices::SetCoreLogger(nullptr);
   }
   // Answers with success and no data until told otherwise.
   static bool Succeed(unsigned char* buffer, int* /*length*/) {
@@ -67,12 +67,12 @@ class TPluginLibraryTest : public TLibraryTest {
   };
 
   TPluginLibraryTest() {
-    NKROVEL20::THostServices::SetPluginManager(boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TManager(provider)));
+    velhost::THostServices::SetPluginManager(boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TManager(provider)));
     plugin = new torgareg::TTORGARegPluginCallbacks();
   }
   ~TPluginLibraryTest() override {
     plugin->PrepareForUnload();
-    NKROVEL20::THostServices::SetPluginManager({});
+    velhost::THostServices::SetPluginManager({});
   }
 
   torgareg::TTORGARegPluginCallbacks* plugin;

@@ -11,6 +11,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 class TLifecycle : public TPluginTest {};

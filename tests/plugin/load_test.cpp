@@ -6,7 +6,7 @@
 #include "host/plugins/pluginloader.h"
 #include "tests/support/collectortest.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using namespace testsupport;
@@ -109,4 +109,4 @@ TEST_F(TLoadedLibrary, WhatItThrowsReachesTheHost) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 #include "tests/model/expectfailure.h"
 #include "tests/plugins/plugins/testplugin.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using testplugin::Register;
@@ -159,4 +159,4 @@ TEST(PluginLoaderDeathTest, TheDefaultHandlerPrintsAndLeavesWithStatus70) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 
 #include "tests/plugins/plugins/testplugin.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using testplugin::TTestPlugin;
@@ -77,4 +77,4 @@ TEST_F(PluginRegistry, IsANamespaceWithoutClasses) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -15,7 +15,7 @@
 #include "tests/model/expectfailure.h"
 #include "tests/model/schemabuilder.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 namespace fs = std::filesystem;
@@ -223,4 +223,4 @@ TEST_F(RealLibrariesDeathTest, AnInitialiserThatThrowsEndsTheProcessWithStatus70
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/model/cimnamespace.h"
 #include "tests/model/schemabuilder.h"
 
-namespace NKROVEL20::CollectorProfile {
+namespace velhost::CollectorProfile {
 namespace {
 
 using TType = TCIMValue::TCIMType;
@@ -103,4 +103,4 @@ TEST_F(CollectionSize, MachineTypesCountForEachClassThatHasThem) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::CollectorProfile
+}  // namespace velhost::CollectorProfile

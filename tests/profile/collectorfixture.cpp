@@ -6,7 +6,7 @@
 #include "host/plugins/pluginloader.h"
 #include "tests/model/schemabuilder.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -97,4 +97,4 @@ void AddRoot(TNamespace& schema) {
       Class("CIM_StatisticalData").Text("InstanceID").Text("ElementName").Text("MachineType").Time("StatisticTime"));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -12,7 +12,7 @@
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TRegisterRead {
   int chip;
@@ -75,4 +75,4 @@ class TCollectorTest : public testing::Test, private IHostEnvironment {
 /// The root of every schema here: CIM_StatisticalData with the four identification properties.
 void AddRoot(TNamespace& schema);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 
 #include "tests/model/schemabuilder.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 namespace Profile = CollectorProfile;
@@ -223,4 +223,4 @@ TEST(CollectorProfileValues, OtherValuesAreNoRegisters) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 #include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 namespace Profile = CollectorProfile;
@@ -175,4 +175,4 @@ TEST_F(GeneratedSchemas, TheProfileSaysWhatTheCollectorServes) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

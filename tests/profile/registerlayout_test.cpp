@@ -7,7 +7,7 @@
 #include "wire/registerblock.h"
 #include "wire/registerread.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 namespace Profile = CollectorProfile;
@@ -186,4 +186,4 @@ TEST_F(RegisterLayout, AValueHasTheProfilesSize) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

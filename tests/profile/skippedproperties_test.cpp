@@ -10,7 +10,7 @@
 #include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using CollectorProfile::EPath;
@@ -116,4 +116,4 @@ TEST_F(SkippedProperties, AClassWithoutASuperclassEndsInAnAssertion) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -25,7 +25,7 @@ class TRegisterTest : public TPartTest {
   /// Another namespace, for a second class of the same name.
   void StartAnew() {
     collector.reset();
-    ns = NKROVEL20::TNamespace::Create();
+    ns = velhost::TNamespace::Create();
     ns->SetMachineType(environment.machineType);
     AddStatisticBase();
   }

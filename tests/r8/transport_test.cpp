@@ -9,6 +9,7 @@ namespace torgareg {
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using namespace testsupport;
 
 // Data of a register read that tells every byte apart: header 81-86, value 01-08, more behind.

@@ -5,6 +5,7 @@
 namespace sweep {
 
 using namespace NKROVEL20;
+using namespace velhost;
 using testsupport::TClassBuilder;
 
 std::vector<std::string> AllClasses() { return {kJfrClass, kBridgeClass, kMemoryClass, kFileClass}; }

@@ -24,16 +24,16 @@ constexpr std::size_t kKeys = 10;       ///< those of register blocks have one t
 /// The four classes, in the order in which they are asked for.
 std::vector<std::string> AllClasses();
 
-boost::shared_ptr<NKROVEL20::TNamespace> MakeSchema(const std::string& machineType);
+boost::shared_ptr<velhost::TNamespace> MakeSchema(const std::string& machineType);
 /// Two service processors with register blocks, two BMC nodes with three storage areas each.
-NKROVEL20::TServerFile MakeServer(const std::string& machineType);
+velhost::TServerFile MakeServer(const std::string& machineType);
 
 /// All properties that are set but a capture file's number, which depends on how many there were
 /// before it.
-std::string TextOf(const NKROVEL20::TInstance& instance);
+std::string TextOf(const velhost::TInstance& instance);
 /// Class and instance of the R8 path, class of the JFR path, file and node of the FFDC path.
-std::string KeyOf(const NKROVEL20::TInstance& instance);
+std::string KeyOf(const velhost::TInstance& instance);
 /// Empty where it is not set.
-std::string PropertyText(const NKROVEL20::TInstance& instance, const char* name);
+std::string PropertyText(const velhost::TInstance& instance, const char* name);
 
 }  // namespace sweep

@@ -16,6 +16,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 constexpr int kLongest = 300;  // of IPMI response lengths; the buffer has 256 bytes
 constexpr int kLongestDot = 70'000;

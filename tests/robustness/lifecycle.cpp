@@ -30,6 +30,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 namespace fs = std::filesystem;
 
 // In sanitizer builds a library stays mapped, and what is mapped is not initialised again; malloc's

@@ -10,6 +10,7 @@
 namespace sweep {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

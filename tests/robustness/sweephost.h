@@ -31,9 +31,9 @@ using TDotTamper =
     std::function<EDotAnswer(std::span<std::uint8_t> response, std::span<const std::uint8_t> before, int& length)>;
 
 /// Passes exchanges on and hurts those at the chosen places, counted from 0 over the whole run.
-class TTamperer : public NKROVEL20::IServiceProcessor {
+class TTamperer : public velhost::IServiceProcessor {
  public:
-  explicit TTamperer(NKROVEL20::IServiceProcessor& inner) : inner_(inner) {}
+  explicit TTamperer(velhost::IServiceProcessor& inner) : inner_(inner) {}
   /// From this many exchanges on every one is refused, as in a run whose deadline has passed.
   void SetLimit(std::size_t limit) { limit_ = limit; }
   void Reset() {
@@ -53,14 +53,14 @@ class TTamperer : public NKROVEL20::IServiceProcessor {
   bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
   bool CheckCommunication() override { return inner_.CheckCommunication(); }
   int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const NKROVEL20::TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const velhost::TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const NKROVEL20::TStopSignal& stop) override;
+               const velhost::TStopSignal& stop) override;
 
  private:
   bool IsRefused(std::size_t place, int serviceProcessor) const;
 
-  NKROVEL20::IServiceProcessor& inner_;
+  velhost::IServiceProcessor& inner_;
   std::size_t count_ = 0;
   std::size_t limit_ = static_cast<std::size_t>(-1);
   std::map<std::size_t, TIpmiTamper> ipmi_;
@@ -86,7 +86,7 @@ struct TOutcome {
   long allocations = 0;  ///< that collector and host asked for during GetData
 };
 
-class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
+class THost : public NKROVEL20::ILogger, public velhost::IHostEnvironment {
  public:
   explicit THost(const std::string& machineType);
   ~THost() override;
@@ -95,14 +95,14 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
   /// A request for the class of register blocks alone.
   TOutcome RunRegisterBlocks();
   /// Those of one run more, in commit order.
-  std::vector<boost::shared_ptr<const NKROVEL20::TInstance>> Instances();
+  std::vector<boost::shared_ptr<const velhost::TInstance>> Instances();
   /// The clean run's exchanges, in order.
   const std::vector<TExchangeNote>& Exchanges() const { return exchanges_; }
   TTamperer& Tamperer() { return tamperer_; }
   /// What is refused in runs from now on. The host's own part, which takes instances and lines, has
   /// what it needs.
   void RefuseAllocations(allocation::TPlan plan) { plan_ = plan; }
-  const boost::shared_ptr<NKROVEL20::TNamespace>& Schema() const { return schema_; }
+  const boost::shared_ptr<velhost::TNamespace>& Schema() const { return schema_; }
 
   void Log(EVELLogSeverity severity, const std::string& message) override;
   std::string MachineType() override { return machineType_; }
@@ -114,9 +114,9 @@ class THost : public NKROVEL20::ILogger, public NKROVEL20::IHostEnvironment {
   TOutcome Collect(const std::vector<std::string>& classes);
 
   std::string machineType_;
-  NKROVEL20::TSimulatedServer server_;
+  velhost::TSimulatedServer server_;
   TTamperer tamperer_;
-  boost::shared_ptr<NKROVEL20::TNamespace> schema_;
+  boost::shared_ptr<velhost::TNamespace> schema_;
   torgareg::TTORGARegPluginCallbacks* plugin_;
   std::vector<TExchangeNote> exchanges_;
   allocation::TPlan plan_;

@@ -13,6 +13,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 class TStandardOutput : public ITextSink {
  public:

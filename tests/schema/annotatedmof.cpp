@@ -5,7 +5,7 @@
 #include <optional>
 #include <regex>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -188,4 +188,4 @@ std::vector<std::string> TAnnotatedCase::Of(std::string_view kind) const {
 
 TAnnotatedMof ParseAnnotatedMof(std::string_view text) { return TParser().Parse(text); }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TAnnotatedText {
   std::string path;
@@ -46,4 +46,4 @@ struct TAnnotatedMof {
 
 TAnnotatedMof ParseAnnotatedMof(std::string_view text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 
 #include "tests/schema/casejudge.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using testing::ElementsAre;
@@ -124,4 +124,4 @@ TEST(AnnotatedMof, WhatIsNotWellFormedIsSaid) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

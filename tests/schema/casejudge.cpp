@@ -7,7 +7,7 @@
 
 #include "tests/schema/schemastatements.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -130,4 +130,4 @@ std::vector<std::string> Differences(const TAnnotatedCase& annotated) {
   return differences;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,10 +6,10 @@
 
 #include "tests/schema/annotatedmof.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// "LINE: not reported: DIAGNOSTIC", "LINE: not annotated: DIAGNOSTIC" and the like, one for each difference; LINE is
 /// that of the annotated file.
 std::vector<std::string> Differences(const TAnnotatedCase& annotated);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

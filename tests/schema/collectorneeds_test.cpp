@@ -3,7 +3,7 @@
 
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 const std::string kCollectorQualifiers =
@@ -300,4 +300,4 @@ TEST(CollectorNeeds, MachineTypesOfAllClassesTogether) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

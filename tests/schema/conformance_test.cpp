@@ -8,7 +8,7 @@
 
 #include "tests/schema/casejudge.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 namespace fs = std::filesystem;
@@ -53,4 +53,4 @@ TEST(ConformanceCases, AreNotLost) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -10,7 +10,7 @@
 #include "host/schema/schemacheck.h"
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 const std::string kNotShown =
@@ -21,7 +21,7 @@ class TOutside {
   explicit TOutside(const std::string& text, const std::string& inside = "") {
     schema_.File("in/a.mof", "#pragma include(\"../secret\")\n" + inside).File("secret", text);
   }
-  std::string Shown() { return NKROVEL20::Shown(schema_.Read({"in/a.mof"})); }
+  std::string Shown() { return velhost::Shown(schema_.Read({"in/a.mof"})); }
 
  private:
   TSchemaText schema_;
@@ -186,4 +186,4 @@ TEST_F(HiddenLinks, TheCurrentFolderHasNoName) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

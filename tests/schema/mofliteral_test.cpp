@@ -3,7 +3,7 @@
 
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 struct TRangeCase {
@@ -253,4 +253,4 @@ TEST(NullLiteral, FitsEveryType) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

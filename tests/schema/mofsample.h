@@ -1,7 +1,7 @@
 // A schema that uses the whole of the language; also what the truncation and mutation tests start from.
 #pragma once
 
-namespace NKROVEL20 {
+namespace velhost {
 
 inline const char* const kMofSample = R"MOF(// Copyright line
 /* Block comment ** with stars /* and no nesting */
@@ -76,4 +76,4 @@ instance of CIM_Setting as $Second { [Description("here")] InstanceID = "two"; }
 instance of CIM_ElementSetting { Element = $First; Setting = "CIM_Setting.InstanceID=\"two\""; };
 )MOF";
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace NKROVEL20::Mof {
+namespace velhost::Mof {
 namespace {
 
 std::size_t Bad(const std::string& text) { return FindBadByte(text, 0); }
@@ -79,4 +79,4 @@ TEST(TakeCharacter, SizesAndCodes) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Mof
+}  // namespace velhost::Mof

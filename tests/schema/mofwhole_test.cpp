@@ -3,7 +3,7 @@
 
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(MofWhole, ReadsWithoutAWord) { EXPECT_EQ(Shown(ReadText(kMofSample)), ""); }
@@ -30,4 +30,4 @@ TEST(MofWhole, LineEndsOfOtherSystems) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(NameHint, NearestOfTheOffered) {
@@ -50,4 +50,4 @@ TEST(NameHint, NothingIsWantedOnceNoStepIsLeft) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

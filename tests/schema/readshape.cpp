@@ -11,6 +11,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 void Read(const TSchemaShape& shape, int size) {
   TMemoryReader reader;

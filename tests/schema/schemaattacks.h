@@ -4,7 +4,7 @@
 
 #include "tests/schema/schemashapes.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// "{ "a text", ... }" of 20 elements for each one of `count`, and then `last`.
 inline std::string LongList(int count, const std::string& last = "\"end\"") {
@@ -110,4 +110,4 @@ inline const std::vector<TSchemaShape> kSchemaAttacks = {
      [](int n) { return Repeated(n, [](auto& i) { return "#pragma include(\"none" + i + ".mof\")\n"; }); }},
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,7 +3,7 @@
 
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 class TStringSink : public ITextSink {
@@ -102,4 +102,4 @@ TEST(SchemaCheck, PathsWithoutALineAreAllNamed) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

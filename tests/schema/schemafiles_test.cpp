@@ -10,7 +10,7 @@
 #include "host/base/hosterror.h"
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 std::string ClassNames(const TSchemaResult& result) {
@@ -222,4 +222,4 @@ TEST_F(SchemaFolder, ThatMayNotBeRead) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -9,7 +9,7 @@
 
 #include "host/schema/schemareader.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Qualifiers that most tests need, on one line, so that line 2 is the first of the test's own text.
 inline const std::string kQualifiers =
@@ -74,4 +74,4 @@ inline std::string DefaultOf(const std::string& type, const std::string& literal
   return PropertyOf(result, "A", "p").defaultValue.ToString(10);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

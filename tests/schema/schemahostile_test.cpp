@@ -8,7 +8,7 @@
 #include "tests/schema/mofsample.h"
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 // Reads and checks; what makes a schema unreadable must be said, with a place inside the text.
@@ -126,4 +126,4 @@ TEST(SchemaHostile, MachineryStaysInBoundsOfTheModel) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TSchemaShape {
   const char* name;
@@ -108,4 +108,4 @@ inline const std::vector<TSchemaShape> kSchemaShapes = {
      }},
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

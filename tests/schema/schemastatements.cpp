@@ -9,7 +9,7 @@
 
 #include "host/schema/moftext.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -274,4 +274,4 @@ TStatements TSchemaStatements::Values() const {
   return statements;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 #include "host/schema/classbuilder.h"
 #include "host/schema/schemareader.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 using TStatements = std::vector<std::string>;
 
@@ -51,4 +51,4 @@ class TSchemaStatements {
 /// VALUE as README.md describes it.
 std::string ValueStatement(const TCIMValue& value);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -2,7 +2,7 @@
 #include "host/schema/schemacheck.h"
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(ShippedSchema, HasNoFindings) {
@@ -14,4 +14,4 @@ TEST(ShippedSchema, HasNoFindings) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 #include "host/schema/schemareader.h"
 #include "tests/support/stoppingreader.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(StopReading, EndsASchemaAmongItsTokensClassesAndInstances) {
@@ -23,4 +23,4 @@ TEST(StopReading, EndsASchemaAmongItsTokensClassesAndInstances) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

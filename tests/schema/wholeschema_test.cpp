@@ -6,7 +6,7 @@
 
 #include "tests/schema/schemafixture.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 class WholeSchema : public testing::Test {
@@ -37,4 +37,4 @@ TEST_F(WholeSchema, IsReadWithoutAFinding) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

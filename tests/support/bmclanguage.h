@@ -14,7 +14,7 @@
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/serverfile.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -159,4 +159,4 @@ std::string MessageOf(TAction action, EExitStatus status = EExitStatus::kBadData
   return {};
 }
 
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

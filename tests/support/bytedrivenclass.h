@@ -34,7 +34,7 @@ void CheckCollection(TCollector& collector, TCheck check) {
   std::vector<NKROVEL20::TPropertyMap> maps;
   try {
     maps = collector.getData();
-  } catch (const NKROVEL20::TAssertionFailure&) {
+  } catch (const velhost::TAssertionFailure&) {
     return;
   }
   for (const NKROVEL20::TPropertyMap& map : maps) check(map);

@@ -35,7 +35,7 @@ class TByteStream {
 /// Each exchange takes a control byte: 0 answers well, and its bits ask for a lost answer (1), a
 /// completion code (2), a lie in byte 5 (4) and a lie in the length (8). When the bytes are used up
 /// every exchange is lost, so that every collection ends.
-class TByteDrivenServiceProcessor : public NKROVEL20::IServiceProcessor {
+class TByteDrivenServiceProcessor : public velhost::IServiceProcessor {
  public:
   explicit TByteDrivenServiceProcessor(TByteStream& bytes) : bytes_(bytes) {}
 
@@ -49,7 +49,7 @@ class TByteDrivenServiceProcessor : public NKROVEL20::IServiceProcessor {
   int DiscoverServiceProcessors() override { return serviceProcessors; }
 
   bool SendIpmi(int /*node*/, wire::TCommandBuffer& buffer, int& length,
-                const NKROVEL20::TStopSignal& /*stop*/) override {
+                const velhost::TStopSignal& /*stop*/) override {
     using TBuffer = wire::TCommandBuffer;
     if (bytes_.AtEnd()) return false;
     const unsigned int control = bytes_.Next();
@@ -64,7 +64,7 @@ class TByteDrivenServiceProcessor : public NKROVEL20::IServiceProcessor {
   }
 
   bool SendDot(int /*serviceProcessor*/, const NKROVEL20::dotCmd& /*command*/, std::span<std::uint8_t> response,
-               int& length, const NKROVEL20::TStopSignal& /*stop*/) override {
+               int& length, const velhost::TStopSignal& /*stop*/) override {
     if (bytes_.AtEnd()) return false;
     const unsigned int control = bytes_.Next();
     const std::size_t size = std::min<std::size_t>(bytes_.Next16(), response.size());

@@ -52,7 +52,7 @@ class TClassBuilder {
 
   /// A scalar property without qualifiers.
   TClassBuilder& Scalar(const std::string& name, TType type) {
-    NKROVEL20::TPropertyDefinition property;
+    velhost::TPropertyDefinition property;
     property.name = name;
     property.type = type;
     definition_.properties.push_back(property);
@@ -62,7 +62,7 @@ class TClassBuilder {
   TClassBuilder& Array(const std::string& name,
                        const std::vector<std::pair<std::string, NKROVEL20::TCIMValue>>& qualifiers,
                        TType type = TType::kUint8) {
-    NKROVEL20::TPropertyDefinition property;
+    velhost::TPropertyDefinition property;
     property.name = name;
     property.type = type;
     property.isArray = true;
@@ -99,10 +99,10 @@ class TClassBuilder {
     return *this;
   }
 
-  operator const NKROVEL20::TClassDefinition&() const { return definition_; }  // NOLINT: reads as the class itself
+  operator const velhost::TClassDefinition&() const { return definition_; }  // NOLINT: reads as the class itself
 
  private:
-  NKROVEL20::TClassDefinition definition_;
+  velhost::TClassDefinition definition_;
 };
 
 }  // namespace testsupport

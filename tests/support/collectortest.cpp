@@ -7,6 +7,7 @@
 namespace testsupport {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 TPluginManagerProvider* TFakePluginManager::RegisterPlugin(IPluginCallbacks* plugin) {
   if (onRegister) onRegister();

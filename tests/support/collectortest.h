@@ -33,7 +33,7 @@ class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
   bool refuses = false;              ///< answers with a null handle
 };
 
-class TFakeEnvironment : public NKROVEL20::IHostEnvironment {
+class TFakeEnvironment : public velhost::IHostEnvironment {
  public:
   std::string MachineType() override {
     ++machineTypeQueries;
@@ -58,7 +58,7 @@ class TCollectorTest : public ::testing::Test {
 
   /// The machine type for the dispatcher (the host's) and for the collectors (the namespace's).
   void SetMachineType(const std::string& machineType);
-  boost::shared_ptr<NKROVEL20::TCIMClass> Class(const std::string& name) const { return ns->FindClass(name); }
+  boost::shared_ptr<velhost::TCIMClass> Class(const std::string& name) const { return ns->FindClass(name); }
   /// The root class of the register classes, with the four identification properties.
   void AddStatisticBase() { ns->AddClass(TClassBuilder("KROSG_StatisticBase").Identification()); }
   void AddCaptureClass() { ns->AddClass(TClassBuilder("KROSG_DCAPFile").CaptureProperties()); }
@@ -67,12 +67,12 @@ class TCollectorTest : public ::testing::Test {
   TFakeEnvironment environment;
   TScriptedServiceProcessor sp;
   boost::shared_ptr<TFakePluginManager> pluginManager;
-  boost::shared_ptr<NKROVEL20::TNamespace> ns;
-  std::vector<boost::shared_ptr<const NKROVEL20::TInstance>> committed;
+  boost::shared_ptr<velhost::TNamespace> ns;
+  std::vector<boost::shared_ptr<const velhost::TInstance>> committed;
 };
 
 /// The text of a property of an instance; "(not set)" where it is not set.
-std::string TextOf(const NKROVEL20::TInstance& instance, const std::string& property);
+std::string TextOf(const velhost::TInstance& instance, const std::string& property);
 /// The numbers in an array value.
 std::vector<unsigned int> NumbersOf(const NKROVEL20::TCIMValue& value);
 

@@ -22,10 +22,10 @@ using TType = NKROVEL20::TCIMValue::TCIMType;
 inline std::string Repaired(const std::string& text, bool isXml) {
   std::string repaired;
   for (std::size_t at = 0; at < text.size();) {
-    const NKROVEL20::TCodePoint point = NKROVEL20::NextCodePoint(text, at);
+    const velhost::TCodePoint point = velhost::NextCodePoint(text, at);
     const bool isControl = point.value < 0x20 && point.value != '\t' && point.value != '\n' && point.value != '\r';
     const bool isLost = !point.valid || (isXml && (isControl || point.value == 0xFFFE || point.value == 0xFFFF));
-    repaired += isLost ? std::string(NKROVEL20::kReplacementText) : text.substr(at, point.size);
+    repaired += isLost ? std::string(velhost::kReplacementText) : text.substr(at, point.size);
     at += point.size;
   }
   return repaired;
@@ -47,7 +47,7 @@ inline nlohmann::json JsonOf(const NKROVEL20::TCIMValue& value) {
     case TType::kReal64: return std::isfinite(value.ToReal()) ? nlohmann::json(value.ToReal()) : nlohmann::json();
     case TType::kChar16: {
       std::string text;
-      NKROVEL20::AppendUtf8(text, static_cast<char32_t>(value.ToInteger()));
+      velhost::AppendUtf8(text, static_cast<char32_t>(value.ToInteger()));
       return text;
     }
     default: return Repaired(value.ToString(10), false);
@@ -55,7 +55,7 @@ inline nlohmann::json JsonOf(const NKROVEL20::TCIMValue& value) {
 }
 
 /// Every property that is set, by name.
-inline nlohmann::json PropertiesOf(const NKROVEL20::TInstance& instance) {
+inline nlohmann::json PropertiesOf(const velhost::TInstance& instance) {
   nlohmann::json properties = nlohmann::json::object();
   for (std::size_t i = 0; i < instance.Class().Properties().size(); ++i) {
     if (!instance.IsSet(i)) continue;
@@ -93,9 +93,9 @@ inline void RequireXml(const std::string& text, const nlohmann::json& properties
       Require(std::strtod(shown.c_str(), nullptr) == value.get<double>());
     } else if (value.is_null()) {
       Require(shown == "INF" || shown == "-INF" || shown == "NaN");
-    } else if (name == "Time" && !NKROVEL20::IsCimDateTime(value.get<std::string>())) {
+    } else if (name == "Time" && !velhost::IsCimDateTime(value.get<std::string>())) {
       Require(!property.child("VALUE"));
-    } else if (name == "Path" && NKROVEL20::ParseObjectPath(value.get<std::string>())) {
+    } else if (name == "Path" && velhost::ParseObjectPath(value.get<std::string>())) {
       Require(property.name() == std::string("PROPERTY.REFERENCE") && property.child("VALUE.REFERENCE"));
     } else {
       Require(shown == Repaired(value.get<std::string>(), true));

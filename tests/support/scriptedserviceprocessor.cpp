@@ -10,6 +10,7 @@
 namespace testsupport {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 namespace {
 

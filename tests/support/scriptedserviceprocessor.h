@@ -12,7 +12,7 @@ namespace testsupport {
 
 /// Every exchange must be the script's next step, byte for byte; any other is reported and gets no
 /// answer. Steps that are left at the end fail the test in the destructor.
-class TScriptedServiceProcessor : public NKROVEL20::IServiceProcessor {
+class TScriptedServiceProcessor : public velhost::IServiceProcessor {
  public:
   TScriptedServiceProcessor() = default;
   ~TScriptedServiceProcessor() override;
@@ -40,9 +40,9 @@ class TScriptedServiceProcessor : public NKROVEL20::IServiceProcessor {
   bool TakesDotCommands() override;
   bool CheckCommunication() override;
   int DiscoverServiceProcessors() override;
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const NKROVEL20::TStopSignal& stop) override;
+  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const velhost::TStopSignal& stop) override;
   bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const NKROVEL20::TStopSignal& stop) override;
+               const velhost::TStopSignal& stop) override;
 
  private:
   bool Advance(bool isDot, int target, const TBytes& request, TStep& step);

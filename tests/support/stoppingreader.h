@@ -8,12 +8,12 @@
 
 namespace testsupport {
 
-class TStoppingReader : public NKROVEL20::TMemoryReader {
+class TStoppingReader : public velhost::TMemoryReader {
  public:
   void StopAt(std::size_t look) { looks_ = 0, last_ = look; }
   std::size_t Looks() const { return looks_; }
   void CheckStop() override {
-    if (++looks_ == last_) throw NKROVEL20::TEndedReading(NKROVEL20::EExitStatus::kPartial, "stopped");
+    if (++looks_ == last_) throw velhost::TEndedReading(velhost::EExitStatus::kPartial, "stopped");
   }
 
  private:
@@ -32,7 +32,7 @@ std::size_t LooksThatEnd(TStoppingReader& reader, TRead&& read) {
     try {
       read();
       return 0;
-    } catch (const NKROVEL20::TEndedReading&) {
+    } catch (const velhost::TEndedReading&) {
     }
   }
   return looks;

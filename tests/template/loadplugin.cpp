@@ -9,6 +9,7 @@
 namespace {
 
 using namespace NKROVEL20;
+using namespace velhost;
 
 boost::shared_ptr<TNamespace> MakeNamespace() {
   TClassDefinition sample;

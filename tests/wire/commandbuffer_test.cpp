@@ -9,7 +9,7 @@
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(IPMICommandBuffer, StartsAllZeroWithOneSpareByte) {
@@ -85,4 +85,4 @@ TEST(WireConstants, StorageAreas) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -8,7 +8,7 @@
 #include "host/base/hosterror.h"
 #include "host/bmc/commandframe.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -167,4 +167,4 @@ std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& de
                                                   WhatSmbiosSays(smbios) + "\n" + kLoadDriver);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/bmc/inband/ipmidriver.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/smbios/systemsmbios.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// How long one answer may take. The driver gives up on a BMC's system interface after about as long.
 inline constexpr std::chrono::milliseconds kInbandAnswerTime{5000};
@@ -23,7 +23,7 @@ inline constexpr std::chrono::milliseconds kInbandAnswerTime{5000};
 /// during a later exchange; it is told by its message number and dropped. Where the driver itself
 /// makes up a completion code for a BMC that is silent (0xC3, 0xFF), that code is the answer: there
 /// is no telling it from one that the BMC gave.
-class NKROVEL20_API TInbandServiceProcessor : public IServiceProcessor {
+class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
  public:
   /// Opens each device. Throws THostError: kNoPermission where access is refused, else kUnavailable.
   TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver, const std::vector<std::string>& devices);
@@ -58,13 +58,13 @@ class NKROVEL20_API TInbandServiceProcessor : public IServiceProcessor {
 };
 
 /// The device of "inband:/dev/ipmiN", empty for "inband". Throws THostError (kUsage) for anything else.
-NKROVEL20_API std::string ParseInbandSpec(const std::string& spec);
+VELHOST_API std::string ParseInbandSpec(const std::string& spec);
 
 /// Opens the devices in order; an empty name stands for every device there is. Throws THostError:
 /// kNoPermission where access is refused; kUnavailable where a device cannot be opened, or where all
 /// are asked for, there is none, and `smbios` declares no IPMI device either.
-NKROVEL20_API std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices,
-                                                            const TSystemSmbios& smbios,
-                                                            std::shared_ptr<IIpmiDriver> driver = LinuxIpmiDriver());
+VELHOST_API std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices,
+                                                          const TSystemSmbios& smbios,
+                                                          std::shared_ptr<IIpmiDriver> driver = LinuxIpmiDriver());
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -73,4 +73,4 @@ std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names)
   return devices;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

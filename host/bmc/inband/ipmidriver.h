@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API IIpmiDriver {
+class VELHOST_API IIpmiDriver {
  public:
   virtual ~IIpmiDriver();
   /// Every /dev/ipmiN there is, in the order of N.
@@ -31,10 +31,10 @@ class NKROVEL20_API IIpmiDriver {
 };
 
 /// The driver of this machine.
-NKROVEL20_API std::shared_ptr<IIpmiDriver> LinuxIpmiDriver();
+VELHOST_API std::shared_ptr<IIpmiDriver> LinuxIpmiDriver();
 
 /// The names in `names` that are "ipmi" and a number, as paths under /dev, in the order of the
 /// numbers; device 10 stands behind device 9.
-NKROVEL20_API std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names);
+VELHOST_API std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

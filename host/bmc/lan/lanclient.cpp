@@ -8,7 +8,7 @@
 #include "host/base/hosterror.h"
 #include "host/bmc/lan/lanmodule.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -56,4 +56,4 @@ std::unique_ptr<IServiceProcessor> OpenLan(const std::vector<TLanOptions>& optio
   return std::make_unique<TLanServiceProcessor>(module, options, stop, std::move(notice));
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -13,7 +13,7 @@
 
 #include "host/bmc/lan/signalsblocked.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -83,4 +83,4 @@ bool TLanInterrupter::InterruptCall() {
   return due || stopped;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

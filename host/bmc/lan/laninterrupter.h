@@ -8,10 +8,10 @@
 #include <mutex>
 #include <thread>
 
+#include "host/base/api.h"
 #include "host/bmc/stopsignal.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// From the moment at which the run is stopped, or it has been inside for the longest time that is
 /// allowed, a thread inside a TScope gets a signal every few milliseconds, so that a system call that it
@@ -21,7 +21,7 @@ namespace NKROVEL20 {
 ///
 /// The LAN exchanges of a run go this way and not by way of TLanWorker: on one processor handing a
 /// call to another thread and its result back costs a tenth of the exchange itself.
-class NKROVEL20_API TLanInterrupter {
+class VELHOST_API TLanInterrupter {
  public:
   /// `stop` outlives it, and has its deadline already. A scope that lasts `longest` is noticed at most
   /// a second later.
@@ -31,7 +31,7 @@ class NKROVEL20_API TLanInterrupter {
   TLanInterrupter& operator=(const TLanInterrupter&) = delete;
 
   /// Marks the calling thread as one to be interrupted. One at a time, and not nested.
-  class NKROVEL20_API TScope {
+  class VELHOST_API TScope {
    public:
     explicit TScope(TLanInterrupter& interrupter);
     ~TScope();
@@ -61,4 +61,4 @@ class NKROVEL20_API TLanInterrupter {
   std::thread watcher_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

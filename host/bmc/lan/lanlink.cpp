@@ -5,7 +5,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -203,4 +203,4 @@ void TLanLink::GiveUp(TLanExchange& exchange, const std::string& why) {
   exchange.notice = name_ + ": the BMC stopped answering during the run, and the session is lost: " + why;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

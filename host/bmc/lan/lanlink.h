@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/bmc/lan/lanmodule.h"
 #include "host/bmc/lan/lanspec.h"
-#include "nkrovel20/api.h"
 #include "wire/commandbuffer.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What the library counts: a session without an answer for so long is dead, and a request is sent again
 /// a millisecond before. A BMC would carry it out twice.
@@ -44,7 +44,7 @@ struct TLanExchange {
 };
 
 /// Blocks, and is used by one thread at a time.
-class NKROVEL20_API TLanLink {
+class VELHOST_API TLanLink {
  public:
   using TClock = std::chrono::steady_clock;
 
@@ -108,4 +108,4 @@ class NKROVEL20_API TLanLink {
   bool givenUp_ = false;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

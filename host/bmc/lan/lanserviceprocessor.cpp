@@ -8,7 +8,7 @@
 #include "host/bmc/lan/lanlink.h"
 #include "host/bmc/lan/lanworker.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -124,4 +124,4 @@ bool TLanServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*com
   return false;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/lan/laninterrupter.h"
 #include "host/bmc/lan/lanmodule.h"
 #include "host/bmc/lan/lanspec.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 enum class ELanNotice {
   kWarning,  ///< what a session does not protect, or what a BMC should not have sent
@@ -24,7 +24,7 @@ using TLanNotice = std::function<void(ELanNotice, const std::string&)>;
 
 /// One node per entry of `options`, one session each for the whole run. The driver counts as
 /// present; no dot commands. Stopping the run ends every wait at once.
-class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
+class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
  public:
   /// Opens all sessions. `stop` outlives it, has its deadline already, and is the one that every
   /// exchange is called with. `module` outlives the process's use of it, since a stopped run leaves
@@ -52,4 +52,4 @@ class NKROVEL20_API TLanServiceProcessor : public IServiceProcessor {
   TLanNotice notice_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -12,7 +12,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -160,4 +160,4 @@ std::string PasswordFileWarning(const std::string& file) {
   return text.str();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/base/secret.h"
 #include "host/base/sourcereader.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// The privilege levels, with their numbers on the wire.
 enum class ELanPrivilege : std::uint8_t { kUser = 2, kOperator = 3, kAdmin = 4 };
@@ -27,29 +27,28 @@ struct TLanOptions {
 /// "lan:[USER@]HOST[:PORT]", an IPv6 address in brackets; a USER may contain "@". Gives host, port
 /// and user. Throws THostError (kUsage), saying what is wrong with which SPEC; for a ":" in USER without
 /// the text after --sp, since a password may be in it.
-NKROVEL20_API TLanOptions ParseLanSpec(const std::string& spec);
+VELHOST_API TLanOptions ParseLanSpec(const std::string& spec);
 
 /// "user", "operator" or "admin"; empty for anything else.
-NKROVEL20_API std::optional<ELanPrivilege> LanPrivilegeOf(const std::string& name);
+VELHOST_API std::optional<ELanPrivilege> LanPrivilegeOf(const std::string& name);
 /// The name of a privilege level.
-NKROVEL20_API const char* NameOf(ELanPrivilege privilege);
+VELHOST_API const char* NameOf(ELanPrivilege privilege);
 
 /// "HOST:PORT", an IPv6 address in brackets: for connections and messages.
-NKROVEL20_API std::string AddressOf(const TLanOptions& options);
+VELHOST_API std::string AddressOf(const TLanOptions& options);
 
 /// Takes a variable out of this process's environment, where it is overwritten. Empty when it is not
 /// set. To be called before there are threads.
-NKROVEL20_API std::optional<TSecret> TakeSecretVariable(const char* name);
+VELHOST_API std::optional<TSecret> TakeSecretVariable(const char* name);
 
 /// The password: the first line of `file` without its end, if `file` is not empty; else `variable`,
 /// what VELHOST_IPMI_PASSWORD said, which may be an empty text. Throws THostError: kUsage where both are
 /// missing or the password is longer than IPMI's 20 bytes, kBadData for a NUL in the file's, else what
 /// reading the file throws. No message contains any of it.
-NKROVEL20_API TSecret LanPassword(const std::string& file, const std::optional<TSecret>& variable,
-                                  ISourceReader& reader);
+VELHOST_API TSecret LanPassword(const std::string& file, const std::optional<TSecret>& variable, ISourceReader& reader);
 
 /// What to warn of when others than its owner can open a password's file; else empty, as for anything
 /// but a regular file.
-NKROVEL20_API std::string PasswordFileWarning(const std::string& file);
+VELHOST_API std::string PasswordFileWarning(const std::string& file);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -15,7 +15,7 @@
 
 #include "host/bmc/lan/signalsblocked.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TLanWorker::TShared {
   TShared() : done(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -98,4 +98,4 @@ bool TLanWorker::Run(std::function<void()> job, const TStopSignal& stop) {
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

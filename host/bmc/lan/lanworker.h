@@ -4,15 +4,15 @@
 #include <functional>
 #include <memory>
 
+#include "host/base/api.h"
 #include "host/bmc/stopsignal.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// One thread, one job at a time. Opening a session cannot be interrupted everywhere; a run that is
 /// stopped leaves the thread behind in its call instead. It ends by itself when the call does, which
 /// the session's time bounds, and whatever the job uses must be owned by the job until then.
-class NKROVEL20_API TLanWorker {
+class VELHOST_API TLanWorker {
  public:
   TLanWorker();
   /// Waits for the thread to end unless it was left behind.
@@ -32,4 +32,4 @@ class NKROVEL20_API TLanWorker {
   bool leftBehind_ = false;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Signals are for the thread that runs the collection; a new thread inherits the mask.
 class TSignalsBlocked {
@@ -22,4 +22,4 @@ class TSignalsBlocked {
   sigset_t before_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

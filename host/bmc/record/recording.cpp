@@ -13,7 +13,7 @@
 #include "host/base/unsafetext.h"
 #include "host/bmc/record/recordingline.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -113,4 +113,4 @@ TCIMDateTime TRecordingEnvironment::LocalTime() {
   return now;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

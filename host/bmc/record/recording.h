@@ -3,6 +3,7 @@
 // man/velhost-recording.5 has the form. A recording holds no credentials: those of a session with
 // a BMC are no part of an exchange.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,12 +12,12 @@
 #include <string_view>
 
 #include "host/base/hosterror.h"
+#include "host/base/textsink.h"
 #include "host/bmc/exchange.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/model/hostservices.h"
-#include "host/output/iinstancewriter.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What a service processor says of itself.
 struct TDiscovery {
@@ -26,7 +27,7 @@ struct TDiscovery {
   bool spComm = false;
   int serviceProcessors = 0;
 };
-NKROVEL20_API TDiscovery Discover(IServiceProcessor& serviceProcessor);
+VELHOST_API TDiscovery Discover(IServiceProcessor& serviceProcessor);
 
 /// The first line of a recording.
 struct TRecordingHeader {
@@ -37,13 +38,13 @@ struct TRecordingHeader {
 };
 
 /// The offset that the C library's `timezone` gives, with the sign of a CIM datetime.
-NKROVEL20_API int ProcessUtcOffsetMinutes();
+VELHOST_API int ProcessUtcOffsetMinutes();
 /// Makes that the offset of the process's time zone for good. Call it while the process has one thread.
-NKROVEL20_API void ApplyUtcOffset(int minutes);
+VELHOST_API void ApplyUtcOffset(int minutes);
 
 /// A file that takes one line with one write: a killed process leaves whole lines, of which the last
 /// may be cut, as a replay expects.
-class NKROVEL20_API TRecordingFile : public ITextSink {
+class VELHOST_API TRecordingFile : public ITextSink {
  public:
   /// Creates or empties the file; THostError (kCannotCreate) where that fails.
   explicit TRecordingFile(const std::string& path);
@@ -60,7 +61,7 @@ class NKROVEL20_API TRecordingFile : public ITextSink {
 
 /// Writes a recording. A write that fails ends the recording but not the exchanges: their caller is
 /// a plugin, which knows nothing of it. The host asks for the failure afterwards.
-class NKROVEL20_API TRecorder : public IExchangeObserver {
+class VELHOST_API TRecorder : public IExchangeObserver {
  public:
   /// Writes the first line. `sink` is not owned; its failure passes on from here.
   TRecorder(ITextSink& sink, const TRecordingHeader& header);
@@ -80,7 +81,7 @@ class NKROVEL20_API TRecorder : public IExchangeObserver {
 };
 
 /// Records the readings of another environment's clock.
-class NKROVEL20_API TRecordingEnvironment : public IHostEnvironment {
+class VELHOST_API TRecordingEnvironment : public IHostEnvironment {
  public:
   /// Neither is owned.
   TRecordingEnvironment(IHostEnvironment& inner, TRecorder& recorder) : inner_(inner), recorder_(recorder) {}
@@ -92,4 +93,4 @@ class NKROVEL20_API TRecordingEnvironment : public IHostEnvironment {
   TRecorder& recorder_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

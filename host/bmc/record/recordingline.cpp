@@ -11,7 +11,7 @@
 #include "host/base/textdiagnostic.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -331,4 +331,4 @@ std::optional<TCIMDateTime> ParseMoment(const std::string& text) {
   }
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

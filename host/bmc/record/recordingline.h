@@ -1,5 +1,6 @@
 // The lines of a recording. The one place that knows the JSON library.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <optional>
@@ -10,7 +11,7 @@
 #include "host/bmc/record/recording.h"
 #include "nkrovel20/tcimdatetime.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 // What one line may hold.
 inline constexpr std::size_t kLongestRecordingLine = std::size_t{4} << 20U;
@@ -51,6 +52,6 @@ TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view 
 TRecordedLine ParseRecordedLine(const std::string& file, std::string_view line, std::uint32_t number);
 
 /// ISO 8601 with an offset, as recordings have it, or the 25 characters of a CIM datetime.
-NKROVEL20_API std::optional<TCIMDateTime> ParseMoment(const std::string& text);
+VELHOST_API std::optional<TCIMDateTime> ParseMoment(const std::string& text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "host/base/textdiagnostic.h"
 #include "host/bmc/record/recordingline.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -181,4 +181,4 @@ TCIMDateTime TReplay::LocalTime() {
   return now_;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,5 +1,6 @@
 // Answers from a recording, in recorded order, instead of a service processor.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstddef>
 #include <memory>
@@ -12,7 +13,7 @@
 #include "host/bmc/record/recording.h"
 #include "host/model/hostservices.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TRecordedLine;
 
@@ -24,7 +25,7 @@ inline constexpr std::size_t kLargestRecordingOfAPipe = std::size_t{64} << 20U; 
 ///
 /// As environment: the recorded machine type, and the recorded readings of the clock. A reading that
 /// was not recorded repeats the one before it, or the recording's start.
-class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment {
+class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
  public:
   /// Checks the whole recording, and reads it again, line by line, as it is asked; of a file no more than
   /// a line is in memory. A line that does not say what it should throws THostError (kBadData) with file,
@@ -87,4 +88,4 @@ class NKROVEL20_API TReplay : public IServiceProcessor, public IHostEnvironment 
   TCIMDateTime now_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -12,7 +12,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/quoted.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -115,4 +115,4 @@ TStoredBytes TReaderFolder::Open(const std::string& name, std::size_t limit) {
   return std::vector<std::uint8_t>(content.begin(), content.end());
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,13 +4,13 @@
 #include <cstddef>
 #include <string>
 
+#include "host/base/api.h"
 #include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
-class NKROVEL20_API IDataFolder {
+class VELHOST_API IDataFolder {
  public:
   virtual ~IDataFolder();
   /// The content of a data file. `name` is relative and has no "..". What cannot be opened, is not a
@@ -20,7 +20,7 @@ class NKROVEL20_API IDataFolder {
 };
 
 /// A folder of the file system. A name leads to files in it or below; no symbolic link leads out.
-class NKROVEL20_API TDataFolder : public IDataFolder {
+class VELHOST_API TDataFolder : public IDataFolder {
  public:
   /// How names are followed: by the kernel, which takes links that stay in the folder, or, for a
   /// kernel without openat2, folder by folder without taking any link.
@@ -41,7 +41,7 @@ class NKROVEL20_API TDataFolder : public IDataFolder {
 };
 
 /// The files of a reader, for tests.
-class NKROVEL20_API TReaderFolder : public IDataFolder {
+class VELHOST_API TReaderFolder : public IDataFolder {
  public:
   /// `reader` is not owned.
   TReaderFolder(const std::string& path, ISourceReader& reader)
@@ -53,4 +53,4 @@ class NKROVEL20_API TReaderFolder : public IDataFolder {
   ISourceReader& reader_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

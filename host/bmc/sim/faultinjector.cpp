@@ -5,7 +5,7 @@
 #include "host/bmc/commandframe.h"
 #include "host/bmc/sim/simulatedserver.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool TFaultInjector::SendDot(int serviceProcessor, const dotCmd& command, std::s
   return inner_.SendDot(serviceProcessor, command, response.first(room), length, stop);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

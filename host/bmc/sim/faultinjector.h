@@ -1,5 +1,6 @@
 // Faults over any service processor: wrong completion codes, lost and shortened answers, delays.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +12,7 @@
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/serverfile.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Every fault counts each exchange that its `on` and `node` match; the first one that is due is
 /// applied to the exchange. What does not take place at all counts for none: an exchange without a
@@ -19,7 +20,7 @@ namespace NKROVEL20 {
 ///
 /// A delay comes before the answer, and stopping the run in it leaves the exchange without one. A
 /// lost exchange and one that is answered with a completion code do not reach the service processor.
-class NKROVEL20_API TFaultInjector : public IServiceProcessor {
+class VELHOST_API TFaultInjector : public IServiceProcessor {
  public:
   /// `inner` is not owned.
   TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults);
@@ -51,4 +52,4 @@ class NKROVEL20_API TFaultInjector : public IServiceProcessor {
   std::map<TGroupKey, TGroup> groups_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

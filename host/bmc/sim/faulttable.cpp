@@ -6,7 +6,7 @@
 #include "host/base/nearestname.h"
 #include "host/base/quoted.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -82,4 +82,4 @@ TFault ReadFault(const TTomlTable& table) {
   return fault;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

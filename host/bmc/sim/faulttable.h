@@ -4,9 +4,9 @@
 #include "host/bmc/sim/serverfile.h"
 #include "host/bmc/sim/tomltable.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Throws THostError (kBadData), at its place, for a fault that could not be carried out as written.
 TFault ReadFault(const TTomlTable& table);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 #include "host/bmc/commandframe.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -91,4 +91,4 @@ std::string DescribeNotServed(const TNotServed& refusal, const std::string& file
          ": error: " + refusal.reason;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

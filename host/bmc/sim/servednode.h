@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Answers as the simulator in the process does, faults included. One exchange at a time.
-class NKROVEL20_API TServedNode {
+class VELHOST_API TServedNode {
  public:
   /// `node` exists in `server`, and ReasonNotToServe() gives none.
   TServedNode(TServerFile server, int node);
@@ -52,10 +52,10 @@ struct TNotServed {
 };
 
 /// "FILE:LINE:COLUMN: error: REASON", or "FILE: REASON" without a place.
-NKROVEL20_API std::string DescribeNotServed(const TNotServed& refusal, const std::string& file);
+VELHOST_API std::string DescribeNotServed(const TNotServed& refusal, const std::string& file);
 
 /// Why `node` of a server cannot be served by ipmi_sim; empty where it can. ipmi_sim answers every
 /// request, and puts the manufacturer id in every answer to a storage-area request.
-NKROVEL20_API TNotServed ReasonNotToServe(const TServerFile& server, int node);
+VELHOST_API TNotServed ReasonNotToServe(const TServerFile& server, int node);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -13,7 +13,7 @@
 #include "host/bmc/sim/tomltable.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -205,4 +205,4 @@ TServerFile ReadServerFile(const std::string& path, ISourceReader& reader) {
   return server;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

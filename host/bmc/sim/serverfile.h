@@ -11,15 +11,15 @@
 #include <string>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
 #include "host/bmc/exchange.h"
 #include "host/bmc/sim/datafolder.h"
-#include "nkrovel20/api.h"
 #include "nkrovel20/tcimdatetime.h"
 #include "wire/registerread.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 // What one server file may hold.
 inline constexpr std::size_t kLargestServerFile = std::size_t{64} << 20U;
@@ -86,10 +86,10 @@ struct TServerFile {
 /// Reads a server file and opens the data files that it names, which are read as requests ask for them.
 /// Whatever is not as it should be throws THostError: kBadData with file, line, column, what was found
 /// and what was expected; kNoInput or kNoPermission for a file that cannot be read.
-NKROVEL20_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IDataFolder& folder);
+VELHOST_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IDataFolder& folder);
 
 /// The same with data files of the file system: they are in the file's folder or below, and no link
 /// leads out. A server file that comes from a pipe can name none.
-NKROVEL20_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader);
+VELHOST_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

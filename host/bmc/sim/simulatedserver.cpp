@@ -6,7 +6,7 @@
 #include "wire/registerblock.h"
 #include "wire/storagearea.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -210,4 +210,4 @@ bool TSimulatedServer::SendDot(int serviceProcessor, const dotCmd& command, std:
   return true;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -1,5 +1,6 @@
 // A simulated server: answers as its server file says.
 #pragma once
+#include "host/base/api.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +12,7 @@
 #include "host/bmc/sim/serverfile.h"
 #include "host/model/hostservices.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 // Completion codes of IPMI that the simulator gives beside success.
 inline constexpr std::uint8_t kInvalidCommand = 0xC1;
@@ -29,16 +30,16 @@ struct TIpmiAnswer {
 /// An answer to an OEM/Group request (network function 0x2E) starts with the manufacturer id. A
 /// request for another manufacturer's commands is answered with that manufacturer's id and
 /// completion code 0xC1, as IPMI has it.
-NKROVEL20_API std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, int node, std::uint8_t networkFunction,
-                                                    std::uint8_t command, std::span<const std::uint8_t> data,
-                                                    std::size_t capacity = wire::TCommandBuffer::kMaxData);
+VELHOST_API std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, int node, std::uint8_t networkFunction,
+                                                  std::uint8_t command, std::span<const std::uint8_t> data,
+                                                  std::size_t capacity = wire::TCommandBuffer::kMaxData);
 
 /// The data of an answer that has a completion code only: none, or the manufacturer id for an
 /// OEM/Group request.
-NKROVEL20_API std::vector<std::uint8_t> DataOfBareAnswer(std::uint8_t networkFunction,
-                                                         std::span<const std::uint8_t> requestData);
+VELHOST_API std::vector<std::uint8_t> DataOfBareAnswer(std::uint8_t networkFunction,
+                                                       std::span<const std::uint8_t> requestData);
 
-class NKROVEL20_API TSimulatedServer : public IServiceProcessor {
+class VELHOST_API TSimulatedServer : public IServiceProcessor {
  public:
   explicit TSimulatedServer(TServerFile server) : server_(std::move(server)) {}
 
@@ -64,7 +65,7 @@ class NKROVEL20_API TSimulatedServer : public IServiceProcessor {
 };
 
 /// The server file's machine type and its clock; the real clock where the file sets none.
-class NKROVEL20_API TSimulatedEnvironment : public TSystemEnvironment {
+class VELHOST_API TSimulatedEnvironment : public TSystemEnvironment {
  public:
   /// `server` is not owned.
   explicit TSimulatedEnvironment(const TServerFile& server) : server_(server) {}
@@ -75,4 +76,4 @@ class NKROVEL20_API TSimulatedEnvironment : public TSystemEnvironment {
   const TServerFile& server_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

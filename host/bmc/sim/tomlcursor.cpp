@@ -2,7 +2,7 @@
 
 #include "host/base/quoted.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -110,4 +110,4 @@ void TTomlCursor::FailExpecting(const std::string& expected) const {
   Fail(place_, "found " + Found() + ", expected " + expected);
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -7,7 +7,7 @@
 
 #include "host/bmc/sim/tomldocument.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 constexpr bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
@@ -51,4 +51,4 @@ class TTomlCursor {
 /// Control characters other than the tab, which TOML allows nowhere but in the ends of lines.
 constexpr bool IsTomlControl(char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

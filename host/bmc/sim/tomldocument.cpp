@@ -3,7 +3,7 @@
 #include "host/base/textdiagnostic.h"
 #include "host/bmc/sim/tomlcursor.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -48,4 +48,4 @@ const char* NameOfTomlKind(TTomlValue::EKind kind) {
   return "a value";
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

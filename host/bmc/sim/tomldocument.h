@@ -10,7 +10,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 // What one text may hold; no server file comes near. They bound time and memory.
 inline constexpr std::size_t kMostTomlValues = 1'000'000;  ///< tables and arrays among them
@@ -86,4 +86,4 @@ const char* NameOfTomlKind(TTomlValue::EKind kind);
 /// is not TOML, of a key that is given twice, and of what is beyond a limit.
 std::unique_ptr<const TTomlDocument> ParseTomlDocument(std::string file, std::string text);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

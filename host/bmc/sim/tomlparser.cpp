@@ -7,7 +7,7 @@
 #include "host/bmc/sim/tomlscalar.h"
 #include "host/bmc/sim/tomlstring.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -300,4 +300,4 @@ std::unique_ptr<const TTomlDocument> ParseTomlDocument(std::string file, std::st
   return document;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

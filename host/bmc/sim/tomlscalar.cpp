@@ -5,7 +5,7 @@
 
 #include "nkrovel20/tcimdatetime.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -205,4 +205,4 @@ bool IsTomlDate(std::string_view word) {
   return TakeDate(rest) && rest.IsEmpty();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

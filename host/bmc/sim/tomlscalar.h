@@ -8,7 +8,7 @@
 
 #include "host/bmc/sim/tomldocument.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 struct TTomlScalar {
   TTomlValue::EKind kind = TTomlValue::EKind::kInteger;
@@ -23,4 +23,4 @@ std::optional<TTomlScalar> ReadTomlScalar(std::string_view word);
 /// Whether a date-time may go on after a blank: the word is a date.
 bool IsTomlDate(std::string_view word);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -152,4 +152,4 @@ std::string_view ReadTomlString(TTomlCursor& at, TTomlDocument& document, bool i
   return onLines ? reader.ReadLines() : reader.ReadLine();
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,10 +5,10 @@
 
 #include "host/bmc/sim/tomlcursor.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Reads the string whose opening quote the cursor is at. What it says is the document's: a piece of
 /// its text, or one of its decoded texts. A key is on one line.
 std::string_view ReadTomlString(TTomlCursor& at, TTomlDocument& document, bool isKey);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/base/quoted.h"
 #include "host/base/textdiagnostic.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -150,4 +150,4 @@ std::optional<TTomlTable> TTomlTable::Table(std::string_view name) const {
   return TTomlTable(*document_, member->value, "a [" + std::string(name) + "] table");
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

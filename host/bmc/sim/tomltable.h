@@ -12,7 +12,7 @@
 
 #include "host/bmc/sim/tomldocument.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class TTomlTable {
  public:
@@ -53,4 +53,4 @@ class TTomlTable {
   const TTomlValue* value_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -6,7 +6,7 @@
 
 #include "host/bmc/smbios/smbioslayout.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -129,4 +129,4 @@ std::string MachineTypeOf(std::string_view productName) {
   return {};
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

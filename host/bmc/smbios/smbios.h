@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "nkrovel20/api.h"
+#include "host/base/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// What a structure table says. After a malformed structure the facts are those that stand before it.
 struct TSmbiosFacts {
@@ -26,14 +26,14 @@ struct TSmbiosFacts {
 
 /// Reads a structure table up to its end-of-table structure or its last byte. A structure counts
 /// only if it is whole, its strings included. Never throws for what the bytes say.
-NKROVEL20_API TSmbiosFacts ParseSmbiosTable(std::span<const std::uint8_t> table);
+VELHOST_API TSmbiosFacts ParseSmbiosTable(std::span<const std::uint8_t> table);
 
 /// The table size, in bytes, that a 32-bit or 64-bit entry point gives; empty for anything else.
-NKROVEL20_API std::optional<std::size_t> SmbiosTableSize(std::span<const std::uint8_t> entryPoint);
+VELHOST_API std::optional<std::size_t> SmbiosTableSize(std::span<const std::uint8_t> entryPoint);
 
 /// The first group of four digits in a product name: the first run of decimal digits that is
 /// exactly four long, so that "Server 62035 -[6203AC1]-" gives "6203" and not a piece of a longer
 /// number. Empty where there is none.
-NKROVEL20_API std::string MachineTypeOf(std::string_view productName);
+VELHOST_API std::string MachineTypeOf(std::string_view productName);
 
-}  // namespace NKROVEL20
+}  // namespace velhost

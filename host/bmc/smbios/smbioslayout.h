@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace NKROVEL20::SmbiosLayout {
+namespace velhost::SmbiosLayout {
 
 // Structure header.
 inline constexpr std::size_t kType = 0;
@@ -32,4 +32,4 @@ inline constexpr std::size_t kTableSize64 = 0x0C;  // four bytes, an upper limit
 
 static_assert(kHeaderSize == 4 && kProductName >= kHeaderSize);
 
-}  // namespace NKROVEL20::SmbiosLayout
+}  // namespace velhost::SmbiosLayout

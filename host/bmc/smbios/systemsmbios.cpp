@@ -5,7 +5,7 @@
 
 #include "host/base/hosterror.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 namespace {
 
@@ -54,4 +54,4 @@ TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root) {
   return smbios;
 }
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -3,11 +3,11 @@
 
 #include <string>
 
+#include "host/base/api.h"
 #include "host/base/sourcereader.h"
 #include "host/bmc/smbios/smbios.h"
-#include "nkrovel20/api.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 /// Absent, denied and malformed are different: a virtual machine may have no SMBIOS at all, and
 /// only root may read the table.
@@ -24,6 +24,6 @@ struct TSystemSmbios {
 
 /// Reads `root`/firmware/dmi/tables and, where that is denied, `root`/class/dmi/id/product_name.
 /// Throws nothing: what cannot be read is a status.
-NKROVEL20_API TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root = "/sys");
+VELHOST_API TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root = "/sys");
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "tests/bmc/inband/scripteddriver.h"
 #include "wire/registerread.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using std::chrono::milliseconds;
@@ -216,4 +216,4 @@ TEST_F(Inband, TakesNoDotCommands) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

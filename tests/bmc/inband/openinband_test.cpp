@@ -4,7 +4,7 @@
 #include "host/bmc/inband/inbandserviceprocessor.h"
 #include "tests/bmc/inband/scripteddriver.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using testing::ElementsAre;
@@ -138,4 +138,4 @@ TEST(IpmiDevices, StandInTheOrderOfTheirNumbers) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -12,7 +12,7 @@
 
 #include "host/bmc/inband/ipmidriver.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -116,4 +116,4 @@ class TScriptedDriver : public IIpmiDriver {
   std::chrono::milliseconds longestWait_{0};
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

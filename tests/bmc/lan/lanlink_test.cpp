@@ -5,7 +5,7 @@
 #include "host/base/hosterror.h"
 #include "tests/bmc/lan/scriptedmodule.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using std::chrono::milliseconds;
@@ -262,4 +262,4 @@ TEST_F(LanLink, SilentSessionIsOpenedAnewBeforeTheRequest) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -16,7 +16,7 @@
 #include "host/bmc/lan/lanworker.h"
 #include "tests/bmc/lan/scriptedmodule.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using std::chrono::milliseconds;
@@ -362,4 +362,4 @@ TEST_F(LanClient, RefusesAFileThatIsNoLibrary) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

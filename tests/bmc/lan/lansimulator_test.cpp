@@ -7,7 +7,7 @@
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/bmcsim/servertext.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using std::chrono::milliseconds;
@@ -195,4 +195,4 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

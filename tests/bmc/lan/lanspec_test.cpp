@@ -15,7 +15,7 @@
 #include "host/base/hosterror.h"
 #include "tests/bmc/lan/memorysearch.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 using testing::IsEmpty;
@@ -274,4 +274,4 @@ TEST_F(PasswordFile, IsWarnedOfWhenOthersMayReadIt) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

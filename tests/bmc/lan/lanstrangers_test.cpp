@@ -7,7 +7,7 @@
 #include "tests/bmc/lan/standinbmc.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using testing::ElementsAre;
@@ -113,4 +113,4 @@ TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

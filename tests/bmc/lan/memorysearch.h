@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 
 /// A text that is kept coded, so that looking for it does not find it here.
 class THiddenText {
@@ -84,4 +84,4 @@ class TMemorySearch {
   std::array<std::uint8_t, 65536> piece_{};
 };
 
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -17,7 +17,7 @@ struct VelLanSession {
   int number;
 };
 
-namespace NKROVEL20 {
+namespace velhost {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -136,4 +136,4 @@ class TScriptedModule {
   inline static TScriptedModule* current_ = nullptr;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -217,4 +217,4 @@ class TStandInBmc {
   std::thread thread_;
 };
 
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -3,7 +3,7 @@
 #include "host/bmc/record/replay.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 const std::string kHead =
@@ -231,4 +231,4 @@ TEST(Moment, IsIso8601OrACimDatetime) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -13,7 +13,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using std::chrono::microseconds;
@@ -240,4 +240,4 @@ TEST(UtcOffsetSign, IsPositiveEastOfGreenwich) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -7,7 +7,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using std::chrono::milliseconds;
@@ -303,4 +303,4 @@ TEST(Replay, KeepsFractionsOfMillisecondsForTheNextWait) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

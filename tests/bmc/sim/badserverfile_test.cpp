@@ -1,7 +1,7 @@
 // Every message about a server file, word for word.
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 struct TBadServer {
@@ -361,4 +361,4 @@ INSTANTIATE_TEST_SUITE_P(
                    "                      ^\n"}));
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

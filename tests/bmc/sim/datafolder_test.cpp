@@ -8,7 +8,7 @@
 
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 namespace fs = std::filesystem;
@@ -155,4 +155,4 @@ TEST(StoredBytes, OfAFileThatWasShortenedEndEarly) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -3,7 +3,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using std::chrono::milliseconds;
@@ -217,4 +217,4 @@ TEST_F(Faults, StoppingTheRunEndsTheDelayWithoutAnAnswer) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -2,7 +2,7 @@
 
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 using std::chrono::milliseconds;
@@ -227,4 +227,4 @@ TEST(ServerFileInput, MayNestDeeply) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

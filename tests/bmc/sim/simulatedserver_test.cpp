@@ -2,7 +2,7 @@
 
 #include "tests/support/bmclanguage.h"
 
-namespace NKROVEL20::Testing {
+namespace velhost::Testing {
 namespace {
 
 /// A simulated server from lines of its file.
@@ -212,4 +212,4 @@ TEST(SimulatedEnvironment, GivesTheFilesMachineTypeAndClock) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20::Testing
+}  // namespace velhost::Testing

@@ -6,6 +6,7 @@
 #include "host/bmc/sim/tomldocument.h"
 
 using namespace NKROVEL20;
+using namespace velhost;
 using EKind = TTomlValue::EKind;
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "tests/bmc/smbios/smbiostable.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 TEST(SmbiosTable, GivesTheProductNameByItsStringNumber) {
@@ -130,4 +130,4 @@ TEST(MachineType, IsEmptyWithoutSuchARun) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace NKROVEL20 {
+namespace velhost {
 
 class TSmbiosTable {
  public:
@@ -35,4 +35,4 @@ class TSmbiosTable {
   std::vector<std::uint8_t> bytes_;
 };
 
-}  // namespace NKROVEL20
+}  // namespace velhost

@@ -5,7 +5,7 @@
 #include "host/base/hosterror.h"
 #include "tests/bmc/smbios/smbiostable.h"
 
-namespace NKROVEL20 {
+namespace velhost {
 namespace {
 
 const std::string kTable = "/r/firmware/dmi/tables/DMI";
@@ -76,4 +76,4 @@ TEST(SystemSmbios, DeniedTableLeavesThePublicProductName) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace velhost
