@@ -1,6 +1,7 @@
 // Turns one capture file into a committed CIM instance.
 #include <array>
 #include <cstdio>
+#include <string>
 
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tosspecific.h"

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdlib>
 #include <memory>
+#include <string>
 
 #include "plugin/torgaplugin.h"
 #include "wire/storagearea.h"

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "plugin/registerdump.h"
 #include "plugin/torgaplugin.h"

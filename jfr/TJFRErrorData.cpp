@@ -1,8 +1,10 @@
 #include "jfr/TJFRErrorData.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <new>
+#include <utility>
 
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "nkrovel20/dotcmd.h"
 #include "wire/commandbuffer.h"

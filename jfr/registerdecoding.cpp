@@ -1,6 +1,11 @@
 // From a register block to the values of one chip instance, steered by the class's qualifiers.
+#include <array>
 #include <boost/function.hpp>
+#include <cstddef>
+#include <map>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "jfr/TJFRErrorData.h"
 #include "nkrovel20/taddtovectorcallback.h"

@@ -1,4 +1,7 @@
 // Chooses the machine-specific subclass that serves a base class.
+#include <string>
+#include <vector>
+
 #include <boost/function.hpp>
 
 #include "nkrovel20/taddtovectorcallback.h"

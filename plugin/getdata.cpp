@@ -1,6 +1,9 @@
 // Routes a request: which of the three collection paths serves each requested class.
 #include <algorithm>
-#include <array>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "jfr/TJFRErrorData.h"
 #include "nkrovel20/tcimschemahelper.h"

@@ -1,6 +1,10 @@
 // Turns the property maps of the register collectors into committed CIM instances.
 #include "plugin/torgaplugin.h"
 
+#include <map>
+#include <string>
+#include <vector>
+
 namespace torgareg {
 
 using namespace NKROVEL20;

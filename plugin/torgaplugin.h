@@ -3,6 +3,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 

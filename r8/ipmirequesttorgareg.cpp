@@ -1,6 +1,9 @@
 #include "r8/ipmirequesttorgareg.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 
 #include "wire/commandbuffer.h"
 #include "wire/registerread.h"

@@ -2,6 +2,12 @@
 #include <algorithm>
 #include <array>
 #include <boost/function.hpp>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "nkrovel20/taddtovectorcallback.h"
 #include "nkrovel20/tvelexception.h"

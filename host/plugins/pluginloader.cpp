@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <vector>
 
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"

@@ -6,6 +6,7 @@
 #include <boost/shared_ptr.hpp>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "host/plugins/pluginregistry.h"
 

@@ -5,6 +5,7 @@
 #include <boost/shared_ptr.hpp>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "nkrovel20/iplugincallbacks.h"

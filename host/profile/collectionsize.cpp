@@ -1,6 +1,9 @@
 #include "host/profile/collectionsize.h"
 
+#include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace velhost::CollectorProfile {
 

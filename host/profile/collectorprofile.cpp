@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <unordered_map>
+#include <utility>
 
 #include "host/base/caseinsensitive.h"
 #include "wire/registerread.h"
