@@ -1,10 +1,8 @@
 #include "plugin/registerdump.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
 namespace torgareg {
 
@@ -13,8 +11,8 @@ namespace {
 constexpr std::size_t kBytesPerLine = 8;
 constexpr std::size_t kWidest = 4;  // "255 "
 
-// Every register read formats 514 values whether anyone listens or not. Hence a value is one copy of four
-// characters out of a table, of which `size` count, and a line of zeros is one copy.
+// Every register read formats 514 values, whether anyone listens or not. A value is therefore one copy of four
+// characters from a table, of which `size` count.
 struct TDecimal {
   std::array<char, kWidest> text;
   std::uint8_t size;
@@ -43,39 +41,17 @@ char* putDecimal(char* out, unsigned char byte) {
   return out + value.size;
 }
 
-// Command buffers are zeros for the most part.
-constexpr std::string_view kZeroLine = "\n0 0 0 0 0 0 0 0 ";
-static_assert(kZeroLine.size() == 1 + 2 * kBytesPerLine);
-
-bool isZeroLine(const unsigned char* line) {
-  std::uint64_t bytes = 0;
-  static_assert(sizeof bytes == kBytesPerLine);
-  std::memcpy(&bytes, line, sizeof bytes);
-  return bytes == 0;
-}
-
 }  // namespace
 
 std::string dumpBytes(const unsigned char* data, unsigned long last) {
   const std::size_t count = last + 1;
-  const std::size_t whole = count - count % kBytesPerLine;
-  std::size_t zeroLines = 0;
-  for (std::size_t i = 0; i < whole; i += kBytesPerLine) zeroLines += isZeroLine(data + i) ? 1U : 0U;
-  // As long as the text can become; a line of zeros has one length only.
-  std::string text(zeroLines * kZeroLine.size() + (count - zeroLines * kBytesPerLine) * kWidest +
-                       (whole / kBytesPerLine - zeroLines) + 2,
-                   '\0');
+  const std::size_t lines = (count + kBytesPerLine - 1) / kBytesPerLine;
+  std::string text(lines + count * kWidest + 1, '\0');
   char* out = text.data();
-  for (std::size_t i = 0; i < whole; i += kBytesPerLine) {
-    if (isZeroLine(data + i)) {
-      out = std::copy(kZeroLine.begin(), kZeroLine.end(), out);
-      continue;
-    }
-    *out++ = '\n';
-    for (std::size_t k = 0; k < kBytesPerLine; ++k) out = putDecimal(out, data[i + k]);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i % kBytesPerLine == 0) *out++ = '\n';
+    out = putDecimal(out, data[i]);
   }
-  if (whole < count) *out++ = '\n';
-  for (std::size_t i = whole; i < count; ++i) out = putDecimal(out, data[i]);
   *out++ = '\n';
   text.resize(static_cast<std::size_t>(out - text.data()));
   return text;
