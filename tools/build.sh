@@ -5,7 +5,7 @@ packages_build="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-d
   bison flex libfreeipmi-dev libopenipmi-dev openipmi pkg-config"
 packages_test="libgtest-dev libgmock-dev python3 python3-jsonschema binutils libxml2-utils groff-base
   dpkg-dev file lintian ipmitool freeipmi-tools locales valgrind"
-packages_all="clang-14 clang-tidy-14 clang-format-14 libclang-rt-14-dev qemu-system-x86 busybox-static cpio"
+packages_all="clang-14 clang-tidy-14 clang-format-14 iwyu libclang-rt-14-dev qemu-system-x86 busybox-static cpio"
 
 missing_packages() {
   local name
