@@ -147,9 +147,11 @@ class TCollectorBench {
     const auto times = bench::Measure(
         {{dump, each}, {collect, each}, {hostCalls, each}, {values, each}, {bookkeeping, each}}, quick_ ? 1 : 41);
     const double ratio = times[1] / times[0];
-    PrintPart("3a", "of row 3: the host calls alone, with values made beforehand", times[2], times[0]);
-    PrintPart("3b", "of row 3: the values alone, made of fourteen elements and printed", times[3], times[0]);
-    PrintPart("3c", "of row 3: the bookkeeping of 3a and 3b alone: pointers counted, memory allocated and freed",
+    PrintPart("3a", "part of row 3: the host calls alone, with values made beforehand", times[2], times[0]);
+    PrintPart("3b", "part of row 3: the values alone, each built from fourteen elements and printed", times[3],
+              times[0]);
+    PrintPart("3c",
+              "part of row 3: the bookkeeping of 3a and 3b alone: counting pointers, allocating and freeing memory",
               times[4], times[0]);
     bench::Print({"3", "one JFR instance of 50 registers from a block in memory, against the dump of that block", "≤ 3",
                   fmt::format("{:.1f}", ratio), ratio <= 3,

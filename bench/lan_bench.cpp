@@ -199,7 +199,7 @@ void Compare(bool quick) {
                                           {[&] { CollectOnBareSession(simulator, reads); }, units}},
                                          rounds, clock);
   PrintRow("5a", "a bare loop of the same requests over the same library, in processor time", 0.9, used[0], used[1]);
-  PrintPart("5a'", "the collector inside that loop, its trace dropped and nothing put out, against the bare loop",
+  PrintPart("5a'", "the collector inside that loop, its trace discarded and nothing printed, against the bare loop",
             used[2], used[1]);
   const auto times = bench::MeasureRounds({{[&] { bench::Run(collect); }, units},
                                            {[&] {
