@@ -1,5 +1,5 @@
-// The 256-byte IPMI command buffer: the request on the way in, the response on the way back.
-// docs/wire-formats.md, "IPMI command buffer", has the layout in prose.
+// The 256-byte IPMI command buffer: it carries the request in and the response back out.
+// docs/wire-formats.md, "IPMI command buffer", describes the layout.
 #pragma once
 
 #include <array>
@@ -8,14 +8,14 @@
 
 namespace wire {
 
-/// One IPMI command buffer, zero-filled. One more zero byte is owned behind its 256, because the
-/// register dumps print the byte behind the buffer as well.
+/// One IPMI command buffer, zero-filled. It owns one extra zero byte after the 256, because the register
+/// dumps also print the byte after the end of the buffer.
 class TCommandBuffer {
  public:
   static constexpr std::size_t kSize = 256;
   static constexpr std::size_t kSpareBytes = 1;
 
-  // Offsets of the fields.
+  // Field offsets.
   static constexpr std::size_t kFormat = 0;
   static constexpr std::size_t kResponderAddress = 1;
   static constexpr std::size_t kNetworkFunction = 2;
@@ -23,18 +23,18 @@ class TCommandBuffer {
   static constexpr std::size_t kCommand = 4;         // in a request
   static constexpr std::size_t kCompletionCode = 4;  // in a response
   static constexpr std::size_t kDataLength = 5;
-  static constexpr std::size_t kReserved = 6;  // three bytes, zero
+  static constexpr std::size_t kReserved = 6;  // three zero bytes
   static constexpr std::size_t kData = 9;
   static constexpr std::size_t kMaxData = kSize - kData;
 
-  // Values of the fields.
+  // Field values.
   static constexpr std::uint8_t kFormatByte = 0x01;
   static constexpr std::uint8_t kBmcAddress = 0x20;
   static constexpr std::uint8_t kSuccess = 0x00;
 
   TCommandBuffer() = default;
 
-  /// A request to the BMC's LUN 0 whose data the caller fills in from kData on.
+  /// A request to LUN 0 of the BMC. The caller fills in the data, starting at kData.
   TCommandBuffer(std::uint8_t networkFunction, std::uint8_t command, std::uint8_t dataLength) {
     bytes_[kFormat] = kFormatByte;
     bytes_[kResponderAddress] = kBmcAddress;

@@ -1,5 +1,5 @@
 // The register block of a service processor, and the dot command that reads it.
-// docs/wire-formats.md, "Register block".
+// docs/wire-formats.md, "Register block", describes both.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@ inline constexpr std::array<std::uint8_t, 2> kIdentifier = {0x0E, 0x06};
 // Parameters: two zero bytes, then the size of the caller's buffer, little-endian.
 inline constexpr std::size_t kParameterSize = 4;
 inline constexpr std::size_t kParameterBufferSize = 2;
-/// The whole register block, and the buffer that collectors offer for it.
+/// Size of the whole register block, and of the buffer that collectors offer for it.
 inline constexpr std::size_t kBlockSize = 4096;
 
 }  // namespace wire::RegisterBlockCommand
@@ -21,11 +21,11 @@ inline constexpr std::size_t kBlockSize = 4096;
 namespace wire::RegisterBlock {
 
 inline constexpr std::size_t kSize = RegisterBlockCommand::kBlockSize;
-/// What the block is filled with before the response comes: the character "0", not a zero byte.
+/// What the block is filled with before the response arrives: the character '0', not a zero byte.
 inline constexpr unsigned char kFill = '0';
 static_assert(kFill == 48);
 
-// Two candidate copies of the timestamp header.
+// The two candidate copies of the timestamp header.
 inline constexpr std::size_t kFirstCopy = 0;
 inline constexpr std::size_t kSecondCopy = 2040;
 inline constexpr std::size_t kYear = 1;  // since 2000
@@ -36,7 +36,7 @@ inline constexpr std::size_t kMinute = 5;
 inline constexpr std::size_t kSecond = 6;
 inline constexpr int kHeaderSize = 7;
 
-// Records lie eight bytes apart and are eleven bytes long, so that neighbours overlap.
+// Records start every eight bytes but are eleven bytes long, so neighbours overlap.
 inline constexpr int kRecordStride = 8;
 inline constexpr int kRecordsPerInstance = 256;
 inline constexpr int kIdentificationSize = 3;

@@ -1,5 +1,6 @@
-// The OEM register and timestamp reads of a BMC, as data of an IPMI command buffer, and the 14 bytes that a
-// register read becomes. docs/wire-formats.md, "Register read", "Timestamp read" and "R8 register value".
+// The OEM register and timestamp reads of a BMC, as data in an IPMI command buffer, and the 14-byte value
+// that a register read yields. docs/wire-formats.md, "Register read", "Timestamp read" and "R8 register
+// value".
 #pragma once
 
 #include <array>
@@ -35,15 +36,15 @@ static_assert(kRequestSize == 4 && kResponseSize == 14 && kValue == 15);
 
 }  // namespace wire::RegisterRead
 
-/// The 14 bytes of a register read, raw and decoded.
+/// The 14 bytes of a register value, raw and decoded.
 namespace wire::RegisterRecord {
 
 inline constexpr std::size_t kIdentificationSize = 3;
 inline constexpr std::size_t kValueSize = RegisterRead::kValueSize;
 inline constexpr std::array<unsigned char, 3> kEqualsSign = {' ', '=', ' '};
 
-// The labelled record as the transport hands it over. It is cut out of the response one byte late,
-// so that its label's last byte is the value's first; decoding makes up for it.
+// The labelled record, as the transport returns it. It is cut out of the response one byte too late, so the
+// last byte of the label is the first byte of the value; decoding corrects this.
 inline constexpr std::size_t kLabel = 0;
 inline constexpr std::size_t kLabelEquals = kLabel + kIdentificationSize;
 inline constexpr std::size_t kLabelledValue = kLabelEquals + kEqualsSign.size();
@@ -51,7 +52,7 @@ inline constexpr std::size_t kSize = kLabelledValue + kValueSize;
 inline constexpr std::size_t kResponseLabel = RegisterRead::kValue - 2;
 inline constexpr std::size_t kResponseLabelledValue = RegisterRead::kValue + 1;
 
-// The decoded value: the address, the value most significant byte first, then zeros or the marker.
+// The decoded value: the address, the value (most significant byte first), then zeros or the marker.
 inline constexpr std::size_t kDecodedValue = kIdentificationSize;
 inline constexpr std::array<std::uint8_t, 4> kMarker = {0xEF, 0xFE, 0xFE, 0xEF};
 inline constexpr std::size_t kMarkerOffset = kSize - kMarker.size();
