@@ -1,4 +1,4 @@
-// Routes a request: which of the three collection paths serves each requested class.
+// Routes a request: decides which of the three collection paths serves each requested class.
 #include <algorithm>
 #include <map>
 #include <string>
@@ -25,7 +25,8 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 
 }  // namespace
 
-// Every look-up is handed a request context of its own: whatever a host does with one, the next is whole.
+// Every look-up gets its own copy of the request context, so a host that modifies one does not affect the
+// next.
 void TTORGARegPluginCallbacks::collectDelegates(const boost::shared_ptr<ICIMNamespace>& ns,
                                                 const TPropertyMap& requestContext,
                                                 std::vector<std::string>& jfrClasses,
@@ -102,7 +103,7 @@ void TTORGARegPluginCallbacks::GetData(boost::shared_ptr<ICIMNamespace> ns,
     } else {
       logger->writeDebug("Collector received an invalid collection request." + name);
     }
-    // Deliberate: the capture class is first logged as invalid, then served, and ends the request.
+    // Deliberate: the capture class is first logged as invalid, then served, and it ends the request.
     if (name == "KROSG_DCAPFile") {
       collectCaptureFiles(ns);
       return;

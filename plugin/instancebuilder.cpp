@@ -21,7 +21,7 @@ void TTORGARegPluginCallbacks::buildCIMInstances(const std::vector<TPropertyMap>
       line.assign("valueIt->first = ").append(name).append(". valueIt->second = ");
       line.append(value.ToString(10)).append(".");
       logger->writeVerbose(line);
-      instance->SetProperty(name, TCIMValue(value), noContext);  // the host's to keep: the maps stay as they are
+      instance->SetProperty(name, TCIMValue(value), noContext);  // a copy: the host may change its argument
     }
     instance->Commit(noContext);
   }

@@ -1,4 +1,4 @@
-// The test by which schema elements declare the machine types they serve.
+// The test that decides whether a schema element serves a machine type.
 #pragma once
 
 #include <algorithm>
@@ -9,8 +9,8 @@
 
 namespace torgareg {
 
-/// Whether the element's text contains the machine type anywhere. Deliberately a plain substring
-/// test: one element may list several types, and an empty machine type matches every element.
+/// Whether the element's text contains the machine type anywhere. Deliberately a plain substring test: one
+/// element may list several types, and the empty machine type matches every element.
 struct isSubString {
   using first_argument_type = NKROVEL20::TCIMValue;
   using second_argument_type = std::string;
@@ -21,7 +21,7 @@ struct isSubString {
   }
 };
 
-/// Whether one of the elements matches.
+/// Whether any of the elements matches.
 inline bool supportsMachineType(const std::vector<NKROVEL20::TCIMValue>& elements, const std::string& machineType) {
   return std::find_if(elements.begin(), elements.end(), [&machineType](const NKROVEL20::TCIMValue& element) {
            return isSubString()(element, machineType);

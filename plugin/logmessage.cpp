@@ -37,7 +37,7 @@ void LogMessage::writeWin32Error(int code) const {
   if (!text.empty()) writeVerbose(text);
 }
 
-// Not a stream: the process's locale must not put separators between the digits.
+// Not a stream: the process's locale must not insert digit separators.
 template <typename T>
 std::string dataToString(T value) {
   return std::to_string(value);

@@ -1,4 +1,4 @@
-// The one path by which the collector writes log lines.
+// The only path by which the collector writes log lines.
 #pragma once
 
 #include <string>
@@ -8,16 +8,17 @@
 
 namespace torgareg {
 
-/// Forwards lines to the host's core logger, which is fetched anew for each. Lines written before
-/// the plugin is registered, and empty lines, are dropped. What the host's logger throws passes.
-/// The singleton is never deleted: a log line may be written while anything else goes away.
+/// Forwards lines to the host's core logger, which it looks up again for each line. Empty lines, and lines
+/// written before the plugin is registered, are dropped. Exceptions from the host's logger propagate.
+/// The singleton is never deleted: a line may still be logged while everything else is being destroyed.
 class LogMessage {
  public:
   virtual ~LogMessage();
 
-  /// The singleton, created on the first call. Not guarded: loading the library makes that call.
+  /// The singleton, created on the first call. Not synchronised: the first call is made while the library is
+  /// loaded.
   static LogMessage* getInstance();
-  /// Notes the registration; null drops all lines again. Not owned.
+  /// Sets the registration; with null, lines are dropped again. Not owned.
   static void setPluginInstance(NKROVEL20::TPluginManagerProvider* provider);
 
   void write(const std::string& message, NKROVEL20::ILogger::EVELLogSeverity severity) const;
@@ -29,7 +30,7 @@ class LogMessage {
 
   /// The text of a platform error code: empty for every code on this platform.
   std::string lookupWin32Error(int code) const;
-  /// Writes that text as a verbose line, and nothing where it is empty.
+  /// Writes that text as a verbose line, or nothing if it is empty.
   void writeWin32Error(int code) const;
 
  private:
@@ -39,7 +40,7 @@ class LogMessage {
   static NKROVEL20::TPluginManagerProvider* pluginInstance;
 };
 
-/// The plain decimal text of a number. Instantiated for int and unsigned short.
+/// The number as plain decimal text. Instantiated for int and unsigned short.
 template <typename T>
 std::string dataToString(T value);
 

@@ -11,8 +11,8 @@ namespace {
 constexpr std::size_t kBytesPerLine = 8;
 constexpr std::size_t kWidest = 4;  // "255 "
 
-// Every register read formats 514 values, whether anyone listens or not. A value is therefore one copy of four
-// characters from a table, of which `size` count.
+// Every register read formats 514 bytes, even if nobody listens. So each byte is one four-character copy from
+// a table, of which `size` characters count.
 struct TDecimal {
   std::array<char, kWidest> text;
   std::uint8_t size;

@@ -1,4 +1,4 @@
-// Turns raw bytes into the decimal blocks of the debug trace.
+// Formats raw bytes for the debug trace.
 #pragma once
 
 #include <cstddef>
@@ -6,15 +6,14 @@
 
 namespace torgareg {
 
-/// The bytes data[0] to data[last] (`last` + 1 of them: an index, not a count) as decimal numbers
-/// with a blank behind each, eight a line. The text begins with a newline and ends with one. The
-/// caller owns at least `last` + 1 bytes.
+/// The bytes data[0] to data[last] (`last` is an index, so there are `last` + 1 of them) as decimal numbers,
+/// each followed by a space, eight per line. The text starts and ends with a newline.
 std::string dumpBytes(const unsigned char* data, unsigned long last);
 
-/// Appends `size` bytes as decimal numbers with a blank behind each, all on one line.
+/// Appends `size` bytes as decimal numbers, each followed by a space, all on one line.
 void appendDecimals(std::string& text, const unsigned char* data, std::size_t size);
 
-/// Appends `size` bytes as two lower-case hexadecimal digits with a blank behind each.
+/// Appends `size` bytes as pairs of lower-case hexadecimal digits, each pair followed by a space.
 void appendHexPairs(std::string& text, const unsigned char* data, std::size_t size);
 
 }  // namespace torgareg

@@ -10,15 +10,15 @@ namespace torgareg {
 using namespace NKROVEL20;
 
 TTORGARegPluginCallbacks::TTORGARegPluginCallbacks() : pluginProvider(nullptr), logger(nullptr), recordCounter(0) {
-  // The cast's result is not tested: without a plugin manager the host's assertion handler decides.
+  // The result of the cast is not checked: without a plugin manager, the host's assertion handler decides.
   pluginProvider =
       boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())->RegisterPlugin(this);
   LogMessage::setPluginInstance(pluginProvider);
   logger = LogMessage::getInstance();
 }
 
-// Neither the registration nor the logging singleton is touched: the host knows that the object
-// goes, and lines may still be written.
+// Leaves the registration and the logging singleton alone: the host knows that the object is going away, and
+// lines may still be logged.
 TTORGARegPluginCallbacks::~TTORGARegPluginCallbacks() { currentClass.reset(); }
 
 int TTORGARegPluginCallbacks::GetType() { return 0; }

@@ -1,4 +1,4 @@
-// The plugin object: the one object through which the host talks to the library.
+// The plugin object, through which the host drives the library.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -15,12 +15,12 @@
 
 namespace torgareg {
 
-/// Created when the library is loaded; registers itself with the host and deletes itself when the
-/// host prepares to unload the library. The host calls one operation at a time, on one thread. The
-/// order of the virtual operations is the host's contract.
+/// Created when the library is loaded. It registers itself with the host and deletes itself when the host
+/// prepares to unload the library. The host makes one call at a time, on one thread. The order of the virtual
+/// functions is part of the host's contract.
 class TTORGARegPluginCallbacks : public NKROVEL20::IPluginCallbacks, public NKROVEL20::IPluginBasicQueryCallbacks {
  public:
-  /// Registers with the plugin manager. A missing plugin manager ends in boost::assertion_failed.
+  /// Registers with the plugin manager. Without a plugin manager, it ends in boost::assertion_failed.
   TTORGARegPluginCallbacks();
   ~TTORGARegPluginCallbacks() override;
   TTORGARegPluginCallbacks(const TTORGARegPluginCallbacks&) = delete;
@@ -35,38 +35,40 @@ class TTORGARegPluginCallbacks : public NKROVEL20::IPluginCallbacks, public NKRO
   /// Restarts the numbering of capture files.
   void Init() override;
   void DeInit() override;
-  /// The machine type as the host reports it now; not stored.
+  /// The machine type as the host reports it now; not cached.
   virtual std::string getMachineType();
-  /// Collects the classes in order; a request for the capture files ends it. Catches nothing.
+  /// Collects the classes in order; the capture class ends the request. Catches nothing.
   void GetData(boost::shared_ptr<NKROVEL20::ICIMNamespace> ns,
                std::vector<boost::shared_ptr<NKROVEL20::ICIMClass>>& classes) override;
 
-  /// The name of the first subclass of `baseClass` that declares the machine type; empty for none.
+  /// The name of the first subclass of `baseClass` that declares the machine type; empty if there is none.
   std::string delegateRequest(boost::shared_ptr<NKROVEL20::ICIMClass> baseClass, const std::string& machineType) const;
-  /// Creates and commits one instance of the current class for each map that is not empty.
+  /// Creates and commits one instance of the current class for each non-empty map.
   void buildCIMInstances(const std::vector<NKROVEL20::TPropertyMap>& maps) const;
 
-  // Storage areas of a BMC; ffdc/storagearea.cpp.
+  // Storage areas of a BMC: ffdc/storagearea.cpp.
 
-  /// Opens the area and fills the four bytes of `handle`. False: no answer or a completion code.
+  /// Opens the area and fills the four bytes of `handle`. False if there was no answer or the completion code
+  /// was not zero.
   bool OpenStorageArea(unsigned char* handle, const std::string& name, NKROVEL20::SPLibrary* sp);
-  /// Gives the area's size in bytes as the BMC reports it. False: no answer or a completion code.
+  /// Sets `size` to the area's size in bytes, as reported by the BMC. False as for OpenStorageArea.
   bool QueryStorageAreaSize(int& size, const std::string& name, NKROVEL20::SPLibrary* sp);
-  /// Reads the open area in chunks of ten bytes into `out`, which holds max(size, 10) bytes, until a
-  /// completion code ends it. Returns the number of bytes asked for up to there.
+  /// Reads the open area in chunks of ten bytes into `out`, which holds max(size, 10) bytes. A non-zero
+  /// completion code ends the reading. Returns the number of bytes requested up to that point.
   int ReadStorageArea(int size, unsigned char* handle, unsigned char* out, NKROVEL20::SPLibrary* sp);
   void CloseStorageArea(unsigned char* handle, NKROVEL20::SPLibrary* sp);
 
-  /// Reads the capture file of that name from every BMC node and commits an instance for each;
+  /// Reads the capture file of that name from every BMC node and commits an instance for each:
   /// ffdc/ffdcreader.cpp.
   void ReadErrFFDC(boost::shared_ptr<NKROVEL20::ICIMNamespace> ns, const std::string& name);
 
-  // Capture-file instances; ffdc/dcapfile.cpp.
+  // Capture-file instances: ffdc/dcapfile.cpp.
 
-  /// Commits an instance whose raw data are `length` bytes; none for a length of 0 or less.
+  /// Commits an instance whose raw data are the `length` bytes at `data`; empty raw data if `length` is 0 or
+  /// less.
   void AddErrFFDCinstance(boost::shared_ptr<NKROVEL20::ICIMNamespace> ns, unsigned char* data, int length,
                           const std::string& name, int node);
-  /// The same with the raw data as text, unchanged; `length` is not used.
+  /// The same, with the raw data given as text and stored unchanged; `length` is not used.
   void AddErrFFDCinstance(boost::shared_ptr<NKROVEL20::ICIMNamespace> ns, std::string rawData, int length,
                           const std::string& name, int node);
 
