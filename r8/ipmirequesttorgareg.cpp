@@ -16,11 +16,11 @@ namespace Wire = wire::RegisterRead;
 namespace {
 
 constexpr int kCapacity = static_cast<int>(wire::TCommandBuffer::kSize);
-// The dump is inclusive: it also shows the zero byte that the buffer owns behind its end.
+// The dump is inclusive: it also shows the extra zero byte that the buffer owns.
 constexpr unsigned long kLastDumped = wire::TCommandBuffer::kSize;
 // Two dumps that are mostly zeros, and the words between them.
 constexpr std::size_t kUsualTranscript = 1400;
-// A timestamp read is checked by the whole response's length, a register read by its data's.
+// A timestamp read checks the length of the whole response, a register read that of its data.
 constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
 static_assert(kTimestampEnd == 13);
 
@@ -39,7 +39,7 @@ void copyPayload(const wire::TCommandBuffer& response, unsigned char* out, bool 
     std::copy_n(response.Data() + Wire::kValue, Record::kValueSize, out);
     return;
   }
-  // Deliberately one byte late: the decoder takes the value's first byte from the label.
+  // Deliberately one byte late: the decoder takes the first byte of the value from the label.
   std::copy_n(response.Data() + Record::kResponseLabel, Record::kIdentificationSize, out + Record::kLabel);
   std::copy(Record::kEqualsSign.begin(), Record::kEqualsSign.end(), out + Record::kLabelEquals);
   std::copy_n(response.Data() + Record::kResponseLabelledValue, Record::kValueSize, out + Record::kLabelledValue);
@@ -47,7 +47,7 @@ void copyPayload(const wire::TCommandBuffer& response, unsigned char* out, bool 
 
 }  // namespace
 
-// The logger comes first, unlike in the order of the fields.
+// The logger is fetched before the library, although it is declared after it.
 IPMIRequestTorgaReg::IPMIRequestTorgaReg() : library(nullptr), logger(LogMessage::getInstance()) {
   library = SPLibrary::GetSplibraryInstance(0);
 }

@@ -9,24 +9,25 @@
 
 namespace torgareg {
 
-/// One request per call; nothing is retried and nothing thrown. Keeps no state between calls.
+/// Each call sends one request. Nothing is retried, nothing is thrown, and no state is kept between calls.
 class IPMIRequestTorgaReg {
  public:
   /// Talks to BMC node 0.
   IPMIRequestTorgaReg();
 
-  /// Reads one register of a chip; the low 24 bits of the address count. On true, `out` (14 bytes)
-  /// holds, with `rawValue`, the eight value bytes in its first eight, else the labelled record: the
-  /// last two header bytes and the first value byte, " = ", and eight bytes from the second value
-  /// byte on. On false `out` is untouched: no answer, less than 14 data bytes, or a completion code.
-  /// `*length` gets the number of data bytes in every case, or what the library left in its length
-  /// when there was no answer.
+  /// Reads one register of a chip; only the low 24 bits of the address count. `out` has 14 bytes. Returns
+  /// true on success: with `rawValue`, the first eight bytes of `out` are the value; otherwise `out` is the
+  /// labelled record, that is, the last two header bytes and the first value byte, " = ", and the eight bytes
+  /// from the second value byte on. Returns false, and leaves `out` alone, if there was no answer, if it has
+  /// fewer than 14 data bytes, or if the completion code is not zero.
+  /// `*length` becomes the number of data bytes or, without an answer, whatever the library left in its
+  /// length argument.
   bool getData(unsigned char chipSelector, unsigned int address, unsigned char* out, unsigned short* length,
                bool rawValue);
 
-  /// Reads the four raw bytes of the capture time into `out`. `*length` gets the number of data bytes; on
-  /// false, `out` is untouched and `*length` is what the library left in its length: the whole answer's,
-  /// if there was one.
+  /// Reads the four raw bytes of the capture time into `out`; `*length` becomes the number of data bytes. On
+  /// failure it returns false, leaves `out` alone, and sets `*length` to what the library left in its length
+  /// argument: the size of the whole answer, if there was one.
   bool getTimeStamp(unsigned char* out, unsigned short* length);
 
  private:

@@ -46,7 +46,7 @@ TPropertyMap R8ErrorData::getInstanceData(const std::string& elementName, int in
               TCIMValue("KROSG:" + collectedClass->GetName({}) + ":" + machineType + ":" + dataToString<int>(index))});
   map.insert({elementNameProp, TCIMValue(elementName)});
   map.insert({machineTypeProp, TCIMValue(machineType)});
-  // Deliberately asked for twice: the second answer is the one that counts.
+  // Deliberately read twice: the second answer is the one that counts.
   if (!getTimeStampValue().IsNull()) map.insert({statisticalTimeProp, getTimeStampValue()});
   return map;
 }
@@ -77,8 +77,8 @@ TCIMValue R8ErrorData::getTimeStampValue() {
   return result;
 }
 
-// Sets the result and returns what the transcript says of it. The fields are UTC while the offset is
-// the local zone's; the two are kept together on purpose.
+// Sets `result` and returns the text for the transcript. The fields are in UTC although the offset is that of
+// the local zone; this mismatch is deliberate.
 std::string R8ErrorData::formatTimeStamp(unsigned int rawTime, TCIMValue& result) {
   const std::time_t seconds = rawTime;
   std::tm utc{};

@@ -13,15 +13,15 @@
 
 namespace torgareg {
 
-/// Collects one class once. Nothing is cached: machine type, time and qualifiers are asked for anew
-/// for every instance and property.
+/// Collects one class once. Nothing is cached: machine type, time and qualifiers are looked up again for
+/// every instance and property.
 class R8ErrorData {
  public:
   explicit R8ErrorData(boost::shared_ptr<NKROVEL20::ICIMClass> requestedClass);
   virtual ~R8ErrorData();
 
-  /// One map per instance, in order; an instance none of whose registers answered has an empty one.
-  /// A TVELException ends the loop: the maps collected so far are returned.
+  /// One map per instance, in order. If none of an instance's registers answered, its map is empty. A
+  /// TVELException ends the loop; the maps collected so far are returned.
   std::vector<NKROVEL20::TPropertyMap> getData();
   /// The map of one instance: its registers, identity and capture time.
   NKROVEL20::TPropertyMap getInstanceData(const std::string& elementName, int index);
@@ -29,17 +29,17 @@ class R8ErrorData {
   int getInstanceCount();
   /// The machine type known to the class's namespace; empty without a class.
   std::string getMachineType();
-  /// The capture time, asked from the BMC; null where it is not known.
+  /// The capture time, read from the BMC; null if unknown.
   NKROVEL20::TCIMValue getTimeStampValue();
 
   // r8/registerdecoding.cpp
 
-  /// Name and value of every register property that answered, for one instance index.
+  /// Name and value of every register property that answered, for one instance.
   NKROVEL20::TPropertyMap getRegisterValues(int index);
   /// The value of one register property: an array of 14 unsigned 8-bit values, or a null value.
   NKROVEL20::TCIMValue getRegisterData(boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property, int index);
-  /// Rewrites a read of 14 bytes in place: address, value most significant byte first, tail. `mode`
-  /// is 4 for the 32-bit conversion, else 0. Any other number of bytes stays as it is.
+  /// Rewrites the 14 bytes of a read in place: address, value (most significant byte first), tail. `mode` is
+  /// 4 for the 32-bit conversion, otherwise 0. Any other number of bytes is left unchanged.
   void ConvertToBigEndian(std::vector<unsigned char>* bytes, unsigned int address, unsigned int mode);
 
  private:
@@ -52,7 +52,7 @@ class R8ErrorData {
 
   LogMessage* logger;  // not owned
   boost::shared_ptr<NKROVEL20::ICIMClass> collectedClass;
-  std::string reserved;  // stays empty
+  std::string reserved;  // always empty
   std::unique_ptr<IPMIRequestTorgaReg> transport;
 };
 

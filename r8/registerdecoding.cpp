@@ -1,4 +1,4 @@
-// From the declarations of a class to register reads, and from their answers to CIM values.
+// Turns the property declarations of a class into register reads, and the answers into CIM values.
 #include <algorithm>
 #include <array>
 #include <boost/function.hpp>
@@ -23,10 +23,10 @@ namespace Record = wire::RegisterRecord;
 namespace {
 
 constexpr unsigned int kFoldedMode = 4;
-constexpr std::size_t kUsualTranscript = 160;  // of a register with one address
+constexpr std::size_t kUsualTranscript = 160;  // typical for a register with one address
 
-// The machine types whose BMC registers are read as raw values; all others, the empty one included,
-// hand over labelled records.
+// Machine types whose registers are read as raw values. For all others, including the empty one, the
+// transport returns labelled records.
 bool isEightByteFamily(const std::string& machineType) {
   return machineType == "4411" || machineType == "4414" || machineType == "4523" || machineType == "4524";
 }
@@ -40,7 +40,7 @@ bool isIdentification(std::string_view name) {
          name == "ElementName";
 }
 
-// One address for each element of an array; a scalar, which a missing offset is too, is one.
+// One address per element of an array; a scalar, which a missing offset also is, counts as one address.
 std::vector<TCIMValue> addressesOf(const TCIMValue& offset) {
   if (!offset.IsArray()) return std::vector<TCIMValue>(1, offset);
   return static_cast<const std::vector<TCIMValue>&>(offset);
@@ -60,7 +60,7 @@ void reverseRaw(const TRecordBytes& source, TRecordBytes& target, unsigned int m
   }
 }
 
-// The record's value bytes start one byte late: the value's first byte stands in the label.
+// The record's value bytes start one byte late: the first byte of the value is in the label.
 void reverseLabelled(const TRecordBytes& source, TRecordBytes& target, unsigned int mode) {
   const std::size_t n = 10 - mode;
   for (std::size_t k = Record::kDecodedValue; k < n; ++k) {
@@ -87,8 +87,8 @@ TPropertyMap R8ErrorData::getRegisterValues(int index) {
   return values;
 }
 
-// One level only: what is declared above the direct superclass is not read. The classes are held while
-// their names are in use: a host may own neither.
+// One level only: properties declared above the direct superclass are not read. The classes are held while
+// their names are in use, since nothing else may keep them alive.
 bool R8ErrorData::isRegister(ICIMPropertyDecl& property, const std::string& name) const {
   const TPropertyMap noContext;
   const boost::shared_ptr<ICIMClass> originClass = property.GetClassOrigin(noContext);
@@ -111,13 +111,13 @@ std::vector<unsigned char> R8ErrorData::readAddresses(const std::string& propert
                                                       unsigned char chipSelector, unsigned int& lastAddress) {
   const bool eightByteFamily = isEightByteFamily(machineType);
   std::vector<unsigned char> bytes;
-  std::string transcript;  // grows from address to address
+  std::string transcript;  // grows with each address
   transcript.reserve(kUsualTranscript);
   transcript.append(propertyName).append("\n\t");
   for (const TCIMValue& element : addresses) {
     const unsigned int address = element;
     lastAddress = address;
-    // One zero byte is owned behind the record: the dump is inclusive.
+    // One extra zero byte: the dump is inclusive.
     std::array<unsigned char, Record::kSize + 1> record{};
     transcript.append(" at ").append(std::to_string(address)).append(" with length ");
     transcript.append(std::to_string(familyLength(eightByteFamily))).append("\nAbout to call the BMC.. \n");
