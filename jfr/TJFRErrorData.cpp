@@ -40,14 +40,14 @@ std::vector<TPropertyMap> TJFRErrorData::getData() {
 }
 
 void TJFRErrorData::collectServiceProcessor(int serviceProcessor, int count, std::vector<TPropertyMap>& maps) {
-  // One zero byte is owned behind the block: its dump is inclusive.
+  // One extra zero byte: the dump of the block is inclusive.
   const std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[wire::RegisterBlock::kSize + 1]);
   if (!block) {
     log->writeDebug("Unable to retrieve engineering information.");
     log->writeVerbose("Failed to allocate memory to store register data.");
     return;
   }
-  // Deliberately not zero: what the response leaves out reads as 48, also as a month or day.
+  // Deliberately not zero: whatever the response leaves out reads as 48, even a month or a day.
   std::fill_n(block.get(), wire::RegisterBlock::kSize, wire::RegisterBlock::kFill);
   block[wire::RegisterBlock::kSize] = 0;
   const auto length = static_cast<unsigned short>(
@@ -65,10 +65,10 @@ void TJFRErrorData::collectServiceProcessor(int serviceProcessor, int count, std
 void TJFRErrorData::decodeInstances(unsigned char* block, int count, std::vector<TPropertyMap>& maps) {
   for (int i = 0; i < count; ++i) {
     try {
-      // Deliberately number 0 for every instance: all carry the same identity.
+      // Deliberately 0 for every instance: all of them have the same identity.
       TPropertyMap info = getCIMInstanceInfo(baseClass, 0);
       TPropertyMap map = getChipErrorInfo(block, i);
-      // The few go into the many; a register that has one of their names gives way.
+      // Identification properties override registers of the same name.
       for (auto& [name, value] : info) map[name] = std::move(value);
       maps.push_back(std::move(map));
     } catch (const TVELException& exception) {
@@ -89,7 +89,7 @@ std::string TJFRErrorData::getMachineType() {
   return TCIMSchemaHelper::GetMachineType(requestedClass->GetNamespace({}));
 }
 
-// The R8 classes but one are missing on purpose.
+// All but one of the R8 classes are left out deliberately.
 std::string TJFRErrorData::getChipDescription(const std::string& name) {
   const std::map<std::string, std::string> descriptions = {{pciBridgeClass, pciBridgeChipDesc},
                                                            {memCtlClass, memCtlChipDesc},

@@ -14,39 +14,39 @@
 
 namespace torgareg {
 
-/// Collects one class once: fetches the register block of every service processor and decodes one
-/// map per chip instance out of it.
+/// Collects one class once: fetches the register block of every service processor and decodes one map per
+/// chip instance from it.
 class TJFRErrorData {
  public:
-  /// `baseClass` gives the identity of the instances, `requestedClass` the registers.
+  /// `baseClass` determines the identity of the instances, `requestedClass` the registers.
   TJFRErrorData(boost::shared_ptr<NKROVEL20::ICIMClass> baseClass,
                 boost::shared_ptr<NKROVEL20::ICIMClass> requestedClass);
   virtual ~TJFRErrorData();
 
-  /// One map per service processor and instance, in this order. A block that cannot be decoded
-  /// empties the whole result, maps of other service processors before it included.
+  /// One map per service processor and instance, in this order. A block that cannot be decoded discards all
+  /// maps collected so far, even those of earlier service processors.
   std::vector<NKROVEL20::TPropertyMap> getData();
   /// The requested class's "MaxInstanceCount".
   int getInstanceCount();
   /// The machine type known to the requested class's namespace; empty without a class.
   std::string getMachineType();
-  /// The description that element names begin with; empty for a class that has none.
+  /// The description that element names begin with; empty if the class has none.
   std::string getChipDescription(const std::string& name);
   /// Identifier, element name and machine type of one instance.
   NKROVEL20::TPropertyMap getCIMInstanceInfo(boost::shared_ptr<NKROVEL20::ICIMClass> cimClass, int instanceNumber);
 
-  // jfr/registerdecoding.cpp. `data` is a register block of 4096 bytes.
+  // Implemented in jfr/registerdecoding.cpp. `data` is a register block of 4096 bytes.
 
-  /// The capture time from the first copy of the header that has a month and a day; notes which copy
-  /// it was. Throws TVELException with status 21 when neither has.
+  /// The capture time from the first header copy with a non-zero month and day; remembers which copy that
+  /// was. Throws TVELException with status 21 if neither has them.
   NKROVEL20::TCIMDateTime getTimeStamp(const unsigned char* data);
-  /// The value of one register property: an array of 14 values of the declared type. Without data it
-  /// is an empty array.
+  /// The value of one register property: an array of 14 values of the declared type, or an empty array if
+  /// `data` is null.
   NKROVEL20::TCIMValue getRegisterData(boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property, unsigned char* data,
                                        int instance);
   /// Name and value of every register property of the requested class.
   NKROVEL20::TPropertyMap getChipsetErrorRegisterValues(unsigned char* data, int instance);
-  /// The same and the capture time.
+  /// The same, plus the capture time.
   NKROVEL20::TPropertyMap getChipErrorInfo(unsigned char* data, int instance);
 
  private:
@@ -58,7 +58,7 @@ class TJFRErrorData {
   boost::shared_ptr<NKROVEL20::ICIMClass> baseClass;
   boost::shared_ptr<NKROVEL20::ICIMClass> requestedClass;
   std::unique_ptr<TNOVRequestTorgaReg> transport;
-  std::string className;  // starts empty
+  std::string className;  // initially empty
   std::uint8_t fSPInstances;
 };
 

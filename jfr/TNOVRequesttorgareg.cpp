@@ -20,15 +20,15 @@ constexpr int kCapacity = static_cast<int>(wire::TCommandBuffer::kSize);
 const char* const kUnableToCommunicate =
     "Unable to communicate with system management hardware. Could not collect register data.";
 
-// Both checks look at the whole response: its last byte in use must be there.
+// Both checks apply to the whole response: it must include the last byte that is used.
 constexpr int kValueEnd = static_cast<int>(Wire::kValue + Wire::kValueSize);
 constexpr int kTimestampEnd = static_cast<int>(Wire::kTimestamp + Wire::kTimestampSize);
 static_assert(kValueEnd == 23 && kTimestampEnd == 13);
 
 }  // namespace
 
-// The logger comes first, unlike in the order of the fields. The count reaches the log through the collector's own
-// message.
+// The logger is fetched before the library, although it is declared after it. The number of service
+// processors is logged by the collector.
 TNOVRequestTorgaReg::TNOVRequestTorgaReg() : spLibrary(nullptr), log(LogMessage::getInstance()), SPInstances(0) {
   spLibrary = SPLibrary::GetSplibraryInstance(0);
   if (!spLibrary->isDotcommand()) {

@@ -10,26 +10,26 @@
 
 namespace torgareg {
 
-/// Whether anything can be collected, and from how many service processors, is settled once, when
-/// the object is made. Nothing is retried and nothing thrown.
+/// The constructor determines, once and for all, whether anything can be collected and from how many service
+/// processors. Nothing is retried and nothing is thrown.
 class TNOVRequestTorgaReg {
  public:
   /// Discovers the service processors.
   TNOVRequestTorgaReg();
 
-  /// 0 where the service processor takes no dot commands or the communication check failed.
+  /// 0 if the service processor does not take dot commands or the communication check failed.
   unsigned char GetSPInstances();
 
-  /// Fetches the register block of service processor `spIndex` (from 0) into `buffer` and returns
-  /// the length that the library reports, also where it reports a failure beside it.
+  /// Fetches the register block of service processor `spIndex` (from 0) into `buffer`. Returns the length
+  /// that the library reports, even if it also reports a failure.
   int sendCommand(unsigned char* buffer, int bufferSize, int spIndex);
 
-  // Two IPMI requests that belong to the transport although no collector sends them. `*length` gets
-  // the low 16 bits of the response length on failure, else the number of data bytes.
+  // Two IPMI requests that are part of the transport although no collector sends them. On failure, `*length`
+  // is the low 16 bits of the response length; otherwise, the number of data bytes.
 
-  /// Reads one register; on true, `value` holds its eight bytes as they lie in the response.
+  /// Reads one register; on success, `value` receives its eight bytes in the order of the response.
   bool getData(unsigned char registerSelector, unsigned int address, unsigned char* value, unsigned short* length);
-  /// Reads the capture time; on true, `timeStamp` holds its four bytes as they lie in the response.
+  /// Reads the capture time; on success, `timeStamp` receives its four bytes in the order of the response.
   bool getTimeStamp(unsigned char* timeStamp, unsigned short* length);
 
  private:

@@ -1,4 +1,4 @@
-// From a register block to the values of one chip instance, steered by the class's qualifiers.
+// Decodes the values of one chip instance from a register block, as directed by the class's qualifiers.
 #include <array>
 #include <boost/function.hpp>
 #include <cstddef>
@@ -19,14 +19,14 @@ using namespace NKROVEL20;
 
 namespace {
 
-// The one place that reads records. The schema says where they lie and is trusted in the results:
-// a record beyond the block is made all the same, out of fill characters.
+// The only place that reads records. Their positions come from the schema and are deliberately not validated:
+// a record beyond the end of the block is made of fill characters.
 unsigned char blockByte(const unsigned char* block, int offset) {
   const bool inside = offset >= 0 && offset < static_cast<int>(wire::RegisterBlock::kSize);
   return inside ? block[offset] : wire::RegisterBlock::kFill;
 }
 
-// Unlike the R8 path this one does read a register that is called "ElementName".
+// Unlike the R8 path, this one does read a register called "ElementName".
 bool isIdentification(std::string_view name) {
   return name == "MachineType" || name == "DateTimeOfCollection" || name == "StatisticTime" || name == "InstanceID";
 }
@@ -39,7 +39,7 @@ TCIMDateTime TJFRErrorData::getTimeStamp(const unsigned char* data) {
     const unsigned char* const p = data + copy;
     timeStampFromSecondCopy = copy != Block::kFirstCopy ? 1 : 0;
     log->writeDebug("TimeStamp rawdata: \n");
-    log->writeDebug(print2Array(const_cast<unsigned char*>(p), Block::kHeaderSize));  // it only reads
+    log->writeDebug(print2Array(const_cast<unsigned char*>(p), Block::kHeaderSize));  // not modified
     if (p[Block::kMonth] == 0 || p[Block::kDay] == 0) continue;
     return TCIMDateTime(static_cast<unsigned short>(2000 + p[Block::kYear]), p[Block::kMonth], p[Block::kDay],
                         p[Block::kHour], p[Block::kMinute], p[Block::kSecond], 0, 0);
@@ -58,8 +58,8 @@ TCIMValue TJFRErrorData::getRegisterData(boost::shared_ptr<ICIMPropertyDecl> pro
     return TCIMValue(type, 0, {});
   }
   const unsigned short index = property->GetQualifier("Index", noContext)->GetValue();
-  property->GetQualifier("MaxLen", noContext);  // looked up as ever; its value steers nothing here
-  // The second copy's records are counted from the block's start: its offset is not added.
+  property->GetQualifier("MaxLen", noContext);  // looked up but not used
+  // Records of the second copy are counted from the start of the block: the copy's offset is not added.
   const int base = timeStampFromSecondCopy == 0 ? Block::kHeaderSize : 0;
   const int p = base + (index + instance * Block::kRecordsPerInstance) * Block::kRecordStride;
 
@@ -83,7 +83,7 @@ TPropertyMap TJFRErrorData::getChipsetErrorRegisterValues(unsigned char* data, i
   std::string line;
   for (const boost::shared_ptr<ICIMPropertyDecl>& property : properties) {
     const std::string& name = property->GetName(noContext);
-    // Held while their names are in use: a host may own neither.
+    // Held while their names are in use, since nothing else may keep them alive.
     const boost::shared_ptr<ICIMClass> originClass = property->GetClassOrigin(noContext);
     const std::string& origin = originClass->GetName(noContext);
     const boost::shared_ptr<ICIMClass> superClass = requestedClass->GetSuperClass(noContext);
