@@ -1,4 +1,4 @@
-// Turns one capture file into a committed CIM instance.
+// Commits one capture file as a CIM instance.
 #include <array>
 #include <cstdio>
 #include <string>
@@ -20,7 +20,7 @@ TPropertyMap makeRequestContext() {
   return {{TCIMSchemaHelper::kContextName, TCIMValue(TCIMSchemaHelper::kPluginNSPName)}};
 }
 
-// Numbers reach the host as C strings.
+// Numbers are passed to the host as C strings.
 TCIMValue decimalText(int number) {
   std::array<char, sizeof "-2147483648"> text{};
   std::snprintf(text.data(), text.size(), "%d", number);
@@ -62,7 +62,7 @@ void TTORGARegPluginCallbacks::publishCaptureFile(const boost::shared_ptr<ICIMCl
   instance->SetProperty("LogCreationClassName", TCIMValue(kFileClass), noContext);
   instance->SetProperty("LogName", TCIMValue(kFileClass), noContext);
   instance->SetProperty("RecordID", decimalText(recordCounter), noContext);
-  // Counted before the commit: a number that a failed commit took is not given out again.
+  // Incremented before the commit: the number of a failed commit is not reused.
   ++recordCounter;
   instance->Commit(noContext);
   logger->writeDebug("Exit AddErrFFDCinstance funtion");

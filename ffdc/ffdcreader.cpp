@@ -1,4 +1,4 @@
-// Reads one kind of capture file from every BMC node.
+// Reads one capture file from every BMC node.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -14,13 +14,13 @@ using namespace NKROVEL20;
 
 namespace {
 
-// A read of less than ten bytes still asks for ten.
+// The first read always requests ten bytes, even if the area is smaller.
 constexpr int kSmallestBuffer = 10;
 
 using TFileBuffer = std::unique_ptr<unsigned char, decltype(&std::free)>;
 
-// Zero-filled; empty where no buffer of that size can be had. Untouched pages cost nothing, so that
-// a size that only a broken BMC reports takes memory for what was read alone.
+// Zero-filled; null if no buffer of that size is available. Untouched pages cost nothing, so if a broken BMC
+// reports a huge size, only what is actually read takes memory.
 TFileBuffer allocateFile(int size) {
   void* bytes = nullptr;
   if (size >= 0) bytes = std::calloc(static_cast<std::size_t>(std::max(size, kSmallestBuffer)), 1);
@@ -46,11 +46,11 @@ void TTORGARegPluginCallbacks::ReadErrFFDC(boost::shared_ptr<ICIMNamespace> ns, 
     SPLibrary* const sp = SPLibrary::GetSplibraryInstance(node);
     std::array<unsigned char, wire::StorageArea::kHandleSize> handle{};
     if (!OpenStorageArea(handle.data(), name, sp)) {
-      logger->writeDebug("Error when opening files. Exit.");  // the other nodes are still read
+      logger->writeDebug("Error when opening files. Exit.");  // continue with the other nodes
       continue;
     }
     int size = 0;
-    if (!QueryStorageAreaSize(size, name, sp)) continue;  // deliberately without closing the area
+    if (!QueryStorageAreaSize(size, name, sp)) continue;  // deliberately does not close the area
     const TFileBuffer file = allocateFile(size);
     if (!file) {
       CloseStorageArea(handle.data(), sp);
@@ -58,7 +58,7 @@ void TTORGARegPluginCallbacks::ReadErrFFDC(boost::shared_ptr<ICIMNamespace> ns, 
       continue;
     }
     const int bytesRead = ReadStorageArea(size, handle.data(), file.get(), sp);
-    // Closed before the instance is built, so that a failure there leaves no area open.
+    // Closed before the instance is built, so that a failure there does not leave the area open.
     CloseStorageArea(handle.data(), sp);
     AddErrFFDCinstance(ns, file.get(), bytesRead, name, node);
   }

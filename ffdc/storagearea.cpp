@@ -19,10 +19,11 @@ namespace Wire = wire::StorageArea;
 namespace {
 
 constexpr int kChunkSize = 10;
-// What a response's length counts beside the data of a read, as far as this protocol's users have
-// always subtracted: the copy is cut to the chunk, so that the nine bytes too many never show.
+// What is subtracted from the length of a response to get the size of its data. The true overhead is 14
+// bytes; this is what users of the protocol have always subtracted. The nine surplus bytes never show,
+// because the copy is limited to the chunk.
 constexpr int kReadLengthOverhead = 5;
-// The close trace shows as many bytes as a read request has, the last six zero.
+// The trace of a close shows as many bytes as a read request has; the last six are zero.
 constexpr std::size_t kTracedCloseSize = wire::TCommandBuffer::kData + Wire::kReadLength;
 constexpr std::size_t kReadRequestSize = wire::TCommandBuffer::kData + Wire::kReadLength;
 static_assert(kReadRequestSize == 23 && kTracedCloseSize == 23);
@@ -34,7 +35,7 @@ wire::TCommandBuffer makeRequest(std::uint8_t subCommand, std::size_t dataLength
   return buffer;
 }
 
-// A bounded copy: a longer name is cut without a terminator.
+// A longer name is truncated, without a terminator.
 void putName(wire::TCommandBuffer& buffer, std::size_t offset, const std::string& name) {
   const std::string field = name.substr(0, Wire::kNameSize);
   std::copy(field.begin(), field.end(), buffer.Data() + offset);
@@ -54,14 +55,14 @@ void putLittleEndian32(wire::TCommandBuffer& buffer, std::size_t offset, std::ui
   for (std::size_t i = 0; i < 4; ++i) buffer[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
-// The size counts the whole name, which may be longer than the request that carries it.
+// `size` counts the whole name, which may be longer than the request that carries it.
 std::string traceOf(const std::string& command, std::size_t size, const wire::TCommandBuffer& request) {
   std::string text = command + " IPMI command data:" + std::to_string(size) + "bits\n";
   appendHexPairs(text, request.Data(), std::min(size, wire::TCommandBuffer::kSize));
   return text;
 }
 
-// The request is copied whole into `response`, which is the buffer that the library gets and writes over.
+// The request is copied to `response`; the library gets that buffer and overwrites it.
 bool send(SPLibrary* sp, const wire::TCommandBuffer& request, wire::TCommandBuffer& response, int& length) {
   length = static_cast<int>(wire::TCommandBuffer::kSize);
   response = request;
@@ -78,17 +79,17 @@ wire::TCommandBuffer makeReadRequest(const unsigned char* handle, int offset, in
   wire::TCommandBuffer request = makeRequest(Wire::kRead, Wire::kReadLength);
   putHandle(request, handle);
   putLittleEndian32(request, Wire::kReadOffset, static_cast<std::uint32_t>(offset));
-  request[Wire::kReadCount] = static_cast<std::uint8_t>(chunk);  // the field's high byte stays zero
+  request[Wire::kReadCount] = static_cast<std::uint8_t>(chunk);  // the high byte of the field stays zero
   return request;
 }
 
-// A BMC must not return more than it was asked for; what it returns too much is cut off.
+// A BMC must not return more than was requested; any surplus is dropped.
 int copiedSize(int responseLength, int chunk) {
   const std::int64_t offered = std::int64_t{responseLength} - kReadLengthOverhead;
   return static_cast<int>(std::clamp<std::int64_t>(offered, 0, std::max(chunk, 0)));
 }
 
-// Wraps where a caller's negative size keeps the loop going for long; the requested texts stay the same.
+// Wraps around if a negative size from the caller keeps the loop running that long.
 int advanced(int offset, int chunk) {
   return static_cast<int>(static_cast<unsigned int>(offset) + static_cast<unsigned int>(chunk));
 }
@@ -100,7 +101,7 @@ bool TTORGARegPluginCallbacks::OpenStorageArea(unsigned char* handle, const std:
   wire::TCommandBuffer request = makeRequest(Wire::kOpen, name.size() + Wire::kOpenLength);
   request[Wire::kBody] = Wire::kOpenMode;
   putName(request, Wire::kOpenName, name);
-  // The prefix stands twice.
+  // The prefix appears twice.
   logger->writeDebug("OpenStorageArea IPMI command data:" +
                      traceOf("OpenStorageArea", name.size() + Wire::kOpenName, request));
   wire::TCommandBuffer response;
@@ -142,7 +143,7 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
     appendHexPairs(line, request.Data(), kReadRequestSize);
     logger->writeDebug(line);
     int length = 0;
-    send(sp, request, response, length);  // without an answer the command byte is where the completion code would be
+    send(sp, request, response, length);  // without an answer, the completion code is the request's command byte
     logger->writeDebug("completeCode:" + toHex(response.CompletionCode()) + "\n");
     if (response.CompletionCode() != wire::TCommandBuffer::kSuccess) break;
 
@@ -155,13 +156,13 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
       std::copy_n(response.Data() + Wire::kResponseData, std::min(copied, capacity - offset), out + offset);
     }
 
-    offset = advanced(offset, chunk);  // what was asked for, also where less came
+    offset = advanced(offset, chunk);  // what was requested, even if less was returned
     count = advanced(count, 1);
     if (count == full) {
       if (rest == 0) break;
       chunk = rest;
     }
-    // Deliberately unsigned: a negative size reads on until a completion code ends it.
+    // Deliberately unsigned: with a negative size, reading continues until a completion code ends it.
     if (static_cast<unsigned int>(full) < static_cast<unsigned int>(count)) break;
   }
   logger->writeDebug("returned smbioslen:" + dataToString<int>(offset) + "\n");
@@ -180,7 +181,7 @@ void TTORGARegPluginCallbacks::CloseStorageArea(unsigned char* handle, SPLibrary
   int length = 0;
   send(sp, request, response, length);
   if (response.CompletionCode() == wire::TCommandBuffer::kSuccess) logger->writeDebug("close file successfully");
-  logger->writeDebug("Exit ReadStorageArea funtion");  // the read's text; kept as it stands
+  logger->writeDebug("Exit ReadStorageArea funtion");  // deliberately the text of the read
 }
 
 }  // namespace torgareg
