@@ -1,5 +1,5 @@
-// A minimal plugin: registers while it is loaded, and answers a request for a class with one
-// instance of it. Copy this folder to begin a plugin of your own.
+// A minimal plugin: registers while it is being loaded, and answers a request for a class with one instance
+// of it. Copy this folder to start a plugin of your own.
 #include <boost/pointer_cast.hpp>
 #include <string>
 #include <vector>
@@ -26,7 +26,7 @@ class TTemplatePlugin : public IPluginCallbacks, public IPluginBasicQueryCallbac
   void Init() override { TRootObject::GetCoreLogger()->Log(ILogger::kDebug, "Template starts"); }
   void DeInit() override { TRootObject::GetCoreLogger()->Log(ILogger::kDebug, "Template stops"); }
 
-  // Host operations that fail throw TVELException; what leaves this function ends the request.
+  // Host operations that fail throw TVELException; an exception that leaves this function ends the request.
   void GetData(boost::shared_ptr<ICIMNamespace>, std::vector<boost::shared_ptr<ICIMClass>>& classes) override {
     const TPropertyMap noContext;
     for (const boost::shared_ptr<ICIMClass>& requested : classes) {
@@ -37,7 +37,7 @@ class TTemplatePlugin : public IPluginCallbacks, public IPluginBasicQueryCallbac
   }
 };
 
-// The object registers itself; the host has it deleted before it unloads the library.
+// The object registers itself, and deletes itself when the host is about to unload the library.
 [[maybe_unused]] const auto* const plugin = new TTemplatePlugin();
 
 }  // namespace

@@ -8,9 +8,8 @@
 
 namespace NKROVEL20 {
 
-/// A dot command: a command byte, identifier bytes and parameter bytes. The object keeps copies of
-/// the arrays, so that whatever carries it out can encode it; a null pointer or a length of zero or
-/// less gives an empty array.
+/// A dot command: a command byte, identifier bytes and parameter bytes. The arrays are copied. A null
+/// pointer, or a length of zero or less, gives an empty array.
 class NKROVEL20_API dotCmd {
  public:
   dotCmd(unsigned char command, int identifierLength, int parameterLength, const unsigned char* identifier,

@@ -18,7 +18,7 @@ class NKROVEL20_API ILogger {
   };
 
   virtual ~ILogger();
-  /// Writes one line, which may contain newlines of its own. The host formats it.
+  /// Logs one message, which may contain newlines. The host does the formatting.
   virtual void Log(EVELLogSeverity severity, const std::string& message) = 0;
 };
 

@@ -10,8 +10,8 @@
 
 namespace NKROVEL20 {
 
-/// Identity and lifecycle. The host calls one operation at a time, in the order Init, any requests,
-/// DeInit, PrepareForUnload. The order of the virtual operations is part of the contract.
+/// Identity and lifecycle. The host makes one call at a time, in this order: Init, any number of requests,
+/// DeInit, PrepareForUnload. The order of the virtual functions is part of the contract.
 class NKROVEL20_API IPluginCallbacks {
  public:
   virtual ~IPluginCallbacks();
@@ -19,19 +19,19 @@ class NKROVEL20_API IPluginCallbacks {
   virtual std::string GetName() = 0;
   virtual std::string GetVersion() = 0;
   virtual std::string GetInterfaceVersion() = 0;
-  /// The plugin object deletes itself; the host does not touch it afterwards.
+  /// The plugin object must delete itself; the host does not touch it afterwards.
   virtual void PrepareForUnload() = 0;
   virtual void Init() = 0;
   virtual void DeInit() = 0;
 };
 
-/// A plugin that answers requests for instances of classes also derives from this interface, which
-/// the host finds by a dynamic cast from IPluginCallbacks.
+/// A plugin that answers requests for instances also derives from this interface. The host obtains it by a
+/// dynamic cast from IPluginCallbacks.
 class NKROVEL20_API IPluginBasicQueryCallbacks {
  public:
   virtual ~IPluginBasicQueryCallbacks();
-  /// Collects instances of the classes and commits them to the namespace. The vector is only read.
-  /// What it throws ends the request; instances committed before stay.
+  /// Collects instances of the classes and commits them. The vector must not be modified. An exception ends
+  /// the request; instances that are already committed remain.
   virtual void GetData(boost::shared_ptr<ICIMNamespace> cimNamespace,
                        std::vector<boost::shared_ptr<ICIMClass>>& classes) = 0;
 };

@@ -1,4 +1,4 @@
-// The functor with which a plugin gathers what a host enumeration delivers.
+// The functor with which a plugin gathers the results of a host enumeration.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -8,12 +8,12 @@
 
 namespace NKROVEL20 {
 
-// std::unary_function is deprecated but part of the contract: existing plugins use its type names.
+// std::unary_function is deprecated but part of the contract: existing plugins use its member types.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
-/// Appends every object it is handed to a vector that the caller owns and keeps alive, and asks for
-/// the next one. Wrap it in a boost::function to pass it to an enumeration.
+/// Appends every object it is given to a vector, which the caller owns and keeps alive, and never stops the
+/// enumeration. Wrap it in a boost::function to pass it to one.
 template <typename T>
 class TAddToVectorCallback : public std::unary_function<boost::shared_ptr<T>, bool> {
  public:

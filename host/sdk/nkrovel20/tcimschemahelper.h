@@ -1,4 +1,4 @@
-// Helpers around the schema that requests run under.
+// Helpers for requests and the schema that they refer to.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -11,7 +11,7 @@ namespace NKROVEL20 {
 
 class NKROVEL20_API TCIMSchemaHelper {
  public:
-  /// Key and value of the request context that a plugin passes with look-ups of classes by name.
+  /// Key and value of the request context that a plugin passes when it looks up classes by name.
   static const std::string kContextName;
   static const std::string kPluginNSPName;
 

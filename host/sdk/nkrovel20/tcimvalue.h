@@ -13,11 +13,11 @@
 
 namespace NKROVEL20 {
 
-/// One CIM value. Copies are independent. Conversions and setters that cannot be done
-/// throw TVELException with TVELStatusCode::kTypeMismatch; nothing else is thrown but bad_alloc.
+/// One CIM value. Copies are independent. A conversion or setter that is not possible throws TVELException
+/// with TVELStatusCode::kTypeMismatch; the only other exception is std::bad_alloc.
 class NKROVEL20_API TCIMValue {
  public:
-  /// A CIM type. Scalars and arrays of a type share it; whether a value is an array is the value's.
+  /// A CIM type. It is the same for scalars and for arrays: being an array is a property of the value.
   class NKROVEL20_API TCIMType {
    public:
     enum ECIMType : std::uint8_t {
@@ -39,8 +39,8 @@ class NKROVEL20_API TCIMValue {
       kReference = 15,
     };
 
-    /// From a CIM type name, in any case ("uint8"); "ref" is a reference. Another name throws
-    /// TVELException with TVELStatusCode::kInvalidParameter.
+    /// From a CIM type name such as "uint8", ignoring case; "ref" means reference. Throws TVELException with
+    /// TVELStatusCode::kInvalidParameter for any other name.
     explicit TCIMType(const std::string& name);
     TCIMType(ECIMType code) noexcept : code_(code) {}
 
@@ -65,7 +65,7 @@ class NKROVEL20_API TCIMValue {
   TCIMValue(unsigned char number) noexcept : type_(TCIMType::kUint8), null_(false), bits_(number) {}
   /// A signed 32-bit value.
   TCIMValue(int number) noexcept : type_(TCIMType::kSint32), null_(false), bits_(static_cast<std::uint64_t>(number)) {}
-  /// An array: see Set.
+  /// An array; see Set.
   TCIMValue(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements);
   TCIMValue(const TCIMValue& other)
       : type_(other.type_),
@@ -87,22 +87,23 @@ class NKROVEL20_API TCIMValue {
   TCIMValue& operator=(TCIMValue&& other) noexcept;
   ~TCIMValue() = default;
 
-  /// Scalars of the types that have no constructor of their own. `FromInteger` keeps the low bits
-  /// that the integer, boolean or char16 type holds; `FromReal` takes a real type.
+  /// Scalars of types that have no constructor of their own. `FromInteger` keeps as many low bits as the
+  /// integer, boolean or char16 type has; `FromReal` takes a real type.
   static TCIMValue FromInteger(TCIMType type, std::uint64_t bits);
   static TCIMValue FromReal(TCIMType type, double number);
   /// A string or reference (an object path as text).
   static TCIMValue FromText(TCIMType type, const std::string& text);
 
-  /// Becomes the datetime.
+  /// Makes this value a datetime.
   void Set(const TCIMDateTime& dateTime);
 
-  /// Becomes an array of `type`. Every element of `elements` is kept, converted to `type` (integers
-  /// as C++ converts them; null elements stay null). An array is no element. `count` is the declared
-  /// size of the array and never cuts or pads the elements.
+  /// Makes this value an array of `type` with all elements, each converted to `type` (integers as in C++;
+  /// null elements stay null). An element must not be an array. `count` is the declared size of the array; it
+  /// never truncates or pads the elements.
   void Set(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements);
 
-  /// Becomes the null array of the type with the declared size `count`; a count of 0 is a scalar.
+  /// Makes this value a null array of the type with the declared size `count`; with a count of 0, a null
+  /// scalar.
   void SetNullValue(TCIMType::ECIMType type, unsigned int count);
 
   bool IsNull() const noexcept { return null_; }
@@ -111,34 +112,35 @@ class NKROVEL20_API TCIMValue {
   /// The declared size given to Set or SetNullValue; 0 for scalars.
   unsigned int GetDeclaredSize() const noexcept { return declaredSize_; }
 
-  /// The text of the value: strings as they are, datetimes as CIM datetimes, booleans as "true" or
-  /// "false", integers in `radix` (2 to 36, lower-case digits; another radix counts as 10), arrays
-  /// as "{a, b, c}", a null value as the empty string.
+  /// The value as text: strings as they are, datetimes in CIM format, booleans as "true" or "false", integers
+  /// in `radix` (2 to 36, lower-case digits; 10 if out of range), arrays as "{a, b, c}", null as the empty
+  /// string.
   std::string ToString(unsigned char radix) const;
-  /// Appends that text, for callers that build a longer one.
+  /// Appends that text to `text`.
   void AppendTo(std::string& text, unsigned char radix) const;
 
   /// The text in radix 10.
   operator std::string() const;
-  /// The number; texts in decimal or with 0x are read. Null is 0. Wider numbers keep their low bits.
+  /// The number; strings are parsed as decimal or, after 0x, hexadecimal. Null is 0. Wider numbers keep their
+  /// low bits.
   operator unsigned int() const;
   operator unsigned short() const;
-  /// The elements of an array value (none for a null array), as long as the value is not assigned to.
-  /// A scalar throws.
+  /// The elements of an array (none if it is null); valid until the value is assigned to. Throws for a
+  /// scalar.
   operator std::vector<TCIMValue>&();
   operator const std::vector<TCIMValue>&() const;
 
-  /// The number as 64 bits (sign extended); the same rules as the narrower conversions.
+  /// The number as 64 bits, sign-extended; otherwise like the narrower conversions.
   std::uint64_t ToInteger() const;
-  /// The number as a double; decimal texts are read.
+  /// The number as a double; strings are parsed as decimal.
   double ToReal() const;
-  /// The datetime; any other value throws.
+  /// The datetime; throws for any other value.
   const TCIMDateTime& ToDateTime() const;
 
-  /// This value as a scalar or, element by element, an array of `type`.
+  /// This value converted to `type`; arrays are converted element by element.
   TCIMValue ConvertedTo(TCIMType type) const;
 
-  /// Same type, same nullness, same content; the declared size does not count.
+  /// Equal type, nullness and content; the declared size is ignored.
   friend NKROVEL20_API bool operator==(const TCIMValue& a, const TCIMValue& b);
   friend bool operator!=(const TCIMValue& a, const TCIMValue& b) { return !(a == b); }
 
@@ -146,7 +148,7 @@ class NKROVEL20_API TCIMValue {
   struct TPayload;  // what does not fit into 64 bits: text, datetime, elements
   using TPayloadPointer = std::shared_ptr<TPayload>;
 
-  // What a copy holds: the same payload, or one of its own where somebody may still change that one.
+  // The payload for a copy: the same one, or a clone if someone may still modify it.
   static TPayloadPointer Shared(const TPayloadPointer& payload);
   void AppendElements(std::string& text, unsigned char radix) const;
 
@@ -154,11 +156,11 @@ class NKROVEL20_API TCIMValue {
   bool array_ = false;
   bool null_ = true;
   unsigned int declaredSize_ = 0;
-  std::uint64_t bits_ = 0;   // integers sign extended, reals as their bit pattern
-  TPayloadPointer payload_;  // copies share it until one of them hands out its elements to be changed
+  std::uint64_t bits_ = 0;   // integers sign-extended, reals as their bit pattern
+  TPayloadPointer payload_;  // shared by copies until one of them hands out its elements for modification
 };
 
-/// Property name to value, in ascending order of names: one instance to be built, and the context
+/// Property name to value, in ascending order of names. Used for the instance to be built, and as the context
 /// argument of host look-ups.
 using TPropertyMap = std::map<std::string, TCIMValue>;
 

@@ -1,4 +1,4 @@
-// What the host knows of the server and its operating system.
+// What the host knows about the server and its operating system.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace NKROVEL20 {
 
 class NKROVEL20_API TOSSpecific {
  public:
-  /// The server's machine type, four decimal digits as a rule; empty where it is not known.
+  /// The server's machine type, usually four decimal digits; empty if unknown.
   static std::string GetMachineTypeFromID();
   /// The current local time with its offset from UTC.
   static TCIMDateTime GetLocalTime();

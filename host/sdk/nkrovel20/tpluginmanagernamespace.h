@@ -1,4 +1,4 @@
-// The plugin manager as a plugin sees it: the namespace with which it registers while it is loaded.
+// The plugin manager from a plugin's point of view: a namespace with which it registers while being loaded.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -11,16 +11,16 @@ namespace NKROVEL20 {
 
 class IPluginCallbacks;
 
-/// The host's handle for one registered plugin. Opaque to the plugin, which keeps the pointer and
-/// never frees it; it is valid until the library has been unloaded.
+/// The host's handle to a registered plugin. Opaque to the plugin, which keeps the pointer but never frees
+/// it; valid until the library is unloaded.
 class TPluginManagerProvider;
 
 class NKROVEL20_API TPluginManagerNamespace : public ICIMNamespace {
  public:
   ~TPluginManagerNamespace() override;
-  /// Registers the plugin object of the library that is being loaded, and returns its handle. Never
-  /// throws: a refusal (nothing is being loaded, a second registration) is noted for the host,
-  /// which reports it when loading ends, and gives a null pointer.
+  /// Registers the plugin object of the library that is being loaded, and returns its handle. Never throws. A
+  /// refused registration (no library is being loaded, or it is the second one) returns null; the host
+  /// reports it when loading ends.
   virtual TPluginManagerProvider* RegisterPlugin(IPluginCallbacks* plugin) = 0;
 };
 

@@ -11,9 +11,9 @@ namespace NKROVEL20 {
 
 class NKROVEL20_API TRootObject {
  public:
-  /// The plugin manager; its dynamic type is TPluginManagerNamespace. Empty where there is none.
+  /// The plugin manager; its dynamic type is TPluginManagerNamespace. Empty if there is none.
   static boost::shared_ptr<ICIMNamespace> GetPluginManager();
-  /// The core logger. Never null, and valid whenever it is called.
+  /// The core logger. Never null, and valid at any time.
   static ILogger* GetCoreLogger();
 };
 
