@@ -8,7 +8,7 @@ namespace velhost {
 
 namespace {
 
-// The function's text ends in "[with T = NKROVEL20::ICIMClass; ...]" (GCC) or "[T = ...]" (Clang).
+// The function's signature ends in "[with T = NKROVEL20::ICIMClass; ...]" (GCC) or "[T = ...]" (Clang).
 std::string PointeeOf(const std::string& function) {
   const std::string key = "T = ";
   const std::size_t start = function.rfind(key);

@@ -1,4 +1,5 @@
-// What a null host object ends in: the host's handler for Boost's assertions throws this.
+// The exception that results from dereferencing a null host object, thrown by the host's Boost assertion
+// handler.
 #pragma once
 
 #include <exception>
@@ -8,17 +9,17 @@
 
 namespace velhost {
 
-/// Thrown by boost::assertion_failed. Deliberately no TVELException: collectors handle those, while
-/// a null host object has to leave the request and reach the host.
+/// Thrown by boost::assertion_failed. Deliberately not a TVELException: collectors catch those, but a null
+/// host object must end the request and be reported by the host.
 class VELHOST_API TAssertionFailure : public std::exception {
  public:
   TAssertionFailure(const char* expression, const char* function, const char* file, long line);
   ~TAssertionFailure() override;
 
-  /// "assertion px != 0 failed in FUNCTION (FILE:LINE)", the file without its folders.
+  /// "assertion px != 0 failed in FUNCTION (FILE:LINE)", with FILE stripped of its folders.
   const char* what() const noexcept override { return text_.c_str(); }
   const std::string& GetExpression() const noexcept { return expression_; }
-  /// What the pointer should have held, from its type: "ICIMClass"; empty where it is not known.
+  /// The type that the pointer should have pointed to, such as "ICIMClass"; empty if unknown.
   const std::string& GetPointee() const noexcept { return pointee_; }
 
  private:

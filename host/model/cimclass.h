@@ -21,11 +21,11 @@ namespace velhost {
 class TCIMClass;
 class TNamespace;
 
-/// One property as one class sees it: the latest declaration on the way up, with the class that
-/// declared the name first as its origin.
+/// One property as seen from one class: the most derived declaration, with the class that first declared the
+/// name as its origin.
 class VELHOST_API TPropertyDecl : public ICIMPropertyDecl {
  public:
-  /// `overridden` is the superclass's view of the same property, or null for a new one.
+  /// `overridden` is the superclass's view of the same property, or null if it is new.
   TPropertyDecl(TPropertyDefinition definition, const boost::shared_ptr<TCIMClass>& declaringClass,
                 const TPropertyDecl* overridden);
 
@@ -35,16 +35,16 @@ class VELHOST_API TPropertyDecl : public ICIMPropertyDecl {
   TCIMValue::TCIMType GetType(const TPropertyMap& context) const override;
   boost::shared_ptr<ICIMClass> GetClassOrigin(const TPropertyMap& context) const override;
 
-  /// Without its qualifiers: they are in Qualifiers(), with the inherited ones.
+  /// Excluding its qualifiers, which are in Qualifiers() together with the inherited ones.
   const TPropertyDefinition& Definition() const { return definition_; }
   const TQualifierSet& Qualifiers() const { return qualifiers_; }
-  /// The class whose declaration this is; differs from the origin for an overriding property.
+  /// The class with this declaration; differs from the origin if the property is overridden.
   const std::string& DeclaringClass() const { return *declaringClass_; }
 
  private:
   TPropertyDefinition definition_;
   TQualifierSet qualifiers_;
-  std::shared_ptr<const std::string> declaringClass_;  // thousands of properties share a name
+  std::shared_ptr<const std::string> declaringClass_;  // shared by thousands of properties
   boost::weak_ptr<TCIMClass> origin_;
 };
 
@@ -55,7 +55,7 @@ class VELHOST_API TCIMClass : public ICIMClass, public boost::enable_shared_from
   /// Use TNamespace::AddClass. The class does not keep its namespace alive.
   TCIMClass(TClassDefinition definition, boost::shared_ptr<TCIMClass> superClass,
             boost::weak_ptr<TNamespace> cimNamespace);
-  /// Works out the inherited and own properties; once, after construction (it needs shared_from_this).
+  /// Determines the own and inherited properties. Call it once, after construction: it uses shared_from_this.
   void ResolveProperties();
 
   const std::string& GetName(const TPropertyMap& context) const override;
@@ -74,19 +74,19 @@ class VELHOST_API TCIMClass : public ICIMClass, public boost::enable_shared_from
   const TQualifierSet& Qualifiers() const { return qualifiers_; }
   /// All properties, inherited ones first.
   const TPropertyDecls& Properties() const { return properties_; }
-  /// The place of a property in Properties(), in any case; Properties().size() when there is none.
+  /// The index of a property in Properties(), ignoring case; Properties().size() if there is none.
   std::size_t FindProperty(std::string_view name) const;
-  /// Whether this class stands below `ancestor`.
+  /// Whether this class is a direct or indirect subclass of `ancestor`.
   bool DescendsFrom(const TCIMClass& ancestor) const;
 
  private:
-  TClassDefinition definition_;  // its name, qualifiers and properties are below
+  TClassDefinition definition_;  // without name, qualifiers and properties, which are in the members below
   std::shared_ptr<const std::string> name_;
   boost::shared_ptr<TCIMClass> superClass_;
   boost::weak_ptr<TNamespace> namespace_;
   TQualifierSet qualifiers_;
   TPropertyDecls properties_;
-  // Of the properties that this class declares first. An inherited one has the superclass's place.
+  // Only properties first declared in this class: inherited ones keep their index from the superclass.
   std::unordered_map<std::string_view, std::size_t, TNameHash, TNameEqual> ownIndex_;
 };
 

@@ -1,4 +1,4 @@
-// Instances: filled by a plugin, handed to the host at commit.
+// Instances: a plugin fills them and hands them to the host by committing them.
 #pragma once
 #include "host/base/api.h"
 
@@ -18,18 +18,18 @@ class VELHOST_API TInstance : public ICIMInstance, public boost::enable_shared_f
   /// Use ICIMClass::CreateInstance. The instance keeps its class alive, not its namespace.
   TInstance(boost::shared_ptr<TCIMClass> cimClass, boost::weak_ptr<TNamespace> cimNamespace);
 
-  /// See ICIMInstance. A value of another type than the declared one is converted where it can be;
-  /// an array does not fit a scalar property nor a scalar an array property.
+  /// See ICIMInstance. A value of a different type is converted if possible; arrays and scalars are never
+  /// converted into each other.
   void SetProperty(const std::string& name, const TCIMValue& value, const TPropertyMap& context) override;
-  /// Hands the instance to the namespace's commit callback. A second commit, or one after the
-  /// namespace is gone, throws TVELException with TVELStatusCode::kFailed.
+  /// Passes the instance to the namespace's commit callback. Throws TVELException with
+  /// TVELStatusCode::kFailed if it is already committed or the namespace no longer exists.
   void Commit(const TPropertyMap& context) override;
 
   const TCIMClass& Class() const { return *class_; }
-  /// Whether the property at that place of Class().Properties() has been set.
+  /// Whether the property at this index of Class().Properties() has been set.
   bool IsSet(std::size_t index) const { return set_[index]; }
   const TCIMValue& Value(std::size_t index) const { return values_[index]; }
-  /// By name in any case; null where the property is not set or not declared.
+  /// Looks up a value by name, ignoring case; null if the property is not declared or not set.
   const TCIMValue* Find(std::string_view name) const;
 
  private:

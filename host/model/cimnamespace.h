@@ -1,4 +1,4 @@
-// The namespace that requests run in: the schema's classes, and the way out for instances.
+// The namespace of a request: the schema's classes, and where committed instances go.
 #pragma once
 #include "host/base/api.h"
 
@@ -20,18 +20,18 @@ class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared
  public:
   using TCommitCallback = boost::function<void(const boost::shared_ptr<const TInstance>&)>;
 
-  /// Namespaces live in shared pointers only.
+  /// Namespaces exist only in shared pointers.
   static boost::shared_ptr<TNamespace> Create();
 
   boost::shared_ptr<ICIMClass> GetClass(const std::string& name, const TPropertyMap& context) override;
   std::string GetMachineType() const override { return machineType_; }
 
-  /// Adds a class whose superclass is there already. `order` is its place in the enumeration of
-  /// subclasses: readers that meet a subclass before its superclass pass the place of its
-  /// declaration. A name that is taken or a superclass that is missing throws TVELException with
-  /// TVELStatusCode::kInvalidClass.
+  /// Adds a class; its superclass must already have been added. `order` is its position in the enumeration of
+  /// subclasses: a reader that meets a subclass before its superclass passes the position of the declaration.
+  /// Throws TVELException with TVELStatusCode::kInvalidClass if the name is taken or the superclass is
+  /// missing.
   boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition, std::size_t order);
-  /// The same, declared after all others.
+  /// The same, with the class declared after all others.
   boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition);
 
   boost::shared_ptr<TCIMClass> FindClass(std::string_view name) const;
@@ -39,7 +39,7 @@ class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared
   const std::vector<boost::shared_ptr<TCIMClass>>& Classes() const;
 
   void SetMachineType(const std::string& machineType) { machineType_ = machineType; }
-  /// Called with each instance at its commit; what it throws goes back to the committing plugin.
+  /// Called with each instance when it is committed; its exceptions propagate to the committing plugin.
   void SetCommitCallback(TCommitCallback callback) { commitCallback_ = std::move(callback); }
   /// For TInstance::Commit.
   void TakeCommitted(const boost::shared_ptr<const TInstance>& instance);
@@ -53,8 +53,8 @@ class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared
   };
 
   std::vector<TPlaced> added_;
-  // In declaration order; made of added_ when someone asks, since sorting in each class as it comes
-  // would take the square of their number.
+  // In declaration order; built from added_ on demand, because keeping it sorted while classes are added
+  // would take quadratic time.
   mutable std::vector<boost::shared_ptr<TCIMClass>> classes_;
   std::size_t lastOrder_ = 0;
   std::unordered_map<std::string, boost::shared_ptr<TCIMClass>, TNameHash, TNameEqual> byName_;

@@ -1,4 +1,4 @@
-// A class as a schema declares it: plain data between a schema reader and the object model.
+// A class as a schema declares it: plain data passed from a schema reader to the object model.
 #pragma once
 #include "host/base/api.h"
 
@@ -12,8 +12,8 @@
 namespace velhost {
 
 struct TQualifierFlavor {
-  bool overridable = true;  ///< EnableOverride against DisableOverride
-  bool toSubclass = true;   ///< ToSubclass against Restricted
+  bool overridable = true;  ///< EnableOverride or DisableOverride
+  bool toSubclass = true;   ///< ToSubclass or Restricted
   bool translatable = false;
 };
 
@@ -22,7 +22,7 @@ struct TQualifierDefinition {
   TCIMValue value;
   TQualifierFlavor flavor;
   TSourceLocation location;
-  bool isDefault = false;  ///< the value is the one that the qualifier's declaration gives
+  bool isDefault = false;  ///< the value is the default from the qualifier's declaration
 };
 
 struct TPropertyDefinition {
@@ -30,8 +30,8 @@ struct TPropertyDefinition {
   TCIMValue::TCIMType type = TCIMValue::TCIMType::kNone;
   bool isArray = false;
   std::uint32_t arraySize = 0;  ///< N of "[N]"; 0 for "[]" and scalars
-  std::string referenceClass;   ///< of a reference
-  TCIMValue defaultValue;       ///< null where the schema gives none
+  std::string referenceClass;   ///< only for references
+  TCIMValue defaultValue;       ///< null if the schema has none
   std::vector<TQualifierDefinition> qualifiers;
   TSourceLocation location;
 };

@@ -15,8 +15,8 @@ class TDroppingLogger : public ILogger {
   void Log(EVELLogSeverity, const std::string&) override {}
 };
 
-// Function statics that are never destroyed: a plugin may be unloaded while the process ends, after
-// this library's own statics would have gone.
+// Function-local statics that are never destroyed: a plugin may be unloaded during process exit, after this
+// library's own statics would have been destroyed.
 ILogger& DroppingLogger() {
   static auto* const logger = new TDroppingLogger();
   return *logger;

@@ -1,6 +1,6 @@
-// What stands behind the static operations of the contract: the host installs its services here
-// before it loads a plugin, and takes them away afterwards. One set per process; none of it is
-// guarded, since the host and its plugin share one thread.
+// The services behind the static functions of the contract. The host installs them before it loads a plugin
+// and removes them afterwards. One set per process, without locking, since the host and its plugin share one
+// thread.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -13,17 +13,17 @@
 
 namespace velhost {
 
-/// What the host knows of the server it runs on.
+/// What the host knows about the server it runs on.
 class VELHOST_API IHostEnvironment {
  public:
   virtual ~IHostEnvironment();
-  /// The machine type; empty where it is not known.
+  /// The machine type; empty if unknown.
   virtual std::string MachineType() = 0;
   /// The local time with its offset from UTC.
   virtual TCIMDateTime LocalTime() = 0;
 };
 
-/// The operating system's clock in the process's time zone, and no machine type.
+/// The operating system's clock in the process's time zone, and an unknown machine type.
 class VELHOST_API TSystemEnvironment : public IHostEnvironment {
  public:
   std::string MachineType() override { return {}; }
@@ -32,8 +32,8 @@ class VELHOST_API TSystemEnvironment : public IHostEnvironment {
 
 class VELHOST_API THostServices {
  public:
-  /// Null takes the service away: no plugin manager, a logger that drops every line, and
-  /// TSystemEnvironment. The logger and the environment are not owned.
+  /// Null removes the service; the defaults are no plugin manager, a logger that drops every line, and
+  /// TSystemEnvironment. Logger and environment are not owned.
   static void SetPluginManager(boost::shared_ptr<ICIMNamespace> pluginManager);
   static void SetCoreLogger(ILogger* logger);
   static void SetEnvironment(IHostEnvironment* environment);

@@ -1,5 +1,5 @@
-// The destructors of the contract's interfaces. They live here, so that each interface has its type
-// information and virtual table in this library alone and casts agree across libraries.
+// The destructors of the contract's interfaces. Defining them here puts the type information and virtual
+// table of each interface into this library only, so that casts agree across libraries.
 #include "nkrovel20/icimobjects.h"
 #include "nkrovel20/ilogger.h"
 #include "nkrovel20/iplugincallbacks.h"

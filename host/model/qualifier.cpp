@@ -14,7 +14,7 @@ TQualifierSet::TQualifierSet(std::vector<TQualifierDefinition> own, const TQuali
     qualifiers_.push_back(boost::make_shared<TQualifier>(std::move(definition)));
   }
   if (inherited == nullptr) return;
-  // The inherited ones differ from each other: only the own ones can hide them.
+  // Inherited qualifiers have distinct names, so only the element's own can hide them.
   const auto ownEnd = qualifiers_.begin() + static_cast<std::ptrdiff_t>(ownCount);
   for (const auto& qualifier : inherited->All()) {
     const bool declaredAnew = std::any_of(qualifiers_.begin(), ownEnd, [&](const auto& candidate) {
@@ -24,7 +24,7 @@ TQualifierSet::TQualifierSet(std::vector<TQualifierDefinition> own, const TQuali
   }
 }
 
-// An element has a handful of qualifiers: a walk beats a map.
+// An element has only a few qualifiers, so a linear search is faster than a map.
 boost::shared_ptr<const TQualifier> TQualifierSet::Find(const std::string& name) const {
   for (const auto& qualifier : qualifiers_) {
     if (EqualNames(qualifier->Name(), name)) return qualifier;

@@ -1,4 +1,4 @@
-// Qualifiers as they stand on a class or property, inherited ones included.
+// Qualifiers of a class or property, inherited ones included.
 #pragma once
 #include "host/base/api.h"
 
@@ -28,11 +28,11 @@ class VELHOST_API TQualifier : public ICIMQualifier {
 class VELHOST_API TQualifierSet {
  public:
   TQualifierSet() = default;
-  /// `own` in declaration order, then from `inherited` those that propagate (flavor ToSubclass) and
-  /// are not declared anew.
+  /// `own` in declaration order, followed by those of `inherited` that propagate (flavor ToSubclass) and are
+  /// not redeclared.
   TQualifierSet(std::vector<TQualifierDefinition> own, const TQualifierSet* inherited);
 
-  /// Empty when there is none of that name, in any case.
+  /// Looks up a qualifier by name, ignoring case; empty if there is none.
   boost::shared_ptr<const TQualifier> Find(const std::string& name) const;
   const std::vector<boost::shared_ptr<const TQualifier>>& All() const { return qualifiers_; }
 

@@ -25,14 +25,15 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
   ThrowHostFailure(TVELStatusCode::kTypeMismatch, "\"" + text + "\" is not a CIM datetime");
 }
 
-// Asterisks stand for what is not significant: whole fields, but single digits of the microseconds.
+// Asterisks replace what is not significant: whole fields, except that microseconds may be replaced digit by
+// digit.
 bool MayBeginAsterisks(std::size_t position, bool isInterval) {
   if (position > kPoint || position == 0) return true;
   if (!isInterval && (position == 4 || position == 6)) return true;
   return position == 8 || position == 10 || position == 12;
 }
 
-// Digits everywhere but at the two marks; from the first asterisk on only asterisks, up to the sign.
+// Digits everywhere except at the two separators; after the first asterisk, only asterisks up to the sign.
 bool HasShape(const std::string& text, bool& asterisks) {
   if (text.size() != kTextSize || text[kPoint] != '.') return false;
   const char sign = text[kSign];
@@ -58,7 +59,8 @@ unsigned short ShortField(const std::string& text, std::size_t start, std::size_
   return static_cast<unsigned short>(Field(text, start, size));
 }
 
-// The text names a moment or span that exists: FromString checks this, the constructor does not.
+// Whether the text denotes a time or interval that can exist. FromString checks this, the constructor does
+// not.
 bool FieldsInRange(const std::string& text) {
   const auto ok = [&text](std::size_t start, unsigned int low, unsigned int high) {
     if (text[start] == '*') return true;

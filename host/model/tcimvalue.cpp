@@ -22,7 +22,7 @@ using TType = TCIMValue::TCIMType;
 
 struct TCIMValue::TPayload {
   std::variant<std::string, TCIMDateTime, std::vector<TCIMValue>> content;
-  bool handedOut = false;  // somebody may hold a reference through which the elements can be changed
+  bool handedOut = false;  // someone may hold a reference through which the elements can be modified
 };
 
 namespace {
@@ -43,7 +43,7 @@ EKind KindOf(TType type) {
 
 [[noreturn]] void ThrowMismatch(const std::string& detail) { ThrowHostFailure(TVELStatusCode::kTypeMismatch, detail); }
 
-// Integers are stored as 64 bits: unsigned ones zero extended, signed ones sign extended.
+// Integers are stored in 64 bits: unsigned ones zero-extended, signed ones sign-extended.
 std::uint64_t Narrow(TType type, std::uint64_t bits) {
   switch (type.GetCode()) {
     case TType::kBoolean: return bits != 0 ? 1 : 0;
@@ -81,7 +81,7 @@ std::uint64_t BitsFromReal(double number) {
   return bits;
 }
 
-// A decimal number with an optional sign, or hexadecimal digits behind 0x.
+// A decimal number with an optional sign, or hexadecimal digits after 0x.
 std::uint64_t IntegerFromText(const std::string& text) {
   std::string_view digits = text;
   const bool negative = !digits.empty() && digits.front() == '-';
@@ -114,10 +114,10 @@ std::uint64_t IntegerFromReal(double number) {
 
 constexpr std::size_t kMostDigits = 65;  // 64 binary digits and a sign
 
-constexpr std::ptrdiff_t kMostGathered = kMostDigits + 2;  // a separator before, or the brace behind
+constexpr std::ptrdiff_t kMostGathered = kMostDigits + 2;  // plus a separator before it, or the closing brace
 
-// Registers are arrays of bytes, and each of them is printed into a trace: the decimal texts of bytes are
-// copied out of a table, of whose entries `size` characters count.
+// Registers are byte arrays, and every one of them is printed to a trace. So the decimal text of a byte is
+// copied from a table; `size` is its length.
 struct TByteText {
   std::array<char, 3> text;
   std::uint8_t size;
@@ -134,7 +134,7 @@ constexpr std::array<TByteText, 256> kByteTexts = [] {
   return texts;
 }();
 
-// Returns the end of what it writes, at most kMostDigits characters.
+// Returns the end of what it wrote, at most kMostDigits characters.
 char* PutInteger(char* out, std::uint64_t bits, bool isSigned, int radix) {
   if (radix == 10 && bits < kByteTexts.size()) {
     const TByteText& entry = kByteTexts[bits];
@@ -145,7 +145,7 @@ char* PutInteger(char* out, std::uint64_t bits, bool isSigned, int radix) {
                   : std::to_chars(out, out + kMostDigits, bits, radix).ptr;
 }
 
-// The shortest text that reads back as the same number, always recognisable as a real.
+// The shortest text that parses to the same number, always recognisable as a real.
 void AppendReal(std::string& text, double number, bool single) {
   std::string digits = single ? fmt::format("{}", static_cast<float>(number)) : fmt::format("{}", number);
   if (std::isfinite(number) && digits.find_first_of(".e") == std::string::npos) digits += ".0";
@@ -179,7 +179,8 @@ TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
   return *this;
 }
 
-// By way of a third value, because `other` may be an element of this one and goes with the old payload.
+// Goes through a temporary, because `other` may be an element of this array and would be destroyed with the
+// old payload.
 TCIMValue& TCIMValue::operator=(TCIMValue&& other) noexcept {
   TCIMValue taken(std::move(other));
   type_ = taken.type_;
@@ -257,7 +258,7 @@ void TCIMValue::SetNullValue(TCIMType::ECIMType type, unsigned int count) {
   declaredSize_ = count;
 }
 
-// Short numbers are gathered before they go into the text.
+// Collects short numbers in a local buffer before appending them.
 void TCIMValue::AppendElements(std::string& text, unsigned char radix) const {
   std::array<char, 256> gathered;
   char* out = gathered.data();

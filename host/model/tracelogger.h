@@ -1,4 +1,4 @@
-// The core logger: hands the plugin's lines to whoever listens, unformatted.
+// The core logger: passes the plugin's messages, unformatted, to the sinks.
 #pragma once
 #include "host/base/api.h"
 
@@ -14,14 +14,15 @@ class VELHOST_API TTraceLogger : public ILogger {
  public:
   using TSink = boost::function<void(EVELLogSeverity, const std::string&)>;
 
-  /// Every line of severity `least` or more important goes to the sink, in the order of the sinks.
+  /// The sink receives every message of severity `least` or higher. Sinks are called in the order they were
+  /// added.
   void AddSink(EVELLogSeverity least, TSink sink) { sinks_.push_back({least, std::move(sink)}); }
   void Log(EVELLogSeverity severity, const std::string& message) override;
 
   /// "error", "warning", "status", "debug", "verbose"; "unknown" for any other number.
   static const char* SeverityName(EVELLogSeverity severity);
-  /// The line as people read it: the severity's word, a blank and the message without one trailing
-  /// newline, further lines indented by two blanks, and a newline at the end.
+  /// The line as people read it: the severity's name, a space, the message without one trailing newline
+  /// (continuation lines are indented by two spaces), and a newline.
   static std::string FormatText(EVELLogSeverity severity, const std::string& message);
 
  private:
