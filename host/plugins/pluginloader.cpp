@@ -17,8 +17,8 @@ namespace velhost {
 
 namespace {
 
-// dlopen is declared noexcept, so that an exception out of an initialiser would end in
-// std::terminate. Through a pointer without that promise it can be caught.
+// dlopen is declared noexcept, so an exception from an initialiser would end in std::terminate. If it is
+// called through a pointer without noexcept, the exception can be caught.
 using TOpenFunction = void* (*)(const char*, int);
 
 void PrintAndExit(const std::string& message) {
@@ -47,7 +47,7 @@ void* TDynamicLibraryLoader::Open(const std::string& path, std::string& error) {
   flags |= RTLD_NODELETE;
 #endif
   const volatile TOpenFunction open = &dlopen;
-  // A bare name would be looked for in the system's library folders.
+  // A bare name would be looked up in the system's library folders.
   const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
   void* const library = open(file.c_str(), flags);
   if (library == nullptr) error = dlerror();
@@ -62,7 +62,7 @@ TLoadedPlugin::TLoadedPlugin(ILibraryLoader& loader, void* library, std::unique_
 TLoadedPlugin::~TLoadedPlugin() {
   try {
     Unload();
-  } catch (const THostError&) {  // another failure is on its way already
+  } catch (const THostError&) {  // another failure is already being reported
   }
 }
 

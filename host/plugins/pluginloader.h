@@ -1,4 +1,4 @@
-// Loading plugins into the process and taking them out again.
+// Loads plugins into the process and unloads them.
 #pragma once
 #include "host/base/api.h"
 
@@ -12,25 +12,25 @@
 
 namespace velhost {
 
-/// How libraries get into the process; the operating system's loader, or a double.
+/// How libraries are loaded: by the operating system, or by a test double.
 class VELHOST_API ILibraryLoader {
  public:
   virtual ~ILibraryLoader();
-  /// Runs the library's initialisers. Null on failure, with the reason in `error`. What an
-  /// initialiser throws passes through.
+  /// Runs the library's initialisers; their exceptions propagate. Returns null on failure, with the reason in
+  /// `error`.
   virtual void* Open(const std::string& path, std::string& error) = 0;
   virtual void Close(void* library) = 0;
 };
 
-/// dlopen and dlclose. In sanitizer builds libraries stay mapped, so that the leak checker can
-/// attribute what plugins keep for good.
+/// Uses dlopen and dlclose. In sanitizer builds libraries stay mapped, so that the leak checker can attribute
+/// what plugins never free.
 class VELHOST_API TDynamicLibraryLoader : public ILibraryLoader {
  public:
   void* Open(const std::string& path, std::string& error) override;
   void Close(void* library) override;
 };
 
-/// What a plugin says of itself.
+/// How a plugin identifies itself.
 struct TPluginIdentity {
   std::string name;
   std::string version;
@@ -38,10 +38,10 @@ struct TPluginIdentity {
   int type = 0;
 };
 
-/// A registered plugin. Destroying it has the plugin delete its object and unloads the library.
+/// A registered plugin. The destructor tells the plugin to delete its object and unloads the library.
 ///
-/// Whatever an operation of the plugin throws arrives as THostError (kInternal) that names the plugin
-/// and the operation; a THostError is the host's own and passes through.
+/// Any exception from the plugin becomes a THostError (kInternal) that names the plugin and the operation; a
+/// THostError, which is the host's own, passes through unchanged.
 class VELHOST_API TLoadedPlugin {
  public:
   TLoadedPlugin(ILibraryLoader& loader, void* library, std::unique_ptr<TPluginManagerProvider> provider);
@@ -53,11 +53,11 @@ class VELHOST_API TLoadedPlugin {
   TPluginIdentity Identity() const;
   void Init();
   void DeInit();
-  /// What destruction does, with its failure told: a plugin that fails to prepare stays mapped. Nothing
-  /// else may be called after it.
+  /// Does what the destructor does, but reports failure: a plugin that fails to prepare for unloading stays
+  /// mapped. Nothing else may be called afterwards.
   void Unload();
   IPluginCallbacks& Callbacks() const { return *provider_->Plugin(); }
-  /// Null for a plugin that answers no requests.
+  /// Null if the plugin does not answer requests.
   IPluginBasicQueryCallbacks* Query() const;
 
  private:
@@ -71,9 +71,9 @@ class VELHOST_API TLoadedPlugin {
 
 class VELHOST_API TPluginLoader {
  public:
-  /// Called when a library's initialiser throws, with the message; does not return. The library is
-  /// then mapped, half initialised and with the dynamic loader's lock in doubt, so that nothing but
-  /// leaving the process at once is safe. The default prints the message and calls _exit(70).
+  /// Called with the message when a library's initialiser throws; must not return. By then the library is
+  /// mapped but half initialised, and the dynamic loader's lock may still be held, so the only safe thing to
+  /// do is to leave the process at once. The default prints the message and calls _exit(70).
   using TFatalHandler = boost::function<void(const std::string&)>;
 
   /// Installs the registry as the process's plugin manager. `loader` is not owned.
@@ -84,12 +84,12 @@ class VELHOST_API TPluginLoader {
 
   void SetFatalHandler(TFatalHandler handler) { fatal_ = std::move(handler); }
 
-  /// Throws THostError (kNoInput) when the file is missing or no library, or when it does not
-  /// register exactly one plugin object; the library is unloaded again.
+  /// Throws THostError (kNoInput) if the file is missing, is not a library, or does not register exactly one
+  /// plugin object; in that case the library is unloaded again.
   std::unique_ptr<TLoadedPlugin> Load(const std::string& path);
 
  private:
-  /// Leaves the registry loading, unless it throws.
+  /// On success, the registry is still in the loading state.
   void* OpenLibrary(const std::string& path);
 
   ILibraryLoader& loader_;

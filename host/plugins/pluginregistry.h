@@ -1,4 +1,4 @@
-// Registrations: which plugin object belongs to the library that is being loaded.
+// Registrations: tells which plugin object belongs to the library that is being loaded.
 #pragma once
 #include "host/base/api.h"
 
@@ -13,7 +13,7 @@
 
 namespace NKROVEL20 {
 
-/// One registration; what a plugin holds as its handle.
+/// One registration; a plugin holds it as its handle.
 class TPluginManagerProvider {
  public:
   TPluginManagerProvider(std::string path, IPluginCallbacks* plugin) : path_(std::move(path)), plugin_(plugin) {}
@@ -29,22 +29,22 @@ class TPluginManagerProvider {
 
 namespace velhost {
 
-/// The plugin manager's namespace. It has no classes: plugins come here to register alone.
+/// The plugin manager's namespace. It has no classes: its only purpose is registration.
 class VELHOST_API TPluginRegistry : public TPluginManagerNamespace {
  public:
   TPluginRegistry();
   ~TPluginRegistry() override;
 
-  /// See TPluginManagerNamespace. The first registration between BeginLoading and EndLoading is
-  /// taken; a null plugin, a second one, and one at any other time are refused.
+  /// See TPluginManagerNamespace. Accepts the first registration between BeginLoading and EndLoading; refuses
+  /// null, a second registration, and any at another time.
   TPluginManagerProvider* RegisterPlugin(IPluginCallbacks* plugin) override;
   boost::shared_ptr<ICIMClass> GetClass(const std::string& name, const TPropertyMap& context) override;
   std::string GetMachineType() const override { return {}; }
 
   void BeginLoading(const std::string& path);
   struct TOutcome {
-    std::unique_ptr<TPluginManagerProvider> provider;  ///< empty when nothing registered
-    std::vector<std::string> refusals;                 ///< why, one text each
+    std::unique_ptr<TPluginManagerProvider> provider;  ///< empty if nothing was registered
+    std::vector<std::string> refusals;                 ///< one reason for each
   };
   TOutcome EndLoading();
 
