@@ -13,7 +13,7 @@ using TElements = std::vector<TCIMValue>;
 
 constexpr std::size_t kBytesOfAnElement = 16;
 
-// Without the qualifier the collector ends at the first register.
+// Without the qualifier, the collector stops at the first register.
 std::uint64_t AddressCount(const TPropertyDecl& property) {
   const auto offset = property.Qualifiers().Find(std::string(kOffset));
   if (!offset || !offset->GetValue().IsArray()) return 1;
@@ -67,7 +67,7 @@ std::string AddressProblemOf(const TPropertyDecl& property) {
 
 std::string MachineTypesProblemOf(const TNamespace& cimNamespace) {
   std::size_t bytes = 0;
-  std::unordered_map<const TElements*, std::size_t> known;  // lists may be shared, and are looked at once
+  std::unordered_map<const TElements*, std::size_t> known;  // lists may be shared; each is counted once
   for (const auto& cimClass : cimNamespace.Classes()) {
     const auto qualifier = cimClass->Qualifiers().Find(std::string(kSupportedMachineTypes));
     if (!qualifier || !qualifier->GetValue().IsArray()) continue;

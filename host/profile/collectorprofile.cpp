@@ -24,7 +24,7 @@ bool Contains(const TItems& names, const TItem& name) {
 
 using TElements = std::vector<TCIMValue>;
 
-// A plain substring test, as the collector makes it: "6101" serves "6101" and "610" alike.
+// A plain substring test, like the collector's: "6101" serves both "6101" and "610".
 const TCIMValue* MatchIn(const TElements& elements, const std::string& machineType) {
   const auto found = std::find_if(elements.begin(), elements.end(), [&](const TCIMValue& element) {
     return element.ToString(10).find(machineType) != std::string::npos;
@@ -32,13 +32,13 @@ const TCIMValue* MatchIn(const TElements& elements, const std::string& machineTy
   return found == elements.end() ? nullptr : &*found;
 }
 
-// The search through many classes: those that inherit a list, or have a qualifier's default, share its elements, which
-// are searched once.
+// Searches many classes. Classes that inherit a list or share a qualifier's default share its elements, which
+// are searched only once.
 class TServingElements {
  public:
   explicit TServingElements(const std::string& machineType) : machineType_(machineType) {}
 
-  /// Null when there is none.
+  /// Null if there is none.
   const TCIMValue* Of(const TCIMClass& cimClass) {
     const auto qualifier = cimClass.Qualifiers().Find(std::string(kSupportedMachineTypes));
     if (!qualifier || !qualifier->GetValue().IsArray()) return nullptr;
@@ -72,8 +72,8 @@ std::string BaseClassOf(const TCIMClass& cimClass) {
   return {};
 }
 
-// The subclasses that the collector serves on the JFR path, each with the base class it is collected
-// for: the first in the order of names, where several chose the same.
+// The subclasses that the collector serves on the JFR path, each with the base class it is collected for. If
+// several base classes chose the same subclass, the first one by name.
 std::map<std::string, std::string> DelegatesOf(const TNamespace& cimNamespace, TServingElements& elements) {
   auto bases = kJfrBaseClasses;
   std::sort(bases.begin(), bases.end());
@@ -85,7 +85,7 @@ std::map<std::string, std::string> DelegatesOf(const TNamespace& cimNamespace, T
   return delegates;
 }
 
-// The bytes of an array of 14 numbers that fit a byte each.
+// The bytes of an array of 14 numbers, each of which fits into a byte.
 std::optional<std::array<std::uint8_t, wire::RegisterRecord::kSize>> BytesOf(const TCIMValue& value) {
   if (value.IsNull() || !value.IsArray()) return std::nullopt;
   const auto& elements = static_cast<const std::vector<TCIMValue>&>(value);
@@ -108,8 +108,8 @@ TServedClass Describe(const boost::shared_ptr<TCIMClass>& cimClass, EPath path) 
   return entry;
 }
 
-// The collector looks at the JFR delegates first, whatever else a name stands for. It compares the
-// names of requested classes with regard to case.
+// The collector first looks among the JFR delegates, whatever else a name means, and compares the names of
+// requested classes case-sensitively.
 EPath PathOf(const TCIMClass& cimClass, bool isDelegate) {
   if (isDelegate) return EPath::kJfr;
   if (EqualNames(cimClass.Name(), kCaptureClass)) return EPath::kCapture;

@@ -1,6 +1,6 @@
-// What the host knows of the collector: which classes it serves and how, which properties it reads,
-// and how a register value is laid out. Used to list classes, check schemas, choose what to collect
-// and print registers. Nothing of the plugin is compiled in: a test holds this profile against it.
+// What the host knows about the collector: which classes it serves and how, which properties it reads, and
+// how a register value is laid out. Used to list classes, check schemas, choose what to collect and print
+// registers. Shares no code with the plugin; a test compares this profile with it.
 #pragma once
 
 #include <array>
@@ -32,59 +32,59 @@ inline constexpr std::array<std::string_view, 8> kCaptureProperties = {
     "FileName",          "ErrRawData",           "MessageTimestamp", "SourceNode",
     "CreationClassName", "LogCreationClassName", "LogName",          "RecordID"};
 
-// Qualifiers that steer the collection.
+// Qualifiers that control the collection.
 inline constexpr std::string_view kSupportedMachineTypes = "SupportedMachineTypes";
 inline constexpr std::string_view kMaxInstanceCount = "MaxInstanceCount";
 inline constexpr std::string_view kOffset = "Offset";
 inline constexpr std::string_view kMaxLen = "MaxLen";
 inline constexpr std::string_view kIndex = "Index";
 
-/// Identification properties: never read as registers. The JFR path does read "ElementName".
+/// Identification properties, which are never read as registers. The JFR path does read "ElementName".
 bool IsSkippedName(EPath path, std::string_view propertyName);
 
-/// Whether the collector would read the property as a register of the class on that path: declared
-/// first in the class or its direct superclass, and not an identification property. The collector
-/// cannot read a class without a superclass: its own search ends in an assertion there.
+/// Whether the collector would read the property as a register of the class on that path: first declared in
+/// the class or its direct superclass, and not an identification property. The collector cannot read a class
+/// that has no superclass: its own search ends in an assertion.
 bool IsRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
 /// Those properties, in enumeration order.
 std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimClass, EPath path);
 
-/// "MaxInstanceCount" as the collector reads it: the low 16 bits of a number or of a text that is one; 0 where there is
-/// none, or something else.
+/// "MaxInstanceCount" as the collector reads it: the low 16 bits of a number, or of a string that contains
+/// one; 0 if there is none or it is anything else.
 unsigned int InstanceCountOf(const TCIMClass& cimClass);
 
-/// The first subclass of a base class one of whose "SupportedMachineTypes" elements contains the
-/// machine type; empty when there is none. A subclass without the qualifier matches nothing here,
-/// while the collector's own search ends in an assertion.
+/// The first subclass of the base class with a "SupportedMachineTypes" element that contains the machine
+/// type; empty if there is none. Here a subclass without the qualifier does not match; the collector's own
+/// search ends in an assertion.
 boost::shared_ptr<TCIMClass> DelegateOf(const TNamespace& cimNamespace, std::string_view baseClass,
                                         const std::string& machineType);
 
-/// The element of "SupportedMachineTypes" that contains the machine type; empty when there is none.
+/// The element of "SupportedMachineTypes" that contains the machine type; empty if there is none.
 std::optional<std::string> MatchingElement(const TCIMClass& cimClass, const std::string& machineType);
 
 struct TServedClass {
   boost::shared_ptr<TCIMClass> cimClass;
   EPath path = EPath::kNone;
-  std::string baseClass;       ///< the JFR base class that the class stands below; empty on other paths
+  std::string baseClass;       ///< the JFR base class from which the class descends; empty on other paths
   bool served = false;         ///< whether a request for it on this machine type collects anything
-  std::string servedBy;        ///< the matching qualifier element, where served by one
-  unsigned int instances = 0;  ///< "MaxInstanceCount"; 0 where there is none
+  std::string servedBy;        ///< the matching qualifier element, if one decided
+  unsigned int instances = 0;  ///< "MaxInstanceCount"; 0 if there is none
   std::size_t registers = 0;
 };
 
-/// The classes of a schema that a path exists for, in declaration order, the capture class last.
+/// The classes of a schema that have a path, in declaration order, the capture class last.
 std::vector<TServedClass> CollectableClasses(const TNamespace& cimNamespace, const std::string& machineType);
 
-/// The eight-byte family of machine types; all others, the empty one included, are labelled.
+/// Whether registers of this machine type are raw eight-byte values. For all others, including the empty one,
+/// they are labelled records.
 bool IsEightByteFamily(std::string_view machineType);
 
-/// A register value of 14 bytes, taken apart for people.
+/// A register value of 14 bytes, split for display.
 struct TRegisterValue {
   std::array<std::uint8_t, 3> identification;  ///< R8: the address, most significant byte first
-  std::vector<std::uint8_t> value;             ///< eight bytes, or four where the marker tail says so
+  std::vector<std::uint8_t> value;             ///< eight bytes, or four if the marker tail says so
 };
-/// Empty where the value is no array of 14 unsigned 8-bit values without nulls, or does not have the
-/// path's layout.
+/// Empty unless the value is an array of 14 unsigned 8-bit values without nulls and has the path's layout.
 std::optional<TRegisterValue> SplitRegisterValue(EPath path, const TCIMValue& value);
 
 }  // namespace velhost::CollectorProfile
