@@ -1,8 +1,9 @@
-// The module that puts one BMC node of a server file behind ipmi_sim:
+// An ipmi_sim module that serves one BMC node of a server file:
 //
 //   loadlib "/.../velbmcsim.so" "NODE FILE"
 //
-// ipmi_sim calls from one thread, and takes the manufacturer id of a storage-area request off before
+// ipmi_sim makes all calls on one thread. It removes the manufacturer id from a storage-area request before
+// the call and puts it back into the answer.
 // it calls, and puts it back into the answer.
 extern "C" {
 #include <OpenIPMI/mcserv.h>
@@ -52,7 +53,7 @@ std::vector<std::uint8_t> Answer(TServedNode& node, const msg_t& message, std::s
   return answer;
 }
 
-/// ipmi_sim's handler: `*size` is the room in `response` and becomes what is used of it.
+/// ipmi_sim's handler. On entry, `*size` is the capacity of `response`; on return, the number of bytes used.
 void Handle(lmc_data_t* /*mc*/, msg_t* message, unsigned char* response, unsigned int* size, void* node) {
   try {
     const auto answer = Answer(*static_cast<TServedNode*>(node), *message, *size);
@@ -65,8 +66,8 @@ void Handle(lmc_data_t* /*mc*/, msg_t* message, unsigned char* response, unsigne
   }
 }
 
-/// Registers every command of the register reads' network function, so that faults count the unknown
-/// ones too. Returns 0 or an error number.
+/// Registers all commands of the network function of register reads, so that unknown ones advance the fault
+/// counters too. Returns 0 or an error number.
 int Register(TServedNode& node) {
   for (unsigned int command = 0; command <= 0xFF; ++command) {
     const int error = ipmi_emu_register_cmd_handler(wire::RegisterRead::kNetworkFunction,
@@ -76,7 +77,7 @@ int Register(TServedNode& node) {
   return ipmi_emu_register_iana_handler(kEnterprise, Handle, &node);
 }
 
-/// "NODE FILE" of the configuration.
+/// Parses "NODE FILE" from the configuration.
 std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
   char* behind = nullptr;
   const long number = std::strtol(options.c_str(), &behind, 10);
@@ -102,7 +103,7 @@ int ipmi_sim_module_print_version(sys_data_t* /*system*/, char* /*options*/) {
 }
 
 int ipmi_sim_module_init(sys_data_t* /*system*/, char* options) {
-  // Lives until ipmi_sim ends, since its handlers do.
+  // Must live until ipmi_sim exits, because its handlers do.
   static velhost::TServedNode* node = nullptr;
   try {
     node = velhost::NodeOf(options != nullptr ? options : "").release();
