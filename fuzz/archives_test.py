@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The fuzz corpora: seeds have names, what grew is one archive a target, and packing it again gives the same bytes."""
+"""Fuzz corpora: seeds have names, each target has at most one archive, and repacking it gives the same bytes."""
 import hashlib
 import pathlib
 import re

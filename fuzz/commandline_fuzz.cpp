@@ -1,5 +1,5 @@
-// Any bytes, split at newlines, as the arguments of velhost: they are parsed within the options' limits, answered with
-// a text, or refused with a message.
+// Arbitrary bytes, split at newlines, as the arguments of velhost: they must be parsed within the options'
+// limits, answered with a text, or refused with a message.
 #include <algorithm>
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The capture-file path over storage areas of any kind: every file that is committed is whole.
+// The capture-file path over arbitrary storage areas: every committed file must be complete.
 #include <cstdlib>
 
 #include "host/bmc/serviceprocessorhub.h"
@@ -16,8 +16,8 @@ using namespace NKROVEL20;
 using namespace velhost;
 using namespace testsupport;
 
-// Sizes keep their sign but stay below 1 MiB: what costs time is the sanitizer's book-keeping of
-// gigabytes, which finds nothing.
+// Sizes keep their sign but stay below 1 MiB: with gigabytes, most of the time would go into the sanitizer's
+// bookkeeping, which finds nothing.
 class TModestSizes : public TByteDrivenServiceProcessor {
  public:
   using TByteDrivenServiceProcessor::TByteDrivenServiceProcessor;

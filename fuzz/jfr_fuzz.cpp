@@ -1,4 +1,4 @@
-// The JFR path over blocks and lengths of any kind: every instance that is made is whole.
+// The JFR path over arbitrary blocks and lengths: every instance must be complete.
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/model/cimnamespace.h"
 #include "jfr/TJFRErrorData.h"
@@ -13,11 +13,11 @@ using namespace testsupport;
 
 const char* const kBase = "KROSG_MEMCTL_StatisticData";
 
-// Number of instances and the declarations of both records are the input's too.
+// The number of instances and the declarations of both records also come from the input.
 boost::shared_ptr<TNamespace> MakeNamespace(TByteStream& bytes) {
   const auto ns = TNamespace::Create();
   ns->SetMachineType("6203");
-  // Two levels up: this path would read "ElementName" of a direct superclass as a register.
+  // Two levels up, because this path would read "ElementName" of a direct superclass as a register.
   ns->AddClass(TClassBuilder("ROOT").Identification());
   ns->AddClass(TClassBuilder(kBase, "ROOT"));
   TClassBuilder chip("Memory6203", kBase);
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   TServiceProcessorHub::Install(&sp, nullptr);
   torgareg::TJFRErrorData collector(ns->FindClass(kBase), ns->FindClass("Memory6203"));
   CheckCollection(collector, Check);
-  // The transport's two requests that no collector sends.
+  // The transport's two requests that are not sent by any collector.
   unsigned char value[8] = {};
   unsigned short length = 0;
   torgareg::TNOVRequestTorgaReg transport;

@@ -1,5 +1,6 @@
-// Arbitrary bytes as a schema of two files, of which the first may include the second. Each finding is at a place that
-// exists, in order, and how lines end makes no difference: neither to the findings nor to what was read.
+// Arbitrary bytes as a schema of two files, the first of which may include the second. Diagnostics must refer
+// to existing places, in order. The kind of line ending must affect neither the diagnostics nor the classes
+// read.
 #include <boost/algorithm/string/replace.hpp>
 
 #include "host/schema/collectorneeds.h"
@@ -16,10 +17,10 @@ static std::string Shown(const std::vector<TTextDiagnostic>& findings, const TTe
   std::string shown;
   for (const auto& [severity, at, message, sourceLine, start, size] : findings) {
     shown += FormatDiagnostic({severity, at, message, sourceLine, start, size});
-    if (at.line == 0) continue;  // about the schema as a whole
+    if (at.line == 0) continue;  // refers to the schema as a whole
     std::string_view text = texts.at(at.file);
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-    const std::string_view line = LineOf(text, at.line);  // of which NUL and what is not UTF-8 are shown as "?"
+    const std::string_view line = LineOf(text, at.line);  // NUL and invalid UTF-8 appear as "?"
     const std::string_view part = line.substr(start, 78);
     Require(size == line.size());
     Require(std::equal(part.begin(), part.end(), sourceLine.begin(), sourceLine.end(),
@@ -44,9 +45,9 @@ static std::string Read(const TTexts& texts, const TSchemaLimits& limits) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string text(data, data + size);
-  const bool small = text.ends_with('\x1F');  // asks for limits that a short text can reach
+  const bool small = text.ends_with('\x1F');  // selects limits that a short text can reach
   TSchemaLimits limits;
-  limits.diagnostics = 6;  // few, so that most of the time goes into reading
+  limits.diagnostics = 6;  // few, so that most of the time is spent reading
   if (small) text.pop_back(), limits = {1000, 250, 2, 1, 40, 32, 4, 3, 2, 4, 12, 60, 4, 6};
   const std::size_t cut = text.find('\x1E');
   TTexts texts = {{"a.mof", text.substr(0, cut)}};

@@ -1,4 +1,4 @@
-// Any bytes as values of every type: what each form that can be read says of them is what they are.
+// Arbitrary bytes as values of every type: every machine-readable format must preserve the values.
 #include "host/output/scalartext.h"
 #include "host/output/writers.h"
 #include "host/schema/schemareader.h"
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   files.Add("instance.mof", Written(EOutputForm::kMof, instance, text));
   const TSchemaResult read = ReadSchema({"schema.mof", "instance.mof"}, files);
   nlohmann::json readBack = PropertiesOf(*read.instances.at(0));
-  if (!IsCimDateTime(properties["Time"].get<std::string>())) readBack["Time"] = properties["Time"];  // MOF has null
+  if (!IsCimDateTime(properties["Time"].get<std::string>())) readBack["Time"] = properties["Time"];  // null in MOF
   Require(!read.HasErrors() && readBack == properties);
   return 0;
 }

@@ -1,4 +1,4 @@
-// The R8 path over a BMC that answers anything: every register value is whole or absent.
+// The R8 path over a BMC that answers anything: every register value must be complete or absent.
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/model/cimnamespace.h"
 #include "r8/r8errordata.h"
@@ -11,7 +11,7 @@ using namespace NKROVEL20;
 using namespace velhost;
 using namespace testsupport;
 
-// Machine type, number of instances, and the declarations of both registers are the input's too.
+// The machine type, the number of instances and the declarations of both registers also come from the input.
 boost::shared_ptr<TNamespace> MakeNamespace(TByteStream& bytes) {
   const auto ns = TNamespace::Create();
   const unsigned int choices = bytes.Next();

@@ -1,4 +1,4 @@
-// A recording of any bytes is read or refused, and replays without reaching behind any buffer.
+// Arbitrary bytes as a recording: it is read or refused, and replaying it never reads past a buffer.
 #include <cstddef>
 #include <cstdint>
 #include <string>

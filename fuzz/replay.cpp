@@ -1,4 +1,5 @@
-// Runs a fuzz target over each file of the folders given, seeds and what grew from them, with any compiler.
+// Runs a fuzz target over each file in the given folders, seeds and grown inputs alike. Works with any
+// compiler.
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -35,7 +36,7 @@ int main(int argc, char** argv) {
       return 1;
     }
     for (const std::filesystem::path& path : files) {
-      std::cout << path.filename().string() << std::endl;  // before it runs: a crash names its file
+      std::cout << path.filename().string() << std::endl;  // printed first, so that a crash names its file
       const std::vector<std::uint8_t> bytes = ReadAll(path);
       LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
       ++count;

@@ -1,4 +1,4 @@
-// A server file of any bytes is read or refused, and what it describes answers any request.
+// Arbitrary bytes as a server file: it is read or refused, and what it describes answers any request.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -14,7 +14,7 @@ using namespace velhost;
 
 namespace {
 
-// Requests by the collector's layouts, whose data are the input's last bytes.
+// Requests in the collector's layouts, with the last bytes of the input as data.
 void AskEverything(IServiceProcessor& processor, const std::string& input) {
   const TStopSignal stop;
   for (const int networkFunction : {0x06, 0x2E, 0x3A}) {

@@ -1,4 +1,4 @@
-// Any bytes as an SMBIOS table and as an entry point.
+// Arbitrary bytes as an SMBIOS table and as an entry point.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
