@@ -156,7 +156,7 @@ int TTORGARegPluginCallbacks::ReadStorageArea(int size, unsigned char* handle, u
       std::copy_n(response.Data() + Wire::kResponseData, std::min(copied, capacity - offset), out + offset);
     }
 
-    offset = advanced(offset, chunk);  // what was requested, even if less was returned
+    offset = advanced(offset, chunk);  // what was asked for, also where less came
     count = advanced(count, 1);
     if (count == full) {
       if (rest == 0) break;

@@ -23,7 +23,7 @@ namespace Record = wire::RegisterRecord;
 namespace {
 
 constexpr unsigned int kFoldedMode = 4;
-constexpr std::size_t kUsualTranscript = 160;  // typical for a register with one address
+constexpr std::size_t kUsualTranscript = 160;  // of a register with one address
 
 // Machine types whose registers are read as raw values. For all others, including the empty one, the
 // transport returns labelled records.
