@@ -3,9 +3,9 @@
 
     python3 make-demo-blocks.py [FOLDER]
 
-FOLDER is this script's own unless given. The files are committed; run this only
-after a change of the tables below or of a record number in the schema. The
-output depends on nothing but this file.
+FOLDER defaults to this script's own. The files are committed; run the script only
+after changing the tables below or a record number in the schema. The output
+depends only on this file.
 
 block-first-copy.bin   register block of 4096 bytes, both timestamp headers valid
 block-second-copy.bin  register block whose first header is blank
@@ -27,7 +27,7 @@ BANKS = 2
 BRIDGE, MEMORY, CACHE = 0x0A, 0x0B, 0x0C
 
 # Record number in a bank, then the register's value in each of the four banks:
-# two of the first block, two of the second. One value stands for all four.
+# two of the first block, two of the second. A single value is used for all four.
 REGISTERS = {
     BRIDGE: {
         2: [0, 0, 0, 0x0000000000004000],
@@ -82,8 +82,8 @@ BLANK_HEADER = bytes(HEADER_SIZE)
 def register_block(first_header, second_header, first_chip):
     """One block: both headers, and every register of two banks.
 
-    The records start behind the first header where that is valid. Where it is
-    not, they start at the block's first byte, not at the second header.
+    If the first header is valid, the records start after it. Otherwise they start
+    at the first byte of the block, not after the second header.
     """
     block = bytearray(BLOCK_SIZE)
     block[0:HEADER_SIZE] = first_header
