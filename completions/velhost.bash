@@ -1,6 +1,6 @@
 # bash completion for velhost: commands, options, their words, files, and the classes of the schema.
 
-# The words given so far for an option, one a line: _velhost_given --schema
+# The words given so far for an option, one per line: _velhost_given --schema
 _velhost_given() {
   local i
   for ((i = 1; i < COMP_CWORD; ++i)); do
@@ -21,7 +21,7 @@ _velhost_classes() {
     awk -v start="$1" '$1 ~ /^KROSG_[A-Za-z0-9_]*$/ && index(tolower($1), tolower(start)) == 1 && !seen[$1]++ { print $1 }'
 }
 
-# The command of the words so far; the value of an option is none, whatever it is called.
+# The command among the words so far; the value of an option is never taken for one.
 _velhost_verb() {
   local i
   for ((i = 1; i < COMP_CWORD; ++i)); do
@@ -44,13 +44,13 @@ _velhost_verb() {
 
 _velhost_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2"); }
 
-# compopt comes first: where nothing is being completed it fails, and a value was found all the same.
+# compopt comes first: it fails if no completion is in progress, although a value was found.
 _velhost_files() {
   compopt -o filenames 2>/dev/null
   mapfile -t COMPREPLY < <(compgen -f -- "$1")
 }
 
-# Server files: those at hand and, by name, those that are shipped.
+# Server files: those in the file system and, by name, the shipped ones.
 _velhost_servers() {
   local program file name
   _velhost_files "$1"
@@ -61,7 +61,7 @@ _velhost_servers() {
   done
 }
 
-# What an option takes; returns 1 for one that takes nothing or is not known.
+# Completes the value of an option; returns 1 if the option takes none or is unknown.
 _velhost_value() {
   case $1 in
     --plugin | --schema | --log | -o | --output | --record | --password-file) _velhost_files "$2" ;;
@@ -82,7 +82,7 @@ _velhost_value() {
   esac
 }
 
-# Bash ends a word at a colon, so that what stands behind it is completed by itself.
+# Bash ends a word at a colon, so the part after it is completed by itself.
 _velhost_service_processor() {
   local before=${COMP_WORDS[COMP_CWORD - 1]} scheme=${COMP_WORDS[COMP_CWORD - 2]}
   if [[ $1 == ":" ]]; then
