@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks the built plugin from outside: check_library.py PLUGIN NM READELF.
 
-It exports nothing (the host reaches it through its registration), has the four host libraries loaded beside
-it, and has no unique symbol, which would keep it mapped for ever.
+The plugin must export nothing (the host reaches it through its registration), must depend on the four host libraries,
+and must not have a unique symbol, which would keep it mapped forever.
 """
 
 import re
@@ -22,7 +22,7 @@ def main(plugin, nm, readelf):
     if exported:
         problems.append("it exports:\n" + "\n".join(exported.splitlines()[:10]))
     needed = set(re.findall(r"\(NEEDED\).*\[(.*)\]", output(readelf, "-d", plugin)))
-    # A version behind the name would do as well: libvelcore.so.1.
+    # A name with a version suffix, such as libvelcore.so.1, is accepted as well.
     missing = {name for name in HOST_LIBRARIES if not any(entry.startswith(name) for entry in needed)}
     if missing:
         problems.append("it does not name " + ", ".join(sorted(missing)))

@@ -1,4 +1,4 @@
-// The shared constants as another source file sees them.
+// The shared constants as seen by another source file.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Delegates whose names belong to another path, too: they are collected as delegates.
+// Delegates whose names also belong to another path: they are collected as delegates.
 #include <gtest/gtest.h>
 
 #include "tests/support/plugintest.h"
@@ -25,7 +25,7 @@ class TDelegateNames : public TPluginTest {
   void AddDelegate(const std::string& name, const std::string& base, const std::string& machine = "6101") {
     ns->AddClass(TClassBuilder(name, base).Machines({machine}).MaxInstances(0));
   }
-  // What follows the search for delegates.
+  // What comes after the search for delegates.
   TLines Served(const std::vector<std::string>& names) {
     GetData(names);
     TLines lines = logger.Lines();
@@ -47,7 +47,7 @@ class TDelegateNames : public TPluginTest {
   }
 };
 
-TEST_F(TDelegateNames, ADelegateCalledLikeTheCaptureFilesIsCollectedAndTheRequestGoesOn) {
+TEST_F(TDelegateNames, ADelegateNamedLikeTheCaptureClassIsCollectedAndTheRequestContinues) {
   AddMemoryBase();
   AddDelegate("KROSG_DCAPFile", "KROSG_MEMCTL_StatisticData");
   TLines expected = CollectedAsDelegate("KROSG_DCAPFile");
@@ -58,7 +58,7 @@ TEST_F(TDelegateNames, ADelegateCalledLikeTheCaptureFilesIsCollectedAndTheReques
   EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"dot"}) << "no BMC was asked for";
 }
 
-TEST_F(TDelegateNames, OfAnotherMachineItIsTheCaptureFilesAndEndsTheRequest) {
+TEST_F(TDelegateNames, ForAnotherMachineItIsTheCaptureClassAndEndsTheRequest) {
   AddMemoryBase();
   AddDelegate("KROSG_DCAPFile", "KROSG_MEMCTL_StatisticData", "6102");
   const TLines lines = Served({"KROSG_DCAPFile", "KROSG_Other"});
@@ -80,7 +80,8 @@ TEST_P(TR8DelegateNames, AreCollectedAsDelegates) {
   EXPECT_EQ(Served({GetParam()}), CollectedAsDelegate(GetParam()));
 }
 
-// A base class below another base is that one's delegate, and is still searched for delegates of its own.
+// A base class derived from another base class is a delegate of that one, and is still searched for its own
+// delegates.
 TEST_F(TDelegateNames, ABaseClassMayBeTheDelegateOfAnother) {
   AddDelegate("KROSG_MEMCTL_StatisticData", "KROSG_PCIIOBRIDGE_StatisticData");
   EXPECT_EQ(Served({"KROSG_MEMCTL_StatisticData"}), CollectedAsDelegate("KROSG_MEMCTL_StatisticData"));

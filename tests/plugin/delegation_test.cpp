@@ -26,9 +26,9 @@ class TDelegation : public TPluginTest {
   std::string Delegate(const std::string& machineType) { return plugin.delegateRequest(Class("BASE"), machineType); }
 };
 
-TEST_F(TDelegation, WithoutSubClassesThereIsNone) { EXPECT_EQ(Delegate("6203"), ""); }
+TEST_F(TDelegation, NoSubClassesMeanNoDelegate) { EXPECT_EQ(Delegate("6203"), ""); }
 
-TEST_F(TDelegation, WithoutAMatchThereIsNone) {
+TEST_F(TDelegation, NoMatchMeansNoDelegate) {
   AddSubClass("A", {"6101", "6102"});
   AddSubClass("B", {});
   EXPECT_EQ(Delegate("6203"), "");
@@ -67,14 +67,14 @@ TEST_F(TDelegation, AnEmptyMachineTypeTakesTheFirstSubClassWithAnElement) {
   EXPECT_EQ(Delegate(""), "B");
 }
 
-TEST_F(TDelegation, DescendantsFurtherDownTakePartInDeclarationOrder) {
+TEST_F(TDelegation, IndirectSubClassesCountInDeclarationOrder) {
   AddSubClass("A", {"6101"});
   AddSubClass("A1", {"6203"}, "A");
   AddSubClass("B", {"6203"});
   EXPECT_EQ(Delegate("6203"), "A1");
 }
 
-TEST_F(TDelegation, ANumberIsSearchedInItsDecimalText) {
+TEST_F(TDelegation, ANumberIsSearchedAsDecimalText) {
   ns->AddClass(TClassBuilder("A", "BASE").Qualifier("SupportedMachineTypes", Numbers({16203})));
   EXPECT_EQ(Delegate("6203"), "A");
 }
@@ -94,7 +94,7 @@ TEST_F(TDelegation, AnEmptyPointerInTheEnumerationAsserts) {
   EXPECT_THROW(plugin.delegateRequest(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("BASE"))), ""), TAssertionFailure);
 }
 
-TEST_F(TDelegation, AQualifierThatIsNoArrayIsTheHostsToRefuse) {
+TEST_F(TDelegation, TheHostRefusesAQualifierThatIsNotAnArray) {
   ns->AddClass(TClassBuilder("A", "BASE").Qualifier("SupportedMachineTypes", TCIMValue("6203")));
   EXPECT_THROW(Delegate("6203"), TVELException);
 }
@@ -127,7 +127,7 @@ TEST(TIsSubString, TheElementIsTheHaystack) {
   EXPECT_FALSE(isSubString()(TCIMValue(), "6101"));
 }
 
-TEST(TIsSubString, NamesItsTypesAsBindersNeedThem) {
+TEST(TIsSubString, DeclaresTheTypesThatBindersNeed) {
   EXPECT_TRUE((std::is_same_v<isSubString::first_argument_type, TCIMValue>));
   EXPECT_TRUE((std::is_same_v<isSubString::second_argument_type, std::string>));
   EXPECT_TRUE((std::is_same_v<isSubString::result_type, bool>));

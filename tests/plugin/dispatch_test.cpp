@@ -26,7 +26,7 @@ TEST_F(TDispatch, AnEmptyRequestStillSearchesTheDelegates) {
   EXPECT_EQ(environment.machineTypeQueries, 1);
 }
 
-TEST_F(TDispatch, ADelegateIsLoggedAsItJoinsListAndMap) {
+TEST_F(TDispatch, ADelegateIsLoggedWhenAddedToListAndMap) {
   AddDelegate("Memory6101", "KROSG_MEMCTL_StatisticData");
   GetData({});
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Collecting delegates for class KROSG_PCIIOBRIDGE_StatisticData"),
@@ -81,7 +81,7 @@ TEST_F(TDispatch, EachR8ClassIsCollectedOnItsMachine) {
   }
 }
 
-TEST_F(TDispatch, AnR8RequestWritesItsLinesAroundTheCollector) {
+TEST_F(TDispatch, AnR8RequestLogsBeforeAndAfterTheCollector) {
   sp.Expect(OneInstance(0));
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   const auto& lines = logger.Lines();
@@ -125,7 +125,7 @@ TEST_F(TDispatch, TheHostsMachineTypeDecidesAndTheNamespacesIsReported) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "6101");
 }
 
-TEST_F(TDispatch, AnR8ClassIsHeldAgainstTheTypeThatTheRequestStartedWith) {
+TEST_F(TDispatch, AnR8ClassIsMatchedAgainstTheTypeThatTheRequestStartedWith) {
   logger.FailAt("Requested class KROSG_VO_MEMCTL_StatisticData", [this] { environment.machineType = "6102"; });
   sp.Expect(OneInstance(0));
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
@@ -141,7 +141,7 @@ TEST_F(TDispatch, AnUnknownClassIsLoggedAndSkipped) {
   EXPECT_EQ(logger.Lines(), Together(Together(Preparation(), twoLines), twoLines));
 }
 
-TEST_F(TDispatch, NamesAreComparedWithTheirCase) {
+TEST_F(TDispatch, NamesAreComparedCaseSensitively) {
   const auto lower = TNamespace::Create();
   lower->AddClass(TClassBuilder("krosg_memctl_statisticdata"));
   lower->AddClass(TClassBuilder("krosg_dcapfile"));
@@ -152,19 +152,19 @@ TEST_F(TDispatch, NamesAreComparedWithTheirCase) {
   EXPECT_EQ(logger.Lines().back(), Debug("Collector received an invalid collection request.krosg_dcapfile"));
 }
 
-TEST_F(TDispatch, CaptureFilesAreFirstInvalidThenServedAndEndTheRequest) {
+TEST_F(TDispatch, TheCaptureClassIsFirstInvalidThenServedAndEndsTheRequest) {
   GetData({"KROSG_DCAPFile", "KROSG_Other"});
   EXPECT_EQ(logger.Lines(), Together(Preparation(), CaptureWithoutBmc()));
 }
 
-TEST_F(TDispatch, WhatStandsBeforeTheCaptureFilesIsServedFirst) {
+TEST_F(TDispatch, ClassesBeforeTheCaptureClassAreServedFirst) {
   GetData({"KROSG_Other", "KROSG_DCAPFile"});
   const std::vector<TLine> other = {Debug("Entering collection for requested class KROSG_Other"),
                                     Debug("Collector received an invalid collection request.KROSG_Other")};
   EXPECT_EQ(logger.Lines(), Together(Together(Preparation(), other), CaptureWithoutBmc()));
 }
 
-TEST_F(TDispatch, TheCaptureKeysComeInOrder) {
+TEST_F(TDispatch, CaptureFilesAreReadInOrder) {
   sp.nodes = 1;
   for (const char* const key : {"cpu_err", "ioh_err", "zyn_err"}) sp.Expect(Open(key).Fails(0xCB));
   GetData({"KROSG_DCAPFile"});
@@ -177,7 +177,7 @@ TEST_F(TDispatch, ADelegateOfTwoBasesBelongsToTheFirstInKeyOrder) {
   THostProbe probe;
   AddDelegate("Shared", "KROSG_PCIIOBRIDGE_StatisticData");
   boost::shared_ptr<ICIMClass> base = Class("KROSG_PCIIOBRIDGE_StatisticData");
-  // One class answers for both bases.
+  // The same class is the delegate for both bases.
   class TAliasing : public ICIMNamespace {
    public:
     explicit TAliasing(boost::shared_ptr<ICIMNamespace> inner) : inner_(std::move(inner)) {}
@@ -199,7 +199,7 @@ TEST_F(TDispatch, ADelegateOfTwoBasesBelongsToTheFirstInKeyOrder) {
                                       "namespace.GetClass(KROSG_MEMCTL_StatisticData) {request}"}));
 }
 
-TEST_F(TDispatch, AllThreePathsServeOneRequestInItsOrder) {
+TEST_F(TDispatch, AllThreePathsServeOneRequestInOrder) {
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
   sp.Expect(OneInstance(0));
   sp.Expect(OneInstance(1));
@@ -246,8 +246,8 @@ TEST_F(TDispatch, MachineTypeAndCurrentClassSurviveTheCall) {
   EXPECT_FALSE(FieldsOf(plugin).currentClass) << "a base class empties it";
 }
 
-// A host may change the map that it is handed for a look-up.
-TEST_F(TDispatch, EveryLookUpHasARequestContextOfItsOwn) {
+// A host may modify the map that it is given for a look-up.
+TEST_F(TDispatch, EveryLookUpHasItsOwnRequestContext) {
   class TSpoiling : public ICIMNamespace {
    public:
     explicit TSpoiling(boost::shared_ptr<ICIMNamespace> inner) : inner_(std::move(inner)) {}
@@ -273,7 +273,7 @@ TEST_F(TDispatch, EveryLookUpHasARequestContextOfItsOwn) {
                                       "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}"}));
 }
 
-TEST_F(TDispatch, TheVectorIsOnlyRead) {
+TEST_F(TDispatch, TheVectorIsNotModified) {
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_Other"), Class("KROSG_DCAPFile"), {}};
   const auto before = classes;
   plugin.GetData(ns, classes);

@@ -1,4 +1,4 @@
-// What a request throws, and what stays.
+// Exceptions from a request, and the state that remains.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -48,7 +48,7 @@ TEST_F(TDispatchFailure, AnR8ClassWithoutMachineTypesAsserts) {
   EXPECT_EQ(logger.Lines().back(), Debug("Requested class KROSG_VO_MEMCTL_StatisticData"));
 }
 
-TEST_F(TDispatchFailure, MachineTypesThatAreNoArrayAreTheHostsToRefuse) {
+TEST_F(TDispatchFailure, TheHostRefusesMachineTypesThatAreNotAnArray) {
   const auto other = TNamespace::Create();
   other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Qualifier("SupportedMachineTypes", TCIMValue("6101")));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_VO_MEMCTL_StatisticData")};
@@ -65,7 +65,7 @@ TEST_F(TDispatchFailure, EarlierInstancesStayAndLaterClassesAreNotServed) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
 }
 
-TEST_F(TDispatchFailure, AFailingBuilderLeavesWithTheClassSet) {
+TEST_F(TDispatchFailure, AFailureInTheBuilderPropagatesWithTheClassSet) {
   ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw TVELException(1); });
   ExpectOneInstance();
   EXPECT_THROW(GetData({"KROSG_VO_MEMCTL_StatisticData", "KROSG_Other"}), TVELException);
@@ -73,14 +73,14 @@ TEST_F(TDispatchFailure, AFailingBuilderLeavesWithTheClassSet) {
   EXPECT_EQ(logger.StartingWith("Entering").size(), 1U);
 }
 
-TEST_F(TDispatchFailure, AnExceptionOfAnyTypePasses) {
+TEST_F(TDispatchFailure, AnExceptionOfAnyTypePropagates) {
   THostProbe probe;
   probe.DoAt("namespace.GetClass(KROSG_MEMCTL_StatisticData) {request}", [] { throw 42; });
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_THROW(plugin.GetData(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), classes), int);
 }
 
-TEST_F(TDispatchFailure, TheMachineTypeIsTakenBeforeAnythingFails) {
+TEST_F(TDispatchFailure, TheMachineTypeIsStoredBeforeAnythingFails) {
   environment.machineType = "4414";
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_THROW(plugin.GetData({}, classes), TAssertionFailure);

@@ -1,4 +1,4 @@
-// A schema with every class that a request can name, and the texts that a request writes.
+// A schema with every class that a request can name, and the lines that a request logs.
 #pragma once
 
 #include <string>
@@ -24,14 +24,14 @@ class TDispatchTest : public TPluginTest {
     AddCaptureClass();
     ns->AddClass(TClassBuilder("KROSG_Other"));
     SetMachineType("6101");
-    sp.nodes = 0;  // capture files: nothing to read, one status line for each
+    sp.nodes = 0;  // nothing to read: one status line per capture file
   }
 
   void AddDelegate(const std::string& name, const std::string& base) {
     ns->AddClass(TClassBuilder(name, base).Machines({"6101"}).MaxInstances(0));
   }
 
-  /// The three lines of a preparation that finds no delegates.
+  /// The three lines logged when the search finds no delegates.
   static std::vector<TLine> Preparation() {
     return {Debug("Collecting delegates for class KROSG_PCIIOBRIDGE_StatisticData"),
             Debug("Collecting delegates for class KROSG_MEMCTL_StatisticData"),
@@ -41,7 +41,7 @@ class TDispatchTest : public TPluginTest {
     first.insert(first.end(), second.begin(), second.end());
     return first;
   }
-  /// What a request for the capture files writes on a server without a BMC.
+  /// The lines of a request for the capture files on a server without a BMC.
   static std::vector<TLine> CaptureWithoutBmc() {
     std::vector<TLine> lines = {Debug("Entering collection for requested class KROSG_DCAPFile"),
                                 Debug("Collector received an invalid collection request.KROSG_DCAPFile"),

@@ -1,5 +1,5 @@
-// How often and in which order the collector calls the host where no double can see it: root operations, and values
-// made of texts or asked for their elements.
+// How often and in what order the collector calls those parts of the host that no test double can observe:
+// root operations, and values that are built from text or asked for their elements.
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
@@ -20,7 +20,7 @@ using namespace testsupport;
 
 using TCalls = std::vector<std::string>;
 
-// The logging singleton, which nothing but its own class reaches: an explicit instantiation may name it.
+// The logging singleton is private, but an explicit instantiation may name it.
 LogMessage*& Singleton();
 template <LogMessage** member>
 struct TSingletonAccess {
@@ -30,7 +30,7 @@ template struct TSingletonAccess<&LogMessage::pLogMsg>;
 
 class TTransportCalls : public TLibraryTest {
  protected:
-  // Whether the logger is there when the library is asked for its instance.
+  // Whether the logger exists when the library is asked for its instance.
   template <typename TTransport>
   static bool LoggerComesFirst() {
     LogMessage* const kept = std::exchange(Singleton(), nullptr);
@@ -83,7 +83,7 @@ TEST_F(TRootCalls, TheCoreLoggerIsNotFetchedForALineThatIsDropped) {
   EXPECT_EQ(library.coreLoggerCalls, 0);
 }
 
-// Notes when the clock and the machine type are asked for.
+// Records when the clock and the machine type are queried.
 class TNotingEnvironment : public IHostEnvironment {
  public:
   std::string MachineType() override {
@@ -113,7 +113,7 @@ class TValueCalls : public TPluginLibraryTest {
   boost::shared_ptr<TNamespace> ns = TNamespace::Create();
 };
 
-// Names and the raw data are strings, the two numbers C strings.
+// Names and raw data are passed as std::string, the two numbers as C strings.
 TEST_F(TValueCalls, ACaptureFileStartsWithItsContextAndThenTheTime) {
   unsigned char byte = 0x5A;
   plugin->AddErrFFDCinstance(ns, &byte, 1, "ioh_err", 1);
@@ -122,20 +122,20 @@ TEST_F(TValueCalls, ACaptureFileStartsWithItsContextAndThenTheTime) {
                     "string KROSG_DCAPFile", "string KROSG_DCAPFile", "string KROSG_DCAPFile", "C string 0"}));
 }
 
-TEST_F(TValueCalls, ATextsCaptureFileIsMadeOfTheSame) {
+TEST_F(TValueCalls, ACaptureFileGivenAsTextMakesTheSameCalls) {
   plugin->AddErrFFDCinstance(ns, std::string("text"), 0, "zyn_err", 9);
   EXPECT_EQ(library.calls,
             (TCalls{"string PluginNamespaceProvider", "time", "string zyn_err", "string text", "C string 10",
                     "string KROSG_DCAPFile", "string KROSG_DCAPFile", "string KROSG_DCAPFile", "C string 0"}));
 }
 
-TEST_F(TValueCalls, ARequestsContextIsMadeBeforeTheMachineTypeIsAskedFor) {
+TEST_F(TValueCalls, TheRequestContextIsBuiltBeforeTheMachineTypeIsQueried) {
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_ANY_THROW(plugin->GetData({}, classes));
   EXPECT_EQ(library.calls, (TCalls{"string PluginNamespaceProvider", "machine type"}));
 }
 
-// Passes everything on and notes which qualifiers are asked for.
+// Forwards all calls and records which qualifiers are looked up.
 class TNotingProperty : public ICIMPropertyDecl {
  public:
   explicit TNotingProperty(boost::shared_ptr<ICIMPropertyDecl> inner) : inner_(std::move(inner)) {}
@@ -154,7 +154,7 @@ class TNotingProperty : public ICIMPropertyDecl {
   boost::shared_ptr<ICIMPropertyDecl> inner_;
 };
 
-TEST_F(TValueCalls, TheElementsOfAnOffsetAreTakenBeforeItsWidthIsAskedFor) {
+TEST_F(TValueCalls, OffsetElementsAreReadBeforeTheWidthIsQueried) {
   const auto chip = ns->AddClass(TClassBuilder("CHIP").Register("R", {0x10, 0x20}, 8));
   R8ErrorData collector(chip);
   library.calls.clear();

@@ -1,4 +1,4 @@
-// From property maps to committed instances.
+// Turning property maps into committed instances.
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
@@ -25,7 +25,7 @@ class TInstanceBuilder : public TPluginTest {
                      .Array("Data", {}));
     SetCurrentClass(Class("CHIP"));
   }
-  // Only a request sets the current class; a builder's test needs no request.
+  // Normally a request sets the current class; the builder's tests do without one.
   void SetCurrentClass(const boost::shared_ptr<ICIMClass>& cimClass) {
     const_cast<TPluginFields&>(FieldsOf(plugin)).currentClass = cimClass;
   }
@@ -55,12 +55,12 @@ TEST_F(TInstanceBuilder, AnEmptyMapYieldsNoInstance) {
                                                 Verbose("valueIt->first = B. valueIt->second = two."), kLast}));
 }
 
-TEST_F(TInstanceBuilder, TheVerboseLineHasNoBlanksOfItsOwn) {
+TEST_F(TInstanceBuilder, TheVerboseLineAddsNoSpaces) {
   plugin.buildCIMInstances({{{"RegisterNumber", TCIMValue(5)}}});
   EXPECT_EQ(logger.Lines()[1], Verbose("valueIt->first = RegisterNumber. valueIt->second = 5."));
 }
 
-TEST_F(TInstanceBuilder, NullValuesAreLeftUnsetAndUnmentioned) {
+TEST_F(TInstanceBuilder, NullValuesAreNeitherSetNorLogged) {
   TCIMValue null;
   null.SetNullValue(TCIMValue::TCIMType::kUint8, 14);
   plugin.buildCIMInstances({{{"A", TCIMValue()}, {"B", TCIMValue("x")}, {"Data", null}}});
@@ -106,7 +106,7 @@ TEST_F(TInstanceBuilder, TheHostIsCalledInOrderWithEmptyContexts) {
   SetCurrentClass({});
 }
 
-// A host may take over the value that it is handed.
+// A host may move from the value that it is given.
 class TTakingInstance : public ICIMInstance {
  public:
   void SetProperty(const std::string&, const TCIMValue& value, const TPropertyMap&) override {
@@ -135,7 +135,7 @@ class TClassOfTaking : public ICIMClass {
   std::string name_ = "TAKING";
 };
 
-TEST_F(TInstanceBuilder, WhateverTheHostDoesWithAValueTheMapKeepsItsOwn) {
+TEST_F(TInstanceBuilder, TheHostCannotChangeTheValuesOfTheMap) {
   const auto taking = boost::make_shared<TClassOfTaking>();
   SetCurrentClass(taking);
   std::vector<TPropertyMap> maps = {{{"A", TCIMValue("one")}}};
@@ -146,7 +146,7 @@ TEST_F(TInstanceBuilder, WhateverTheHostDoesWithAValueTheMapKeepsItsOwn) {
   SetCurrentClass({});
 }
 
-TEST_F(TInstanceBuilder, TheLineOfAPropertyComesBeforeItIsSet) {
+TEST_F(TInstanceBuilder, APropertyIsLoggedBeforeItIsSet) {
   EXPECT_THROW(plugin.buildCIMInstances({{{"Unknown", TCIMValue("x")}}}), TVELException);
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, Verbose("valueIt->first = Unknown. valueIt->second = x.")}));
 }
@@ -161,7 +161,7 @@ TEST_F(TInstanceBuilder, AFailureDropsTheInstanceAndKeepsTheEarlierOnes) {
   EXPECT_EQ(logger.Count(kLast), 0U);
 }
 
-TEST_F(TInstanceBuilder, AFailingCommitLeavesToo) {
+TEST_F(TInstanceBuilder, AFailureInCommitPropagatesToo) {
   ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw TVELException(1); });
   EXPECT_THROW(plugin.buildCIMInstances({{{"A", TCIMValue("1")}}}), TVELException);
 }

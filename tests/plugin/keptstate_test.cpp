@@ -1,4 +1,4 @@
-// What the plugin object keeps, and which call changes it.
+// The plugin object's state, and which calls change it.
 #include <gtest/gtest.h>
 
 #include "tests/plugin/dispatchtest.h"
@@ -25,7 +25,7 @@ class TKeptState : public TDispatchTest {
     const TPluginFields& fields = FieldsOf(plugin);
     return {fields.pluginProvider, fields.currentClass, fields.logger, fields.machineType, fields.recordCounter};
   }
-  // A request and a capture file, after which no field is what it was at first.
+  // A request and a capture file, which change every field from its initial value.
   void FillEveryField() {
     sp.Expect(Register(0, 0x10).Lost());
     GetData({"KROSG_VO_MEMCTL_StatisticData"});
@@ -35,7 +35,7 @@ class TKeptState : public TDispatchTest {
   }
 };
 
-TEST_F(TKeptState, ARequestAndACaptureFileFillIt) {
+TEST_F(TKeptState, ARequestAndACaptureFileFillEveryField) {
   FillEveryField();
   EXPECT_EQ(State(), (TState{&pluginManager->provider, Class("KROSG_VO_MEMCTL_StatisticData"),
                              LogMessage::getInstance(), "6101", 1}));
@@ -60,7 +60,7 @@ TEST_F(TKeptState, DeInitChangesNothing) {
   EXPECT_EQ(logger.Lines().size(), 2U) << "lines are still let through";
 }
 
-TEST_F(TKeptState, InitAndDeInitAskTheHostForNothing) {
+TEST_F(TKeptState, InitAndDeInitMakeNoHostCalls) {
   FillEveryField();
   const int queries = environment.machineTypeQueries;
   const int readings = environment.clockReadings;
@@ -73,7 +73,7 @@ TEST_F(TKeptState, InitAndDeInitAskTheHostForNothing) {
   EXPECT_EQ(pluginManager->registered.size(), 1U);
 }
 
-TEST_F(TKeptState, TheMachineTypeIsAskedForAnewAfterARequest) {
+TEST_F(TKeptState, TheMachineTypeIsQueriedAgainAfterARequest) {
   GetData({});
   environment.machineType = "6102";
   EXPECT_EQ(plugin.getMachineType(), "6102");
@@ -81,7 +81,7 @@ TEST_F(TKeptState, TheMachineTypeIsAskedForAnewAfterARequest) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "6101") << "and is not stored";
 }
 
-TEST_F(TKeptState, AnEmptyMachineTypeTakesTheOldOnesPlace) {
+TEST_F(TKeptState, AnEmptyMachineTypeReplacesTheOldOne) {
   GetData({});
   ASSERT_EQ(FieldsOf(plugin).machineType, "6101");
   environment.machineType = "";
@@ -89,7 +89,7 @@ TEST_F(TKeptState, AnEmptyMachineTypeTakesTheOldOnesPlace) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "");
 }
 
-TEST_F(TKeptState, CaptureFilesLeaveTheCurrentClass) {
+TEST_F(TKeptState, CaptureFilesKeepTheCurrentClass) {
   GetData({"KROSG_DCAPFile"});
   EXPECT_FALSE(FieldsOf(plugin).currentClass);
   sp.Expect(Register(0, 0x10).Lost());
@@ -99,7 +99,7 @@ TEST_F(TKeptState, CaptureFilesLeaveTheCurrentClass) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
 }
 
-TEST_F(TKeptState, ACaptureFileThatIsReadLeavesItToo) {
+TEST_F(TKeptState, ACaptureFileThatIsReadKeepsItToo) {
   sp.nodes = 1;
   sp.Expect({Open("cpu_err").Answers(OemData({1, 0, 0, 0})), Size("cpu_err").Answers(SizeData(10)),
              Read({1, 0, 0, 0}, 0, 10).Answers(ReadData(TBytes(10, 0xAB))), Close({1, 0, 0, 0}),
@@ -111,11 +111,11 @@ TEST_F(TKeptState, ACaptureFileThatIsReadLeavesItToo) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_T4_MEMCTL_StatisticData"));
 }
 
-TEST_F(TKeptState, AnInvalidClassLeavesTheCurrentClass) {
+TEST_F(TKeptState, AnInvalidClassKeepsTheCurrentClass) {
   sp.Expect(Register(0, 0x10).Lost());
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   SetMachineType("6102");
-  GetData({"KROSG_Other", "KROSG_T4_MEMCTL_StatisticData"});  // the second is of another machine
+  GetData({"KROSG_Other", "KROSG_T4_MEMCTL_StatisticData"});  // the second is for another machine
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
 }
 

@@ -1,5 +1,5 @@
-// How the collector calls its service-processor library and the C library. Both are replaced in this
-// program, which sees arguments that the real library has no use for, and failures that it never has.
+// How the collector calls its service-processor library and the C library. This program replaces both, so
+// that it can see arguments that the real library ignores, and cause failures that it never reports.
 #include <gtest/gtest.h>
 
 #include "host/model/cimnamespace.h"
@@ -36,7 +36,7 @@ TEST_F(TLibraryCalls, TheUncalledRequestsPresetZero) {
   ExpectArguments(2, 0);
 }
 
-TEST_F(TLibraryCalls, ALengthThatAFailedExchangeLeavesIsHandedOn) {
+TEST_F(TLibraryCalls, TheLengthFromAFailedExchangeIsReturned) {
   IPMIRequestTorgaReg registers;
   TNOVRequestTorgaReg dots;
   for (const auto& [left, handedOn] :
@@ -56,7 +56,7 @@ TEST_F(TLibraryCalls, ALengthThatAFailedExchangeLeavesIsHandedOn) {
   }
 }
 
-// Lies that the real library keeps from its callers.
+// False lengths, which the real library never lets through.
 TEST_F(TLibraryCalls, AnswersThatLieAboutTheirLength) {
   IPMIRequestTorgaReg registers;
   library.answer = [](unsigned char* buffer, int* responseLength) {
@@ -96,7 +96,7 @@ TEST_F(TLibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
             (std::vector<std::string>{"command made", "takes dot commands", "dot 3 16 2 4 length 0", "command gone"}));
 }
 
-TEST_F(TLibraryCalls, TheDotCommandIsMadeBeforeItIsAskedWhetherAnyIsTaken) {
+TEST_F(TLibraryCalls, TheDotCommandIsBuiltBeforeDotCommandSupportIsChecked) {
   TNOVRequestTorgaReg transport;
   unsigned char buffer[16] = {};
   library.dotCommands = false;
@@ -105,13 +105,13 @@ TEST_F(TLibraryCalls, TheDotCommandIsMadeBeforeItIsAskedWhetherAnyIsTaken) {
   EXPECT_EQ(library.calls, (std::vector<std::string>{"command made", "takes dot commands", "command gone"}));
 }
 
-TEST_F(TLibraryCalls, ATransportIsMadeWithoutALibraryInstance) {
+TEST_F(TLibraryCalls, ATransportCanBeCreatedWithoutALibraryInstance) {
   library.noInstance = true;
   const IPMIRequestTorgaReg transport;
   EXPECT_EQ(library.calls, std::vector<std::string>{"instance 0"});
 }
 
-TEST_F(TStorageAreaCalls, AllFourRequestsPassTheSame) {
+TEST_F(TStorageAreaCalls, AllFourRequestsPassTheSameArguments) {
   SPLibrary* const node = SPLibrary::GetSplibraryInstance(0);
   unsigned char handle[4] = {1, 2, 3, 4};
   int size = 0;
@@ -123,8 +123,8 @@ TEST_F(TStorageAreaCalls, AllFourRequestsPassTheSame) {
   ExpectArguments(4, 256);
 }
 
-// The library's word is not asked where the buffer says success.
-TEST_F(TStorageAreaCalls, ReadAndCloseGoByTheCompletionCodeAlone) {
+// The library's return value is ignored if the buffer indicates success.
+TEST_F(TStorageAreaCalls, ReadAndCloseCheckOnlyTheCompletionCode) {
   library.answer = [](unsigned char* buffer, int* responseLength) {
     buffer[4] = 0;
     buffer[14] = 0x99;
@@ -155,18 +155,18 @@ TEST_F(TStorageAreaCalls, AReadWhoseLengthIsBeyondTheBufferCopiesTheChunk) {
             (std::vector<unsigned char>{0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0, 0, 0, 0}));
 }
 
-TEST_F(TStorageAreaCalls, NodeZeroIsAskedFirstAndThenEachNode) {
+TEST_F(TStorageAreaCalls, NodeZeroIsQueriedFirstAndThenEachNode) {
   plugin->ReadErrFFDC({}, "cpu_err");
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver", "instance 0", "instance 1"}));
 }
 
-TEST_F(TStorageAreaCalls, TheEntryIsWrittenBeforeTheLibraryIsAskedFor) {
+TEST_F(TStorageAreaCalls, TheEntryIsLoggedBeforeTheLibraryIsFetched) {
   logger.FailAt("Enter ReadErrFFDC funtion");
   EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);
   EXPECT_TRUE(library.calls.empty());
 }
 
-TEST_F(TStorageAreaCalls, ANodeIsAnnouncedBeforeItsLibraryObjectIsAskedFor) {
+TEST_F(TStorageAreaCalls, ANodeIsLoggedBeforeItsLibraryObjectIsFetched) {
   logger.FailAt("The system has2 . Now reading Node0");
   EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver"}));

@@ -1,4 +1,4 @@
-// The surroundings of a collector whose service-processor library is replaced.
+// A fixture for collector parts that run against a replaced service-processor library.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 
 namespace testsupport {
 
-/// For parts that are used without a plugin object: the log facade is registered.
+/// For parts that work without a plugin object; the log facade is registered.
 class TLibraryTest : public ::testing::Test {
  protected:
   TLibraryTest() {
@@ -26,7 +26,7 @@ class TLibraryTest : public ::testing::Test {
     torgareg::LogMessage::setPluginInstance(nullptr);
     velhost::THostServices::SetCoreLogger(nullptr);
   }
-  // Answers with success and no data until told otherwise.
+  // Answers with success and no data until a test changes it.
   static bool Succeed(unsigned char* buffer, int* /*length*/) {
     buffer[4] = 0;
     return true;
@@ -49,10 +49,10 @@ class TLibraryTest : public ::testing::Test {
   unsigned short length = 0;
 };
 
-/// With a plugin object.
+/// The same, with a plugin object.
 class TPluginLibraryTest : public TLibraryTest {
  protected:
-  // A plugin manager is all that the plugin object needs to come into being.
+  // The plugin object needs nothing but a plugin manager.
   class TManager : public NKROVEL20::TPluginManagerNamespace {
    public:
     explicit TManager(NKROVEL20::TPluginManagerProvider& handle) : handle_(handle) {}

@@ -20,7 +20,7 @@ class TConstruction : public TCollectorTest {
   ~TConstruction() override { LogMessage::setPluginInstance(nullptr); }
 };
 
-TEST_F(TLifecycle, AnswersWithItsIdentity) {
+TEST_F(TLifecycle, ReportsItsIdentity) {
   EXPECT_EQ(plugin.GetType(), 0);
   EXPECT_EQ(plugin.GetName(), "Engineering Information Collector");
   EXPECT_EQ(plugin.GetVersion(), "1.0");
@@ -28,14 +28,14 @@ TEST_F(TLifecycle, AnswersWithItsIdentity) {
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST_F(TLifecycle, InitWritesItsLineBeforeItResetsTheCounter) {
+TEST_F(TLifecycle, InitLogsBeforeItResetsTheCounter) {
   logger.FailAt("Initializing Engineering Information Collector");
   plugin.AddErrFFDCinstance((AddCaptureClass(), ns), std::string(), 0, "cpu_err", 0);
   EXPECT_THROW(plugin.Init(), std::runtime_error);
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 1);
 }
 
-TEST_F(TLifecycle, InitAndDeInitWriteOneDebugLineEach) {
+TEST_F(TLifecycle, InitAndDeInitLogOneDebugLineEach) {
   plugin.Init();
   plugin.DeInit();
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Initializing Engineering Information Collector"),
@@ -54,7 +54,7 @@ TEST_F(TLifecycle, InitAloneResetsTheRecordCounter) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 0);
 }
 
-TEST_F(TLifecycle, TwoObjectsOfOneLibraryCountEachForItselfAndShareTheLog) {
+TEST_F(TLifecycle, TwoObjectsOfOneLibraryCountSeparatelyAndShareTheLog) {
   AddCaptureClass();
   TTORGARegPluginCallbacks other;
   for (TTORGARegPluginCallbacks* object : {&plugin, &other, &plugin}) {
@@ -70,7 +70,7 @@ TEST_F(TLifecycle, TwoObjectsOfOneLibraryCountEachForItselfAndShareTheLog) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 2);
 }
 
-TEST_F(TLifecycle, CallsInAnyOrderDoTheirOwnWork) {
+TEST_F(TLifecycle, CallsWorkInAnyOrder) {
   plugin.DeInit();
   plugin.Init();
   plugin.Init();
@@ -87,7 +87,7 @@ TEST_F(TLifecycle, MachineTypeIsTheHostsAndIsNotStored) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "");
 }
 
-TEST_F(TConstruction, RegistersItselfWithEmptyFieldsAndWritesNothing) {
+TEST_F(TConstruction, RegistersItselfWithEmptyFieldsAndLogsNothing) {
   auto* const plugin = new TTORGARegPluginCallbacks();
   ASSERT_EQ(pluginManager->registered.size(), 1U);
   EXPECT_EQ(pluginManager->registered[0], static_cast<IPluginCallbacks*>(plugin));
@@ -101,7 +101,7 @@ TEST_F(TConstruction, RegistersItselfWithEmptyFieldsAndWritesNothing) {
   plugin->PrepareForUnload();
 }
 
-TEST_F(TConstruction, LinesPassOnlyOnceTheRegistrationHasReturned) {
+TEST_F(TConstruction, LinesAreForwardedOnlyAfterRegistrationReturned) {
   pluginManager->onRegister = [] { LogMessage::getInstance()->writeError("too early"); };
   auto* const plugin = new TTORGARegPluginCallbacks();
   EXPECT_TRUE(logger.Lines().empty());
@@ -128,12 +128,12 @@ TEST_F(TConstruction, WithoutPluginManagerItAsserts) {
   }
 }
 
-TEST_F(TConstruction, ANamespaceThatIsNoPluginManagerAsserts) {
+TEST_F(TConstruction, ANamespaceThatIsNotAPluginManagerAsserts) {
   THostServices::SetPluginManager(ns);
   EXPECT_THROW(TTORGARegPluginCallbacks(), TAssertionFailure);
 }
 
-TEST_F(TConstruction, WhatTheRegistrationThrowsLeavesTheConstructor) {
+TEST_F(TConstruction, ExceptionsFromRegistrationPropagate) {
   pluginManager->onRegister = [] { throw TVELException(1); };
   EXPECT_THROW(TTORGARegPluginCallbacks(), TVELException);
   LogMessage::getInstance()->writeError("never registered");
@@ -148,7 +148,7 @@ TEST_F(TConstruction, ARefusedRegistrationLeavesThePluginSilent) {
   plugin->PrepareForUnload();
 }
 
-TEST_F(TConstruction, TheObjectGoesWithoutUnregisteringAndReleasesItsClass) {
+TEST_F(TConstruction, TheDestructorReleasesTheClassWithoutUnregistering) {
   ns->AddClass(TClassBuilder("KROSG_PCIIOBRIDGE_StatisticData"));
   ns->AddClass(TClassBuilder("KROSG_MEMCTL_StatisticData"));
   ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));

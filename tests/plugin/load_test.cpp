@@ -11,8 +11,8 @@ namespace {
 
 using namespace testsupport;
 
-// In sanitizer builds libraries stay mapped on purpose, and a library that is mapped is not initialised
-// again: one load per process there.
+// Sanitizer builds keep libraries mapped on purpose, and a mapped library is not initialised again: there, it
+// can be loaded only once per process.
 #ifdef VELHOST_SANITIZED
 constexpr bool kUnloads = false;
 #else
@@ -56,7 +56,7 @@ class TLoadedLibrary : public TCollectorTest {
   TPluginLoader loader;
 };
 
-TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndWritesNothing) {
+TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndLogsNothing) {
   const auto plugin = loader.Load(PLUGIN);
   EXPECT_EQ(plugin->Callbacks().GetType(), 0);
   EXPECT_EQ(plugin->Callbacks().GetName(), "Engineering Information Collector");
@@ -67,7 +67,7 @@ TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndWritesNothing) {
   EXPECT_TRUE(sp.Discoveries().empty());
 }
 
-TEST_F(TLoadedLibrary, CollectsIsGoneAndComesBack) {
+TEST_F(TLoadedLibrary, CollectsUnloadsAndLoadsAgain) {
   for (int round = 0; round < (kUnloads ? 3 : 1); ++round) {
     auto plugin = loader.Load(PLUGIN);
     plugin->Callbacks().Init();
@@ -96,13 +96,14 @@ TEST_F(TLoadedLibrary, InstancesOutliveThePlugin) {
   EXPECT_EQ(TextOf(*committed[0], "ElementName"), "Memory controller with integrated L4 cache module,0");
 }
 
-// An exception cannot pass through the dynamic loader: the host's loader names it and ends the process.
-TEST_F(TLoadedLibrary, WithoutPluginManagerItsLoadingAsserts) {
+// An exception cannot propagate through the dynamic loader, so the host's loader reports it and ends the
+// process.
+TEST_F(TLoadedLibrary, LoadingWithoutAPluginManagerAsserts) {
   THostServices::SetPluginManager({});
   EXPECT_EXIT(loader.Load(PLUGIN), testing::ExitedWithCode(70), "threw while it was being loaded: .*px != 0");
 }
 
-TEST_F(TLoadedLibrary, WhatItThrowsReachesTheHost) {
+TEST_F(TLoadedLibrary, ItsExceptionsReachTheHost) {
   const auto plugin = loader.Load(PLUGIN);
   std::vector<boost::shared_ptr<ICIMClass>> classes = {{}};
   EXPECT_THROW(plugin->Query()->GetData(ns, classes), TAssertionFailure);

@@ -22,12 +22,12 @@ class TLogFacade : public TPartTest {
 static_assert(sizeof(LogMessage) == sizeof(void*), "an instance holds nothing but its table pointer");
 static_assert(std::has_virtual_destructor_v<LogMessage>);
 
-TEST_F(TLogFacade, IsOneObject) {
+TEST_F(TLogFacade, IsASingleton) {
   ASSERT_NE(LogMessage::getInstance(), nullptr);
   EXPECT_EQ(LogMessage::getInstance(), LogMessage::getInstance());
 }
 
-TEST_F(TLogFacade, ACopyMayGoAway) {
+TEST_F(TLogFacade, DestroyingACopyIsHarmless) {
   { const LogMessage copy(log); }
   log.writeDebug("still here");
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("still here")});
@@ -42,7 +42,7 @@ TEST_F(TLogFacade, SeveritiesAreZeroToFour) {
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{{0, "e"}, {1, "w"}, {2, "s"}, {3, "d"}, {4, "v"}}));
 }
 
-TEST_F(TLogFacade, WritePassesAnySeverityAndTheMessageUnchanged) {
+TEST_F(TLogFacade, WriteForwardsAnySeverityAndTheMessageUnchanged) {
   log.write("line 1\nline 2\t\n", ILogger::kStatus);
   log.write(std::string("a\0b", 3), ILogger::kVerbose);
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{{2, "line 1\nline 2\t\n"}, {4, std::string("a\0b", 3)}}));
@@ -76,7 +76,7 @@ TEST_F(TLogFacade, TheCoreLoggerIsFetchedForEveryLine) {
   EXPECT_EQ(other.Lines(), std::vector<TLine>{Debug("second")});
 }
 
-TEST_F(TLogFacade, WhatTheHostsLoggerThrowsPasses) {
+TEST_F(TLogFacade, ExceptionsFromTheHostsLoggerPropagate) {
   logger.FailAt("bad");
   EXPECT_THROW(log.writeDebug("bad"), std::runtime_error);
 }
@@ -99,13 +99,13 @@ TEST(TDataToString, WritesPlainDecimals) {
   EXPECT_EQ(dataToString<unsigned short>(65535), "65535");
 }
 
-// A process may run in a locale that groups digits.
+// A process may use a locale that groups digits.
 struct TGrouping : std::numpunct<char> {
   char do_thousands_sep() const override { return '.'; }
   std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(TDataToString, TakesNoNoticeOfTheLocale) {
+TEST(TDataToString, IgnoresTheLocale) {
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new TGrouping()));
   EXPECT_EQ(dataToString<int>(1234567), "1234567");
   EXPECT_EQ(dataToString<unsigned short>(65535), "65535");

@@ -1,4 +1,4 @@
-// The decimal dumps of the trace. All four names give the same text.
+// The decimal dumps of the trace. All four functions return the same text.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -27,7 +27,7 @@ TEST_P(TRegisterDump, LastZeroPrintsOneByte) {
   EXPECT_EQ(Dump({0}), "\n0 \n");
 }
 
-TEST_P(TRegisterDump, BytesAreDecimalWithOneBlankBehindEach) {
+TEST_P(TRegisterDump, BytesAreDecimalEachFollowedByASpace) {
   EXPECT_EQ(Dump({1, 2, 255}), "\n1 2 255 \n");
   EXPECT_EQ(Dump({9, 10, 99, 100, 127, 128}), "\n9 10 99 100 127 128 \n");
 }
@@ -38,14 +38,14 @@ TEST_P(TRegisterDump, EveryValueHasItsOwnText) {
   }
 }
 
-TEST_P(TRegisterDump, EightValuesStandInALine) {
+TEST_P(TRegisterDump, EachLineHasEightValues) {
   EXPECT_EQ(Dump({1, 2, 3, 4, 5, 6, 7, 8}), "\n1 2 3 4 5 6 7 8 \n");
   EXPECT_EQ(Dump({0, 0, 0, 0, 0, 0, 0, 0, 0}), "\n0 0 0 0 0 0 0 0 \n0 \n");
   EXPECT_EQ(Dump({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}),
             "\n1 2 3 4 5 6 7 8 \n9 10 11 12 13 14 15 16 \n17 \n");
 }
 
-TEST_P(TRegisterDump, LinesOfZerosStandBetweenOthers) {
+TEST_P(TRegisterDump, LinesOfZerosMayBeBetweenOthers) {
   EXPECT_EQ(Dump({0,   0,   0,   0,   0,   0,   0,   1,    //
                   0,   0,   0,   0,   0,   0,   0,   0,    //
                   255, 255, 255, 255, 255, 255, 255, 255,  //
@@ -55,7 +55,7 @@ TEST_P(TRegisterDump, LinesOfZerosStandBetweenOthers) {
   EXPECT_EQ(Dump({1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), "\n1 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
 }
 
-TEST_P(TRegisterDump, ALineIsOneOfZerosByItsOwnBytesAlone) {
+TEST_P(TRegisterDump, OnlyItsOwnBytesMakeALineOfZeros) {
   std::vector<unsigned char> bytes = {255, 0, 0, 0, 0, 0, 0, 0,  //
                                       0,   0, 0, 0, 0, 0, 0, 0,  //
                                       0,   1};
@@ -63,14 +63,14 @@ TEST_P(TRegisterDump, ALineIsOneOfZerosByItsOwnBytesAlone) {
 }
 
 TEST_P(TRegisterDump, LastIsAnIndexOfAnyWidth) {
-  // 8 values of two characters and a newline make a line of 17.
+  // 8 values of two characters and a newline make a line of 17 characters.
   EXPECT_EQ(Dump(std::vector<unsigned char>(257, 0)).size(), 32 * 17 + 3 + 1U);
   EXPECT_EQ(Dump(std::vector<unsigned char>(4097, 0)).size(), 512 * 17 + 3 + 1U);
   EXPECT_EQ(Dump(std::vector<unsigned char>(65536, 0)).size(), 8192 * 17 + 1U);
   EXPECT_EQ(Dump(std::vector<unsigned char>(70001, 0)).size(), 8750 * 17 + 3 + 1U);
 }
 
-TEST(TDecimals, StandOnOneLine) {
+TEST(TDecimals, AreOnOneLine) {
   const std::vector<unsigned char> bytes = {1, 2, 3, 4, 5, 6, 7, 8, 10, 255};
   std::string text = "data:";
   appendDecimals(text, bytes.data(), bytes.size());
@@ -79,7 +79,7 @@ TEST(TDecimals, StandOnOneLine) {
   EXPECT_EQ(text, "data:1 2 3 4 5 6 7 8 10 255 ");
 }
 
-TEST(THexPairs, AreTwoLowerCaseDigitsAndABlank) {
+TEST(THexPairs, AreTwoLowerCaseDigitsAndASpace) {
   const std::vector<unsigned char> bytes = {0x00, 0x0A, 0xFF, 0x7B};
   std::string text = "data:";
   appendHexPairs(text, bytes.data(), bytes.size());

@@ -17,7 +17,8 @@ namespace {
 
 void Note(const std::string& call) { library.calls.push_back(call); }
 
-// The host's own operation, by its name in the Itanium C++ ABI: one of a class takes its object first.
+// The host's original function, by its mangled name (Itanium C++ ABI). A member function takes its object as
+// the first argument.
 template <typename TFunction>
 TFunction* Original(const char* symbol) {
   return reinterpret_cast<TFunction*>(dlsym(RTLD_NEXT, symbol));
@@ -30,12 +31,12 @@ using testsupport::library;
 using testsupport::Note;
 using testsupport::Original;
 
-// The form of new that reports a failure as a null pointer.
+// The form of operator new that reports failure as a null pointer.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return library.noMemory ? nullptr : ::operator new[](size);
 }
 
-// The replacement of the C library's conversion.
+// Replaces the conversion of the C library.
 extern "C" struct tm* gmtime_r(const time_t* seconds, struct tm* result) noexcept {
   if (library.brokenClock) return nullptr;
   *result = {};
@@ -49,7 +50,7 @@ namespace NKROVEL20 {
 
 SPLibrary::SPLibrary() : SPLibrary(0) {}
 SPLibrary::SPLibrary(int node) : node_(node) {
-  static_cast<void>(node_);  // nothing here is of a node
+  static_cast<void>(node_);  // unused: all nodes behave alike here
 }
 SPLibrary::~SPLibrary() = default;
 

@@ -1,5 +1,5 @@
-// What this program has in place of the host's service-processor library, of some of its root operations and
-// values, and of the C library: they do what a test says and note how they are called.
+// This program's replacements for the service-processor library, for some of the host's root operations and
+// values, and for the C library. They behave as a test configures them and record how they are called.
 #pragma once
 
 #include <functional>
@@ -15,24 +15,24 @@ struct TSent {
   std::vector<unsigned char> buffer;  // all 256 bytes
 };
 
-/// One object for the program; a test starts with a new one.
+/// One object for the program, reset for each test.
 struct TReplacedHost {
-  // What was called.
+  // Recorded calls.
   std::vector<std::string> calls;
   std::vector<TSent> sent;
   int coreLoggerCalls = 0;
   int pluginManagerCalls = 0;
 
-  // What it does.
+  // Configured behaviour.
   std::function<bool(unsigned char*, int*)> answer;
-  std::function<void()> onInstance;  ///< done when the library is asked for an instance
+  std::function<void()> onInstance;  ///< called when the library is asked for an instance
   int nodes = 2;
   int serviceProcessors = 1;
   bool dotCommands = true;
   bool noInstance = false;
   bool brokenClock = false;
   bool noMemory = false;
-  bool notesValues = false;  ///< values made of texts, and arrays asked for their elements, are calls too
+  bool notesValues = false;  ///< also record values built from text, and arrays asked for their elements
 };
 
 extern TReplacedHost library;

@@ -1,4 +1,5 @@
-// The order of a request's steps, as it shows when one of them fails, and what passes between them.
+// The order of the steps of a request, observed by letting one of them fail, and the data passed between
+// them.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -14,7 +15,7 @@ using namespace testsupport;
 
 class TRequestOrder : public TDispatchTest {
  protected:
-  // One request through a probed namespace for one probed class.
+  // One request for one probed class in a probed namespace.
   void GetProbed(const boost::shared_ptr<ICIMClass>& requested) {
     std::vector<boost::shared_ptr<ICIMClass>> classes = {probe.Wrap(requested)};
     plugin.GetData(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), classes);
@@ -48,7 +49,7 @@ TEST_F(TRequestOrder, ASecondRequestContinuesTheRecordNumbers) {
   EXPECT_EQ(TextOf(*committed.at(4), "RecordID"), "0");
 }
 
-TEST_F(TRequestOrder, ARequestedClassIsAskedForItsNameOnce) {
+TEST_F(TRequestOrder, TheNameOfARequestedClassIsQueriedOnce) {
   GetProbed(Class("KROSG_Other"));
   EXPECT_EQ(probe.CallsWith("KROSG_Other."), std::vector<std::string>{"KROSG_Other.GetName() {}"});
   SetMachineType("6102");
@@ -63,7 +64,7 @@ TEST_F(TRequestOrder, ARequestedClassIsAskedForItsNameOnce) {
             std::vector<std::string>{"KROSG_MEMCTL_StatisticData.GetName() {}"});
 }
 
-TEST_F(TRequestOrder, AnR8RequestIsAnnouncedBeforeItsMachinesAreAsked) {
+TEST_F(TRequestOrder, AnR8RequestIsLoggedBeforeItsMachineTypesAreQueried) {
   logger.FailAt("Requested class KROSG_T4_MEMCTL_StatisticData");
   EXPECT_THROW(GetProbed(Class("KROSG_T4_MEMCTL_StatisticData")), std::runtime_error);
   EXPECT_TRUE(probe.CallsWith("KROSG_T4_MEMCTL_StatisticData.GetQualifier").empty());
@@ -84,7 +85,7 @@ TEST_F(TRequestOrder, TheBaseClassIsCurrentUntilTheInstancesAreBuilt) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_L3Cache_StatisticData"));
 }
 
-TEST_F(TRequestOrder, ABaseClassThatIsGoneAtItsSecondLookUpEndsTheClass) {
+TEST_F(TRequestOrder, ABaseClassMissingAtTheSecondLookUpSkipsTheClass) {
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
   probe.ReturnNothingAt("namespace.GetClass(KROSG_L3Cache_StatisticData) {request}", 2);
   GetProbed(Class("Cache6101"));
@@ -93,7 +94,7 @@ TEST_F(TRequestOrder, ABaseClassThatIsGoneAtItsSecondLookUpEndsTheClass) {
   EXPECT_FALSE(FieldsOf(plugin).currentClass);
 }
 
-TEST_F(TRequestOrder, AnEmptyMachineTypeIsPartOfEveryType) {
+TEST_F(TRequestOrder, TheEmptyMachineTypeIsPartOfEveryType) {
   SetMachineType("");
   sp.Expect({Register(0, 0x10).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8})), Timestamp().Fails(0xCB)});
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
@@ -101,7 +102,7 @@ TEST_F(TRequestOrder, AnEmptyMachineTypeIsPartOfEveryType) {
   EXPECT_EQ(TextOf(*committed[0], "InstanceID"), "KROSG:KROSG_VO_MEMCTL_StatisticData::0");
 }
 
-TEST_F(TRequestOrder, AnR8ClassWithoutInstancesStillPassesTheBuilder) {
+TEST_F(TRequestOrder, AnR8ClassWithoutInstancesStillReachesTheBuilder) {
   const auto other = TNamespace::Create();
   other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6101"}).MaxInstances(0));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_VO_MEMCTL_StatisticData")};

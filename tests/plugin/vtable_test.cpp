@@ -1,4 +1,4 @@
-// The order of the plugin object's virtual operations and fields, which the host relies on.
+// The order of the plugin object's virtual functions and fields, on which the host relies.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -33,7 +33,7 @@ class TVirtualTable : public TPluginTest {
   }
 };
 
-TEST_F(TVirtualTable, SlotsStandInTheContractsOrder) {
+TEST_F(TVirtualTable, SlotsAreInContractOrder) {
   // Slots 0 and 1 are the two destructors.
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetType), 2U);
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetName), 3U);
@@ -47,7 +47,7 @@ TEST_F(TVirtualTable, SlotsStandInTheContractsOrder) {
   EXPECT_EQ(SlotsOf<TTORGARegPluginCallbacks>(), 11U);
 }
 
-TEST_F(TVirtualTable, OfTheLogFacadeThereAreTheDestructorsAlone) { EXPECT_EQ(SlotsOf<LogMessage>(), 2U); }
+TEST_F(TVirtualTable, TheLogFacadeHasOnlyItsDestructors) { EXPECT_EQ(SlotsOf<LogMessage>(), 2U); }
 
 TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
   environment.machineType = "6101";
@@ -74,7 +74,7 @@ TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
   EXPECT_EQ(logger.Lines(), first);
 }
 
-TEST_F(TVirtualTable, TheSecondBaseStandsBehindThePrimaryOne) {
+TEST_F(TVirtualTable, TheSecondBaseFollowsThePrimaryOne) {
   const auto address = reinterpret_cast<std::uintptr_t>(&plugin);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<IPluginCallbacks*>(&plugin)), address);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<IPluginBasicQueryCallbacks*>(&plugin)),
@@ -83,7 +83,7 @@ TEST_F(TVirtualTable, TheSecondBaseStandsBehindThePrimaryOne) {
   EXPECT_EQ(dynamic_cast<IPluginBasicQueryCallbacks*>(callbacks), static_cast<IPluginBasicQueryCallbacks*>(&plugin));
 }
 
-TEST_F(TVirtualTable, DeletingThroughEitherBaseEndsTheObject) {
+TEST_F(TVirtualTable, DeletingThroughEitherBaseDestroysTheObject) {
   for (const bool second : {false, true}) {
     auto* const other = new TTORGARegPluginCallbacks();
     const auto heldClass = ns->AddClass(TClassBuilder(second ? "B" : "A"));
@@ -98,7 +98,7 @@ TEST_F(TVirtualTable, DeletingThroughEitherBaseEndsTheObject) {
   }
 }
 
-TEST_F(TVirtualTable, FieldsStandInDeclarationOrder) {
+TEST_F(TVirtualTable, FieldsAreInDeclarationOrder) {
   AddBaseClasses();
   AddCaptureClass();
   ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6204"}).MaxInstances(0));
