@@ -37,7 +37,7 @@ TEST_F(TAssembly, TwoBridges) {
   EXPECT_EQ(maps[1].size(), 5U);
 }
 
-TEST_F(TAssembly, WithoutARegisterNeitherMachineTypeNorTimeIsAskedFor) {
+TEST_F(TAssembly, WithoutARegisterNeitherMachineTypeNorTimeIsQueried) {
   EXPECT_TRUE(Collector(Chip()).getInstanceData("any", 0).empty());
   EXPECT_TRUE(probe.CallsWith("GetMachineType").empty());
 }
@@ -59,7 +59,7 @@ TEST_F(TAssembly, ElementNamesByClass) {
   }
 }
 
-TEST_F(TAssembly, AnyMachineTypeIsTakenAsItIs) {
+TEST_F(TAssembly, AnyMachineTypeIsUsedUnchanged) {
   for (const char* const type : {"", "4411", "a:b"}) {
     StartAnew();
     ns->SetMachineType(type);
@@ -93,7 +93,7 @@ TEST_F(TAssembly, AChipThatAnswersNothingHasAnEmptyMap) {
   EXPECT_TRUE(maps[2].empty()) << "and no time was asked for";
 }
 
-TEST_F(TAssembly, AFailedRegisterAloneIsMissing) {
+TEST_F(TAssembly, OnlyTheFailedRegisterIsMissing) {
   sp.Expect(Register(0, 0x10).Fails(0xCB));
   sp.Expect(Register(0, 0x20).Answers(OneToEight()));
   sp.Expect(Timestamp().Lost());
@@ -116,7 +116,7 @@ TEST_F(TAssembly, TheSecondTimeIsStored) {
   EXPECT_TRUE(Text(maps.at(0), "StatisticTime").starts_with("19700101000002."));
 }
 
-TEST_F(TAssembly, WithoutATimeTheInstanceLacksItAlone) {
+TEST_F(TAssembly, WithoutATimeOnlyTheTimeIsMissing) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
   EXPECT_EQ(Text(maps.at(0), "StatisticTime"), "(absent)");
@@ -124,7 +124,7 @@ TEST_F(TAssembly, WithoutATimeTheInstanceLacksItAlone) {
   EXPECT_EQ(maps.at(0).size(), 4U);
 }
 
-TEST_F(TAssembly, ATimeThatFailsTheSecondTimeIsANull) {
+TEST_F(TAssembly, ATimeThatFailsOnTheSecondReadIsNull) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Answers({0, 0, 0, 1}), Timestamp().Lost()});
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
   ASSERT_TRUE(maps.at(0).contains("StatisticTime"));
@@ -149,7 +149,7 @@ TEST_F(TAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
                                      "collection of register data.")});
 }
 
-TEST_F(TAssembly, OtherExceptionsLeave) {
+TEST_F(TAssembly, OtherExceptionsPropagate) {
   EXPECT_THROW(Collector(Chip().Register("R", 0x10, 8)).getData(), TAssertionFailure) << "no MaxInstanceCount";
   probe.DoAt(std::string(kVoBridge) + ".EnumeratePropertyDecls() {}", [] { throw std::runtime_error("other"); });
   EXPECT_THROW(Collector(Chip(kVoBridge).MaxInstances(1)).getData(), std::runtime_error);
@@ -162,7 +162,7 @@ TEST_F(TAssembly, NothingIsCachedBetweenInstances) {
   EXPECT_EQ(probe.CallsWith("R.GetQualifier(Offset)").size(), 2U);
   EXPECT_EQ(probe.CallsWith("R.GetQualifier(MaxLen)").size(), 2U);
   EXPECT_EQ(probe.CallsWith("GetQualifier(MaxInstanceCount)").size(), 1U);
-  // For each instance: the property, its conversion, and the identity.
+  // Per instance: for the property, its conversion, and the identity.
   EXPECT_EQ(probe.CallsWith("namespace.GetMachineType").size(), 6U);
   for (const std::string& call : probe.CallsWith(" {")) EXPECT_TRUE(call.ends_with(" {}")) << call;
 }
@@ -173,7 +173,7 @@ TEST_F(TAssembly, WithoutAClassThereIsNoMachineType) {
   EXPECT_THROW(none.getData(), TAssertionFailure);
 }
 
-TEST_F(TAssembly, TheClassIsHeldAsLongAsTheCollector) {
+TEST_F(TAssembly, TheClassLivesAsLongAsTheCollector) {
   const auto cimClass = ns->AddClass(Chip().MaxInstances(0));
   const auto before = cimClass.use_count();
   {

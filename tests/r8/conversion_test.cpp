@@ -1,4 +1,4 @@
-// The byte order of a register value: every index formula, worked out by hand.
+// The byte order of a register value; every index was worked out by hand.
 #include <gtest/gtest.h>
 
 #include "r8/r8errordata.h"
@@ -43,7 +43,7 @@ TEST_F(TConversion, LabelledFamily) {
             (TBytes{0x12, 0x34, 0x56, 0xA8, 0xA7, 0xA6, 0xA6, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF}));
 }
 
-TEST_F(TConversion, ModesBetweenFollowTheSameFormulas) {
+TEST_F(TConversion, IntermediateModesFollowTheSameFormulas) {
   EXPECT_EQ(Convert("4414", kSource, 1),
             (TBytes{0x12, 0x34, 0x56, 0xA6, 0xA5, 0xA4, 0xA3, 0xA2, 0xA1, 0xA0, 0, 0, 0, 0}));
   EXPECT_EQ(Convert("4414", kSource, 2), (TBytes{0x12, 0x34, 0x56, 0xA5, 0xA4, 0xA3, 0xA2, 0xA1, 0xA0, 0, 0, 0, 0, 0}));
@@ -65,7 +65,7 @@ TEST_F(TConversion, OnlyFourteenBytesAreConverted) {
   }
 }
 
-TEST_F(TConversion, FourMachineTypesAreOfTheEightByteFamily) {
+TEST_F(TConversion, FourMachineTypesFormTheEightByteFamily) {
   for (const char* const type : {"4411", "4414", "4523", "4524"})
     EXPECT_EQ(Convert(type, kSource, 0)[10], 0xA0) << type;
   for (const char* const type : {"", "6203", "4412", "441", "44111", " 4411", "4525"}) {

@@ -1,4 +1,4 @@
-// From a property's declaration to its register-data value.
+// Reading and decoding the value of a register property.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -19,11 +19,11 @@ const TNumbers kDecoded = {0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0};
 
 class TDecoding : public TRegisterTest {
  protected:
-  // The value of a class's only register "R".
+  // The value of the class's only register, "R".
   TCIMValue Value(const TClassBuilder& definition, int index = 0, const std::string& name = kVoMemory) {
     return Collector(definition).getRegisterData(Property(name, "R"), index);
   }
-  // The same with address 0xABCDEF and one answer.
+  // The same, with address 0xABCDEF and one answer.
   TCIMValue Decoded(const std::string& machineType, std::uint32_t maxLen, const TBytes& data) {
     SetMachineType(machineType);
     sp.Expect(Register(0, 0xABCDEF).Answers(data));
@@ -56,7 +56,7 @@ TEST_F(TDecoding, LabelledFamilyWith64BitsGivesTheSame) {
   EXPECT_EQ(value.GetDeclaredSize(), 14U);
 }
 
-// The fold ORs label byte 2 (value byte 0) with the record's byte 6 (value byte 1): 1 | 2 = 3.
+// The fold ORs byte 2 of the label (value byte 0) with byte 6 of the record (value byte 1): 1 | 2 = 3.
 TEST_F(TDecoding, LabelledFamilyWith32BitsFoldsTheLabel) {
   EXPECT_EQ(NumbersOf(Decoded("6203", 4, OneToEight())),
             (TNumbers{0xAB, 0xCD, 0xEF, 4, 3, 2, 3, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF}));
@@ -69,7 +69,7 @@ TEST_F(TDecoding, OnlyMaxLenFourIs32Bits) {
   }
 }
 
-TEST_F(TDecoding, MaxLenIsConvertedAsTheHostConverts) {
+TEST_F(TDecoding, MaxLenIsConvertedByTheHost) {
   SetMachineType("4411");
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   EXPECT_EQ(NumbersOf(Value(Chip().Array("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(),
@@ -82,7 +82,7 @@ TEST_F(TDecoding, AnswersOfEveryLengthInBothFamilies) {
     const bool raw = machineType == std::string("4411");
     for (std::size_t count = 0; count <= 30; ++count) {
       TBytes data = full;
-      data.resize(count, 0x99);  // behind the value: bytes that must not show
+      data.resize(count, 0x99);  // after the value: bytes that must not show
       StartAnew();
       logger.Clear();
       const TCIMValue value = Decoded(machineType, 8, data);
@@ -125,7 +125,7 @@ TEST_F(TDecoding, TheTraceOfAFailedRegister) {
   Decoded("", 8, {});
   std::vector<TLine> lines = logger.Lines();
   lines.erase(lines.begin() + 2);
-  // The line of all bytes is empty and dropped.
+  // The line with the bytes would be empty, so it is dropped.
   EXPECT_EQ(lines,
             (std::vector<TLine>{Debug("R\n\t at 11259375 with length 14\nAbout to call the BMC.. \n1MachineType = \n"),
                                 Debug("Entered torgareg request."), Debug("Command sent to the BMC failed."),
@@ -144,7 +144,7 @@ TEST_F(TDecoding, ANegativeIndexReadsNothing) {
                                 Debug("Size of cimvalues 0"), Debug("Register data value ")}));
 }
 
-TEST_F(TDecoding, BridgesAreNumberedFromOneAndAllElseIsChipZero) {
+TEST_F(TDecoding, BridgesAreNumberedFromOneAndEverythingElseIsChipZero) {
   struct TCase {
     const char* name;
     int index;
@@ -198,7 +198,7 @@ TEST_F(TDecoding, AnAbsentQualifierAsserts) {
   EXPECT_TRUE(logger.Lines().empty()) << "no read takes place";
 }
 
-TEST_F(TDecoding, OtherFailuresLeave) {
+TEST_F(TDecoding, OtherFailuresPropagate) {
   probe.FailAt("R.GetQualifier(MaxLen) {}", 13);
   EXPECT_THROW(Value(Chip().Register("R", 1, 8)), TVELException);
   collector.reset();
@@ -206,13 +206,13 @@ TEST_F(TDecoding, OtherFailuresLeave) {
   EXPECT_THROW(Value(Chip(kVoBridge).Register("R", 1, 8), 0, kVoBridge), std::runtime_error);
 }
 
-TEST_F(TDecoding, AnOffsetThatIsNoNumberLeavesBeforeTheRead) {
+TEST_F(TDecoding, AnOffsetThatIsNotANumberThrowsBeforeTheRead) {
   EXPECT_THROW(Value(Chip().Array("R", {{"Offset", TCIMValue("here")}, {"MaxLen", Number(TType::kUint32, 8)}})),
                TVELException);
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST_F(TDecoding, TheHostIsAskedInOrderAndForTheMachineTypeOncePerUse) {
+TEST_F(TDecoding, TheHostIsCalledInOrderAndOncePerUseOfTheMachineType) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   const auto property = (Collector(Chip().Register("R", 0x10, 8)), Property(kVoMemory, "R"));
   probe.Clear();

@@ -1,4 +1,4 @@
-// The order of the fields and virtual operations of the R8 collector and its transport.
+// The order of the fields and virtual functions of the R8 collector and its transport.
 #include <gtest/gtest.h>
 
 #include <type_traits>
@@ -60,7 +60,7 @@ TEST_F(TR8Layout, TheReservedTextStaysEmpty) {
   EXPECT_EQ(FieldsOf<TCollectorFields>(*collector).reserved, "");
 }
 
-TEST_F(TR8Layout, TheCollectorsTableHasTheDestructorsAlone) { EXPECT_EQ(SlotsOf<R8ErrorData>(), 2U); }
+TEST_F(TR8Layout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<R8ErrorData>(), 2U); }
 
 }  // namespace
 }  // namespace torgareg

@@ -16,7 +16,7 @@ using TNumbers = std::vector<unsigned int>;
 
 class TOffsets : public TRegisterTest {
  protected:
-  // The value of a register whose addresses answer (true) or fail (false), in order.
+  // The value of a register whose reads succeed (true) or fail (false), in order of its addresses.
   TCIMValue Value(const std::vector<bool>& answers, std::uint32_t maxLen = 8) {
     std::vector<std::uint32_t> addresses;
     for (std::size_t i = 0; i < answers.size(); ++i) {
@@ -28,23 +28,23 @@ class TOffsets : public TRegisterTest {
   }
 };
 
-TEST_F(TOffsets, AnArrayOfOneAddressIsLikeAScalar) {
+TEST_F(TOffsets, AnArrayOfOneAddressActsLikeAScalar) {
   EXPECT_EQ(NumbersOf(Value({true})), (TNumbers{0x11, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
 }
 
-TEST_F(TOffsets, TwoReadsAreNotConvertedAndGiveANull) {
+TEST_F(TOffsets, TwoReadsAreNotConvertedAndGiveNull) {
   SetMachineType("4411");
   const TCIMValue value = Value({true, true});
   EXPECT_TRUE(value.IsNull());
   EXPECT_EQ(value.GetType().GetCode(), 2);
   EXPECT_EQ(value.GetDeclaredSize(), 8U);
-  // Each read is 14 bytes: eight of value, six of zero.
+  // Each read is 14 bytes: eight of value, six zeros.
   EXPECT_EQ(logger.Count(Debug("1 2 3 4 5 6 7 8 0 0 0 0 0 0 1 2 3 4 5 6 7 8 0 0 0 0 0 0 ")), 1U);
   EXPECT_EQ(logger.Count(Debug("Size of cimvalues 28")), 1U);
   EXPECT_EQ(logger.Lines().back(), Debug("Register data value "));
 }
 
-TEST_F(TOffsets, OneOfSeveralIsConvertedWithTheLastAddress) {
+TEST_F(TOffsets, OneReadOfSeveralIsConvertedWithTheLastAddress) {
   for (const std::vector<bool>& answers : std::vector<std::vector<bool>>{{true, false}, {false, true}}) {
     StartAnew();
     EXPECT_EQ(NumbersOf(Value(answers)), (TNumbers{0x11, 0, 1, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
@@ -53,7 +53,7 @@ TEST_F(TOffsets, OneOfSeveralIsConvertedWithTheLastAddress) {
   EXPECT_EQ(NumbersOf(Value({false, true, false})), (TNumbers{0x11, 0, 2, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
 }
 
-TEST_F(TOffsets, EveryOtherNumberOfReadsIsANull) {
+TEST_F(TOffsets, EveryOtherNumberOfReadsGivesNull) {
   for (const std::vector<bool>& answers :
        std::vector<std::vector<bool>>{{}, {false}, {false, false}, {true, true, true}, {true, false, true}}) {
     StartAnew();
@@ -61,13 +61,13 @@ TEST_F(TOffsets, EveryOtherNumberOfReadsIsANull) {
   }
 }
 
-TEST_F(TOffsets, WithoutAddressesNothingIsReadOrListed) {
+TEST_F(TOffsets, WithoutAddressesNothingIsReadOrLogged) {
   EXPECT_TRUE(Value({}).IsNull());
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Displaying messenger\n"), Debug("Size of cimvalues 0"),
                                                 Debug("Register data value ")}));
 }
 
-TEST_F(TOffsets, TheTranscriptGrowsFromAddressToAddress) {
+TEST_F(TOffsets, TheTranscriptGrowsWithEachAddress) {
   SetMachineType("4523");
   Value({true, false});
   const std::string first = "R\n\t at 1114112 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n";
@@ -80,13 +80,13 @@ TEST_F(TOffsets, TheTranscriptGrowsFromAddressToAddress) {
 TEST_F(TOffsets, TheRecordIsZeroedBeforeEachRead) {
   SetMachineType("4411");
   Value({true, false});
-  // The failed read's answer has no data: one byte of the zeroed record is shown.
+  // The answer of the failed read has no data, so one byte of the zeroed record is shown.
   EXPECT_EQ(logger.StartingWith("Contents of registerData"),
             (std::vector<TLine>{Debug("Contents of registerData:\n\n1 2 3 4 5 6 7 8 \n0 0 0 0 0 0 0 \n"),
                                 Debug("Contents of registerData:\n\n0 \n")}));
 }
 
-TEST_F(TOffsets, AnElementThatIsNoNumberEndsItThere) {
+TEST_F(TOffsets, AnElementThatIsNotANumberEndsTheReads) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   Collector(Chip().Array("R", {{"Offset", Strings({"16", "x"})}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_THROW(collector->getRegisterData(Property(kVoMemory, "R"), 0), TVELException);
@@ -137,7 +137,7 @@ TEST_F(TSelection, IdentificationIsNeverRead) {
   EXPECT_EQ(Names(Collector(definition).getRegisterValues(0)), std::vector<std::string>{"machinetype_"});
 }
 
-TEST_F(TSelection, NamesAreSkippedInTheirExactCase) {
+TEST_F(TSelection, SkippedNamesAreCaseSensitive) {
   ns->AddClass(TClassBuilder("PARENT"));
   ExpectRead(0x20);
   EXPECT_EQ(Names(Collector(TClassBuilder(kVoMemory, "PARENT").Register("ELEMENTNAME", 0x20, 8)).getRegisterValues(0)),
@@ -155,7 +155,7 @@ TEST_F(TSelection, ANegativeIndexLeavesEverythingOut) {
   EXPECT_TRUE(Collector(Chip().Register("A", 0x10, 8)).getRegisterValues(-1).empty());
 }
 
-TEST_F(TSelection, OfTwoPropertiesOfOneNameTheFirstWins) {
+TEST_F(TSelection, TheFirstOfTwoPropertiesWithTheSameNameWins) {
   probe.EnumeratePropertiesTwice();
   ExpectRead(0x10);
   sp.Expect(Register(0, 0x10).Answers(RegisterData({9, 9, 9, 9, 9, 9, 9, 9})));
@@ -167,7 +167,7 @@ TEST_F(TSelection, AClassWithoutASuperClassAsserts) {
   EXPECT_THROW(Collector(TClassBuilder(kVoMemory).Register("A", 0x10, 8)).getRegisterValues(0), TAssertionFailure);
 }
 
-TEST_F(TSelection, WhatTheEnumerationThrowsLeaves) {
+TEST_F(TSelection, ExceptionsFromTheEnumerationPropagate) {
   probe.FailAt(std::string(kVoMemory) + ".EnumeratePropertyDecls() {}", 1);
   EXPECT_THROW(Collector(Chip()).getRegisterValues(0), TVELException);
 }

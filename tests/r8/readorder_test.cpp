@@ -1,4 +1,5 @@
-// The order of an R8 class's steps, as it shows when one of them fails, and the ends of its transcripts.
+// The order of the steps of an R8 collection, observed by letting one of them fail, and how its transcripts
+// end.
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
@@ -18,7 +19,7 @@ using namespace testsupport;
 
 class TReadOrder : public TRegisterTest {};
 
-TEST_F(TReadOrder, ThirteenBytesOfDataAreABadAnswerWhateverTheirCode) {
+TEST_F(TReadOrder, ThirteenBytesOfDataAreABadAnswerWithAnyCompletionCode) {
   sp.Expect(Register(7, 0x345678).Answers(TBytes(13, 0)));
   IPMIRequestTorgaReg transport;
   TBytes out(14);
@@ -28,7 +29,7 @@ TEST_F(TReadOrder, ThirteenBytesOfDataAreABadAnswerWhateverTheirCode) {
                                                       DumpText({1, 32, 58, 0, 0, 13}, 257) + "Bad RC from ipmi cmd."));
 }
 
-TEST_F(TReadOrder, ATimestampsTranscriptHasNoWordForACompletionCode) {
+TEST_F(TReadOrder, TheTranscriptOfATimestampDoesNotMentionACompletionCode) {
   sp.Expect(Timestamp().Answers({1, 2, 3, 4}).WithCode(0xCB));
   IPMIRequestTorgaReg transport;
   TBytes out(4);
@@ -38,7 +39,7 @@ TEST_F(TReadOrder, ATimestampsTranscriptHasNoWordForACompletionCode) {
                                                 Verbose("Command completed checking success...\n")}));
 }
 
-TEST_F(TReadOrder, ARequestIsAnnouncedBeforeItIsSent) {
+TEST_F(TReadOrder, ARequestIsLoggedBeforeItIsSent) {
   IPMIRequestTorgaReg transport;
   TBytes out(14);
   unsigned short length = 0;
@@ -49,8 +50,8 @@ TEST_F(TReadOrder, ARequestIsAnnouncedBeforeItIsSent) {
   EXPECT_TRUE(sp.PresetLengths().empty()) << "nothing was sent";
 }
 
-TEST_F(TReadOrder, EveryDeclarationIsAskedForFourNames) {
-  // The inherited identification property first, which is not read; then R.
+TEST_F(TReadOrder, EveryDeclarationCausesFourNameQueries) {
+  // First the inherited identification property, which is not read, then R.
   ns->AddClass(TClassBuilder("PARENT").Scalar("InstanceID", TType::kString));
   sp.Expect(Register(0, 0x10).Fails(0xCB));
   Collector(TClassBuilder(kVoMemory, "PARENT").Register("R", 0x10, 8));
@@ -67,25 +68,25 @@ TEST_F(TReadOrder, EveryDeclarationIsAskedForFourNames) {
                                       own + "GetSuperClass() {}", "PARENT.GetName() {}"}));
 }
 
-TEST_F(TReadOrder, ARegisterThatAnswersIsAskedForItsNameTwice) {
+TEST_F(TReadOrder, TheNameOfARegisterThatAnswersIsQueriedTwice) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   ns->AddClass(TClassBuilder("PARENT"));
   Collector(TClassBuilder(kVoMemory, "PARENT").Register("R", 0x10, 8));
   probe.Clear();
   EXPECT_EQ(collector->getRegisterValues(0).size(), 1U);
   const std::string own = std::string(kVoMemory) + ".";
-  EXPECT_EQ(probe.Calls(), (std::vector<std::string>{
-                               own + "EnumeratePropertyDecls() {}",
-                               // Whether it is to be read.
-                               "R.GetName() {}", "R.GetClassOrigin() {}", own + "GetName() {}", own + "GetName() {}",
-                               own + "GetSuperClass() {}", "PARENT.GetName() {}",
-                               // Its value: the family, the chip selector, the name, the qualifiers, the conversion.
-                               own + "GetNamespace() {}", "namespace.GetMachineType()", own + "GetName() {}",
-                               "R.GetName() {}", "R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
-                               own + "GetNamespace() {}", "namespace.GetMachineType()", "R.GetType() {}"}));
+  EXPECT_EQ(probe.Calls(),
+            (std::vector<std::string>{own + "EnumeratePropertyDecls() {}",
+                                      // Is it a register?
+                                      "R.GetName() {}", "R.GetClassOrigin() {}", own + "GetName() {}",
+                                      own + "GetName() {}", own + "GetSuperClass() {}", "PARENT.GetName() {}",
+                                      // Its value: family, chip selector, name, qualifiers, conversion.
+                                      own + "GetNamespace() {}", "namespace.GetMachineType()", own + "GetName() {}",
+                                      "R.GetName() {}", "R.GetQualifier(Offset) {}", "R.GetQualifier(MaxLen) {}",
+                                      own + "GetNamespace() {}", "namespace.GetMachineType()", "R.GetType() {}"}));
 }
 
-TEST_F(TReadOrder, TheNumberOfInstancesIsSaidBeforeTheClassIsAskedForItsName) {
+TEST_F(TReadOrder, TheInstanceCountIsLoggedBeforeTheClassNameIsQueried) {
   Collector(Chip().MaxInstances(2));
   probe.Clear();
   logger.FailAt("Class supports 2 instances on this machine");
@@ -93,7 +94,7 @@ TEST_F(TReadOrder, TheNumberOfInstancesIsSaidBeforeTheClassIsAskedForItsName) {
   EXPECT_EQ(probe.Calls(), std::vector<std::string>{std::string(kVoMemory) + ".GetQualifier(MaxInstanceCount) {}"});
 }
 
-TEST_F(TReadOrder, TheConvertedBytesAreSaidBeforeTheTypeIsAskedFor) {
+TEST_F(TReadOrder, TheConvertedBytesAreLoggedBeforeTheTypeIsQueried) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   Collector(Chip().Register("R", 0x10, 8));
   const auto property = Property(kVoMemory, "R");
@@ -103,12 +104,12 @@ TEST_F(TReadOrder, TheConvertedBytesAreSaidBeforeTheTypeIsAskedFor) {
   EXPECT_EQ(beforeLast, "Displaying messenger\n");
 }
 
-TEST_F(TReadOrder, AClassWithoutSuperclassAssertsEvenWhereNothingIsToBeRead) {
+TEST_F(TReadOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
   Collector(TClassBuilder(kVoMemory).Scalar("InstanceID", TType::kString));
   EXPECT_THROW(collector->getRegisterValues(0), TAssertionFailure);
 }
 
-TEST_F(TReadOrder, TheDeclaredTypeIsAskedForAfterAFailedReadToo) {
+TEST_F(TReadOrder, TheDeclaredTypeIsQueriedEvenAfterAFailedRead) {
   sp.Expect(Register(0, 0x10).Fails(0xCB));
   Collector(Chip().Register("R", 0x10, 8));
   const auto property = Property(kVoMemory, "R");
@@ -125,7 +126,7 @@ TEST_F(TReadOrder, ANullArrayOfAddressesReadsNothing) {
   EXPECT_EQ(logger.Count(Debug("Displaying messenger\n")), 1U);
 }
 
-TEST_F(TReadOrder, AnInstanceBearsTheElementNameThatItIsGiven) {
+TEST_F(TReadOrder, AnInstanceHasTheGivenElementName) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
   Collector(Chip().Register("R", 0x10, 8));
   const TPropertyMap map = collector->getInstanceData("any name", 4);
@@ -133,8 +134,8 @@ TEST_F(TReadOrder, AnInstanceBearsTheElementNameThatItIsGiven) {
   EXPECT_EQ(map.at("InstanceID").ToString(10), "KROSG:KROSG_VO_MEMCTL_StatisticData:6203:4");
 }
 
-// A host may hand out class objects that live no longer than the pointer to them. What is left of the
-// name of such an object then reads like the collected class's.
+// A host may return class objects that live only as long as the pointer to them. Here the freed name of such
+// an object then reads like the name of the collected class.
 class TShortLivedClass : public ICIMClass {
  public:
   explicit TShortLivedClass(const std::string& name) : name_(names_.emplace_back(name)) {}
@@ -160,7 +161,7 @@ class TShortLivedClass : public ICIMClass {
   std::string& name_;
 };
 
-TEST_F(TReadOrder, NamesOutliveNoClassObject) {
+TEST_F(TReadOrder, NamesAreNotUsedAfterTheirClassObjectIsGone) {
   class TDeclaration : public ICIMPropertyDecl {
    public:
     const std::string& GetName(const TPropertyMap&) const override { return name_; }

@@ -1,4 +1,4 @@
-// A collector of one R8 class, whose registers a test names.
+// A collector for one R8 class, whose registers are defined by the test.
 #pragma once
 
 #include <memory>
@@ -15,29 +15,29 @@ inline constexpr const char* kVoBridge = "KROSG_VO_PCIIOBRIDGE_StatisticData";
 inline constexpr const char* kT4Memory = "KROSG_T4_MEMCTL_StatisticData";
 inline constexpr const char* kT4Bridge = "KROSG_T4_PCIIOBRIDGE_StatisticData";
 
-// The value bytes 01 to 08 behind a header of zeros.
+// The value bytes 01 to 08 after a header of zeros.
 inline TBytes OneToEight() { return RegisterData({1, 2, 3, 4, 5, 6, 7, 8}); }
 
 class TRegisterTest : public TPartTest {
  protected:
   TRegisterTest() { AddStatisticBase(); }
 
-  /// Another namespace, for a second class of the same name.
+  /// Starts with another namespace, for a second class of the same name.
   void StartAnew() {
     collector.reset();
     ns = velhost::TNamespace::Create();
     ns->SetMachineType(environment.machineType);
     AddStatisticBase();
   }
-  /// A class below the one with the identification properties.
+  /// A class derived from the one with the identification properties.
   static TClassBuilder Chip(const std::string& name = kVoMemory) { return TClassBuilder(name, "KROSG_StatisticBase"); }
-  /// Adds the class and makes its collector, which sees the host through `probe`.
+  /// Adds the class and creates its collector, which sees the host through `probe`.
   torgareg::R8ErrorData& Collector(const TClassBuilder& definition) {
     chip = probe.Wrap(boost::shared_ptr<NKROVEL20::ICIMClass>(ns->AddClass(definition)));
     collector = std::make_unique<torgareg::R8ErrorData>(chip);
     return *collector;
   }
-  /// The property as the collector would get it.
+  /// The property as the collector would see it.
   boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Property(const std::string& className, const std::string& name) {
     const auto& cimClass = *Class(className);
     const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property = cimClass.Properties()[cimClass.FindProperty(name)];

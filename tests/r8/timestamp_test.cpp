@@ -1,4 +1,4 @@
-// The capture time: 16 bits of seconds in UTC, under the local zone's offset.
+// The capture time: 16 bits of seconds in UTC, with the offset of the local zone.
 #include <gtest/gtest.h>
 
 #include "tests/r8/registertest.h"
@@ -43,7 +43,7 @@ TEST_F(TTimestamp, TheOffsetIsTheLocalZonesAndTheFieldsAreUtc) {
   EXPECT_EQ(TimeIn("<-12>12", bytes), "19700101060856.000000-720");
 }
 
-TEST_F(TTimestamp, SecondsOfAnOffsetAreCutTowardsZero) {
+TEST_F(TTimestamp, OffsetSecondsAreTruncatedTowardsZero) {
   EXPECT_EQ(TimeIn("XXX0:01:30", {0, 0, 0, 0}), "19700101000000.000000-001");
   EXPECT_EQ(TimeIn("AAA-0:01:30", {0, 0, 0, 0}), "19700101000000.000000+001");
   EXPECT_EQ(TimeIn("XXX0:00:59", {0, 0, 0, 0}), "19700101000000.000000+000");
@@ -54,7 +54,7 @@ TEST_F(TTimestamp, TheZoneIsLookedUpForEveryReading) {
   EXPECT_EQ(TimeIn("CET-1CEST", {0, 0, 0, 1}), "19700101000001.000000+060");
 }
 
-TEST_F(TTimestamp, WritesItsTranscript) {
+TEST_F(TTimestamp, LogsItsTranscript) {
   TimeIn("UTC0", {0x12, 0x34, 0x56, 0x78});
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{Debug("Entered get time stamp request"),
@@ -68,7 +68,7 @@ TEST_F(TTimestamp, TheTranscriptShowsTheLengthThatTheBmcReported) {
   EXPECT_EQ(logger.Lines().back(), Debug("TimeStamp Size and Value6\n\nDate and Time19700101000001.000000+000"));
 }
 
-TEST_F(TTimestamp, AFailedReadIsANullAndADebugLineWithoutAFullStop) {
+TEST_F(TTimestamp, AFailedReadGivesNullAndADebugLineWithoutAFullStop) {
   for (const TStep& step : {Timestamp().Fails(0xCB), Timestamp().Lost(), Timestamp().Answers({1, 2, 3}),
                             Timestamp().Answers({1, 2, 3, 4}).WithLength(12)}) {
     EXPECT_TRUE(Time(step).IsNull());

@@ -12,7 +12,7 @@ using namespace NKROVEL20;
 using namespace velhost;
 using namespace testsupport;
 
-// Data of a register read that tells every byte apart: header 81-86, value 01-08, more behind.
+// Data of a register read in which all bytes differ: header 81-86, value 01-08, then more.
 TBytes Distinct(std::size_t count) {
   const TBytes all = {0x81, 0x82, 0x83, 0x84, 0x85, 0x86, 1,    2,    3,    4,    5,    6,    7,    8,    0x91,
                       0x92, 0x93, 0x94, 0x95, 0x96, 0x97, 0x98, 0x99, 0x9A, 0x9B, 0x9C, 0x9D, 0x9E, 0x9F, 0xA0};
@@ -48,8 +48,8 @@ TEST_F(TTransport, ARawReadGivesTheEightValueBytesAndNothingElse) {
 }
 
 TEST_F(TTransport, ALabelledReadIsCutOutOneByteLate) {
-  // Buffer bytes 13-15 are the last two of the header and the first of the value; byte 23 lies
-  // behind the 14 data bytes and is zero.
+  // Buffer bytes 13-15 are the last two bytes of the header and the first of the value; byte 23 comes after
+  // the 14 data bytes and is zero.
   sp.Expect(Expected().Answers(Distinct(14)));
   EXPECT_TRUE(ReadRegister(false));
   EXPECT_EQ(out, (TBytes{0x85, 0x86, 1, ' ', '=', ' ', 2, 3, 4, 5, 6, 7, 8, 0}));
@@ -71,7 +71,7 @@ TEST_F(TTransport, AnswersOfEveryLength) {
   }
 }
 
-TEST_F(TTransport, TheDataLengthByteDecidesAndNotTheLibrarysLength) {
+TEST_F(TTransport, TheDataLengthByteDecidesNotTheLibrarysLength) {
   for (const int lie : {0, 13, 70000, -1}) {
     sp.Expect(Expected().Answers(Distinct(14)).WithLength(lie));
     EXPECT_TRUE(ReadRegister(true));
@@ -123,7 +123,7 @@ TEST_F(TTransport, TheTranscriptOfABadRegisterRead) {
       << text;
 }
 
-TEST_F(TTransport, TheTranscriptOfALostRegisterReadEndsBehindTheRequest) {
+TEST_F(TTransport, TheTranscriptOfALostRegisterReadEndsAfterTheRequest) {
   sp.Expect(Expected().Lost());
   ReadRegister(true);
   const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
@@ -143,7 +143,7 @@ TEST_F(TTransport, ATimestampReadSendsNoData) {
 }
 
 TEST_F(TTransport, TimestampAnswersOfEveryLength) {
-  // The check looks at the whole length: 13 bytes are 9 and the four of the timestamp.
+  // The check applies to the whole length: nine bytes and the four of the timestamp are 13.
   for (std::size_t count = 0; count <= 30; ++count) {
     out = kUntouched;
     sp.Expect(Timestamp().Answers(Distinct(count)));
@@ -160,13 +160,13 @@ TEST_F(TTransport, AShortTimestampFailsWithoutAnErrorText) {
   EXPECT_EQ(logger.OfSeverity(4), std::vector<TLine>{Verbose("Command completed checking success...\n")});
 }
 
-TEST_F(TTransport, ATimestampIsJudgedByTheLibrarysLength) {
+TEST_F(TTransport, ATimestampIsCheckedByTheLibrarysLength) {
   struct TCase {
     int lie;
     bool good;
     unsigned short length;
   };
-  // On failure the low 16 bits of the lie are handed on, on success byte 5.
+  // On failure, the low 16 bits of the false length are returned; on success, byte 5.
   for (const TCase& one : {TCase{12, false, 12}, TCase{13, true, 4}, TCase{70000, true, 4}, TCase{0, false, 0},
                            TCase{-1, false, 65535}, TCase{-70000, false, 61072}}) {
     sp.Expect(Timestamp().Answers({1, 2, 3, 4}).WithLength(one.lie));
@@ -188,14 +188,14 @@ TEST_F(TTransport, ATimestampWithACompletionCodeFails) {
   EXPECT_EQ(length, 256) << "the library hands back no more than its caller's buffer holds";
 }
 
-TEST_F(TTransport, ALostTimestampWritesNoTranscript) {
+TEST_F(TTransport, ALostTimestampLogsNoTranscript) {
   sp.Expect(Timestamp().Lost());
   EXPECT_FALSE(ReadTime());
   EXPECT_EQ(length, 256);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("Entered get time stamp request")});
 }
 
-TEST_F(TTransport, TheLengthIsSetBeforeTheTranscriptIsWritten) {
+TEST_F(TTransport, TheLengthIsSetBeforeTheTranscriptIsLogged) {
   sp.Expect({Expected().Lost(), Timestamp().Answers({1, 2, 3, 4})});
   const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
   logger.FailAt("Contents of buffer to send (rspBuf):\n" + DumpText(sent, 257));

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes two-bridges.trace: a request for the VO PCI I/O bridges of a machine of type 6203 in the zone CET-1.
+"""Writes two-bridges.trace: a request for the VO PCI I/O bridges of a machine of type 6203, in the time zone CET-1.
 
-Two chips with two registers each: ErrorRegister at 0xABCDEF with 64 bits, CountRegister at 0x001000 with 32.
+Two chips with two registers each: ErrorRegister at 0xABCDEF (64 bits) and CountRegister at 0x001000 (32 bits).
 The first register of the second chip is refused with completion code 0xCB.
 """
 
@@ -24,7 +24,7 @@ def verbose(message):
 
 
 def register(prop, address, request, response, record, decoded):
-    """One register read. `record` is what the read leaves in its 14 bytes, `decoded` the value."""
+    """One register read. `record` is the resulting 14-byte record, `decoded` the value."""
     debug(prop + "\n\t at " + address + " with length 14\nAbout to call the BMC.. \n1MachineType = 6203\n")
     debug("Entered torgareg request.")
     verbose("Contents of buffer to send (rspBuf):\n" + dump(request, 257)
@@ -33,7 +33,7 @@ def register(prop, address, request, response, record, decoded):
             + ("" if decoded else "Bad RC from ipmi cmd."))
     if not decoded:
         debug("Command sent to the BMC failed.")
-    # The reported length is the last index shown, at most 14.
+    # The reported length is the last index shown, but at most 14.
     debug("Contents of registerData:\n" + dump(record, response[5] + 1))
     debug("Displaying messenger\n")
     if decoded:
@@ -65,7 +65,7 @@ register("ErrorRegister", "11259375",
          [1, 32, 58, 0, 0, 14, 0, 0, 0, 129, 130, 131, 132, 133, 134, 1, 2, 3, 4, 5, 6, 7, 8],
          [133, 134, 1, 32, 61, 32, 2, 3, 4, 5, 6, 7, 8, 0],
          ERROR_0)
-# Value bytes 10 20 30 40 50 60 70 80: folded 16|32 = 48, and 64, 48, 32 before it.
+# Value bytes 10 20 30 40 50 60 70 80: 16|32 folded is 48; before it 64, 48, 32.
 COUNT_0 = "0, 16, 0, 64, 48, 32, 48, 0, 0, 0, 239, 254, 254, 239"
 register("CountRegister", "4096",
          [1, 32, 58, 0, 98, 4, 0, 0, 0, 1, 0, 16, 0],
@@ -81,7 +81,7 @@ register("ErrorRegister", "11259375",
          [1, 32, 58, 0, 203, 0],
          [0],
          None)
-# Value bytes FF 00 FE 01 11 22 33 44: folded 255|0 = 255, and 1, 254, 0 before it.
+# Value bytes FF 00 FE 01 11 22 33 44: 255|0 folded is 255; before it 1, 254, 0.
 COUNT_1 = "0, 16, 0, 1, 254, 0, 255, 0, 0, 0, 239, 254, 254, 239"
 register("CountRegister", "4096",
          [1, 32, 58, 0, 98, 4, 0, 0, 0, 2, 0, 16, 0],
