@@ -45,7 +45,7 @@ TEST_F(TBlockAssembly, TwoServiceProcessorsWithThreeInstancesShareOneIdentity) {
     EXPECT_EQ(Text(map, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:0");
     EXPECT_EQ(Text(map, "ElementName"), "PCI I/O bridge,0");
   }
-  // Instance 1 starts at 7 + 2048 = 0x807, instance 2 lies beyond the block.
+  // Instance 1 starts at 7 + 2048 = 0x807; instance 2 is beyond the end of the block.
   EXPECT_EQ(NumbersOf(maps[1].at("R"))[0], 7U);
   EXPECT_EQ(NumbersOf(maps[2].at("R"))[0], 48U);
 }
@@ -64,7 +64,7 @@ TEST_F(TBlockAssembly, NoServiceProcessorMeansTwoLines) {
             (std::vector<TLine>{Debug("Class supports 3 instances on this machine"), Debug("fSPInstances = 0.")}));
 }
 
-TEST_F(TBlockAssembly, ThreeHundredServiceProcessorsAreFortyFour) {
+TEST_F(TBlockAssembly, ThreeHundredServiceProcessorsCountAsFortyFour) {
   for (int i = 0; i < 44; ++i) sp.Expect(Block(i));
   sp.serviceProcessors = 300;
   EXPECT_EQ(Collector(Chip().MaxInstances(2).Record("R", 0)).getData().size(), 88U);
@@ -73,7 +73,7 @@ TEST_F(TBlockAssembly, ThreeHundredServiceProcessorsAreFortyFour) {
 
 TEST_F(TBlockAssembly, DiscoveryHappensOncePerCollector) {
   Collect(2, {Block(0), Block(1)});
-  // Each command asks once more whether dot commands are taken.
+  // Each command checks once more whether dot commands are supported.
   EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"dot", "check", "discover", "dot", "dot"}));
 }
 
@@ -90,9 +90,9 @@ TEST_F(TBlockAssembly, AnEmptyAnswerSkipsTheServiceProcessor) {
   EXPECT_EQ(logger.StartingWith("Unable to communicate").size(), 1U) << "only the lost one says so";
 }
 
-TEST_F(TBlockAssembly, AFailureWithALengthIsDecodedAllTheSame) {
+TEST_F(TBlockAssembly, AFailureWithALengthIsStillDecoded) {
   const TMaps maps = Collect(1, {DotBlock(0).Lost().WithLength(16)});
-  // Nothing was written: the whole block is fill, also the time.
+  // Nothing was written, so the whole block is fill, even the time.
   ASSERT_EQ(maps.size(), 1U);
   EXPECT_EQ(Text(maps[0], "StatisticTime"), "20484848484848.000000+000");
   EXPECT_EQ(Text(maps[0], "R"), "{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}");
@@ -103,7 +103,7 @@ TEST_F(TBlockAssembly, LengthsThatLie) {
     int lie;
     std::size_t dumped;  // 0: the service processor is skipped
   };
-  // The low 16 bits count; the dump ends with the zero byte behind the block.
+  // Only the low 16 bits count; the dump ends with the zero byte after the block.
   for (const TCase& one :
        {TCase{0, 0}, TCase{1, 2}, TCase{4095, 4096}, TCase{4096, 4097}, TCase{4097, 4097}, TCase{65535, 4097},
         TCase{65536, 0}, TCase{65537, 2}, TCase{70000, 4097}, TCase{-1, 4097}, TCase{-65536, 0}, TCase{-65535, 2}}) {
@@ -151,14 +151,14 @@ TEST_F(TBlockAssembly, TheLastBlockWithoutATimeLeavesNothing) {
   EXPECT_TRUE(Collect(2, {Block(0), DotBlock(1).Returns(TBlock().WithoutTime().Bytes())}).empty());
 }
 
-TEST_F(TBlockAssembly, TheFailureIsWrittenBeforeTheResultIsEmptied) {
+TEST_F(TBlockAssembly, TheFailureIsLoggedBeforeTheResultIsEmptied) {
   logger.FailAt("Unable to create chip instance due to caught exception No valid timestamp header (status 21).",
                 [] { throw TVELException(1); });
   const TMaps maps = Collect(1, {Block(0), DotBlock(1).Returns(TBlock().WithoutTime().Bytes())});
   EXPECT_EQ(maps.size(), 1U) << "what could not be written emptied nothing";
 }
 
-TEST_F(TBlockAssembly, AnotherStatusGoesOnWithTheNextInstance) {
+TEST_F(TBlockAssembly, AnyOtherStatusContinuesWithTheNextInstance) {
   int calls = 0;
   probe.DoAt("R.GetQualifier(Index) {}", [&calls] {
     if (++calls == 2) throw TVELException(13);
@@ -179,7 +179,7 @@ TEST_F(TBlockAssembly, Status21FromTheHostEndsTheServiceProcessorToo) {
   EXPECT_EQ(calls, 2);
 }
 
-TEST_F(TBlockAssembly, AnExceptionOutsideTheInstancesReturnsWhatThereIs) {
+TEST_F(TBlockAssembly, AnExceptionOutsideTheInstancesReturnsTheMapsSoFar) {
   logger.FailAt(
       "Returned Data:\n", [] { throw TVELException(1); }, 2);
   const TMaps maps = Collect(2, {Block(0), Block(1)});
@@ -196,14 +196,14 @@ TEST_F(TBlockAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
                                      "collection of register data.")});
 }
 
-TEST_F(TBlockAssembly, OtherExceptionsLeave) {
+TEST_F(TBlockAssembly, OtherExceptionsPropagate) {
   EXPECT_THROW(Collector(Chip()).getData(), TAssertionFailure) << "no MaxInstanceCount";
   StartAnew();
   sp.Expect(Block(0));
   EXPECT_THROW(Collector(Chip().MaxInstances(1).Array("R", {})).getData(), TAssertionFailure) << "no Index";
 }
 
-TEST_F(TBlockAssembly, IdentityWinsOverARegisterOfItsName) {
+TEST_F(TBlockAssembly, IdentificationOverridesARegisterOfTheSameName) {
   sp.Expect(Block(0));
   ns->AddClass(TClassBuilder("PARENT"));
   Collector(TClassBuilder("Bridge6203", "PARENT").MaxInstances(1).Record("ElementName", 0).Record("R", 1));
@@ -238,7 +238,7 @@ TEST_F(TIdentity, FourClassesHaveADescription) {
   }
 }
 
-TEST_F(TIdentity, AnyInstanceNumberIsWritten) {
+TEST_F(TIdentity, AnyInstanceNumberIsAccepted) {
   const TPropertyMap info = collector->getCIMInstanceInfo(Class(kBridgeBase), 7);
   EXPECT_EQ(info.size(), 3U);
   EXPECT_EQ(Text(info, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7");
@@ -258,7 +258,7 @@ TEST_F(TIdentity, TheMachineTypeIsTheNamespacesOfTheRequestedClass) {
   EXPECT_THROW(none.getData(), TAssertionFailure);
 }
 
-TEST_F(TIdentity, BothClassesAreHeldAsLongAsTheCollector) {
+TEST_F(TIdentity, BothClassesLiveAsLongAsTheCollector) {
   const boost::shared_ptr<TCIMClass> base = Class(kBridgeBase);
   const auto before = base.use_count();
   {

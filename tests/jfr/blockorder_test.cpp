@@ -1,4 +1,5 @@
-// The order of a block's steps, as it shows when one of them fails, and what each service processor gets.
+// The order of the steps in decoding a block, observed by letting one of them fail, and the requests sent to
+// each service processor.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -39,7 +40,7 @@ TEST_F(TBlockOrder, TheMachineTypeIsThatOfTheRequestedClassesNamespace) {
   EXPECT_EQ(TJFRErrorData(asked, base).getMachineType(), "4411");
 }
 
-TEST_F(TBlockOrder, AnIdentityIsMadeOfTheClassNameAndThenTheMachineType) {
+TEST_F(TBlockOrder, AnIdentityQueriesTheClassNameAndThenTheMachineType) {
   Collector(Chip());
   const auto named = probe.Wrap(boost::shared_ptr<ICIMClass>(Class(kBridgeBase)));
   probe.Clear();
@@ -48,7 +49,7 @@ TEST_F(TBlockOrder, AnIdentityIsMadeOfTheClassNameAndThenTheMachineType) {
                                                      "Bridge6203.GetNamespace() {}", "namespace.GetMachineType()"}));
 }
 
-TEST_F(TBlockOrder, AnIdentityIsAnnouncedBeforeTheClassIsAskedForItsName) {
+TEST_F(TBlockOrder, AnIdentityIsLoggedBeforeTheClassNameIsQueried) {
   Collector(Chip());
   const auto named = probe.Wrap(boost::shared_ptr<ICIMClass>(Class(kBridgeBase)));
   probe.Clear();
@@ -57,7 +58,7 @@ TEST_F(TBlockOrder, AnIdentityIsAnnouncedBeforeTheClassIsAskedForItsName) {
   EXPECT_TRUE(probe.Calls().empty());
 }
 
-TEST_F(TBlockOrder, AnIdentityIsThatOfTheClassGiven) {
+TEST_F(TBlockOrder, AnIdentityIsThatOfTheGivenClass) {
   Collector(Chip());
   ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));
   const TPropertyMap info = collector->getCIMInstanceInfo(Class("KROSG_L3Cache_StatisticData"), 0);
@@ -65,7 +66,7 @@ TEST_F(TBlockOrder, AnIdentityIsThatOfTheClassGiven) {
   EXPECT_EQ(Text(info, "InstanceID"), "KROSG:KROSG_L3Cache_StatisticData:6203:0");
 }
 
-TEST_F(TBlockOrder, EveryDeclarationIsAskedForItsNameItsOriginAndThenForTheSuperclass) {
+TEST_F(TBlockOrder, EveryDeclarationIsQueriedForNameOriginAndThenSuperclass) {
   ns->AddClass(TClassBuilder("PARENT").Scalar("InstanceID", TType::kString));
   Collector(TClassBuilder("Bridge6203", "PARENT").Record("R", 0));
   TBlock block;
@@ -75,13 +76,13 @@ TEST_F(TBlockOrder, EveryDeclarationIsAskedForItsNameItsOriginAndThenForTheSuper
             (std::vector<std::string>{"Bridge6203.EnumeratePropertyDecls() {}", "InstanceID.GetName() {}",
                                       "InstanceID.GetClassOrigin() {}", "PARENT.GetName() {}",
                                       "Bridge6203.GetSuperClass() {}", "PARENT.GetName() {}",
-                                      "Bridge6203.GetName() {}",  // to tell its own registers
+                                      "Bridge6203.GetName() {}",  // is it one of its own registers?
                                       "R.GetName() {}", "R.GetClassOrigin() {}", "Bridge6203.GetName() {}",
                                       "Bridge6203.GetSuperClass() {}", "PARENT.GetName() {}", "Bridge6203.GetName() {}",
                                       "R.GetType() {}", "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
 }
 
-TEST_F(TBlockOrder, ADeclarationsPlaceIsSaidBeforeTheClassIsAskedForItsName) {
+TEST_F(TBlockOrder, ADeclarationIsLoggedBeforeTheClassNameIsQueried) {
   Collector(TClassBuilder("Bridge6203", kBridgeBase).Record("R", 0));
   TBlock block;
   probe.Clear();
@@ -91,13 +92,13 @@ TEST_F(TBlockOrder, ADeclarationsPlaceIsSaidBeforeTheClassIsAskedForItsName) {
   EXPECT_TRUE(probe.CallsWith("Bridge6203.GetName").empty());
 }
 
-TEST_F(TBlockOrder, AClassWithoutSuperclassAssertsEvenWhereNothingIsToBeRead) {
+TEST_F(TBlockOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
   Collector(TClassBuilder("Bridge6203").Scalar("InstanceID", TType::kString));
   TBlock block;
   EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), TAssertionFailure);
 }
 
-TEST_F(TBlockOrder, TheDecodingIsAnnouncedBeforeItsEnumeration) {
+TEST_F(TBlockOrder, DecodingIsLoggedBeforeTheEnumeration) {
   Collector(Chip().Record("R", 0));
   TBlock block;
   probe.Clear();
@@ -111,13 +112,13 @@ class TRequestOrder : public TPartTest {
   TRequestOrder() { sp.takesDotCommands = true; }
 };
 
-TEST_F(TRequestOrder, DotCommandsAreAnnouncedBeforeTheCheck) {
+TEST_F(TRequestOrder, DotCommandSupportIsLoggedBeforeTheCheck) {
   logger.FailAt("TNOVRequestTorgaReg()::Is Dotcommand.");
   EXPECT_THROW(TNOVRequestTorgaReg(), std::runtime_error);
   EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"dot"});
 }
 
-TEST_F(TRequestOrder, ARequestIsAnnouncedBeforeItIsSent) {
+TEST_F(TRequestOrder, ARequestIsLoggedBeforeItIsSent) {
   TNOVRequestTorgaReg transport;
   TBytes out(14);
   unsigned short length = 0;

@@ -12,8 +12,8 @@ namespace testsupport {
 
 inline constexpr const char* kBridgeBase = "KROSG_PCIIOBRIDGE_StatisticData";
 
-/// A block of 4096 bytes in which byte i holds the low eight bits of i, with a header of
-/// 2024-12-31 23:59:58 at its start.
+/// A block of 4096 bytes in which byte i is the low eight bits of i, with the header 2024-12-31 23:59:58 at
+/// its start.
 class TBlock {
  public:
   TBlock() {
@@ -24,9 +24,9 @@ class TBlock {
     std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
     return *this;
   }
-  /// Takes month and day out of both copies of the header.
+  /// Clears month and day in both header copies.
   TBlock& WithoutTime() { return Put(2, {0, 0}).Put(2042, {0, 0}); }
-  /// Takes the day out of the first copy and writes 2001-02-03 04:05:06 into the second.
+  /// Clears the day in the first copy and writes 2001-02-03 04:05:06 into the second.
   TBlock& TimeInSecondCopy() { return Put(3, {0}).Put(2040, {0xAA, 1, 2, 3, 4, 5, 6}); }
   TBytes First(std::size_t count) const {
     return TBytes(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(count));
@@ -50,7 +50,7 @@ class TBlockTest : public TPartTest {
     AddStatisticBase();
     ns->AddClass(TClassBuilder(kBridgeBase, "KROSG_StatisticBase"));
   }
-  /// Another namespace, for a second class of the same name.
+  /// Starts with another namespace, for a second class of the same name.
   void StartAnew() {
     collector.reset();
     ns = velhost::TNamespace::Create();
@@ -59,7 +59,7 @@ class TBlockTest : public TPartTest {
   }
 
   static TClassBuilder Chip() { return TClassBuilder("Bridge6203", kBridgeBase); }
-  /// Adds the class and makes its collector, which sees the host through `probe`.
+  /// Adds the class and creates its collector, which sees the host through `probe`.
   torgareg::TJFRErrorData& Collector(const TClassBuilder& definition, const std::string& base = kBridgeBase) {
     requested = probe.Wrap(boost::shared_ptr<NKROVEL20::ICIMClass>(ns->AddClass(definition)));
     collector =

@@ -1,4 +1,4 @@
-// From a register block to the values of one instance.
+// Decoding the values of one instance from a register block.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -24,11 +24,11 @@ class TBlockTime : public TBlockTest {
 
 TEST_F(TBlockTime, ComesFromTheFirstCopy) {
   EXPECT_EQ(Time(), "20241231235958.000000+000");
-  // Eight values: the header's seven bytes and the one behind them.
+  // Eight values: the seven header bytes and the one after them.
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("TimeStamp rawdata: \n"), Debug("\n0 24 12 31 23 59 58 7 \n")}));
 }
 
-TEST_F(TBlockTime, AMonthOrDayOfZeroTurnsToTheSecondCopy) {
+TEST_F(TBlockTime, AMonthOrDayOfZeroSelectsTheSecondCopy) {
   block.Put(2040, {0xAA, 1, 2, 3, 4, 5, 6});
   for (const std::size_t field : {2U, 3U}) {
     logger.Clear();
@@ -62,7 +62,7 @@ TEST_F(TBlockTime, NeitherCopyThrowsStatus21) {
 
 class TRecord : public TBlockTest {
  protected:
-  // A register with this index, of one instance, out of a block whose time stands in the first copy.
+  // The register with this index of one instance, in a block with a valid first header copy.
   TNumbers Decoded(std::uint16_t index, int instance) {
     Collector(Chip().Record("R", index));
     collector->getTimeStamp(block.Data());
@@ -76,8 +76,8 @@ class TRecord : public TBlockTest {
   TBlock block;
 };
 
-// Byte i of the block is i & 0xFF, so that a record shows where it was read.
-TEST_F(TRecord, RecordsOfTheFirstCopyStartBehindItsHeader) {
+// Byte i of the block is i & 0xFF, so a record shows where it was read.
+TEST_F(TRecord, RecordsOfTheFirstCopyStartAfterItsHeader) {
   EXPECT_EQ(Decoded(0, 0), (TNumbers{7, 8, 9, 32, 61, 32, 10, 11, 12, 13, 14, 15, 16, 17}));
 }
 
@@ -87,12 +87,12 @@ TEST_F(TRecord, IndexFiveOfInstanceOne) {
 }
 
 TEST_F(TRecord, RecordsOfTheSecondCopyStartAtTheBlocksStart) {
-  // (5 + 256) * 8 = 2088 = 0x828: the second copy's 2040 is not added.
+  // (5 + 256) * 8 = 2088 = 0x828: the offset of the second copy, 2040, is not added.
   EXPECT_EQ(InSecondCopy(5, 1),
             (TNumbers{0x28, 0x29, 0x2A, 32, 61, 32, 0x2B, 0x2C, 0x2D, 0x2E, 0x2F, 0x30, 0x31, 0x32}));
 }
 
-TEST_F(TRecord, TheFlagIsTheLatestTimes) {
+TEST_F(TRecord, TheFlagBelongsToTheLatestTime) {
   EXPECT_EQ(InSecondCopy(1, 0)[0], 8U);
   block.Put(0, {0x00, 0x18, 0x0C, 0x1F, 0x17, 0x3B, 0x3A});
   collector->getTimeStamp(block.Data());
@@ -106,11 +106,11 @@ TEST_F(TRecord, ABlockWithoutATimeLeavesTheSecondCopysBase) {
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 8U);
 }
 
-TEST_F(TRecord, ARecordOverTheEndIsFilledWith48) {
+TEST_F(TRecord, ARecordAcrossTheEndIsFilledWith48) {
   // 7 + (255 + 256) * 8 = 4095: one byte of the block, then ten of fill.
   EXPECT_EQ(Decoded(255, 1), (TNumbers{0xFF, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}));
   StartAnew();
-  // The second copy: 4088 to 4098, eight bytes of the block and three of fill.
+  // With the second copy: bytes 4088 to 4098, eight in the block and three of fill.
   EXPECT_EQ(InSecondCopy(255, 1), (TNumbers{0xF8, 0xF9, 0xFA, 32, 61, 32, 0xFB, 0xFC, 0xFD, 0xFE, 0xFF, 48, 48, 48}));
 }
 
@@ -124,11 +124,11 @@ TEST_F(TRecord, ARecordBeyondTheEndIsAllFill) {
   EXPECT_EQ(Decoded(65535, 0), fill);
 }
 
-TEST_F(TRecord, ARecordInFrontOfTheBlockIsFilledToo) {
-  // 7 - 256 * 8 = -2041: all of it lies in front.
+TEST_F(TRecord, ARecordBeforeTheBlockIsFilledToo) {
+  // 7 - 256 * 8 = -2041: the whole record is before the block.
   EXPECT_EQ(Decoded(0, -1), (TNumbers{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}));
   StartAnew();
-  // 7 + (255 - 256) * 8 = -1: one byte of fill, then the header's.
+  // 7 + (255 - 256) * 8 = -1: one byte of fill, then the header.
   EXPECT_EQ(Decoded(255, -1), (TNumbers{48, 0x00, 0x18, 32, 61, 32, 0x0C, 0x1F, 0x17, 0x3B, 0x3A, 7, 8, 9}));
 }
 
@@ -158,12 +158,12 @@ TEST_F(TRecord, WithoutDataNoQualifierIsLookedUp) {
   EXPECT_TRUE(NumbersOf(collector->getRegisterData(Property("R"), nullptr, 0)).empty());
 }
 
-TEST_F(TRecord, BeforeAnyTimeItIsTheFirstCopys) {
+TEST_F(TRecord, BeforeAnyTimeTheFirstCopyIsAssumed) {
   Collector(Chip().Record("R", 1));
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U);
 }
 
-TEST_F(TRecord, MaxLenIsLookedUpBehindIndexAndSteersNothing) {
+TEST_F(TRecord, MaxLenIsLookedUpAfterIndexAndHasNoEffect) {
   Collector(Chip().Array("R", {{"Index", Number(TType::kUint16, 0)}, {"MaxLen", TCIMValue("no number")}}));
   const auto property = Property("R");
   probe.Clear();
@@ -196,7 +196,7 @@ TEST_F(TBlockSelection, OwnAndDirectlyInheritedPropertiesAreDecoded) {
   EXPECT_TRUE(map.contains("Near") && map.contains("Own"));
 }
 
-TEST_F(TBlockSelection, APropertyOfAnUnrelatedClassIsNamedAndNotDecoded) {
+TEST_F(TBlockSelection, APropertyOfAnUnrelatedClassIsLoggedButNotDecoded) {
   const auto unrelated = ns->AddClass(TClassBuilder("UNRELATED").Record("Elsewhere", 3));
   probe.EnumerateAlso(unrelated->Properties()[unrelated->FindProperty("Elsewhere")]);
   Collector(Chip().Record("Own", 1));

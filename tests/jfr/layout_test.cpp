@@ -1,4 +1,4 @@
-// The order of the fields and virtual operations of the JFR collector and its transport.
+// The order of the fields and virtual functions of the JFR collector and its transport.
 #include <gtest/gtest.h>
 
 #include <type_traits>
@@ -43,7 +43,7 @@ const TFields& FieldsOf(const TObject& object) {
 
 class TJfrLayout : public TBlockTest {
  protected:
-  TJfrLayout() { sp.serviceProcessors = 300; }  // of which eight bits are kept
+  TJfrLayout() { sp.serviceProcessors = 300; }  // only eight bits are kept
 };
 
 TEST_F(TJfrLayout, TheTransportHoldsLibraryLoggerAndCount) {
@@ -73,7 +73,7 @@ TEST_F(TJfrLayout, TheFlagSaysWhichCopyTheTimeCameFrom) {
   EXPECT_EQ(FieldsOf<TCollectorFields>(*collector).timeStampFromSecondCopy, 1);
 }
 
-TEST_F(TJfrLayout, TheCollectorsTableHasTheDestructorsAlone) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }
+TEST_F(TJfrLayout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }
 
 }  // namespace
 }  // namespace torgareg

@@ -29,7 +29,7 @@ class TJfrTrace : public TPluginTest {
   }
 };
 
-TEST_F(TJfrTrace, AWholeBlockNoneAndAShortOne) {
+TEST_F(TJfrTrace, AWholeBlockNoBlockAndAShortOne) {
   TBytes twenty;
   for (std::uint8_t byte = 100; byte < 120; ++byte) twenty.push_back(byte);
   twenty[3] = 0;

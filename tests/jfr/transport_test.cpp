@@ -1,4 +1,4 @@
-// Dot commands, discovery, and the two IPMI requests that no collector sends.
+// Dot commands, discovery, and the two IPMI requests that are not sent by any collector.
 #include <gtest/gtest.h>
 
 #include "jfr/TNOVRequesttorgareg.h"
@@ -25,7 +25,7 @@ class TDotTransport : public TPartTest {
   }
 };
 
-TEST_F(TDotTransport, WithoutDotCommandsNothingElseIsAsked) {
+TEST_F(TDotTransport, WithoutDotCommandsNothingElseIsQueried) {
   sp.takesDotCommands = false;
   EXPECT_EQ(TNOVRequestTorgaReg().GetSPInstances(), 0);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("TNOVRequestTorgaReg()::Is not Dotcommand.")});
@@ -75,7 +75,7 @@ TEST_F(TDotTransport, TheResponseLengthIsReturned) {
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Verbose("sendCommand CmdStatus return 1with a returnDataLen of 3")});
 }
 
-TEST_F(TDotTransport, AFailureSaysSoAndReturnsTheLengthAllTheSame) {
+TEST_F(TDotTransport, AFailureIsLoggedAndTheLengthStillReturned) {
   TNOVRequestTorgaReg transport;
   TBytes buffer(4096);
   logger.Clear();
@@ -88,7 +88,7 @@ TEST_F(TDotTransport, AFailureSaysSoAndReturnsTheLengthAllTheSame) {
   EXPECT_EQ(logger.Lines()[2], Verbose("sendCommand CmdStatus return 0with a returnDataLen of 0"));
 }
 
-TEST_F(TDotTransport, LengthsPassAsTheyAre) {
+TEST_F(TDotTransport, LengthsAreReturnedUnchanged) {
   TNOVRequestTorgaReg transport;
   TBytes buffer(4096);
   for (const int lie : {0, 1, 4096, 4097, 65536, 70000, -1}) {
@@ -135,7 +135,7 @@ TEST_F(TUncalledRequests, RegisterAnswersOfEveryLength) {
     value.assign(9, 0x77);
     logger.Clear();
     sp.Expect(RegisterStep().Answers(Counting(count)));
-    // 22 bytes in all are too few, 23 are enough.
+    // A response of 22 bytes is too short; 23 are enough.
     EXPECT_EQ(ReadRegister(), 9 + count >= 23);
     EXPECT_EQ(length, count >= 14 ? count : 9 + count);
     EXPECT_EQ(value, count >= 14 ? (TBytes{7, 8, 9, 10, 11, 12, 13, 14, 0x77}) : TBytes(9, 0x77));
@@ -181,7 +181,7 @@ TEST_F(TUncalledRequests, CompletionCodesFail) {
   EXPECT_EQ(value, TBytes(9, 0x77));
 }
 
-TEST_F(TUncalledRequests, TheLengthIsSetBeforeTheTranscriptIsWritten) {
+TEST_F(TUncalledRequests, TheLengthIsSetBeforeTheTranscriptIsLogged) {
   sp.Expect({RegisterStep().Answers(Counting(14)), TimeStep().Answers(Counting(4))});
   logger.FailAt("command completed checking success...\n\nThe response length is 23");
   EXPECT_THROW(ReadRegister(), std::runtime_error);

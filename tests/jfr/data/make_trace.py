@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Writes two-blocks.trace: a request for the JFR bridges of a machine of type 6203.
 
-Two chip instances with the registers First (index 0) and Fourth (index 3); three service processors. The
-first sends a whole block in which byte i is i modulo 256 behind the header of 2024-12-31 23:59:58. The second
-sends nothing. The third sends 20 bytes whose header has no day, so that the time comes out of the second
-copy, which lies in the filling: 48 everywhere.
+Two chip instances with the registers First (index 0) and Fourth (index 3), and three service processors. The first one
+sends a whole block in which byte i is i modulo 256 after the header for 2024-12-31 23:59:58. The second one sends
+nothing. The third one sends 20 bytes whose header has no day, so the time is taken from the second copy, which is in
+the fill: 48 everywhere.
 """
 
 import pathlib
@@ -26,7 +26,7 @@ def verbose(message):
 
 
 def instance(*headers):
-    """The lines of one instance, whose header copies are looked at as given."""
+    """The lines of one instance, with the header copies that are looked at."""
     verbose("In getCIMInstanceInfo()")
     verbose("chipDesc | instancdID = PCI I/O bridge,0 | KROSG:" + BASE + ":6203:0")
     verbose("Completed getCIMInstanceInfo()")
@@ -62,7 +62,7 @@ debug("fSPInstances = 3.")
 
 verbose("sendCommand CmdStatus return 1with a returnDataLen of 4096")
 debug("Returned Data:\n")
-# The dump is inclusive: 4096 bytes and the zero behind them.
+# The dump is inclusive: 4096 bytes and the zero byte after them.
 debug(dump([0, 24, 12, 31, 23, 59, 58] + [i % 256 for i in range(7, 4096)], 4097))
 instance("\n0 24 12 31 23 59 58 7 \n")
 instance("\n0 24 12 31 23 59 58 7 \n")
@@ -84,7 +84,7 @@ FILL = "48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48"
 for _ in range(2):
     built("7, 8, 9, 32, 61, 32, 10, 11, 12, 13, 14, 15, 16, 17",
           "31, 32, 33, 32, 61, 32, 34, 35, 36, 37, 38, 39, 40, 41", "20241231235958.000000+000")
-# The second copy: instance 0 starts at byte 0 and at byte 24, behind what was sent.
+# The second copy: instance 0 starts at bytes 0 and 24; the latter is past what was sent.
 built("100, 101, 102, 32, 61, 32, 0, 104, 105, 106, 107, 108, 109, 110", FILL, "20484848484848.000000+000")
 built(FILL, FILL, "20484848484848.000000+000")
 debug("Completed buildCIMInstances.")
