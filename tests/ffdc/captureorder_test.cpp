@@ -1,4 +1,4 @@
-// Capture files: what the host is handed and in which order, and what counts as success.
+// Capture files: what is passed to the host and in what order, and what counts as success.
 #include <gtest/gtest.h>
 
 #include "nkrovel20/tvelexception.h"
@@ -30,7 +30,7 @@ class TCaptureOrder : public TPluginTest {
   unsigned char handle[4] = {1, 0, 0, 0};
 };
 
-TEST_F(TCaptureOrder, NumbersAreHandedOverAsTextAndTheTimeAsATime) {
+TEST_F(TCaptureOrder, NumbersArePassedAsTextAndTheTimeAsADatetime) {
   AddProbed();
   EXPECT_EQ(probe.Settings(),
             (std::vector<std::string>{"FileName string = ioh_err", "ErrRawData string = 5a ",
@@ -40,14 +40,14 @@ TEST_F(TCaptureOrder, NumbersAreHandedOverAsTextAndTheTimeAsATime) {
                                       "RecordID string = 0"}));
 }
 
-TEST_F(TCaptureOrder, ItIsDoneOnlyOnceItIsCommitted) {
+TEST_F(TCaptureOrder, TheExitIsLoggedOnlyAfterTheCommit) {
   probe.FailAt("KROSG_DCAPFile instance.Commit() {}", 1);
   EXPECT_THROW(AddProbed(), TVELException);
   EXPECT_EQ(logger.Lines().back(), Debug("Data added into KROSG_DCAPFile class:5a "));
   EXPECT_EQ(logger.Count(Debug("Exit AddErrFFDCinstance funtion")), 0U);
 }
 
-TEST_F(TCaptureOrder, ATextIsStampedAndNamedLikeBytes) {
+TEST_F(TCaptureOrder, ATextGetsTheSamePropertiesAsBytes) {
   plugin.AddErrFFDCinstance(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), std::string("text"), 0, "zyn_err", 0);
   EXPECT_EQ(probe.Settings(),
             (std::vector<std::string>{"FileName string = zyn_err", "ErrRawData string = text",
@@ -57,7 +57,7 @@ TEST_F(TCaptureOrder, ATextIsStampedAndNamedLikeBytes) {
                                       "RecordID string = 0"}));
 }
 
-TEST_F(TCaptureOrder, ATextsTimeIsTakenBeforeItsFirstLine) {
+TEST_F(TCaptureOrder, TheTimeOfATextIsReadBeforeItsFirstLine) {
   logger.FailAt("Enter AddErrFFDCinstance funtion");
   EXPECT_THROW(plugin.AddErrFFDCinstance(ns, std::string(), 0, "cpu_err", 0), std::runtime_error);
   EXPECT_EQ(environment.clockReadings, 1);
@@ -71,7 +71,7 @@ TEST_F(TCaptureOrder, EveryChunkIsSentWithTheWholeBuffersLength) {
   EXPECT_EQ(sp.PresetLengths(), (std::vector<int>{256, 256, 256}));
 }
 
-TEST_F(TCaptureOrder, OnlyCodeZeroIsASize) {
+TEST_F(TCaptureOrder, OnlyCompletionCodeZeroGivesASize) {
   int size = 77;
   for (const std::uint8_t code : TBytes{0x01, 0x7F, 0x80, 0xFF}) {
     logger.Clear();
@@ -82,7 +82,7 @@ TEST_F(TCaptureOrder, OnlyCodeZeroIsASize) {
   }
 }
 
-TEST_F(TCaptureOrder, OnlyCodeZeroIsACloseToReport) {
+TEST_F(TCaptureOrder, OnlyCompletionCodeZeroReportsAClose) {
   for (const std::uint8_t code : TBytes{0x01, 0x7F, 0x80, 0xFF}) {
     sp.Expect(Close({1, 0, 0, 0}).Answers(OemData({})).WithCode(code));
     plugin.CloseStorageArea(handle, Node());

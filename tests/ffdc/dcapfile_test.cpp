@@ -1,4 +1,4 @@
-// From a capture file to its committed instance.
+// Committing a capture file as an instance.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -42,14 +42,14 @@ TEST_F(TCaptureFile, HasItsEightProperties) {
   EXPECT_EQ(Last("RecordID"), "0");
 }
 
-TEST_F(TCaptureFile, WritesItsTrace) {
+TEST_F(TCaptureFile, LogsItsTrace) {
   Add({0x0A, 0xFF, 0x00});
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"),
                                                 Debug("Data added into KROSG_DCAPFile class:0a ff 00 "),
                                                 Debug("Exit AddErrFFDCinstance funtion")}));
 }
 
-TEST_F(TCaptureFile, AnEmptyFileHasAnEmptyText) {
+TEST_F(TCaptureFile, AnEmptyFileHasEmptyRawData) {
   for (const int length : {0, -1}) {
     logger.Clear();
     unsigned char byte = 0xAA;
@@ -59,7 +59,7 @@ TEST_F(TCaptureFile, AnEmptyFileHasAnEmptyText) {
   }
 }
 
-TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndWritesNoDataLine) {
+TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndLogsNoDataLine) {
   plugin.AddErrFFDCinstance(ns, std::string("as it is\n"), -5, "zyn_err", 9);
   EXPECT_EQ(Last("ErrRawData"), "as it is\n");
   EXPECT_EQ(Last("FileName"), "zyn_err");
@@ -69,7 +69,7 @@ TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndWritesNoDataLine) {
             (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"), Debug("Exit AddErrFFDCinstance funtion")}));
 }
 
-TEST_F(TCaptureFile, NodeNumbersOfEveryWidthAreWhole) {
+TEST_F(TCaptureFile, NodeNumbersOfEveryWidthAreComplete) {
   const std::vector<std::pair<int, std::string>> nodes = {
       {8, "9"}, {9, "10"}, {-1, "0"}, {-2, "-1"}, {2147483646, "2147483647"}, {-2147483647 - 1, "-2147483647"}};
   for (const auto& [node, text] : nodes) {
@@ -105,7 +105,7 @@ TEST_F(TCaptureFile, TheClockIsReadOnceAndFirst) {
   EXPECT_EQ(environment.clockReadings, 2);
 }
 
-TEST_F(TCaptureFile, AMissingClassAssertsBehindTheDataLine) {
+TEST_F(TCaptureFile, AMissingClassAssertsAfterTheDataLine) {
   const auto bare = TNamespace::Create();
   unsigned char byte = 0x7F;
   EXPECT_THROW(plugin.AddErrFFDCinstance(bare, &byte, 1, "cpu_err", 0), TAssertionFailure);
@@ -132,7 +132,7 @@ TEST_F(TCaptureFile, TheHostIsCalledInOrder) {
                                set + "LogName) {}", set + "RecordID) {}", "KROSG_DCAPFile instance.Commit() {}"}));
 }
 
-TEST_F(TCaptureFile, ANumberTakenByAFailedCommitIsNotGivenAgain) {
+TEST_F(TCaptureFile, TheNumberOfAFailedCommitIsNotReused) {
   THostProbe probe;
   const auto probed = probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns));
   unsigned char byte = 1;

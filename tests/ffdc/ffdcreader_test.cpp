@@ -1,4 +1,4 @@
-// Reading one kind of capture file from every node.
+// Reading one capture file from every node.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -29,7 +29,7 @@ class TFfdcReader : public TPluginTest {
     sp.Expect(Open(name, node).Answers(OemData(kHandle)));
     sp.Expect(Size(name, node).Answers(SizeData(size)));
   }
-  // A file of ten bytes, all `byte`.
+  // A file of ten bytes, all of them `byte`.
   void ExpectFile(std::uint8_t byte, int node = 0, const std::string& name = "cpu_err") {
     OpenAndSize(10, node, name);
     sp.Expect(Read(kHandle, 0, 10, node).Answers(ReadData(TBytes(10, byte))));
@@ -38,7 +38,7 @@ class TFfdcReader : public TPluginTest {
   std::string Text(std::size_t i, const std::string& property) const { return TextOf(*committed.at(i), property); }
 };
 
-TEST_F(TFfdcReader, WithoutNodesItSaysSoAndAsksForNoDriver) {
+TEST_F(TFfdcReader, WithoutNodesItSaysSoAndDoesNotCheckTheDriver) {
   sp.nodes = 0;
   plugin.ReadErrFFDC(ns, "cpu_err");
   EXPECT_EQ(logger.Lines(),
@@ -61,7 +61,7 @@ TEST_F(TFfdcReader, ANegativeNodeCountReadsNothing) {
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kEnter, kExit}));
 }
 
-TEST_F(TFfdcReader, EveryNodeGivesAnInstanceOfItsOwn) {
+TEST_F(TFfdcReader, EveryNodeGivesItsOwnInstance) {
   sp.nodes = 2;
   ExpectFile(0x11, 0);
   ExpectFile(0x22, 1);
@@ -106,13 +106,13 @@ TEST_F(TFfdcReader, ANodeWhoseSizeFailsIsSkippedWithoutAMessageAndStaysOpen) {
   plugin.ReadErrFFDC(ns, "cpu_err");
   ASSERT_EQ(committed.size(), 1U);
   EXPECT_EQ(Text(0, "SourceNode"), "2");
-  // Behind the request's line of the failed query comes the next node.
+  // After the line of the failed query, the next node follows.
   const auto& lines = logger.Lines();
   EXPECT_EQ(lines.at(5), Debug("Enter QueryStorageAreaSize funtion"));
   EXPECT_EQ(lines.at(7), Debug("The system has2 . Now reading Node1"));
 }
 
-TEST_F(TFfdcReader, AFileOfNothingIsReadAsTenBytes) {
+TEST_F(TFfdcReader, AnEmptyFileIsReadAsTenBytes) {
   OpenAndSize(0);
   sp.Expect(Read(kHandle, 0, 10).Answers(ReadData({1, 2, 3, 4, 5, 6, 7, 8, 9, 10})));
   sp.Expect(Close(kHandle));
@@ -120,7 +120,7 @@ TEST_F(TFfdcReader, AFileOfNothingIsReadAsTenBytes) {
   EXPECT_EQ(Text(0, "ErrRawData"), "01 02 03 04 05 06 07 08 09 0a ");
 }
 
-TEST_F(TFfdcReader, AFileOfLessThanTenBytesIsReadAsTenToo) {
+TEST_F(TFfdcReader, AFileOfFewerThanTenBytesIsReadAsTenToo) {
   for (const int size : {1, 5, 9}) {
     committed.clear();
     OpenAndSize(size);
@@ -149,7 +149,7 @@ TEST_F(TFfdcReader, AReadThatFailsAtOnceMakesAnEmptyInstance) {
   EXPECT_EQ(Text(0, "ErrRawData"), "");
 }
 
-TEST_F(TFfdcReader, ASizeThatNoBufferCanHaveSkipsTheNode) {
+TEST_F(TFfdcReader, AnImpossibleSizeSkipsTheNode) {
   sp.nodes = 2;
   for (const int size : {-1, -1000000, std::numeric_limits<int>::min()}) {
     committed.clear();
@@ -161,19 +161,19 @@ TEST_F(TFfdcReader, ASizeThatNoBufferCanHaveSkipsTheNode) {
     ASSERT_EQ(committed.size(), 1U);
     EXPECT_EQ(Text(0, "SourceNode"), "2");
     const auto& lines = logger.Lines();
-    // Entry, node, 3 open, 4 query, 4 close, then the line.
+    // Entry, node, 3 lines of open, 4 of query, 4 of close, then the line.
     EXPECT_EQ(lines.at(9), Debug("Enter CloseStorageArea funtion"));
     EXPECT_EQ(lines.at(13), Debug("Unable to allocate memory for the storage area."));
     EXPECT_EQ(lines.at(14), Debug("The system has2 . Now reading Node1"));
   }
 }
 
-#ifndef VELHOST_SANITIZED  // a sanitizer needs more address space than this leaves
-TEST_F(TFfdcReader, ASizeThatMemoryCannotHoldSkipsTheNode) {
+#ifndef VELHOST_SANITIZED  // a sanitizer needs more address space than this limit allows
+TEST_F(TFfdcReader, ASizeTooLargeForMemorySkipsTheNode) {
   rlimit before = {};
   ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
   rlimit small = before;
-  small.rlim_cur = 1U << 30U;  // 1 GiB, for a file of 2
+  small.rlim_cur = 1U << 30U;  // 1 GiB, for a file of 2 GiB
   ASSERT_EQ(setrlimit(RLIMIT_AS, &small), 0);
   OpenAndSize(std::numeric_limits<int>::max());
   sp.Expect(Close(kHandle));
@@ -203,8 +203,8 @@ TEST_F(TFfdcReader, TheAreaIsClosedBeforeTheInstanceIsBuilt) {
   EXPECT_EQ(logger.Count(Debug("close file successfully")), 1U);
 }
 
-TEST_F(TFfdcReader, ALongNameIsCutOnTheWireAndWholeInTheInstance) {
-  const std::string name = "a_name_of_more_than_25_bytes";  // 28 characters: byte 5 is 40 and 32
+TEST_F(TFfdcReader, ALongNameIsTruncatedOnTheWireAndCompleteInTheInstance) {
+  const std::string name = "a_name_of_more_than_25_bytes";  // 28 characters, so byte 5 is 40 and 32
   TStep open = Open(name.substr(0, 25));
   TStep size = Size(name.substr(0, 25));
   open.request[5] = 40;

@@ -23,7 +23,8 @@ TBytes Counting(std::uint8_t first, std::size_t count = 10) {
 
 class TReadLoop : public TPluginTest {
  protected:
-  // Reads into exactly the room that the caller has to offer, so that a sanitizer sees a byte too many.
+  // Reads into a buffer of exactly the size that the contract requires, so that a sanitizer detects any
+  // overrun.
   int Read(int size) {
     out.assign(static_cast<std::size_t>(std::max(size, 10)), 0);
     unsigned char handle[4] = {1, 2, 3, 4};
@@ -133,7 +134,7 @@ TEST_F(TReadLoop, CompletionCodesAreHexadecimalWithoutLeadingZeros) {
   }
 }
 
-// Without an answer the buffer still holds the request, whose byte 4 is the command.
+// Without an answer, the buffer still holds the request, whose byte 4 is the command.
 TEST_F(TReadLoop, ALostAnswerShowsTheCommandAsItsCode) {
   Chunk(0, 10, Counting(1));
   sp.Expect(testsupport::Read(kHandle, 10, 10).Lost());
@@ -141,8 +142,8 @@ TEST_F(TReadLoop, ALostAnswerShowsTheCommandAsItsCode) {
   EXPECT_EQ(logger.StartingWith("completeCode:").back(), Debug("completeCode:90\n"));
 }
 
-// The length counts the whole response, so that five less is always more than the bytes read: the copy
-// takes the chunk's size, zeros from behind the answer included.
+// The length counts the whole response, so five less is always more than the data: the whole chunk is copied,
+// including zeros from after the answer.
 TEST_F(TReadLoop, FewerBytesLeaveZerosWhileTheOffsetMovesByTheChunk) {
   Chunk(0, 10, {7, 8, 9});
   Chunk(10, 10, Counting(11));
@@ -172,7 +173,7 @@ TEST_F(TReadLoop, TheLengthDecidesHowMuchIsCopied) {
   }
 }
 
-TEST_F(TReadLoop, TheLastChunkIsCutToItsOwnLength) {
+TEST_F(TReadLoop, TheLastChunkIsLimitedToItsOwnLength) {
   Chunk(0, 10, Counting(1));
   Chunk(10, 3, Counting(50, 20));
   EXPECT_EQ(Read(13), 13);
@@ -188,7 +189,7 @@ TEST_F(TReadLoop, ASizeJustBelowZeroReadsOneChunk) {
   }
 }
 
-// The number of full chunks is negative, so that the unsigned comparison holds for ever.
+// The number of full chunks is negative, so the unsigned comparison never ends the loop.
 TEST_F(TReadLoop, ANegativeSizeReadsOnUntilACodeEndsIt) {
   for (const int size : {-10, -25, std::numeric_limits<int>::min()}) {
     for (std::uint32_t chunk = 0; chunk < 40; ++chunk)

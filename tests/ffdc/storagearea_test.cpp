@@ -1,4 +1,4 @@
-// The four storage-area commands: exact requests, exact traces, every way to fail.
+// The four storage-area commands: exact requests, exact traces, every kind of failure.
 #include <gtest/gtest.h>
 
 #include "tests/support/plugintest.h"
@@ -17,7 +17,7 @@ class TStorageArea : public TPluginTest {
   unsigned char handle[4] = {0xA1, 0xB2, 0xC3, 0xD4};
 };
 
-// 23 characters of "x" and what they are as bytes and in a trace.
+// `count` copies of a text, such as bytes in a trace.
 std::string Repeated(const std::string& text, int count) {
   std::string all;
   for (int i = 0; i < count; ++i) all += text;
@@ -30,7 +30,7 @@ TEST_F(TStorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
                 .Answers(OemData({0x11, 0x22, 0x33, 0x44})));
   EXPECT_TRUE(plugin.OpenStorageArea(handle, "cpu_err", Node(1)));
   EXPECT_EQ(TBytes(handle, handle + 4), (TBytes{0x11, 0x22, 0x33, 0x44}));
-  // 7 characters of name and 21 bytes before them: 28 bytes.
+  // 7 characters of the name and 21 bytes before them: 28 bytes.
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{Debug("Enter OpenStorageArea funtion"),
                                 Debug("OpenStorageArea IPMI command data:OpenStorageArea IPMI command data:28bits\n"
@@ -40,7 +40,7 @@ TEST_F(TStorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
-TEST_F(TStorageArea, TheHandleIsTakenBeforeTheExitIsWritten) {
+TEST_F(TStorageArea, TheHandleIsStoredBeforeTheExitIsLogged) {
   sp.Expect(Open("cpu_err").Answers(OemData({0x11, 0x22, 0x33, 0x44})));
   logger.FailAt("Exit OpenStorageArea funtion");
   EXPECT_THROW(plugin.OpenStorageArea(handle, "cpu_err", Node(0)), std::runtime_error);
@@ -58,7 +58,7 @@ TEST_F(TStorageArea, OpenFailsSilentlyAndLeavesTheHandle) {
   }
 }
 
-TEST_F(TStorageArea, OpenTakesTheHandleFromAShortAnswerAsZeros) {
+TEST_F(TStorageArea, OpenReadsTheHandleOfAShortAnswerAsZeros) {
   sp.Expect(Open("cpu_err").Answers({0x39, 0x30, 0x00, 0x55}));
   EXPECT_TRUE(plugin.OpenStorageArea(handle, "cpu_err", Node(0)));
   EXPECT_EQ(TBytes(handle, handle + 4), (TBytes{0x55, 0, 0, 0}));
@@ -82,8 +82,8 @@ TEST_F(TStorageArea, ANameOf25CharactersFillsTheField) {
                                           Repeated("78 ", 25)));
 }
 
-TEST_F(TStorageArea, ALongerNameIsCutWhileByteFiveCountsItWhole) {
-  // 30 characters: byte 5 is 42, the trace has 51 bytes, five of them zero behind the field.
+TEST_F(TStorageArea, ALongerNameIsTruncatedButByteFiveCountsAllOfIt) {
+  // 30 characters: byte 5 is 42, the trace has 51 bytes, of which five after the name field are zero.
   TBytes request = {0x01, 0x20, 0x2E, 0x00, 0x90, 42, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0};
   request.insert(request.end(), 25, 'x');
   sp.Expect(Ipmi(0, request).Fails(0xCB));
@@ -105,7 +105,7 @@ TEST_F(TStorageArea, ByteFiveIsTheLowByteOfTheLength) {
   int size = 5;
   plugin.OpenStorageArea(handle, name, Node(0));
   plugin.QueryStorageAreaSize(size, name, Node(0));
-  // The number says 321 and 313, but there are only the 256 bytes of the buffer to show.
+  // The number is 321 or 313, but only the 256 bytes of the buffer are shown.
   const std::string& openLine = logger.Lines()[1].message;
   EXPECT_NE(openLine.find("data:321bits\n"), std::string::npos);
   EXPECT_EQ(openLine.size() - openLine.find('\n') - 1, 256 * 3U);
@@ -121,7 +121,7 @@ TEST_F(TStorageArea, QuerySendsTheNameAndReadsALittleEndianSize) {
   int size = -1;
   EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "zyn_err", Node(2)));
   EXPECT_EQ(size, 123456789);
-  // 7 characters of name and 13 bytes before them: 20 bytes. The two prefixes differ.
+  // 7 characters of the name and 13 bytes before them: 20 bytes. The two prefixes differ.
   EXPECT_EQ(
       logger.Lines(),
       (std::vector<TLine>{Debug("Enter QueryStorageAreaSize funtion"),
@@ -142,7 +142,7 @@ TEST_F(TStorageArea, QuerySizesAreSigned) {
   EXPECT_EQ(logger.Lines()[6], Debug("total storage area size:-2147483648\n"));
 }
 
-TEST_F(TStorageArea, QueryTakesFourBytesAndNoMore) {
+TEST_F(TStorageArea, QueryReadsOnlyFourBytes) {
   int size = 0;
   sp.Expect(Size("cpu_err").Answers(OemData({0x0A, 0x00, 0x00, 0x00, 0xFF, 0xFF})));
   EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "cpu_err", Node(0)));
@@ -160,7 +160,7 @@ TEST_F(TStorageArea, QueryFailsSilentlyAndLeavesTheSize) {
   }
 }
 
-TEST_F(TStorageArea, CloseSendsTheHandleAndTracesSixZerosMore) {
+TEST_F(TStorageArea, CloseSendsTheHandleAndTracesSixExtraZeros) {
   sp.Expect(
       Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x08, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x05, 0xA1, 0xB2, 0xC3, 0xD4})
           .Answers(OemData({})));
@@ -173,7 +173,7 @@ TEST_F(TStorageArea, CloseSendsTheHandleAndTracesSixZerosMore) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
-TEST_F(TStorageArea, AFailedCloseOnlyLacksItsMessage) {
+TEST_F(TStorageArea, AFailedCloseOnlyOmitsItsMessage) {
   for (const TStep& step : {Close({0xA1, 0xB2, 0xC3, 0xD4}).Fails(0xC9), Close({0xA1, 0xB2, 0xC3, 0xD4}).Lost()}) {
     logger.Clear();
     sp.Expect(step);
@@ -184,7 +184,7 @@ TEST_F(TStorageArea, AFailedCloseOnlyLacksItsMessage) {
   }
 }
 
-TEST_F(TStorageArea, HandleBytesPassUnchanged) {
+TEST_F(TStorageArea, HandleBytesAreSentUnchanged) {
   const TBytes odd = {0x00, 0xFF, 0x00, 0x80};
   sp.Expect({Open("cpu_err").Answers(OemData(odd)), Read(odd, 0, 10).Fails(0xC9), Close(odd)});
   unsigned char out[10] = {};

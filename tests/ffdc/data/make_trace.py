@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Writes three-files.trace: a request for the capture files of two BMC nodes.
 
-cpu_err: node 0 has 12 bytes, node 1 does not know the name. ioh_err: node 0 tells no size, node 1 has an empty
-file and answers ten bytes all the same. zyn_err: node 0 reports a size of -1, node 1 breaks off in the third of
-three chunks. Handles are 01 00 00 00 on node 0 and 02 00 00 00 on node 1.
+cpu_err: node 0 has 12 bytes, node 1 does not know the name. ioh_err: node 0 fails to report a size, node 1 has an empty
+file but answers with ten bytes all the same. zyn_err: node 0 reports a size of -1, node 1 fails on the last of three
+chunks. The handle is 01 00 00 00 on node 0 and 02 00 00 00 on node 1.
 """
 
 import pathlib
