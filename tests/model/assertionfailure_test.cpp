@@ -30,23 +30,23 @@ TEST(AssertionFailure, ANullHostObjectNamesWhatIsMissing) {
   EXPECT_EQ(PointeeOfFailure([] { static_cast<void>(*boost::shared_ptr<ICIMInstance>()); }), "ICIMInstance");
 }
 
-TEST(AssertionFailure, AMissingNamespaceReachesTheHandlerInsideTheHost) {
+TEST(AssertionFailure, AMissingNamespaceReachesTheHandlerInTheHost) {
   EXPECT_EQ(PointeeOfFailure([] { TCIMSchemaHelper::GetMachineType({}); }), "ICIMNamespace");
 }
 
-TEST(AssertionFailure, IsNoHostExceptionThatACollectorHandles) {
+TEST(AssertionFailure, IsNotAnExceptionThatACollectorHandles) {
   EXPECT_FALSE((std::is_base_of_v<TVELException, TAssertionFailure>));
   EXPECT_TRUE((std::is_base_of_v<std::exception, TAssertionFailure>));
 }
 
-TEST(AssertionFailure, TheTextHasTheFileWithoutItsFolders) {
+TEST(AssertionFailure, TheTextNamesTheFileWithoutItsFolders) {
   const TAssertionFailure failure("a == b", "void f()", "/usr/include/boost/x.hpp", 734);
   EXPECT_STREQ(failure.what(), "assertion a == b failed in void f() (x.hpp:734)");
   EXPECT_EQ(failure.GetPointee(), "");
   EXPECT_STREQ(TAssertionFailure("a", "f", "bare.h", 1).what(), "assertion a failed in f (bare.h:1)");
 }
 
-TEST(AssertionFailure, ThePointeeIsReadFromBothCompilersTexts) {
+TEST(AssertionFailure, ThePointeeIsParsedFromBothCompilersSignatures) {
   const auto pointee = [](const char* function) { return TAssertionFailure("px != 0", function, "f", 1).GetPointee(); };
   EXPECT_EQ(pointee("T* p<T>::operator->() const [with T = A::ICIMClass; type = A::ICIMClass*]"), "ICIMClass");
   EXPECT_EQ(pointee("T* p<A::ICIMClass>::operator->() const [T = A::ICIMClass]"), "ICIMClass");

@@ -1,4 +1,4 @@
-// Classes, their properties and qualifiers, and the orders in which they are delivered.
+// Classes, their properties and qualifiers, and the order in which they are enumerated.
 #include "host/model/cimclass.h"
 
 #include <gtest/gtest.h>
@@ -56,13 +56,13 @@ TEST_F(CimClass, AnAbsentClassIsAnEmptyPointer) {
   EXPECT_FALSE(namespace_->GetClass("", {}));
 }
 
-TEST_F(CimClass, ANameIsTakenOnce) {
+TEST_F(CimClass, ANameCanBeUsedOnlyOnce) {
   Add(Class("A"));
   ExpectFailure(5, "class a is declared twice", [this] { Add(Class("a")); });
   EXPECT_EQ(namespace_->Classes().size(), 1U);
 }
 
-TEST_F(CimClass, ASuperclassMustBeThere) {
+TEST_F(CimClass, ASuperclassMustExist) {
   ExpectFailure(5, "class B derives from unknown class A", [this] { Add(Class("B", "A")); });
   EXPECT_FALSE(namespace_->FindClass("B"));
 }
@@ -85,7 +85,7 @@ TEST_F(CimClass, DescendsFromEveryClassAboveButNotFromItself) {
   EXPECT_FALSE(a.DescendsFrom(a));
 }
 
-// The machine-specific subclass wanted may stand several levels below.
+// The machine-specific subclass may be several levels below.
 TEST_F(CimClass, AllDescendantsComeInDeclarationOrder) {
   TCIMClass& a = Add(Class("A"));
   Add(Class("Z", "A"));
@@ -99,7 +99,7 @@ TEST_F(CimClass, AllDescendantsComeInDeclarationOrder) {
   EXPECT_EQ(ICIMClass::kAllDescendants, 1);
 }
 
-TEST_F(CimClass, AReadersPlaceOfDeclarationDecidesTheOrder) {
+TEST_F(CimClass, ThePlaceOfDeclarationGivenByAReaderDecidesTheOrder) {
   TCIMClass& a = Add(Class("A"));
   namespace_->AddClass(Class("Third", "A"), 30);
   namespace_->AddClass(Class("First", "A"), 10);
@@ -109,7 +109,7 @@ TEST_F(CimClass, AReadersPlaceOfDeclarationDecidesTheOrder) {
   EXPECT_EQ(SubClassesOf(a, 1), (TNames{"First", "Second", "AlsoSecond", "Third", "Last"}));
 }
 
-TEST_F(CimClass, AClassWithoutSubclassesDeliversNone) { EXPECT_EQ(SubClassesOf(Add(Class("A")), 1), TNames{}); }
+TEST_F(CimClass, AClassWithoutSubclassesEnumeratesNone) { EXPECT_EQ(SubClassesOf(Add(Class("A")), 1), TNames{}); }
 
 TEST_F(CimClass, TheCallbackEndsTheEnumerations) {
   TCIMClass& a = Add(Class("A").Text("P1").Text("P2").Text("P3"));
@@ -125,7 +125,7 @@ TEST_F(CimClass, InheritedPropertiesComeFirstFromTheRootDown) {
   EXPECT_EQ(PropertiesOf(c), (TNames{"A.Z", "A.Y", "B.X", "C.W", "C.A"}));
 }
 
-TEST_F(CimClass, AnOverridingPropertyKeepsItsPlaceAndItsOrigin) {
+TEST_F(CimClass, AnOverridingPropertyKeepsItsIndexAndItsOrigin) {
   Add(Class("A").Text("First").Bytes("Second").Text("Third"));
   TCIMClass& b = Add(Class("B", "A").Text("Own").Bytes("SECOND", {{"Index", TCIMValue(7)}}));
   EXPECT_EQ(PropertiesOf(b), (TNames{"A.First", "A.SECOND", "A.Third", "B.Own"}));
@@ -133,7 +133,7 @@ TEST_F(CimClass, AnOverridingPropertyKeepsItsPlaceAndItsOrigin) {
   EXPECT_EQ(b.Properties()[1]->GetQualifier("Index", {})->GetValue(), TCIMValue(7));
 }
 
-TEST_F(CimClass, AnOverrideDoesNotReachTheSuperclass) {
+TEST_F(CimClass, AnOverrideDoesNotAffectTheSuperclass) {
   TCIMClass& a = Add(Class("A").Property(TCIMValue::TCIMType::kUint8, "P"));
   TCIMClass& b = Add(Class("B", "A").Property(TCIMValue::TCIMType::kUint32, "P"));
   EXPECT_EQ(a.Properties()[0]->GetType({}).ToString(), "uint8");
@@ -159,7 +159,7 @@ TEST_F(CimClass, AnAbsentQualifierIsAnEmptyPointer) {
   EXPECT_THROW(a.GetQualifier("MaxInstanceCount", {})->GetValue(), TAssertionFailure);
 }
 
-TEST_F(CimClass, ClassQualifiersAreInheritedAsTheirFlavorSays) {
+TEST_F(CimClass, ClassQualifiersAreInheritedAccordingToTheirFlavor) {
   Add(Class("A").With("Inherited", TCIMValue(1)).With("Kept", TCIMValue(2), kRestricted));
   const TCIMClass& b = Add(Class("B", "A"));
   const TCIMClass& c = Add(Class("C", "B").With("Inherited", TCIMValue(3)));
@@ -171,7 +171,7 @@ TEST_F(CimClass, ClassQualifiersAreInheritedAsTheirFlavorSays) {
   EXPECT_EQ(c.Qualifiers().All().size(), 1U);
 }
 
-TEST_F(CimClass, PropertyQualifiersAreInheritedAsTheirFlavorSays) {
+TEST_F(CimClass, PropertyQualifiersAreInheritedAccordingToTheirFlavor) {
   TClassBuilder a = Class("A").Bytes("P", {{"Index", TCIMValue(1)}});
   a.properties[0].qualifiers.push_back(Qualifier("Kept", TCIMValue(2), kRestricted));
   Add(a);
@@ -181,7 +181,7 @@ TEST_F(CimClass, PropertyQualifiersAreInheritedAsTheirFlavorSays) {
   EXPECT_FALSE(b.Properties()[0]->GetQualifier("Kept", {}));
 }
 
-TEST_F(CimClass, AClassOutlivesItsNamespaceWithoutOne) {
+TEST_F(CimClass, AClassThatOutlivesItsNamespaceHasNone) {
   const auto b = (Add(Class("A").Text("P")), namespace_->AddClass(Class("B", "A")));
   namespace_.reset();
   EXPECT_FALSE(b->GetNamespace({}));
@@ -195,7 +195,7 @@ TEST_F(CimClass, TheMachineTypeIsTheNamespaces) {
   EXPECT_EQ(namespace_->GetMachineType(), "6203");
 }
 
-TEST(CaseInsensitive, FoldsAsciiLettersAlone) {
+TEST(CaseInsensitive, FoldsOnlyAsciiLetters) {
   EXPECT_TRUE(EqualNames("aZ_09", "Az_09"));
   EXPECT_FALSE(EqualNames("[", "{"));
   EXPECT_FALSE(EqualNames("@", "`"));

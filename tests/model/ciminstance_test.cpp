@@ -30,7 +30,7 @@ class CimInstance : public testing::Test {
   std::vector<boost::shared_ptr<const TInstance>> committed_;
 };
 
-TEST_F(CimInstance, ReachesTheHostAtItsCommitAlone) {
+TEST_F(CimInstance, ReachesTheHostOnlyWhenCommitted) {
   const auto instance = NewInstance();
   instance->SetProperty("InstanceID", "a", {});
   EXPECT_TRUE(committed_.empty());
@@ -40,7 +40,7 @@ TEST_F(CimInstance, ReachesTheHostAtItsCommitAlone) {
   EXPECT_EQ(*committed_[0]->Find("InstanceID"), TCIMValue("a"));
 }
 
-TEST_F(CimInstance, CommitsArriveInTheirOrder) {
+TEST_F(CimInstance, CommitsArriveInOrder) {
   const auto first = NewInstance();
   const auto second = NewInstance();
   second->Commit({});
@@ -66,7 +66,7 @@ TEST_F(CimInstance, PropertiesAreSetByNameInAnyCase) {
   EXPECT_FALSE(committed_[0]->IsSet(4));
 }
 
-TEST_F(CimInstance, ASecondSettingReplacesTheFirst) {
+TEST_F(CimInstance, SettingAPropertyAgainReplacesItsValue) {
   const auto instance = NewInstance();
   instance->SetProperty("Remark", "a", {});
   instance->SetProperty("Remark", "b", {});
@@ -140,13 +140,13 @@ TEST_F(CimInstance, WithoutItsNamespaceACommitIsRefused) {
   ExpectFailure(1, "an instance of Sample outlived its namespace", [&] { instance->Commit({}); });
 }
 
-TEST_F(CimInstance, WhatTheHostThrowsReachesThePlugin) {
+TEST_F(CimInstance, ExceptionsFromTheHostReachThePlugin) {
   namespace_->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw std::runtime_error("full"); });
   const auto instance = NewInstance();
   EXPECT_THROW(instance->Commit({}), std::runtime_error);
 }
 
-TEST_F(CimInstance, WithoutACallbackACommitIsTakenSilently) {
+TEST_F(CimInstance, WithoutACallbackACommitIsAcceptedSilently) {
   namespace_->SetCommitCallback({});
   EXPECT_NO_THROW(NewInstance()->Commit({}));
 }

@@ -1,4 +1,4 @@
-// How the tests state that a host operation is refused, and why.
+// Assertions that a host operation is refused, and why.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 namespace velhost {
 
-/// Runs the operation and expects a TVELException with that status and that noted detail.
+/// Expects the operation to throw a TVELException with this status and detail.
 template <typename TOperation>
 void ExpectFailure(std::int32_t status, const std::string& detail, const TOperation& operation) {
   ClearFailureDetail();
@@ -27,7 +27,7 @@ void ExpectMismatch(const std::string& detail, const TOperation& operation) {
   ExpectFailure(13, detail, operation);
 }
 
-/// Runs the operation and expects a THostError with that exit status and message.
+/// Expects the operation to throw a THostError with this exit status and message.
 template <typename TOperation>
 void ExpectHostError(EExitStatus status, const std::string& message, const TOperation& operation) {
   try {

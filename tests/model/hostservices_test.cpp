@@ -42,7 +42,7 @@ TEST_F(HostServices, WithoutAHostLogLinesAreDropped) {
   EXPECT_EQ(TRootObject::GetCoreLogger(), logger);
 }
 
-TEST_F(HostServices, AnInstalledPluginManagerIsHandedOutAndTakenAway) {
+TEST_F(HostServices, AnInstalledPluginManagerIsReturnedUntilRemoved) {
   const boost::shared_ptr<ICIMNamespace> manager = TNamespace::Create();
   THostServices::SetPluginManager(manager);
   EXPECT_EQ(TRootObject::GetPluginManager(), manager);
@@ -61,7 +61,7 @@ TEST_F(HostServices, AnInstalledLoggerGetsTheLines) {
   EXPECT_EQ(seen, "heard");
 }
 
-TEST_F(HostServices, AnInstalledEnvironmentAnswers) {
+TEST_F(HostServices, AnInstalledEnvironmentIsUsed) {
   TFixedEnvironment environment;
   THostServices::SetEnvironment(&environment);
   EXPECT_EQ(TOSSpecific::GetMachineTypeFromID(), "6203");
@@ -77,8 +77,8 @@ TEST_F(HostServices, TheSchemaHelperAsksTheNamespace) {
   EXPECT_FALSE(TCIMSchemaHelper::kPluginNSPName.empty());
 }
 
-// What a clock shows is not known beforehand; its zone is.
-TEST_F(HostServices, TheSystemsTimeCarriesTheProcesssZone) {
+// The time is unpredictable, but its zone is known.
+TEST_F(HostServices, TheSystemTimeIsInTheZoneOfTheProcess) {
   setenv("TZ", "XYZ-5:30", 1);
   tzset();
   const std::string text = TOSSpecific::GetLocalTime().ToString();

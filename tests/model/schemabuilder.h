@@ -24,7 +24,7 @@ inline TQualifierDefinition Qualifier(const std::string& name, const TCIMValue& 
   return definition;
 }
 
-/// An array of texts, as "SupportedMachineTypes" is.
+/// An array of strings, such as "SupportedMachineTypes".
 inline TCIMValue Texts(const std::vector<std::string>& texts) {
   return TCIMValue(TCIMValue::TCIMType::kString, 0, std::vector<TCIMValue>(texts.begin(), texts.end()));
 }
@@ -51,7 +51,7 @@ class TClassBuilder : public TClassDefinition {
     return Property(TCIMValue::TCIMType::kString, property, false, itsQualifiers);
   }
   TClassBuilder& Time(const std::string& property) { return Property(TCIMValue::TCIMType::kDateTime, property); }
-  /// An unsigned 8-bit array, as register properties are.
+  /// An array of unsigned 8-bit numbers, the type of register properties.
   TClassBuilder& Bytes(const std::string& property, const TQualifiers& itsQualifiers = {}) {
     return Property(TCIMValue::TCIMType::kUint8, property, true, itsQualifiers);
   }

@@ -18,13 +18,13 @@ TEST(TCIMDateTime, NegativeOffsetsCarryTheirSign) {
   EXPECT_EQ(TCIMDateTime(2026, 1, 31, 0, 0, 0, 0, -300).ToString(), "20260131000000.000000-300");
 }
 
-TEST(TCIMDateTime, ImpossibleFieldsShowAsTheyAre) {
+TEST(TCIMDateTime, ImpossibleFieldsAreShownUnchanged) {
   EXPECT_EQ(TCIMDateTime(2048, 48, 48, 48, 48, 48, 0, 0).ToString(), "20484848484848.000000+000");
   EXPECT_EQ(TCIMDateTime(0, 0, 0, 0, 0, 0, 0, 0).ToString(), "00000000000000.000000+000");
   EXPECT_EQ(TCIMDateTime(2255, 255, 255, 255, 255, 255, 0, 0).ToString(), "2255255255255255255.000000+000");
 }
 
-TEST(TCIMDateTime, TheWidestFieldsArePrintedWhole) {
+TEST(TCIMDateTime, TheWidestFieldsArePrintedInFull) {
   EXPECT_EQ(TCIMDateTime(65535, 65535, 4294967295, 65535, 65535, 65535, 4294967295, -32768).ToString(),
             "65535655354294967295655356553565535.4294967295-32768");
 }
@@ -38,7 +38,7 @@ TEST(TCIMDateTime, Iso8601ForPeople) {
   EXPECT_EQ(TCIMDateTime(2048, 48, 48, 48, 48, 48, 0, 0).ToIso8601(), "2048-48-48T48:48:48+00:00");
 }
 
-TEST(TCIMDateTime, TextsReadBackAsTheyWere) {
+TEST(TCIMDateTime, TextsRoundTrip) {
   for (const char* text : {"20241231235958.000000+000", "00000101000000.000000+000", "99991231235959.999999+720",
                            "20260131123456.000007-300"}) {
     EXPECT_EQ(TCIMDateTime::FromString(text).ToString(), text);
@@ -46,7 +46,7 @@ TEST(TCIMDateTime, TextsReadBackAsTheyWere) {
   EXPECT_EQ(TCIMDateTime::FromString("20260131123456.000000-000").ToString(), "20260131123456.000000+000");
 }
 
-TEST(TCIMDateTime, ReadFieldsEqualGivenOnes) {
+TEST(TCIMDateTime, ParsedFieldsEqualGivenOnes) {
   EXPECT_EQ(TCIMDateTime::FromString("20260102030405.000006-060"), TCIMDateTime(2026, 1, 2, 3, 4, 5, 6, -60));
   EXPECT_NE(TCIMDateTime::FromString("20260102030405.000006-060"), TCIMDateTime(2026, 1, 2, 3, 4, 5, 6, 60));
 }
@@ -62,7 +62,7 @@ TEST(TCIMDateTime, IntervalsAndAsterisksKeepTheirText) {
   }
 }
 
-TEST(TCIMDateTime, TextsOfAnotherShapeAreRefused) {
+TEST(TCIMDateTime, MalformedTextsAreRefused) {
   for (const char* text : {"", "20241231235958.000000+00", "20241231235958.000000+0000", "20241231235958,000000+000",
                            "20241231235958.000000 000", "2024123123595a.000000+000", "20241231235958.00000 +000",
                            "2024-12-31T23:59:58+00:00", "20241231235958.000000+-00", "20241231235958000000+0000"}) {

@@ -19,7 +19,7 @@ constexpr TNamedType kTypes[] = {{1, "boolean"}, {2, "uint8"},   {3, "sint8"},  
                                  {6, "uint32"},  {7, "sint32"},  {8, "uint64"},  {9, "sint64"},    {10, "real32"},
                                  {11, "real64"}, {12, "char16"}, {13, "string"}, {14, "datetime"}, {15, "ref"}};
 
-TEST(TCIMType, EveryNameStandsForItsCodeAndBack) {
+TEST(TCIMType, NamesAndCodesConvertToEachOther) {
   for (const TNamedType& type : kTypes) {
     EXPECT_EQ(static_cast<int>(TType(type.name).GetCode()), type.code) << type.name;
     EXPECT_EQ(TType(static_cast<TType::ECIMType>(type.code)).ToString(), type.name);

@@ -1,4 +1,4 @@
-// Construction, setting, copying and comparing of values.
+// Constructing, setting, copying and comparing values.
 #include "nkrovel20/tcimvalue.h"
 
 #include <gtest/gtest.h>
@@ -63,7 +63,7 @@ TEST(TCIMValue, AnEmptyArrayIsNotNull) {
   EXPECT_TRUE(ElementsOf(value).empty());
 }
 
-TEST(TCIMValue, TheDeclaredSizeNeitherCutsNorPadsTheElements) {
+TEST(TCIMValue, TheDeclaredSizeNeitherTruncatesNorPadsTheElements) {
   const TValues elements = {TCIMValue(1), TCIMValue(2), TCIMValue(3)};
   for (const unsigned int count : {0U, 2U, 3U, 8U, 0xFFFFFFFFU}) {
     const TCIMValue value(TType::kUint8, count, elements);
@@ -94,7 +94,7 @@ TEST(TCIMValue, NullElementsStayNull) {
   }
 }
 
-TEST(TCIMValue, AnArrayIsNoElement) {
+TEST(TCIMValue, AnElementMustNotBeAnArray) {
   ExpectMismatch("an array is not an element of an array", [] { TCIMValue(TType::kUint8, 1, {Bytes({1, 2})}); });
 }
 
@@ -214,12 +214,12 @@ TEST(TCIMValue, AnElementCanReplaceItsArray) {
   EXPECT_EQ(moved.ToString(10), "a text that is longer than a short string's own buffer");
 }
 
-TEST(TCIMValue, MovingThrowsNothing) {
+TEST(TCIMValue, MovingDoesNotThrow) {
   EXPECT_TRUE(std::is_nothrow_move_constructible_v<TCIMValue>);
   EXPECT_TRUE(std::is_nothrow_move_assignable_v<TCIMValue>);
 }
 
-TEST(TCIMValue, EqualityLooksAtTypeNullnessAndContent) {
+TEST(TCIMValue, EqualityComparesTypeNullnessAndContent) {
   EXPECT_EQ(TCIMValue(5), TCIMValue(5));
   EXPECT_NE(TCIMValue(5), TCIMValue(6));
   EXPECT_NE(TCIMValue(5), TCIMValue(static_cast<unsigned char>(5)));
@@ -244,7 +244,7 @@ TEST(TCIMValue, NullValuesOfOneTypeAreEqualWhateverTheirDeclaredSize) {
   EXPECT_NE(small, TCIMValue());
 }
 
-TEST(TCIMValue, MapsAreWalkedInAscendingOrderOfNames) {
+TEST(TCIMValue, MapsAreIteratedInAscendingOrderOfNames) {
   const TPropertyMap map = {{"b", TCIMValue(2)}, {"B", TCIMValue(1)}, {"a", TCIMValue(3)}};
   std::string names;
   for (const auto& entry : map) names += entry.first;

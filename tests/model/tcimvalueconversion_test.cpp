@@ -1,4 +1,4 @@
-// Values as numbers, datetimes and values of other types, and every conversion that is refused.
+// Conversion of values to numbers, datetimes and values of other types, and every conversion that is refused.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -68,7 +68,7 @@ TEST(TCIMValueConversion, EachIntegerTypeKeepsTheBitsItHolds) {
   }
 }
 
-TEST(TCIMValueConversion, IntegersAreNoOtherKind) {
+TEST(TCIMValueConversion, ScalarsOfAnotherKindAreRefused) {
   ExpectMismatch("an integer is not a string", [] { Integer(TType::kString, 1); });
   ExpectMismatch("an integer is not a real32", [] { Integer(TType::kReal32, 1); });
   ExpectMismatch("an integer is not a datetime", [] { Integer(TType::kDateTime, 1); });
@@ -93,7 +93,7 @@ TEST(TCIMValueConversion, TextsAreReadAsDecimalOrHexadecimalNumbers) {
   EXPECT_EQ(TCIMValue::FromText(TType::kReference, "17").ToInteger(), 17U);
 }
 
-TEST(TCIMValueConversion, TextsThatAreNoNumberAreRefused) {
+TEST(TCIMValueConversion, TextsThatAreNotNumbersAreRefused) {
   for (const char* text : {"", " ", "-", "+", "+-5", "--5", "0x", "0xg", "x10", "12 ", " 12", "1.5", "1e3", "12a",
                            "18446744073709551616", "0x10000000000000000", "true", "abc"}) {
     const std::string detail = "\"" + std::string(text) + "\" is not a number";
@@ -119,7 +119,7 @@ TEST(TCIMValueConversion, ANullIsZeroAndTheEmptyText) {
   }
 }
 
-TEST(TCIMValueConversion, RealsAreCutTowardsZero) {
+TEST(TCIMValueConversion, RealsAreTruncatedTowardsZero) {
   EXPECT_EQ(Real(3.99).ToInteger(), 3U);
   EXPECT_EQ(Real(-3.99).ToInteger(), 0xFFFFFFFFFFFFFFFDU);
   EXPECT_EQ(Real(-0.5).ToInteger(), 0U);
@@ -148,7 +148,7 @@ TEST(TCIMValueConversion, ToRealReadsNumbersAndDecimalTexts) {
   EXPECT_EQ(TCIMValue::FromReal(TType::kReal32, 0.1).ToReal(), static_cast<double>(0.1F));
 }
 
-TEST(TCIMValueConversion, WhatIsNoRealNumberIsRefused) {
+TEST(TCIMValueConversion, ValuesThatAreNotRealNumbersAreRefused) {
   for (const char* text : {"", "one", "1.5x", "1,5", "0x10", "1e999"}) {
     ExpectMismatch("\"" + std::string(text) + "\" is not a number", [text] { TCIMValue(text).ToReal(); });
   }
@@ -156,14 +156,14 @@ TEST(TCIMValueConversion, WhatIsNoRealNumberIsRefused) {
   ExpectMismatch("a datetime is not a real number", [] { TCIMValue(kTime).ToReal(); });
 }
 
-TEST(TCIMValueConversion, ArraysAndDatetimesAreNoNumbers) {
+TEST(TCIMValueConversion, ArraysAndDatetimesAreNotNumbers) {
   ExpectMismatch("an array is not a number", [] { OneByte().ToInteger(); });
   ExpectMismatch("an array is not a number", [] { static_cast<void>(static_cast<unsigned int>(OneByte())); });
   ExpectMismatch("a datetime is not a number",
                  [] { static_cast<void>(static_cast<unsigned short>(TCIMValue(kTime))); });
 }
 
-TEST(TCIMValueConversion, AScalarIsNoArray) {
+TEST(TCIMValueConversion, AScalarIsNotAnArray) {
   for (TCIMValue scalar : {TCIMValue(), TCIMValue(1), TCIMValue("text"), TCIMValue(kTime)}) {
     ExpectMismatch("a scalar is not an array", [&scalar] { static_cast<void>(static_cast<TValues&>(scalar)); });
     const TCIMValue& constant = scalar;
@@ -224,7 +224,7 @@ TEST(TCIMValueConversion, AnEmptyArrayStaysAnArray) {
   EXPECT_FALSE(converted.IsNull());
 }
 
-TEST(TCIMValueConversion, ConversionsWithoutAMeaningAreRefused) {
+TEST(TCIMValueConversion, MeaninglessConversionsAreRefused) {
   ExpectMismatch("a datetime is not a number", [] { TCIMValue(kTime).ConvertedTo(TType::kUint8); });
   ExpectMismatch("a datetime is not a real number", [] { TCIMValue(kTime).ConvertedTo(TType::kReal32); });
   ExpectMismatch("a sint32 is not a datetime", [] { TCIMValue(1).ConvertedTo(TType::kDateTime); });

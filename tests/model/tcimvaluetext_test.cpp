@@ -1,4 +1,4 @@
-// Values as text.
+// Conversion of values to text.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -22,7 +22,7 @@ TEST(TCIMValueText, ThirtyFiveInEveryRadix) {
   }
 }
 
-TEST(TCIMValueText, AnotherRadixCountsAsTen) {
+TEST(TCIMValueText, AnInvalidRadixCountsAsTen) {
   constexpr unsigned char others[] = {0, 1, 37, 255};
   for (const unsigned char radix : others) EXPECT_EQ(TCIMValue(255).ToString(radix), "255");
 }
@@ -67,13 +67,13 @@ TEST(TCIMValueText, RealsReadBackAsTheSameNumber) {
   EXPECT_EQ(SingleText(16777217), "16777216.0");
 }
 
-TEST(TCIMValueText, TextsAndDatetimesAreThemselves) {
+TEST(TCIMValueText, TextsAndDatetimesAreUnchanged) {
   EXPECT_EQ(TCIMValue("a \"b\"\n").ToString(10), "a \"b\"\n");
   EXPECT_EQ(TCIMValue(TCIMDateTime(2026, 1, 31, 12, 34, 56, 7, -60)).ToString(10), "20260131123456.000007-060");
   EXPECT_EQ(TCIMValue::FromText(TType::kReference, "A.B=\"c\"").ToString(10), "A.B=\"c\"");
 }
 
-TEST(TCIMValueText, ArraysStandInBraces) {
+TEST(TCIMValueText, ArraysAreInBraces) {
   EXPECT_EQ(TCIMValue(TType::kUint8, 3, {TCIMValue(1), TCIMValue(), TCIMValue(255)}).ToString(10), "{1, , 255}");
   EXPECT_EQ(TCIMValue(TType::kUint8, 2, {TCIMValue(16), TCIMValue(255)}).ToString(16), "{10, ff}");
   EXPECT_EQ(TCIMValue(TType::kString, 0, {}).ToString(10), "{}");

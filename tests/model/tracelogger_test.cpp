@@ -5,7 +5,7 @@
 namespace velhost {
 namespace {
 
-TEST(TraceLogger, SeveritiesHaveTheirWords) {
+TEST(TraceLogger, SeveritiesHaveNames) {
   EXPECT_STREQ(TTraceLogger::SeverityName(ILogger::kError), "error");
   EXPECT_STREQ(TTraceLogger::SeverityName(ILogger::kWarning), "warning");
   EXPECT_STREQ(TTraceLogger::SeverityName(ILogger::kStatus), "status");
@@ -27,7 +27,7 @@ TEST(TraceLogger, AnotherNumberIsUnknown) {
   }
 }
 
-TEST(TraceLogger, ALineHasItsSeverityInFront) {
+TEST(TraceLogger, ALineStartsWithItsSeverity) {
   EXPECT_EQ(TTraceLogger::FormatText(ILogger::kDebug, "Entered torgareg request."),
             "debug Entered torgareg request.\n");
   EXPECT_EQ(TTraceLogger::FormatText(ILogger::kError, ""), "error \n");
@@ -47,7 +47,7 @@ TEST(TraceLogger, OtherCharactersStayAsTheyAre) {
   EXPECT_EQ(TTraceLogger::FormatText(ILogger::kStatus, "a\tb\r\xC3\xA9"), "status a\tb\r\xC3\xA9\n");
 }
 
-TEST(TraceLogger, EachSinkGetsWhatIsImportantEnoughInTheirOrder) {
+TEST(TraceLogger, EachSinkGetsWhatIsImportantEnoughInOrder) {
   TTraceLogger logger;
   std::string seen;
   logger.AddSink(ILogger::kWarning, [&seen](ILogger::EVELLogSeverity, const std::string& text) { seen += "1" + text; });

@@ -47,7 +47,7 @@ TEST(TVELException, CopiesKeepTheirOwnText) {
   EXPECT_EQ(copy.GetStatusCode().GetCode(), 4711);
 }
 
-TEST(FailureDetail, IsNotedBesideTheException) {
+TEST(FailureDetail, IsStoredSeparatelyFromTheException) {
   try {
     ThrowHostFailure(12, "class A declares no property \"b\"");
   } catch (const TVELException& exception) {
