@@ -14,7 +14,7 @@ TCIMValue Numbers(std::size_t count) {
   return TCIMValue(TType::kUint32, 0, std::vector<TCIMValue>(count, TCIMValue(7)));
 }
 
-// A class with three properties that are inherited and these registers of its own.
+// A class with three inherited properties and the given registers of its own.
 class CollectionSize : public testing::Test {
  protected:
   CollectionSize() : schema_(TNamespace::Create()) {
@@ -72,7 +72,7 @@ TEST_F(CollectionSize, OtherPathsTakeNothing) {
   EXPECT_EQ(Of(Counted(TCIMValue(2)).Bytes("A"), EPath::kCapture).properties, 0U);
 }
 
-TEST(CollectionSizeProblem, TheLimitsAreTheLastThatAreAllowed) {
+TEST(CollectionSizeProblem, TheLimitsThemselvesAreAllowed) {
   EXPECT_EQ(ProblemOf({65535, 131072, 2097152}), "");
   EXPECT_EQ(ProblemOf({65536, 0, 0}), "takes 65536 instances, expected at most 65535");
   EXPECT_EQ(ProblemOf({1, 131073, 0}), "takes 131073 register reads, expected at most 131072");
@@ -88,7 +88,7 @@ TEST_F(CollectionSize, AddressesOfOneRegister) {
 }
 
 TEST_F(CollectionSize, MachineTypesCountForEachClassThatHasThem) {
-  // 64 classes of 65,536 bytes: one text of 65,520 and 16 for the element.
+  // 64 classes of 65,536 bytes each: a text of 65,520 and 16 for the element.
   const TCIMValue list = Texts({std::string(65520, '1')});
   schema_->AddClass(Class("C0", "Super").With("SupportedMachineTypes", list));
   for (int i = 1; i < 64; ++i) {

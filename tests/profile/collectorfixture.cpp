@@ -10,7 +10,7 @@ namespace velhost {
 
 namespace {
 
-// Loaded once and kept: in sanitizer builds a library stays mapped and would not register again.
+// Loaded only once: in sanitizer builds, a library stays mapped and would not register again.
 TLoadedPlugin& Collector() {
   static auto* const libraries = new TDynamicLibraryLoader();
   static auto* const loader = new TPluginLoader(*libraries);
@@ -49,7 +49,7 @@ bool TRememberingProcessor::SendIpmi(int, wire::TCommandBuffer& buffer, int& len
 }
 
 void TRememberingProcessor::AnswerStorageArea(wire::TCommandBuffer& buffer, int& length) {
-  // The manufacturer id, and a handle, a size of zero, or a count of zero.
+  // The manufacturer id, followed by a handle, a size of zero, or a count of zero.
   static constexpr std::array<std::uint8_t, 7> kEmpty = {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00};
   if (buffer[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(buffer.Data() + 21));
   CommandFrame::StoreResponse(buffer, length, hasStorageAreas ? 0x00 : 0xCB, kEmpty);

@@ -1,5 +1,5 @@
-// The real collector, loaded into the test, before a service processor that answers everything and
-// remembers what it was asked.
+// The real collector, loaded into the test, with a service processor that answers everything and records the
+// requests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,8 +20,8 @@ struct TRegisterRead {
   friend bool operator==(const TRegisterRead&, const TRegisterRead&) = default;
 };
 
-/// One BMC node and two service processors with dot commands. Every register holds the bytes 01 to
-/// 08, the capture time is known, and the register block is the test's.
+/// One BMC node and two service processors with dot commands. Every register has the bytes 01 to 08, the
+/// capture time is known, and the test sets the register block.
 class TRememberingProcessor : public IServiceProcessor {
  public:
   TRememberingProcessor();
@@ -29,9 +29,9 @@ class TRememberingProcessor : public IServiceProcessor {
   std::vector<TRegisterRead> registerReads;
   std::vector<int> blockReads;           ///< service processors
   std::vector<std::string> openedAreas;  ///< names
-  std::array<std::uint8_t, 4096> block;  ///< a valid header first, zeros behind it
+  std::array<std::uint8_t, 4096> block;  ///< starts with a valid header, followed by zeros
 
-  bool hasStorageAreas = false;  ///< whether every area exists, each without a byte
+  bool hasStorageAreas = false;  ///< whether all areas exist; they are empty
 
   void Forget();
 
@@ -50,15 +50,15 @@ class TRememberingProcessor : public IServiceProcessor {
   void AnswerStorageArea(wire::TCommandBuffer& buffer, int& length);
 };
 
-/// The collector in a process with a schema of the test's.
+/// The collector in a process with the test's own schema.
 class TCollectorTest : public testing::Test, private IHostEnvironment {
  protected:
   TCollectorTest();
   ~TCollectorTest() override;
 
-  /// A namespace whose instances come to `committed_`.
+  /// A namespace whose committed instances are stored in `committed_`.
   boost::shared_ptr<TNamespace> NewSchema();
-  /// Asks the collector for one class on a machine of that type, forgetting what was before.
+  /// Clears all records, then requests one class on a machine of that type.
   void Collect(const boost::shared_ptr<TNamespace>& schema, const boost::shared_ptr<TCIMClass>& requested,
                const std::string& machineType);
 
@@ -72,7 +72,7 @@ class TCollectorTest : public testing::Test, private IHostEnvironment {
   std::string machineType_;
 };
 
-/// The root of every schema here: CIM_StatisticalData with the four identification properties.
+/// Adds the root class of every schema here: CIM_StatisticalData with the four identification properties.
 void AddRoot(TNamespace& schema);
 
 }  // namespace velhost

@@ -1,4 +1,4 @@
-// The profile's functions by themselves.
+// The profile's functions on their own.
 #include "host/profile/collectorprofile.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ std::vector<std::string> NamesOf(const std::vector<boost::shared_ptr<TPropertyDe
   return names;
 }
 
-// "CLASS path base served instances registers", one line each.
+// "CLASS path base served instances registers", one line per class.
 std::string Summary(const std::vector<Profile::TServedClass>& classes) {
   std::string text;
   for (const Profile::TServedClass& entry : classes) {
@@ -54,7 +54,7 @@ TEST(CollectorProfileNames, PathsHaveTheirNames) {
   EXPECT_STREQ(Profile::NameOfPath(EPath::kNone), "none");
 }
 
-TEST(CollectorProfileNames, IdentificationPropertiesAreSkippedInTheirExactSpelling) {
+TEST(CollectorProfileNames, IdentificationPropertiesAreSkippedOnlyInTheirExactSpelling) {
   for (const EPath path : {EPath::kR8, EPath::kJfr}) {
     for (const char* name : {"MachineType", "DateTimeOfCollection", "StatisticTime", "InstanceID"}) {
       EXPECT_TRUE(Profile::IsSkippedName(path, name)) << name;
@@ -82,7 +82,7 @@ TEST_F(CollectorProfileTest, ARootClasssOwnPropertiesAreItsRegisters) {
   EXPECT_EQ(NamesOf(Profile::RegistersOf(Add(Class("A").Bytes("Own")), EPath::kR8)), std::vector<std::string>{"Own"});
 }
 
-TEST_F(CollectorProfileTest, AnElementMatchesWhereItContainsTheMachineType) {
+TEST_F(CollectorProfileTest, AnElementMatchesIfItContainsTheMachineType) {
   const TCIMClass& a = Add(For("A", "", {"4411", "6101,6102", "62039"}));
   EXPECT_EQ(Profile::MatchingElement(a, "6102"), "6101,6102");
   EXPECT_EQ(Profile::MatchingElement(a, "610"), "6101,6102");
@@ -163,7 +163,7 @@ TEST_F(CollectorProfileTest, InstanceCountsAreReadAsSixteenBits) {
   EXPECT_EQ(count("F", Texts({"2"})), 0U);
 }
 
-TEST(CollectorProfileValues, TheEightByteFamilyAreFourTypes) {
+TEST(CollectorProfileValues, TheEightByteFamilyHasFourTypes) {
   for (const char* type : {"4411", "4414", "4523", "4524"}) EXPECT_TRUE(Profile::IsEightByteFamily(type));
   for (const char* type : {"", "6203", "441", "44110", "4412", " 4411"}) EXPECT_FALSE(Profile::IsEightByteFamily(type));
 }
@@ -190,7 +190,7 @@ TEST(CollectorProfileValues, TheMarkerTailLeavesFourBytes) {
   }
 }
 
-TEST(CollectorProfileValues, AJfrValueHasTheEqualsSignBetween) {
+TEST(CollectorProfileValues, AJfrValueHasAnEqualsSignInBetween) {
   const std::vector<int> value = {9, 8, 7, 32, 61, 32, 1, 2, 3, 4, 5, 6, 7, 8};
   const auto split = Profile::SplitRegisterValue(EPath::kJfr, RegisterValue(value));
   ASSERT_TRUE(split);
@@ -203,7 +203,7 @@ TEST(CollectorProfileValues, AJfrValueHasTheEqualsSignBetween) {
   }
 }
 
-TEST(CollectorProfileValues, OtherValuesAreNoRegisters) {
+TEST(CollectorProfileValues, OtherValuesAreNotRegisters) {
   std::vector<int> bytes(14, 0);
   for (const EPath path : {EPath::kR8, EPath::kJfr}) {
     EXPECT_FALSE(Profile::SplitRegisterValue(path, TCIMValue()));

@@ -1,5 +1,5 @@
-// Which classes are served and how: for many generated schemas, the profile's prediction against
-// what the collector asks the service processors and commits.
+// Which classes are served and how: compares, for many generated schemas, the profile's prediction with what
+// the collector requests from the service processors and commits.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,8 +18,8 @@ using Profile::EPath;
 
 const std::vector<std::string> kMachineTypes = {"6101", "6102", "6203", "4411", "4523", "610", ""};
 
-// Schemas that have every qualifier the collector needs, and oddities besides: classes in another
-// case, base classes below each other, R8 classes and the capture class below a base class.
+// Schemas that have every qualifier the collector requires, but also oddities: classes spelled in another
+// case, base classes derived from each other, R8 classes and the capture class derived from a base class.
 class TSchemaGenerator {
  public:
   explicit TSchemaGenerator(unsigned int seed) : random_(seed) {}
@@ -48,7 +48,8 @@ class TSchemaGenerator {
     if (Chance(8)) name[0] = 'k';
     return name;
   }
-  // A class below a base, or a base itself; `otherwise` unless `below`, an empty one being a base.
+  // If `below`, a class below a base; otherwise `otherwise`. If the chosen one does not exist or is empty, a
+  // base.
   std::string AnyOf(bool below, const std::string& otherwise) {
     if (below && !below_.empty()) return below_[Below(below_.size())];
     return otherwise.empty() ? bases_[Below(bases_.size())] : otherwise;
@@ -122,7 +123,7 @@ class GeneratedSchemas : public TCollectorTest {
                                           ? (std::vector<std::string>{"cpu_err", "ioh_err", "zyn_err"})
                                           : std::vector<std::string>());
     if (entry.path == EPath::kCapture) return;
-    // An R8 instance without a register is not made; a JFR instance is, for each service processor.
+    // An R8 instance without registers is not created; a JFR instance is, once per service processor.
     const std::size_t count = entry.path == EPath::kJfr ? entry.instances * TRememberingProcessor::kServiceProcessors
                               : entry.registers > 0     ? entry.instances
                                                         : 0;
@@ -140,8 +141,8 @@ class GeneratedSchemas : public TCollectorTest {
     EXPECT_TRUE(committed_.empty());
   }
 
-  // Every class of the schema is asked for, also those that the profile does not list. Returns how
-  // many were served on each path.
+  // Requests every class of the schema, even those that the profile does not list. Returns how many were
+  // served on each path.
   void ExpectAgreement(const boost::shared_ptr<TNamespace>& schema, const std::string& machineType) {
     const auto predicted = Profile::CollectableClasses(*schema, machineType);
     for (const auto& requested : schema->Classes()) {
@@ -161,7 +162,7 @@ class GeneratedSchemas : public TCollectorTest {
   std::array<int, 4> served_{};
 };
 
-TEST_F(GeneratedSchemas, TheProfileSaysWhatTheCollectorServes) {
+TEST_F(GeneratedSchemas, TheProfilePredictsWhatTheCollectorServes) {
   for (unsigned int seed = 0; seed < 150; ++seed) {
     SCOPED_TRACE(seed);
     const auto schema = NewSchema();

@@ -1,4 +1,4 @@
-// How register values are laid out: the profile takes apart what the real collector put together.
+// The layout of register values: the profile splits what the real collector assembled.
 #include <gtest/gtest.h>
 
 #include "host/profile/collectorprofile.h"
@@ -28,7 +28,7 @@ class RegisterLayout : public TCollectorTest {
     return schema;
   }
 
-  // The value of property "Register" in the committed instance `index`.
+  // The value of "Register" in the committed instance at `index`.
   const TCIMValue& Collected(const TClassBuilder& served, const std::string& machineType, std::size_t index = 0) {
     const auto schema = SchemaWith(served);
     Collect(schema, schema->Classes().back(), machineType);
@@ -58,14 +58,15 @@ class RegisterLayout : public TCollectorTest {
     EXPECT_EQ(split->value, value) << machineType;
   }
 
-  // Fills the block behind its header, so that a byte tells the low or the high half of its place.
+  // Fills the block after its header such that each byte is the low or the high half of its own offset.
   void NumberBlock(unsigned int shift) {
     for (std::size_t i = 7; i < processor_.block.size(); ++i) {
       processor_.block.at(i) = static_cast<std::uint8_t>(i >> shift);
     }
   }
 
-  // Where the record lies whose value the collector gives, from two readings of a numbered block.
+  // The offset of the record whose value the collector returns, derived from two readings of a numbered
+  // block.
   std::size_t PlaceOfRecord(int index, int instance, std::size_t byte) {
     std::array<std::size_t, 2> halves{};
     for (const unsigned int half : {0U, 1U}) {
@@ -87,12 +88,12 @@ TEST_F(RegisterLayout, R8ValuesOfSixtyFourBitsAreTheSameInBothFamilies) {
   ExpectR8(8, "6203", {8, 7, 6, 5, 4, 3, 2, 1});
 }
 
-TEST_F(RegisterLayout, R8ValuesOfThirtyTwoBitsAreFoldedAsTheFamilySays) {
+TEST_F(RegisterLayout, R8ValuesOfThirtyTwoBitsAreFoldedAccordingToTheFamily) {
   ExpectR8(4, "4411", {0x0C, 0x07, 0x06, 0x05});
   ExpectR8(4, "6203", {0x04, 0x03, 0x02, 0x03});
 }
 
-// A folded value tells the family. One element of the class's qualifier contains every type.
+// The folded value shows the family. One element of the class's qualifier contains every type.
 TEST_F(RegisterLayout, TheEightByteFamilyIsTheCollectorsForEveryFourDigitType) {
   std::string all;
   for (int number = 0; number < 10000; ++number) all += std::to_string(10000 + number).substr(1) + ",";
@@ -120,7 +121,7 @@ TEST_F(RegisterLayout, TheEightByteFamilyIsTheCollectorsForEveryFourDigitType) {
   }
 }
 
-TEST_F(RegisterLayout, JfrValuesStandInBufferOrderBehindTheEqualsSign) {
+TEST_F(RegisterLayout, JfrValuesAreInBufferOrderAfterTheEqualsSign) {
   const TBytes record = {0x0A, 0x0B, 0x0C, 1, 2, 3, 4, 5, 6, 7, 8};
   std::copy(record.begin(), record.end(), processor_.block.begin() + 7 + 5 * 8);
   const TCIMValue& value = Collected(JfrClass(5, 1), "6203");
@@ -131,7 +132,7 @@ TEST_F(RegisterLayout, JfrValuesStandInBufferOrderBehindTheEqualsSign) {
   EXPECT_EQ(split->value, (TBytes{1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
-TEST_F(RegisterLayout, RecordsLieWhereTheProfilesGeometrySays) {
+TEST_F(RegisterLayout, RecordsAreWhereTheProfileSays) {
   for (const int instance : {0, 1}) {
     for (const int index : {0, 1, 5, 253}) {
       const std::size_t record = static_cast<std::size_t>(index) +
@@ -144,17 +145,17 @@ TEST_F(RegisterLayout, RecordsLieWhereTheProfilesGeometrySays) {
   }
 }
 
-TEST_F(RegisterLayout, OnceByHandRegisterFiveOfInstanceOneStartsAtByte2095) {
+TEST_F(RegisterLayout, RegisterFiveOfInstanceOneStartsAtByte2095) {
   EXPECT_EQ(PlaceOfRecord(5, 1, 0), 2095U);
   EXPECT_EQ(PlaceOfRecord(5, 1, 10), 2105U);
 }
 
-TEST_F(RegisterLayout, WithTheSecondHeaderRecordsBeginAtTheBlocksStart) {
+TEST_F(RegisterLayout, WithTheSecondHeaderRecordsBeginAtTheStartOfTheBlock) {
   processor_.block[2] = 0;
   EXPECT_EQ(PlaceOfRecord(5, 1, 0), 2088U);
 }
 
-// Record 509 is the last that lies inside with the larger base: 7 + 509 * 8 + 11 = 4090.
+// Record 509 is the last that fits with the larger base: 7 + 509 * 8 + 11 = 4090.
 TEST_F(RegisterLayout, TheLastRecordEndsBeforeTheProfilesBlockDoes) {
   NumberBlock(0);
   const auto lastByte = [this](int index) {
@@ -166,7 +167,7 @@ TEST_F(RegisterLayout, TheLastRecordEndsBeforeTheProfilesBlockDoes) {
   EXPECT_EQ(lastByte(254), '0') << "past the block the collector reads its fill";
 }
 
-// The class declares what the profile lists and no more: anything else would be refused.
+// The class declares exactly the properties that the profile lists; any other would be refused.
 TEST_F(RegisterLayout, ACaptureFileHasTheProfilesProperties) {
   TClassBuilder captureClass = Class(std::string(Profile::kCaptureClass));
   for (const std::string_view property : Profile::kCaptureProperties) captureClass.Text(std::string(property));

@@ -1,7 +1,7 @@
-// Which properties are read as registers: the profile's word against what the collector does.
+// Which properties are read as registers: compares the profile with the collector.
 //
-// A register property without its qualifiers ends in an assertion when the collector reads it, and
-// does nothing when it is skipped. So one such property shows which of the two happened.
+// A register property without qualifiers ends in an assertion if the collector reads it, and has no effect if
+// it is skipped. So one such property shows which of the two happened.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"
@@ -32,7 +32,7 @@ const std::vector<std::string> kNames = {"MachineType",   "DateTimeOfCollection"
 
 class SkippedProperties : public TCollectorTest {
  protected:
-  // Three levels, of which the lowest alone serves the machine type, with the property where `place` says.
+  // Three levels, of which only the lowest serves the machine type, with the property at `place`.
   boost::shared_ptr<TNamespace> Schema(EPath path, EPlace place, const std::string& property) {
     const bool jfr = path == EPath::kJfr;
     auto schema = NewSchema();
@@ -60,7 +60,7 @@ class SkippedProperties : public TCollectorTest {
       EXPECT_EQ(failure.GetPointee(), "ICIMQualifier");
       return true;
     } catch (const TVELException&) {
-      // The identity that the collector adds of its own is not declared here, or as bytes.
+      // The identification properties that the collector adds are undeclared here, or declared as bytes.
     }
     return false;
   }
@@ -77,11 +77,11 @@ class SkippedProperties : public TCollectorTest {
   }
 };
 
-TEST_F(SkippedProperties, OnTheR8PathTheProfileSaysWhatTheCollectorDoes) { ExpectAgreement(EPath::kR8); }
-TEST_F(SkippedProperties, OnTheJfrPathTheProfileSaysWhatTheCollectorDoes) { ExpectAgreement(EPath::kJfr); }
+TEST_F(SkippedProperties, OnTheR8PathTheProfileAgreesWithTheCollector) { ExpectAgreement(EPath::kR8); }
+TEST_F(SkippedProperties, OnTheJfrPathTheProfileAgreesWithTheCollector) { ExpectAgreement(EPath::kJfr); }
 
-// What the agreement above is about, once by hand.
-TEST_F(SkippedProperties, ElementNameIsReadOnTheJfrPathAlone) {
+// Hand-written examples of this agreement.
+TEST_F(SkippedProperties, ElementNameIsReadOnlyOnTheJfrPath) {
   EXPECT_TRUE(Reads(Schema(EPath::kJfr, EPlace::kOwn, "ElementName")));
   EXPECT_FALSE(Reads(Schema(EPath::kR8, EPlace::kOwn, "ElementName")));
   EXPECT_FALSE(Reads(Schema(EPath::kJfr, EPlace::kOwn, "InstanceID")));
@@ -98,8 +98,8 @@ TEST_F(SkippedProperties, OneLevelIsReadAndAnOverrideKeepsItsOrigin) {
   }
 }
 
-// The collector compares a property's origin with the superclass's name before it looks at anything
-// else, so that a class without a superclass cannot be collected at all.
+// The collector compares a property's origin with the superclass's name first of all, so it cannot collect a
+// class without a superclass.
 TEST_F(SkippedProperties, AClassWithoutASuperclassEndsInAnAssertion) {
   const auto schema = NewSchema();
   for (const std::string_view base : CollectorProfile::kJfrBaseClasses) schema->AddClass(Class(std::string(base)));
