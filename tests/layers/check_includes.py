@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Checks who includes whom: check_includes.py SOURCE_FOLDER.
+"""Checks the include dependencies of the tree: check_includes.py SOURCE_FOLDER.
 
-The folders are layers, and inclusion goes down only: the table below has, for each layer, the layers that it may
-include. Every layer may include itself, but no file may include itself by way of others.
+The folders are layers, and includes go downwards only: the table lists, for each layer, the layers that it may include.
+Every layer may include itself, but no file may include itself indirectly.
 """
 
 import pathlib
@@ -31,17 +31,17 @@ MAY_INCLUDE = {
     "host/velhost": (SDK, WIRE, *HOST),
     "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/sim"),
 }
-# The driver on this machine is asked for together with what SMBIOS says of it.
+# Finding the local driver also takes what SMBIOS says about it.
 MAY_INCLUDE["host/bmc/inband"] += ("host/bmc/smbios",)
 
-# Angle brackets count too: they find our folders as well.
+# Angle brackets count too: they also find our folders.
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 SUFFIXES = (".h", ".inc", ".cpp", ".c", ".l", ".y")
-FEWEST_INCLUDES = 500  # fewer: the source folder is not the right one
+FEWEST_INCLUDES = 500  # if fewer are found, this is not the source folder
 
 
 def layer_of(name):
-    """The layer of a file or of an included name; None for what is no folder of ours."""
+    """The layer of a file or an included name; None if it is not in one of our folders."""
     if name.startswith("nkrovel20/"):
         return SDK
     fitting = [layer for layer in MAY_INCLUDE if name.startswith(layer + "/")]
@@ -49,7 +49,7 @@ def layer_of(name):
 
 
 def read_includes(root):
-    """Each source file of the layers, with what it includes in quotes."""
+    """Each source file of the layers, with the names that it includes."""
     found = {}
     for top in ("wire", "host", "bmcsim", *COLLECTOR):
         for path in sorted((root / top).rglob("*")):
@@ -75,7 +75,7 @@ def violations(includes):
 
 
 def cycles(includes):
-    """The first way around that is found from each file, if there is one."""
+    """The first include cycle found from each file, if there is one."""
     state = {}
 
     def visit(file, way):

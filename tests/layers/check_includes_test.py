@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The include check finds what it is there for: check_includes_test.py SOURCE_FOLDER."""
+"""The include check finds planted violations: check_includes_test.py SOURCE_FOLDER."""
 
 import pathlib
 import shutil
@@ -13,7 +13,7 @@ SOURCE = pathlib.Path(sys.argv.pop(1) if len(sys.argv) > 1 else ".")
 
 
 class Planted(unittest.TestCase):
-    """A copy of the tree, to which a line is added."""
+    """A copy of the tree to which one include line is added."""
 
     def setUp(self):
         self.root = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))

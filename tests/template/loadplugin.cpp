@@ -1,4 +1,4 @@
-// Loads a plugin the way the host does, prints its identity, and asks it for one class.
+// Loads a plugin as the host does, prints its identity, and requests one class.
 #include <cstdio>
 #include <exception>
 

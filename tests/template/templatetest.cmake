@@ -1,8 +1,8 @@
-# Run by ctest: builds the template plugin out of tree and loads what comes of it.
+# Run by ctest: builds the template plugin out of tree and loads the result.
 #
-#   VARIANT buildtree   find_package against the build tree; host/template of the source tree
-#           installed   find_package against an installation that was moved after installing, and its template
-#           pkgconfig   one compiler call with pkg-config's flags, against such an installation
+#   VARIANT buildtree   find_package against the build tree; host/template from the source tree
+#           installed   find_package and the template from an installation that was moved after installing
+#           pkgconfig   one compiler call with the flags from pkg-config, against such an installation
 
 function(run)
   cmake_parse_arguments(ARG "" "OUTPUT" "ENVIRONMENT;COMMAND" ${ARGN})
@@ -23,7 +23,7 @@ function(expect_file path)
   endif()
 endfunction()
 
-# Installs into an empty prefix and moves it, so that no path of the installing remains true.
+# Installs into an empty prefix and moves it, so that no path from installation time remains valid.
 function(install_and_move prefix)
   run(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${SCRATCH}/installed)
   file(RENAME ${SCRATCH}/installed ${prefix})
@@ -42,7 +42,7 @@ function(install_and_move prefix)
   expect_no_other_tree(${prefix})
 endfunction()
 
-# The build tree still stands, so that a path into it would go unnoticed when something is run.
+# The build tree still exists, so a path into it would go unnoticed at run time.
 function(expect_no_other_tree prefix)
   file(GLOB binaries ${prefix}/${BINDIR}/* ${prefix}/${LIBRARY_DIR}/*.so ${prefix}/${LIBRARY_DIR}/*/*.so)
   run(COMMAND ${READELF} -d ${binaries} OUTPUT dynamic)
@@ -96,8 +96,9 @@ function(load library_folder)
   endif()
 endfunction()
 
-# The program of that tree finds its libraries, plugin and schema from its own place, and loads our plugin. A
-# plugin without a run path, as pkg-config's flags make it, uses the libraries that the program has loaded.
+# The installed program must find its libraries, plugin and schema relative to itself, and load our plugin. A
+# plugin without a run path, as built with the flags from pkg-config, uses the libraries that the program has
+# loaded.
 function(load_with_velhost program)
   run(COMMAND ${program} plugin OUTPUT output)
   if(NOT output MATCHES "Engineering Information Collector")
