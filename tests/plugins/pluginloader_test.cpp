@@ -1,4 +1,4 @@
-// Loading against a double of the operating system's loader.
+// Loading through a test double of the operating system's loader.
 #include "host/plugins/pluginloader.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ namespace {
 using testplugin::Register;
 using testplugin::TTestPlugin;
 
-// A library whose initialiser is a function of the test. Its path must exist: this test's own file.
+// A library whose initialiser is a function of the test. Its path must exist, so it is this source file.
 class TScriptedLoader : public ILibraryLoader {
  public:
   using TInitialiser = std::function<void()>;
@@ -47,7 +47,7 @@ class TScriptedLoader : public ILibraryLoader {
 
 const std::string kFile = "/proc/self/exe";
 
-TEST(PluginLoader, GivesTheRegisteredPlugin) {
+TEST(PluginLoader, ReturnsTheRegisteredPlugin) {
   TScriptedLoader library([] { Register(new TTestPlugin("good")); });
   TPluginLoader loader(library);
   const auto plugin = loader.Load(kFile);
@@ -74,7 +74,7 @@ TEST(PluginLoader, RefusesALibraryThatRegistersANullObject) {
   EXPECT_EQ(library.Open(), 0);
 }
 
-TEST(PluginLoader, RefusesANullObjectBesideAGoodOne) {
+TEST(PluginLoader, RefusesANullObjectNextToAGoodOne) {
   TScriptedLoader library([] {
     Register(nullptr);
     Register(new TTestPlugin("good"));
@@ -91,7 +91,7 @@ TEST(PluginLoader, AFileThatIsMissingIsNeverOpened) {
                   [&] { loader.Load("/nonexistent/a.so"); });
 }
 
-TEST(PluginLoader, WhatTheSystemsLoaderSaysIsPassedOn) {
+TEST(PluginLoader, TheErrorOfTheSystemLoaderIsReported) {
   TScriptedLoader library([] {});
   library.Refuse("undefined symbol: frobnicate");
   TPluginLoader loader(library);
@@ -119,7 +119,7 @@ TEST(PluginLoader, ARegistrationOutsideOfLoadingDoesNotSpoilTheNextOne) {
   EXPECT_EQ(loader.Load(kFile)->Callbacks().GetName(), "good");
 }
 
-TEST(PluginLoader, ThePluginManagerGoesWithTheLoader) {
+TEST(PluginLoader, ThePluginManagerIsRemovedWithTheLoader) {
   TScriptedLoader library([] {});
   {
     TPluginLoader loader(library);

@@ -19,7 +19,7 @@ class PluginRegistry : public testing::Test {
   TTestPlugin second_{"second"};
 };
 
-TEST_F(PluginRegistry, TakesTheRegistrationOfALibraryThatIsBeingLoaded) {
+TEST_F(PluginRegistry, AcceptsTheRegistrationOfALibraryThatIsBeingLoaded) {
   registry_.BeginLoading("a.so");
   const TPluginManagerProvider* const handle = registry_.RegisterPlugin(&first_);
   ASSERT_NE(handle, nullptr);

@@ -1,4 +1,4 @@
-// Loading of real libraries, good and bad.
+// Loading real libraries, good and bad.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -29,7 +29,7 @@ bool IsMapped(const std::string& path) {
   return false;
 }
 
-// Sanitizer builds keep libraries mapped on purpose.
+// Sanitizer builds deliberately keep libraries mapped.
 #ifdef VELHOST_SANITIZED
 constexpr bool kUnmaps = false;
 #else
@@ -46,12 +46,12 @@ class RealLibraries : public testing::Test {
     folder_ = mkdtemp(name.data());
   }
   ~RealLibraries() override {
-    // A plugin that stays mapped speaks when the process ends: not to this logger.
+    // A plugin that stays mapped logs when the process ends; it must not use this logger.
     THostServices::SetCoreLogger(nullptr);
     fs::remove_all(folder_);
   }
 
-  // A copy of its own, because in sanitizer builds a library stays mapped from one test to the next.
+  // A separate copy, because in sanitizer builds a library stays mapped from one test to the next.
   std::string TestPlugin(const std::string& name) const {
     const std::string copy = folder_ + "/" + name + ".so";
     fs::copy_file(TEST_PLUGIN_FOLDER + name + ".so", copy, fs::copy_options::skip_existing);
@@ -63,7 +63,7 @@ class RealLibraries : public testing::Test {
                     [&] { loader_.Load(path); });
     EXPECT_EQ(IsMapped(path), !kUnmaps);
   }
-  // What the plugins said, one text each; "unloaded" only where libraries are unmapped.
+  // Expects these log lines from the plugins; "unloaded" only if libraries are unmapped.
   void ExpectSaid(std::vector<std::string> texts) {
     if (!kUnmaps) std::erase_if(texts, [](const std::string& text) { return text.ends_with(" unloaded"); });
     EXPECT_EQ(said_, texts);
@@ -106,14 +106,14 @@ TEST_F(RealLibraries, TheQueryInterfaceIsFoundAcrossLibraries) {
 
 TEST_F(RealLibraries, OnePluginCanBeLoadedTwiceInSequence) {
   for (int i = 0; i < 2; ++i) {
-    if (!kUnmaps && i == 1) break;  // what stays mapped runs its initialiser once
+    if (!kUnmaps && i == 1) break;  // a library that stays mapped runs its initialiser once
     EXPECT_EQ(loader_.Load(TestPlugin("good"))->Callbacks().GetName(), "good");
   }
   ExpectSaid(kUnmaps ? std::vector<std::string>{"good deleted", "good unloaded", "good deleted", "good unloaded"}
                      : std::vector<std::string>{"good deleted"});
 }
 
-TEST_F(RealLibraries, TwoPluginsStandSideBySide) {
+TEST_F(RealLibraries, TwoPluginsCanCoexist) {
   fs::copy_file(TestPlugin("good"), folder_ + "/copy.so");
   auto first = loader_.Load(TestPlugin("good"));
   auto second = loader_.Load(folder_ + "/copy.so");
@@ -124,7 +124,7 @@ TEST_F(RealLibraries, TwoPluginsStandSideBySide) {
   EXPECT_EQ(second->Callbacks().GetName(), "good");
 }
 
-TEST_F(RealLibraries, ALibraryThatIsLoadedAlreadyDoesNotRegisterAgain) {
+TEST_F(RealLibraries, ALoadedLibraryDoesNotRegisterAgain) {
   const auto first = loader_.Load(TestPlugin("good"));
   ExpectHostError(
       EExitStatus::kNoInput,
@@ -133,7 +133,7 @@ TEST_F(RealLibraries, ALibraryThatIsLoadedAlreadyDoesNotRegisterAgain) {
   EXPECT_EQ(first->Callbacks().GetName(), "good");
 }
 
-TEST_F(RealLibraries, TheCollectorLoadsAndGoes) {
+TEST_F(RealLibraries, TheCollectorLoadsAndUnloads) {
   const std::string path = folder_ + "/collector.so";
   fs::copy_file(COLLECTOR_PLUGIN, path);
   auto plugin = loader_.Load(path);
@@ -170,7 +170,7 @@ TEST_F(RealLibraries, AMissingFileIsNamed) {
                   [this] { loader_.Load(folder_ + "/none.so"); });
 }
 
-TEST_F(RealLibraries, AFileThatIsNoLibraryIsRefused) {
+TEST_F(RealLibraries, AFileThatIsNotALibraryIsRefused) {
   const std::string path = folder_ + "/text.so";
   std::ofstream(path) << "not a library\n";
   ExpectHostError(EExitStatus::kNoInput,
@@ -182,15 +182,15 @@ TEST_F(RealLibraries, AFileThatIsNoLibraryIsRefused) {
                   [&] { loader_.Load(path); });
 }
 
-TEST_F(RealLibraries, AFolderIsNoLibrary) {
+TEST_F(RealLibraries, AFolderIsNotALibrary) {
   ExpectHostError(EExitStatus::kNoInput,
                   "plugin " + folder_ + " is not a library that can be loaded: " + folder_ +
                       ": cannot read file data: Is a directory",
                   [this] { loader_.Load(folder_); });
 }
 
-// Root may read everything, so that this runs as another user in a process of its own.
-TEST_F(RealLibraries, AFileWithoutPermissionIsSaidToBeSo) {
+// Root may read everything, so this runs as another user in a separate process.
+TEST_F(RealLibraries, AFileWithoutReadPermissionIsReported) {
   const std::string path = TestPlugin("good");
   ASSERT_EQ(chmod(path.c_str(), 0), 0);
   ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
@@ -206,8 +206,8 @@ TEST_F(RealLibraries, AFileWithoutPermissionIsSaidToBeSo) {
   EXPECT_EQ(status, 0);
 }
 
-// A bare name would else be looked for in the system's library folders alone.
-TEST_F(RealLibraries, ABareNameIsAFileOfTheCurrentFolder) {
+// Otherwise, a bare name would be looked up only in the system's library folders.
+TEST_F(RealLibraries, ABareNameIsAFileInTheCurrentFolder) {
   TestPlugin("good");
   const fs::path before = fs::current_path();
   fs::current_path(folder_);

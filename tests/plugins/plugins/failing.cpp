@@ -1,5 +1,5 @@
-// Answers requests; throws in the operation that the environment's FAILING_OPERATION names, a standard
-// exception where FAILING_TEXT is set.
+// Answers requests, but throws in the operation named by the environment variable FAILING_OPERATION: a
+// standard exception if FAILING_TEXT is set, otherwise an int.
 #include <cstdlib>
 #include <stdexcept>
 
@@ -14,7 +14,7 @@ class TFailingPlugin : public testplugin::TTestPlugin, public IPluginBasicQueryC
   TFailingPlugin() : TTestPlugin("failing") {}
   std::string GetName() override { return FailIf("GetName"), TTestPlugin::GetName(); }
   void PrepareForUnload() override {
-    TTestPlugin::PrepareForUnload();  // the object is gone, so that a failure leaves nothing behind
+    TTestPlugin::PrepareForUnload();  // delete the object first, so that a failure does not leak it
     FailIf("PrepareForUnload");
   }
   void Init() override { FailIf("Init"); }

@@ -1,4 +1,4 @@
-// Registers one plugin object without requests.
+// Registers one plugin object that does not answer requests.
 #include "tests/plugins/plugins/testplugin.h"
 
 namespace {

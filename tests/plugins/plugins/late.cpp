@@ -1,4 +1,4 @@
-// Registers one plugin object while it is loaded, and tries another when it is initialised.
+// Registers a plugin object while being loaded, and tries to register it again in Init.
 #include "tests/plugins/plugins/testplugin.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Registers no object.
+// Registers a null pointer.
 #include "tests/plugins/plugins/testplugin.h"
 
 namespace {

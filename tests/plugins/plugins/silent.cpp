@@ -1,4 +1,4 @@
-// Loads and never registers.
+// Never registers anything.
 #include "tests/plugins/plugins/testplugin.h"
 
 namespace {

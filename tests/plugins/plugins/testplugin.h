@@ -1,5 +1,4 @@
-// What the small plugins of these tests have in common: a plugin object that says what is done to it
-// through the core logger.
+// Common parts of the small test plugins: a plugin object that logs its calls through the core logger.
 #pragma once
 
 #include <boost/pointer_cast.hpp>
@@ -20,7 +19,7 @@ inline NKROVEL20::TPluginManagerProvider* Register(NKROVEL20::IPluginCallbacks* 
       ->RegisterPlugin(plugin);
 }
 
-/// Answers no requests.
+/// Does not answer requests.
 class TTestPlugin : public NKROVEL20::IPluginCallbacks {
  public:
   explicit TTestPlugin(std::string name) : name_(std::move(name)) {}
@@ -37,7 +36,7 @@ class TTestPlugin : public NKROVEL20::IPluginCallbacks {
   std::string name_;
 };
 
-/// Says when the library leaves the process.
+/// Logs when the library is unloaded.
 struct TUnloadMark {
   explicit TUnloadMark(std::string library) : name(std::move(library)) {}
   ~TUnloadMark() { Say(name + " unloaded"); }

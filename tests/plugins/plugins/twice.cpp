@@ -1,4 +1,4 @@
-// Registers two plugin objects, and says whether the second got a handle.
+// Registers two plugin objects, and logs whether the second one got a handle.
 #include "tests/plugins/plugins/testplugin.h"
 
 namespace {
