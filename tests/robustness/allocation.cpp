@@ -64,7 +64,7 @@ void operator delete[](void* block, std::size_t /*size*/) noexcept { Release(blo
 void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept { Release(block); }
 void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept { Release(block); }
 
-// The names are the linker's.
+// Named by the linker's --wrap option.
 extern "C" {
 void* __real_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
 void* __wrap_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier)

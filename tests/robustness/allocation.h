@@ -1,24 +1,24 @@
-// The memory of a whole test program, to be counted and to be refused. Linking allocation.cpp
-// replaces operator new and delete for the program and the libraries that it uses; with the linker's
-// --wrap=calloc also the program's own calloc. For one thread.
+// Counts or refuses the memory allocations of a whole test program. Linking allocation.cpp replaces operator
+// new and delete for the program and the libraries that it uses; with the linker's --wrap=calloc, also the
+// program's own calloc. Single-threaded.
 #pragma once
 
 namespace allocation {
 
-/// Blocks that are allocated now by operator new.
+/// The number of blocks currently allocated by operator new.
 long LiveBlocks();
 
-/// What is refused between Begin and End: the nth allocation, counted from 0, and, when `onward`, all
-/// behind it.
+/// What is refused between Begin and End: the nth allocation, counted from 0, and if `onward`, also all later
+/// ones.
 struct TPlan {
   long nth = -1;
   bool onward = false;
 };
 void Begin(TPlan plan);
-/// How many allocations were asked for since Begin.
+/// The number of allocations requested since Begin.
 long End();
 
-/// Nothing is counted or refused while one lives: for what is the test's own.
+/// While one exists, nothing is counted or refused: for the test's own allocations.
 class TPause {
  public:
   TPause();

@@ -1,6 +1,6 @@
-// Refuses every allocation of a full collection, one at a time and from each one on, and checks that
-// the request ends at the host as std::bad_alloc or without a complaint, that every instance which
-// came out is whole, that no block is left behind, and that the next collection is as a clean one.
+// Refuses every allocation of a full collection, one at a time and from each one on. Checks that the request ends in
+// std::bad_alloc or succeeds, that every delivered instance is complete, that no block is leaked, and that the next
+// collection is like a clean one.
 //
 //   allocationsweep [--quick]      quick: every 23rd allocation
 #include <cstdio>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// That the collector asks for without exceptions: of two register blocks and six capture files.
+// Allocated by the collector without exceptions: for two register blocks and six capture files.
 constexpr long kBuffers = 8;
 
 class TAllocationSweep {
@@ -49,7 +49,7 @@ class TAllocationSweep {
     if (outcome.exception.empty()) {
       ++swallowed_;
       if (!outcome.traceIsWhole) Fail(nth, "ended early without an exception");
-      // The buffer of a capture file, or of the block that two instances are made of.
+      // The buffer is that of a capture file, or of a block that gives two instances.
       const std::size_t missing = Count(clean_) - Count(outcome);
       if (missing != 1 && missing != 2) Fail(nth, "did without memory at the cost of other than one buffer");
     } else if (outcome.exception != "std::bad_alloc") {
@@ -64,7 +64,7 @@ class TAllocationSweep {
     return count;
   }
 
-  // What came out is in the order of the clean run, with nothing changed; instances may be missing.
+  // The delivered instances must be unchanged and in the order of the clean run; some may be missing.
   void CheckWhole(long nth, const std::string& key, const std::vector<std::string>& texts) {
     const auto expected = clean_.instances.find(key);
     if (expected == clean_.instances.end()) return Fail(nth, "made up " + key);
@@ -98,7 +98,7 @@ int main(int argc, char** argv) {
     sweep.RefuseEach(false, step);
     const long swallowedOnce = sweep.Swallowed();
     sweep.RefuseEach(true, step);
-    // With all behind it refused, no collection can do without.
+    // If all later allocations are refused as well, no collection can succeed.
     const bool isPlausible = sweep.Swallowed() == swallowedOnce && (step > 1 || swallowedOnce == kBuffers);
     if (!isPlausible) std::cerr << "FAILED: " << sweep.Swallowed() << " runs did without the memory\n";
     failures += isPlausible ? 0 : 1;

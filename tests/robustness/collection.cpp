@@ -41,7 +41,7 @@ namespace {
 
 std::vector<std::uint8_t> MakeBlock(bool firstCopy) {
   std::vector<std::uint8_t> block(4096);
-  // The second instance lies 2048 bytes on, and differs.
+  // The second instance starts 2048 bytes further on, and differs.
   for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 31 + 7 + i / 256);
   block[2] = firstCopy ? 5 : 0;
   block[3] = 6;

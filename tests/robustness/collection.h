@@ -1,5 +1,5 @@
-// What the robustness programs collect: a schema and a server with every kind of instance, and the
-// instances as text.
+// What the robustness programs collect: a schema and a server that give every kind of instance, and
+// conversion of instances to text.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -16,24 +16,24 @@ constexpr const char* kBridgeClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";
 constexpr const char* kMemoryClass = "KROSG_T4_MEMCTL_StatisticData";
 constexpr const char* kFileClass = "KROSG_DCAPFile";
 
-// Of an undisturbed collection of all classes.
+// Totals of an undisturbed collection of all classes.
 constexpr std::size_t kExchanges = 48;  ///< two of them dot commands
 constexpr std::size_t kInstances = 13;  ///< 4 of register blocks, 2 and 1 of registers, 6 capture files
-constexpr std::size_t kKeys = 10;       ///< those of register blocks have one together
+constexpr std::size_t kKeys = 10;       ///< those of register blocks share one key
 
-/// The four classes, in the order in which they are asked for.
+/// The four classes, in the order in which they are requested.
 std::vector<std::string> AllClasses();
 
 boost::shared_ptr<velhost::TNamespace> MakeSchema(const std::string& machineType);
-/// Two service processors with register blocks, two BMC nodes with three storage areas each.
+/// Two service processors with register blocks, and two BMC nodes with three storage areas each.
 velhost::TServerFile MakeServer(const std::string& machineType);
 
-/// All properties that are set but a capture file's number, which depends on how many there were
-/// before it.
+/// All properties that are set, except the number of a capture file, which depends on how many came before
+/// it.
 std::string TextOf(const velhost::TInstance& instance);
-/// Class and instance of the R8 path, class of the JFR path, file and node of the FFDC path.
+/// R8 path: class and instance; JFR path: class; FFDC path: file and node.
 std::string KeyOf(const velhost::TInstance& instance);
-/// Empty where it is not set.
+/// Empty if not set.
 std::string PropertyText(const velhost::TInstance& instance, const char* name);
 
 }  // namespace sweep

@@ -1,6 +1,6 @@
-"""One recording or server, collected again and again: by one build a thousand times, by builds of other compilers
-and optimisations, in ten time zones, under a locale that writes numbers otherwise. What comes out is the same to the
-byte but for the documented time-zone offset of R8 instances, and how long it took."""
+"""Collects one recording or server again and again: a thousand times with one build, with builds of other compilers
+and optimisation levels, in ten time zones, and under a locale that formats numbers differently. The output must be
+identical to the byte, except for elapsed times and for the documented time-zone offset of R8 instances."""
 
 import argparse
 import os
@@ -10,17 +10,17 @@ import subprocess
 
 from support import Folder, SOURCE, Tally, VELHOST
 
-# The zone, and the minutes that it is ahead of UTC outside of summer time: what StatisticTime of an R8
-# instance ends in, whatever the season.
+# Each zone with its offset from UTC in minutes, without daylight saving time: StatisticTime of an R8 instance
+# ends in this number in any season.
 ZONES = {"UTC0": 0, "CET-1CEST,M3.5.0,M10.5.0/3": 60, "EST5EDT,M3.2.0,M11.1.0": -300, "IST-5:30": 330,
          "<+0545>-5:45": 345, "ACST-9:30ACDT,M10.1.0,M4.1.0/3": 570, "<+14>-14": 840, "SST11": -660,
          "NST3:30NDT,M3.2.0,M11.1.0": -210, "JST-9": 540}
 TIME = re.compile(rb'(StatisticTime = "\d{14}\.\d{6})([+-]\d{3})')
 ELAPSED = re.compile(rb"^// elapsed: .*$", re.MULTILINE)
-# The shipped server's R8 instances, whose BMC time starts in 1970; register blocks are always of UTC.
+# The R8 instances of the shipped server, whose BMC time starts in 1970; register blocks are always in UTC.
 R8_TIME = b'StatisticTime = "1970'
 R8_INSTANCES = 7
-# The machine family whose registers are raw values, beside the shipped server's labelled ones.
+# The machine family whose registers are raw values; the shipped server has labelled ones.
 RAW_VALUES = SOURCE / "servers" / "eight-byte.toml"
 BLOCK_INSTANCES = 12
 LOCALE = "de_DE"
@@ -64,7 +64,7 @@ class Determinism:
         print(f"other builds: {compared}")
 
     def zones(self):
-        """A replay has the recording's zone; a live collection that of the process, in the offset alone."""
+        """A replay uses the recording's zone, a live collection the zone of the process, and only for the offset."""
         expected, _ = self.collect("--sp", "sim", TZ="UTC0")
         compared = 0
         for zone, minutes in ZONES.items():
@@ -80,7 +80,7 @@ class Determinism:
         print(f"time zones: {compared}")
 
     def locale(self, underlocale, needed):
-        """The C and the C++ library's locale, in a process of the collector and the output forms."""
+        """The locale of the C and C++ libraries, in a process with the collector and the output formats."""
         if not pathlib.Path(SOURCES, LOCALE).exists():
             print("locale: left out, since the package locales is not installed")
             self.tally.expect(not needed, "the locale was not tried")

@@ -1,10 +1,10 @@
-// Hurts every exchange of a full collection, one at a time and in pairs, in every way that an answer
-// can be wrong, and checks that the run ends, that its trace is whole, and that every instance which
-// does not depend on the hurt exchange is that of the clean run. Prints counts.
+// Tampers with every exchange of a full collection, one at a time and in pairs, in every way that an answer can be
+// wrong. Checks that the run ends, that its trace is complete, and that every instance that does not depend on a
+// tampered exchange is the same as in the clean run. Prints counts.
 //
 //   faultsweep [--quick] [MACHINE_TYPE...]      quick: a sample of the codes, lengths, bits and pairs
 //
-// Without a machine type one of each R8 family, 6203 and 4411.
+// The default is one machine type of each R8 family: 6203 and 4411.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -18,12 +18,12 @@ namespace {
 using namespace NKROVEL20;
 using namespace velhost;
 
-constexpr int kLongest = 300;  // of IPMI response lengths; the buffer has 256 bytes
+constexpr int kLongest = 300;  // the longest IPMI response tried; the buffer has 256 bytes
 constexpr int kLongestDot = 70'000;
 constexpr std::size_t kBlock = 4096;
-constexpr std::size_t kCutEnds = 300;       // of a block: cut everywhere so near its ends
-constexpr std::size_t kBlockInstances = 2;  // that each register block gives
-// Where a run's deadline lies, in exchanges: a flipped size may ask for gigabytes, ten bytes at a time.
+constexpr std::size_t kCutEnds = 300;       // blocks are truncated at each position this close to their ends
+constexpr std::size_t kBlockInstances = 2;  // instances per register block
+// The deadline of a run, in exchanges: a flipped size bit may request gigabytes, ten bytes at a time.
 constexpr std::size_t kDeadline = 2000;
 
 class TSweep {
@@ -53,7 +53,8 @@ class TSweep {
     }
   }
 
-  // Lost, a completion code, cut: in every combination over all pairs of IPMI exchanges.
+  // All pairs of IPMI exchanges, each lost, refused with a completion code, or truncated, in every
+  // combination.
   void Pairs() {
     const std::vector<sweep::TIpmiTamper> ways = {Lost(), Code(0xC3), Cut(12)};
     const std::size_t count = host_.Exchanges().size();
@@ -67,7 +68,7 @@ class TSweep {
             host_.Tamperer().HurtIpmi(a, first);
             host_.Tamperer().HurtIpmi(b, second);
             const sweep::TOutcome outcome = host_.Run();
-            // After a first failure a part's other exchanges are left out.
+            // After the first failure, other exchanges of the same instance or file may be skipped.
             Check(outcome, outcome.hurtExchanges == 2 ? "two exchanges hurt" : "the second did not come");
           }
         }
@@ -75,7 +76,7 @@ class TSweep {
     }
   }
 
-  // Every length that a dot command may claim, for either block, in a request of its own.
+  // Every length that a dot command may report, for either block, in a request for register blocks only.
   void DotLengths() {
     for (int said = 0; said <= kLongestDot; said += Step(997)) {
       host_.Tamperer().HurtDot(static_cast<std::size_t>(said % 2), SaysDotLength(said));
@@ -106,7 +107,8 @@ class TSweep {
       return true;
     };
   }
-  // Cut to `total` bytes, byte 5 with it; a longer one is only said to be longer.
+  // Truncates the response to `total` bytes and sets byte 5 accordingly; a larger total only changes the
+  // reported length.
   static sweep::TIpmiTamper Cut(int total) {
     return [total](wire::TCommandBuffer& buffer, int& length) {
       const int size = static_cast<int>(wire::TCommandBuffer::kSize);
@@ -218,7 +220,7 @@ class TSweep {
     if (outcome.hurt.empty()) Fail(how, "hurt nothing");
   }
 
-  // What the exchanges behind the deadline would have given may be missing as well; such runs are counted apart.
+  // Instances from exchanges after the deadline may be missing as well; such runs are counted separately.
   void Check(const sweep::TOutcome& outcome, const std::string& how) {
     Count(outcome.reachedLimit ? how + ", until the deadline" : how);
     CheckEnd(outcome, how);
@@ -236,8 +238,8 @@ class TSweep {
     }
   }
 
-  // A hurt block changes its own instances alone, of which there are no more than ever. One that cannot be decoded
-  // drops those of the blocks before it.
+  // A tampered block may change only its own instances, and never adds any. If it cannot be decoded, the
+  // instances of earlier blocks are dropped.
   void CheckBlocks(const sweep::TOutcome& outcome, const std::string& how) {
     const std::vector<std::string>& clean = clean_.instances.at(sweep::kJfrClass);
     if (clean.size() != 2 * kBlockInstances) return;
@@ -271,7 +273,7 @@ class TSweep {
   sweep::THost host_;
   bool quick_;
   sweep::TOutcome clean_;
-  std::map<std::string, std::size_t> counts_;  // of runs, by what was done to them
+  std::map<std::string, std::size_t> counts_;  // number of runs by kind of tampering
   std::size_t failures_ = 0;
 };
 
@@ -281,7 +283,7 @@ int main(int argc, char** argv) {
   std::vector<std::string> machineTypes(argv + 1, argv + argc);
   const bool quick = std::erase(machineTypes, "--quick") > 0;
   if (machineTypes.empty()) machineTypes = {"6203", "4411"};
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // a long run shows how far it is
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // shows the progress of a long run
   const auto start = std::chrono::steady_clock::now();
   std::size_t runs = 0;
   std::size_t failures = 0;

@@ -1,4 +1,4 @@
-"""The largest inputs that are read, and larger ones: memory is bounded by the limits, not by what a file says."""
+"""The largest inputs that are accepted, and larger ones: memory use is bounded by the limits, not by the input."""
 
 import os
 import re
@@ -8,8 +8,8 @@ from support import BRIDGE, Folder, Tally, VELHOST
 
 PEAKMEMORY = os.path.abspath(os.environ["PEAKMEMORY"])
 MOST = 512 * 1024  # KiB that any input may take
-FEW = 32 * 1024  # KiB that one takes of which little is in memory at a time
-LARGEST_FILE = 64 << 20  # of a server file
+FEW = 32 * 1024  # KiB for an input that is never in memory as a whole
+LARGEST_FILE = 64 << 20  # limit for server files
 VALUE = 'value="0102030405060708"'
 TYPE = 'machine_type="6203"\n'
 PATTERN = TYPE + 'unlisted_registers="pattern"\n[[bmc_node]]\n'
@@ -22,7 +22,7 @@ def many_registers(count):
 
 
 def registers_and_data():
-    """As many values as a file may have, and one text for the rest of it."""
+    """As many values as a file may have, and a string that fills the rest of it."""
     start = TYPE + many_registers(333_000) + '[[bmc_node.storage_area]]\nname="x"\ndata="'
     return start + "ab" * ((LARGEST_FILE - len(start) - 2) // 2) + '"\n'
 
@@ -32,7 +32,7 @@ def many_faults():
 
 
 def data_files(folder):
-    """Two of 224 MiB, without content: they take no room on the disk."""
+    """Two sparse files of 224 MiB, which occupy no disk space."""
     areas = ""
     for name in ("a", "b"):
         with open(folder.path / name, "wb") as file:
@@ -42,13 +42,13 @@ def data_files(folder):
 
 
 def many_properties(schema, classes):
-    """The schema with so many classes of 4,000 properties beside it: each is estimated to take 700 bytes."""
+    """The schema plus so many classes of 4,000 properties, each of which is estimated to take 700 bytes."""
     properties = "".join(f"uint8 P{i};" for i in range(4000))
     return schema + "".join(f"class Filler{i} {{{properties}}};\n" for i in range(classes))
 
 
 def many_reads(folder, instances):
-    """A class of 512 registers, whose names have 900 characters."""
+    """A class of 512 registers with names of 900 characters."""
     path = folder.schema(512, instances)
     with open(path, encoding="utf-8") as file:
         text = file.read()

@@ -1,7 +1,7 @@
-"""Kills velhost at random moments while it records and writes its output, and looks at what is left behind:
-the output and the capture files are there whole or not at all, nothing else lies beside them, and the recording
-replays into every register that it has. Half of the kills wait until nearly all is recorded, and fall while output is
-written."""
+"""Kills velhost at random moments while it records and writes its output, and inspects what is left: the output and
+each capture file must be complete or absent, there must be no other files, and the recording must replay all
+registers that it contains. Half of the kills wait until almost everything has been recorded, so that they hit the
+writing of the output."""
 
 import argparse
 import json
@@ -14,7 +14,7 @@ import time
 
 from support import BRIDGE, Folder, Tally, VELHOST
 
-# The output is written in pieces of 64 KiB at most, line by line in jsonl.
+# Output is written in pieces of at most 64 KiB; jsonl is written line by line.
 REGISTERS, INSTANCES, CAPTURED = 60, 30, 20_000
 SERVER = f"""
 machine_type = "6203"
@@ -33,13 +33,13 @@ data = "03"
 """
 OLD = "the file of an earlier run\n"
 OUTPUTS = ("out", "run.jsonl", "captures")
-# Request and completion code of a register read that was answered.
+# Request and completion code of a successful register read.
 READ, SUCCESS = "01 20 3a 00 62 ", "01 20 3a 00 00 "
-ENOUGH_FOR_ALL_KINDS = 100  # kills of which each kind of outcome has some
+ENOUGH_FOR_ALL_KINDS = 100  # with this many kills, each kind of outcome occurs
 
 
 def instances_of(form, text):
-    """Without the moment of a capture file's collection; None where the text is not whole."""
+    """The instances without the collection time of capture files; None if the text is incomplete."""
     try:
         if form == "json":
             instances = json.loads(text)["instances"]
@@ -83,7 +83,7 @@ class Killing:
         return subprocess.Popen([VELHOST, *arguments], cwd=self.folder.path, env={"TZ": "UTC0"})
 
     def measure(self):
-        """Seconds until nearly all is recorded, and from then to the end."""
+        """Seconds until almost everything is recorded, and from then to the end."""
         self.clear()
         start = time.monotonic()
         with self.start("json") as process:
@@ -132,7 +132,7 @@ class Killing:
             self.counts["output whole"] += 1
             self.tally.expect(text is not None and instances_of(form, text) == self.clean, "the output is torn")
         for name in set(path.name for path in self.folder.path.iterdir()) - self.kept - set(OUTPUTS):
-            # Between the naming of a finished file and its renaming over an old one.
+            # Killed between naming the finished file and renaming it over the old one.
             self.counts["hidden files"] += 1
             path = self.folder.path / name
             is_whole = instances_of(form, path.read_text()) == self.clean
@@ -152,7 +152,7 @@ class Killing:
         arguments = [a if not a.startswith("sim:") else "replay:run.jsonl" for a in self.command]
         *lines, rest = self.read("run.jsonl").split("\n")
         if not lines:
-            arguments += ["--machine-type", "6203"]  # the first line is cut, and the type with it
+            arguments += ["--machine-type", "6203"]  # the first line, which has the machine type, is truncated
         done = self.folder.run(*arguments, "--format", "json", TZ="UTC0")
         self.tally.expect(done.returncode == 0, f"a replay ends with {done.returncode}: {done.stderr.decode()}")
         if done.returncode != 0:
@@ -170,14 +170,14 @@ class Killing:
 
     @staticmethod
     def is_part(properties, expected):
-        """Of a capture file the beginning is there."""
+        """For a capture file, its beginning is enough."""
         data = "ErrRawData"
         if data in properties and expected[data].startswith(properties[data]):
             properties = {**properties, data: expected[data]}
         return properties.items() <= expected.items()
 
     def count_tried(self):
-        """How many kills were tried: each has one of the three kinds of recording, and one of the two kinds of output."""
+        """The number of kills tried: each has one of three kinds of recording and one of two kinds of output."""
         recordings = sum(self.counts[kind] for kind in ("no recording", "recording whole", "recording cut"))
         outputs = self.counts["output whole"] + self.counts["no output or the old one"]
         self.tally.expect(recordings == outputs, f"{recordings} recordings, but {outputs} outputs")

@@ -1,10 +1,10 @@
-// The built plugin over a long life: loaded, asked and unloaded again and again; asked again and again;
-// beside a second plugin object, of a second library and of the same; asked after DeInit. Compares what
-// the process holds before and after: blocks of operator new, bytes of malloc, descriptors, mappings.
+// The built plugin over a long life: loaded, used and unloaded repeatedly; used repeatedly; next to a second plugin
+// object, of another library or of the same one; used after DeInit. Compares what the process holds before and after:
+// blocks from operator new, bytes from malloc, descriptors, mappings.
 //
 //   GLIBC_TUNABLES=glibc.malloc.tcache_count=0 lifecycle PLUGIN [--quick]
 //
-// With the tunable freed blocks are free at once in malloc's figures.
+// With this tunable, malloc's statistics count freed blocks as free at once.
 #include <malloc.h>
 #include <unistd.h>
 
@@ -33,17 +33,17 @@ using namespace NKROVEL20;
 using namespace velhost;
 namespace fs = std::filesystem;
 
-// In sanitizer builds a library stays mapped, and what is mapped is not initialised again; malloc's
-// own figures are not those of the sanitizer's malloc.
+// Sanitizer builds keep libraries mapped, and a mapped library is not initialised again. The statistics of
+// malloc do not cover the sanitizer's own malloc.
 #ifdef VELHOST_SANITIZED
 constexpr bool kUnloads = false;
 #else
 constexpr bool kUnloads = true;
 #endif
 
-// The logging singleton that a load creates is never deleted: one block of malloc's smallest size.
+// The logging singleton created by each load is never deleted: one block of malloc's smallest size.
 constexpr long kLoggerBytes = 32;
-// A block may be sixteen bytes larger than asked for where the rest would be too small to be one.
+// A block may be up to sixteen bytes larger than requested if the remainder would be too small for a block.
 constexpr long kSlackBytes = 4096;
 
 struct THoldings {
@@ -115,7 +115,7 @@ class TLife : public ILogger {
         "two libraries", [&] { return GetData(*first); }, [&] { return GetData(*second); });
   }
 
-  // Both of the collector that is linked into this program.
+  // Two plugin objects of the collector that is linked into this program.
   void SecondObject() {
     torgareg::TTORGARegPluginCallbacks first;
     torgareg::TTORGARegPluginCallbacks second;
@@ -127,7 +127,7 @@ class TLife : public ILogger {
     second.DeInit();
   }
 
-  // Nothing checks the order of calls, and the numbering goes on.
+  // The order of calls is not checked, and the numbering continues.
   void AfterDeInit() {
     const auto plugin = LoadCopy("after");
     Compare(Ask(*plugin));
@@ -140,14 +140,14 @@ class TLife : public ILogger {
   long Failures() const { return failures_; }
 
  private:
-  // A library that is loaded already does not register again, so each object has a copy of its own.
+  // A library that is already loaded does not register again, so each object uses a separate copy.
   std::unique_ptr<TLoadedPlugin> LoadCopy(const std::string& name) {
     const std::string copy = folder_.path + "/" + name + ".so";
     fs::copy_file(plugin_, copy);
     return loader_.Load(copy);
   }
 
-  // Each has its own numbering of capture files.
+  // Each object has its own numbering of capture files.
   void InTurn(const char* what, const std::function<std::string()>& first, const std::function<std::string()>& second) {
     const long before = asked_;
     for (const char* number : {"0", "6"}) {

@@ -1,5 +1,5 @@
-// Runs a command and writes its peak resident memory, in KiB, to a file. A process of its own, because
-// that figure includes what the process had that started the command, which should be little.
+// Runs a command and writes its peak resident memory, in KiB, to a file. This is a separate program because
+// the figure includes the memory of the process that starts the command, which should be small.
 //
 //   peakmemory FILE COMMAND [ARGUMENT...]
 #include <sys/resource.h>

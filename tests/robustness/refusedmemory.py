@@ -1,6 +1,6 @@
-"""Refuses memory to the whole program, once or from some moment on. It ends with a status of its own and a message,
-never by a signal; and what it puts out is whole: instances that a clean run has as well, all of them but those of
-requests that it says failed."""
+"""Refuses memory to the whole program, once or from some moment on. It must exit with one of its own statuses and a
+message, never by a signal, and its output must be complete: only instances that a clean run has too, and all of them
+except those of requests that are reported as failed."""
 
 import argparse
 import collections
@@ -11,7 +11,7 @@ import random
 from support import Folder, SOURCE, Tally
 
 REFUSING = os.path.abspath(os.environ["REFUSING"])
-# Without faults: those count exchanges, so that a request that fails early moves them.
+# A server without faults: faults count exchanges, so an early failure of a request would shift them.
 SERVER = SOURCE / "servers" / "labelled.toml"
 COLLECT = ["collect", "--sp", f"sim:{SERVER}", "--format", "json", "-o", "out.json", "--record", "run.jsonl",
            "--log", "trace"]
@@ -19,7 +19,7 @@ COMPLETE, PARTIAL, INTERNAL = 0, 3, 70
 
 
 def contents(instances):
-    """How often each is there. Number and mark of incompleteness depend on what failed before."""
+    """How often each instance occurs, ignoring its number and incompleteness, which depend on other failures."""
     return collections.Counter(
         (one["class"], json.dumps({**one["properties"], "RecordID": None}, sort_keys=True)) for one in instances)
 
@@ -62,7 +62,7 @@ class Refusing:
             self.tally.expect(count <= known[content], f"{where}: an instance is not that of a clean run")
 
     def expect_all_but_failed(self, output, where):
-        """A request that failed may have lost its instances; no other may."""
+        """Only requests that are reported as failed may lack instances."""
         failed = {failure.get("class") for failure in output["failures"]}
         found = contents(output["instances"])
         for content, count in contents(one for one in self.clean if one["class"] not in failed).items():

@@ -1,10 +1,10 @@
 // A library for LD_PRELOAD that refuses memory to a whole program:
 //
 //   REFUSE_NTH=n       operator new refuses its nth allocation, counted from 0
-//   REFUSE_ONWARD=1    and all behind it
-//   REFUSE_COUNT=FILE  writes to the file how many there were
+//   REFUSE_ONWARD=1    and all later ones
+//   REFUSE_COUNT=FILE  writes the number of allocations to the file
 //
-// What libraries allocate before main does not count: nobody could tell of a failure there.
+// Allocations before main do not count: nothing could report their failure.
 #include <dlfcn.h>
 
 #include <cstdio>
@@ -50,7 +50,7 @@ __attribute__((destructor)) void WriteCount() {
 
 }  // namespace
 
-// In front of the C library's own, which calls main.
+// Overrides the C library's own function, which calls main.
 extern "C" EXPORTED int __libc_start_main(TMain main, int argc, char** argv, void (*init)(), void (*fini)(),
                                           void (*loaderFini)(), void* stackEnd) {
   using TStart = int (*)(TMain, int, char**, void (*)(), void (*)(), void (*)(), void*);

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# What "./check --faults" runs: everything that docs/reliability.md has numbers for, in full. Builds what it needs.
+# Run by "./check --faults": everything that docs/reliability.md has figures for, in full. Builds what is
+# required.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 . "$top/tools/build.sh"
@@ -7,8 +8,8 @@ here=$top/tests/robustness
 
 step() { printf '\n== %s (%d s)\n' "$1" "$SECONDS"; }
 
-# build_other NAME CC CXX FLAGS: velhost and the collector alone, with another compiler or optimisation. GCC warns of
-# more with -O3, wrongly in the C++ library itself.
+# build_other NAME CC CXX FLAGS: builds velhost and the collector only, with another compiler or optimisation
+# level. With -O3, GCC gives false warnings in the C++ library itself.
 build_other() {
   local log
   log=$(mktemp)

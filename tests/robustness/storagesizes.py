@@ -1,8 +1,8 @@
-"""Storage areas that lie about their size: what a collection of them delivers, and its time and peak memory.
+"""Storage areas that report a wrong size: what a collection of them delivers, and its time and peak memory.
 
     storagesizes.py [--whole]
 
-With --whole the largest size that is read is read to its end; else until a deadline.
+With --whole the largest permitted size is read completely, otherwise until a deadline.
 """
 
 import json
@@ -16,10 +16,10 @@ from support import Folder, Tally, VELHOST
 
 PEAKMEMORY = os.path.abspath(os.environ["PEAKMEMORY"])
 WHOLE = "--whole" in sys.argv
-LARGEST = 33554432  # the largest size that is read
-REST = 8388608  # and what may come with it in one request
-DEADLINE = 2  # seconds that a collection of it gets without --whole; the others come to their end
-LONGEST = 600 if WHOLE else 60  # seconds after which a collection that does not end is given up
+LARGEST = 33554432  # the largest permitted size
+REST = 8388608  # what else may be read in the same request
+DEADLINE = 2  # seconds for the largest size without --whole; the other sizes are read completely
+LONGEST = 600 if WHOLE else 60  # seconds until a collection that does not end is killed
 DATA = "ab " * 30
 AREA = """
 [[bmc_node.storage_area]]
@@ -27,8 +27,8 @@ name = "@NAME@"
 data = "@DATA@"
 size = @SIZE@
 """
-# Resident memory that a collection may take above one whose size is true, in KiB for each KiB read: the
-# bytes, their text (three characters for each) in the instance and on its way to the trace and the output.
+# Resident memory that a collection may use beyond one with a true size, in KiB per KiB read: for the bytes
+# and their text (three characters each), in the instance and on its way to the trace and the output.
 PER_KIB_READ = 24
 ALLOWANCE = 8192
 MOST = 512 * 1024  # KiB that any collection may take
@@ -70,7 +70,7 @@ class Sizes:
         return collect(self.folder, "sim:server.toml", *hurry)
 
     def check(self, sizes, statuses, read, refused=""):
-        """`read`: the bytes of each file; None for one whose number is known only afterwards."""
+        """`read` has the number of bytes of each file, or None if it cannot be predicted."""
         exit_status, document, messages, seconds, peak = self.measure(sizes)
         name = " + ".join(map(str, sizes))
         files = [i["properties"]["ErrRawData"] for i in document["instances"]]
@@ -96,7 +96,7 @@ class Sizes:
             self.tally.expect(document["instances"][0].get("incomplete") is True, "the file passes for complete")
 
     def check_replay(self):
-        """The recording has the true size, and a replay refuses it again."""
+        """The recording contains the reported size, and a replay refuses it as well."""
         self.folder.write("server.toml", server([2147483647]))
         status, live, _, _, _ = collect(self.folder, "sim:server.toml", "--record", "run.jsonl")
         recording = (self.folder.path / "run.jsonl").read_text()
@@ -112,7 +112,7 @@ def main():
     print("size reported        exit  instances  bytes read  seconds  peak KiB")
     with Folder() as folder:
         sizes = Sizes(folder, tally)
-        # None where there cannot be a buffer; less than ten are read as ten.
+        # No file if the buffer is impossible; sizes below ten are read as ten.
         for size, read in ((30, [30]), (-2147483648, []), (-1, []), (0, [10]), (9, [10])):
             sizes.check([size], (0,), read)
         for size in (LARGEST + 1, 2147483647):

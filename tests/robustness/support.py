@@ -1,4 +1,4 @@
-"""What the robustness scripts share: velhost as a program, in a folder of its own."""
+"""Common parts of the robustness scripts: runs velhost as a program in a temporary folder."""
 
 import os
 import pathlib
@@ -28,7 +28,7 @@ class Folder:
         return str(self.path / name)
 
     def schema(self, registers, count):
-        """A schema with one R8 class of so many registers and instances, and the capture files."""
+        """A schema with the capture class and one R8 class with so many registers and instances."""
         lines = [f"[Offset({0x1000 + 8 * i}), MaxLen(8)] uint8 Register{i}[];" for i in range(registers)]
         text = SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines))
         return self.write("schema.mof", text)
@@ -39,7 +39,7 @@ class Folder:
 
 
 class Tally:
-    """Counts, and failures of which the first ones are printed."""
+    """Counts checks and failures, and prints the first failures."""
 
     def __init__(self):
         self.failures = 0

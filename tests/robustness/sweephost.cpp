@@ -17,7 +17,7 @@ namespace {
 class TManager : public TPluginManagerNamespace {
  public:
   TPluginManagerProvider* RegisterPlugin(IPluginCallbacks*) override {
-    return reinterpret_cast<TPluginManagerProvider*>(this);  // any handle but null lets lines pass
+    return reinterpret_cast<TPluginManagerProvider*>(this);  // any handle but null enables logging
   }
   boost::shared_ptr<ICIMClass> GetClass(const std::string&, const TPropertyMap&) override { return {}; }
   std::string GetMachineType() const override { return {}; }
@@ -100,7 +100,7 @@ void THost::NoteExchanges() {
   tamperer_.onExchange = nullptr;
 }
 
-// The trace tells what is being collected: an exchange belongs to what stands there when it is made.
+// The trace shows what is being collected: an exchange belongs to what the trace last announced.
 void THost::Log(EVELLogSeverity, const std::string& message) {
   const allocation::TPause pause;
   if (StartsWith(message, "Entering collection for requested class ")) {
@@ -170,7 +170,7 @@ TOutcome THost::Collect(const std::vector<std::string>& names) {
   outcome.blocksWereDropped = blocksWereDropped_;
   tamperer_.Reset();
   tamperer_.onHurt = nullptr;
-  std::string().swap(class_);  // nothing of this run is left, so that memory can be compared
+  std::string().swap(class_);  // nothing of this run must remain, so that memory can be compared
   std::string().swap(part_);
   return outcome;
 }

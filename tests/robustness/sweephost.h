@@ -1,4 +1,4 @@
-// A full collection in one process that can be run again and again, with one exchange or two hurt.
+// A full collection that can be repeated within one process, with one or two exchanges tampered with.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -18,23 +18,24 @@
 
 namespace sweep {
 
-/// What becomes of an answer. The service processor has answered already; returning false loses it.
+/// Modifies an answer after the service processor has given it. Returning false loses the answer.
 using TIpmiTamper = std::function<bool(wire::TCommandBuffer& buffer, int& length)>;
 
 enum class EDotAnswer {
   kGiven,
-  kLost,    ///< nothing was delivered: response and length are what they were before
-  kFailed,  ///< the driver reports a failure beside what was delivered
+  kLost,    ///< nothing was delivered: response and length are unchanged
+  kFailed,  ///< the driver reports a failure although something was delivered
 };
-/// As above, with what stood in the response's place before the service processor answered.
+/// The same for dot commands; `before` is the content of the response buffer before the service processor
+/// answered.
 using TDotTamper =
     std::function<EDotAnswer(std::span<std::uint8_t> response, std::span<const std::uint8_t> before, int& length)>;
 
-/// Passes exchanges on and hurts those at the chosen places, counted from 0 over the whole run.
+/// Forwards exchanges and tampers with those at the chosen places, counted from 0 over the whole run.
 class TTamperer : public velhost::IServiceProcessor {
  public:
   explicit TTamperer(velhost::IServiceProcessor& inner) : inner_(inner) {}
-  /// From this many exchanges on every one is refused, as in a run whose deadline has passed.
+  /// Refuses this and all later exchanges, as if the deadline of the run had passed.
   void SetLimit(std::size_t limit) { limit_ = limit; }
   void Reset() {
     count_ = 0;
@@ -44,8 +45,9 @@ class TTamperer : public velhost::IServiceProcessor {
   void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
   void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
   std::function<void(bool isDot, int length)> onExchange;
-  /// Called when an exchange is hurt or refused, with the service processor of a dot command and -1 for IPMI. A place
-  /// is only a number: after a first hurt exchange the later ones may be others than in the clean run.
+  /// Called when an exchange is tampered with or refused, with the service processor of a dot command, or -1
+  /// for IPMI. A place is only a number: after the first modified exchange, later ones may differ from the
+  /// clean run.
   std::function<void(int serviceProcessor, bool isRefused)> onHurt;
 
   int BmcNodeCount() override { return inner_.BmcNodeCount(); }
@@ -67,23 +69,23 @@ class TTamperer : public velhost::IServiceProcessor {
   std::map<std::size_t, TDotTamper> dot_;
 };
 
-/// One exchange of the clean run, and how long its answer is.
+/// One exchange of the clean run, with the length of its answer.
 struct TExchangeNote {
   bool isDot = false;
   int length = 0;
 };
 
-/// The outcome of a run: instances by key (KeyOf), as text; and whether the trace is whole.
+/// The outcome of a run. Instances are stored as text by key (KeyOf).
 struct TOutcome {
   std::map<std::string, std::vector<std::string>> instances;
-  std::set<std::string> hurt;  ///< keys of the instances that hurt and refused exchanges may have changed
-  std::set<int> hurtBlocks;    ///< service processors whose register block was hurt or refused
+  std::set<std::string> hurt;  ///< keys of instances that modified or refused exchanges may have changed
+  std::set<int> hurtBlocks;    ///< service processors whose register block was modified or refused
   int hurtExchanges = 0;
-  bool reachedLimit = false;       ///< exchanges were refused
-  bool blocksWereDropped = false;  ///< a block could not be decoded, which drops what the blocks before it gave
+  bool reachedLimit = false;       ///< some exchanges were refused
+  bool blocksWereDropped = false;  ///< a block could not be decoded, so instances of earlier blocks were dropped
   bool traceIsWhole = false;
   std::string exception;
-  long allocations = 0;  ///< that collector and host asked for during GetData
+  long allocations = 0;  ///< requested by collector and host during GetData
 };
 
 class THost : public NKROVEL20::ILogger, public velhost::IHostEnvironment {
@@ -92,15 +94,15 @@ class THost : public NKROVEL20::ILogger, public velhost::IHostEnvironment {
   ~THost() override;
 
   TOutcome Run();
-  /// A request for the class of register blocks alone.
+  /// A request for only the class of register blocks.
   TOutcome RunRegisterBlocks();
-  /// Those of one run more, in commit order.
+  /// The instances of one more run, in commit order.
   std::vector<boost::shared_ptr<const velhost::TInstance>> Instances();
   /// The clean run's exchanges, in order.
   const std::vector<TExchangeNote>& Exchanges() const { return exchanges_; }
   TTamperer& Tamperer() { return tamperer_; }
-  /// What is refused in runs from now on. The host's own part, which takes instances and lines, has
-  /// what it needs.
+  /// Sets what is refused in later runs. Allocations of this host itself, for storing instances and lines,
+  /// never fail.
   void RefuseAllocations(allocation::TPlan plan) { plan_ = plan; }
   const boost::shared_ptr<velhost::TNamespace>& Schema() const { return schema_; }
 

@@ -1,5 +1,5 @@
-// Prints a full collection under a locale: the trace, and the instances in every output form. The C
-// and the C++ library both have the locale, as in a host that sets it for the whole process.
+// Prints a full collection under a locale: the trace, and the instances in every output format. Both the C
+// and the C++ library use the locale, as in a host that sets it for the whole process.
 //
 //   underlocale NAME
 #include <clocale>
@@ -32,7 +32,7 @@ class TTraceHost : public sweep::THost {
   }
 };
 
-// Whether the locale is one that could do harm: comma in fractions, a mark in thousands.
+// Whether the locale can affect numbers: it has a decimal comma and a thousands separator.
 bool SetLocale(const char* name) {
   if (std::setlocale(LC_ALL, name) == nullptr) return false;
   const std::locale wanted(name);
