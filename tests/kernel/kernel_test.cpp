@@ -1,5 +1,5 @@
-// Runs inside a virtual machine whose BMCs are simulated ones: the in-band transport through the real
-// kernel driver, and the real SMBIOS of a machine that has BMCs. tests/kernel/run.sh starts it there.
+// Runs inside a virtual machine with simulated BMCs: tests the in-band transport through the real kernel
+// driver, and the real SMBIOS of a machine that has BMCs. Started there by tests/kernel/run.sh.
 #include <unistd.h>
 
 #include <cstdlib>
@@ -18,8 +18,8 @@ TSystemSmbios Smbios() {
   return ReadSystemSmbios(reader);
 }
 
-/// The two BMCs of the machine. Outside of it, with VELHOST_WRITE_SERVER, it notes down the server
-/// that they have to simulate.
+/// The two BMCs of the machine. Outside the virtual machine, with VELHOST_WRITE_SERVER, this writes the
+/// server file that they must simulate.
 std::unique_ptr<IServiceProcessor> MakeInband(const TServerFile& server) {
   if (const char* const file = std::getenv("VELHOST_WRITE_SERVER")) {
     std::ofstream(file, std::ios::binary) << ServerText(server);
@@ -34,7 +34,7 @@ TEST(Rules, AreOn) {
   for (const char* const name : {"protected_symlinks", "protected_regular", "protected_fifos"}) {
     int value = 0;
     std::ifstream(std::string("/proc/sys/fs/") + name) >> value;
-    EXPECT_EQ(value, 1) << name;  // or the tests that need them are skipped
+    EXPECT_EQ(value, 1) << name;  // otherwise, the tests that depend on them are skipped
   }
 }
 

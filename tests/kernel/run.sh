@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# The in-band transport against the real kernel driver: boots a Debian kernel in QEMU, with two
-# simulated BMCs, and runs kernel_test and velhost inside.
+# Tests the in-band transport with the real kernel driver: boots a Debian kernel in QEMU with two simulated
+# BMCs, and runs kernel_test and velhost inside.
 #
 #   tests/kernel/run.sh BUILD_FOLDER
 #
-# Skips, with a message, only where QEMU cannot run at all.
+# Skips, with a message, only if QEMU cannot run at all.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=$(cd "${1:?usage: run.sh BUILD_FOLDER}" && pwd)
@@ -33,7 +33,7 @@ finish() {
 }
 trap finish EXIT
 
-# The kernel is only unpacked, not installed, and kept for the next run.
+# The kernel is unpacked, not installed, and kept for later runs.
 kernel=$build/kernel
 if ! ls "$kernel"/boot/vmlinuz-* >/dev/null 2>&1; then
   find_package() {
@@ -53,7 +53,7 @@ if ! ls "$kernel"/boot/vmlinuz-* >/dev/null 2>&1; then
 fi
 vmlinuz=$(ls "$kernel"/boot/vmlinuz-* | head -n 1)
 
-# What the virtual machine sees: busybox, the driver's modules, the test with its libraries.
+# The file system of the virtual machine: busybox, the driver's modules, the test and its libraries.
 root=$work/root
 mkdir -p "$root"/{bin,lib,lib64,modules}
 cp "$(command -v busybox)" "$root/bin/busybox"
@@ -82,10 +82,10 @@ fi
 find "$root/lib" "$root/velhost" -name '*.so*' -exec strip --strip-debug {} + 2>/dev/null || true
 (cd "$root" && find . | cpio --quiet -o -H newc | gzip -1) >"$work/initramfs.gz"
 
-# The two BMCs: the server that the shared suite works with, one ipmi_sim for each node.
+# The two BMCs: the server that the shared suite uses, with one ipmi_sim per node.
 VELHOST_WRITE_SERVER=$work/server.toml "$build/tests/kernel_test" --gtest_brief=1 \
   --gtest_filter='*CountsNodesAndHasTheDriver*' >/dev/null
-# Registers of the shipped schema on node 0, which is where registers are read.
+# Registers of the shipped schema on node 0, the node from which registers are read.
 python3 - "$work/server.toml" <<'REGISTERS'
 import sys
 text = open(sys.argv[1]).read()
@@ -115,7 +115,7 @@ for node in 0 1; do
   grep -q 'Ctrl-C ends it' "$work/simulator$node" || { cat "$work/simulator$node" >&2; exit 1; }
 done
 
-# The kernel finds the last device first: it becomes /dev/ipmi0.
+# The kernel finds the last device first, so that one becomes /dev/ipmi0.
 status=0
 timeout "$seconds" qemu-system-x86_64 -accel tcg -machine pc -m 512 -display none -no-reboot -nic none \
   -monitor none -serial stdio -kernel "$vmlinuz" -initrd "$work/initramfs.gz" \
@@ -134,8 +134,8 @@ if [ "$status" -ne 0 ]; then
 fi
 grep -qx '== kernel test result 0' "$work/output" || { echo "FAILED in the virtual machine" >&2; exit 1; }
 
-# The same server, four ways: the simulator in the process, its recording, the network, the kernel's
-# driver. Capture files are stamped with the clock of the machine that reads them.
+# The same server in four ways: simulated in the process, recorded, over the network, and through the kernel
+# driver. Capture files get the time of the machine that reads them.
 instances() {
   grep '"kind":"instance"' "$1" | sed -E '/KROSG_DCAPFile/s/"[0-9]{14}\.[0-9]{6}[+-][0-9]{3}"/"TIME"/g' || true
 }
