@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Completes command lines as bash would and compares what is offered.
+# Completes command lines like bash and compares the suggestions.
 #   completion.sh VELHOST COMPLETION SCHEMA
 set -euo pipefail
 velhost=$1 schema=$3
@@ -11,7 +11,7 @@ touch block.bin demo.toml run.jsonl
 mkdir captures
 failures=0
 
-# offers EXPECTED WORD...: the last word is being completed. Words are split as bash splits them.
+# offers EXPECTED WORD...: completes the last word. Words are split in the same way as by bash.
 offers() {
   local expected=$1 found
   shift

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Runs the commands that the documents show.
+"""Runs the commands shown in the documents.
 
-A fenced sh block behind the comment <!-- test --> is run, all blocks in the order of the documents and in one scratch
-folder that looks like the top of the tree: it has schema, servers and build/dev. <!-- run: COMMAND --> is run without
-being shown. Of a manual page, the lines set apart under EXAMPLES are run. A fenced text block behind <!-- output -->
-must be what the commands before it printed: its lines, in order and complete, but for a line "..." that stands for any
-number of lines, and numbers of elapsed time.
+A fenced sh block after the comment <!-- test --> is run. All blocks run in the order of the documents, in one scratch
+folder that looks like the top of the tree: it has schema, servers and build/dev. <!-- run: COMMAND --> runs a command
+that is not shown. In a manual page, the displayed lines under EXAMPLES are run. A fenced text block after
+<!-- output --> must be what the preceding commands printed: the same lines, complete and in order, except that a line
+"..." matches any number of lines, and elapsed times may differ.
 
-A block whose first line ends in "&" has that command running meanwhile; port 9623 is then a free one. What needs a
-server that is not here is run with the demo server in its place (--sp inband) or left out (--sp lan:).
+If the first line of a block ends in "&", that command runs in the background, with port 9623 replaced by a free one.
+Commands that require a server not available here use the demo server instead (--sp inband) or are skipped (--sp lan:).
 """
 
 import argparse
@@ -35,7 +35,7 @@ def line_number(text, place):
 
 
 def examples_of_manual(text):
-    """(kind, line, text) of each command under EXAMPLES that needs no other server or terminal."""
+    """(kind, line, text) of each command under EXAMPLES that does not require another server or a terminal."""
     start = text.index("\n.Sh EXAMPLES")
     return [("test", line_number(text, match.start()), match.group(1).replace("--sp inband", "--sp sim"))
             for match in MANUAL_EXAMPLE.finditer(text, start, text.index("\n.Sh", start + 1))
@@ -43,7 +43,7 @@ def examples_of_manual(text):
 
 
 def blocks_of(document):
-    """(kind, line, text) of each marked block. A marker without its block is an error."""
+    """(kind, line, text) of each marked block. A marker without a block is an error."""
     text = document.read_text(encoding="utf-8")
     if document.suffix != ".md":
         return examples_of_manual(text)
@@ -59,7 +59,7 @@ def blocks_of(document):
 
 
 def matches(shown, printed):
-    """Whether the shown lines are the printed ones; "..." stands for any number of lines, also none."""
+    """Whether the shown lines match the printed ones; "..." matches any number of lines, including none."""
     pattern = "".join(r"(?:.*\n)*" if line == "..." else re.escape(line) + r"\n" for line in shown)
     return re.fullmatch(pattern, "".join(line + "\n" for line in printed)) is not None
 
@@ -75,7 +75,7 @@ class Shell:
         self.scratch, self.environment = scratch, environment
 
     def run(self, body):
-        """(exit status, what was printed)"""
+        """Returns (exit status, output)."""
         first, _, rest = body.partition("\n")
         if first.endswith("&"):
             return self.run_beside(first.rstrip("& "), rest)
@@ -84,7 +84,7 @@ class Shell:
         return done.returncode, done.stdout
 
     def run_beside(self, simulate, commands):
-        """Runs the commands while "velhost simulate" answers, and ends it as its user would."""
+        """Runs the commands while "velhost simulate" is answering, then ends it as a user would."""
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
             probe.bind(("127.0.0.1", 0))
             port = str(probe.getsockname()[1])
@@ -103,7 +103,7 @@ class Shell:
 
 
 def needs_what_is_missing(body):
-    """Commands of packages that only the tests want."""
+    """Whether the block uses programs, needed only by tests, that are not installed."""
     return any(re.search(r"^%s\b" % name, body, re.MULTILINE) and
                not (shutil.which(program) and shutil.which("ipmi_sim"))
                for name, program in (("ipmitool", "ipmitool"), ("velhost simulate", "ipmi_sim")))

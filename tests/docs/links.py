@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Whether what the documents refer to is there.
+"""Checks that everything the documents refer to exists.
 
-Relative links of the Markdown files, with their anchors, and in those that get installed only links to each other; the
-documents and sections that source comments name; the files and folders that documents name in backquotes; and every
-package that ./run and ./check install in docs/dependencies.md.
+Checks relative links in Markdown files, including anchors (installed files may link only to each other); documents and
+sections named in source comments; files and folders named in backquotes; and that docs/dependencies.md lists every
+package that ./run and ./check install.
 """
 
 import re
@@ -23,13 +23,13 @@ SOURCES = ("*.h", "*.cpp", "*.py", "*.sh", "*.cmake", "CMakeLists.txt")
 
 
 def anchors_of(text):
-    """GitHub's anchors: lower case, blanks to hyphens, anything but letters, digits, _ and - dropped."""
+    """Anchors as GitHub builds them: lower case, hyphens for spaces, only letters, digits, _ and - are kept."""
     headings = HEADING.findall(FENCE.sub("", text))
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
 
 def listed(tree, *patterns):
-    """The tree's files of these patterns: build folders and hidden ones are not part of it."""
+    """The files of the tree that match these patterns, except in build folders and hidden ones."""
     return sorted(file for pattern in patterns for file in tree.rglob(pattern)
                   if not re.search(r"^(build|out$|\.)|/\.", file.relative_to(tree).as_posix()))
 
@@ -67,7 +67,7 @@ def check_citations(tree, source, text, problems):
 
 
 def check_packages(tree, problems):
-    """Each package that ./run and ./check install is in the first column of a table."""
+    """Each package that ./run and ./check install must be in the first column of a table."""
     text = (tree / "docs/dependencies.md").read_text(encoding="utf-8")
     explained = {name for row in TABLE_ROW.findall(text) for name in row.split(", ")}
     lists = PACKAGE_LIST.findall((tree / "tools/build.sh").read_text(encoding="utf-8"))

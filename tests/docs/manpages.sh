@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Formats the manual pages and takes every warning for an error. Exits with 77 where there is no groff.
+# Formats the manual pages and treats every warning as an error. Exits with 77 if groff is not installed.
 #   manpages.sh FOLDER PAGE...
 set -euo pipefail
 command -v groff >/dev/null || { echo "no groff here"; exit 77; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Whether velhost --help, the manual page and the bash completion name the same commands and options."""
+"""Checks that velhost --help, the manual page and the bash completion name the same commands and options."""
 
 import re
 import subprocess
@@ -7,7 +7,7 @@ import sys
 from pathlib import Path
 
 VERBS = ("collect", "classes", "plugin", "check", "simulate")
-# The completion offers each once; -h and --help are the command line library's own pair.
+# Added by the command-line library; not part of the comparison.
 OWN_HELP = {"-h", "--help"}
 OPTION = re.compile(r"(?<![\w-])(--[a-z][a-z-]*|-[a-z]+)(?![\w-])")
 
@@ -17,7 +17,7 @@ def help_of(velhost, *verb):
 
 
 def options_in_help(text):
-    """The options that begin a line of the help."""
+    """The options at the beginning of lines of the help."""
     found = set()
     for line in text.splitlines():
         if re.match(r" {2}-", line):
@@ -26,7 +26,7 @@ def options_in_help(text):
 
 
 def options_in_manual(text):
-    """The options in the tags of the page's lists."""
+    """The options in the list tags of the page."""
     found = set()
     for line in text.splitlines():
         if line.startswith(".It Fl"):
