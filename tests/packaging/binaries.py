@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Reads programs and libraries as the loader will, and says what makes them easier to attack.
+"""Examines programs and libraries as the loader would, and reports what makes them easier to attack.
 
     binaries.py [--hardened] [--fortified] [--moved] FILE_OR_FOLDER...
 
-Run paths are always looked at: an entry that is empty or relative loads code from the current directory. --hardened
-adds what the linker and the compiler protect, --fortified that some calls into the C library are checked ones, which
-takes an optimised build; --moved that run paths are relative to the file itself, as those of installed files are.
+Run paths are always checked: an empty or relative entry loads code from the current directory. --hardened also checks
+the protections of linker and compiler; --fortified, that some calls into the C library are checked variants, which
+takes an optimised build; --moved, that run paths are relative to the file itself, as required of installed files.
 """
 
 import argparse
@@ -15,7 +15,7 @@ import struct
 import subprocess
 import sys
 
-ENDBR64 = b"\xf3\x0f\x1e\xfa"  # where an indirect branch may arrive
+ENDBR64 = b"\xf3\x0f\x1e\xfa"  # a valid target of an indirect branch
 X86_64 = 62
 SEGMENT = re.compile(r"^  ([A-Z_]\w+)\s+(0x\w+) (0x\w+) 0x\w+ (0x\w+) 0x\w+ (.{3})", re.MULTILINE)
 DYNAMIC = re.compile(r"^ 0x\w+ \((\w+)\)\s+(.*)$", re.MULTILINE)
@@ -29,7 +29,7 @@ def is_elf(path):
 
 
 class Binary:
-    """What readelf says of one program or library."""
+    """What readelf reports about one program or library."""
 
     def __init__(self, path):
         self.path = path
@@ -45,7 +45,7 @@ class Binary:
         return [value for tag, value in self.dynamic if tag == name]
 
     def bracketed(self, *names):
-        """The text in brackets of these tags: names of libraries and run paths."""
+        """The text in brackets of these tags: library names or run paths."""
         return [re.search(r"\[(.*)\]$", value).group(1) for name in names for value in self.tags(name)]
 
     def is_program(self):
@@ -103,7 +103,7 @@ def compiler_findings(binary):
 
 
 def fortify_findings(binaries):
-    """Small ones may have no call to check: all of them together must have some."""
+    """A small program may have no call to check, so this looks at all of them together."""
     if not any(FORTIFIED.fullmatch(name) for binary in binaries for name in binary.undefined()):
         yield "no call into the C library is a checked one"
 

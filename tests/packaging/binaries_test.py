@@ -1,5 +1,5 @@
-"""Every program and library of the build tree and of an installation: run paths, hardening, and that a library planted
-in the current directory is not loaded. What the checks are for is shown on files made to fail them."""
+"""Checks every program and library of the build tree and of an installation: run paths, hardening, and that a library
+planted in the current directory is not loaded. Files built to fail show that the checks work."""
 
 import os
 import shutil
@@ -31,7 +31,7 @@ __attribute__((constructor)) static void Run() { if (write(1, "planted\\n", 8) =
 
 
 def built_binaries():
-    """Those of the targets: a build folder may hold files of targets that no longer exist."""
+    """The files of current targets: a build folder may also contain files of targets that no longer exist."""
     return [path for path in (BUILD / "binaries.txt").read_text().split() if os.path.exists(path)]
 
 
@@ -65,7 +65,7 @@ class AllBinaries(Scratch):
 
 
 class CurrentDirectory(Scratch):
-    """Anybody's folder with a library of every name that one of ours asks for."""
+    """Someone else's folder, with a library for every name that one of our binaries depends on."""
 
     def setUp(self):
         super().setUp()
@@ -96,7 +96,8 @@ class CurrentDirectory(Scratch):
         for file in self.planted.iterdir():
             if file.name != "libfmt.so.9":
                 file.unlink()
-        # An empty entry, as a run path may have one: functions that the library lacks may end it even earlier.
+        # An empty entry, as in a run path. The program may even end earlier if the planted library lacks
+        # functions.
         done = self.run_there(BUILD / "bin/velhost", "--version", LD_LIBRARY_PATH=":")
         self.assertIn(done.returncode, (3, 127), done.stdout)
 

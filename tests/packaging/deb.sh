@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the Debian packages of a build tree, unpacks them, and collects with the unpacked program.
+# Builds the Debian packages of a build tree, unpacks them, and runs a collection with the unpacked program.
 #   deb.sh BUILD
-# The checks of the C library are looked for unless BUILD is for debugging.
+# Fortified C library calls are required unless BUILD is a debug build.
 set -euo pipefail
 build=$1
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -43,16 +43,16 @@ for file in bin/velhost "${modules[@]}" lib/velhost/libsmbios.so share/man/man1/
   [ -s "$scratch/root/usr/$file" ] || fail "the packages have no $file"
 done
 
-# Whoever builds the packages is named in all three places (VELHOST_PACKAGE_CONTACT).
+# The contact of whoever builds the packages is in all three places (VELHOST_PACKAGE_CONTACT).
 documents=$scratch/root/usr/share/doc/velhost
 grep -qF "Upstream-Contact: $(field velhost Maintainer)" "$documents/copyright" || fail "another contact in copyright"
 gzip -dc "$documents/changelog.Debian.gz" | grep -qF -- "-- $(field velhost Maintainer)  " || fail "another in changelog"
 
-# The licence's text is part of every Debian system.
+# The text of the licence is part of every Debian system.
 grep -qxF 'License: Apache-2.0' "$documents/copyright" || fail "copyright does not state the licence"
 [ ! -e "$documents/LICENSE" ] || fail "the packages have a licence text of their own"
 
-# Nothing of ours is where the loader looks for everybody's libraries, or asks it to look elsewhere.
+# The packages must not install libraries where the loader looks by default, nor change where it looks.
 foreign=$(find "$scratch/root/usr/lib" -maxdepth 1 -name '*.so*')
 [ -z "$foreign" ] || fail "the packages have libraries for everybody: $foreign"
 checks=(--hardened --moved)
@@ -64,7 +64,7 @@ fi
 [ "$(option VELHOST_HARDENING)" != OFF ] || fail "a build that is not hardened is not one to package"
 python3 "$here/binaries.py" "${checks[@]}" "$scratch/root/usr"
 
-# The unpacked program, with no library of the build tree in reach, gives what the built one gives.
+# The unpacked program must print the same as the built one, without access to the build tree's libraries.
 velhost=$scratch/root/usr/bin/velhost
 outside=$(ldd "$velhost" | grep -F "$build" || true)
 [ -z "$outside" ] || fail "the packaged program uses the build tree: $outside"
