@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Compares the collector, run by velhost, with its reference model on random cases.
 
-Each case is a random schema, server and request. What velhost prints and traces must be what the model says:
-the trace line by line, the instances, the calls that failed, the exchanges and the exit status.
+Each case is a random schema, server and request. What velhost prints and traces must match the model: every line of the
+trace, the instances, the failed calls, the exchanges and the exit status.
 """
 
 import argparse
@@ -24,7 +24,7 @@ TIMEOUT = 120
 
 
 class Difference(Exception):
-    """The first thing in which the two do not agree."""
+    """The first difference between the two."""
 
 
 def require(what, found, expected):
@@ -49,7 +49,7 @@ def command_of(options, case, directory):
 
 
 def run_velhost(options, case, directory):
-    """Exit status, standard output and standard error, which are also kept in the directory."""
+    """Returns exit status, standard output and standard error; the latter two are also saved in the directory."""
     done = subprocess.run(command_of(options, case, directory), env=dict(os.environ, TZ=case.zone),
                           stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT)
     for name, content in (("output.json", done.stdout), ("stderr.txt", done.stderr)):
@@ -114,7 +114,7 @@ def compare_heading(document, machine_type, failed):
 
 
 def compare_failures(found, case, failed):
-    """A request of several classes does not say which of them failed in a way that the model knows."""
+    """If a request has several classes, the model cannot tell which of them failed, so only the number is compared."""
     require("number of failed calls", len(found), len(failed))
     if not case.single_request:
         require("failed classes", [one["class"] for one in found], [call.classes[0] for call in failed])
@@ -131,7 +131,7 @@ def compare_instances(found, expected):
 
 
 def compare_incomplete(found, expected):
-    """Instances of a call in which an exchange failed are marked; one that was impossible may count or not."""
+    """Instances of a call with a failed exchange are marked; an impossible exchange may or may not count as failed."""
     number = 0
     for call in expected.calls:
         failed = [exchange for exchange in call.exchanges if exchange.failed()]
@@ -142,7 +142,7 @@ def compare_incomplete(found, expected):
 
 
 def compare_exchanges(found, case, expected):
-    """Exchanges without a node or a driver to talk to may be counted or not, but not partly."""
+    """Exchanges for which there is no node or no driver may be counted or not, but not only some of them."""
     every = [(call, exchange) for call in expected.calls for exchange in call.exchanges]
     possible = [(call, exchange) for call, exchange in every if exchange.possible]
     counted = every if found["total"] == len(every) else possible
@@ -165,7 +165,7 @@ def reported(case, one):
 # -- cases ----------------------------------------------------------------------------------------------------
 
 def run_case(options, seed):
-    """None if the two agree, else a text that tells where they do not and how to see it again."""
+    """None if the two agree, otherwise a text with the difference and how to reproduce it."""
     with tempfile.TemporaryDirectory(prefix="agree-") as scratch:
         difference = try_case(options, random_case.generate(seed), scratch)
     if difference is None:
@@ -187,7 +187,7 @@ def try_case(options, case, directory):
 
 
 def explain_failure(options, seed, difference):
-    """Runs the case once more in the folder where its files are kept."""
+    """Runs the case once more in a folder where its files are kept."""
     case, directory = random_case.generate(seed), os.path.join(options.keep, "seed-%d" % seed)
     os.makedirs(directory, exist_ok=True)
     difference = try_case(options, case, directory) or difference + "\n(and agrees when it is run again)"

@@ -1,16 +1,16 @@
 """Reference model of the collector plugin, with its own simulated service processor.
 
-run() takes a schema, a server (a server file as tomllib parses it), a list of GetData calls and the local
-time zone, and gives back what a host observes from the loading of the library to its unloading: the trace,
-the committed instances, how each call ended, and the exchanges with the service processor.
+run() takes a schema, a server (a server file as parsed by tomllib), a list of GetData calls and the local time zone. It
+returns what a host observes from loading the library to unloading it: the trace, the committed instances, how each call
+ended, and the exchanges with the service processor.
 
-The routines are written step by step in the order in which the collector works, one routine for each of its
-operations, so that each can be compared with the operation that it models.
+The routines follow the collector step by step, one routine for each of its operations, so that each can be compared
+with the operation that it models.
 """
 
 from dataclasses import dataclass
 
-# What a user of the model needs is here under one name.
+# Everything that users of the model require, under one name.
 from modelvalues import *  # noqa: F401,F403
 from modelschema import *  # noqa: F401,F403
 from modelserver import *  # noqa: F401,F403
@@ -32,7 +32,7 @@ class Call:
 
 @dataclass
 class Run:
-    """What a host observes from loading to unloading."""
+    """What a host observes from loading the library to unloading it."""
 
     trace: list
     instances: list

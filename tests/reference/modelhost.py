@@ -1,4 +1,4 @@
-"""The host that the collector model runs in: trace, instances, clock; and the byte dumps of the trace."""
+"""The host of the collector model: trace, instances, clock; and the byte dumps of the trace."""
 
 from modelvalues import DEBUG, STATUS, TvelException, VERBOSE, datetime_value, deref
 from modelserver import ServiceProcessor
@@ -25,7 +25,7 @@ class Log:
 
 
 class Instance:
-    """A new instance of a class, which the host has once it is committed."""
+    """A new instance of a class; the host receives it when it is committed."""
 
     def __init__(self, host, cls):
         self.host = host
@@ -46,7 +46,7 @@ class Instance:
 
 
 class Host:
-    """What the plugin reaches of its host."""
+    """The parts of the host that the plugin uses."""
 
     def __init__(self, schema, server, timezone, directory):
         self.schema = schema
@@ -74,7 +74,7 @@ class Host:
 # Byte dumps
 
 def dump(data, last):
-    """Bytes 0 to last in decimal, eight a line; the caller owns last + 1 bytes."""
+    """Bytes 0 to last in decimal, eight per line; data has last + 1 bytes."""
     text = ""
     for i in range(last + 1):
         if i % 8 == 0:
@@ -88,5 +88,5 @@ def hex_pairs(data):
 
 
 def quotient(number, divisor):
-    """Division of C: toward zero."""
+    """Division as in C: truncates toward zero."""
     return -(-number // divisor) if number < 0 else number // divisor

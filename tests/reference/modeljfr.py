@@ -7,7 +7,7 @@ from modelhost import dump
 
 
 class NovRequest:
-    """The dot-command transport; discovers the service processors when it is made."""
+    """The dot-command transport; discovers the service processors when constructed."""
 
     def __init__(self, host):
         self.log = host.log

@@ -40,7 +40,7 @@ class Plugin:
                 return
 
     def find_delegates(self):
-        """The JFR class list and the delegate map."""
+        """The list of JFR classes and the map of delegates."""
         jfr_classes, delegates = list(BASE_CLASSES), {}
         for base in BASE_CLASSES:
             self.log.debug("Collecting delegates for class " + base)
@@ -186,7 +186,7 @@ class StorageCommands:
 
     @staticmethod
     def frame(sub_command, count):
-        """A zero-filled command buffer with the frame that all four requests share."""
+        """A zero-filled command buffer with the fields common to all four requests."""
         buffer = bytearray(256)
         buffer[0:6] = bytes((0x01, 0x20, 0x2E, 0x00, 0x90, count & 0xFF))
         buffer[9:13] = bytes((0x39, 0x30, 0x00, sub_command))
@@ -202,7 +202,7 @@ class StorageCommands:
         return self.sp.send_ipmi_command(self.node, buffer, 256)
 
     def open(self, name):
-        """The four handle bytes, or None."""
+        """Returns the four handle bytes, or None."""
         self.log.debug("Enter OpenStorageArea funtion")
         buffer = self.frame(0x01, len(name) + 12)
         buffer[13] = 0x01
@@ -217,7 +217,7 @@ class StorageCommands:
         return bytes(buffer[12:16])
 
     def query_size(self, name):
-        """The size that the BMC reports, or None."""
+        """Returns the size reported by the BMC, or None."""
         self.log.debug("Enter QueryStorageAreaSize funtion")
         buffer = self.frame(0x06, len(name) + 4)
         self.put_name(buffer, 13, name)
@@ -233,7 +233,7 @@ class StorageCommands:
         return size
 
     def read(self, size, handle, out):
-        """Reads in chunks into out; returns the number of bytes asked for in total."""
+        """Reads in chunks into out; returns the total number of bytes requested."""
         self.log.debug("Enter ReadStorageArea funtion")
         full = quotient(size, 10)
         rest = size - full * 10
@@ -256,7 +256,7 @@ class StorageCommands:
         return offset
 
     def read_chunk(self, handle, offset, chunk, count):
-        """One read; the bytes to keep, or None on a completion code."""
+        """One read; returns the bytes to keep, or None after a completion code."""
         buffer = self.frame(0x02, 0x0E)
         buffer[13:17] = handle
         buffer[17:21] = offset.to_bytes(4, "little")

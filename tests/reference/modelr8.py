@@ -36,7 +36,7 @@ class IpmiRequest:
 
     @staticmethod
     def copy_payload(buffer, out, raw):
-        """The eight value bytes, or the labelled record, whose values are taken one byte later."""
+        """Copies the eight value bytes, or the labelled record, whose value is taken one byte late."""
         if raw:
             out[0:8] = buffer[15:23]
         else:
@@ -152,7 +152,7 @@ class R8ErrorData:
         return result
 
     def read_registers(self, name, addresses, chip):
-        """All bytes read and the last address; the transcript grows from address to address."""
+        """Returns all bytes read and the last address; the transcript grows with each address."""
         data, address = b"", 0
         raw = self.eight_byte_family()
         transcript = name + "\n\t"

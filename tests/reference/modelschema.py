@@ -1,4 +1,4 @@
-"""Classes, qualifiers and properties as the collector model looks them up."""
+"""Classes, qualifiers and properties as the collector model sees them."""
 
 from dataclasses import dataclass, field
 
@@ -7,7 +7,7 @@ from modelvalues import value_of
 
 @dataclass
 class Property:
-    """A property declaration; qualifiers maps a qualifier's name to a plain Python value."""
+    """A property declaration; qualifiers maps names to plain Python values."""
 
     name: str
     type: str = "uint8"
@@ -27,7 +27,7 @@ class CimClass:
 
 @dataclass
 class PropertyDeclaration:
-    """What the property enumeration of a class delivers."""
+    """What enumerating the properties of a class yields."""
 
     name: str
     origin: str
@@ -46,7 +46,7 @@ def find_qualifier(qualifiers, name):
 
 
 class Schema:
-    """Classes in declaration order; restricted holds the qualifiers that subclasses do not inherit."""
+    """Classes in declaration order; restricted lists the qualifiers that subclasses do not inherit."""
 
     def __init__(self, classes, restricted=()):
         self.classes = list(classes)
@@ -73,7 +73,7 @@ class Schema:
                 if other is not cls and any(step is cls for step in self.lineage(other))]
 
     def class_qualifier(self, cls, name):
-        """The class's own qualifier, else one inherited under its flavor, else None."""
+        """The class's own qualifier, otherwise one inherited according to its flavor, otherwise None."""
         own = find_qualifier(cls.qualifiers, name)
         parent = self.parent(cls)
         if own is not None or parent is None or name.lower() in self.restricted:
@@ -81,7 +81,7 @@ class Schema:
         return self.class_qualifier(parent, name)
 
     def property_declarations(self, cls):
-        """Inherited properties first; an overriding one keeps place and origin of the first declaration."""
+        """Inherited properties first; an overriding one keeps the position and origin of the first declaration."""
         found = {}
         for step in self.lineage(cls):
             for prop in step.properties:

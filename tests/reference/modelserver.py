@@ -6,7 +6,7 @@ from dataclasses import dataclass
 
 @dataclass
 class Exchange:
-    """One call of the service-processor library; possible is False where there is no node or no driver."""
+    """One call of the service-processor library; possible is False if there is no node or no driver."""
 
     kind: str
     node: int
@@ -32,7 +32,7 @@ class Fault:
         return "node" not in self.table or self.table["node"] == node
 
     def counts(self, kind, node):
-        """Counts the exchange if it matches; true if the fault is due for it."""
+        """Counts the exchange if it matches; returns whether the fault is due for it."""
         if not self.matches(kind, node):
             return False
         self.seen += 1
@@ -40,7 +40,7 @@ class Fault:
 
 
 class ServiceProcessor:
-    """The simulated server behind the service-processor library."""
+    """The simulated server that answers the service-processor library."""
 
     MANUFACTURER = bytes((0x39, 0x30, 0x00))
     STORAGE_KINDS = {0x01: "open", 0x06: "size", 0x02: "read", 0x05: "close"}
@@ -90,7 +90,7 @@ class ServiceProcessor:
         return True, 9 + len(data)
 
     def send_dot_command(self, index):
-        """Answers the register-block command; returns (ok, block), the block None where there was no answer."""
+        """Answers the register-block command; returns (ok, block), with None as the block if there was no answer."""
         fault = self.due_fault("dot", index)
         ok = not fault.get("lost")
         self.exchanges.append(Exchange("dot", index, ok, 0))
@@ -100,7 +100,7 @@ class ServiceProcessor:
         return True, block[:fault["truncate"]] if "truncate" in fault else block
 
     def due_fault(self, kind, node):
-        """Every matching fault counts the exchange; the first that is due is the one applied."""
+        """Every matching fault counts the exchange; the first one that is due is applied."""
         due = [fault for fault in self.faults if fault.counts(kind, node)]
         return due[0].table if due else {}
 
@@ -168,7 +168,7 @@ class ServiceProcessor:
 
     @staticmethod
     def area_place(node, name_field):
-        """The area's place among its node's areas, from 1; 0 if there is no such name."""
+        """The position of the area among those of its node, from 1; 0 if there is no such name."""
         name = bytes(name_field).rstrip(b"\0").decode("latin-1")
         for place, area in enumerate(node.get("storage_area", []), 1):
             if area["name"] == name:
@@ -176,7 +176,7 @@ class ServiceProcessor:
         return 0
 
     def bytes_of(self, table, key):
-        """Bytes given in the file as hex pairs, or in a file beside it."""
+        """Bytes given in the file as hex pairs, or in a separate file."""
         if key in table:
             return bytes.fromhex(table[key])
         with open(os.path.join(self.directory, table[key + "_file"]), "rb") as stream:

@@ -1,4 +1,4 @@
-"""What the self tests of the reference model share: small schemas, runs and ways to look at them."""
+"""Common parts of the self tests of the reference model: small schemas, runs, and access to their results."""
 
 import datetime
 
@@ -27,7 +27,7 @@ def served(machine_type="6203", count=1):
 
 
 def bases():
-    """The root, the three base classes and the class of capture files."""
+    """The root class, the three base classes and the capture class."""
     capture = [Property(name, "datetime" if name == "MessageTimestamp" else "string", False)
                for name in random_schema.DCAP_PROPERTIES]
     return ([CimClass("Root", None, {}, identity())] + [CimClass(name, "Root") for name in model.BASE_CLASSES]
@@ -44,7 +44,7 @@ def texts(result, severity=None):
 
 
 def after(result, line):
-    """The line behind the first one that is, or begins with, the given text."""
+    """The line after the first one that equals or begins with the given text."""
     lines = texts(result)
     return lines[next(i for i, text in enumerate(lines) if text.startswith(line)) + 1]
 
@@ -54,7 +54,7 @@ def area(name="cpu_err", data="", **keys):
 
 
 def capture(*nodes, faults=(), calls=1, **server):
-    """A collection of capture files from nodes given as lists of storage areas."""
+    """Collects capture files from nodes given as lists of storage areas."""
     tables = [{"storage_area": areas} for areas in nodes]
     return run([], {"bmc_node": tables, "fault": list(faults), **server}, [[model.DCAP_FILE]] * calls)
 

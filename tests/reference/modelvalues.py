@@ -1,4 +1,4 @@
-"""The names, failures and values that the collector model is written in."""
+"""The names, failures and values used by the collector model."""
 
 from dataclasses import dataclass
 
@@ -36,7 +36,7 @@ NO_DATA_TEXT = "Unable to communicate with system management hardware. Could not
 # Failures of the host
 
 class AssertionFailed(Exception):
-    """A null host object was dereferenced; no collector catches this."""
+    """A null host object was dereferenced; collectors do not catch this."""
 
 
 class TvelException(Exception):
@@ -73,7 +73,7 @@ class Value:
         return self.kind == "array"
 
     def to_text(self):
-        """The text form with radix 10."""
+        """The text in radix 10."""
         if self.kind == "null":
             return ""
         if self.kind == "array":
@@ -81,13 +81,13 @@ class Value:
         return str(self.data)
 
     def to_string(self):
-        """The conversion to a string."""
+        """Conversion to a string."""
         if self.kind == "array":
             raise TvelException(13)
         return self.to_text()
 
     def to_unsigned(self, bits):
-        """The conversion to an unsigned number, which wraps."""
+        """Conversion to an unsigned number, which wraps around."""
         if self.kind == "null":
             return 0
         if self.kind == "int":
@@ -97,13 +97,13 @@ class Value:
         raise TvelException(13)
 
     def to_array(self):
-        """The conversion to the elements of an array value."""
+        """Conversion to the elements of an array."""
         if self.kind != "array":
             raise TvelException(13)
         return list(self.data)
 
     def plain(self):
-        """The value as the JSON output shows it."""
+        """The value as it appears in JSON output."""
         if self.kind == "array":
             return [element.plain() for element in self.data]
         return self.data
@@ -125,7 +125,7 @@ def array_value(values):
 
 
 def datetime_value(year, month, day, hour, minute, second, offset):
-    """A datetime in its 25 characters; the fields are taken as they come, also implausible ones."""
+    """A datetime in its 25 characters; the fields are used as given, even implausible ones."""
     sign = "-" if offset < 0 else "+"
     return Value("datetime", "%04d%02d%02d%02d%02d%02d.000000%s%03d"
                  % (year, month, day, hour, minute, second, sign, abs(offset)))

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Random cases for comparing the collector with its reference model: a schema, a server and a request.
 
-generate(seed) always gives the same case for the same seed. Run as a program it writes one case and prints
-the arguments to run it with.
+generate(seed) always returns the same case for the same seed. Run as a program, this writes one case and prints the
+arguments to run it with.
 """
 
 import argparse
@@ -18,7 +18,7 @@ from random_server import ServerMaker
 MACHINE_TYPES = (["6101", "6102", "6203", "6204", "6205", "6106"] * 3
                  + ["4411", "4414", "4523", "4524"] * 4 + ["610", "44", "9999", "6203 X", ""])
 
-# POSIX zone texts with the seconds west of UTC that the C library takes from them.
+# POSIX time zones, with the offset in seconds west of UTC that the C library derives from them.
 ZONES = [("UTC0", 0), ("CET-1", -3600), ("CET-1CEST,M3.5.0,M10.5.0/3", -3600), ("<+0545>-5:45", -20700),
          ("NST3:30", 12600), ("PST8PDT,M3.2.0,M11.1.0", 28800), ("<-12>12", 43200), ("<+14>-14", -50400),
          ("AAA0:00:30", 30), ("AAA0:01:30", 90), ("AAA-0:01:30", -90)]
@@ -26,7 +26,7 @@ ZONES = [("UTC0", 0), ("CET-1", -3600), ("CET-1CEST,M3.5.0,M10.5.0/3", -3600), (
 
 @dataclass
 class Case:
-    """One case; files maps the names of files beside the server file to their bytes."""
+    """One case; files maps names of files referenced by the server file to their bytes."""
 
     seed: int
     schema: Schema
@@ -66,7 +66,7 @@ def generate(seed):
 
 
 def requested_classes(rng, schema):
-    """Some of the schema's classes in any order; those that yield something come up more often."""
+    """Some of the schema's classes in any order; those that yield something are more likely."""
     likely = {model.DCAP_FILE: 0.45}
     likely.update({name: 0.6 for name in model.R8_CLASSES})
     families = set()

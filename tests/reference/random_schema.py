@@ -11,7 +11,7 @@ DCAP_PROPERTIES = ["FileName", "ErrRawData", "MessageTimestamp", "SourceNode", "
 
 @dataclass
 class Types:
-    """How a case declares the qualifiers whose type is not fixed."""
+    """How a case declares qualifiers whose type may vary."""
 
     offset: str
     index: str
@@ -36,7 +36,7 @@ def random_types(rng):
 
 
 class SchemaMaker:
-    """Makes the classes of a case; fragile cases lack things that the collector needs."""
+    """Generates the classes of a case; fragile cases lack things that the collector requires."""
 
     def __init__(self, rng, types, machine_type):
         self.rng = rng
@@ -46,7 +46,7 @@ class SchemaMaker:
         self.counter = 0
 
     def rarely(self, chance):
-        """True at the given rate, and only in a fragile case."""
+        """True with the given probability, and only in a fragile case."""
         return self.types.fragile and self.rng.random() < chance
 
     def make(self):
@@ -66,7 +66,7 @@ class SchemaMaker:
         return Schema(self.ordered(), restricted)
 
     def ordered(self):
-        """Any order that declares a class behind its superclass."""
+        """Any order in which each class comes after its superclass."""
         waiting, placed, names = list(self.classes), [], {None}
         while waiting:
             ready = [cls for cls in waiting if cls.superclass in names]
@@ -102,7 +102,7 @@ class SchemaMaker:
         return properties
 
     def missing_identity(self, parent):
-        """What the root leaves to the classes directly below it."""
+        """The identification properties that the root leaves to its direct subclasses."""
         if parent != "KROSG_Root" or self.types.root_identifies:
             return []
         return [Property(prop.name, prop.type, False) for prop in self.identity if prop.name != "ElementName"]
@@ -136,7 +136,7 @@ class SchemaMaker:
             family.append(name)
 
     def add_identification_trap(self, cls, purpose):
-        """Identification names that a collector skips, or takes for a register."""
+        """Identification names that a collector either skips or mistakes for a register."""
         if self.rng.random() < 0.1 and not self.declares(cls.superclass, "InstanceID2"):
             cls.properties.append(self.named_register("InstanceID2", purpose))
         if self.rng.random() < 0.1 and not self.declares(cls.superclass, "DateTimeOfCollection"):
@@ -210,7 +210,7 @@ class SchemaMaker:
         return self.spelled(qualifiers)
 
     def inherited(self, parent, name):
-        """Whether an ancestor has the qualifier, also where its flavor keeps it from being inherited."""
+        """Whether an ancestor has the qualifier, even if its flavor prevents inheritance."""
         schema = Schema(self.classes)
         return bool(parent) and schema.class_qualifier(schema.find(parent), name) is not None
 
@@ -222,7 +222,7 @@ class SchemaMaker:
         return texts or ["0000"]
 
     def spelled(self, qualifiers):
-        """Look-ups do not depend on the spelling of a name."""
+        """The qualifiers with names in varying case, which look-ups must ignore."""
         return {name.upper(): value for name, value in qualifiers.items()} if self.types.odd_case else qualifiers
 
     def declares(self, name, prop):
@@ -251,7 +251,7 @@ class SchemaMaker:
             name = cls.superclass
 
     def overriding(self, parent, name, purpose):
-        """Carries at least the qualifiers of what it overrides, where it would inherit those it lacks."""
+        """An overriding property has at least the qualifiers of the overridden one, which it might not inherit."""
         prop = self.named_register(name, purpose)
         if self.types.property_inherited or not self.rarely(0.3):
             for key, value in self.declares(parent, name).qualifiers.items():
@@ -265,7 +265,7 @@ class SchemaMaker:
         return self.named_register(name, purpose)
 
     def named_register(self, name, purpose):
-        """A register with what its collector needs; often with the other collector's qualifiers too."""
+        """A register with the qualifiers that its collector requires, and often those of the other collector."""
         everything = purpose == "any" or self.types.all_qualifiers or self.rng.random() < 0.3
         qualifiers = {}
         if everything or purpose == "r8":

@@ -4,17 +4,17 @@ import collector_model as model
 
 CHIP_CLASSES = (model.VO_PCI_BRIDGE, model.T4_PCI_BRIDGE)
 
-# What a fault may cut an answer to, from the shortest answer to beyond the longest.
+# Lengths to which a fault may truncate an answer, from the shortest answer to beyond the longest.
 TRUNCATIONS = {"register": (9, 25), "timestamp": (9, 14), "open": (9, 17), "size": (9, 17), "read": (9, 26),
                "close": (9, 13), "ipmi": (9, 26), "dot": (0, 4096)}
 
-# The lengths at which something begins to be missing from an answer.
+# The lengths at which an answer starts to lack something.
 EDGES = {"register": (22, 22, 23), "timestamp": (12, 12, 13), "open": (12, 13, 15), "size": (12, 13, 15),
          "read": (9, 14, 15), "close": (9,), "ipmi": (12, 13, 22)}
 
 
 class ServerMaker:
-    """Makes a server file that answers, mostly, what the schema makes the collector ask for."""
+    """Generates a server file that usually answers what the schema makes the collector request."""
 
     def __init__(self, rng, machine_type, schema):
         self.rng = rng
@@ -49,7 +49,7 @@ class ServerMaker:
         return day + self.rng.choice(["Z", "+00:00", "+01:00", "-05:00", "+05:45", "-03:30", "+14:00"])
 
     def data(self, key, content, name):
-        """The bytes as hex pairs, or now and then in a file beside the server file."""
+        """The bytes as hex pairs or, occasionally, in a separate file."""
         if self.rng.random() < 0.08:
             self.files[name + ".bin"] = content
             return "%s_file = \"%s.bin\"" % (key, name)
@@ -108,7 +108,7 @@ class ServerMaker:
                 self.add("header = \"%s\"" % self.rng.randbytes(6).hex(" "))
 
     def instance_count(self, cls):
-        """The declared number; 0 where there is none or a text that is no number."""
+        """The declared number; 0 if there is none or it is not numeric."""
         count = self.schema.class_qualifier(cls, "MaxInstanceCount")
         try:
             return count.to_unsigned(16) if count else 0
@@ -116,7 +116,7 @@ class ServerMaker:
             return 0
 
     def addresses(self):
-        """Every chip and address that a class may ask for."""
+        """Every chip and address that a class may request."""
         for name in model.R8_CLASSES:
             cls = self.schema.find(name)
             if not cls:
@@ -150,7 +150,7 @@ class ServerMaker:
                                 length + 35, "negative", "negative"])
         if size != "negative":
             return size
-        # A negative size cut short must not turn into one of many megabytes.
+        # A truncated negative size must not become a size of many megabytes.
         return self.rng.choice([-2**31, -2**31 + 5] if sizes_cut else [-1, -10, -65536, -2**31])
 
     # -- faults ------------------------------------------------------------------------------------------

@@ -65,7 +65,7 @@ class CaptureFileTest(unittest.TestCase):
             "LogName": "KROSG_DCAPFile", "RecordID": "0"})
 
     def reads(self, size, data="", **keys):
-        """Offset and count of every read, and the number that the read returns."""
+        """Offset and count of every read, and the number that the reading returns."""
         result = capture([area(data=data, size=size)], **keys)
         asked = [text.split()[-6:-1] for text in texts(result) if text.startswith("ReadStorageArea IPMI")]
         returned = [int(text.split(":")[1]) for text in texts(result) if text.startswith("returned smbioslen:")]
@@ -107,7 +107,7 @@ class CaptureFileTest(unittest.TestCase):
         self.assertEqual(raw_data(result), ["01 02 03 04 05 06 07 08 09 0a "])
 
     def test_cut_answer(self):
-        # Nine bytes in all: four are copied, from behind the data.
+        # Nine bytes in all: four are copied, from after the data.
         result = capture([area(data="01 02")], faults=[{"on": "read", "truncate": 9}])
         self.assertIn("Response raw data size:4, loopoffset:0, raw data info:00 00 00 00 ", texts(result))
         self.assertEqual(raw_data(result), ["00 " * 10])
@@ -153,7 +153,7 @@ class CaptureFileTest(unittest.TestCase):
         self.assertEqual([dict(one[1])["RecordID"] for one in result.instances], ["0", "1"])
 
     def test_long_name(self):
-        # 30 characters: 25 travel, byte 5 counts all (30 + 12 = 0x2a, 30 + 4 = 0x22).
+        # 30 characters: 25 are sent, but byte 5 counts all of them (30 + 12 = 0x2a, 30 + 4 = 0x22).
         sp = model.ServiceProcessor({"bmc_node": [{"storage_area": [area("a" * 25)]}]})
         log = model.Log()
         commands = model.StorageCommands(log, sp, 0)

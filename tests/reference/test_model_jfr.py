@@ -8,7 +8,7 @@ from modeltest import IDENTITY, VALUE, after, bmc, identity, register, run, serv
 
 
 def block(header="00 18 0c 1f 17 3b 3a", second="00 " * 7, size=4096):
-    """A register block whose byte n, outside of its headers, is n modulo 251."""
+    """A register block whose byte n, outside its headers, is n modulo 251."""
     data = bytearray(n % 251 for n in range(4096))
     data[0:7], data[2040:2047] = bytes.fromhex(header), bytes.fromhex(second)
     return data[:size].hex(" ")
@@ -90,7 +90,8 @@ class JfrTest(unittest.TestCase):
         self.assertEqual(values_of(result), [[48] * 3 + [32, 61, 32] + [48] * 8])
 
     def test_records_beyond_the_block_read_as_fill(self):
-        # 7 + 511 * 8 = 4095: one byte is in the block; the next record and instance lie wholly behind it.
+        # 7 + 511 * 8 = 4095: one byte is inside the block; the next record and instance are entirely beyond
+        # its end.
         result = collect_jfr(register(Index=511), blocks=[block()], count=2)
         self.assertEqual(values_of(result), [[4095 % 251, 48, 48, 32, 61, 32] + [48] * 8,
                                              [48, 48, 48, 32, 61, 32] + [48] * 8])

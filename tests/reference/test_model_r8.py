@@ -32,7 +32,8 @@ class RegisterTransportTest(unittest.TestCase):
         severity, text = lines[1]
         zeros = "0 0 0 0 0 0 0 0 \n"
         self.assertEqual(severity, VERBOSE)
-        # The address's top byte is lost: 0x34 0x56 0x78 are 52 86 120. The answer is 0xCB, 203, without data.
+        # The top byte of the address is lost: 0x34 0x56 0x78 are 52 86 120. The answer is 0xCB = 203, without
+        # data.
         sent = "\n1 32 58 0 98 4 0 0 \n0 7 52 86 120 0 0 0 \n" + zeros * 30 + "0 \n"
         answered = "\n1 32 58 0 203 0 0 0 \n0 0 0 0 0 0 0 0 \n" + zeros * 30 + "0 \n"
         self.assertEqual(text, "Contents of buffer to send (rspBuf):\n" + sent
@@ -118,7 +119,7 @@ class R8DecodingTest(unittest.TestCase):
         result = collect_r8(register(Offset=1, MaxLen=8))
         lines = texts(result, DEBUG)
         start = lines.index(FAILED_READ)
-        # The answer has no data, so the dump shows one byte; the line of no bytes is empty and dropped.
+        # The answer has no data, so the dump shows one byte; the line with the bytes is empty and dropped.
         self.assertEqual(lines[start + 1:start + 5],
                          ["Contents of registerData:\n\n0 \n", "Displaying messenger\n",
                           "Size of cimvalues 0", "Register data value "])

@@ -44,7 +44,7 @@ class RandomCaseTest(unittest.TestCase):
         self.assertEqual(failures, {None, "assertion", "TVELException"})
 
     def test_schemas_are_sound(self):
-        """Superclasses come first; a property is new to its lineage, or says what it overrides, of one type."""
+        """Superclasses come first; a property is either new or overrides an inherited one of the same type."""
         for seed in range(300):
             schema, declared = random_case.generate(seed).schema, set()
             for cls in schema.classes:
