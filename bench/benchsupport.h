@@ -1,4 +1,5 @@
-// Side-by-side measurements: rounds of each candidate in turn, medians, and the row that comes of them.
+// Comparative measurements: runs the candidates in alternating rounds, takes medians, and prints the
+// resulting row.
 #pragma once
 
 #include <fmt/format.h>
@@ -14,20 +15,20 @@
 
 namespace bench {
 
-/// Whether "--quick" stands on the command line: everything runs once and small, for a test that looks
-/// at nothing but that it runs.
+/// Whether "--quick" is on the command line: everything runs once and small, for a test that only checks that
+/// it runs.
 inline bool IsQuick(int argc, char** argv) {
   return std::any_of(argv + 1, argv + argc, [](const char* argument) { return !std::strcmp(argument, "--quick"); });
 }
 
-/// Processor time of this process in seconds.
+/// Processor time of this process, in seconds.
 inline double ProcessorTime() {
   timespec now = {};
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-/// Processor time in seconds of the programs that this process has run to their ends.
+/// Processor time, in seconds, of the terminated child processes of this process.
 inline double ChildrenTime() {
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);
@@ -37,14 +38,14 @@ inline double ChildrenTime() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-/// Time on the wall in seconds; on a busy machine also that of other programs.
+/// Wall-clock time in seconds; on a busy machine it includes the time of other programs.
 inline double ElapsedTime() {
   timespec now = {};
   clock_gettime(CLOCK_MONOTONIC, &now);
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-/// The most memory that this process ever had, in bytes.
+/// Peak memory of this process, in bytes.
 inline long PeakMemory() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
@@ -53,7 +54,7 @@ inline long PeakMemory() {
 
 struct TCandidate {
   std::function<void()> run;  ///< one round
-  double units = 1;           ///< what one round counts, to give time per unit
+  double units = 1;           ///< number of units in one round, for the time per unit
 };
 
 inline double Median(std::vector<double> numbers) {
@@ -62,7 +63,7 @@ inline double Median(std::vector<double> numbers) {
   return *middle;
 }
 
-/// The seconds per unit of each candidate in each of `rounds` rounds, in which they run in turn.
+/// The seconds per unit of each candidate in each of `rounds` rounds; the candidates alternate.
 inline std::vector<std::vector<double>> MeasureRounds(const std::vector<TCandidate>& candidates, int rounds,
                                                       const std::function<double()>& clock = &ProcessorTime) {
   std::vector<std::vector<double>> times(candidates.size());
@@ -85,8 +86,8 @@ inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, in
   return medians;
 }
 
-/// The median of the rounds' ratios: where a round is long, a machine that changes its speed from time to time
-/// changes both of its sides alike.
+/// The median of the rounds' ratios: if a machine changes its speed from time to time, a long round has both
+/// sides affected alike.
 inline double MedianRatio(const std::vector<double>& above, const std::vector<double>& below) {
   std::vector<double> ratios;
   for (std::size_t i = 0; i < above.size(); ++i) ratios.push_back(above[i] / below[i]);
@@ -95,12 +96,12 @@ inline double MedianRatio(const std::vector<double>& above, const std::vector<do
 
 /// One line of the table in docs/performance.md.
 struct TRow {
-  std::string number;    ///< of the row, with a letter where several share one
-  std::string what;      ///< what is measured, against what
-  std::string target;    ///< empty where there is none
+  std::string number;    ///< number of the row, with a letter if several share one
+  std::string what;      ///< what is measured, and compared with what
+  std::string target;    ///< empty if there is none
   std::string measured;  ///< the ratio
   bool met = true;
-  std::string absolute;  ///< times and rates of this machine, as a guide
+  std::string absolute;  ///< times and rates on this machine, for orientation
 };
 
 inline void Print(const TRow& row) {

@@ -1,6 +1,6 @@
-// What the collector costs beside the wire, against a service processor that answers at once.
+// The overhead of the collector apart from I/O, with a service processor that answers at once.
 //
-// collector_bench [--quick | ROW]; with a row's number only that one, to be looked at with perf.
+// collector_bench [--quick | ROW]; with the number of a row, only that one is run, for use with perf.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,14 +25,14 @@ constexpr int kJfrRegisters = 50;
 constexpr std::uint32_t kSmallFile = 128U << 10U;
 constexpr std::uint32_t kLargeFile = 1U << 20U;
 
-// Answers registers, timestamps, blocks and one storage area of a settable size.
+// Answers registers, timestamps, blocks and one storage area of a configurable size.
 class TInstantServiceProcessor : public IServiceProcessor {
  public:
   TInstantServiceProcessor() : block(wire::RegisterBlockCommand::kBlockSize) {
     for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<std::uint8_t>(i * 37 + 1);
   }
 
-  std::vector<std::uint8_t> block;  // its first header has the month 75, which is as good as any
+  std::vector<std::uint8_t> block;  // its first header has month 75; any but 0 will do
   std::uint32_t areaSize = 0;
 
   int BmcNodeCount() override { return 1; }
@@ -76,7 +76,7 @@ class TInstantServiceProcessor : public IServiceProcessor {
   }
 };
 
-// The texts of one register read as the baseline formats them: one stream per value.
+// The texts of one register read as formatted by the baseline: one stream per value.
 std::string StreamPerValue(const unsigned char* data, unsigned long last) {
   std::string text;
   for (unsigned long i = 0; i <= last; ++i) {
@@ -168,7 +168,7 @@ class TCollectorBench {
                   fmt::format("{:.1f} ms against {:.1f} ms", times[1] * 1e3, times[0] * 1e3)});
   }
 
-  // In a process of its own, because the peak of this one has been already.
+  // Runs in a separate process, because this one has already reached a higher peak.
   void CaptureFileMemory() {
     const pid_t child = fork();
     if (child == 0) {
@@ -178,7 +178,7 @@ class TCollectorBench {
     waitpid(child, nullptr, 0);
   }
 
-  // Without a target: a share of row 3, in dumps of the block.
+  // Has no target: a part of row 3, in units of dumps of a block.
   static void PrintPart(const char* number, const char* what, double part, double dump) {
     bench::Print({number, what, "", fmt::format("{:.1f}", part / dump), true, bench::Microseconds(part)});
   }
@@ -194,7 +194,7 @@ class TCollectorBench {
   void MeasureCaptureFileMemory() {
     torgareg::TTORGARegPluginCallbacks plugin;
     ReadFile(plugin, 10);
-    constexpr std::uint32_t kFile = 32U << 20U;  // large, so that pages and pools do not count
+    constexpr std::uint32_t kFile = 32U << 20U;  // large enough that pages and memory pools do not matter
     const long before = bench::PeakMemory();
     ReadFile(plugin, quick_ ? kLargeFile : kFile);
     const double grown = static_cast<double>(bench::PeakMemory() - before);

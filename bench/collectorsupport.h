@@ -1,5 +1,5 @@
-// What the collector runs against in a benchmark: a host that drops what it is told, and schemas of
-// classes with any number of registers.
+// The environment of the collector in a benchmark: a host that discards everything, and schemas of classes
+// with any number of registers.
 #pragma once
 
 #include <array>
@@ -24,7 +24,7 @@ using velhost::TQualifierDefinition;
 class TDroppingPluginManager : public NKROVEL20::TPluginManagerNamespace {
  public:
   NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks*) override {
-    return reinterpret_cast<NKROVEL20::TPluginManagerProvider*>(this);  // any handle but null: lines are passed on
+    return reinterpret_cast<NKROVEL20::TPluginManagerProvider*>(this);  // any handle but null enables logging
   }
   boost::shared_ptr<NKROVEL20::ICIMClass> GetClass(const std::string&, const NKROVEL20::TPropertyMap&) override {
     return {};
@@ -38,8 +38,8 @@ class TDroppingLogger : public NKROVEL20::ILogger {
   void Log(EVELLogSeverity, const std::string& message) override { bytes += message.size(); }
 };
 
-/// The host's services for as long as it lives: no clock or machine type of its own, and every line of
-/// the trace counted and dropped.
+/// Installs the host's services during its lifetime, except for clock and machine type. The trace is counted
+/// and dropped.
 class THost {
  public:
   explicit THost(velhost::IServiceProcessor& serviceProcessor) {
@@ -76,14 +76,14 @@ inline TPropertyDefinition Scalar(const std::string& name, TCIMValue::TCIMType::
   return property;
 }
 
-/// What every class of these schemas carries.
+/// The qualifiers of every class in these schemas.
 inline std::vector<TQualifierDefinition> ClassQualifiers(int instances) {
   const TCIMValue::TCIMType text(TCIMValue::TCIMType::kString);
   return {{"SupportedMachineTypes", TCIMValue(text, 1, {TCIMValue("6203")}), {}, {}},
           Number("MaxInstanceCount", instances)};
 }
 
-/// The root class and the three bases that a collector looks for, for machine type 6203.
+/// The root class and the three base classes that a collector looks for, for machine type 6203.
 inline boost::shared_ptr<TNamespace> MakeSchema() {
   using TType = TCIMValue::TCIMType;
   const auto schema = TNamespace::Create();
@@ -145,8 +145,8 @@ inline void Collect(torgareg::TTORGARegPluginCallbacks& plugin, const boost::sha
   plugin.GetData(schema, classes);
 }
 
-/// The host calls that a JFR instance takes, in their number and order, with a value made beforehand and nothing
-/// between them but the map that carries the values: no dump, no trace, no byte decoded.
+/// The host calls for one JFR instance, in the same number and order, with a value made beforehand. Between
+/// the calls there is nothing but the map of values: no dump, no trace, no decoding.
 inline void JfrHostCalls(const boost::shared_ptr<TNamespace>& schema, const TCIMValue& value) {
   const NKROVEL20::TPropertyMap noContext;
   const boost::shared_ptr<NKROVEL20::ICIMClass> requested = schema->FindClass(kJfrClass);
@@ -169,7 +169,7 @@ inline void JfrHostCalls(const boost::shared_ptr<TNamespace>& schema, const TCIM
   instance->Commit(noContext);
 }
 
-/// Makes and prints the values of a JFR instance: fourteen elements each, printed once for the trace.
+/// Creates and prints the values of a JFR instance: fourteen elements each, printed once for the trace.
 inline std::size_t JfrValues(int registers) {
   std::size_t size = 0;
   for (int i = 0; i < registers; ++i) {
@@ -181,15 +181,16 @@ inline std::size_t JfrValues(int registers) {
   return size;
 }
 
-/// The bookkeeping of those two alone: for each register eight shared pointers are counted up and down (three while
-/// its declaration is enumerated, origin, superclass, two qualifiers, the declaration handed on), and five blocks of
-/// memory allocated and freed (elements as handed over and as kept, what copies share, the text, a map's node).
+/// Only the bookkeeping of the two functions above: per register, eight shared pointers are counted up and
+/// down (three while its declaration is enumerated, origin, superclass, two qualifiers, the declaration
+/// passed on), and five blocks of memory are allocated and freed (the elements as passed and as stored, the
+/// shared payload, the text, a map node).
 inline void JfrBookkeeping(int registers, const boost::shared_ptr<NKROVEL20::ICIMClass>& counted) {
   constexpr std::array<std::size_t, 5> kSizes = {560, 560, 96, 61, 104};
   for (int i = 0; i < registers; ++i) {
     for (int k = 0; k < 8; ++k) {
       boost::shared_ptr<NKROVEL20::ICIMClass> pointer = counted;
-      asm volatile("" : : "r"(pointer.get()) : "memory");  // or the compiler would leave it out
+      asm volatile("" : : "r"(pointer.get()) : "memory");  // prevents the compiler from removing it
     }
     std::array<void*, kSizes.size()> blocks{};
     for (std::size_t k = 0; k < kSizes.size(); ++k) blocks[k] = operator new(kSizes[k]);

@@ -1,4 +1,4 @@
-// The collector's byte dump against the same text made with one stream per value.
+// The collector's byte dump, compared with the same text made with one stream per value.
 //
 // dump_bench [--quick]
 #include <cstdlib>
@@ -23,7 +23,7 @@ std::string DumpWithStreams(const unsigned char* data, unsigned long last) {
   return text + '\n';
 }
 
-// Every byte value about as often as any other, in no order that a branch predictor could learn.
+// Every byte value about equally often, in an order that a branch predictor cannot learn.
 std::vector<unsigned char> MixedBytes(std::size_t size) {
   std::vector<unsigned char> bytes(size);
   unsigned int state = 12345;
@@ -34,7 +34,7 @@ std::vector<unsigned char> MixedBytes(std::size_t size) {
   return bytes;
 }
 
-// Keeps the compiler from leaving the dump out.
+// Prevents the compiler from removing the dump.
 std::size_t total = 0;
 
 void Compare(const char* number, const char* what, std::size_t size, bool quick) {

@@ -1,8 +1,8 @@
-// Register reads over the network: velhost against a bare loop over the same library, and against the
-// usual tools, all against one simulated BMC. Times are those of client and simulator together.
+// Register reads over the network: velhost against a bare loop over the same library, and against the usual tools, all
+// with one simulated BMC. Times are those of client and simulator together.
 //
-// lan_bench [--quick | loop | collector]; with a word only that way of reading, once, to be looked at with perf. Needs
-// ipmi_sim (package openipmi), ipmitool and ipmi-raw (freeipmi-tools).
+// lan_bench [--quick | loop | collector]; with a word, only that way of reading is run, once, for use with perf.
+// Requires ipmi_sim (package openipmi), ipmitool and ipmi-raw (freeipmi-tools).
 #include <dlfcn.h>
 #include <fmt/ranges.h>
 
@@ -22,7 +22,7 @@ using namespace velhost;
 
 constexpr int kFirstAddress = 0x1000;
 constexpr int kStride = 8;
-constexpr const char* kClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";  // an instance for each chip, from 1 on
+constexpr const char* kClass = "KROSG_VO_PCIIOBRIDGE_StatisticData";  // one instance per chip, from chip 1
 
 const char* const kServer = R"(machine_type = "6203"
 unlisted_registers = "pattern"
@@ -32,7 +32,7 @@ timestamp = "12 34 56 78"
 
 struct TReads {
   int chips;
-  int registers;  ///< of each chip
+  int registers;  ///< per chip
 };
 
 std::string MakeSchema(const TReads& reads) {
@@ -50,7 +50,7 @@ std::string MakeSchema(const TReads& reads) {
   return mof + "};\n";
 }
 
-/// Calls back with the request's data of each read, in the collector's order.
+/// Calls back with the request data of each read, in the order of the collector.
 void ForEachRead(const TReads& reads, const std::function<void(const std::array<std::uint8_t, 4>&)>& callback) {
   for (int chip = 1; chip <= reads.chips; ++chip) {
     for (int i = 0; i < reads.registers; ++i) {
@@ -61,14 +61,14 @@ void ForEachRead(const TReads& reads, const std::function<void(const std::array<
   }
 }
 
-/// The same reads as a tool's file of commands, each line made of `begin` and the request's data.
+/// The same reads as a file of commands for a tool; each line is `begin` followed by the request data.
 std::string MakeCommands(const TReads& reads, const std::string& begin) {
   std::string lines;
   ForEachRead(reads, [&](const auto& data) { lines += fmt::format("{} {:#04x}\n", begin, fmt::join(data, " ")); });
   return lines;
 }
 
-/// A session of the module's own, used on this thread with nothing around it.
+/// A session of the LAN module, used directly on this thread.
 class TBareSession {
  public:
   explicit TBareSession(const bench::TSimulator& simulator) {
@@ -88,7 +88,7 @@ class TBareSession {
   TBareSession(const TBareSession&) = delete;
   TBareSession& operator=(const TBareSession&) = delete;
 
-  /// The response's bytes, the completion code first, as long as no other request is made.
+  /// The bytes of the response, starting with the completion code; valid until the next request.
   std::span<const std::uint8_t> Exchange(std::uint8_t networkFunction, std::span<const std::uint8_t> request) {
     std::size_t size = 0;
     const int status = module_->exchange(session_, networkFunction, 0, request.data(), request.size(), response_.data(),
@@ -111,7 +111,7 @@ void ReadAll(const bench::TSimulator& simulator, const TReads& reads) {
   });
 }
 
-/// Hands the collector's requests to a bare session and does nothing else.
+/// Passes the collector's requests to a bare session and does nothing else.
 class TBareServiceProcessor : public IServiceProcessor {
  public:
   explicit TBareServiceProcessor(const bench::TSimulator& simulator) : session_(simulator) {}
@@ -137,7 +137,8 @@ class TBareServiceProcessor : public IServiceProcessor {
   TBareSession session_;
 };
 
-/// The collector in the loop: its texts, values and instances, its trace dropped, and no output.
+/// The loop with the collector in it: creates texts, values and instances, discards the trace, and prints
+/// nothing.
 void CollectOnBareSession(const bench::TSimulator& simulator, const TReads& reads) {
   TBareServiceProcessor serviceProcessor(simulator);
   const bench::THost host(serviceProcessor);
@@ -147,7 +148,7 @@ void CollectOnBareSession(const bench::TSimulator& simulator, const TReads& read
   bench::Collect(plugin, schema, bench::kR8Class);
 }
 
-using TSeries = std::vector<double>;  // seconds per register, a number for each round
+using TSeries = std::vector<double>;  // seconds per register, one number per round
 
 std::string Rates(const TSeries& own, const TSeries& other) {
   return fmt::format("{:.0f}/s against {:.0f}/s", 1 / bench::Median(own), 1 / bench::Median(other));
@@ -159,7 +160,7 @@ void PrintRow(const char* number, const std::string& what, double target, const 
                 fmt::format("≥ {}", target), fmt::format("{:.2f}", ratio), ratio >= target, Rates(own, other)});
 }
 
-/// Without a target: what bounds the row of the same number.
+/// Has no target: an upper bound for the row of the same number.
 void PrintPart(const char* number, const char* what, const TSeries& own, const TSeries& other) {
   bench::Print({number, what, "", fmt::format("{:.2f}", bench::MedianRatio(other, own)), true, Rates(own, other)});
 }
@@ -192,7 +193,7 @@ void Compare(bool quick) {
                                             "json"};
   const auto units = static_cast<double>(reads.chips) * reads.registers;
   const int rounds = quick ? 1 : 11;
-  // Of our own share only processor time can be told apart from other programs'; the tools also sleep.
+  // Our own share cannot be separated from other programs by wall-clock time, and the tools also sleep.
   const auto clock = [&] { return bench::ProcessorTime() + bench::ChildrenTime() + simulator.ProcessorTime(); };
   const auto used = bench::MeasureRounds({{[&] { bench::Run(collect); }, units},
                                           {[&] { ReadAll(simulator, reads); }, units},
@@ -215,7 +216,7 @@ void Compare(bool quick) {
   PrintPart("5c'", "the bare loop, against `ipmi-raw --file`, in elapsed time", times[3], times[2]);
 }
 
-/// One way of reading, once, to be looked at with perf.
+/// Runs one way of reading once, for use with perf.
 void ReadOnce(const std::string& way) {
   const TReads reads = {10, 1000};
   const bench::TFolder folder;

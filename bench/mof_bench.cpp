@@ -1,7 +1,8 @@
-// How long reading a schema takes, against a pass over the same bytes that only counts braces.
+// The time to read a schema, compared with a pass over the same bytes that only counts braces.
 //
-// The schema is made here: some 5 MB with the proportions of the public CIM schema, that is 1,600
-// classes with long descriptions in pieces, many properties, value maps and associations. Or it is on disk:
+// By default the schema is generated here: about 5 MB with the proportions of the public CIM schema, that is, 1,600
+// classes with long descriptions in several pieces, many properties, value maps and associations. It can also be read
+// from disk:
 //
 //   tests/schema/makeschema.py FOLDER
 //   mof_bench FOLDER/schema.mof
@@ -103,7 +104,7 @@ long CountBraces(const std::string& text) {
 
 double ProcessorTime() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-// The shortest of some rounds, in seconds of the processor: other programs do not count.
+// The minimum over several rounds, in seconds of processor time, which excludes other programs.
 template <typename TPrepare, typename TWork>
 double Shortest(TPrepare prepare, TWork work) {
   double shortest = 1e9;
@@ -124,7 +125,7 @@ void Print(double megabytes, double pass, double read, const TSchemaResult& resu
   std::printf("ratio           %6.1f\n", read / pass);
 }
 
-// Files on disk, each opened and read anew in every round, as the command does it; so does the pass.
+// Files on disk, opened and read again in every round, as by the command; so does the pass.
 TSchemaResult MeasureFiles(const std::string& path) {
   TFileReader reader;
   TSchemaResult result = ReadSchema({path}, reader);

@@ -1,8 +1,8 @@
-// How fast the output forms are written, beside two yardsticks measured in the same run: copying, and
-// printing every byte with snprintf.
+// How fast the output formats are written, compared with two yardsticks measured in the same run: copying,
+// and printing every byte with snprintf.
 //
-// output_bench [--quick]. The instances are those of a register class with twelve registers of 14
-// bytes; their text goes to a sink that copies it and drops it.
+// output_bench [--quick]. The instances are those of a register class with twelve registers of 14 bytes;
+// their text goes to a sink that copies and discards it.
 #include <array>
 #include <boost/make_shared.hpp>
 #include <cstdio>
@@ -34,7 +34,7 @@ class TDroppingSink : public ITextSink {
     for (std::size_t at = 0; at < text.size(); at += memory_.size()) {
       const std::string_view part = text.substr(at, memory_.size());
       std::memcpy(memory_.data(), part.data(), part.size());
-      asm volatile("" : : "r"(memory_.data()) : "memory");  // else the copy is never made
+      asm volatile("" : : "r"(memory_.data()) : "memory");  // prevents the compiler from removing the copy
     }
     bytes += text.size();
   }
@@ -95,7 +95,7 @@ std::size_t Copy(std::size_t bytes) {
   return sink.bytes;
 }
 
-// Every byte value as snprintf prints it, with a comma.
+// Prints every byte value with snprintf, followed by a comma.
 std::size_t Print(std::size_t bytes) {
   TDroppingSink sink;
   for (unsigned int value = 0; sink.bytes < bytes; ++value) {
@@ -117,7 +117,7 @@ std::size_t WriteForm(EOutputForm form, const TInstances& instances, std::size_t
 
 struct TCounts {
   std::size_t instances;
-  std::size_t yardstick;  ///< bytes that are copied, and printed, to compare with
+  std::size_t yardstick;  ///< number of bytes copied and printed as yardsticks
   int rounds;
 };
 

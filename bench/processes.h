@@ -1,4 +1,4 @@
-// Other programs in a benchmark: this build's velhost, its simulated BMC, and tools to compare with.
+// Other programs in a benchmark: velhost from this build, its simulated BMC, and tools for comparison.
 #pragma once
 
 #include <arpa/inet.h>
@@ -26,7 +26,7 @@ inline std::string BuildFolder() {
 inline std::string Velhost() { return BuildFolder() + "/bin/velhost"; }
 inline std::string SharedData() { return BuildFolder() + "/share/velhost"; }
 
-/// A folder for generated files, removed with everything in it.
+/// A folder for generated files, removed together with its contents.
 class TFolder {
  public:
   TFolder() {
@@ -38,7 +38,7 @@ class TFolder {
   TFolder(const TFolder&) = delete;
   TFolder& operator=(const TFolder&) = delete;
 
-  /// Writes a file there and returns its path.
+  /// Writes a file in the folder and returns its path.
   std::string Write(const std::string& name, const std::string& text) const {
     const std::string file = (path_ / name).string();
     std::ofstream(file) << text;
@@ -49,7 +49,7 @@ class TFolder {
   std::filesystem::path path_;
 };
 
-/// Replaces this process, which a fork made, by a program found as a shell would. Never returns.
+/// Replaces this (forked) process by a program found via PATH. Never returns.
 [[noreturn]] inline void Become(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -58,7 +58,7 @@ class TFolder {
   _exit(127);
 }
 
-/// Runs a program to its end, what it prints on standard output thrown away. Throws where it fails.
+/// Runs a program to completion and discards its standard output. Throws if it fails.
 inline void Run(const std::vector<std::string>& command) {
   const pid_t process = fork();
   if (process == 0) {
@@ -71,7 +71,7 @@ inline void Run(const std::vector<std::string>& command) {
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw std::runtime_error(command[0] + " failed");
 }
 
-/// A UDP port that nothing listened on a moment ago.
+/// A UDP port that was free a moment ago.
 inline int FreePort() {
   const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
   sockaddr_in address = {};
@@ -86,7 +86,7 @@ inline int FreePort() {
   return ntohs(address.sin_port);
 }
 
-/// `velhost simulate` for as long as it lives.
+/// Runs `velhost simulate` during its lifetime.
 class TSimulator {
  public:
   static constexpr const char* kUser = "ipmiusr";
@@ -116,7 +116,7 @@ class TSimulator {
   TSimulator(const TSimulator&) = delete;
   TSimulator& operator=(const TSimulator&) = delete;
 
-  /// Processor time of the simulated BMC, that is of all processes below `velhost simulate`, in seconds.
+  /// Processor time, in seconds, of the simulated BMC: of all descendants of `velhost simulate`.
   double ProcessorTime() const {
     std::ifstream children("/proc/" + std::to_string(process_) + "/task/" + std::to_string(process_) + "/children");
     double seconds = 0;
@@ -132,7 +132,7 @@ class TSimulator {
   }
 
   std::string Address() const { return "127.0.0.1:" + std::to_string(port_); }
-  /// A command line of ipmitool, and one of ipmi-raw; `rest` is what stands behind how to connect.
+  /// Command lines of ipmitool and ipmi-raw; `rest` is what follows the connection options.
   std::vector<std::string> Ipmitool(const std::vector<std::string>& rest) const {
     return Joined({"ipmitool", "-I", "lanplus", "-C", "3", "-H", "127.0.0.1", "-p", std::to_string(port_), "-U", kUser,
                    "-P", kPassword},

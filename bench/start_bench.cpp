@@ -1,7 +1,7 @@
-// A whole collection from the default server, from the start of the process to its end, against one
-// process of ipmitool that sends one raw command to the simulated BMC. Processor time, the BMC's too.
+// A whole collection from the default server, from start to end of the process, compared with one ipmitool process that
+// sends one raw command to the simulated BMC. Measures processor time, including that of the BMC.
 //
-// start_bench [--quick]. Needs ipmi_sim (package openipmi) and ipmitool.
+// start_bench [--quick]. Requires ipmi_sim (package openipmi) and ipmitool.
 #include "bench/benchsupport.h"
 #include "bench/processes.h"
 
@@ -15,7 +15,7 @@ void Compare(bool quick) {
       for (int i = 0; i < repeated; ++i) bench::Run(command);
     };
   };
-  const std::vector<std::string> raw = {"raw", "0x3a", "0x6f"};  // the timestamp; no fault of that server is on it
+  const std::vector<std::string> raw = {"raw", "0x3a", "0x6f"};  // the timestamp; the server has no fault for it
   const auto clock = [&] { return bench::ChildrenTime() + simulator.ProcessorTime(); };
   const auto times =
       bench::Measure({{repeat({bench::Velhost(), "collect", "--format", "json"}), static_cast<double>(repeated)},

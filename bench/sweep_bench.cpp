@@ -1,5 +1,5 @@
-// A sweep over many registers of a simulated server that answers every address: whether time and
-// memory grow with their number and no faster.
+// A sweep over many registers of a simulated server that answers every address: checks that time and memory
+// grow in proportion to their number.
 //
 // sweep_bench [--quick]
 #include <sys/wait.h>
@@ -42,8 +42,8 @@ TServerFile MakeServer() {
   return ReadServerFile("server.toml", reader);
 }
 
-/// As the command has it: every exchange is supervised, the instances of the request are kept until it
-/// has ended, and then written.
+/// Works like the command: every exchange is supervised, and the instances of the request are collected and
+/// written after it has ended.
 class TSweep {
  public:
   explicit TSweep(int registers) : registers_(registers) {
@@ -72,7 +72,7 @@ class TSweep {
   std::vector<boost::shared_ptr<const TInstance>> instances_;
 };
 
-/// How far the peak memory of a process of its own grows during a sweep, in bytes for each register.
+/// The growth of peak memory during a sweep in a separate process, in bytes per register.
 double MemoryOf(int registers) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) std::abort();
