@@ -1,6 +1,7 @@
-# Sourced by ./run and ./check: installing Debian packages and building a preset.
+# Sourced by ./run and ./check: functions that install Debian packages and build a preset.
 
-# What the product needs (openipmi for velhost simulate), what the tests add, and what ./check --all adds to that.
+# Packages that the product requires (openipmi is for velhost simulate), that tests add, and that ./check
+# --all adds.
 packages_build="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpugixml-dev
   bison flex libfreeipmi-dev libopenipmi-dev openipmi pkg-config"
 packages_test="libgtest-dev libgmock-dev python3 python3-jsonschema binutils libxml2-utils groff-base

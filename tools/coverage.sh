@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# What the tests of the collector, or the fuzz corpora, reach: for each source file the part of its lines and branches,
-# then every line and branch that nothing reached.
+# Shows what the tests of the collector, or the fuzz corpora, cover: the percentage of lines and branches for
+# each source file, then every line and branch that is not covered.
 #   tools/coverage.sh                  tests/{plugin,ffdc,r8,jfr} over the collector
-#   tools/coverage.sh corpus [NAME...] the corpus of fuzz target NAME over what it reads; CORPUS=DIR adds DIR/NAME
-# A build of Clang, in build/coverage. Needs llvm-14 for llvm-cov-14 and llvm-profdata-14.
+#   tools/coverage.sh corpus [NAME...] the corpus of fuzz target NAME over the code it tests; CORPUS=DIR adds DIR/NAME
+# Builds with Clang in build/coverage. Requires llvm-14 for llvm-cov-14 and llvm-profdata-14.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$top/tools/build.sh"
 binaries="$top/build/coverage" profiles="$top/build/coverage/profiles"
 tests="plugin_test librarycalls_test pluginload_test ffdc_test r8_test jfr_test"
 
-# What each fuzz target is about.
+# The sources that each fuzz target tests.
 sources_of() {
   case $1 in
     ffdc|r8|jfr) echo "$1/" ;;
@@ -24,7 +24,7 @@ sources_of() {
   esac
 }
 
-# report SOURCE-PREFIX... -- PROGRAM...: of the profiles that the programs left.
+# report SOURCE-PREFIX... -- PROGRAM...: evaluates the profiles that the programs wrote.
 report() {
   local prefixes=() objects=()
   while [ "$1" != -- ]; do prefixes+=("$top/$1"); shift; done

@@ -1,5 +1,5 @@
-"""Finds the small changes ("mutants") of C++ sources that tools/mutate.py tries. It reads tokens, not C++: what it
-proposes and the compiler refuses does not count. It relies on the spacing that clang-format gives."""
+"""Finds the small changes ("mutants") of C++ sources that tools/mutate.py tries. It reads tokens rather than C++:
+mutants that do not compile do not count. It relies on clang-format's spacing."""
 
 import re
 from dataclasses import dataclass
@@ -32,8 +32,8 @@ class Token:
 
 @dataclass(frozen=True)
 class Mutant:
-    """The bytes [start, end) of the file replaced. `code` is the line it stands in, `change` says what is done; the
-    two with the file name it for tools/mutate-equivalent.txt."""
+    """A replacement for the bytes [start, end) of the file. `code` is the line that contains it, `change` describes it;
+    together with the file name they identify it in tools/mutate-equivalent.txt."""
     file: str
     line: int
     code: str
@@ -125,7 +125,7 @@ class Source:
                 self.replace(token, other)
 
     def joins_texts(self, i):
-        """A `+` beside a string has no counterpart; "template <" is no comparison."""
+        """`+` next to a string has no counterpart; "template <" is not a comparison."""
         beside = self.tokens[i - 1], self.tokens[i + 1]
         return any(token.kind == "string" for token in beside) or beside[0].text == "template"
 
@@ -144,7 +144,7 @@ class Source:
                 self.negate(self.start_of_expression(i), i)
 
     def condition(self, opening):
-        """Without the initialisation that may stand before it."""
+        """The condition without an initialisation that precedes it."""
         return self.split(opening + 1, self.partner[opening], ";")[-1]
 
     def split(self, first, end, separator):
@@ -168,7 +168,7 @@ class Source:
                 i -= 1
 
     def negate(self, first, end):
-        """Not where changing the only operator does the same."""
+        """Skips conditions for which changing the only operator has the same effect."""
         inside = [token.text for token in self.tokens[first:end]]
         operators = [text for token, text in zip(self.tokens[first:end], inside)
                      if text in ("&&", "||") or (text in COMPARISONS and self.stands_apart(token))]
@@ -202,7 +202,7 @@ class Source:
         return statements
 
     def end_of_statement(self, i):
-        """The index of the statement's last token."""
+        """The index of the last token of the statement."""
         word = self.tokens[i].text
         if word == "{":
             return self.partner[i]
@@ -230,7 +230,7 @@ class Source:
             self.add(self.tokens[start].start, self.tokens[end].end, ";", "removed")
 
     def simple_statements(self, first, last):
-        """The statement itself, or the one without braces that it governs; what stands in braces is a block."""
+        """The statement itself, or the unbraced statement that it controls; a braced one is handled as a block."""
         word = self.tokens[first].text
         if word in ("if", "for", "while"):
             inner = self.partner[first + 1] + 1
@@ -248,7 +248,7 @@ class Source:
         if declared and declared.group(1) in words[1]:
             return
         if not words[0] & words[1] and any("(" not in text for text in texts):
-            return  # they have nothing to do with each other
+            return  # unrelated statements
         start, end = self.tokens[one[0]].start, self.tokens[other[1]].end
         between = self.text[self.tokens[one[1]].end:self.tokens[other[0]].start]
         self.add(start, end, texts[1] + between + texts[0],

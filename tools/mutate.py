@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""Mutation test of the collector: changes its sources in one small place at a time and looks whether a test notices.
+"""Mutation test of the collector: changes its sources in one small place at a time and checks whether a test fails.
 
   tools/mutate.py [--list] [--count N [--seed S]] [--jobs N] [--again FILE] [--compare] [--velhost FILE --agree N]
                   [SOURCE...]
 
-SOURCE limits the run to files whose path contains one of them. The build is the preset "mutation"; the sources in the
-tree are never touched. One line for each mutant, then the sums. A mutant that does not compile, or that
-tools/mutate-equivalent.txt explains, does not count; with --compare neither does a survivor that an optimising compiler
-makes the same code of. --again takes only the mutants that survived in an earlier run's output. --agree N lets the
-collector model judge survivors over N random servers.
-Exit status 1 if a mutant that counts survived."""
+SOURCE limits the run to files whose path contains one of them. Uses the preset "mutation"; the sources in the tree
+are never modified. Prints one line per mutant, then the totals. A mutant does not count if it does not compile or if
+it is listed in tools/mutate-equivalent.txt; with --compare, neither does a survivor for which an optimising compiler
+generates the same code. --again tries only the mutants that survived in the output of an earlier run. --agree N
+compares survivors with the collector model on N random servers.
+The exit status is 1 if a mutant that counts survived."""
 
 import argparse
 import collections
@@ -30,13 +30,13 @@ TREE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = os.path.join(TREE, "build", "mutation")
 EQUIVALENT = os.path.join(TREE, "tools", "mutate-equivalent.txt")
 FOLDERS = ["plugin", "r8", "jfr", "ffdc"]
-# Each with its folder. A mutant of r8/ meets r8_test first.
+# Each with its folder: the mutants of that folder meet this program first.
 TESTS = {"plugin_test": "plugin", "r8_test": "r8", "jfr_test": "jfr", "ffdc_test": "ffdc", "librarycalls_test": "plugin",
          "pluginload_test": "plugin"}
-# Its header is compiled for one level of optimisation.
+# The precompiled header is valid for only one optimisation level.
 PRECOMPILED = re.compile(r"-Xclang -include-pch -Xclang \S+ -Xclang -include -Xclang \S+")
-# The C library's own checks: bytes behind the end of a block, memory that nobody has set.
-# They touch all of a block, also of one of two gigabytes, which takes a while.
+# The C library's own checks detect accesses past the end of a block and reads of uninitialised memory. They
+# touch the whole block, which takes a while for one of two gigabytes.
 STRICT_MEMORY = {"LD_PRELOAD": "libc_malloc_debug.so.0", "MALLOC_CHECK_": "3", "MALLOC_PERTURB_": "165"}
 CPU_SECONDS = {False: 2, True: 20}
 MEMORY = 4 << 30
@@ -72,7 +72,7 @@ def equivalents():
 # -- building -------------------------------------------------------------------------------------------------
 
 class Build:
-    """The unchanged build, and the commands by which single parts of it are made again elsewhere."""
+    """The unmodified build, and the commands with which parts of it are rebuilt elsewhere."""
 
     def __init__(self):
         targets = ["torgareg_parts", "torgareg", *TESTS]
@@ -95,7 +95,7 @@ class Build:
         return words[words.index("-o") + 1]
 
     def users_of(self, header):
-        """The sources that include the header, through others or not."""
+        """The sources that include the header, directly or indirectly."""
         folders = FOLDERS + ["tests/" + folder for folder in [*FOLDERS, "support"]]
         reached, grown = {header}, True
         while grown:
@@ -107,7 +107,7 @@ class Build:
 
 
 class Worker:
-    """Tries one mutant at a time in a folder of its own. A mutated header shadows the real one."""
+    """Tries one mutant at a time in a separate folder. A mutated header shadows the real one."""
 
     def __init__(self, build, number):
         self.build = build
@@ -118,7 +118,7 @@ class Worker:
         return subprocess.run(command, cwd=BUILD, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
 
     def compile(self, file, shadow, command=None):
-        """Gives the new object file, or None."""
+        """Returns the new object file, or None."""
         command = command or self.build.compile[file]
         target = os.path.join(self.folder, file.replace("/", ".") + ".o")
         command = command.replace(" -o " + self.build.output(command), " -o " + target)
@@ -129,7 +129,7 @@ class Worker:
         return target if self.run(shlex.split(command)).returncode == 0 else None
 
     def relink(self, target, objects):
-        """`objects`: source file -> object file. Gives the path of what was made, or None."""
+        """`objects` maps source files to object files. Returns the path of the result, or None."""
         command = self.build.link[target]
         for file, made in objects.items():
             command = command.replace(" " + self.build.output(self.build.compile[file]) + " ", " " + made + " ")
@@ -138,7 +138,7 @@ class Worker:
         return made if self.run(shlex.split(command)).returncode == 0 else None
 
     def judge(self, mutant, options):
-        """Gives the verdict's word and what made it."""
+        """Returns the verdict and its cause."""
         write(os.path.join(self.folder, mutant.file), mutant.applied(read(os.path.join(TREE, mutant.file))))
         try:
             return self.judge_written(mutant, options)
@@ -146,7 +146,7 @@ class Worker:
             os.remove(os.path.join(self.folder, mutant.file))
 
     def judge_written(self, mutant, options):
-        """What includes a mutated header is compiled anew; test programs only if those without it do not fail."""
+        """Recompiles everything that includes a mutated header; test programs only if none of the others fails."""
         changed = self.build.users_of(mutant.file) if mutant.file.endswith(".h") else [mutant.file]
         parts = [file for file in changed if not file.startswith("tests/")]
         objects = {file: self.compile(file, mutant.file) for file in parts}
@@ -169,7 +169,7 @@ class Worker:
         return [file for file in files if " " + self.build.output(self.build.compile[file]) + " " in self.build.link[name]]
 
     def rebuilt_tests(self, mutant, changed):
-        """The test programs that a mutated header is part of: name -> path. None if one cannot be built."""
+        """The test programs affected by a mutated header, name -> path; None if one cannot be built."""
         programs = {}
         for name in TESTS:
             own = self.sources_in(name, changed)
@@ -179,7 +179,7 @@ class Worker:
         return None if None in programs.values() else programs
 
     def judge_module(self, objects):
-        """The module stands where its test looks for it, and is put back."""
+        """Puts the module where its test expects it, and restores the original afterwards."""
         module = os.path.join(BUILD, self.build.output(self.build.link["torgareg"]))
         made = self.relink("torgareg", objects)
         os.rename(module, module + ".kept")
@@ -190,7 +190,7 @@ class Worker:
             os.rename(module + ".kept", module)
 
     def first_failure(self, mutant, programs):
-        """Those of the mutant's own folder first, and these once more with strict memory."""
+        """Runs the tests of the mutant's own folder first, and those once more with strict memory checks."""
         own = os.path.dirname(mutant.file)
         order = sorted(programs, key=lambda test: TESTS[test] != own)
         rounds = [(name, False) for name in order] + [(name, True) for name in order if TESTS[name] == own]
@@ -198,7 +198,7 @@ class Worker:
 
     def fails(self, name, program, strict=False):
         command = [os.path.join(BUILD, "tests", program), "--gtest_brief=1", "--gtest_fail_fast=1"]
-        # A test program that was linked anew does not find the host's libraries from its own place.
+        # A relinked test program does not find the host libraries relative to itself.
         libraries = self.folder + ":" + os.path.join(BUILD, "lib/velhost")
         environment = dict(os.environ, LD_LIBRARY_PATH=libraries, **(STRICT_MEMORY if strict else {}))
         try:
@@ -218,7 +218,7 @@ class Worker:
         return self.run(command, env=dict(os.environ, LD_LIBRARY_PATH=self.folder)).returncode and "tests/reference"
 
     def machine_code(self, file, shadow):
-        """What an optimising compiler makes of it."""
+        """The code that an optimising compiler generates for it."""
         made = self.compile(file, shadow, PRECOMPILED.sub("", self.build.compile[file]) + " -O2")
         with open(made, "rb") as stream:
             return stream.read()

@@ -1,9 +1,9 @@
-# What the preset "mutation" adds to the build, so that a changed source of the collector costs one
-# compilation and one small link: its parts are a shared library with a precompiled header.
+# Build rules for the preset "mutation". They make a change of a collector source cost only one compilation
+# and a small link: the parts are a shared library with a precompiled header.
 
 function(prepare_for_mutation)
   set_target_properties(torgareg_parts PROPERTIES CXX_VISIBILITY_PRESET default VISIBILITY_INLINES_HIDDEN OFF)
-  # Each test program brings the host libraries that the parts call, some of them its own.
+  # The host libraries that the parts call come from each test program, which replaces some of them.
   target_link_options(torgareg_parts PRIVATE -Wl,-z,undefs)
   target_precompile_headers(torgareg_parts PRIVATE
     <algorithm> <array> <boost/function.hpp> <boost/shared_ptr.hpp> <map> <memory> <string> <vector>

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# clang-tidy over the product's sources; the argument is a build folder with a compilation database.
+# Runs clang-tidy on the product's sources; the argument is a build folder with a compilation database.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=${1:?the build folder}
-# Only what the build compiles: the database decides.
+# Only sources that are in the compilation database.
 mapfile -t files < <(find plugin r8 jfr ffdc host bmcsim -name '*.cpp' | sort |
   while read -r file; do if grep -q "/$file\"" "$build/compile_commands.json"; then echo "$file"; fi; done)
 [ "${#files[@]}" -gt 0 ] || { echo "no sources to check" >&2; exit 1; }
-# The analyzer takes as long as all other checks together: it looks where bytes from outside are read.
+# The analyzer takes as long as all other checks together, so it is run only on code that reads outside bytes.
 check() { # CHECKS FILE...
   local checks=$1
   shift
