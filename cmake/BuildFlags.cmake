@@ -1,4 +1,4 @@
-# Warnings, hardening, sanitizers and link rules that every target of the tree shares.
+# Warnings, hardening, sanitizers and link rules for all targets of the tree.
 
 include(CheckPIESupported)
 
@@ -20,8 +20,8 @@ if(VELHOST_SANITIZE)
   add_compile_definitions(VELHOST_SANITIZED=1)
 endif()
 
-# What makes a fault in the code harder to turn into more than a crash. Sanitizers find the faults
-# themselves, and some of these hide them.
+# Hardening, which makes it difficult to turn a bug into more than a crash. Off with sanitizers, which detect
+# the bugs themselves and are impeded by some of these options.
 check_pie_supported(LANGUAGES C CXX)
 add_compile_options(-Werror=format-security)
 if(VELHOST_HARDENING AND NOT VELHOST_SANITIZE)
@@ -29,10 +29,10 @@ if(VELHOST_HARDENING AND NOT VELHOST_SANITIZE)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i[3-6]86")
     add_compile_options(-fcf-protection)
   endif()
-  # The C library's checks need optimisation. A compiler may define the macro of its own accord.
+  # The checks in the C library require optimisation. Some compilers predefine the macro.
   add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
                       $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
-  # The C++ library's own checks of indices and iterators.
+  # The C++ library's checks of indices and iterators.
   add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
   add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()
@@ -41,8 +41,8 @@ if(VELHOST_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# -z defs: a library that forgets to link what it uses fails at build time. Clang's sanitizers leave
-# their runtime to the program, so there it cannot hold.
+# -z defs: a library that does not link everything it uses fails to build. Not possible with Clang's
+# sanitizers, whose runtime is in the program.
 if(NOT (VELHOST_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang"))
   set(CMAKE_SHARED_LINKER_FLAGS "${CMAKE_SHARED_LINKER_FLAGS} -Wl,-z,defs")
   set(CMAKE_MODULE_LINKER_FLAGS "${CMAKE_MODULE_LINKER_FLAGS} -Wl,-z,defs")

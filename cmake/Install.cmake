@@ -1,5 +1,5 @@
-# What is installed and where, the CMake and pkg-config packages, and the same layout in the build
-# tree. Included last: it speaks of targets that the folders before it define.
+# Installation rules, the CMake and pkg-config packages, and the same layout in the build tree. Included last,
+# because it refers to targets from other folders.
 
 include(CMakePackageConfigHelpers)
 
@@ -13,8 +13,8 @@ file(RELATIVE_PATH VELHOST_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig $
 string(REGEX REPLACE "/$" "" VELHOST_PC_TO_PREFIX ${VELHOST_PC_TO_PREFIX})
 set_target_properties(velcore pluginnsp spdriver smbios PROPERTIES INSTALL_RPATH "$ORIGIN")
 
-# Programs and libraries. The libraries are in a folder of their own: their names are too general for the
-# system's, and nothing but velhost and its plugins links them.
+# Programs and libraries. The libraries are in a private folder: their names are too general for the system's,
+# and only velhost and its plugins link them.
 install(TARGETS ${VELHOST_EXPORTED} EXPORT velhostTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${VELHOST_LIBRARY_DIR} COMPONENT runtime)
@@ -24,11 +24,11 @@ endif()
 install(DIRECTORY DESTINATION ${VELHOST_PLUGIN_DIR} COMPONENT runtime)
 install(DIRECTORY DESTINATION ${VELHOST_MODULE_DIR} COMPONENT runtime)
 
-# Schema and simulated servers.
+# Schemas and simulated servers.
 install(DIRECTORY schema servers DESTINATION ${VELHOST_DATA_DIR} COMPONENT runtime
   PATTERN "*.py" EXCLUDE PATTERN "__pycache__" EXCLUDE)
 
-# The contract, for plugins built out of this tree, and the template to begin one with.
+# The contract, for plugins built outside this tree, and the template for a new plugin.
 install(DIRECTORY host/sdk/nkrovel20 wire DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velhost COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY host/template DESTINATION ${VELHOST_DATA_DIR} COMPONENT development)
@@ -42,8 +42,8 @@ install(FILES ${CMAKE_BINARY_DIR}/package/velhostConfig.cmake ${CMAKE_BINARY_DIR
 install(FILES ${CMAKE_BINARY_DIR}/package/velhost.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT development)
 
-# The build tree as an installation: velhost finds its data from its own place, and a plugin can be
-# built against the tree with -Dvelhost_DIR=<build tree>.
+# Makes the build tree look like an installation: velhost finds its data relative to itself, and plugins can
+# be built against the tree with -Dvelhost_DIR=<build tree>.
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/${VELHOST_DATA_DIR} ${CMAKE_BINARY_DIR}/${VELHOST_PLUGIN_DIR})
 foreach(folder schema servers)
   file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${folder} ${CMAKE_BINARY_DIR}/${VELHOST_DATA_DIR}/${folder} SYMBOLIC)

@@ -1,5 +1,5 @@
-# Manual pages, bash completion and documents. Places and version are filled into the pages here, so
-# that those in the build tree are those that get installed, compressed as Debian has them.
+# Manual pages, bash completion and documents. Paths and version are inserted into the pages here, so that the
+# build tree has the pages as installed, compressed as usual on Debian.
 
 find_program(GZIP_PROGRAM gzip REQUIRED)
 
@@ -15,9 +15,9 @@ endforeach()
 install(FILES completions/velhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   RENAME velhost COMPONENT runtime)
 
-# The documents keep their places to each other, so that their links hold.
+# The documents keep their relative locations, so that links between them work.
 install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime)
 install(DIRECTORY docs packaging DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime
   FILES_MATCHING PATTERN "*.md" PATTERN lintian EXCLUDE)
-# Not in the Debian packages, which refer to the copy that every Debian system has.
+# Not in the Debian packages, which refer to the copy on every Debian system.
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT licence)

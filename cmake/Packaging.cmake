@@ -1,17 +1,17 @@
 # The Debian packages, made by "cpack" in a build folder:
 #   velhost       program, host libraries, collector, schema, servers, manual pages, documents
 #   velhost-lan   the module for IPMI over LAN, which links libFreeIPMI (GPL-3 or later)
-#   velhost-dev   what plugins are compiled against, and a template of one
-# packaging/README.md says what lintian finds in them and why it stands.
+#   velhost-dev   what plugins are compiled against, and a template for a new one
+# packaging/README.md lists what lintian reports about them, and why it is accepted.
 
-# The default is a placeholder that reaches nobody: names below .example never exist.
+# The default is a placeholder that reaches nobody: names under .example never exist.
 set(VELHOST_PACKAGE_CONTACT "velhost maintainers <maintainers@velhost.example>" CACHE STRING
   "Maintainer of the Debian packages, NAME <ADDRESS>")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME velhost)
 set(CPACK_PACKAGE_CONTACT ${VELHOST_PACKAGE_CONTACT})
-# CPack's own default text, which is the one that it does not put in front of the descriptions below.
+# CPack's own default text: the only one that it does not prepend to the descriptions below.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -27,7 +27,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The package's own libraries are found here while their users' dependencies are worked out.
+# Where the package's own libraries are found while dependencies are determined.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(velhost_same_version "velhost (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
@@ -43,8 +43,9 @@ finds as a table, JSON, MOF or CIM-XML.
 The service processor is this server's BMC, a recording, or a simulated
 server. For a BMC on the network install velhost-lan as well.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "velhost-lan, openipmi")
-# CPack takes /usr/lib/velhost for a folder that ldconfig reads and would write scripts that call it, unless
-# the package has its own. These name no files, which CPack leaves out, so that there are no scripts at all.
+# CPack takes /usr/lib/velhost for a folder that ldconfig reads and would generate scripts that call it,
+# unless the package has its own. These names refer to no files, which CPack leaves out, so there are no
+# scripts at all.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
   ${CMAKE_BINARY_DIR}/packaging/none/postinst ${CMAKE_BINARY_DIR}/packaging/none/postrm)
 
@@ -65,7 +66,7 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 The contract between velhost and the plugins that it loads: C++ headers,
 packages for CMake and pkg-config, and a template to begin a plugin with.")
 
-# What Debian asks of every package: copyright, changelog, and the explained findings of lintian.
+# Required by Debian of every package: copyright, changelog, and explanations of lintian's findings.
 set(changelog ${CMAKE_BINARY_DIR}/packaging/changelog.Debian)
 configure_file(packaging/changelog.in ${changelog} @ONLY)
 set(copyright ${CMAKE_BINARY_DIR}/packaging/copyright)
