@@ -86,8 +86,8 @@ inline std::vector<double> Measure(const std::vector<TCandidate>& candidates, in
   return medians;
 }
 
-/// The median of the rounds' ratios: if a machine changes its speed from time to time, a long round has both
-/// sides affected alike.
+/// The median of the rounds' ratios: when rounds are long, a change in the machine's speed affects both sides of
+/// a ratio alike.
 inline double MedianRatio(const std::vector<double>& above, const std::vector<double>& below) {
   std::vector<double> ratios;
   for (std::size_t i = 0; i < above.size(); ++i) ratios.push_back(above[i] / below[i]);
@@ -97,7 +97,7 @@ inline double MedianRatio(const std::vector<double>& above, const std::vector<do
 /// One line of the table in docs/performance.md.
 struct TRow {
   std::string number;    ///< number of the row, with a letter if several share one
-  std::string what;      ///< what is measured, and compared with what
+  std::string what;      ///< what is measured, and what it is compared with
   std::string target;    ///< empty if there is none
   std::string measured;  ///< the ratio
   bool met = true;

@@ -4,7 +4,6 @@
 //
 // ipmi_sim makes all calls on one thread. It removes the manufacturer id from a storage-area request before
 // the call and puts it back into the answer.
-// it calls, and puts it back into the answer.
 extern "C" {
 #include <OpenIPMI/mcserv.h>
 }

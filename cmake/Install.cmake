@@ -13,8 +13,8 @@ file(RELATIVE_PATH VELHOST_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig $
 string(REGEX REPLACE "/$" "" VELHOST_PC_TO_PREFIX ${VELHOST_PC_TO_PREFIX})
 set_target_properties(velcore pluginnsp spdriver smbios PROPERTIES INSTALL_RPATH "$ORIGIN")
 
-# Programs and libraries. The libraries are in a private folder: their names are too general for the system's,
-# and only velhost and its plugins link them.
+# Programs and libraries. The libraries are in a private folder: their names are too general for a system
+# folder, and only velhost and its plugins link them.
 install(TARGETS ${VELHOST_EXPORTED} EXPORT velhostTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${VELHOST_LIBRARY_DIR} COMPONENT runtime)

@@ -10,6 +10,7 @@ namespace torgareg {
 
 /// Forwards lines to the host's core logger, which it looks up again for each line. Empty lines, and lines
 /// written before the plugin is registered, are dropped. Exceptions from the host's logger propagate.
+///
 /// The singleton is never deleted: a line may still be logged while everything else is being destroyed.
 class LogMessage {
  public:

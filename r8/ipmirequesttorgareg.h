@@ -20,6 +20,7 @@ class IPMIRequestTorgaReg {
   /// labelled record, that is, the last two header bytes and the first value byte, " = ", and the eight bytes
   /// from the second value byte on. Returns false, and leaves `out` alone, if there was no answer, if it has
   /// fewer than 14 data bytes, or if the completion code is not zero.
+  ///
   /// `*length` becomes the number of data bytes or, without an answer, whatever the library left in its
   /// length argument.
   bool getData(unsigned char chipSelector, unsigned int address, unsigned char* out, unsigned short* length,

@@ -1,6 +1,5 @@
-// The OEM register and timestamp reads of a BMC, as data in an IPMI command buffer, and the 14-byte value
-// that a register read yields. docs/wire-formats.md, "Register read", "Timestamp read" and "R8 register
-// value".
+// The OEM register and timestamp reads of a BMC, as data in an IPMI command buffer, and the 14-byte value of
+// a register. docs/wire-formats.md, "Register read", "Timestamp read" and "R8 register value".
 #pragma once
 
 #include <array>

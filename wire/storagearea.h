@@ -45,8 +45,8 @@ inline constexpr std::size_t kQueryLength = kQueryName - kManufacturer;  // + le
 inline constexpr std::uint8_t kReadLength = kReadCount + 2 - kManufacturer;
 inline constexpr std::uint8_t kCloseLength = kHandle + kHandleSize - kManufacturer;
 
-// Responses: the manufacturer id, then the handle, or the size (4 bytes, little-endian), or the count (2
-// bytes, little-endian) followed by that much data.
+// Responses: the manufacturer id, then the handle, or the size (4 bytes, little-endian), or the count
+// (2 bytes, little-endian) followed by that many data bytes.
 inline constexpr std::size_t kResponseBody = kManufacturer + kManufacturerId.size();
 inline constexpr std::size_t kResponseHandle = kResponseBody;
 inline constexpr std::size_t kResponseSize = kResponseBody;

@@ -38,7 +38,7 @@ class VELHOST_API TPropertyDecl : public ICIMPropertyDecl {
   /// Excluding its qualifiers, which are in Qualifiers() together with the inherited ones.
   const TPropertyDefinition& Definition() const { return definition_; }
   const TQualifierSet& Qualifiers() const { return qualifiers_; }
-  /// The class with this declaration; differs from the origin if the property is overridden.
+  /// The class with this declaration; differs from the origin if it overrides an inherited property.
   const std::string& DeclaringClass() const { return *declaringClass_; }
 
  private:

@@ -108,8 +108,8 @@ TServedClass Describe(const boost::shared_ptr<TCIMClass>& cimClass, EPath path) 
   return entry;
 }
 
-// The collector first looks among the JFR delegates, whatever else a name means, and compares the names of
-// requested classes case-sensitively.
+// The collector checks first whether a class is a JFR delegate, even if its name belongs to another path. It
+// compares the names of requested classes case-sensitively.
 EPath PathOf(const TCIMClass& cimClass, bool isDelegate) {
   if (isDelegate) return EPath::kJfr;
   if (EqualNames(cimClass.Name(), kCaptureClass)) return EPath::kCapture;

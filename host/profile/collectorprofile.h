@@ -39,7 +39,8 @@ inline constexpr std::string_view kOffset = "Offset";
 inline constexpr std::string_view kMaxLen = "MaxLen";
 inline constexpr std::string_view kIndex = "Index";
 
-/// Identification properties, which are never read as registers. The JFR path does read "ElementName".
+/// Whether the path skips the property as identification, whatever class declares it. The JFR path does not skip
+/// "ElementName".
 bool IsSkippedName(EPath path, std::string_view propertyName);
 
 /// Whether the collector would read the property as a register of the class on that path: first declared in

@@ -103,7 +103,7 @@ class Shell:
 
 
 def needs_what_is_missing(body):
-    """Whether the block uses programs, needed only by tests, that are not installed."""
+    """Whether the block uses a program that only the tests require and that is not installed."""
     return any(re.search(r"^%s\b" % name, body, re.MULTILINE) and
                not (shutil.which(program) and shutil.which("ipmi_sim"))
                for name, program in (("ipmitool", "ipmitool"), ("velhost simulate", "ipmi_sim")))

@@ -83,7 +83,7 @@ TEST_F(TStorageArea, ANameOf25CharactersFillsTheField) {
 }
 
 TEST_F(TStorageArea, ALongerNameIsTruncatedButByteFiveCountsAllOfIt) {
-  // 30 characters: byte 5 is 42, the trace has 51 bytes, of which five after the name field are zero.
+  // 30 characters: byte 5 is 42, and the trace has 51 bytes, the last five of them zero.
   TBytes request = {0x01, 0x20, 0x2E, 0x00, 0x90, 42, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0};
   request.insert(request.end(), 25, 'x');
   sp.Expect(Ipmi(0, request).Fails(0xCB));

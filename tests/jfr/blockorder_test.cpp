@@ -1,5 +1,5 @@
-// The order of the steps in decoding a block, observed by letting one of them fail, and the requests sent to
-// each service processor.
+// The order of the steps in decoding a block, and of fetching it, observed by letting one of
+// them fail.
 #include <gtest/gtest.h>
 
 #include "host/model/assertionfailure.h"

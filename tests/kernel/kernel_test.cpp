@@ -1,5 +1,5 @@
 // Runs inside a virtual machine with simulated BMCs: tests the in-band transport through the real kernel
-// driver, and the real SMBIOS of a machine that has BMCs. Started there by tests/kernel/run.sh.
+// driver, and the real SMBIOS of a machine that has BMCs. tests/kernel/run.sh starts it.
 #include <unistd.h>
 
 #include <cstdlib>
@@ -62,14 +62,14 @@ TEST(NoDriver, NamedDeviceCannotBeReached) {
 
 // With the driver.
 
-TEST(Driver, NamedDevicesAreNodesInTheirOrder) {
+TEST(Driver, NamedDevicesAreNodesInOrder) {
   const auto processor = OpenInband({"/dev/ipmi1", "/dev/ipmi0"}, Smbios());
   EXPECT_EQ(processor->BmcNodeCount(), 2);
   ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xCB, {});
   ExpectAnswer(Send(*processor, 1, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
-TEST(Driver, StandardCommandsPassToo) {
+TEST(Driver, StandardCommandsAlsoWork) {
   const auto processor = OpenInband({"/dev/ipmi0"}, Smbios());
   const TIpmiOutcome outcome = Send(*processor, 0, Request(0x06, 0x01, {}));
   ASSERT_TRUE(outcome.answered);

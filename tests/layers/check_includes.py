@@ -31,7 +31,7 @@ MAY_INCLUDE = {
     "host/velhost": (SDK, WIRE, *HOST),
     "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/sim"),
 }
-# Finding the local driver also takes what SMBIOS says about it.
+# The in-band transport asks SMBIOS about the local BMC.
 MAY_INCLUDE["host/bmc/inband"] += ("host/bmc/smbios",)
 
 # Angle brackets count too: they also find our folders.

@@ -60,7 +60,7 @@ TEST_F(TDelegation, APrefixOfALongerNumberMatchesToo) {
   EXPECT_EQ(Delegate("62035"), "");
 }
 
-TEST_F(TDelegation, AnEmptyMachineTypeTakesTheFirstSubClassWithAnElement) {
+TEST_F(TDelegation, AnEmptyMachineTypeSelectsTheFirstSubClassWithAnElement) {
   AddSubClass("A", {});
   AddSubClass("B", {""});
   AddSubClass("C", {"6203"});
@@ -106,7 +106,7 @@ TEST_F(TDelegation, ANullArrayHasNoElements) {
   EXPECT_EQ(Delegate(""), "");
 }
 
-TEST_F(TDelegation, AsksTheHostWithFlagOneAndEmptyContextsAndLogsNothing) {
+TEST_F(TDelegation, CallsTheHostWithFlagOneAndEmptyContextsAndLogsNothing) {
   AddSubClass("A", {"6101"});
   AddSubClass("B", {"6203"});
   AddSubClass("C", {"6203"});

@@ -42,7 +42,7 @@ TEST_F(TLifecycle, InitAndDeInitLogOneDebugLineEach) {
                                                 Debug("De-Initializing Engineering Information Collector")}));
 }
 
-TEST_F(TLifecycle, InitAloneResetsTheRecordCounter) {
+TEST_F(TLifecycle, OnlyInitResetsTheRecordCounter) {
   AddCaptureClass();
   plugin.Init();
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 0);

@@ -16,7 +16,7 @@ namespace {
 using testplugin::Register;
 using testplugin::TTestPlugin;
 
-// A library whose initialiser is a function of the test. Its path must exist, so it is this source file.
+// A library whose initialiser is a function of the test. Its path must exist, so it is that of the test program.
 class TScriptedLoader : public ILibraryLoader {
  public:
   using TInitialiser = std::function<void()>;

@@ -38,7 +38,7 @@ TEST_F(CollectionSize, AnIpmiClassReadsEachAddressOfEachInstance) {
   EXPECT_EQ(size.properties, 30U);
 }
 
-TEST_F(CollectionSize, AScalarOffsetIsOneAddressAndAnEmptyOneNone) {
+TEST_F(CollectionSize, AScalarOffsetIsOneAddressAndAnEmptyArrayIsNone) {
   const TCollectionSize size = Of(
       Counted(TCIMValue(2)).Bytes("A", {{"Offset", TCIMValue(16)}}).Bytes("B", {{"Offset", Numbers(0)}}), EPath::kR8);
   EXPECT_EQ(size.reads, 2U);
@@ -68,7 +68,7 @@ TEST_F(CollectionSize, TheCountIsReadAsTheCollectorReadsIt) {
   EXPECT_EQ(count(Numbers(1)), 0U);
 }
 
-TEST_F(CollectionSize, OtherPathsTakeNothing) {
+TEST_F(CollectionSize, OtherPathsRequireNothing) {
   EXPECT_EQ(Of(Counted(TCIMValue(2)).Bytes("A"), EPath::kCapture).properties, 0U);
 }
 

@@ -48,8 +48,8 @@ class TSchemaGenerator {
     if (Chance(8)) name[0] = 'k';
     return name;
   }
-  // If `below`, a class below a base; otherwise `otherwise`. If the chosen one does not exist or is empty, a
-  // base.
+  // A class below a base class, if `below` and there is one; else `otherwise` or, if that is empty, a base
+  // class.
   std::string AnyOf(bool below, const std::string& otherwise) {
     if (below && !below_.empty()) return below_[Below(below_.size())];
     return otherwise.empty() ? bases_[Below(bases_.size())] : otherwise;

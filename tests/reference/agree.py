@@ -114,7 +114,7 @@ def compare_heading(document, machine_type, failed):
 
 
 def compare_failures(found, case, failed):
-    """If a request has several classes, the model cannot tell which of them failed, so only the number is compared."""
+    """A request for several classes does not say which of them failed, so only the number is compared."""
     require("number of failed calls", len(found), len(failed))
     if not case.single_request:
         require("failed classes", [one["class"] for one in found], [call.classes[0] for call in failed])
@@ -131,7 +131,7 @@ def compare_instances(found, expected):
 
 
 def compare_incomplete(found, expected):
-    """Instances of a call with a failed exchange are marked; an impossible exchange may or may not count as failed."""
+    """Instances of a call with a failed exchange are marked, or may be if all failed exchanges were impossible."""
     number = 0
     for call in expected.calls:
         failed = [exchange for exchange in call.exchanges if exchange.failed()]
@@ -142,7 +142,7 @@ def compare_incomplete(found, expected):
 
 
 def compare_exchanges(found, case, expected):
-    """Exchanges for which there is no node or no driver may be counted or not, but not only some of them."""
+    """Exchanges without a node or driver are either all counted or all ignored."""
     every = [(call, exchange) for call in expected.calls for exchange in call.exchanges]
     possible = [(call, exchange) for call, exchange in every if exchange.possible]
     counted = every if found["total"] == len(every) else possible

@@ -251,7 +251,7 @@ class SchemaMaker:
             name = cls.superclass
 
     def overriding(self, parent, name, purpose):
-        """An overriding property has at least the qualifiers of the overridden one, which it might not inherit."""
+        """A register that overrides an inherited one, and repeats its qualifiers if it would inherit them anyway."""
         prop = self.named_register(name, purpose)
         if self.types.property_inherited or not self.rarely(0.3):
             for key, value in self.declares(parent, name).qualifiers.items():

@@ -65,7 +65,7 @@ class CaptureFileTest(unittest.TestCase):
             "LogName": "KROSG_DCAPFile", "RecordID": "0"})
 
     def reads(self, size, data="", **keys):
-        """Offset and count of every read, and the number that the reading returns."""
+        """Offset and count of every read, and the number that the function returns."""
         result = capture([area(data=data, size=size)], **keys)
         asked = [text.split()[-6:-1] for text in texts(result) if text.startswith("ReadStorageArea IPMI")]
         returned = [int(text.split(":")[1]) for text in texts(result) if text.startswith("returned smbioslen:")]

@@ -42,7 +42,7 @@ def data_files(folder):
 
 
 def many_properties(schema, classes):
-    """The schema plus so many classes of 4,000 properties, each of which is estimated to take 700 bytes."""
+    """The schema plus the given number of classes, with 4,000 properties each; a property is estimated at 700 bytes."""
     properties = "".join(f"uint8 P{i};" for i in range(4000))
     return schema + "".join(f"class Filler{i} {{{properties}}};\n" for i in range(classes))
 

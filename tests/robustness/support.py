@@ -28,7 +28,7 @@ class Folder:
         return str(self.path / name)
 
     def schema(self, registers, count):
-        """A schema with the capture class and one R8 class with so many registers and instances."""
+        """A schema with the capture class and one R8 class with that many registers and instances."""
         lines = [f"[Offset({0x1000 + 8 * i}), MaxLen(8)] uint8 Register{i}[];" for i in range(registers)]
         text = SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines))
         return self.write("schema.mof", text)

@@ -100,7 +100,7 @@ void THost::NoteExchanges() {
   tamperer_.onExchange = nullptr;
 }
 
-// The trace shows what is being collected: an exchange belongs to what the trace last announced.
+// Follows in the trace which instance or file is being collected, because an exchange does not show it.
 void THost::Log(EVELLogSeverity, const std::string& message) {
   const allocation::TPause pause;
   if (StartsWith(message, "Entering collection for requested class ")) {

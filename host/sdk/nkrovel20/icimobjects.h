@@ -79,8 +79,8 @@ class NKROVEL20_API ICIMClass : public ICIMNamed, public ICIMQualifierHolder {
   virtual boost::shared_ptr<ICIMInstance> CreateInstance(const TPropertyMap& context) = 0;
   /// Passes subclasses to the callback in declaration order until it returns false.
   virtual void EnumerateSubClasses(const TClassCallback& callback, int flag, const TPropertyMap& context) = 0;
-  /// Passes all property declarations to the callback, inherited ones first (from the root class down), then
-  /// in declaration order, until it returns false.
+  /// Passes all property declarations to the callback, inherited ones first (from the root class down), those
+  /// of each class in declaration order, until it returns false.
   virtual void EnumeratePropertyDecls(const TPropertyDeclCallback& callback, const TPropertyMap& context) = 0;
 };
 

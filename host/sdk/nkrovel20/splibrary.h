@@ -33,10 +33,12 @@ class NKROVEL20_API SPLibrary {
 
   /// Carries out one IPMI exchange in `buffer`, which is laid out as in wire::TCommandBuffer and `capacity`
   /// bytes long. The request's data are the n bytes from byte 9 on, where n is byte 5.
+  ///
   /// The response replaces byte 4 (completion code), byte 5 (number of data bytes) and everything from byte 9
   /// on; zeros follow its data. `*length` becomes 9 + the number of data bytes. If `capacity` is less than
   /// 256, the response is truncated to it, and byte 5 and `*length` are reduced accordingly; nothing beyond
   /// 256 bytes is changed.
+  ///
   /// Returns false, and leaves `buffer` and `*length` unchanged, if no exchange took place. All known callers
   /// pass true for `flag`; it has no effect.
   bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool flag);

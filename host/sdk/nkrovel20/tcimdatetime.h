@@ -18,8 +18,8 @@ class NKROVEL20_API TCIMDateTime {
   ~TCIMDateTime() = default;
 
   /// Parses the 25 characters of a CIM datetime: a point in time "yyyymmddhhmmss.mmmmmmsutc" or an interval
-  /// "ddddddddhhmmss.mmmmmm:000". In either, asterisks may replace insignificant digits, which must reach up
-  /// to the sign and begin at a field or within the microseconds. Throws TVELException with
+  /// "ddddddddhhmmss.mmmmmm:000". In either, insignificant digits may be asterisks: from the start of a field
+  /// or from any digit of the microseconds, up to the sign. Throws TVELException with
   /// TVELStatusCode::kTypeMismatch for any other text.
   static TCIMDateTime FromString(const std::string& text);
 

@@ -17,7 +17,7 @@ namespace NKROVEL20 {
 /// with TVELStatusCode::kTypeMismatch; the only other exception is std::bad_alloc.
 class NKROVEL20_API TCIMValue {
  public:
-  /// A CIM type. It is the same for scalars and for arrays: being an array is a property of the value.
+  /// A CIM type. Scalars and arrays have the same type; only the value knows which it is.
   class NKROVEL20_API TCIMType {
    public:
     enum ECIMType : std::uint8_t {

@@ -26,7 +26,7 @@ def verbose(message):
 
 
 def instance(*headers):
-    """The lines of one instance, with the header copies that are looked at."""
+    """The lines of one instance; `headers` are the dumps of the header copies examined."""
     verbose("In getCIMInstanceInfo()")
     verbose("chipDesc | instancdID = PCI I/O bridge,0 | KROSG:" + BASE + ":6203:0")
     verbose("Completed getCIMInstanceInfo()")
