@@ -1,4 +1,4 @@
-// A small language for the classes of a test's schema.
+// Builders for the classes of a test's schema.
 //
 //   const auto schema = TNamespace::Create();
 //   schema->AddClass(Class("B", "A").With("MaxInstanceCount", TCIMValue(2)).Bytes("R", {{"Index", TCIMValue(5)}}));

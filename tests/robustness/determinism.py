@@ -64,7 +64,7 @@ class Determinism:
         print(f"other builds: {compared}")
 
     def zones(self):
-        """A replay keeps the recording's zone; in a live collection, the zone of the process changes only the offset."""
+        """A replay keeps the recording's zone; in a live collection, the process's zone changes only the offset."""
         expected, _ = self.collect("--sp", "sim", TZ="UTC0")
         compared = 0
         for zone, minutes in ZONES.items():

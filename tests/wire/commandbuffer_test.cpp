@@ -1,4 +1,4 @@
-// The wire constants of the contract headers, against the layouts as they are written down.
+// Compares the wire constants with the documented layouts.
 #include "wire/commandbuffer.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ TEST(IPMICommandBuffer, AResponseIsReadAtTheSameOffsets) {
   EXPECT_EQ(wire::TCommandBuffer::kMaxData, 247U);
 }
 
-TEST(IPMICommandBuffer, EqualityLooksAtEveryByte) {
+TEST(IPMICommandBuffer, EqualityComparesEveryByte) {
   wire::TCommandBuffer a(0x3A, 0x62, 4);
   const wire::TCommandBuffer b = a;
   EXPECT_EQ(a, b);
