@@ -12,7 +12,7 @@ foreach(page ${VELHOST_MAN_PAGES})
   install(FILES ${file}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT runtime)
 endforeach()
 
-install(FILES completions/velhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+install(FILES ${CMAKE_BINARY_DIR}/completions/velhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   RENAME velhost COMPONENT runtime)
 
 # The documents keep their relative locations, so that links between them work.

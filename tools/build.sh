@@ -1,7 +1,7 @@
 # Sourced by ./run and ./check: functions that install Debian packages and build a preset.
 
 # Packages for the product (openipmi is for velhost simulate), for the tests, and for "./check --all".
-packages_build="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev libpugixml-dev
+packages_build="g++ cmake ninja-build libboost-dev nlohmann-json3-dev libfmt-dev libpugixml-dev
   bison flex libfreeipmi-dev libopenipmi-dev openipmi pkg-config"
 packages_test="libgtest-dev libgmock-dev python3 python3-jsonschema binutils libxml2-utils groff-base
   dpkg-dev file lintian ipmitool freeipmi-tools locales valgrind"

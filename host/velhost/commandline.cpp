@@ -1,275 +1,306 @@
 #include "host/velhost/commandline.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
-#include <map>
-#include <memory>
-#include <sstream>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "host/base/hosterror.h"
+#include "host/base/nearestname.h"
 #include "host/base/unsafetext.h"
-#include "host/velhost/usagecheck.h"
+#include "host/velhost/help.h"
+#include "host/velhost/optiontable.h"
 
 namespace velhost {
 
 namespace {
 
-constexpr std::size_t kHelpColumn = 28;
-constexpr std::size_t kHelpWidth = 80;
-constexpr const char* kNeedsServerFile = "simulate needs FILE";
+[[noreturn]] void Fail(const std::string& message) { throw THostError(EExitStatus::kUsage, message); }
 
-template <typename T>
-using TChoices = std::vector<std::pair<std::string, T>>;
-
-const TChoices<EWhen> kWhen = {{"auto", EWhen::kAuto}, {"always", EWhen::kAlways}, {"never", EWhen::kNever}};
-const TChoices<ELogFormat> kLogFormats = {{"text", ELogFormat::kText}, {"jsonl", ELogFormat::kJsonLines}};
-const TChoices<bool> kFindingForms = {{"text", false}, {"json", true}};
-const TChoices<std::string> kOutputForms = {
-    {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
-const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
-
-[[noreturn]] void ThrowUsage(const std::string& message) { throw THostError(EExitStatus::kUsage, message); }
-
-// One of a few words.
-template <typename TTarget, typename T>
-void AddChoice(CLI::App& app, const std::string& name, TTarget& target, const TChoices<T>& choices,
-               const std::string& description) {
-  std::string words;
-  for (const auto& [word, value] : choices) words += (words.empty() ? "" : "|") + word;
-  const auto take = [&target, &choices, name, words](const std::string& given) {
-    std::vector<std::string> candidates;
-    for (const auto& [word, value] : choices) {
-      if (word == given) {
-        target = value;
-        return;
-      }
-      candidates.push_back(word);
-    }
-    ThrowUsage(name + " takes " + words + ", not " + QuotedWord(given) + DidYouMean(given, candidates));
-  };
-  app.add_option_function<std::string>(name, take, description)->type_name(words);
-}
-
-// A number of a range. What is none, or no finite one, is refused.
-template <typename TTarget, typename T>
-void AddNumber(CLI::App& app, const std::string& name, TTarget& target, T least, T most, const std::string& value,
-               const std::string& description) {
-  const auto take = [&target, name, least, most, value](const std::string& given) {
-    T number{};
-    const char* const end = given.data() + given.size();
-    const auto result = std::from_chars(given.data(), end, number);
-    // Written so that what is no number at all is not in the range either.
-    if (result.ec == std::errc() && result.ptr == end && number >= least && number <= most) {
-      target = number;
-      return;
-    }
-    std::ostringstream message;
-    message.precision(12);  // no powers of ten
-    message << name << " takes " << value << " from " << least << " to " << most << ", not " << QuotedWord(given);
-    ThrowUsage(message.str());
-  };
-  app.add_option_function<std::string>(name, take, description)->type_name(value);
-}
-
-void AddCommonOptions(CLI::App& app, TCommonOptions& options) {
-  app.add_option("--plugin", options.plugin, "the collector's library")->type_name("FILE");
-  app.add_option("--schema", options.schema, "a MOF file or a folder of them; may be repeated")
-      ->type_name("PATH")
-      ->take_all()
-      ->allow_extra_args(false);  // what follows the value is a class or file of its own
-  app.add_option("--sp", options.serviceProcessors,
-                 "the service processor: sim[:FILE], replay:FILE, inband[:DEVICE], lan:[USER@]HOST[:PORT]")
-      ->type_name("SPEC")
-      ->take_all()
-      ->allow_extra_args(false);  // what follows the value is a class or file of its own
-  app.add_option("--machine-type", options.machineType, "overrides the machine type")->type_name("NNNN");
-  app.add_option("--log", options.log, "also write the collector's trace there")->type_name("FILE");
-  AddChoice(app, "--log-format", options.logFormat, kLogFormats, "form of that file");
-  app.add_flag("-v", options.verbosity, "trace on standard error: -v status, -vv debug, -vvv verbose");
-  AddChoice(app, "--color", options.color, kWhen, "colour in the table");
-  app.add_option("--password-file", options.passwordFile, "lan: password file; or VELHOST_IPMI_PASSWORD")
-      ->type_name("FILE");
-  AddNumber(app, "--cipher-suite", options.cipherSuite, 0, 17, "N", "lan: cipher suite; default 17, then 3");
-  AddChoice(app, "--privilege", options.privilege, kPrivileges, "lan: privilege level; default admin");
-  app.add_flag("--replay-timing", options.replayTiming, "replay: wait as long as the recording did");
-}
-
-void AddCollect(CLI::App& app, TCollectOptions& options) {
-  app.add_option("CLASS", options.classes, "classes to collect; default: all that this machine serves")->type_name("");
-  AddChoice(app, "--format", options.format, kOutputForms, "output form; default: table on a terminal, else json");
-  app.add_option("-o,--output", options.output, "write there instead of standard output")->type_name("FILE");
-  app.add_option("--record", options.record, "record every exchange with the service processor")->type_name("FILE");
-  AddNumber(app, "--timeout", options.timeoutSeconds, 0.001, 1e9, "SECONDS", "deadline for the whole run");
-  app.add_flag("--single-request", options.singleRequest, "ask for all classes in one request, in this order");
-  app.add_option("--capture-dir", options.captureDir, "also write each capture file there")->type_name("DIR");
-  AddChoice(app, "--progress", options.progress, kWhen, "progress on standard error");
-  app.footer("Example:\n  velhost collect --sp sim:failing.toml --format json -o errors.json");
-}
-
-void AddCheck(CLI::App& app, TCheckOptions& options) {
-  app.add_option("MOF", options.mofs, "MOF files or folders; default: those of --schema")->type_name("");
-  AddChoice(app, "--format", options.json, kFindingForms, "form of the findings; default text");
-  app.footer("Example:\n  velhost check my-schema/ --format json");
-}
-
-void AddSimulate(CLI::App& app, TSimulateArguments& options) {
-  app.add_option("FILE", options.file, "the server file; a shipped one by its name")->required()->type_name("");
-  AddNumber(app, "--node", options.node, 0, 255, "N", "which BMC node answers; default 0");
-  AddNumber(app, "--port", options.port, 1, 65535, "PORT", "UDP port on 127.0.0.1; default 9623");
-  AddNumber(app, "--serial-port", options.serialPort, 1, 65535, "PORT",
-            "also serve as a virtual machine's BMC on this TCP port");
-  app.footer("Example:\n  velhost simulate demo.toml --port 9623");
-}
-
-struct TParser {
-  TCommandLine result;
-  CLI::App app{"Collects chipset error registers and capture files from a server's service processor.", "velhost"};
-  CLI::App* collect = nullptr;
-  CLI::App* check = nullptr;
-  std::map<CLI::App*, EVerb> verbs;
-
-  CLI::App* AddVerb(EVerb verb, const std::string& name, const std::string& description) {
-    CLI::App* const added = app.add_subcommand(name, description);
-    added->fallthrough();
-    added->group("Commands");
-    verbs[added] = verb;
-    return added;
-  }
-
-  TParser() {
-    const auto formatter = std::dynamic_pointer_cast<CLI::Formatter>(app.get_formatter());
-    formatter->column_width(kHelpColumn);
-    formatter->label("SUBCOMMAND", "COMMAND");
-    app.set_version_flag("--version", std::string("velhost ") + VELHOST_VERSION);
-    app.require_subcommand(1);
-    AddCommonOptions(app, result.common);
-    collect = AddVerb(EVerb::kCollect, "collect", "run one collection and print the instances");
-    AddCollect(*collect, result.collect);
-    CLI::App* const classes =
-        AddVerb(EVerb::kClasses, "classes", "list the collectable classes and whether this machine serves them");
-    classes->footer("Example:\n  velhost classes --machine-type 4411");
-    CLI::App* const plugin = AddVerb(EVerb::kPlugin, "plugin", "load the collector and print its identity");
-    plugin->footer("Example:\n  velhost plugin --plugin ./libtorgareg.pi.so");
-    check = AddVerb(EVerb::kCheck, "check", "check a schema: syntax, semantics, and what the collector needs of it");
-    AddCheck(*check, result.check);
-    AddSimulate(*AddVerb(EVerb::kSimulate, "simulate", "serve a simulated server over IPMI on the network"),
-                result.simulate);
-    app.footer(
-        "Examples:\n  velhost collect                      everything the demo server has\n"
-        "  velhost collect --sp inband          from this server's BMC\n"
-        "  velhost COMMAND --help               what a command takes");
-  }
-};
-
-// What the options are, for CheckUsage.
-void DescribeOptions(const CLI::App& app, const std::string& verb, TUsage& usage) {
-  for (const CLI::Option* option : app.get_options()) {
-    const std::vector<std::string>& longNames = option->get_lnames();
-    if (longNames.empty() && option->get_snames().empty()) continue;  // what stands without a name
-    TOptionUse use;
-    use.name = longNames.empty() ? "-" + option->get_snames().front() : "--" + longNames.front();
-    if (option->get_items_expected_max() > 0) use.value = option->get_type_name();
-    use.repeatable = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
-    const bool isHelp = use.name == "--help";
-    std::vector<std::string> names;
-    for (const std::string& name : longNames) names.push_back("--" + name);
-    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
-    for (const std::string& name : names) {
-      const auto known = usage.options.emplace(name, use).first;
-      if (!verb.empty() && !isHelp) known->second.verbs.push_back(verb);
-    }
-  }
-}
-
-TUsage UsageOf(const TParser& parser) {
-  TUsage usage;
-  DescribeOptions(parser.app, "", usage);
-  for (const CLI::App* verb : parser.app.get_subcommands({})) {
-    usage.verbs.push_back(verb->get_name());
-    DescribeOptions(*verb, verb->get_name(), usage);
-  }
-  return usage;
-}
-
-// No line beyond the screen; what a line has too much stands below its description.
-std::string Wrapped(const std::string& help) {
-  std::istringstream lines(help);
+// "collect", "collect and check", "a, b and c"
+std::string Listed(const std::vector<std::string>& words) {
   std::string text;
-  for (std::string line; std::getline(lines, line);) {
-    const bool isOption = line.starts_with("  ");
-    while (line.size() > kHelpWidth) {
-      const std::size_t cut = line.rfind(' ', kHelpWidth);
-      text += line.substr(0, cut) + "\n";
-      line = std::string(isOption ? kHelpColumn : 0, ' ') + line.substr(cut + 1);
-    }
-    text += line + "\n";
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (i > 0) text += i + 1 == words.size() ? " and " : ", ";
+    text += words[i];
   }
   return text;
 }
 
-std::string HelpOf(TParser& parser, const std::string& verb) {
-  if (verb.empty()) return Wrapped(parser.app.help());
-  return Wrapped(parser.app.get_subcommand(verb)->help(parser.app.get_name()) +
-                 "\nThe options of \"velhost --help\" stand for every command.\n");
+std::vector<std::string> VerbNames() {
+  std::vector<std::string> names;
+  for (const TVerb& verb : Verbs()) names.push_back(verb.name);
+  return names;
 }
 
-// "velhost help [COMMAND]" is "velhost [COMMAND] --help".
-std::vector<std::string> WithoutHelpWord(const TUsage& usage, std::vector<std::string> arguments) {
-  if (arguments.empty() || VerbOf(usage, arguments) != "help") return arguments;
-  arguments.erase(std::find(arguments.begin(), arguments.end(), "help"));
-  arguments.emplace_back("--help");
-  return arguments;
-}
+// An option as it is on the command line.
+struct TGivenOption {
+  std::string name = {};            // as it was written, without "=VALUE"
+  const TOption* option = nullptr;  // the table's first of that name, the command's own once it is known; null: none
+  std::string value = {};           // of "--name=VALUE" or the next word
+  bool hasValue = false;            // also an empty one; not a negative number
+  bool isValueAttached = false;
+  bool isBeforeVerb = false;
 
-// The text that is asked for instead of a command; empty where none is.
-std::string AskedText(TParser& parser, const TUsage& usage, const std::vector<std::string>& arguments) {
-  const std::string verb = VerbOf(usage, arguments);
-  const bool known = std::find(usage.verbs.begin(), usage.verbs.end(), verb) != usage.verbs.end();
-  if (HasOption(usage, arguments, {"--help", "-h"}) && (known || verb.empty())) return HelpOf(parser, verb);
-  if (HasOption(usage, arguments, {"--version"})) return std::string("velhost ") + VELHOST_VERSION + "\n";
-  return {};
-}
+  bool Is(std::string_view optionName) const { return option != nullptr && option->name == optionName; }
+};
 
-void Parse(TParser& parser, const TUsage& usage, const std::vector<std::string>& arguments) {
-  CheckUsage(usage, arguments);
-  // CLI11 takes the arguments last first.
-  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-  try {
-    parser.app.parse(std::move(reversed));
-  } catch (const CLI::RequiredError&) {
-    ThrowUsage(kNeedsServerFile);
-  } catch (const CLI::ExtrasError&) {
-    const std::string extra = parser.app.remaining(true).front();
-    ThrowUsage(QuotedWord(extra) + " is more than " + VerbOf(usage, arguments) + " takes");
-  } catch (const CLI::ParseError& error) {
-    ThrowUsage(SafeText(error.what()));
+struct TGivenWords {
+  bool asksForHelp = false;  // "help" in the command's place
+  std::optional<std::string> verb;
+  std::vector<TGivenOption> options;
+  std::vector<std::string> operands;
+
+  bool Has(std::string_view option) const {
+    return std::any_of(options.begin(), options.end(), [option](const TGivenOption& o) { return o.Is(option); });
   }
-  parser.result.verb = parser.verbs.at(parser.app.get_subcommands().front());
-  // An empty word counts as given.
-  if (parser.result.verb == EVerb::kSimulate && parser.result.simulate.file.empty()) ThrowUsage(kNeedsServerFile);
+};
+
+// The one pass over the words. Says what they are and refuses none.
+class TWordReader {
+ public:
+  explicit TWordReader(const std::vector<std::string>& words) : words_(words) {}
+
+  TGivenWords Read() {
+    for (; at_ < words_.size() && words_[at_] != "--"; ++at_) ReadWord(words_[at_]);
+    for (++at_; at_ < words_.size(); ++at_) given_.operands.push_back(words_[at_]);
+    return std::move(given_);
+  }
+
+ private:
+  void ReadWord(const std::string& word) {
+    if (word.starts_with("--")) return ReadLong(word);
+    if (word.size() > 1 && word[0] == '-') return ReadLetters(word);
+    if (given_.verb) {
+      given_.operands.push_back(word);
+    } else if (word == "help" && !given_.asksForHelp) {
+      given_.asksForHelp = true;
+    } else {
+      given_.verb = word;
+    }
+  }
+
+  static TGivenOption Named(const std::string& name) {
+    const auto found = FindOptions(name);
+    return {.name = name, .option = found.empty() ? nullptr : found.front()};
+  }
+
+  void ReadLong(const std::string& word) {
+    const std::size_t equals = word.find('=');
+    TGivenOption option = Named(word.substr(0, equals));
+    if (equals != std::string::npos) Attach(option, word.substr(equals + 1));
+    Add(std::move(option));
+  }
+
+  // "-v", "-vv", "-oFILE"
+  void ReadLetters(const std::string& word) {
+    for (std::size_t i = 1; i < word.size(); ++i) {
+      TGivenOption option = Named(std::string("-") + word[i]);
+      const bool isKnown = option.option != nullptr;
+      const bool takesTheRest = isKnown && option.option->TakesValue();
+      if (!isKnown) option.name = word;
+      if (takesTheRest && i + 1 < word.size()) Attach(option, word.substr(i + 1));
+      Add(std::move(option));
+      if (!isKnown || takesTheRest) return;
+    }
+  }
+
+  static void Attach(TGivenOption& option, const std::string& value) {
+    option.value = value;
+    option.hasValue = option.isValueAttached = true;
+  }
+
+  void Add(TGivenOption option) {
+    const bool takesNext = option.option != nullptr && option.option->TakesValue() && !option.hasValue;
+    if (takesNext && at_ + 1 < words_.size()) TakeNext(option);
+    option.isBeforeVerb = !given_.verb;
+    given_.options.push_back(std::move(option));
+  }
+
+  // Another option is not a value, and a negative number was meant as one.
+  void TakeNext(TGivenOption& option) {
+    const std::string& next = words_[at_ + 1];
+    const bool isNegative = next.size() > 1 && next[0] == '-' && next[1] >= '0' && next[1] <= '9';
+    option.hasValue = next.empty() || next[0] != '-' || next == "-";
+    if (!option.hasValue && !isNegative) return;
+    option.value = next;
+    ++at_;
+  }
+
+  const std::vector<std::string>& words_;
+  std::size_t at_ = 0;
+  TGivenWords given_;
+};
+
+const TVerb* VerbOf(const TGivenWords& given) { return given.verb ? FindVerb(*given.verb) : nullptr; }
+
+// The command, or what it probably is: the value of an unknown option looks like one.
+const TVerb* LikelyVerb(const TGivenWords& given) {
+  const TVerb* verb = VerbOf(given);
+  for (std::size_t i = 0; i < given.operands.size() && verb == nullptr; ++i) verb = FindVerb(given.operands[i]);
+  return verb;
 }
 
-std::string WhereToLook(const TUsage& usage, const std::string& verb) {
-  const bool known = std::find(usage.verbs.begin(), usage.verbs.end(), verb) != usage.verbs.end();
-  return "\nSee \"velhost " + (known ? verb + " " : std::string()) + "--help\".";
+// What the command takes; without one, what every command takes. An option of another would help nobody.
+std::vector<std::string> OptionNamesFor(const TVerb* verb) {
+  std::vector<std::string> names;
+  for (const TOption& option : Options()) {
+    if (verb != nullptr ? !option.BelongsTo(verb->verb) : !option.verbs.empty()) continue;
+    names.push_back(option.name);
+    if (option.letter != 0) names.push_back(std::string("-") + option.letter);
+  }
+  return names;
+}
+
+void CheckKnown(const TGivenWords& given) {
+  for (const TGivenOption& option : given.options) {
+    if (option.option != nullptr) continue;
+    // Two letters are near everything.
+    const bool isLetter = option.name.size() == 2;
+    Fail("unknown option " + SafeText(option.name) +
+         (isLetter ? std::string() : DidYouMean(option.name, OptionNamesFor(LikelyVerb(given)))));
+  }
+}
+
+const TVerb& RequireVerb(const TGivenWords& given) {
+  const std::string commands = "; the commands are " + Listed(VerbNames());
+  if (!given.verb) Fail("no command is given" + commands);
+  if (const TVerb* const verb = VerbOf(given)) return *verb;
+  const std::string suggestion = DidYouMean(*given.verb, VerbNames());
+  Fail("unknown command " + QuotedWord(*given.verb) + (suggestion.empty() ? commands : suggestion));
+}
+
+// The entry of the option that the command takes.
+const TOption* OwnEntry(const TGivenOption& given, const TVerb& verb) {
+  std::vector<std::string> owners;
+  for (const TOption* option : FindOptions(given.name)) {
+    if (option->BelongsTo(verb.verb)) return option;
+    for (const EVerb owner : option->verbs) owners.push_back(EntryOf(owner).name);
+  }
+  Fail(given.name + " belongs to " + Listed(owners));
+}
+
+void ResolveOptions(TGivenWords& given, const TVerb& verb) {
+  for (TGivenOption& option : given.options) {
+    option.option = OwnEntry(option, verb);
+    const bool isCommon = option.option->verbs.empty();
+    if (option.isBeforeVerb && !isCommon) Fail(option.name + " must come after \"" + verb.name + "\"");
+  }
+}
+
+// An empty word is what is left of a variable that is not set: no value, or what was to be recorded is lost.
+void CheckHasValue(const TGivenOption& given) {
+  const bool takesValue = given.option->TakesValue();
+  if (!takesValue && given.isValueAttached) Fail(given.name + " takes no value");
+  if (!takesValue || (given.hasValue && !given.value.empty())) return;
+  Fail(given.name + " needs " + given.option->value.name +
+       (given.value.empty() ? "" : ", not " + QuotedWord(given.value)));
+}
+
+void CheckValuesAreGiven(const TGivenWords& given) {
+  std::set<const TOption*> seen;
+  for (const TGivenOption& option : given.options) {
+    CheckHasValue(option);
+    const bool isRepeated = !seen.insert(option.option).second;
+    if (isRepeated && !option.option->value.repeatable) Fail(option.option->name + " is given twice");
+  }
+}
+
+void TakeValues(const TGivenWords& given, TCommandLine& commandLine) {
+  for (const TGivenOption& option : given.options) {
+    const TOptionValue& value = option.option->value;
+    if (value.take(commandLine, option.value)) continue;
+    Fail(option.option->name + " takes " + value.expected + ", not " + QuotedWord(option.value) +
+         DidYouMean(option.value, value.choices));
+  }
+}
+
+void TakeOperands(const std::vector<std::string>& given, const TVerb& verb, TCommandLine& commandLine) {
+  const TOperands& operands = verb.operands;
+  if (given.size() > operands.most) {
+    Fail("unexpected argument " + QuotedWord(given[operands.most]) + "; " + verb.name + " takes " +
+         (operands.most == 0 ? "none" : operands.usage));
+  }
+  const auto needed = static_cast<std::size_t>(std::min(operands.least, given.size()));
+  const auto* const end = given.data() + needed;
+  if (needed < operands.least || std::find(given.data(), end, std::string()) != end) {
+    Fail(verb.name + " needs " + operands.usage);
+  }
+  if (operands.take) operands.take(commandLine, given);
+}
+
+std::string ReasonForIdleness(const TOption& option, const TCommandLine& commandLine) {
+  const auto& users = option.usedBy;
+  if (!users.empty() && std::find(users.begin(), users.end(), commandLine.verb) == users.end()) {
+    return "with " + EntryOf(commandLine.verb).name;
+  }
+  return option.idle ? option.idle(commandLine) : std::string();
+}
+
+std::vector<std::string> WarningsOf(const TGivenWords& given, const TCommandLine& commandLine) {
+  std::vector<std::string> texts;
+  for (const TOption& option : Options()) {
+    const auto isIt = [&option](const TGivenOption& candidate) { return candidate.option == &option; };
+    if (std::none_of(given.options.begin(), given.options.end(), isIt)) continue;
+    const std::string reason = ReasonForIdleness(option, commandLine);
+    if (!reason.empty()) texts.push_back(option.name + " has no effect " + reason);
+  }
+  return texts;
+}
+
+TCommandLine Interpret(TGivenWords& given) {
+  CheckKnown(given);
+  const TVerb& verb = RequireVerb(given);
+  ResolveOptions(given, verb);
+  CheckValuesAreGiven(given);
+  TCommandLine commandLine;
+  commandLine.verb = verb.verb;
+  TakeValues(given, commandLine);
+  TakeOperands(given.operands, verb, commandLine);
+  commandLine.warnings = WarningsOf(given, commandLine);
+  return commandLine;
+}
+
+// The text that is asked for instead of a command, whatever else is wrong; empty where none is.
+std::string AskedText(const TGivenWords& given) {
+  const TVerb* const verb = VerbOf(given);
+  const bool asksForHelp = given.asksForHelp || given.Has("--help");
+  if (asksForHelp && verb != nullptr) return HelpOf(*verb);
+  if (asksForHelp && given.verb.value_or("").empty()) return Help();
+  return given.Has("--version") ? std::string("velhost ") + VELHOST_VERSION + "\n" : std::string();
 }
 
 }  // namespace
 
 std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text) {
-  TParser parser;
-  const TUsage usage = UsageOf(parser);
-  const std::vector<std::string> words = WithoutHelpWord(usage, arguments);
-  text = AskedText(parser, usage, words);
+  TGivenWords given = TWordReader(arguments).Read();
+  text = AskedText(given);
   if (!text.empty()) return std::nullopt;
   try {
-    Parse(parser, usage, words);
+    return Interpret(given);
   } catch (const THostError& error) {
-    throw THostError(error.Status(), error.what() + WhereToLook(usage, VerbOf(usage, words)));
+    const TVerb* const verb = VerbOf(given);
+    const std::string place = verb == nullptr ? "velhost " : "velhost " + verb->name + " ";
+    throw THostError(error.Status(), error.what() + ("\nSee \"" + place + "--help\"."));
   }
-  return parser.result;
 }
+
+std::string SchemeOf(const std::string& spec) { return spec.substr(0, spec.find(':')); }
+
+std::string RestOf(const std::string& spec) {
+  const std::size_t colon = spec.find(':');
+  return colon == std::string::npos ? std::string() : spec.substr(colon + 1);
+}
+
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates) {
+  const std::vector<std::string_view> views(candidates.begin(), candidates.end());
+  std::string_view nearest = NearestName(word, views);
+  const auto begins = [&word](std::string_view candidate) { return word.size() > 1 && candidate.starts_with(word); };
+  const auto longer = std::find_if(views.begin(), views.end(), begins);
+  if (nearest.empty() && longer != views.end()) nearest = *longer;
+  return nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?";
+}
+
+std::string QuotedWord(const std::string& word) { return "\"" + SafeText(word) + "\""; }
 
 }  // namespace velhost

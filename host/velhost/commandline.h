@@ -59,11 +59,24 @@ struct TCommandLine {
   TCollectOptions collect;
   TCheckOptions check;
   TSimulateArguments simulate;
+  /// What is to be said before the command runs: "--log has no effect with check", one for each option that has none.
+  std::vector<std::string> warnings;
 };
 
 /// Reads the arguments (without the program's name). Help and version texts are set as `text`, and the
 /// result is empty: the command is done. Wrong usage throws THostError (kUsage) whose message names
 /// the argument and, where one is near, what was probably meant.
 std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text);
+
+/// "sim" of "sim:FILE".
+std::string SchemeOf(const std::string& spec);
+/// "FILE" of "sim:FILE"; empty without one.
+std::string RestOf(const std::string& spec);
+
+/// "; did you mean NAME?", or nothing where none is near and none begins so.
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);
+
+/// A word of the command line as a message shows it: in quotes, safe for a terminal.
+std::string QuotedWord(const std::string& word);
 
 }  // namespace velhost

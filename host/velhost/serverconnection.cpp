@@ -11,7 +11,6 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/smbios/systemsmbios.h"
 #include "host/velhost/messages.h"
-#include "host/velhost/usagecheck.h"
 
 namespace velhost {
 
@@ -228,13 +227,6 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
   const bool isDemo = first == "sim";
   const std::string path = isDemo ? installation.ServerFolder() + "/demo.toml" : installation.FindServer(FileOf(first));
   return std::make_unique<TSimulatedConnection>(path, inputs);
-}
-
-std::string SchemeOf(const std::string& spec) { return spec.substr(0, spec.find(':')); }
-
-std::string RestOf(const std::string& spec) {
-  const std::size_t colon = spec.find(':');
-  return colon == std::string::npos ? std::string() : spec.substr(colon + 1);
 }
 
 }  // namespace velhost

@@ -34,11 +34,6 @@ class IServerConnection {
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
                                                  TInputs& inputs);
 
-/// "sim" of "sim:FILE".
-std::string SchemeOf(const std::string& spec);
-/// "FILE" of "sim:FILE"; empty without one.
-std::string RestOf(const std::string& spec);
-
 /// The connection's environment with the machine type of the command line, where there is one.
 class TSessionEnvironment : public IHostEnvironment {
  public:

@@ -5,7 +5,6 @@
 #include "host/schema/schemacheck.h"
 #include "host/velhost/classes.h"
 #include "host/velhost/collect.h"
-#include "host/velhost/idleoptions.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
@@ -81,7 +80,7 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
 }  // namespace
 
 EExitStatus RunVerb(const TCommandLine& commandLine, const TInstallation& installation) {
-  for (const std::string& text : IdleOptionTexts(commandLine)) Say("warning: " + text);
+  for (const std::string& text : commandLine.warnings) Say("warning: " + text);
   switch (commandLine.verb) {
     case EVerb::kCollect: return Collect(commandLine, installation);
     case EVerb::kClasses: return ListClasses(commandLine.common, installation);

@@ -1,70 +1,79 @@
 #!/usr/bin/env python3
-"""Checks that velhost --help, the manual page and the bash completion name the same commands and options."""
+"""Whether the program's table of commands and options, its help, its manual page and its bash completion agree.
+
+options.py VELHOST OPTIONLIST COMPLETION MANUAL
+"""
 
 import re
 import subprocess
 import sys
 from pathlib import Path
 
-VERBS = ("collect", "classes", "plugin", "check", "simulate")
-# Added by the command-line library; not part of the comparison.
-OWN_HELP = {"-h", "--help"}
-OPTION = re.compile(r"(?<![\w-])(--[a-z][a-z-]*|-[a-z]+)(?![\w-])")
+# Whoever reads the manual has found what these two print.
+NOT_IN_MANUAL = {"-h", "--help", "--version"}
 
 
-def help_of(velhost, *verb):
-    return subprocess.run([velhost, *verb, "--help"], stdout=subprocess.PIPE, text=True, check=True).stdout
+def output_of(*command):
+    return subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True).stdout
+
+
+def read_table(text):
+    """The commands, and the options of each; those of every command are under None."""
+    rows = [line.split() for line in text.splitlines()]
+    options = {row[1]: set() for row in rows if row[0] == "command"}
+    verbs = list(options)
+    options[None] = set()
+    for _, name, commands, *_ in (row for row in rows if row[0] == "option"):
+        for verb in [None] if commands == "*" else commands.split(","):
+            options[verb].add(name)
+    return verbs, options
 
 
 def options_in_help(text):
-    """The options at the beginning of lines of the help."""
-    found = set()
-    for line in text.splitlines():
-        if re.match(r" {2}-", line):
-            found |= set(OPTION.findall(line[:line.index("  ", 2)] if "  " in line[2:] else line))
-    return found - OWN_HELP
+    """The options that begin a line of the help."""
+    lines = (re.match(r" {2}((?:-[\w-]+, )*-[\w-]+)", line) for line in text.splitlines())
+    return {name for found in lines if found for name in found[1].split(", ")}
 
 
 def options_in_manual(text):
-    """The options in the list tags of the page."""
-    found = set()
+    """The options in the tags of the lists, by the command of their section."""
+    found, section = {}, None
     for line in text.splitlines():
-        if line.startswith(".It Fl"):
-            plain = line.replace("\\-", "-")
-            found |= {"-" + name for name in re.findall(r"Fl (\S+)", plain)}
+        if line.startswith(".Ss "):
+            section = found.setdefault(line.removeprefix(".Ss Options of ").strip(), set())
+        elif line.startswith(".It Fl"):
+            section |= {"-" + name for name in re.findall(r"Fl (\S+)", line.replace("\\-", "-"))}
     return found
 
 
 def complete(completion, *words):
     script = ('source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _velhost 2>/dev/null; '
               'printf "%s\\n" "${COMPREPLY[@]}"')
-    output = subprocess.run(["bash", "-c", script, "bash", completion, *words], stdout=subprocess.PIPE, text=True,
-                            check=True).stdout
-    return set(output.split())
+    return set(output_of("bash", "-c", script, "bash", completion, *words).split())
 
 
 def differ(what, found, expected):
     if found == expected:
         return 0
-    print("%s: missing %s, beyond help %s" % (what, sorted(expected - found), sorted(found - expected)))
+    print("%s: missing %s, beyond the table %s" % (what, sorted(expected - found), sorted(found - expected)))
     return 1
 
 
 def main():
-    velhost, tree = sys.argv[1], Path(sys.argv[2])
-    completion = tree / "completions/velhost.bash"
-    common = options_in_help(help_of(velhost)) - {"--version"}
-    every = {"--version"} | common
-    problems = differ("completion of commands", complete(completion, velhost, ""), set(VERBS))
-    for verb in VERBS:
-        own = options_in_help(help_of(velhost, verb))
-        every |= own
-        problems += differ("completion of " + verb, complete(completion, velhost, verb, "-") - OWN_HELP - {"-vv", "-vvv"},
-                           common | own)
-    manual = (tree / "man/velhost.1").read_text(encoding="utf-8")
-    problems += differ("manual page", options_in_manual(manual) - {"-vv", "-vvv"}, every - {"--version"})
-    print("%d options, %d problems" % (len(every), problems))
-    return 1 if problems or len(every) < 20 else 0
+    velhost, optionlist, completion, manual = sys.argv[1:]
+    verbs, options = read_table(output_of(optionlist))
+    sections = options_in_manual(Path(manual).read_text(encoding="utf-8"))
+    problems = differ("completion of commands", complete(completion, velhost, ""), set(verbs))
+    problems += differ("help", options_in_help(output_of(velhost, "--help")), options[None])
+    problems += differ("manual page", sections["every command"], options[None] - NOT_IN_MANUAL)
+    for verb in verbs:
+        problems += differ("help of " + verb, options_in_help(output_of(velhost, verb, "--help")), options[verb])
+        problems += differ("manual page of " + verb, sections.get(verb, set()), options[verb])
+        problems += differ("completion of " + verb, complete(completion, velhost, verb, "-"),
+                           options[None] | options[verb])
+    count = sum(map(len, options.values()))
+    print("%d names of options, %d problems" % (count, problems))
+    return 1 if problems or count < 20 else 0
 
 
 if __name__ == "__main__":

@@ -32,12 +32,19 @@ class Usage(VelhostCase):
         self.assertEqual(done.stderr, f'velhost: {message}\nSee "velhost {see}--help".\n')
 
     def test_commands(self):
-        self.refuses("no command is given; there are collect, classes, plugin, check and simulate")
+        self.refuses("no command is given; the commands are collect, classes, plugin, check and simulate")
         self.refuses('unknown command "colect"; did you mean collect?', "colect")
-        self.refuses('unknown command "a\\x1b[2J"; there are collect, classes, plugin, check and simulate', "a\x1b[2J")
+        self.refuses('unknown command "a\\x1b[2J"; the commands are collect, classes, plugin, check and simulate', "a\x1b[2J")
+        self.refuses('unknown command ""; the commands are collect, classes, plugin, check and simulate', "", "classes")
         self.refuses("simulate needs FILE", "simulate", see="simulate ")
         self.refuses("simulate needs FILE", "simulate", "", see="simulate ")
-        self.refuses('"b" is more than classes takes', "classes", "b", see="classes ")
+        self.refuses('unexpected argument "b"; classes takes none', "classes", "b", see="classes ")
+        self.refuses('unexpected argument "b"; simulate takes FILE', "simulate", "a", "b", see="simulate ")
+
+    def test_words_after_two_dashes_are_no_options(self):
+        self.fails(64, 'the schema has no class "--sp"', "collect", BRIDGE, "--", "--sp")
+        self.refuses('unexpected argument "--help"; plugin takes none', "plugin", "--", "--help", see="plugin ")
+        self.refuses("simulate needs FILE", "simulate", "--", "", see="simulate ")
 
     def test_options(self):
         for message, *arguments in (
@@ -65,8 +72,11 @@ class Usage(VelhostCase):
                 ('--timeout needs SECONDS, not "-5"', "--timeout", "-5"),
                 ("-o needs FILE", "-vo")):
             self.refuses(message, "collect", *arguments, see="collect ")
+        # The first that is wrong.
+        self.refuses('--timeout takes SECONDS from 0.001 to 1000000000, not "x"', "collect", "--timeout", "x", "--color", "y",
+                     see="collect ")
         self.refuses("--format belongs to collect and check", "classes", "--format", "json", see="classes ")
-        self.refuses('--timeout has to stand behind "collect"', "--timeout", "5", "collect", see="collect ")
+        self.refuses('--timeout must come after "collect"', "--timeout", "5", "collect", see="collect ")
 
     def test_a_suggestion_is_an_option_of_the_command(self):
         self.refuses("unknown option --host", "collect", "--host", "bmc7", see="collect ")
@@ -99,7 +109,8 @@ class Usage(VelhostCase):
         self.assertEqual(self.run_velhost("help").stdout, self.run_velhost("--help").stdout)
         self.assertEqual(self.run_velhost("help", "collect").stdout, self.run_velhost("collect", "--help").stdout)
         self.assertEqual(self.run_velhost("collect", "--timeout", "--help").returncode, 0)
-        self.refuses('unknown command "foo"; there are collect, classes, plugin, check and simulate', "help", "foo")
+        self.assertEqual(self.run_velhost("", "--fromat", "-h").stdout, self.run_velhost("--help").stdout)
+        self.refuses('unknown command "foo"; the commands are collect, classes, plugin, check and simulate', "help", "foo")
 
     def test_inputs_that_cannot_be_used(self):
         self.fails(66, "missing.mof", "collect", "--schema", "missing.mof")

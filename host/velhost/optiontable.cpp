@@ -1,0 +1,326 @@
+#include "host/velhost/optiontable.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <utility>
+
+#include "host/base/unsafetext.h"
+
+namespace velhost {
+
+namespace {
+
+constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
+
+template <typename T>
+using TChoices = std::vector<std::pair<std::string, T>>;
+
+const TChoices<EWhen> kWhen = {{"auto", EWhen::kAuto}, {"always", EWhen::kAlways}, {"never", EWhen::kNever}};
+const TChoices<ELogFormat> kLogFormats = {{"text", ELogFormat::kText}, {"jsonl", ELogFormat::kJsonLines}};
+const TChoices<bool> kFindingForms = {{"text", false}, {"json", true}};
+const TChoices<std::string> kOutputForms = {
+    {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
+const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
+
+// What follows makes the values of options. `place` gives the member of the command line that the value goes to.
+
+template <typename TPlace>
+TOptionValue Text(const std::string& name, const std::string& completion, TPlace place) {
+  return {.name = name, .completion = completion, .take = [place](TCommandLine& commandLine, const std::string& given) {
+            place(commandLine) = given;
+            return true;
+          }};
+}
+
+template <typename TPlace>
+TOptionValue List(const std::string& name, const std::string& completion, TPlace place) {
+  return {.name = name,
+          .completion = completion,
+          .repeatable = true,
+          .take = [place](TCommandLine& commandLine, const std::string& given) {
+            place(commandLine).push_back(given);
+            return true;
+          }};
+}
+
+template <typename T, typename TPlace>
+TOptionValue OneOf(const TChoices<T>& choices, TPlace place) {
+  std::vector<std::string> words;
+  for (const auto& [word, value] : choices) words.push_back(word);
+  const std::string listed = fmt::format("{}", fmt::join(words, "|"));
+  return {.name = listed,
+          .expected = listed,
+          .choices = words,
+          .completion = fmt::format("words {}", fmt::join(words, " ")),
+          .take = [choices, place](TCommandLine& commandLine, const std::string& given) {
+            const auto isGiven = [&given](const auto& choice) { return choice.first == given; };
+            const auto found = std::find_if(choices.begin(), choices.end(), isGiven);
+            if (found != choices.end()) place(commandLine) = found->second;
+            return found != choices.end();
+          }};
+}
+
+// What is not a number at all is not in the range either.
+template <typename T>
+std::optional<T> NumberIn(const std::string& text, T least, T most) {
+  T number{};
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  const bool isInRange = result.ec == std::errc() && result.ptr == end && number >= least && number <= most;
+  return isInRange ? std::optional(number) : std::nullopt;
+}
+
+template <typename T, typename TPlace>
+TOptionValue Number(const std::string& name, T least, T most, TPlace place) {
+  return {.name = name,
+          .expected = fmt::format("{} from {} to {}", name, least, most),
+          .take = [least, most, place](TCommandLine& commandLine, const std::string& given) {
+            const std::optional<T> number = NumberIn(given, least, most);
+            if (number) place(commandLine) = *number;
+            return number.has_value();
+          }};
+}
+
+template <typename TPlace>
+TOptionValue Flag(TPlace place) {
+  return {.repeatable = true, .take = [place](TCommandLine& commandLine, const std::string&) {
+            place(commandLine) = true;
+            return true;
+          }};
+}
+
+template <typename TPlace>
+TOptionValue Count(TPlace place) {
+  return {.repeatable = true, .take = [place](TCommandLine& commandLine, const std::string&) {
+            ++place(commandLine);
+            return true;
+          }};
+}
+
+// The parser answers it before it takes any value.
+TOptionValue Question() {
+  return {.repeatable = true, .take = [](TCommandLine&, const std::string&) { return true; }};
+}
+
+TOptionValue Offering(const std::string& words, TOptionValue value) {
+  value.completion = "words " + words;
+  return value;
+}
+
+std::string UnlessScheme(const TCommandLine& commandLine, const std::string& wanted) {
+  const std::vector<std::string>& specs = commandLine.common.serviceProcessors;
+  const std::string scheme = specs.empty() ? "sim" : SchemeOf(specs.front());
+  return scheme == wanted ? std::string() : "with --sp " + SafeText(scheme);
+}
+
+std::string UnlessLan(const TCommandLine& commandLine) { return UnlessScheme(commandLine, "lan"); }
+
+std::string UnlessReplay(const TCommandLine& commandLine) { return UnlessScheme(commandLine, "replay"); }
+
+std::string UnlessLogged(const TCommandLine& commandLine) {
+  return commandLine.common.log.empty() ? "without --log" : "";
+}
+
+// Files that check is given are checked in place of the schema.
+std::string IfFilesAreChecked(const TCommandLine& commandLine) {
+  return commandLine.verb == EVerb::kCheck && !commandLine.check.mofs.empty() ? "with check" : "";
+}
+
+const std::vector<TVerb> kVerbs = {
+    {.verb = EVerb::kCollect,
+     .name = "collect",
+     .help = "run one collection and print the instances",
+     .example = "velhost collect --sp sim:failing.toml --format json -o errors.json",
+     .operands = {.usage = "[CLASS...]",
+                  .help = "classes to collect; default: all that this machine serves",
+                  .most = kAnyNumber,
+                  .completion = "classes",
+                  .take = [](auto& c, const auto& words) { c.collect.classes = words; }}},
+    {.verb = EVerb::kClasses,
+     .name = "classes",
+     .help = "list the collectable classes and whether this machine serves them",
+     .example = "velhost classes --machine-type 4411"},
+    {.verb = EVerb::kPlugin,
+     .name = "plugin",
+     .help = "load the collector and print its identity",
+     .example = "velhost plugin --plugin ./libtorgareg.pi.so"},
+    {.verb = EVerb::kCheck,
+     .name = "check",
+     .help = "check a schema: syntax, semantics, and what the collector needs of it",
+     .example = "velhost check my-schema/ --format json",
+     .operands = {.usage = "[MOF...]",
+                  .help = "MOF files or folders; default: those of --schema",
+                  .most = kAnyNumber,
+                  .completion = "files",
+                  .take = [](auto& c, const auto& words) { c.check.mofs = words; }}},
+    {.verb = EVerb::kSimulate,
+     .name = "simulate",
+     .help = "serve a simulated server over IPMI on the network",
+     .example = "velhost simulate demo.toml --port 9623",
+     .operands = {.usage = "FILE",
+                  .help = "the server file; a shipped one by its name",
+                  .least = 1,
+                  .most = 1,
+                  .completion = "servers",
+                  .take = [](auto& c, const auto& words) { c.simulate.file = words.front(); }}},
+};
+
+const std::vector<TOption> kOptions = {
+    {.name = "--help", .letter = 'h', .value = Question(), .help = "print this help"},
+    {.name = "--version", .value = Question(), .help = "print the version"},
+    {.name = "--plugin",
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.common.plugin; }),
+     .help = "the collector's library",
+     .usedBy = {EVerb::kCollect, EVerb::kPlugin}},
+    {.name = "--schema",
+     .value = List(
+         "PATH", "files", [](auto& c) -> auto& { return c.common.schema; }),
+     .help = "a MOF file or a folder of them; may be repeated",
+     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kCheck},
+     .idle = IfFilesAreChecked},
+    {.name = "--sp",
+     .value = List(
+         "SPEC", "sp", [](auto& c) -> auto& { return c.common.serviceProcessors; }),
+     .help = "the service processor: sim[:FILE], replay:FILE, inband[:DEVICE], lan:[USER@]HOST[:PORT]",
+     .usedBy = {EVerb::kCollect, EVerb::kClasses}},
+    {.name = "--machine-type",
+     .value = Text(
+         "NNNN", "", [](auto& c) -> auto& { return c.common.machineType; }),
+     .help = "overrides the machine type",
+     .usedBy = {EVerb::kCollect, EVerb::kClasses}},
+    {.name = "--log",
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.common.log; }),
+     .help = "also write the collector's trace there",
+     .usedBy = {EVerb::kCollect, EVerb::kPlugin}},
+    {.name = "--log-format",
+     .value = OneOf(
+         kLogFormats, [](auto& c) -> auto& { return c.common.logFormat; }),
+     .help = "form of that file",
+     .usedBy = {EVerb::kCollect, EVerb::kPlugin},
+     .idle = UnlessLogged},
+    {.name = "-v",
+     .levels = 3,
+     .value = Count([](auto& c) -> auto& { return c.common.verbosity; }),
+     .help = "trace on standard error up to status, debug, verbose"},
+    {.name = "--color",
+     .value = OneOf(
+         kWhen, [](auto& c) -> auto& { return c.common.color; }),
+     .help = "colour in the table"},
+    {.name = "--password-file",
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.common.passwordFile; }),
+     .help = "lan: password file; or VELHOST_IPMI_PASSWORD",
+     .usedBy = {EVerb::kCollect, EVerb::kClasses},
+     .idle = UnlessLan},
+    {.name = "--cipher-suite",
+     .value = Offering("17 3", Number(
+                                   "N", 0, 17, [](auto& c) -> auto& { return c.common.cipherSuite; })),
+     .help = "lan: cipher suite; default 17, then 3",
+     .usedBy = {EVerb::kCollect, EVerb::kClasses},
+     .idle = UnlessLan},
+    {.name = "--privilege",
+     .value = OneOf(
+         kPrivileges, [](auto& c) -> auto& { return c.common.privilege; }),
+     .help = "lan: privilege level; default admin",
+     .usedBy = {EVerb::kCollect, EVerb::kClasses},
+     .idle = UnlessLan},
+    {.name = "--replay-timing",
+     .value = Flag([](auto& c) -> auto& { return c.common.replayTiming; }),
+     .help = "replay: wait as long as the recording did",
+     .usedBy = {EVerb::kCollect},
+     .idle = UnlessReplay},
+
+    {.name = "--format",
+     .value = OneOf(
+         kOutputForms, [](auto& c) -> auto& { return c.collect.format; }),
+     .help = "output form; default: table on a terminal, else json",
+     .verbs = {EVerb::kCollect}},
+    {.name = "--output",
+     .letter = 'o',
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.collect.output; }),
+     .help = "write there instead of standard output",
+     .verbs = {EVerb::kCollect}},
+    {.name = "--record",
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.collect.record; }),
+     .help = "record every exchange with the service processor",
+     .verbs = {EVerb::kCollect}},
+    {.name = "--timeout",
+     .value = Number(
+         "SECONDS", 0.001, 1e9, [](auto& c) -> auto& { return c.collect.timeoutSeconds; }),
+     .help = "deadline for the whole run",
+     .verbs = {EVerb::kCollect}},
+    {.name = "--single-request",
+     .value = Flag([](auto& c) -> auto& { return c.collect.singleRequest; }),
+     .help = "ask for all classes in one request, in this order",
+     .verbs = {EVerb::kCollect}},
+    {.name = "--capture-dir",
+     .value = Text(
+         "DIR", "folders", [](auto& c) -> auto& { return c.collect.captureDir; }),
+     .help = "also write each capture file there",
+     .verbs = {EVerb::kCollect}},
+    {.name = "--progress",
+     .value = OneOf(
+         kWhen, [](auto& c) -> auto& { return c.collect.progress; }),
+     .help = "progress on standard error",
+     .verbs = {EVerb::kCollect}},
+
+    {.name = "--format",
+     .value = OneOf(
+         kFindingForms, [](auto& c) -> auto& { return c.check.json; }),
+     .help = "form of the findings; default text",
+     .verbs = {EVerb::kCheck}},
+
+    {.name = "--node",
+     .value = Number(
+         "N", 0, 255, [](auto& c) -> auto& { return c.simulate.node; }),
+     .help = "which BMC node answers; default 0",
+     .verbs = {EVerb::kSimulate}},
+    {.name = "--port",
+     .value = Number(
+         "PORT", 1, 65535, [](auto& c) -> auto& { return c.simulate.port; }),
+     .help = "UDP port on 127.0.0.1; default 9623",
+     .verbs = {EVerb::kSimulate}},
+    {.name = "--serial-port",
+     .value = Number(
+         "PORT", 1, 65535, [](auto& c) -> auto& { return c.simulate.serialPort; }),
+     .help = "also serve as a virtual machine's BMC on this TCP port",
+     .verbs = {EVerb::kSimulate}},
+};
+
+}  // namespace
+
+bool TOption::BelongsTo(EVerb verb) const {
+  return verbs.empty() || std::find(verbs.begin(), verbs.end(), verb) != verbs.end();
+}
+
+const std::vector<TVerb>& Verbs() { return kVerbs; }
+
+const std::vector<TOption>& Options() { return kOptions; }
+
+const TVerb& EntryOf(EVerb verb) {
+  return *std::find_if(kVerbs.begin(), kVerbs.end(), [verb](const TVerb& entry) { return entry.verb == verb; });
+}
+
+const TVerb* FindVerb(const std::string& name) {
+  const auto isNamed = [&name](const TVerb& entry) { return entry.name == name; };
+  const auto found = std::find_if(kVerbs.begin(), kVerbs.end(), isNamed);
+  return found == kVerbs.end() ? nullptr : &*found;
+}
+
+std::vector<const TOption*> FindOptions(const std::string& name) {
+  std::vector<const TOption*> found;
+  for (const TOption& option : kOptions) {
+    const bool isLetter = option.letter != 0 && name == std::string("-") + option.letter;
+    if (option.name == name || isLetter) found.push_back(&option);
+  }
+  return found;
+}
+
+}  // namespace velhost
