@@ -1,10 +1,14 @@
-#include "host/velhost/classes.h"
-
+// velhost classes: what the schema offers, and what this machine serves of it.
 #include <fmt/format.h>
 
 #include <algorithm>
 
 #include "host/base/unsafetext.h"
+#include "host/profile/collectorprofile.h"
+#include "host/velhost/schemaloading.h"
+#include "host/velhost/serverconnection.h"
+#include "host/velhost/standardstreams.h"
+#include "host/velhost/verbs.h"
 
 namespace velhost {
 
@@ -30,8 +34,8 @@ std::string DelegateRow(const TNamespace& cimNamespace, std::string_view base, c
   return fmt::format("  {}: {}\n", base, delegate ? delegate->Name() : "no subclass serves this machine type");
 }
 
-}  // namespace
-
+// Class, path, whether the machine type is served and by which element of "SupportedMachineTypes", instances,
+// registers; below that, for each JFR base class, the subclass chosen for the machine type.
 std::string FormatClasses(const TNamespace& cimNamespace, const std::string& machineType) {
   const auto classes = Profile::CollectableClasses(cimNamespace, machineType);
   std::size_t width = std::string_view("CLASS").size();
@@ -43,6 +47,23 @@ std::string FormatClasses(const TNamespace& cimNamespace, const std::string& mac
   text += "\nSubclasses chosen for the base classes of the JFR path:\n";
   for (const std::string_view base : Profile::kJfrBaseClasses) text += DelegateRow(cimNamespace, base, machineType);
   return text;
+}
+
+}  // namespace
+
+EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& installation) {
+  const TCommonOptions& options = commandLine.common;
+  const TStopSignal stop;
+  TInputs inputs(stop);
+  const auto cimNamespace = LoadSchema(options, installation, inputs);
+  std::string machineType;
+  if (options.machineType) {
+    machineType = *options.machineType;
+  } else {
+    machineType = ConnectServer(options, installation, inputs)->Environment().MachineType();
+  }
+  WriteToStandardOutput(SafeLines(FormatClasses(*cimNamespace, machineType)));
+  return EExitStatus::kComplete;
 }
 
 }  // namespace velhost

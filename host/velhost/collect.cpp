@@ -1,5 +1,4 @@
-#include "host/velhost/collect.h"
-
+// velhost collect: one collection from beginning to end.
 #include <unistd.h>
 
 #include <cmath>
@@ -22,6 +21,7 @@
 #include "host/velhost/signals.h"
 #include "host/velhost/terminal.h"
 #include "host/velhost/trace.h"
+#include "host/velhost/verbs.h"
 
 namespace velhost {
 

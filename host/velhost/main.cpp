@@ -14,6 +14,7 @@
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/simulate.h"
 #include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
@@ -24,6 +25,19 @@ bool UsesNetwork(const velhost::TCommonOptions& options) {
                      [](const std::string& spec) { return spec.starts_with("lan:"); });
 }
 
+velhost::EExitStatus RunVerb(const velhost::TCommandLine& commandLine) {
+  const velhost::TInstallation installation;
+  for (const std::string& text : commandLine.warnings) velhost::Say("warning: " + text);
+  switch (commandLine.verb) {
+    case velhost::EVerb::kCollect: return velhost::Collect(commandLine, installation);
+    case velhost::EVerb::kClasses: return velhost::ListClasses(commandLine, installation);
+    case velhost::EVerb::kPlugin: return velhost::ShowPlugin(commandLine, installation);
+    case velhost::EVerb::kCheck: return velhost::CheckSchemaFiles(commandLine, installation);
+    case velhost::EVerb::kSimulate: return velhost::SimulateCommand(commandLine.simulate, installation);
+  }
+  throw velhost::THostError(velhost::EExitStatus::kInternal, "unknown command");
+}
+
 int RunCommand(const std::vector<std::string>& arguments) {
   // Before anything else reads the environment, or hands it on.
   auto password = velhost::TakeSecretVariable("VELHOST_IPMI_PASSWORD");
@@ -31,7 +45,7 @@ int RunCommand(const std::vector<std::string>& arguments) {
   auto commandLine = velhost::ParseCommandLine(arguments, text);
   if (commandLine && UsesNetwork(commandLine->common)) commandLine->common.passwordVariable = password;
   password.reset();  // simulate starts a program
-  if (commandLine) return static_cast<int>(velhost::RunVerb(*commandLine, velhost::TInstallation()));
+  if (commandLine) return static_cast<int>(RunVerb(*commandLine));
   velhost::WriteToStandardOutput(text);
   return 0;
 }

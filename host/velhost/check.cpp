@@ -1,0 +1,40 @@
+// velhost check: what is wrong with a schema.
+#include "host/base/unsafetext.h"
+#include "host/schema/schemacheck.h"
+#include "host/velhost/schemaloading.h"
+#include "host/velhost/standardstreams.h"
+#include "host/velhost/verbs.h"
+
+namespace velhost {
+
+namespace {
+
+class TTextSink : public ITextSink {
+ public:
+  void Write(std::string_view text) override { text_ += text; }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+}  // namespace
+
+EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
+  const auto& mofs = commandLine.check.mofs;
+  const std::vector<std::string> paths = mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs;
+  const TStopSignal stop;
+  TInputs inputs(stop);
+  TInputReader reader(inputs, {"the schema", "check", EFileKind::kSchema}, paths);
+  const TSchemaFindings findings = CheckSchema(paths, reader);
+  TTextSink text;
+  if (commandLine.check.json) {
+    WriteFindingsAsJson(findings, text);
+  } else {
+    WriteFindingsAsText(findings, text);
+  }
+  WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
+  return StatusOf(findings);
+}
+
+}  // namespace velhost
