@@ -8,9 +8,11 @@
 #include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
 #include "host/bmc/stopsignal.h"
-#include "host/velhost/filekind.h"
 
 namespace velhost {
+
+/// What an input is: by the beginning of its content where that tells, else by the suffix of its name (.toml, .mof).
+enum class EFileKind { kUnknown, kSchema, kServerFile, kRecording, kResult, kCompressed };
 
 /// A file and what messages call it.
 struct TNamedFile {
@@ -46,8 +48,9 @@ struct TInputUse {
   bool mayBePipe = true;
 };
 
-/// Reads one input with all of its files. Throws TEndedReading for a named file that is of another kind, and once the
-/// run is stopped: "interrupted while the schema was read; nothing was collected".
+/// Reads one input with all of its files. Throws TEndedReading for a named file that is surely of another kind ("a.toml
+/// is a server file, not a schema; give it as --sp sim:a.toml"), and once the run is stopped: "interrupted while the
+/// schema was read; nothing was collected".
 class TInputReader : public TFileReader {
  public:
   /// `paths` are those that the user has named. The inputs are not owned.

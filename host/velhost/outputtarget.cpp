@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/velhost/terminal.h"
+#include "host/velhost/standardstreams.h"
 
 namespace velhost {
 

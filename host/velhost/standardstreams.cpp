@@ -1,13 +1,28 @@
 #include "host/velhost/standardstreams.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <string>
 
 #include "host/output/outputfile.h"
 
 namespace velhost {
+
+namespace {
+
+constexpr int kDefaultWidth = 80;
+constexpr int kWidest = 1000;
+
+std::string_view Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+}  // namespace
 
 void PrepareStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -23,6 +38,20 @@ void WriteToStandardOutput(std::string_view text) {
   TDescriptorSink sink(STDOUT_FILENO, "standard output");
   sink.Write(text);
   sink.Flush();
+}
+
+bool IsTerminal(int descriptor) { return isatty(descriptor) == 1; }
+
+int TerminalWidth(int descriptor) {
+  winsize size = {};
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  const int columns = std::atoi(std::string(Variable("COLUMNS")).c_str());
+  return columns > 0 && columns <= kWidest ? columns : kDefaultWidth;
+}
+
+bool UseColor(EWhen when, int descriptor) {
+  if (when != EWhen::kAuto) return when == EWhen::kAlways;
+  return IsTerminal(descriptor) && Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
 }
 
 }  // namespace velhost
