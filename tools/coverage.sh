@@ -19,7 +19,7 @@ sources_of() {
     recording) echo host/bmc/{replay,recordingline,linereader,hexpairs}. ;;
     serverfile) echo host/bmc/{serverfile,toml,faulttable,faultinjector,simulatedserver} ;;
     smbios) echo host/bmc/smbios/smbios. ;;
-    commandline) echo host/velhost/commandline. ;;
+    commandline) echo host/velhost/{commandline,optiontable,help}. ;;
     *) echo "no such target: $1" >&2; exit 64 ;;
   esac
 }

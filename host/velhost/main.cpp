@@ -14,7 +14,7 @@
 #include "host/velhost/commandline.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
-#include "host/velhost/simulate.h"
+#include "host/velhost/simulate/simulate.h"
 #include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 

@@ -15,7 +15,7 @@
 #include <iostream>
 #include <string>
 
-#include "host/velhost/simulate.h"
+#include "host/velhost/simulate/simulate.h"
 
 namespace velhost::Testing {
 

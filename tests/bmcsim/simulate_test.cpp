@@ -1,4 +1,4 @@
-#include "host/velhost/simulate.h"
+#include "host/velhost/simulate/simulate.h"
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <thread>
 
-#include "host/velhost/ipmisim.h"
+#include "host/velhost/simulate/ipmisim.h"
 #include "tests/bmcsim/runningsimulator.h"
 
 namespace velhost::Testing {

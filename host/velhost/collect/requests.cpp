@@ -1,4 +1,4 @@
-#include "host/velhost/requests.h"
+#include "host/velhost/collect/requests.h"
 
 #include <map>
 

@@ -1,4 +1,4 @@
-#include "host/velhost/simulate.h"
+#include "host/velhost/simulate/simulate.h"
 
 #include <arpa/inet.h>
 #include <poll.h>
@@ -20,7 +20,7 @@
 #include "host/bmc/sim/servednode.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/velhost/inputs.h"
-#include "host/velhost/ipmisim.h"
+#include "host/velhost/simulate/ipmisim.h"
 #include "host/velhost/standardstreams.h"
 
 namespace velhost {

@@ -17,7 +17,7 @@
 #include "host/model/cimnamespace.h"
 #include "host/output/iinstancewriter.h"
 #include "host/plugins/pluginloader.h"
-#include "host/velhost/requests.h"
+#include "host/velhost/collect/requests.h"
 
 namespace velhost {
 

@@ -1,4 +1,4 @@
-#include "host/velhost/runrecording.h"
+#include "host/velhost/collect/runrecording.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "host/velhost/collectionrun.h"
+#include "host/velhost/collect/collectionrun.h"
 
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"

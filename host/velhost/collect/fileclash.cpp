@@ -1,4 +1,4 @@
-#include "host/velhost/fileclash.h"
+#include "host/velhost/collect/fileclash.h"
 
 #include <sys/stat.h>
 
@@ -11,7 +11,7 @@
 #include "host/base/caseinsensitive.h"
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
-#include "host/velhost/outputtarget.h"
+#include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 

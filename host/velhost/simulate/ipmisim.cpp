@@ -1,4 +1,4 @@
-#include "host/velhost/ipmisim.h"
+#include "host/velhost/simulate/ipmisim.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "host/velhost/outputtarget.h"
+#include "host/velhost/collect/outputtarget.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
