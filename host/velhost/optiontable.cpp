@@ -24,6 +24,8 @@ const TChoices<bool> kFindingForms = {{"text", false}, {"json", true}};
 const TChoices<std::string> kOutputForms = {
     {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
 const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
+const std::vector<std::string> kServiceProcessorForms = {"sim[:FILE]", "replay:FILE", "inband[:DEVICE]",
+                                                         "lan:[USER@]HOST[:PORT]"};
 
 // What follows makes the values of options. `place` gives the member of the command line that the value goes to.
 
@@ -185,7 +187,7 @@ const std::vector<TOption> kOptions = {
     {.name = "--sp",
      .value = List(
          "SPEC", "sp", [](auto& c) -> auto& { return c.common.serviceProcessors; }),
-     .help = "the service processor: sim[:FILE], replay:FILE, inband[:DEVICE], lan:[USER@]HOST[:PORT]",
+     .help = fmt::format("the service processor: {}", fmt::join(kServiceProcessorForms, ", ")),
      .usedBy = {EVerb::kCollect, EVerb::kClasses}},
     {.name = "--machine-type",
      .value = Text(
@@ -303,6 +305,8 @@ bool TOption::BelongsTo(EVerb verb) const {
 const std::vector<TVerb>& Verbs() { return kVerbs; }
 
 const std::vector<TOption>& Options() { return kOptions; }
+
+const std::vector<std::string>& ServiceProcessorForms() { return kServiceProcessorForms; }
 
 const TVerb& EntryOf(EVerb verb) {
   return *std::find_if(kVerbs.begin(), kVerbs.end(), [verb](const TVerb& entry) { return entry.verb == verb; });

@@ -61,6 +61,8 @@ struct TOption {
 const std::vector<TVerb>& Verbs();
 /// In the order of the help.
 const std::vector<TOption>& Options();
+/// What --sp takes: "sim[:FILE]", "replay:FILE", ...
+const std::vector<std::string>& ServiceProcessorForms();
 
 const TVerb& EntryOf(EVerb verb);
 /// Null if there is no command of the name.

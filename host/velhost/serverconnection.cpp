@@ -11,6 +11,7 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/smbios/systemsmbios.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/optiontable.h"
 
 namespace velhost {
 
@@ -165,9 +166,14 @@ std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, con
 }
 
 [[noreturn]] void ThrowUnknown(const std::string& spec) {
-  throw THostError(EExitStatus::kUsage,
-                   "--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], not " + QuotedWord(spec) +
-                       DidYouMean(SchemeOf(spec), {"sim", "replay", "inband", "lan"}) + "\nSee \"velhost --help\".");
+  std::string forms;
+  std::vector<std::string> schemes;
+  for (const std::string& form : ServiceProcessorForms()) {
+    forms += (forms.empty() ? "" : "|") + form;
+    schemes.push_back(form.substr(0, form.find_first_of("[:")));
+  }
+  throw THostError(EExitStatus::kUsage, "--sp takes " + forms + ", not " + QuotedWord(spec) +
+                                            DidYouMean(SchemeOf(spec), schemes) + "\nSee \"velhost --help\".");
 }
 
 // The file of "sim:FILE" or "replay:FILE".

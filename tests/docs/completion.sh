@@ -30,9 +30,14 @@ offers "check classes collect plugin simulate" "$velhost" ""
 offers "check" "$velhost" che
 offers "check" "$velhost" -vv che
 offers "--format" "$velhost" collect --fo
+offers "" "$velhost" classes --fo
+offers "--version" "$velhost" --ver
+offers "-v -vv -vvv" "$velhost" plugin -v
+offers "--password-file --plugin --privilege" "$velhost" classes --p
 offers "cimxml json jsonl mof table" "$velhost" collect --format ""
 offers "json jsonl" "$velhost" collect --format = js
 offers "json text" "$velhost" check --format ""
+offers "17" "$velhost" collect --cipher-suite 1
 offers "inband inband:/dev/ipmi" "$velhost" collect --sp inb
 offers "demo.toml" "$velhost" collect --sp sim : de
 offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp replay :

@@ -29,6 +29,15 @@ def read_table(text):
     return verbs, options
 
 
+def takes_of(text):
+    """Each option with what is said of its value: whether it has none."""
+    rows = [line.split() for line in text.splitlines()]
+    found = {}
+    for _, name, _, completion, *_ in (row for row in rows if row[0] == "option"):
+        found.setdefault(name, set()).add(completion == "none")
+    return found
+
+
 def options_in_help(text):
     """The options that begin a line of the help."""
     lines = (re.match(r" {2}((?:-[\w-]+, )*-[\w-]+)", line) for line in text.splitlines())
@@ -46,6 +55,12 @@ def options_in_manual(text):
     return found
 
 
+def commands_of(page):
+    """Those that the manual page lists."""
+    listed = page.partition("The commands are:")[2].partition("\n.El")[0]
+    return set(re.findall(r"^\.It Cm (\w+)$", listed, re.MULTILINE))
+
+
 def complete(completion, *words):
     script = ('source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _velhost 2>/dev/null; '
               'printf "%s\\n" "${COMPREPLY[@]}"')
@@ -61,9 +76,14 @@ def differ(what, found, expected):
 
 def main():
     velhost, optionlist, completion, manual = sys.argv[1:]
-    verbs, options = read_table(output_of(optionlist))
-    sections = options_in_manual(Path(manual).read_text(encoding="utf-8"))
-    problems = differ("completion of commands", complete(completion, velhost, ""), set(verbs))
+    table, page = output_of(optionlist), Path(manual).read_text(encoding="utf-8")
+    verbs, options = read_table(table)
+    sections = options_in_manual(page)
+    # A word is read before it is known which command's option it is.
+    undecided = [name for name, takes in takes_of(table).items() if len(takes) > 1]
+    problems = differ("options that take a value with one command only", set(undecided), set())
+    problems += differ("completion of commands", complete(completion, velhost, ""), set(verbs))
+    problems += differ("commands of the manual page", commands_of(page), set(verbs))
     problems += differ("help", options_in_help(output_of(velhost, "--help")), options[None])
     problems += differ("manual page", sections["every command"], options[None] - NOT_IN_MANUAL)
     for verb in verbs:
