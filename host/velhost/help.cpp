@@ -67,7 +67,7 @@ std::string Described(bool takesWord, const std::string& completion) {
 }  // namespace
 
 std::string Help() {
-  std::string text = Wrapped(kSummary, 0, 0) + "Usage: velhost [OPTIONS] COMMAND\n\nOptions of every command:\n";
+  std::string text = Wrapped(kSummary, 0, 0) + "Usage: velhost [OPTIONS] COMMAND\n\nOptions common to all commands:\n";
   for (const TOption& option : Options()) {
     if (option.verbs.empty()) text += Entry(option);
   }
@@ -86,7 +86,7 @@ std::string HelpOf(const TVerb& verb) {
     if (!option.verbs.empty() && option.BelongsTo(verb.verb)) options += Entry(option);
   }
   if (!options.empty()) text += "\nOptions:\n" + options;
-  return text + "\nThe options of every command are in \"velhost --help\".\n\nExample:\n  " + verb.example + "\n";
+  return text + "\nThe options common to all commands are in \"velhost --help\".\n\nExample:\n  " + verb.example + "\n";
 }
 
 std::string OptionList() {

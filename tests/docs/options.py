@@ -9,7 +9,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-# Whoever reads the manual has found what these two print.
+# In the synopsis of the manual page, without entries of their own.
 NOT_IN_MANUAL = {"-h", "--help", "--version"}
 
 
@@ -18,7 +18,7 @@ def output_of(*command):
 
 
 def read_table(text):
-    """The commands, and the options of each; those of every command are under None."""
+    """The commands, and the options of each; those common to all are under None."""
     rows = [line.split() for line in text.splitlines()]
     options = {row[1]: set() for row in rows if row[0] == "command"}
     verbs = list(options)
@@ -30,7 +30,7 @@ def read_table(text):
 
 
 def takes_of(text):
-    """Each option with what is said of its value: whether it has none."""
+    """For each name of an option, whether its entries take no value: both answers if they differ."""
     rows = [line.split() for line in text.splitlines()]
     found = {}
     for _, name, _, completion, *_ in (row for row in rows if row[0] == "option"):
@@ -45,18 +45,20 @@ def options_in_help(text):
 
 
 def options_in_manual(text):
-    """The options in the tags of the lists, by the command of their section."""
+    """The options in the tags of the lists, by the command of their section; None for those common to all."""
     found, section = {}, None
     for line in text.splitlines():
         if line.startswith(".Ss "):
-            section = found.setdefault(line.removeprefix(".Ss Options of ").strip(), set())
+            title = line.removeprefix(".Ss ").strip()
+            common = title == "Options common to all commands"
+            section = found.setdefault(None if common else title.removeprefix("Options of "), set())
         elif line.startswith(".It Fl"):
             section |= {"-" + name for name in re.findall(r"Fl (\S+)", line.replace("\\-", "-"))}
     return found
 
 
 def commands_of(page):
-    """Those that the manual page lists."""
+    """The commands that the manual page lists."""
     listed = page.partition("The commands are:")[2].partition("\n.El")[0]
     return set(re.findall(r"^\.It Cm (\w+)$", listed, re.MULTILINE))
 
@@ -79,13 +81,13 @@ def main():
     table, page = output_of(optionlist), Path(manual).read_text(encoding="utf-8")
     verbs, options = read_table(table)
     sections = options_in_manual(page)
-    # A word is read before it is known which command's option it is.
+    # The parser reads the words before it knows which command they are for.
     undecided = [name for name, takes in takes_of(table).items() if len(takes) > 1]
     problems = differ("options that take a value with one command only", set(undecided), set())
     problems += differ("completion of commands", complete(completion, velhost, ""), set(verbs))
     problems += differ("commands of the manual page", commands_of(page), set(verbs))
     problems += differ("help", options_in_help(output_of(velhost, "--help")), options[None])
-    problems += differ("manual page", sections["every command"], options[None] - NOT_IN_MANUAL)
+    problems += differ("manual page", sections.get(None, set()), options[None] - NOT_IN_MANUAL)
     for verb in verbs:
         problems += differ("help of " + verb, options_in_help(output_of(velhost, verb, "--help")), options[verb])
         problems += differ("manual page of " + verb, sections.get(verb, set()), options[verb])
