@@ -33,12 +33,13 @@ std::vector<std::string> VerbNames() {
   return names;
 }
 
-// An option as it is on the command line.
+// An option as given on the command line.
 struct TGivenOption {
-  std::string name = {};            // as it was written, without "=VALUE"
-  const TOption* option = nullptr;  // the table's first of that name, the command's own once it is known; null: none
-  std::string value = {};           // of "--name=VALUE" or the next word
-  bool hasValue = false;            // also an empty one; not a negative number
+  std::string name = {};  // as written, without "=VALUE"
+  const TOption* option =
+      nullptr;             // the first entry with that name; after ResolveOptions the command's own; null if unknown
+  std::string value = {};  // from "--name=VALUE" or the next word
+  bool hasValue = false;   // true for an empty one, false for a negative number
   bool isValueAttached = false;
   bool isBeforeVerb = false;
 
@@ -46,7 +47,7 @@ struct TGivenOption {
 };
 
 struct TGivenWords {
-  bool asksForHelp = false;  // "help" in the command's place
+  bool asksForHelp = false;  // "help" in place of the command
   std::optional<std::string> verb;
   std::vector<TGivenOption> options;
   std::vector<std::string> operands;
@@ -56,7 +57,7 @@ struct TGivenWords {
   }
 };
 
-// The one pass over the words. Says what they are and refuses none.
+// The only pass over the words. Classifies them and rejects none.
 class TWordReader {
  public:
   explicit TWordReader(const std::vector<std::string>& words) : words_(words) {}
@@ -117,7 +118,7 @@ class TWordReader {
     given_.options.push_back(std::move(option));
   }
 
-  // Another option is not a value, and a negative number was meant as one.
+  // An option is not a value. A negative number was meant as one, so it is taken, and rejected later.
   void TakeNext(TGivenOption& option) {
     const std::string& next = words_[at_ + 1];
     const bool isNegative = next.size() > 1 && next[0] == '-' && next[1] >= '0' && next[1] <= '9';
@@ -134,14 +135,14 @@ class TWordReader {
 
 const TVerb* VerbOf(const TGivenWords& given) { return given.verb ? FindVerb(*given.verb) : nullptr; }
 
-// The command, or what it probably is: the value of an unknown option looks like one.
+// The command, or the word that is probably it: the value of an unknown option is mistaken for the command.
 const TVerb* LikelyVerb(const TGivenWords& given) {
   const TVerb* verb = VerbOf(given);
   for (std::size_t i = 0; i < given.operands.size() && verb == nullptr; ++i) verb = FindVerb(given.operands[i]);
   return verb;
 }
 
-// What the command takes; without one, what every command takes. An option of another would help nobody.
+// The options that the command accepts; without a command, those common to all. Others would be bad suggestions.
 std::vector<std::string> OptionNamesFor(const TVerb* verb) {
   std::vector<std::string> names;
   for (const TOption& option : Options()) {
@@ -155,7 +156,7 @@ std::vector<std::string> OptionNamesFor(const TVerb* verb) {
 void CheckKnown(const TGivenWords& given) {
   for (const TGivenOption& option : given.options) {
     if (option.option != nullptr) continue;
-    // Two letters are near everything.
+    // Every other letter is near.
     const bool isLetter = option.name.size() == 2;
     Fail("unknown option " + SafeText(option.name) +
          (isLetter ? std::string() : DidYouMean(option.name, OptionNamesFor(LikelyVerb(given)))));
@@ -170,7 +171,7 @@ const TVerb& RequireVerb(const TGivenWords& given) {
   Fail("unknown command " + QuotedWord(*given.verb) + (suggestion.empty() ? commands : suggestion));
 }
 
-// The entry of the option that the command takes.
+// The entry of the option that belongs to the command.
 const TOption* OwnEntry(const TGivenOption& given, const TVerb& verb) {
   std::vector<std::string> owners;
   for (const TOption* option : FindOptions(given.name)) {
@@ -188,7 +189,7 @@ void ResolveOptions(TGivenWords& given, const TVerb& verb) {
   }
 }
 
-// An empty word is what is left of a variable that is not set: no value, or what was to be recorded is lost.
+// Options reject empty values: one is usually an unset variable, and what was to be recorded would be lost.
 void CheckHasValue(const TGivenOption& given) {
   const bool takesValue = given.option->TakesValue();
   if (!takesValue && given.isValueAttached) Fail(given.name + " takes no value");
@@ -261,7 +262,7 @@ TCommandLine Interpret(TGivenWords& given) {
   return commandLine;
 }
 
-// The text that is asked for instead of a command, whatever else is wrong; empty where none is.
+// The text that is requested instead of a command, even if something else is wrong; empty if none is.
 std::string AskedText(const TGivenWords& given) {
   const TVerb* const verb = VerbOf(given);
   const bool asksForHelp = given.asksForHelp || given.Has("--help");

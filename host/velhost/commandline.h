@@ -59,7 +59,7 @@ struct TCommandLine {
   TCollectOptions collect;
   TCheckOptions check;
   TSimulateArguments simulate;
-  /// What is to be said before the command runs: "--log has no effect with check", one for each option that has none.
+  /// To be printed before the command runs: "--log has no effect with check", one for each option without effect.
   std::vector<std::string> warnings;
 };
 

@@ -1,4 +1,4 @@
-// The texts of --help, and the table of options for those that cannot read it themselves.
+// The texts of --help, and the table of options as text, for the shell completion and for tests.
 #pragma once
 
 #include <string>
@@ -13,13 +13,13 @@ std::string Help();
 /// What "velhost VERB --help" prints.
 std::string HelpOf(const TVerb& verb);
 
-/// A line for each command and each name of an option, for the shell completion and for tests:
+/// The table of options, one line for each command and one for each name of an option:
 ///
 ///   command NAME COMPLETION
 ///   option NAME COMMANDS COMPLETION
 ///
-/// COMMANDS are parted by commas, "*" for all. COMPLETION is what TOptionValue has; "none" for an option without a
-/// value or a command without arguments, "any" for a value that nothing can be offered for.
+/// COMMANDS are separated by commas, "*" means all. COMPLETION is that of TOptionValue; "none" for an option that takes
+/// no value or a command that takes no arguments, "any" if nothing can be offered.
 std::string OptionList();
 
 }  // namespace velhost

@@ -1,6 +1,6 @@
-// Prints the table of commands and options, or a text with the table in the place of its line "@OPTIONS@":
+// Prints the table of commands and options, or a template in which it replaces the line "@OPTIONS@":
 //   optionlist [TEMPLATE]
-// The build makes the shell completion with it. Not installed.
+// The build generates the shell completion with it. It is not installed.
 #include <fstream>
 #include <iostream>
 #include <string>

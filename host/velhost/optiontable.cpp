@@ -27,7 +27,7 @@ const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "opera
 const std::vector<std::string> kServiceProcessorForms = {"sim[:FILE]", "replay:FILE", "inband[:DEVICE]",
                                                          "lan:[USER@]HOST[:PORT]"};
 
-// What follows makes the values of options. `place` gives the member of the command line that the value goes to.
+// The following functions make the values of options. `place` selects the member of the command line to store to.
 
 template <typename TPlace>
 TOptionValue Text(const std::string& name, const std::string& completion, TPlace place) {
@@ -65,7 +65,7 @@ TOptionValue OneOf(const TChoices<T>& choices, TPlace place) {
           }};
 }
 
-// What is not a number at all is not in the range either.
+// Empty also if the text is not a number.
 template <typename T>
 std::optional<T> NumberIn(const std::string& text, T least, T most) {
   T number{};
@@ -102,7 +102,7 @@ TOptionValue Count(TPlace place) {
           }};
 }
 
-// The parser answers it before it takes any value.
+// The parser answers these before it stores any value.
 TOptionValue Question() {
   return {.repeatable = true, .take = [](TCommandLine&, const std::string&) { return true; }};
 }
@@ -126,7 +126,7 @@ std::string UnlessLogged(const TCommandLine& commandLine) {
   return commandLine.common.log.empty() ? "without --log" : "";
 }
 
-// Files that check is given are checked in place of the schema.
+// If check is given files, it checks them instead of the schema.
 std::string IfFilesAreChecked(const TCommandLine& commandLine) {
   return commandLine.verb == EVerb::kCheck && !commandLine.check.mofs.empty() ? "with check" : "";
 }

@@ -1,5 +1,5 @@
-// The commands and options of velhost in one table. Parser, help, shell completion, the test of the manual page and the
-// warnings about options without effect all read it.
+// The commands and options of velhost in one table, which is read by the parser, the help, the shell completion, the
+// warnings about options that have no effect, and the test that compares the manual page with it.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,13 @@
 
 namespace velhost {
 
-/// The words that follow a command and belong to no option.
+/// The arguments of a command: its words that are neither options nor their values.
 struct TOperands {
   std::string usage = {};  ///< "[CLASS...]", "FILE"; empty: the command takes none
   std::string help = {};
   std::size_t least = 0;
   std::size_t most = 0;
-  std::string completion = {};  ///< as that of TOptionValue
+  std::string completion = {};  ///< as in TOptionValue
   std::function<void(TCommandLine&, const std::vector<std::string>&)> take = {};
 };
 
@@ -32,26 +32,26 @@ struct TVerb {
 /// What an option takes and where it goes.
 struct TOptionValue {
   std::string name = {};                  ///< "FILE", "text|jsonl"; empty: the option takes no value
-  std::string expected = {};              ///< what a refused value should have been: "N from 0 to 17"
-  std::vector<std::string> choices = {};  ///< all that it can be, if these are a few words
+  std::string expected = {};              ///< what a message about a refused value asks for: "N from 0 to 17"
+  std::vector<std::string> choices = {};  ///< the permitted words, if the value is one of a few
   /// What a shell offers for it: "files", "folders", "servers", "classes", "sp", "words 17 3"; empty: nothing.
   std::string completion = {};
   bool repeatable = false;
-  /// Stores the value; called once for each time that the option is given. False: it is refused.
+  /// Stores the value; called for each occurrence of the option. Returns false if it refuses the value.
   std::function<bool(TCommandLine&, const std::string&)> take = {};
 };
 
 struct TOption {
   std::string name = {};  ///< "--output"; "-v" for one without a long name
-  char letter = 0;        ///< 'o'; 0: none beside the name
-  int levels = 1;         ///< how often it counts: -v, -vv, -vvv
+  char letter = 0;        ///< 'o'; 0 for none besides the name
+  int levels = 1;         ///< how many times it may be repeated with effect: -v, -vv, -vvv
   TOptionValue value = {};
   std::string help = {};
-  /// The commands that take it; empty: all of them, and then it may also come before the command. A name may have
-  /// several entries if their commands differ; either all of them take a value or none.
+  /// The commands that accept it. Empty: all of them, and it may also come before the command. Several entries may have
+  /// the same name if they belong to different commands; then either all of them take a value or none does.
   std::vector<EVerb> verbs = {};
-  std::vector<EVerb> usedBy = {};  ///< those that it has an effect with; empty: all that take it
-  /// Why it has no effect on a command line of such a command: "without --log". Empty: it has.
+  std::vector<EVerb> usedBy = {};  ///< those in which it has an effect; empty: all that accept it
+  /// Why it has no effect in such a command nevertheless: "without --log". Empty if it has one.
   std::function<std::string(const TCommandLine&)> idle = {};
 
   bool TakesValue() const { return !value.name.empty(); }
@@ -59,15 +59,15 @@ struct TOption {
 };
 
 const std::vector<TVerb>& Verbs();
-/// In the order of the help.
+/// In the order in which the help shows them.
 const std::vector<TOption>& Options();
 /// What --sp takes: "sim[:FILE]", "replay:FILE", ...
 const std::vector<std::string>& ServiceProcessorForms();
 
 const TVerb& EntryOf(EVerb verb);
-/// Null if there is no command of the name.
+/// Null if no command has that name.
 const TVerb* FindVerb(const std::string& name);
-/// The entries of a name, "--output" or "-o".
+/// The entries with that name, "--output" or "-o".
 std::vector<const TOption*> FindOptions(const std::string& name);
 
 }  // namespace velhost

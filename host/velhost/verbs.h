@@ -1,5 +1,6 @@
-// What the commands of velhost do, each in a file or folder of its own. Results go to standard output. Whatever keeps a
-// command from starting, and what is wrong with its output, throws THostError. simulate.h has the fifth.
+// The commands of velhost, each of which is a file or folder of its own; simulate/simulate.h declares the fifth.
+// Results go to standard output. Whatever prevents a command from starting or from writing its output throws
+// THostError.
 #pragma once
 
 #include "host/base/hosterror.h"
@@ -17,7 +18,7 @@ EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& in
 /// Loads the collector and prints its name, versions and type.
 EExitStatus ShowPlugin(const TCommandLine& commandLine, const TInstallation& installation);
 
-/// Prints what is wrong with schema files. Returns kComplete where nothing is, else kBadData.
+/// Prints the findings about schema files. Returns kComplete if there are none, else kBadData.
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation);
 
 }  // namespace velhost
