@@ -53,6 +53,7 @@ class TJFRErrorData {
   void collectServiceProcessor(int serviceProcessor, int count, std::vector<NKROVEL20::TPropertyMap>& maps);
   void decodeInstances(unsigned char* block, int count, std::vector<NKROVEL20::TPropertyMap>& maps);
 
+  friend struct TTestPeer;
   std::int32_t timeStampFromSecondCopy;
   LogMessage* log;  // not owned
   boost::shared_ptr<NKROVEL20::ICIMClass> baseClass;

@@ -33,6 +33,7 @@ class TNOVRequestTorgaReg {
   bool getTimeStamp(unsigned char* timeStamp, unsigned short* length);
 
  private:
+  friend struct TTestPeer;
   NKROVEL20::SPLibrary* spLibrary;  // not owned
   LogMessage* log;                  // not owned
   std::uint8_t SPInstances;

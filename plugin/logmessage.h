@@ -35,6 +35,8 @@ class LogMessage {
   void writeWin32Error(int code) const;
 
  private:
+  friend struct TTestPeer;
+
   LogMessage() = default;
 
   static LogMessage* pLogMsg;

@@ -84,6 +84,7 @@ class TTORGARegPluginCallbacks : public NKROVEL20::IPluginCallbacks, public NKRO
   void publishCaptureFile(const boost::shared_ptr<NKROVEL20::ICIMClass>& fileClass, const std::string& rawData,
                           const NKROVEL20::TCIMDateTime& localTime, const std::string& name, int node);
 
+  friend struct TTestPeer;
   NKROVEL20::TPluginManagerProvider* pluginProvider;
   boost::shared_ptr<NKROVEL20::ICIMClass> currentClass;
   LogMessage* logger;

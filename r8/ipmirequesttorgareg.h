@@ -32,6 +32,7 @@ class IPMIRequestTorgaReg {
   bool getTimeStamp(unsigned char* out, unsigned short* length);
 
  private:
+  friend struct TTestPeer;
   NKROVEL20::SPLibrary* library;  // not owned
   LogMessage* logger;             // not owned
 };

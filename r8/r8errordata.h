@@ -50,6 +50,7 @@ class R8ErrorData {
                                            unsigned char chipSelector, unsigned int& lastAddress);
   std::string formatTimeStamp(unsigned int rawTime, NKROVEL20::TCIMValue& result);
 
+  friend struct TTestPeer;
   LogMessage* logger;  // not owned
   boost::shared_ptr<NKROVEL20::ICIMClass> collectedClass;
   std::string reserved;  // always empty

@@ -15,31 +15,8 @@ using namespace NKROVEL20;
 using namespace velhost;
 using namespace testsupport;
 
-struct TTransportFields {
-  SPLibrary* spLibrary;
-  LogMessage* log;
-  std::uint8_t spInstances;
-};
-static_assert(sizeof(TTransportFields) == sizeof(TNOVRequestTorgaReg));
 static_assert(std::is_standard_layout_v<TNOVRequestTorgaReg>, "no virtual operation, no base");
-
-struct TCollectorFields {
-  const void* table;
-  std::int32_t timeStampFromSecondCopy;
-  LogMessage* log;
-  boost::shared_ptr<ICIMClass> baseClass;
-  boost::shared_ptr<ICIMClass> requestedClass;
-  const TNOVRequestTorgaReg* transport;
-  std::string className;
-  std::uint8_t spInstances;
-};
-static_assert(sizeof(TCollectorFields) == sizeof(TJFRErrorData));
 static_assert(std::has_virtual_destructor_v<TJFRErrorData>);
-
-template <typename TFields, typename TObject>
-const TFields& FieldsOf(const TObject& object) {
-  return *reinterpret_cast<const TFields*>(&object);
-}
 
 class TJfrLayout : public TBlockTest {
  protected:
@@ -48,20 +25,20 @@ class TJfrLayout : public TBlockTest {
 
 TEST_F(TJfrLayout, TheTransportHoldsLibraryLoggerAndCount) {
   const TNOVRequestTorgaReg transport;
-  const auto& fields = FieldsOf<TTransportFields>(transport);
+  const auto fields = TTestPeer::FieldsOf(transport);
   EXPECT_EQ(fields.spLibrary, SPLibrary::GetSplibraryInstance(0));
   EXPECT_EQ(fields.log, LogMessage::getInstance());
   EXPECT_EQ(fields.spInstances, 44);
 }
 
 TEST_F(TJfrLayout, TheCollectorHoldsItsFieldsInOrder) {
-  const auto& fields = FieldsOf<TCollectorFields>(Collector(Chip()));
+  const auto fields = TTestPeer::FieldsOf(Collector(Chip()));
   EXPECT_EQ(fields.timeStampFromSecondCopy, 0);
   EXPECT_EQ(fields.log, LogMessage::getInstance());
   EXPECT_EQ(fields.baseClass, Class(kBridgeBase));
   EXPECT_EQ(fields.requestedClass, requested);
   ASSERT_NE(fields.transport, nullptr);
-  EXPECT_EQ(FieldsOf<TTransportFields>(*fields.transport).spInstances, 44);
+  EXPECT_EQ(TTestPeer::FieldsOf(*fields.transport).spInstances, 44);
   EXPECT_EQ(fields.className, "");
   EXPECT_EQ(fields.spInstances, 44);
 }
@@ -70,7 +47,7 @@ TEST_F(TJfrLayout, TheFlagSaysWhichCopyTheTimeCameFrom) {
   Collector(Chip());
   TBlock block;
   collector->getTimeStamp(block.TimeInSecondCopy().Data());
-  EXPECT_EQ(FieldsOf<TCollectorFields>(*collector).timeStampFromSecondCopy, 1);
+  EXPECT_EQ(TTestPeer::FieldsOf(*collector).timeStampFromSecondCopy, 1);
 }
 
 TEST_F(TJfrLayout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }

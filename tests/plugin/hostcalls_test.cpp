@@ -10,6 +10,7 @@
 #include "r8/r8errordata.h"
 #include "tests/plugin/librarytest.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/testpeer.h"
 
 namespace torgareg {
 namespace {
@@ -20,24 +21,16 @@ using namespace testsupport;
 
 using TCalls = std::vector<std::string>;
 
-// The logging singleton is private, but an explicit instantiation may name it.
-LogMessage*& Singleton();
-template <LogMessage** member>
-struct TSingletonAccess {
-  friend LogMessage*& Singleton() { return *member; }
-};
-template struct TSingletonAccess<&LogMessage::pLogMsg>;
-
 class TTransportCalls : public TLibraryTest {
  protected:
   // Whether the logger exists when the library is asked for its instance.
   template <typename TTransport>
   static bool LoggerComesFirst() {
-    LogMessage* const kept = std::exchange(Singleton(), nullptr);
+    LogMessage* const kept = std::exchange(TTestPeer::Singleton(), nullptr);
     bool isThere = false;
-    library.onInstance = [&isThere] { isThere = Singleton() != nullptr; };
+    library.onInstance = [&isThere] { isThere = TTestPeer::Singleton() != nullptr; };
     const TTransport transport;
-    delete std::exchange(Singleton(), kept);
+    delete std::exchange(TTestPeer::Singleton(), kept);
     return isThere;
   }
 };

@@ -27,7 +27,7 @@ class TInstanceBuilder : public TPluginTest {
   }
   // Normally a request sets the current class; the builder's tests do without one.
   void SetCurrentClass(const boost::shared_ptr<ICIMClass>& cimClass) {
-    const_cast<TPluginFields&>(FieldsOf(plugin)).currentClass = cimClass;
+    FieldsOf(plugin).currentClass = cimClass;
   }
 };
 

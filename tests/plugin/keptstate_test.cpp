@@ -22,7 +22,7 @@ struct TState {
 class TKeptState : public TDispatchTest {
  protected:
   TState State() const {
-    const TPluginFields& fields = FieldsOf(plugin);
+    const auto fields = FieldsOf(plugin);
     return {fields.pluginProvider, fields.currentClass, fields.logger, fields.machineType, fields.recordCounter};
   }
   // A request and a capture file, which change every field from its initial value.

@@ -19,11 +19,9 @@ using TRequest = void(void*, boost::shared_ptr<ICIMNamespace>, std::vector<boost
 
 class TVirtualTable : public TPluginTest {
  protected:
-  const void* Primary() const { return FieldsOf(plugin).primaryTable; }
-  const void* Second() const { return FieldsOf(plugin).secondTable; }
   template <typename TFunction>
   auto Call(std::size_t slot) {
-    return EntryAt<TFunction>(Primary(), slot)(&plugin);
+    return EntryAt<TFunction>(plugin, slot)(&plugin);
   }
   void AddBaseClasses() {
     for (const char* const name :
@@ -65,20 +63,19 @@ TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
 TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
   AddBaseClasses();
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_MEMCTL_StatisticData")};
-  EntryAt<TRequest>(Primary(), 10)(&plugin, ns, classes);
+  EntryAt<TRequest>(plugin, 10)(&plugin, ns, classes);
   const std::vector<TLine> first = logger.Lines();
   ASSERT_EQ(first.size(), 5U);
   logger.Clear();
   IPluginBasicQueryCallbacks& second = plugin;
-  EntryAt<TRequest>(Second(), 2)(&second, ns, classes);
+  EntryAt<TRequest>(second, 2)(&second, ns, classes);
   EXPECT_EQ(logger.Lines(), first);
 }
 
 TEST_F(TVirtualTable, TheSecondBaseFollowsThePrimaryOne) {
-  const auto address = reinterpret_cast<std::uintptr_t>(&plugin);
-  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<IPluginCallbacks*>(&plugin)), address);
-  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<IPluginBasicQueryCallbacks*>(&plugin)),
-            address + sizeof(void*));
+  const auto* const start = static_cast<const char*>(static_cast<const void*>(&plugin));
+  EXPECT_EQ(static_cast<const void*>(static_cast<IPluginCallbacks*>(&plugin)), start);
+  EXPECT_EQ(static_cast<const void*>(static_cast<IPluginBasicQueryCallbacks*>(&plugin)), start + sizeof(void*));
   IPluginCallbacks* const callbacks = &plugin;
   EXPECT_EQ(dynamic_cast<IPluginBasicQueryCallbacks*>(callbacks), static_cast<IPluginBasicQueryCallbacks*>(&plugin));
 }
@@ -87,7 +84,7 @@ TEST_F(TVirtualTable, DeletingThroughEitherBaseDestroysTheObject) {
   for (const bool second : {false, true}) {
     auto* const other = new TTORGARegPluginCallbacks();
     const auto heldClass = ns->AddClass(TClassBuilder(second ? "B" : "A"));
-    const_cast<TPluginFields&>(FieldsOf(*other)).currentClass = heldClass;
+    FieldsOf(*other).currentClass = heldClass;
     const auto before = heldClass.use_count();
     if (second) {
       delete static_cast<IPluginBasicQueryCallbacks*>(other);
@@ -106,7 +103,7 @@ TEST_F(TVirtualTable, FieldsAreInDeclarationOrder) {
   plugin.Init();
   plugin.AddErrFFDCinstance(ns, std::string(), 0, "cpu_err", 0);
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
-  const TPluginFields& fields = FieldsOf(plugin);
+  const auto fields = FieldsOf(plugin);
   EXPECT_EQ(fields.pluginProvider, &pluginManager->provider);
   EXPECT_EQ(fields.currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
   EXPECT_EQ(fields.logger, LogMessage::getInstance());

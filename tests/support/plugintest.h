@@ -7,6 +7,7 @@
 #include "plugin/logmessage.h"
 #include "plugin/torgaplugin.h"
 #include "tests/support/collectortest.h"
+#include "tests/support/testpeer.h"
 
 namespace testsupport {
 
@@ -36,21 +37,6 @@ class TPluginTest : public TCollectorTest {
   torgareg::TTORGARegPluginCallbacks& plugin;
 };
 
-/// The plugin object's fields in their order behind the two table pointers. There is no accessor for
-/// them, so the object is read as what it is in memory.
-struct TPluginFields {
-  const void* primaryTable;
-  const void* secondTable;
-  NKROVEL20::TPluginManagerProvider* pluginProvider;
-  boost::shared_ptr<NKROVEL20::ICIMClass> currentClass;
-  torgareg::LogMessage* logger;
-  std::string machineType;
-  std::int32_t recordCounter;
-};
-static_assert(sizeof(TPluginFields) == sizeof(torgareg::TTORGARegPluginCallbacks));
-
-inline const TPluginFields& FieldsOf(const torgareg::TTORGARegPluginCallbacks& plugin) {
-  return *reinterpret_cast<const TPluginFields*>(&plugin);
-}
+inline auto FieldsOf(torgareg::TTORGARegPluginCallbacks& plugin) { return torgareg::TTestPeer::FieldsOf(plugin); }
 
 }  // namespace testsupport

@@ -3,15 +3,20 @@
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 namespace testsupport {
 
 /// The entry of a slot as a plain function that takes the object as its first argument: EntryAt<int(void*)>. It is not
 /// made a pointer to a member: an entry may be a thunk at an odd address, which such a pointer would take for a place
-/// in the table.
-template <typename TFunction>
-TFunction* EntryAt(const void* table, std::size_t slot) {
-  return reinterpret_cast<TFunction*>(static_cast<const std::uintptr_t*>(table)[slot]);
+/// in the table. The one place that takes an object's bytes for what the ABI says they are: a host that was built
+/// apart calls by the number of the slot, which no expression of the language does.
+template <typename TFunction, typename TObject>
+TFunction* EntryAt(const TObject& object, std::size_t slot) {
+  static_assert(std::is_polymorphic_v<TObject>);
+  const std::uintptr_t* table = nullptr;
+  std::memcpy(&table, static_cast<const void*>(&object), sizeof table);
+  return reinterpret_cast<TFunction*>(table[slot]);
 }
 
 /// The slot of a virtual operation. A pointer to it is 1 + its offset in the table, and an adjustment of `this`.
