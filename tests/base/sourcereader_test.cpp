@@ -15,10 +15,12 @@
 #include <fstream>
 #include <thread>
 
-#include "tests/model/expectfailure.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 namespace fs = std::filesystem;
 

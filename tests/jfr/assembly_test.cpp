@@ -78,7 +78,7 @@ TEST_F(TBlockAssembly, DiscoveryHappensOncePerCollector) {
 }
 
 TEST_F(TBlockAssembly, TheCountIsReadFromTheRequestedClass) {
-  Collector(Chip().Qualifier("MaxInstanceCount", TCIMValue(65536 + 3)));
+  Collector(Chip().With("MaxInstanceCount", TCIMValue(65536 + 3)));
   EXPECT_EQ(collector->getInstanceCount(), 3);
 }
 
@@ -190,7 +190,7 @@ TEST_F(TBlockAssembly, AnExceptionOutsideTheInstancesReturnsTheMapsSoFar) {
 }
 
 TEST_F(TBlockAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
-  EXPECT_TRUE(Collector(Chip().Qualifier("MaxInstanceCount", TCIMValue("many"))).getData().empty());
+  EXPECT_TRUE(Collector(Chip().With("MaxInstanceCount", TCIMValue("many"))).getData().empty());
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("Encountered exception Type mismatch (status 13). during\t\t\t\t\t\t\t\tthe "
                                      "collection of register data.")});
@@ -200,7 +200,7 @@ TEST_F(TBlockAssembly, OtherExceptionsPropagate) {
   EXPECT_THROW(Collector(Chip()).getData(), TAssertionFailure) << "no MaxInstanceCount";
   StartAnew();
   sp.Expect(Block(0));
-  EXPECT_THROW(Collector(Chip().MaxInstances(1).Array("R", {})).getData(), TAssertionFailure) << "no Index";
+  EXPECT_THROW(Collector(Chip().MaxInstances(1).Bytes("R")).getData(), TAssertionFailure) << "no Index";
 }
 
 TEST_F(TBlockAssembly, IdentificationOverridesARegisterOfTheSameName) {

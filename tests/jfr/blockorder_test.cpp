@@ -67,7 +67,7 @@ TEST_F(TBlockOrder, AnIdentityIsThatOfTheGivenClass) {
 }
 
 TEST_F(TBlockOrder, EveryDeclarationIsQueriedForNameOriginAndThenSuperclass) {
-  ns->AddClass(TClassBuilder("PARENT").Scalar("InstanceID", TType::kString));
+  ns->AddClass(TClassBuilder("PARENT").Text("InstanceID"));
   Collector(TClassBuilder("Bridge6203", "PARENT").Record("R", 0));
   TBlock block;
   probe.Clear();
@@ -93,7 +93,7 @@ TEST_F(TBlockOrder, ADeclarationIsLoggedBeforeTheClassNameIsQueried) {
 }
 
 TEST_F(TBlockOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
-  Collector(TClassBuilder("Bridge6203").Scalar("InstanceID", TType::kString));
+  Collector(TClassBuilder("Bridge6203").Text("InstanceID"));
   TBlock block;
   EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), TAssertionFailure);
 }

@@ -133,7 +133,7 @@ TEST_F(TRecord, ARecordBeforeTheBlockIsFilledToo) {
 }
 
 TEST_F(TRecord, TheDeclaredTypeIsKeptAndTheCountIs14) {
-  Collector(Chip().Array("R", {{"Index", Number(TType::kUint16, 0)}}, TType::kUint32));
+  Collector(Chip().Property(TType::kUint32, "R", true, {{"Index", Number(TType::kUint16, 0)}}));
   const TCIMValue value = collector->getRegisterData(Property("R"), block.Data(), 0);
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint32);
   EXPECT_EQ(value.GetDeclaredSize(), 14U);
@@ -154,7 +154,7 @@ TEST_F(TRecord, WithoutDataItIsAnEmptyArray) {
 }
 
 TEST_F(TRecord, WithoutDataNoQualifierIsLookedUp) {
-  Collector(Chip().Array("R", {}));
+  Collector(Chip().Bytes("R"));
   EXPECT_TRUE(NumbersOf(collector->getRegisterData(Property("R"), nullptr, 0)).empty());
 }
 
@@ -164,7 +164,7 @@ TEST_F(TRecord, BeforeAnyTimeTheFirstCopyIsAssumed) {
 }
 
 TEST_F(TRecord, MaxLenIsLookedUpAfterIndexAndHasNoEffect) {
-  Collector(Chip().Array("R", {{"Index", Number(TType::kUint16, 0)}, {"MaxLen", TCIMValue("no number")}}));
+  Collector(Chip().Bytes("R", {{"Index", Number(TType::kUint16, 0)}, {"MaxLen", TCIMValue("no number")}}));
   const auto property = Property("R");
   probe.Clear();
   EXPECT_EQ(NumbersOf(collector->getRegisterData(property, block.Data(), 0)).size(), 14U);
@@ -173,12 +173,12 @@ TEST_F(TRecord, MaxLenIsLookedUpAfterIndexAndHasNoEffect) {
 }
 
 TEST_F(TRecord, AnAbsentIndexAsserts) {
-  Collector(Chip().Array("R", {}));
+  Collector(Chip().Bytes("R"));
   EXPECT_THROW(collector->getRegisterData(Property("R"), block.Data(), 0), TAssertionFailure);
 }
 
 TEST_F(TRecord, AnIndexIsAnUnsigned16BitNumber) {
-  Collector(Chip().Array("R", {{"Index", Number(TType::kUint32, 65537)}}));
+  Collector(Chip().Bytes("R", {{"Index", Number(TType::kUint32, 65537)}}));
   collector->getTimeStamp(block.Data());
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U) << "index 1";
 }

@@ -5,20 +5,22 @@
 #include <stdexcept>
 
 #include "host/model/cimnamespace.h"
-#include "tests/model/expectfailure.h"
-#include "tests/model/schemabuilder.h"
+#include "tests/support/classbuilder.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 
 class CimInstance : public testing::Test {
  protected:
   CimInstance() {
-    namespace_->AddClass(Class("Base").Text("InstanceID").Time("StatisticTime"));
+    namespace_->AddClass(TClassBuilder("Base").Text("InstanceID").Time("StatisticTime"));
     class_ = namespace_->AddClass(
-        Class("Sample", "Base").Bytes("Register").Property(TType::kUint16, "Number").Text("Remark"));
+        TClassBuilder("Sample", "Base").Bytes("Register").Property(TType::kUint16, "Number").Text("Remark"));
     namespace_->SetCommitCallback(
         [this](const boost::shared_ptr<const TInstance>& instance) { committed_.push_back(instance); });
   }

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/model/expectfailure.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 TEST(TCIMDateTime, PrintsAsACimDatetime) {
   EXPECT_EQ(TCIMDateTime(2024, 12, 31, 23, 59, 58, 0, 0).ToString(), "20241231235958.000000+000");

@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "nkrovel20/tcimvalue.h"
-#include "tests/model/expectfailure.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 

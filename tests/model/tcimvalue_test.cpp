@@ -5,10 +5,12 @@
 
 #include <type_traits>
 
-#include "tests/model/expectfailure.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 using TValues = std::vector<TCIMValue>;

@@ -6,10 +6,12 @@
 #include <limits>
 
 #include "nkrovel20/tcimvalue.h"
-#include "tests/model/expectfailure.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 using TValues = std::vector<TCIMValue>;

@@ -3,9 +3,12 @@
 #include "host/base/hosterror.h"
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost::OutputTest {
 namespace {
+
+using namespace testsupport;
 
 class TCaptureFolderTest : public TOutputTest {
  protected:
@@ -29,24 +32,15 @@ TEST_F(TCaptureFolderTest, WritesAnEmptyFile) {
 TEST_F(TCaptureFolderTest, CreatesTheFolderButNotItsParents) {
   TCaptureFolder(Path("new")).Write(*Capture("41 "));
   EXPECT_TRUE(std::filesystem::exists(Path("new/node1-cpu_err-0.bin")));
-  try {
-    const TCaptureFolder captures(Path("absent/new"));
-    FAIL();
-  } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kCannotCreate);
-    EXPECT_EQ(error.what(), "cannot create the folder " + Path("absent/new") + ": No such file or directory");
-  }
+  ExpectHostError(EExitStatus::kCannotCreate,
+                  "cannot create the folder " + Path("absent/new") + ": No such file or directory",
+                  [this] { const TCaptureFolder captures(Path("absent/new")); });
 }
 
 TEST_F(TCaptureFolderTest, RefusesAFileInItsPlace) {
   const std::string file = folder_.Write("file", "");
-  try {
-    const TCaptureFolder captures(file);
-    FAIL();
-  } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kCannotCreate);
-    EXPECT_EQ(error.what(), "cannot create the folder " + file + ": it exists and is not a folder");
-  }
+  ExpectHostError(EExitStatus::kCannotCreate, "cannot create the folder " + file + ": it exists and is not a folder",
+                  [&file] { const TCaptureFolder captures(file); });
 }
 
 TEST_F(TCaptureFolderTest, ReplacesALinkAndAnythingElseButAFolder) {

@@ -13,9 +13,12 @@
 #include <thread>
 
 #include "tests/output/externaltool.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost::OutputTest {
 namespace {
+
+using namespace testsupport;
 
 class TOutputFileTest : public testing::Test {
  protected:
@@ -24,15 +27,6 @@ class TOutputFileTest : public testing::Test {
     struct stat status {};
     EXPECT_EQ(::stat(Path(name).c_str(), &status), 0);
     return status.st_mode & 07777;
-  }
-  /// What the action throws: status and message.
-  static std::string FailureOf(const std::function<void()>& action) {
-    try {
-      action();
-    } catch (const THostError& error) {
-      return std::to_string(static_cast<int>(error.Status())) + " " + error.what();
-    }
-    return "none";
   }
   TTemporaryFolder folder_;
 };
@@ -374,15 +368,7 @@ TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
   EXPECT_NO_THROW(sink.Flush());  // nothing is left that could fail again
   TDescriptorSink closed(-1, "standard output");
   closed.Write("text");
-  try {
-    closed.Flush();
-    FAIL();
-  } catch (const TClosedPipe&) {
-    FAIL();
-  } catch (const THostError& error) {
-    EXPECT_STREQ(error.what(), "standard output is closed");
-    EXPECT_EQ(error.Status(), EExitStatus::kWriteFailed);
-  }
+  ExpectHostError(EExitStatus::kWriteFailed, "standard output is closed", [&closed] { closed.Flush(); });
 }
 
 }  // namespace

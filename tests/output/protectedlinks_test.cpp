@@ -12,9 +12,12 @@
 #include "host/output/capturefiles.h"
 #include "host/output/outputfile.h"
 #include "tests/output/externaltool.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost::OutputTest {
 namespace {
+
+using namespace testsupport;
 
 namespace fs = std::filesystem;
 
@@ -45,14 +48,6 @@ class TProtectedLinksTest : public testing::Test {
     EXPECT_EQ(::lchown(Path(name).c_str(), kAttacker, kAttacker), 0);
     return Path(name);
   }
-  static std::string FailureOf(const std::function<void()>& action) {
-    try {
-      action();
-    } catch (const THostError& error) {
-      return error.what();
-    }
-    return "none";
-  }
   static std::string FailureToWrite(const std::string& path) {
     return FailureOf([&path] {
       TOutputFile file(path);
@@ -60,7 +55,7 @@ class TProtectedLinksTest : public testing::Test {
       file.Commit();
     });
   }
-  static std::string Refused(const std::string& path) { return "cannot create " + path + ": Permission denied"; }
+  static std::string Refused(const std::string& path) { return "73 cannot create " + path + ": Permission denied"; }
   /// Nothing came into the private folder and its file is as it was.
   void ExpectPrivateIsUntouched() const {
     EXPECT_EQ(std::distance(fs::directory_iterator(Path("private")), fs::directory_iterator()), 1);
@@ -90,7 +85,7 @@ TEST_F(TProtectedLinksTest, ALinkToAFolderIsRefused) {
   EXPECT_EQ(FailureToWrite(link + "/new"), Refused(link + "/new"));
   EXPECT_EQ(FailureToWrite(link + "/secret"), Refused(link + "/secret"));
   EXPECT_EQ(FailureOf([&link] { const TCaptureFolder captures(link); }),
-            "cannot create the folder " + link + ": Permission denied");
+            "73 cannot create the folder " + link + ": Permission denied");
   ExpectPrivateIsUntouched();
 }
 

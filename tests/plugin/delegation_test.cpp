@@ -75,7 +75,7 @@ TEST_F(TDelegation, IndirectSubClassesCountInDeclarationOrder) {
 }
 
 TEST_F(TDelegation, ANumberIsSearchedAsDecimalText) {
-  ns->AddClass(TClassBuilder("A", "BASE").Qualifier("SupportedMachineTypes", Numbers({16203})));
+  ns->AddClass(TClassBuilder("A", "BASE").With("SupportedMachineTypes", Numbers({16203})));
   EXPECT_EQ(Delegate("6203"), "A");
 }
 
@@ -95,14 +95,14 @@ TEST_F(TDelegation, AnEmptyPointerInTheEnumerationAsserts) {
 }
 
 TEST_F(TDelegation, TheHostRefusesAQualifierThatIsNotAnArray) {
-  ns->AddClass(TClassBuilder("A", "BASE").Qualifier("SupportedMachineTypes", TCIMValue("6203")));
+  ns->AddClass(TClassBuilder("A", "BASE").With("SupportedMachineTypes", TCIMValue("6203")));
   EXPECT_THROW(Delegate("6203"), TVELException);
 }
 
 TEST_F(TDelegation, ANullArrayHasNoElements) {
   TCIMValue null;
   null.SetNullValue(TCIMValue::TCIMType::kString, 1);
-  ns->AddClass(TClassBuilder("A", "BASE").Qualifier("SupportedMachineTypes", null));
+  ns->AddClass(TClassBuilder("A", "BASE").With("SupportedMachineTypes", null));
   EXPECT_EQ(Delegate(""), "");
 }
 

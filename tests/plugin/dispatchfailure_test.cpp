@@ -50,7 +50,7 @@ TEST_F(TDispatchFailure, AnR8ClassWithoutMachineTypesAsserts) {
 
 TEST_F(TDispatchFailure, TheHostRefusesMachineTypesThatAreNotAnArray) {
   const auto other = TNamespace::Create();
-  other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Qualifier("SupportedMachineTypes", TCIMValue("6101")));
+  other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").With("SupportedMachineTypes", TCIMValue("6101")));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_VO_MEMCTL_StatisticData")};
   EXPECT_THROW(plugin.GetData(ns, classes), TVELException);
 }

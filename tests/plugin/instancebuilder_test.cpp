@@ -18,17 +18,11 @@ using namespace testsupport;
 class TInstanceBuilder : public TPluginTest {
  protected:
   TInstanceBuilder() {
-    ns->AddClass(TClassBuilder("CHIP")
-                     .Scalar("RegisterNumber", TType::kUint32)
-                     .Scalar("A", TType::kString)
-                     .Scalar("B", TType::kString)
-                     .Array("Data", {}));
+    ns->AddClass(TClassBuilder("CHIP").Property(TType::kUint32, "RegisterNumber").Text("A").Text("B").Bytes("Data"));
     SetCurrentClass(Class("CHIP"));
   }
   // Normally a request sets the current class; the builder's tests do without one.
-  void SetCurrentClass(const boost::shared_ptr<ICIMClass>& cimClass) {
-    FieldsOf(plugin).currentClass = cimClass;
-  }
+  void SetCurrentClass(const boost::shared_ptr<ICIMClass>& cimClass) { FieldsOf(plugin).currentClass = cimClass; }
 };
 
 const TLine kFirst = Debug("In buildCIMInstances.");

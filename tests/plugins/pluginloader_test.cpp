@@ -7,11 +7,13 @@
 #include <stdexcept>
 
 #include "host/model/hostservices.h"
-#include "tests/model/expectfailure.h"
 #include "tests/plugins/plugins/testplugin.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 using testplugin::Register;
 using testplugin::TTestPlugin;

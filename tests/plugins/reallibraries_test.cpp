@@ -12,11 +12,13 @@
 #include "host/model/hostservices.h"
 #include "host/model/tracelogger.h"
 #include "host/plugins/pluginloader.h"
-#include "tests/model/expectfailure.h"
-#include "tests/model/schemabuilder.h"
+#include "tests/support/classbuilder.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 namespace fs = std::filesystem;
 
@@ -95,8 +97,8 @@ TEST_F(RealLibraries, TheQueryInterfaceIsFoundAcrossLibraries) {
   const auto plugin = loader_.Load(TestPlugin("query"));
   ASSERT_NE(plugin->Query(), nullptr);
   const auto cimNamespace = TNamespace::Create();
-  std::vector<boost::shared_ptr<ICIMClass>> classes = {cimNamespace->AddClass(Class("A")),
-                                                       cimNamespace->AddClass(Class("B"))};
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {cimNamespace->AddClass(TClassBuilder("A")),
+                                                       cimNamespace->AddClass(TClassBuilder("B"))};
   std::string committed;
   cimNamespace->SetCommitCallback(
       [&committed](const boost::shared_ptr<const TInstance>& instance) { committed += instance->Class().Name(); });

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "host/model/cimnamespace.h"
-#include "tests/model/schemabuilder.h"
+#include "tests/support/classbuilder.h"
 
 namespace velhost::CollectorProfile {
 namespace {
+
+using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 
@@ -18,8 +20,8 @@ TCIMValue Numbers(std::size_t count) {
 class CollectionSize : public testing::Test {
  protected:
   CollectionSize() : schema_(TNamespace::Create()) {
-    schema_->AddClass(Class("Top").Text("InstanceID").Text("ElementName").Text("MachineType"));
-    schema_->AddClass(Class("Super", "Top"));
+    schema_->AddClass(TClassBuilder("Top").Text("InstanceID").Text("ElementName").Text("MachineType"));
+    schema_->AddClass(TClassBuilder("Super", "Top"));
   }
   TCollectionSize Of(TClassBuilder builder, EPath path, std::uint64_t serviceProcessors = 1) {
     return SizeOf(*schema_->AddClass(std::move(builder)), path, serviceProcessors);
@@ -27,7 +29,7 @@ class CollectionSize : public testing::Test {
   boost::shared_ptr<TNamespace> schema_;
 };
 
-TClassBuilder Counted(const TCIMValue& count) { return Class("C", "Super").With("MaxInstanceCount", count); }
+TClassBuilder Counted(const TCIMValue& count) { return TClassBuilder("C", "Super").With("MaxInstanceCount", count); }
 
 TEST_F(CollectionSize, AnIpmiClassReadsEachAddressOfEachInstance) {
   const TCollectionSize size =
@@ -55,8 +57,8 @@ TEST_F(CollectionSize, ABlockClassIsReadFromEachServiceProcessor) {
 TEST_F(CollectionSize, TheCountIsReadAsTheCollectorReadsIt) {
   const auto count = [this](const TCIMValue& value) {
     schema_ = TNamespace::Create();
-    schema_->AddClass(Class("Top"));
-    schema_->AddClass(Class("Super", "Top"));
+    schema_->AddClass(TClassBuilder("Top"));
+    schema_->AddClass(TClassBuilder("Super", "Top"));
     return Of(Counted(value), EPath::kR8).instances;
   };
   EXPECT_EQ(count(TCIMValue::FromInteger(TType::kUint32, 4294967295)), 65535U);
@@ -81,7 +83,7 @@ TEST(CollectionSizeProblem, TheLimitsThemselvesAreAllowed) {
 
 TEST_F(CollectionSize, AddressesOfOneRegister) {
   const auto cimClass = schema_->AddClass(
-      Class("C", "Super").Bytes("A", {{"Offset", Numbers(256)}}).Bytes("B", {{"Offset", Numbers(257)}}));
+      TClassBuilder("C", "Super").Bytes("A", {{"Offset", Numbers(256)}}).Bytes("B", {{"Offset", Numbers(257)}}));
   EXPECT_EQ(AddressProblemOf(*cimClass->Properties().at(3)), "");
   EXPECT_EQ(AddressProblemOf(*cimClass->Properties().at(4)),
             "has 257 addresses in its qualifier 'Offset', expected at most 256");
@@ -89,13 +91,13 @@ TEST_F(CollectionSize, AddressesOfOneRegister) {
 
 TEST_F(CollectionSize, MachineTypesCountForEachClassThatHasThem) {
   // 64 classes of 65,536 bytes each: a text of 65,520 and 16 for the element.
-  const TCIMValue list = Texts({std::string(65520, '1')});
-  schema_->AddClass(Class("C0", "Super").With("SupportedMachineTypes", list));
+  const TCIMValue list = Strings({std::string(65520, '1')});
+  schema_->AddClass(TClassBuilder("C0", "Super").With("SupportedMachineTypes", list));
   for (int i = 1; i < 64; ++i) {
-    schema_->AddClass(Class("C" + std::to_string(i), "C" + std::to_string(i - 1)));
+    schema_->AddClass(TClassBuilder("C" + std::to_string(i), "C" + std::to_string(i - 1)));
   }
   EXPECT_EQ(MachineTypesProblemOf(*schema_), "");
-  schema_->AddClass(Class("D", "Super").With("SupportedMachineTypes", Texts({"6203"})));
+  schema_->AddClass(TClassBuilder("D", "Super").Machines({"6203"}));
   EXPECT_EQ(
       MachineTypesProblemOf(*schema_),
       "the classes have 4194324 bytes in their qualifiers 'SupportedMachineTypes', inherited ones included and 16 "

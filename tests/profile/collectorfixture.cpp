@@ -4,9 +4,11 @@
 
 #include "host/bmc/commandframe.h"
 #include "host/plugins/pluginloader.h"
-#include "tests/model/schemabuilder.h"
+#include "tests/support/classbuilder.h"
 
 namespace velhost {
+
+using namespace testsupport;
 
 namespace {
 
@@ -63,27 +65,27 @@ bool TRememberingProcessor::SendDot(int serviceProcessor, const dotCmd&, std::sp
   return true;
 }
 
-TCollectorTest::TCollectorTest() {
+TLoadedCollectorTest::TLoadedCollectorTest() {
   THostServices::SetEnvironment(this);
   TServiceProcessorHub::Install(&processor_, nullptr);
   Collector().Callbacks().Init();
 }
 
-TCollectorTest::~TCollectorTest() {
+TLoadedCollectorTest::~TLoadedCollectorTest() {
   Collector().Callbacks().DeInit();
   TServiceProcessorHub::Install(nullptr, nullptr);
   THostServices::SetEnvironment(nullptr);
 }
 
-boost::shared_ptr<TNamespace> TCollectorTest::NewSchema() {
+boost::shared_ptr<TNamespace> TLoadedCollectorTest::NewSchema() {
   auto schema = TNamespace::Create();
   schema->SetCommitCallback(
       [this](const boost::shared_ptr<const TInstance>& instance) { committed_.push_back(instance); });
   return schema;
 }
 
-void TCollectorTest::Collect(const boost::shared_ptr<TNamespace>& schema, const boost::shared_ptr<TCIMClass>& requested,
-                             const std::string& machineType) {
+void TLoadedCollectorTest::Collect(const boost::shared_ptr<TNamespace>& schema,
+                                   const boost::shared_ptr<TCIMClass>& requested, const std::string& machineType) {
   processor_.Forget();
   committed_.clear();
   machineType_ = machineType;
@@ -92,9 +94,6 @@ void TCollectorTest::Collect(const boost::shared_ptr<TNamespace>& schema, const 
   Collector().Query()->GetData(schema, classes);
 }
 
-void AddRoot(TNamespace& schema) {
-  schema.AddClass(
-      Class("CIM_StatisticalData").Text("InstanceID").Text("ElementName").Text("MachineType").Time("StatisticTime"));
-}
+void AddRoot(TNamespace& schema) { schema.AddClass(TClassBuilder("CIM_StatisticalData").Identification()); }
 
 }  // namespace velhost

@@ -51,10 +51,10 @@ class TRememberingProcessor : public IServiceProcessor {
 };
 
 /// The collector in a process with the test's own schema.
-class TCollectorTest : public testing::Test, private IHostEnvironment {
+class TLoadedCollectorTest : public testing::Test, private IHostEnvironment {
  protected:
-  TCollectorTest();
-  ~TCollectorTest() override;
+  TLoadedCollectorTest();
+  ~TLoadedCollectorTest() override;
 
   /// A namespace whose committed instances are stored in `committed_`.
   boost::shared_ptr<TNamespace> NewSchema();

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/model/schemabuilder.h"
+#include "tests/support/classbuilder.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 namespace Profile = CollectorProfile;
 using Profile::EPath;
@@ -19,14 +21,12 @@ class CollectorProfileTest : public testing::Test {
 
   TCIMClass& Add(const TClassDefinition& definition) { return *schema_->AddClass(definition); }
   void AddBases() {
-    Add(Class("KROSG_Top"));
-    for (const std::string_view base : Profile::kJfrBaseClasses) Add(Class(std::string(base), "KROSG_Top"));
+    Add(TClassBuilder("KROSG_Top"));
+    for (const std::string_view base : Profile::kJfrBaseClasses) Add(TClassBuilder(std::string(base), "KROSG_Top"));
   }
   static TClassBuilder For(const std::string& name, const std::string& super, const std::vector<std::string>& types,
                            int instances = 1) {
-    return Class(name, super)
-        .With("SupportedMachineTypes", Texts(types))
-        .With("MaxInstanceCount", TCIMValue(instances));
+    return TClassBuilder(name, super).Machines(types).With("MaxInstanceCount", TCIMValue(instances));
   }
 };
 
@@ -68,9 +68,9 @@ TEST(CollectorProfileNames, IdentificationPropertiesAreSkippedOnlyInTheirExactSp
 }
 
 TEST_F(CollectorProfileTest, RegistersAreOwnAndTheSuperclasssPropertiesInEnumerationOrder) {
-  Add(Class("A").Bytes("FromGrandparent").Text("InstanceID"));
-  Add(Class("B", "A").Bytes("FromSuperclass").Text("ElementName"));
-  const TCIMClass& c = Add(Class("C", "B").Bytes("Own").Text("MachineType").Bytes("FromGrandparent"));
+  Add(TClassBuilder("A").Bytes("FromGrandparent").Text("InstanceID"));
+  Add(TClassBuilder("B", "A").Bytes("FromSuperclass").Text("ElementName"));
+  const TCIMClass& c = Add(TClassBuilder("C", "B").Bytes("Own").Text("MachineType").Bytes("FromGrandparent"));
   EXPECT_EQ(NamesOf(Profile::RegistersOf(c, EPath::kR8)), (std::vector<std::string>{"FromSuperclass", "Own"}));
   EXPECT_EQ(NamesOf(Profile::RegistersOf(c, EPath::kJfr)),
             (std::vector<std::string>{"FromSuperclass", "ElementName", "Own"}));
@@ -79,7 +79,8 @@ TEST_F(CollectorProfileTest, RegistersAreOwnAndTheSuperclasssPropertiesInEnumera
 }
 
 TEST_F(CollectorProfileTest, ARootClasssOwnPropertiesAreItsRegisters) {
-  EXPECT_EQ(NamesOf(Profile::RegistersOf(Add(Class("A").Bytes("Own")), EPath::kR8)), std::vector<std::string>{"Own"});
+  EXPECT_EQ(NamesOf(Profile::RegistersOf(Add(TClassBuilder("A").Bytes("Own")), EPath::kR8)),
+            std::vector<std::string>{"Own"});
 }
 
 TEST_F(CollectorProfileTest, AnElementMatchesIfItContainsTheMachineType) {
@@ -93,13 +94,15 @@ TEST_F(CollectorProfileTest, AnElementMatchesIfItContainsTheMachineType) {
 }
 
 TEST_F(CollectorProfileTest, ElementsThatAreNumbersMatchByTheirText) {
-  const TCIMClass& a = Add(Class("A").With("SupportedMachineTypes", TCIMValue(TType::kUint16, 1, {TCIMValue(6203)})));
+  const TCIMClass& a =
+      Add(TClassBuilder("A").With("SupportedMachineTypes", TCIMValue(TType::kUint16, 1, {TCIMValue(6203)})));
   EXPECT_EQ(Profile::MatchingElement(a, "6203"), "6203");
 }
 
 TEST_F(CollectorProfileTest, WithoutAnArrayOfTypesNothingMatches) {
-  EXPECT_EQ(Profile::MatchingElement(Add(Class("A")), ""), std::nullopt);
-  EXPECT_EQ(Profile::MatchingElement(Add(Class("B").With("SupportedMachineTypes", "6203")), "6203"), std::nullopt);
+  EXPECT_EQ(Profile::MatchingElement(Add(TClassBuilder("A")), ""), std::nullopt);
+  EXPECT_EQ(Profile::MatchingElement(Add(TClassBuilder("B").With("SupportedMachineTypes", "6203")), "6203"),
+            std::nullopt);
   EXPECT_EQ(Profile::MatchingElement(Add(For("C", "", {})), ""), std::nullopt);
 }
 
@@ -121,12 +124,12 @@ TEST_F(CollectorProfileTest, TheDelegateIsTheFirstSubclassThatDeclaresTheType) {
 }
 
 TEST_F(CollectorProfileTest, CollectableClassesComeInDeclarationOrderTheCaptureClassLast) {
-  Add(Class("KROSG_DCAPFile").Text("FileName"));
+  Add(TClassBuilder("KROSG_DCAPFile").Text("FileName"));
   AddBases();
   Add(For("KROSG_VO_MEMCTL_StatisticData", "KROSG_Top", {"4411", "6203"}, 2).Bytes("A").Bytes("B"));
   Add(For("KROSG_Bridge6101", "KROSG_PCIIOBRIDGE_StatisticData", {"6101"}, 3).Bytes("A"));
   Add(For("KROSG_Bridge6203", "KROSG_PCIIOBRIDGE_StatisticData", {"6203"}, 4).Bytes("A"));
-  Add(Class("KROSG_Other", "KROSG_Top"));
+  Add(TClassBuilder("KROSG_Other", "KROSG_Top"));
   EXPECT_EQ(Summary(Profile::CollectableClasses(*schema_, "6203")),
             "KROSG_VO_MEMCTL_StatisticData R8 [] by \"6203\" 2*2\n"
             "KROSG_Bridge6101 JFR [KROSG_PCIIOBRIDGE_StatisticData] not served 3*1\n"
@@ -137,8 +140,8 @@ TEST_F(CollectorProfileTest, CollectableClassesComeInDeclarationOrderTheCaptureC
 TEST_F(CollectorProfileTest, WithoutAMatchOnlyTheCaptureClassIsServed) {
   AddBases();
   Add(For("KROSG_VO_MEMCTL_StatisticData", "KROSG_Top", {"4411"}));
-  Add(Class("KROSG_T4_MEMCTL_StatisticData", "KROSG_Top"));
-  Add(Class("KROSG_DCAPFile"));
+  Add(TClassBuilder("KROSG_T4_MEMCTL_StatisticData", "KROSG_Top"));
+  Add(TClassBuilder("KROSG_DCAPFile"));
   EXPECT_EQ(Summary(Profile::CollectableClasses(*schema_, "6203")),
             "KROSG_VO_MEMCTL_StatisticData R8 [] not served 1*0\n"
             "KROSG_T4_MEMCTL_StatisticData R8 [] not served 0*0\n"
@@ -152,7 +155,7 @@ TEST_F(CollectorProfileTest, AnEmptySchemaHasNoCollectableClass) {
 TEST_F(CollectorProfileTest, InstanceCountsAreReadAsSixteenBits) {
   AddBases();
   const auto count = [this](const char* name, const TCIMValue& value) {
-    Add(Class(name, "KROSG_L3Cache_StatisticData").With("MaxInstanceCount", value));
+    Add(TClassBuilder(name, "KROSG_L3Cache_StatisticData").With("MaxInstanceCount", value));
     return Profile::CollectableClasses(*schema_, "6203").back().instances;
   };
   EXPECT_EQ(count("A", TCIMValue(65535)), 65535U);
@@ -160,7 +163,7 @@ TEST_F(CollectorProfileTest, InstanceCountsAreReadAsSixteenBits) {
   EXPECT_EQ(count("C", "0x10"), 16U);
   EXPECT_EQ(count("D", "many"), 0U);
   EXPECT_EQ(count("E", TCIMValue()), 0U);
-  EXPECT_EQ(count("F", Texts({"2"})), 0U);
+  EXPECT_EQ(count("F", Strings({"2"})), 0U);
 }
 
 TEST(CollectorProfileValues, TheEightByteFamilyHasFourTypes) {

@@ -7,11 +7,13 @@
 #include <set>
 
 #include "host/profile/collectorprofile.h"
-#include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
+#include "tests/support/classbuilder.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 namespace Profile = CollectorProfile;
 using Profile::EPath;
@@ -55,12 +57,12 @@ class TSchemaGenerator {
     return otherwise.empty() ? bases_[Below(bases_.size())] : otherwise;
   }
   std::string AddClass(const std::string& name, const std::string& super) {
-    TClassBuilder builder = Class(name, super);
+    TClassBuilder builder(name, super);
     std::vector<std::string> types;
     for (std::size_t count = Below(3); count > 0; --count) {
       types.push_back(kMachineTypes[Below(kMachineTypes.size() - 2)] + (Chance(3) ? ",6203" : ""));
     }
-    builder.With("SupportedMachineTypes", Texts(types));
+    builder.Machines(types);
     builder.With("MaxInstanceCount", TCIMValue(static_cast<int>(Below(3))));
     std::set<std::string> names;
     for (std::size_t count = Below(4); count > 0; --count) {
@@ -82,7 +84,7 @@ class TSchemaGenerator {
   int address_ = 0;
 };
 
-class GeneratedSchemas : public TCollectorTest {
+class GeneratedSchemas : public TLoadedCollectorTest {
  protected:
   static std::vector<TRegisterRead> PredictedReads(const Profile::TServedClass& entry) {
     std::vector<TRegisterRead> reads;

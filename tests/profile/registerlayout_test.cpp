@@ -2,27 +2,29 @@
 #include <gtest/gtest.h>
 
 #include "host/profile/collectorprofile.h"
-#include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
+#include "tests/support/classbuilder.h"
 #include "wire/registerblock.h"
 #include "wire/registerread.h"
 
 namespace velhost {
 namespace {
 
+using namespace testsupport;
+
 namespace Profile = CollectorProfile;
 using Profile::EPath;
 using TBytes = std::vector<std::uint8_t>;
 using TAddress = std::array<std::uint8_t, 3>;
 
-class RegisterLayout : public TCollectorTest {
+class RegisterLayout : public TLoadedCollectorTest {
  protected:
   boost::shared_ptr<TNamespace> SchemaWith(const TClassBuilder& served) {
     auto schema = NewSchema();
     AddRoot(*schema);
-    schema->AddClass(Class("KROSG_Registers", "CIM_StatisticalData"));
+    schema->AddClass(TClassBuilder("KROSG_Registers", "CIM_StatisticalData"));
     for (const std::string_view base : Profile::kJfrBaseClasses) {
-      schema->AddClass(Class(std::string(base), "KROSG_Registers"));
+      schema->AddClass(TClassBuilder(std::string(base), "KROSG_Registers"));
     }
     schema->AddClass(served);
     return schema;
@@ -37,15 +39,15 @@ class RegisterLayout : public TCollectorTest {
   }
 
   static TClassBuilder R8Class(int maxLen) {
-    return Class("KROSG_VO_MEMCTL_StatisticData", "KROSG_Registers")
-        .With("SupportedMachineTypes", Texts({"6203", "4411", "4414", "4523", "4524"}))
-        .With("MaxInstanceCount", TCIMValue(1))
+    return TClassBuilder("KROSG_VO_MEMCTL_StatisticData", "KROSG_Registers")
+        .Machines({"6203", "4411", "4414", "4523", "4524"})
+        .MaxInstances(1)
         .Bytes("Register", {{"Offset", TCIMValue(0x00ABCDEF)}, {"MaxLen", TCIMValue(maxLen)}});
   }
 
   static TClassBuilder JfrClass(int index, int instances) {
-    return Class("KROSG_Sample", "KROSG_MEMCTL_StatisticData")
-        .With("SupportedMachineTypes", Texts({"6203"}))
+    return TClassBuilder("KROSG_Sample", "KROSG_MEMCTL_StatisticData")
+        .Machines({"6203"})
         .With("MaxInstanceCount", TCIMValue(instances))
         .Bytes("Register", {{"Index", TCIMValue(index)}, {"MaxLen", TCIMValue(8)}});
   }
@@ -98,9 +100,9 @@ TEST_F(RegisterLayout, TheEightByteFamilyIsTheCollectorsForEveryFourDigitType) {
   std::string all;
   for (int number = 0; number < 10000; ++number) all += std::to_string(10000 + number).substr(1) + ",";
   const auto schema = SchemaWith(R8Class(4));
-  const auto served = schema->AddClass(Class("KROSG_T4_MEMCTL_StatisticData", "KROSG_Registers")
-                                           .With("SupportedMachineTypes", Texts({all, "44110"}))
-                                           .With("MaxInstanceCount", TCIMValue(1))
+  const auto served = schema->AddClass(TClassBuilder("KROSG_T4_MEMCTL_StatisticData", "KROSG_Registers")
+                                           .Machines({all, "44110"})
+                                           .MaxInstances(1)
                                            .Bytes("Register", {{"Offset", TCIMValue(1)}, {"MaxLen", TCIMValue(4)}}));
   int eightByteTypes = 0;
   const auto collectedAsEightBytes = [&](const std::string& machineType) {
@@ -169,7 +171,7 @@ TEST_F(RegisterLayout, TheLastRecordEndsBeforeTheProfilesBlockDoes) {
 
 // The class declares exactly the properties that the profile lists; any other would be refused.
 TEST_F(RegisterLayout, ACaptureFileHasTheProfilesProperties) {
-  TClassBuilder captureClass = Class(std::string(Profile::kCaptureClass));
+  TClassBuilder captureClass{std::string(Profile::kCaptureClass)};
   for (const std::string_view property : Profile::kCaptureProperties) captureClass.Text(std::string(property));
   const auto schema = SchemaWith(captureClass);
   processor_.hasStorageAreas = true;

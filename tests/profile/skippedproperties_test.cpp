@@ -7,11 +7,13 @@
 #include "host/model/assertionfailure.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"
-#include "tests/model/schemabuilder.h"
 #include "tests/profile/collectorfixture.h"
+#include "tests/support/classbuilder.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 using CollectorProfile::EPath;
 using CollectorProfile::IsRegister;
@@ -30,17 +32,18 @@ const std::vector<std::string> kNames = {"MachineType",   "DateTimeOfCollection"
                                          "RegisterData",  "StartStatisticTime",
                                          "ChipId",        "InstanceID2"};
 
-class SkippedProperties : public TCollectorTest {
+class SkippedProperties : public TLoadedCollectorTest {
  protected:
   // Three levels, of which only the lowest serves the machine type, with the property at `place`.
   boost::shared_ptr<TNamespace> Schema(EPath path, EPlace place, const std::string& property) {
     const bool jfr = path == EPath::kJfr;
     auto schema = NewSchema();
-    for (const std::string_view base : CollectorProfile::kJfrBaseClasses) schema->AddClass(Class(std::string(base)));
-    schema->AddClass(Class("Top"));
+    for (const std::string_view base : CollectorProfile::kJfrBaseClasses)
+      schema->AddClass(TClassBuilder(std::string(base)));
+    schema->AddClass(TClassBuilder("Top"));
     const auto add = [&](const std::string& name, const std::string& super, const char* machineType, bool declares) {
-      TClassBuilder builder = Class(name, super);
-      builder.With("SupportedMachineTypes", Texts({machineType})).With("MaxInstanceCount", TCIMValue(1));
+      TClassBuilder builder(name, super);
+      builder.Machines({machineType}).MaxInstances(1);
       if (declares) builder.Bytes(property);
       schema->AddClass(builder);
     };
@@ -102,11 +105,10 @@ TEST_F(SkippedProperties, OneLevelIsReadAndAnOverrideKeepsItsOrigin) {
 // class without a superclass.
 TEST_F(SkippedProperties, AClassWithoutASuperclassEndsInAnAssertion) {
   const auto schema = NewSchema();
-  for (const std::string_view base : CollectorProfile::kJfrBaseClasses) schema->AddClass(Class(std::string(base)));
-  const auto root = schema->AddClass(Class("KROSG_VO_MEMCTL_StatisticData")
-                                         .With("SupportedMachineTypes", Texts({"6203"}))
-                                         .With("MaxInstanceCount", TCIMValue(1))
-                                         .Bytes("Register"));
+  for (const std::string_view base : CollectorProfile::kJfrBaseClasses)
+    schema->AddClass(TClassBuilder(std::string(base)));
+  const auto root = schema->AddClass(
+      TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6203"}).MaxInstances(1).Bytes("Register"));
   try {
     Collect(schema, root, "6203");
     ADD_FAILURE() << "nothing was thrown";

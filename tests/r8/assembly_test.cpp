@@ -76,10 +76,10 @@ TEST_F(TAssembly, NoInstancesMeansNoTraffic) {
 }
 
 TEST_F(TAssembly, TheCountIsAnUnsigned16BitNumber) {
-  EXPECT_EQ(Collector(Chip().Qualifier("MaxInstanceCount", TCIMValue(65535 + 1))).getInstanceCount(), 0);
-  EXPECT_EQ(Collector(Chip(kVoBridge).Qualifier("MaxInstanceCount", TCIMValue(-1))).getInstanceCount(), 65535);
-  EXPECT_EQ(Collector(Chip(kT4Memory).Qualifier("MaxInstanceCount", TCIMValue("0x10"))).getInstanceCount(), 16);
-  EXPECT_EQ(Collector(Chip(kT4Bridge).Qualifier("MaxInstanceCount", TCIMValue())).getInstanceCount(), 0);
+  EXPECT_EQ(Collector(Chip().With("MaxInstanceCount", TCIMValue(65535 + 1))).getInstanceCount(), 0);
+  EXPECT_EQ(Collector(Chip(kVoBridge).With("MaxInstanceCount", TCIMValue(-1))).getInstanceCount(), 65535);
+  EXPECT_EQ(Collector(Chip(kT4Memory).With("MaxInstanceCount", TCIMValue("0x10"))).getInstanceCount(), 16);
+  EXPECT_EQ(Collector(Chip(kT4Bridge).With("MaxInstanceCount", TCIMValue())).getInstanceCount(), 0);
 }
 
 TEST_F(TAssembly, AChipThatAnswersNothingHasAnEmptyMap) {
@@ -143,7 +143,7 @@ TEST_F(TAssembly, AnExceptionOnTheSecondInstanceKeepsTheFirst) {
 }
 
 TEST_F(TAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
-  EXPECT_TRUE(Collector(Chip().Qualifier("MaxInstanceCount", TCIMValue("many"))).getData().empty());
+  EXPECT_TRUE(Collector(Chip().With("MaxInstanceCount", TCIMValue("many"))).getData().empty());
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("Encountered exception Type mismatch (status 13). during\t\t\t\t\t\t\t\tthe "
                                      "collection of register data.")});

@@ -72,7 +72,7 @@ TEST_F(TDecoding, OnlyMaxLenFourIs32Bits) {
 TEST_F(TDecoding, MaxLenIsConvertedByTheHost) {
   SetMachineType("4411");
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
-  EXPECT_EQ(NumbersOf(Value(Chip().Array("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(),
+  EXPECT_EQ(NumbersOf(Value(Chip().Bytes("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(),
             0xEFU);
 }
 
@@ -169,8 +169,9 @@ TEST_F(TDecoding, TheTopAddressByteIsLostEverywhere) {
 
 TEST_F(TDecoding, TheDeclaredTypeIsKept) {
   sp.Expect(Register(0, 0xABCDEF).Answers(OneToEight()));
-  const TCIMValue value = Value(Chip().Array(
-      "R", {{"Offset", Number(TType::kUint32, 0xABCDEF)}, {"MaxLen", Number(TType::kUint32, 8)}}, TType::kUint16));
+  const TCIMValue value =
+      Value(Chip().Property(TType::kUint16, "R", true,
+                            {{"Offset", Number(TType::kUint32, 0xABCDEF)}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint16);
   EXPECT_EQ(NumbersOf(value), kDecoded);
 }
@@ -186,14 +187,14 @@ TEST_F(TDecoding, ANullOffsetReadsAddressZero) {
   TCIMValue null;
   null.SetNullValue(TType::kUint32, 0);
   sp.Expect(Register(0, 0).Fails(0xCB));
-  Value(Chip().Array("R", {{"Offset", null}, {"MaxLen", Number(TType::kUint32, 8)}}));
+  Value(Chip().Bytes("R", {{"Offset", null}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_EQ(logger.Count(Debug("Getting Qualifier 'Offset' Failed")), 0U);
 }
 
 TEST_F(TDecoding, AnAbsentQualifierAsserts) {
-  EXPECT_THROW(Value(Chip().Array("R", {{"MaxLen", Number(TType::kUint32, 8)}})), TAssertionFailure);
+  EXPECT_THROW(Value(Chip().Bytes("R", {{"MaxLen", Number(TType::kUint32, 8)}})), TAssertionFailure);
   collector.reset();
-  EXPECT_THROW(Value(Chip(kVoBridge).Array("R", {{"Offset", Number(TType::kUint32, 1)}}), 0, kVoBridge),
+  EXPECT_THROW(Value(Chip(kVoBridge).Bytes("R", {{"Offset", Number(TType::kUint32, 1)}}), 0, kVoBridge),
                TAssertionFailure);
   EXPECT_TRUE(logger.Lines().empty()) << "no read takes place";
 }
@@ -207,7 +208,7 @@ TEST_F(TDecoding, OtherFailuresPropagate) {
 }
 
 TEST_F(TDecoding, AnOffsetThatIsNotANumberThrowsBeforeTheRead) {
-  EXPECT_THROW(Value(Chip().Array("R", {{"Offset", TCIMValue("here")}, {"MaxLen", Number(TType::kUint32, 8)}})),
+  EXPECT_THROW(Value(Chip().Bytes("R", {{"Offset", TCIMValue("here")}, {"MaxLen", Number(TType::kUint32, 8)}})),
                TVELException);
   EXPECT_TRUE(logger.Lines().empty());
 }

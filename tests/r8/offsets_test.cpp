@@ -88,7 +88,7 @@ TEST_F(TOffsets, TheRecordIsZeroedBeforeEachRead) {
 
 TEST_F(TOffsets, AnElementThatIsNotANumberEndsTheReads) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
-  Collector(Chip().Array("R", {{"Offset", Strings({"16", "x"})}, {"MaxLen", Number(TType::kUint32, 8)}}));
+  Collector(Chip().Bytes("R", {{"Offset", Strings({"16", "x"})}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_THROW(collector->getRegisterData(Property(kVoMemory, "R"), 0), TVELException);
 }
 

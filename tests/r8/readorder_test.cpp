@@ -52,7 +52,7 @@ TEST_F(TReadOrder, ARequestIsLoggedBeforeItIsSent) {
 
 TEST_F(TReadOrder, EveryDeclarationCausesFourNameQueries) {
   // First the inherited identification property, which is not read, then R.
-  ns->AddClass(TClassBuilder("PARENT").Scalar("InstanceID", TType::kString));
+  ns->AddClass(TClassBuilder("PARENT").Text("InstanceID"));
   sp.Expect(Register(0, 0x10).Fails(0xCB));
   Collector(TClassBuilder(kVoMemory, "PARENT").Register("R", 0x10, 8));
   probe.Clear();
@@ -105,7 +105,7 @@ TEST_F(TReadOrder, TheConvertedBytesAreLoggedBeforeTheTypeIsQueried) {
 }
 
 TEST_F(TReadOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
-  Collector(TClassBuilder(kVoMemory).Scalar("InstanceID", TType::kString));
+  Collector(TClassBuilder(kVoMemory).Text("InstanceID"));
   EXPECT_THROW(collector->getRegisterValues(0), TAssertionFailure);
 }
 
@@ -120,7 +120,7 @@ TEST_F(TReadOrder, TheDeclaredTypeIsQueriedEvenAfterAFailedRead) {
 
 TEST_F(TReadOrder, ANullArrayOfAddressesReadsNothing) {
   TCIMValue none(TType::kUint32, 0, {});
-  Collector(Chip().Array("R", {{"Offset", none}, {"MaxLen", Number(TType::kUint32, 8)}}));
+  Collector(Chip().Bytes("R", {{"Offset", none}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_TRUE(collector->getRegisterData(Property(kVoMemory, "R"), 0).IsNull());
   EXPECT_EQ(logger.Count(Debug("Entered torgareg request.")), 0U);
   EXPECT_EQ(logger.Count(Debug("Displaying messenger\n")), 1U);

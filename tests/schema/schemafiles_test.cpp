@@ -9,24 +9,17 @@
 
 #include "host/base/hosterror.h"
 #include "tests/schema/schemafixture.h"
+#include "tests/support/expectfailure.h"
 
 namespace velhost {
 namespace {
+
+using namespace testsupport;
 
 std::string ClassNames(const TSchemaResult& result) {
   std::string names;
   for (const auto& cimClass : result.cimNamespace->Classes()) names += cimClass->Name() + " ";
   return names;
-}
-
-EExitStatus StatusOfReading(TSchemaText& schema, const std::string& path, std::string& message) {
-  try {
-    schema.Read({path});
-  } catch (const THostError& error) {
-    message = error.what();
-    return error.Status();
-  }
-  return EExitStatus::kComplete;
 }
 
 TEST(SchemaFiles, ReadInTheOrderGivenAndReferringToEachOther) {
@@ -56,9 +49,8 @@ TEST(SchemaFiles, NamedTwiceReadOnce) {
 
 TEST(SchemaFiles, MissingFileEndsTheCommand) {
   TSchemaText schema;
-  std::string message;
-  EXPECT_EQ(StatusOfReading(schema, "none.mof", message), EExitStatus::kNoInput);
-  EXPECT_EQ(message, "cannot open none.mof: No such file or directory");
+  ExpectHostError(EExitStatus::kNoInput, "cannot open none.mof: No such file or directory",
+                  [&schema] { schema.Read({"none.mof"}); });
 }
 
 TEST(SchemaInclude, RelativeToTheIncludingFileAndInItsPlace) {
@@ -196,13 +188,8 @@ TEST_F(SchemaFolder, FileThatIncludesTheOthersOfItsFolder) {
 }
 
 TEST_F(SchemaFolder, WithoutMofFiles) {
-  try {
-    Read({folder_.string()});
-    FAIL() << "nothing thrown";
-  } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kNoInput);
-    EXPECT_EQ(std::string(error.what()), "the folder " + folder_.string() + " holds no .mof file");
-  }
+  ExpectHostError(EExitStatus::kNoInput, "the folder " + folder_.string() + " holds no .mof file",
+                  [this] { Read({folder_.string()}); });
 }
 
 TEST_F(SchemaFolder, ThatMayNotBeRead) {

@@ -14,17 +14,16 @@ namespace testsupport {
 /// Adds an array property whose shape is the input's: two bits for each of up to two `qualifiers` say whether it has
 /// its value (0 and 1), is a text that is no number (2), or is missing (3), and the upper half of the byte says of
 /// which type the property is: 0 is uint8, and every type has its turn.
-inline void AddShaped(TClassBuilder& to, const std::string& name,
-                      const std::vector<std::pair<std::string, NKROVEL20::TCIMValue>>& qualifiers, TByteStream& bytes) {
+inline void AddShaped(TClassBuilder& to, const std::string& name, const TQualifiers& qualifiers, TByteStream& bytes) {
   unsigned int shape = bytes.Next();
   const auto type = static_cast<TType::ECIMType>(1 + ((shape >> 4U) + 1) % 15);
-  std::vector<std::pair<std::string, NKROVEL20::TCIMValue>> chosen;
+  TQualifiers chosen;
   for (const auto& [qualifier, value] : qualifiers) {
     const unsigned int choice = shape & 3U;
     shape >>= 2U;
     if (choice != 3) chosen.emplace_back(qualifier, choice == 2 ? NKROVEL20::TCIMValue("x") : value);
   }
-  to.Array(name, chosen, type);
+  to.Property(type, name, true, chosen);
 }
 
 /// Collects, and hands each instance's properties to `check`. A qualifier that is missing ends the collection in an

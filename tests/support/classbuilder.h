@@ -1,6 +1,7 @@
 // Classes of a test schema, written as one expression:
 //
 //   ns->AddClass(TClassBuilder("CHIP", "SUPER").Machines({"6203"}).MaxInstances(2).Register("R", 0x10, 8));
+//   ns->AddClass(TClassBuilder("ODD").With("MaxInstanceCount", TCIMValue("2")).Bytes("R", {{"Index", TCIMValue(5)}}));
 //
 // Header only, so that the fuzz targets can use it too.
 #pragma once
@@ -32,77 +33,78 @@ inline NKROVEL20::TCIMValue Strings(const std::vector<std::string>& texts) {
   return NKROVEL20::TCIMValue(TType::kString, 0, std::vector<NKROVEL20::TCIMValue>(texts.begin(), texts.end()));
 }
 
-class TClassBuilder {
+using TQualifiers = std::vector<std::pair<std::string, NKROVEL20::TCIMValue>>;
+
+inline constexpr velhost::TQualifierFlavor kRestricted = {true, false, false};
+
+inline velhost::TQualifierDefinition Qualifier(const std::string& name, const NKROVEL20::TCIMValue& value,
+                                               velhost::TQualifierFlavor flavor = {}) {
+  return {name, value, flavor, {}};
+}
+
+class TClassBuilder : public velhost::TClassDefinition {
  public:
-  explicit TClassBuilder(const std::string& name, const std::string& superClass = {}) {
-    definition_.name = name;
-    definition_.superClass = superClass;
+  explicit TClassBuilder(const std::string& itsName, const std::string& itsSuperClass = {}) {
+    name = itsName;
+    superClass = itsSuperClass;
   }
 
-  TClassBuilder& Qualifier(const std::string& name, const NKROVEL20::TCIMValue& value) {
-    definition_.qualifiers.push_back({name, value, {}, {}});
+  TClassBuilder& With(const std::string& qualifier, const NKROVEL20::TCIMValue& value,
+                      velhost::TQualifierFlavor flavor = {}) {
+    qualifiers.push_back(Qualifier(qualifier, value, flavor));
     return *this;
   }
   TClassBuilder& Machines(const std::vector<std::string>& types) {
-    return Qualifier("SupportedMachineTypes", Strings(types));
+    return With("SupportedMachineTypes", Strings(types));
   }
-  TClassBuilder& MaxInstances(std::uint16_t count) {
-    return Qualifier("MaxInstanceCount", Number(TType::kUint16, count));
-  }
+  TClassBuilder& MaxInstances(std::uint16_t count) { return With("MaxInstanceCount", Number(TType::kUint16, count)); }
 
-  /// A scalar property without qualifiers.
-  TClassBuilder& Scalar(const std::string& name, TType type) {
-    velhost::TPropertyDefinition property;
-    property.name = name;
-    property.type = type;
-    definition_.properties.push_back(property);
+  TClassBuilder& Property(TType type, const std::string& property, bool isArray = false,
+                          const TQualifiers& itsQualifiers = {}) {
+    velhost::TPropertyDefinition definition;
+    definition.name = property;
+    definition.type = type;
+    definition.isArray = isArray;
+    for (const auto& [qualifier, value] : itsQualifiers) definition.qualifiers.push_back(Qualifier(qualifier, value));
+    properties.push_back(definition);
     return *this;
   }
-  /// An array property with these qualifiers.
-  TClassBuilder& Array(const std::string& name,
-                       const std::vector<std::pair<std::string, NKROVEL20::TCIMValue>>& qualifiers,
-                       TType type = TType::kUint8) {
-    velhost::TPropertyDefinition property;
-    property.name = name;
-    property.type = type;
-    property.isArray = true;
-    for (const auto& [qualifier, value] : qualifiers) property.qualifiers.push_back({qualifier, value, {}, {}});
-    definition_.properties.push_back(property);
-    return *this;
+  TClassBuilder& Text(const std::string& property, const TQualifiers& itsQualifiers = {}) {
+    return Property(TType::kString, property, false, itsQualifiers);
+  }
+  TClassBuilder& Time(const std::string& property) { return Property(TType::kDateTime, property); }
+  /// An array of unsigned 8-bit numbers, as register properties are.
+  TClassBuilder& Bytes(const std::string& property, const TQualifiers& itsQualifiers = {}) {
+    return Property(TType::kUint8, property, true, itsQualifiers);
   }
   /// A register that is read by address, as the R8 classes declare it.
-  TClassBuilder& Register(const std::string& name, std::uint32_t address, std::uint32_t maxLen) {
-    return Array(name, {{"Offset", Number(TType::kUint32, address)}, {"MaxLen", Number(TType::kUint32, maxLen)}});
+  TClassBuilder& Register(const std::string& property, std::uint32_t address, std::uint32_t maxLen) {
+    return Bytes(property, {{"Offset", Number(TType::kUint32, address)}, {"MaxLen", Number(TType::kUint32, maxLen)}});
   }
   /// A register with several addresses.
-  TClassBuilder& Register(const std::string& name, const std::vector<std::uint32_t>& addresses, std::uint32_t maxLen) {
-    return Array(name, {{"Offset", Numbers(addresses)}, {"MaxLen", Number(TType::kUint32, maxLen)}});
+  TClassBuilder& Register(const std::string& property, const std::vector<std::uint32_t>& addresses,
+                          std::uint32_t maxLen) {
+    return Bytes(property, {{"Offset", Numbers(addresses)}, {"MaxLen", Number(TType::kUint32, maxLen)}});
   }
   /// A record of a register block, as the JFR classes declare it.
-  TClassBuilder& Record(const std::string& name, std::uint16_t index) {
-    return Array(name, {{"Index", Number(TType::kUint16, index)}, {"MaxLen", Number(TType::kUint32, 8)}});
+  TClassBuilder& Record(const std::string& property, std::uint16_t index) {
+    return Bytes(property, {{"Index", Number(TType::kUint16, index)}, {"MaxLen", Number(TType::kUint32, 8)}});
   }
   /// The four properties that every collected register instance carries beside its registers.
   TClassBuilder& Identification() {
-    return Scalar("InstanceID", TType::kString)
-        .Scalar("ElementName", TType::kString)
-        .Scalar("MachineType", TType::kString)
-        .Scalar("StatisticTime", TType::kDateTime);
+    return Text("InstanceID").Text("ElementName").Text("MachineType").Time("StatisticTime");
   }
   /// The eight properties of a capture file.
   TClassBuilder& CaptureProperties() {
-    for (const char* const name : {"FileName", "ErrRawData"}) Scalar(name, TType::kString);
-    Scalar("MessageTimestamp", TType::kDateTime);
-    for (const char* const name : {"SourceNode", "CreationClassName", "LogCreationClassName", "LogName", "RecordID"}) {
-      Scalar(name, TType::kString);
-    }
-    return *this;
+    return Text("FileName")
+        .Text("ErrRawData")
+        .Time("MessageTimestamp")
+        .Text("SourceNode")
+        .Text("CreationClassName")
+        .Text("LogCreationClassName")
+        .Text("LogName")
+        .Text("RecordID");
   }
-
-  operator const velhost::TClassDefinition&() const { return definition_; }  // NOLINT: reads as the class itself
-
- private:
-  velhost::TClassDefinition definition_;
 };
 
 }  // namespace testsupport

@@ -1,24 +1,26 @@
-// Assertions that a host operation is refused, and why.
+// How the tests state that an operation is refused, and why.
 #pragma once
 
 #include <gtest/gtest.h>
+
+#include <string>
 
 #include "host/base/hosterror.h"
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace velhost {
+namespace testsupport {
 
 /// Expects the operation to throw a TVELException with this status and detail.
 template <typename TOperation>
 void ExpectFailure(std::int32_t status, const std::string& detail, const TOperation& operation) {
-  ClearFailureDetail();
+  velhost::ClearFailureDetail();
   try {
     operation();
     ADD_FAILURE() << "nothing was thrown; expected: " << detail;
-  } catch (const TVELException& exception) {
+  } catch (const NKROVEL20::TVELException& exception) {
     EXPECT_EQ(exception.GetStatusCode().GetCode(), status);
-    EXPECT_EQ(LastFailureDetail(), detail);
+    EXPECT_EQ(velhost::LastFailureDetail(), detail);
   }
 }
 
@@ -29,14 +31,25 @@ void ExpectMismatch(const std::string& detail, const TOperation& operation) {
 
 /// Expects the operation to throw a THostError with this exit status and message.
 template <typename TOperation>
-void ExpectHostError(EExitStatus status, const std::string& message, const TOperation& operation) {
+void ExpectHostError(velhost::EExitStatus status, const std::string& message, const TOperation& operation) {
   try {
     operation();
     ADD_FAILURE() << "nothing was thrown; expected: " << message;
-  } catch (const THostError& error) {
+  } catch (const velhost::THostError& error) {
     EXPECT_EQ(error.Status(), status);
     EXPECT_EQ(std::string(error.what()), message);
   }
 }
 
-}  // namespace velhost
+/// Status and message of the THostError that the operation throws, as "STATUS MESSAGE"; "none" if it throws none.
+template <typename TOperation>
+std::string FailureOf(const TOperation& operation) {
+  try {
+    operation();
+  } catch (const velhost::THostError& error) {
+    return std::to_string(static_cast<int>(error.Status())) + " " + error.what();
+  }
+  return "none";
+}
+
+}  // namespace testsupport
