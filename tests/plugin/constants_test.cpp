@@ -52,19 +52,11 @@ TEST(TConstants, HaveTheirValues) {
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(*constants[i], values[i]) << "number " << i + 1;
 }
 
-TEST(TConstants, EverySourceFileHasItsOwnEqualCopies) {
+TEST(TConstants, EverySourceFileHasItsOwnCopies) {
   const auto here = Constants();
   const auto there = elsewhere::Constants();
   ASSERT_EQ(there.size(), here.size());
-  for (std::size_t i = 0; i < here.size(); ++i) {
-    EXPECT_EQ(*here[i], *there[i]);
-    EXPECT_NE(here[i], there[i]) << *here[i];
-  }
-}
-
-TEST(TConstants, TheBridgesShareTheirDescriptionAndTwoModelsTheirNumber) {
-  EXPECT_EQ(voPciBridgeChipDesc, "PCI I/O bridge");
-  EXPECT_EQ(machineType3, machineType7);
+  for (std::size_t i = 0; i < here.size(); ++i) EXPECT_NE(here[i], there[i]) << *here[i];
 }
 
 }  // namespace

@@ -78,7 +78,7 @@ class RegisterLayout : public TLoadedCollectorTest {
       EXPECT_TRUE(split);
       TBytes record(split->identification.begin(), split->identification.end());
       record.insert(record.end(), split->value.begin(), split->value.end());
-      EXPECT_EQ(record.size(), wire::RegisterBlock::kRecordSize);
+      EXPECT_EQ(record.size(), 11U);
       halves.at(half) = record.at(byte);
     }
     return halves[1] * 256 + halves[0];
@@ -134,22 +134,18 @@ TEST_F(RegisterLayout, JfrValuesAreInBufferOrderAfterTheEqualsSign) {
   EXPECT_EQ(split->value, (TBytes{1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
-TEST_F(RegisterLayout, RecordsAreWhereTheProfileSays) {
-  for (const int instance : {0, 1}) {
-    for (const int index : {0, 1, 5, 253}) {
-      const std::size_t record = static_cast<std::size_t>(index) +
-                                 static_cast<std::size_t>(instance) * wire::RegisterBlock::kRecordsPerInstance;
-      const std::size_t start = wire::RegisterBlock::kHeaderSize + record * wire::RegisterBlock::kRecordStride;
-      EXPECT_EQ(PlaceOfRecord(index, instance, 0), start);
-      EXPECT_EQ(PlaceOfRecord(index, instance, wire::RegisterBlock::kRecordSize - 1),
-                start + wire::RegisterBlock::kRecordSize - 1);
-    }
+// Seven bytes of header, then a record at every eighth byte; 256 records are one instance's.
+TEST_F(RegisterLayout, RecordsOfElevenBytesStartEightApart) {
+  struct TPlace {
+    int instance;
+    int index;
+    std::size_t start;
+  };
+  for (const TPlace& place : {TPlace{0, 0, 7}, TPlace{0, 1, 15}, TPlace{0, 5, 47}, TPlace{0, 253, 2031},
+                              TPlace{1, 0, 2055}, TPlace{1, 1, 2063}, TPlace{1, 5, 2095}, TPlace{1, 253, 4079}}) {
+    EXPECT_EQ(PlaceOfRecord(place.index, place.instance, 0), place.start);
+    EXPECT_EQ(PlaceOfRecord(place.index, place.instance, 10), place.start + 10);
   }
-}
-
-TEST_F(RegisterLayout, RegisterFiveOfInstanceOneStartsAtByte2095) {
-  EXPECT_EQ(PlaceOfRecord(5, 1, 0), 2095U);
-  EXPECT_EQ(PlaceOfRecord(5, 1, 10), 2105U);
 }
 
 TEST_F(RegisterLayout, WithTheSecondHeaderRecordsBeginAtTheStartOfTheBlock) {
@@ -181,11 +177,6 @@ TEST_F(RegisterLayout, ACaptureFileHasTheProfilesProperties) {
     EXPECT_TRUE(committed_[0]->IsSet(i)) << Profile::kCaptureProperties.at(i);
   }
   EXPECT_EQ(Profile::kCaptureProperties.size(), 8U);
-}
-
-TEST_F(RegisterLayout, AValueHasTheProfilesSize) {
-  EXPECT_EQ(static_cast<const std::vector<TCIMValue>&>(Collected(R8Class(8), "6203")).size(),
-            wire::RegisterRecord::kSize);
 }
 
 }  // namespace
