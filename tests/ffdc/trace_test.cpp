@@ -17,10 +17,7 @@ const TBytes kTwo = {2, 0, 0, 0};
 class TCaptureTrace : public TPluginTest {
  protected:
   TCaptureTrace() {
-    for (const char* const base :
-         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-      ns->AddClass(TClassBuilder(base));
-    }
+    AddJfrBases(*ns);
     AddCaptureClass();
     plugin.Init();
     logger.Clear();

@@ -31,19 +31,19 @@ TEST_F(TBlockAssembly, OneInstance) {
   const TMaps maps = Collect(1, {Block(0)});
   ASSERT_EQ(maps.size(), 1U);
   EXPECT_EQ(maps[0].size(), 5U);
-  EXPECT_EQ(Text(maps[0], "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:0");
-  EXPECT_EQ(Text(maps[0], "ElementName"), "PCI I/O bridge,0");
-  EXPECT_EQ(Text(maps[0], "MachineType"), "6203");
-  EXPECT_EQ(Text(maps[0], "StatisticTime"), "20241231235958.000000+000");
-  EXPECT_EQ(Text(maps[0], "R"), "{7, 8, 9, 32, 61, 32, 10, 11, 12, 13, 14, 15, 16, 17}");
+  EXPECT_EQ(TextOf(maps[0], "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:0");
+  EXPECT_EQ(TextOf(maps[0], "ElementName"), "PCI I/O bridge,0");
+  EXPECT_EQ(TextOf(maps[0], "MachineType"), "6203");
+  EXPECT_EQ(TextOf(maps[0], "StatisticTime"), "20241231235958.000000+000");
+  EXPECT_EQ(TextOf(maps[0], "R"), "{7, 8, 9, 32, 61, 32, 10, 11, 12, 13, 14, 15, 16, 17}");
 }
 
 TEST_F(TBlockAssembly, TwoServiceProcessorsWithThreeInstancesShareOneIdentity) {
   const TMaps maps = Collect(3, {Block(0), Block(1)});
   ASSERT_EQ(maps.size(), 6U);
   for (const TPropertyMap& map : maps) {
-    EXPECT_EQ(Text(map, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:0");
-    EXPECT_EQ(Text(map, "ElementName"), "PCI I/O bridge,0");
+    EXPECT_EQ(TextOf(map, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:0");
+    EXPECT_EQ(TextOf(map, "ElementName"), "PCI I/O bridge,0");
   }
   // Instance 1 starts at 7 + 2048 = 0x807; instance 2 is beyond the end of the block.
   EXPECT_EQ(NumbersOf(maps[1].at("R"))[0], 7U);
@@ -94,8 +94,8 @@ TEST_F(TBlockAssembly, AFailureWithALengthIsStillDecoded) {
   const TMaps maps = Collect(1, {DotBlock(0).Lost().WithLength(16)});
   // Nothing was written, so the whole block is fill, even the time.
   ASSERT_EQ(maps.size(), 1U);
-  EXPECT_EQ(Text(maps[0], "StatisticTime"), "20484848484848.000000+000");
-  EXPECT_EQ(Text(maps[0], "R"), "{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}");
+  EXPECT_EQ(TextOf(maps[0], "StatisticTime"), "20484848484848.000000+000");
+  EXPECT_EQ(TextOf(maps[0], "R"), "{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}");
 }
 
 TEST_F(TBlockAssembly, LengthsThatLie) {
@@ -133,7 +133,7 @@ TEST_F(TBlockAssembly, BlocksOfEveryShortLength) {
 TEST_F(TBlockAssembly, EachServiceProcessorStartsWithAFreshBlock) {
   const TMaps maps = Collect(1, {Block(0), DotBlock(1).Returns({0, 1, 1, 1})});
   ASSERT_EQ(maps.size(), 2U);
-  EXPECT_EQ(Text(maps[1], "StatisticTime"), "20010101484848.000000+000");
+  EXPECT_EQ(TextOf(maps[1], "StatisticTime"), "20010101484848.000000+000");
   EXPECT_EQ(NumbersOf(maps[1].at("R"))[0], 48U);
 }
 
@@ -208,8 +208,8 @@ TEST_F(TBlockAssembly, IdentificationOverridesARegisterOfTheSameName) {
   ns->AddClass(TClassBuilder("PARENT"));
   Collector(TClassBuilder("Bridge6203", "PARENT").MaxInstances(1).Record("ElementName", 0).Record("R", 1));
   const TMaps maps = collector->getData();
-  EXPECT_EQ(Text(maps.at(0), "ElementName"), "PCI I/O bridge,0");
-  EXPECT_NE(Text(maps.at(0), "R"), "(absent)");
+  EXPECT_EQ(TextOf(maps.at(0), "ElementName"), "PCI I/O bridge,0");
+  EXPECT_NE(TextOf(maps.at(0), "R"), "(absent)");
 }
 
 TEST_F(TBlockAssembly, TheBaseClassNamesAndTheRequestedOneCounts) {
@@ -217,8 +217,8 @@ TEST_F(TBlockAssembly, TheBaseClassNamesAndTheRequestedOneCounts) {
   sp.Expect(Block(0));
   const TMaps maps = Collector(Chip().MaxInstances(1), "KROSG_VO_PCIIOBRIDGE_StatisticData").getData();
   ASSERT_EQ(maps.size(), 1U);
-  EXPECT_EQ(Text(maps[0], "ElementName"), ",0");
-  EXPECT_EQ(Text(maps[0], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0");
+  EXPECT_EQ(TextOf(maps[0], "ElementName"), ",0");
+  EXPECT_EQ(TextOf(maps[0], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0");
 }
 
 class TIdentity : public TBlockTest {
@@ -241,9 +241,9 @@ TEST_F(TIdentity, FourClassesHaveADescription) {
 TEST_F(TIdentity, AnyInstanceNumberIsAccepted) {
   const TPropertyMap info = collector->getCIMInstanceInfo(Class(kBridgeBase), 7);
   EXPECT_EQ(info.size(), 3U);
-  EXPECT_EQ(Text(info, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7");
-  EXPECT_EQ(Text(info, "ElementName"), "PCI I/O bridge,7");
-  EXPECT_EQ(Text(info, "MachineType"), "6203");
+  EXPECT_EQ(TextOf(info, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7");
+  EXPECT_EQ(TextOf(info, "ElementName"), "PCI I/O bridge,7");
+  EXPECT_EQ(TextOf(info, "MachineType"), "6203");
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Verbose("In getCIMInstanceInfo()"),
                                                 Verbose("chipDesc | instancdID = PCI I/O bridge,7 | "
                                                         "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7"),

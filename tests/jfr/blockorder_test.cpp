@@ -62,8 +62,8 @@ TEST_F(TBlockOrder, AnIdentityIsThatOfTheGivenClass) {
   Collector(Chip());
   ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));
   const TPropertyMap info = collector->getCIMInstanceInfo(Class("KROSG_L3Cache_StatisticData"), 0);
-  EXPECT_EQ(Text(info, "ElementName"), "Integrated L3 cache module,0");
-  EXPECT_EQ(Text(info, "InstanceID"), "KROSG:KROSG_L3Cache_StatisticData:6203:0");
+  EXPECT_EQ(TextOf(info, "ElementName"), "Integrated L3 cache module,0");
+  EXPECT_EQ(TextOf(info, "InstanceID"), "KROSG:KROSG_L3Cache_StatisticData:6203:0");
 }
 
 TEST_F(TBlockOrder, EveryDeclarationIsQueriedForNameOriginAndThenSuperclass) {

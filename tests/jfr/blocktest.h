@@ -5,7 +5,6 @@
 #include <string>
 
 #include "jfr/TJFRErrorData.h"
-#include "tests/support/hostprobe.h"
 #include "tests/support/plugintest.h"
 
 namespace testsupport {
@@ -38,7 +37,7 @@ class TBlock {
   TBytes bytes_;
 };
 
-class TBlockTest : public TPartTest {
+class TBlockTest : public TProbedPartTest {
  protected:
   TBlockTest() {
     sp.takesDotCommands = true;
@@ -53,8 +52,7 @@ class TBlockTest : public TPartTest {
   /// Starts with another namespace, for a second class of the same name.
   void StartAnew() {
     collector.reset();
-    ns = velhost::TNamespace::Create();
-    ns->SetMachineType(environment.machineType);
+    RenewNamespace();
     AddBases();
   }
 
@@ -68,16 +66,9 @@ class TBlockTest : public TPartTest {
     return *collector;
   }
   boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Property(const std::string& name) {
-    const auto& cimClass = *Class("Bridge6203");
-    const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property = cimClass.Properties()[cimClass.FindProperty(name)];
-    return probe.Wrap(property);
-  }
-  static std::string Text(const NKROVEL20::TPropertyMap& map, const std::string& name) {
-    const auto found = map.find(name);
-    return found == map.end() ? "(absent)" : found->second.ToString(10);
+    return TProbedPartTest::Property("Bridge6203", name);
   }
 
-  THostProbe probe;
   boost::shared_ptr<NKROVEL20::ICIMClass> requested;
   std::unique_ptr<torgareg::TJFRErrorData> collector;
 };

@@ -150,7 +150,7 @@ TEST_F(TRecord, WithoutDataItIsAnEmptyArray) {
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("getRegisterData - Invalid data passed to getRegisterData. Unable to parse data "
                                      "for register value")});
-  EXPECT_EQ(Text(collector->getChipsetErrorRegisterValues(nullptr, 0), "R"), "{}") << "and the property is added";
+  EXPECT_EQ(TextOf(collector->getChipsetErrorRegisterValues(nullptr, 0), "R"), "{}") << "and the property is added";
 }
 
 TEST_F(TRecord, WithoutDataNoQualifierIsLookedUp) {
@@ -248,7 +248,7 @@ TEST_F(TBlockSelection, AClassWithoutASuperClassAsserts) {
 TEST_F(TBlockSelection, TheTimeIsReadFirstAndJoinsTheRegisters) {
   Collector(Chip().Record("R", 0));
   const TPropertyMap map = collector->getChipErrorInfo(block.TimeInSecondCopy().Data(), 0);
-  EXPECT_EQ(Text(map, "StatisticTime"), "20010203040506.000000+000");
+  EXPECT_EQ(TextOf(map, "StatisticTime"), "20010203040506.000000+000");
   EXPECT_EQ(NumbersOf(map.at("R"))[1], 0x18U) << "read from the block's start: the header's year";
   EXPECT_EQ(logger.Lines().front(), Debug("TimeStamp rawdata: \n"));
   EXPECT_THROW(collector->getChipErrorInfo(block.WithoutTime().Data(), 0), TVELException);

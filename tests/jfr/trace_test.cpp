@@ -15,10 +15,7 @@ class TJfrTrace : public TPluginTest {
  protected:
   TJfrTrace() {
     AddStatisticBase();
-    for (const char* const base :
-         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-      ns->AddClass(TClassBuilder(base, "KROSG_StatisticBase"));
-    }
+    AddJfrBases(*ns, "KROSG_StatisticBase");
     ns->AddClass(TClassBuilder("Bridge6203", kBridgeBase)
                      .Machines({"6203"})
                      .MaxInstances(2)

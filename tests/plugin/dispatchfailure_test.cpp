@@ -97,10 +97,7 @@ TEST_F(TDispatchFailure, ARequestAfterAFailedOneIsServed) {
 
 TEST_F(TDispatchFailure, CaptureFilesWithoutTheirClassAssertAndLaterKeysAreNotRead) {
   const auto bare = TNamespace::Create();
-  for (const char* const name :
-       {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-    bare->AddClass(TClassBuilder(name));
-  }
+  AddJfrBases(*bare);
   sp.nodes = 1;
   sp.Expect({Open("cpu_err").Answers(OemData({1, 0, 0, 0})), Size("cpu_err").Answers(SizeData(0)),
              Read({1, 0, 0, 0}, 0, 10).Fails(0xC9), Close({1, 0, 0, 0})});

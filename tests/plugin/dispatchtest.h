@@ -12,10 +12,7 @@ class TDispatchTest : public TPluginTest {
  protected:
   TDispatchTest() {
     AddStatisticBase();
-    for (const char* const name :
-         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-      ns->AddClass(TClassBuilder(name, "KROSG_StatisticBase"));
-    }
+    AddJfrBases(*ns, "KROSG_StatisticBase");
     for (const char* const name : {"KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData",
                                    "KROSG_VO_MEMCTL_StatisticData", "KROSG_VO_PCIIOBRIDGE_StatisticData"}) {
       ns->AddClass(

@@ -149,9 +149,7 @@ TEST_F(TConstruction, ARefusedRegistrationLeavesThePluginSilent) {
 }
 
 TEST_F(TConstruction, TheDestructorReleasesTheClassWithoutUnregistering) {
-  ns->AddClass(TClassBuilder("KROSG_PCIIOBRIDGE_StatisticData"));
-  ns->AddClass(TClassBuilder("KROSG_MEMCTL_StatisticData"));
-  ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));
+  AddJfrBases(*ns);
   ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6203"}).MaxInstances(0));
   auto* const plugin = new TTORGARegPluginCallbacks();
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_VO_MEMCTL_StatisticData")};

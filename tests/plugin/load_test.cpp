@@ -26,10 +26,7 @@ class TLoadedLibrary : public TCollectorTest {
   }
   TLoadedLibrary() : loader(libraryLoader) {
     AddStatisticBase();
-    for (const char* const base :
-         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-      ns->AddClass(TClassBuilder(base, "KROSG_StatisticBase"));
-    }
+    AddJfrBases(*ns, "KROSG_StatisticBase");
     ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData", "KROSG_StatisticBase")
                      .Machines({"6203"})
                      .MaxInstances(1)

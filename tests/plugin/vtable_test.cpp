@@ -23,12 +23,6 @@ class TVirtualTable : public TPluginTest {
   auto Call(std::size_t slot) {
     return EntryAt<TFunction>(plugin, slot)(&plugin);
   }
-  void AddBaseClasses() {
-    for (const char* const name :
-         {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
-      ns->AddClass(TClassBuilder(name));
-    }
-  }
 };
 
 TEST_F(TVirtualTable, SlotsAreInContractOrder) {
@@ -61,7 +55,7 @@ TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
 }
 
 TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
-  AddBaseClasses();
+  AddJfrBases(*ns);
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_MEMCTL_StatisticData")};
   EntryAt<TRequest>(plugin, 10)(&plugin, ns, classes);
   const std::vector<TLine> first = logger.Lines();
@@ -96,7 +90,7 @@ TEST_F(TVirtualTable, DeletingThroughEitherBaseDestroysTheObject) {
 }
 
 TEST_F(TVirtualTable, FieldsAreInDeclarationOrder) {
-  AddBaseClasses();
+  AddJfrBases(*ns);
   AddCaptureClass();
   ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6204"}).MaxInstances(0));
   SetMachineType("6204");

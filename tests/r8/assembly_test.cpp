@@ -17,10 +17,6 @@ class TAssembly : public TRegisterTest {
     sp.Expect(Register(chipSelector, 0x10).Answers(OneToEight()));
     sp.Expect({Timestamp().Answers({0, 0, 0, 1}), Timestamp().Answers({0, 0, 0, 2})});
   }
-  static std::string Text(const TPropertyMap& map, const std::string& name) {
-    const auto found = map.find(name);
-    return found == map.end() ? "(absent)" : found->second.ToString(10);
-  }
 };
 
 TEST_F(TAssembly, TwoBridges) {
@@ -28,12 +24,12 @@ TEST_F(TAssembly, TwoBridges) {
   ExpectInstance(2);
   const auto maps = Collector(Chip(kVoBridge).MaxInstances(2).Register("R", 0x10, 8)).getData();
   ASSERT_EQ(maps.size(), 2U);
-  EXPECT_EQ(Text(maps[0], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0");
-  EXPECT_EQ(Text(maps[1], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:1");
-  EXPECT_EQ(Text(maps[0], "ElementName"), "PCI I/O bridge,0");
-  EXPECT_EQ(Text(maps[1], "ElementName"), "PCI I/O bridge,1");
-  EXPECT_EQ(Text(maps[1], "MachineType"), "6203");
-  EXPECT_EQ(Text(maps[1], "R"), "{0, 0, 16, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}");
+  EXPECT_EQ(TextOf(maps[0], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0");
+  EXPECT_EQ(TextOf(maps[1], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:1");
+  EXPECT_EQ(TextOf(maps[0], "ElementName"), "PCI I/O bridge,0");
+  EXPECT_EQ(TextOf(maps[1], "ElementName"), "PCI I/O bridge,1");
+  EXPECT_EQ(TextOf(maps[1], "MachineType"), "6203");
+  EXPECT_EQ(TextOf(maps[1], "R"), "{0, 0, 16, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}");
   EXPECT_EQ(maps[1].size(), 5U);
 }
 
@@ -55,7 +51,7 @@ TEST_F(TAssembly, ElementNamesByClass) {
     StartAnew();
     ExpectInstance(std::string(one.name).find("_PCIIO") != std::string::npos ? 1 : 0);
     const auto maps = Collector(Chip(one.name).MaxInstances(1).Register("R", 0x10, 8)).getData();
-    EXPECT_EQ(Text(maps.at(0), "ElementName"), one.description) << one.name;
+    EXPECT_EQ(TextOf(maps.at(0), "ElementName"), one.description) << one.name;
   }
 }
 
@@ -65,8 +61,8 @@ TEST_F(TAssembly, AnyMachineTypeIsUsedUnchanged) {
     ns->SetMachineType(type);
     ExpectInstance(0);
     const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
-    EXPECT_EQ(Text(maps.at(0), "InstanceID"), std::string("KROSG:KROSG_VO_MEMCTL_StatisticData:") + type + ":0");
-    EXPECT_EQ(Text(maps.at(0), "MachineType"), type);
+    EXPECT_EQ(TextOf(maps.at(0), "InstanceID"), std::string("KROSG:KROSG_VO_MEMCTL_StatisticData:") + type + ":0");
+    EXPECT_EQ(TextOf(maps.at(0), "MachineType"), type);
   }
 }
 
@@ -89,7 +85,7 @@ TEST_F(TAssembly, AChipThatAnswersNothingHasAnEmptyMap) {
   const auto maps = Collector(Chip(kT4Bridge).MaxInstances(3).Register("R", 0x10, 8)).getData();
   ASSERT_EQ(maps.size(), 3U);
   EXPECT_TRUE(maps[0].empty());
-  EXPECT_EQ(Text(maps[1], "ElementName"), "PCI I/O bridge,1");
+  EXPECT_EQ(TextOf(maps[1], "ElementName"), "PCI I/O bridge,1");
   EXPECT_TRUE(maps[2].empty()) << "and no time was asked for";
 }
 
@@ -98,8 +94,8 @@ TEST_F(TAssembly, OnlyTheFailedRegisterIsMissing) {
   sp.Expect(Register(0, 0x20).Answers(OneToEight()));
   sp.Expect(Timestamp().Lost());
   const auto maps = Collector(Chip().MaxInstances(1).Register("A", 0x10, 8).Register("B", 0x20, 8)).getData();
-  EXPECT_EQ(Text(maps.at(0), "A"), "(absent)");
-  EXPECT_NE(Text(maps.at(0), "B"), "(absent)");
+  EXPECT_EQ(TextOf(maps.at(0), "A"), "(absent)");
+  EXPECT_NE(TextOf(maps.at(0), "B"), "(absent)");
 }
 
 TEST_F(TAssembly, ALineForTheClassAndOneForEachInstance) {
@@ -113,14 +109,14 @@ TEST_F(TAssembly, ALineForTheClassAndOneForEachInstance) {
 TEST_F(TAssembly, TheSecondTimeIsStored) {
   ExpectInstance(0);
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
-  EXPECT_TRUE(Text(maps.at(0), "StatisticTime").starts_with("19700101000002."));
+  EXPECT_TRUE(TextOf(maps.at(0), "StatisticTime").starts_with("19700101000002."));
 }
 
 TEST_F(TAssembly, WithoutATimeOnlyTheTimeIsMissing) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
-  EXPECT_EQ(Text(maps.at(0), "StatisticTime"), "(absent)");
-  EXPECT_EQ(Text(maps.at(0), "InstanceID"), "KROSG:KROSG_VO_MEMCTL_StatisticData:6203:0");
+  EXPECT_EQ(TextOf(maps.at(0), "StatisticTime"), "(absent)");
+  EXPECT_EQ(TextOf(maps.at(0), "InstanceID"), "KROSG:KROSG_VO_MEMCTL_StatisticData:6203:0");
   EXPECT_EQ(maps.at(0).size(), 4U);
 }
 
@@ -136,7 +132,7 @@ TEST_F(TAssembly, AnExceptionOnTheSecondInstanceKeepsTheFirst) {
   ExpectInstance(1);
   const auto maps = Collector(Chip(kVoBridge).MaxInstances(3).Register("R", 0x10, 8)).getData();
   ASSERT_EQ(maps.size(), 1U);
-  EXPECT_EQ(Text(maps[0], "ElementName"), "PCI I/O bridge,0");
+  EXPECT_EQ(TextOf(maps[0], "ElementName"), "PCI I/O bridge,0");
   EXPECT_EQ(logger.Lines().back(),
             Debug("Encountered exception Type mismatch (status 13). during\t\t\t\t\t\t\t\tthe collection of register "
                   "data."));

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "r8/r8errordata.h"
-#include "tests/support/hostprobe.h"
 #include "tests/support/plugintest.h"
 
 namespace testsupport {
@@ -18,15 +17,14 @@ inline constexpr const char* kT4Bridge = "KROSG_T4_PCIIOBRIDGE_StatisticData";
 // The value bytes 01 to 08 after a header of zeros.
 inline TBytes OneToEight() { return RegisterData({1, 2, 3, 4, 5, 6, 7, 8}); }
 
-class TRegisterTest : public TPartTest {
+class TRegisterTest : public TProbedPartTest {
  protected:
   TRegisterTest() { AddStatisticBase(); }
 
   /// Starts with another namespace, for a second class of the same name.
   void StartAnew() {
     collector.reset();
-    ns = velhost::TNamespace::Create();
-    ns->SetMachineType(environment.machineType);
+    RenewNamespace();
     AddStatisticBase();
   }
   /// A class derived from the one with the identification properties.
@@ -37,14 +35,7 @@ class TRegisterTest : public TPartTest {
     collector = std::make_unique<torgareg::R8ErrorData>(chip);
     return *collector;
   }
-  /// The property as the collector would see it.
-  boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Property(const std::string& className, const std::string& name) {
-    const auto& cimClass = *Class(className);
-    const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property = cimClass.Properties()[cimClass.FindProperty(name)];
-    return probe.Wrap(property);
-  }
 
-  THostProbe probe;
   boost::shared_ptr<NKROVEL20::ICIMClass> chip;
   std::unique_ptr<torgareg::R8ErrorData> collector;
 };

@@ -36,9 +36,21 @@ void TCollectorTest::SetMachineType(const std::string& machineType) {
   ns->SetMachineType(machineType);
 }
 
+void AddJfrBases(TNamespace& schema, const std::string& superClass) {
+  for (const char* const name :
+       {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
+    schema.AddClass(TClassBuilder(name, superClass));
+  }
+}
+
 std::string TextOf(const TInstance& instance, const std::string& property) {
   const TCIMValue* const value = instance.Find(property);
   return value == nullptr ? "(not set)" : value->ToString(10);
+}
+
+std::string TextOf(const TPropertyMap& map, const std::string& property) {
+  const auto found = map.find(property);
+  return found == map.end() ? "(absent)" : found->second.ToString(10);
 }
 
 std::vector<unsigned int> NumbersOf(const TCIMValue& value) {

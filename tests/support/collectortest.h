@@ -71,8 +71,13 @@ class TCollectorTest : public ::testing::Test {
   std::vector<boost::shared_ptr<const velhost::TInstance>> committed;
 };
 
+/// Adds the three classes below which the collector looks for delegates.
+void AddJfrBases(velhost::TNamespace& schema, const std::string& superClass = {});
+
 /// The text of a property of an instance; "(not set)" where it is not set.
 std::string TextOf(const velhost::TInstance& instance, const std::string& property);
+/// The text of a collected property; "(absent)" where it is absent.
+std::string TextOf(const NKROVEL20::TPropertyMap& map, const std::string& property);
 /// The numbers in an array value.
 std::vector<unsigned int> NumbersOf(const NKROVEL20::TCIMValue& value);
 

@@ -31,9 +31,11 @@ class TProbedInstance : public ICIMInstance {
   std::string className_;
 };
 
-class TProbedProperty : public ICIMPropertyDecl {
+/// What classes and properties have in common: a name and qualifiers.
+template <typename TInterface>
+class TProbedDeclaration : public TInterface {
  public:
-  TProbedProperty(THostProbe& probe, boost::shared_ptr<ICIMPropertyDecl> inner)
+  TProbedDeclaration(THostProbe& probe, boost::shared_ptr<TInterface> inner)
       : probe_(probe), inner_(std::move(inner)), name_(inner_->GetName({})) {}
   const std::string& GetName(const TPropertyMap& context) const override {
     Enter("GetName()", context);
@@ -44,6 +46,20 @@ class TProbedProperty : public ICIMPropertyDecl {
     if (!Enter("GetQualifier(" + name + ")", context)) return {};
     return inner_->GetQualifier(name, context);
   }
+
+ protected:
+  bool Enter(const std::string& operation, const TPropertyMap& context) const {
+    return probe_.Enter(name_ + "." + operation + " " + THostProbe::ContextText(context));
+  }
+
+  THostProbe& probe_;
+  boost::shared_ptr<TInterface> inner_;
+  std::string name_;
+};
+
+class TProbedProperty : public TProbedDeclaration<ICIMPropertyDecl> {
+ public:
+  using TProbedDeclaration::TProbedDeclaration;
   TCIMValue::TCIMType GetType(const TPropertyMap& context) const override {
     Enter("GetType()", context);
     return inner_->GetType(context);
@@ -52,30 +68,11 @@ class TProbedProperty : public ICIMPropertyDecl {
     if (!Enter("GetClassOrigin()", context)) return {};
     return probe_.Wrap(inner_->GetClassOrigin(context));
   }
-
- private:
-  bool Enter(const std::string& operation, const TPropertyMap& context) const {
-    return probe_.Enter(name_ + "." + operation + " " + THostProbe::ContextText(context));
-  }
-
-  THostProbe& probe_;
-  boost::shared_ptr<ICIMPropertyDecl> inner_;
-  std::string name_;
 };
 
-class TProbedClass : public ICIMClass {
+class TProbedClass : public TProbedDeclaration<ICIMClass> {
  public:
-  TProbedClass(THostProbe& probe, boost::shared_ptr<ICIMClass> inner)
-      : probe_(probe), inner_(std::move(inner)), name_(inner_->GetName({})) {}
-  const std::string& GetName(const TPropertyMap& context) const override {
-    Enter("GetName()", context);
-    return inner_->GetName(context);
-  }
-  boost::shared_ptr<const ICIMQualifier> GetQualifier(const std::string& name,
-                                                      const TPropertyMap& context) const override {
-    if (!Enter("GetQualifier(" + name + ")", context)) return {};
-    return inner_->GetQualifier(name, context);
-  }
+  using TProbedDeclaration::TProbedDeclaration;
   boost::shared_ptr<ICIMClass> GetSuperClass(const TPropertyMap& context) const override {
     if (!Enter("GetSuperClass()", context)) return {};
     return probe_.Wrap(inner_->GetSuperClass(context));
@@ -106,15 +103,6 @@ class TProbedClass : public ICIMClass {
     for (int round = 0; round < probe_.PropertyRounds(); ++round) inner_->EnumeratePropertyDecls(deliver, context);
     if (probe_.AlsoEnumerated()) deliver(probe_.AlsoEnumerated());
   }
-
- private:
-  bool Enter(const std::string& operation, const TPropertyMap& context) const {
-    return probe_.Enter(name_ + "." + operation + " " + THostProbe::ContextText(context));
-  }
-
-  THostProbe& probe_;
-  boost::shared_ptr<ICIMClass> inner_;
-  std::string name_;
 };
 
 class TProbedNamespace : public ICIMNamespace {

@@ -7,6 +7,7 @@
 #include "plugin/logmessage.h"
 #include "plugin/torgaplugin.h"
 #include "tests/support/collectortest.h"
+#include "tests/support/hostprobe.h"
 #include "tests/support/testpeer.h"
 
 namespace testsupport {
@@ -16,6 +17,24 @@ class TPartTest : public TCollectorTest {
  protected:
   TPartTest() { torgareg::LogMessage::setPluginInstance(&pluginManager->provider); }
   ~TPartTest() override { torgareg::LogMessage::setPluginInstance(nullptr); }
+};
+
+/// For one class's collector, which sees the host through `probe`.
+class TProbedPartTest : public TPartTest {
+ protected:
+  /// Another namespace, for a second class of the same name.
+  void RenewNamespace() {
+    ns = velhost::TNamespace::Create();
+    ns->SetMachineType(environment.machineType);
+  }
+  /// The property as the collector would get it.
+  boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Property(const std::string& className, const std::string& name) {
+    const auto& cimClass = *Class(className);
+    const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> property = cimClass.Properties()[cimClass.FindProperty(name)];
+    return probe.Wrap(property);
+  }
+
+  THostProbe probe;
 };
 
 /// With a registered plugin object, which is gone with the test.
