@@ -11,7 +11,7 @@
 
 using namespace NKROVEL20;
 using namespace velhost;
-using testsupport::Require;
+using tests::Require;
 
 namespace {
 

@@ -14,7 +14,7 @@ namespace {
 
 using namespace NKROVEL20;
 using namespace velhost;
-using namespace testsupport;
+using namespace tests;
 
 // Sizes keep their sign but stay below 1 MiB: with gigabytes, most of the time would go into the sanitizer's
 // bookkeeping, which finds nothing.

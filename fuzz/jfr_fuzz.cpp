@@ -9,7 +9,7 @@ namespace {
 
 using namespace NKROVEL20;
 using namespace velhost;
-using namespace testsupport;
+using namespace tests;
 
 const char* const kBase = "KROSG_MEMCTL_StatisticData";
 

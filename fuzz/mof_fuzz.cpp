@@ -9,7 +9,7 @@
 
 using namespace NKROVEL20;
 using namespace velhost;
-using testsupport::Require;
+using tests::Require;
 
 using TTexts = std::map<std::string, std::string>;
 

@@ -6,7 +6,7 @@
 
 using namespace NKROVEL20;
 using namespace velhost;
-using namespace testsupport;
+using namespace tests;
 
 static constexpr const char* kSchema =
     "class KROSG_DCAPFile { string ErrRawData; string Texts[]; uint8 Bytes[]; uint64 Number; real64 Real; char16 Char;"

@@ -9,7 +9,7 @@ namespace {
 
 using namespace NKROVEL20;
 using namespace velhost;
-using namespace testsupport;
+using namespace tests;
 
 // The machine type, the number of instances and the declarations of both registers also come from the input.
 boost::shared_ptr<TNamespace> MakeNamespace(TByteStream& bytes) {

@@ -16,11 +16,10 @@
 #include <thread>
 
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 namespace fs = std::filesystem;
 
@@ -238,4 +237,4 @@ TEST(MemoryReader, FailsAsAFileReaderDoes) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

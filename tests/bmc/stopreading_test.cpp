@@ -3,13 +3,14 @@
 
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/serverfile.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/stoppingreader.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
-using testsupport::LooksThatEnd;
-using testsupport::TStoppingReader;
+using tests::LooksThatEnd;
+using tests::TStoppingReader;
 
 TEST(StopReading, EndsAServerFileBetweenItsNodes) {
   TStoppingReader reader;
@@ -30,4 +31,4 @@ TEST(StopReading, EndsARecordingBetweenItsLines) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

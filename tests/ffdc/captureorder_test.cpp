@@ -3,14 +3,11 @@
 
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TCaptureOrder : public TPluginTest {
  protected:
@@ -92,4 +89,4 @@ TEST_F(TCaptureOrder, OnlyCompletionCodeZeroReportsAClose) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

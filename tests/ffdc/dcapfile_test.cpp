@@ -4,14 +4,11 @@
 #include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TCaptureFile : public TPluginTest {
  protected:
@@ -153,4 +150,4 @@ TEST_F(TCaptureFile, AnEmptyInstanceAsserts) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

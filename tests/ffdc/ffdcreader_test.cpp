@@ -5,14 +5,11 @@
 #include <limits>
 
 #include "nkrovel20/tvelexception.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 const TBytes kHandle = {1, 0, 0, 0};
 const TLine kEnter = Debug("Enter ReadErrFFDC funtion");
@@ -216,4 +213,4 @@ TEST_F(TFfdcReader, ALongNameIsTruncatedOnTheWireAndCompleteInTheInstance) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -3,14 +3,11 @@
 
 #include <limits>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 const TBytes kHandle = {1, 2, 3, 4};
 
@@ -31,7 +28,7 @@ class TReadLoop : public TPluginTest {
     return plugin.ReadStorageArea(size, handle, out.data(), SPLibrary::GetSplibraryInstance(0));
   }
   void Chunk(std::uint32_t offset, std::uint8_t count, const TBytes& data) {
-    sp.Expect(testsupport::Read(kHandle, offset, count).Answers(ReadData(data)));
+    sp.Expect(tests::Read(kHandle, offset, count).Answers(ReadData(data)));
   }
 
   TBytes out;
@@ -113,7 +110,7 @@ TEST_F(TReadLoop, ACompletionCodeEndsItAtAnyChunk) {
     logger.Clear();
     for (std::uint32_t chunk = 0; chunk < failing; ++chunk) Chunk(chunk * 10, 10, Counting(1));
     const std::uint8_t count = failing == 2 ? 5 : 10;
-    sp.Expect(testsupport::Read(kHandle, failing * 10, count).Fails(0xC9));
+    sp.Expect(tests::Read(kHandle, failing * 10, count).Fails(0xC9));
     EXPECT_EQ(Read(25), static_cast<int>(failing) * 10);
     EXPECT_EQ(logger.StartingWith("Response").size(), failing);
     EXPECT_EQ(logger.StartingWith("completeCode:").back(), Debug("completeCode:c9\n"));
@@ -128,7 +125,7 @@ TEST_F(TReadLoop, CompletionCodesAreHexadecimalWithoutLeadingZeros) {
   for (const auto& [code, text] : std::vector<std::pair<std::uint8_t, std::string>>{
            {0x01, "1"}, {0x0F, "f"}, {0x10, "10"}, {0xAB, "ab"}, {0xFF, "ff"}}) {
     logger.Clear();
-    sp.Expect(testsupport::Read(kHandle, 0, 10).Fails(code));
+    sp.Expect(tests::Read(kHandle, 0, 10).Fails(code));
     EXPECT_EQ(Read(10), 0);
     EXPECT_EQ(logger.Lines()[2], Debug("completeCode:" + text + "\n"));
   }
@@ -137,7 +134,7 @@ TEST_F(TReadLoop, CompletionCodesAreHexadecimalWithoutLeadingZeros) {
 // Without an answer, the buffer still holds the request, whose byte 4 is the command.
 TEST_F(TReadLoop, ALostAnswerShowsTheCommandAsItsCode) {
   Chunk(0, 10, Counting(1));
-  sp.Expect(testsupport::Read(kHandle, 10, 10).Lost());
+  sp.Expect(tests::Read(kHandle, 10, 10).Lost());
   EXPECT_EQ(Read(30), 10);
   EXPECT_EQ(logger.StartingWith("completeCode:").back(), Debug("completeCode:90\n"));
 }
@@ -163,7 +160,7 @@ TEST_F(TReadLoop, TheLengthDecidesHowMuchIsCopied) {
                            TCase{256, 10}, TCase{70000, 10}, TCase{4, 0}, TCase{0, 0}, TCase{-1, 0}, TCase{-70000, 0},
                            TCase{std::numeric_limits<int>::max(), 10}, TCase{std::numeric_limits<int>::min(), 0}}) {
     logger.Clear();
-    sp.Expect(testsupport::Read(kHandle, 0, 10).Answers(ReadData(Counting(1))).WithLength(one.length));
+    sp.Expect(tests::Read(kHandle, 0, 10).Answers(ReadData(Counting(1))).WithLength(one.length));
     EXPECT_EQ(Read(10), 10);
     TBytes expected = Counting(1, one.copied);
     expected.resize(10);
@@ -194,11 +191,11 @@ TEST_F(TReadLoop, ANegativeSizeReadsOnUntilACodeEndsIt) {
   for (const int size : {-10, -25, std::numeric_limits<int>::min()}) {
     for (std::uint32_t chunk = 0; chunk < 40; ++chunk)
       Chunk(chunk * 10, 10, Counting(static_cast<std::uint8_t>(chunk + 1)));
-    sp.Expect(testsupport::Read(kHandle, 400, 10).Fails(0xC9));
+    sp.Expect(tests::Read(kHandle, 400, 10).Fails(0xC9));
     EXPECT_EQ(Read(size), 400);
     EXPECT_EQ(out, Counting(1)) << "there is room for the first chunk alone";
   }
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

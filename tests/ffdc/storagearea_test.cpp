@@ -1,14 +1,11 @@
 // The four storage-area commands: exact requests, exact traces, every kind of failure.
 #include <gtest/gtest.h>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TStorageArea : public TPluginTest {
  protected:
@@ -194,4 +191,4 @@ TEST_F(TStorageArea, HandleBytesAreSentUnchanged) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

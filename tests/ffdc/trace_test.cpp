@@ -1,15 +1,12 @@
 // The whole trace of one request for the capture files, line by line.
 #include <gtest/gtest.h>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 #include "tests/support/tracefile.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 const TBytes kOne = {1, 0, 0, 0};
 const TBytes kTwo = {2, 0, 0, 0};
@@ -55,4 +52,4 @@ TEST_F(TCaptureTrace, ThreeFilesOfTwoNodesWithEveryKindOfFailure) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

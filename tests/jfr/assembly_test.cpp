@@ -5,13 +5,10 @@
 #include "nkrovel20/tvelexception.h"
 #include "tests/jfr/blocktest.h"
 #include "tests/support/dumptext.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TMaps = std::vector<TPropertyMap>;
 
@@ -269,4 +266,4 @@ TEST_F(TIdentity, BothClassesLiveAsLongAsTheCollector) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

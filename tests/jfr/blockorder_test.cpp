@@ -5,14 +5,11 @@
 #include "host/model/assertionfailure.h"
 #include "jfr/TNOVRequesttorgareg.h"
 #include "tests/jfr/blocktest.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/timezone.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TBlockOrder : public TBlockTest {
  protected:
@@ -143,4 +140,4 @@ TEST_F(TRequestOrder, ACompletionCodeAddsNothingToATranscript) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -5,9 +5,10 @@
 #include <string>
 
 #include "jfr/TJFRErrorData.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace testsupport {
+namespace tests {
 
 inline constexpr const char* kBridgeBase = "KROSG_PCIIOBRIDGE_StatisticData";
 
@@ -73,4 +74,4 @@ class TBlockTest : public TProbedPartTest {
   std::unique_ptr<torgareg::TJFRErrorData> collector;
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -4,13 +4,10 @@
 #include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/jfr/blocktest.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TNumbers = std::vector<unsigned int>;
 
@@ -255,4 +252,4 @@ TEST_F(TBlockSelection, TheTimeIsReadFirstAndJoinsTheRegisters) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -6,14 +6,11 @@
 #include "jfr/TNOVRequesttorgareg.h"
 #include "nkrovel20/splibrary.h"
 #include "tests/jfr/blocktest.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/virtualtable.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 static_assert(std::is_standard_layout_v<TNOVRequestTorgaReg>, "no virtual operation, no base");
 static_assert(std::has_virtual_destructor_v<TJFRErrorData>);
@@ -53,4 +50,4 @@ TEST_F(TJfrLayout, TheFlagSaysWhichCopyTheTimeCameFrom) {
 TEST_F(TJfrLayout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

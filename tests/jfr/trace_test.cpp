@@ -2,14 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "tests/jfr/blocktest.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/tracefile.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TJfrTrace : public TPluginTest {
  protected:
@@ -37,4 +34,4 @@ TEST_F(TJfrTrace, AWholeBlockNoBlockAndAShortOne) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -2,14 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "jfr/TNOVRequesttorgareg.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 const char* const kUnable = "Unable to communicate with system management hardware. Could not collect register data.";
 
@@ -211,4 +208,4 @@ TEST_F(TUncalledRequests, LengthsThatLie) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -6,8 +6,9 @@
 
 #include "nkrovel20/icimobjects.h"
 #include "nkrovel20/taddtovectorcallback.h"
+#include "tests/support/namespaces.h"
 
-namespace NKROVEL20 {
+namespace tests {
 namespace {
 
 using TClassCallback = TAddToVectorCallback<ICIMClass>;
@@ -59,4 +60,4 @@ TEST(TAddToVectorCallback, KeepsTheObjectsAlive) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace tests

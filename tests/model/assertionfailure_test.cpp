@@ -7,8 +7,9 @@
 #include "nkrovel20/icimobjects.h"
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 template <typename TOperation>
@@ -60,4 +61,4 @@ TEST(AssertionFailure, BothOfBoostsHandlersThrowIt) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -7,11 +7,10 @@
 #include "host/model/cimnamespace.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using TNames = std::vector<std::string>;
 
@@ -208,4 +207,4 @@ TEST(CaseInsensitive, FoldsOnlyAsciiLetters) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

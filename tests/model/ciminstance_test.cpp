@@ -7,11 +7,10 @@
 #include "host/model/cimnamespace.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 
@@ -159,4 +158,4 @@ TEST_F(CimInstance, AnUncommittedInstanceIsDropped) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

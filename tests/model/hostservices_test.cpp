@@ -11,8 +11,9 @@
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tosspecific.h"
 #include "nkrovel20/trootobject.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 class TFixedEnvironment : public IHostEnvironment {
@@ -91,4 +92,4 @@ TEST_F(HostServices, TheSystemTimeIsInTheZoneOfTheProcess) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 TEST(TCIMDateTime, PrintsAsACimDatetime) {
   EXPECT_EQ(TCIMDateTime(2024, 12, 31, 23, 59, 58, 0, 0).ToString(), "20241231235958.000000+000");
@@ -108,4 +107,4 @@ TEST(TCIMDateTime, CopiesAreIndependent) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -4,11 +4,10 @@
 
 #include "nkrovel20/tcimvalue.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 
@@ -58,4 +57,4 @@ TEST(TCIMType, CopiesCompareEqual) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -6,11 +6,10 @@
 #include <type_traits>
 
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 using TValues = std::vector<TCIMValue>;
@@ -254,4 +253,4 @@ TEST(TCIMValue, MapsAreIteratedInAscendingOrderOfNames) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -7,11 +7,10 @@
 
 #include "nkrovel20/tcimvalue.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using TType = TCIMValue::TCIMType;
 using TValues = std::vector<TCIMValue>;
@@ -236,4 +235,4 @@ TEST(TCIMValueConversion, MeaninglessConversionsAreRefused) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -4,8 +4,9 @@
 #include <limits>
 
 #include "nkrovel20/tcimvalue.h"
+#include "tests/support/namespaces.h"
 
-namespace NKROVEL20 {
+namespace tests {
 namespace {
 
 using TType = TCIMValue::TCIMType;
@@ -110,4 +111,4 @@ TEST(TCIMValueText, TheConversionToTextIsInRadixTen) {
 }
 
 }  // namespace
-}  // namespace NKROVEL20
+}  // namespace tests

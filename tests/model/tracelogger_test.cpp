@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 namespace {
 
 TEST(TraceLogger, SeveritiesHaveNames) {
@@ -79,4 +81,4 @@ TEST(TraceLogger, WithoutASinkLinesGoNowhere) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -6,8 +6,9 @@
 #include <thread>
 
 #include "host/model/failuredetail.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 TEST(TVELStatusCode, EachNumberHasItsText) {
@@ -67,4 +68,4 @@ TEST(FailureDetail, BelongsToItsThread) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -4,11 +4,10 @@
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 class TCaptureFolderTest : public TOutputTest {
  protected:
@@ -106,4 +105,4 @@ TEST(TDecodeHexPairsTest, RefusesEveryOtherText) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

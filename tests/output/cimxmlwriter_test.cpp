@@ -1,7 +1,8 @@
 #include "host/output/objectpath.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 class TCimXmlWriterTest : public TAwkwardTest {
@@ -130,4 +131,4 @@ TEST(TObjectPathTest, RefusesEverythingElse) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

@@ -10,7 +10,7 @@
 #include <set>
 #include <stdexcept>
 
-namespace velhost::OutputTest {
+namespace tests {
 
 TToolResult RunTool(const std::string& command) {
   std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
@@ -57,4 +57,4 @@ std::string TTemporaryFolder::Names() const {
   return text;
 }
 
-}  // namespace velhost::OutputTest
+}  // namespace tests

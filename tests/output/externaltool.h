@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <string>
 
-namespace velhost::OutputTest {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 struct TToolResult {
   int exitStatus;      ///< -1 where it did not end by itself
@@ -34,4 +36,4 @@ class TTemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace velhost::OutputTest
+}  // namespace tests

@@ -1,6 +1,6 @@
 #include "tests/output/outputfixture.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 class TJsonValueTest : public TOutputTest {
@@ -161,4 +161,4 @@ TEST_F(TJsonWriterTest, ListsInheritedPropertiesFirst) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

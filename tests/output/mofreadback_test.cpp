@@ -3,8 +3,9 @@
 
 #include "host/schema/schemareader.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 constexpr const char* kSchema = R"(
@@ -133,4 +134,4 @@ TEST_F(TMofReadBackTest, WhatMofCannotSayReadsBackAsTheNearestThing) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

@@ -1,6 +1,6 @@
 #include "tests/output/outputfixture.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 class TMofWriterTest : public TAwkwardTest {
@@ -123,4 +123,4 @@ TEST_F(TMofWriterTest, MarksAnIncompleteInstance) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

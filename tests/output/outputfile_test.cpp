@@ -14,11 +14,10 @@
 
 #include "tests/output/externaltool.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 class TOutputFileTest : public testing::Test {
  protected:
@@ -372,4 +371,4 @@ TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

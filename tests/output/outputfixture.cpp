@@ -2,7 +2,7 @@
 
 #include <limits>
 
-namespace velhost::OutputTest {
+namespace tests {
 
 TPropertyDefinition Property(const std::string& name, TType type, bool isArray) {
   TPropertyDefinition property;
@@ -132,4 +132,4 @@ TInstancePtr TAwkwardTest::Awkward() {
   return Make(Define("KROSG_Awkward", "", properties), values);
 }
 
-}  // namespace velhost::OutputTest
+}  // namespace tests

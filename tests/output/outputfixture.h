@@ -12,8 +12,9 @@
 #include "host/model/ciminstance.h"
 #include "host/model/cimnamespace.h"
 #include "host/output/writers.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 
 using TType = TCIMValue::TCIMType;
 using TInstancePtr = boost::shared_ptr<TInstance>;
@@ -64,4 +65,4 @@ class TAwkwardTest : public TOutputTest {
   TInstancePtr Awkward();
 };
 
-}  // namespace velhost::OutputTest
+}  // namespace tests

@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/namespaces.h"
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -216,4 +217,4 @@ TEST_F(TProgressTest, ShowsNamesWithoutDisturbingTheTerminal) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

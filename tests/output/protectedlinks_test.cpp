@@ -13,11 +13,10 @@
 #include "host/output/outputfile.h"
 #include "tests/output/externaltool.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 namespace fs = std::filesystem;
 
@@ -118,4 +117,4 @@ TEST_F(TProtectedLinksTest, APipeOfAnotherUserIsRefused) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

@@ -2,8 +2,9 @@
 
 #include "host/base/utf8.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 class TTableWriterTest : public TAwkwardTest {
@@ -230,4 +231,4 @@ TEST_F(TTableWriterTest, KeepsToItsWidth) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

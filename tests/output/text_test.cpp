@@ -7,8 +7,9 @@
 #include "host/output/summarytext.h"
 #include "host/output/tablelayout.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 TEST(TUtf8Test, ReadsTheFirstAndLastCharacterOfEachLength) {
@@ -168,4 +169,4 @@ TEST(TSafeTextTest, KeepsTheEndsOfLinesAndTabsOfLines) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

@@ -6,8 +6,9 @@
 
 #include "host/base/utf8.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 const std::vector<char32_t> kBeyondAscii = {0x80,   0x85,   0x9B,   0x9F,   0x061C, 0x200E, 0x200F, 0x2028, 0x2029,
@@ -83,4 +84,4 @@ TEST_F(TUnsafeFormsTest, ReadsBackAsItWas) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

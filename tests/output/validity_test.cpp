@@ -1,8 +1,9 @@
 // Whole documents with awkward values, held against the published grammars by tools of others.
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::OutputTest {
+namespace tests {
 namespace {
 
 class TValidityTest : public TAwkwardTest {
@@ -87,4 +88,4 @@ TEST_F(TValidityTest, TheSchemaRefusesWhatIsNoCollection) {
 }
 
 }  // namespace
-}  // namespace velhost::OutputTest
+}  // namespace tests

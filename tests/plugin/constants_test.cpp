@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/plugin/constantsseenelsewhere.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
 
 std::vector<const std::string*> Constants(){
@@ -60,4 +61,4 @@ TEST(TConstants, EverySourceFileHasItsOwnCopies) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -2,10 +2,10 @@
 
 #include "plugin/constants.h"
 
-namespace torgareg::elsewhere {
+namespace tests::elsewhere {
 
 std::vector<const std::string*> Constants() {
 #include "tests/plugin/constantslist.inc"
 }
 
-}  // namespace torgareg::elsewhere
+}  // namespace tests::elsewhere

@@ -4,9 +4,11 @@
 #include <string>
 #include <vector>
 
-namespace torgareg::elsewhere {
+#include "tests/support/namespaces.h"
+
+namespace tests::elsewhere {
 
 /// Addresses of that file's 32 copies, in table order.
 std::vector<const std::string*> Constants();
 
-}  // namespace torgareg::elsewhere
+}  // namespace tests::elsewhere

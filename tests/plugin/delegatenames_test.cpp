@@ -1,14 +1,11 @@
 // Delegates whose names also belong to another path: they are collected as delegates.
 #include <gtest/gtest.h>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TLines = std::vector<TLine>;
 
@@ -90,4 +87,4 @@ TEST_F(TDelegateNames, ABaseClassMayBeTheDelegateOfAnother) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

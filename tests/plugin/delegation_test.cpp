@@ -7,14 +7,11 @@
 #include "nkrovel20/tvelexception.h"
 #include "plugin/issubstring.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TDelegation : public TPluginTest {
  protected:
@@ -134,4 +131,4 @@ TEST(TIsSubString, DeclaresTheTypesThatBindersNeed) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

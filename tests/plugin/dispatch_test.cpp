@@ -5,13 +5,10 @@
 
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TDispatch : public TDispatchTest {};
 
@@ -281,4 +278,4 @@ TEST_F(TDispatch, TheVectorIsNotModified) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

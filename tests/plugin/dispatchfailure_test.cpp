@@ -5,13 +5,10 @@
 #include "nkrovel20/tvelexception.h"
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TDispatchFailure : public TDispatchTest {
  protected:
@@ -107,4 +104,4 @@ TEST_F(TDispatchFailure, CaptureFilesWithoutTheirClassAssertAndLaterKeysAreNotRe
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

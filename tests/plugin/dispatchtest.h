@@ -4,9 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace testsupport {
+namespace tests {
 
 class TDispatchTest : public TPluginTest {
  protected:
@@ -52,4 +53,4 @@ class TDispatchTest : public TPluginTest {
   }
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -10,14 +10,11 @@
 #include "r8/r8errordata.h"
 #include "tests/plugin/librarytest.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/testpeer.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TCalls = std::vector<std::string>;
 
@@ -156,4 +153,4 @@ TEST_F(TValueCalls, OffsetElementsAreReadBeforeTheWidthIsQueried) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -6,14 +6,11 @@
 #include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TInstanceBuilder : public TPluginTest {
  protected:
@@ -174,4 +171,4 @@ TEST_F(TInstanceBuilder, AnEmptyInstanceFromTheHostAsserts) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -2,13 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/plugin/dispatchtest.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 struct TState {
   TPluginManagerProvider* pluginProvider;
@@ -120,4 +117,4 @@ TEST_F(TKeptState, AnInvalidClassKeepsTheCurrentClass) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

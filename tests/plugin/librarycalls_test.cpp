@@ -9,13 +9,10 @@
 #include "r8/r8errordata.h"
 #include "tests/plugin/librarytest.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TLibraryCalls : public TLibraryTest {};
 class TStorageAreaCalls : public TPluginLibraryTest {};
@@ -218,4 +215,4 @@ TEST_F(TLibraryCalls, ATimeThatCannotBeBrokenDownIsReportedTwice) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

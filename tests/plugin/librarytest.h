@@ -10,9 +10,10 @@
 #include "host/plugins/pluginregistry.h"
 #include "plugin/torgaplugin.h"
 #include "tests/plugin/replacedhost.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/recordinglogger.h"
 
-namespace testsupport {
+namespace tests {
 
 /// For parts that work without a plugin object; the log facade is registered.
 class TLibraryTest : public ::testing::Test {
@@ -78,4 +79,4 @@ class TPluginLibraryTest : public TLibraryTest {
   torgareg::TTORGARegPluginCallbacks* plugin;
 };
 
-}  // namespace testsupport
+}  // namespace tests

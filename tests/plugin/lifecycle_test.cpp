@@ -5,14 +5,11 @@
 
 #include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TLifecycle : public TPluginTest {};
 class TConstruction : public TCollectorTest {
@@ -166,4 +163,4 @@ TEST_F(TConstruction, TheDestructorReleasesTheClassWithoutUnregistering) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

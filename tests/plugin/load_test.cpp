@@ -5,11 +5,10 @@
 #include "host/model/assertionfailure.h"
 #include "host/plugins/pluginloader.h"
 #include "tests/support/collectortest.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 // Sanitizer builds keep libraries mapped on purpose, and a mapped library is not initialised again: there, it
 // can be loaded only once per process.
@@ -107,4 +106,4 @@ TEST_F(TLoadedLibrary, ItsExceptionsReachTheHost) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

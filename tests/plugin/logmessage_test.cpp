@@ -5,14 +5,11 @@
 #include <locale>
 #include <type_traits>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TLogFacade : public TPartTest {
  protected:
@@ -113,4 +110,4 @@ TEST(TDataToString, IgnoresTheLocale) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

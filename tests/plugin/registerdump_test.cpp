@@ -8,8 +8,9 @@
 #include "plugin/registerdump.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "r8/r8errordata.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
 
 using TDump = std::string (*)(unsigned char*, unsigned long);
@@ -89,4 +90,4 @@ TEST(THexPairs, AreTwoLowerCaseDigitsAndASpace) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

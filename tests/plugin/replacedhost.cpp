@@ -9,7 +9,7 @@
 #include "nkrovel20/tcimvalue.h"
 #include "nkrovel20/trootobject.h"
 
-namespace testsupport {
+namespace tests {
 
 TReplacedHost library;
 
@@ -25,11 +25,11 @@ TFunction* Original(const char* symbol) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests
 
-using testsupport::library;
-using testsupport::Note;
-using testsupport::Original;
+using tests::library;
+using tests::Note;
+using tests::Original;
 
 // The form of operator new that reports failure as a null pointer.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {

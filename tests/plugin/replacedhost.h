@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 struct TSent {
   int capacity;
@@ -37,4 +39,4 @@ struct TReplacedHost {
 
 extern TReplacedHost library;
 
-}  // namespace testsupport
+}  // namespace tests

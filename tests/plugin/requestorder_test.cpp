@@ -5,13 +5,10 @@
 #include "host/model/assertionfailure.h"
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TRequestOrder : public TDispatchTest {
  protected:
@@ -114,4 +111,4 @@ TEST_F(TRequestOrder, AnR8ClassWithoutInstancesStillReachesTheBuilder) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

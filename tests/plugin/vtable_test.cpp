@@ -3,15 +3,12 @@
 
 #include <cstdint>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 #include "tests/support/virtualtable.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TTextQuery = std::string(void*);
 using TVoidCall = void(void*);
@@ -106,4 +103,4 @@ TEST_F(TVirtualTable, FieldsAreInDeclarationOrder) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -9,11 +9,10 @@
 #include "host/model/hostservices.h"
 #include "tests/plugins/plugins/testplugin.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using testplugin::Register;
 using testplugin::TTestPlugin;
@@ -161,4 +160,4 @@ TEST(PluginLoaderDeathTest, TheDefaultHandlerPrintsAndLeavesWithStatus70) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -6,8 +6,9 @@
 #include <boost/pointer_cast.hpp>
 
 #include "tests/plugins/plugins/testplugin.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using testplugin::TTestPlugin;
@@ -77,4 +78,4 @@ TEST_F(PluginRegistry, IsANamespaceWithoutClasses) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -14,11 +14,10 @@
 #include "host/plugins/pluginloader.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 namespace fs = std::filesystem;
 
@@ -225,4 +224,4 @@ TEST_F(RealLibrariesDeathTest, AnInitialiserThatThrowsEndsTheProcessWithStatus70
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

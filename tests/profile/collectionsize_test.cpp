@@ -4,11 +4,12 @@
 
 #include "host/model/cimnamespace.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::CollectorProfile {
+namespace tests {
 namespace {
 
-using namespace testsupport;
+using namespace CollectorProfile;
 
 using TType = TCIMValue::TCIMType;
 
@@ -105,4 +106,4 @@ TEST_F(CollectionSize, MachineTypesCountForEachClassThatHasThem) {
 }
 
 }  // namespace
-}  // namespace velhost::CollectorProfile
+}  // namespace tests

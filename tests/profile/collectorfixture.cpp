@@ -5,10 +5,9 @@
 #include "host/bmc/commandframe.h"
 #include "host/plugins/pluginloader.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
-
-using namespace testsupport;
+namespace tests {
 
 namespace {
 
@@ -96,4 +95,4 @@ void TLoadedCollectorTest::Collect(const boost::shared_ptr<TNamespace>& schema,
 
 void AddRoot(TNamespace& schema) { schema.AddClass(TClassBuilder("CIM_StatisticalData").Identification()); }
 
-}  // namespace velhost
+}  // namespace tests

@@ -11,8 +11,9 @@
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 
 struct TRegisterRead {
   int chip;
@@ -75,4 +76,4 @@ class TLoadedCollectorTest : public testing::Test, private IHostEnvironment {
 /// Adds the root class of every schema here: CIM_StatisticalData with the four identification properties.
 void AddRoot(TNamespace& schema);
 
-}  // namespace velhost
+}  // namespace tests

@@ -4,11 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 namespace Profile = CollectorProfile;
 using Profile::EPath;
@@ -226,4 +225,4 @@ TEST(CollectorProfileValues, OtherValuesAreNotRegisters) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

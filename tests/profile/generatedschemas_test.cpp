@@ -9,11 +9,10 @@
 #include "host/profile/collectorprofile.h"
 #include "tests/profile/collectorfixture.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 namespace Profile = CollectorProfile;
 using Profile::EPath;
@@ -178,4 +177,4 @@ TEST_F(GeneratedSchemas, TheProfilePredictsWhatTheCollectorServes) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

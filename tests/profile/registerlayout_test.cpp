@@ -4,13 +4,12 @@
 #include "host/profile/collectorprofile.h"
 #include "tests/profile/collectorfixture.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 #include "wire/registerblock.h"
 #include "wire/registerread.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 namespace Profile = CollectorProfile;
 using Profile::EPath;
@@ -180,4 +179,4 @@ TEST_F(RegisterLayout, ACaptureFileHasTheProfilesProperties) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -9,11 +9,10 @@
 #include "nkrovel20/tvelexception.h"
 #include "tests/profile/collectorfixture.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 using CollectorProfile::EPath;
 using CollectorProfile::IsRegister;
@@ -118,4 +117,4 @@ TEST_F(SkippedProperties, AClassWithoutASuperclassEndsInAnAssertion) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

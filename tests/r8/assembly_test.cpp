@@ -3,13 +3,10 @@
 
 #include "host/model/assertionfailure.h"
 #include "tests/r8/registertest.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TAssembly : public TRegisterTest {
  protected:
@@ -180,4 +177,4 @@ TEST_F(TAssembly, TheClassLivesAsLongAsTheCollector) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -2,14 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "r8/r8errordata.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TConversion : public TPartTest {
  protected:
@@ -74,4 +71,4 @@ TEST_F(TConversion, FourMachineTypesFormTheEightByteFamily) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

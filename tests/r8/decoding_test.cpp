@@ -5,13 +5,10 @@
 #include "nkrovel20/tvelexception.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/dumptext.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TNumbers = std::vector<unsigned int>;
 
@@ -228,4 +225,4 @@ TEST_F(TDecoding, TheHostIsCalledInOrderAndOncePerUseOfTheMachineType) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

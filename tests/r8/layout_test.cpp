@@ -5,14 +5,11 @@
 
 #include "nkrovel20/splibrary.h"
 #include "tests/r8/registertest.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/virtualtable.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 static_assert(std::is_standard_layout_v<IPMIRequestTorgaReg>, "no virtual operation, no base");
 static_assert(std::has_virtual_destructor_v<R8ErrorData>);
@@ -44,4 +41,4 @@ TEST_F(TR8Layout, TheReservedTextStaysEmpty) {
 TEST_F(TR8Layout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<R8ErrorData>(), 2U); }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -4,13 +4,10 @@
 #include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/r8/registertest.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 using TNumbers = std::vector<unsigned int>;
 
@@ -173,4 +170,4 @@ TEST_F(TSelection, ExceptionsFromTheEnumerationPropagate) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -9,13 +9,10 @@
 #include "r8/ipmirequesttorgareg.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/dumptext.h"
+#include "tests/support/namespaces.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TReadOrder : public TRegisterTest {};
 
@@ -183,4 +180,4 @@ TEST_F(TReadOrder, NamesAreNotUsedAfterTheirClassObjectIsGone) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -5,9 +5,10 @@
 #include <string>
 
 #include "r8/r8errordata.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace testsupport {
+namespace tests {
 
 inline constexpr const char* kVoMemory = "KROSG_VO_MEMCTL_StatisticData";
 inline constexpr const char* kVoBridge = "KROSG_VO_PCIIOBRIDGE_StatisticData";
@@ -40,4 +41,4 @@ class TRegisterTest : public TProbedPartTest {
   std::unique_ptr<torgareg::R8ErrorData> collector;
 };
 
-}  // namespace testsupport
+}  // namespace tests

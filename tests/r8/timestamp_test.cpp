@@ -2,14 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "tests/r8/registertest.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/timezone.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TTimestamp : public TRegisterTest {
  protected:
@@ -79,4 +76,4 @@ TEST_F(TTimestamp, AFailedReadGivesNullAndADebugLineWithoutAFullStop) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -1,16 +1,13 @@
 // The whole trace of one request for an R8 class, line by line.
 #include <gtest/gtest.h>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 #include "tests/support/timezone.h"
 #include "tests/support/tracefile.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 class TR8Trace : public TPluginTest {
  protected:
@@ -44,4 +41,4 @@ TEST_F(TR8Trace, TwoBridgesOneOfWhichRefusesARegister) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -3,14 +3,11 @@
 
 #include "r8/ipmirequesttorgareg.h"
 #include "tests/support/dumptext.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
-namespace torgareg {
+namespace tests {
 namespace {
-
-using namespace NKROVEL20;
-using namespace velhost;
-using namespace testsupport;
 
 // Data of a register read in which all bytes differ: header 81-86, value 01-08, then more.
 TBytes Distinct(std::size_t count) {
@@ -212,4 +209,4 @@ TEST_F(TTransport, ASlowAnswerIsWaitedFor) {
 }
 
 }  // namespace
-}  // namespace torgareg
+}  // namespace tests

@@ -6,7 +6,7 @@ namespace sweep {
 
 using namespace NKROVEL20;
 using namespace velhost;
-using testsupport::TClassBuilder;
+using tests::TClassBuilder;
 
 std::vector<std::string> AllClasses() { return {kJfrClass, kBridgeClass, kMemoryClass, kFileClass}; }
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <regex>
 
-namespace velhost {
+namespace tests {
 
 namespace {
 
@@ -188,4 +188,4 @@ std::vector<std::string> TAnnotatedCase::Of(std::string_view kind) const {
 
 TAnnotatedMof ParseAnnotatedMof(std::string_view text) { return TParser().Parse(text); }
 
-}  // namespace velhost
+}  // namespace tests

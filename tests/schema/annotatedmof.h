@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 struct TAnnotatedText {
   std::string path;
@@ -46,4 +48,4 @@ struct TAnnotatedMof {
 
 TAnnotatedMof ParseAnnotatedMof(std::string_view text);
 
-}  // namespace velhost
+}  // namespace tests

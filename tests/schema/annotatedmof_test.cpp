@@ -2,8 +2,9 @@
 #include <gmock/gmock.h>
 
 #include "tests/schema/casejudge.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using testing::ElementsAre;
@@ -124,4 +125,4 @@ TEST(AnnotatedMof, WhatIsNotWellFormedIsSaid) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -6,8 +6,9 @@
 #include <functional>
 
 #include "tests/schema/schemastatements.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 
 namespace {
 
@@ -130,4 +131,4 @@ std::vector<std::string> Differences(const TAnnotatedCase& annotated) {
   return differences;
 }
 
-}  // namespace velhost
+}  // namespace tests

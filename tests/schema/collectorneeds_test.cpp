@@ -2,8 +2,9 @@
 #include "host/schema/collectorneeds.h"
 
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 const std::string kCollectorQualifiers =
@@ -300,4 +301,4 @@ TEST(CollectorNeeds, MachineTypesOfAllClassesTogether) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

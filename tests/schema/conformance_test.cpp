@@ -7,8 +7,9 @@
 #include <iterator>
 
 #include "tests/schema/casejudge.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 namespace fs = std::filesystem;
@@ -53,4 +54,4 @@ TEST(ConformanceCases, AreNotLost) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

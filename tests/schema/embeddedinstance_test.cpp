@@ -1,7 +1,7 @@
 // Strings that hold MOF: what is wrong in them stands where their text does.
 #include "tests/schema/schemafixture.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 const std::string kClasses =
@@ -109,4 +109,4 @@ TEST(EmbeddedInstance, QualifierStandsOnAString) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -9,8 +9,9 @@
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemacheck.h"
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 const std::string kNotShown =
@@ -21,7 +22,7 @@ class TOutside {
   explicit TOutside(const std::string& text, const std::string& inside = "") {
     schema_.File("in/a.mof", "#pragma include(\"../secret\")\n" + inside).File("secret", text);
   }
-  std::string Shown() { return velhost::Shown(schema_.Read({"in/a.mof"})); }
+  std::string Shown() { return tests::Shown(schema_.Read({"in/a.mof"})); }
 
  private:
   TSchemaText schema_;
@@ -186,4 +187,4 @@ TEST_F(HiddenLinks, TheCurrentFolderHasNoName) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -1,7 +1,7 @@
 // Syntax errors: each message with its place and caret, and where reading goes on afterwards.
 #include "tests/schema/schemafixture.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 // The one diagnostic as a user sees it.
@@ -201,4 +201,4 @@ TEST(MofRecovery, InstanceKeepsItsOtherValues) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

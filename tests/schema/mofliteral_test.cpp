@@ -2,8 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 struct TRangeCase {
@@ -253,4 +254,4 @@ TEST(NullLiteral, FitsEveryType) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

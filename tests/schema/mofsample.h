@@ -1,7 +1,9 @@
 // A schema that uses the whole of the language; also what the truncation and mutation tests start from.
 #pragma once
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 inline const char* const kMofSample = R"MOF(// Copyright line
 /* Block comment ** with stars /* and no nesting */
@@ -76,4 +78,4 @@ instance of CIM_Setting as $Second { [Description("here")] InstanceID = "two"; }
 instance of CIM_ElementSetting { Element = $First; Setting = "CIM_Setting.InstanceID=\"two\""; };
 )MOF";
 
-}  // namespace velhost
+}  // namespace tests

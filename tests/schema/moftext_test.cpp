@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
-namespace velhost::Mof {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 namespace {
+
+using namespace Mof;
 
 std::size_t Bad(const std::string& text) { return FindBadByte(text, 0); }
 
@@ -79,4 +83,4 @@ TEST(TakeCharacter, SizesAndCodes) {
 }
 
 }  // namespace
-}  // namespace velhost::Mof
+}  // namespace tests

@@ -2,8 +2,9 @@
 #include "tests/schema/mofsample.h"
 
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 TEST(MofWhole, ReadsWithoutAWord) { EXPECT_EQ(Shown(ReadText(kMofSample)), ""); }
@@ -30,4 +31,4 @@ TEST(MofWhole, LineEndsOfOtherSystems) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 namespace {
 
 TEST(NameHint, NearestOfTheOffered) {
@@ -50,4 +52,4 @@ TEST(NameHint, NothingIsWantedOnceNoStepIsLeft) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

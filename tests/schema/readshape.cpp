@@ -10,8 +10,7 @@
 
 namespace {
 
-using namespace NKROVEL20;
-using namespace velhost;
+using namespace tests;
 
 void Read(const TSchemaShape& shape, int size) {
   TMemoryReader reader;

@@ -3,8 +3,9 @@
 #pragma once
 
 #include "tests/schema/schemashapes.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 
 /// "{ "a text", ... }" of 20 elements for each one of `count`, and then `last`.
 inline std::string LongList(int count, const std::string& last = "\"end\"") {
@@ -110,4 +111,4 @@ inline const std::vector<TSchemaShape> kSchemaAttacks = {
      [](int n) { return Repeated(n, [](auto& i) { return "#pragma include(\"none" + i + ".mof\")\n"; }); }},
 };
 
-}  // namespace velhost
+}  // namespace tests

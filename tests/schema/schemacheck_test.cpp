@@ -2,8 +2,9 @@
 #include "host/schema/schemacheck.h"
 
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 class TStringSink : public ITextSink {
@@ -102,4 +103,4 @@ TEST(SchemaCheck, PathsWithoutALineAreAllNamed) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

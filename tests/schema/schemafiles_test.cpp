@@ -10,11 +10,10 @@
 #include "host/base/hosterror.h"
 #include "tests/schema/schemafixture.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
-
-using namespace testsupport;
 
 std::string ClassNames(const TSchemaResult& result) {
   std::string names;
@@ -209,4 +208,4 @@ TEST_F(SchemaFolder, ThatMayNotBeRead) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -8,8 +8,9 @@
 #include <utility>
 
 #include "host/schema/schemareader.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 
 /// Qualifiers that most tests need, on one line, so that line 2 is the first of the test's own text.
 inline const std::string kQualifiers =
@@ -74,4 +75,4 @@ inline std::string DefaultOf(const std::string& type, const std::string& literal
   return PropertyOf(result, "A", "p").defaultValue.ToString(10);
 }
 
-}  // namespace velhost
+}  // namespace tests

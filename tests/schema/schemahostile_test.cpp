@@ -7,8 +7,9 @@
 #include "host/schema/schemacheck.h"
 #include "tests/schema/mofsample.h"
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 // Reads and checks; what makes a schema unreadable must be said, with a place inside the text.
@@ -126,4 +127,4 @@ TEST(SchemaHostile, MachineryStaysInBoundsOfTheModel) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

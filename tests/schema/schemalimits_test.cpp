@@ -1,7 +1,7 @@
 // What is too much, and that it is said.
 #include "tests/schema/schemafixture.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 std::string Number(std::size_t i) { return std::to_string(i); }
@@ -181,4 +181,4 @@ TEST(SchemaLimits, HundredErrorsAreShown) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

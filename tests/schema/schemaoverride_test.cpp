@@ -1,7 +1,7 @@
 // What a subclass may make of what it inherits: the name in Override, fixed qualifiers of methods, their signatures.
 #include "tests/schema/schemafixture.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 // The text starts on line 2.
@@ -119,4 +119,4 @@ TEST(Association, IsWhereAReferenceStands) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -1,7 +1,7 @@
 // Classes, properties and what they inherit.
 #include "tests/schema/schemafixture.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 std::string PropertyNames(const TSchemaResult& result, const std::string& className) {
@@ -215,4 +215,4 @@ TEST(SchemaInstances, EmbeddedInstanceIsText) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

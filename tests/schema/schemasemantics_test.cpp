@@ -1,7 +1,7 @@
 // What a schema may not say though its grammar is right: each error with its place, found against expected.
 #include "tests/schema/schemafixture.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 std::string Errors(const std::string& text) {
@@ -169,4 +169,4 @@ TEST(SchemaSemantics, Methods) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

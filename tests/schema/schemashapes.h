@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 struct TSchemaShape {
   const char* name;
@@ -108,4 +110,4 @@ inline const std::vector<TSchemaShape> kSchemaShapes = {
      }},
 };
 
-}  // namespace velhost
+}  // namespace tests

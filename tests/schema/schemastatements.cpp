@@ -9,7 +9,7 @@
 
 #include "host/schema/moftext.h"
 
-namespace velhost {
+namespace tests {
 
 namespace {
 
@@ -274,4 +274,4 @@ TStatements TSchemaStatements::Values() const {
   return statements;
 }
 
-}  // namespace velhost
+}  // namespace tests

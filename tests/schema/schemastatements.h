@@ -6,8 +6,9 @@
 
 #include "host/schema/classbuilder.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 
 using TStatements = std::vector<std::string>;
 
@@ -51,4 +52,4 @@ class TSchemaStatements {
 /// VALUE as README.md describes it.
 std::string ValueStatement(const TCIMValue& value);
 
-}  // namespace velhost
+}  // namespace tests

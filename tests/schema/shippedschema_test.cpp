@@ -1,8 +1,9 @@
 // The schema that is installed with the host.
 #include "host/schema/schemacheck.h"
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 TEST(ShippedSchema, HasNoFindings) {
@@ -14,4 +15,4 @@ TEST(ShippedSchema, HasNoFindings) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

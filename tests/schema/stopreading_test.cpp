@@ -2,13 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "host/schema/schemareader.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/stoppingreader.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 TEST(StopReading, EndsASchemaAmongItsTokensClassesAndInstances) {
-  testsupport::TStoppingReader reader;
+  tests::TStoppingReader reader;
   std::string text;
   // 2 classes of 605 tokens, so that one look comes among them; then one for each class and each declaration.
   for (const std::string name : {"A", "B"}) {
@@ -18,9 +19,9 @@ TEST(StopReading, EndsASchemaAmongItsTokensClassesAndInstances) {
   }
   reader.Add("schema.mof", "#pragma include(\"included.mof\")\n");
   reader.Add("included.mof", text);
-  const std::size_t looks = testsupport::LooksThatEnd(reader, [&reader] { ReadSchema({"schema.mof"}, reader); });
+  const std::size_t looks = tests::LooksThatEnd(reader, [&reader] { ReadSchema({"schema.mof"}, reader); });
   EXPECT_EQ(looks, 1U + 2U + 2U);
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

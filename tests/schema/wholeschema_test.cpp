@@ -5,8 +5,9 @@
 #include <filesystem>
 
 #include "tests/schema/schemafixture.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 class WholeSchema : public testing::Test {
@@ -37,4 +38,4 @@ TEST_F(WholeSchema, IsReadWithoutAFinding) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

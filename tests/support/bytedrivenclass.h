@@ -8,8 +8,9 @@
 #include "host/model/assertionfailure.h"
 #include "tests/support/bytedrivenserviceprocessor.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 /// Adds an array property whose shape is the input's: two bits for each of up to two `qualifiers` say whether it has
 /// its value (0 and 1), is a text that is no number (2), or is missing (3), and the upper half of the byte says of
@@ -39,4 +40,4 @@ void CheckCollection(TCollector& collector, TCheck check) {
   for (const NKROVEL20::TPropertyMap& map : maps) check(map);
 }
 
-}  // namespace testsupport
+}  // namespace tests

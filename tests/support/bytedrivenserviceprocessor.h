@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "host/bmc/iserviceprocessor.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 /// Bytes from the front; zeros behind the end.
 class TByteStream {
@@ -77,4 +78,4 @@ class TByteDrivenServiceProcessor : public velhost::IServiceProcessor {
   TByteStream& bytes_;
 };
 
-}  // namespace testsupport
+}  // namespace tests

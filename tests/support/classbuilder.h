@@ -12,8 +12,9 @@
 #include <vector>
 
 #include "host/model/classdefinition.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 using TType = NKROVEL20::TCIMValue::TCIMType;
 
@@ -107,4 +108,4 @@ class TClassBuilder : public velhost::TClassDefinition {
   }
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -4,10 +4,7 @@
 
 #include "host/bmc/serviceprocessorhub.h"
 
-namespace testsupport {
-
-using namespace NKROVEL20;
-using namespace velhost;
+namespace tests {
 
 TPluginManagerProvider* TFakePluginManager::RegisterPlugin(IPluginCallbacks* plugin) {
   if (onRegister) onRegister();
@@ -61,4 +58,4 @@ std::vector<unsigned int> NumbersOf(const TCIMValue& value) {
   return numbers;
 }
 
-}  // namespace testsupport
+}  // namespace tests

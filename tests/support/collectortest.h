@@ -13,10 +13,11 @@
 #include "host/model/hostservices.h"
 #include "host/plugins/pluginregistry.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/recordinglogger.h"
 #include "tests/support/scriptedserviceprocessor.h"
 
-namespace testsupport {
+namespace tests {
 
 /// A plugin manager that keeps who registered and hands out one provider, or none.
 class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
@@ -81,4 +82,4 @@ std::string TextOf(const NKROVEL20::TPropertyMap& map, const std::string& proper
 /// The numbers in an array value.
 std::vector<unsigned int> NumbersOf(const NKROVEL20::TCIMValue& value);
 
-}  // namespace testsupport
+}  // namespace tests

@@ -3,9 +3,10 @@
 
 #include <string>
 
+#include "tests/support/namespaces.h"
 #include "tests/support/steps.h"
 
-namespace testsupport {
+namespace tests {
 
 /// The first `count` bytes, those that are missing as zeros, eight a line between two newlines.
 inline std::string DumpText(const TBytes& bytes, std::size_t count) {
@@ -17,4 +18,4 @@ inline std::string DumpText(const TBytes& bytes, std::size_t count) {
   return text + "\n";
 }
 
-}  // namespace testsupport
+}  // namespace tests

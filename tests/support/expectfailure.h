@@ -8,8 +8,9 @@
 #include "host/base/hosterror.h"
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 /// Expects the operation to throw a TVELException with this status and detail.
 template <typename TOperation>
@@ -52,4 +53,4 @@ std::string FailureOf(const TOperation& operation) {
   return "none";
 }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -5,9 +5,7 @@
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"
 
-namespace testsupport {
-
-using namespace NKROVEL20;
+namespace tests {
 
 namespace {
 
@@ -181,4 +179,4 @@ std::string THostProbe::ContextText(const TPropertyMap& context) {
   return context == request ? "{request}" : "{other}";
 }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -11,8 +11,9 @@
 #include <vector>
 
 #include "nkrovel20/icimobjects.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 /// What is noted reads "CLASS.Operation(arguments) {context}". The context is "{}" when it is empty,
 /// "{request}" for the request context, "{other}" for anything else. Objects that a wrapped object
@@ -65,4 +66,4 @@ class THostProbe {
   boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> alsoEnumerated_;
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -12,9 +12,10 @@
 #include "host/model/ciminstance.h"
 #include "host/output/objectpath.h"
 #include "host/output/scalartext.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/require.h"
 
-namespace testsupport {
+namespace tests {
 
 using TType = NKROVEL20::TCIMValue::TCIMType;
 
@@ -103,4 +104,4 @@ inline void RequireXml(const std::string& text, const nlohmann::json& properties
   }
 }
 
-}  // namespace testsupport
+}  // namespace tests

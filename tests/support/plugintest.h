@@ -8,9 +8,10 @@
 #include "plugin/torgaplugin.h"
 #include "tests/support/collectortest.h"
 #include "tests/support/hostprobe.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/testpeer.h"
 
-namespace testsupport {
+namespace tests {
 
 /// For parts that are used without a plugin object: the log facade is registered.
 class TPartTest : public TCollectorTest {
@@ -58,4 +59,4 @@ class TPluginTest : public TCollectorTest {
 
 inline auto FieldsOf(torgareg::TTORGARegPluginCallbacks& plugin) { return torgareg::TTestPeer::FieldsOf(plugin); }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "nkrovel20/ilogger.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 /// One line as the host's core logger received it, byte for byte.
 struct TLine {
@@ -77,4 +78,4 @@ class TRecordingLogger : public NKROVEL20::ILogger {
   int countdown_ = 0;
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -3,11 +3,13 @@
 
 #include <cstdlib>
 
-namespace testsupport {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 /// Aborts where the condition does not hold: the fuzzer keeps the input.
 inline void Require(bool condition) {
   if (!condition) std::abort();
 }
 
-}  // namespace testsupport
+}  // namespace tests

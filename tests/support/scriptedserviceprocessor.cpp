@@ -7,10 +7,7 @@
 
 #include "host/bmc/commandframe.h"
 
-namespace testsupport {
-
-using namespace NKROVEL20;
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -110,4 +107,4 @@ bool TScriptedServiceProcessor::SendDot(int serviceProcessor, const dotCmd& comm
   return answered;
 }
 
-}  // namespace testsupport
+}  // namespace tests

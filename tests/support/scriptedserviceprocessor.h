@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "host/bmc/iserviceprocessor.h"
+#include "tests/support/namespaces.h"
 #include "tests/support/steps.h"
 
-namespace testsupport {
+namespace tests {
 
 /// Every exchange must be the script's next step, byte for byte; any other is reported and gets no
 /// answer. Steps that are left at the end fail the test in the destructor.
@@ -52,4 +53,4 @@ class TScriptedServiceProcessor : public velhost::IServiceProcessor {
   std::vector<int> presetLengths_;
 };
 
-}  // namespace testsupport
+}  // namespace tests

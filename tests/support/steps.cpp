@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace testsupport {
+namespace tests {
 
 namespace {
 
@@ -122,4 +122,4 @@ TBytes ReadData(const TBytes& bytes) {
   return data;
 }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -13,9 +13,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/namespaces.h"
 #include "wire/commandbuffer.h"
 
-namespace testsupport {
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -73,4 +74,4 @@ TBytes SizeData(std::int32_t size);
 /// The manufacturer id, the count and the bytes read.
 TBytes ReadData(const TBytes& bytes);
 
-}  // namespace testsupport
+}  // namespace tests

@@ -5,8 +5,9 @@
 #include <string>
 
 #include "host/base/sourcereader.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
+namespace tests {
 
 class TStoppingReader : public velhost::TMemoryReader {
  public:
@@ -38,4 +39,4 @@ std::size_t LooksThatEnd(TStoppingReader& reader, TRead&& read) {
   return looks;
 }
 
-}  // namespace testsupport
+}  // namespace tests

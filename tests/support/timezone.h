@@ -6,7 +6,9 @@
 #include <optional>
 #include <string>
 
-namespace testsupport {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 /// Sets TZ and puts the old one back.
 class TTimeZone {
@@ -30,4 +32,4 @@ class TTimeZone {
   std::optional<std::string> old_;
 };
 
-}  // namespace testsupport
+}  // namespace tests

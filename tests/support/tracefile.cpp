@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace testsupport {
+namespace tests {
 
 namespace {
 
@@ -45,4 +45,4 @@ void ExpectTrace(const std::vector<TLine>& lines, const std::string& path) {
   }
 }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -5,7 +5,9 @@
 #include <cstring>
 #include <type_traits>
 
-namespace testsupport {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 /// The entry of a slot as a plain function that takes the object as its first argument: EntryAt<int(void*)>. It is not
 /// made a pointer to a member: an entry may be a thunk at an odd address, which such a pointer would take for a place
@@ -38,4 +40,4 @@ std::size_t SlotsOf() {
   return SlotOf(&TBelow::Next);
 }
 
-}  // namespace testsupport
+}  // namespace tests

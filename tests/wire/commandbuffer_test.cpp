@@ -5,11 +5,12 @@
 
 #include <stdexcept>
 
+#include "tests/support/namespaces.h"
 #include "wire/registerblock.h"
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 TEST(IPMICommandBuffer, StartsAllZeroWithOneSpareByte) {
@@ -85,4 +86,4 @@ TEST(WireConstants, StorageAreas) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

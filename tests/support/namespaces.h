@@ -1,0 +1,14 @@
+// The namespace of all tests, in which what they test is visible by its own name.
+#pragma once
+
+namespace NKROVEL20 {}
+namespace torgareg {}
+namespace velhost {}
+
+namespace tests {
+
+using namespace NKROVEL20;
+using namespace torgareg;
+using namespace velhost;
+
+}  // namespace tests
