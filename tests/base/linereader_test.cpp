@@ -1,8 +1,9 @@
 #include "host/base/linereader.h"
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 /// Each line, with a "|" where it has its newline.
@@ -33,4 +34,4 @@ TEST(LineReader, GoesOverTheEndsOfPieces) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

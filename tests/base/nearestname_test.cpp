@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 namespace {
 
 constexpr std::array<std::string_view, 4> kNames = {"machine_type", "bmc_node", "dot", "data"};
@@ -69,4 +71,4 @@ TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 namespace {
 
 TTextDiagnostic At(std::uint32_t line, std::uint32_t column, const std::string& sourceLine) {
@@ -140,4 +142,4 @@ TEST(LineOf, LeavesOutEitherLineEnd) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -9,8 +9,9 @@
 #include <string>
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 
 struct TNamedFactory {
   std::string name;
@@ -141,4 +142,4 @@ TEST_P(ServiceProcessorSuite, TakesNoDotCommands) {
   ExpectNoAnswer(SendDot(Processor(), 0, BlockCommand(4096), 4096));
 }
 
-}  // namespace velhost::Testing
+}  // namespace tests

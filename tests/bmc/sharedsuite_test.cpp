@@ -6,7 +6,7 @@
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 /// The simulator behind supervision and a fault injector whose one fault strikes never.
@@ -69,8 +69,8 @@ class TReplayed : public IServiceProcessor {
   bool SendDot(int sp, const dotCmd& command, std::span<std::uint8_t> response, int& length,
                const TStopSignal& stop) override {
     const std::size_t size = response.size();
-    earlier_.push_back([=](IServiceProcessor& processor) { Testing::SendDot(processor, sp, command, size); });
-    Testing::SendDot(recorded_, sp, command, size, stop);
+    earlier_.push_back([=](IServiceProcessor& processor) { tests::SendDot(processor, sp, command, size); });
+    tests::SendDot(recorded_, sp, command, size, stop);
     return ReplayedButLast()->SendDot(sp, command, response, length, stop);
   }
 
@@ -99,4 +99,4 @@ INSTANTIATE_TEST_SUITE_P(Host, ServiceProcessorSuite,
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -4,8 +4,9 @@
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 class SizeLimit : public testing::Test, private IExchangeObserver {
@@ -84,4 +85,4 @@ TEST_F(SizeLimit, LeavesOtherAnswersAlone) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

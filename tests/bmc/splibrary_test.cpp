@@ -4,8 +4,9 @@
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 class Library : public testing::Test {
@@ -253,4 +254,4 @@ TEST(StopSignal, EndsTheLongestWaitAtItsDeadline) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -16,8 +16,9 @@
 #include <string>
 
 #include "host/velhost/simulate/simulate.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 
 /// For the beginning of a test: there is nothing to run against without the package openipmi.
 #define SKIP_WITHOUT_IPMI_SIM()                                            \
@@ -147,4 +148,4 @@ class TRunningSimulator {
   std::string printed_;
 };
 
-}  // namespace velhost::Testing
+}  // namespace tests

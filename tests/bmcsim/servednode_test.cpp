@@ -1,8 +1,9 @@
 #include "host/bmc/sim/servednode.h"
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 constexpr const char* kServer = R"(
@@ -130,4 +131,4 @@ TEST(ReasonNotToServe, NoDriver) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

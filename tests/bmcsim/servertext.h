@@ -6,8 +6,9 @@
 #include <string>
 
 #include "host/bmc/sim/serverfile.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 
 template <typename TBytesOf>
 std::string HexPairs(const TBytesOf& bytes) {
@@ -38,4 +39,4 @@ inline std::string ServerText(const TServerFile& server) {
   return text.str();
 }
 
-}  // namespace velhost::Testing
+}  // namespace tests

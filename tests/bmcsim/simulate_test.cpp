@@ -8,8 +8,9 @@
 
 #include "host/velhost/simulate/ipmisim.h"
 #include "tests/bmcsim/runningsimulator.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using testing::HasSubstr;
@@ -282,4 +283,4 @@ TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

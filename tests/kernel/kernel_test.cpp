@@ -9,8 +9,9 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/bmc/sharedsuite.h"
 #include "tests/bmcsim/servertext.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 TSystemSmbios Smbios() {
@@ -100,4 +101,4 @@ TEST(Driver, DeviceOfAnotherUserIsDenied) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

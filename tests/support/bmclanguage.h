@@ -13,8 +13,9 @@
 #include "host/base/sourcereader.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/serverfile.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -159,4 +160,4 @@ std::string MessageOf(TAction action, EExitStatus status = EExitStatus::kBadData
   return {};
 }
 
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -3,9 +3,10 @@
 #include <gmock/gmock.h>
 
 #include "tests/bmc/inband/scripteddriver.h"
+#include "tests/support/namespaces.h"
 #include "wire/registerread.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -216,4 +217,4 @@ TEST_F(Inband, TakesNoDotCommands) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -3,8 +3,9 @@
 #include "host/base/hosterror.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
 #include "tests/bmc/inband/scripteddriver.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using testing::ElementsAre;
@@ -138,4 +139,4 @@ TEST(IpmiDevices, StandInTheOrderOfTheirNumbers) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

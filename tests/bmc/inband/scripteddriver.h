@@ -11,8 +11,9 @@
 #include <utility>
 
 #include "host/bmc/inband/ipmidriver.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -116,4 +117,4 @@ class TScriptedDriver : public IIpmiDriver {
   std::chrono::milliseconds longestWait_{0};
 };
 
-}  // namespace velhost
+}  // namespace tests

@@ -4,8 +4,9 @@
 
 #include "host/base/hosterror.h"
 #include "tests/bmc/lan/scriptedmodule.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -262,4 +263,4 @@ TEST_F(LanLink, SilentSessionIsOpenedAnewBeforeTheRequest) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -15,8 +15,9 @@
 #include "host/bmc/lan/lanlink.h"
 #include "host/bmc/lan/lanworker.h"
 #include "tests/bmc/lan/scriptedmodule.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -362,4 +363,4 @@ TEST_F(LanClient, RefusesAFileThatIsNoLibrary) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -6,8 +6,9 @@
 #include "tests/bmc/sharedsuite.h"
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/bmcsim/servertext.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -195,4 +196,4 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -14,8 +14,9 @@
 
 #include "host/base/hosterror.h"
 #include "tests/bmc/lan/memorysearch.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 using testing::IsEmpty;
@@ -193,8 +194,8 @@ TEST(Secret, ProcessCannotBeReadWhileItHoldsOne) {
 
 // What free() itself overwrites is the first few bytes; the text follows them.
 TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
-  Testing::TMemorySearch search;
-  std::string text = std::string(40, '-') + Testing::THiddenText::Decoded();
+  tests::TMemorySearch search;
+  std::string text = std::string(40, '-') + tests::THiddenText::Decoded();
   auto secret = std::make_unique<TSecret>(text);
   Wipe(text);
   auto copy = std::make_unique<TSecret>(*secret);
@@ -225,7 +226,7 @@ class PasswordFile : public testing::Test {
 };
 
 // Behind other text, since free() itself overwrites the first few bytes.
-std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + Testing::THiddenText::Decoded(); }
+std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + tests::THiddenText::Decoded(); }
 
 TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   std::string text = LongPasswordFile();
@@ -234,7 +235,7 @@ TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   close(file);
   Wipe(text);
-  Testing::TMemorySearch search;
+  tests::TMemorySearch search;
   TFileReader reader;
   EXPECT_STREQ(LanPassword(path_, std::nullopt, reader).Text(), "short");
   EXPECT_THAT(search.Places(), IsEmpty());
@@ -258,7 +259,7 @@ TEST_F(PasswordFile, NothingIsLeftOfAPipeThatComesInTwoPieces) {
   EXPECT_STREQ(LanPassword(pipe, std::nullopt, reader).Text(), "short");
   writer.join();
   close(ends[0]);
-  EXPECT_THAT(Testing::TMemorySearch().Places(), IsEmpty());
+  EXPECT_THAT(tests::TMemorySearch().Places(), IsEmpty());
 }
 
 TEST_F(PasswordFile, IsWarnedOfWhenOthersMayReadIt) {
@@ -274,4 +275,4 @@ TEST_F(PasswordFile, IsWarnedOfWhenOthersMayReadIt) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

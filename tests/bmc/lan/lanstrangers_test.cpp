@@ -6,8 +6,9 @@
 #include "tests/bmc/lan/memorysearch.h"
 #include "tests/bmc/lan/standinbmc.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using testing::ElementsAre;
@@ -113,4 +114,4 @@ TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -11,7 +11,9 @@
 #include <string>
 #include <vector>
 
-namespace velhost::Testing {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 /// A text that is kept coded, so that looking for it does not find it here.
 class THiddenText {
@@ -84,4 +86,4 @@ class TMemorySearch {
   std::array<std::uint8_t, 65536> piece_{};
 };
 
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -12,12 +12,13 @@
 #include <vector>
 
 #include "host/bmc/lan/lanmodule.h"
+#include "tests/support/namespaces.h"
 
 struct VelLanSession {
   int number;
 };
 
-namespace velhost {
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -136,4 +137,4 @@ class TScriptedModule {
   inline static TScriptedModule* current_ = nullptr;
 };
 
-}  // namespace velhost
+}  // namespace tests

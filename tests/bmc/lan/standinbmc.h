@@ -18,7 +18,9 @@
 #include <thread>
 #include <vector>
 
-namespace velhost::Testing {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -217,4 +219,4 @@ class TStandInBmc {
   std::thread thread_;
 };
 
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -2,8 +2,9 @@
 #include "host/bmc/record/recordingline.h"
 #include "host/bmc/record/replay.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 const std::string kHead =
@@ -231,4 +232,4 @@ TEST(Moment, IsIso8601OrACimDatetime) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

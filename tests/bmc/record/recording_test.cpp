@@ -12,8 +12,9 @@
 
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using std::chrono::microseconds;
@@ -240,4 +241,4 @@ TEST(UtcOffsetSign, IsPositiveEastOfGreenwich) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

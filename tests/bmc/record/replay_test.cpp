@@ -6,8 +6,9 @@
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -303,4 +304,4 @@ TEST(Replay, KeepsFractionsOfMillisecondsForTheNextWait) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

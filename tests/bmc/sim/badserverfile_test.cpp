@@ -1,7 +1,7 @@
 // Every message about a server file, word for word.
 #include "tests/support/bmclanguage.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 struct TBadServer {
@@ -361,4 +361,4 @@ INSTANTIATE_TEST_SUITE_P(
                    "                      ^\n"}));
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -7,8 +7,9 @@
 #include <fstream>
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 namespace fs = std::filesystem;
@@ -155,4 +156,4 @@ TEST(StoredBytes, OfAFileThatWasShortenedEndEarly) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -2,8 +2,9 @@
 
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -217,4 +218,4 @@ TEST_F(Faults, StoppingTheRunEndsTheDelayWithoutAnAnswer) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

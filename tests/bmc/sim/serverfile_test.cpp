@@ -1,8 +1,9 @@
 #include "host/bmc/sim/serverfile.h"
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 using std::chrono::milliseconds;
@@ -227,4 +228,4 @@ TEST(ServerFileInput, MayNestDeeply) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -1,7 +1,7 @@
 // What a server file may hold at most: each limit is reached, and gone beyond by one.
 #include "tests/support/bmclanguage.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 const std::string kType = "machine_type = \"\"\n";
@@ -135,4 +135,4 @@ TEST(ADataFile, IsInTheFoldersOfItsServerFile) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

@@ -1,8 +1,9 @@
 #include "host/bmc/sim/simulatedserver.h"
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost::Testing {
+namespace tests {
 namespace {
 
 /// A simulated server from lines of its file.
@@ -212,4 +213,4 @@ TEST(SimulatedEnvironment, GivesTheFilesMachineTypeAndClock) {
 }
 
 }  // namespace
-}  // namespace velhost::Testing
+}  // namespace tests

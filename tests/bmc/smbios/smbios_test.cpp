@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/bmc/smbios/smbiostable.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 TEST(SmbiosTable, GivesTheProductNameByItsStringNumber) {
@@ -130,4 +131,4 @@ TEST(MachineType, IsEmptyWithoutSuchARun) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace velhost {
+#include "tests/support/namespaces.h"
+
+namespace tests {
 
 class TSmbiosTable {
  public:
@@ -35,4 +37,4 @@ class TSmbiosTable {
   std::vector<std::uint8_t> bytes_;
 };
 
-}  // namespace velhost
+}  // namespace tests

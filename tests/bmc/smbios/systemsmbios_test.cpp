@@ -4,8 +4,9 @@
 
 #include "host/base/hosterror.h"
 #include "tests/bmc/smbios/smbiostable.h"
+#include "tests/support/namespaces.h"
 
-namespace velhost {
+namespace tests {
 namespace {
 
 const std::string kTable = "/r/firmware/dmi/tables/DMI";
@@ -76,4 +77,4 @@ TEST(SystemSmbios, DeniedTableLeavesThePublicProductName) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace tests
