@@ -9,9 +9,9 @@
 namespace tests {
 namespace {
 
-class TCaptureOrder : public TPluginTest {
+class CaptureOrder : public TPluginTest {
  protected:
-  TCaptureOrder() {
+  CaptureOrder() {
     AddCaptureClass();
     plugin.Init();
     logger.Clear();
@@ -27,7 +27,7 @@ class TCaptureOrder : public TPluginTest {
   unsigned char handle[4] = {1, 0, 0, 0};
 };
 
-TEST_F(TCaptureOrder, NumbersArePassedAsTextAndTheTimeAsADatetime) {
+TEST_F(CaptureOrder, NumbersArePassedAsTextAndTheTimeAsADatetime) {
   AddProbed();
   EXPECT_EQ(probe.Settings(),
             (std::vector<std::string>{"FileName string = ioh_err", "ErrRawData string = 5a ",
@@ -37,14 +37,14 @@ TEST_F(TCaptureOrder, NumbersArePassedAsTextAndTheTimeAsADatetime) {
                                       "RecordID string = 0"}));
 }
 
-TEST_F(TCaptureOrder, TheExitIsLoggedOnlyAfterTheCommit) {
+TEST_F(CaptureOrder, TheExitIsLoggedOnlyAfterTheCommit) {
   probe.FailAt("KROSG_DCAPFile instance.Commit() {}", 1);
   EXPECT_THROW(AddProbed(), TVELException);
   EXPECT_EQ(logger.Lines().back(), Debug("Data added into KROSG_DCAPFile class:5a "));
   EXPECT_EQ(logger.Count(Debug("Exit AddErrFFDCinstance funtion")), 0U);
 }
 
-TEST_F(TCaptureOrder, ATextGetsTheSamePropertiesAsBytes) {
+TEST_F(CaptureOrder, ATextGetsTheSamePropertiesAsBytes) {
   plugin.AddErrFFDCinstance(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), std::string("text"), 0, "zyn_err", 0);
   EXPECT_EQ(probe.Settings(),
             (std::vector<std::string>{"FileName string = zyn_err", "ErrRawData string = text",
@@ -54,13 +54,13 @@ TEST_F(TCaptureOrder, ATextGetsTheSamePropertiesAsBytes) {
                                       "RecordID string = 0"}));
 }
 
-TEST_F(TCaptureOrder, TheTimeOfATextIsReadBeforeItsFirstLine) {
+TEST_F(CaptureOrder, TheTimeOfATextIsReadBeforeItsFirstLine) {
   logger.FailAt("Enter AddErrFFDCinstance funtion");
   EXPECT_THROW(plugin.AddErrFFDCinstance(ns, std::string(), 0, "cpu_err", 0), std::runtime_error);
   EXPECT_EQ(environment.clockReadings, 1);
 }
 
-TEST_F(TCaptureOrder, EveryChunkIsSentWithTheWholeBuffersLength) {
+TEST_F(CaptureOrder, EveryChunkIsSentWithTheWholeBuffersLength) {
   sp.Expect({Read({1, 0, 0, 0}, 0, 10).Answers(ReadData(TBytes(10, 1))),
              Read({1, 0, 0, 0}, 10, 10).Answers(ReadData({2})), Read({1, 0, 0, 0}, 20, 5).Answers(ReadData({}))});
   unsigned char out[25] = {};
@@ -68,7 +68,7 @@ TEST_F(TCaptureOrder, EveryChunkIsSentWithTheWholeBuffersLength) {
   EXPECT_EQ(sp.PresetLengths(), (std::vector<int>{256, 256, 256}));
 }
 
-TEST_F(TCaptureOrder, OnlyCompletionCodeZeroGivesASize) {
+TEST_F(CaptureOrder, OnlyCompletionCodeZeroGivesASize) {
   int size = 77;
   for (const std::uint8_t code : TBytes{0x01, 0x7F, 0x80, 0xFF}) {
     logger.Clear();
@@ -79,7 +79,7 @@ TEST_F(TCaptureOrder, OnlyCompletionCodeZeroGivesASize) {
   }
 }
 
-TEST_F(TCaptureOrder, OnlyCompletionCodeZeroReportsAClose) {
+TEST_F(CaptureOrder, OnlyCompletionCodeZeroReportsAClose) {
   for (const std::uint8_t code : TBytes{0x01, 0x7F, 0x80, 0xFF}) {
     sp.Expect(Close({1, 0, 0, 0}).Answers(OemData({})).WithCode(code));
     plugin.CloseStorageArea(handle, Node());

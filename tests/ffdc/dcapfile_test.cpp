@@ -10,9 +10,9 @@
 namespace tests {
 namespace {
 
-class TCaptureFile : public TPluginTest {
+class CaptureFile : public TPluginTest {
  protected:
-  TCaptureFile() {
+  CaptureFile() {
     AddCaptureClass();
     plugin.Init();
     logger.Clear();
@@ -24,7 +24,7 @@ class TCaptureFile : public TPluginTest {
   std::string Last(const std::string& property) const { return TextOf(*committed.back(), property); }
 };
 
-TEST_F(TCaptureFile, HasItsEightProperties) {
+TEST_F(CaptureFile, HasItsEightProperties) {
   environment.localTime = TCIMDateTime(2026, 1, 31, 12, 34, 56, 789, 60);
   Add({0x0A, 0xFF, 0x00}, "ioh_err", 1);
   ASSERT_EQ(committed.size(), 1U);
@@ -39,14 +39,14 @@ TEST_F(TCaptureFile, HasItsEightProperties) {
   EXPECT_EQ(Last("RecordID"), "0");
 }
 
-TEST_F(TCaptureFile, LogsItsTrace) {
+TEST_F(CaptureFile, LogsItsTrace) {
   Add({0x0A, 0xFF, 0x00});
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"),
                                                 Debug("Data added into KROSG_DCAPFile class:0a ff 00 "),
                                                 Debug("Exit AddErrFFDCinstance funtion")}));
 }
 
-TEST_F(TCaptureFile, AnEmptyFileHasEmptyRawData) {
+TEST_F(CaptureFile, AnEmptyFileHasEmptyRawData) {
   for (const int length : {0, -1}) {
     logger.Clear();
     unsigned char byte = 0xAA;
@@ -56,7 +56,7 @@ TEST_F(TCaptureFile, AnEmptyFileHasEmptyRawData) {
   }
 }
 
-TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndLogsNoDataLine) {
+TEST_F(CaptureFile, TheTextOverloadKeepsTheTextAndLogsNoDataLine) {
   plugin.AddErrFFDCinstance(ns, std::string("as it is\n"), -5, "zyn_err", 9);
   EXPECT_EQ(Last("ErrRawData"), "as it is\n");
   EXPECT_EQ(Last("FileName"), "zyn_err");
@@ -66,7 +66,7 @@ TEST_F(TCaptureFile, TheTextOverloadKeepsTheTextAndLogsNoDataLine) {
             (std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion"), Debug("Exit AddErrFFDCinstance funtion")}));
 }
 
-TEST_F(TCaptureFile, NodeNumbersOfEveryWidthAreComplete) {
+TEST_F(CaptureFile, NodeNumbersOfEveryWidthAreComplete) {
   const std::vector<std::pair<int, std::string>> nodes = {
       {8, "9"}, {9, "10"}, {-1, "0"}, {-2, "-1"}, {2147483646, "2147483647"}, {-2147483647 - 1, "-2147483647"}};
   for (const auto& [node, text] : nodes) {
@@ -75,7 +75,7 @@ TEST_F(TCaptureFile, NodeNumbersOfEveryWidthAreComplete) {
   }
 }
 
-TEST_F(TCaptureFile, BothOverloadsShareTheCounter) {
+TEST_F(CaptureFile, BothOverloadsShareTheCounter) {
   Add({1});
   plugin.AddErrFFDCinstance(ns, std::string("x"), 1, "cpu_err", 0);
   Add({2});
@@ -83,7 +83,7 @@ TEST_F(TCaptureFile, BothOverloadsShareTheCounter) {
   for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(TextOf(*committed[i], "RecordID"), std::to_string(i));
 }
 
-TEST_F(TCaptureFile, OnlyInitRestartsTheCounter) {
+TEST_F(CaptureFile, OnlyInitRestartsTheCounter) {
   Add({1});
   plugin.DeInit();
   Add({1});
@@ -93,7 +93,7 @@ TEST_F(TCaptureFile, OnlyInitRestartsTheCounter) {
   EXPECT_EQ(Last("RecordID"), "0");
 }
 
-TEST_F(TCaptureFile, TheClockIsReadOnceAndFirst) {
+TEST_F(CaptureFile, TheClockIsReadOnceAndFirst) {
   logger.FailAt("Enter AddErrFFDCinstance funtion");
   EXPECT_THROW(Add({1}), std::runtime_error);
   EXPECT_EQ(environment.clockReadings, 1);
@@ -102,7 +102,7 @@ TEST_F(TCaptureFile, TheClockIsReadOnceAndFirst) {
   EXPECT_EQ(environment.clockReadings, 2);
 }
 
-TEST_F(TCaptureFile, AMissingClassAssertsAfterTheDataLine) {
+TEST_F(CaptureFile, AMissingClassAssertsAfterTheDataLine) {
   const auto bare = TNamespace::Create();
   unsigned char byte = 0x7F;
   EXPECT_THROW(plugin.AddErrFFDCinstance(bare, &byte, 1, "cpu_err", 0), TAssertionFailure);
@@ -111,13 +111,13 @@ TEST_F(TCaptureFile, AMissingClassAssertsAfterTheDataLine) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 0);
 }
 
-TEST_F(TCaptureFile, AnEmptyNamespaceAsserts) {
+TEST_F(CaptureFile, AnEmptyNamespaceAsserts) {
   unsigned char byte = 0;
   EXPECT_THROW(plugin.AddErrFFDCinstance({}, &byte, 1, "cpu_err", 0), TAssertionFailure);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("Enter AddErrFFDCinstance funtion")});
 }
 
-TEST_F(TCaptureFile, TheHostIsCalledInOrder) {
+TEST_F(CaptureFile, TheHostIsCalledInOrder) {
   THostProbe probe;
   unsigned char byte = 1;
   plugin.AddErrFFDCinstance(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), &byte, 1, "cpu_err", 0);
@@ -129,7 +129,7 @@ TEST_F(TCaptureFile, TheHostIsCalledInOrder) {
                                set + "LogName) {}", set + "RecordID) {}", "KROSG_DCAPFile instance.Commit() {}"}));
 }
 
-TEST_F(TCaptureFile, TheNumberOfAFailedCommitIsNotReused) {
+TEST_F(CaptureFile, TheNumberOfAFailedCommitIsNotReused) {
   THostProbe probe;
   const auto probed = probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns));
   unsigned char byte = 1;
@@ -141,7 +141,7 @@ TEST_F(TCaptureFile, TheNumberOfAFailedCommitIsNotReused) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 1) << "a failure before the count leaves it";
 }
 
-TEST_F(TCaptureFile, AnEmptyInstanceAsserts) {
+TEST_F(CaptureFile, AnEmptyInstanceAsserts) {
   THostProbe probe;
   probe.ReturnNothingAt("KROSG_DCAPFile.CreateInstance() {}");
   unsigned char byte = 1;

@@ -15,9 +15,9 @@ const TBytes kHandle = {1, 0, 0, 0};
 const TLine kEnter = Debug("Enter ReadErrFFDC funtion");
 const TLine kExit = Debug("Exit ReadErrFFDC funtion");
 
-class TFfdcReader : public TPluginTest {
+class FfdcReader : public TPluginTest {
  protected:
-  TFfdcReader() {
+  FfdcReader() {
     AddCaptureClass();
     plugin.Init();
     logger.Clear();
@@ -35,7 +35,7 @@ class TFfdcReader : public TPluginTest {
   std::string Text(std::size_t i, const std::string& property) const { return TextOf(*committed.at(i), property); }
 };
 
-TEST_F(TFfdcReader, WithoutNodesItSaysSoAndDoesNotCheckTheDriver) {
+TEST_F(FfdcReader, WithoutNodesItSaysSoAndDoesNotCheckTheDriver) {
   sp.nodes = 0;
   plugin.ReadErrFFDC(ns, "cpu_err");
   EXPECT_EQ(logger.Lines(),
@@ -43,7 +43,7 @@ TEST_F(TFfdcReader, WithoutNodesItSaysSoAndDoesNotCheckTheDriver) {
   EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"nodes"});
 }
 
-TEST_F(TFfdcReader, WithoutADriverItSaysSo) {
+TEST_F(FfdcReader, WithoutADriverItSaysSo) {
   sp.driverPresent = false;
   plugin.ReadErrFFDC(ns, "cpu_err");
   EXPECT_EQ(
@@ -52,13 +52,13 @@ TEST_F(TFfdcReader, WithoutADriverItSaysSo) {
   EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"nodes", "driver"}));
 }
 
-TEST_F(TFfdcReader, ANegativeNodeCountReadsNothing) {
+TEST_F(FfdcReader, ANegativeNodeCountReadsNothing) {
   sp.nodes = -3;
   plugin.ReadErrFFDC(ns, "cpu_err");
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kEnter, kExit}));
 }
 
-TEST_F(TFfdcReader, EveryNodeGivesItsOwnInstance) {
+TEST_F(FfdcReader, EveryNodeGivesItsOwnInstance) {
   sp.nodes = 2;
   ExpectFile(0x11, 0);
   ExpectFile(0x22, 1);
@@ -75,7 +75,7 @@ TEST_F(TFfdcReader, EveryNodeGivesItsOwnInstance) {
   EXPECT_EQ(logger.Lines().back(), kExit);
 }
 
-TEST_F(TFfdcReader, AllAreasOfANodeShareItsNumber) {
+TEST_F(FfdcReader, AllAreasOfANodeShareItsNumber) {
   for (const char* const name : {"cpu_err", "ioh_err", "zyn_err"}) {
     ExpectFile(0, 0, name);
     plugin.ReadErrFFDC(ns, name);
@@ -84,7 +84,7 @@ TEST_F(TFfdcReader, AllAreasOfANodeShareItsNumber) {
   }
 }
 
-TEST_F(TFfdcReader, ANodeThatCannotOpenIsSkipped) {
+TEST_F(FfdcReader, ANodeThatCannotOpenIsSkipped) {
   sp.nodes = 3;
   ExpectFile(1, 0);
   sp.Expect(Open("cpu_err", 1).Fails(0xCB));
@@ -95,7 +95,7 @@ TEST_F(TFfdcReader, ANodeThatCannotOpenIsSkipped) {
   EXPECT_EQ(logger.Count(Debug("Error when opening files. Exit.")), 1U);
 }
 
-TEST_F(TFfdcReader, ANodeWhoseSizeFailsIsSkippedWithoutAMessageAndStaysOpen) {
+TEST_F(FfdcReader, ANodeWhoseSizeFailsIsSkippedWithoutAMessageAndStaysOpen) {
   sp.nodes = 2;
   sp.Expect(Open("cpu_err", 0).Answers(OemData(kHandle)));
   sp.Expect(Size("cpu_err", 0).Fails(0xCB));
@@ -109,7 +109,7 @@ TEST_F(TFfdcReader, ANodeWhoseSizeFailsIsSkippedWithoutAMessageAndStaysOpen) {
   EXPECT_EQ(lines.at(7), Debug("The system has2 . Now reading Node1"));
 }
 
-TEST_F(TFfdcReader, AnEmptyFileIsReadAsTenBytes) {
+TEST_F(FfdcReader, AnEmptyFileIsReadAsTenBytes) {
   OpenAndSize(0);
   sp.Expect(Read(kHandle, 0, 10).Answers(ReadData({1, 2, 3, 4, 5, 6, 7, 8, 9, 10})));
   sp.Expect(Close(kHandle));
@@ -117,7 +117,7 @@ TEST_F(TFfdcReader, AnEmptyFileIsReadAsTenBytes) {
   EXPECT_EQ(Text(0, "ErrRawData"), "01 02 03 04 05 06 07 08 09 0a ");
 }
 
-TEST_F(TFfdcReader, AFileOfFewerThanTenBytesIsReadAsTenToo) {
+TEST_F(FfdcReader, AFileOfFewerThanTenBytesIsReadAsTenToo) {
   for (const int size : {1, 5, 9}) {
     committed.clear();
     OpenAndSize(size);
@@ -128,7 +128,7 @@ TEST_F(TFfdcReader, AFileOfFewerThanTenBytesIsReadAsTenToo) {
   }
 }
 
-TEST_F(TFfdcReader, AShortReadStillMakesAnInstance) {
+TEST_F(FfdcReader, AShortReadStillMakesAnInstance) {
   OpenAndSize(25);
   sp.Expect(Read(kHandle, 0, 10).Answers(ReadData(TBytes(10, 0xEE))));
   sp.Expect(Read(kHandle, 10, 10).Fails(0xC9));
@@ -137,7 +137,7 @@ TEST_F(TFfdcReader, AShortReadStillMakesAnInstance) {
   EXPECT_EQ(Text(0, "ErrRawData"), "ee ee ee ee ee ee ee ee ee ee ");
 }
 
-TEST_F(TFfdcReader, AReadThatFailsAtOnceMakesAnEmptyInstance) {
+TEST_F(FfdcReader, AReadThatFailsAtOnceMakesAnEmptyInstance) {
   OpenAndSize(25);
   sp.Expect(Read(kHandle, 0, 10).Lost());
   sp.Expect(Close(kHandle));
@@ -146,7 +146,7 @@ TEST_F(TFfdcReader, AReadThatFailsAtOnceMakesAnEmptyInstance) {
   EXPECT_EQ(Text(0, "ErrRawData"), "");
 }
 
-TEST_F(TFfdcReader, AnImpossibleSizeSkipsTheNode) {
+TEST_F(FfdcReader, AnImpossibleSizeSkipsTheNode) {
   sp.nodes = 2;
   for (const int size : {-1, -1000000, std::numeric_limits<int>::min()}) {
     committed.clear();
@@ -166,7 +166,7 @@ TEST_F(TFfdcReader, AnImpossibleSizeSkipsTheNode) {
 }
 
 #ifndef VELHOST_SANITIZED  // a sanitizer needs more address space than this limit allows
-TEST_F(TFfdcReader, ASizeTooLargeForMemorySkipsTheNode) {
+TEST_F(FfdcReader, ASizeTooLargeForMemorySkipsTheNode) {
   rlimit before = {};
   ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
   rlimit small = before;
@@ -182,7 +182,7 @@ TEST_F(TFfdcReader, ASizeTooLargeForMemorySkipsTheNode) {
 }
 #endif
 
-TEST_F(TFfdcReader, TheLargestSizeIsReadAsFarAsItGoes) {
+TEST_F(FfdcReader, TheLargestSizeIsReadAsFarAsItGoes) {
   OpenAndSize(std::numeric_limits<int>::max());
   sp.Expect(Read(kHandle, 0, 10).Answers(ReadData(TBytes(10, 1))));
   sp.Expect(Read(kHandle, 10, 10).Fails(0xC9));
@@ -191,7 +191,7 @@ TEST_F(TFfdcReader, TheLargestSizeIsReadAsFarAsItGoes) {
   EXPECT_EQ(Text(0, "ErrRawData"), "01 01 01 01 01 01 01 01 01 01 ");
 }
 
-TEST_F(TFfdcReader, TheAreaIsClosedBeforeTheInstanceIsBuilt) {
+TEST_F(FfdcReader, TheAreaIsClosedBeforeTheInstanceIsBuilt) {
   ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw TVELException(1); });
   sp.nodes = 2;
   ExpectFile(1, 0);
@@ -200,7 +200,7 @@ TEST_F(TFfdcReader, TheAreaIsClosedBeforeTheInstanceIsBuilt) {
   EXPECT_EQ(logger.Count(Debug("close file successfully")), 1U);
 }
 
-TEST_F(TFfdcReader, ALongNameIsTruncatedOnTheWireAndCompleteInTheInstance) {
+TEST_F(FfdcReader, ALongNameIsTruncatedOnTheWireAndCompleteInTheInstance) {
   const std::string name = "a_name_of_more_than_25_bytes";  // 28 characters, so byte 5 is 40 and 32
   TStep open = Open(name.substr(0, 25));
   TStep size = Size(name.substr(0, 25));

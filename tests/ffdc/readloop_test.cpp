@@ -18,7 +18,7 @@ TBytes Counting(std::uint8_t first, std::size_t count = 10) {
   return bytes;
 }
 
-class TReadLoop : public TPluginTest {
+class ReadLoop : public TPluginTest {
  protected:
   // Reads into a buffer of exactly the size that the contract requires, so that a sanitizer detects any
   // overrun.
@@ -34,7 +34,7 @@ class TReadLoop : public TPluginTest {
   TBytes out;
 };
 
-TEST_F(TReadLoop, TheWholeTraceOfOneChunk) {
+TEST_F(ReadLoop, TheWholeTraceOfOneChunk) {
   sp.Expect(Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0E, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00,
                      0x02, 1,    2,    3,    4,    0,    0,    0,    0,    0x0A, 0x00})
                 .Answers({0x39, 0x30, 0x00, 0x0A, 0x00, 0x0A, 0xFF, 0, 1, 2, 3, 4, 5, 6, 7}));
@@ -52,7 +52,7 @@ TEST_F(TReadLoop, TheWholeTraceOfOneChunk) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
-TEST_F(TReadLoop, ASizeOf25ReadsTenTenAndFive) {
+TEST_F(ReadLoop, ASizeOf25ReadsTenTenAndFive) {
   Chunk(0, 10, Counting(1));
   Chunk(10, 10, Counting(11));
   Chunk(20, 5, Counting(21, 5));
@@ -69,21 +69,21 @@ TEST_F(TReadLoop, ASizeOf25ReadsTenTenAndFive) {
   EXPECT_EQ(logger.Lines().size(), 1 + 3 * 3 + 2U);
 }
 
-TEST_F(TReadLoop, ASizeOf20ReadsTwoChunks) {
+TEST_F(ReadLoop, ASizeOf20ReadsTwoChunks) {
   Chunk(0, 10, Counting(1));
   Chunk(10, 10, Counting(11));
   EXPECT_EQ(Read(20), 20);
   EXPECT_EQ(out, Counting(1, 20));
 }
 
-TEST_F(TReadLoop, ASizeOf11ReadsTenAndOne) {
+TEST_F(ReadLoop, ASizeOf11ReadsTenAndOne) {
   Chunk(0, 10, Counting(1));
   Chunk(10, 1, {99});
   EXPECT_EQ(Read(11), 11);
   EXPECT_EQ(out[10], 99);
 }
 
-TEST_F(TReadLoop, ASmallSizeStillReadsTenBytesAndReturnsTen) {
+TEST_F(ReadLoop, ASmallSizeStillReadsTenBytesAndReturnsTen) {
   for (const int size : {0, 1, 5, 9}) {
     Chunk(0, 10, Counting(1));
     EXPECT_EQ(Read(size), 10);
@@ -91,7 +91,7 @@ TEST_F(TReadLoop, ASmallSizeStillReadsTenBytesAndReturnsTen) {
   }
 }
 
-TEST_F(TReadLoop, TheOffsetIsLittleEndianInFourBytes) {
+TEST_F(ReadLoop, TheOffsetIsLittleEndianInFourBytes) {
   // 70010 bytes: the last chunk starts at 70000 = 0x011170.
   for (std::uint32_t offset = 0; offset < 70010; offset += 10)
     Chunk(offset, 10, Counting(static_cast<std::uint8_t>(offset)));
@@ -105,7 +105,7 @@ TEST_F(TReadLoop, TheOffsetIsLittleEndianInFourBytes) {
   EXPECT_EQ(logger.StartingWith("returned").back(), Debug("returned smbioslen:70010\n"));
 }
 
-TEST_F(TReadLoop, ACompletionCodeEndsItAtAnyChunk) {
+TEST_F(ReadLoop, ACompletionCodeEndsItAtAnyChunk) {
   for (std::uint32_t failing = 0; failing < 3; ++failing) {
     logger.Clear();
     for (std::uint32_t chunk = 0; chunk < failing; ++chunk) Chunk(chunk * 10, 10, Counting(1));
@@ -121,7 +121,7 @@ TEST_F(TReadLoop, ACompletionCodeEndsItAtAnyChunk) {
   }
 }
 
-TEST_F(TReadLoop, CompletionCodesAreHexadecimalWithoutLeadingZeros) {
+TEST_F(ReadLoop, CompletionCodesAreHexadecimalWithoutLeadingZeros) {
   for (const auto& [code, text] : std::vector<std::pair<std::uint8_t, std::string>>{
            {0x01, "1"}, {0x0F, "f"}, {0x10, "10"}, {0xAB, "ab"}, {0xFF, "ff"}}) {
     logger.Clear();
@@ -132,7 +132,7 @@ TEST_F(TReadLoop, CompletionCodesAreHexadecimalWithoutLeadingZeros) {
 }
 
 // Without an answer, the buffer still holds the request, whose byte 4 is the command.
-TEST_F(TReadLoop, ALostAnswerShowsTheCommandAsItsCode) {
+TEST_F(ReadLoop, ALostAnswerShowsTheCommandAsItsCode) {
   Chunk(0, 10, Counting(1));
   sp.Expect(tests::Read(kHandle, 10, 10).Lost());
   EXPECT_EQ(Read(30), 10);
@@ -141,7 +141,7 @@ TEST_F(TReadLoop, ALostAnswerShowsTheCommandAsItsCode) {
 
 // The length counts the whole response, so five less is always more than the data: the whole chunk is copied,
 // including zeros from after the answer.
-TEST_F(TReadLoop, FewerBytesLeaveZerosWhileTheOffsetMovesByTheChunk) {
+TEST_F(ReadLoop, FewerBytesLeaveZerosWhileTheOffsetMovesByTheChunk) {
   Chunk(0, 10, {7, 8, 9});
   Chunk(10, 10, Counting(11));
   EXPECT_EQ(Read(20), 20);
@@ -150,7 +150,7 @@ TEST_F(TReadLoop, FewerBytesLeaveZerosWhileTheOffsetMovesByTheChunk) {
             Debug("Response raw data size:10, loopoffset:0, raw data info:07 08 09 00 00 00 00 00 00 00 "));
 }
 
-TEST_F(TReadLoop, TheLengthDecidesHowMuchIsCopied) {
+TEST_F(ReadLoop, TheLengthDecidesHowMuchIsCopied) {
   // length 5 + n copies n bytes, at most the chunk; a length below 5 copies none.
   struct TCase {
     int length;
@@ -170,7 +170,7 @@ TEST_F(TReadLoop, TheLengthDecidesHowMuchIsCopied) {
   }
 }
 
-TEST_F(TReadLoop, TheLastChunkIsLimitedToItsOwnLength) {
+TEST_F(ReadLoop, TheLastChunkIsLimitedToItsOwnLength) {
   Chunk(0, 10, Counting(1));
   Chunk(10, 3, Counting(50, 20));
   EXPECT_EQ(Read(13), 13);
@@ -179,7 +179,7 @@ TEST_F(TReadLoop, TheLastChunkIsLimitedToItsOwnLength) {
             Debug("Response raw data size:3, loopoffset:1, raw data info:32 33 34 "));
 }
 
-TEST_F(TReadLoop, ASizeJustBelowZeroReadsOneChunk) {
+TEST_F(ReadLoop, ASizeJustBelowZeroReadsOneChunk) {
   for (const int size : {-1, -9}) {
     Chunk(0, 10, Counting(1));
     EXPECT_EQ(Read(size), 10);
@@ -187,7 +187,7 @@ TEST_F(TReadLoop, ASizeJustBelowZeroReadsOneChunk) {
 }
 
 // The number of full chunks is negative, so the unsigned comparison never ends the loop.
-TEST_F(TReadLoop, ANegativeSizeReadsOnUntilACodeEndsIt) {
+TEST_F(ReadLoop, ANegativeSizeReadsOnUntilACodeEndsIt) {
   for (const int size : {-10, -25, std::numeric_limits<int>::min()}) {
     for (std::uint32_t chunk = 0; chunk < 40; ++chunk)
       Chunk(chunk * 10, 10, Counting(static_cast<std::uint8_t>(chunk + 1)));

@@ -7,7 +7,7 @@
 namespace tests {
 namespace {
 
-class TStorageArea : public TPluginTest {
+class StorageArea : public TPluginTest {
  protected:
   SPLibrary* Node(int node) { return SPLibrary::GetSplibraryInstance(node); }
 
@@ -21,7 +21,7 @@ std::string Repeated(const std::string& text, int count) {
   return all;
 }
 
-TEST_F(TStorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
+TEST_F(StorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
   sp.Expect(Ipmi(1, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x13, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x01, 0x01,
                      0,    0,    0,    0,    0,    0,    0,    'c',  'p',  'u',  '_',  'e',  'r',  'r'})
                 .Answers(OemData({0x11, 0x22, 0x33, 0x44})));
@@ -37,14 +37,14 @@ TEST_F(TStorageArea, OpenSendsModeAndPaddedNameAndKeepsTheHandle) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
-TEST_F(TStorageArea, TheHandleIsStoredBeforeTheExitIsLogged) {
+TEST_F(StorageArea, TheHandleIsStoredBeforeTheExitIsLogged) {
   sp.Expect(Open("cpu_err").Answers(OemData({0x11, 0x22, 0x33, 0x44})));
   logger.FailAt("Exit OpenStorageArea funtion");
   EXPECT_THROW(plugin.OpenStorageArea(handle, "cpu_err", Node(0)), std::runtime_error);
   EXPECT_EQ(TBytes(handle, handle + 4), (TBytes{0x11, 0x22, 0x33, 0x44}));
 }
 
-TEST_F(TStorageArea, OpenFailsSilentlyAndLeavesTheHandle) {
+TEST_F(StorageArea, OpenFailsSilentlyAndLeavesTheHandle) {
   for (const TStep& step : {Open("ioh_err").Fails(0xCB), Open("ioh_err").Lost(),
                             Open("ioh_err").Answers(OemData({1, 2, 3, 4})).WithCode(0x01)}) {
     logger.Clear();
@@ -55,20 +55,20 @@ TEST_F(TStorageArea, OpenFailsSilentlyAndLeavesTheHandle) {
   }
 }
 
-TEST_F(TStorageArea, OpenReadsTheHandleOfAShortAnswerAsZeros) {
+TEST_F(StorageArea, OpenReadsTheHandleOfAShortAnswerAsZeros) {
   sp.Expect(Open("cpu_err").Answers({0x39, 0x30, 0x00, 0x55}));
   EXPECT_TRUE(plugin.OpenStorageArea(handle, "cpu_err", Node(0)));
   EXPECT_EQ(TBytes(handle, handle + 4), (TBytes{0x55, 0, 0, 0}));
 }
 
-TEST_F(TStorageArea, AnEmptyNameIsSentAsZeros) {
+TEST_F(StorageArea, AnEmptyNameIsSentAsZeros) {
   sp.Expect(Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0C, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01}).Fails(0xCB));
   plugin.OpenStorageArea(handle, "", Node(0));
   EXPECT_EQ(logger.Lines()[1], Debug("OpenStorageArea IPMI command data:OpenStorageArea IPMI command data:21bits\n"
                                      "01 20 2e 00 90 0c 00 00 00 39 30 00 01 01 00 00 00 00 00 00 00 "));
 }
 
-TEST_F(TStorageArea, ANameOf25CharactersFillsTheField) {
+TEST_F(StorageArea, ANameOf25CharactersFillsTheField) {
   TBytes request = {0x01, 0x20, 0x2E, 0x00, 0x90, 0x25, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0};
   request.insert(request.end(), 25, 'x');
   sp.Expect(Ipmi(0, request).Fails(0xCB));
@@ -79,7 +79,7 @@ TEST_F(TStorageArea, ANameOf25CharactersFillsTheField) {
                                           Repeated("78 ", 25)));
 }
 
-TEST_F(TStorageArea, ALongerNameIsTruncatedButByteFiveCountsAllOfIt) {
+TEST_F(StorageArea, ALongerNameIsTruncatedButByteFiveCountsAllOfIt) {
   // 30 characters: byte 5 is 42, and the trace has 51 bytes, the last five of them zero.
   TBytes request = {0x01, 0x20, 0x2E, 0x00, 0x90, 42, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0};
   request.insert(request.end(), 25, 'x');
@@ -91,7 +91,7 @@ TEST_F(TStorageArea, ALongerNameIsTruncatedButByteFiveCountsAllOfIt) {
                                           Repeated("78 ", 25) + Repeated("00 ", 5)));
 }
 
-TEST_F(TStorageArea, ByteFiveIsTheLowByteOfTheLength) {
+TEST_F(StorageArea, ByteFiveIsTheLowByteOfTheLength) {
   // 300 + 12 = 312 = 0x138; the query's 300 + 4 = 304 = 0x130.
   TBytes open = {0x01, 0x20, 0x2E, 0x00, 0x90, 0x38, 0, 0, 0, 0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0};
   open.insert(open.end(), 25, 'y');
@@ -111,7 +111,7 @@ TEST_F(TStorageArea, ByteFiveIsTheLowByteOfTheLength) {
   EXPECT_EQ(queryLine.size() - queryLine.find('\n') - 1, 256 * 3U);
 }
 
-TEST_F(TStorageArea, QuerySendsTheNameAndReadsALittleEndianSize) {
+TEST_F(StorageArea, QuerySendsTheNameAndReadsALittleEndianSize) {
   sp.Expect(Ipmi(2, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x0B, 0x00, 0x00, 0x00, 0x39,
                      0x30, 0x00, 0x06, 'z',  'y',  'n',  '_',  'e',  'r',  'r'})
                 .Answers(OemData({0x15, 0xCD, 0x5B, 0x07})));
@@ -128,7 +128,7 @@ TEST_F(TStorageArea, QuerySendsTheNameAndReadsALittleEndianSize) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
-TEST_F(TStorageArea, QuerySizesAreSigned) {
+TEST_F(StorageArea, QuerySizesAreSigned) {
   int size = 0;
   sp.Expect(Size("cpu_err").Answers(OemData({0xFF, 0xFF, 0xFF, 0xFF})));
   EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "cpu_err", Node(0)));
@@ -139,14 +139,14 @@ TEST_F(TStorageArea, QuerySizesAreSigned) {
   EXPECT_EQ(logger.Lines()[6], Debug("total storage area size:-2147483648\n"));
 }
 
-TEST_F(TStorageArea, QueryReadsOnlyFourBytes) {
+TEST_F(StorageArea, QueryReadsOnlyFourBytes) {
   int size = 0;
   sp.Expect(Size("cpu_err").Answers(OemData({0x0A, 0x00, 0x00, 0x00, 0xFF, 0xFF})));
   EXPECT_TRUE(plugin.QueryStorageAreaSize(size, "cpu_err", Node(0)));
   EXPECT_EQ(size, 10);
 }
 
-TEST_F(TStorageArea, QueryFailsSilentlyAndLeavesTheSize) {
+TEST_F(StorageArea, QueryFailsSilentlyAndLeavesTheSize) {
   int size = 77;
   for (const TStep& step : {Size("cpu_err").Fails(0xCB), Size("cpu_err").Lost()}) {
     logger.Clear();
@@ -157,7 +157,7 @@ TEST_F(TStorageArea, QueryFailsSilentlyAndLeavesTheSize) {
   }
 }
 
-TEST_F(TStorageArea, CloseSendsTheHandleAndTracesSixExtraZeros) {
+TEST_F(StorageArea, CloseSendsTheHandleAndTracesSixExtraZeros) {
   sp.Expect(
       Ipmi(0, {0x01, 0x20, 0x2E, 0x00, 0x90, 0x08, 0x00, 0x00, 0x00, 0x39, 0x30, 0x00, 0x05, 0xA1, 0xB2, 0xC3, 0xD4})
           .Answers(OemData({})));
@@ -170,7 +170,7 @@ TEST_F(TStorageArea, CloseSendsTheHandleAndTracesSixExtraZeros) {
   EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
-TEST_F(TStorageArea, AFailedCloseOnlyOmitsItsMessage) {
+TEST_F(StorageArea, AFailedCloseOnlyOmitsItsMessage) {
   for (const TStep& step : {Close({0xA1, 0xB2, 0xC3, 0xD4}).Fails(0xC9), Close({0xA1, 0xB2, 0xC3, 0xD4}).Lost()}) {
     logger.Clear();
     sp.Expect(step);
@@ -181,7 +181,7 @@ TEST_F(TStorageArea, AFailedCloseOnlyOmitsItsMessage) {
   }
 }
 
-TEST_F(TStorageArea, HandleBytesAreSentUnchanged) {
+TEST_F(StorageArea, HandleBytesAreSentUnchanged) {
   const TBytes odd = {0x00, 0xFF, 0x00, 0x80};
   sp.Expect({Open("cpu_err").Answers(OemData(odd)), Read(odd, 0, 10).Fails(0xC9), Close(odd)});
   unsigned char out[10] = {};

@@ -11,9 +11,9 @@ namespace {
 const TBytes kOne = {1, 0, 0, 0};
 const TBytes kTwo = {2, 0, 0, 0};
 
-class TCaptureTrace : public TPluginTest {
+class CaptureTrace : public TPluginTest {
  protected:
-  TCaptureTrace() {
+  CaptureTrace() {
     AddJfrBases(*ns);
     AddCaptureClass();
     plugin.Init();
@@ -26,7 +26,7 @@ class TCaptureTrace : public TPluginTest {
   TStep ExpectedClose(int node) { return Close(node == 0 ? kOne : kTwo, node).Answers(OemData({})); }
 };
 
-TEST_F(TCaptureTrace, ThreeFilesOfTwoNodesWithEveryKindOfFailure) {
+TEST_F(CaptureTrace, ThreeFilesOfTwoNodesWithEveryKindOfFailure) {
   ExpectOpen("cpu_err", 0);
   sp.Expect({Size("cpu_err").Answers(SizeData(12)), Read(kOne, 0, 10).Answers(ReadData({0, 1, 2, 3, 4, 5, 6, 7, 8, 9})),
              Read(kOne, 10, 2).Answers(ReadData({0xFE, 0xFF})), ExpectedClose(0)});

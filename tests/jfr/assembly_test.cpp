@@ -12,7 +12,7 @@ namespace {
 
 using TMaps = std::vector<TPropertyMap>;
 
-class TBlockAssembly : public TBlockTest {
+class BlockAssembly : public TBlockTest {
  protected:
   TMaps Collect(std::uint16_t count, const std::vector<TStep>& steps) {
     sp.serviceProcessors = static_cast<int>(steps.size());
@@ -24,7 +24,7 @@ class TBlockAssembly : public TBlockTest {
 
 const TLine kUnable = Debug("Unable to retrieve engineering information.");
 
-TEST_F(TBlockAssembly, OneInstance) {
+TEST_F(BlockAssembly, OneInstance) {
   const TMaps maps = Collect(1, {Block(0)});
   ASSERT_EQ(maps.size(), 1U);
   EXPECT_EQ(maps[0].size(), 5U);
@@ -35,7 +35,7 @@ TEST_F(TBlockAssembly, OneInstance) {
   EXPECT_EQ(TextOf(maps[0], "R"), "{7, 8, 9, 32, 61, 32, 10, 11, 12, 13, 14, 15, 16, 17}");
 }
 
-TEST_F(TBlockAssembly, TwoServiceProcessorsWithThreeInstancesShareOneIdentity) {
+TEST_F(BlockAssembly, TwoServiceProcessorsWithThreeInstancesShareOneIdentity) {
   const TMaps maps = Collect(3, {Block(0), Block(1)});
   ASSERT_EQ(maps.size(), 6U);
   for (const TPropertyMap& map : maps) {
@@ -47,7 +47,7 @@ TEST_F(TBlockAssembly, TwoServiceProcessorsWithThreeInstancesShareOneIdentity) {
   EXPECT_EQ(NumbersOf(maps[2].at("R"))[0], 48U);
 }
 
-TEST_F(TBlockAssembly, TheTraceAroundABlock) {
+TEST_F(BlockAssembly, TheTraceAroundABlock) {
   Collect(0, {Block(0)});
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{Debug("Class supports 0 instances on this machine"), Debug("fSPInstances = 1."),
@@ -55,31 +55,31 @@ TEST_F(TBlockAssembly, TheTraceAroundABlock) {
                                 Debug("Returned Data:\n"), Debug(DumpText(TBlock().Bytes(), 4097))}));
 }
 
-TEST_F(TBlockAssembly, NoServiceProcessorMeansTwoLines) {
+TEST_F(BlockAssembly, NoServiceProcessorMeansTwoLines) {
   EXPECT_TRUE(Collect(3, {}).empty());
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{Debug("Class supports 3 instances on this machine"), Debug("fSPInstances = 0.")}));
 }
 
-TEST_F(TBlockAssembly, ThreeHundredServiceProcessorsCountAsFortyFour) {
+TEST_F(BlockAssembly, ThreeHundredServiceProcessorsCountAsFortyFour) {
   for (int i = 0; i < 44; ++i) sp.Expect(Block(i));
   sp.serviceProcessors = 300;
   EXPECT_EQ(Collector(Chip().MaxInstances(2).Record("R", 0)).getData().size(), 88U);
   EXPECT_EQ(logger.Lines()[1], Debug("fSPInstances = 44."));
 }
 
-TEST_F(TBlockAssembly, DiscoveryHappensOncePerCollector) {
+TEST_F(BlockAssembly, DiscoveryHappensOncePerCollector) {
   Collect(2, {Block(0), Block(1)});
   // Each command checks once more whether dot commands are supported.
   EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"dot", "check", "discover", "dot", "dot"}));
 }
 
-TEST_F(TBlockAssembly, TheCountIsReadFromTheRequestedClass) {
+TEST_F(BlockAssembly, TheCountIsReadFromTheRequestedClass) {
   Collector(Chip().With("MaxInstanceCount", TCIMValue(65536 + 3)));
   EXPECT_EQ(collector->getInstanceCount(), 3);
 }
 
-TEST_F(TBlockAssembly, AnEmptyAnswerSkipsTheServiceProcessor) {
+TEST_F(BlockAssembly, AnEmptyAnswerSkipsTheServiceProcessor) {
   const TMaps maps = Collect(1, {DotBlock(0).Returns({}), DotBlock(1).Lost(), Block(2)});
   EXPECT_EQ(maps.size(), 1U);
   EXPECT_EQ(logger.Count(kUnable), 2U);
@@ -87,7 +87,7 @@ TEST_F(TBlockAssembly, AnEmptyAnswerSkipsTheServiceProcessor) {
   EXPECT_EQ(logger.StartingWith("Unable to communicate").size(), 1U) << "only the lost one says so";
 }
 
-TEST_F(TBlockAssembly, AFailureWithALengthIsStillDecoded) {
+TEST_F(BlockAssembly, AFailureWithALengthIsStillDecoded) {
   const TMaps maps = Collect(1, {DotBlock(0).Lost().WithLength(16)});
   // Nothing was written, so the whole block is fill, even the time.
   ASSERT_EQ(maps.size(), 1U);
@@ -95,7 +95,7 @@ TEST_F(TBlockAssembly, AFailureWithALengthIsStillDecoded) {
   EXPECT_EQ(TextOf(maps[0], "R"), "{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}");
 }
 
-TEST_F(TBlockAssembly, LengthsThatLie) {
+TEST_F(BlockAssembly, LengthsThatLie) {
   struct TCase {
     int lie;
     std::size_t dumped;  // 0: the service processor is skipped
@@ -112,7 +112,7 @@ TEST_F(TBlockAssembly, LengthsThatLie) {
   }
 }
 
-TEST_F(TBlockAssembly, BlocksOfEveryShortLength) {
+TEST_F(BlockAssembly, BlocksOfEveryShortLength) {
   const TBlock block;
   for (std::size_t length = 1; length <= 40; ++length) {
     StartAnew();
@@ -127,14 +127,14 @@ TEST_F(TBlockAssembly, BlocksOfEveryShortLength) {
   }
 }
 
-TEST_F(TBlockAssembly, EachServiceProcessorStartsWithAFreshBlock) {
+TEST_F(BlockAssembly, EachServiceProcessorStartsWithAFreshBlock) {
   const TMaps maps = Collect(1, {Block(0), DotBlock(1).Returns({0, 1, 1, 1})});
   ASSERT_EQ(maps.size(), 2U);
   EXPECT_EQ(TextOf(maps[1], "StatisticTime"), "20010101484848.000000+000");
   EXPECT_EQ(NumbersOf(maps[1].at("R"))[0], 48U);
 }
 
-TEST_F(TBlockAssembly, ABlockWithoutATimeEmptiesTheResult) {
+TEST_F(BlockAssembly, ABlockWithoutATimeEmptiesTheResult) {
   const TStep timeless = DotBlock(1).Returns(TBlock().WithoutTime().Bytes());
   const TMaps maps = Collect(3, {Block(0), timeless, Block(2)});
   EXPECT_EQ(maps.size(), 3U) << "those of the third service processor";
@@ -144,18 +144,18 @@ TEST_F(TBlockAssembly, ABlockWithoutATimeEmptiesTheResult) {
       << "the first instance ends the second service processor";
 }
 
-TEST_F(TBlockAssembly, TheLastBlockWithoutATimeLeavesNothing) {
+TEST_F(BlockAssembly, TheLastBlockWithoutATimeLeavesNothing) {
   EXPECT_TRUE(Collect(2, {Block(0), DotBlock(1).Returns(TBlock().WithoutTime().Bytes())}).empty());
 }
 
-TEST_F(TBlockAssembly, TheFailureIsLoggedBeforeTheResultIsEmptied) {
+TEST_F(BlockAssembly, TheFailureIsLoggedBeforeTheResultIsEmptied) {
   logger.FailAt("Unable to create chip instance due to caught exception No valid timestamp header (status 21).",
                 [] { throw TVELException(1); });
   const TMaps maps = Collect(1, {Block(0), DotBlock(1).Returns(TBlock().WithoutTime().Bytes())});
   EXPECT_EQ(maps.size(), 1U) << "what could not be written emptied nothing";
 }
 
-TEST_F(TBlockAssembly, AnyOtherStatusContinuesWithTheNextInstance) {
+TEST_F(BlockAssembly, AnyOtherStatusContinuesWithTheNextInstance) {
   int calls = 0;
   probe.DoAt("R.GetQualifier(Index) {}", [&calls] {
     if (++calls == 2) throw TVELException(13);
@@ -167,7 +167,7 @@ TEST_F(TBlockAssembly, AnyOtherStatusContinuesWithTheNextInstance) {
             1U);
 }
 
-TEST_F(TBlockAssembly, Status21FromTheHostEndsTheServiceProcessorToo) {
+TEST_F(BlockAssembly, Status21FromTheHostEndsTheServiceProcessorToo) {
   int calls = 0;
   probe.DoAt("R.GetQualifier(Index) {}", [&calls] {
     if (++calls == 2) throw TVELException(21);
@@ -176,7 +176,7 @@ TEST_F(TBlockAssembly, Status21FromTheHostEndsTheServiceProcessorToo) {
   EXPECT_EQ(calls, 2);
 }
 
-TEST_F(TBlockAssembly, AnExceptionOutsideTheInstancesReturnsTheMapsSoFar) {
+TEST_F(BlockAssembly, AnExceptionOutsideTheInstancesReturnsTheMapsSoFar) {
   logger.FailAt(
       "Returned Data:\n", [] { throw TVELException(1); }, 2);
   const TMaps maps = Collect(2, {Block(0), Block(1)});
@@ -186,21 +186,21 @@ TEST_F(TBlockAssembly, AnExceptionOutsideTheInstancesReturnsTheMapsSoFar) {
                   "register data."));
 }
 
-TEST_F(TBlockAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
+TEST_F(BlockAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
   EXPECT_TRUE(Collector(Chip().With("MaxInstanceCount", TCIMValue("many"))).getData().empty());
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("Encountered exception Type mismatch (status 13). during\t\t\t\t\t\t\t\tthe "
                                      "collection of register data.")});
 }
 
-TEST_F(TBlockAssembly, OtherExceptionsPropagate) {
+TEST_F(BlockAssembly, OtherExceptionsPropagate) {
   EXPECT_THROW(Collector(Chip()).getData(), TAssertionFailure) << "no MaxInstanceCount";
   StartAnew();
   sp.Expect(Block(0));
   EXPECT_THROW(Collector(Chip().MaxInstances(1).Bytes("R")).getData(), TAssertionFailure) << "no Index";
 }
 
-TEST_F(TBlockAssembly, IdentificationOverridesARegisterOfTheSameName) {
+TEST_F(BlockAssembly, IdentificationOverridesARegisterOfTheSameName) {
   sp.Expect(Block(0));
   ns->AddClass(TClassBuilder("PARENT"));
   Collector(TClassBuilder("Bridge6203", "PARENT").MaxInstances(1).Record("ElementName", 0).Record("R", 1));
@@ -209,7 +209,7 @@ TEST_F(TBlockAssembly, IdentificationOverridesARegisterOfTheSameName) {
   EXPECT_NE(TextOf(maps.at(0), "R"), "(absent)");
 }
 
-TEST_F(TBlockAssembly, TheBaseClassNamesAndTheRequestedOneCounts) {
+TEST_F(BlockAssembly, TheBaseClassNamesAndTheRequestedOneCounts) {
   ns->AddClass(TClassBuilder("KROSG_VO_PCIIOBRIDGE_StatisticData").MaxInstances(9));
   sp.Expect(Block(0));
   const TMaps maps = Collector(Chip().MaxInstances(1), "KROSG_VO_PCIIOBRIDGE_StatisticData").getData();
@@ -218,12 +218,12 @@ TEST_F(TBlockAssembly, TheBaseClassNamesAndTheRequestedOneCounts) {
   EXPECT_EQ(TextOf(maps[0], "InstanceID"), "KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0");
 }
 
-class TIdentity : public TBlockTest {
+class Identity : public TBlockTest {
  protected:
-  TIdentity() { Collector(Chip()); }
+  Identity() { Collector(Chip()); }
 };
 
-TEST_F(TIdentity, FourClassesHaveADescription) {
+TEST_F(Identity, FourClassesHaveADescription) {
   EXPECT_EQ(collector->getChipDescription("KROSG_PCIIOBRIDGE_StatisticData"), "PCI I/O bridge");
   EXPECT_EQ(collector->getChipDescription("KROSG_MEMCTL_StatisticData"), "Memory and I/O controller");
   EXPECT_EQ(collector->getChipDescription("KROSG_VO_MEMCTL_StatisticData"),
@@ -235,7 +235,7 @@ TEST_F(TIdentity, FourClassesHaveADescription) {
   }
 }
 
-TEST_F(TIdentity, AnyInstanceNumberIsAccepted) {
+TEST_F(Identity, AnyInstanceNumberIsAccepted) {
   const TPropertyMap info = collector->getCIMInstanceInfo(Class(kBridgeBase), 7);
   EXPECT_EQ(info.size(), 3U);
   EXPECT_EQ(TextOf(info, "InstanceID"), "KROSG:KROSG_PCIIOBRIDGE_StatisticData:6203:7");
@@ -247,7 +247,7 @@ TEST_F(TIdentity, AnyInstanceNumberIsAccepted) {
                                                 Verbose("Completed getCIMInstanceInfo()")}));
 }
 
-TEST_F(TIdentity, TheMachineTypeIsTheNamespacesOfTheRequestedClass) {
+TEST_F(Identity, TheMachineTypeIsTheNamespacesOfTheRequestedClass) {
   ns->SetMachineType("4411");
   EXPECT_EQ(collector->getMachineType(), "4411");
   TJFRErrorData none({}, {});
@@ -255,7 +255,7 @@ TEST_F(TIdentity, TheMachineTypeIsTheNamespacesOfTheRequestedClass) {
   EXPECT_THROW(none.getData(), TAssertionFailure);
 }
 
-TEST_F(TIdentity, BothClassesLiveAsLongAsTheCollector) {
+TEST_F(Identity, BothClassesLiveAsLongAsTheCollector) {
   const boost::shared_ptr<TCIMClass> base = Class(kBridgeBase);
   const auto before = base.use_count();
   {

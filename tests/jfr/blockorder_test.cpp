@@ -11,24 +11,24 @@
 namespace tests {
 namespace {
 
-class TBlockOrder : public TBlockTest {
+class BlockOrder : public TBlockTest {
  protected:
   static TStep Block() { return DotBlock(0).Returns(TBlock().Bytes()); }
 };
 
-TEST_F(TBlockOrder, WithoutInstancesTheBlockIsReadForNothing) {
+TEST_F(BlockOrder, WithoutInstancesTheBlockIsReadForNothing) {
   sp.Expect(Block());
   EXPECT_TRUE(Collector(Chip().MaxInstances(0).Record("R", 0)).getData().empty());
   EXPECT_EQ(sp.StepsLeft(), 0U);
 }
 
-TEST_F(TBlockOrder, ABlocksTimeIsUtcInEveryZone) {
+TEST_F(BlockOrder, ABlocksTimeIsUtcInEveryZone) {
   const TTimeZone zone("XYZ-5:30");
   TBlock block;
   EXPECT_EQ(Collector(Chip()).getTimeStamp(block.Data()).ToString(), "20241231235958.000000+000");
 }
 
-TEST_F(TBlockOrder, TheMachineTypeIsThatOfTheRequestedClassesNamespace) {
+TEST_F(BlockOrder, TheMachineTypeIsThatOfTheRequestedClassesNamespace) {
   const auto other = TNamespace::Create();
   other->SetMachineType("4411");
   const auto base = other->AddClass(TClassBuilder(kBridgeBase));
@@ -37,7 +37,7 @@ TEST_F(TBlockOrder, TheMachineTypeIsThatOfTheRequestedClassesNamespace) {
   EXPECT_EQ(TJFRErrorData(asked, base).getMachineType(), "4411");
 }
 
-TEST_F(TBlockOrder, AnIdentityQueriesTheClassNameAndThenTheMachineType) {
+TEST_F(BlockOrder, AnIdentityQueriesTheClassNameAndThenTheMachineType) {
   Collector(Chip());
   const auto named = probe.Wrap(boost::shared_ptr<ICIMClass>(Class(kBridgeBase)));
   probe.Clear();
@@ -46,7 +46,7 @@ TEST_F(TBlockOrder, AnIdentityQueriesTheClassNameAndThenTheMachineType) {
                                                      "Bridge6203.GetNamespace() {}", "namespace.GetMachineType()"}));
 }
 
-TEST_F(TBlockOrder, AnIdentityIsLoggedBeforeTheClassNameIsQueried) {
+TEST_F(BlockOrder, AnIdentityIsLoggedBeforeTheClassNameIsQueried) {
   Collector(Chip());
   const auto named = probe.Wrap(boost::shared_ptr<ICIMClass>(Class(kBridgeBase)));
   probe.Clear();
@@ -55,7 +55,7 @@ TEST_F(TBlockOrder, AnIdentityIsLoggedBeforeTheClassNameIsQueried) {
   EXPECT_TRUE(probe.Calls().empty());
 }
 
-TEST_F(TBlockOrder, AnIdentityIsThatOfTheGivenClass) {
+TEST_F(BlockOrder, AnIdentityIsThatOfTheGivenClass) {
   Collector(Chip());
   ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));
   const TPropertyMap info = collector->getCIMInstanceInfo(Class("KROSG_L3Cache_StatisticData"), 0);
@@ -63,7 +63,7 @@ TEST_F(TBlockOrder, AnIdentityIsThatOfTheGivenClass) {
   EXPECT_EQ(TextOf(info, "InstanceID"), "KROSG:KROSG_L3Cache_StatisticData:6203:0");
 }
 
-TEST_F(TBlockOrder, EveryDeclarationIsQueriedForNameOriginAndThenSuperclass) {
+TEST_F(BlockOrder, EveryDeclarationIsQueriedForNameOriginAndThenSuperclass) {
   ns->AddClass(TClassBuilder("PARENT").Text("InstanceID"));
   Collector(TClassBuilder("Bridge6203", "PARENT").Record("R", 0));
   TBlock block;
@@ -79,7 +79,7 @@ TEST_F(TBlockOrder, EveryDeclarationIsQueriedForNameOriginAndThenSuperclass) {
                                       "R.GetType() {}", "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
 }
 
-TEST_F(TBlockOrder, ADeclarationIsLoggedBeforeTheClassNameIsQueried) {
+TEST_F(BlockOrder, ADeclarationIsLoggedBeforeTheClassNameIsQueried) {
   Collector(TClassBuilder("Bridge6203", kBridgeBase).Record("R", 0));
   TBlock block;
   probe.Clear();
@@ -89,13 +89,13 @@ TEST_F(TBlockOrder, ADeclarationIsLoggedBeforeTheClassNameIsQueried) {
   EXPECT_TRUE(probe.CallsWith("Bridge6203.GetName").empty());
 }
 
-TEST_F(TBlockOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
+TEST_F(BlockOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
   Collector(TClassBuilder("Bridge6203").Text("InstanceID"));
   TBlock block;
   EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), TAssertionFailure);
 }
 
-TEST_F(TBlockOrder, DecodingIsLoggedBeforeTheEnumeration) {
+TEST_F(BlockOrder, DecodingIsLoggedBeforeTheEnumeration) {
   Collector(Chip().Record("R", 0));
   TBlock block;
   probe.Clear();
@@ -104,18 +104,18 @@ TEST_F(TBlockOrder, DecodingIsLoggedBeforeTheEnumeration) {
   EXPECT_TRUE(probe.Calls().empty());
 }
 
-class TRequestOrder : public TPartTest {
+class RequestOrder : public TPartTest {
  protected:
-  TRequestOrder() { sp.takesDotCommands = true; }
+  RequestOrder() { sp.takesDotCommands = true; }
 };
 
-TEST_F(TRequestOrder, DotCommandSupportIsLoggedBeforeTheCheck) {
+TEST_F(RequestOrder, DotCommandSupportIsLoggedBeforeTheCheck) {
   logger.FailAt("TNOVRequestTorgaReg()::Is Dotcommand.");
   EXPECT_THROW(TNOVRequestTorgaReg(), std::runtime_error);
   EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"dot"});
 }
 
-TEST_F(TRequestOrder, ARequestIsLoggedBeforeItIsSent) {
+TEST_F(RequestOrder, ARequestIsLoggedBeforeItIsSent) {
   TNOVRequestTorgaReg transport;
   TBytes out(14);
   unsigned short length = 0;
@@ -126,7 +126,7 @@ TEST_F(TRequestOrder, ARequestIsLoggedBeforeItIsSent) {
   EXPECT_TRUE(sp.PresetLengths().empty()) << "nothing was sent";
 }
 
-TEST_F(TRequestOrder, ACompletionCodeAddsNothingToATranscript) {
+TEST_F(RequestOrder, ACompletionCodeAddsNothingToATranscript) {
   TNOVRequestTorgaReg transport;
   TBytes out(14);
   unsigned short length = 0;

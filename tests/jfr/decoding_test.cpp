@@ -11,21 +11,21 @@ namespace {
 
 using TNumbers = std::vector<unsigned int>;
 
-class TBlockTime : public TBlockTest {
+class BlockTime : public TBlockTest {
  protected:
-  TBlockTime() { Collector(Chip()); }
+  BlockTime() { Collector(Chip()); }
   std::string Time() { return collector->getTimeStamp(block.Data()).ToString(); }
 
   TBlock block;
 };
 
-TEST_F(TBlockTime, ComesFromTheFirstCopy) {
+TEST_F(BlockTime, ComesFromTheFirstCopy) {
   EXPECT_EQ(Time(), "20241231235958.000000+000");
   // Eight values: the seven header bytes and the one after them.
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("TimeStamp rawdata: \n"), Debug("\n0 24 12 31 23 59 58 7 \n")}));
 }
 
-TEST_F(TBlockTime, AMonthOrDayOfZeroSelectsTheSecondCopy) {
+TEST_F(BlockTime, AMonthOrDayOfZeroSelectsTheSecondCopy) {
   block.Put(2040, {0xAA, 1, 2, 3, 4, 5, 6});
   for (const std::size_t field : {2U, 3U}) {
     logger.Clear();
@@ -37,14 +37,14 @@ TEST_F(TBlockTime, AMonthOrDayOfZeroSelectsTheSecondCopy) {
   }
 }
 
-TEST_F(TBlockTime, OnlyMonthAndDayDecide) {
+TEST_F(BlockTime, OnlyMonthAndDayDecide) {
   block.Put(0, {0, 0, 1, 1, 0, 0, 0});
   EXPECT_EQ(Time(), "20000101000000.000000+000");
   block.Put(0, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF});
   EXPECT_EQ(Time(), "2255255255255255255.000000+000") << "fields are kept as they are";
 }
 
-TEST_F(TBlockTime, NeitherCopyThrowsStatus21) {
+TEST_F(BlockTime, NeitherCopyThrowsStatus21) {
   for (const TBytes& monthAndDay : {TBytes{0, 1}, TBytes{1, 0}, TBytes{0, 0}}) {
     block.Put(2, monthAndDay).Put(2042, monthAndDay);
     try {
@@ -57,7 +57,7 @@ TEST_F(TBlockTime, NeitherCopyThrowsStatus21) {
   EXPECT_EQ(logger.Lines().size(), 12U);
 }
 
-class TRecord : public TBlockTest {
+class Record : public TBlockTest {
  protected:
   // The register with this index of one instance, in a block with a valid first header copy.
   TNumbers Decoded(std::uint16_t index, int instance) {
@@ -74,36 +74,36 @@ class TRecord : public TBlockTest {
 };
 
 // Byte i of the block is i & 0xFF, so a record shows where it was read.
-TEST_F(TRecord, RecordsOfTheFirstCopyStartAfterItsHeader) {
+TEST_F(Record, RecordsOfTheFirstCopyStartAfterItsHeader) {
   EXPECT_EQ(Decoded(0, 0), (TNumbers{7, 8, 9, 32, 61, 32, 10, 11, 12, 13, 14, 15, 16, 17}));
 }
 
-TEST_F(TRecord, IndexFiveOfInstanceOne) {
+TEST_F(Record, IndexFiveOfInstanceOne) {
   // 7 + (5 + 256) * 8 = 2095 = 0x82F.
   EXPECT_EQ(Decoded(5, 1), (TNumbers{0x2F, 0x30, 0x31, 32, 61, 32, 0x32, 0x33, 0x34, 0x35, 0x36, 0x37, 0x38, 0x39}));
 }
 
-TEST_F(TRecord, RecordsOfTheSecondCopyStartAtTheBlocksStart) {
+TEST_F(Record, RecordsOfTheSecondCopyStartAtTheBlocksStart) {
   // (5 + 256) * 8 = 2088 = 0x828: the offset of the second copy, 2040, is not added.
   EXPECT_EQ(InSecondCopy(5, 1),
             (TNumbers{0x28, 0x29, 0x2A, 32, 61, 32, 0x2B, 0x2C, 0x2D, 0x2E, 0x2F, 0x30, 0x31, 0x32}));
 }
 
-TEST_F(TRecord, TheFlagBelongsToTheLatestTime) {
+TEST_F(Record, TheFlagBelongsToTheLatestTime) {
   EXPECT_EQ(InSecondCopy(1, 0)[0], 8U);
   block.Put(0, {0x00, 0x18, 0x0C, 0x1F, 0x17, 0x3B, 0x3A});
   collector->getTimeStamp(block.Data());
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U);
 }
 
-TEST_F(TRecord, ABlockWithoutATimeLeavesTheSecondCopysBase) {
+TEST_F(Record, ABlockWithoutATimeLeavesTheSecondCopysBase) {
   Collector(Chip().Record("R", 1));
   block.WithoutTime();
   EXPECT_THROW(collector->getTimeStamp(block.Data()), TVELException);
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 8U);
 }
 
-TEST_F(TRecord, ARecordAcrossTheEndIsFilledWith48) {
+TEST_F(Record, ARecordAcrossTheEndIsFilledWith48) {
   // 7 + (255 + 256) * 8 = 4095: one byte of the block, then ten of fill.
   EXPECT_EQ(Decoded(255, 1), (TNumbers{0xFF, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}));
   StartAnew();
@@ -111,7 +111,7 @@ TEST_F(TRecord, ARecordAcrossTheEndIsFilledWith48) {
   EXPECT_EQ(InSecondCopy(255, 1), (TNumbers{0xF8, 0xF9, 0xFA, 32, 61, 32, 0xFB, 0xFC, 0xFD, 0xFE, 0xFF, 48, 48, 48}));
 }
 
-TEST_F(TRecord, ARecordBeyondTheEndIsAllFill) {
+TEST_F(Record, ARecordBeyondTheEndIsAllFill) {
   const TNumbers fill = {48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48};
   EXPECT_EQ(Decoded(0, 2), fill);
   for (const int instance : {3, 300, 65534}) {
@@ -121,7 +121,7 @@ TEST_F(TRecord, ARecordBeyondTheEndIsAllFill) {
   EXPECT_EQ(Decoded(65535, 0), fill);
 }
 
-TEST_F(TRecord, ARecordBeforeTheBlockIsFilledToo) {
+TEST_F(Record, ARecordBeforeTheBlockIsFilledToo) {
   // 7 - 256 * 8 = -2041: the whole record is before the block.
   EXPECT_EQ(Decoded(0, -1), (TNumbers{48, 48, 48, 32, 61, 32, 48, 48, 48, 48, 48, 48, 48, 48}));
   StartAnew();
@@ -129,7 +129,7 @@ TEST_F(TRecord, ARecordBeforeTheBlockIsFilledToo) {
   EXPECT_EQ(Decoded(255, -1), (TNumbers{48, 0x00, 0x18, 32, 61, 32, 0x0C, 0x1F, 0x17, 0x3B, 0x3A, 7, 8, 9}));
 }
 
-TEST_F(TRecord, TheDeclaredTypeIsKeptAndTheCountIs14) {
+TEST_F(Record, TheDeclaredTypeIsKeptAndTheCountIs14) {
   Collector(Chip().Property(TType::kUint32, "R", true, {{"Index", Number(TType::kUint16, 0)}}));
   const TCIMValue value = collector->getRegisterData(Property("R"), block.Data(), 0);
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint32);
@@ -137,7 +137,7 @@ TEST_F(TRecord, TheDeclaredTypeIsKeptAndTheCountIs14) {
   EXPECT_EQ(NumbersOf(value).size(), 14U);
 }
 
-TEST_F(TRecord, WithoutDataItIsAnEmptyArray) {
+TEST_F(Record, WithoutDataItIsAnEmptyArray) {
   Collector(Chip().Record("R", 0));
   const TCIMValue value = collector->getRegisterData(Property("R"), nullptr, 0);
   EXPECT_FALSE(value.IsNull());
@@ -150,17 +150,17 @@ TEST_F(TRecord, WithoutDataItIsAnEmptyArray) {
   EXPECT_EQ(TextOf(collector->getChipsetErrorRegisterValues(nullptr, 0), "R"), "{}") << "and the property is added";
 }
 
-TEST_F(TRecord, WithoutDataNoQualifierIsLookedUp) {
+TEST_F(Record, WithoutDataNoQualifierIsLookedUp) {
   Collector(Chip().Bytes("R"));
   EXPECT_TRUE(NumbersOf(collector->getRegisterData(Property("R"), nullptr, 0)).empty());
 }
 
-TEST_F(TRecord, BeforeAnyTimeTheFirstCopyIsAssumed) {
+TEST_F(Record, BeforeAnyTimeTheFirstCopyIsAssumed) {
   Collector(Chip().Record("R", 1));
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U);
 }
 
-TEST_F(TRecord, MaxLenIsLookedUpAfterIndexAndHasNoEffect) {
+TEST_F(Record, MaxLenIsLookedUpAfterIndexAndHasNoEffect) {
   Collector(Chip().Bytes("R", {{"Index", Number(TType::kUint16, 0)}, {"MaxLen", TCIMValue("no number")}}));
   const auto property = Property("R");
   probe.Clear();
@@ -169,23 +169,23 @@ TEST_F(TRecord, MaxLenIsLookedUpAfterIndexAndHasNoEffect) {
             (std::vector<std::string>{"R.GetType() {}", "R.GetQualifier(Index) {}", "R.GetQualifier(MaxLen) {}"}));
 }
 
-TEST_F(TRecord, AnAbsentIndexAsserts) {
+TEST_F(Record, AnAbsentIndexAsserts) {
   Collector(Chip().Bytes("R"));
   EXPECT_THROW(collector->getRegisterData(Property("R"), block.Data(), 0), TAssertionFailure);
 }
 
-TEST_F(TRecord, AnIndexIsAnUnsigned16BitNumber) {
+TEST_F(Record, AnIndexIsAnUnsigned16BitNumber) {
   Collector(Chip().Bytes("R", {{"Index", Number(TType::kUint32, 65537)}}));
   collector->getTimeStamp(block.Data());
   EXPECT_EQ(NumbersOf(collector->getRegisterData(Property("R"), block.Data(), 0))[0], 15U) << "index 1";
 }
 
-class TBlockSelection : public TBlockTest {
+class BlockSelection : public TBlockTest {
  protected:
   TBlock block;
 };
 
-TEST_F(TBlockSelection, OwnAndDirectlyInheritedPropertiesAreDecoded) {
+TEST_F(BlockSelection, OwnAndDirectlyInheritedPropertiesAreDecoded) {
   ns->AddClass(TClassBuilder("PARENT", kBridgeBase).Record("Near", 2));
   Collector(TClassBuilder("Bridge6203", "PARENT").Record("Own", 1).Record("MachineType", 9));
   const TPropertyMap map = collector->getChipsetErrorRegisterValues(block.Data(), 0);
@@ -193,7 +193,7 @@ TEST_F(TBlockSelection, OwnAndDirectlyInheritedPropertiesAreDecoded) {
   EXPECT_TRUE(map.contains("Near") && map.contains("Own"));
 }
 
-TEST_F(TBlockSelection, APropertyOfAnUnrelatedClassIsLoggedButNotDecoded) {
+TEST_F(BlockSelection, APropertyOfAnUnrelatedClassIsLoggedButNotDecoded) {
   const auto unrelated = ns->AddClass(TClassBuilder("UNRELATED").Record("Elsewhere", 3));
   probe.EnumerateAlso(unrelated->Properties()[unrelated->FindProperty("Elsewhere")]);
   Collector(Chip().Record("Own", 1));
@@ -205,7 +205,7 @@ TEST_F(TBlockSelection, APropertyOfAnUnrelatedClassIsLoggedButNotDecoded) {
             1U);
 }
 
-TEST_F(TBlockSelection, TheTraceNamesEveryProperty) {
+TEST_F(BlockSelection, TheTraceNamesEveryProperty) {
   Collector(Chip().Record("R", 0));
   collector->getChipsetErrorRegisterValues(block.Data(), 0);
   const std::string inherited = ". classOrigin = KROSG_StatisticBase. superClass = KROSG_PCIIOBRIDGE_StatisticData";
@@ -218,7 +218,7 @@ TEST_F(TBlockSelection, TheTraceNamesEveryProperty) {
                 Verbose("Completed getChipsetErrorRegisterValues()")}));
 }
 
-TEST_F(TBlockSelection, FourNamesAreSkippedAndElementNameIsNot) {
+TEST_F(BlockSelection, FourNamesAreSkippedAndElementNameIsNot) {
   ns->AddClass(TClassBuilder("PARENT"));
   TClassBuilder definition("Bridge6203", "PARENT");
   for (const char* const name : {"MachineType", "DateTimeOfCollection", "StatisticTime", "InstanceID", "ElementName"}) {
@@ -230,19 +230,19 @@ TEST_F(TBlockSelection, FourNamesAreSkippedAndElementNameIsNot) {
   EXPECT_TRUE(map.contains("ElementName"));
 }
 
-TEST_F(TBlockSelection, AnOverridingPropertyKeepsItsOriginAndIsSkipped) {
+TEST_F(BlockSelection, AnOverridingPropertyKeepsItsOriginAndIsSkipped) {
   ns->AddClass(TClassBuilder("TOP").Record("R", 0));
   ns->AddClass(TClassBuilder("MIDDLE", "TOP"));
   Collector(TClassBuilder("Bridge6203", "MIDDLE").Record("R", 1));
   EXPECT_TRUE(collector->getChipsetErrorRegisterValues(block.Data(), 0).empty());
 }
 
-TEST_F(TBlockSelection, AClassWithoutASuperClassAsserts) {
+TEST_F(BlockSelection, AClassWithoutASuperClassAsserts) {
   Collector(TClassBuilder("Bridge6203").Record("R", 0));
   EXPECT_THROW(collector->getChipsetErrorRegisterValues(block.Data(), 0), TAssertionFailure);
 }
 
-TEST_F(TBlockSelection, TheTimeIsReadFirstAndJoinsTheRegisters) {
+TEST_F(BlockSelection, TheTimeIsReadFirstAndJoinsTheRegisters) {
   Collector(Chip().Record("R", 0));
   const TPropertyMap map = collector->getChipErrorInfo(block.TimeInSecondCopy().Data(), 0);
   EXPECT_EQ(TextOf(map, "StatisticTime"), "20010203040506.000000+000");

@@ -15,12 +15,12 @@ namespace {
 static_assert(std::is_standard_layout_v<TNOVRequestTorgaReg>, "no virtual operation, no base");
 static_assert(std::has_virtual_destructor_v<TJFRErrorData>);
 
-class TJfrLayout : public TBlockTest {
+class JfrLayout : public TBlockTest {
  protected:
-  TJfrLayout() { sp.serviceProcessors = 300; }  // only eight bits are kept
+  JfrLayout() { sp.serviceProcessors = 300; }  // of which eight bits are kept
 };
 
-TEST_F(TJfrLayout, TheTransportHoldsLibraryLoggerAndCount) {
+TEST_F(JfrLayout, TheTransportHoldsLibraryLoggerAndCount) {
   const TNOVRequestTorgaReg transport;
   const auto fields = TTestPeer::FieldsOf(transport);
   EXPECT_EQ(fields.spLibrary, SPLibrary::GetSplibraryInstance(0));
@@ -28,7 +28,7 @@ TEST_F(TJfrLayout, TheTransportHoldsLibraryLoggerAndCount) {
   EXPECT_EQ(fields.spInstances, 44);
 }
 
-TEST_F(TJfrLayout, TheCollectorHoldsItsFieldsInOrder) {
+TEST_F(JfrLayout, TheCollectorHoldsItsFieldsInOrder) {
   const auto fields = TTestPeer::FieldsOf(Collector(Chip()));
   EXPECT_EQ(fields.timeStampFromSecondCopy, 0);
   EXPECT_EQ(fields.log, LogMessage::getInstance());
@@ -40,14 +40,14 @@ TEST_F(TJfrLayout, TheCollectorHoldsItsFieldsInOrder) {
   EXPECT_EQ(fields.spInstances, 44);
 }
 
-TEST_F(TJfrLayout, TheFlagSaysWhichCopyTheTimeCameFrom) {
+TEST_F(JfrLayout, TheFlagSaysWhichCopyTheTimeCameFrom) {
   Collector(Chip());
   TBlock block;
   collector->getTimeStamp(block.TimeInSecondCopy().Data());
   EXPECT_EQ(TTestPeer::FieldsOf(*collector).timeStampFromSecondCopy, 1);
 }
 
-TEST_F(TJfrLayout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }
+TEST_F(JfrLayout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<TJFRErrorData>(), 2U); }
 
 }  // namespace
 }  // namespace tests

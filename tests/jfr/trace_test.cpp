@@ -8,9 +8,9 @@
 namespace tests {
 namespace {
 
-class TJfrTrace : public TPluginTest {
+class JfrTrace : public TPluginTest {
  protected:
-  TJfrTrace() {
+  JfrTrace() {
     AddStatisticBase();
     AddJfrBases(*ns, "KROSG_StatisticBase");
     ns->AddClass(TClassBuilder("Bridge6203", kBridgeBase)
@@ -23,7 +23,7 @@ class TJfrTrace : public TPluginTest {
   }
 };
 
-TEST_F(TJfrTrace, AWholeBlockNoBlockAndAShortOne) {
+TEST_F(JfrTrace, AWholeBlockNoBlockAndAShortOne) {
   TBytes twenty;
   for (std::uint8_t byte = 100; byte < 120; ++byte) twenty.push_back(byte);
   twenty[3] = 0;

@@ -10,9 +10,9 @@ namespace {
 
 const char* const kUnable = "Unable to communicate with system management hardware. Could not collect register data.";
 
-class TDotTransport : public TPartTest {
+class DotTransport : public TPartTest {
  protected:
-  TDotTransport() {
+  DotTransport() {
     sp.takesDotCommands = true;
     sp.serviceProcessors = 2;
   }
@@ -22,14 +22,14 @@ class TDotTransport : public TPartTest {
   }
 };
 
-TEST_F(TDotTransport, WithoutDotCommandsNothingElseIsQueried) {
+TEST_F(DotTransport, WithoutDotCommandsNothingElseIsQueried) {
   sp.takesDotCommands = false;
   EXPECT_EQ(TNOVRequestTorgaReg().GetSPInstances(), 0);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("TNOVRequestTorgaReg()::Is not Dotcommand.")});
   EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"dot"});
 }
 
-TEST_F(TDotTransport, AFailedCheckEndsTheDiscovery) {
+TEST_F(DotTransport, AFailedCheckEndsTheDiscovery) {
   sp.communicates = false;
   EXPECT_EQ(TNOVRequestTorgaReg().GetSPInstances(), 0);
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("TNOVRequestTorgaReg()::Is Dotcommand."),
@@ -37,13 +37,13 @@ TEST_F(TDotTransport, AFailedCheckEndsTheDiscovery) {
   EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"dot", "check"}));
 }
 
-TEST_F(TDotTransport, TheCountIsNotLogged) {
+TEST_F(DotTransport, TheCountIsNotLogged) {
   EXPECT_EQ(TNOVRequestTorgaReg().GetSPInstances(), 2);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("TNOVRequestTorgaReg()::Is Dotcommand.")});
   EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"dot", "check", "discover"}));
 }
 
-TEST_F(TDotTransport, OnlyEightBitsOfTheCountAreKept) {
+TEST_F(DotTransport, OnlyEightBitsOfTheCountAreKept) {
   EXPECT_EQ(InstancesOf(0), 0);
   EXPECT_EQ(InstancesOf(255), 255);
   EXPECT_EQ(InstancesOf(256), 0);
@@ -51,7 +51,7 @@ TEST_F(TDotTransport, OnlyEightBitsOfTheCountAreKept) {
   EXPECT_EQ(InstancesOf(-1), 255);
 }
 
-TEST_F(TDotTransport, TheCommandCarriesTheBufferSize) {
+TEST_F(DotTransport, TheCommandCarriesTheBufferSize) {
   TNOVRequestTorgaReg transport;
   TBytes buffer(0x12345);
   sp.Expect(Dot(0, {0x02, 0x0E, 0x06, 0x00, 0x00, 0x00, 0x10}));
@@ -62,7 +62,7 @@ TEST_F(TDotTransport, TheCommandCarriesTheBufferSize) {
   transport.sendCommand(buffer.data(), 0x12345, 7);
 }
 
-TEST_F(TDotTransport, TheResponseLengthIsReturned) {
+TEST_F(DotTransport, TheResponseLengthIsReturned) {
   TNOVRequestTorgaReg transport;
   TBytes buffer(8, 0x77);
   sp.Expect(Dot(0, {0x02, 0x0E, 0x06, 0x00, 0x00, 0x08, 0x00}).Returns({1, 2, 3}));
@@ -72,7 +72,7 @@ TEST_F(TDotTransport, TheResponseLengthIsReturned) {
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Verbose("sendCommand CmdStatus return 1with a returnDataLen of 3")});
 }
 
-TEST_F(TDotTransport, AFailureIsLoggedAndTheLengthStillReturned) {
+TEST_F(DotTransport, AFailureIsLoggedAndTheLengthStillReturned) {
   TNOVRequestTorgaReg transport;
   TBytes buffer(4096);
   logger.Clear();
@@ -85,7 +85,7 @@ TEST_F(TDotTransport, AFailureIsLoggedAndTheLengthStillReturned) {
   EXPECT_EQ(logger.Lines()[2], Verbose("sendCommand CmdStatus return 0with a returnDataLen of 0"));
 }
 
-TEST_F(TDotTransport, LengthsAreReturnedUnchanged) {
+TEST_F(DotTransport, LengthsAreReturnedUnchanged) {
   TNOVRequestTorgaReg transport;
   TBytes buffer(4096);
   for (const int lie : {0, 1, 4096, 4097, 65536, 70000, -1}) {
@@ -97,7 +97,7 @@ TEST_F(TDotTransport, LengthsAreReturnedUnchanged) {
   }
 }
 
-TEST_F(TDotTransport, WithoutDotCommandsNothingIsSent) {
+TEST_F(DotTransport, WithoutDotCommandsNothingIsSent) {
   TNOVRequestTorgaReg transport;
   logger.Clear();
   sp.takesDotCommands = false;
@@ -106,9 +106,9 @@ TEST_F(TDotTransport, WithoutDotCommandsNothingIsSent) {
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug(kUnable)});
 }
 
-class TUncalledRequests : public TPartTest {
+class UncalledRequests : public TPartTest {
  protected:
-  TUncalledRequests() { logger.Clear(); }
+  UncalledRequests() { logger.Clear(); }
   bool ReadRegister() { return transport.getData(7, 0x01ABCDEF, value.data(), &length); }
   bool ReadTime() { return transport.getTimeStamp(value.data(), &length); }
   // Byte i of the data is i + 1.
@@ -127,7 +127,7 @@ class TUncalledRequests : public TPartTest {
   unsigned short length = 5;
 };
 
-TEST_F(TUncalledRequests, RegisterAnswersOfEveryLength) {
+TEST_F(UncalledRequests, RegisterAnswersOfEveryLength) {
   for (std::size_t count = 0; count <= 30; ++count) {
     value.assign(9, 0x77);
     logger.Clear();
@@ -143,7 +143,7 @@ TEST_F(TUncalledRequests, RegisterAnswersOfEveryLength) {
   }
 }
 
-TEST_F(TUncalledRequests, TimestampAnswersOfEveryLength) {
+TEST_F(UncalledRequests, TimestampAnswersOfEveryLength) {
   for (std::size_t count = 0; count <= 30; ++count) {
     value.assign(9, 0x77);
     logger.Clear();
@@ -158,7 +158,7 @@ TEST_F(TUncalledRequests, TimestampAnswersOfEveryLength) {
   }
 }
 
-TEST_F(TUncalledRequests, TheLengthVariableStartsAtZero) {
+TEST_F(UncalledRequests, TheLengthVariableStartsAtZero) {
   sp.Expect({RegisterStep().Lost(), TimeStep().Lost()});
   EXPECT_FALSE(ReadRegister());
   EXPECT_EQ(length, 0);
@@ -169,7 +169,7 @@ TEST_F(TUncalledRequests, TheLengthVariableStartsAtZero) {
   EXPECT_EQ(logger.OfSeverity(4).size(), 0U) << "no answer, no transcript";
 }
 
-TEST_F(TUncalledRequests, CompletionCodesFail) {
+TEST_F(UncalledRequests, CompletionCodesFail) {
   sp.Expect({RegisterStep().Answers(Counting(14)).WithCode(0xC1), TimeStep().Answers(Counting(4)).WithCode(1)});
   EXPECT_FALSE(ReadRegister());
   EXPECT_EQ(length, 23);
@@ -178,7 +178,7 @@ TEST_F(TUncalledRequests, CompletionCodesFail) {
   EXPECT_EQ(value, TBytes(9, 0x77));
 }
 
-TEST_F(TUncalledRequests, TheLengthIsSetBeforeTheTranscriptIsLogged) {
+TEST_F(UncalledRequests, TheLengthIsSetBeforeTheTranscriptIsLogged) {
   sp.Expect({RegisterStep().Answers(Counting(14)), TimeStep().Answers(Counting(4))});
   logger.FailAt("command completed checking success...\n\nThe response length is 23");
   EXPECT_THROW(ReadRegister(), std::runtime_error);
@@ -188,7 +188,7 @@ TEST_F(TUncalledRequests, TheLengthIsSetBeforeTheTranscriptIsLogged) {
   EXPECT_EQ(length, 4);
 }
 
-TEST_F(TUncalledRequests, LengthsThatLie) {
+TEST_F(UncalledRequests, LengthsThatLie) {
   struct TCase {
     int lie;
     bool good;

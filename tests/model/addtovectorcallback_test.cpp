@@ -15,14 +15,14 @@ using TClassCallback = TAddToVectorCallback<ICIMClass>;
 using TPropertyCallback = TAddToVectorCallback<ICIMPropertyDecl>;
 using TNumberCallback = TAddToVectorCallback<int>;
 
-TEST(TAddToVectorCallback, HasTheTypeNamesOfAUnaryFunction) {
+TEST(AddToVectorCallback, HasTheTypeNamesOfAUnaryFunction) {
   EXPECT_TRUE((std::is_same_v<TClassCallback::argument_type, boost::shared_ptr<ICIMClass>>));
   EXPECT_TRUE((std::is_same_v<TClassCallback::result_type, bool>));
   EXPECT_TRUE((std::is_same_v<TPropertyCallback::argument_type, boost::shared_ptr<ICIMPropertyDecl>>));
   EXPECT_TRUE((std::is_same_v<TPropertyCallback::result_type, bool>));
 }
 
-TEST(TAddToVectorCallback, AppendsInOrderAndAsksForMore) {
+TEST(AddToVectorCallback, AppendsInOrderAndAsksForMore) {
   std::vector<boost::shared_ptr<int>> numbers = {boost::make_shared<int>(1)};
   const boost::function<bool(boost::shared_ptr<int>)> callback = TNumberCallback(numbers);
   EXPECT_TRUE(callback(boost::make_shared<int>(2)));
@@ -33,7 +33,7 @@ TEST(TAddToVectorCallback, AppendsInOrderAndAsksForMore) {
   EXPECT_EQ(*numbers[2], 3);
 }
 
-TEST(TAddToVectorCallback, AppendsAnEmptyPointerToo) {
+TEST(AddToVectorCallback, AppendsAnEmptyPointerToo) {
   std::vector<boost::shared_ptr<int>> numbers;
   const boost::function<bool(boost::shared_ptr<int>)> callback = TNumberCallback(numbers);
   EXPECT_TRUE(callback(boost::shared_ptr<int>()));
@@ -41,7 +41,7 @@ TEST(TAddToVectorCallback, AppendsAnEmptyPointerToo) {
   EXPECT_FALSE(numbers[0]);
 }
 
-TEST(TAddToVectorCallback, CopiesFillTheSameVector) {
+TEST(AddToVectorCallback, CopiesFillTheSameVector) {
   std::vector<boost::shared_ptr<int>> numbers;
   const TNumberCallback original(numbers);
   const TNumberCallback copy = original;
@@ -50,7 +50,7 @@ TEST(TAddToVectorCallback, CopiesFillTheSameVector) {
   EXPECT_EQ(numbers.size(), 2U);
 }
 
-TEST(TAddToVectorCallback, KeepsTheObjectsAlive) {
+TEST(AddToVectorCallback, KeepsTheObjectsAlive) {
   std::vector<boost::shared_ptr<int>> numbers;
   auto number = boost::make_shared<int>(7);
   TNumberCallback callback(numbers);

@@ -20,7 +20,7 @@ TCIMValue Bytes(std::initializer_list<unsigned char> bytes) {
   return TCIMValue(TType::kUint8, static_cast<unsigned int>(bytes.size()), TValues(bytes.begin(), bytes.end()));
 }
 
-TEST(TCIMValue, TheDefaultIsAnUntypedNull) {
+TEST(CimValue, TheDefaultIsAnUntypedNull) {
   const TCIMValue value;
   EXPECT_TRUE(value.IsNull());
   EXPECT_FALSE(value.IsArray());
@@ -28,7 +28,7 @@ TEST(TCIMValue, TheDefaultIsAnUntypedNull) {
   EXPECT_EQ(value.GetDeclaredSize(), 0U);
 }
 
-TEST(TCIMValue, EachConstructorGivesItsType) {
+TEST(CimValue, EachConstructorGivesItsType) {
   EXPECT_EQ(TCIMValue("text").GetType(), TType::kString);
   EXPECT_EQ(TCIMValue(std::string("text")).GetType(), TType::kString);
   EXPECT_EQ(TCIMValue(TCIMDateTime(2026, 1, 31, 12, 34, 56, 0, 60)).GetType(), TType::kDateTime);
@@ -37,7 +37,7 @@ TEST(TCIMValue, EachConstructorGivesItsType) {
   EXPECT_EQ(TCIMValue(TType("sint64"), 0, {}).GetType(), TType::kSint64);
 }
 
-TEST(TCIMValue, NoScalarConstructorGivesANullOrAnArray) {
+TEST(CimValue, NoScalarConstructorGivesANullOrAnArray) {
   for (const TCIMValue& value : {TCIMValue(""), TCIMValue(std::string()), TCIMValue(static_cast<unsigned char>(0)),
                                  TCIMValue(0), TCIMValue(TCIMDateTime(0, 0, 0, 0, 0, 0, 0, 0))}) {
     EXPECT_FALSE(value.IsNull());
@@ -46,25 +46,25 @@ TEST(TCIMValue, NoScalarConstructorGivesANullOrAnArray) {
   }
 }
 
-TEST(TCIMValue, ANullTextPointerIsTheNullString) {
+TEST(CimValue, ANullTextPointerIsTheNullString) {
   const TCIMValue value(static_cast<const char*>(nullptr));
   EXPECT_TRUE(value.IsNull());
   EXPECT_EQ(value.GetType(), TType::kString);
 }
 
-TEST(TCIMValue, ATextKeepsItsZeroBytes) {
+TEST(CimValue, ATextKeepsItsZeroBytes) {
   const std::string text("a\0b", 3);
   EXPECT_EQ(static_cast<std::string>(TCIMValue(text)), text);
 }
 
-TEST(TCIMValue, AnEmptyArrayIsNotNull) {
+TEST(CimValue, AnEmptyArrayIsNotNull) {
   const TCIMValue value(TType::kString, 0, {});
   EXPECT_FALSE(value.IsNull());
   EXPECT_TRUE(value.IsArray());
   EXPECT_TRUE(ElementsOf(value).empty());
 }
 
-TEST(TCIMValue, TheDeclaredSizeNeitherTruncatesNorPadsTheElements) {
+TEST(CimValue, TheDeclaredSizeNeitherTruncatesNorPadsTheElements) {
   const TValues elements = {TCIMValue(1), TCIMValue(2), TCIMValue(3)};
   for (const unsigned int count : {0U, 2U, 3U, 8U, 0xFFFFFFFFU}) {
     const TCIMValue value(TType::kUint8, count, elements);
@@ -73,14 +73,14 @@ TEST(TCIMValue, TheDeclaredSizeNeitherTruncatesNorPadsTheElements) {
   }
 }
 
-TEST(TCIMValue, ElementsTakeTheTypeOfTheArray) {
+TEST(CimValue, ElementsTakeTheTypeOfTheArray) {
   const TCIMValue value(TType::kUint8, 3, {TCIMValue(61), TCIMValue("0x20"), TCIMValue(-1)});
   ASSERT_EQ(ElementsOf(value).size(), 3U);
   for (const TCIMValue& element : ElementsOf(value)) EXPECT_EQ(element.GetType(), TType::kUint8);
   EXPECT_EQ(value.ToString(10), "{61, 32, 255}");
 }
 
-TEST(TCIMValue, NullElementsStayNull) {
+TEST(CimValue, NullElementsStayNull) {
   TCIMValue nullArray;
   nullArray.SetNullValue(TType::kUint16, 3);
   const TCIMValue value(TType::kUint8, 3, {TCIMValue(), TCIMValue(5), nullArray});
@@ -95,17 +95,17 @@ TEST(TCIMValue, NullElementsStayNull) {
   }
 }
 
-TEST(TCIMValue, AnElementMustNotBeAnArray) {
+TEST(CimValue, AnElementMustNotBeAnArray) {
   ExpectMismatch("an array is not an element of an array", [] { TCIMValue(TType::kUint8, 1, {Bytes({1, 2})}); });
 }
 
-TEST(TCIMValue, AnUnsuitableElementLeavesTheValueAsItWas) {
+TEST(CimValue, AnUnsuitableElementLeavesTheValueAsItWas) {
   TCIMValue value = Bytes({1, 2});
   ExpectMismatch("\"three\" is not a number", [&value] { value.Set(TType::kUint8, 1, {TCIMValue("three")}); });
   EXPECT_EQ(value, Bytes({1, 2}));
 }
 
-TEST(TCIMValue, SettingReplacesWhatWasThere) {
+TEST(CimValue, SettingReplacesWhatWasThere) {
   TCIMValue value("text");
   value.Set(TType("uint8"), 8, {TCIMValue(1)});
   EXPECT_TRUE(value.IsArray());
@@ -116,14 +116,14 @@ TEST(TCIMValue, SettingReplacesWhatWasThere) {
   EXPECT_EQ(value.ToString(10), "20260131123456.000000+000");
 }
 
-TEST(TCIMValue, AnArrayCanBeSetFromItsOwnElements) {
+TEST(CimValue, AnArrayCanBeSetFromItsOwnElements) {
   TCIMValue value = Bytes({1, 2, 3});
   value.Set(TType::kUint16, 3, static_cast<TValues&>(value));
   EXPECT_EQ(value.GetType(), TType::kUint16);
   EXPECT_EQ(value.ToString(10), "{1, 2, 3}");
 }
 
-TEST(TCIMValue, TheNullValueHasItsTypeAndDeclaredSize) {
+TEST(CimValue, TheNullValueHasItsTypeAndDeclaredSize) {
   TCIMValue value = Bytes({1, 2});
   value.SetNullValue(TType::kUint8, 14);
   EXPECT_TRUE(value.IsNull());
@@ -133,14 +133,14 @@ TEST(TCIMValue, TheNullValueHasItsTypeAndDeclaredSize) {
   EXPECT_TRUE(ElementsOf(value).empty());
 }
 
-TEST(TCIMValue, ANullValueOfNoDeclaredSizeIsAScalar) {
+TEST(CimValue, ANullValueOfNoDeclaredSizeIsAScalar) {
   TCIMValue value = Bytes({1, 2});
   value.SetNullValue(TType::kString, 0);
   EXPECT_TRUE(value.IsNull());
   EXPECT_FALSE(value.IsArray());
 }
 
-TEST(TCIMValue, CopiesAreIndependent) {
+TEST(CimValue, CopiesAreIndependent) {
   TCIMValue original = Bytes({1, 2, 3});
   TCIMValue copy(original);
   static_cast<TValues&>(copy)[0] = TCIMValue(static_cast<unsigned char>(9));
@@ -150,7 +150,7 @@ TEST(TCIMValue, CopiesAreIndependent) {
   EXPECT_EQ(copy.ToString(10), "{9, 2, 3}");
 }
 
-TEST(TCIMValue, CopyIsIndependentOfElementsHandedOutBefore) {
+TEST(CimValue, CopyIsIndependentOfElementsHandedOutBefore) {
   TCIMValue original = Bytes({1, 2, 3});
   auto& elements = static_cast<TValues&>(original);
   const TCIMValue copy(original);
@@ -159,7 +159,7 @@ TEST(TCIMValue, CopyIsIndependentOfElementsHandedOutBefore) {
   EXPECT_EQ(copy.ToString(10), "{1, 2, 3}");
 }
 
-TEST(TCIMValue, AssignmentCopiesEverything) {
+TEST(CimValue, AssignmentCopiesEverything) {
   const TCIMValue original(TType::kUint16, 8, {TCIMValue(1)});
   TCIMValue copy("text");
   copy = original;
@@ -170,13 +170,13 @@ TEST(TCIMValue, AssignmentCopiesEverything) {
   EXPECT_EQ(copy.GetType(), TType::kNone);
 }
 
-TEST(TCIMValue, ElementsCanBeChangedInPlace) {
+TEST(CimValue, ElementsCanBeChangedInPlace) {
   TCIMValue value = Bytes({1});
   static_cast<TValues&>(value).emplace_back(static_cast<unsigned char>(2));
   EXPECT_EQ(value.ToString(10), "{1, 2}");
 }
 
-TEST(TCIMValue, MovingLeavesANullOfTheSameType) {
+TEST(CimValue, MovingLeavesANullOfTheSameType) {
   TCIMValue source("text");
   const TCIMValue target(std::move(source));
   EXPECT_EQ(target, TCIMValue("text"));
@@ -185,7 +185,7 @@ TEST(TCIMValue, MovingLeavesANullOfTheSameType) {
   EXPECT_EQ(static_cast<unsigned int>(source), 0U);
 }
 
-TEST(TCIMValue, AMovedFromArrayHasNoElements) {
+TEST(CimValue, AMovedFromArrayHasNoElements) {
   TCIMValue source = Bytes({1, 2});
   TCIMValue target;
   target = std::move(source);
@@ -197,7 +197,7 @@ TEST(TCIMValue, AMovedFromArrayHasNoElements) {
   EXPECT_EQ(source.ToString(10), "{3}");
 }
 
-TEST(TCIMValue, SelfAssignmentKeepsTheValue) {
+TEST(CimValue, SelfAssignmentKeepsTheValue) {
   TCIMValue value = Bytes({1, 2});
   TCIMValue& same = value;
   value = same;
@@ -206,7 +206,7 @@ TEST(TCIMValue, SelfAssignmentKeepsTheValue) {
   EXPECT_EQ(value, Bytes({1, 2}));
 }
 
-TEST(TCIMValue, AnElementCanReplaceItsArray) {
+TEST(CimValue, AnElementCanReplaceItsArray) {
   TCIMValue copied = Bytes({7, 8});
   copied = ElementsOf(copied)[1];
   EXPECT_EQ(copied, TCIMValue(static_cast<unsigned char>(8)));
@@ -215,12 +215,12 @@ TEST(TCIMValue, AnElementCanReplaceItsArray) {
   EXPECT_EQ(moved.ToString(10), "a text that is longer than a short string's own buffer");
 }
 
-TEST(TCIMValue, MovingDoesNotThrow) {
+TEST(CimValue, MovingDoesNotThrow) {
   EXPECT_TRUE(std::is_nothrow_move_constructible_v<TCIMValue>);
   EXPECT_TRUE(std::is_nothrow_move_assignable_v<TCIMValue>);
 }
 
-TEST(TCIMValue, EqualityComparesTypeNullnessAndContent) {
+TEST(CimValue, EqualityComparesTypeNullnessAndContent) {
   EXPECT_EQ(TCIMValue(5), TCIMValue(5));
   EXPECT_NE(TCIMValue(5), TCIMValue(6));
   EXPECT_NE(TCIMValue(5), TCIMValue(static_cast<unsigned char>(5)));
@@ -236,7 +236,7 @@ TEST(TCIMValue, EqualityComparesTypeNullnessAndContent) {
   EXPECT_NE(TCIMValue(TCIMDateTime(2026, 1, 31, 0, 0, 0, 0, 0)), TCIMValue(TCIMDateTime(2026, 1, 30, 0, 0, 0, 0, 0)));
 }
 
-TEST(TCIMValue, NullValuesOfOneTypeAreEqualWhateverTheirDeclaredSize) {
+TEST(CimValue, NullValuesOfOneTypeAreEqualWhateverTheirDeclaredSize) {
   TCIMValue small;
   TCIMValue large;
   small.SetNullValue(TType::kUint8, 8);
@@ -245,7 +245,7 @@ TEST(TCIMValue, NullValuesOfOneTypeAreEqualWhateverTheirDeclaredSize) {
   EXPECT_NE(small, TCIMValue());
 }
 
-TEST(TCIMValue, MapsAreIteratedInAscendingOrderOfNames) {
+TEST(CimValue, MapsAreIteratedInAscendingOrderOfNames) {
   const TPropertyMap map = {{"b", TCIMValue(2)}, {"B", TCIMValue(1)}, {"a", TCIMValue(3)}};
   std::string names;
   for (const auto& entry : map) names += entry.first;

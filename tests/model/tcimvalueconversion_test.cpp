@@ -22,7 +22,7 @@ TCIMValue Integer(TType::ECIMType type, std::uint64_t bits) { return TCIMValue::
 TCIMValue Real(double number) { return TCIMValue::FromReal(TType::kReal64, number); }
 TCIMValue OneByte() { return TCIMValue(TType::kUint8, 1, {TCIMValue(1)}); }
 
-TEST(TCIMValueConversion, NumbersKeepTheirLowBits) {
+TEST(CimValueConversion, NumbersKeepTheirLowBits) {
   EXPECT_EQ(static_cast<unsigned int>(Integer(TType::kUint64, 0x1234567890ABCDEF)), 0x90ABCDEFU);
   EXPECT_EQ(static_cast<unsigned short>(Integer(TType::kUint64, 0x1234567890ABCDEF)), 0xCDEFU);
   EXPECT_EQ(static_cast<unsigned short>(TCIMValue(65536 + 3)), 3U);
@@ -31,7 +31,7 @@ TEST(TCIMValueConversion, NumbersKeepTheirLowBits) {
   EXPECT_EQ(static_cast<unsigned int>(TCIMValue(static_cast<unsigned char>(255))), 255U);
 }
 
-TEST(TCIMValueConversion, ToIntegerExtendsTheSign) {
+TEST(CimValueConversion, ToIntegerExtendsTheSign) {
   EXPECT_EQ(TCIMValue(-1).ToInteger(), kAllBits);
   EXPECT_EQ(Integer(TType::kSint8, 0x80).ToInteger(), 0xFFFFFFFFFFFFFF80U);
   EXPECT_EQ(Integer(TType::kUint8, 0x80).ToInteger(), 0x80U);
@@ -44,7 +44,7 @@ struct TNarrowing {
   std::uint64_t expected;
 };
 
-TEST(TCIMValueConversion, EachIntegerTypeKeepsTheBitsItHolds) {
+TEST(CimValueConversion, EachIntegerTypeKeepsTheBitsItHolds) {
   constexpr std::uint64_t bits = 0xFEDCBA9876543281;
   const TNarrowing cases[] = {
       {TType::kBoolean, bits, 1},
@@ -69,7 +69,7 @@ TEST(TCIMValueConversion, EachIntegerTypeKeepsTheBitsItHolds) {
   }
 }
 
-TEST(TCIMValueConversion, ScalarsOfAnotherKindAreRefused) {
+TEST(CimValueConversion, ScalarsOfAnotherKindAreRefused) {
   ExpectMismatch("an integer is not a string", [] { Integer(TType::kString, 1); });
   ExpectMismatch("an integer is not a real32", [] { Integer(TType::kReal32, 1); });
   ExpectMismatch("an integer is not a datetime", [] { Integer(TType::kDateTime, 1); });
@@ -79,7 +79,7 @@ TEST(TCIMValueConversion, ScalarsOfAnotherKindAreRefused) {
   ExpectMismatch("a text is not a uint8", [] { TCIMValue::FromText(TType::kUint8, "1"); });
 }
 
-TEST(TCIMValueConversion, TextsAreReadAsDecimalOrHexadecimalNumbers) {
+TEST(CimValueConversion, TextsAreReadAsDecimalOrHexadecimalNumbers) {
   EXPECT_EQ(TCIMValue("0").ToInteger(), 0U);
   EXPECT_EQ(TCIMValue("4096").ToInteger(), 4096U);
   EXPECT_EQ(TCIMValue("+12").ToInteger(), 12U);
@@ -94,7 +94,7 @@ TEST(TCIMValueConversion, TextsAreReadAsDecimalOrHexadecimalNumbers) {
   EXPECT_EQ(TCIMValue::FromText(TType::kReference, "17").ToInteger(), 17U);
 }
 
-TEST(TCIMValueConversion, TextsThatAreNotNumbersAreRefused) {
+TEST(CimValueConversion, TextsThatAreNotNumbersAreRefused) {
   for (const char* text : {"", " ", "-", "+", "+-5", "--5", "0x", "0xg", "x10", "12 ", " 12", "1.5", "1e3", "12a",
                            "18446744073709551616", "0x10000000000000000", "true", "abc"}) {
     const std::string detail = "\"" + std::string(text) + "\" is not a number";
@@ -104,7 +104,7 @@ TEST(TCIMValueConversion, TextsThatAreNotNumbersAreRefused) {
   }
 }
 
-TEST(TCIMValueConversion, ANullIsZeroAndTheEmptyText) {
+TEST(CimValueConversion, ANullIsZeroAndTheEmptyText) {
   TCIMValue typed;
   typed.SetNullValue(TType::kUint32, 0);
   TCIMValue array;
@@ -120,7 +120,7 @@ TEST(TCIMValueConversion, ANullIsZeroAndTheEmptyText) {
   }
 }
 
-TEST(TCIMValueConversion, RealsAreTruncatedTowardsZero) {
+TEST(CimValueConversion, RealsAreTruncatedTowardsZero) {
   EXPECT_EQ(Real(3.99).ToInteger(), 3U);
   EXPECT_EQ(Real(-3.99).ToInteger(), 0xFFFFFFFFFFFFFFFDU);
   EXPECT_EQ(Real(-0.5).ToInteger(), 0U);
@@ -128,7 +128,7 @@ TEST(TCIMValueConversion, RealsAreTruncatedTowardsZero) {
   EXPECT_EQ(Real(-9223372036854775808.0).ToInteger(), 0x8000000000000000U);
 }
 
-TEST(TCIMValueConversion, RealsOutsideTheIntegersAreRefused) {
+TEST(CimValueConversion, RealsOutsideTheIntegersAreRefused) {
   ExpectMismatch("1.8446744073709552e+19 is outside the range of an integer",
                  [] { Real(18446744073709551616.0).ToInteger(); });
   ExpectMismatch("-9.223372036854778e+18 is outside the range of an integer",
@@ -139,7 +139,7 @@ TEST(TCIMValueConversion, RealsOutsideTheIntegersAreRefused) {
                  [] { Real(-std::numeric_limits<double>::infinity()).ToInteger(); });
 }
 
-TEST(TCIMValueConversion, ToRealReadsNumbersAndDecimalTexts) {
+TEST(CimValueConversion, ToRealReadsNumbersAndDecimalTexts) {
   EXPECT_EQ(TCIMValue(-7).ToReal(), -7.0);
   EXPECT_EQ(Integer(TType::kUint64, kAllBits).ToReal(), 18446744073709551616.0);
   EXPECT_EQ(Integer(TType::kSint64, kAllBits).ToReal(), -1.0);
@@ -149,7 +149,7 @@ TEST(TCIMValueConversion, ToRealReadsNumbersAndDecimalTexts) {
   EXPECT_EQ(TCIMValue::FromReal(TType::kReal32, 0.1).ToReal(), static_cast<double>(0.1F));
 }
 
-TEST(TCIMValueConversion, ValuesThatAreNotRealNumbersAreRefused) {
+TEST(CimValueConversion, ValuesThatAreNotRealNumbersAreRefused) {
   for (const char* text : {"", "one", "1.5x", "1,5", "0x10", "1e999"}) {
     ExpectMismatch("\"" + std::string(text) + "\" is not a number", [text] { TCIMValue(text).ToReal(); });
   }
@@ -157,14 +157,14 @@ TEST(TCIMValueConversion, ValuesThatAreNotRealNumbersAreRefused) {
   ExpectMismatch("a datetime is not a real number", [] { TCIMValue(kTime).ToReal(); });
 }
 
-TEST(TCIMValueConversion, ArraysAndDatetimesAreNotNumbers) {
+TEST(CimValueConversion, ArraysAndDatetimesAreNotNumbers) {
   ExpectMismatch("an array is not a number", [] { OneByte().ToInteger(); });
   ExpectMismatch("an array is not a number", [] { static_cast<void>(static_cast<unsigned int>(OneByte())); });
   ExpectMismatch("a datetime is not a number",
                  [] { static_cast<void>(static_cast<unsigned short>(TCIMValue(kTime))); });
 }
 
-TEST(TCIMValueConversion, AScalarIsNotAnArray) {
+TEST(CimValueConversion, AScalarIsNotAnArray) {
   for (TCIMValue scalar : {TCIMValue(), TCIMValue(1), TCIMValue("text"), TCIMValue(kTime)}) {
     ExpectMismatch("a scalar is not an array", [&scalar] { static_cast<void>(static_cast<TValues&>(scalar)); });
     const TCIMValue& constant = scalar;
@@ -173,7 +173,7 @@ TEST(TCIMValueConversion, AScalarIsNotAnArray) {
   }
 }
 
-TEST(TCIMValueConversion, OnlyADatetimeIsADatetime) {
+TEST(CimValueConversion, OnlyADatetimeIsADatetime) {
   EXPECT_EQ(TCIMValue(kTime).ToDateTime(), kTime);
   TCIMValue null;
   null.SetNullValue(TType::kDateTime, 0);
@@ -183,7 +183,7 @@ TEST(TCIMValueConversion, OnlyADatetimeIsADatetime) {
   }
 }
 
-TEST(TCIMValueConversion, ScalarsBecomeValuesOfAnotherType) {
+TEST(CimValueConversion, ScalarsBecomeValuesOfAnotherType) {
   EXPECT_EQ(TCIMValue(300).ConvertedTo(TType::kUint8), TCIMValue(static_cast<unsigned char>(44)));
   EXPECT_EQ(TCIMValue("0x10").ConvertedTo(TType::kSint32), TCIMValue(16));
   EXPECT_EQ(TCIMValue(-5).ConvertedTo(TType::kString), TCIMValue("-5"));
@@ -196,7 +196,7 @@ TEST(TCIMValueConversion, ScalarsBecomeValuesOfAnotherType) {
   EXPECT_EQ(TCIMValue("same").ConvertedTo(TType::kString), TCIMValue("same"));
 }
 
-TEST(TCIMValueConversion, ArraysAreConvertedElementByElement) {
+TEST(CimValueConversion, ArraysAreConvertedElementByElement) {
   const TCIMValue texts(TType::kString, 5, {TCIMValue("1"), TCIMValue(), TCIMValue("0xFF")});
   const TCIMValue bytes = texts.ConvertedTo(TType::kUint8);
   EXPECT_EQ(bytes, TCIMValue(TType::kUint8, 3, {TCIMValue(1), TCIMValue(), TCIMValue(255)}));
@@ -205,7 +205,7 @@ TEST(TCIMValueConversion, ArraysAreConvertedElementByElement) {
                  [] { TCIMValue(TType::kString, 1, {TCIMValue("x")}).ConvertedTo(TType::kUint8); });
 }
 
-TEST(TCIMValueConversion, NullsStayNullsOfTheNewType) {
+TEST(CimValueConversion, NullsStayNullsOfTheNewType) {
   TCIMValue array;
   array.SetNullValue(TType::kString, 3);
   const TCIMValue converted = array.ConvertedTo(TType::kUint8);
@@ -219,13 +219,13 @@ TEST(TCIMValueConversion, NullsStayNullsOfTheNewType) {
   EXPECT_EQ(scalar.GetType(), TType::kDateTime);
 }
 
-TEST(TCIMValueConversion, AnEmptyArrayStaysAnArray) {
+TEST(CimValueConversion, AnEmptyArrayStaysAnArray) {
   const TCIMValue converted = TCIMValue(TType::kString, 0, {}).ConvertedTo(TType::kUint8);
   EXPECT_TRUE(converted.IsArray());
   EXPECT_FALSE(converted.IsNull());
 }
 
-TEST(TCIMValueConversion, MeaninglessConversionsAreRefused) {
+TEST(CimValueConversion, MeaninglessConversionsAreRefused) {
   ExpectMismatch("a datetime is not a number", [] { TCIMValue(kTime).ConvertedTo(TType::kUint8); });
   ExpectMismatch("a datetime is not a real number", [] { TCIMValue(kTime).ConvertedTo(TType::kReal32); });
   ExpectMismatch("a sint32 is not a datetime", [] { TCIMValue(1).ConvertedTo(TType::kDateTime); });

@@ -14,7 +14,7 @@ using TType = TCIMValue::TCIMType;
 std::string RealText(double number) { return TCIMValue::FromReal(TType::kReal64, number).ToString(10); }
 std::string SingleText(double number) { return TCIMValue::FromReal(TType::kReal32, number).ToString(10); }
 
-TEST(TCIMValueText, ThirtyFiveInEveryRadix) {
+TEST(CimValueText, ThirtyFiveInEveryRadix) {
   const char* const texts[] = {"100011", "1022", "203", "120", "55", "50", "43", "38", "35", "32", "2b", "29",
                                "27",     "25",   "23",  "21",  "1h", "1g", "1f", "1e", "1d", "1c", "1b", "1a",
                                "19",     "18",   "17",  "16",  "15", "14", "13", "12", "11", "10", "z"};
@@ -23,18 +23,18 @@ TEST(TCIMValueText, ThirtyFiveInEveryRadix) {
   }
 }
 
-TEST(TCIMValueText, AnInvalidRadixCountsAsTen) {
+TEST(CimValueText, AnInvalidRadixCountsAsTen) {
   constexpr unsigned char others[] = {0, 1, 37, 255};
   for (const unsigned char radix : others) EXPECT_EQ(TCIMValue(255).ToString(radix), "255");
 }
 
-TEST(TCIMValueText, NegativeNumbersCarryTheirSignInEveryRadix) {
+TEST(CimValueText, NegativeNumbersCarryTheirSignInEveryRadix) {
   EXPECT_EQ(TCIMValue(-255).ToString(10), "-255");
   EXPECT_EQ(TCIMValue(-255).ToString(16), "-ff");
   EXPECT_EQ(TCIMValue(-5).ToString(2), "-101");
 }
 
-TEST(TCIMValueText, TheLimitsOfSixtyFourBits) {
+TEST(CimValueText, TheLimitsOfSixtyFourBits) {
   const auto text = [](TType::ECIMType type, std::uint64_t bits, unsigned char radix) {
     return TCIMValue::FromInteger(type, bits).ToString(radix);
   };
@@ -46,16 +46,16 @@ TEST(TCIMValueText, TheLimitsOfSixtyFourBits) {
   EXPECT_EQ(text(TType::kSint64, 0x7FFFFFFFFFFFFFFF, 10), "9223372036854775807");
 }
 
-TEST(TCIMValueText, BooleansAreWordsInEveryRadix) {
+TEST(CimValueText, BooleansAreWordsInEveryRadix) {
   EXPECT_EQ(TCIMValue::FromInteger(TType::kBoolean, 1).ToString(16), "true");
   EXPECT_EQ(TCIMValue::FromInteger(TType::kBoolean, 0).ToString(10), "false");
 }
 
-TEST(TCIMValueText, ACharacterIsItsNumber) {
+TEST(CimValueText, ACharacterIsItsNumber) {
   EXPECT_EQ(TCIMValue::FromInteger(TType::kChar16, 0x41).ToString(10), "65");
 }
 
-TEST(TCIMValueText, RealsReadBackAsTheSameNumber) {
+TEST(CimValueText, RealsReadBackAsTheSameNumber) {
   EXPECT_EQ(RealText(0.1), "0.1");
   EXPECT_EQ(RealText(2), "2.0");
   EXPECT_EQ(RealText(-0.0), "-0.0");
@@ -68,20 +68,20 @@ TEST(TCIMValueText, RealsReadBackAsTheSameNumber) {
   EXPECT_EQ(SingleText(16777217), "16777216.0");
 }
 
-TEST(TCIMValueText, TextsAndDatetimesAreUnchanged) {
+TEST(CimValueText, TextsAndDatetimesAreUnchanged) {
   EXPECT_EQ(TCIMValue("a \"b\"\n").ToString(10), "a \"b\"\n");
   EXPECT_EQ(TCIMValue(TCIMDateTime(2026, 1, 31, 12, 34, 56, 7, -60)).ToString(10), "20260131123456.000007-060");
   EXPECT_EQ(TCIMValue::FromText(TType::kReference, "A.B=\"c\"").ToString(10), "A.B=\"c\"");
 }
 
-TEST(TCIMValueText, ArraysAreInBraces) {
+TEST(CimValueText, ArraysAreInBraces) {
   EXPECT_EQ(TCIMValue(TType::kUint8, 3, {TCIMValue(1), TCIMValue(), TCIMValue(255)}).ToString(10), "{1, , 255}");
   EXPECT_EQ(TCIMValue(TType::kUint8, 2, {TCIMValue(16), TCIMValue(255)}).ToString(16), "{10, ff}");
   EXPECT_EQ(TCIMValue(TType::kString, 0, {}).ToString(10), "{}");
   EXPECT_EQ(TCIMValue(TType::kString, 1, {TCIMValue("a")}).ToString(10), "{a}");
 }
 
-TEST(TCIMValueText, LongArraysAreComplete) {
+TEST(CimValueText, LongArraysAreComplete) {
   const TCIMValue longest = TCIMValue::FromInteger(TType::kUint64, 0xFFFFFFFFFFFFFFFF);
   const std::string ones(64, '1');
   std::string expected = "{" + ones;
@@ -92,20 +92,20 @@ TEST(TCIMValueText, LongArraysAreComplete) {
   EXPECT_EQ(TCIMValue(TType::kUint8, 300, std::vector<TCIMValue>(300, TCIMValue(7))).ToString(10), expected + "}");
 }
 
-TEST(TCIMValueText, ANullIsTheEmptyText) {
+TEST(CimValueText, ANullIsTheEmptyText) {
   TCIMValue array;
   array.SetNullValue(TType::kUint8, 14);
   EXPECT_EQ(array.ToString(10), "");
   EXPECT_EQ(TCIMValue().ToString(16), "");
 }
 
-TEST(TCIMValueText, AppendToContinuesALine) {
+TEST(CimValueText, AppendToContinuesALine) {
   std::string line = "value: ";
   TCIMValue(TType::kUint8, 2, {TCIMValue(1), TCIMValue(2)}).AppendTo(line, 10);
   EXPECT_EQ(line, "value: {1, 2}");
 }
 
-TEST(TCIMValueText, TheConversionToTextIsInRadixTen) {
+TEST(CimValueText, TheConversionToTextIsInRadixTen) {
   EXPECT_EQ(static_cast<std::string>(TCIMValue(255)), "255");
   EXPECT_EQ(static_cast<std::string>(TCIMValue("255")), "255");
 }

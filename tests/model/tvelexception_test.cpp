@@ -11,7 +11,7 @@
 namespace tests {
 namespace {
 
-TEST(TVELStatusCode, EachNumberHasItsText) {
+TEST(VelStatusCode, EachNumberHasItsText) {
   EXPECT_EQ(TVELStatusCode(1).TranslateStatusCode(), "The operation failed (status 1).");
   EXPECT_EQ(TVELStatusCode(4).TranslateStatusCode(), "Invalid parameter (status 4).");
   EXPECT_EQ(TVELStatusCode(5).TranslateStatusCode(), "Invalid class (status 5).");
@@ -20,14 +20,14 @@ TEST(TVELStatusCode, EachNumberHasItsText) {
   EXPECT_EQ(TVELStatusCode(21).TranslateStatusCode(), "No valid timestamp header (status 21).");
 }
 
-TEST(TVELStatusCode, OtherNumbersSpeakForThemselves) {
+TEST(VelStatusCode, OtherNumbersSpeakForThemselves) {
   EXPECT_EQ(TVELStatusCode(0).TranslateStatusCode(), "Status 0.");
   EXPECT_EQ(TVELStatusCode(22).TranslateStatusCode(), "Status 22.");
   EXPECT_EQ(TVELStatusCode(-1).TranslateStatusCode(), "Status -1.");
   EXPECT_EQ(TVELStatusCode(std::numeric_limits<std::int32_t>::min()).TranslateStatusCode(), "Status -2147483648.");
 }
 
-TEST(TVELException, CarriesANumberAndItsText) {
+TEST(VelException, CarriesANumberAndItsText) {
   try {
     throw TVELException(21);
   } catch (const std::exception& exception) {
@@ -38,7 +38,7 @@ TEST(TVELException, CarriesANumberAndItsText) {
   }
 }
 
-TEST(TVELException, CopiesKeepTheirOwnText) {
+TEST(VelException, CopiesKeepTheirOwnText) {
   TVELException copy(1);
   {
     const TVELException original(TVELStatusCode(4711));

@@ -9,26 +9,26 @@
 namespace tests {
 namespace {
 
-class TCaptureFolderTest : public TOutputTest {
+class CaptureFolder : public TOutputTest {
  protected:
   std::string Path(const std::string& name) const { return folder_.Path() / name; }
   TTemporaryFolder folder_;
 };
 
-TEST_F(TCaptureFolderTest, WritesTheRawBytes) {
+TEST_F(CaptureFolder, WritesTheRawBytes) {
   const TCaptureFolder captures(folder_.Path());
   EXPECT_EQ(captures.Write(*Capture("0a ff 00 ")), Path("node1-cpu_err-0.bin"));
   EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
   EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin"), std::string("\x0a\xff\x00", 3));
 }
 
-TEST_F(TCaptureFolderTest, WritesAnEmptyFile) {
+TEST_F(CaptureFolder, WritesAnEmptyFile) {
   TCaptureFolder(folder_.Path()).Write(*Capture(""));
   EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
   EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin"), "");
 }
 
-TEST_F(TCaptureFolderTest, CreatesTheFolderButNotItsParents) {
+TEST_F(CaptureFolder, CreatesTheFolderButNotItsParents) {
   TCaptureFolder(Path("new")).Write(*Capture("41 "));
   EXPECT_TRUE(std::filesystem::exists(Path("new/node1-cpu_err-0.bin")));
   ExpectHostError(EExitStatus::kCannotCreate,
@@ -36,13 +36,13 @@ TEST_F(TCaptureFolderTest, CreatesTheFolderButNotItsParents) {
                   [this] { const TCaptureFolder captures(Path("absent/new")); });
 }
 
-TEST_F(TCaptureFolderTest, RefusesAFileInItsPlace) {
+TEST_F(CaptureFolder, RefusesAFileInItsPlace) {
   const std::string file = folder_.Write("file", "");
   ExpectHostError(EExitStatus::kCannotCreate, "cannot create the folder " + file + ": it exists and is not a folder",
                   [&file] { const TCaptureFolder captures(file); });
 }
 
-TEST_F(TCaptureFolderTest, ReplacesALinkAndAnythingElseButAFolder) {
+TEST_F(CaptureFolder, ReplacesALinkAndAnythingElseButAFolder) {
   folder_.Write("target", "kept");
   const std::string name = "node1-cpu_err-0.bin";
   const TCaptureFolder captures(folder_.Path());
@@ -58,7 +58,7 @@ TEST_F(TCaptureFolderTest, ReplacesALinkAndAnythingElseButAFolder) {
   EXPECT_EQ(folder_.Read("target"), "kept");
 }
 
-TEST_F(TCaptureFolderTest, GivesAFileThatItReplacesFreshRights) {
+TEST_F(CaptureFolder, GivesAFileThatItReplacesFreshRights) {
   const std::string name = "node1-cpu_err-0.bin";
   std::filesystem::permissions(folder_.Write(name, "old"), std::filesystem::perms(0777));
   const mode_t before = ::umask(027);
@@ -67,7 +67,7 @@ TEST_F(TCaptureFolderTest, GivesAFileThatItReplacesFreshRights) {
   EXPECT_EQ(std::filesystem::status(Path(name)).permissions(), std::filesystem::perms(0640));
 }
 
-TEST_F(TCaptureFolderTest, KeepsToTheFolderThatItOpened) {
+TEST_F(CaptureFolder, KeepsToTheFolderThatItOpened) {
   const TCaptureFolder captures(Path("first"));
   std::filesystem::rename(Path("first"), Path("moved"));
   std::filesystem::create_directory(Path("other"));
@@ -77,7 +77,7 @@ TEST_F(TCaptureFolderTest, KeepsToTheFolderThatItOpened) {
   EXPECT_TRUE(std::filesystem::is_empty(Path("other")));
 }
 
-TEST_F(TCaptureFolderTest, WritesNothingForOtherInstances) {
+TEST_F(CaptureFolder, WritesNothingForOtherInstances) {
   const TCaptureFolder captures(folder_.Path());
   EXPECT_EQ(captures.Write(*One(TType::kString, TCIMValue("0a "))), std::nullopt);
   cimNamespace_ = TNamespace::Create();
@@ -85,20 +85,20 @@ TEST_F(TCaptureFolderTest, WritesNothingForOtherInstances) {
   EXPECT_EQ(folder_.Names(), "");
 }
 
-TEST(TCaptureFileNameTest, StaysInsideItsFolder) {
+TEST(CaptureFileName, StaysInsideItsFolder) {
   EXPECT_EQ(CaptureFileName({"../cpu\nerr", "1/2", "\x7f", "", {}}), "node1_2-.._cpu_err-_.bin");
   EXPECT_EQ(CaptureFileName({"a\u202eb\u009b\u00e9", "1", "0", "", {}}), "node1-a_b_\u00e9-0.bin");
   EXPECT_EQ(CaptureFileName({std::string(300, 'f'), "1", "0", "", {}}), "node1-" + std::string(80, 'f') + "-0.bin");
 }
 
-TEST(TDecodeHexPairsTest, ReadsPairsWithOrWithoutTheLastBlank) {
+TEST(DecodeHexPairs, ReadsPairsWithOrWithoutTheLastBlank) {
   using TBytes = std::vector<std::uint8_t>;
   EXPECT_EQ(DecodeHexPairs("0a ff 00 "), (TBytes{0x0A, 0xFF, 0x00}));
   EXPECT_EQ(DecodeHexPairs("0A Ff"), (TBytes{0x0A, 0xFF}));
   EXPECT_EQ(DecodeHexPairs(""), TBytes{});
 }
 
-TEST(TDecodeHexPairsTest, RefusesEveryOtherText) {
+TEST(DecodeHexPairs, RefusesEveryOtherText) {
   for (const char* text : {"0", "0a f", "0aff", "0a  ff", "0a ff  ", "0g ", " 0a", "0a,ff", "0a f ", "  "}) {
     EXPECT_EQ(DecodeHexPairs(text), std::nullopt) << text;
   }

@@ -5,7 +5,7 @@
 namespace tests {
 namespace {
 
-class TCimXmlWriterTest : public TAwkwardTest {
+class CimXmlWriter : public TAwkwardTest {
  protected:
   /// The property element of a property "P" of that type and value.
   std::string Xml(TType type, const TCIMValue& value) {
@@ -19,7 +19,7 @@ class TCimXmlWriterTest : public TAwkwardTest {
   }
 };
 
-TEST_F(TCimXmlWriterTest, WritesADocumentOfDeclarations) {
+TEST_F(CimXmlWriter, WritesADocumentOfDeclarations) {
   const auto instance = One(TType::kUint16, TCIMValue::FromInteger(TType::kUint16, 7));
   EXPECT_EQ(Written(EOutputForm::kCimXml, {instance, instance}, Complete()),
             "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
@@ -35,7 +35,7 @@ TEST_F(TCimXmlWriterTest, WritesADocumentOfDeclarations) {
             "<!-- complete -->\n<!-- exchanges: 42, 0 failed -->\n<!-- elapsed: 1.234 s -->\n");
 }
 
-TEST_F(TCimXmlWriterTest, WritesAnAwkwardInstance) {
+TEST_F(CimXmlWriter, WritesAnAwkwardInstance) {
   const std::string text = Written(EOutputForm::kCimXml, {Awkward()}, Complete());
   const std::size_t start = text.find("<VALUE.OBJECT>");
   EXPECT_EQ(text.substr(start, text.find("</DECLGROUP>") - start),
@@ -64,17 +64,17 @@ TEST_F(TCimXmlWriterTest, WritesAnAwkwardInstance) {
             "</INSTANCE></VALUE.OBJECT>\n");
 }
 
-TEST_F(TCimXmlWriterTest, ReplacesWhatXmlCannotHold) {
+TEST_F(CimXmlWriter, ReplacesWhatXmlCannotHold) {
   EXPECT_EQ(Xml(TType::kString, TCIMValue("a\uFFFE\uFFFF\u0085")),
             "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>a\uFFFD\uFFFD&#x85;</VALUE></PROPERTY>");
 }
 
-TEST_F(TCimXmlWriterTest, WritesNoValueForATimeThatDoesNotExist) {
+TEST_F(CimXmlWriter, WritesNoValueForATimeThatDoesNotExist) {
   EXPECT_EQ(Xml(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
             "<PROPERTY NAME=\"P\" TYPE=\"datetime\"><!-- no datetime: 20261301000000.000000+000 --></PROPERTY>");
 }
 
-TEST_F(TCimXmlWriterTest, WritesReferencesByTheirParts) {
+TEST_F(CimXmlWriter, WritesReferencesByTheirParts) {
   EXPECT_EQ(ReferenceXml("KROSG_A.Key=\"a\\\"<\",N=5,B=true"),
             "<PROPERTY.REFERENCE NAME=\"P\" REFERENCECLASS=\"KROSG_Target\"><VALUE.REFERENCE>"
             "<INSTANCENAME CLASSNAME=\"KROSG_A\">"
@@ -89,19 +89,19 @@ TEST_F(TCimXmlWriterTest, WritesReferencesByTheirParts) {
             "<CLASSNAME NAME=\"KROSG_A\"></CLASSNAME></CLASSPATH></VALUE.REFERENCE></PROPERTY.REFERENCE>");
 }
 
-TEST_F(TCimXmlWriterTest, WritesAReferenceThatIsNoPathAsAString) {
+TEST_F(CimXmlWriter, WritesAReferenceThatIsNoPathAsAString) {
   EXPECT_EQ(ReferenceXml("no <path>"),
             "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>no &lt;path&gt;</VALUE></PROPERTY>");
 }
 
-TEST_F(TCimXmlWriterTest, KeepsCommentsClosedAndWellFormed) {
+TEST_F(CimXmlWriter, KeepsCommentsClosedAndWellFormed) {
   TCollectionSummary summary = Partial();
   summary.failures[0].message = "--><X>\n---";
   const std::string text = Written(EOutputForm::kCimXml, {}, summary);
   EXPECT_NE(text.find("<!-- request failed: KROSG_A: - -><X>\\n- - - -->\n"), std::string::npos) << text;
 }
 
-TEST_F(TCimXmlWriterTest, MarksAnIncompleteInstance) {
+TEST_F(CimXmlWriter, MarksAnIncompleteInstance) {
   TStringSink sink;
   const auto writer = MakeWriter(EOutputForm::kCimXml, sink, {});
   writer->Instance(*One(TType::kString, NullOf(TType::kString)), true);
@@ -110,7 +110,7 @@ TEST_F(TCimXmlWriterTest, MarksAnIncompleteInstance) {
             "<!-- incomplete: an exchange failed while it was collected -->");
 }
 
-TEST(TObjectPathTest, ReadsEveryPart) {
+TEST(ObjectPath, ReadsEveryPart) {
   const auto path = ParseObjectPath("https://host:5989/root/cimv2:KROSG_A.Name=\"a,b=\\\\\",Count=-0x1F");
   ASSERT_TRUE(path);
   EXPECT_EQ(path->host, "host:5989");
@@ -122,7 +122,7 @@ TEST(TObjectPathTest, ReadsEveryPart) {
   EXPECT_EQ(path->keys[1].type, EKeyType::kNumeric);
 }
 
-TEST(TObjectPathTest, RefusesEverythingElse) {
+TEST(ObjectPath, RefusesEverythingElse) {
   for (const char* text :
        {"",   ".",  "A.",     "A.k",      "A.k=", "A.k=\"", "A.k=\"\\", "A.k=x", "A.k=1,", "A.k=1 ",    "A.=1",
         "1A", "//", "//host", "//host/A", ":A",   "a//b:A", "root:",    "A=",    "A=@x",   "A.k=\"v\"x"}) {

@@ -3,7 +3,7 @@
 namespace tests {
 namespace {
 
-class TJsonValueTest : public TOutputTest {
+class JsonValue : public TOutputTest {
  protected:
   /// What stands behind "P": for a property of that type and value.
   std::string Json(TType type, const TCIMValue& value) {
@@ -14,17 +14,17 @@ class TJsonValueTest : public TOutputTest {
   }
 };
 
-TEST_F(TJsonValueTest, EscapesQuotesBackslashesAndControlCharacters) {
+TEST_F(JsonValue, EscapesQuotesBackslashesAndControlCharacters) {
   EXPECT_EQ(Json(TType::kString, TCIMValue("a\"b\\c")), R"("a\"b\\c")");
   EXPECT_EQ(Json(TType::kString, TCIMValue("\b\f\n\r\t")), R"("\b\f\n\r\t")");
   EXPECT_EQ(Json(TType::kString, TCIMValue(std::string("\0\x1b\x1f", 3))), R"("\u0000\u001b\u001f")");
 }
 
-TEST_F(TJsonValueTest, KeepsCharactersBeyondAscii) {
+TEST_F(JsonValue, KeepsCharactersBeyondAscii) {
   EXPECT_EQ(Json(TType::kString, TCIMValue("\u00e9\u20ac\U0001F600")), "\"\u00e9\u20ac\U0001F600\"");
 }
 
-TEST_F(TJsonValueTest, ReplacesBytesThatAreNoCharacter) {
+TEST_F(JsonValue, ReplacesBytesThatAreNoCharacter) {
   EXPECT_EQ(Json(TType::kString, TCIMValue("a\xff"
                                            "b")),
             "\"a\uFFFDb\"");
@@ -33,14 +33,14 @@ TEST_F(TJsonValueTest, ReplacesBytesThatAreNoCharacter) {
   EXPECT_EQ(Json(TType::kString, TCIMValue("\xed\xa0\x80")), "\"\uFFFD\uFFFD\uFFFD\"");  // a surrogate
 }
 
-TEST_F(TJsonValueTest, WritesIntegersAtTheirLimits) {
+TEST_F(JsonValue, WritesIntegersAtTheirLimits) {
   EXPECT_EQ(Json(TType::kUint8, TCIMValue(static_cast<unsigned char>(255))), "255");
   EXPECT_EQ(Json(TType::kSint8, TCIMValue::FromInteger(TType::kSint8, 0x80)), "-128");
   EXPECT_EQ(Json(TType::kSint64, TCIMValue::FromInteger(TType::kSint64, 1ULL << 63)), "-9223372036854775808");
   EXPECT_EQ(Json(TType::kUint64, TCIMValue::FromInteger(TType::kUint64, ~0ULL)), "18446744073709551615");
 }
 
-TEST_F(TJsonValueTest, WritesTheShortestRealThatReadsBack) {
+TEST_F(JsonValue, WritesTheShortestRealThatReadsBack) {
   EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, 0.1)), "0.1");
   EXPECT_EQ(Json(TType::kReal32, TCIMValue::FromReal(TType::kReal32, 0.1)), "0.1");
   EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, -3)), "-3.0");
@@ -49,13 +49,13 @@ TEST_F(TJsonValueTest, WritesTheShortestRealThatReadsBack) {
             "2.2250738585072014e-308");
 }
 
-TEST_F(TJsonValueTest, WritesNullForRealsThatJsonCannotHold) {
+TEST_F(JsonValue, WritesNullForRealsThatJsonCannotHold) {
   EXPECT_EQ(Json(TType::kReal64, TCIMValue::FromReal(TType::kReal64, std::numeric_limits<double>::infinity())), "null");
   EXPECT_EQ(Json(TType::kReal32, TCIMValue::FromReal(TType::kReal32, std::numeric_limits<double>::quiet_NaN())),
             "null");
 }
 
-TEST_F(TJsonValueTest, WritesByteArraysAsNumbersWithNullElements) {
+TEST_F(JsonValue, WritesByteArraysAsNumbersWithNullElements) {
   EXPECT_EQ(Json(TType::kUint8, Bytes({0, 9, 10, 99, 100, 255})), "[0,9,10,99,100,255]");
   EXPECT_EQ(Json(TType::kUint8, Bytes({})), "[]");
   EXPECT_EQ(
@@ -63,22 +63,22 @@ TEST_F(TJsonValueTest, WritesByteArraysAsNumbersWithNullElements) {
       "[null,1]");
 }
 
-TEST_F(TJsonValueTest, WritesDatetimesAsCimWritesThem) {
+TEST_F(JsonValue, WritesDatetimesAsCimWritesThem) {
   EXPECT_EQ(Json(TType::kDateTime, TCIMValue(Moment())), R"("20260131123456.000000+060")");
   EXPECT_EQ(Json(TType::kDateTime, TCIMValue(TCIMDateTime::FromString("00000001132312.000000:000"))),
             R"("00000001132312.000000:000")");
 }
 
-TEST_F(TJsonValueTest, WritesBooleansCharactersAndNulls) {
+TEST_F(JsonValue, WritesBooleansCharactersAndNulls) {
   EXPECT_EQ(Json(TType::kBoolean, TCIMValue::FromInteger(TType::kBoolean, 1)), "true");
   EXPECT_EQ(Json(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xE9)), "\"\u00e9\"");
   EXPECT_EQ(Json(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xD800)), "\"\uFFFD\"");
   EXPECT_EQ(Json(TType::kString, NullOf(TType::kString)), "null");
 }
 
-using TJsonWriterTest = TAwkwardTest;
+using JsonWriter = TAwkwardTest;
 
-TEST_F(TJsonWriterTest, WritesOneObjectOfACollection) {
+TEST_F(JsonWriter, WritesOneObjectOfACollection) {
   const auto first = Make(Define("KROSG_A", "", {Property("Name", TType::kString), Property("N", TType::kUint16)}),
                           {{"N", TCIMValue(7)}});
   const auto second = Make(Define("KROSG_A", "", {}), {{"Name", TCIMValue("x")}, {"N", TCIMValue(8)}});
@@ -94,7 +94,7 @@ TEST_F(TJsonWriterTest, WritesOneObjectOfACollection) {
             "\n");
 }
 
-TEST_F(TJsonWriterTest, ListsFailuresOfAPartialCollection) {
+TEST_F(JsonWriter, ListsFailuresOfAPartialCollection) {
   const std::string text = Written(EOutputForm::kJson, {}, Partial());
   EXPECT_EQ(text.substr(text.find("\"instances\"")),
             "\"instances\":[\n],\n"
@@ -105,7 +105,7 @@ TEST_F(TJsonWriterTest, ListsFailuresOfAPartialCollection) {
             "\n");
 }
 
-TEST_F(TJsonWriterTest, MarksAnIncompleteInstance) {
+TEST_F(JsonWriter, MarksAnIncompleteInstance) {
   TStringSink sink;
   const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
   writer->Begin(Header());
@@ -114,7 +114,7 @@ TEST_F(TJsonWriterTest, MarksAnIncompleteInstance) {
                           "\n");
 }
 
-TEST_F(TJsonWriterTest, WritesAnAwkwardInstance) {
+TEST_F(JsonWriter, WritesAnAwkwardInstance) {
   const std::string text = Written(EOutputForm::kJsonl, {Awkward()}, Complete());
   EXPECT_EQ(text.substr(0, text.find('\n')),
             R"({"kind":"instance","class":"KROSG_Awkward","properties":{"Quotes":"say \"hi\" \\ <&>",)"
@@ -131,7 +131,7 @@ TEST_F(TJsonWriterTest, WritesAnAwkwardInstance) {
             R"(","Moment":"20260131123456.000000+060","Span":"00000001132312.000000:000"}})");
 }
 
-TEST_F(TJsonWriterTest, LinesArePassedOnAtOnceAndEndWithASummary) {
+TEST_F(JsonWriter, LinesArePassedOnAtOnceAndEndWithASummary) {
   TStringSink sink;
   const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
   writer->Begin(Header());
@@ -151,7 +151,7 @@ TEST_F(TJsonWriterTest, LinesArePassedOnAtOnceAndEndWithASummary) {
             "\n");
 }
 
-TEST_F(TJsonWriterTest, ListsInheritedPropertiesFirst) {
+TEST_F(JsonWriter, ListsInheritedPropertiesFirst) {
   Define("KROSG_Base", "", {Property("Z", TType::kString)});
   const auto derived = Define("KROSG_Derived", "KROSG_Base", {Property("A", TType::kString)});
   const auto instance = Make(derived, {{"A", TCIMValue("2")}, {"Z", TCIMValue("1")}});

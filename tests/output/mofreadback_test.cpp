@@ -23,9 +23,9 @@ class KROSG_Awkward : KROSG_Base {
 class KROSG_Lossy { string Invalid; real64 Endless; datetime Impossible; };
 )";
 
-class TMofReadBackTest : public TOutputTest {
+class MofReadBack : public TOutputTest {
  protected:
-  TMofReadBackTest() {
+  MofReadBack() {
     files_.Add("schema.mof", kSchema);
     cimNamespace_ = Read({"schema.mof"}).cimNamespace;
   }
@@ -65,7 +65,7 @@ class TMofReadBackTest : public TOutputTest {
 TCIMValue Integer(TType type, std::uint64_t bits) { return TCIMValue::FromInteger(type, bits); }
 TCIMValue Real(TType type, double number) { return TCIMValue::FromReal(type, number); }
 
-TEST_F(TMofReadBackTest, TextsAreTheSame) {
+TEST_F(MofReadBack, TextsAreTheSame) {
   std::string all;
   for (int c = 1; c < 0x80; ++c) all += static_cast<char>(c);
   ExpectSameReadBack(New(
@@ -78,7 +78,7 @@ TEST_F(TMofReadBackTest, TextsAreTheSame) {
        {"Texts", Array(TType::kString, {TCIMValue("a\"b"), NullOf(TType::kString), TCIMValue(""), TCIMValue("\\")})}}));
 }
 
-TEST_F(TMofReadBackTest, LongTextsAreTheSame) {
+TEST_F(MofReadBack, LongTextsAreTheSame) {
   std::string text;
   for (int i = 0; i < 500; ++i)
     text +=
@@ -87,7 +87,7 @@ TEST_F(TMofReadBackTest, LongTextsAreTheSame) {
   ExpectSameReadBack(New("KROSG_Awkward", {{"Long", TCIMValue(text)}}));
 }
 
-TEST_F(TMofReadBackTest, NumbersAreTheSame) {
+TEST_F(MofReadBack, NumbersAreTheSame) {
   ExpectSameReadBack(New("KROSG_Awkward", {{"Small", Integer(TType::kSint8, 0x80)},
                                            {"Middle", Integer(TType::kUint16, 0)},
                                            {"Lowest", Integer(TType::kSint64, 1ULL << 63)},
@@ -100,14 +100,14 @@ TEST_F(TMofReadBackTest, NumbersAreTheSame) {
                                            {"Least", Real(TType::kReal64, 5e-324)}}));
 }
 
-TEST_F(TMofReadBackTest, ByteArraysAreTheSame) {
+TEST_F(MofReadBack, ByteArraysAreTheSame) {
   ExpectSameReadBack(
       New("KROSG_Awkward", {{"Bytes", Array(TType::kUint8, {Integer(TType::kUint8, 255), NullOf(TType::kUint8)})},
                             {"NoBytes", Bytes({})},
                             {"Register", Bytes({0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0})}}));
 }
 
-TEST_F(TMofReadBackTest, CharactersTimesAndReferencesAreTheSame) {
+TEST_F(MofReadBack, CharactersTimesAndReferencesAreTheSame) {
   ExpectSameReadBack(
       New("KROSG_Awkward",
           {{"Letter", Integer(TType::kChar16, 'A')},
@@ -121,7 +121,7 @@ TEST_F(TMofReadBackTest, CharactersTimesAndReferencesAreTheSame) {
            {"Target", TCIMValue::FromText(TType::kReference, "KROSG_Target.Key=\"a\\\"b\"")}}));
 }
 
-TEST_F(TMofReadBackTest, WhatMofCannotSayReadsBackAsTheNearestThing) {
+TEST_F(MofReadBack, WhatMofCannotSayReadsBackAsTheNearestThing) {
   const TInstancePtr read =
       ReadBack(New("KROSG_Lossy", {{"Invalid", TCIMValue("a\xff"
                                                          "b")},

@@ -3,7 +3,7 @@
 namespace tests {
 namespace {
 
-class TMofWriterTest : public TAwkwardTest {
+class MofWriter : public TAwkwardTest {
  protected:
   /// What stands between "P = " and the semicolon for a property of that type and value.
   std::string Mof(TType type, const TCIMValue& value) {
@@ -14,7 +14,7 @@ class TMofWriterTest : public TAwkwardTest {
   }
 };
 
-TEST_F(TMofWriterTest, WritesOneInstanceAfterAnother) {
+TEST_F(MofWriter, WritesOneInstanceAfterAnother) {
   const auto cimClass = Define("KROSG_A", "", {Property("Name", TType::kString), Property("N", TType::kUint16)});
   EXPECT_EQ(Written(EOutputForm::kMof,
                     {Make(cimClass, {{"N", TCIMValue(7)}}), Make(cimClass, {{"Name", TCIMValue("x")}})}, Complete()),
@@ -34,7 +34,7 @@ TEST_F(TMofWriterTest, WritesOneInstanceAfterAnother) {
             "// elapsed: 1.234 s\n");
 }
 
-TEST_F(TMofWriterTest, SaysInCommentsWhatIsMissing) {
+TEST_F(MofWriter, SaysInCommentsWhatIsMissing) {
   EXPECT_EQ(Written(EOutputForm::kMof, {}, Partial()),
             "// Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
             "(interface version 1.1)\n"
@@ -47,13 +47,13 @@ TEST_F(TMofWriterTest, SaysInCommentsWhatIsMissing) {
             "// elapsed: 1.234 s\n");
 }
 
-TEST_F(TMofWriterTest, KeepsAMessageOfSeveralLinesInsideItsComment) {
+TEST_F(MofWriter, KeepsAMessageOfSeveralLinesInsideItsComment) {
   TCollectionSummary summary = Partial();
   summary.failures[0].message = "one\ninstance of X {};";
   EXPECT_NE(Written(EOutputForm::kMof, {}, summary).find("KROSG_A: one\\ninstance of X {};\n"), std::string::npos);
 }
 
-TEST_F(TMofWriterTest, WritesAnAwkwardInstance) {
+TEST_F(MofWriter, WritesAnAwkwardInstance) {
   const std::string text = Written(EOutputForm::kMof, {Awkward()}, Complete());
   const std::size_t start = text.find("instance of");
   EXPECT_EQ(text.substr(start, text.find("\n};\n") + 4 - start),
@@ -80,7 +80,7 @@ TEST_F(TMofWriterTest, WritesAnAwkwardInstance) {
             "};\n");
 }
 
-TEST_F(TMofWriterTest, EscapesCharactersOfTheirOwnType) {
+TEST_F(MofWriter, EscapesCharactersOfTheirOwnType) {
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 'A')), "'A'");
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '"')), "'\"'");
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '\'')), "'\\''");
@@ -89,18 +89,18 @@ TEST_F(TMofWriterTest, EscapesCharactersOfTheirOwnType) {
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xD800)), "'\\xd800'");
 }
 
-TEST_F(TMofWriterTest, EscapesControlCharactersOfTheSecondSet) {
+TEST_F(MofWriter, EscapesControlCharactersOfTheSecondSet) {
   EXPECT_EQ(Mof(TType::kString, TCIMValue("\u0085\u00a0")), "\"\\x0085\u00a0\"");
 }
 
-TEST_F(TMofWriterTest, SplitsALongStringBetweenItsCharacters) {
+TEST_F(MofWriter, SplitsALongStringBetweenItsCharacters) {
   // 96 bytes to a literal: the first euro sign (three bytes) starts at byte 95 and stays whole.
   const std::string text = std::string(95, 'x') + "\u20ac\u20acend";
   EXPECT_EQ(Mof(TType::kString, TCIMValue(text)), "\"" + std::string(95, 'x') + "\u20ac\"\n    \"\u20acend\"");
   EXPECT_EQ(Mof(TType::kString, TCIMValue(std::string(96, 'x'))), '"' + std::string(96, 'x') + '"');
 }
 
-TEST_F(TMofWriterTest, WritesNullForATimeThatDoesNotExist) {
+TEST_F(MofWriter, WritesNullForATimeThatDoesNotExist) {
   EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
             "NULL /* no datetime: 20261301000000.000000+000 */");
   EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 1, 255, 0, 0, 0, 0, 0))),
@@ -109,11 +109,11 @@ TEST_F(TMofWriterTest, WritesNullForATimeThatDoesNotExist) {
             "NULL /* no datetime: 20260131240000.000000+000 */");
 }
 
-TEST_F(TMofWriterTest, WritesReferencesAsStrings) {
+TEST_F(MofWriter, WritesReferencesAsStrings) {
   EXPECT_EQ(Mof(TType::kReference, TCIMValue::FromText(TType::kReference, "A.K=\"v\"")), R"("A.K=\"v\"")");
 }
 
-TEST_F(TMofWriterTest, MarksAnIncompleteInstance) {
+TEST_F(MofWriter, MarksAnIncompleteInstance) {
   TStringSink sink;
   const auto writer = MakeWriter(EOutputForm::kMof, sink, {});
   writer->Instance(*One(TType::kString, TCIMValue("x")), true);

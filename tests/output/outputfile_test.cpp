@@ -19,7 +19,7 @@
 namespace tests {
 namespace {
 
-class TOutputFileTest : public testing::Test {
+class OutputFile : public testing::Test {
  protected:
   std::string Path(const std::string& name) const { return folder_.Path() / name; }
   mode_t ModeOf(const std::string& name) const {
@@ -30,7 +30,7 @@ class TOutputFileTest : public testing::Test {
   TTemporaryFolder folder_;
 };
 
-TEST_F(TOutputFileTest, AppearsWithCommit) {
+TEST_F(OutputFile, AppearsWithCommit) {
   TOutputFile file(Path("out"));
   file.Write("one ");
   file.Write("two");
@@ -41,12 +41,12 @@ TEST_F(TOutputFileTest, AppearsWithCommit) {
   EXPECT_EQ(folder_.Read("out"), "one two");
 }
 
-TEST_F(TOutputFileTest, LeavesNothingWithoutCommit) {
+TEST_F(OutputFile, LeavesNothingWithoutCommit) {
   { TOutputFile(Path("out")).Write("half"); }
   EXPECT_EQ(folder_.Names(), "");
 }
 
-TEST_F(TOutputFileTest, LeavesNothingAfterAnException) {
+TEST_F(OutputFile, LeavesNothingAfterAnException) {
   try {
     TOutputFile file(Path("out"));
     file.Write("half");
@@ -57,7 +57,7 @@ TEST_F(TOutputFileTest, LeavesNothingAfterAnException) {
 }
 
 // Of file systems without nameless files there is none at hand: those of the tests stand for them.
-TEST_F(TOutputFileTest, DoesWithoutANamelessFile) {
+TEST_F(OutputFile, DoesWithoutANamelessFile) {
   folder_.Write("out", "old");
   for (const char* const name : {"out", "new"}) {
     TOutputFile file(Path(name), TOutputFile::EUnfinished::kNamed);
@@ -69,7 +69,7 @@ TEST_F(TOutputFileTest, DoesWithoutANamelessFile) {
   EXPECT_EQ(folder_.Names(), "new out");
 }
 
-TEST_F(TOutputFileTest, LeavesNothingOfAKilledProcess) {
+TEST_F(OutputFile, LeavesNothingOfAKilledProcess) {
   const int probe = ::open(folder_.Path().c_str(), O_WRONLY | O_TMPFILE, 0600);
   if (probe < 0) GTEST_SKIP() << "this file system has no nameless files";
   ::close(probe);
@@ -86,7 +86,7 @@ TEST_F(TOutputFileTest, LeavesNothingOfAKilledProcess) {
   EXPECT_EQ(folder_.Names(), "");
 }
 
-TEST_F(TOutputFileTest, ReplacesAFileThatCameMeanwhile) {
+TEST_F(OutputFile, ReplacesAFileThatCameMeanwhile) {
   TOutputFile file(Path("out"));
   file.Write("late");
   folder_.Write("out", "early");
@@ -95,7 +95,7 @@ TEST_F(TOutputFileTest, ReplacesAFileThatCameMeanwhile) {
   EXPECT_EQ(folder_.Read("out"), "late");
 }
 
-TEST_F(TOutputFileTest, KeepsTheOldFileUntilCommit) {
+TEST_F(OutputFile, KeepsTheOldFileUntilCommit) {
   folder_.Write("out", "old");
   {
     TOutputFile file(Path("out"));
@@ -106,7 +106,7 @@ TEST_F(TOutputFileTest, KeepsTheOldFileUntilCommit) {
   EXPECT_EQ(folder_.Names(), "out");
 }
 
-TEST_F(TOutputFileTest, GivesANewFileWhatTheMaskAllows) {
+TEST_F(OutputFile, GivesANewFileWhatTheMaskAllows) {
   const mode_t before = ::umask(027);
   TOutputFile file(Path("out"));
   file.Commit();
@@ -114,7 +114,7 @@ TEST_F(TOutputFileTest, GivesANewFileWhatTheMaskAllows) {
   EXPECT_EQ(ModeOf("out"), 0640U);
 }
 
-TEST_F(TOutputFileTest, KeepsThePermissionsOfAnExistingFile) {
+TEST_F(OutputFile, KeepsThePermissionsOfAnExistingFile) {
   ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 0604), 0);
   TOutputFile file(Path("out"));
   file.Write("new");
@@ -144,7 +144,7 @@ class TOrdinaryUser {
   uid_t before_;
 };
 
-TEST_F(TOutputFileTest, KeepsNoSpecialBits) {
+TEST_F(OutputFile, KeepsNoSpecialBits) {
   ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 07755), 0);
   TOutputFile file(Path("out"));
   file.Commit();
@@ -152,7 +152,7 @@ TEST_F(TOutputFileTest, KeepsNoSpecialBits) {
 }
 
 // Of 0626 owner and group lose what not everybody had, or the owner, now one of the others, would gain.
-TEST_F(TOutputFileTest, GivesOthersNoMoreThanTheyHadWhenTheOwnerIsLost) {
+TEST_F(OutputFile, GivesOthersNoMoreThanTheyHadWhenTheOwnerIsLost) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can be another owner";
   ASSERT_EQ(::chmod(folder_.Write("owner", "old").c_str(), 04626), 0);
   ASSERT_EQ(::chown(folder_.Write("group", "old").c_str(), 0, 12345), 0);
@@ -170,7 +170,7 @@ TEST_F(TOutputFileTest, GivesOthersNoMoreThanTheyHadWhenTheOwnerIsLost) {
   EXPECT_EQ(ModeOf("group"), 0644U);
 }
 
-TEST_F(TOutputFileTest, FollowsLinksThroughFolders) {
+TEST_F(OutputFile, FollowsLinksThroughFolders) {
   std::filesystem::create_directories(Path("a/b"));
   std::filesystem::create_symlink("a/b/second", Path("first"));
   std::filesystem::create_symlink("../target", Path("a/b/second"));
@@ -181,14 +181,14 @@ TEST_F(TOutputFileTest, FollowsLinksThroughFolders) {
   EXPECT_TRUE(std::filesystem::is_symlink(Path("first")));
 }
 
-TEST_F(TOutputFileTest, GivesUpOnLinksInACircle) {
+TEST_F(OutputFile, GivesUpOnLinksInACircle) {
   std::filesystem::create_symlink("b", Path("a"));
   std::filesystem::create_symlink("a", Path("b"));
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a")); }),
             "73 cannot create " + Path("a") + ": Too many levels of symbolic links");
 }
 
-TEST_F(TOutputFileTest, KeepsToTheFolderThatItOpened) {
+TEST_F(OutputFile, KeepsToTheFolderThatItOpened) {
   std::filesystem::create_directory(Path("folder"));
   TOutputFile file(Path("folder/out"));
   std::filesystem::rename(Path("folder"), Path("moved"));
@@ -199,7 +199,7 @@ TEST_F(TOutputFileTest, KeepsToTheFolderThatItOpened) {
   EXPECT_TRUE(std::filesystem::is_empty(Path("other")));
 }
 
-TEST_F(TOutputFileTest, ReplacesALinkThatCameMeanwhile) {
+TEST_F(OutputFile, ReplacesALinkThatCameMeanwhile) {
   folder_.Write("target", "kept");
   TOutputFile file(Path("out"));
   file.Write("new");
@@ -210,7 +210,7 @@ TEST_F(TOutputFileTest, ReplacesALinkThatCameMeanwhile) {
   EXPECT_FALSE(std::filesystem::is_symlink(Path("out")));
 }
 
-TEST_F(TOutputFileTest, WritesBehindASymbolicLink) {
+TEST_F(OutputFile, WritesBehindASymbolicLink) {
   folder_.Write("target", "old");
   std::filesystem::create_symlink("target", Path("link"));
   std::filesystem::create_symlink("fresh", Path("dangling"));
@@ -224,14 +224,14 @@ TEST_F(TOutputFileTest, WritesBehindASymbolicLink) {
   EXPECT_EQ(folder_.Read("fresh"), "new");
 }
 
-TEST_F(TOutputFileTest, TakesTheLongestName) {
+TEST_F(OutputFile, TakesTheLongestName) {
   const std::string name(255, 'n');
   TOutputFile file(Path(name));
   file.Commit();
   EXPECT_EQ(folder_.Names(), name);
 }
 
-TEST_F(TOutputFileTest, SaysWhyAFileCannotBeCreated) {
+TEST_F(OutputFile, SaysWhyAFileCannotBeCreated) {
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/out")); }),
             "73 cannot create " + Path("absent/out") + ": No such file or directory");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(folder_.Path()); }),
@@ -249,7 +249,7 @@ TEST_F(TOutputFileTest, SaysWhyAFileCannotBeCreated) {
             "73 cannot create /dev/fd/987654: Bad file descriptor");
 }
 
-TEST_F(TOutputFileTest, LeavesAProtectedFileAlone) {
+TEST_F(OutputFile, LeavesAProtectedFileAlone) {
   ASSERT_EQ(::chmod(folder_.Write("out", "old").c_str(), 0444), 0);
   ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
   const TOrdinaryUser user;
@@ -258,21 +258,21 @@ TEST_F(TOutputFileTest, LeavesAProtectedFileAlone) {
   EXPECT_EQ(folder_.Names(), "out");
 }
 
-TEST_F(TOutputFileTest, NeedsAFolderThatItMayWriteTo) {
+TEST_F(OutputFile, NeedsAFolderThatItMayWriteTo) {
   ASSERT_EQ(::chmod(folder_.Path().c_str(), 0555), 0);
   const TOrdinaryUser user;
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
             "73 cannot create " + Path("out") + ": Permission denied");
 }
 
-TEST_F(TOutputFileTest, WritesToADeviceDirectly) {
+TEST_F(OutputFile, WritesToADeviceDirectly) {
   TOutputFile file("/dev/null");
   file.Write("text");
   file.Commit();
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
-TEST_F(TOutputFileTest, SaysThatADeviceIsFull) {
+TEST_F(OutputFile, SaysThatADeviceIsFull) {
   EXPECT_EQ(FailureOf([] {
               TOutputFile file("/dev/full");
               file.Write("text");
@@ -281,7 +281,7 @@ TEST_F(TOutputFileTest, SaysThatADeviceIsFull) {
             "74 cannot write /dev/full: No space left on device");
 }
 
-TEST_F(TOutputFileTest, WritesToAPipeDirectly) {
+TEST_F(OutputFile, WritesToAPipeDirectly) {
   ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0600), 0);
   std::string received;
   std::thread reader([this, &received] { received = folder_.Read("pipe"); });
@@ -295,7 +295,7 @@ TEST_F(TOutputFileTest, WritesToAPipeDirectly) {
   EXPECT_TRUE(std::filesystem::is_fifo(Path("pipe")));
 }
 
-TEST_F(TOutputFileTest, WritesBehindWhatADescriptorHasWrittenAlready) {
+TEST_F(OutputFile, WritesBehindWhatADescriptorHasWrittenAlready) {
   const int descriptor = ::open(Path("out").c_str(), O_WRONLY | O_CREAT, 0600);
   ASSERT_EQ(::write(descriptor, "before ", 7), 7);
   {
@@ -308,7 +308,7 @@ TEST_F(TOutputFileTest, WritesBehindWhatADescriptorHasWrittenAlready) {
   EXPECT_EQ(folder_.Read("out"), "before text after");
 }
 
-class TDescriptorSinkTest : public testing::Test {
+class DescriptorSink : public testing::Test {
  protected:
   void SetUp() override {
     IgnoreBrokenPipeSignal();
@@ -333,7 +333,7 @@ class TDescriptorSinkTest : public testing::Test {
   std::array<int, 2> ends_{-1, -1};
 };
 
-TEST_F(TDescriptorSinkTest, GathersSmallPiecesUntilFlush) {
+TEST_F(DescriptorSink, GathersSmallPiecesUntilFlush) {
   TDescriptorSink sink(ends_[1], "the pipe");
   sink.Write("one ");
   ASSERT_EQ(::fcntl(ends_[0], F_SETFL, O_NONBLOCK), 0);
@@ -345,7 +345,7 @@ TEST_F(TDescriptorSinkTest, GathersSmallPiecesUntilFlush) {
   EXPECT_EQ(ReadAll(), "one two");
 }
 
-TEST_F(TDescriptorSinkTest, WritesMoreThanADescriptorTakesAtOnce) {
+TEST_F(DescriptorSink, WritesMoreThanADescriptorTakesAtOnce) {
   ASSERT_EQ(::fcntl(ends_[1], F_SETFL, O_NONBLOCK), 0);
   const std::string text(300000, 'x');
   std::string received;
@@ -359,7 +359,7 @@ TEST_F(TDescriptorSinkTest, WritesMoreThanADescriptorTakesAtOnce) {
   EXPECT_EQ(received, "start " + text);
 }
 
-TEST_F(TDescriptorSinkTest, TellsAClosedPipeFromOtherFailures) {
+TEST_F(DescriptorSink, TellsAClosedPipeFromOtherFailures) {
   Close(0);
   TDescriptorSink sink(ends_[1], "standard output");
   sink.Write("text");

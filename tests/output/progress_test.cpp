@@ -12,7 +12,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// A progress line on paper: a clock that is set by hand, and what was written since the last look.
-class TProgressTest : public testing::Test {
+class Progress : public testing::Test {
  protected:
   TProgressTarget Target() {
     return {[this](std::string_view text) { written_ += text; }, [this] { return width_; }, [this] { return now_; }};
@@ -63,7 +63,7 @@ class TProgressTest : public testing::Test {
   std::optional<TProgressLine> line_{std::in_place, Target()};
 };
 
-TEST_F(TProgressTest, ShowsClassExchangesRateAndTime) {
+TEST_F(Progress, ShowsClassExchangesRateAndTime) {
   line_->BeginClass(3, 7, "KROSG_A");
   EXPECT_EQ(Written(), "\r[3/7] KROSG_A  0 exchanges, 0:00");
   Wait(500);
@@ -76,13 +76,13 @@ TEST_F(TProgressTest, ShowsClassExchangesRateAndTime) {
   EXPECT_EQ(Written(), "\r[3/7] KROSG_A  2 exchanges, 0/s, 1:02\r[3/7] KROSG_A  251 exchanges, 4/s, 1:02");
 }
 
-TEST_F(TProgressTest, CountsDotCommands) {
+TEST_F(Progress, CountsDotCommands) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
   line_->OnDot({0, true, command, true, {}, 0, {}});
   EXPECT_EQ(Written(), "\r1 exchange, 0:00");
 }
 
-TEST_F(TProgressTest, DoesNotCountWhatIsRefusedAfterAStop) {
+TEST_F(Progress, DoesNotCountWhatIsRefusedAfterAStop) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
   line_->OnDot({0, false, command, false, {}, 0, {}});
   const wire::TCommandBuffer request(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
@@ -90,7 +90,7 @@ TEST_F(TProgressTest, DoesNotCountWhatIsRefusedAfterAStop) {
   EXPECT_EQ(Written(), "");
 }
 
-TEST_F(TProgressTest, DrawsAtMostTenTimesASecond) {
+TEST_F(Progress, DrawsAtMostTenTimesASecond) {
   line_->BeginClass(1, 1, "A");
   for (int i = 0; i < 1000; ++i) {
     Wait(1);
@@ -100,7 +100,7 @@ TEST_F(TProgressTest, DrawsAtMostTenTimesASecond) {
   EXPECT_EQ(std::count(text.begin(), text.end(), '\r'), 11);
 }
 
-TEST_F(TProgressTest, ShowsACaptureFileWithItsSizeAndTheTimeLeft) {
+TEST_F(Progress, ShowsACaptureFileWithItsSizeAndTheTimeLeft) {
   line_->BeginClass(1, 1, "F");
   Size({0xE8, 0x03, 0, 0});  // 1000 bytes
   for (int i = 0; i < 25; ++i) Read(10);
@@ -113,7 +113,7 @@ TEST_F(TProgressTest, ShowsACaptureFileWithItsSizeAndTheTimeLeft) {
   EXPECT_EQ(Written(), "\r[1/1] F  28 exchanges, 3/s, 0:10" + std::string(45, ' '));
 }
 
-TEST_F(TProgressTest, ShowsACaptureFileWithoutAUsableSize) {
+TEST_F(Progress, ShowsACaptureFileWithoutAUsableSize) {
   Size({0xFF, 0xFF, 0xFF, 0xFF});  // -1
   Written();
   Wait(1000);
@@ -121,7 +121,7 @@ TEST_F(TProgressTest, ShowsACaptureFileWithoutAUsableSize) {
   EXPECT_EQ(Written(), "\rnode 1 cpu_err 100 bytes  2 exchanges, 2/s, 0:01");
 }
 
-TEST_F(TProgressTest, IgnoresRefusedSizesAndReads) {
+TEST_F(Progress, IgnoresRefusedSizesAndReads) {
   Size({1, 0, 0, 0}, 0xCB);
   Written();
   Wait(200);
@@ -134,7 +134,7 @@ TEST_F(TProgressTest, IgnoresRefusedSizesAndReads) {
   EXPECT_EQ(Written(), "\rnode 1 cpu_err 0 of 1000 bytes  5 exchanges, 0:00");
 }
 
-TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
+TEST_F(Progress, BelievesNoMoreBytesThanAResponseCarries) {
   Size({0xFF, 0xFF, 0, 0});
   const wire::TCommandBuffer request = Area(wire::StorageArea::kRead);
   wire::TCommandBuffer response = request;
@@ -150,7 +150,7 @@ TEST_F(TProgressTest, BelievesNoMoreBytesThanAResponseCarries) {
   EXPECT_EQ(Written(), "\rnode 1 cpu_err 0.1 of 65.5 kB  4 exchanges, 0:00");
 }
 
-TEST_F(TProgressTest, FitsTheTerminal) {
+TEST_F(Progress, FitsTheTerminal) {
   width_ = 20;
   line_->BeginClass(1, 2, "KROSG_VO_MEMCTL_StatisticData");
   EXPECT_EQ(Written(), "\r[1/2]  0:00");
@@ -162,7 +162,7 @@ TEST_F(TProgressTest, FitsTheTerminal) {
   EXPECT_EQ(Written(), "\r[1/2] KROSG_VO_MEMCT..  1 exchange, 0:00");
 }
 
-TEST_F(TProgressTest, LeavesOutPartsRatherThanToCutAFigure) {
+TEST_F(Progress, LeavesOutPartsRatherThanToCutAFigure) {
   line_->BeginClass(7, 7, "KROSG_DCAPFile");
   Size({0, 0xFA, 0, 0});  // 64000 bytes
   for (int i = 0; i < 120; ++i) Read(100);
@@ -182,7 +182,7 @@ TEST_F(TProgressTest, LeavesOutPartsRatherThanToCutAFigure) {
   EXPECT_EQ(shown(30), "\r[7/7]  1:00");
 }
 
-TEST_F(TProgressTest, StaysAwayWhileItIsHeld) {
+TEST_F(Progress, StaysAwayWhileItIsHeld) {
   line_->BeginClass(1, 1, "A");
   Written();
   line_->Hold();
@@ -196,7 +196,7 @@ TEST_F(TProgressTest, StaysAwayWhileItIsHeld) {
   EXPECT_EQ(Written(), "\r[1/1] A  2 exchanges, 2/s, 0:01");
 }
 
-TEST_F(TProgressTest, LeavesNothingBehind) {
+TEST_F(Progress, LeavesNothingBehind) {
   line_->BeginClass(1, 1, "A");
   const std::string blanks(27, ' ');
   EXPECT_EQ(Written(), "\r[1/1] A  0 exchanges, 0:00");
@@ -211,7 +211,7 @@ TEST_F(TProgressTest, LeavesNothingBehind) {
   EXPECT_EQ(Written(), "\r" + std::string(25, ' ') + "\r");
 }
 
-TEST_F(TProgressTest, ShowsNamesWithoutDisturbingTheTerminal) {
+TEST_F(Progress, ShowsNamesWithoutDisturbingTheTerminal) {
   line_->BeginClass(1, 1, "A\x1b[2J");
   EXPECT_EQ(Written(), "\r[1/1] A\\x1b[2J  0 exchanges, 0:00");
 }

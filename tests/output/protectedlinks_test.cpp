@@ -29,7 +29,7 @@ bool IsOn(const std::string& rule) {
 }
 
 /// "shared" is as /tmp is; "private" holds a file and is for root alone.
-class TProtectedLinksTest : public testing::Test {
+class ProtectedLinks : public testing::Test {
  protected:
   void SetUp() override {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can give a link to another user";
@@ -65,21 +65,21 @@ class TProtectedLinksTest : public testing::Test {
   TTemporaryFolder folder_;
 };
 
-TEST_F(TProtectedLinksTest, ALinkToAFileIsRefused) {
+TEST_F(ProtectedLinks, ALinkToAFileIsRefused) {
   const std::string link = Link("shared/link", "private/secret");
   EXPECT_EQ(FailureToWrite(link), Refused(link));
   EXPECT_EQ(FailureOf([&link] { const TRecordingFile file(link); }), Refused(link));
   ExpectPrivateIsUntouched();
 }
 
-TEST_F(TProtectedLinksTest, ALinkToNothingIsRefused) {
+TEST_F(ProtectedLinks, ALinkToNothingIsRefused) {
   const std::string link = Link("shared/link", "private/new");
   EXPECT_EQ(FailureToWrite(link), Refused(link));
   EXPECT_EQ(FailureOf([&link] { const TRecordingFile file(link); }), Refused(link));
   ExpectPrivateIsUntouched();
 }
 
-TEST_F(TProtectedLinksTest, ALinkToAFolderIsRefused) {
+TEST_F(ProtectedLinks, ALinkToAFolderIsRefused) {
   const std::string link = Link("shared/link", "private");
   EXPECT_EQ(FailureToWrite(link + "/new"), Refused(link + "/new"));
   EXPECT_EQ(FailureToWrite(link + "/secret"), Refused(link + "/secret"));
@@ -88,20 +88,20 @@ TEST_F(TProtectedLinksTest, ALinkToAFolderIsRefused) {
   ExpectPrivateIsUntouched();
 }
 
-TEST_F(TProtectedLinksTest, ALinkBehindAnOwnOneIsRefused) {
+TEST_F(ProtectedLinks, ALinkBehindAnOwnOneIsRefused) {
   Link("shared/link", "private/secret");
   fs::create_symlink(Path("shared/link"), Path("own"));
   EXPECT_EQ(FailureToWrite(Path("own")), Refused(Path("own")));
   ExpectPrivateIsUntouched();
 }
 
-TEST_F(TProtectedLinksTest, AnOwnLinkIsFollowed) {
+TEST_F(ProtectedLinks, AnOwnLinkIsFollowed) {
   fs::create_symlink(Path("target"), Path("shared/own"));
   EXPECT_EQ(FailureToWrite(Path("shared/own")), "none");
   EXPECT_EQ(folder_.Read("target"), "replaced");
 }
 
-TEST_F(TProtectedLinksTest, AFileOfAnotherUserIsRefused) {
+TEST_F(ProtectedLinks, AFileOfAnotherUserIsRefused) {
   if (!IsOn("protected_regular")) GTEST_SKIP() << "fs.protected_regular is off";
   std::ofstream(Path("shared/out")) << "old";
   ASSERT_EQ(::chown(Path("shared/out").c_str(), kAttacker, kAttacker), 0);
@@ -109,7 +109,7 @@ TEST_F(TProtectedLinksTest, AFileOfAnotherUserIsRefused) {
   EXPECT_EQ(folder_.Read("shared/out"), "old");
 }
 
-TEST_F(TProtectedLinksTest, APipeOfAnotherUserIsRefused) {
+TEST_F(ProtectedLinks, APipeOfAnotherUserIsRefused) {
   if (!IsOn("protected_fifos")) GTEST_SKIP() << "fs.protected_fifos is off";
   ASSERT_EQ(::mkfifo(Path("shared/pipe").c_str(), 0666), 0);
   ASSERT_EQ(::chown(Path("shared/pipe").c_str(), kAttacker, kAttacker), 0);

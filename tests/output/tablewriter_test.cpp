@@ -7,7 +7,7 @@
 namespace tests {
 namespace {
 
-class TTableWriterTest : public TAwkwardTest {
+class TableWriter : public TAwkwardTest {
  protected:
   /// The block of one instance.
   static std::string Block(const TInstancePtr& instance, int width = 80, bool color = false, bool incomplete = false) {
@@ -28,13 +28,13 @@ class TTableWriterTest : public TAwkwardTest {
   }
 };
 
-TEST_F(TTableWriterTest, ShowsAnR8RegisterByAddressAndValue) {
+TEST_F(TableWriter, ShowsAnR8RegisterByAddressAndValue) {
   const auto instance =
       Register("KROSG_VO_MEMCTL_StatisticData", "", {0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0});
   EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  0x0807060504030201\n\n");
 }
 
-TEST_F(TTableWriterTest, SplitsNoHexNumber) {
+TEST_F(TableWriter, SplitsNoHexNumber) {
   const std::string name(18, 'N');
   const auto cimClass = Define("KROSG_VO_MEMCTL_StatisticData", "", {Property(name, TType::kUint8, true)});
   const auto instance = Make(cimClass, {{name, Bytes({0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0})}});
@@ -43,26 +43,26 @@ TEST_F(TTableWriterTest, SplitsNoHexNumber) {
                                      "0xABCDEF\n" + std::string(20, ' ') + "0x0807060504030201\n\n");
 }
 
-TEST_F(TTableWriterTest, ShowsFourValueBytesBeforeTheMarkerTail) {
+TEST_F(TableWriter, ShowsFourValueBytesBeforeTheMarkerTail) {
   const auto instance =
       Register("KROSG_VO_MEMCTL_StatisticData", "", {0xAB, 0xCD, 0xEF, 0x0C, 7, 6, 5, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF});
   EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  0x0C070605\n\n");
 }
 
-TEST_F(TTableWriterTest, ShowsAJfrRegisterWithoutItsEqualsSign) {
+TEST_F(TableWriter, ShowsAJfrRegisterWithoutItsEqualsSign) {
   const auto instance = Register("KROSG_J1_MEMCTL_StatisticData", "KROSG_MEMCTL_StatisticData",
                                  {0x0E, 0x06, 0x12, 32, 61, 32, 1, 2, 3, 4, 5, 6, 7, 8});
   EXPECT_EQ(Block(instance), "KROSG_J1_MEMCTL_StatisticData\n  Status  0x0E0612  0x0102030405060708\n\n");
 }
 
-TEST_F(TTableWriterTest, ShowsOtherByteArraysAsNumbers) {
+TEST_F(TableWriter, ShowsOtherByteArraysAsNumbers) {
   EXPECT_EQ(Block(Register("KROSG_VO_MEMCTL_StatisticData", "", {1, 2, 255})),
             "KROSG_VO_MEMCTL_StatisticData\n  Status  1, 2, 255\n\n");
   EXPECT_EQ(Block(Register("KROSG_Other", "", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14})),
             "KROSG_Other\n  Status  1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14\n\n");
 }
 
-TEST_F(TTableWriterTest, DumpsACaptureFile) {
+TEST_F(TableWriter, DumpsACaptureFile) {
   EXPECT_EQ(Block(Capture("0a ff 00 41 ")),
             "KROSG_DCAPFile\n"
             "  cpu_err, node 1, record 0, 2026-01-31T12:34:56+01:00\n"
@@ -76,7 +76,7 @@ TEST_F(TTableWriterTest, DumpsACaptureFile) {
             "\n");
 }
 
-TEST_F(TTableWriterTest, DumpsEightBytesALineWhereSixteenDoNotFit) {
+TEST_F(TableWriter, DumpsEightBytesALineWhereSixteenDoNotFit) {
   const std::string block = Block(Capture("41 42 43 44 45 46 47 48 49 "), 79);
   EXPECT_NE(block.find("  ErrRawData        9 bytes\n"
                        "  00000000  41 42 43 44 45 46 47 48  |ABCDEFGH|\n"
@@ -86,17 +86,17 @@ TEST_F(TTableWriterTest, DumpsEightBytesALineWhereSixteenDoNotFit) {
       << block;
 }
 
-TEST_F(TTableWriterTest, ShowsAnEmptyCaptureFile) {
+TEST_F(TableWriter, ShowsAnEmptyCaptureFile) {
   EXPECT_NE(Block(Capture("")).find("  ErrRawData        0 bytes\n  SourceNode"), std::string::npos);
 }
 
-TEST_F(TTableWriterTest, ShowsCaptureDataThatIsNoHexAsText) {
+TEST_F(TableWriter, ShowsCaptureDataThatIsNoHexAsText) {
   const std::string block = Block(Capture("not hex"));
   EXPECT_NE(block.find("KROSG_DCAPFile\n  RecordID          0\n"), std::string::npos) << block;
   EXPECT_NE(block.find("  ErrRawData        not hex\n"), std::string::npos) << block;
 }
 
-TEST_F(TTableWriterTest, ShowsAwkwardValuesWithoutDisturbingTheTerminal) {
+TEST_F(TableWriter, ShowsAwkwardValuesWithoutDisturbingTheTerminal) {
   EXPECT_EQ(Block(Awkward()),
             "KROSG_Awkward\n"
             "  Quotes    say \"hi\" \\ <&>\n"
@@ -121,18 +121,18 @@ TEST_F(TTableWriterTest, ShowsAwkwardValuesWithoutDisturbingTheTerminal) {
             "\n");
 }
 
-TEST_F(TTableWriterTest, EscapesWhatTurnsTheDirectionOfWriting) {
+TEST_F(TableWriter, EscapesWhatTurnsTheDirectionOfWriting) {
   std::string text = "a";
   AppendUtf8(text, 0x202E);
   EXPECT_EQ(Block(One(TType::kString, TCIMValue(text + "b\u0085c"))), "KROSG_One\n  P  a\\u202eb\\x85c\n\n");
 }
 
-TEST_F(TTableWriterTest, WrapsLongTextAtBlanksUnderItsColumn) {
+TEST_F(TableWriter, WrapsLongTextAtBlanksUnderItsColumn) {
   const auto instance = One(TType::kString, TCIMValue("one two three four five six seven eight nine ten"));
   EXPECT_EQ(Block(instance, 40), "KROSG_One\n  P  one two three four five six seven\n     eight nine ten\n\n");
 }
 
-TEST_F(TTableWriterTest, CutsTextWithoutBlanksAtTheWidth) {
+TEST_F(TableWriter, CutsTextWithoutBlanksAtTheWidth) {
   // 35 columns are left of 40; a wide character counts as two.
   EXPECT_EQ(Block(One(TType::kString, TCIMValue(std::string(40, 'x'))), 40),
             "KROSG_One\n  P  " + std::string(35, 'x') + "\n     xxxxx\n\n");
@@ -140,7 +140,7 @@ TEST_F(TTableWriterTest, CutsTextWithoutBlanksAtTheWidth) {
             "KROSG_One\n  P  " + std::string(34, 'x') + "\n     \u6f22y\n\n");
 }
 
-TEST_F(TTableWriterTest, PutsTheValueUnderANameBeyondTheMiddle) {
+TEST_F(TableWriter, PutsTheValueUnderANameBeyondTheMiddle) {
   const std::string name(30, 'N');
   const auto instance = Make(Define("KROSG_A", "", {Property(name, TType::kString), Property("B", TType::kString)}),
                              {{name, TCIMValue("v")}, {"B", TCIMValue("w")}});
@@ -148,12 +148,12 @@ TEST_F(TTableWriterTest, PutsTheValueUnderANameBeyondTheMiddle) {
             "KROSG_A\n  " + name + "\n" + std::string(20, ' ') + "v\n  B" + std::string(17, ' ') + "w\n\n");
 }
 
-TEST_F(TTableWriterTest, MarksAnIncompleteInstance) {
+TEST_F(TableWriter, MarksAnIncompleteInstance) {
   EXPECT_EQ(Block(One(TType::kString, TCIMValue("x")), 80, false, true),
             "KROSG_One\n  incomplete: an exchange failed while it was collected\n  P  x\n\n");
 }
 
-TEST_F(TTableWriterTest, ColoursHeadingsAndFailuresOnlyWhereAsked) {
+TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyWhereAsked) {
   const auto instance = One(TType::kString, TCIMValue("x"));
   EXPECT_EQ(Block(instance, 80, true, true),
             "\x1b[1mKROSG_One\x1b[0m\n"
@@ -162,7 +162,7 @@ TEST_F(TTableWriterTest, ColoursHeadingsAndFailuresOnlyWhereAsked) {
   EXPECT_EQ(Block(instance, 80, false, true).find('\x1b'), std::string::npos);
 }
 
-TEST_F(TTableWriterTest, PassesEachBlockOnAtOnce) {
+TEST_F(TableWriter, PassesEachBlockOnAtOnce) {
   TStringSink sink;
   const auto writer = MakeWriter(EOutputForm::kTable, sink, {});
   writer->Begin(Header());
@@ -170,7 +170,7 @@ TEST_F(TTableWriterTest, PassesEachBlockOnAtOnce) {
   EXPECT_EQ(sink.flushedAt, std::vector<std::size_t>{std::string("KROSG_One\n  P  x\n\n").size()});
 }
 
-TEST_F(TTableWriterTest, SummarisesACompleteCollection) {
+TEST_F(TableWriter, SummarisesACompleteCollection) {
   const auto one = One(TType::kString, TCIMValue("x"));
   const auto other = Make(Define("KROSG_Other", "", {}), {});
   const std::string text = Written(EOutputForm::kTable, {one, other, one}, Complete());
@@ -184,7 +184,7 @@ TEST_F(TTableWriterTest, SummarisesACompleteCollection) {
             "  Result     complete\n");
 }
 
-TEST_F(TTableWriterTest, SummarisesAPartialCollection) {
+TEST_F(TableWriter, SummarisesAPartialCollection) {
   EXPECT_EQ(Summary(Partial()),
             "Summary\n"
             "  Instances  none\n"
@@ -199,7 +199,7 @@ TEST_F(TTableWriterTest, SummarisesAPartialCollection) {
             "      said \"no\"\n");
 }
 
-TEST_F(TTableWriterTest, GroupsFailedExchangesThatAreAlike) {
+TEST_F(TableWriter, GroupsFailedExchangesThatAreAlike) {
   TCollectionSummary summary = Complete();
   for (int i = 0; i < 5000; ++i) summary.failedExchanges.push_back({"KROSG_A", 0, "register", std::uint8_t{0xCB}});
   summary.failedExchanges.push_back({"KROSG_B", 0, "read", std::nullopt});
@@ -217,7 +217,7 @@ TEST_F(TTableWriterTest, GroupsFailedExchangesThatAreAlike) {
       << text;
 }
 
-TEST_F(TTableWriterTest, KeepsToItsWidth) {
+TEST_F(TableWriter, KeepsToItsWidth) {
   TCollectionSummary summary = Partial();
   summary.failures[0].message = std::string(300, 'm');
   for (const int width : {40, 80, 200}) {

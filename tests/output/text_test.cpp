@@ -12,7 +12,7 @@
 namespace tests {
 namespace {
 
-TEST(TUtf8Test, ReadsTheFirstAndLastCharacterOfEachLength) {
+TEST(Utf8, ReadsTheFirstAndLastCharacterOfEachLength) {
   const std::vector<std::pair<std::string, char32_t>> characters = {
       {std::string(1, '\0'), 0},     {"\x7f", 0x7F},           {"\xc2\x80", 0x80},
       {"\xdf\xbf", 0x7FF},           {"\xe0\xa0\x80", 0x800},  {"\xed\x9f\xbf", 0xD7FF},
@@ -27,7 +27,7 @@ TEST(TUtf8Test, ReadsTheFirstAndLastCharacterOfEachLength) {
   }
 }
 
-TEST(TUtf8Test, RefusesEveryTruncationAsOneCharacter) {
+TEST(Utf8, RefusesEveryTruncationAsOneCharacter) {
   for (const std::string bytes : {"\xc2\x80", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
     for (std::size_t size = 1; size < bytes.size(); ++size) {
       const TCodePoint atEnd = NextCodePoint(bytes.substr(0, size), 0);
@@ -38,7 +38,7 @@ TEST(TUtf8Test, RefusesEveryTruncationAsOneCharacter) {
   }
 }
 
-TEST(TUtf8Test, RefusesWhatIsNoCharacter) {
+TEST(Utf8, RefusesWhatIsNoCharacter) {
   for (const char* bytes : {"\x80", "\xbf", "\xc0\x80", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf",
                             "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff"}) {
     const TCodePoint read = NextCodePoint(bytes, 0);
@@ -48,7 +48,7 @@ TEST(TUtf8Test, RefusesWhatIsNoCharacter) {
   }
 }
 
-TEST(TUtf8Test, WritesTheReplacementForWhatIsNoCharacter) {
+TEST(Utf8, WritesTheReplacementForWhatIsNoCharacter) {
   for (const char32_t number : {char32_t{0xD800}, char32_t{0xDFFF}, char32_t{0x110000}}) {
     std::string written;
     AppendUtf8(written, number);
@@ -56,7 +56,7 @@ TEST(TUtf8Test, WritesTheReplacementForWhatIsNoCharacter) {
   }
 }
 
-TEST(TTextBufferTest, PassesOnEverythingInOrderWhateverTheSizes) {
+TEST(TextBuffer, PassesOnEverythingInOrderWhateverTheSizes) {
   TStringSink sink;
   TTextBuffer buffer(sink);
   const std::string large(TTextBuffer::kCapacity + 1, 'l');
@@ -73,7 +73,7 @@ TEST(TTextBufferTest, PassesOnEverythingInOrderWhateverTheSizes) {
   EXPECT_EQ(sink.flushedAt.size(), 1U);
 }
 
-TEST(TWrapTextTest, CutsAtBlanksAndOnlyAWordLongerThanALineInside) {
+TEST(WrapText, CutsAtBlanksAndOnlyAWordLongerThanALineInside) {
   using TLines = std::vector<std::string_view>;
   EXPECT_EQ(WrapText("", 10), TLines{""});
   EXPECT_EQ(WrapText("0123456789", 10), TLines{"0123456789"});
@@ -88,9 +88,9 @@ TEST(TWrapTextTest, CutsAtBlanksAndOnlyAWordLongerThanALineInside) {
   EXPECT_EQ(WrapText("\u6f22\u6f22", 1), (TLines{"\u6f22", "\u6f22"}));
 }
 
-TEST(TWrapTextTest, CountsCombiningMarksAsNothing) { EXPECT_EQ(ColumnsOf("e\u0301\u6f22x"), 4U); }
+TEST(WrapText, CountsCombiningMarksAsNothing) { EXPECT_EQ(ColumnsOf("e\u0301\u6f22x"), 4U); }
 
-TEST(THexDumpTest, FollowsTheUsualLayout) {
+TEST(HexDump, FollowsTheUsualLayout) {
   std::vector<std::uint8_t> bytes(17, 0x41);
   bytes[1] = 0x7F;
   bytes[16] = 0x00;
@@ -102,7 +102,7 @@ TEST(THexDumpTest, FollowsTheUsualLayout) {
             "00000011\n");
 }
 
-TEST(THexDumpTest, GivesRepeatedLinesOnce) {
+TEST(HexDump, GivesRepeatedLinesOnce) {
   std::vector<std::uint8_t> bytes(40, 0);
   bytes[32] = 1;
   std::string text;
@@ -114,11 +114,11 @@ TEST(THexDumpTest, GivesRepeatedLinesOnce) {
             "00000028\n");
 }
 
-TEST(THexDumpTest, GivesNoLineForNothing) {
+TEST(HexDump, GivesNoLineForNothing) {
   DumpBytes({}, 16, [](std::string_view) { FAIL(); });
 }
 
-TEST(TCompletionCodeTest, PutsCodesIntoWords) {
+TEST(CompletionCode, PutsCodesIntoWords) {
   const std::vector<std::pair<int, std::string>> codes = {
       {0x00, "0x00 completed normally"},
       {0x01, "0x01 device-specific (OEM) error"},
@@ -143,7 +143,7 @@ TEST(TCompletionCodeTest, PutsCodesIntoWords) {
   EXPECT_EQ(DescribeCompletionCode(std::nullopt), "lost: no answer");
 }
 
-TEST(TElapsedTextTest, GrowsWithTheTime) {
+TEST(ElapsedText, GrowsWithTheTime) {
   EXPECT_EQ(ElapsedText(0), "0.000 s");
   EXPECT_EQ(ElapsedText(59999), "59.999 s");
   EXPECT_EQ(ElapsedText(60000), "1 min 0.0 s");
@@ -151,7 +151,7 @@ TEST(TElapsedTextTest, GrowsWithTheTime) {
   EXPECT_EQ(ElapsedText(3723000), "1 h 2 min 3 s");
 }
 
-TEST(TFormNameTest, AreThoseOfTheCommandLine) {
+TEST(FormName, AreThoseOfTheCommandLine) {
   for (const char* name : {"table", "json", "jsonl", "mof", "cimxml"}) {
     const auto form = FormByName(name);
     ASSERT_TRUE(form) << name;
@@ -161,7 +161,7 @@ TEST(TFormNameTest, AreThoseOfTheCommandLine) {
   EXPECT_EQ(FormByName(""), std::nullopt);
 }
 
-TEST(TSafeTextTest, KeepsTheEndsOfLinesAndTabsOfLines) {
+TEST(SafeText, KeepsTheEndsOfLinesAndTabsOfLines) {
   EXPECT_EQ(SafeLines("a\x1b[2J\n\tb\x7f\xc2\x9b"
                       "c\r\n"),
             "a\\x1b[2J\n\tb\\x7f\\x9bc\\r\n");

@@ -20,7 +20,7 @@ std::string Utf8(char32_t character) {
   return text;
 }
 
-TEST(TUnsafeTextTest, KnowsWhatIsUnsafe) {
+TEST(UnsafeText, KnowsWhatIsUnsafe) {
   for (char32_t character = 0; character < 0x20; ++character)
     EXPECT_TRUE(IsUnsafe(character)) << std::uint32_t{character};
   EXPECT_TRUE(IsUnsafe(0x7F));
@@ -30,14 +30,14 @@ TEST(TUnsafeTextTest, KnowsWhatIsUnsafe) {
   }
 }
 
-TEST(TUnsafeTextTest, EscapesAJsonDocumentWithoutChangingWhatItSays) {
+TEST(UnsafeText, EscapesAJsonDocumentWithoutChangingWhatItSays) {
   const std::string document = "{\"\u202e\":\"a\u009b\x7f\u00e9\u20ac\"}\n";
   EXPECT_EQ(SafeJson(document), "{\"\\u202e\":\"a\\u009b\\u007f\u00e9\u20ac\"}\n");
   EXPECT_EQ(nlohmann::json::parse(SafeJson(document)), nlohmann::json::parse(document));
   EXPECT_EQ(SafeJson("{\n\t\"a\": 1\n}"), "{\n\t\"a\": 1\n}");
 }
 
-class TUnsafeFormsTest : public TOutputTest {
+class UnsafeForms : public TOutputTest {
  protected:
   /// A form whose class, property and value all have the text in them.
   std::string Form(EOutputForm form, const std::string& text) {
@@ -49,7 +49,7 @@ class TUnsafeFormsTest : public TOutputTest {
   }
 };
 
-TEST_F(TUnsafeFormsTest, NoFormButMofNamesHoldsOneAsItIs) {
+TEST_F(UnsafeForms, NoFormButMofNamesHoldsOneAsItIs) {
   for (const char32_t character : kBeyondAscii) {
     const std::string text = Utf8(character);
     for (const auto form : {EOutputForm::kTable, EOutputForm::kJson, EOutputForm::kJsonl, EOutputForm::kCimXml}) {
@@ -58,7 +58,7 @@ TEST_F(TUnsafeFormsTest, NoFormButMofNamesHoldsOneAsItIs) {
   }
 }
 
-TEST_F(TUnsafeFormsTest, SpellsEscapesAsEachFormHasThem) {
+TEST_F(UnsafeForms, SpellsEscapesAsEachFormHasThem) {
   const std::string text = "\u009bA\u202e\u061cB";
   EXPECT_NE(Form(EOutputForm::kTable, text).find("  P\\x9bA\\u202e\\u061cB  v\\x9bA\\u202e\\u061cB\n"),
             std::string::npos);
@@ -70,7 +70,7 @@ TEST_F(TUnsafeFormsTest, SpellsEscapesAsEachFormHasThem) {
             std::string::npos);
 }
 
-TEST_F(TUnsafeFormsTest, ReadsBackAsItWas) {
+TEST_F(UnsafeForms, ReadsBackAsItWas) {
   std::string text = "\x7f";
   for (const char32_t character : kBeyondAscii) text += Utf8(character);
   const auto json = nlohmann::json::parse(Form(EOutputForm::kJson, text));

@@ -6,7 +6,7 @@
 namespace tests {
 namespace {
 
-class TValidityTest : public TAwkwardTest {
+class Validity : public TAwkwardTest {
  protected:
   std::vector<TInstancePtr> Instances() {
     const auto empty = Make(Define("KROSG_Empty", "", {}), {});
@@ -42,7 +42,7 @@ class TValidityTest : public TAwkwardTest {
   TTemporaryFolder folder_;
 };
 
-TEST_F(TValidityTest, CimXmlIsValid) {
+TEST_F(Validity, CimXmlIsValid) {
   if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
   for (const auto& summary : {Complete(), Partial()}) {
     const std::string file = folder_.Write("all.xml", Written(EOutputForm::kCimXml, Instances(), summary));
@@ -51,21 +51,21 @@ TEST_F(TValidityTest, CimXmlIsValid) {
   }
 }
 
-TEST_F(TValidityTest, CimXmlOfNothingIsValid) {
+TEST_F(Validity, CimXmlOfNothingIsValid) {
   if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
   const std::string file = folder_.Write("none.xml", Written(EOutputForm::kCimXml, {}, Complete()));
   const auto result = RunTool("xmllint --noout --dtdvalid " SOURCE_FOLDER "/cim-declarations.dtd " + file);
   EXPECT_EQ(result.exitStatus, 0) << result.output;
 }
 
-TEST_F(TValidityTest, XmlReadersGetTheTextBack) {
+TEST_F(Validity, XmlReadersGetTheTextBack) {
   if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
   const auto instance = One(TType::kString, TCIMValue(" <a> & \"b\"\r\n\t\u00e9 "));
   const std::string file = folder_.Write("one.xml", Written(EOutputForm::kCimXml, {instance}, Complete()));
   EXPECT_EQ(RunTool("xmllint --xpath 'string(//VALUE)' " + file).output, " <a> & \"b\"\r\n\t\u00e9 \n");
 }
 
-TEST_F(TValidityTest, JsonFollowsItsSchema) {
+TEST_F(Validity, JsonFollowsItsSchema) {
   const std::string files = folder_.Write("all.json", Written(EOutputForm::kJson, Instances(), Partial())) + " " +
                             folder_.Write("none.json", Written(EOutputForm::kJson, {}, Complete())) + " " +
                             folder_.Write("all.jsonl", Written(EOutputForm::kJsonl, Instances(), Partial()));
@@ -74,7 +74,7 @@ TEST_F(TValidityTest, JsonFollowsItsSchema) {
   EXPECT_EQ(result.exitStatus, 0) << result.output;
 }
 
-TEST_F(TValidityTest, TheSchemaRefusesWhatIsNoCollection) {
+TEST_F(Validity, TheSchemaRefusesWhatIsNoCollection) {
   if (Validate("").exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
   const std::string line = R"({"kind":"instance","class":"A","properties":{"P":)";
   EXPECT_EQ(Validate(folder_.Write("good.jsonl", line + "[1,null]}}\n")).exitStatus, 0);

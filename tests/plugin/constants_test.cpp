@@ -13,7 +13,7 @@ std::vector<const std::string*> Constants(){
 #include "tests/plugin/constantslist.inc"
 }
 
-TEST(TConstants, HaveTheirValues) {
+TEST(Constants, HaveTheirValues) {
   const std::vector<std::string> values = {
       "KROSG_ZYNChipsetErrorData",
       "KROSG_PCIIOBRIDGE_StatisticData",
@@ -53,7 +53,7 @@ TEST(TConstants, HaveTheirValues) {
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(*constants[i], values[i]) << "number " << i + 1;
 }
 
-TEST(TConstants, EverySourceFileHasItsOwnCopies) {
+TEST(Constants, EverySourceFileHasItsOwnCopies) {
   const auto here = Constants();
   const auto there = elsewhere::Constants();
   ASSERT_EQ(there.size(), here.size());

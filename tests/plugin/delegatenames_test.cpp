@@ -9,9 +9,9 @@ namespace {
 
 using TLines = std::vector<TLine>;
 
-class TDelegateNames : public TPluginTest {
+class DelegateNames : public TPluginTest {
  protected:
-  TDelegateNames() {
+  DelegateNames() {
     ns->AddClass(TClassBuilder("KROSG_PCIIOBRIDGE_StatisticData"));
     ns->AddClass(TClassBuilder("KROSG_L3Cache_StatisticData"));
     ns->AddClass(TClassBuilder("KROSG_Other"));
@@ -44,7 +44,7 @@ class TDelegateNames : public TPluginTest {
   }
 };
 
-TEST_F(TDelegateNames, ADelegateNamedLikeTheCaptureClassIsCollectedAndTheRequestContinues) {
+TEST_F(DelegateNames, ADelegateNamedLikeTheCaptureClassIsCollectedAndTheRequestContinues) {
   AddMemoryBase();
   AddDelegate("KROSG_DCAPFile", "KROSG_MEMCTL_StatisticData");
   TLines expected = CollectedAsDelegate("KROSG_DCAPFile");
@@ -55,7 +55,7 @@ TEST_F(TDelegateNames, ADelegateNamedLikeTheCaptureClassIsCollectedAndTheRequest
   EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"dot"}) << "no BMC was asked for";
 }
 
-TEST_F(TDelegateNames, ForAnotherMachineItIsTheCaptureClassAndEndsTheRequest) {
+TEST_F(DelegateNames, ForAnotherMachineItIsTheCaptureClassAndEndsTheRequest) {
   AddMemoryBase();
   AddDelegate("KROSG_DCAPFile", "KROSG_MEMCTL_StatisticData", "6102");
   const TLines lines = Served({"KROSG_DCAPFile", "KROSG_Other"});
@@ -65,13 +65,13 @@ TEST_F(TDelegateNames, ForAnotherMachineItIsTheCaptureClassAndEndsTheRequest) {
   EXPECT_EQ(lines.back(), Debug("Complete to collect KROSG_DCAPFile"));
 }
 
-class TR8DelegateNames : public TDelegateNames, public ::testing::WithParamInterface<const char*> {};
+class R8DelegateNames : public DelegateNames, public ::testing::WithParamInterface<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(EachR8Class, TR8DelegateNames,
+INSTANTIATE_TEST_SUITE_P(EachR8Class, R8DelegateNames,
                          ::testing::Values("KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData",
                                            "KROSG_VO_MEMCTL_StatisticData", "KROSG_VO_PCIIOBRIDGE_StatisticData"));
 
-TEST_P(TR8DelegateNames, AreCollectedAsDelegates) {
+TEST_P(R8DelegateNames, AreCollectedAsDelegates) {
   AddMemoryBase();
   AddDelegate(GetParam(), "KROSG_L3Cache_StatisticData");
   EXPECT_EQ(Served({GetParam()}), CollectedAsDelegate(GetParam()));
@@ -79,7 +79,7 @@ TEST_P(TR8DelegateNames, AreCollectedAsDelegates) {
 
 // A base class derived from another base class is a delegate of that one, and is still searched for its own
 // delegates.
-TEST_F(TDelegateNames, ABaseClassMayBeTheDelegateOfAnother) {
+TEST_F(DelegateNames, ABaseClassMayBeTheDelegateOfAnother) {
   AddDelegate("KROSG_MEMCTL_StatisticData", "KROSG_PCIIOBRIDGE_StatisticData");
   EXPECT_EQ(Served({"KROSG_MEMCTL_StatisticData"}), CollectedAsDelegate("KROSG_MEMCTL_StatisticData"));
   EXPECT_EQ(logger.Count(Debug("Collecting delegates for class KROSG_MEMCTL_StatisticData")), 1U);

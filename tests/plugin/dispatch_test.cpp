@@ -10,20 +10,20 @@
 namespace tests {
 namespace {
 
-class TDispatch : public TDispatchTest {};
+class Dispatch : public TDispatchTest {};
 
 // The registers' answers do not matter here.
 std::vector<TStep> OneInstance(std::uint8_t chip) {
   return {Register(chip, 0x10).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8})), Timestamp().Fails(0xCB)};
 }
 
-TEST_F(TDispatch, AnEmptyRequestStillSearchesTheDelegates) {
+TEST_F(Dispatch, AnEmptyRequestStillSearchesTheDelegates) {
   GetData({});
   EXPECT_EQ(logger.Lines(), Preparation());
   EXPECT_EQ(environment.machineTypeQueries, 1);
 }
 
-TEST_F(TDispatch, ADelegateIsLoggedWhenAddedToListAndMap) {
+TEST_F(Dispatch, ADelegateIsLoggedWhenAddedToListAndMap) {
   AddDelegate("Memory6101", "KROSG_MEMCTL_StatisticData");
   GetData({});
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Collecting delegates for class KROSG_PCIIOBRIDGE_StatisticData"),
@@ -33,7 +33,7 @@ TEST_F(TDispatch, ADelegateIsLoggedWhenAddedToListAndMap) {
                                                 Debug("Collecting delegates for class KROSG_L3Cache_StatisticData")}));
 }
 
-TEST_F(TDispatch, ADelegateIsCollectedByTheJfrPath) {
+TEST_F(Dispatch, ADelegateIsCollectedByTheJfrPath) {
   AddDelegate("Bridge6101", "KROSG_PCIIOBRIDGE_StatisticData");
   GetData({});
   logger.Clear();
@@ -52,7 +52,7 @@ TEST_F(TDispatch, ADelegateIsCollectedByTheJfrPath) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("Bridge6101"));
 }
 
-TEST_F(TDispatch, ABaseClassItselfIsNotCollected) {
+TEST_F(Dispatch, ABaseClassItselfIsNotCollected) {
   AddDelegate("Bridge6101", "KROSG_PCIIOBRIDGE_StatisticData");
   for (const char* const name :
        {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
@@ -65,7 +65,7 @@ TEST_F(TDispatch, ABaseClassItselfIsNotCollected) {
   }
 }
 
-TEST_F(TDispatch, EachR8ClassIsCollectedOnItsMachine) {
+TEST_F(Dispatch, EachR8ClassIsCollectedOnItsMachine) {
   for (const char* const name : {"KROSG_T4_MEMCTL_StatisticData", "KROSG_VO_MEMCTL_StatisticData",
                                  "KROSG_T4_PCIIOBRIDGE_StatisticData", "KROSG_VO_PCIIOBRIDGE_StatisticData"}) {
     const bool isBridge = std::string(name).find("BRIDGE") != std::string::npos;
@@ -78,7 +78,7 @@ TEST_F(TDispatch, EachR8ClassIsCollectedOnItsMachine) {
   }
 }
 
-TEST_F(TDispatch, AnR8RequestLogsBeforeAndAfterTheCollector) {
+TEST_F(Dispatch, AnR8RequestLogsBeforeAndAfterTheCollector) {
   sp.Expect(OneInstance(0));
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   const auto& lines = logger.Lines();
@@ -88,7 +88,7 @@ TEST_F(TDispatch, AnR8RequestLogsBeforeAndAfterTheCollector) {
   EXPECT_EQ(lines.back(), Debug("Completed buildCIMInstances."));
 }
 
-TEST_F(TDispatch, AnR8ClassOfAnotherMachineIsSkippedSilently) {
+TEST_F(Dispatch, AnR8ClassOfAnotherMachineIsSkippedSilently) {
   SetMachineType("6102");
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   EXPECT_EQ(logger.Lines(),
@@ -97,14 +97,14 @@ TEST_F(TDispatch, AnR8ClassOfAnotherMachineIsSkippedSilently) {
   EXPECT_FALSE(FieldsOf(plugin).currentClass);
 }
 
-TEST_F(TDispatch, APartOfTheMachineTypeIsEnough) {
+TEST_F(Dispatch, APartOfTheMachineTypeIsEnough) {
   SetMachineType("610");
   sp.Expect(OneInstance(0));
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   EXPECT_EQ(committed.size(), 1U);
 }
 
-TEST_F(TDispatch, AMatchAnywhereInAnR8ClassesListIsEnough) {
+TEST_F(Dispatch, AMatchAnywhereInAnR8ClassesListIsEnough) {
   const auto other = TNamespace::Create();
   other->AddClass(TClassBuilder("KROSG_T4_MEMCTL_StatisticData").Machines({"4411", "4414", "6101"}).MaxInstances(0));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_T4_MEMCTL_StatisticData")};
@@ -113,7 +113,7 @@ TEST_F(TDispatch, AMatchAnywhereInAnR8ClassesListIsEnough) {
   EXPECT_EQ(logger.Lines().back(), Debug("Completed buildCIMInstances."));
 }
 
-TEST_F(TDispatch, TheHostsMachineTypeDecidesAndTheNamespacesIsReported) {
+TEST_F(Dispatch, TheHostsMachineTypeDecidesAndTheNamespacesIsReported) {
   environment.machineType = "6101";
   ns->SetMachineType("4411");
   sp.Expect(OneInstance(0));
@@ -122,7 +122,7 @@ TEST_F(TDispatch, TheHostsMachineTypeDecidesAndTheNamespacesIsReported) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "6101");
 }
 
-TEST_F(TDispatch, AnR8ClassIsMatchedAgainstTheTypeThatTheRequestStartedWith) {
+TEST_F(Dispatch, AnR8ClassIsMatchedAgainstTheTypeThatTheRequestStartedWith) {
   logger.FailAt("Requested class KROSG_VO_MEMCTL_StatisticData", [this] { environment.machineType = "6102"; });
   sp.Expect(OneInstance(0));
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
@@ -131,14 +131,14 @@ TEST_F(TDispatch, AnR8ClassIsMatchedAgainstTheTypeThatTheRequestStartedWith) {
   EXPECT_EQ(environment.machineTypeQueries, 1);
 }
 
-TEST_F(TDispatch, AnUnknownClassIsLoggedAndSkipped) {
+TEST_F(Dispatch, AnUnknownClassIsLoggedAndSkipped) {
   GetData({"KROSG_Other", "KROSG_Other"});
   const std::vector<TLine> twoLines = {Debug("Entering collection for requested class KROSG_Other"),
                                        Debug("Collector received an invalid collection request.KROSG_Other")};
   EXPECT_EQ(logger.Lines(), Together(Together(Preparation(), twoLines), twoLines));
 }
 
-TEST_F(TDispatch, NamesAreComparedCaseSensitively) {
+TEST_F(Dispatch, NamesAreComparedCaseSensitively) {
   const auto lower = TNamespace::Create();
   lower->AddClass(TClassBuilder("krosg_memctl_statisticdata"));
   lower->AddClass(TClassBuilder("krosg_dcapfile"));
@@ -149,19 +149,19 @@ TEST_F(TDispatch, NamesAreComparedCaseSensitively) {
   EXPECT_EQ(logger.Lines().back(), Debug("Collector received an invalid collection request.krosg_dcapfile"));
 }
 
-TEST_F(TDispatch, TheCaptureClassIsFirstInvalidThenServedAndEndsTheRequest) {
+TEST_F(Dispatch, TheCaptureClassIsFirstInvalidThenServedAndEndsTheRequest) {
   GetData({"KROSG_DCAPFile", "KROSG_Other"});
   EXPECT_EQ(logger.Lines(), Together(Preparation(), CaptureWithoutBmc()));
 }
 
-TEST_F(TDispatch, ClassesBeforeTheCaptureClassAreServedFirst) {
+TEST_F(Dispatch, ClassesBeforeTheCaptureClassAreServedFirst) {
   GetData({"KROSG_Other", "KROSG_DCAPFile"});
   const std::vector<TLine> other = {Debug("Entering collection for requested class KROSG_Other"),
                                     Debug("Collector received an invalid collection request.KROSG_Other")};
   EXPECT_EQ(logger.Lines(), Together(Together(Preparation(), other), CaptureWithoutBmc()));
 }
 
-TEST_F(TDispatch, CaptureFilesAreReadInOrder) {
+TEST_F(Dispatch, CaptureFilesAreReadInOrder) {
   sp.nodes = 1;
   for (const char* const key : {"cpu_err", "ioh_err", "zyn_err"}) sp.Expect(Open(key).Fails(0xCB));
   GetData({"KROSG_DCAPFile"});
@@ -170,7 +170,7 @@ TEST_F(TDispatch, CaptureFilesAreReadInOrder) {
 
 // A delegate of two bases belongs to the one whose name comes first: KROSG_MEMCTL... before
 // KROSG_PCIIOBRIDGE..., although the bridge is searched first.
-TEST_F(TDispatch, ADelegateOfTwoBasesBelongsToTheFirstInKeyOrder) {
+TEST_F(Dispatch, ADelegateOfTwoBasesBelongsToTheFirstInKeyOrder) {
   THostProbe probe;
   AddDelegate("Shared", "KROSG_PCIIOBRIDGE_StatisticData");
   boost::shared_ptr<ICIMClass> base = Class("KROSG_PCIIOBRIDGE_StatisticData");
@@ -196,7 +196,7 @@ TEST_F(TDispatch, ADelegateOfTwoBasesBelongsToTheFirstInKeyOrder) {
                                       "namespace.GetClass(KROSG_MEMCTL_StatisticData) {request}"}));
 }
 
-TEST_F(TDispatch, AllThreePathsServeOneRequestInOrder) {
+TEST_F(Dispatch, AllThreePathsServeOneRequestInOrder) {
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
   sp.Expect(OneInstance(0));
   sp.Expect(OneInstance(1));
@@ -211,7 +211,7 @@ TEST_F(TDispatch, AllThreePathsServeOneRequestInOrder) {
   EXPECT_EQ(TextOf(*committed[1], "ElementName"), "PCI I/O bridge,0");
 }
 
-TEST_F(TDispatch, LookUpsCarryTheRequestContextAndQueriesNone) {
+TEST_F(Dispatch, LookUpsCarryTheRequestContextAndQueriesNone) {
   THostProbe probe;
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
   const auto probed = probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns));
@@ -230,7 +230,7 @@ TEST_F(TDispatch, LookUpsCarryTheRequestContextAndQueriesNone) {
   }
 }
 
-TEST_F(TDispatch, MachineTypeAndCurrentClassSurviveTheCall) {
+TEST_F(Dispatch, MachineTypeAndCurrentClassSurviveTheCall) {
   sp.Expect(OneInstance(0));
   GetData({"KROSG_VO_MEMCTL_StatisticData", "KROSG_Other"});
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
@@ -244,7 +244,7 @@ TEST_F(TDispatch, MachineTypeAndCurrentClassSurviveTheCall) {
 }
 
 // A host may modify the map that it is given for a look-up.
-TEST_F(TDispatch, EveryLookUpHasItsOwnRequestContext) {
+TEST_F(Dispatch, EveryLookUpHasItsOwnRequestContext) {
   class TSpoiling : public ICIMNamespace {
    public:
     explicit TSpoiling(boost::shared_ptr<ICIMNamespace> inner) : inner_(std::move(inner)) {}
@@ -270,7 +270,7 @@ TEST_F(TDispatch, EveryLookUpHasItsOwnRequestContext) {
                                       "namespace.GetClass(KROSG_L3Cache_StatisticData) {request}"}));
 }
 
-TEST_F(TDispatch, TheVectorIsNotModified) {
+TEST_F(Dispatch, TheVectorIsNotModified) {
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_Other"), Class("KROSG_DCAPFile"), {}};
   const auto before = classes;
   plugin.GetData(ns, classes);

@@ -10,7 +10,7 @@
 namespace tests {
 namespace {
 
-class TDispatchFailure : public TDispatchTest {
+class DispatchFailure : public TDispatchTest {
  protected:
   void ExpectOneInstance() {
     sp.Expect(Register(0, 0x10).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8})));
@@ -18,26 +18,26 @@ class TDispatchFailure : public TDispatchTest {
   }
 };
 
-TEST_F(TDispatchFailure, WithoutANamespaceItAsserts) {
+TEST_F(DispatchFailure, WithoutANamespaceItAsserts) {
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_THROW(plugin.GetData({}, classes), TAssertionFailure);
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("Collecting delegates for class KROSG_PCIIOBRIDGE_StatisticData")});
 }
 
-TEST_F(TDispatchFailure, AMissingBaseClassAsserts) {
+TEST_F(DispatchFailure, AMissingBaseClassAsserts) {
   const auto bare = TNamespace::Create();
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_THROW(plugin.GetData(bare, classes), TAssertionFailure);
 }
 
-TEST_F(TDispatchFailure, AnEmptyRequestedClassAsserts) {
+TEST_F(DispatchFailure, AnEmptyRequestedClassAsserts) {
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_Other"), {}, Class("KROSG_Other")};
   EXPECT_THROW(plugin.GetData(ns, classes), TAssertionFailure);
   EXPECT_EQ(logger.StartingWith("Entering").size(), 1U);
 }
 
-TEST_F(TDispatchFailure, AnR8ClassWithoutMachineTypesAsserts) {
+TEST_F(DispatchFailure, AnR8ClassWithoutMachineTypesAsserts) {
   const auto other = TNamespace::Create();
   other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData"));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_VO_MEMCTL_StatisticData")};
@@ -45,14 +45,14 @@ TEST_F(TDispatchFailure, AnR8ClassWithoutMachineTypesAsserts) {
   EXPECT_EQ(logger.Lines().back(), Debug("Requested class KROSG_VO_MEMCTL_StatisticData"));
 }
 
-TEST_F(TDispatchFailure, TheHostRefusesMachineTypesThatAreNotAnArray) {
+TEST_F(DispatchFailure, TheHostRefusesMachineTypesThatAreNotAnArray) {
   const auto other = TNamespace::Create();
   other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").With("SupportedMachineTypes", TCIMValue("6101")));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_VO_MEMCTL_StatisticData")};
   EXPECT_THROW(plugin.GetData(ns, classes), TVELException);
 }
 
-TEST_F(TDispatchFailure, EarlierInstancesStayAndLaterClassesAreNotServed) {
+TEST_F(DispatchFailure, EarlierInstancesStayAndLaterClassesAreNotServed) {
   ExpectOneInstance();
   std::vector<boost::shared_ptr<ICIMClass>> classes = {
       Class("KROSG_VO_MEMCTL_StatisticData"), {}, Class("KROSG_T4_MEMCTL_StatisticData")};
@@ -62,7 +62,7 @@ TEST_F(TDispatchFailure, EarlierInstancesStayAndLaterClassesAreNotServed) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
 }
 
-TEST_F(TDispatchFailure, AFailureInTheBuilderPropagatesWithTheClassSet) {
+TEST_F(DispatchFailure, AFailureInTheBuilderPropagatesWithTheClassSet) {
   ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw TVELException(1); });
   ExpectOneInstance();
   EXPECT_THROW(GetData({"KROSG_VO_MEMCTL_StatisticData", "KROSG_Other"}), TVELException);
@@ -70,21 +70,21 @@ TEST_F(TDispatchFailure, AFailureInTheBuilderPropagatesWithTheClassSet) {
   EXPECT_EQ(logger.StartingWith("Entering").size(), 1U);
 }
 
-TEST_F(TDispatchFailure, AnExceptionOfAnyTypePropagates) {
+TEST_F(DispatchFailure, AnExceptionOfAnyTypePropagates) {
   THostProbe probe;
   probe.DoAt("namespace.GetClass(KROSG_MEMCTL_StatisticData) {request}", [] { throw 42; });
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_THROW(plugin.GetData(probe.Wrap(boost::shared_ptr<ICIMNamespace>(ns)), classes), int);
 }
 
-TEST_F(TDispatchFailure, TheMachineTypeIsStoredBeforeAnythingFails) {
+TEST_F(DispatchFailure, TheMachineTypeIsStoredBeforeAnythingFails) {
   environment.machineType = "4414";
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_THROW(plugin.GetData({}, classes), TAssertionFailure);
   EXPECT_EQ(FieldsOf(plugin).machineType, "4414");
 }
 
-TEST_F(TDispatchFailure, ARequestAfterAFailedOneIsServed) {
+TEST_F(DispatchFailure, ARequestAfterAFailedOneIsServed) {
   std::vector<boost::shared_ptr<ICIMClass>> broken = {{}};
   EXPECT_THROW(plugin.GetData(ns, broken), TAssertionFailure);
   ExpectOneInstance();
@@ -92,7 +92,7 @@ TEST_F(TDispatchFailure, ARequestAfterAFailedOneIsServed) {
   EXPECT_EQ(committed.size(), 1U);
 }
 
-TEST_F(TDispatchFailure, CaptureFilesWithoutTheirClassAssertAndLaterKeysAreNotRead) {
+TEST_F(DispatchFailure, CaptureFilesWithoutTheirClassAssertAndLaterKeysAreNotRead) {
   const auto bare = TNamespace::Create();
   AddJfrBases(*bare);
   sp.nodes = 1;

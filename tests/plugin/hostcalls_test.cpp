@@ -18,7 +18,7 @@ namespace {
 
 using TCalls = std::vector<std::string>;
 
-class TTransportCalls : public TLibraryTest {
+class TransportCalls : public TLibraryTest {
  protected:
   // Whether the logger exists when the library is asked for its instance.
   template <typename TTransport>
@@ -32,15 +32,15 @@ class TTransportCalls : public TLibraryTest {
   }
 };
 
-TEST_F(TTransportCalls, BothTransportsFetchTheLoggerBeforeTheLibrary) {
+TEST_F(TransportCalls, BothTransportsFetchTheLoggerBeforeTheLibrary) {
   EXPECT_TRUE(LoggerComesFirst<IPMIRequestTorgaReg>());
   EXPECT_TRUE(LoggerComesFirst<TNOVRequestTorgaReg>());
   EXPECT_EQ(library.calls, (TCalls{"instance 0", "instance 0", "takes dot commands"}));
 }
 
-class TRootCalls : public TPluginLibraryTest {};
+class RootCalls : public TPluginLibraryTest {};
 
-TEST_F(TRootCalls, ThePluginManagerIsFetchedOnce) {
+TEST_F(RootCalls, ThePluginManagerIsFetchedOnce) {
   EXPECT_EQ(library.pluginManagerCalls, 1);
   plugin->Init();
   plugin->ReadErrFFDC({}, "cpu_err");
@@ -48,7 +48,7 @@ TEST_F(TRootCalls, ThePluginManagerIsFetchedOnce) {
   EXPECT_EQ(library.pluginManagerCalls, 1);
 }
 
-TEST_F(TRootCalls, TheCoreLoggerIsFetchedOnceForEveryLine) {
+TEST_F(RootCalls, TheCoreLoggerIsFetchedOnceForEveryLine) {
   EXPECT_EQ(library.coreLoggerCalls, 0) << "construction writes nothing";
   const LogMessage& log = *LogMessage::getInstance();
   log.writeError("e");
@@ -64,7 +64,7 @@ TEST_F(TRootCalls, TheCoreLoggerIsFetchedOnceForEveryLine) {
   EXPECT_EQ(library.coreLoggerCalls, static_cast<int>(logger.Lines().size()));
 }
 
-TEST_F(TRootCalls, TheCoreLoggerIsNotFetchedForALineThatIsDropped) {
+TEST_F(RootCalls, TheCoreLoggerIsNotFetchedForALineThatIsDropped) {
   const LogMessage& log = *LogMessage::getInstance();
   log.writeDebug("");
   log.writeWin32Error(5);
@@ -86,15 +86,15 @@ class TNotingEnvironment : public IHostEnvironment {
   }
 };
 
-class TValueCalls : public TPluginLibraryTest {
+class ValueCalls : public TPluginLibraryTest {
  protected:
-  TValueCalls() {
+  ValueCalls() {
     ns->AddClass(TClassBuilder("KROSG_DCAPFile").CaptureProperties());
     THostServices::SetEnvironment(&environment);
     library.calls.clear();
     library.notesValues = true;
   }
-  ~TValueCalls() override {
+  ~ValueCalls() override {
     library.notesValues = false;
     THostServices::SetEnvironment(nullptr);
   }
@@ -104,7 +104,7 @@ class TValueCalls : public TPluginLibraryTest {
 };
 
 // Names and raw data are passed as std::string, the two numbers as C strings.
-TEST_F(TValueCalls, ACaptureFileStartsWithItsContextAndThenTheTime) {
+TEST_F(ValueCalls, ACaptureFileStartsWithItsContextAndThenTheTime) {
   unsigned char byte = 0x5A;
   plugin->AddErrFFDCinstance(ns, &byte, 1, "ioh_err", 1);
   EXPECT_EQ(library.calls,
@@ -112,14 +112,14 @@ TEST_F(TValueCalls, ACaptureFileStartsWithItsContextAndThenTheTime) {
                     "string KROSG_DCAPFile", "string KROSG_DCAPFile", "string KROSG_DCAPFile", "C string 0"}));
 }
 
-TEST_F(TValueCalls, ACaptureFileGivenAsTextMakesTheSameCalls) {
+TEST_F(ValueCalls, ACaptureFileGivenAsTextMakesTheSameCalls) {
   plugin->AddErrFFDCinstance(ns, std::string("text"), 0, "zyn_err", 9);
   EXPECT_EQ(library.calls,
             (TCalls{"string PluginNamespaceProvider", "time", "string zyn_err", "string text", "C string 10",
                     "string KROSG_DCAPFile", "string KROSG_DCAPFile", "string KROSG_DCAPFile", "C string 0"}));
 }
 
-TEST_F(TValueCalls, TheRequestContextIsBuiltBeforeTheMachineTypeIsQueried) {
+TEST_F(ValueCalls, TheRequestContextIsBuiltBeforeTheMachineTypeIsQueried) {
   std::vector<boost::shared_ptr<ICIMClass>> classes;
   EXPECT_ANY_THROW(plugin->GetData({}, classes));
   EXPECT_EQ(library.calls, (TCalls{"string PluginNamespaceProvider", "machine type"}));
@@ -144,7 +144,7 @@ class TNotingProperty : public ICIMPropertyDecl {
   boost::shared_ptr<ICIMPropertyDecl> inner_;
 };
 
-TEST_F(TValueCalls, OffsetElementsAreReadBeforeTheWidthIsQueried) {
+TEST_F(ValueCalls, OffsetElementsAreReadBeforeTheWidthIsQueried) {
   const auto chip = ns->AddClass(TClassBuilder("CHIP").Register("R", {0x10, 0x20}, 8));
   R8ErrorData collector(chip);
   library.calls.clear();

@@ -12,9 +12,9 @@
 namespace tests {
 namespace {
 
-class TInstanceBuilder : public TPluginTest {
+class InstanceBuilder : public TPluginTest {
  protected:
-  TInstanceBuilder() {
+  InstanceBuilder() {
     ns->AddClass(TClassBuilder("CHIP").Property(TType::kUint32, "RegisterNumber").Text("A").Text("B").Bytes("Data"));
     SetCurrentClass(Class("CHIP"));
   }
@@ -25,19 +25,19 @@ class TInstanceBuilder : public TPluginTest {
 const TLine kFirst = Debug("In buildCIMInstances.");
 const TLine kLast = Debug("Completed buildCIMInstances.");
 
-TEST_F(TInstanceBuilder, AnEmptyVectorYieldsTheTwoDebugLines) {
+TEST_F(InstanceBuilder, AnEmptyVectorYieldsTheTwoDebugLines) {
   plugin.buildCIMInstances({});
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, kLast}));
   EXPECT_TRUE(committed.empty());
 }
 
-TEST_F(TInstanceBuilder, AnEmptyVectorNeedsNoClass) {
+TEST_F(InstanceBuilder, AnEmptyVectorNeedsNoClass) {
   SetCurrentClass({});
   plugin.buildCIMInstances({TPropertyMap()});
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, kLast}));
 }
 
-TEST_F(TInstanceBuilder, AnEmptyMapYieldsNoInstance) {
+TEST_F(InstanceBuilder, AnEmptyMapYieldsNoInstance) {
   plugin.buildCIMInstances({{}, {{"B", TCIMValue("two")}, {"A", TCIMValue("one")}}});
   ASSERT_EQ(committed.size(), 1U);
   EXPECT_EQ(TextOf(*committed[0], "A"), "one");
@@ -46,12 +46,12 @@ TEST_F(TInstanceBuilder, AnEmptyMapYieldsNoInstance) {
                                                 Verbose("valueIt->first = B. valueIt->second = two."), kLast}));
 }
 
-TEST_F(TInstanceBuilder, TheVerboseLineAddsNoSpaces) {
+TEST_F(InstanceBuilder, TheVerboseLineAddsNoSpaces) {
   plugin.buildCIMInstances({{{"RegisterNumber", TCIMValue(5)}}});
   EXPECT_EQ(logger.Lines()[1], Verbose("valueIt->first = RegisterNumber. valueIt->second = 5."));
 }
 
-TEST_F(TInstanceBuilder, NullValuesAreNeitherSetNorLogged) {
+TEST_F(InstanceBuilder, NullValuesAreNeitherSetNorLogged) {
   TCIMValue null;
   null.SetNullValue(TCIMValue::TCIMType::kUint8, 14);
   plugin.buildCIMInstances({{{"A", TCIMValue()}, {"B", TCIMValue("x")}, {"Data", null}}});
@@ -61,32 +61,32 @@ TEST_F(TInstanceBuilder, NullValuesAreNeitherSetNorLogged) {
   EXPECT_EQ(logger.OfSeverity(4), std::vector<TLine>{Verbose("valueIt->first = B. valueIt->second = x.")});
 }
 
-TEST_F(TInstanceBuilder, AMapOfNullsYieldsAnInstanceWithNothingSet) {
+TEST_F(InstanceBuilder, AMapOfNullsYieldsAnInstanceWithNothingSet) {
   plugin.buildCIMInstances({{{"A", TCIMValue()}, {"B", TCIMValue()}}});
   ASSERT_EQ(committed.size(), 1U);
   EXPECT_EQ(TextOf(*committed[0], "A"), "(not set)");
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, kLast}));
 }
 
-TEST_F(TInstanceBuilder, AnEmptyArrayAndAnEmptyTextAreSet) {
+TEST_F(InstanceBuilder, AnEmptyArrayAndAnEmptyTextAreSet) {
   plugin.buildCIMInstances({{{"A", TCIMValue("")}, {"Data", TCIMValue(TType::kUint8, 0, {})}}});
   EXPECT_EQ(TextOf(*committed.at(0), "A"), "");
   EXPECT_EQ(logger.OfSeverity(4), (std::vector<TLine>{Verbose("valueIt->first = A. valueIt->second = ."),
                                                       Verbose("valueIt->first = Data. valueIt->second = {}.")}));
 }
 
-TEST_F(TInstanceBuilder, NumbersAreDecimal) {
+TEST_F(InstanceBuilder, NumbersAreDecimal) {
   plugin.buildCIMInstances({{{"Data", TCIMValue(TType::kUint8, 2, {TCIMValue(10), TCIMValue(255)})}}});
   EXPECT_EQ(logger.Lines()[1], Verbose("valueIt->first = Data. valueIt->second = {10, 255}."));
 }
 
-TEST_F(TInstanceBuilder, InstancesAreCommittedInMapOrder) {
+TEST_F(InstanceBuilder, InstancesAreCommittedInMapOrder) {
   plugin.buildCIMInstances({{{"A", TCIMValue("1")}}, {{"A", TCIMValue("2")}}, {{"A", TCIMValue("3")}}});
   ASSERT_EQ(committed.size(), 3U);
   for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(TextOf(*committed[i], "A"), std::to_string(i + 1));
 }
 
-TEST_F(TInstanceBuilder, TheHostIsCalledInOrderWithEmptyContexts) {
+TEST_F(InstanceBuilder, TheHostIsCalledInOrderWithEmptyContexts) {
   THostProbe probe;
   SetCurrentClass(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("CHIP"))));
   plugin.buildCIMInstances({{{"B", TCIMValue("b")}, {"A", TCIMValue("a")}}, {}, {{"A", TCIMValue("c")}}});
@@ -126,7 +126,7 @@ class TClassOfTaking : public ICIMClass {
   std::string name_ = "TAKING";
 };
 
-TEST_F(TInstanceBuilder, TheHostCannotChangeTheValuesOfTheMap) {
+TEST_F(InstanceBuilder, TheHostCannotChangeTheValuesOfTheMap) {
   const auto taking = boost::make_shared<TClassOfTaking>();
   SetCurrentClass(taking);
   std::vector<TPropertyMap> maps = {{{"A", TCIMValue("one")}}};
@@ -137,12 +137,12 @@ TEST_F(TInstanceBuilder, TheHostCannotChangeTheValuesOfTheMap) {
   SetCurrentClass({});
 }
 
-TEST_F(TInstanceBuilder, APropertyIsLoggedBeforeItIsSet) {
+TEST_F(InstanceBuilder, APropertyIsLoggedBeforeItIsSet) {
   EXPECT_THROW(plugin.buildCIMInstances({{{"Unknown", TCIMValue("x")}}}), TVELException);
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{kFirst, Verbose("valueIt->first = Unknown. valueIt->second = x.")}));
 }
 
-TEST_F(TInstanceBuilder, AFailureDropsTheInstanceAndKeepsTheEarlierOnes) {
+TEST_F(InstanceBuilder, AFailureDropsTheInstanceAndKeepsTheEarlierOnes) {
   EXPECT_THROW(
       plugin.buildCIMInstances(
           {{{"A", TCIMValue("1")}}, {{"A", TCIMValue("2")}, {"Data", TCIMValue("scalar")}}, {{"A", TCIMValue("3")}}}),
@@ -152,17 +152,17 @@ TEST_F(TInstanceBuilder, AFailureDropsTheInstanceAndKeepsTheEarlierOnes) {
   EXPECT_EQ(logger.Count(kLast), 0U);
 }
 
-TEST_F(TInstanceBuilder, AFailureInCommitPropagatesToo) {
+TEST_F(InstanceBuilder, AFailureInCommitPropagatesToo) {
   ns->SetCommitCallback([](const boost::shared_ptr<const TInstance>&) { throw TVELException(1); });
   EXPECT_THROW(plugin.buildCIMInstances({{{"A", TCIMValue("1")}}}), TVELException);
 }
 
-TEST_F(TInstanceBuilder, WithoutAClassItAsserts) {
+TEST_F(InstanceBuilder, WithoutAClassItAsserts) {
   SetCurrentClass({});
   EXPECT_THROW(plugin.buildCIMInstances({{{"A", TCIMValue("1")}}}), TAssertionFailure);
 }
 
-TEST_F(TInstanceBuilder, AnEmptyInstanceFromTheHostAsserts) {
+TEST_F(InstanceBuilder, AnEmptyInstanceFromTheHostAsserts) {
   THostProbe probe;
   probe.ReturnNothingAt("CHIP.CreateInstance() {}");
   SetCurrentClass(probe.Wrap(boost::shared_ptr<ICIMClass>(Class("CHIP"))));

@@ -16,7 +16,7 @@ struct TState {
   friend bool operator==(const TState&, const TState&) = default;
 };
 
-class TKeptState : public TDispatchTest {
+class KeptState : public TDispatchTest {
  protected:
   TState State() const {
     const auto fields = FieldsOf(plugin);
@@ -32,13 +32,13 @@ class TKeptState : public TDispatchTest {
   }
 };
 
-TEST_F(TKeptState, ARequestAndACaptureFileFillEveryField) {
+TEST_F(KeptState, ARequestAndACaptureFileFillEveryField) {
   FillEveryField();
   EXPECT_EQ(State(), (TState{&pluginManager->provider, Class("KROSG_VO_MEMCTL_StatisticData"),
                              LogMessage::getInstance(), "6101", 1}));
 }
 
-TEST_F(TKeptState, InitResetsTheCounterAndNothingElse) {
+TEST_F(KeptState, InitResetsTheCounterAndNothingElse) {
   FillEveryField();
   TState expected = State();
   expected.recordCounter = 0;
@@ -47,7 +47,7 @@ TEST_F(TKeptState, InitResetsTheCounterAndNothingElse) {
   EXPECT_EQ(logger.Lines().size(), 1U) << "the facade is still registered";
 }
 
-TEST_F(TKeptState, DeInitChangesNothing) {
+TEST_F(KeptState, DeInitChangesNothing) {
   FillEveryField();
   const TState before = State();
   plugin.DeInit();
@@ -57,7 +57,7 @@ TEST_F(TKeptState, DeInitChangesNothing) {
   EXPECT_EQ(logger.Lines().size(), 2U) << "lines are still let through";
 }
 
-TEST_F(TKeptState, InitAndDeInitMakeNoHostCalls) {
+TEST_F(KeptState, InitAndDeInitMakeNoHostCalls) {
   FillEveryField();
   const int queries = environment.machineTypeQueries;
   const int readings = environment.clockReadings;
@@ -70,7 +70,7 @@ TEST_F(TKeptState, InitAndDeInitMakeNoHostCalls) {
   EXPECT_EQ(pluginManager->registered.size(), 1U);
 }
 
-TEST_F(TKeptState, TheMachineTypeIsQueriedAgainAfterARequest) {
+TEST_F(KeptState, TheMachineTypeIsQueriedAgainAfterARequest) {
   GetData({});
   environment.machineType = "6102";
   EXPECT_EQ(plugin.getMachineType(), "6102");
@@ -78,7 +78,7 @@ TEST_F(TKeptState, TheMachineTypeIsQueriedAgainAfterARequest) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "6101") << "and is not stored";
 }
 
-TEST_F(TKeptState, AnEmptyMachineTypeReplacesTheOldOne) {
+TEST_F(KeptState, AnEmptyMachineTypeReplacesTheOldOne) {
   GetData({});
   ASSERT_EQ(FieldsOf(plugin).machineType, "6101");
   environment.machineType = "";
@@ -86,7 +86,7 @@ TEST_F(TKeptState, AnEmptyMachineTypeReplacesTheOldOne) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "");
 }
 
-TEST_F(TKeptState, CaptureFilesKeepTheCurrentClass) {
+TEST_F(KeptState, CaptureFilesKeepTheCurrentClass) {
   GetData({"KROSG_DCAPFile"});
   EXPECT_FALSE(FieldsOf(plugin).currentClass);
   sp.Expect(Register(0, 0x10).Lost());
@@ -96,7 +96,7 @@ TEST_F(TKeptState, CaptureFilesKeepTheCurrentClass) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_VO_MEMCTL_StatisticData"));
 }
 
-TEST_F(TKeptState, ACaptureFileThatIsReadKeepsItToo) {
+TEST_F(KeptState, ACaptureFileThatIsReadKeepsItToo) {
   sp.nodes = 1;
   sp.Expect({Open("cpu_err").Answers(OemData({1, 0, 0, 0})), Size("cpu_err").Answers(SizeData(10)),
              Read({1, 0, 0, 0}, 0, 10).Answers(ReadData(TBytes(10, 0xAB))), Close({1, 0, 0, 0}),
@@ -108,7 +108,7 @@ TEST_F(TKeptState, ACaptureFileThatIsReadKeepsItToo) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_T4_MEMCTL_StatisticData"));
 }
 
-TEST_F(TKeptState, AnInvalidClassKeepsTheCurrentClass) {
+TEST_F(KeptState, AnInvalidClassKeepsTheCurrentClass) {
   sp.Expect(Register(0, 0x10).Lost());
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
   SetMachineType("6102");

@@ -14,10 +14,10 @@
 namespace tests {
 namespace {
 
-class TLibraryCalls : public TLibraryTest {};
-class TStorageAreaCalls : public TPluginLibraryTest {};
+class LibraryCalls : public TLibraryTest {};
+class StorageAreaCalls : public TPluginLibraryTest {};
 
-TEST_F(TLibraryCalls, RegisterRequestsPassBufferLengthCapacityAndFlag) {
+TEST_F(LibraryCalls, RegisterRequestsPassBufferLengthCapacityAndFlag) {
   IPMIRequestTorgaReg transport;
   EXPECT_EQ(library.calls, std::vector<std::string>{"instance 0"});
   transport.getData(1, 2, out, &length, true);
@@ -25,7 +25,7 @@ TEST_F(TLibraryCalls, RegisterRequestsPassBufferLengthCapacityAndFlag) {
   ExpectArguments(2, 256);
 }
 
-TEST_F(TLibraryCalls, TheUncalledRequestsPresetZero) {
+TEST_F(LibraryCalls, TheUncalledRequestsPresetZero) {
   TNOVRequestTorgaReg transport;
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "takes dot commands"}));
   transport.getData(1, 2, out, &length);
@@ -33,7 +33,7 @@ TEST_F(TLibraryCalls, TheUncalledRequestsPresetZero) {
   ExpectArguments(2, 0);
 }
 
-TEST_F(TLibraryCalls, TheLengthFromAFailedExchangeIsReturned) {
+TEST_F(LibraryCalls, TheLengthFromAFailedExchangeIsReturned) {
   IPMIRequestTorgaReg registers;
   TNOVRequestTorgaReg dots;
   for (const auto& [left, handedOn] :
@@ -54,7 +54,7 @@ TEST_F(TLibraryCalls, TheLengthFromAFailedExchangeIsReturned) {
 }
 
 // False lengths, which the real library never lets through.
-TEST_F(TLibraryCalls, AnswersThatLieAboutTheirLength) {
+TEST_F(LibraryCalls, AnswersThatLieAboutTheirLength) {
   IPMIRequestTorgaReg registers;
   library.answer = [](unsigned char* buffer, int* responseLength) {
     buffer[4] = 0;
@@ -83,7 +83,7 @@ TEST_F(TLibraryCalls, AnswersThatLieAboutTheirLength) {
   EXPECT_EQ(length, 4464);
 }
 
-TEST_F(TLibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
+TEST_F(LibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
   TNOVRequestTorgaReg transport;
   unsigned char buffer[16] = {};
   library.calls.clear();
@@ -93,7 +93,7 @@ TEST_F(TLibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
             (std::vector<std::string>{"command made", "takes dot commands", "dot 3 16 2 4 length 0", "command gone"}));
 }
 
-TEST_F(TLibraryCalls, TheDotCommandIsBuiltBeforeDotCommandSupportIsChecked) {
+TEST_F(LibraryCalls, TheDotCommandIsBuiltBeforeDotCommandSupportIsChecked) {
   TNOVRequestTorgaReg transport;
   unsigned char buffer[16] = {};
   library.dotCommands = false;
@@ -102,13 +102,13 @@ TEST_F(TLibraryCalls, TheDotCommandIsBuiltBeforeDotCommandSupportIsChecked) {
   EXPECT_EQ(library.calls, (std::vector<std::string>{"command made", "takes dot commands", "command gone"}));
 }
 
-TEST_F(TLibraryCalls, ATransportCanBeCreatedWithoutALibraryInstance) {
+TEST_F(LibraryCalls, ATransportCanBeCreatedWithoutALibraryInstance) {
   library.noInstance = true;
   const IPMIRequestTorgaReg transport;
   EXPECT_EQ(library.calls, std::vector<std::string>{"instance 0"});
 }
 
-TEST_F(TStorageAreaCalls, AllFourRequestsPassTheSameArguments) {
+TEST_F(StorageAreaCalls, AllFourRequestsPassTheSameArguments) {
   SPLibrary* const node = SPLibrary::GetSplibraryInstance(0);
   unsigned char handle[4] = {1, 2, 3, 4};
   int size = 0;
@@ -121,7 +121,7 @@ TEST_F(TStorageAreaCalls, AllFourRequestsPassTheSameArguments) {
 }
 
 // The library's return value is ignored if the buffer indicates success.
-TEST_F(TStorageAreaCalls, ReadAndCloseCheckOnlyTheCompletionCode) {
+TEST_F(StorageAreaCalls, ReadAndCloseCheckOnlyTheCompletionCode) {
   library.answer = [](unsigned char* buffer, int* responseLength) {
     buffer[4] = 0;
     buffer[14] = 0x99;
@@ -139,7 +139,7 @@ TEST_F(TStorageAreaCalls, ReadAndCloseCheckOnlyTheCompletionCode) {
   EXPECT_FALSE(plugin->QueryStorageAreaSize(size, "cpu_err", node));
 }
 
-TEST_F(TStorageAreaCalls, AReadWhoseLengthIsBeyondTheBufferCopiesTheChunk) {
+TEST_F(StorageAreaCalls, AReadWhoseLengthIsBeyondTheBufferCopiesTheChunk) {
   library.answer = [](unsigned char* buffer, int* responseLength) {
     buffer[4] = 0;
     for (std::size_t i = 14; i < 256; ++i) buffer[i] = 0x99;
@@ -152,24 +152,24 @@ TEST_F(TStorageAreaCalls, AReadWhoseLengthIsBeyondTheBufferCopiesTheChunk) {
             (std::vector<unsigned char>{0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0x99, 0, 0, 0, 0}));
 }
 
-TEST_F(TStorageAreaCalls, NodeZeroIsQueriedFirstAndThenEachNode) {
+TEST_F(StorageAreaCalls, NodeZeroIsQueriedFirstAndThenEachNode) {
   plugin->ReadErrFFDC({}, "cpu_err");
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver", "instance 0", "instance 1"}));
 }
 
-TEST_F(TStorageAreaCalls, TheEntryIsLoggedBeforeTheLibraryIsFetched) {
+TEST_F(StorageAreaCalls, TheEntryIsLoggedBeforeTheLibraryIsFetched) {
   logger.FailAt("Enter ReadErrFFDC funtion");
   EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);
   EXPECT_TRUE(library.calls.empty());
 }
 
-TEST_F(TStorageAreaCalls, ANodeIsLoggedBeforeItsLibraryObjectIsFetched) {
+TEST_F(StorageAreaCalls, ANodeIsLoggedBeforeItsLibraryObjectIsFetched) {
   logger.FailAt("The system has2 . Now reading Node0");
   EXPECT_THROW(plugin->ReadErrFFDC({}, "cpu_err"), std::runtime_error);
   EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "nodes", "driver"}));
 }
 
-TEST_F(TLibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
+TEST_F(LibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
   const auto ns = TNamespace::Create();
   const auto chip = ns->AddClass(TClassBuilder("CHIP").MaxInstances(1));
   TJFRErrorData collector(chip, chip);
@@ -183,7 +183,7 @@ TEST_F(TLibraryCalls, WithoutMemoryForABlockTheServiceProcessorIsSkipped) {
                                 Verbose("Failed to allocate memory to store register data.")}));
 }
 
-TEST_F(TLibraryCalls, WithoutMemoryTheNextServiceProcessorIsStillTried) {
+TEST_F(LibraryCalls, WithoutMemoryTheNextServiceProcessorIsStillTried) {
   library.serviceProcessors = 3;
   const auto ns = TNamespace::Create();
   const auto chip = ns->AddClass(TClassBuilder("CHIP").MaxInstances(1));
@@ -194,7 +194,7 @@ TEST_F(TLibraryCalls, WithoutMemoryTheNextServiceProcessorIsStillTried) {
   EXPECT_EQ(logger.Count(Verbose("Failed to allocate memory to store register data.")), 3U);
 }
 
-TEST_F(TLibraryCalls, ATimeThatCannotBeBrokenDownIsReportedTwice) {
+TEST_F(LibraryCalls, ATimeThatCannotBeBrokenDownIsReportedTwice) {
   library.answer = [](unsigned char* buffer, int* responseLength) {
     buffer[4] = 0;
     buffer[5] = 4;

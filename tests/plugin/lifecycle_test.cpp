@@ -11,13 +11,13 @@
 namespace tests {
 namespace {
 
-class TLifecycle : public TPluginTest {};
-class TConstruction : public TCollectorTest {
+class Lifecycle : public TPluginTest {};
+class Construction : public TCollectorTest {
  protected:
-  ~TConstruction() override { LogMessage::setPluginInstance(nullptr); }
+  ~Construction() override { LogMessage::setPluginInstance(nullptr); }
 };
 
-TEST_F(TLifecycle, ReportsItsIdentity) {
+TEST_F(Lifecycle, ReportsItsIdentity) {
   EXPECT_EQ(plugin.GetType(), 0);
   EXPECT_EQ(plugin.GetName(), "Engineering Information Collector");
   EXPECT_EQ(plugin.GetVersion(), "1.0");
@@ -25,21 +25,21 @@ TEST_F(TLifecycle, ReportsItsIdentity) {
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST_F(TLifecycle, InitLogsBeforeItResetsTheCounter) {
+TEST_F(Lifecycle, InitLogsBeforeItResetsTheCounter) {
   logger.FailAt("Initializing Engineering Information Collector");
   plugin.AddErrFFDCinstance((AddCaptureClass(), ns), std::string(), 0, "cpu_err", 0);
   EXPECT_THROW(plugin.Init(), std::runtime_error);
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 1);
 }
 
-TEST_F(TLifecycle, InitAndDeInitLogOneDebugLineEach) {
+TEST_F(Lifecycle, InitAndDeInitLogOneDebugLineEach) {
   plugin.Init();
   plugin.DeInit();
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Initializing Engineering Information Collector"),
                                                 Debug("De-Initializing Engineering Information Collector")}));
 }
 
-TEST_F(TLifecycle, OnlyInitResetsTheRecordCounter) {
+TEST_F(Lifecycle, OnlyInitResetsTheRecordCounter) {
   AddCaptureClass();
   plugin.Init();
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 0);
@@ -51,7 +51,7 @@ TEST_F(TLifecycle, OnlyInitResetsTheRecordCounter) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 0);
 }
 
-TEST_F(TLifecycle, TwoObjectsOfOneLibraryCountSeparatelyAndShareTheLog) {
+TEST_F(Lifecycle, TwoObjectsOfOneLibraryCountSeparatelyAndShareTheLog) {
   AddCaptureClass();
   TTORGARegPluginCallbacks other;
   for (TTORGARegPluginCallbacks* object : {&plugin, &other, &plugin}) {
@@ -67,14 +67,14 @@ TEST_F(TLifecycle, TwoObjectsOfOneLibraryCountSeparatelyAndShareTheLog) {
   EXPECT_EQ(FieldsOf(plugin).recordCounter, 2);
 }
 
-TEST_F(TLifecycle, CallsWorkInAnyOrder) {
+TEST_F(Lifecycle, CallsWorkInAnyOrder) {
   plugin.DeInit();
   plugin.Init();
   plugin.Init();
   EXPECT_EQ(logger.Lines().size(), 3U);
 }
 
-TEST_F(TLifecycle, MachineTypeIsTheHostsAndIsNotStored) {
+TEST_F(Lifecycle, MachineTypeIsTheHostsAndIsNotStored) {
   environment.machineType = "4411";
   EXPECT_EQ(plugin.getMachineType(), "4411");
   environment.machineType = "";
@@ -84,7 +84,7 @@ TEST_F(TLifecycle, MachineTypeIsTheHostsAndIsNotStored) {
   EXPECT_EQ(FieldsOf(plugin).machineType, "");
 }
 
-TEST_F(TConstruction, RegistersItselfWithEmptyFieldsAndLogsNothing) {
+TEST_F(Construction, RegistersItselfWithEmptyFieldsAndLogsNothing) {
   auto* const plugin = new TTORGARegPluginCallbacks();
   ASSERT_EQ(pluginManager->registered.size(), 1U);
   EXPECT_EQ(pluginManager->registered[0], static_cast<IPluginCallbacks*>(plugin));
@@ -98,7 +98,7 @@ TEST_F(TConstruction, RegistersItselfWithEmptyFieldsAndLogsNothing) {
   plugin->PrepareForUnload();
 }
 
-TEST_F(TConstruction, LinesAreForwardedOnlyAfterRegistrationReturned) {
+TEST_F(Construction, LinesAreForwardedOnlyAfterRegistrationReturned) {
   pluginManager->onRegister = [] { LogMessage::getInstance()->writeError("too early"); };
   auto* const plugin = new TTORGARegPluginCallbacks();
   EXPECT_TRUE(logger.Lines().empty());
@@ -107,14 +107,14 @@ TEST_F(TConstruction, LinesAreForwardedOnlyAfterRegistrationReturned) {
   plugin->PrepareForUnload();
 }
 
-TEST_F(TConstruction, KeepsNoReferenceToThePluginManager) {
+TEST_F(Construction, KeepsNoReferenceToThePluginManager) {
   const auto before = pluginManager.use_count();
   auto* const plugin = new TTORGARegPluginCallbacks();
   EXPECT_EQ(pluginManager.use_count(), before);
   plugin->PrepareForUnload();
 }
 
-TEST_F(TConstruction, WithoutPluginManagerItAsserts) {
+TEST_F(Construction, WithoutPluginManagerItAsserts) {
   THostServices::SetPluginManager({});
   try {
     const TTORGARegPluginCallbacks plugin;
@@ -125,19 +125,19 @@ TEST_F(TConstruction, WithoutPluginManagerItAsserts) {
   }
 }
 
-TEST_F(TConstruction, ANamespaceThatIsNotAPluginManagerAsserts) {
+TEST_F(Construction, ANamespaceThatIsNotAPluginManagerAsserts) {
   THostServices::SetPluginManager(ns);
   EXPECT_THROW(TTORGARegPluginCallbacks(), TAssertionFailure);
 }
 
-TEST_F(TConstruction, ExceptionsFromRegistrationPropagate) {
+TEST_F(Construction, ExceptionsFromRegistrationPropagate) {
   pluginManager->onRegister = [] { throw TVELException(1); };
   EXPECT_THROW(TTORGARegPluginCallbacks(), TVELException);
   LogMessage::getInstance()->writeError("never registered");
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST_F(TConstruction, ARefusedRegistrationLeavesThePluginSilent) {
+TEST_F(Construction, ARefusedRegistrationLeavesThePluginSilent) {
   pluginManager->refuses = true;
   auto* const plugin = new TTORGARegPluginCallbacks();
   plugin->Init();
@@ -145,7 +145,7 @@ TEST_F(TConstruction, ARefusedRegistrationLeavesThePluginSilent) {
   plugin->PrepareForUnload();
 }
 
-TEST_F(TConstruction, TheDestructorReleasesTheClassWithoutUnregistering) {
+TEST_F(Construction, TheDestructorReleasesTheClassWithoutUnregistering) {
   AddJfrBases(*ns);
   ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6203"}).MaxInstances(0));
   auto* const plugin = new TTORGARegPluginCallbacks();

@@ -18,12 +18,12 @@ constexpr bool kUnloads = false;
 constexpr bool kUnloads = true;
 #endif
 
-class TLoadedLibrary : public TCollectorTest {
+class LoadedLibrary : public TCollectorTest {
  protected:
   void SetUp() override {
     if (!kUnloads && IsMapped()) GTEST_SKIP() << "loaded before in this process; ctest runs each case alone";
   }
-  TLoadedLibrary() : loader(libraryLoader) {
+  LoadedLibrary() : loader(libraryLoader) {
     AddStatisticBase();
     AddJfrBases(*ns, "KROSG_StatisticBase");
     ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData", "KROSG_StatisticBase")
@@ -52,7 +52,7 @@ class TLoadedLibrary : public TCollectorTest {
   TPluginLoader loader;
 };
 
-TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndLogsNothing) {
+TEST_F(LoadedLibrary, RegistersWhileItIsLoadedAndLogsNothing) {
   const auto plugin = loader.Load(PLUGIN);
   EXPECT_EQ(plugin->Callbacks().GetType(), 0);
   EXPECT_EQ(plugin->Callbacks().GetName(), "Engineering Information Collector");
@@ -63,7 +63,7 @@ TEST_F(TLoadedLibrary, RegistersWhileItIsLoadedAndLogsNothing) {
   EXPECT_TRUE(sp.Discoveries().empty());
 }
 
-TEST_F(TLoadedLibrary, CollectsUnloadsAndLoadsAgain) {
+TEST_F(LoadedLibrary, CollectsUnloadsAndLoadsAgain) {
   for (int round = 0; round < (kUnloads ? 3 : 1); ++round) {
     auto plugin = loader.Load(PLUGIN);
     plugin->Callbacks().Init();
@@ -83,7 +83,7 @@ TEST_F(TLoadedLibrary, CollectsUnloadsAndLoadsAgain) {
   }
 }
 
-TEST_F(TLoadedLibrary, InstancesOutliveThePlugin) {
+TEST_F(LoadedLibrary, InstancesOutliveThePlugin) {
   auto plugin = loader.Load(PLUGIN);
   plugin->Callbacks().Init();
   Collect(*plugin);
@@ -92,14 +92,13 @@ TEST_F(TLoadedLibrary, InstancesOutliveThePlugin) {
   EXPECT_EQ(TextOf(*committed[0], "ElementName"), "Memory controller with integrated L4 cache module,0");
 }
 
-// An exception cannot propagate through the dynamic loader, so the host's loader reports it and ends the
-// process.
-TEST_F(TLoadedLibrary, LoadingWithoutAPluginManagerAsserts) {
+// An exception cannot pass through the dynamic loader: the host's loader names it and ends the process.
+TEST_F(LoadedLibrary, LoadingWithoutAPluginManagerAsserts) {
   THostServices::SetPluginManager({});
   EXPECT_EXIT(loader.Load(PLUGIN), testing::ExitedWithCode(70), "threw while it was being loaded: .*px != 0");
 }
 
-TEST_F(TLoadedLibrary, ItsExceptionsReachTheHost) {
+TEST_F(LoadedLibrary, ItsExceptionsReachTheHost) {
   const auto plugin = loader.Load(PLUGIN);
   std::vector<boost::shared_ptr<ICIMClass>> classes = {{}};
   EXPECT_THROW(plugin->Query()->GetData(ns, classes), TAssertionFailure);

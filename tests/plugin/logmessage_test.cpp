@@ -11,7 +11,7 @@
 namespace tests {
 namespace {
 
-class TLogFacade : public TPartTest {
+class LogFacade : public TPartTest {
  protected:
   const LogMessage& log = *LogMessage::getInstance();
 };
@@ -19,18 +19,18 @@ class TLogFacade : public TPartTest {
 static_assert(sizeof(LogMessage) == sizeof(void*), "an instance holds nothing but its table pointer");
 static_assert(std::has_virtual_destructor_v<LogMessage>);
 
-TEST_F(TLogFacade, IsASingleton) {
+TEST_F(LogFacade, IsASingleton) {
   ASSERT_NE(LogMessage::getInstance(), nullptr);
   EXPECT_EQ(LogMessage::getInstance(), LogMessage::getInstance());
 }
 
-TEST_F(TLogFacade, DestroyingACopyIsHarmless) {
+TEST_F(LogFacade, DestroyingACopyIsHarmless) {
   { const LogMessage copy(log); }
   log.writeDebug("still here");
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("still here")});
 }
 
-TEST_F(TLogFacade, SeveritiesAreZeroToFour) {
+TEST_F(LogFacade, SeveritiesAreZeroToFour) {
   log.writeError("e");
   log.writeWarning("w");
   log.writeStatus("s");
@@ -39,13 +39,13 @@ TEST_F(TLogFacade, SeveritiesAreZeroToFour) {
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{{0, "e"}, {1, "w"}, {2, "s"}, {3, "d"}, {4, "v"}}));
 }
 
-TEST_F(TLogFacade, WriteForwardsAnySeverityAndTheMessageUnchanged) {
+TEST_F(LogFacade, WriteForwardsAnySeverityAndTheMessageUnchanged) {
   log.write("line 1\nline 2\t\n", ILogger::kStatus);
   log.write(std::string("a\0b", 3), ILogger::kVerbose);
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{{2, "line 1\nline 2\t\n"}, {4, std::string("a\0b", 3)}}));
 }
 
-TEST_F(TLogFacade, LinesBeforeTheRegistrationAreDropped) {
+TEST_F(LogFacade, LinesBeforeTheRegistrationAreDropped) {
   LogMessage::setPluginInstance(nullptr);
   log.writeError("early");
   EXPECT_TRUE(logger.Lines().empty());
@@ -54,7 +54,7 @@ TEST_F(TLogFacade, LinesBeforeTheRegistrationAreDropped) {
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Error("late")});
 }
 
-TEST_F(TLogFacade, EmptyLinesAreDropped) {
+TEST_F(LogFacade, EmptyLinesAreDropped) {
   log.writeError("");
   log.writeWarning("");
   log.writeStatus("");
@@ -64,7 +64,7 @@ TEST_F(TLogFacade, EmptyLinesAreDropped) {
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST_F(TLogFacade, TheCoreLoggerIsFetchedForEveryLine) {
+TEST_F(LogFacade, TheCoreLoggerIsFetchedForEveryLine) {
   TRecordingLogger other;
   log.writeDebug("first");
   THostServices::SetCoreLogger(&other);
@@ -73,12 +73,12 @@ TEST_F(TLogFacade, TheCoreLoggerIsFetchedForEveryLine) {
   EXPECT_EQ(other.Lines(), std::vector<TLine>{Debug("second")});
 }
 
-TEST_F(TLogFacade, ExceptionsFromTheHostsLoggerPropagate) {
+TEST_F(LogFacade, ExceptionsFromTheHostsLoggerPropagate) {
   logger.FailAt("bad");
   EXPECT_THROW(log.writeDebug("bad"), std::runtime_error);
 }
 
-TEST_F(TLogFacade, PlatformErrorsHaveNoTextAndWriteNothing) {
+TEST_F(LogFacade, PlatformErrorsHaveNoTextAndWriteNothing) {
   for (const int code : {0, 5, -1, std::numeric_limits<int>::max()}) {
     EXPECT_EQ(log.lookupWin32Error(code), "");
     log.writeWin32Error(code);
@@ -86,7 +86,7 @@ TEST_F(TLogFacade, PlatformErrorsHaveNoTextAndWriteNothing) {
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST(TDataToString, WritesPlainDecimals) {
+TEST(DataToString, WritesPlainDecimals) {
   EXPECT_EQ(dataToString<int>(42), "42");
   EXPECT_EQ(dataToString<int>(-7), "-7");
   EXPECT_EQ(dataToString<int>(0), "0");
@@ -102,7 +102,7 @@ struct TGrouping : std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-TEST(TDataToString, IgnoresTheLocale) {
+TEST(DataToString, IgnoresTheLocale) {
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new TGrouping()));
   EXPECT_EQ(dataToString<int>(1234567), "1234567");
   EXPECT_EQ(dataToString<unsigned short>(65535), "65535");

@@ -10,7 +10,7 @@
 namespace tests {
 namespace {
 
-class TRequestOrder : public TDispatchTest {
+class RequestOrder : public TDispatchTest {
  protected:
   // One request for one probed class in a probed namespace.
   void GetProbed(const boost::shared_ptr<ICIMClass>& requested) {
@@ -25,7 +25,7 @@ class TRequestOrder : public TDispatchTest {
   THostProbe probe;
 };
 
-TEST_F(TRequestOrder, ASecondRequestContinuesTheRecordNumbers) {
+TEST_F(RequestOrder, ASecondRequestContinuesTheRecordNumbers) {
   plugin.Init();
   sp.nodes = 1;
   for (int request = 0; request < 2; ++request) {
@@ -46,7 +46,7 @@ TEST_F(TRequestOrder, ASecondRequestContinuesTheRecordNumbers) {
   EXPECT_EQ(TextOf(*committed.at(4), "RecordID"), "0");
 }
 
-TEST_F(TRequestOrder, TheNameOfARequestedClassIsQueriedOnce) {
+TEST_F(RequestOrder, TheNameOfARequestedClassIsQueriedOnce) {
   GetProbed(Class("KROSG_Other"));
   EXPECT_EQ(probe.CallsWith("KROSG_Other."), std::vector<std::string>{"KROSG_Other.GetName() {}"});
   SetMachineType("6102");
@@ -61,13 +61,13 @@ TEST_F(TRequestOrder, TheNameOfARequestedClassIsQueriedOnce) {
             std::vector<std::string>{"KROSG_MEMCTL_StatisticData.GetName() {}"});
 }
 
-TEST_F(TRequestOrder, AnR8RequestIsLoggedBeforeItsMachineTypesAreQueried) {
+TEST_F(RequestOrder, AnR8RequestIsLoggedBeforeItsMachineTypesAreQueried) {
   logger.FailAt("Requested class KROSG_T4_MEMCTL_StatisticData");
   EXPECT_THROW(GetProbed(Class("KROSG_T4_MEMCTL_StatisticData")), std::runtime_error);
   EXPECT_TRUE(probe.CallsWith("KROSG_T4_MEMCTL_StatisticData.GetQualifier").empty());
 }
 
-TEST_F(TRequestOrder, TheR8ClassIsCurrentBeforeItsCollectorRuns) {
+TEST_F(RequestOrder, TheR8ClassIsCurrentBeforeItsCollectorRuns) {
   const auto other = TNamespace::Create();
   const auto without = other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6101"}));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {without};
@@ -75,14 +75,14 @@ TEST_F(TRequestOrder, TheR8ClassIsCurrentBeforeItsCollectorRuns) {
   EXPECT_EQ(FieldsOf(plugin).currentClass, without);
 }
 
-TEST_F(TRequestOrder, TheBaseClassIsCurrentUntilTheInstancesAreBuilt) {
+TEST_F(RequestOrder, TheBaseClassIsCurrentUntilTheInstancesAreBuilt) {
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
   logger.FailAt("Building CIM instances.");
   EXPECT_THROW(GetData({"Cache6101"}), std::runtime_error);
   EXPECT_EQ(FieldsOf(plugin).currentClass, Class("KROSG_L3Cache_StatisticData"));
 }
 
-TEST_F(TRequestOrder, ABaseClassMissingAtTheSecondLookUpSkipsTheClass) {
+TEST_F(RequestOrder, ABaseClassMissingAtTheSecondLookUpSkipsTheClass) {
   AddDelegate("Cache6101", "KROSG_L3Cache_StatisticData");
   probe.ReturnNothingAt("namespace.GetClass(KROSG_L3Cache_StatisticData) {request}", 2);
   GetProbed(Class("Cache6101"));
@@ -91,7 +91,7 @@ TEST_F(TRequestOrder, ABaseClassMissingAtTheSecondLookUpSkipsTheClass) {
   EXPECT_FALSE(FieldsOf(plugin).currentClass);
 }
 
-TEST_F(TRequestOrder, TheEmptyMachineTypeIsPartOfEveryType) {
+TEST_F(RequestOrder, TheEmptyMachineTypeIsPartOfEveryType) {
   SetMachineType("");
   sp.Expect({Register(0, 0x10).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8})), Timestamp().Fails(0xCB)});
   GetData({"KROSG_VO_MEMCTL_StatisticData"});
@@ -99,7 +99,7 @@ TEST_F(TRequestOrder, TheEmptyMachineTypeIsPartOfEveryType) {
   EXPECT_EQ(TextOf(*committed[0], "InstanceID"), "KROSG:KROSG_VO_MEMCTL_StatisticData::0");
 }
 
-TEST_F(TRequestOrder, AnR8ClassWithoutInstancesStillReachesTheBuilder) {
+TEST_F(RequestOrder, AnR8ClassWithoutInstancesStillReachesTheBuilder) {
   const auto other = TNamespace::Create();
   other->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6101"}).MaxInstances(0));
   std::vector<boost::shared_ptr<ICIMClass>> classes = {other->FindClass("KROSG_VO_MEMCTL_StatisticData")};

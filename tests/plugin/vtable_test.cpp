@@ -14,7 +14,7 @@ using TTextQuery = std::string(void*);
 using TVoidCall = void(void*);
 using TRequest = void(void*, boost::shared_ptr<ICIMNamespace>, std::vector<boost::shared_ptr<ICIMClass>>&);
 
-class TVirtualTable : public TPluginTest {
+class VirtualTable : public TPluginTest {
  protected:
   template <typename TFunction>
   auto Call(std::size_t slot) {
@@ -22,7 +22,7 @@ class TVirtualTable : public TPluginTest {
   }
 };
 
-TEST_F(TVirtualTable, SlotsAreInContractOrder) {
+TEST_F(VirtualTable, SlotsAreInContractOrder) {
   // Slots 0 and 1 are the two destructors.
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetType), 2U);
   EXPECT_EQ(SlotOf(&TTORGARegPluginCallbacks::GetName), 3U);
@@ -36,9 +36,9 @@ TEST_F(TVirtualTable, SlotsAreInContractOrder) {
   EXPECT_EQ(SlotsOf<TTORGARegPluginCallbacks>(), 11U);
 }
 
-TEST_F(TVirtualTable, TheLogFacadeHasOnlyItsDestructors) { EXPECT_EQ(SlotsOf<LogMessage>(), 2U); }
+TEST_F(VirtualTable, TheLogFacadeHasOnlyItsDestructors) { EXPECT_EQ(SlotsOf<LogMessage>(), 2U); }
 
-TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
+TEST_F(VirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
   environment.machineType = "6101";
   EXPECT_EQ(Call<int(void*)>(2), 0);
   EXPECT_EQ(Call<TTextQuery>(3), "Engineering Information Collector");
@@ -51,7 +51,7 @@ TEST_F(TVirtualTable, EachSlotOfThePrimaryBaseDoesItsWork) {
                                                 Debug("De-Initializing Engineering Information Collector")}));
 }
 
-TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
+TEST_F(VirtualTable, BothBasesReachGetDataWithTheSameEffect) {
   AddJfrBases(*ns);
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_MEMCTL_StatisticData")};
   EntryAt<TRequest>(plugin, 10)(&plugin, ns, classes);
@@ -63,7 +63,7 @@ TEST_F(TVirtualTable, BothBasesReachGetDataWithTheSameEffect) {
   EXPECT_EQ(logger.Lines(), first);
 }
 
-TEST_F(TVirtualTable, TheSecondBaseFollowsThePrimaryOne) {
+TEST_F(VirtualTable, TheSecondBaseFollowsThePrimaryOne) {
   const auto* const start = static_cast<const char*>(static_cast<const void*>(&plugin));
   EXPECT_EQ(static_cast<const void*>(static_cast<IPluginCallbacks*>(&plugin)), start);
   EXPECT_EQ(static_cast<const void*>(static_cast<IPluginBasicQueryCallbacks*>(&plugin)), start + sizeof(void*));
@@ -71,7 +71,7 @@ TEST_F(TVirtualTable, TheSecondBaseFollowsThePrimaryOne) {
   EXPECT_EQ(dynamic_cast<IPluginBasicQueryCallbacks*>(callbacks), static_cast<IPluginBasicQueryCallbacks*>(&plugin));
 }
 
-TEST_F(TVirtualTable, DeletingThroughEitherBaseDestroysTheObject) {
+TEST_F(VirtualTable, DeletingThroughEitherBaseDestroysTheObject) {
   for (const bool second : {false, true}) {
     auto* const other = new TTORGARegPluginCallbacks();
     const auto heldClass = ns->AddClass(TClassBuilder(second ? "B" : "A"));
@@ -86,7 +86,7 @@ TEST_F(TVirtualTable, DeletingThroughEitherBaseDestroysTheObject) {
   }
 }
 
-TEST_F(TVirtualTable, FieldsAreInDeclarationOrder) {
+TEST_F(VirtualTable, FieldsAreInDeclarationOrder) {
   AddJfrBases(*ns);
   AddCaptureClass();
   ns->AddClass(TClassBuilder("KROSG_VO_MEMCTL_StatisticData").Machines({"6204"}).MaxInstances(0));

@@ -14,7 +14,7 @@ using Profile::EPath;
 using TType = TCIMValue::TCIMType;
 using TBytes = std::vector<std::uint8_t>;
 
-class CollectorProfileTest : public testing::Test {
+class ProfileOfSchema : public testing::Test {
  protected:
   boost::shared_ptr<TNamespace> schema_ = TNamespace::Create();
 
@@ -66,7 +66,7 @@ TEST(CollectorProfileNames, IdentificationPropertiesAreSkippedOnlyInTheirExactSp
   EXPECT_FALSE(Profile::IsSkippedName(EPath::kJfr, "ElementName"));
 }
 
-TEST_F(CollectorProfileTest, RegistersAreOwnAndTheSuperclasssPropertiesInEnumerationOrder) {
+TEST_F(ProfileOfSchema, RegistersAreOwnAndTheSuperclasssPropertiesInEnumerationOrder) {
   Add(TClassBuilder("A").Bytes("FromGrandparent").Text("InstanceID"));
   Add(TClassBuilder("B", "A").Bytes("FromSuperclass").Text("ElementName"));
   const TCIMClass& c = Add(TClassBuilder("C", "B").Bytes("Own").Text("MachineType").Bytes("FromGrandparent"));
@@ -77,12 +77,12 @@ TEST_F(CollectorProfileTest, RegistersAreOwnAndTheSuperclasssPropertiesInEnumera
   EXPECT_TRUE(Profile::RegistersOf(c, EPath::kNone).empty());
 }
 
-TEST_F(CollectorProfileTest, ARootClasssOwnPropertiesAreItsRegisters) {
+TEST_F(ProfileOfSchema, ARootClasssOwnPropertiesAreItsRegisters) {
   EXPECT_EQ(NamesOf(Profile::RegistersOf(Add(TClassBuilder("A").Bytes("Own")), EPath::kR8)),
             std::vector<std::string>{"Own"});
 }
 
-TEST_F(CollectorProfileTest, AnElementMatchesIfItContainsTheMachineType) {
+TEST_F(ProfileOfSchema, AnElementMatchesIfItContainsTheMachineType) {
   const TCIMClass& a = Add(For("A", "", {"4411", "6101,6102", "62039"}));
   EXPECT_EQ(Profile::MatchingElement(a, "6102"), "6101,6102");
   EXPECT_EQ(Profile::MatchingElement(a, "610"), "6101,6102");
@@ -92,20 +92,20 @@ TEST_F(CollectorProfileTest, AnElementMatchesIfItContainsTheMachineType) {
   EXPECT_EQ(Profile::MatchingElement(a, "44110"), std::nullopt);
 }
 
-TEST_F(CollectorProfileTest, ElementsThatAreNumbersMatchByTheirText) {
+TEST_F(ProfileOfSchema, ElementsThatAreNumbersMatchByTheirText) {
   const TCIMClass& a =
       Add(TClassBuilder("A").With("SupportedMachineTypes", TCIMValue(TType::kUint16, 1, {TCIMValue(6203)})));
   EXPECT_EQ(Profile::MatchingElement(a, "6203"), "6203");
 }
 
-TEST_F(CollectorProfileTest, WithoutAnArrayOfTypesNothingMatches) {
+TEST_F(ProfileOfSchema, WithoutAnArrayOfTypesNothingMatches) {
   EXPECT_EQ(Profile::MatchingElement(Add(TClassBuilder("A")), ""), std::nullopt);
   EXPECT_EQ(Profile::MatchingElement(Add(TClassBuilder("B").With("SupportedMachineTypes", "6203")), "6203"),
             std::nullopt);
   EXPECT_EQ(Profile::MatchingElement(Add(For("C", "", {})), ""), std::nullopt);
 }
 
-TEST_F(CollectorProfileTest, TheDelegateIsTheFirstSubclassThatDeclaresTheType) {
+TEST_F(ProfileOfSchema, TheDelegateIsTheFirstSubclassThatDeclaresTheType) {
   AddBases();
   Add(For("KROSG_X", "KROSG_MEMCTL_StatisticData", {"6101"}));
   Add(For("KROSG_Y", "KROSG_X", {"6203"}));
@@ -122,7 +122,7 @@ TEST_F(CollectorProfileTest, TheDelegateIsTheFirstSubclassThatDeclaresTheType) {
   EXPECT_EQ(delegate("KROSG_Unknown", "6203"), "none");
 }
 
-TEST_F(CollectorProfileTest, CollectableClassesComeInDeclarationOrderTheCaptureClassLast) {
+TEST_F(ProfileOfSchema, CollectableClassesComeInDeclarationOrderTheCaptureClassLast) {
   Add(TClassBuilder("KROSG_DCAPFile").Text("FileName"));
   AddBases();
   Add(For("KROSG_VO_MEMCTL_StatisticData", "KROSG_Top", {"4411", "6203"}, 2).Bytes("A").Bytes("B"));
@@ -136,7 +136,7 @@ TEST_F(CollectorProfileTest, CollectableClassesComeInDeclarationOrderTheCaptureC
             "KROSG_DCAPFile FFDC [] by \"\" 0*0\n");
 }
 
-TEST_F(CollectorProfileTest, WithoutAMatchOnlyTheCaptureClassIsServed) {
+TEST_F(ProfileOfSchema, WithoutAMatchOnlyTheCaptureClassIsServed) {
   AddBases();
   Add(For("KROSG_VO_MEMCTL_StatisticData", "KROSG_Top", {"4411"}));
   Add(TClassBuilder("KROSG_T4_MEMCTL_StatisticData", "KROSG_Top"));
@@ -147,11 +147,11 @@ TEST_F(CollectorProfileTest, WithoutAMatchOnlyTheCaptureClassIsServed) {
             "KROSG_DCAPFile FFDC [] by \"\" 0*0\n");
 }
 
-TEST_F(CollectorProfileTest, AnEmptySchemaHasNoCollectableClass) {
+TEST_F(ProfileOfSchema, AnEmptySchemaHasNoCollectableClass) {
   EXPECT_TRUE(Profile::CollectableClasses(*schema_, "6203").empty());
 }
 
-TEST_F(CollectorProfileTest, InstanceCountsAreReadAsSixteenBits) {
+TEST_F(ProfileOfSchema, InstanceCountsAreReadAsSixteenBits) {
   AddBases();
   const auto count = [this](const char* name, const TCIMValue& value) {
     Add(TClassBuilder(name, "KROSG_L3Cache_StatisticData").With("MaxInstanceCount", value));

@@ -8,7 +8,7 @@
 namespace tests {
 namespace {
 
-class TAssembly : public TRegisterTest {
+class Assembly : public TRegisterTest {
  protected:
   void ExpectInstance(std::uint8_t chipSelector) {
     sp.Expect(Register(chipSelector, 0x10).Answers(OneToEight()));
@@ -16,7 +16,7 @@ class TAssembly : public TRegisterTest {
   }
 };
 
-TEST_F(TAssembly, TwoBridges) {
+TEST_F(Assembly, TwoBridges) {
   ExpectInstance(1);
   ExpectInstance(2);
   const auto maps = Collector(Chip(kVoBridge).MaxInstances(2).Register("R", 0x10, 8)).getData();
@@ -30,12 +30,12 @@ TEST_F(TAssembly, TwoBridges) {
   EXPECT_EQ(maps[1].size(), 5U);
 }
 
-TEST_F(TAssembly, WithoutARegisterNeitherMachineTypeNorTimeIsQueried) {
+TEST_F(Assembly, WithoutARegisterNeitherMachineTypeNorTimeIsQueried) {
   EXPECT_TRUE(Collector(Chip()).getInstanceData("any", 0).empty());
   EXPECT_TRUE(probe.CallsWith("GetMachineType").empty());
 }
 
-TEST_F(TAssembly, ElementNamesByClass) {
+TEST_F(Assembly, ElementNamesByClass) {
   struct TCase {
     const char* name;
     const char* description;
@@ -52,7 +52,7 @@ TEST_F(TAssembly, ElementNamesByClass) {
   }
 }
 
-TEST_F(TAssembly, AnyMachineTypeIsUsedUnchanged) {
+TEST_F(Assembly, AnyMachineTypeIsUsedUnchanged) {
   for (const char* const type : {"", "4411", "a:b"}) {
     StartAnew();
     ns->SetMachineType(type);
@@ -63,19 +63,19 @@ TEST_F(TAssembly, AnyMachineTypeIsUsedUnchanged) {
   }
 }
 
-TEST_F(TAssembly, NoInstancesMeansNoTraffic) {
+TEST_F(Assembly, NoInstancesMeansNoTraffic) {
   EXPECT_TRUE(Collector(Chip().MaxInstances(0).Register("R", 0x10, 8)).getData().empty());
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("Class supports 0 instances on this machine")});
 }
 
-TEST_F(TAssembly, TheCountIsAnUnsigned16BitNumber) {
+TEST_F(Assembly, TheCountIsAnUnsigned16BitNumber) {
   EXPECT_EQ(Collector(Chip().With("MaxInstanceCount", TCIMValue(65535 + 1))).getInstanceCount(), 0);
   EXPECT_EQ(Collector(Chip(kVoBridge).With("MaxInstanceCount", TCIMValue(-1))).getInstanceCount(), 65535);
   EXPECT_EQ(Collector(Chip(kT4Memory).With("MaxInstanceCount", TCIMValue("0x10"))).getInstanceCount(), 16);
   EXPECT_EQ(Collector(Chip(kT4Bridge).With("MaxInstanceCount", TCIMValue())).getInstanceCount(), 0);
 }
 
-TEST_F(TAssembly, AChipThatAnswersNothingHasAnEmptyMap) {
+TEST_F(Assembly, AChipThatAnswersNothingHasAnEmptyMap) {
   sp.Expect(Register(1, 0x10).Fails(0xCB));
   ExpectInstance(2);
   sp.Expect(Register(3, 0x10).Lost());
@@ -86,7 +86,7 @@ TEST_F(TAssembly, AChipThatAnswersNothingHasAnEmptyMap) {
   EXPECT_TRUE(maps[2].empty()) << "and no time was asked for";
 }
 
-TEST_F(TAssembly, OnlyTheFailedRegisterIsMissing) {
+TEST_F(Assembly, OnlyTheFailedRegisterIsMissing) {
   sp.Expect(Register(0, 0x10).Fails(0xCB));
   sp.Expect(Register(0, 0x20).Answers(OneToEight()));
   sp.Expect(Timestamp().Lost());
@@ -95,7 +95,7 @@ TEST_F(TAssembly, OnlyTheFailedRegisterIsMissing) {
   EXPECT_NE(TextOf(maps.at(0), "B"), "(absent)");
 }
 
-TEST_F(TAssembly, ALineForTheClassAndOneForEachInstance) {
+TEST_F(Assembly, ALineForTheClassAndOneForEachInstance) {
   for (std::uint8_t i = 1; i <= 2; ++i) sp.Expect(Register(i, 0x10).Lost());
   Collector(Chip(kVoBridge).MaxInstances(2).Register("R", 0x10, 8)).getData();
   EXPECT_EQ(logger.Lines().front(), Debug("Class supports 2 instances on this machine"));
@@ -103,13 +103,13 @@ TEST_F(TAssembly, ALineForTheClassAndOneForEachInstance) {
             (std::vector<TLine>{Debug("Current instance index 0"), Debug("Current instance index 1")}));
 }
 
-TEST_F(TAssembly, TheSecondTimeIsStored) {
+TEST_F(Assembly, TheSecondTimeIsStored) {
   ExpectInstance(0);
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
   EXPECT_TRUE(TextOf(maps.at(0), "StatisticTime").starts_with("19700101000002."));
 }
 
-TEST_F(TAssembly, WithoutATimeOnlyTheTimeIsMissing) {
+TEST_F(Assembly, WithoutATimeOnlyTheTimeIsMissing) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
   EXPECT_EQ(TextOf(maps.at(0), "StatisticTime"), "(absent)");
@@ -117,14 +117,14 @@ TEST_F(TAssembly, WithoutATimeOnlyTheTimeIsMissing) {
   EXPECT_EQ(maps.at(0).size(), 4U);
 }
 
-TEST_F(TAssembly, ATimeThatFailsOnTheSecondReadIsNull) {
+TEST_F(Assembly, ATimeThatFailsOnTheSecondReadIsNull) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Answers({0, 0, 0, 1}), Timestamp().Lost()});
   const auto maps = Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
   ASSERT_TRUE(maps.at(0).contains("StatisticTime"));
   EXPECT_TRUE(maps.at(0).at("StatisticTime").IsNull());
 }
 
-TEST_F(TAssembly, AnExceptionOnTheSecondInstanceKeepsTheFirst) {
+TEST_F(Assembly, AnExceptionOnTheSecondInstanceKeepsTheFirst) {
   probe.FailAt("R.GetQualifier(MaxLen) {}", 13, 2);
   ExpectInstance(1);
   const auto maps = Collector(Chip(kVoBridge).MaxInstances(3).Register("R", 0x10, 8)).getData();
@@ -135,20 +135,20 @@ TEST_F(TAssembly, AnExceptionOnTheSecondInstanceKeepsTheFirst) {
                   "data."));
 }
 
-TEST_F(TAssembly, AnExceptionWhileCountingGivesAnEmptyList) {
+TEST_F(Assembly, AnExceptionWhileCountingGivesAnEmptyList) {
   EXPECT_TRUE(Collector(Chip().With("MaxInstanceCount", TCIMValue("many"))).getData().empty());
   EXPECT_EQ(logger.Lines(),
             std::vector<TLine>{Debug("Encountered exception Type mismatch (status 13). during\t\t\t\t\t\t\t\tthe "
                                      "collection of register data.")});
 }
 
-TEST_F(TAssembly, OtherExceptionsPropagate) {
+TEST_F(Assembly, OtherExceptionsPropagate) {
   EXPECT_THROW(Collector(Chip().Register("R", 0x10, 8)).getData(), TAssertionFailure) << "no MaxInstanceCount";
   probe.DoAt(std::string(kVoBridge) + ".EnumeratePropertyDecls() {}", [] { throw std::runtime_error("other"); });
   EXPECT_THROW(Collector(Chip(kVoBridge).MaxInstances(1)).getData(), std::runtime_error);
 }
 
-TEST_F(TAssembly, NothingIsCachedBetweenInstances) {
+TEST_F(Assembly, NothingIsCachedBetweenInstances) {
   ExpectInstance(1);
   ExpectInstance(2);
   Collector(Chip(kVoBridge).MaxInstances(2).Register("R", 0x10, 8)).getData();
@@ -160,13 +160,13 @@ TEST_F(TAssembly, NothingIsCachedBetweenInstances) {
   for (const std::string& call : probe.CallsWith(" {")) EXPECT_TRUE(call.ends_with(" {}")) << call;
 }
 
-TEST_F(TAssembly, WithoutAClassThereIsNoMachineType) {
+TEST_F(Assembly, WithoutAClassThereIsNoMachineType) {
   R8ErrorData none((boost::shared_ptr<ICIMClass>()));
   EXPECT_EQ(none.getMachineType(), "");
   EXPECT_THROW(none.getData(), TAssertionFailure);
 }
 
-TEST_F(TAssembly, TheClassLivesAsLongAsTheCollector) {
+TEST_F(Assembly, TheClassLivesAsLongAsTheCollector) {
   const auto cimClass = ns->AddClass(Chip().MaxInstances(0));
   const auto before = cimClass.use_count();
   {

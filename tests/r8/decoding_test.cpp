@@ -14,7 +14,7 @@ using TNumbers = std::vector<unsigned int>;
 
 const TNumbers kDecoded = {0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0};
 
-class TDecoding : public TRegisterTest {
+class Decoding : public TRegisterTest {
  protected:
   // The value of the class's only register, "R".
   TCIMValue Value(const TClassBuilder& definition, int index = 0, const std::string& name = kVoMemory) {
@@ -35,45 +35,45 @@ class TDecoding : public TRegisterTest {
   }
 };
 
-TEST_F(TDecoding, EightByteFamilyWith64Bits) {
+TEST_F(Decoding, EightByteFamilyWith64Bits) {
   const TCIMValue value = Decoded("4411", 8, OneToEight());
   EXPECT_EQ(NumbersOf(value), kDecoded);
   EXPECT_EQ(value.GetDeclaredSize(), 8U) << "which cuts nothing: all 14 are there";
   EXPECT_EQ(value.GetType().GetCode(), TType::kUint8);
 }
 
-TEST_F(TDecoding, EightByteFamilyWith32Bits) {
+TEST_F(Decoding, EightByteFamilyWith32Bits) {
   EXPECT_EQ(NumbersOf(Decoded("4524", 4, OneToEight())),
             (TNumbers{0xAB, 0xCD, 0xEF, 0x0C, 7, 6, 5, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF}));
 }
 
-TEST_F(TDecoding, LabelledFamilyWith64BitsGivesTheSame) {
+TEST_F(Decoding, LabelledFamilyWith64BitsGivesTheSame) {
   const TCIMValue value = Decoded("6203", 8, OneToEight());
   EXPECT_EQ(NumbersOf(value), kDecoded);
   EXPECT_EQ(value.GetDeclaredSize(), 14U);
 }
 
 // The fold ORs byte 2 of the label (value byte 0) with byte 6 of the record (value byte 1): 1 | 2 = 3.
-TEST_F(TDecoding, LabelledFamilyWith32BitsFoldsTheLabel) {
+TEST_F(Decoding, LabelledFamilyWith32BitsFoldsTheLabel) {
   EXPECT_EQ(NumbersOf(Decoded("6203", 4, OneToEight())),
             (TNumbers{0xAB, 0xCD, 0xEF, 4, 3, 2, 3, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF}));
 }
 
-TEST_F(TDecoding, OnlyMaxLenFourIs32Bits) {
+TEST_F(Decoding, OnlyMaxLenFourIs32Bits) {
   for (const std::uint32_t maxLen : {0U, 1U, 2U, 5U, 8U, 14U, 6U, 0xFFFFFFFFU}) {
     StartAnew();
     EXPECT_EQ(NumbersOf(Decoded("4523", maxLen, OneToEight())), kDecoded) << maxLen;
   }
 }
 
-TEST_F(TDecoding, MaxLenIsConvertedByTheHost) {
+TEST_F(Decoding, MaxLenIsConvertedByTheHost) {
   SetMachineType("4411");
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   EXPECT_EQ(NumbersOf(Value(Chip().Bytes("R", {{"Offset", TCIMValue("0x10")}, {"MaxLen", TCIMValue("4")}}))).back(),
             0xEFU);
 }
 
-TEST_F(TDecoding, AnswersOfEveryLengthInBothFamilies) {
+TEST_F(Decoding, AnswersOfEveryLengthInBothFamilies) {
   const TBytes full = RegisterData({1, 2, 3, 4, 5, 6, 7, 8}, {0x81, 0x82, 0x83, 0x84, 0x85, 0x86});
   for (const char* const machineType : {"4411", "6203"}) {
     const bool raw = machineType == std::string("4411");
@@ -98,13 +98,13 @@ TEST_F(TDecoding, AnswersOfEveryLengthInBothFamilies) {
   }
 }
 
-TEST_F(TDecoding, ALostAnswerDumpsTheWholeEmptyRecord) {
+TEST_F(Decoding, ALostAnswerDumpsTheWholeEmptyRecord) {
   sp.Expect(Register(0, 0xABCDEF).Lost());
   ExpectTypedNull(Value(Chip().Register("R", 0xABCDEF, 8)), 14);
   EXPECT_EQ(logger.Count(Debug("Contents of registerData:\n\n0 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 \n")), 1U);
 }
 
-TEST_F(TDecoding, TheTraceOfOneRegister) {
+TEST_F(Decoding, TheTraceOfOneRegister) {
   Decoded("4411", 8, OneToEight());
   std::vector<TLine> lines = logger.Lines();
   ASSERT_EQ(lines.size(), 8U);
@@ -118,7 +118,7 @@ TEST_F(TDecoding, TheTraceOfOneRegister) {
           Debug("Register data value {171, 205, 239, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}")}));
 }
 
-TEST_F(TDecoding, TheTraceOfAFailedRegister) {
+TEST_F(Decoding, TheTraceOfAFailedRegister) {
   Decoded("", 8, {});
   std::vector<TLine> lines = logger.Lines();
   lines.erase(lines.begin() + 2);
@@ -130,7 +130,7 @@ TEST_F(TDecoding, TheTraceOfAFailedRegister) {
                                 Debug("Size of cimvalues 0"), Debug("Register data value ")}));
 }
 
-TEST_F(TDecoding, ANegativeIndexReadsNothing) {
+TEST_F(Decoding, ANegativeIndexReadsNothing) {
   const TCIMValue value = Value(Chip().Register("R", 0xABCDEF, 8), -1);
   EXPECT_TRUE(value.IsNull());
   EXPECT_FALSE(value.IsArray());
@@ -141,7 +141,7 @@ TEST_F(TDecoding, ANegativeIndexReadsNothing) {
                                 Debug("Size of cimvalues 0"), Debug("Register data value ")}));
 }
 
-TEST_F(TDecoding, BridgesAreNumberedFromOneAndEverythingElseIsChipZero) {
+TEST_F(Decoding, BridgesAreNumberedFromOneAndEverythingElseIsChipZero) {
   struct TCase {
     const char* name;
     int index;
@@ -158,13 +158,13 @@ TEST_F(TDecoding, BridgesAreNumberedFromOneAndEverythingElseIsChipZero) {
   }
 }
 
-TEST_F(TDecoding, TheTopAddressByteIsLostEverywhere) {
+TEST_F(Decoding, TheTopAddressByteIsLostEverywhere) {
   sp.Expect(Register(0, 0xABCDEF).Answers(OneToEight()));
   EXPECT_EQ(NumbersOf(Value(Chip().Register("R", 0x12ABCDEF, 8))), kDecoded);
   EXPECT_EQ(logger.StartingWith("R\n\t at 313249263 with length 14\n").size(), 1U) << "but not in the trace";
 }
 
-TEST_F(TDecoding, TheDeclaredTypeIsKept) {
+TEST_F(Decoding, TheDeclaredTypeIsKept) {
   sp.Expect(Register(0, 0xABCDEF).Answers(OneToEight()));
   const TCIMValue value =
       Value(Chip().Property(TType::kUint16, "R", true,
@@ -173,14 +173,14 @@ TEST_F(TDecoding, TheDeclaredTypeIsKept) {
   EXPECT_EQ(NumbersOf(value), kDecoded);
 }
 
-TEST_F(TDecoding, AFailingOffsetIsLoggedAndReadsAddressZero) {
+TEST_F(Decoding, AFailingOffsetIsLoggedAndReadsAddressZero) {
   probe.FailAt("R.GetQualifier(Offset) {}", 1);
   sp.Expect(Register(0, 0).Answers(OneToEight()));
   EXPECT_EQ(NumbersOf(Value(Chip().Register("R", 0xABCDEF, 8))), (TNumbers{0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
   EXPECT_EQ(logger.Lines().front(), Debug("Getting Qualifier 'Offset' Failed"));
 }
 
-TEST_F(TDecoding, ANullOffsetReadsAddressZero) {
+TEST_F(Decoding, ANullOffsetReadsAddressZero) {
   TCIMValue null;
   null.SetNullValue(TType::kUint32, 0);
   sp.Expect(Register(0, 0).Fails(0xCB));
@@ -188,7 +188,7 @@ TEST_F(TDecoding, ANullOffsetReadsAddressZero) {
   EXPECT_EQ(logger.Count(Debug("Getting Qualifier 'Offset' Failed")), 0U);
 }
 
-TEST_F(TDecoding, AnAbsentQualifierAsserts) {
+TEST_F(Decoding, AnAbsentQualifierAsserts) {
   EXPECT_THROW(Value(Chip().Bytes("R", {{"MaxLen", Number(TType::kUint32, 8)}})), TAssertionFailure);
   collector.reset();
   EXPECT_THROW(Value(Chip(kVoBridge).Bytes("R", {{"Offset", Number(TType::kUint32, 1)}}), 0, kVoBridge),
@@ -196,7 +196,7 @@ TEST_F(TDecoding, AnAbsentQualifierAsserts) {
   EXPECT_TRUE(logger.Lines().empty()) << "no read takes place";
 }
 
-TEST_F(TDecoding, OtherFailuresPropagate) {
+TEST_F(Decoding, OtherFailuresPropagate) {
   probe.FailAt("R.GetQualifier(MaxLen) {}", 13);
   EXPECT_THROW(Value(Chip().Register("R", 1, 8)), TVELException);
   collector.reset();
@@ -204,13 +204,13 @@ TEST_F(TDecoding, OtherFailuresPropagate) {
   EXPECT_THROW(Value(Chip(kVoBridge).Register("R", 1, 8), 0, kVoBridge), std::runtime_error);
 }
 
-TEST_F(TDecoding, AnOffsetThatIsNotANumberThrowsBeforeTheRead) {
+TEST_F(Decoding, AnOffsetThatIsNotANumberThrowsBeforeTheRead) {
   EXPECT_THROW(Value(Chip().Bytes("R", {{"Offset", TCIMValue("here")}, {"MaxLen", Number(TType::kUint32, 8)}})),
                TVELException);
   EXPECT_TRUE(logger.Lines().empty());
 }
 
-TEST_F(TDecoding, TheHostIsCalledInOrderAndOncePerUseOfTheMachineType) {
+TEST_F(Decoding, TheHostIsCalledInOrderAndOncePerUseOfTheMachineType) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   const auto property = (Collector(Chip().Register("R", 0x10, 8)), Property(kVoMemory, "R"));
   probe.Clear();

@@ -14,15 +14,15 @@ namespace {
 static_assert(std::is_standard_layout_v<IPMIRequestTorgaReg>, "no virtual operation, no base");
 static_assert(std::has_virtual_destructor_v<R8ErrorData>);
 
-class TR8Layout : public TRegisterTest {};
+class R8Layout : public TRegisterTest {};
 
-TEST_F(TR8Layout, TheTransportHoldsTheLibraryAndThenTheLogger) {
+TEST_F(R8Layout, TheTransportHoldsTheLibraryAndThenTheLogger) {
   const IPMIRequestTorgaReg transport;
   EXPECT_EQ(TTestPeer::FieldsOf(transport).library, SPLibrary::GetSplibraryInstance(0));
   EXPECT_EQ(TTestPeer::FieldsOf(transport).logger, LogMessage::getInstance());
 }
 
-TEST_F(TR8Layout, TheCollectorHoldsLoggerClassReservedTextAndTransport) {
+TEST_F(R8Layout, TheCollectorHoldsLoggerClassReservedTextAndTransport) {
   const R8ErrorData& made = Collector(Chip().MaxInstances(0));
   const auto fields = TTestPeer::FieldsOf(made);
   EXPECT_EQ(fields.logger, LogMessage::getInstance());
@@ -32,13 +32,13 @@ TEST_F(TR8Layout, TheCollectorHoldsLoggerClassReservedTextAndTransport) {
   EXPECT_EQ(TTestPeer::FieldsOf(*fields.transport).logger, LogMessage::getInstance());
 }
 
-TEST_F(TR8Layout, TheReservedTextStaysEmpty) {
+TEST_F(R8Layout, TheReservedTextStaysEmpty) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
   Collector(Chip().MaxInstances(1).Register("R", 0x10, 8)).getData();
   EXPECT_EQ(TTestPeer::FieldsOf(*collector).reserved, "");
 }
 
-TEST_F(TR8Layout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<R8ErrorData>(), 2U); }
+TEST_F(R8Layout, TheCollectorsVirtualTableHasOnlyTheDestructors) { EXPECT_EQ(SlotsOf<R8ErrorData>(), 2U); }
 
 }  // namespace
 }  // namespace tests

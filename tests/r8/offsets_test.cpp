@@ -11,7 +11,7 @@ namespace {
 
 using TNumbers = std::vector<unsigned int>;
 
-class TOffsets : public TRegisterTest {
+class Offsets : public TRegisterTest {
  protected:
   // The value of a register whose reads succeed (true) or fail (false), in order of its addresses.
   TCIMValue Value(const std::vector<bool>& answers, std::uint32_t maxLen = 8) {
@@ -25,11 +25,11 @@ class TOffsets : public TRegisterTest {
   }
 };
 
-TEST_F(TOffsets, AnArrayOfOneAddressActsLikeAScalar) {
+TEST_F(Offsets, AnArrayOfOneAddressActsLikeAScalar) {
   EXPECT_EQ(NumbersOf(Value({true})), (TNumbers{0x11, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
 }
 
-TEST_F(TOffsets, TwoReadsAreNotConvertedAndGiveNull) {
+TEST_F(Offsets, TwoReadsAreNotConvertedAndGiveNull) {
   SetMachineType("4411");
   const TCIMValue value = Value({true, true});
   EXPECT_TRUE(value.IsNull());
@@ -41,7 +41,7 @@ TEST_F(TOffsets, TwoReadsAreNotConvertedAndGiveNull) {
   EXPECT_EQ(logger.Lines().back(), Debug("Register data value "));
 }
 
-TEST_F(TOffsets, OneReadOfSeveralIsConvertedWithTheLastAddress) {
+TEST_F(Offsets, OneReadOfSeveralIsConvertedWithTheLastAddress) {
   for (const std::vector<bool>& answers : std::vector<std::vector<bool>>{{true, false}, {false, true}}) {
     StartAnew();
     EXPECT_EQ(NumbersOf(Value(answers)), (TNumbers{0x11, 0, 1, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
@@ -50,7 +50,7 @@ TEST_F(TOffsets, OneReadOfSeveralIsConvertedWithTheLastAddress) {
   EXPECT_EQ(NumbersOf(Value({false, true, false})), (TNumbers{0x11, 0, 2, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
 }
 
-TEST_F(TOffsets, EveryOtherNumberOfReadsGivesNull) {
+TEST_F(Offsets, EveryOtherNumberOfReadsGivesNull) {
   for (const std::vector<bool>& answers :
        std::vector<std::vector<bool>>{{}, {false}, {false, false}, {true, true, true}, {true, false, true}}) {
     StartAnew();
@@ -58,13 +58,13 @@ TEST_F(TOffsets, EveryOtherNumberOfReadsGivesNull) {
   }
 }
 
-TEST_F(TOffsets, WithoutAddressesNothingIsReadOrLogged) {
+TEST_F(Offsets, WithoutAddressesNothingIsReadOrLogged) {
   EXPECT_TRUE(Value({}).IsNull());
   EXPECT_EQ(logger.Lines(), (std::vector<TLine>{Debug("Displaying messenger\n"), Debug("Size of cimvalues 0"),
                                                 Debug("Register data value ")}));
 }
 
-TEST_F(TOffsets, TheTranscriptGrowsWithEachAddress) {
+TEST_F(Offsets, TheTranscriptGrowsWithEachAddress) {
   SetMachineType("4523");
   Value({true, false});
   const std::string first = "R\n\t at 1114112 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n";
@@ -74,7 +74,7 @@ TEST_F(TOffsets, TheTranscriptGrowsWithEachAddress) {
           Debug(first), Debug(first + " at 1114113 with length 8\nAbout to call the BMC.. \n2MachineType = 4523\n")}));
 }
 
-TEST_F(TOffsets, TheRecordIsZeroedBeforeEachRead) {
+TEST_F(Offsets, TheRecordIsZeroedBeforeEachRead) {
   SetMachineType("4411");
   Value({true, false});
   // The answer of the failed read has no data, so one byte of the zeroed record is shown.
@@ -83,13 +83,13 @@ TEST_F(TOffsets, TheRecordIsZeroedBeforeEachRead) {
                                 Debug("Contents of registerData:\n\n0 \n")}));
 }
 
-TEST_F(TOffsets, AnElementThatIsNotANumberEndsTheReads) {
+TEST_F(Offsets, AnElementThatIsNotANumberEndsTheReads) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   Collector(Chip().Bytes("R", {{"Offset", Strings({"16", "x"})}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_THROW(collector->getRegisterData(Property(kVoMemory, "R"), 0), TVELException);
 }
 
-class TSelection : public TRegisterTest {
+class Selection : public TRegisterTest {
  protected:
   void ExpectRead(std::uint32_t address) { sp.Expect(Register(0, address).Answers(OneToEight())); }
   std::vector<std::string> Names(const TPropertyMap& map) {
@@ -99,7 +99,7 @@ class TSelection : public TRegisterTest {
   }
 };
 
-TEST_F(TSelection, OwnAndDirectlyInheritedPropertiesAreRead) {
+TEST_F(Selection, OwnAndDirectlyInheritedPropertiesAreRead) {
   ns->AddClass(TClassBuilder("GRANDPARENT", "KROSG_StatisticBase").Register("Far", 0x30, 8));
   ns->AddClass(TClassBuilder("PARENT", "GRANDPARENT").Register("Near", 0x20, 8));
   ExpectRead(0x20);
@@ -108,7 +108,7 @@ TEST_F(TSelection, OwnAndDirectlyInheritedPropertiesAreRead) {
             (std::vector<std::string>{"Near", "Own"}));
 }
 
-TEST_F(TSelection, APropertyOfAnUnrelatedClassIsNotRead) {
+TEST_F(Selection, APropertyOfAnUnrelatedClassIsNotRead) {
   const auto unrelated = ns->AddClass(TClassBuilder("UNRELATED").Register("Elsewhere", 0x30, 8));
   probe.EnumerateAlso(unrelated->Properties()[unrelated->FindProperty("Elsewhere")]);
   ExpectRead(0x10);
@@ -117,13 +117,13 @@ TEST_F(TSelection, APropertyOfAnUnrelatedClassIsNotRead) {
             (std::vector<std::string>{"Elsewhere.GetName() {}", "Elsewhere.GetClassOrigin() {}"}));
 }
 
-TEST_F(TSelection, AnOverridingPropertyKeepsItsOriginAndIsSkipped) {
+TEST_F(Selection, AnOverridingPropertyKeepsItsOriginAndIsSkipped) {
   ns->AddClass(TClassBuilder("GRANDPARENT", "KROSG_StatisticBase").Register("Far", 0x30, 8));
   ns->AddClass(TClassBuilder("PARENT", "GRANDPARENT"));
   EXPECT_TRUE(Collector(TClassBuilder(kVoMemory, "PARENT").Register("Far", 0x10, 8)).getRegisterValues(0).empty());
 }
 
-TEST_F(TSelection, IdentificationIsNeverRead) {
+TEST_F(Selection, IdentificationIsNeverRead) {
   TClassBuilder definition = TClassBuilder(kVoMemory, "PARENT");
   ns->AddClass(TClassBuilder("PARENT"));
   for (const char* const name : {"MachineType", "DateTimeOfCollection", "StatisticTime", "InstanceID", "ElementName"}) {
@@ -134,25 +134,25 @@ TEST_F(TSelection, IdentificationIsNeverRead) {
   EXPECT_EQ(Names(Collector(definition).getRegisterValues(0)), std::vector<std::string>{"machinetype_"});
 }
 
-TEST_F(TSelection, SkippedNamesAreCaseSensitive) {
+TEST_F(Selection, SkippedNamesAreCaseSensitive) {
   ns->AddClass(TClassBuilder("PARENT"));
   ExpectRead(0x20);
   EXPECT_EQ(Names(Collector(TClassBuilder(kVoMemory, "PARENT").Register("ELEMENTNAME", 0x20, 8)).getRegisterValues(0)),
             std::vector<std::string>{"ELEMENTNAME"});
 }
 
-TEST_F(TSelection, NullValuesAreLeftOut) {
+TEST_F(Selection, NullValuesAreLeftOut) {
   sp.Expect(Register(0, 0x10).Lost());
   ExpectRead(0x20);
   EXPECT_EQ(Names(Collector(Chip().Register("A", 0x10, 8).Register("B", 0x20, 8)).getRegisterValues(0)),
             std::vector<std::string>{"B"});
 }
 
-TEST_F(TSelection, ANegativeIndexLeavesEverythingOut) {
+TEST_F(Selection, ANegativeIndexLeavesEverythingOut) {
   EXPECT_TRUE(Collector(Chip().Register("A", 0x10, 8)).getRegisterValues(-1).empty());
 }
 
-TEST_F(TSelection, TheFirstOfTwoPropertiesWithTheSameNameWins) {
+TEST_F(Selection, TheFirstOfTwoPropertiesWithTheSameNameWins) {
   probe.EnumeratePropertiesTwice();
   ExpectRead(0x10);
   sp.Expect(Register(0, 0x10).Answers(RegisterData({9, 9, 9, 9, 9, 9, 9, 9})));
@@ -160,11 +160,11 @@ TEST_F(TSelection, TheFirstOfTwoPropertiesWithTheSameNameWins) {
   EXPECT_EQ(NumbersOf(map.at("A")), (TNumbers{0, 0, 0x10, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0}));
 }
 
-TEST_F(TSelection, AClassWithoutASuperClassAsserts) {
+TEST_F(Selection, AClassWithoutASuperClassAsserts) {
   EXPECT_THROW(Collector(TClassBuilder(kVoMemory).Register("A", 0x10, 8)).getRegisterValues(0), TAssertionFailure);
 }
 
-TEST_F(TSelection, ExceptionsFromTheEnumerationPropagate) {
+TEST_F(Selection, ExceptionsFromTheEnumerationPropagate) {
   probe.FailAt(std::string(kVoMemory) + ".EnumeratePropertyDecls() {}", 1);
   EXPECT_THROW(Collector(Chip()).getRegisterValues(0), TVELException);
 }

@@ -14,9 +14,9 @@
 namespace tests {
 namespace {
 
-class TReadOrder : public TRegisterTest {};
+class ReadOrder : public TRegisterTest {};
 
-TEST_F(TReadOrder, ThirteenBytesOfDataAreABadAnswerWithAnyCompletionCode) {
+TEST_F(ReadOrder, ThirteenBytesOfDataAreABadAnswerWithAnyCompletionCode) {
   sp.Expect(Register(7, 0x345678).Answers(TBytes(13, 0)));
   IPMIRequestTorgaReg transport;
   TBytes out(14);
@@ -26,7 +26,7 @@ TEST_F(TReadOrder, ThirteenBytesOfDataAreABadAnswerWithAnyCompletionCode) {
                                                       DumpText({1, 32, 58, 0, 0, 13}, 257) + "Bad RC from ipmi cmd."));
 }
 
-TEST_F(TReadOrder, TheTranscriptOfATimestampDoesNotMentionACompletionCode) {
+TEST_F(ReadOrder, TheTranscriptOfATimestampDoesNotMentionACompletionCode) {
   sp.Expect(Timestamp().Answers({1, 2, 3, 4}).WithCode(0xCB));
   IPMIRequestTorgaReg transport;
   TBytes out(4);
@@ -36,7 +36,7 @@ TEST_F(TReadOrder, TheTranscriptOfATimestampDoesNotMentionACompletionCode) {
                                                 Verbose("Command completed checking success...\n")}));
 }
 
-TEST_F(TReadOrder, ARequestIsLoggedBeforeItIsSent) {
+TEST_F(ReadOrder, ARequestIsLoggedBeforeItIsSent) {
   IPMIRequestTorgaReg transport;
   TBytes out(14);
   unsigned short length = 0;
@@ -47,7 +47,7 @@ TEST_F(TReadOrder, ARequestIsLoggedBeforeItIsSent) {
   EXPECT_TRUE(sp.PresetLengths().empty()) << "nothing was sent";
 }
 
-TEST_F(TReadOrder, EveryDeclarationCausesFourNameQueries) {
+TEST_F(ReadOrder, EveryDeclarationCausesFourNameQueries) {
   // First the inherited identification property, which is not read, then R.
   ns->AddClass(TClassBuilder("PARENT").Text("InstanceID"));
   sp.Expect(Register(0, 0x10).Fails(0xCB));
@@ -65,7 +65,7 @@ TEST_F(TReadOrder, EveryDeclarationCausesFourNameQueries) {
                                       own + "GetSuperClass() {}", "PARENT.GetName() {}"}));
 }
 
-TEST_F(TReadOrder, TheNameOfARegisterThatAnswersIsQueriedTwice) {
+TEST_F(ReadOrder, TheNameOfARegisterThatAnswersIsQueriedTwice) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   ns->AddClass(TClassBuilder("PARENT"));
   Collector(TClassBuilder(kVoMemory, "PARENT").Register("R", 0x10, 8));
@@ -83,7 +83,7 @@ TEST_F(TReadOrder, TheNameOfARegisterThatAnswersIsQueriedTwice) {
                                       own + "GetNamespace() {}", "namespace.GetMachineType()", "R.GetType() {}"}));
 }
 
-TEST_F(TReadOrder, TheInstanceCountIsLoggedBeforeTheClassNameIsQueried) {
+TEST_F(ReadOrder, TheInstanceCountIsLoggedBeforeTheClassNameIsQueried) {
   Collector(Chip().MaxInstances(2));
   probe.Clear();
   logger.FailAt("Class supports 2 instances on this machine");
@@ -91,7 +91,7 @@ TEST_F(TReadOrder, TheInstanceCountIsLoggedBeforeTheClassNameIsQueried) {
   EXPECT_EQ(probe.Calls(), std::vector<std::string>{std::string(kVoMemory) + ".GetQualifier(MaxInstanceCount) {}"});
 }
 
-TEST_F(TReadOrder, TheConvertedBytesAreLoggedBeforeTheTypeIsQueried) {
+TEST_F(ReadOrder, TheConvertedBytesAreLoggedBeforeTheTypeIsQueried) {
   sp.Expect(Register(0, 0x10).Answers(OneToEight()));
   Collector(Chip().Register("R", 0x10, 8));
   const auto property = Property(kVoMemory, "R");
@@ -101,12 +101,12 @@ TEST_F(TReadOrder, TheConvertedBytesAreLoggedBeforeTheTypeIsQueried) {
   EXPECT_EQ(beforeLast, "Displaying messenger\n");
 }
 
-TEST_F(TReadOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
+TEST_F(ReadOrder, AClassWithoutSuperclassAssertsEvenIfNothingIsToBeRead) {
   Collector(TClassBuilder(kVoMemory).Text("InstanceID"));
   EXPECT_THROW(collector->getRegisterValues(0), TAssertionFailure);
 }
 
-TEST_F(TReadOrder, TheDeclaredTypeIsQueriedEvenAfterAFailedRead) {
+TEST_F(ReadOrder, TheDeclaredTypeIsQueriedEvenAfterAFailedRead) {
   sp.Expect(Register(0, 0x10).Fails(0xCB));
   Collector(Chip().Register("R", 0x10, 8));
   const auto property = Property(kVoMemory, "R");
@@ -115,7 +115,7 @@ TEST_F(TReadOrder, TheDeclaredTypeIsQueriedEvenAfterAFailedRead) {
   EXPECT_EQ(probe.CallsWith("R.GetType"), std::vector<std::string>{"R.GetType() {}"});
 }
 
-TEST_F(TReadOrder, ANullArrayOfAddressesReadsNothing) {
+TEST_F(ReadOrder, ANullArrayOfAddressesReadsNothing) {
   TCIMValue none(TType::kUint32, 0, {});
   Collector(Chip().Bytes("R", {{"Offset", none}, {"MaxLen", Number(TType::kUint32, 8)}}));
   EXPECT_TRUE(collector->getRegisterData(Property(kVoMemory, "R"), 0).IsNull());
@@ -123,7 +123,7 @@ TEST_F(TReadOrder, ANullArrayOfAddressesReadsNothing) {
   EXPECT_EQ(logger.Count(Debug("Displaying messenger\n")), 1U);
 }
 
-TEST_F(TReadOrder, AnInstanceHasTheGivenElementName) {
+TEST_F(ReadOrder, AnInstanceHasTheGivenElementName) {
   sp.Expect({Register(0, 0x10).Answers(OneToEight()), Timestamp().Fails(0xCB)});
   Collector(Chip().Register("R", 0x10, 8));
   const TPropertyMap map = collector->getInstanceData("any name", 4);
@@ -158,7 +158,7 @@ class TShortLivedClass : public ICIMClass {
   std::string& name_;
 };
 
-TEST_F(TReadOrder, NamesAreNotUsedAfterTheirClassObjectIsGone) {
+TEST_F(ReadOrder, NamesAreNotUsedAfterTheirClassObjectIsGone) {
   class TDeclaration : public ICIMPropertyDecl {
    public:
     const std::string& GetName(const TPropertyMap&) const override { return name_; }

@@ -8,9 +8,9 @@
 namespace tests {
 namespace {
 
-class TTimestamp : public TRegisterTest {
+class CaptureTime : public TRegisterTest {
  protected:
-  TTimestamp() { Collector(Chip().MaxInstances(1)); }
+  CaptureTime() { Collector(Chip().MaxInstances(1)); }
   TCIMValue Time(const TStep& step) {
     sp.Expect(step);
     return collector->getTimeStampValue();
@@ -21,7 +21,7 @@ class TTimestamp : public TRegisterTest {
   }
 };
 
-TEST_F(TTimestamp, TheLastTwoBytesAreSecondsOfTheFirstOfJanuary1970) {
+TEST_F(CaptureTime, TheLastTwoBytesAreSecondsOfTheFirstOfJanuary1970) {
   // 0x5678 = 22136 s = 6 h 8 min 56 s.
   EXPECT_EQ(TimeIn("UTC0", {0x12, 0x34, 0x56, 0x78}), "19700101060856.000000+000");
   EXPECT_EQ(TimeIn("UTC0", {0xFF, 0xFF, 0x56, 0x78}), "19700101060856.000000+000");
@@ -30,7 +30,7 @@ TEST_F(TTimestamp, TheLastTwoBytesAreSecondsOfTheFirstOfJanuary1970) {
   EXPECT_EQ(TimeIn("UTC0", {0, 0, 0xFF, 0xFF}), "19700101181215.000000+000");  // 65535 s
 }
 
-TEST_F(TTimestamp, TheOffsetIsTheLocalZonesAndTheFieldsAreUtc) {
+TEST_F(CaptureTime, TheOffsetIsTheLocalZonesAndTheFieldsAreUtc) {
   const TBytes bytes = {0, 0, 0x56, 0x78};
   EXPECT_EQ(TimeIn("CET-1CEST", bytes), "19700101060856.000000+060");
   EXPECT_EQ(TimeIn("EST5EDT", bytes), "19700101060856.000000-300");
@@ -40,18 +40,18 @@ TEST_F(TTimestamp, TheOffsetIsTheLocalZonesAndTheFieldsAreUtc) {
   EXPECT_EQ(TimeIn("<-12>12", bytes), "19700101060856.000000-720");
 }
 
-TEST_F(TTimestamp, OffsetSecondsAreTruncatedTowardsZero) {
+TEST_F(CaptureTime, OffsetSecondsAreTruncatedTowardsZero) {
   EXPECT_EQ(TimeIn("XXX0:01:30", {0, 0, 0, 0}), "19700101000000.000000-001");
   EXPECT_EQ(TimeIn("AAA-0:01:30", {0, 0, 0, 0}), "19700101000000.000000+001");
   EXPECT_EQ(TimeIn("XXX0:00:59", {0, 0, 0, 0}), "19700101000000.000000+000");
 }
 
-TEST_F(TTimestamp, TheZoneIsLookedUpForEveryReading) {
+TEST_F(CaptureTime, TheZoneIsLookedUpForEveryReading) {
   EXPECT_EQ(TimeIn("EST5EDT", {0, 0, 0, 1}), "19700101000001.000000-300");
   EXPECT_EQ(TimeIn("CET-1CEST", {0, 0, 0, 1}), "19700101000001.000000+060");
 }
 
-TEST_F(TTimestamp, LogsItsTranscript) {
+TEST_F(CaptureTime, LogsItsTranscript) {
   TimeIn("UTC0", {0x12, 0x34, 0x56, 0x78});
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{Debug("Entered get time stamp request"),
@@ -59,13 +59,13 @@ TEST_F(TTimestamp, LogsItsTranscript) {
                                 Debug("TimeStamp Size and Value4\n\nDate and Time19700101060856.000000+000")}));
 }
 
-TEST_F(TTimestamp, TheTranscriptShowsTheLengthThatTheBmcReported) {
+TEST_F(CaptureTime, TheTranscriptShowsTheLengthThatTheBmcReported) {
   const TTimeZone scope("UTC0");
   Time(Timestamp().Answers({0, 0, 0, 1, 9, 9}));
   EXPECT_EQ(logger.Lines().back(), Debug("TimeStamp Size and Value6\n\nDate and Time19700101000001.000000+000"));
 }
 
-TEST_F(TTimestamp, AFailedReadGivesNullAndADebugLineWithoutAFullStop) {
+TEST_F(CaptureTime, AFailedReadGivesNullAndADebugLineWithoutAFullStop) {
   for (const TStep& step : {Timestamp().Fails(0xCB), Timestamp().Lost(), Timestamp().Answers({1, 2, 3}),
                             Timestamp().Answers({1, 2, 3, 4}).WithLength(12)}) {
     EXPECT_TRUE(Time(step).IsNull());

@@ -9,9 +9,9 @@
 namespace tests {
 namespace {
 
-class TR8Trace : public TPluginTest {
+class R8Trace : public TPluginTest {
  protected:
-  TR8Trace() {
+  R8Trace() {
     AddStatisticBase();
     for (const char* const base :
          {"KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"}) {
@@ -27,7 +27,7 @@ class TR8Trace : public TPluginTest {
   TTimeZone zone{"CET-1"};
 };
 
-TEST_F(TR8Trace, TwoBridgesOneOfWhichRefusesARegister) {
+TEST_F(R8Trace, TwoBridgesOneOfWhichRefusesARegister) {
   sp.Expect(
       {Register(1, 0xABCDEF).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8}, {0x81, 0x82, 0x83, 0x84, 0x85, 0x86})),
        Register(1, 0x001000).Answers(RegisterData({0x10, 0x20, 0x30, 0x40, 0x50, 0x60, 0x70, 0x80})),

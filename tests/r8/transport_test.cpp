@@ -18,7 +18,7 @@ TBytes Distinct(std::size_t count) {
 
 const TBytes kUntouched(14, 0x77);
 
-class TTransport : public TPartTest {
+class Transport : public TPartTest {
  protected:
   bool ReadRegister(bool raw) { return transport.getData(7, 0x345678, out.data(), &length, raw); }
   bool ReadTime() { return transport.getTimeStamp(out.data(), &length); }
@@ -29,7 +29,7 @@ class TTransport : public TPartTest {
   unsigned short length = 9;
 };
 
-TEST_F(TTransport, ARegisterReadSendsChipAndLow24AddressBits) {
+TEST_F(Transport, ARegisterReadSendsChipAndLow24AddressBits) {
   sp.Expect(Ipmi(0, {0x01, 0x20, 0x3A, 0x00, 0x62, 0x04, 0x00, 0x00, 0x00, 0x07, 0x34, 0x56, 0x78}).Lost());
   EXPECT_FALSE(transport.getData(7, 0x12345678, out.data(), &length, true));
   sp.Expect(Ipmi(0, {0x01, 0x20, 0x3A, 0x00, 0x62, 0x04, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x01}).Lost());
@@ -37,14 +37,14 @@ TEST_F(TTransport, ARegisterReadSendsChipAndLow24AddressBits) {
   EXPECT_EQ(sp.PresetLengths(), (std::vector<int>{256, 256}));
 }
 
-TEST_F(TTransport, ARawReadGivesTheEightValueBytesAndNothingElse) {
+TEST_F(Transport, ARawReadGivesTheEightValueBytesAndNothingElse) {
   sp.Expect(Expected().Answers(Distinct(14)));
   EXPECT_TRUE(ReadRegister(true));
   EXPECT_EQ(out, (TBytes{1, 2, 3, 4, 5, 6, 7, 8, 0x77, 0x77, 0x77, 0x77, 0x77, 0x77}));
   EXPECT_EQ(length, 14);
 }
 
-TEST_F(TTransport, ALabelledReadIsCutOutOneByteLate) {
+TEST_F(Transport, ALabelledReadIsCutOutOneByteLate) {
   // Buffer bytes 13-15 are the last two bytes of the header and the first of the value; byte 23 comes after
   // the 14 data bytes and is zero.
   sp.Expect(Expected().Answers(Distinct(14)));
@@ -56,7 +56,7 @@ TEST_F(TTransport, ALabelledReadIsCutOutOneByteLate) {
   EXPECT_EQ(length, 15);
 }
 
-TEST_F(TTransport, AnswersOfEveryLength) {
+TEST_F(Transport, AnswersOfEveryLength) {
   for (std::size_t count = 0; count <= 30; ++count) {
     for (const bool raw : {true, false}) {
       out = kUntouched;
@@ -68,7 +68,7 @@ TEST_F(TTransport, AnswersOfEveryLength) {
   }
 }
 
-TEST_F(TTransport, TheDataLengthByteDecidesNotTheLibrarysLength) {
+TEST_F(Transport, TheDataLengthByteDecidesNotTheLibrarysLength) {
   for (const int lie : {0, 13, 70000, -1}) {
     sp.Expect(Expected().Answers(Distinct(14)).WithLength(lie));
     EXPECT_TRUE(ReadRegister(true));
@@ -83,7 +83,7 @@ TEST_F(TTransport, TheDataLengthByteDecidesNotTheLibrarysLength) {
   EXPECT_EQ(length, 247);
 }
 
-TEST_F(TTransport, ACompletionCodeFailsWithTheDataLength) {
+TEST_F(Transport, ACompletionCodeFailsWithTheDataLength) {
   for (const std::uint8_t code : TBytes{0xC1, 0x01, 0xFF}) {
     sp.Expect(Expected().Answers(Distinct(20)).WithCode(code));
     EXPECT_FALSE(ReadRegister(true));
@@ -92,14 +92,14 @@ TEST_F(TTransport, ACompletionCodeFailsWithTheDataLength) {
   }
 }
 
-TEST_F(TTransport, ALostAnswerLeavesTheLengthPreset) {
+TEST_F(Transport, ALostAnswerLeavesTheLengthPreset) {
   sp.Expect(Expected().Lost());
   EXPECT_FALSE(ReadRegister(true));
   EXPECT_EQ(length, 256);
   EXPECT_EQ(out, kUntouched);
 }
 
-TEST_F(TTransport, TheTranscriptOfARegisterRead) {
+TEST_F(Transport, TheTranscriptOfARegisterRead) {
   sp.Expect(Expected().Answers(Distinct(14)));
   ReadRegister(true);
   const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
@@ -111,7 +111,7 @@ TEST_F(TTransport, TheTranscriptOfARegisterRead) {
                                                         DumpText(received, 257))}));
 }
 
-TEST_F(TTransport, TheTranscriptOfABadRegisterRead) {
+TEST_F(Transport, TheTranscriptOfABadRegisterRead) {
   sp.Expect(Expected().Fails(0xCB));
   ReadRegister(true);
   const std::string& text = logger.Lines().at(1).message;
@@ -120,7 +120,7 @@ TEST_F(TTransport, TheTranscriptOfABadRegisterRead) {
       << text;
 }
 
-TEST_F(TTransport, TheTranscriptOfALostRegisterReadEndsAfterTheRequest) {
+TEST_F(Transport, TheTranscriptOfALostRegisterReadEndsAfterTheRequest) {
   sp.Expect(Expected().Lost());
   ReadRegister(true);
   const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
@@ -128,7 +128,7 @@ TEST_F(TTransport, TheTranscriptOfALostRegisterReadEndsAfterTheRequest) {
   EXPECT_EQ(logger.Lines().size(), 2U);
 }
 
-TEST_F(TTransport, ATimestampReadSendsNoData) {
+TEST_F(Transport, ATimestampReadSendsNoData) {
   sp.Expect(Ipmi(0, {0x01, 0x20, 0x3A, 0x00, 0x6F}).Answers({0x12, 0x34, 0x56, 0x78}));
   EXPECT_TRUE(ReadTime());
   EXPECT_EQ(TBytes(out.begin(), out.begin() + 5), (TBytes{0x12, 0x34, 0x56, 0x78, 0x77}));
@@ -139,7 +139,7 @@ TEST_F(TTransport, ATimestampReadSendsNoData) {
                                                         "\nThe response length is 4")}));
 }
 
-TEST_F(TTransport, TimestampAnswersOfEveryLength) {
+TEST_F(Transport, TimestampAnswersOfEveryLength) {
   // The check applies to the whole length: nine bytes and the four of the timestamp are 13.
   for (std::size_t count = 0; count <= 30; ++count) {
     out = kUntouched;
@@ -150,14 +150,14 @@ TEST_F(TTransport, TimestampAnswersOfEveryLength) {
   }
 }
 
-TEST_F(TTransport, AShortTimestampFailsWithoutAnErrorText) {
+TEST_F(Transport, AShortTimestampFailsWithoutAnErrorText) {
   sp.Expect(Timestamp().Answers({1, 2, 3}));
   EXPECT_FALSE(ReadTime());
   EXPECT_EQ(length, 12);
   EXPECT_EQ(logger.OfSeverity(4), std::vector<TLine>{Verbose("Command completed checking success...\n")});
 }
 
-TEST_F(TTransport, ATimestampIsCheckedByTheLibrarysLength) {
+TEST_F(Transport, ATimestampIsCheckedByTheLibrarysLength) {
   struct TCase {
     int lie;
     bool good;
@@ -175,7 +175,7 @@ TEST_F(TTransport, ATimestampIsCheckedByTheLibrarysLength) {
   EXPECT_EQ(length, 200);
 }
 
-TEST_F(TTransport, ATimestampWithACompletionCodeFails) {
+TEST_F(Transport, ATimestampWithACompletionCodeFails) {
   sp.Expect(Timestamp().Answers({1, 2, 3, 4}).WithCode(0xCB));
   EXPECT_FALSE(ReadTime());
   EXPECT_EQ(length, 13);
@@ -185,14 +185,14 @@ TEST_F(TTransport, ATimestampWithACompletionCodeFails) {
   EXPECT_EQ(length, 256) << "the library hands back no more than its caller's buffer holds";
 }
 
-TEST_F(TTransport, ALostTimestampLogsNoTranscript) {
+TEST_F(Transport, ALostTimestampLogsNoTranscript) {
   sp.Expect(Timestamp().Lost());
   EXPECT_FALSE(ReadTime());
   EXPECT_EQ(length, 256);
   EXPECT_EQ(logger.Lines(), std::vector<TLine>{Debug("Entered get time stamp request")});
 }
 
-TEST_F(TTransport, TheLengthIsSetBeforeTheTranscriptIsLogged) {
+TEST_F(Transport, TheLengthIsSetBeforeTheTranscriptIsLogged) {
   sp.Expect({Expected().Lost(), Timestamp().Answers({1, 2, 3, 4})});
   const TBytes sent = {1, 32, 58, 0, 98, 4, 0, 0, 0, 7, 52, 86, 120};
   logger.FailAt("Contents of buffer to send (rspBuf):\n" + DumpText(sent, 257));
@@ -203,7 +203,7 @@ TEST_F(TTransport, TheLengthIsSetBeforeTheTranscriptIsLogged) {
   EXPECT_EQ(length, 4);
 }
 
-TEST_F(TTransport, ASlowAnswerIsWaitedFor) {
+TEST_F(Transport, ASlowAnswerIsWaitedFor) {
   sp.Expect(Timestamp().Answers({1, 2, 3, 4}).After(std::chrono::milliseconds(2)));
   EXPECT_TRUE(ReadTime());
 }

@@ -13,20 +13,20 @@
 namespace tests {
 namespace {
 
-TEST(IPMICommandBuffer, StartsAllZeroWithOneSpareByte) {
+TEST(CommandBuffer, StartsAllZeroWithOneSpareByte) {
   const wire::TCommandBuffer buffer;
   EXPECT_EQ(wire::TCommandBuffer::kSize, 256U);
   for (std::size_t i = 0; i <= 256; ++i) EXPECT_EQ(buffer[i], 0) << i;
   EXPECT_THROW(buffer[257], std::out_of_range);
 }
 
-TEST(IPMICommandBuffer, ARequestFillsTheFieldsAtTheirOffsets) {
+TEST(CommandBuffer, ARequestFillsTheFieldsAtTheirOffsets) {
   const wire::TCommandBuffer request(0x3A, 0x62, 4);
   const unsigned char expected[] = {0x01, 0x20, 0x3A, 0x00, 0x62, 0x04, 0x00, 0x00, 0x00};
   for (std::size_t i = 0; i < 256; ++i) EXPECT_EQ(request.Data()[i], i < 9 ? expected[i] : 0) << i;
 }
 
-TEST(IPMICommandBuffer, AResponseIsReadAtTheSameOffsets) {
+TEST(CommandBuffer, AResponseIsReadAtTheSameOffsets) {
   wire::TCommandBuffer response;
   response[4] = 0xC1;
   response[5] = 14;
@@ -37,7 +37,7 @@ TEST(IPMICommandBuffer, AResponseIsReadAtTheSameOffsets) {
   EXPECT_EQ(wire::TCommandBuffer::kMaxData, 247U);
 }
 
-TEST(IPMICommandBuffer, EqualityComparesEveryByte) {
+TEST(CommandBuffer, EqualityComparesEveryByte) {
   wire::TCommandBuffer a(0x3A, 0x62, 4);
   const wire::TCommandBuffer b = a;
   EXPECT_EQ(a, b);
