@@ -1,10 +1,10 @@
 #include "host/output/capturefiles.h"
 
 #include "host/base/hosterror.h"
-#include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {

@@ -12,9 +12,9 @@
 #include <functional>
 #include <thread>
 
-#include "tests/output/externaltool.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {

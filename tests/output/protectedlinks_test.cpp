@@ -11,9 +11,9 @@
 #include "host/bmc/record/recording.h"
 #include "host/output/capturefiles.h"
 #include "host/output/outputfile.h"
-#include "tests/output/externaltool.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {

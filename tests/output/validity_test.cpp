@@ -2,6 +2,7 @@
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {

@@ -15,6 +15,7 @@
 #include "tests/support/classbuilder.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {
@@ -43,13 +44,10 @@ class RealLibraries : public testing::Test {
     logger_.AddSink(ILogger::kVerbose,
                     [this](ILogger::EVELLogSeverity, const std::string& text) { said_.push_back(text); });
     THostServices::SetCoreLogger(&logger_);
-    std::string name = (fs::temp_directory_path() / "pluginloader-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
   }
   ~RealLibraries() override {
     // A plugin that stays mapped logs when the process ends; it must not use this logger.
     THostServices::SetCoreLogger(nullptr);
-    fs::remove_all(folder_);
   }
 
   // A separate copy, because in sanitizer builds a library stays mapped from one test to the next.
@@ -70,7 +68,8 @@ class RealLibraries : public testing::Test {
     EXPECT_EQ(said_, texts);
   }
 
-  std::string folder_;
+  TTemporaryFolder temporary_;
+  const std::string folder_ = temporary_.Path();
   std::vector<std::string> said_;
   TTraceLogger logger_;
   TDynamicLibraryLoader libraries_;

@@ -2,14 +2,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemacheck.h"
 #include "tests/schema/schemafixture.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {
@@ -135,13 +134,10 @@ TEST(HiddenFiles, AFolderWhoseNameOnlyBeginsAlikeIsOutside) {
 class HiddenLinks : public testing::Test {
  protected:
   HiddenLinks() {
-    std::string name = testing::TempDir() + "hiddenXXXXXX";
-    folder_ = mkdtemp(name.data());
     std::filesystem::create_directories(folder_ / "in");
     Write("secret", "root:$6$salt$hash:19000\n");
   }
-  ~HiddenLinks() override { std::filesystem::remove_all(folder_); }
-  void Write(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
+  void Write(const std::string& name, const std::string& text) { temporary_.Write(name, text); }
   std::string Read(const std::string& path) {
     TFileReader reader;
     std::string text;
@@ -150,7 +146,8 @@ class HiddenLinks : public testing::Test {
     }
     return text;
   }
-  std::filesystem::path folder_;
+  TTemporaryFolder temporary_;
+  const std::filesystem::path& folder_ = temporary_.Path();
 };
 
 const std::string kNoMof =

@@ -3,14 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "host/base/hosterror.h"
 #include "tests/schema/schemafixture.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {
@@ -147,20 +146,14 @@ TEST(SchemaEncoding, ByteThatIsNotUtf8) {
 // Real folders.
 class SchemaFolder : public testing::Test {
  protected:
-  SchemaFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "schema_test_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) ADD_FAILURE() << "no temporary folder";
-    folder_ = name;
-  }
-  ~SchemaFolder() override { std::filesystem::remove_all(folder_); }
-
-  void File(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
+  void File(const std::string& name, const std::string& text) { temporary_.Write(name, text); }
   TSchemaResult Read(const std::vector<std::string>& paths) {
     TFileReader reader;
     return ReadSchema(paths, reader);
   }
 
-  std::filesystem::path folder_;
+  TTemporaryFolder temporary_;
+  const std::filesystem::path& folder_ = temporary_.Path();
 };
 
 TEST_F(SchemaFolder, ItsMofFilesByName) {

@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 
 #include "tests/schema/schemafixture.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {
@@ -13,20 +13,16 @@ namespace {
 class WholeSchema : public testing::Test {
  protected:
   WholeSchema() {
-    std::string name = (std::filesystem::temp_directory_path() / "wholeschema_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) ADD_FAILURE() << "no temporary folder";
-    folder_ = name;
-    const std::string command = VELHOST_MAKESCHEMA " " + folder_ + " > /dev/null";
+    const std::string command = VELHOST_MAKESCHEMA " " + folder_.Path().string() + " > /dev/null";
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
   }
-  ~WholeSchema() override { std::filesystem::remove_all(folder_); }
 
-  std::string folder_;
+  TTemporaryFolder folder_;
 };
 
 TEST_F(WholeSchema, IsReadWithoutAFinding) {
   TFileReader reader;
-  const TSchemaResult result = ReadSchema({folder_ + "/schema.mof"}, reader);
+  const TSchemaResult result = ReadSchema({folder_.Path() / "schema.mof"}, reader);
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(result.sources->size(), 1600U);
   // All files but the main one and that of the qualifiers have a class.
