@@ -20,9 +20,9 @@ TSystemSmbios Smbios(ESmbiosStatus status, bool declares) {
 const TSystemSmbios kNoBmc = Smbios(ESmbiosStatus::kRead, false);
 const TSystemSmbios kDeclared = Smbios(ESmbiosStatus::kRead, true);
 
-class OpenInbandTest : public testing::Test {
+class InbandOpening : public testing::Test {
  protected:
-  OpenInbandTest() : driver_(std::make_shared<TScriptedDriver>()) {}
+  InbandOpening() : driver_(std::make_shared<TScriptedDriver>()) {}
   std::unique_ptr<IServiceProcessor> Open(const std::vector<std::string>& devices, const TSystemSmbios& smbios) {
     return OpenInband(devices, smbios, driver_);
   }
@@ -47,7 +47,7 @@ class OpenInbandTest : public testing::Test {
   std::shared_ptr<TScriptedDriver> driver_;
 };
 
-TEST_F(OpenInbandTest, EveryDeviceIsANodeInOrder) {
+TEST_F(InbandOpening, EveryDeviceIsANodeInOrder) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1");
   const auto processor = Open({""}, kNoBmc);
   EXPECT_EQ(processor->BmcNodeCount(), 2);
@@ -56,7 +56,7 @@ TEST_F(OpenInbandTest, EveryDeviceIsANodeInOrder) {
   EXPECT_EQ(DescriptorOf(*processor, 1), 101);
 }
 
-TEST_F(OpenInbandTest, NamedDevicesAreNodesInTheirOrder) {
+TEST_F(InbandOpening, NamedDevicesAreNodesInTheirOrder) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").AddDevice("/dev/ipmi2");
   const auto processor = Open({"/dev/ipmi2", "/dev/ipmi0"}, kNoBmc);
   EXPECT_EQ(processor->BmcNodeCount(), 2);
@@ -64,7 +64,7 @@ TEST_F(OpenInbandTest, NamedDevicesAreNodesInTheirOrder) {
   EXPECT_EQ(DescriptorOf(*processor, 1), 100);
 }
 
-TEST_F(OpenInbandTest, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
+TEST_F(InbandOpening, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
   const auto processor = Open({""}, kDeclared);
   EXPECT_EQ(processor->BmcNodeCount(), 1);
   EXPECT_FALSE(processor->IpmiDriverPresent());
@@ -75,7 +75,7 @@ TEST_F(OpenInbandTest, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
   EXPECT_EQ(length, 256);
 }
 
-TEST_F(OpenInbandTest, DeclarationAddsNoNodeToDevices) {
+TEST_F(InbandOpening, DeclarationAddsNoNodeToDevices) {
   driver_->AddDevice("/dev/ipmi0");
   EXPECT_EQ(Open({""}, kDeclared)->BmcNodeCount(), 1);
 }
@@ -84,12 +84,12 @@ constexpr const char* kAdvice =
     "If this server has a BMC, load its driver (modprobe ipmi_si; modprobe ipmi_devintf); "
     "otherwise name another service processor with --sp, as in lan:HOST";
 
-TEST_F(OpenInbandTest, NothingAtAllCannotBeReached) {
+TEST_F(InbandOpening, NothingAtAllCannotBeReached) {
   ExpectError({""}, kNoBmc, EExitStatus::kUnavailable,
               std::string("there is no IPMI device /dev/ipmi* here, and SMBIOS declares none\n") + kAdvice);
 }
 
-TEST_F(OpenInbandTest, NothingAtAllSaysWhatIsKnownOfSmbios) {
+TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownOfSmbios) {
   ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EExitStatus::kUnavailable,
               std::string("there is no IPMI device /dev/ipmi* here, and this machine shows no SMBIOS that could "
                           "declare one\n") +
@@ -100,14 +100,14 @@ TEST_F(OpenInbandTest, NothingAtAllSaysWhatIsKnownOfSmbios) {
                   kAdvice);
 }
 
-TEST_F(OpenInbandTest, RefusedDeviceIsAQuestionOfPermission) {
+TEST_F(InbandOpening, RefusedDeviceIsAQuestionOfPermission) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi1", EACCES);
   ExpectError(
       {""}, kNoBmc, EExitStatus::kNoPermission,
       "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
 }
 
-TEST_F(OpenInbandTest, NamedDeviceThatIsNotThereCannotBeReached) {
+TEST_F(InbandOpening, NamedDeviceThatIsNotThereCannotBeReached) {
   driver_->Refuse("/dev/ipmi7", ENOENT);
   ExpectError({"/dev/ipmi7"}, kDeclared, EExitStatus::kUnavailable,
               std::string("cannot open /dev/ipmi7: No such file or directory\n") + kAdvice);

@@ -113,7 +113,7 @@ TEST(LanPrivilege, HasThreeNames) {
   EXPECT_STREQ(NameOf(ELanPrivilege::kOperator), "operator");
 }
 
-class LanPasswordTest : public testing::Test {
+class LanPasswordSource : public testing::Test {
  protected:
   void ExpectError(const std::string& file, const std::optional<TSecret>& variable, EExitStatus status,
                    const std::string& message) {
@@ -132,25 +132,25 @@ class LanPasswordTest : public testing::Test {
   TMemoryReader reader_;
 };
 
-TEST_F(LanPasswordTest, ComesFromTheVariable) {
+TEST_F(LanPasswordSource, ComesFromTheVariable) {
   EXPECT_STREQ(LanPassword("", TSecret("pw"), reader_).Text(), "pw");
   EXPECT_STREQ(LanPassword("", TSecret(""), reader_).Text(), "");
 }
 
-TEST_F(LanPasswordTest, IsTheFilesFirstLine) {
+TEST_F(LanPasswordSource, IsTheFilesFirstLine) {
   EXPECT_EQ(PasswordOf("pw two\nrest\n"), "pw two");
   EXPECT_EQ(PasswordOf("pw\r\n"), "pw");
   EXPECT_EQ(PasswordOf("no end"), "no end");
   EXPECT_EQ(PasswordOf(std::string("pw\nrest\0", 8)), "pw");
 }
 
-TEST_F(LanPasswordTest, IsNeeded) {
+TEST_F(LanPasswordSource, IsNeeded) {
   ExpectError("", std::nullopt, EExitStatus::kUsage,
               "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
               "or name a file with --password-file");
 }
 
-TEST_F(LanPasswordTest, HasAtMostTwentyBytes) {
+TEST_F(LanPasswordSource, HasAtMostTwentyBytes) {
   EXPECT_STREQ(LanPassword("", TSecret("12345678901234567890"), reader_).Text(), "12345678901234567890");
   ExpectError("", TSecret("123456789012345678901"), EExitStatus::kUsage,
               "the password in VELHOST_IPMI_PASSWORD is longer than the 20 bytes of IPMI 2.0");
@@ -159,12 +159,12 @@ TEST_F(LanPasswordTest, HasAtMostTwentyBytes) {
 }
 
 // As text for C it would end there, and a shorter password would be sent.
-TEST_F(LanPasswordTest, HasNoNul) {
+TEST_F(LanPasswordSource, HasNoNul) {
   reader_.Add("f", std::string("pw\0x\n", 5));
   ExpectError("f", std::nullopt, EExitStatus::kBadData, "f: the password in its first line has a NUL character");
 }
 
-TEST_F(LanPasswordTest, FileThatIsNotThereIsNoInput) {
+TEST_F(LanPasswordSource, FileThatIsNotThereIsNoInput) {
   ExpectError("gone", TSecret("pw"), EExitStatus::kNoInput, "cannot open gone: No such file or directory");
 }
 
