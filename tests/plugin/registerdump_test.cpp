@@ -1,6 +1,8 @@
 // The decimal dumps of the trace. All four functions return the same text.
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "jfr/TJFRErrorData.h"
@@ -13,15 +15,20 @@
 namespace tests {
 namespace {
 
-using TDump = std::string (*)(unsigned char*, unsigned long);
+struct TDump {
+  const char* name;
+  std::string (*print)(unsigned char*, unsigned long);
+};
+void PrintTo(const TDump& dump, std::ostream* out) { *out << dump.name; }
 
 class RegisterDump : public ::testing::TestWithParam<TDump> {
  protected:
-  static std::string Dump(std::vector<unsigned char> bytes) { return GetParam()(bytes.data(), bytes.size() - 1); }
+  static std::string Dump(std::vector<unsigned char> bytes) { return GetParam().print(bytes.data(), bytes.size() - 1); }
 };
 
 INSTANTIATE_TEST_SUITE_P(AllNames, RegisterDump,
-                         ::testing::Values(&printArray, &printArray0, &print2Array, &printArray2));
+                         ::testing::Values(TDump{"printArray", &printArray}, TDump{"printArray0", &printArray0},
+                                           TDump{"print2Array", &print2Array}, TDump{"printArray2", &printArray2}));
 
 TEST_P(RegisterDump, LastZeroPrintsOneByte) {
   EXPECT_EQ(Dump({7}), "\n7 \n");
@@ -60,7 +67,7 @@ TEST_P(RegisterDump, OnlyItsOwnBytesMakeALineOfZeros) {
   std::vector<unsigned char> bytes = {255, 0, 0, 0, 0, 0, 0, 0,  //
                                       0,   0, 0, 0, 0, 0, 0, 0,  //
                                       0,   1};
-  EXPECT_EQ(GetParam()(bytes.data(), 15), "\n255 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
+  EXPECT_EQ(GetParam().print(bytes.data(), 15), "\n255 0 0 0 0 0 0 0 \n0 0 0 0 0 0 0 0 \n");
 }
 
 TEST_P(RegisterDump, LastIsAnIndexOfAnyWidth) {

@@ -15,6 +15,7 @@ struct TRangeCase {
   const char* above;
   const char* range;
 };
+void PrintTo(const TRangeCase& range, std::ostream* out) { *out << range.type; }
 
 class IntegerRange : public testing::TestWithParam<TRangeCase> {};
 
