@@ -1,5 +1,7 @@
 #include "host/velhost/commandline.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <set>
 #include <string_view>
@@ -302,6 +304,6 @@ std::string DidYouMean(const std::string& word, const std::vector<std::string>& 
   return nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?";
 }
 
-std::string QuotedWord(const std::string& word) { return "\"" + SafeText(word) + "\""; }
+std::string QuotedWord(const std::string& word) { return fmt::format("\"{}\"", SafeText(word)); }
 
 }  // namespace velhost
