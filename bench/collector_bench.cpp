@@ -35,44 +35,31 @@ class TInstantServiceProcessor : public IServiceProcessor {
   std::vector<std::uint8_t> block;  // its first header has month 75; any but 0 will do
   std::uint32_t areaSize = 0;
 
-  int BmcNodeCount() override { return 1; }
-  bool IpmiDriverPresent() override { return true; }
-  bool TakesDotCommands() override { return true; }
-  bool CheckCommunication() override { return true; }
-  int DiscoverServiceProcessors() override { return 1; }
+  TDiscovery Discover() override { return {1, true, true, true, 1}; }
 
-  bool SendIpmi(int, wire::TCommandBuffer& buffer, int& length, const TStopSignal&) override {
-    std::size_t size = wire::RegisterRead::kResponseSize;
-    if (buffer[wire::TCommandBuffer::kNetworkFunction] == wire::StorageArea::kNetworkFunction) {
-      size = AnswerStorageArea(buffer);
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal&) override {
+    TIpmiAnswer answer;
+    if (request.NetworkFunction() == wire::StorageArea::kNetworkFunction) {
+      AnswerStorageArea(request, answer.data);
     } else {
-      for (std::size_t i = 0; i < size; ++i) {
-        buffer[wire::TCommandBuffer::kData + i] = static_cast<std::uint8_t>(100 + 11 * i);
-      }
+      answer.data.resize(wire::RegisterRead::kResponseSize);
+      for (std::size_t i = 0; i < answer.data.size(); ++i) answer.data[i] = static_cast<std::uint8_t>(100 + 11 * i);
     }
-    buffer[wire::TCommandBuffer::kCompletionCode] = 0;
-    buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(size);
-    length = static_cast<int>(wire::TCommandBuffer::kData + size);
-    return true;
+    return answer;
   }
 
-  bool SendDot(int, const dotCmd&, std::span<std::uint8_t> response, int& length, const TStopSignal&) override {
-    std::memcpy(response.data(), block.data(), std::min(response.size(), block.size()));
-    length = static_cast<int>(block.size());
-    return true;
-  }
+  std::optional<TDotAnswer> SendDot(const TDotRequest&, const TStopSignal&) override { return TDotAnswer{block}; }
 
  private:
-  std::size_t AnswerStorageArea(wire::TCommandBuffer& buffer) const {
+  void AnswerStorageArea(const TIpmiRequest& request, std::vector<std::uint8_t>& data) const {
     namespace Wire = wire::StorageArea;
-    if (buffer[Wire::kSubCommand] == Wire::kQuerySize) {
-      for (std::size_t i = 0; i < 4; ++i) {
-        buffer[Wire::kResponseSize + i] = static_cast<std::uint8_t>(areaSize >> (8 * i));
-      }
+    data.assign(Wire::kManufacturerId.begin(), Wire::kManufacturerId.end());
+    if (request.Buffer()[Wire::kSubCommand] == Wire::kRead) {
+      data.insert(data.end(), {10, 0});
+      data.insert(data.end(), 10, 0xA5);
+      return;
     }
-    if (buffer[Wire::kSubCommand] != Wire::kRead) return 7;
-    std::memset(buffer.Data() + Wire::kResponseData, 0xA5, 10);
-    return 3 + 2 + 10;
+    for (int i = 0; i < 4; ++i) data.push_back(static_cast<std::uint8_t>(areaSize >> (8 * i)));
   }
 };
 

@@ -11,7 +11,6 @@
 #include "bench/benchsupport.h"
 #include "bench/collectorsupport.h"
 #include "bench/processes.h"
-#include "host/bmc/commandframe.h"
 #include "host/bmc/lan/lanclient.h"
 #include "host/bmc/lan/lanmodule.h"
 
@@ -116,21 +115,14 @@ class TBareServiceProcessor : public IServiceProcessor {
  public:
   explicit TBareServiceProcessor(const bench::TSimulator& simulator) : session_(simulator) {}
 
-  int BmcNodeCount() override { return 1; }
-  bool IpmiDriverPresent() override { return true; }
-  bool TakesDotCommands() override { return false; }
-  bool CheckCommunication() override { return false; }
-  int DiscoverServiceProcessors() override { return 0; }
-  bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return false; }
+  TDiscovery Discover() override { return {1, true, false, false, 0}; }
 
-  bool SendIpmi(int, wire::TCommandBuffer& buffer, int& length, const TStopSignal&) override {
-    std::array<std::uint8_t, 1 + wire::TCommandBuffer::kMaxData> request{buffer[wire::TCommandBuffer::kCommand]};
-    const auto data = CommandFrame::RequestData(buffer);
-    std::copy(data.begin(), data.end(), request.begin() + 1);
-    const auto response =
-        session_.Exchange(buffer[wire::TCommandBuffer::kNetworkFunction], std::span(request).first(1 + data.size()));
-    CommandFrame::StoreResponse(buffer, length, response.front(), response.subspan(1));
-    return true;
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal&) override {
+    const auto data = request.Data();
+    std::array<std::uint8_t, 1 + wire::TCommandBuffer::kMaxData> bytes{request.Command()};
+    std::copy(data.begin(), data.end(), bytes.begin() + 1);
+    const auto response = session_.Exchange(request.NetworkFunction(), std::span(bytes).first(1 + data.size()));
+    return TIpmiAnswer{response.front(), {response.begin() + 1, response.end()}};
   }
 
  private:

@@ -21,15 +21,15 @@ using namespace tests;
 class TModestSizes : public TByteDrivenServiceProcessor {
  public:
   using TByteDrivenServiceProcessor::TByteDrivenServiceProcessor;
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
-    const bool isSize = buffer[wire::StorageArea::kSubCommand] == wire::StorageArea::kQuerySize;
-    const bool answered = TByteDrivenServiceProcessor::SendIpmi(node, buffer, length, stop);
-    if (answered && isSize) {
-      const bool negative = (buffer[wire::StorageArea::kResponseSize + 3] & 1U) != 0;
-      buffer[wire::StorageArea::kResponseSize + 2] &= 0x0F;
-      buffer[wire::StorageArea::kResponseSize + 3] = negative ? 0xFF : 0;
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override {
+    auto answer = TByteDrivenServiceProcessor::SendIpmi(request, stop);
+    constexpr std::size_t kHighest = wire::StorageArea::kResponseSize + 3 - wire::TCommandBuffer::kData;
+    if (answer && answer->data.size() > kHighest && KindOfRequest(request) == EExchangeKind::kSize) {
+      const bool negative = (answer->data[kHighest] & 1U) != 0;
+      answer->data[kHighest - 1] &= 0x0F;
+      answer->data[kHighest] = negative ? 0xFF : 0;
     }
-    return answered;
+    return answer;
   }
 };
 

@@ -17,18 +17,19 @@ namespace {
 // In the order of the seeds: a timestamp, a block, the clock, a register.
 void Replay(TReplay& replay) {
   const TStopSignal stop;
-  wire::TCommandBuffer timestamp(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kTimestampRead, 0);
-  wire::TCommandBuffer entry(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
-  std::array<std::uint8_t, 8> block{};
+  const std::array<std::uint8_t, 4> chipAndAddress{};
+  const TIpmiRequest timestamp(0, wire::RegisterRead::kNetworkFunction, 0, wire::RegisterRead::kTimestampRead, {});
+  const TIpmiRequest entry(0, wire::RegisterRead::kNetworkFunction, 0, wire::RegisterRead::kRegisterRead,
+                           chipAndAddress);
   const std::array<std::uint8_t, 4> size = {0, 0, 0, 0x10};
   const dotCmd command(wire::RegisterBlockCommand::kCommand, 2, 4, wire::RegisterBlockCommand::kIdentifier.data(),
                        size.data());
-  int length = 0;
-  replay.SendIpmi(0, timestamp, length, stop);
-  if (replay.SendDot(0, command, block, length, stop) && (length < 0 || length > 8)) __builtin_trap();
+  replay.SendIpmi(timestamp, stop);
+  const auto block = replay.SendDot({0, command, 8}, stop);
+  if (block && (block->data.size() > 8 || block->Length() != static_cast<int>(block->data.size()))) __builtin_trap();
   static_cast<void>(replay.LocalTime().ToIso8601());
-  replay.SendIpmi(0, entry, length, stop);
-  if (length < 0 || length > 256) __builtin_trap();
+  const auto answer = replay.SendIpmi(entry, stop);
+  if (answer && (answer->Length() < 0 || answer->Length() > 256 || answer->data.size() > 247)) __builtin_trap();
   if (replay.Mismatch() && replay.Mismatch()->empty()) __builtin_trap();
 }
 

@@ -28,17 +28,16 @@ void AskEverything(IServiceProcessor& processor, const std::string& input) {
         buffer[9] = 0x39;
         buffer[10] = 0x30;
         buffer[12] = static_cast<std::uint8_t>(subCommand);
-        int length = 0;
-        if (processor.SendIpmi(0, buffer, length, stop) && length != 9 + buffer.DataLength()) __builtin_trap();
+        const auto answer = processor.SendIpmi(TIpmiRequest(0, buffer), stop);
+        if (answer && answer->Length() != 9 + answer->DataLength()) __builtin_trap();
       }
     }
   }
-  std::array<std::uint8_t, 64> block{};
   const std::array<std::uint8_t, 4> size = {0, 0, 64, 0};
-  int length = 0;
   const dotCmd command(wire::RegisterBlockCommand::kCommand, 2, 4, wire::RegisterBlockCommand::kIdentifier.data(),
                        size.data());
-  if (processor.SendDot(0, command, block, length, stop) && (length < 0 || length > 64)) __builtin_trap();
+  const auto block = processor.SendDot({0, command, 64}, stop);
+  if (block && block->data.size() > 64) __builtin_trap();
 }
 
 }  // namespace

@@ -1,10 +1,14 @@
-// What observers of the service processor see of each exchange.
+// Exchanges with a service processor: requests, answers, and what observers see of them. The one
+// place where requests are taken out of the command buffer of SPLibrary and answers put into it.
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "host/base/api.h"
 #include "nkrovel20/dotcmd.h"
@@ -12,31 +16,85 @@
 
 namespace velhost {
 
+/// An IPMI request to a BMC node (from 0). It keeps the command buffer that it came in, since
+/// recordings hold the whole of it.
+class VELHOST_API TIpmiRequest {
+ public:
+  TIpmiRequest(int node, const wire::TCommandBuffer& buffer) : node_(node), buffer_(buffer) {}
+  /// A request that came over a wire. Of the data a command buffer takes 247 bytes.
+  TIpmiRequest(int node, std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
+               std::span<const std::uint8_t> data);
+
+  int Node() const { return node_; }
+  std::uint8_t NetworkFunction() const { return buffer_[wire::TCommandBuffer::kNetworkFunction]; }
+  std::uint8_t Lun() const { return buffer_[wire::TCommandBuffer::kLun]; }
+  std::uint8_t Command() const { return buffer_[wire::TCommandBuffer::kCommand]; }
+  /// What is sent: as many bytes as byte 5 of the buffer says, but none from beyond the buffer.
+  std::span<const std::uint8_t> Data() const;
+  /// The buffer's whole room for data, Data() first. Byte 5 may say less than the sender put there.
+  std::span<const std::uint8_t> DataField() const;
+  const wire::TCommandBuffer& Buffer() const { return buffer_; }
+
+ private:
+  int node_;
+  wire::TCommandBuffer buffer_;
+};
+
+struct VELHOST_API TIpmiAnswer {
+  std::uint8_t completionCode = wire::TCommandBuffer::kSuccess;
+  std::vector<std::uint8_t> data{};
+  // Lies, which only a recording or a test has: what the answer claims in place of its true lengths.
+  std::optional<std::uint8_t> claimedDataLength{};
+  std::optional<int> claimedLength{};
+
+  /// Byte 5 of the buffer: the number of data bytes.
+  std::uint8_t DataLength() const;
+  /// The length that SPLibrary hands back: 9 + the number of data bytes.
+  int Length() const;
+  /// The request's buffer with the answer in it: bytes 0-3 and 6-8 as they were, completion code, data
+  /// length, data, zeros behind. Data that do not fit are cut.
+  wire::TCommandBuffer InBufferOf(const TIpmiRequest& request) const;
+};
+
+/// A dot command to a service processor (from 0).
+struct TDotRequest {
+  int serviceProcessor;
+  const dotCmd& command;
+  std::size_t capacity;  ///< of the caller's buffer: an answer has no more bytes
+};
+
+struct TDotAnswer {
+  std::vector<std::uint8_t> data{};
+  std::optional<int> claimedLength{};  ///< a lie about the number of bytes, which only a test has
+  bool failed = false;                 ///< also only in tests: SPLibrary returns false beside what it hands over
+
+  int Length() const { return claimedLength.value_or(static_cast<int>(data.size())); }
+};
+
 /// What an exchange is for. The names are those of the server file's `on` and of the failure list.
 enum class EExchangeKind { kRegister, kTimestamp, kOpen, kSize, kRead, kClose, kDot, kOther };
 
-/// Which of the collector's requests stands in the buffer; kOther for any other.
-VELHOST_API EExchangeKind KindOfRequest(const wire::TCommandBuffer& request);
+/// Which of the collector's requests it is; kOther for any other.
+VELHOST_API EExchangeKind KindOfRequest(const TIpmiRequest& request);
 /// "register", "timestamp", "open", "size", "read", "close", "dot", "other".
 VELHOST_API const char* NameOfKind(EExchangeKind kind);
 
+/// The name of a storage area in a size request, without the zeros behind it.
+VELHOST_API std::string AreaInSizeRequest(const TIpmiRequest& request);
+/// The size in the answer, as the collector reads it: four bytes, whatever length the answer claims.
+VELHOST_API std::int32_t SizeInAnswer(const TIpmiAnswer& answer);
+
 struct TIpmiExchange {
-  int node;
-  bool attempted;  ///< false: refused because the run was stopped already
-  const wire::TCommandBuffer& request;
-  bool answered;
-  const wire::TCommandBuffer& response;  ///< equals the request when there was no answer
-  int length;
+  const TIpmiRequest& request;
+  bool attempted;             ///< false: refused because the run was stopped already
+  const TIpmiAnswer* answer;  ///< null when there was none
   std::chrono::microseconds duration;
 };
 
 struct TDotExchange {
-  int serviceProcessor;
-  bool attempted;  ///< false: refused because the run was stopped already
-  const dotCmd& command;
-  bool answered;
-  std::span<const std::uint8_t> response;  ///< empty when there was no answer
-  int length;
+  const TDotRequest& request;
+  bool attempted;            ///< false: refused because the run was stopped already
+  const TDotAnswer* answer;  ///< null when there was none
   std::chrono::microseconds duration;
 };
 

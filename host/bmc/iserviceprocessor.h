@@ -1,37 +1,54 @@
-// The abstract service processor: what stands behind SPLibrary, be it simulated, recorded, behind
+// The abstract service processor: what answers for SPLibrary, be it simulated, recorded, behind
 // the operating system's driver or on the network.
 #pragma once
 
-#include <cstdint>
-#include <span>
+#include <optional>
 
 #include "host/base/api.h"
+#include "host/bmc/exchange.h"
 #include "host/bmc/stopsignal.h"
-#include "nkrovel20/dotcmd.h"
-#include "wire/commandbuffer.h"
 
 namespace velhost {
+
+/// What a service processor says of itself; the operations of SPLibrary answer with it.
+struct TDiscovery {
+  int bmcNodes = 0;
+  bool ipmiDriver = false;    ///< the operating system's IPMI driver is present
+  bool dotCommands = false;   ///< it takes dot commands rather than plain IPMI
+  bool communicates = false;  ///< its service processors can be spoken to by dot commands
+  int serviceProcessors = 0;  ///< that answer dot commands
+};
 
 class VELHOST_API IServiceProcessor {
  public:
   virtual ~IServiceProcessor();
 
-  /// Discovery; see the operations of SPLibrary with these meanings.
-  virtual int BmcNodeCount() = 0;
-  virtual bool IpmiDriverPresent() = 0;
-  virtual bool TakesDotCommands() = 0;
-  virtual bool CheckCommunication() = 0;
-  virtual int DiscoverServiceProcessors() = 0;
+  virtual TDiscovery Discover() = 0;
 
-  /// One IPMI exchange with a BMC node (from 0). On true, `buffer` holds the response: bytes 0-3 and
-  /// 6-8 as they were, completion code, data length, data, zeros behind; `length` is 9 + the number
-  /// of data bytes. On false (no answer, no such node, no driver, stopped) both are as they were.
-  virtual bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) = 0;
+  /// One IPMI exchange with a BMC node. Empty when there is no answer: no such node, no driver, lost,
+  /// or stopped.
+  virtual std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) = 0;
 
-  /// One dot command to a service processor (from 0). On true, the response's first bytes are in
-  /// `response` (never more than fit) and `length` is their number. On false both are as they were.
-  virtual bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-                       const TStopSignal& stop) = 0;
+  /// One dot command. Empty when there is no answer, as for every one here.
+  virtual std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop);
+};
+
+/// Passes everything on to another service processor. A decorator overrides what it changes.
+class VELHOST_API TForwardingServiceProcessor : public IServiceProcessor {
+ public:
+  /// `inner` is not owned.
+  explicit TForwardingServiceProcessor(IServiceProcessor& inner) : inner_(inner) {}
+
+  TDiscovery Discover() override { return inner_.Discover(); }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override {
+    return inner_.SendIpmi(request, stop);
+  }
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override {
+    return inner_.SendDot(request, stop);
+  }
+
+ private:
+  IServiceProcessor& inner_;
 };
 
 }  // namespace velhost

@@ -1,6 +1,6 @@
 #include "host/bmc/serviceprocessorhub.h"
 
-#include <algorithm>
+#include <chrono>
 
 namespace velhost {
 
@@ -17,27 +17,28 @@ std::chrono::microseconds Since(TClock::time_point start) {
 IServiceProcessor::~IServiceProcessor() = default;
 IExchangeObserver::~IExchangeObserver() = default;
 
-bool TSupervisedServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length,
-                                           const TStopSignal& stop) {
-  const wire::TCommandBuffer request = buffer;
-  const auto start = TClock::now();
-  const bool attempted = !stop.IsStopped();
-  const bool answered = attempted && inner_.SendIpmi(node, buffer, length, stop);
-  const TIpmiExchange exchange = {node, attempted, request, answered, buffer, length, Since(start)};
-  for (IExchangeObserver* observer : observers_) observer->OnIpmi(exchange);
-  return answered;
+std::optional<TDotAnswer> IServiceProcessor::SendDot(const TDotRequest& /*request*/, const TStopSignal& /*stop*/) {
+  return std::nullopt;
 }
 
-bool TSupervisedServiceProcessor::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response,
-                                          int& length, const TStopSignal& stop) {
+std::optional<TIpmiAnswer> TSupervisedServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
   const auto start = TClock::now();
   const bool attempted = !stop.IsStopped();
-  const bool answered = attempted && inner_.SendDot(serviceProcessor, command, response, length, stop);
-  const std::size_t size = answered && length > 0 ? std::min(static_cast<std::size_t>(length), response.size()) : 0;
-  const TDotExchange exchange = {serviceProcessor,     attempted, command,     answered,
-                                 response.first(size), length,    Since(start)};
+  std::optional<TIpmiAnswer> answer;
+  if (attempted) answer = TForwardingServiceProcessor::SendIpmi(request, stop);
+  const TIpmiExchange exchange = {request, attempted, answer ? &*answer : nullptr, Since(start)};
+  for (IExchangeObserver* observer : observers_) observer->OnIpmi(exchange);
+  return answer;
+}
+
+std::optional<TDotAnswer> TSupervisedServiceProcessor::SendDot(const TDotRequest& request, const TStopSignal& stop) {
+  const auto start = TClock::now();
+  const bool attempted = !stop.IsStopped();
+  std::optional<TDotAnswer> answer;
+  if (attempted) answer = TForwardingServiceProcessor::SendDot(request, stop);
+  const TDotExchange exchange = {request, attempted, answer && !answer->failed ? &*answer : nullptr, Since(start)};
   for (IExchangeObserver* observer : observers_) observer->OnDot(exchange);
-  return answered;
+  return answer;
 }
 
 }  // namespace velhost

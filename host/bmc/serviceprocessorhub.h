@@ -2,7 +2,6 @@
 #pragma once
 #include "host/base/api.h"
 
-#include <chrono>
 #include <vector>
 
 #include "host/bmc/exchange.h"
@@ -11,24 +10,16 @@
 namespace velhost {
 
 /// Passes exchanges on, refuses them once the run is stopped, and tells observers of each.
-class VELHOST_API TSupervisedServiceProcessor : public IServiceProcessor {
+class VELHOST_API TSupervisedServiceProcessor : public TForwardingServiceProcessor {
  public:
-  /// `inner` is not owned.
-  explicit TSupervisedServiceProcessor(IServiceProcessor& inner) : inner_(inner) {}
+  using TForwardingServiceProcessor::TForwardingServiceProcessor;
   /// Not owned; told in the order of adding.
   void AddObserver(IExchangeObserver& observer) { observers_.push_back(&observer); }
 
-  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
-  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
-  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
-  bool CheckCommunication() override { return inner_.CheckCommunication(); }
-  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override;
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
 
  private:
-  IServiceProcessor& inner_;
   std::vector<IExchangeObserver*> observers_;
 };
 

@@ -2,47 +2,23 @@
 
 #include <utility>
 
-#include "host/bmc/exchange.h"
-#include "wire/storagearea.h"
-
 namespace velhost {
 
 namespace {
-
-/// As the collector reads it: four bytes, whatever length the answer claims.
-std::int64_t ReportedSize(const wire::TCommandBuffer& response) {
-  std::uint32_t size = 0;
-  for (std::size_t i = 4; i > 0; --i) size = size << 8U | response[wire::StorageArea::kResponseSize + i - 1];
-  return static_cast<std::int32_t>(size);
-}
-
-std::string NameOfArea(const wire::TCommandBuffer& request) {
-  std::string name;
-  for (std::size_t i = 0; i < wire::StorageArea::kNameSize; ++i) {
-    const char c = static_cast<char>(request[wire::StorageArea::kQueryName + i]);
-    if (c == '\0') break;
-    name += c;
-  }
-  return name;
-}
 
 std::string MiB(std::int64_t bytes) { return std::to_string(bytes >> 20) + " MiB"; }
 
 }  // namespace
 
-bool TSizeLimit::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
-  if (KindOfRequest(buffer) != EExchangeKind::kSize) return inner_.SendIpmi(node, buffer, length, stop);
-  const wire::TCommandBuffer request = buffer;
-  const int lengthBefore = length;
-  if (!inner_.SendIpmi(node, buffer, length, stop)) return false;
-  if (buffer.CompletionCode() != wire::TCommandBuffer::kSuccess) return true;
-  if (Accept(node, request, ReportedSize(buffer))) return true;
-  buffer = request;
-  length = lengthBefore;
-  return false;
+std::optional<TIpmiAnswer> TSizeLimit::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
+  std::optional<TIpmiAnswer> answer = TForwardingServiceProcessor::SendIpmi(request, stop);
+  const bool tellsASize = answer && answer->completionCode == wire::TCommandBuffer::kSuccess &&
+                          KindOfRequest(request) == EExchangeKind::kSize;
+  if (tellsASize && !Accept(request, SizeInAnswer(*answer))) return std::nullopt;
+  return answer;
 }
 
-bool TSizeLimit::Accept(int node, const wire::TCommandBuffer& request, std::int64_t size) {
+bool TSizeLimit::Accept(const TIpmiRequest& request, std::int64_t size) {
   if (size <= 0) return true;
   std::string limit;
   if (size > kLargestArea) {
@@ -53,8 +29,8 @@ bool TSizeLimit::Accept(int node, const wire::TCommandBuffer& request, std::int6
     accepted_ += size;
     return true;
   }
-  refusals_.push_back("node " + std::to_string(node) + ", storage area " + NameOfArea(request) + " reports " +
-                      std::to_string(size) + " bytes, " + limit + ": not read");
+  refusals_.push_back("node " + std::to_string(request.Node()) + ", storage area " + AreaInSizeRequest(request) +
+                      " reports " + std::to_string(size) + " bytes, " + limit + ": not read");
   return false;
 }
 

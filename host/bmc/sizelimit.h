@@ -20,10 +20,9 @@ inline constexpr std::int64_t kLargestAreasOfRequest = std::int64_t{40} << 20U;
 /// Stands in front of everything that observes exchanges, so that these see the true answer. To the
 /// collector the answer to a size query is lost if the size is over a limit, so that it leaves the area
 /// and goes on. Everything else passes through.
-class VELHOST_API TSizeLimit : public IServiceProcessor {
+class VELHOST_API TSizeLimit : public TForwardingServiceProcessor {
  public:
-  /// `inner` is not owned.
-  explicit TSizeLimit(IServiceProcessor& inner) : inner_(inner) {}
+  using TForwardingServiceProcessor::TForwardingServiceProcessor;
 
   /// The sizes of the requests before count no more.
   void BeginRequest() { accepted_ = 0; }
@@ -31,21 +30,11 @@ class VELHOST_API TSizeLimit : public IServiceProcessor {
   /// 2147483647 bytes, over the limit of 32 MiB: not read".
   std::vector<std::string> TakeRefusals();
 
-  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
-  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
-  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
-  bool CheckCommunication() override { return inner_.CheckCommunication(); }
-  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override {
-    return inner_.SendDot(serviceProcessor, command, response, length, stop);
-  }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
 
  private:
-  bool Accept(int node, const wire::TCommandBuffer& request, std::int64_t size);
+  bool Accept(const TIpmiRequest& request, std::int64_t size);
 
-  IServiceProcessor& inner_;
   std::int64_t accepted_ = 0;
   std::vector<std::string> refusals_;
 };

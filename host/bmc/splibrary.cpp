@@ -19,6 +19,8 @@ const TStopSignal& Stop() {
   return installedStop ? *installedStop : *never;
 }
 
+TDiscovery Discovered() { return installed ? installed->Discover() : TDiscovery(); }
+
 }  // namespace
 
 void TServiceProcessorHub::Install(IServiceProcessor* serviceProcessor, const TStopSignal* stop) {
@@ -43,25 +45,27 @@ SPLibrary* SPLibrary::GetSplibraryInstance(int node) {
   return instance.get();
 }
 
-int SPLibrary::GetNumberBMCNode() { return installed ? installed->BmcNodeCount() : 0; }
-bool SPLibrary::IsIPMIDriversPresent() { return installed && installed->IpmiDriverPresent(); }
-bool SPLibrary::checkSPComm() { return installed && installed->CheckCommunication(); }
-int SPLibrary::discoverSPs() { return installed ? installed->DiscoverServiceProcessors() : 0; }
-bool SPLibrary::isDotcommand() { return installed && installed->TakesDotCommands(); }
+int SPLibrary::GetNumberBMCNode() { return Discovered().bmcNodes; }
+bool SPLibrary::IsIPMIDriversPresent() { return Discovered().ipmiDriver; }
+bool SPLibrary::checkSPComm() { return Discovered().communicates; }
+int SPLibrary::discoverSPs() { return Discovered().serviceProcessors; }
+bool SPLibrary::isDotcommand() { return Discovered().dotCommands; }
 
 bool SPLibrary::sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool /*flag*/) {
   constexpr auto kData = wire::TCommandBuffer::kData;
   if (!installed || buffer == nullptr || length == nullptr || capacity < static_cast<int>(kData)) return false;
   const std::size_t size = std::min(static_cast<std::size_t>(capacity), wire::TCommandBuffer::kSize);
-  wire::TCommandBuffer exchange;
-  std::copy_n(buffer, size, exchange.Data());
-  int responseLength = *length;
-  if (!installed->SendIpmi(node_, exchange, responseLength, Stop())) return false;
+  wire::TCommandBuffer taken;
+  std::copy_n(buffer, size, taken.Data());
+  const TIpmiRequest request(node_, taken);
+  const auto answer = installed->SendIpmi(request, Stop());
+  if (!answer) return false;
+  wire::TCommandBuffer given = answer->InBufferOf(request);
   // A caller may use the length as the end of its own buffer.
-  const std::size_t dataLength = std::min<std::size_t>(exchange.DataLength(), size - kData);
-  exchange[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(dataLength);
-  std::copy_n(exchange.Data(), size, buffer);
-  *length = std::min(responseLength, static_cast<int>(size));
+  given[wire::TCommandBuffer::kDataLength] =
+      static_cast<std::uint8_t>(std::min<std::size_t>(answer->DataLength(), size - kData));
+  std::copy_n(given.Data(), size, buffer);
+  *length = std::min(answer->Length(), static_cast<int>(size));
   return true;
 }
 
@@ -70,8 +74,12 @@ bool SPLibrary::sendDotCommand(dotCmd* command, unsigned char* response, int* re
   if (!installed || command == nullptr || response == nullptr || responseLength == nullptr || bufferSize < 0) {
     return false;
   }
-  return installed->SendDot(spIndex, *command, {response, static_cast<std::size_t>(bufferSize)}, *responseLength,
-                            Stop());
+  const auto answer = installed->SendDot({spIndex, *command, static_cast<std::size_t>(bufferSize)}, Stop());
+  if (!answer) return false;
+  const std::size_t size = std::min(answer->data.size(), static_cast<std::size_t>(bufferSize));
+  std::copy_n(answer->data.begin(), size, response);
+  *responseLength = answer->claimedLength.value_or(static_cast<int>(size));
+  return !answer->failed;
 }
 
 }  // namespace NKROVEL20

@@ -73,31 +73,14 @@ struct TParts {
 };
 
 bool Succeeded(const TIpmiExchange& exchange) {
-  return exchange.answered && exchange.response.CompletionCode() == wire::TCommandBuffer::kSuccess;
-}
-
-// The name in a size request, which is padded with zero bytes.
-std::string AreaName(const wire::TCommandBuffer& request) {
-  std::string name;
-  for (std::size_t i = 0; i < wire::StorageArea::kNameSize; ++i) {
-    const std::uint8_t byte = request[wire::StorageArea::kQueryName + i];
-    if (byte == 0) break;
-    name += static_cast<char>(byte);
-  }
-  return SafeText(name);
-}
-
-std::uint32_t ReadLittleEndian(const wire::TCommandBuffer& buffer, std::size_t offset, std::size_t size) {
-  std::uint32_t number = 0;
-  for (std::size_t i = size; i > 0; --i) number = number << 8 | buffer[offset + i - 1];
-  return number;
+  return exchange.answer != nullptr && exchange.answer->completionCode == wire::TCommandBuffer::kSuccess;
 }
 
 // The bytes that a read response says it carries, but no more than it does.
-std::uint32_t BytesRead(const wire::TCommandBuffer& response) {
+std::uint32_t BytesRead(const TIpmiAnswer& answer) {
   const std::uint32_t before = wire::StorageArea::kResponseData - wire::TCommandBuffer::kData;
-  const std::uint32_t carried = response.DataLength() > before ? response.DataLength() - before : 0;
-  return std::min(carried, ReadLittleEndian(response, wire::StorageArea::kResponseCount, 2));
+  const std::uint32_t carried = answer.DataLength() > before ? answer.DataLength() - before : 0;
+  return std::min(carried, wire::TCommandData(answer.data).LittleEndian(wire::StorageArea::kResponseCount, 2));
 }
 
 }  // namespace
@@ -127,7 +110,7 @@ void TProgressLine::OnIpmi(const TIpmiExchange& exchange) {
     case EExchangeKind::kSize: BeginCapture(exchange); break;
     case EExchangeKind::kClose: capture_.reset(); break;
     case EExchangeKind::kRead:
-      if (capture_ && Succeeded(exchange)) capture_->read += BytesRead(exchange.response);
+      if (capture_ && Succeeded(exchange)) capture_->read += BytesRead(*exchange.answer);
       break;
     default: break;
   }
@@ -146,10 +129,9 @@ void TProgressLine::Count() {
 void TProgressLine::BeginCapture(const TIpmiExchange& exchange) {
   capture_.reset();
   if (!Succeeded(exchange)) return;
-  const std::uint32_t size = ReadLittleEndian(exchange.response, wire::StorageArea::kResponseSize, 4);
-  const bool negative = size > 0x7FFFFFFF;  // sizes are signed, and no file is smaller than nothing
-  capture_ = TCapture{fmt::format("node {} {}", exchange.node, AreaName(exchange.request)), negative ? 0 : size, 0,
-                      target_.now()};
+  const std::int32_t size = SizeInAnswer(*exchange.answer);
+  capture_ = TCapture{fmt::format("node {} {}", exchange.request.Node(), SafeText(AreaInSizeRequest(exchange.request))),
+                      static_cast<std::uint64_t>(std::max(size, 0)), 0, target_.now()};
 }
 
 void TProgressLine::DrawWhenDue() {

@@ -139,13 +139,8 @@ class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
   IServiceProcessor& ServiceProcessor() override { return *this; }
   IHostEnvironment& Environment() override { return environment_; }
 
-  int BmcNodeCount() override { return 0; }
-  bool IpmiDriverPresent() override { return false; }
-  bool TakesDotCommands() override { return false; }
-  bool CheckCommunication() override { return false; }
-  int DiscoverServiceProcessors() override { return 0; }
-  bool SendIpmi(int, wire::TCommandBuffer&, int&, const TStopSignal&) override { return false; }
-  bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return false; }
+  TDiscovery Discover() override { return {}; }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override { return std::nullopt; }
 
  private:
   TSystemEnvironment environment_;

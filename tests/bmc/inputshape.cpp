@@ -93,11 +93,8 @@ void Exchange(const TServerFile& server, int count) {
   TSimulatedServer simulator(server);
   TFaultInjector faults(simulator, server.faults);
   const TStopSignal never;
-  for (int i = 0; i < count; ++i) {
-    wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
-    int length = 0;
-    faults.SendIpmi(0, buffer, length, never);
-  }
+  const TIpmiRequest timestamp(0, 0x3A, 0, 0x6F, {});
+  for (int i = 0; i < count; ++i) faults.SendIpmi(timestamp, never);
 }
 
 std::string Recording(int size) {

@@ -58,8 +58,8 @@ value = "11 12 13 14 15 16 17 18"
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ServiceProcessorSuite);
 
 TEST_P(ServiceProcessorSuite, CountsNodesAndHasTheDriver) {
-  EXPECT_EQ(Processor().BmcNodeCount(), 2);
-  EXPECT_TRUE(Processor().IpmiDriverPresent());
+  EXPECT_EQ(Processor().Discover().bmcNodes, 2);
+  EXPECT_TRUE(Processor().Discover().ipmiDriver);
 }
 
 TEST_P(ServiceProcessorSuite, ReadsARegister) {
@@ -136,9 +136,9 @@ TEST_P(ServiceProcessorSuite, GivesNoAnswerOnceTheRunIsStopped) {
 }
 
 TEST_P(ServiceProcessorSuite, TakesNoDotCommands) {
-  EXPECT_FALSE(Processor().TakesDotCommands());
-  EXPECT_FALSE(Processor().CheckCommunication());
-  EXPECT_EQ(Processor().DiscoverServiceProcessors(), 0);
+  EXPECT_FALSE(Processor().Discover().dotCommands);
+  EXPECT_FALSE(Processor().Discover().communicates);
+  EXPECT_EQ(Processor().Discover().serviceProcessors, 0);
   ExpectNoAnswer(SendDot(Processor(), 0, BlockCommand(4096), 4096));
 }
 

@@ -37,7 +37,7 @@ class TRecordedSimulator : public TSupervisedServiceProcessor {
   explicit TRecordedSimulator(const TServerFile& server)
       : TSupervisedServiceProcessor(simulator_),
         simulator_(server),
-        recorder_(sink_, {"", "", 0, Discover(simulator_)}) {
+        recorder_(sink_, {"", "", 0, simulator_.Discover()}) {
     AddObserver(recorder_);
   }
   const std::string& Recording() const { return sink_.text; }
@@ -53,32 +53,28 @@ class TReplayed : public IServiceProcessor {
  public:
   explicit TReplayed(const TServerFile& server) : recorded_(server) {}
 
-  int BmcNodeCount() override { return Replayed()->BmcNodeCount(); }
-  bool IpmiDriverPresent() override { return Replayed()->IpmiDriverPresent(); }
-  bool TakesDotCommands() override { return Replayed()->TakesDotCommands(); }
-  bool CheckCommunication() override { return Replayed()->CheckCommunication(); }
-  int DiscoverServiceProcessors() override { return Replayed()->DiscoverServiceProcessors(); }
+  TDiscovery Discover() override { return Replayed()->Discover(); }
 
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
-    earlier_.push_back([node, request = buffer](IServiceProcessor& processor) { Send(processor, node, request); });
-    wire::TCommandBuffer recorded = buffer;
-    int recordedLength = length;
-    recorded_.SendIpmi(node, recorded, recordedLength, stop);
-    return ReplayedButLast()->SendIpmi(node, buffer, length, stop);
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override {
+    recorded_.SendIpmi(request, stop);
+    const auto replay = ReplayedUpToNow();
+    earlier_.push_back([request](IServiceProcessor& processor) { processor.SendIpmi(request, TStopSignal()); });
+    return replay->SendIpmi(request, stop);
   }
-  bool SendDot(int sp, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override {
-    const std::size_t size = response.size();
-    earlier_.push_back([=](IServiceProcessor& processor) { tests::SendDot(processor, sp, command, size); });
-    tests::SendDot(recorded_, sp, command, size, stop);
-    return ReplayedButLast()->SendDot(sp, command, response, length, stop);
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override {
+    recorded_.SendDot(request, stop);
+    const auto replay = ReplayedUpToNow();
+    earlier_.push_back([request, command = request.command](IServiceProcessor& processor) {
+      processor.SendDot({request.serviceProcessor, command, request.capacity}, TStopSignal());
+    });
+    return replay->SendDot(request, stop);
   }
 
  private:
   std::unique_ptr<TReplay> Replayed() { return std::make_unique<TReplay>("recording", Stored(recorded_.Recording())); }
-  std::unique_ptr<TReplay> ReplayedButLast() {
+  std::unique_ptr<TReplay> ReplayedUpToNow() {
     auto replay = Replayed();
-    for (std::size_t i = 0; i + 1 < earlier_.size(); ++i) earlier_[i](*replay);
+    for (const auto& send : earlier_) send(*replay);
     return replay;
   }
 

@@ -28,7 +28,7 @@ class SizeLimit : public testing::Test, private IExchangeObserver {
   int Answered() const { return answered_; }
 
  private:
-  void OnIpmi(const TIpmiExchange& exchange) override { answered_ += exchange.answered ? 1 : 0; }
+  void OnIpmi(const TIpmiExchange& exchange) override { answered_ += exchange.answer != nullptr ? 1 : 0; }
   void OnDot(const TDotExchange& /*exchange*/) override {}
 
   std::unique_ptr<TSimulatedServer> server_;

@@ -155,13 +155,17 @@ TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
 class TNotes : public IExchangeObserver {
  public:
   void OnIpmi(const TIpmiExchange& exchange) override {
-    text += "ipmi " + std::to_string(exchange.node) + (exchange.answered ? " yes " : " no ") +
-            std::to_string(exchange.request[4]) + " " + std::to_string(exchange.response[4]) + " " +
-            std::to_string(exchange.length) + "\n";
+    text += "ipmi " + std::to_string(exchange.request.Node()) + " " + std::to_string(exchange.request.Command());
+    if (exchange.answer != nullptr) {
+      text += " code " + std::to_string(exchange.answer->completionCode) + " length " +
+              std::to_string(exchange.answer->Length());
+    }
+    text += exchange.attempted ? "\n" : " refused\n";
   }
   void OnDot(const TDotExchange& exchange) override {
-    text += "dot " + std::to_string(exchange.serviceProcessor) + (exchange.answered ? " yes " : " no ") +
-            std::to_string(exchange.response.size()) + " " + std::to_string(exchange.length) + "\n";
+    text += "dot " + std::to_string(exchange.request.serviceProcessor);
+    if (exchange.answer != nullptr) text += " length " + std::to_string(exchange.answer->Length());
+    text += exchange.attempted ? "\n" : " refused\n";
   }
   std::string text;
 };
@@ -175,18 +179,24 @@ TEST_F(Library, TellsObserversOfEachExchange) {
   SendDot(supervised, 0, BlockCommand(4096), 6);
   SendDot(supervised, 1, BlockCommand(4096), 6);
   EXPECT_EQ(notes.text,
-            "ipmi 1 yes 111 0 13\n"
-            "ipmi 2 no 111 111 -77\n"
-            "dot 0 yes 4 4\n"
-            "dot 1 no 0 -77\n");
+            "ipmi 1 111 code 0 length 13\n"
+            "ipmi 2 111\n"
+            "dot 0 length 4\n"
+            "dot 1\n");
 }
 
 /// Counts what reaches it, and answers although the run is stopped.
 class TDeafProcessor : public TSimulatedServer {
  public:
   TDeafProcessor() : TSimulatedServer(ServerFrom("machine_type = \"\"")) {}
-  bool SendIpmi(int, wire::TCommandBuffer&, int&, const TStopSignal&) override { return ++reached > 0; }
-  bool SendDot(int, const dotCmd&, std::span<std::uint8_t>, int&, const TStopSignal&) override { return ++reached > 0; }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override {
+    ++reached;
+    return TIpmiAnswer();
+  }
+  std::optional<TDotAnswer> SendDot(const TDotRequest&, const TStopSignal&) override {
+    ++reached;
+    return TDotAnswer();
+  }
   int reached = 0;
 };
 
@@ -200,7 +210,7 @@ TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
   ExpectNoAnswer(Send(supervised, 0, ReadTimestamp(), stop));
   ExpectNoAnswer(SendDot(supervised, 0, BlockCommand(4096), 6, stop));
   EXPECT_EQ(deaf.reached, 0);
-  EXPECT_EQ(notes.text, "ipmi 0 no 111 111 -77\ndot 0 no 0 -77\n");
+  EXPECT_EQ(notes.text, "ipmi 0 111 refused\ndot 0 refused\n");
 }
 
 TEST(DotCommand, KeepsCopiesAndTakesNothingFromNullOrNegativeLengths) {
@@ -214,17 +224,19 @@ TEST(DotCommand, KeepsCopiesAndTakesNothingFromNullOrNegativeLengths) {
   EXPECT_TRUE(empty.GetParameters().empty());
 }
 
+EExchangeKind KindOf(const wire::TCommandBuffer& request) { return KindOfRequest(TIpmiRequest(0, request)); }
+
 TEST(ExchangeKind, IsReadFromTheRequest) {
-  EXPECT_EQ(KindOfRequest(ReadRegister(0, 0, 0, 0)), EExchangeKind::kRegister);
-  EXPECT_EQ(KindOfRequest(ReadTimestamp()), EExchangeKind::kTimestamp);
-  EXPECT_EQ(KindOfRequest(OpenArea("x")), EExchangeKind::kOpen);
-  EXPECT_EQ(KindOfRequest(QuerySize("x")), EExchangeKind::kSize);
-  EXPECT_EQ(KindOfRequest(ReadArea(1, 0, 10)), EExchangeKind::kRead);
-  EXPECT_EQ(KindOfRequest(CloseArea(1)), EExchangeKind::kClose);
-  EXPECT_EQ(KindOfRequest(Request(0x3A, 0x90, {})), EExchangeKind::kOther);
-  EXPECT_EQ(KindOfRequest(Request(0x2E, 0x62, {0x39, 0x30, 0x00, 0x01})), EExchangeKind::kOther);
-  EXPECT_EQ(KindOfRequest(Request(0x2E, 0x90, {0x39, 0x31, 0x00, 0x01})), EExchangeKind::kOther);
-  EXPECT_EQ(KindOfRequest(Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x03})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOf(ReadRegister(0, 0, 0, 0)), EExchangeKind::kRegister);
+  EXPECT_EQ(KindOf(ReadTimestamp()), EExchangeKind::kTimestamp);
+  EXPECT_EQ(KindOf(OpenArea("x")), EExchangeKind::kOpen);
+  EXPECT_EQ(KindOf(QuerySize("x")), EExchangeKind::kSize);
+  EXPECT_EQ(KindOf(ReadArea(1, 0, 10)), EExchangeKind::kRead);
+  EXPECT_EQ(KindOf(CloseArea(1)), EExchangeKind::kClose);
+  EXPECT_EQ(KindOf(Request(0x3A, 0x90, {})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOf(Request(0x2E, 0x62, {0x39, 0x30, 0x00, 0x01})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOf(Request(0x2E, 0x90, {0x39, 0x31, 0x00, 0x01})), EExchangeKind::kOther);
+  EXPECT_EQ(KindOf(Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x03})), EExchangeKind::kOther);
   EXPECT_STREQ(NameOfKind(EExchangeKind::kRegister), "register");
   EXPECT_STREQ(NameOfKind(EExchangeKind::kDot), "dot");
   EXPECT_STREQ(NameOfKind(EExchangeKind::kOther), "other");

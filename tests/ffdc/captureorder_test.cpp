@@ -60,14 +60,6 @@ TEST_F(CaptureOrder, TheTimeOfATextIsReadBeforeItsFirstLine) {
   EXPECT_EQ(environment.clockReadings, 1);
 }
 
-TEST_F(CaptureOrder, EveryChunkIsSentWithTheWholeBuffersLength) {
-  sp.Expect({Read({1, 0, 0, 0}, 0, 10).Answers(ReadData(TBytes(10, 1))),
-             Read({1, 0, 0, 0}, 10, 10).Answers(ReadData({2})), Read({1, 0, 0, 0}, 20, 5).Answers(ReadData({}))});
-  unsigned char out[25] = {};
-  EXPECT_EQ(plugin.ReadStorageArea(25, handle, out, Node()), 25);
-  EXPECT_EQ(sp.PresetLengths(), (std::vector<int>{256, 256, 256}));
-}
-
 TEST_F(CaptureOrder, OnlyCompletionCodeZeroGivesASize) {
   int size = 77;
   for (const std::uint8_t code : TBytes{0x01, 0x7F, 0x80, 0xFF}) {

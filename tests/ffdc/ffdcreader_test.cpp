@@ -40,7 +40,7 @@ TEST_F(FfdcReader, WithoutNodesItSaysSoAndDoesNotCheckTheDriver) {
   plugin.ReadErrFFDC(ns, "cpu_err");
   EXPECT_EQ(logger.Lines(),
             (std::vector<TLine>{kEnter, Status("No eQT/BMC on the system. TORGA log is not available.")}));
-  EXPECT_EQ(sp.Discoveries(), std::vector<std::string>{"nodes"});
+  EXPECT_EQ(sp.Discoveries(), 1);
 }
 
 TEST_F(FfdcReader, WithoutADriverItSaysSo) {
@@ -49,7 +49,7 @@ TEST_F(FfdcReader, WithoutADriverItSaysSo) {
   EXPECT_EQ(
       logger.Lines(),
       (std::vector<TLine>{kEnter, Debug("IPMI driver is not installed on the system. TORGA log is not available.")}));
-  EXPECT_EQ(sp.Discoveries(), (std::vector<std::string>{"nodes", "driver"}));
+  EXPECT_EQ(sp.Discoveries(), 2);
 }
 
 TEST_F(FfdcReader, ANegativeNodeCountReadsNothing) {

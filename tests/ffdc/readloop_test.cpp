@@ -49,7 +49,6 @@ TEST_F(ReadLoop, TheWholeTraceOfOneChunk) {
           Debug("completeCode:0\n"),
           Debug("Response raw data size:10, loopoffset:0, raw data info:0a ff 00 01 02 03 04 05 06 07 "),
           Debug("returned smbioslen:10\n"), Debug("Exit ReadStorageArea funtion")}));
-  EXPECT_EQ(sp.PresetLengths(), std::vector<int>{256});
 }
 
 TEST_F(ReadLoop, ASizeOf25ReadsTenTenAndFive) {

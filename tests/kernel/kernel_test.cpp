@@ -51,8 +51,8 @@ TEST(NoDriver, SmbiosDeclaresTheBmcAndNamesTheMachine) {
 
 TEST(NoDriver, IsOneNodeWithoutDriver) {
   const auto processor = OpenInband({""}, Smbios());
-  EXPECT_EQ(processor->BmcNodeCount(), 1);
-  EXPECT_FALSE(processor->IpmiDriverPresent());
+  EXPECT_EQ(processor->Discover().bmcNodes, 1);
+  EXPECT_FALSE(processor->Discover().ipmiDriver);
   ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
 }
 
@@ -65,7 +65,7 @@ TEST(NoDriver, NamedDeviceCannotBeReached) {
 
 TEST(Driver, NamedDevicesAreNodesInOrder) {
   const auto processor = OpenInband({"/dev/ipmi1", "/dev/ipmi0"}, Smbios());
-  EXPECT_EQ(processor->BmcNodeCount(), 2);
+  EXPECT_EQ(processor->Discover().bmcNodes, 2);
   ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xCB, {});
   ExpectAnswer(Send(*processor, 1, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
 }

@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/namespaces.h"
-#include "wire/registerread.h"
-#include "wire/storagearea.h"
-
 namespace tests {
 namespace {
 
@@ -20,42 +17,28 @@ class Progress : public testing::Test {
   std::string Written() { return std::exchange(written_, {}); }
   void Wait(int time) { now_ += milliseconds(time); }
 
-  void Register() {
-    const wire::TCommandBuffer request(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
-    line_->OnIpmi({0, true, request, true, request, 9, {}});
-  }
-  static wire::TCommandBuffer Area(std::uint8_t subCommand) {
-    wire::TCommandBuffer request(wire::StorageArea::kNetworkFunction, wire::StorageArea::kCommand, 14);
-    request[9] = 0x39;
-    request[10] = 0x30;
-    request[wire::StorageArea::kSubCommand] = subCommand;
-    return request;
+  void Register() { Answered(TIpmiRequest(0, 0x3A, 0, 0x62, {}), {}); }
+  void Answered(const TIpmiRequest& request, const TIpmiAnswer& answer) { line_->OnIpmi({request, true, &answer, {}}); }
+  /// A storage-area request to node 1: the sub-command, and what comes after it.
+  static TIpmiRequest Area(std::uint8_t subCommand, const std::string& rest = {}) {
+    std::vector<std::uint8_t> data = {0x39, 0x30, 0x00, subCommand};
+    data.insert(data.end(), rest.begin(), rest.end());
+    return {1, 0x2E, 0, 0x90, data};
   }
   /// A size request for "cpu_err" on node 1, answered with four bytes.
   void Size(const std::array<std::uint8_t, 4>& size, std::uint8_t completionCode = 0) {
-    wire::TCommandBuffer request = Area(wire::StorageArea::kQuerySize);
-    const std::string name = "cpu_err";
-    for (std::size_t i = 0; i < name.size(); ++i) request[13 + i] = static_cast<std::uint8_t>(name[i]);
-    wire::TCommandBuffer response = request;
-    response[4] = completionCode;
-    response[5] = 7;
-    for (std::size_t i = 0; i < size.size(); ++i) response[12 + i] = size.at(i);
-    line_->OnIpmi({1, true, request, true, response, 16, {}});
+    Answered(Area(0x06, "cpu_err"), {completionCode, {0x39, 0x30, 0x00, size[0], size[1], size[2], size[3]}});
+  }
+  static TIpmiAnswer ReadAnswer(std::uint8_t count, std::uint8_t completionCode = 0) {
+    TIpmiAnswer answer = {completionCode, {0x39, 0x30, 0x00, count, 0x00}};
+    answer.data.resize(5U + count);
+    return answer;
   }
   /// A read request answered with so many bytes.
   void Read(std::uint8_t count, std::uint8_t completionCode = 0) {
-    const wire::TCommandBuffer request = Area(wire::StorageArea::kRead);
-    wire::TCommandBuffer response = request;
-    response[4] = completionCode;
-    response[5] = static_cast<std::uint8_t>(5 + count);
-    response[12] = count;
-    response[13] = 0;
-    line_->OnIpmi({1, true, request, true, response, 14 + count, {}});
+    Answered(Area(0x02), ReadAnswer(count, completionCode));
   }
-  void Close() {
-    const wire::TCommandBuffer request = Area(wire::StorageArea::kClose);
-    line_->OnIpmi({1, true, request, true, request, 12, {}});
-  }
+  void Close() { Answered(Area(0x05), {0, {0x39, 0x30, 0x00}}); }
 
   std::string written_;
   int width_ = 100;
@@ -78,15 +61,15 @@ TEST_F(Progress, ShowsClassExchangesRateAndTime) {
 
 TEST_F(Progress, CountsDotCommands) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
-  line_->OnDot({0, true, command, true, {}, 0, {}});
+  const TDotAnswer answer;
+  line_->OnDot({{0, command, 0}, true, &answer, {}});
   EXPECT_EQ(Written(), "\r1 exchange, 0:00");
 }
 
 TEST_F(Progress, DoesNotCountWhatIsRefusedAfterAStop) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
-  line_->OnDot({0, false, command, false, {}, 0, {}});
-  const wire::TCommandBuffer request(wire::RegisterRead::kNetworkFunction, wire::RegisterRead::kRegisterRead, 4);
-  line_->OnIpmi({0, false, request, false, request, 0, {}});
+  line_->OnDot({{0, command, 0}, false, nullptr, {}});
+  line_->OnIpmi({Area(0x02), false, nullptr, {}});
   EXPECT_EQ(Written(), "");
 }
 
@@ -136,14 +119,11 @@ TEST_F(Progress, IgnoresRefusedSizesAndReads) {
 
 TEST_F(Progress, BelievesNoMoreBytesThanAResponseCarries) {
   Size({0xFF, 0xFF, 0, 0});
-  const wire::TCommandBuffer request = Area(wire::StorageArea::kRead);
-  wire::TCommandBuffer response = request;
-  response[4] = 0;
-  response[5] = 5 + 100;
-  response[12] = response[13] = 0xFF;  // says 65535
-  line_->OnIpmi({1, true, request, true, response, 114, {}});
-  response[5] = 3;  // too short for a count
-  line_->OnIpmi({1, true, request, true, response, 12, {}});
+  TIpmiAnswer answer = ReadAnswer(100);
+  answer.data[3] = answer.data[4] = 0xFF;  // says 65535
+  Answered(Area(0x02), answer);
+  answer.data.resize(3);  // too short for a count
+  Answered(Area(0x02), answer);
   Wait(200);
   Written();
   Register();

@@ -35,7 +35,7 @@ class TransportCalls : public TLibraryTest {
 TEST_F(TransportCalls, BothTransportsFetchTheLoggerBeforeTheLibrary) {
   EXPECT_TRUE(LoggerComesFirst<IPMIRequestTorgaReg>());
   EXPECT_TRUE(LoggerComesFirst<TNOVRequestTorgaReg>());
-  EXPECT_EQ(library.calls, (TCalls{"instance 0", "instance 0", "takes dot commands"}));
+  EXPECT_EQ(library.calls, (TCalls{"instance 0", "instance 0", "takes dot commands", "check", "discover"}));
 }
 
 class RootCalls : public TPluginLibraryTest {};

@@ -61,12 +61,12 @@ TEST_F(KeptState, InitAndDeInitMakeNoHostCalls) {
   FillEveryField();
   const int queries = environment.machineTypeQueries;
   const int readings = environment.clockReadings;
-  const std::size_t discoveries = sp.Discoveries().size();
+  const int discoveries = sp.Discoveries();
   plugin.Init();
   plugin.DeInit();
   EXPECT_EQ(environment.machineTypeQueries, queries);
   EXPECT_EQ(environment.clockReadings, readings);
-  EXPECT_EQ(sp.Discoveries().size(), discoveries);
+  EXPECT_EQ(sp.Discoveries(), discoveries);
   EXPECT_EQ(pluginManager->registered.size(), 1U);
 }
 

@@ -27,7 +27,7 @@ TEST_F(LibraryCalls, RegisterRequestsPassBufferLengthCapacityAndFlag) {
 
 TEST_F(LibraryCalls, TheUncalledRequestsPresetZero) {
   TNOVRequestTorgaReg transport;
-  EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "takes dot commands"}));
+  EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "takes dot commands", "check", "discover"}));
   transport.getData(1, 2, out, &length);
   transport.getTimeStamp(out, &length);
   ExpectArguments(2, 0);
@@ -83,6 +83,16 @@ TEST_F(LibraryCalls, AnswersThatLieAboutTheirLength) {
   EXPECT_EQ(length, 4464);
 }
 
+TEST_F(LibraryCalls, DiscoveryEndsWithTheFirstNo) {
+  library.communicates = false;
+  EXPECT_EQ(TNOVRequestTorgaReg().GetSPInstances(), 0);
+  EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "takes dot commands", "check"}));
+  library.calls.clear();
+  library.dotCommands = false;
+  EXPECT_EQ(TNOVRequestTorgaReg().GetSPInstances(), 0);
+  EXPECT_EQ(library.calls, (std::vector<std::string>{"instance 0", "takes dot commands"}));
+}
+
 TEST_F(LibraryCalls, DotCommandsPassServiceProcessorAndThenSize) {
   TNOVRequestTorgaReg transport;
   unsigned char buffer[16] = {};
@@ -118,6 +128,14 @@ TEST_F(StorageAreaCalls, AllFourRequestsPassTheSameArguments) {
   EXPECT_EQ(plugin->ReadStorageArea(10, handle, out, node), 10);
   plugin->CloseStorageArea(handle, node);
   ExpectArguments(4, 256);
+}
+
+TEST_F(StorageAreaCalls, EveryChunkIsSentWithTheWholeBuffersLength) {
+  unsigned char handle[4] = {1, 0, 0, 0};
+  unsigned char chunks[25] = {};
+  library.answer = &Succeed;
+  EXPECT_EQ(plugin->ReadStorageArea(25, handle, chunks, SPLibrary::GetSplibraryInstance(0)), 25);
+  ExpectArguments(3, 256);
 }
 
 // The library's return value is ignored if the buffer indicates success.

@@ -93,7 +93,7 @@ TEST_F(Construction, RegistersItselfWithEmptyFieldsAndLogsNothing) {
   EXPECT_FALSE(FieldsOf(*plugin).currentClass);
   EXPECT_EQ(FieldsOf(*plugin).machineType, "");
   EXPECT_TRUE(logger.Lines().empty());
-  EXPECT_TRUE(sp.Discoveries().empty());
+  EXPECT_EQ(sp.Discoveries(), 0);
   EXPECT_EQ(environment.machineTypeQueries, 0);
   plugin->PrepareForUnload();
 }

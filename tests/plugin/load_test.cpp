@@ -60,7 +60,7 @@ TEST_F(LoadedLibrary, RegistersWhileItIsLoadedAndLogsNothing) {
   EXPECT_EQ(plugin->Callbacks().GetInterfaceVersion(), "1.0");
   EXPECT_NE(plugin->Query(), nullptr);
   EXPECT_TRUE(logger.Lines().empty());
-  EXPECT_TRUE(sp.Discoveries().empty());
+  EXPECT_EQ(sp.Discoveries(), 0);
 }
 
 TEST_F(LoadedLibrary, CollectsUnloadsAndLoadsAgain) {

@@ -68,8 +68,14 @@ bool SPLibrary::IsIPMIDriversPresent() {
   Note("driver");
   return true;
 }
-bool SPLibrary::checkSPComm() { return true; }
-int SPLibrary::discoverSPs() { return library.serviceProcessors; }
+bool SPLibrary::checkSPComm() {
+  Note("check");
+  return library.communicates;
+}
+int SPLibrary::discoverSPs() {
+  Note("discover");
+  return library.serviceProcessors;
+}
 bool SPLibrary::isDotcommand() {
   Note("takes dot commands");
   return library.dotCommands;

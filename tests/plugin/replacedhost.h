@@ -31,6 +31,7 @@ struct TReplacedHost {
   int nodes = 2;
   int serviceProcessors = 1;
   bool dotCommands = true;
+  bool communicates = true;
   bool noInstance = false;
   bool brokenClock = false;
   bool noMemory = false;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "host/bmc/commandframe.h"
 #include "host/plugins/pluginloader.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/namespaces.h"
@@ -32,36 +31,26 @@ void TRememberingProcessor::Forget() {
   openedAreas.clear();
 }
 
-bool TRememberingProcessor::SendIpmi(int, wire::TCommandBuffer& buffer, int& length, const TStopSignal&) {
-  static constexpr std::array<std::uint8_t, 14> kRegister = {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
-  static constexpr std::array<std::uint8_t, 4> kTimestamp = {0x12, 0x34, 0x56, 0x78};
+std::optional<TIpmiAnswer> TRememberingProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal&) {
+  const wire::TCommandBuffer& buffer = request.Buffer();
   if (buffer[2] == 0x3A && buffer[4] == 0x62) {
     const auto address = static_cast<std::uint32_t>(buffer[10] << 16 | buffer[11] << 8 | buffer[12]);
     registerReads.push_back({buffer[9], address});
-    CommandFrame::StoreResponse(buffer, length, 0x00, kRegister);
-    return true;
+    return TIpmiAnswer{0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8}};
   }
-  if (buffer[2] == 0x3A && buffer[4] == 0x6F) {
-    CommandFrame::StoreResponse(buffer, length, 0x00, kTimestamp);
-    return true;
-  }
-  AnswerStorageArea(buffer, length);
-  return true;
+  if (buffer[2] == 0x3A && buffer[4] == 0x6F) return TIpmiAnswer{0x00, {0x12, 0x34, 0x56, 0x78}};
+  return AnswerStorageArea(buffer);
 }
 
-void TRememberingProcessor::AnswerStorageArea(wire::TCommandBuffer& buffer, int& length) {
+TIpmiAnswer TRememberingProcessor::AnswerStorageArea(const wire::TCommandBuffer& request) {
+  if (request[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(request.Data() + 21));
   // The manufacturer id, followed by a handle, a size of zero, or a count of zero.
-  static constexpr std::array<std::uint8_t, 7> kEmpty = {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00};
-  if (buffer[12] == 0x01) openedAreas.emplace_back(reinterpret_cast<const char*>(buffer.Data() + 21));
-  CommandFrame::StoreResponse(buffer, length, hasStorageAreas ? 0x00 : 0xCB, kEmpty);
+  return {hasStorageAreas ? std::uint8_t{0x00} : std::uint8_t{0xCB}, {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00}};
 }
 
-bool TRememberingProcessor::SendDot(int serviceProcessor, const dotCmd&, std::span<std::uint8_t> response, int& length,
-                                    const TStopSignal&) {
-  blockReads.push_back(serviceProcessor);
-  std::copy_n(block.begin(), std::min(block.size(), response.size()), response.begin());
-  length = static_cast<int>(block.size());
-  return true;
+std::optional<TDotAnswer> TRememberingProcessor::SendDot(const TDotRequest& request, const TStopSignal&) {
+  blockReads.push_back(request.serviceProcessor);
+  return TDotAnswer{{block.begin(), block.end()}};
 }
 
 TLoadedCollectorTest::TLoadedCollectorTest() {

@@ -36,19 +36,14 @@ class TRememberingProcessor : public IServiceProcessor {
 
   void Forget();
 
-  int BmcNodeCount() override { return 1; }
-  bool IpmiDriverPresent() override { return true; }
-  bool TakesDotCommands() override { return true; }
-  bool CheckCommunication() override { return true; }
-  int DiscoverServiceProcessors() override { return kServiceProcessors; }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override;
+  TDiscovery Discover() override { return {1, true, true, true, kServiceProcessors}; }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
 
   static constexpr int kServiceProcessors = 2;
 
  private:
-  void AnswerStorageArea(wire::TCommandBuffer& buffer, int& length);
+  TIpmiAnswer AnswerStorageArea(const wire::TCommandBuffer& request);
 };
 
 /// The collector in a process with the test's own schema.

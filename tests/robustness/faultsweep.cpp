@@ -99,67 +99,72 @@ class TSweep {
 
  private:
   static sweep::TIpmiTamper Lost() {
-    return [](wire::TCommandBuffer&, int&) { return false; };
+    return [](TIpmiAnswer&) { return false; };
   }
   static sweep::TIpmiTamper Code(int code) {
-    return [code](wire::TCommandBuffer& buffer, int&) {
-      buffer[wire::TCommandBuffer::kCompletionCode] = static_cast<std::uint8_t>(code);
+    return [code](TIpmiAnswer& answer) {
+      answer.completionCode = static_cast<std::uint8_t>(code);
       return true;
     };
   }
-  // Truncates the response to `total` bytes and sets byte 5 accordingly; a larger total only changes the
-  // reported length.
+  // Cut to `total` bytes of the buffer, byte 5 with it; a longer one is only said to be longer.
   static sweep::TIpmiTamper Cut(int total) {
-    return [total](wire::TCommandBuffer& buffer, int& length) {
-      const int size = static_cast<int>(wire::TCommandBuffer::kSize);
-      for (int i = total; i < size; ++i) buffer[static_cast<std::size_t>(i)] = 0;
+    return [total](TIpmiAnswer& answer) {
       constexpr int kHead = static_cast<int>(wire::TCommandBuffer::kData);
-      if (total > static_cast<int>(wire::TCommandBuffer::kDataLength)) {
-        const int data = std::max(0, std::min(total, size) - kHead);
-        buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(data);
-      }
-      length = total;
+      constexpr int kMaxData = static_cast<int>(wire::TCommandBuffer::kMaxData);
+      if (total <= static_cast<int>(wire::TCommandBuffer::kCompletionCode)) answer.completionCode = 0;
+      answer.data.resize(static_cast<std::size_t>(std::clamp(total - kHead, 0, kMaxData)));
+      answer.claimedLength = total;
       return true;
     };
   }
   static sweep::TIpmiTamper SaysLength(int said) {
-    return [said](wire::TCommandBuffer&, int& length) {
-      length = said;
+    return [said](TIpmiAnswer& answer) {
+      answer.claimedLength = said;
       return true;
-    };
-  }
-  static sweep::TDotTamper DotAnswer(sweep::EDotAnswer answer) {
-    return [answer](std::span<std::uint8_t>, std::span<const std::uint8_t>, int&) { return answer; };
-  }
-  static sweep::TDotTamper SaysDotLength(int said) {
-    return [said](std::span<std::uint8_t>, std::span<const std::uint8_t>, int& length) {
-      length = said;
-      return sweep::EDotAnswer::kGiven;
-    };
-  }
-  static sweep::TDotTamper CutDot(std::size_t size) {
-    return [size](std::span<std::uint8_t> response, std::span<const std::uint8_t> before, int& length) {
-      std::copy(before.begin() + static_cast<std::ptrdiff_t>(size), before.end(),
-                response.begin() + static_cast<std::ptrdiff_t>(size));
-      length = static_cast<int>(size);
-      return sweep::EDotAnswer::kGiven;
-    };
-  }
-  static sweep::TDotTamper FlipDot(std::size_t bit) {
-    return [bit](std::span<std::uint8_t> response, std::span<const std::uint8_t>, int&) {
-      response[bit / 8] ^= static_cast<std::uint8_t>(1U << (bit % 8));
-      return sweep::EDotAnswer::kGiven;
     };
   }
   static sweep::TIpmiTamper SaysDataLength(int said) {
-    return [said](wire::TCommandBuffer& buffer, int&) {
-      buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(said);
+    return [said](TIpmiAnswer& answer) {
+      answer.claimedDataLength = static_cast<std::uint8_t>(said);
       return true;
     };
   }
+  // Of the completion code, the data length, and then the data.
   static sweep::TIpmiTamper Flip(int bit) {
-    return [bit](wire::TCommandBuffer& buffer, int&) {
-      buffer[static_cast<std::size_t>(bit / 8)] ^= static_cast<std::uint8_t>(1U << (bit % 8));
+    return [bit](TIpmiAnswer& answer) {
+      const auto flipped = static_cast<std::uint8_t>(1U << (bit % 8));
+      if (bit < 8) {
+        answer.completionCode ^= flipped;
+      } else if (bit < 16) {
+        answer.claimedDataLength = answer.DataLength() ^ flipped;
+      } else {
+        answer.data[static_cast<std::size_t>(bit / 8 - 2)] ^= flipped;
+      }
+      return true;
+    };
+  }
+  static sweep::TDotTamper LostDot() {
+    return [](TDotAnswer&) { return false; };
+  }
+  static sweep::TDotTamper FailedDot() {
+    return [](TDotAnswer& answer) { return answer.failed = true; };
+  }
+  static sweep::TDotTamper SaysDotLength(int said) {
+    return [said](TDotAnswer& answer) {
+      answer.claimedLength = said;
+      return true;
+    };
+  }
+  static sweep::TDotTamper CutDot(std::size_t size) {
+    return [size](TDotAnswer& answer) {
+      answer.data.resize(size);
+      return true;
+    };
+  }
+  static sweep::TDotTamper FlipDot(std::size_t bit) {
+    return [bit](TDotAnswer& answer) {
+      answer.data[bit / 8] ^= static_cast<std::uint8_t>(1U << (bit % 8));
       return true;
     };
   }
@@ -186,12 +191,13 @@ class TSweep {
       HurtIpmi(place, SaysLength(said), "length that lies");
     }
     for (int said = 0; said < 256; said += Step(51)) HurtIpmi(place, SaysDataLength(said), "data length that lies");
-    for (int bit = 0; bit < length * 8; bit += Step(23)) HurtIpmi(place, Flip(bit), "flipped bit");
+    const int bytes = 2 + length - static_cast<int>(wire::TCommandBuffer::kData);
+    for (int bit = 0; bit < bytes * 8; bit += Step(23)) HurtIpmi(place, Flip(bit), "flipped bit");
   }
 
   void SweepDot(std::size_t place) {
-    HurtDot(place, DotAnswer(sweep::EDotAnswer::kLost), "lost");
-    HurtDot(place, DotAnswer(sweep::EDotAnswer::kFailed), "failure beside a block");
+    HurtDot(place, LostDot(), "lost");
+    HurtDot(place, FailedDot(), "failure beside a block");
     for (std::size_t size = 0; size < kBlock; size += Step<std::size_t>(29)) {
       if (size <= kCutEnds || size >= kBlock - kCutEnds) HurtDot(place, CutDot(size), "block's length");
     }

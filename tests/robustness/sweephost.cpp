@@ -33,43 +33,29 @@ bool TTamperer::IsRefused(std::size_t place, int serviceProcessor) const {
   return true;
 }
 
-bool TTamperer::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
+std::optional<TIpmiAnswer> TTamperer::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
   const std::size_t place = count_++;
-  if (IsRefused(place, -1)) return false;
-  const wire::TCommandBuffer request = buffer;
-  const int requestLength = length;
-  bool answered = inner_.SendIpmi(node, buffer, length, stop);
+  if (IsRefused(place, -1)) return std::nullopt;
+  auto answer = TForwardingServiceProcessor::SendIpmi(request, stop);
   const auto tamper = ipmi_.find(place);
   if (tamper != ipmi_.end()) {
     if (onHurt) onHurt(-1, false);
-    answered = tamper->second(buffer, length) && answered;
+    if (answer && !tamper->second(*answer)) answer.reset();
   }
-  if (!answered) {
-    buffer = request;
-    length = requestLength;
-  }
-  if (onExchange) onExchange(false, length);
-  return answered;
+  if (onExchange) onExchange(false, answer ? answer->Length() : 0);
+  return answer;
 }
 
-bool TTamperer::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-                        const TStopSignal& stop) {
+std::optional<TDotAnswer> TTamperer::SendDot(const TDotRequest& request, const TStopSignal& stop) {
   const std::size_t place = count_++;
-  if (IsRefused(place, serviceProcessor)) return false;
+  if (IsRefused(place, request.serviceProcessor)) return std::nullopt;
   const auto tamper = dot_.find(place);
-  std::vector<std::uint8_t> before;
-  if (tamper != dot_.end()) before.assign(response.begin(), response.end());
-  const int lengthBefore = length;
-  const bool answered = inner_.SendDot(serviceProcessor, command, response, length, stop);
-  if (onExchange) onExchange(true, length);
-  if (tamper == dot_.end()) return answered;
-  if (onHurt) onHurt(serviceProcessor, false);
-  const EDotAnswer answer = tamper->second(response, before, length);
-  if (answer == EDotAnswer::kLost) {
-    std::copy(before.begin(), before.end(), response.begin());
-    length = lengthBefore;
-  }
-  return answer == EDotAnswer::kGiven && answered;
+  auto answer = TForwardingServiceProcessor::SendDot(request, stop);
+  if (onExchange) onExchange(true, answer ? answer->Length() : 0);
+  if (tamper == dot_.end()) return answer;
+  if (onHurt) onHurt(request.serviceProcessor, false);
+  if (answer && !tamper->second(*answer)) answer.reset();
+  return answer;
 }
 
 THost::THost(const std::string& machineType)

@@ -19,22 +19,13 @@
 namespace sweep {
 
 /// Modifies an answer after the service processor has given it. Returning false loses the answer.
-using TIpmiTamper = std::function<bool(wire::TCommandBuffer& buffer, int& length)>;
-
-enum class EDotAnswer {
-  kGiven,
-  kLost,    ///< nothing was delivered: response and length are unchanged
-  kFailed,  ///< the driver reports a failure although something was delivered
-};
-/// The same for dot commands; `before` is the content of the response buffer before the service processor
-/// answered.
-using TDotTamper =
-    std::function<EDotAnswer(std::span<std::uint8_t> response, std::span<const std::uint8_t> before, int& length)>;
+using TIpmiTamper = std::function<bool(velhost::TIpmiAnswer& answer)>;
+using TDotTamper = std::function<bool(velhost::TDotAnswer& answer)>;
 
 /// Forwards exchanges and tampers with those at the chosen places, counted from 0 over the whole run.
-class TTamperer : public velhost::IServiceProcessor {
+class TTamperer : public velhost::TForwardingServiceProcessor {
  public:
-  explicit TTamperer(velhost::IServiceProcessor& inner) : inner_(inner) {}
+  using TForwardingServiceProcessor::TForwardingServiceProcessor;
   /// Refuses this and all later exchanges, as if the deadline of the run had passed.
   void SetLimit(std::size_t limit) { limit_ = limit; }
   void Reset() {
@@ -50,19 +41,14 @@ class TTamperer : public velhost::IServiceProcessor {
   /// clean run.
   std::function<void(int serviceProcessor, bool isRefused)> onHurt;
 
-  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
-  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
-  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
-  bool CheckCommunication() override { return inner_.CheckCommunication(); }
-  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const velhost::TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const velhost::TStopSignal& stop) override;
+  std::optional<velhost::TIpmiAnswer> SendIpmi(const velhost::TIpmiRequest& request,
+                                               const velhost::TStopSignal& stop) override;
+  std::optional<velhost::TDotAnswer> SendDot(const velhost::TDotRequest& request,
+                                             const velhost::TStopSignal& stop) override;
 
  private:
   bool IsRefused(std::size_t place, int serviceProcessor) const;
 
-  velhost::IServiceProcessor& inner_;
   std::size_t count_ = 0;
   std::size_t limit_ = static_cast<std::size_t>(-1);
   std::map<std::size_t, TIpmiTamper> ipmi_;

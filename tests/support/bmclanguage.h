@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -72,7 +73,9 @@ inline constexpr int kUntouched = -77;
 inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request,
                          const TStopSignal& stop) {
   TIpmiOutcome outcome = {false, request, request, kUntouched};
-  outcome.answered = processor.SendIpmi(node, outcome.after, outcome.length, stop);
+  const TIpmiRequest sent(node, request);
+  if (const auto answer = processor.SendIpmi(sent, stop))
+    outcome = {true, request, answer->InBufferOf(sent), answer->Length()};
   return outcome;
 }
 inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request) {
@@ -117,7 +120,12 @@ inline dotCmd BlockCommand(int size) {
 inline TDotOutcome SendDot(IServiceProcessor& processor, int serviceProcessor, const dotCmd& command,
                            std::size_t bufferSize, const TStopSignal& stop) {
   TDotOutcome outcome = {false, TBytes(bufferSize, 0xEE), kUntouched};
-  outcome.answered = processor.SendDot(serviceProcessor, command, outcome.buffer, outcome.length, stop);
+  const auto answer = processor.SendDot({serviceProcessor, command, bufferSize}, stop);
+  if (!answer) return outcome;
+  EXPECT_LE(answer->data.size(), bufferSize);
+  outcome.answered = true;
+  std::copy_n(answer->data.begin(), std::min(answer->data.size(), bufferSize), outcome.buffer.begin());
+  outcome.length = answer->Length();
   return outcome;
 }
 inline TDotOutcome SendDot(IServiceProcessor& processor, int serviceProcessor, const dotCmd& command,

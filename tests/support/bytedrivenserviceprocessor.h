@@ -43,35 +43,32 @@ class TByteDrivenServiceProcessor : public velhost::IServiceProcessor {
   int nodes = 1;
   int serviceProcessors = 0;
 
-  int BmcNodeCount() override { return nodes; }
-  bool IpmiDriverPresent() override { return true; }
-  bool TakesDotCommands() override { return serviceProcessors != 0; }
-  bool CheckCommunication() override { return true; }
-  int DiscoverServiceProcessors() override { return serviceProcessors; }
+  velhost::TDiscovery Discover() override { return {nodes, true, serviceProcessors != 0, true, serviceProcessors}; }
 
-  bool SendIpmi(int /*node*/, wire::TCommandBuffer& buffer, int& length,
-                const velhost::TStopSignal& /*stop*/) override {
-    using TBuffer = wire::TCommandBuffer;
-    if (bytes_.AtEnd()) return false;
+  std::optional<velhost::TIpmiAnswer> SendIpmi(const velhost::TIpmiRequest& /*request*/,
+                                               const velhost::TStopSignal& /*stop*/) override {
+    if (bytes_.AtEnd()) return std::nullopt;
     const unsigned int control = bytes_.Next();
-    if ((control & 1U) != 0) return false;
-    const std::size_t size = std::min<std::size_t>(bytes_.Next(), TBuffer::kMaxData);
-    buffer[TBuffer::kCompletionCode] = (control & 2U) != 0 ? bytes_.Next() : TBuffer::kSuccess;
-    buffer[TBuffer::kDataLength] = (control & 4U) != 0 ? bytes_.Next() : static_cast<std::uint8_t>(size);
-    length = (control & 8U) != 0 ? bytes_.Next32() : static_cast<int>(TBuffer::kData + size);
-    std::fill_n(buffer.Data() + TBuffer::kData, TBuffer::kMaxData, std::uint8_t{0});
-    for (std::size_t i = 0; i < size; ++i) buffer[TBuffer::kData + i] = bytes_.Next();
-    return true;
+    if ((control & 1U) != 0) return std::nullopt;
+    velhost::TIpmiAnswer answer;
+    answer.data.resize(std::min<std::size_t>(bytes_.Next(), wire::TCommandBuffer::kMaxData));
+    if ((control & 2U) != 0) answer.completionCode = bytes_.Next();
+    if ((control & 4U) != 0) answer.claimedDataLength = bytes_.Next();
+    if ((control & 8U) != 0) answer.claimedLength = bytes_.Next32();
+    for (std::uint8_t& byte : answer.data) byte = bytes_.Next();
+    return answer;
   }
 
-  bool SendDot(int /*serviceProcessor*/, const NKROVEL20::dotCmd& /*command*/, std::span<std::uint8_t> response,
-               int& length, const velhost::TStopSignal& /*stop*/) override {
-    if (bytes_.AtEnd()) return false;
+  std::optional<velhost::TDotAnswer> SendDot(const velhost::TDotRequest& request,
+                                             const velhost::TStopSignal& /*stop*/) override {
+    if (bytes_.AtEnd()) return std::nullopt;
     const unsigned int control = bytes_.Next();
-    const std::size_t size = std::min<std::size_t>(bytes_.Next16(), response.size());
-    length = (control & 8U) != 0 ? bytes_.Next32() : static_cast<int>(size);
-    for (std::size_t i = 0; i < size; ++i) response[i] = bytes_.Next();
-    return (control & 1U) == 0;
+    velhost::TDotAnswer answer;
+    answer.data.resize(std::min<std::size_t>(bytes_.Next16(), request.capacity));
+    if ((control & 8U) != 0) answer.claimedLength = bytes_.Next32();
+    for (std::uint8_t& byte : answer.data) byte = bytes_.Next();
+    answer.failed = (control & 1U) != 0;
+    return answer;
   }
 
  private:

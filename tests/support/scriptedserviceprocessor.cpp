@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <sstream>
 
-#include "host/bmc/commandframe.h"
-
 namespace tests {
 
 namespace {
@@ -40,71 +38,43 @@ TScriptedServiceProcessor::~TScriptedServiceProcessor() {
   for (const TStep& step : script_) ADD_FAILURE() << "not sent: " << Text(step.isDot, step.target, step.request);
 }
 
-int TScriptedServiceProcessor::BmcNodeCount() {
-  discoveries_.emplace_back("nodes");
-  return nodes;
+TDiscovery TScriptedServiceProcessor::Discover() {
+  ++discoveries_;
+  return {nodes, driverPresent, takesDotCommands, communicates, serviceProcessors};
 }
 
-bool TScriptedServiceProcessor::IpmiDriverPresent() {
-  discoveries_.emplace_back("driver");
-  return driverPresent;
-}
-
-bool TScriptedServiceProcessor::TakesDotCommands() {
-  discoveries_.emplace_back("dot");
-  return takesDotCommands;
-}
-
-bool TScriptedServiceProcessor::CheckCommunication() {
-  discoveries_.emplace_back("check");
-  return communicates;
-}
-
-int TScriptedServiceProcessor::DiscoverServiceProcessors() {
-  discoveries_.emplace_back("discover");
-  return serviceProcessors;
-}
-
-bool TScriptedServiceProcessor::Advance(bool isDot, int target, const TBytes& request, TStep& step) {
+/// The script's next step; empty when it is another one.
+std::optional<TStep> TScriptedServiceProcessor::Advance(bool isDot, int target, const TBytes& request) {
   if (script_.empty()) {
     ADD_FAILURE() << "sent beyond the script: " << Text(isDot, target, request);
-    return false;
+    return std::nullopt;
   }
-  step = script_.front();
+  const TStep step = script_.front();
   script_.pop_front();
   const TBytes expected = isDot ? step.request : WithoutTrailingZeros(step.request);
   if (step.isDot != isDot || step.target != target || expected != request) {
     ADD_FAILURE() << "expected " << Text(step.isDot, step.target, expected) << "\n  but got "
                   << Text(isDot, target, request);
-    return false;
+    return std::nullopt;
   }
   if (step.action) step.action();
-  return true;
+  return step;
 }
 
-bool TScriptedServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
-  presetLengths_.push_back(length);
-  TStep step;
-  if (!Advance(false, node, WithoutTrailingZeros(BytesOf(buffer)), step)) return false;
-  if (!stop.WaitFor(step.delay) || !step.answered) return false;
-  CommandFrame::StoreResponse(buffer, length, step.completionCode, step.data);
-  if (step.dataLength) buffer[wire::TCommandBuffer::kDataLength] = *step.dataLength;
-  if (step.length) length = *step.length;
-  return true;
+std::optional<TIpmiAnswer> TScriptedServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
+  const auto step = Advance(false, request.Node(), WithoutTrailingZeros(BytesOf(request.Buffer())));
+  if (!step || !stop.WaitFor(step->delay) || !step->answered) return std::nullopt;
+  return TIpmiAnswer{step->completionCode, step->data, step->dataLength, step->length};
 }
 
-bool TScriptedServiceProcessor::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response,
-                                        int& length, const TStopSignal& stop) {
-  TStep step;
-  if (!Advance(true, serviceProcessor, BytesOf(command), step)) return false;
-  const bool answered = stop.WaitFor(step.delay) && step.answered;
-  if (answered) {
-    const std::size_t size = std::min(step.data.size(), response.size());
-    std::copy_n(step.data.begin(), size, response.begin());
-    length = static_cast<int>(size);
-  }
-  if (step.length) length = *step.length;
-  return answered;
+std::optional<TDotAnswer> TScriptedServiceProcessor::SendDot(const TDotRequest& request, const TStopSignal& stop) {
+  const auto step = Advance(true, request.serviceProcessor, BytesOf(request.command));
+  if (!step) return std::nullopt;
+  const bool answered = stop.WaitFor(step->delay) && step->answered;
+  if (!answered && !step->length) return std::nullopt;
+  TDotAnswer answer = {answered ? step->data : TBytes(), step->length, !answered};
+  answer.data.resize(std::min(answer.data.size(), request.capacity));
+  return answer;
 }
 
 }  // namespace tests

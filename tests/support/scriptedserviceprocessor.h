@@ -31,26 +31,20 @@ class TScriptedServiceProcessor : public velhost::IServiceProcessor {
   void Expect(const TStep& step) { script_.push_back(step); }
   void Expect(const std::vector<TStep>& steps) { script_.insert(script_.end(), steps.begin(), steps.end()); }
   std::size_t StepsLeft() const { return script_.size(); }
-  /// The names of the discovery operations in the order in which they were called.
-  const std::vector<std::string>& Discoveries() const { return discoveries_; }
-  /// What the length variable held when each IPMI request came.
-  const std::vector<int>& PresetLengths() const { return presetLengths_; }
+  /// How often it was asked what discovery finds: once by each such operation of SPLibrary.
+  int Discoveries() const { return discoveries_; }
 
-  int BmcNodeCount() override;
-  bool IpmiDriverPresent() override;
-  bool TakesDotCommands() override;
-  bool CheckCommunication() override;
-  int DiscoverServiceProcessors() override;
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const velhost::TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const NKROVEL20::dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const velhost::TStopSignal& stop) override;
+  velhost::TDiscovery Discover() override;
+  std::optional<velhost::TIpmiAnswer> SendIpmi(const velhost::TIpmiRequest& request,
+                                               const velhost::TStopSignal& stop) override;
+  std::optional<velhost::TDotAnswer> SendDot(const velhost::TDotRequest& request,
+                                             const velhost::TStopSignal& stop) override;
 
  private:
-  bool Advance(bool isDot, int target, const TBytes& request, TStep& step);
+  std::optional<TStep> Advance(bool isDot, int target, const TBytes& request);
 
   std::deque<TStep> script_;
-  std::vector<std::string> discoveries_;
-  std::vector<int> presetLengths_;
+  int discoveries_ = 0;
 };
 
 }  // namespace tests

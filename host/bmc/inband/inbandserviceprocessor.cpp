@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "host/base/hosterror.h"
-#include "host/bmc/commandframe.h"
 
 namespace velhost {
 
@@ -73,39 +72,39 @@ void TInbandServiceProcessor::CloseAll() {
   descriptors_.clear();
 }
 
-int TInbandServiceProcessor::BmcNodeCount() { return declaredOnly_ ? 1 : static_cast<int>(descriptors_.size()); }
+TDiscovery TInbandServiceProcessor::Discover() {
+  TDiscovery found;
+  found.bmcNodes = declaredOnly_ ? 1 : static_cast<int>(descriptors_.size());
+  found.ipmiDriver = !descriptors_.empty();
+  return found;
+}
 
-bool TInbandServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
-  if (node < 0 || static_cast<std::size_t>(node) >= descriptors_.size() || stop.IsStopped()) return false;
+std::optional<TIpmiAnswer> TInbandServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
+  const int node = request.Node();
+  if (node < 0 || static_cast<std::size_t>(node) >= descriptors_.size() || stop.IsStopped()) return std::nullopt;
   const int descriptor = descriptors_[static_cast<std::size_t>(node)];
-  if (!Send(descriptor, buffer)) return false;
+  if (!Send(descriptor, request)) return std::nullopt;
   const auto end = steady_clock::now() + kInbandAnswerTime;
   while (WaitForMessage(descriptor, end, stop)) {
-    if (TakeAnswer(descriptor, buffer, length)) return true;
+    if (auto answer = TakeAnswer(descriptor)) return answer;
   }
-  return false;
+  return std::nullopt;
 }
 
-bool TInbandServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*command*/,
-                                      std::span<std::uint8_t> /*response*/, int& /*length*/,
-                                      const TStopSignal& /*stop*/) {
-  return false;
-}
-
-bool TInbandServiceProcessor::Send(int descriptor, const wire::TCommandBuffer& request) {
-  const auto requestData = CommandFrame::RequestData(request);
+bool TInbandServiceProcessor::Send(int descriptor, const TIpmiRequest& request) {
+  const auto requestData = request.Data();
   std::array<std::uint8_t, wire::TCommandBuffer::kMaxData> data{};
   std::copy(requestData.begin(), requestData.end(), data.begin());
   ipmi_system_interface_addr address = {};
   address.addr_type = IPMI_SYSTEM_INTERFACE_ADDR_TYPE;
   address.channel = IPMI_BMC_CHANNEL;
-  address.lun = request[wire::TCommandBuffer::kLun];
+  address.lun = request.Lun();
   ipmi_req message = {};
   message.addr = reinterpret_cast<unsigned char*>(&address);
   message.addr_len = sizeof address;
   message.msgid = ++messageNumber_;
-  message.msg.netfn = request[wire::TCommandBuffer::kNetworkFunction];
-  message.msg.cmd = request[wire::TCommandBuffer::kCommand];
+  message.msg.netfn = request.NetworkFunction();
+  message.msg.cmd = request.Command();
   message.msg.data = data.data();
   message.msg.data_len = static_cast<unsigned short>(requestData.size());
   return driver_->Send(descriptor, message) == 0;
@@ -123,7 +122,7 @@ bool TInbandServiceProcessor::WaitForMessage(int descriptor, steady_clock::time_
   return false;
 }
 
-bool TInbandServiceProcessor::TakeAnswer(int descriptor, wire::TCommandBuffer& buffer, int& length) {
+std::optional<TIpmiAnswer> TInbandServiceProcessor::TakeAnswer(int descriptor) {
   std::array<std::uint8_t, kCompletionCodeSize + wire::TCommandBuffer::kMaxData> data{};
   ipmi_addr address = {};
   ipmi_recv message = {};
@@ -132,12 +131,11 @@ bool TInbandServiceProcessor::TakeAnswer(int descriptor, wire::TCommandBuffer& b
   message.msg.data = data.data();
   message.msg.data_len = static_cast<unsigned short>(data.size());
   const int error = driver_->Receive(descriptor, message);
-  if (error != 0 && error != EMSGSIZE) return false;
-  if (message.recv_type != IPMI_RESPONSE_RECV_TYPE || message.msgid != messageNumber_) return false;
+  if (error != 0 && error != EMSGSIZE) return std::nullopt;
+  if (message.recv_type != IPMI_RESPONSE_RECV_TYPE || message.msgid != messageNumber_) return std::nullopt;
   const std::size_t size = std::min<std::size_t>(message.msg.data_len, data.size());
-  if (size < kCompletionCodeSize) return false;
-  CommandFrame::StoreResponse(buffer, length, data[0], std::span(data).first(size).subspan(kCompletionCodeSize));
-  return true;
+  if (size < kCompletionCodeSize) return std::nullopt;
+  return TIpmiAnswer{data[0], {data.begin() + kCompletionCodeSize, data.begin() + static_cast<std::ptrdiff_t>(size)}};
 }
 
 std::string ParseInbandSpec(const std::string& spec) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,7 @@ inline constexpr std::chrono::milliseconds kInbandAnswerTime{5000};
 
 /// One node per opened device, in their order. Takes no dot commands. Nothing is retried.
 ///
-/// An answer is lost, and SendIpmi false, when the driver refuses the request, none comes within
+/// An answer is lost when the driver refuses the request, none comes within
 /// kInbandAnswerTime, or the run is stopped meanwhile. The answer to a lost request may still arrive
 /// during a later exchange; it is told by its message number and dropped. Where the driver itself
 /// makes up a completion code for a BMC that is silent (0xC3, 0xFF), that code is the answer: there
@@ -33,23 +34,17 @@ class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
   TInbandServiceProcessor(const TInbandServiceProcessor&) = delete;
   TInbandServiceProcessor& operator=(const TInbandServiceProcessor&) = delete;
 
-  int BmcNodeCount() override;
-  bool IpmiDriverPresent() override { return !descriptors_.empty(); }
-  bool TakesDotCommands() override { return false; }
-  bool CheckCommunication() override { return false; }
-  int DiscoverServiceProcessors() override { return 0; }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override;
+  TDiscovery Discover() override;
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
 
  private:
   void OpenDevice(const std::string& device);
   void CloseAll();
-  bool Send(int descriptor, const wire::TCommandBuffer& request);
+  bool Send(int descriptor, const TIpmiRequest& request);
   /// Waits for a message; false when none will come any more.
   bool WaitForMessage(int descriptor, std::chrono::steady_clock::time_point end, const TStopSignal& stop);
-  /// Takes one message from the driver; true if it answers the latest request.
-  bool TakeAnswer(int descriptor, wire::TCommandBuffer& buffer, int& length);
+  /// Takes one message from the driver; empty unless it answers the latest request.
+  std::optional<TIpmiAnswer> TakeAnswer(int descriptor);
 
   std::shared_ptr<IIpmiDriver> driver_;
   std::vector<int> descriptors_;

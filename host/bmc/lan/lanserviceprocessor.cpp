@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/base/hosterror.h"
-#include "host/bmc/commandframe.h"
 #include "host/bmc/lan/lanlink.h"
 #include "host/bmc/lan/lanworker.h"
 
@@ -62,10 +61,10 @@ class TLanServiceProcessor::TNode {
   /// Null when the run was stopped. The exchange is made on this thread, where the wait can be
   /// interrupted. A session that has to be opened may wait for what no signal ends, a name server, and
   /// goes to the worker.
-  std::shared_ptr<TLanExchange> Exchange(const wire::TCommandBuffer& buffer, const TStopSignal& stop,
+  std::shared_ptr<TLanExchange> Exchange(const TIpmiRequest& request, const TStopSignal& stop,
                                          TLanInterrupter& interrupter) {
     if (stop.IsStopped()) return nullptr;
-    const auto exchange = MakeExchange(buffer);
+    const auto exchange = MakeExchange(request);
     if (!link_->IsReady()) {
       const auto job = [link = link_, exchange]() noexcept { link->Prepare(*exchange); };
       if (!worker_.Run(job, stop)) return nullptr;
@@ -76,14 +75,14 @@ class TLanServiceProcessor::TNode {
   }
 
  private:
-  static std::shared_ptr<TLanExchange> MakeExchange(const wire::TCommandBuffer& buffer) {
-    const auto data = CommandFrame::RequestData(buffer);
+  static std::shared_ptr<TLanExchange> MakeExchange(const TIpmiRequest& request) {
+    const auto data = request.Data();
     auto exchange = std::make_shared<TLanExchange>();
-    exchange->networkFunction = buffer[wire::TCommandBuffer::kNetworkFunction];
-    exchange->lun = buffer[wire::TCommandBuffer::kLun];
+    exchange->networkFunction = request.NetworkFunction();
+    exchange->lun = request.Lun();
     exchange->request.reserve(1 + data.size());
-    exchange->request.push_back(buffer[wire::TCommandBuffer::kCommand]);
-    for (const std::uint8_t byte : data) exchange->request.push_back(byte);
+    exchange->request.push_back(request.Command());
+    exchange->request.insert(exchange->request.end(), data.begin(), data.end());
     return exchange;
   }
 
@@ -107,21 +106,23 @@ void TLanServiceProcessor::Tell(ELanNotice kind, const std::string& text) const 
   if (!text.empty() && notice_) notice_(kind, text);
 }
 
-bool TLanServiceProcessor::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
-  if (node < 0 || static_cast<std::size_t>(node) >= nodes_.size()) return false;
-  const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(buffer, stop, interrupter_);
-  if (!exchange) return false;
-  Tell(ELanNotice::kWarning, exchange->warning);
-  Tell(ELanNotice::kLost, exchange->notice);
-  if (!exchange->answered) return false;
-  const std::span<const std::uint8_t> response(exchange->response.data(), exchange->size);
-  CommandFrame::StoreResponse(buffer, length, response.front(), response.subspan(1));
-  return true;
+TDiscovery TLanServiceProcessor::Discover() {
+  TDiscovery found;
+  found.bmcNodes = static_cast<int>(nodes_.size());
+  found.ipmiDriver = true;
+  return found;
 }
 
-bool TLanServiceProcessor::SendDot(int /*serviceProcessor*/, const dotCmd& /*command*/,
-                                   std::span<std::uint8_t> /*response*/, int& /*length*/, const TStopSignal& /*stop*/) {
-  return false;
+std::optional<TIpmiAnswer> TLanServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
+  const int node = request.Node();
+  if (node < 0 || static_cast<std::size_t>(node) >= nodes_.size()) return std::nullopt;
+  const auto exchange = nodes_[static_cast<std::size_t>(node)]->Exchange(request, stop, interrupter_);
+  if (!exchange) return std::nullopt;
+  Tell(ELanNotice::kWarning, exchange->warning);
+  Tell(ELanNotice::kLost, exchange->notice);
+  if (!exchange->answered) return std::nullopt;
+  const auto response = std::span(exchange->response).first(exchange->size);
+  return TIpmiAnswer{response.front(), {response.begin() + 1, response.end()}};
 }
 
 }  // namespace velhost

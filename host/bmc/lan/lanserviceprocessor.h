@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,14 +35,8 @@ class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
                        TLanNotice notice);
   ~TLanServiceProcessor() override;
 
-  int BmcNodeCount() override { return static_cast<int>(nodes_.size()); }
-  bool IpmiDriverPresent() override { return true; }
-  bool TakesDotCommands() override { return false; }
-  bool CheckCommunication() override { return false; }
-  int DiscoverServiceProcessors() override { return 0; }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override;
+  TDiscovery Discover() override;
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
 
  private:
   class TNode;

@@ -30,11 +30,6 @@ const char* Boolean(bool value) { return value ? "true" : "false"; }
 
 }  // namespace
 
-TDiscovery Discover(IServiceProcessor& serviceProcessor) {
-  return {serviceProcessor.BmcNodeCount(), serviceProcessor.IpmiDriverPresent(), serviceProcessor.TakesDotCommands(),
-          serviceProcessor.CheckCommunication(), serviceProcessor.DiscoverServiceProcessors()};
-}
-
 int ProcessUtcOffsetMinutes() {
   tzset();
   return static_cast<int>(-timezone / kSecondsPerMinute);
@@ -74,22 +69,24 @@ TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header) : sink_(si
 }
 
 void TRecorder::OnIpmi(const TIpmiExchange& exchange) {
-  std::string line = fmt::format(R"({{"kind":"ipmi","node":{},"request":"{}","ok":{})", exchange.node,
-                                 BufferText(exchange.request), Boolean(exchange.answered));
-  if (exchange.answered) {
-    line += fmt::format(R"(,"response":"{}","length":{})", BufferText(exchange.response), exchange.length);
+  std::string line = fmt::format(R"({{"kind":"ipmi","node":{},"request":"{}","ok":{})", exchange.request.Node(),
+                                 BufferText(exchange.request.Buffer()), Boolean(exchange.answer != nullptr));
+  if (exchange.answer != nullptr) {
+    line += fmt::format(R"(,"response":"{}","length":{})", BufferText(exchange.answer->InBufferOf(exchange.request)),
+                        exchange.answer->Length());
   }
   WriteLine(line + fmt::format(R"(,"us":{}}})", exchange.duration.count()));
 }
 
 void TRecorder::OnDot(const TDotExchange& exchange) {
-  const dotCmd& command = exchange.command;
+  const dotCmd& command = exchange.request.command;
   std::string line =
       fmt::format(R"({{"kind":"dot","sp":{},"command":{},"identifier":"{}","parameters":"{}","ok":{})",
-                  exchange.serviceProcessor, command.GetCommand(), FormatHexPairs(command.GetIdentifier()),
-                  FormatHexPairs(command.GetParameters()), Boolean(exchange.answered));
-  if (exchange.answered) {
-    line += fmt::format(R"(,"response":"{}","length":{})", FormatHexPairs(exchange.response), exchange.length);
+                  exchange.request.serviceProcessor, command.GetCommand(), FormatHexPairs(command.GetIdentifier()),
+                  FormatHexPairs(command.GetParameters()), Boolean(exchange.answer != nullptr));
+  if (exchange.answer != nullptr) {
+    line += fmt::format(R"(,"response":"{}","length":{})", FormatHexPairs(exchange.answer->data),
+                        exchange.answer->Length());
   }
   WriteLine(line + fmt::format(R"(,"us":{}}})", exchange.duration.count()));
 }

@@ -19,16 +19,6 @@
 
 namespace velhost {
 
-/// What a service processor says of itself.
-struct TDiscovery {
-  int bmcNodes = 0;
-  bool ipmiDriver = false;
-  bool dotCommand = false;
-  bool spComm = false;
-  int serviceProcessors = 0;
-};
-VELHOST_API TDiscovery Discover(IServiceProcessor& serviceProcessor);
-
 /// The first line of a recording.
 struct TRecordingHeader {
   std::string machineType;

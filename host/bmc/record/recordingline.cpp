@@ -247,8 +247,8 @@ std::string FormatRecordingHeader(const TRecordingHeader& header) {
   const TDiscovery& found = header.discovery;
   const TOrdered discovery = {{"bmc_nodes", found.bmcNodes},
                               {"ipmi_driver", found.ipmiDriver},
-                              {"dot_command", found.dotCommand},
-                              {"sp_comm", found.spComm},
+                              {"dot_command", found.dotCommands},
+                              {"sp_comm", found.communicates},
                               {"service_processors", found.serviceProcessors}};
   const TOrdered line = {{"format", "velhost-recording"},
                          {"version", 1},
@@ -285,8 +285,8 @@ TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view 
   header.utcOffsetMinutes = members.Int("utc_offset_minutes", -kLargestUtcOffset, kLargestUtcOffset);
   header.discovery.bmcNodes = discovery.Int("bmc_nodes", 0, kMostRecordedNodes);
   header.discovery.ipmiDriver = discovery.Boolean("ipmi_driver");
-  header.discovery.dotCommand = discovery.Boolean("dot_command");
-  header.discovery.spComm = discovery.Boolean("sp_comm");
+  header.discovery.dotCommands = discovery.Boolean("dot_command");
+  header.discovery.communicates = discovery.Boolean("sp_comm");
   header.discovery.serviceProcessors = discovery.Int("service_processors", 0, kMostRecordedServiceProcessors);
   return header;
 }

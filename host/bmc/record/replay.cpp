@@ -41,6 +41,16 @@ std::string Described(const TRecordedLine& line) {
   return "a reading of the clock";
 }
 
+// Both lengths as they were recorded, be they true or not.
+TIpmiAnswer AnswerIn(const TRecordedLine& line) {
+  std::vector<std::uint8_t> buffer = line.response;
+  buffer.resize(wire::TCommandBuffer::kSize);
+  return {buffer[wire::TCommandBuffer::kCompletionCode],
+          {buffer.begin() + wire::TCommandBuffer::kData, buffer.end()},
+          buffer[wire::TCommandBuffer::kDataLength],
+          line.length};
+}
+
 // Whether a text without a newline is a first line that was cut.
 bool BeginsAsRecording(std::string_view text) {
   const std::size_t size = std::min(text.size(), kRecordingStart.size());
@@ -141,37 +151,28 @@ bool TReplay::Wait(const TRecordedLine& line, const TStopSignal& stop) {
   return stop.WaitFor(std::chrono::milliseconds(wait));
 }
 
-bool TReplay::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
+std::optional<TIpmiAnswer> TReplay::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
   TRecordedLine asked;
-  asked.node = node;
-  asked.request = WithoutTrailingZeros({buffer.Data(), buffer.Data() + wire::TCommandBuffer::kSize});
+  asked.node = request.Node();
+  const unsigned char* const buffer = request.Buffer().Data();
+  asked.request = WithoutTrailingZeros({buffer, buffer + wire::TCommandBuffer::kSize});
   const TRecordedLine* line = Next(asked);
-  if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
-  for (std::size_t i = wire::TCommandBuffer::kCompletionCode; i < wire::TCommandBuffer::kSize; ++i) {
-    if (i >= wire::TCommandBuffer::kReserved && i < wire::TCommandBuffer::kData) continue;
-    buffer[i] = i < line->response.size() ? line->response[i] : std::uint8_t{0};
-  }
-  length = line->length;
-  return true;
+  if (line == nullptr || !Wait(*line, stop) || !line->answered) return std::nullopt;
+  return AnswerIn(*line);
 }
 
-bool TReplay::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-                      const TStopSignal& stop) {
+std::optional<TDotAnswer> TReplay::SendDot(const TDotRequest& request, const TStopSignal& stop) {
   TRecordedLine asked;
   asked.kind = TRecordedLine::EKind::kDot;
-  asked.node = serviceProcessor;
-  asked.command = command.GetCommand();
-  asked.identifier = command.GetIdentifier();
-  asked.parameters = command.GetParameters();
+  asked.node = request.serviceProcessor;
+  asked.command = request.command.GetCommand();
+  asked.identifier = request.command.GetIdentifier();
+  asked.parameters = request.command.GetParameters();
   const TRecordedLine* line = Next(asked);
-  if (line == nullptr || !Wait(*line, stop) || !line->answered) return false;
-  const std::size_t size = std::min(static_cast<std::size_t>(line->length), response.size());
-  const std::size_t stored = std::min(line->response.size(), size);
-  std::copy_n(line->response.begin(), stored, response.begin());
-  std::fill(response.begin() + static_cast<std::ptrdiff_t>(stored),
-            response.begin() + static_cast<std::ptrdiff_t>(size), std::uint8_t{0});
-  length = static_cast<int>(size);
-  return true;
+  if (line == nullptr || !Wait(*line, stop) || !line->answered) return std::nullopt;
+  TDotAnswer answer{line->response};
+  answer.data.resize(std::min(static_cast<std::size_t>(line->length), request.capacity));
+  return answer;
 }
 
 TCIMDateTime TReplay::LocalTime() {

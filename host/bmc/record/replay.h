@@ -53,14 +53,9 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   /// more was asked for than it has.
   std::optional<std::string> CutWarning() const;
 
-  int BmcNodeCount() override { return header_.discovery.bmcNodes; }
-  bool IpmiDriverPresent() override { return header_.discovery.ipmiDriver; }
-  bool TakesDotCommands() override { return header_.discovery.dotCommand; }
-  bool CheckCommunication() override { return header_.discovery.spComm; }
-  int DiscoverServiceProcessors() override { return header_.discovery.serviceProcessors; }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override;
+  TDiscovery Discover() override { return header_.discovery; }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
 
   std::string MachineType() override { return header_.machineType; }
   TCIMDateTime LocalTime() override;

@@ -2,26 +2,25 @@
 
 #include <algorithm>
 
-#include "host/bmc/commandframe.h"
 #include "host/bmc/sim/simulatedserver.h"
 
 namespace velhost {
 
 namespace {
 
-void Truncate(std::size_t size, wire::TCommandBuffer& buffer, int& length) {
+/// Cuts the answer to a command buffer of `size` bytes; one that claims no more is left alone.
+void Truncate(std::size_t size, TIpmiAnswer& answer) {
   const std::size_t data = size - std::min(size, wire::TCommandBuffer::kData);
-  if (data >= buffer.DataLength()) return;
-  std::fill(buffer.Data() + wire::TCommandBuffer::kData + data, buffer.Data() + wire::TCommandBuffer::kSize,
-            std::uint8_t{0});
-  buffer[wire::TCommandBuffer::kDataLength] = static_cast<std::uint8_t>(data);
-  length = static_cast<int>(wire::TCommandBuffer::kData + data);
+  if (data >= answer.DataLength()) return;
+  answer.data.resize(data);
+  answer.claimedDataLength.reset();
+  answer.claimedLength.reset();
 }
 
 }  // namespace
 
 TFaultInjector::TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults)
-    : inner_(inner), faults_(std::move(faults)) {
+    : TForwardingServiceProcessor(inner), faults_(std::move(faults)) {
   for (std::size_t i = 0; i < faults_.size(); ++i) {
     TGroup& group = groups_[{faults_[i].on, faults_[i].node}];
     if (faults_[i].nth) {
@@ -51,32 +50,28 @@ const TFault* TFaultInjector::CountAndChoose(EExchangeKind kind, int node) {
   return chosen == kNone ? nullptr : &faults_[chosen];
 }
 
-bool TFaultInjector::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) {
-  const bool takesPlace = inner_.IpmiDriverPresent() && node >= 0 && node < inner_.BmcNodeCount();
-  const TFault* fault = takesPlace ? CountAndChoose(KindOfRequest(buffer), node) : nullptr;
-  if (fault == nullptr) return inner_.SendIpmi(node, buffer, length, stop);
-  if (!stop.WaitFor(fault->delay) || fault->lost) return false;
-  if (fault->completionCode) {
-    const std::uint8_t networkFunction = buffer[wire::TCommandBuffer::kNetworkFunction];
-    const auto data = DataOfBareAnswer(networkFunction, CommandFrame::RequestData(buffer));
-    CommandFrame::StoreResponse(buffer, length, *fault->completionCode, data);
-    return true;
-  }
-  if (!inner_.SendIpmi(node, buffer, length, stop)) return false;
-  if (fault->truncate) Truncate(*fault->truncate, buffer, length);
-  return true;
+std::optional<TIpmiAnswer> TFaultInjector::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
+  const TDiscovery found = Discover();
+  const bool takesPlace = found.ipmiDriver && request.Node() >= 0 && request.Node() < found.bmcNodes;
+  const TFault* fault = takesPlace ? CountAndChoose(KindOfRequest(request), request.Node()) : nullptr;
+  if (fault == nullptr) return TForwardingServiceProcessor::SendIpmi(request, stop);
+  if (!stop.WaitFor(fault->delay) || fault->lost) return std::nullopt;
+  if (fault->completionCode) return TIpmiAnswer{*fault->completionCode, DataOfBareAnswer(request)};
+  std::optional<TIpmiAnswer> answer = TForwardingServiceProcessor::SendIpmi(request, stop);
+  if (answer && fault->truncate) Truncate(*fault->truncate, *answer);
+  return answer;
 }
 
-bool TFaultInjector::SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-                             const TStopSignal& stop) {
-  const bool takesPlace =
-      inner_.TakesDotCommands() && serviceProcessor >= 0 && serviceProcessor < inner_.DiscoverServiceProcessors();
-  const TFault* fault = takesPlace ? CountAndChoose(EExchangeKind::kDot, serviceProcessor) : nullptr;
-  if (fault == nullptr) return inner_.SendDot(serviceProcessor, command, response, length, stop);
-  if (!stop.WaitFor(fault->delay) || fault->lost) return false;
-  // Only what is left of the block reaches the caller's buffer.
-  const std::size_t room = fault->truncate ? std::min(*fault->truncate, response.size()) : response.size();
-  return inner_.SendDot(serviceProcessor, command, response.first(room), length, stop);
+std::optional<TDotAnswer> TFaultInjector::SendDot(const TDotRequest& request, const TStopSignal& stop) {
+  const TDiscovery found = Discover();
+  const int target = request.serviceProcessor;
+  const bool takesPlace = found.dotCommands && target >= 0 && target < found.serviceProcessors;
+  const TFault* fault = takesPlace ? CountAndChoose(EExchangeKind::kDot, target) : nullptr;
+  if (fault == nullptr) return TForwardingServiceProcessor::SendDot(request, stop);
+  if (!stop.WaitFor(fault->delay) || fault->lost) return std::nullopt;
+  TDotRequest shorter = request;
+  if (fault->truncate) shorter.capacity = std::min(*fault->truncate, request.capacity);
+  return TForwardingServiceProcessor::SendDot(shorter, stop);
 }
 
 }  // namespace velhost

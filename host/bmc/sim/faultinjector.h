@@ -20,19 +20,13 @@ namespace velhost {
 ///
 /// A delay comes before the answer, and stopping the run in it leaves the exchange without one. A
 /// lost exchange and one that is answered with a completion code do not reach the service processor.
-class VELHOST_API TFaultInjector : public IServiceProcessor {
+class VELHOST_API TFaultInjector : public TForwardingServiceProcessor {
  public:
   /// `inner` is not owned.
   TFaultInjector(IServiceProcessor& inner, std::vector<TFault> faults);
 
-  int BmcNodeCount() override { return inner_.BmcNodeCount(); }
-  bool IpmiDriverPresent() override { return inner_.IpmiDriverPresent(); }
-  bool TakesDotCommands() override { return inner_.TakesDotCommands(); }
-  bool CheckCommunication() override { return inner_.CheckCommunication(); }
-  int DiscoverServiceProcessors() override { return inner_.DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override;
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
 
  private:
   /// Faults with the same `on` and `node`. They match the same exchanges, so that one count does for
@@ -47,7 +41,6 @@ class VELHOST_API TFaultInjector : public IServiceProcessor {
 
   const TFault* CountAndChoose(EExchangeKind kind, int node);
 
-  IServiceProcessor& inner_;
   std::vector<TFault> faults_;
   std::map<TGroupKey, TGroup> groups_;
 };

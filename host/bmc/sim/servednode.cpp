@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "host/base/unsafetext.h"
-#include "host/bmc/commandframe.h"
 #include "wire/storagearea.h"
 
 namespace velhost {
@@ -12,15 +11,6 @@ namespace {
 
 constexpr std::size_t kCompletionCodeSize = 1;
 constexpr std::uint8_t kUnspecifiedError = 0xFF;
-
-wire::TCommandBuffer BufferOf(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
-                              std::span<const std::uint8_t> data) {
-  const std::size_t size = std::min(data.size(), wire::TCommandBuffer::kMaxData);
-  wire::TCommandBuffer buffer(networkFunction, command, static_cast<std::uint8_t>(size));
-  buffer[wire::TCommandBuffer::kLun] = lun;
-  std::copy_n(data.begin(), size, buffer.Data() + wire::TCommandBuffer::kData);
-  return buffer;
-}
 
 std::string NodesOf(const TServerFile& server) {
   switch (server.nodes.size()) {
@@ -41,24 +31,18 @@ bool MeetsStorageAreas(const TFault& fault) {
 TServedNode::TServedNode(TServerFile server, int node)
     : server_(std::move(server)), injector_(server_, server_.Server().faults), node_(node) {}
 
-bool TServedNode::TNode::SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& /*stop*/) {
-  const auto answer = AnswerIpmi(Server(), node, buffer[wire::TCommandBuffer::kNetworkFunction],
-                                 buffer[wire::TCommandBuffer::kCommand], CommandFrame::RequestData(buffer), capacity_);
-  if (!answer) return false;
-  CommandFrame::StoreResponse(buffer, length, answer->completionCode, answer->data);
-  return true;
+std::optional<TIpmiAnswer> TServedNode::TNode::SendIpmi(const TIpmiRequest& request, const TStopSignal& /*stop*/) {
+  return AnswerIpmi(Server(), request, capacity_);
 }
 
 std::vector<std::uint8_t> TServedNode::Answer(std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
                                               std::span<const std::uint8_t> data, std::size_t capacity) {
-  wire::TCommandBuffer buffer = BufferOf(networkFunction, lun, command, data);
   server_.SetCapacity(std::max(capacity, kCompletionCodeSize) - kCompletionCodeSize);
-  int length = 0;
-  if (!injector_.SendIpmi(node_, buffer, length, never_)) return {kUnspecifiedError};
-  const unsigned char* const answered = buffer.Data() + wire::TCommandBuffer::kData;
-  std::vector<std::uint8_t> answer = {buffer.CompletionCode()};
-  answer.insert(answer.end(), answered, answered + buffer.DataLength());
-  return answer;
+  const auto answer = injector_.SendIpmi(TIpmiRequest(node_, networkFunction, lun, command, data), never_);
+  if (!answer) return {kUnspecifiedError};
+  std::vector<std::uint8_t> bytes = {answer->completionCode};
+  bytes.insert(bytes.end(), answer->data.begin(), answer->data.end());
+  return bytes;
 }
 
 TNotServed ReasonNotToServe(const TServerFile& server, int node) {

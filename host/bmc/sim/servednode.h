@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -32,7 +33,7 @@ class VELHOST_API TServedNode {
    public:
     explicit TNode(TServerFile server) : TSimulatedServer(std::move(server)) {}
     void SetCapacity(std::size_t capacity) { capacity_ = capacity; }
-    bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override;
+    std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
 
    private:
     std::size_t capacity_ = wire::TCommandBuffer::kMaxData;

@@ -122,7 +122,7 @@ class TCollection {
     namespace_->SetMachineType(environment_->MachineType());
     classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType());
     RefuseTooLarge(*namespace_, classes_, environment_->MachineType(), options_.singleRequest,
-                   connection_->ServiceProcessor().DiscoverServiceProcessors());
+                   connection_->ServiceProcessor().Discover().serviceProcessors);
     for (const std::string& text : UnservedTexts(*namespace_, classes_, environment_->MachineType())) {
       Say("warning: " + text);
     }

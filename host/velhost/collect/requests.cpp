@@ -109,12 +109,12 @@ std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_pt
 }
 
 void TExchangeLedger::OnIpmi(const TIpmiExchange& exchange) {
-  Count(exchange.attempted, exchange.answered, exchange.node, KindOfRequest(exchange.request),
-        exchange.answered ? exchange.response.CompletionCode() : wire::TCommandBuffer::kSuccess);
+  Count(exchange.attempted, exchange.answer != nullptr, exchange.request.Node(), KindOfRequest(exchange.request),
+        exchange.answer != nullptr ? exchange.answer->completionCode : wire::TCommandBuffer::kSuccess);
 }
 
 void TExchangeLedger::OnDot(const TDotExchange& exchange) {
-  Count(exchange.attempted, exchange.answered, exchange.serviceProcessor, EExchangeKind::kDot,
+  Count(exchange.attempted, exchange.answer != nullptr, exchange.request.serviceProcessor, EExchangeKind::kDot,
         wire::TCommandBuffer::kSuccess);
 }
 

@@ -10,7 +10,7 @@ TRunRecording::TRunRecording(std::string path, IServiceProcessor& serviceProcess
     : path_(std::move(path)), plain_(environment) {
   if (path_.empty()) return;
   recorder_.emplace(file_, TRecordingHeader{environment.MachineType(), TSystemEnvironment().LocalTime().ToIso8601(),
-                                            ProcessUtcOffsetMinutes(), Discover(serviceProcessor)});
+                                            ProcessUtcOffsetMinutes(), serviceProcessor.Discover()});
   recorded_.emplace(environment, *recorder_);
 }
 

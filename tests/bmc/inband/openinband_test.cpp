@@ -1,13 +1,13 @@
-#include <gmock/gmock.h>
-
 #include "host/base/hosterror.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
 #include "tests/bmc/inband/scripteddriver.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/bmclanguage.h"
 
 namespace tests {
 namespace {
 
+using namespace Testing;
 using testing::ElementsAre;
 
 TSystemSmbios Smbios(ESmbiosStatus status, bool declares) {
@@ -28,10 +28,7 @@ class InbandOpening : public testing::Test {
   }
   /// The node's descriptor as the driver sees it.
   int DescriptorOf(IServiceProcessor& processor, int node) {
-    TStopSignal stop;
-    wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
-    int length = 256;
-    processor.SendIpmi(node, buffer, length, stop);
+    Send(processor, node, ReadTimestamp());
     return driver_->Sent().back().descriptor;
   }
   void ExpectError(const std::vector<std::string>& devices, const TSystemSmbios& smbios, EExitStatus status,
@@ -50,8 +47,8 @@ class InbandOpening : public testing::Test {
 TEST_F(InbandOpening, EveryDeviceIsANodeInOrder) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1");
   const auto processor = Open({""}, kNoBmc);
-  EXPECT_EQ(processor->BmcNodeCount(), 2);
-  EXPECT_TRUE(processor->IpmiDriverPresent());
+  EXPECT_EQ(processor->Discover().bmcNodes, 2);
+  EXPECT_TRUE(processor->Discover().ipmiDriver);
   EXPECT_EQ(DescriptorOf(*processor, 0), 100);
   EXPECT_EQ(DescriptorOf(*processor, 1), 101);
 }
@@ -59,25 +56,21 @@ TEST_F(InbandOpening, EveryDeviceIsANodeInOrder) {
 TEST_F(InbandOpening, NamedDevicesAreNodesInTheirOrder) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").AddDevice("/dev/ipmi2");
   const auto processor = Open({"/dev/ipmi2", "/dev/ipmi0"}, kNoBmc);
-  EXPECT_EQ(processor->BmcNodeCount(), 2);
+  EXPECT_EQ(processor->Discover().bmcNodes, 2);
   EXPECT_EQ(DescriptorOf(*processor, 0), 102);
   EXPECT_EQ(DescriptorOf(*processor, 1), 100);
 }
 
 TEST_F(InbandOpening, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
   const auto processor = Open({""}, kDeclared);
-  EXPECT_EQ(processor->BmcNodeCount(), 1);
-  EXPECT_FALSE(processor->IpmiDriverPresent());
-  TStopSignal stop;
-  wire::TCommandBuffer buffer(0x3A, 0x6F, 0);
-  int length = 256;
-  EXPECT_FALSE(processor->SendIpmi(0, buffer, length, stop));
-  EXPECT_EQ(length, 256);
+  EXPECT_EQ(processor->Discover().bmcNodes, 1);
+  EXPECT_FALSE(processor->Discover().ipmiDriver);
+  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
 }
 
 TEST_F(InbandOpening, DeclarationAddsNoNodeToDevices) {
   driver_->AddDevice("/dev/ipmi0");
-  EXPECT_EQ(Open({""}, kDeclared)->BmcNodeCount(), 1);
+  EXPECT_EQ(Open({""}, kDeclared)->Discover().bmcNodes, 1);
 }
 
 constexpr const char* kAdvice =

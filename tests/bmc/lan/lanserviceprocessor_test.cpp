@@ -1,6 +1,5 @@
 #include "host/bmc/lan/lanserviceprocessor.h"
 
-#include <gmock/gmock.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sched.h>
@@ -16,10 +15,12 @@
 #include "host/bmc/lan/lanworker.h"
 #include "tests/bmc/lan/scriptedmodule.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/bmclanguage.h"
 
 namespace tests {
 namespace {
 
+using namespace Testing;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::StartsWith;
@@ -33,21 +34,12 @@ class LanServiceProcessor : public testing::Test {
                                                     (kind == ELanNotice::kLost ? notices_ : warnings_).push_back(text);
                                                   });
   }
-  static wire::TCommandBuffer RegisterRead() {
-    wire::TCommandBuffer buffer(0x3A, 0x62, 2);
-    buffer[3] = 0x01;
-    buffer[9] = 0x07;
-    buffer[10] = 0x34;
-    return buffer;
+  TIpmiOutcome Ask(IServiceProcessor& processor, int node = 0) {
+    wire::TCommandBuffer request = Request(0x3A, 0x62, {0x07, 0x34});
+    request[3] = 0x01;
+    return Send(processor, node, request, stop_);
   }
-  void ExpectLost(IServiceProcessor& processor, int node = 0) {
-    const wire::TCommandBuffer before = RegisterRead();
-    wire::TCommandBuffer buffer = before;
-    int length = 256;
-    EXPECT_FALSE(processor.SendIpmi(node, buffer, length, stop_));
-    EXPECT_EQ(buffer, before);
-    EXPECT_EQ(length, 256);
-  }
+  void ExpectLost(IServiceProcessor& processor, int node = 0) { ExpectNoAnswer(Ask(processor, node)); }
 
   TScriptedModule module_;
   TStopSignal stop_;
@@ -60,41 +52,28 @@ class LanServiceProcessor : public testing::Test {
   std::vector<std::string> warnings_;
 };
 
-TEST_F(LanServiceProcessor, SendsTheBuffersBytesAndAnswersInPlace) {
+TEST_F(LanServiceProcessor, SendsTheRequestsBytesAndGivesTheAnswers) {
   const auto processor = Open(1);
   module_.Answer({0x00, 0xA0, 0xA1});
-  wire::TCommandBuffer buffer = RegisterRead();
-  int length = 256;
-  ASSERT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
-  EXPECT_EQ(length, 11);
-  EXPECT_THAT(TBytes(buffer.Data(), buffer.Data() + 13),
-              ElementsAre(0x01, 0x20, 0x3A, 0x01, 0x00, 0x02, 0, 0, 0, 0xA0, 0xA1, 0, 0));
+  ExpectAnswer(Ask(*processor), 0x00, {0xA0, 0xA1});
   EXPECT_EQ(module_.sent.front().networkFunction, 0x3A);
   EXPECT_EQ(module_.sent.front().lun, 1);
   EXPECT_THAT(module_.sent.front().bytes, ElementsAre(0x62, 0x07, 0x34));
 }
 
-TEST_F(LanServiceProcessor, LongestAnswerFillsTheBuffer) {
+TEST_F(LanServiceProcessor, LongerAnswerIsCut) {
   const auto processor = Open(1);
   module_.Answer(TBytes(300, 0x55));
-  wire::TCommandBuffer buffer = RegisterRead();
-  int length = 256;
-  ASSERT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
-  EXPECT_EQ(length, 256);
-  EXPECT_EQ(buffer.DataLength(), 247);
-  EXPECT_EQ(buffer[256], 0);
+  ExpectAnswer(Ask(*processor), 0x55, TBytes(247, 0x55));
 }
 
 TEST_F(LanServiceProcessor, EachNodeHasItsSession) {
   const auto processor = Open(2);
-  EXPECT_EQ(processor->BmcNodeCount(), 2);
-  EXPECT_TRUE(processor->IpmiDriverPresent());
+  EXPECT_EQ(processor->Discover().bmcNodes, 2);
+  EXPECT_TRUE(processor->Discover().ipmiDriver);
   module_.Answer({0x00}).Answer({0x00});
-  int length = 256;
-  for (const int node : {1, 0}) {
-    wire::TCommandBuffer buffer = RegisterRead();
-    EXPECT_TRUE(processor->SendIpmi(node, buffer, length, stop_));
-  }
+  ExpectAnswer(Ask(*processor, 1), 0x00, {});
+  ExpectAnswer(Ask(*processor, 0), 0x00, {});
   ASSERT_EQ(module_.sent.size(), 2U);
   EXPECT_EQ(module_.sent[0].session, 4);
   EXPECT_EQ(module_.sent[1].session, 2);
@@ -108,12 +87,9 @@ TEST_F(LanServiceProcessor, NodesThatDoNotExistDoNotAnswer) {
 
 TEST_F(LanServiceProcessor, TakesNoDotCommands) {
   const auto processor = Open(1);
-  std::array<std::uint8_t, 4> response = {1, 2, 3, 4};
-  int length = 256;
-  EXPECT_FALSE(processor->TakesDotCommands());
-  EXPECT_EQ(processor->DiscoverServiceProcessors(), 0);
-  EXPECT_FALSE(processor->SendDot(0, dotCmd(2, 0, 0, nullptr, nullptr), response, length, stop_));
-  EXPECT_EQ(length, 256);
+  EXPECT_FALSE(processor->Discover().dotCommands);
+  EXPECT_EQ(processor->Discover().serviceProcessors, 0);
+  ExpectNoAnswer(SendDot(*processor, 0, BlockCommand(4), 4));
 }
 
 TEST_F(LanServiceProcessor, BmcThatFallsSilentIsReportedOnce) {
@@ -143,10 +119,7 @@ TEST_F(LanServiceProcessor, StopInterruptsTheWaitForAnAnswer) {
 TEST_F(LanServiceProcessor, AnswerThatComesWhileTheRunIsStoppedIsKept) {
   const auto processor = Open(1);
   module_.Do([this] { stop_.RequestStop(); });
-  wire::TCommandBuffer buffer = RegisterRead();
-  int length = 256;
-  EXPECT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
-  EXPECT_EQ(length, 9);
+  ExpectAnswer(Ask(*processor), 0x00, {});
 }
 
 TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
@@ -191,9 +164,7 @@ TEST_F(LanServiceProcessor, ExchangesAreMadeOnTheThreadThatAsks) {
   std::thread::id thread;
   module_.Lose().Open().Open().Do([&thread] { thread = std::this_thread::get_id(); });
   ExpectLost(*processor);
-  wire::TCommandBuffer buffer = RegisterRead();
-  int length = 256;
-  EXPECT_TRUE(processor->SendIpmi(0, buffer, length, stop_));
+  EXPECT_TRUE(Ask(*processor).answered);
   EXPECT_EQ(thread, std::this_thread::get_id());
 }
 

@@ -41,17 +41,9 @@ class TLanBench : public IServiceProcessor {
     const TStopSignal never;
     inner_ = OpenLan(options, never, kModules);
   }
-  int BmcNodeCount() override { return inner_->BmcNodeCount(); }
-  bool IpmiDriverPresent() override { return inner_->IpmiDriverPresent(); }
-  bool TakesDotCommands() override { return inner_->TakesDotCommands(); }
-  bool CheckCommunication() override { return inner_->CheckCommunication(); }
-  int DiscoverServiceProcessors() override { return inner_->DiscoverServiceProcessors(); }
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
-    return inner_->SendIpmi(node, buffer, length, stop);
-  }
-  bool SendDot(int serviceProcessor, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override {
-    return inner_->SendDot(serviceProcessor, command, response, length, stop);
+  TDiscovery Discover() override { return inner_->Discover(); }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override {
+    return inner_->SendIpmi(request, stop);
   }
 
  private:

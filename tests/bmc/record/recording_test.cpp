@@ -63,12 +63,9 @@ TEST_F(Recording, EscapesAMachineTypeOfAnyBytes) {
 }
 
 TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
-  const wire::TCommandBuffer request = ReadRegister(7, 0xAB, 0xCD, 0x00);
-  wire::TCommandBuffer response = request;
-  response[4] = 0x00;
-  response[5] = 0x0E;
-  for (std::size_t i = 9; i < 23; ++i) response[i] = static_cast<std::uint8_t>(i);
-  recorder_.OnIpmi({0, true, request, true, response, 23, microseconds(812)});
+  const TIpmiRequest request(0, ReadRegister(7, 0xAB, 0xCD, 0x00));
+  const TIpmiAnswer answer = {0x00, {9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22}};
+  recorder_.OnIpmi({request, true, &answer, microseconds(812)});
   EXPECT_EQ(Lines(),
             R"({"kind":"ipmi","node":0,"request":"01 20 3a 00 62 04 00 00 00 07 ab cd","ok":true,)"
             R"("response":"01 20 3a 00 00 0e 00 00 00 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16","length":23,"us":812})"
@@ -76,10 +73,9 @@ TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
 }
 
 TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
-  const wire::TCommandBuffer request = ReadTimestamp();
-  recorder_.OnIpmi({3, true, request, false, request, 256, microseconds(0)});
-  recorder_.OnIpmi({-1, true, wire::TCommandBuffer(), false, wire::TCommandBuffer(), 256, microseconds(1)});
-  recorder_.OnDot({1, true, BlockCommand(4096), false, {}, 0, microseconds(7)});
+  recorder_.OnIpmi({TIpmiRequest(3, ReadTimestamp()), true, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(-1, wire::TCommandBuffer()), true, nullptr, microseconds(1)});
+  recorder_.OnDot({{1, BlockCommand(4096), 4096}, true, nullptr, microseconds(7)});
   EXPECT_EQ(Lines(),
             R"({"kind":"ipmi","node":3,"request":"01 20 3a 00 6f","ok":false,"us":0})"
             "\n"
@@ -90,9 +86,10 @@ TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
 }
 
 TEST_F(Recording, HoldsADotCommandWithItsWholeBlock) {
-  const TBytes block = {0x00, 0xFF, 0x00};
-  recorder_.OnDot({0, true, BlockCommand(4096), true, block, 3, microseconds(90312)});
-  recorder_.OnDot({0, true, BlockCommand(4096), true, {}, 0, microseconds(1)});
+  const TDotAnswer block = {{0x00, 0xFF, 0x00}};
+  const TDotAnswer empty;
+  recorder_.OnDot({{0, BlockCommand(4096), 4096}, true, &block, microseconds(90312)});
+  recorder_.OnDot({{0, BlockCommand(4096), 4096}, true, &empty, microseconds(1)});
   EXPECT_EQ(Lines(), R"({"kind":"dot","sp":0,"command":2,"identifier":"0e 06","parameters":"00 00 00 10","ok":true,)"
                      R"("response":"00 ff 00","length":3,"us":90312})"
                      "\n"
@@ -112,7 +109,7 @@ TEST_F(Recording, HoldsEachReadingOfTheClock) {
 
 TEST_F(Recording, EndsWithTheFirstWriteThatFails) {
   sink_.failFrom = 2;
-  for (int i = 0; i < 3; ++i) recorder_.OnDot({0, true, BlockCommand(1), false, {}, 0, microseconds(i)});
+  for (int i = 0; i < 3; ++i) recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(i)});
   EXPECT_THAT(Lines(), testing::EndsWith("\"us\":0}\n"));
   ASSERT_TRUE(recorder_.Failure());
   EXPECT_EQ(recorder_.Failure()->Status(), EExitStatus::kWriteFailed);
@@ -120,7 +117,7 @@ TEST_F(Recording, EndsWithTheFirstWriteThatFails) {
 }
 
 TEST_F(Recording, IsWholeUnlessAWriteFailed) {
-  recorder_.OnDot({0, true, BlockCommand(1), false, {}, 0, microseconds(0)});
+  recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
   EXPECT_FALSE(recorder_.Failure());
 }
 
@@ -128,17 +125,6 @@ TEST(RecordingStart, PassesItsFailureOn) {
   TMemorySink sink;
   sink.failFrom = 0;
   EXPECT_EQ(MessageOf([&] { TRecorder(sink, Header()); }, EExitStatus::kWriteFailed), "the disk is full");
-}
-
-TEST(Discovery, AsksTheServiceProcessor) {
-  TSimulatedServer server(ServerFrom(
-      "machine_type = \"\"\n[dot]\nservice_processor = [{ block = \"\" }, { block = \"\" }]\n[[bmc_node]]\n"));
-  const TDiscovery found = Discover(server);
-  EXPECT_EQ(found.bmcNodes, 1);
-  EXPECT_TRUE(found.ipmiDriver);
-  EXPECT_TRUE(found.dotCommand);
-  EXPECT_TRUE(found.spComm);
-  EXPECT_EQ(found.serviceProcessors, 2);
 }
 
 class RecordingFile : public testing::Test {

@@ -87,7 +87,7 @@ std::pair<std::string, std::vector<TSession::TResult>> RecordSession() {
   TFaultInjector faults(simulator, server.faults);
   TSupervisedServiceProcessor supervised(faults);
   TTextSink sink;
-  TRecorder recorder(sink, {"6203", "2026-01-31T12:00:00+01:00", 60, Discover(supervised)});
+  TRecorder recorder(sink, {"6203", "2026-01-31T12:00:00+01:00", 60, supervised.Discover()});
   supervised.AddObserver(recorder);
   TSession session(supervised);
   session.Run();
@@ -112,11 +112,12 @@ TEST(Replay, SuppliesWhatWasKnownOfTheServer) {
   EXPECT_TRUE(replay.HasHeader());
   EXPECT_EQ(replay.MachineType(), "6203");
   EXPECT_EQ(replay.Header().utcOffsetMinutes, 60);
-  EXPECT_EQ(replay.BmcNodeCount(), 1);
-  EXPECT_TRUE(replay.IpmiDriverPresent());
-  EXPECT_TRUE(replay.TakesDotCommands());
-  EXPECT_TRUE(replay.CheckCommunication());
-  EXPECT_EQ(replay.DiscoverServiceProcessors(), 2);
+  const TDiscovery found = replay.Discover();
+  EXPECT_EQ(found.bmcNodes, 1);
+  EXPECT_TRUE(found.ipmiDriver);
+  EXPECT_TRUE(found.dotCommands);
+  EXPECT_TRUE(found.communicates);
+  EXPECT_EQ(found.serviceProcessors, 2);
 }
 
 TEST(Replay, GoesUpToTheLastWholeLineWhereverItIsCut) {
@@ -251,7 +252,7 @@ TEST(Replay, ReadsTheClockInOrderAndRepeatsItWhereNothingIsRecorded) {
 TEST(Replay, WarnsThatTheRecordingWasCut) {
   TMemoryReplay first(kHead.substr(0, 50));
   EXPECT_FALSE(first.HasHeader());
-  EXPECT_EQ(first.BmcNodeCount(), 0);
+  EXPECT_EQ(first.Discover().bmcNodes, 0);
   EXPECT_EQ(first.CutWarning(),
             "r.jsonl:1:1: warning: the recording was cut in its first line; nothing of it can be replayed\n");
   EXPECT_EQ(TMemoryReplay("").CutWarning(), first.CutWarning());

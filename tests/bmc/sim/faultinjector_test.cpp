@@ -13,14 +13,13 @@ using std::chrono::milliseconds;
 class TCountingServer : public TSimulatedServer {
  public:
   using TSimulatedServer::TSimulatedServer;
-  bool SendIpmi(int node, wire::TCommandBuffer& buffer, int& length, const TStopSignal& stop) override {
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override {
     ++reached;
-    return TSimulatedServer::SendIpmi(node, buffer, length, stop);
+    return TSimulatedServer::SendIpmi(request, stop);
   }
-  bool SendDot(int sp, const dotCmd& command, std::span<std::uint8_t> response, int& length,
-               const TStopSignal& stop) override {
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override {
     ++reached;
-    return TSimulatedServer::SendDot(sp, command, response, length, stop);
+    return TSimulatedServer::SendDot(request, stop);
   }
   int reached = 0;
 };
@@ -59,11 +58,12 @@ TEST_F(Faults, NoneLeavesEverythingAsItIs) {
   With("");
   ExpectTimestamp(AskTimestamp());
   EXPECT_EQ(AskBlock().Block(), (TBytes{1, 2, 3, 4}));
-  EXPECT_EQ(Processor().BmcNodeCount(), 2);
-  EXPECT_TRUE(Processor().IpmiDriverPresent());
-  EXPECT_TRUE(Processor().TakesDotCommands());
-  EXPECT_TRUE(Processor().CheckCommunication());
-  EXPECT_EQ(Processor().DiscoverServiceProcessors(), 2);
+  const TDiscovery found = Processor().Discover();
+  EXPECT_EQ(found.bmcNodes, 2);
+  EXPECT_TRUE(found.ipmiDriver);
+  EXPECT_TRUE(found.dotCommands);
+  EXPECT_TRUE(found.communicates);
+  EXPECT_EQ(found.serviceProcessors, 2);
 }
 
 TEST_F(Faults, CompletionCodeComesWithoutData) {

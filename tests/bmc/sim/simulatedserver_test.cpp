@@ -119,26 +119,26 @@ TEST(Simulator, AnswersAnotherManufacturersRequestWithItsId) {
 
 TEST(Simulator, HasNoExchangeWithoutTheDriver) {
   TBmc bmc("[ipmi]\ndriver_present = false\n[[bmc_node]]\ntimestamp = \"01 02 03 04\"");
-  EXPECT_EQ(bmc.BmcNodeCount(), 1);
-  EXPECT_FALSE(bmc.IpmiDriverPresent());
+  EXPECT_EQ(bmc.Discover().bmcNodes, 1);
+  EXPECT_FALSE(bmc.Discover().ipmiDriver);
   ExpectNoAnswer(bmc.Ask(ReadTimestamp()));
 }
 
 TEST(Simulator, HasNoNodesUnlessTheFileListsThem) {
   TBmc bmc("");
-  EXPECT_EQ(bmc.BmcNodeCount(), 0);
-  EXPECT_TRUE(bmc.IpmiDriverPresent());
+  EXPECT_EQ(bmc.Discover().bmcNodes, 0);
+  EXPECT_TRUE(bmc.Discover().ipmiDriver);
   ExpectNoAnswer(bmc.Ask(ReadTimestamp()));
 }
 
 TEST(Simulator, AnswersByCapacityForShorterTransports) {
   const TServerFile server = ServerFrom("machine_type=\"\"\n" + kArea + "data = \"01 02 03 04 05\"");
-  const wire::TCommandBuffer read = ReadArea(1, 0, 5);
-  const auto answer = AnswerIpmi(server, 0, 0x2E, 0x90, {read.Data() + 9, 14}, 8);
+  const TIpmiRequest read(0, ReadArea(1, 0, 5));
+  const auto answer = AnswerIpmi(server, read, 8);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->data, (TBytes{0x39, 0x30, 0x00, 0x03, 0x00, 0x01, 0x02, 0x03}));
-  EXPECT_EQ(AnswerIpmi(server, 0, 0x2E, 0x90, {read.Data() + 9, 14}, 4)->data, (TBytes{0x39, 0x30, 0x00, 0x00}));
-  EXPECT_EQ(AnswerIpmi(server, 0, 0x2E, 0x90, {}, 0)->data, TBytes{});
+  EXPECT_EQ(AnswerIpmi(server, read, 4)->data, (TBytes{0x39, 0x30, 0x00, 0x00}));
+  EXPECT_EQ(AnswerIpmi(server, TIpmiRequest(0, 0x2E, 0, 0x90, {}), 0)->data, TBytes{});
 }
 
 const std::string kDot =
@@ -146,17 +146,17 @@ const std::string kDot =
 
 TEST(SimulatedDot, IsDescribedByItsTable) {
   TBmc none("");
-  EXPECT_FALSE(none.TakesDotCommands());
-  EXPECT_FALSE(none.CheckCommunication());
-  EXPECT_EQ(none.DiscoverServiceProcessors(), 0);
+  EXPECT_FALSE(none.Discover().dotCommands);
+  EXPECT_FALSE(none.Discover().communicates);
+  EXPECT_EQ(none.Discover().serviceProcessors, 0);
   TBmc two(kDot);
-  EXPECT_TRUE(two.TakesDotCommands());
-  EXPECT_TRUE(two.CheckCommunication());
-  EXPECT_EQ(two.DiscoverServiceProcessors(), 2);
+  EXPECT_TRUE(two.Discover().dotCommands);
+  EXPECT_TRUE(two.Discover().communicates);
+  EXPECT_EQ(two.Discover().serviceProcessors, 2);
   TBmc deaf("[dot]\nsp_comm = false");
-  EXPECT_TRUE(deaf.TakesDotCommands());
-  EXPECT_FALSE(deaf.CheckCommunication());
-  EXPECT_EQ(deaf.DiscoverServiceProcessors(), 0);
+  EXPECT_TRUE(deaf.Discover().dotCommands);
+  EXPECT_FALSE(deaf.Discover().communicates);
+  EXPECT_EQ(deaf.Discover().serviceProcessors, 0);
 }
 
 TEST(SimulatedDot, ReturnsTheBlockAndLeavesTheRestOfTheBuffer) {
