@@ -3,7 +3,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 /// Each line, with a "|" where it has its newline.
@@ -34,4 +37,4 @@ TEST(LineReader, GoesOverTheEndsOfPieces) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

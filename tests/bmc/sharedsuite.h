@@ -11,7 +11,9 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
 
 struct TNamedFactory {
   std::string name;
@@ -63,18 +65,18 @@ TEST_P(ServiceProcessorSuite, CountsNodesAndHasTheDriver) {
 }
 
 TEST_P(ServiceProcessorSuite, ReadsARegister) {
-  ExpectAnswer(Ask(0, ReadRegister(7, 0xAB, 0xCD, 0xEF)), 0x00,
+  ExpectAnswer(Ask(0, ReadRegister(7, 0xABCDEF)), 0x00,
                {0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08});
 }
 
 TEST_P(ServiceProcessorSuite, ReadsTheRegisterOfTheNodeThatIsAsked) {
-  ExpectAnswer(Ask(1, ReadRegister(7, 0xAB, 0xCD, 0xEF)), 0x00,
+  ExpectAnswer(Ask(1, ReadRegister(7, 0xABCDEF)), 0x00,
                {0, 0, 0, 0, 0, 0, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18});
 }
 
 TEST_P(ServiceProcessorSuite, SaysThatARegisterIsAbsent) {
-  ExpectAnswer(Ask(0, ReadRegister(6, 0xAB, 0xCD, 0xEF)), 0xCB, {});
-  ExpectAnswer(Ask(0, ReadRegister(7, 0xAB, 0xCD, 0xEE)), 0xCB, {});
+  ExpectAnswer(Ask(0, ReadRegister(6, 0xABCDEF)), 0xCB, {});
+  ExpectAnswer(Ask(0, ReadRegister(7, 0xABCDEE)), 0xCB, {});
 }
 
 TEST_P(ServiceProcessorSuite, ReadsTheTimestamp) {
@@ -142,4 +144,4 @@ TEST_P(ServiceProcessorSuite, TakesNoDotCommands) {
   ExpectNoAnswer(SendDot(Processor(), 0, BlockCommand(4096), 4096));
 }
 
-}  // namespace tests
+}  // namespace testsupport

@@ -6,7 +6,10 @@
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 /// The simulator behind supervision and a fault injector whose one fault strikes never.
@@ -95,4 +98,4 @@ INSTANTIATE_TEST_SUITE_P(Host, ServiceProcessorSuite,
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

@@ -6,7 +6,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 class SizeLimit : public testing::Test, private IExchangeObserver {
@@ -85,4 +88,4 @@ TEST_F(SizeLimit, LeavesOtherAnswersAlone) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

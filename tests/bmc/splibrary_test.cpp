@@ -6,7 +6,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 class Library : public testing::Test {
@@ -227,7 +230,7 @@ TEST(DotCommand, KeepsCopiesAndTakesNothingFromNullOrNegativeLengths) {
 EExchangeKind KindOf(const wire::TCommandBuffer& request) { return KindOfRequest(TIpmiRequest(0, request)); }
 
 TEST(ExchangeKind, IsReadFromTheRequest) {
-  EXPECT_EQ(KindOf(ReadRegister(0, 0, 0, 0)), EExchangeKind::kRegister);
+  EXPECT_EQ(KindOf(ReadRegister(0, 0)), EExchangeKind::kRegister);
   EXPECT_EQ(KindOf(ReadTimestamp()), EExchangeKind::kTimestamp);
   EXPECT_EQ(KindOf(OpenArea("x")), EExchangeKind::kOpen);
   EXPECT_EQ(KindOf(QuerySize("x")), EExchangeKind::kSize);
@@ -266,4 +269,4 @@ TEST(StopSignal, EndsTheLongestWaitAtItsDeadline) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

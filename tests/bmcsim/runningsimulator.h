@@ -18,7 +18,9 @@
 #include "host/velhost/simulate/simulate.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
 
 /// For the beginning of a test: there is nothing to run against without the package openipmi.
 #define SKIP_WITHOUT_IPMI_SIM()                                            \
@@ -148,4 +150,4 @@ class TRunningSimulator {
   std::string printed_;
 };
 
-}  // namespace tests
+}  // namespace testsupport

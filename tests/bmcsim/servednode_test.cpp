@@ -3,7 +3,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 constexpr const char* kServer = R"(
@@ -131,4 +134,4 @@ TEST(ReasonNotToServe, NoDriver) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

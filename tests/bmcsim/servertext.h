@@ -8,7 +8,9 @@
 #include "host/bmc/sim/serverfile.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
 
 template <typename TBytesOf>
 std::string HexPairs(const TBytesOf& bytes) {
@@ -39,4 +41,4 @@ inline std::string ServerText(const TServerFile& server) {
   return text.str();
 }
 
-}  // namespace tests
+}  // namespace testsupport

@@ -10,7 +10,10 @@
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using testing::HasSubstr;
@@ -283,4 +286,4 @@ TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

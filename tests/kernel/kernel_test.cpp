@@ -11,7 +11,10 @@
 #include "tests/bmcsim/servertext.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 TSystemSmbios Smbios() {
@@ -101,4 +104,4 @@ TEST(Driver, DeviceOfAnotherUserIsDenied) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

@@ -1,4 +1,4 @@
-// The words that these tests speak in: requests as bytes, exchanges, answers.
+// The words for a service processor and what it does: servers, exchanges, answers.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -15,50 +15,11 @@
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/serverfile.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/requests.h"
 
-namespace tests {
+namespace testsupport {
 
-using TBytes = std::vector<std::uint8_t>;
-
-inline TBytes operator+(TBytes left, const TBytes& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
-/// The buffer of a request: network function, command, and its data, whose number goes to byte 5.
-inline wire::TCommandBuffer Request(int networkFunction, int command, const TBytes& data) {
-  wire::TCommandBuffer buffer;
-  buffer[0] = 0x01;
-  buffer[1] = 0x20;
-  buffer[2] = static_cast<std::uint8_t>(networkFunction);
-  buffer[4] = static_cast<std::uint8_t>(command);
-  buffer[5] = static_cast<std::uint8_t>(data.size());
-  for (std::size_t i = 0; i < data.size(); ++i) buffer[9 + i] = data[i];
-  return buffer;
-}
-
-inline wire::TCommandBuffer ReadRegister(int chip, int high, int middle, int low) {
-  return Request(0x3A, 0x62,
-                 {static_cast<std::uint8_t>(chip), static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(middle),
-                  static_cast<std::uint8_t>(low)});
-}
-inline wire::TCommandBuffer ReadTimestamp() { return Request(0x3A, 0x6F, {}); }
-inline wire::TCommandBuffer OpenArea(const std::string& name) {
-  return Request(0x2E, 0x90,
-                 TBytes{0x39, 0x30, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0, 0, 0} + TBytes(name.begin(), name.end()));
-}
-inline wire::TCommandBuffer QuerySize(const std::string& name) {
-  return Request(0x2E, 0x90, TBytes{0x39, 0x30, 0x00, 0x06} + TBytes(name.begin(), name.end()));
-}
-/// Handle and offset by their lowest bytes, the count by both of its.
-inline wire::TCommandBuffer ReadArea(int handle, int offset, int count, int countHigh = 0) {
-  const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
-  return Request(0x2E, 0x90,
-                 {0x39, 0x30, 0x00, 0x02, byte(handle), 0, 0, 0, byte(offset), 0, 0, 0, byte(count), byte(countHigh)});
-}
-inline wire::TCommandBuffer CloseArea(int handle) {
-  return Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x05, static_cast<std::uint8_t>(handle), 0, 0, 0});
-}
+using namespace velhost;
 
 /// One exchange and what came of it.
 struct TIpmiOutcome {
@@ -168,4 +129,4 @@ std::string MessageOf(TAction action, EExitStatus status = EExitStatus::kBadData
   return {};
 }
 
-}  // namespace tests
+}  // namespace testsupport

@@ -14,11 +14,9 @@
 #include <vector>
 
 #include "tests/support/namespaces.h"
-#include "wire/commandbuffer.h"
+#include "tests/support/requests.h"
 
 namespace tests {
-
-using TBytes = std::vector<std::uint8_t>;
 
 /// One exchange. A step with neither an answer nor a failure answers with success and no data.
 struct TStep {
@@ -51,6 +49,7 @@ struct TStep {
 
 /// Any IPMI request, by its command buffer's bytes.
 TStep Ipmi(int node, TBytes request);
+TStep Ipmi(int node, const wire::TCommandBuffer& request);
 /// The dot command of the register block, for a buffer of 4096 bytes.
 TStep DotBlock(int serviceProcessor);
 TStep Dot(int serviceProcessor, TBytes request);

@@ -7,7 +7,7 @@
 namespace tests {
 namespace {
 
-using namespace Testing;
+using namespace testsupport;
 using testing::ElementsAre;
 
 TSystemSmbios Smbios(ESmbiosStatus status, bool declares) {

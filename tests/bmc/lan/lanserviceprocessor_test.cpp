@@ -20,7 +20,7 @@
 namespace tests {
 namespace {
 
-using namespace Testing;
+using namespace testsupport;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::StartsWith;

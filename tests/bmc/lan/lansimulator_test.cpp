@@ -8,7 +8,10 @@
 #include "tests/bmcsim/servertext.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -180,7 +183,7 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
     const int high = i >> 8;
     const int low = i & 0xFF;
     const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
-    ExpectAnswer(Send(*processor, 0, ReadRegister(0, 0, high, low)), 0x00,
+    ExpectAnswer(Send(*processor, 0, ReadRegister(0, static_cast<std::uint32_t>(high << 8 | low))), 0x00,
                  {0, 0, 0, 0, 0, 0, byte(low), byte(high ^ 0x11), 0x22, byte(low ^ 0x33), byte(high ^ 0x44), 0x55,
                   byte(low ^ 0x66), byte(high ^ 0x77)});
   }
@@ -188,4 +191,4 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

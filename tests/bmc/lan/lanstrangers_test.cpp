@@ -8,7 +8,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using testing::ElementsAre;
@@ -114,4 +117,4 @@ TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

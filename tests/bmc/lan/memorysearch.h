@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/namespaces.h"
+namespace testsupport {
 
-namespace tests {
+using namespace velhost;
 
 /// A text that is kept coded, so that looking for it does not find it here.
 class THiddenText {
@@ -86,4 +86,4 @@ class TMemorySearch {
   std::array<std::uint8_t, 65536> piece_{};
 };
 
-}  // namespace tests
+}  // namespace testsupport

@@ -18,9 +18,9 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/namespaces.h"
+namespace testsupport {
 
-namespace tests {
+using namespace velhost;
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -219,4 +219,4 @@ class TStandInBmc {
   std::thread thread_;
 };
 
-}  // namespace tests
+}  // namespace testsupport

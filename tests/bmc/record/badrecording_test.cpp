@@ -4,7 +4,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 const std::string kHead =
@@ -232,4 +235,4 @@ TEST(Moment, IsIso8601OrACimDatetime) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

@@ -14,7 +14,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using std::chrono::microseconds;
@@ -63,7 +66,7 @@ TEST_F(Recording, EscapesAMachineTypeOfAnyBytes) {
 }
 
 TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
-  const TIpmiRequest request(0, ReadRegister(7, 0xAB, 0xCD, 0x00));
+  const TIpmiRequest request(0, ReadRegister(7, 0xABCD00));
   const TIpmiAnswer answer = {0x00, {9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22}};
   recorder_.OnIpmi({request, true, &answer, microseconds(812)});
   EXPECT_EQ(Lines(),
@@ -227,4 +230,4 @@ TEST(UtcOffsetSign, IsPositiveEastOfGreenwich) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

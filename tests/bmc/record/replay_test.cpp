@@ -8,7 +8,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -58,8 +61,8 @@ class TSession {
   /// Nine exchanges, of which the sixth, seventh and ninth have no answer.
   void Run() {
     Ask(ReadTimestamp());
-    Ask(ReadRegister(0, 0, 0, 1));
-    Ask(ReadRegister(0, 0, 0, 2));
+    Ask(ReadRegister(0, 1));
+    Ask(ReadRegister(0, 2));
     Ask(OpenArea("cpu_err"));
     Ask(ReadArea(1, 0, 10));
     Ask(CloseArea(1));
@@ -207,7 +210,7 @@ TEST(Replay, TakesAnUnansweredExchangeWithAResponse) {
 TEST(Replay, FailsFromTheFirstExchangeOnThatWasNotRecorded) {
   TMemoryReplay replay(kHead + kTimestampLine + kTimestampLine);
   EXPECT_TRUE(Send(replay, 0, ReadTimestamp()).answered);
-  ExpectNoAnswer(Send(replay, 0, ReadRegister(0, 0, 0, 1)));
+  ExpectNoAnswer(Send(replay, 0, ReadRegister(0, 1)));
   ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
   ExpectNoAnswer(SendDot(replay, 0, BlockCommand(4096), 6));
   EXPECT_EQ(replay.Mismatch(),
@@ -305,4 +308,4 @@ TEST(Replay, KeepsFractionsOfMillisecondsForTheNextWait) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

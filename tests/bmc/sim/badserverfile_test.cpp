@@ -1,7 +1,10 @@
 // Every message about a server file, word for word.
 #include "tests/support/bmclanguage.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 struct TBadServer {
@@ -361,4 +364,4 @@ INSTANTIATE_TEST_SUITE_P(
                    "                      ^\n"}));
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

@@ -9,7 +9,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -156,4 +159,4 @@ TEST(StoredBytes, OfAFileThatWasShortenedEndEarly) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

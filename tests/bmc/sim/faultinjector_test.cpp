@@ -4,7 +4,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -95,8 +98,7 @@ TEST_F(Faults, TruncateCutsTheAnswerAtEveryLength) {
   for (std::size_t size = 9; size <= 30; ++size) {
     With("fault = [{ on = \"register\", truncate = " + std::to_string(size) + " }]");
     const std::size_t kept = std::min<std::size_t>(size - 9, 14);
-    ExpectAnswer(Ask(ReadRegister(0, 0, 0, 1)), 0x00,
-                 TBytes(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(kept)));
+    ExpectAnswer(Ask(ReadRegister(0, 1)), 0x00, TBytes(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(kept)));
   }
 }
 
@@ -115,8 +117,8 @@ TEST_F(Faults, TruncateCutsABlockAtEveryLength) {
 
 TEST_F(Faults, EachKindMatchesItsRequestOnly) {
   const std::vector<std::pair<std::string, wire::TCommandBuffer>> requests = {
-      {"register", ReadRegister(0, 0, 0, 1)}, {"timestamp", ReadTimestamp()}, {"open", OpenArea("cpu_err")},
-      {"size", QuerySize("cpu_err")},         {"read", ReadArea(1, 0, 3)},    {"close", CloseArea(1)}};
+      {"register", ReadRegister(0, 1)}, {"timestamp", ReadTimestamp()}, {"open", OpenArea("cpu_err")},
+      {"size", QuerySize("cpu_err")},   {"read", ReadArea(1, 0, 3)},    {"close", CloseArea(1)}};
   for (const auto& [on, unused] : requests) {
     With("fault = [{ on = \"" + on + "\", lost = true }]");
     for (const auto& [kind, request] : requests) EXPECT_EQ(Ask(request).answered, kind != on) << on << " " << kind;
@@ -156,7 +158,7 @@ TEST_F(Faults, NthCountsMatchingExchangesOfTheWholeRun) {
   With("fault = [{ on = \"timestamp\", node = 1, nth = 2, lost = true }]");
   EXPECT_TRUE(AskTimestamp(1).answered);
   EXPECT_TRUE(AskTimestamp(0).answered);
-  EXPECT_TRUE(Ask(ReadRegister(0, 0, 0, 1), 1).answered);
+  EXPECT_TRUE(Ask(ReadRegister(0, 1), 1).answered);
   ExpectNoAnswer(AskTimestamp(1));
 }
 
@@ -218,4 +220,4 @@ TEST_F(Faults, StoppingTheRunEndsTheDelayWithoutAnAnswer) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

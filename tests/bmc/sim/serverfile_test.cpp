@@ -3,7 +3,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -228,4 +231,4 @@ TEST(ServerFileInput, MayNestDeeply) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

@@ -1,7 +1,10 @@
 // What a server file may hold at most: each limit is reached, and gone beyond by one.
 #include "tests/support/bmclanguage.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 const std::string kType = "machine_type = \"\"\n";
@@ -135,4 +138,4 @@ TEST(ADataFile, IsInTheFoldersOfItsServerFile) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport

@@ -3,7 +3,10 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace tests {
+namespace testsupport {
+
+using namespace velhost;
+
 namespace {
 
 /// A simulated server from lines of its file.
@@ -17,7 +20,7 @@ const std::string kArea = "[[bmc_node]]\n[[bmc_node.storage_area]]\nname = \"cpu
 
 TEST(Simulator, FindsARegisterByTheLow24BitsOfItsAddress) {
   TBmc bmc("[[bmc_node]]\nregister = [{ address = 0x12345678, value = \"01 02 03 04 05 06 07 08\" }]");
-  ExpectAnswer(bmc.Ask(ReadRegister(0, 0x34, 0x56, 0x78)), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
+  ExpectAnswer(bmc.Ask(ReadRegister(0, 0x345678)), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
 }
 
 TEST(Simulator, MakesUpUnlistedRegistersWhenTold) {
@@ -25,14 +28,14 @@ TEST(Simulator, MakesUpUnlistedRegistersWhenTold) {
       "unlisted_registers = \"pattern\"\n[[bmc_node]]\nregister = [{ address = 1, value = \"08 07 06 05 04 03 02 01\" "
       "}]");
   // Address 0xABCDEF, chip 5: ef^5^00, cd^5^11, ab^5^22, ef^5^33, cd^5^44, ab^5^55, ef^5^66, cd^5^77.
-  ExpectAnswer(bmc.Ask(ReadRegister(5, 0xAB, 0xCD, 0xEF)), 0x00,
+  ExpectAnswer(bmc.Ask(ReadRegister(5, 0xABCDEF)), 0x00,
                {0, 0, 0, 0, 0, 0, 0xEA, 0xD9, 0x8C, 0xD9, 0x8C, 0xFB, 0x8C, 0xBF});
-  ExpectAnswer(bmc.Ask(ReadRegister(0, 0, 0, 1)), 0x00, {0, 0, 0, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1});
+  ExpectAnswer(bmc.Ask(ReadRegister(0, 1)), 0x00, {0, 0, 0, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1});
 }
 
 TEST(Simulator, ReadsTheMissingEndOfARequestAsZeros) {
   TBmc bmc("[[bmc_node]]\nregister = [{ chip = 9, address = 0xAB0000, value = \"01 02 03 04 05 06 07 08\" }]");
-  wire::TCommandBuffer request = ReadRegister(9, 0xAB, 0xCD, 0xEF);
+  wire::TCommandBuffer request = ReadRegister(9, 0xABCDEF);
   request[5] = 2;
   ExpectAnswer(bmc.Ask(request), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
 }
@@ -73,7 +76,7 @@ TEST(Simulator, ReadsByA16BitCountAndA32BitOffset) {
   TBmc bmc(kArea + "data = \"01 02 03\"");
   wire::TCommandBuffer request = ReadArea(1, 1, 1);
   ExpectAnswer(bmc.Ask(request), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x02});
-  ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0, 1)), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x02, 0x03});
+  ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0x100)), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x02, 0x03});
   ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
   request[20] = 0x01;  // the offset's highest byte
   ExpectAnswer(bmc.Ask(request), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
@@ -213,4 +216,4 @@ TEST(SimulatedEnvironment, GivesTheFilesMachineTypeAndClock) {
 }
 
 }  // namespace
-}  // namespace tests
+}  // namespace testsupport
