@@ -11,8 +11,8 @@
 #include "bench/benchsupport.h"
 #include "bench/collectorsupport.h"
 #include "bench/processes.h"
-#include "host/bmc/lan/lanclient.h"
 #include "host/bmc/lan/lanmodule.h"
+#include "host/bmc/lan/lanserviceprocessor.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
-#include "host/bmc/lan/lanclient.h"
+#include "host/bmc/lan/lanserviceprocessor.h"
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faultinjector.h"

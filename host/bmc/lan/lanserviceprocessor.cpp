@@ -1,5 +1,8 @@
 #include "host/bmc/lan/lanserviceprocessor.h"
 
+#include <dlfcn.h>
+#include <unistd.h>
+
 #include <exception>
 #include <utility>
 
@@ -19,6 +22,42 @@ constexpr std::chrono::milliseconds kClosingTime{1'000};
     throw THostError(EExitStatus::kPartial, "lan:" + address + ": interrupted while the session was being opened");
   }
   throw THostError(EExitStatus::kUnavailable, "lan:" + address + ": no session before the deadline");
+}
+
+[[noreturn]] void ThrowUnavailable(const std::string& message) {
+  throw THostError(EExitStatus::kUnavailable, "lan: " + message);
+}
+
+std::string FindModule(const std::vector<std::string>& folders) {
+  std::string tried;
+  for (const std::string& folder : folders) {
+    std::string file = folder + "/" + kLanModuleFile;
+    if (access(file.c_str(), F_OK) == 0) return file;
+    tried += "\n  " + file;
+  }
+#ifdef VELHOST_WITHOUT_LAN
+  ThrowUnavailable("this velhost was built without LAN support (VELHOST_LAN=OFF)");
+#else
+  ThrowUnavailable(std::string("the LAN module ") + kLanModuleFile +
+                   " is not installed; the package velhost-lan has it, and \"cmake --build "
+                   "build/release --target velhost_lan\" builds it. Looked for" +
+                   tried);
+#endif
+}
+
+/// Never unloaded: a thread that a stopped run left behind may still be inside.
+const VelLanModule& LoadModule(const std::string& file) {
+  void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) {
+    const char* const reason = dlerror();
+    ThrowUnavailable("cannot load the LAN module: " + std::string(reason ? reason : file));
+  }
+  const auto entry = reinterpret_cast<VelLanEntry>(dlsym(library, VELHOST_LAN_ENTRY));
+  const VelLanModule* const module = entry != nullptr ? entry() : nullptr;
+  if (module == nullptr || module->version != VELHOST_LAN_INTERFACE) {
+    ThrowUnavailable(file + " is not a LAN module of this velhost's version");
+  }
+  return *module;
 }
 
 }  // namespace
@@ -123,6 +162,12 @@ std::optional<TIpmiAnswer> TLanServiceProcessor::SendIpmi(const TIpmiRequest& re
   if (!exchange->answered) return std::nullopt;
   const auto response = std::span(exchange->response).first(exchange->size);
   return TIpmiAnswer{response.front(), {response.begin() + 1, response.end()}};
+}
+
+std::unique_ptr<IServiceProcessor> OpenLan(const std::vector<TLanOptions>& options, const TStopSignal& stop,
+                                           const std::vector<std::string>& folders, TLanNotice notice) {
+  const VelLanModule& module = LoadModule(FindModule(folders));
+  return std::make_unique<TLanServiceProcessor>(module, options, stop, std::move(notice));
 }
 
 }  // namespace velhost

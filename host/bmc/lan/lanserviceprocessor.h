@@ -1,4 +1,4 @@
-// BMC nodes on the network as a service processor.
+// BMC nodes on the network as a service processor, by way of the LAN module.
 #pragma once
 
 #include <functional>
@@ -46,5 +46,15 @@ class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
   std::vector<std::unique_ptr<TNode>> nodes_;
   TLanNotice notice_;
 };
+
+/// The file name of the LAN module.
+inline constexpr const char* kLanModuleFile = "velhost-lan.so";
+
+/// Opens one node per entry, in order; at least one. The module is taken from the first of `folders`
+/// that has it, and stays loaded. Throws THostError as TLanServiceProcessor does, and kUnavailable
+/// when the module is not there, cannot be loaded, or is of another version.
+VELHOST_API std::unique_ptr<IServiceProcessor> OpenLan(const std::vector<TLanOptions>& options, const TStopSignal& stop,
+                                                       const std::vector<std::string>& folders,
+                                                       TLanNotice notice = nullptr);
 
 }  // namespace velhost

@@ -10,7 +10,6 @@
 #include <thread>
 
 #include "host/base/hosterror.h"
-#include "host/bmc/lan/lanclient.h"
 #include "host/bmc/lan/lanlink.h"
 #include "host/bmc/lan/lanworker.h"
 #include "tests/bmc/lan/scriptedmodule.h"

@@ -1,7 +1,7 @@
 // The LAN transport against ipmi_sim with the project's module, on the loopback.
 #include <gmock/gmock.h>
 
-#include "host/bmc/lan/lanclient.h"
+#include "host/bmc/lan/lanserviceprocessor.h"
 #include "tests/bmc/lan/memorysearch.h"
 #include "tests/bmc/sharedsuite.h"
 #include "tests/bmcsim/runningsimulator.h"

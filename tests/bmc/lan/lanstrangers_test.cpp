@@ -2,7 +2,7 @@
 // and its library against a stand-in for a BMC.
 #include <gmock/gmock.h>
 
-#include "host/bmc/lan/lanclient.h"
+#include "host/bmc/lan/lanserviceprocessor.h"
 #include "tests/bmc/lan/memorysearch.h"
 #include "tests/bmc/lan/standinbmc.h"
 #include "tests/support/bmclanguage.h"
