@@ -13,6 +13,7 @@
 #include "host/base/sourcereader.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/bmc/sim/simulatedserver.h"
+#include "host/bmc/supervision.h"
 #include "host/output/writers.h"
 
 using namespace NKROVEL20;

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace wire {
 
@@ -59,31 +58,5 @@ class TCommandBuffer {
 };
 
 static_assert(TCommandBuffer::kMaxData == 247);
-
-/// The data of a request or a response, by the offsets that they have in the command buffer. What lies
-/// behind their end reads as zero.
-class TCommandData {
- public:
-  explicit TCommandData(std::span<const std::uint8_t> data) : data_(data) {}
-
-  std::uint8_t operator[](std::size_t offset) const {
-    const std::size_t index = offset - TCommandBuffer::kData;
-    return index < data_.size() ? data_[index] : std::uint8_t{0};
-  }
-  /// A number of at most four bytes.
-  std::uint32_t LittleEndian(std::size_t offset, std::size_t size) const {
-    std::uint32_t number = 0;
-    for (std::size_t i = size; i > 0; --i) number = number << 8U | (*this)[offset + i - 1];
-    return number;
-  }
-  std::uint32_t BigEndian(std::size_t offset, std::size_t size) const {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < size; ++i) number = number << 8U | (*this)[offset + i];
-    return number;
-  }
-
- private:
-  std::span<const std::uint8_t> data_;
-};
 
 }  // namespace wire

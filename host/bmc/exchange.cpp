@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/endian/conversion.hpp>
 
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
@@ -87,7 +88,7 @@ std::string AreaInSizeRequest(const TIpmiRequest& request) {
 }
 
 std::int32_t SizeInAnswer(const TIpmiAnswer& answer) {
-  return static_cast<std::int32_t>(wire::TCommandData(answer.data).LittleEndian(wire::StorageArea::kResponseSize, 4));
+  return boost::endian::load_little_s32(TCommandData(answer.data).Bytes<4>(wire::StorageArea::kResponseSize).data());
 }
 
 }  // namespace velhost

@@ -1,8 +1,8 @@
-// Exchanges with a service processor: requests, answers, and what observers see of them. The one
-// place where requests are taken out of the command buffer of SPLibrary and answers put into it.
+// Requests to a service processor and their answers. The one place where requests are taken out of the
+// command buffer of SPLibrary and answers put into it.
 #pragma once
 
-#include <chrono>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -15,6 +15,27 @@
 #include "wire/commandbuffer.h"
 
 namespace velhost {
+
+/// The data of a request or an answer, by the offsets that they have in the command buffer. What lies
+/// behind their end reads as zero.
+class TCommandData {
+ public:
+  explicit TCommandData(std::span<const std::uint8_t> data) : data_(data) {}
+
+  std::uint8_t operator[](std::size_t offset) const {
+    const std::size_t index = offset - wire::TCommandBuffer::kData;
+    return index < data_.size() ? data_[index] : std::uint8_t{0};
+  }
+  template <std::size_t kSize>
+  std::array<std::uint8_t, kSize> Bytes(std::size_t offset) const {
+    std::array<std::uint8_t, kSize> bytes{};
+    for (std::size_t i = 0; i < kSize; ++i) bytes[i] = (*this)[offset + i];
+    return bytes;
+  }
+
+ private:
+  std::span<const std::uint8_t> data_;
+};
 
 /// An IPMI request to a BMC node (from 0). It keeps the command buffer that it came in, since
 /// recordings hold the whole of it.
@@ -83,27 +104,5 @@ VELHOST_API const char* NameOfKind(EExchangeKind kind);
 VELHOST_API std::string AreaInSizeRequest(const TIpmiRequest& request);
 /// The size in the answer, as the collector reads it: four bytes, whatever length the answer claims.
 VELHOST_API std::int32_t SizeInAnswer(const TIpmiAnswer& answer);
-
-struct TIpmiExchange {
-  const TIpmiRequest& request;
-  bool attempted;             ///< false: refused because the run was stopped already
-  const TIpmiAnswer* answer;  ///< null when there was none
-  std::chrono::microseconds duration;
-};
-
-struct TDotExchange {
-  const TDotRequest& request;
-  bool attempted;            ///< false: refused because the run was stopped already
-  const TDotAnswer* answer;  ///< null when there was none
-  std::chrono::microseconds duration;
-};
-
-/// Called after each exchange, on the thread that made it, in the order of the exchanges.
-class VELHOST_API IExchangeObserver {
- public:
-  virtual ~IExchangeObserver();
-  virtual void OnIpmi(const TIpmiExchange& exchange) = 0;
-  virtual void OnDot(const TDotExchange& exchange) = 0;
-};
 
 }  // namespace velhost

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <boost/endian/conversion.hpp>
 #include <initializer_list>
 
 #include "host/output/tablelayout.h"
@@ -80,7 +81,9 @@ bool Succeeded(const TIpmiExchange& exchange) {
 std::uint32_t BytesRead(const TIpmiAnswer& answer) {
   const std::uint32_t before = wire::StorageArea::kResponseData - wire::TCommandBuffer::kData;
   const std::uint32_t carried = answer.DataLength() > before ? answer.DataLength() - before : 0;
-  return std::min(carried, wire::TCommandData(answer.data).LittleEndian(wire::StorageArea::kResponseCount, 2));
+  const std::uint32_t count =
+      boost::endian::load_little_u16(TCommandData(answer.data).Bytes<2>(wire::StorageArea::kResponseCount).data());
+  return std::min(carried, count);
 }
 
 }  // namespace

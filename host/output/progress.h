@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/bmc/exchange.h"
+#include "host/bmc/supervision.h"
 
 namespace velhost {
 

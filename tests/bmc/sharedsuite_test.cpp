@@ -2,7 +2,6 @@
 
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
-#include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 

@@ -1,8 +1,8 @@
 // A storage area whose size is over a limit is lost to the collector, and to nobody else.
 #include "host/bmc/sizelimit.h"
 
-#include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sim/simulatedserver.h"
+#include "host/bmc/supervision.h"
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 

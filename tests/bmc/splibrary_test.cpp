@@ -3,6 +3,7 @@
 
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sim/simulatedserver.h"
+#include "host/bmc/supervision.h"
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
@@ -153,6 +154,62 @@ TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
   wire::TCommandBuffer request = ReadTimestamp();
   request[5] = 0xFF;
   ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
+}
+
+/// Gives one answer to every request.
+class TAnswering : public IServiceProcessor {
+ public:
+  TDiscovery Discover() override { return {}; }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override { return ipmi; }
+  std::optional<TDotAnswer> SendDot(const TDotRequest&, const TStopSignal&) override { return dot; }
+  TIpmiAnswer ipmi;
+  TDotAnswer dot;
+};
+
+TEST_F(Library, KeepsLyingLengthsInsideTheCallersBuffer) {
+  TAnswering liar;
+  liar.ipmi = {0x00, {0xA0, 0xA1}, std::uint8_t{0xFF}, 70000};
+  TServiceProcessorHub::Install(&liar, nullptr);
+  ASSERT_TRUE(AskTimestamp(256));
+  EXPECT_EQ(length_, 256);
+  EXPECT_EQ(buffer_[5], 247);
+  EXPECT_EQ(TBytes(buffer_.begin() + 9, buffer_.begin() + 13), (TBytes{0xA0, 0xA1, 0x00, 0x00}));
+  ASSERT_TRUE(AskTimestamp(10));
+  EXPECT_EQ(length_, 10);
+  EXPECT_EQ(buffer_[5], 1);
+  EXPECT_EQ(TBytes(buffer_.begin() + 9, buffer_.end()), (TBytes{0xA0, 0xEE, 0xEE, 0xEE, 0xEE}));
+  liar.ipmi = {0x00, {0xA0, 0xA1}, std::uint8_t{1}, -3};
+  ASSERT_TRUE(AskTimestamp(256));
+  EXPECT_EQ(length_, -3);
+  EXPECT_EQ(buffer_[5], 1);
+  EXPECT_EQ(buffer_[10], 0xA1);
+}
+
+TEST_F(Library, CutsAnAnswerThatIsTooLong) {
+  TAnswering talker;
+  talker.ipmi.data.assign(300, 0x55);
+  talker.dot.data = {1, 2, 3};
+  TServiceProcessorHub::Install(&talker, nullptr);
+  ASSERT_TRUE(AskTimestamp(256));
+  EXPECT_EQ(length_, 256);
+  EXPECT_EQ(buffer_[5], 247);
+  EXPECT_EQ(TBytes(buffer_.begin() + 255, buffer_.end()), (TBytes{0x55, 0xEE, 0xEE, 0xEE, 0xEE}));
+  TBytes block(3, 0xEE);
+  dotCmd command = BlockCommand(4096);
+  ASSERT_TRUE(Node(0).sendDotCommand(&command, block.data(), &length_, 0, 2));
+  EXPECT_EQ(length_, 2);
+  EXPECT_EQ(block, (TBytes{1, 2, 0xEE}));
+}
+
+TEST_F(Library, HandsOverWhatAFailedDotCommandDelivered) {
+  TAnswering failing;
+  failing.dot = {{1, 2}, 70000, true};
+  TServiceProcessorHub::Install(&failing, nullptr);
+  TBytes block(3, 0xEE);
+  dotCmd command = BlockCommand(4096);
+  EXPECT_FALSE(Node(0).sendDotCommand(&command, block.data(), &length_, 0, 3));
+  EXPECT_EQ(length_, 70000);
+  EXPECT_EQ(block, (TBytes{1, 2, 0xEE}));
 }
 
 class TNotes : public IExchangeObserver {

@@ -13,8 +13,7 @@
 
 #include "host/base/hosterror.h"
 #include "host/base/textsink.h"
-#include "host/bmc/exchange.h"
-#include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/supervision.h"
 #include "host/model/hostservices.h"
 
 namespace velhost {

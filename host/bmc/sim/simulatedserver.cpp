@@ -1,6 +1,8 @@
 #include "host/bmc/sim/simulatedserver.h"
 
 #include <algorithm>
+#include <array>
+#include <boost/endian/conversion.hpp>
 
 #include "wire/registerblock.h"
 #include "wire/storagearea.h"
@@ -10,18 +12,23 @@ namespace velhost {
 namespace {
 
 using TData = std::vector<std::uint8_t>;
-using wire::TCommandData;
+using boost::endian::load_big_u24;
+using boost::endian::load_little_u16;
+using boost::endian::load_little_u32;
 
 constexpr std::uint8_t kOemGroup = wire::StorageArea::kNetworkFunction;
 constexpr std::size_t kIdSize = wire::StorageArea::kManufacturerId.size();
 
 void AppendLittleEndian(TData& data, std::uint32_t value, std::size_t size) {
-  for (std::size_t i = 0; i < size; ++i) data.push_back(static_cast<std::uint8_t>(value >> (8 * i) & 0xFFU));
+  std::array<std::uint8_t, sizeof value> bytes{};
+  boost::endian::store_little_u32(bytes.data(), value);
+  data.insert(data.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
 }
 
 TIpmiAnswer AnswerRegister(const TSimulatedNode& node, bool pattern, const TCommandData& request) {
   const std::uint8_t chip = request[wire::RegisterRead::kChipSelector];
-  const std::uint32_t address = request.BigEndian(wire::RegisterRead::kAddress, wire::RegisterRead::kAddressSize);
+  const std::uint32_t address =
+      load_big_u24(request.Bytes<wire::RegisterRead::kAddressSize>(wire::RegisterRead::kAddress).data());
   const auto found = node.registers.find(TSimulatedNode::RegisterKey(chip, address));
   if (found == node.registers.end() && !pattern) return {kNotPresent};
   TSimulatedRegister entry;
@@ -78,11 +85,12 @@ TIpmiAnswer AnswerSize(const TSimulatedNode& node, const TCommandData& request) 
 
 TIpmiAnswer AnswerRead(const TSimulatedNode& node, const TCommandData& request, std::size_t capacity) {
   constexpr std::size_t kCountSize = wire::StorageArea::kResponseData - wire::StorageArea::kResponseCount;
-  const std::uint32_t handle = request.LittleEndian(wire::StorageArea::kHandle, wire::StorageArea::kHandleSize);
+  const std::uint32_t handle =
+      load_little_u32(request.Bytes<wire::StorageArea::kHandleSize>(wire::StorageArea::kHandle).data());
   if (handle == 0 || handle > node.areas.size()) return {kNotPresent};
-  const std::size_t start = request.LittleEndian(wire::StorageArea::kReadOffset, 4);
+  const std::size_t start = load_little_u32(request.Bytes<4>(wire::StorageArea::kReadOffset).data());
   const std::size_t room = capacity > kIdSize + kCountSize ? capacity - kIdSize - kCountSize : 0;
-  const std::size_t wanted = request.LittleEndian(wire::StorageArea::kReadCount, kCountSize);
+  const std::size_t wanted = load_little_u16(request.Bytes<kCountSize>(wire::StorageArea::kReadCount).data());
   const TData data = node.areas[handle - 1].data.Read(start, std::min(wanted, room));
   TIpmiAnswer answer;
   AppendLittleEndian(answer.data, static_cast<std::uint32_t>(data.size()), kCountSize);
@@ -186,9 +194,7 @@ std::optional<TDotAnswer> TSimulatedServer::SendDot(const TDotRequest& request, 
   if (stop.IsStopped() || target < 0 || target >= Discover().serviceProcessors) return std::nullopt;
   if (!ReadsRegisterBlock(request.command)) return std::nullopt;
   const auto& parameters = request.command.GetParameters();
-  const std::size_t asked = parameters[wire::RegisterBlockCommand::kParameterBufferSize] |
-                            static_cast<std::size_t>(parameters[wire::RegisterBlockCommand::kParameterBufferSize + 1])
-                                << 8U;
+  const std::size_t asked = load_little_u16(parameters.data() + wire::RegisterBlockCommand::kParameterBufferSize);
   return TDotAnswer{server_.dot->blocks[static_cast<std::size_t>(target)].Read(0, std::min(asked, request.capacity))};
 }
 

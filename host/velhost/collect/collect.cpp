@@ -7,6 +7,7 @@
 
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sizelimit.h"
+#include "host/bmc/supervision.h"
 #include "host/output/capturefiles.h"
 #include "host/output/progress.h"
 #include "host/output/writers.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/bmc/exchange.h"
+#include "host/bmc/supervision.h"
 #include "host/model/cimnamespace.h"
 #include "host/output/iinstancewriter.h"
 #include "nkrovel20/iplugincallbacks.h"

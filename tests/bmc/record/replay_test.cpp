@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"

@@ -1,6 +1,4 @@
-#include "host/bmc/serviceprocessorhub.h"
-
-#include <chrono>
+#include "host/bmc/supervision.h"
 
 namespace velhost {
 
@@ -14,12 +12,7 @@ std::chrono::microseconds Since(TClock::time_point start) {
 
 }  // namespace
 
-IServiceProcessor::~IServiceProcessor() = default;
 IExchangeObserver::~IExchangeObserver() = default;
-
-std::optional<TDotAnswer> IServiceProcessor::SendDot(const TDotRequest& /*request*/, const TStopSignal& /*stop*/) {
-  return std::nullopt;
-}
 
 std::optional<TIpmiAnswer> TSupervisedServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
   const auto start = TClock::now();

@@ -1,0 +1,11 @@
+#include "host/bmc/iserviceprocessor.h"
+
+namespace velhost {
+
+IServiceProcessor::~IServiceProcessor() = default;
+
+std::optional<TDotAnswer> IServiceProcessor::SendDot(const TDotRequest& /*request*/, const TStopSignal& /*stop*/) {
+  return std::nullopt;
+}
+
+}  // namespace velhost

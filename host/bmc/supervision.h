@@ -1,0 +1,50 @@
+// What every exchange of a run passes: refusal once the run is stopped, and observers.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+#include "host/base/api.h"
+#include "host/bmc/exchange.h"
+#include "host/bmc/iserviceprocessor.h"
+
+namespace velhost {
+
+struct TIpmiExchange {
+  const TIpmiRequest& request;
+  bool attempted;             ///< false: refused because the run was stopped already
+  const TIpmiAnswer* answer;  ///< null when there was none
+  std::chrono::microseconds duration;
+};
+
+struct TDotExchange {
+  const TDotRequest& request;
+  bool attempted;            ///< false: refused because the run was stopped already
+  const TDotAnswer* answer;  ///< null when there was none
+  std::chrono::microseconds duration;
+};
+
+/// Called after each exchange, on the thread that made it, in the order of the exchanges.
+class VELHOST_API IExchangeObserver {
+ public:
+  virtual ~IExchangeObserver();
+  virtual void OnIpmi(const TIpmiExchange& exchange) = 0;
+  virtual void OnDot(const TDotExchange& exchange) = 0;
+};
+
+/// Passes exchanges on, refuses them once the run is stopped, and tells observers of each.
+class VELHOST_API TSupervisedServiceProcessor : public TForwardingServiceProcessor {
+ public:
+  using TForwardingServiceProcessor::TForwardingServiceProcessor;
+  /// Not owned; told in the order of adding.
+  void AddObserver(IExchangeObserver& observer) { observers_.push_back(&observer); }
+
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
+  std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
+
+ private:
+  std::vector<IExchangeObserver*> observers_;
+};
+
+}  // namespace velhost
