@@ -156,14 +156,21 @@ TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
   ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
-/// Gives one answer to every request.
+/// Gives one answer to every request, also when the run is stopped.
 class TAnswering : public IServiceProcessor {
  public:
   TDiscovery Discover() override { return {}; }
-  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override { return ipmi; }
-  std::optional<TDotAnswer> SendDot(const TDotRequest&, const TStopSignal&) override { return dot; }
+  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override {
+    ++reached;
+    return ipmi;
+  }
+  std::optional<TDotAnswer> SendDot(const TDotRequest&, const TStopSignal&) override {
+    ++reached;
+    return dot;
+  }
   TIpmiAnswer ipmi;
   TDotAnswer dot;
+  int reached = 0;
 };
 
 TEST_F(Library, KeepsLyingLengthsInsideTheCallersBuffer) {
@@ -245,23 +252,8 @@ TEST_F(Library, TellsObserversOfEachExchange) {
             "dot 1\n");
 }
 
-/// Counts what reaches it, and answers although the run is stopped.
-class TDeafProcessor : public TSimulatedServer {
- public:
-  TDeafProcessor() : TSimulatedServer(ServerFrom("machine_type = \"\"")) {}
-  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override {
-    ++reached;
-    return TIpmiAnswer();
-  }
-  std::optional<TDotAnswer> SendDot(const TDotRequest&, const TStopSignal&) override {
-    ++reached;
-    return TDotAnswer();
-  }
-  int reached = 0;
-};
-
 TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
-  TDeafProcessor deaf;
+  TAnswering deaf;
   TNotes notes;
   TSupervisedServiceProcessor supervised(deaf);
   supervised.AddObserver(notes);
