@@ -3,13 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
 #include <string>
 #include <vector>
 
 #include "host/model/hostservices.h"
-#include "host/plugins/pluginregistry.h"
 #include "plugin/torgaplugin.h"
 #include "tests/plugin/replacedhost.h"
+#include "tests/support/fakepluginmanager.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/recordinglogger.h"
 
@@ -50,25 +51,11 @@ class TLibraryTest : public ::testing::Test {
   unsigned short length = 0;
 };
 
-/// The same, with a plugin object.
+/// With a plugin object, which needs no more than a plugin manager.
 class TPluginLibraryTest : public TLibraryTest {
  protected:
-  // The plugin object needs nothing but a plugin manager.
-  class TManager : public NKROVEL20::TPluginManagerNamespace {
-   public:
-    explicit TManager(NKROVEL20::TPluginManagerProvider& handle) : handle_(handle) {}
-    NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks*) override { return &handle_; }
-    boost::shared_ptr<NKROVEL20::ICIMClass> GetClass(const std::string&, const NKROVEL20::TPropertyMap&) override {
-      return {};
-    }
-    std::string GetMachineType() const override { return {}; }
-
-   private:
-    NKROVEL20::TPluginManagerProvider& handle_;
-  };
-
   TPluginLibraryTest() {
-    velhost::THostServices::SetPluginManager(boost::shared_ptr<NKROVEL20::ICIMNamespace>(new TManager(provider)));
+    velhost::THostServices::SetPluginManager(boost::make_shared<TFakePluginManager>());
     plugin = new torgareg::TTORGARegPluginCallbacks();
   }
   ~TPluginLibraryTest() override {

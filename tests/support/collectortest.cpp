@@ -6,12 +6,6 @@
 
 namespace tests {
 
-TPluginManagerProvider* TFakePluginManager::RegisterPlugin(IPluginCallbacks* plugin) {
-  if (onRegister) onRegister();
-  registered.push_back(plugin);
-  return refuses ? nullptr : &provider;
-}
-
 TCollectorTest::TCollectorTest() : pluginManager(boost::make_shared<TFakePluginManager>()), ns(TNamespace::Create()) {
   THostServices::SetCoreLogger(&logger);
   THostServices::SetEnvironment(&environment);

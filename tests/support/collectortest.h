@@ -4,35 +4,19 @@
 #include <gtest/gtest.h>
 
 #include <boost/shared_ptr.hpp>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "host/model/ciminstance.h"
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
-#include "host/plugins/pluginregistry.h"
 #include "tests/support/classbuilder.h"
+#include "tests/support/fakepluginmanager.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/recordinglogger.h"
 #include "tests/support/scriptedserviceprocessor.h"
 
 namespace tests {
-
-/// A plugin manager that keeps who registered and hands out one provider, or none.
-class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
- public:
-  NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks* plugin) override;
-  boost::shared_ptr<NKROVEL20::ICIMClass> GetClass(const std::string&, const NKROVEL20::TPropertyMap&) override {
-    return {};
-  }
-  std::string GetMachineType() const override { return {}; }
-
-  std::vector<NKROVEL20::IPluginCallbacks*> registered;
-  NKROVEL20::TPluginManagerProvider provider{"plugin under test", nullptr};
-  std::function<void()> onRegister;  ///< called before the registration is taken
-  bool refuses = false;              ///< answers with a null handle
-};
 
 class TFakeEnvironment : public velhost::IHostEnvironment {
  public:
