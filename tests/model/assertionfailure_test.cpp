@@ -7,32 +7,20 @@
 #include "nkrovel20/icimobjects.h"
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tvelexception.h"
+#include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {
 namespace {
 
-template <typename TOperation>
-std::string PointeeOfFailure(const TOperation& operation) {
-  try {
-    operation();
-  } catch (const TAssertionFailure& failure) {
-    EXPECT_EQ(failure.GetExpression(), "px != 0");
-    EXPECT_EQ(std::string(failure.what()).rfind("assertion px != 0 failed in ", 0), 0U) << failure.what();
-    return failure.GetPointee();
-  }
-  ADD_FAILURE() << "nothing was thrown";
-  return {};
-}
-
 TEST(AssertionFailure, ANullHostObjectNamesWhatIsMissing) {
-  EXPECT_EQ(PointeeOfFailure([] { boost::shared_ptr<ICIMClass>()->GetName({}); }), "ICIMClass");
-  EXPECT_EQ(PointeeOfFailure([] { boost::shared_ptr<const ICIMQualifier>()->GetValue(); }), "ICIMQualifier");
-  EXPECT_EQ(PointeeOfFailure([] { static_cast<void>(*boost::shared_ptr<ICIMInstance>()); }), "ICIMInstance");
+  EXPECT_EQ(PointeeOfAssertion([] { boost::shared_ptr<ICIMClass>()->GetName({}); }), "ICIMClass");
+  EXPECT_EQ(PointeeOfAssertion([] { boost::shared_ptr<const ICIMQualifier>()->GetValue(); }), "ICIMQualifier");
+  EXPECT_EQ(PointeeOfAssertion([] { static_cast<void>(*boost::shared_ptr<ICIMInstance>()); }), "ICIMInstance");
 }
 
 TEST(AssertionFailure, AMissingNamespaceReachesTheHandlerInTheHost) {
-  EXPECT_EQ(PointeeOfFailure([] { TCIMSchemaHelper::GetMachineType({}); }), "ICIMNamespace");
+  EXPECT_EQ(PointeeOfAssertion([] { TCIMSchemaHelper::GetMachineType({}); }), "ICIMNamespace");
 }
 
 TEST(AssertionFailure, IsNotAnExceptionThatACollectorHandles) {

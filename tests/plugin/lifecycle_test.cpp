@@ -5,6 +5,7 @@
 
 #include "host/model/assertionfailure.h"
 #include "nkrovel20/tvelexception.h"
+#include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
 
@@ -116,13 +117,7 @@ TEST_F(Construction, KeepsNoReferenceToThePluginManager) {
 
 TEST_F(Construction, WithoutPluginManagerItAsserts) {
   THostServices::SetPluginManager({});
-  try {
-    const TTORGARegPluginCallbacks plugin;
-    FAIL() << "constructed";
-  } catch (const TAssertionFailure& failure) {
-    EXPECT_EQ(failure.GetExpression(), "px != 0");
-    EXPECT_EQ(failure.GetPointee(), "TPluginManagerNamespace");
-  }
+  EXPECT_EQ(PointeeOfAssertion([] { const TTORGARegPluginCallbacks plugin; }), "TPluginManagerNamespace");
 }
 
 TEST_F(Construction, ANamespaceThatIsNotAPluginManagerAsserts) {

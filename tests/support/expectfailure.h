@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/base/hosterror.h"
+#include "host/model/assertionfailure.h"
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/namespaces.h"
@@ -40,6 +41,20 @@ void ExpectHostError(velhost::EExitStatus status, const std::string& message, co
     EXPECT_EQ(error.Status(), status);
     EXPECT_EQ(std::string(error.what()), message);
   }
+}
+
+/// What the null pointer should have pointed to, by the assertion in which the operation ends.
+template <typename TOperation>
+std::string PointeeOfAssertion(const TOperation& operation) {
+  try {
+    operation();
+  } catch (const velhost::TAssertionFailure& failure) {
+    EXPECT_EQ(failure.GetExpression(), "px != 0");
+    EXPECT_TRUE(std::string(failure.what()).starts_with("assertion px != 0 failed in ")) << failure.what();
+    return failure.GetPointee();
+  }
+  ADD_FAILURE() << "nothing was thrown";
+  return {};
 }
 
 /// Status and message of the THostError that the operation throws, as "STATUS MESSAGE"; "none" if it throws none.
