@@ -9,9 +9,6 @@
 namespace tests {
 namespace {
 
-using tests::LooksThatEnd;
-using tests::TStoppingReader;
-
 TEST(StopReading, EndsAServerFileBetweenItsNodes) {
   TStoppingReader reader;
   reader.Add("server.toml", "machine_type = \"6203\"\n[[bmc_node]]\n[[bmc_node]]\n[[bmc_node]]\n");
