@@ -3,9 +3,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -37,4 +35,4 @@ TEST(LineReader, GoesOverTheEndsOfPieces) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -11,9 +11,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 struct TNamedFactory {
   std::string name;
@@ -144,4 +142,4 @@ TEST_P(ServiceProcessorSuite, TakesNoDotCommands) {
   ExpectNoAnswer(SendDot(Processor(), 0, BlockCommand(4096), 4096));
 }
 
-}  // namespace testsupport
+}  // namespace tests

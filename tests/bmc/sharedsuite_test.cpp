@@ -1,13 +1,12 @@
 #include "tests/bmc/sharedsuite.h"
+#include "tests/support/namespaces.h"
 
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/simulatedserver.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -97,4 +96,4 @@ INSTANTIATE_TEST_SUITE_P(Host, ServiceProcessorSuite,
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -6,9 +6,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -88,4 +86,4 @@ TEST_F(SizeLimit, LeavesOtherAnswersAlone) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

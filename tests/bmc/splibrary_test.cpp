@@ -7,9 +7,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -318,4 +316,4 @@ TEST(StopSignal, EndsTheLongestWaitAtItsDeadline) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

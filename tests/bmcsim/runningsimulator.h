@@ -18,9 +18,7 @@
 #include "host/velhost/simulate/simulate.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 /// For the beginning of a test: there is nothing to run against without the package openipmi.
 #define SKIP_WITHOUT_IPMI_SIM()                                            \
@@ -150,4 +148,4 @@ class TRunningSimulator {
   std::string printed_;
 };
 
-}  // namespace testsupport
+}  // namespace tests

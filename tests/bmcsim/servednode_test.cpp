@@ -3,9 +3,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -134,4 +132,4 @@ TEST(ReasonNotToServe, NoDriver) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -8,9 +8,7 @@
 #include "host/bmc/sim/serverfile.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 template <typename TBytesOf>
 std::string HexPairs(const TBytesOf& bytes) {
@@ -41,4 +39,4 @@ inline std::string ServerText(const TServerFile& server) {
   return text.str();
 }
 
-}  // namespace testsupport
+}  // namespace tests

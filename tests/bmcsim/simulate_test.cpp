@@ -10,9 +10,7 @@
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -286,4 +284,4 @@ TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -11,9 +11,7 @@
 #include "tests/bmcsim/servertext.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -104,4 +102,4 @@ TEST(Driver, DeviceOfAnotherUserIsDenied) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

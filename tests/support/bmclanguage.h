@@ -17,9 +17,7 @@
 #include "tests/support/namespaces.h"
 #include "tests/support/requests.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 /// One exchange and what came of it.
 struct TIpmiOutcome {
@@ -129,4 +127,4 @@ std::string MessageOf(TAction action, EExitStatus status = EExitStatus::kBadData
   return {};
 }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -6,9 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/namespaces.h"
 #include "wire/commandbuffer.h"
 
-namespace testsupport {
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -63,4 +64,4 @@ inline wire::TCommandBuffer CloseArea(const TBytes& handle) {
 }
 inline wire::TCommandBuffer CloseArea(std::uint32_t handle) { return CloseArea(LittleEndian(handle)); }
 
-}  // namespace testsupport
+}  // namespace tests

@@ -1,13 +1,13 @@
 #include "host/bmc/inband/inbandserviceprocessor.h"
 
 #include "tests/bmc/inband/scripteddriver.h"
-#include "tests/support/namespaces.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
 namespace tests {
 namespace {
 
-using namespace testsupport;
+using namespace tests;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 

@@ -1,13 +1,13 @@
 #include "host/base/hosterror.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
 #include "tests/bmc/inband/scripteddriver.h"
-#include "tests/support/namespaces.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
 namespace tests {
 namespace {
 
-using namespace testsupport;
+using namespace tests;
 using testing::ElementsAre;
 
 TSystemSmbios Smbios(ESmbiosStatus status, bool declares) {

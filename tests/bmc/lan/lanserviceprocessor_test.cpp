@@ -13,13 +13,13 @@
 #include "host/bmc/lan/lanlink.h"
 #include "host/bmc/lan/lanworker.h"
 #include "tests/bmc/lan/scriptedmodule.h"
-#include "tests/support/namespaces.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
 namespace tests {
 namespace {
 
-using namespace testsupport;
+using namespace tests;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::StartsWith;

@@ -8,9 +8,7 @@
 #include "tests/bmcsim/servertext.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -191,4 +189,4 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -194,8 +194,8 @@ TEST(Secret, ProcessCannotBeReadWhileItHoldsOne) {
 
 // What free() itself overwrites is the first few bytes; the text follows them.
 TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
-  testsupport::TMemorySearch search;
-  std::string text = std::string(40, '-') + testsupport::THiddenText::Decoded();
+  tests::TMemorySearch search;
+  std::string text = std::string(40, '-') + tests::THiddenText::Decoded();
   auto secret = std::make_unique<TSecret>(text);
   Wipe(text);
   auto copy = std::make_unique<TSecret>(*secret);
@@ -226,7 +226,7 @@ class PasswordFile : public testing::Test {
 };
 
 // Behind other text, since free() itself overwrites the first few bytes.
-std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + testsupport::THiddenText::Decoded(); }
+std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + tests::THiddenText::Decoded(); }
 
 TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   std::string text = LongPasswordFile();
@@ -235,7 +235,7 @@ TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   close(file);
   Wipe(text);
-  testsupport::TMemorySearch search;
+  tests::TMemorySearch search;
   TFileReader reader;
   EXPECT_STREQ(LanPassword(path_, std::nullopt, reader).Text(), "short");
   EXPECT_THAT(search.Places(), IsEmpty());
@@ -259,7 +259,7 @@ TEST_F(PasswordFile, NothingIsLeftOfAPipeThatComesInTwoPieces) {
   EXPECT_STREQ(LanPassword(pipe, std::nullopt, reader).Text(), "short");
   writer.join();
   close(ends[0]);
-  EXPECT_THAT(testsupport::TMemorySearch().Places(), IsEmpty());
+  EXPECT_THAT(tests::TMemorySearch().Places(), IsEmpty());
 }
 
 TEST_F(PasswordFile, IsWarnedOfWhenOthersMayReadIt) {

@@ -8,9 +8,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -117,4 +115,4 @@ TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

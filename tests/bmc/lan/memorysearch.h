@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+#include "tests/support/namespaces.h"
 
-using namespace velhost;
+namespace tests {
 
 /// A text that is kept coded, so that looking for it does not find it here.
 class THiddenText {
@@ -86,4 +86,4 @@ class TMemorySearch {
   std::array<std::uint8_t, 65536> piece_{};
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -18,9 +18,9 @@
 #include <thread>
 #include <vector>
 
-namespace testsupport {
+#include "tests/support/namespaces.h"
 
-using namespace velhost;
+namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
@@ -219,4 +219,4 @@ class TStandInBmc {
   std::thread thread_;
 };
 
-}  // namespace testsupport
+}  // namespace tests

@@ -4,9 +4,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -235,4 +233,4 @@ TEST(Moment, IsIso8601OrACimDatetime) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -14,9 +14,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -230,4 +228,4 @@ TEST(UtcOffsetSign, IsPositiveEastOfGreenwich) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -7,9 +7,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -307,4 +305,4 @@ TEST(Replay, KeepsFractionsOfMillisecondsForTheNextWait) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

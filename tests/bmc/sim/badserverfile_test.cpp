@@ -1,9 +1,8 @@
 // Every message about a server file, word for word.
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -364,4 +363,4 @@ INSTANTIATE_TEST_SUITE_P(
                    "                      ^\n"}));
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -9,9 +9,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -159,4 +157,4 @@ TEST(StoredBytes, OfAFileThatWasShortenedEndEarly) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

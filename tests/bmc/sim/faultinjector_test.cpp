@@ -4,9 +4,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -220,4 +218,4 @@ TEST_F(Faults, StoppingTheRunEndsTheDelayWithoutAnAnswer) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -3,9 +3,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -231,4 +229,4 @@ TEST(ServerFileInput, MayNestDeeply) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

@@ -1,9 +1,8 @@
 // What a server file may hold at most: each limit is reached, and gone beyond by one.
 #include "tests/support/bmclanguage.h"
+#include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -138,4 +137,4 @@ TEST(ADataFile, IsInTheFoldersOfItsServerFile) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests

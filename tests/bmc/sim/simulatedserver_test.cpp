@@ -3,9 +3,7 @@
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
-namespace testsupport {
-
-using namespace velhost;
+namespace tests {
 
 namespace {
 
@@ -216,4 +214,4 @@ TEST(SimulatedEnvironment, GivesTheFilesMachineTypeAndClock) {
 }
 
 }  // namespace
-}  // namespace testsupport
+}  // namespace tests
