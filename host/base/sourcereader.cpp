@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 
@@ -23,20 +24,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds kStep{100};
 constexpr std::size_t kPiece = std::size_t{4} << 20U;  // between two looks at the stop
 constexpr std::size_t kPipePiece = 65536;
-
-class TDescriptor {
- public:
-  explicit TDescriptor(int fd) : fd_(fd) {}
-  ~TDescriptor() {
-    if (fd_ >= 0) close(fd_);
-  }
-  TDescriptor(const TDescriptor&) = delete;
-  TDescriptor& operator=(const TDescriptor&) = delete;
-  int Get() const { return fd_; }
-
- private:
-  int fd_;
-};
 
 [[noreturn]] void ThrowErrno(const std::string& path, const char* what, int error) {
   throw THostError(error == EACCES || error == EPERM ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
@@ -104,7 +91,7 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   realPath_.clear();
   readPipe_ = false;
   const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.Get() < 0) ThrowErrno(path, "open", errno);
+  if (!file) ThrowErrno(path, "open", errno);
   struct stat status = {};
   if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
   if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);

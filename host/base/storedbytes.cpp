@@ -12,17 +12,6 @@
 
 namespace velhost {
 
-TDescriptor::TDescriptor(TDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-
-TDescriptor& TDescriptor::operator=(TDescriptor&& other) noexcept {
-  std::swap(descriptor_, other.descriptor_);
-  return *this;
-}
-
-TDescriptor::~TDescriptor() {
-  if (descriptor_ >= 0) close(descriptor_);
-}
-
 class TStoredBytes::IBytes {
  public:
   virtual ~IBytes() = default;

@@ -9,23 +9,10 @@
 #include <vector>
 
 #include "host/base/api.h"
+#include "host/base/descriptor.h"
 #include "host/base/sourcereader.h"
 
 namespace velhost {
-
-/// Owns a file descriptor; -1 is none.
-class VELHOST_API TDescriptor {
- public:
-  explicit TDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
-  TDescriptor(TDescriptor&& other) noexcept;
-  TDescriptor& operator=(TDescriptor&& other) noexcept;
-  ~TDescriptor();
-  int Get() const { return descriptor_; }
-  explicit operator bool() const { return descriptor_ >= 0; }
-
- private:
-  int descriptor_;
-};
 
 /// Copies share the bytes. A file costs a descriptor and, once it is read, a buffer of 16 KiB, whatever
 /// its size. One thread at a time.

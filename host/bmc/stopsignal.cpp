@@ -1,13 +1,8 @@
 #include "host/bmc/stopsignal.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdint>
-#include <system_error>
 
 namespace velhost {
 
@@ -19,19 +14,9 @@ constexpr milliseconds kLongestWait = std::chrono::hours(24 * 365 * 100);  // lo
 
 }  // namespace
 
-TStopSignal::TStopSignal() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-}
-
-TStopSignal::~TStopSignal() { close(descriptor_); }
-
 void TStopSignal::RequestStop() noexcept {
-  const int saved = errno;
   requested_.store(true);
-  const std::uint64_t one = 1;
-  // A full counter is readable already, which is all that matters.
-  [[maybe_unused]] const ssize_t written = write(descriptor_, &one, sizeof one);
-  errno = saved;
+  request_.Set();
 }
 
 bool TStopSignal::IsStopped() const { return WasRequested() || (deadline_ && TClock::now() >= *deadline_); }
@@ -48,7 +33,7 @@ bool TStopSignal::WaitFor(milliseconds duration) const {
     if (left <= milliseconds(0)) return true;
     milliseconds slice = std::min(left, milliseconds(3'600'000));
     if (const auto untilDeadline = TimeLeft()) slice = std::min(slice, *untilDeadline);
-    pollfd waiter = {descriptor_, POLLIN, 0};
+    pollfd waiter = {Descriptor(), POLLIN, 0};
     poll(&waiter, 1, static_cast<int>(slice.count()));
   }
   return false;

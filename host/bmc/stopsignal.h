@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "host/base/api.h"
+#include "host/base/descriptor.h"
 
 namespace velhost {
 
@@ -14,8 +15,7 @@ class VELHOST_API TStopSignal {
  public:
   using TClock = std::chrono::steady_clock;
 
-  TStopSignal();
-  ~TStopSignal();
+  TStopSignal() = default;
   TStopSignal(const TStopSignal&) = delete;
   TStopSignal& operator=(const TStopSignal&) = delete;
 
@@ -31,12 +31,12 @@ class VELHOST_API TStopSignal {
   /// Waits; returns true after the whole duration, false as soon as the signal is stopped.
   bool WaitFor(std::chrono::milliseconds duration) const;
   /// Becomes readable when a stop is requested (not at the deadline): for poll() beside a device.
-  int Descriptor() const noexcept { return descriptor_; }
+  int Descriptor() const noexcept { return request_.Descriptor(); }
 
  private:
   std::atomic<bool> requested_{false};
   std::optional<TClock::time_point> deadline_;
-  int descriptor_;
+  TEvent request_;
 };
 
 }  // namespace velhost

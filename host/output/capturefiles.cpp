@@ -40,8 +40,8 @@ std::string CaptureFileName(const TCaptureFile& capture) {
 TCaptureFolder::TCaptureFolder(const std::string& path) : path_(path) {
   const bool isNew = ::mkdir(path.c_str(), 0777) == 0;
   if (!isNew && errno != EEXIST) FailToCreate(std::strerror(errno));
-  folder_ = TOwnedDescriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!folder_.IsOpen()) FailToCreate(errno == ENOTDIR ? "it exists and is not a folder" : std::strerror(errno));
+  folder_ = TDescriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder_) FailToCreate(errno == ENOTDIR ? "it exists and is not a folder" : std::strerror(errno));
 }
 
 std::optional<std::string> TCaptureFolder::Write(const TInstance& instance) const {

@@ -30,7 +30,7 @@ class TCaptureFolder {
   [[noreturn]] void FailToCreate(const std::string& reason) const;
 
   std::string path_;
-  TOwnedDescriptor folder_;
+  TDescriptor folder_;
 };
 
 }  // namespace velhost

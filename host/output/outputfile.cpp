@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/base/descriptor.h"
 #include "host/base/unsafetext.h"
 
 namespace velhost {
@@ -23,22 +23,14 @@ constexpr std::size_t kPendingLimit = std::size_t{64} * 1024;
 constexpr int kTemporaryNames = 100;
 constexpr std::size_t kLongestNamePart = 200;  // a name of 255 bytes and what is added to it
 
-void WriteAll(int descriptor, std::string_view text, const std::string& name) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {
-      pollfd ready{descriptor, POLLOUT, 0};
-      ::poll(&ready, 1, -1);
-    } else if (errno == EPIPE) {
-      throw TClosedPipe(name);
-    } else if (errno == EBADF) {
-      throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", SafeText(name)));
-    } else if (errno != EINTR) {
+void WriteOut(int descriptor, std::string_view text, const std::string& name) {
+  switch (const int error = WriteAll(descriptor, text)) {
+    case 0: return;
+    case EPIPE: throw TClosedPipe(name);
+    case EBADF: throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", SafeText(name)));
+    default:
       throw THostError(EExitStatus::kWriteFailed,
-                       fmt::format("cannot write {}: {}", SafeText(name), std::strerror(errno)));
-    }
+                       fmt::format("cannot write {}: {}", SafeText(name), std::strerror(error)));
   }
 }
 
@@ -58,8 +50,8 @@ std::optional<int> DescriptorOfPath(std::string_view path) {
 }
 
 void SyncFolder(int folder) {
-  const TOwnedDescriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (readable.IsOpen()) ::fsync(readable.Get());
+  const TDescriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (readable) ::fsync(readable.Get());
 }
 
 // What a file without a name is linked from. Linking the descriptor itself takes a privilege.
@@ -87,20 +79,20 @@ TDescriptorSink::TDescriptorSink(int descriptor, std::string name) : descriptor_
 
 void TDescriptorSink::Write(std::string_view text) {
   if (pending_.size() + text.size() > kPendingLimit) Flush();
-  if (text.size() > kPendingLimit) return WriteAll(descriptor_, text, name_);
+  if (text.size() > kPendingLimit) return WriteOut(descriptor_, text, name_);
   pending_ += text;
 }
 
 void TDescriptorSink::Flush() {
   // Taken first, so that a failure is reported once and not again by the next flush.
   const std::string text = std::exchange(pending_, {});
-  WriteAll(descriptor_, text, name_);
+  WriteOut(descriptor_, text, name_);
 }
 
 TOutputFile::TOutputFile(const std::string& path, EUnfinished unfinished) : path_(path) {
   if (path.empty()) FailToCreate("the name is empty");
   if (const auto descriptor = DescriptorOfPath(path)) {
-    OpenDirectly(TOwnedDescriptor(::fcntl(*descriptor, F_DUPFD_CLOEXEC, 0)));
+    OpenDirectly(TDescriptor(::fcntl(*descriptor, F_DUPFD_CLOEXEC, 0)));
     return;
   }
   try {
@@ -112,7 +104,7 @@ TOutputFile::TOutputFile(const std::string& path, EUnfinished unfinished) : path
     OpenUnfinished(unfinished);
   } else if (S_ISDIR(place_.existing->st_mode)) {
     FailToCreate("it is a folder");
-  } else if (TOwnedDescriptor opened = OpenExisting(); !S_ISREG(place_.existing->st_mode)) {
+  } else if (TDescriptor opened = OpenExisting(); !S_ISREG(place_.existing->st_mode)) {
     OpenDirectly(std::move(opened));
   } else {
     OpenUnfinished(unfinished);
@@ -121,7 +113,7 @@ TOutputFile::TOutputFile(const std::string& path, EUnfinished unfinished) : path
 }
 
 TOutputFile::TOutputFile(int folder, const std::string& name, const std::string& path) : path_(path) {
-  place_.folder = TOwnedDescriptor(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+  place_.folder = TDescriptor(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
   place_.name = name;
   OpenUnfinished(EUnfinished::kNameless);
 }
@@ -130,11 +122,11 @@ TOutputFile::~TOutputFile() { Discard(); }
 
 // Renaming would replace a file that its owner has protected, and so would not ask the kernel. O_CREAT has it
 // refuse a file or pipe that another user has put into a folder such as /tmp, where it has such a rule.
-TOwnedDescriptor TOutputFile::OpenExisting() const {
+TDescriptor TOutputFile::OpenExisting() const {
   const bool isRegular = S_ISREG(place_.existing->st_mode);
   const int flags = O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | (isRegular ? O_NOFOLLOW | O_NONBLOCK : 0);
-  TOwnedDescriptor opened(::openat(place_.folder.Get(), place_.name.c_str(), flags, 0600));
-  if (!opened.IsOpen()) FailToCreate(std::strerror(errno));
+  TDescriptor opened(::openat(place_.folder.Get(), place_.name.c_str(), flags, 0600));
+  if (!opened) FailToCreate(std::strerror(errno));
   struct stat status {};
   if (::fstat(opened.Get(), &status) != 0) FailToCreate(std::strerror(errno));
   const bool isSame = status.st_dev == place_.existing->st_dev && status.st_ino == place_.existing->st_ino;
@@ -142,8 +134,8 @@ TOwnedDescriptor TOutputFile::OpenExisting() const {
   return opened;
 }
 
-void TOutputFile::OpenDirectly(TOwnedDescriptor descriptor) {
-  if (!descriptor.IsOpen()) FailToCreate(std::strerror(errno));
+void TOutputFile::OpenDirectly(TDescriptor descriptor) {
+  if (!descriptor) FailToCreate(std::strerror(errno));
   descriptor_ = std::move(descriptor);
   sink_ = std::make_unique<TDescriptorSink>(descriptor_.Get(), path_);
 }
@@ -158,8 +150,8 @@ mode_t TOutputFile::FirstMode() const { return place_.existing ? 0600 : 0666; }
 
 // Not every file system has nameless files, and without /proc one could not be given its name later.
 bool TOutputFile::OpenNameless() {
-  descriptor_ = TOwnedDescriptor(::openat(place_.folder.Get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, FirstMode()));
-  if (!descriptor_.IsOpen()) return false;
+  descriptor_ = TDescriptor(::openat(place_.folder.Get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, FirstMode()));
+  if (!descriptor_) return false;
   nameless_ = ::access(LinkOf(descriptor_.Get()).c_str(), F_OK) == 0;
   if (!nameless_) descriptor_.Close();
   return nameless_;
@@ -168,8 +160,8 @@ bool TOutputFile::OpenNameless() {
 void TOutputFile::OpenTemporary() {
   const bool opened = TakeTemporaryName([this](const std::string& name) {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    descriptor_ = TOwnedDescriptor(::openat(place_.folder.Get(), name.c_str(), flags, FirstMode()));
-    return descriptor_.IsOpen();
+    descriptor_ = TDescriptor(::openat(place_.folder.Get(), name.c_str(), flags, FirstMode()));
+    return static_cast<bool>(descriptor_);
   });
   if (!opened) FailToCreate(std::strerror(errno));
 }

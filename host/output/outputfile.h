@@ -70,8 +70,8 @@ class TOutputFile : public ITextSink {
   void Commit();
 
  private:
-  TOwnedDescriptor OpenExisting() const;
-  void OpenDirectly(TOwnedDescriptor descriptor);
+  TDescriptor OpenExisting() const;
+  void OpenDirectly(TDescriptor descriptor);
   void OpenUnfinished(EUnfinished unfinished);
   mode_t FirstMode() const;
   bool OpenNameless();
@@ -88,7 +88,7 @@ class TOutputFile : public ITextSink {
   TOutputPlace place_;
   std::string temporary_;  ///< in the place's folder; empty without one, and after Commit
   bool nameless_ = false;  ///< with neither of the two the target is written to directly
-  TOwnedDescriptor descriptor_;
+  TDescriptor descriptor_;
   std::unique_ptr<TDescriptorSink> sink_;
 };
 

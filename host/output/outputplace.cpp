@@ -42,32 +42,21 @@ TOutputPlace PlaceIn(int start, const std::string& path) {
   }
   const std::string folder = whole.parent_path();
   TOutputPlace place;
-  place.folder =
-      TOwnedDescriptor(::openat(start, folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!place.folder.IsOpen()) Fail(errno);
+  place.folder = TDescriptor(::openat(start, folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!place.folder) Fail(errno);
   place.name = name;
   return place;
 }
 
 // What the kernel makes of the name, its links followed; empty when it leads to nothing.
 std::optional<struct stat> LookUp(const TOutputPlace& place) {
-  const TOwnedDescriptor found(::openat(place.folder.Get(), place.name.c_str(), O_PATH | O_CLOEXEC));
-  if (found.IsOpen()) return StatusOf(found.Get());
+  const TDescriptor found(::openat(place.folder.Get(), place.name.c_str(), O_PATH | O_CLOEXEC));
+  if (found) return StatusOf(found.Get());
   if (errno != ENOENT) Fail(errno);
   return std::nullopt;
 }
 
 }  // namespace
-
-TOwnedDescriptor& TOwnedDescriptor::operator=(TOwnedDescriptor&& other) noexcept {
-  if (this != &other) {
-    Close();
-    descriptor_ = std::exchange(other.descriptor_, -1);
-  }
-  return *this;
-}
-
-int TOwnedDescriptor::Close() noexcept { return descriptor_ < 0 ? 0 : ::close(std::exchange(descriptor_, -1)); }
 
 TOutputPlace FolderAndName(const std::string& path) { return PlaceIn(AT_FDCWD, path); }
 
@@ -78,9 +67,9 @@ TOutputPlace FindOutputPlace(const std::string& path) {
   if (place.existing && !S_ISREG(place.existing->st_mode)) return place;
   for (int i = 0; i <= kMostLinks; ++i) {
     // The link is held while the kernel judges its name: what is followed is what was judged.
-    const TOwnedDescriptor entry(::openat(place.folder.Get(), place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!entry.IsOpen() && errno != ENOENT) Fail(errno);
-    const bool isLink = entry.IsOpen() && S_ISLNK(StatusOf(entry.Get()).st_mode);
+    const TDescriptor entry(::openat(place.folder.Get(), place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!entry && errno != ENOENT) Fail(errno);
+    const bool isLink = entry && S_ISLNK(StatusOf(entry.Get()).st_mode);
     const auto found = LookUp(place);
     const bool isSame = found.has_value() == place.existing.has_value() && (!found || IsSame(*found, *place.existing));
     if (!isSame) throw TNoPlace{"it changed while it was looked up"};

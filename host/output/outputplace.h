@@ -5,27 +5,10 @@
 
 #include <optional>
 #include <string>
-#include <utility>
+
+#include "host/base/descriptor.h"
 
 namespace velhost {
-
-/// A descriptor that is closed with its owner; -1 is none.
-class TOwnedDescriptor {
- public:
-  TOwnedDescriptor() = default;
-  explicit TOwnedDescriptor(int descriptor) : descriptor_(descriptor) {}
-  TOwnedDescriptor(TOwnedDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  TOwnedDescriptor& operator=(TOwnedDescriptor&& other) noexcept;
-  ~TOwnedDescriptor() { Close(); }
-
-  int Get() const { return descriptor_; }
-  bool IsOpen() const { return descriptor_ >= 0; }
-  /// What close() returns; 0 for none.
-  int Close() noexcept;
-
- private:
-  int descriptor_ = -1;
-};
 
 /// A failure is thrown as this, for the caller to say which output it concerns.
 struct TNoPlace {
@@ -33,8 +16,8 @@ struct TNoPlace {
 };
 
 struct TOutputPlace {
-  TOwnedDescriptor folder;  ///< held, so that the folder is the same one until the end
-  std::string name;         ///< in that folder, never a link when it was looked up
+  TDescriptor folder;  ///< held, so that the folder is the same one until the end
+  std::string name;    ///< in that folder, never a link when it was looked up
   std::optional<struct stat> existing;
 };
 

@@ -1,7 +1,6 @@
 #include "host/velhost/trace.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 #include "host/model/hostservices.h"
@@ -19,17 +19,6 @@ namespace velhost {
 namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{64} << 10U;
-
-bool WriteAll(int descriptor, const std::string& text) {
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = write(descriptor, text.data() + done, text.size() - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0) return false;
-    done += static_cast<std::size_t>(n);
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -49,28 +38,26 @@ class TTrace::TFile {
  public:
   explicit TFile(std::string path) : path_(std::move(path)) { buffer_.reserve(kBufferSize * 2); }
   ~TFile() {
-    if (descriptor_ < 0) return;
-    Flush();
-    close(descriptor_);
+    if (descriptor_) Flush();
   }
   TFile(const TFile&) = delete;
   TFile& operator=(const TFile&) = delete;
 
   void Open() {
-    descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (descriptor_ >= 0) return;
+    descriptor_ = TDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (descriptor_) return;
     throw THostError(EExitStatus::kCannotCreate,
                      "cannot create trace file " + SafeText(path_) + ": " + std::strerror(errno));
   }
   // A line with a whole capture file is not copied, and no buffer of its size is kept.
   void Write(const std::string& text) {
-    if (descriptor_ >= 0 && text.size() >= kBufferSize) {
+    if (descriptor_ && text.size() >= kBufferSize) {
       Flush();
-      if (error_ == 0 && !WriteAll(descriptor_, text)) error_ = errno;
+      if (error_ == 0) error_ = WriteAll(descriptor_.Get(), text);
       return;
     }
     buffer_ += text;
-    if (descriptor_ >= 0 && buffer_.size() >= kBufferSize) Flush();
+    if (descriptor_ && buffer_.size() >= kBufferSize) Flush();
   }
   void Finish() {
     Flush();
@@ -81,12 +68,12 @@ class TTrace::TFile {
 
  private:
   void Flush() {
-    if (error_ == 0 && !WriteAll(descriptor_, buffer_)) error_ = errno;
+    if (error_ == 0) error_ = WriteAll(descriptor_.Get(), buffer_);
     buffer_.clear();
   }
 
   std::string path_;
-  int descriptor_ = -1;
+  TDescriptor descriptor_;
   std::string buffer_;
   int error_ = 0;
 };

@@ -1,15 +1,10 @@
 #include "host/bmc/lan/laninterrupter.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
-#include <cstdint>
-#include <system_error>
 
 #include "host/bmc/lan/signalsblocked.h"
 
@@ -26,8 +21,7 @@ extern "C" void InterruptNothingMore(int /*signal*/) {}
 }  // namespace
 
 TLanInterrupter::TLanInterrupter(const TStopSignal& stop, std::chrono::milliseconds longest)
-    : stop_(stop), longest_(longest), quit_(eventfd(0, EFD_CLOEXEC)) {
-  if (quit_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+    : stop_(stop), longest_(longest) {
   struct sigaction action = {};
   action.sa_handler = &InterruptNothingMore;
   action.sa_flags = SA_RESTART;  // for reads and writes, should it come late; waits for events end all the same
@@ -37,11 +31,9 @@ TLanInterrupter::TLanInterrupter(const TStopSignal& stop, std::chrono::milliseco
 }
 
 TLanInterrupter::~TLanInterrupter() {
-  const std::uint64_t one = 1;
-  [[maybe_unused]] const ssize_t written = write(quit_, &one, sizeof one);
+  quit_.Set();
   watcher_.join();
   sigaction(kSignal, &before_, nullptr);
-  close(quit_);
 }
 
 TLanInterrupter::TScope::TScope(TLanInterrupter& interrupter) : interrupter_(interrupter) {
@@ -63,7 +55,8 @@ void TLanInterrupter::Watch() {
 /// Waits so long, or until the run is stopped; whether the watching ends.
 bool TLanInterrupter::WaitForQuit(std::chrono::milliseconds time) const {
   // Once stopped, the signal's descriptor is readable for ever.
-  std::array<pollfd, 2> waiters = {{{quit_, POLLIN, 0}, {stop_.IsStopped() ? -1 : stop_.Descriptor(), POLLIN, 0}}};
+  std::array<pollfd, 2> waiters = {
+      {{quit_.Descriptor(), POLLIN, 0}, {stop_.IsStopped() ? -1 : stop_.Descriptor(), POLLIN, 0}}};
   poll(waiters.data(), waiters.size(), static_cast<int>(time.count()));
   return (waiters[0].revents & POLLIN) != 0;
 }

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "host/base/api.h"
+#include "host/base/descriptor.h"
 #include "host/bmc/stopsignal.h"
 
 namespace velhost {
@@ -52,7 +53,7 @@ class VELHOST_API TLanInterrupter {
 
   const TStopSignal& stop_;
   const std::chrono::milliseconds longest_;
-  int quit_;  // readable when the watching thread shall end
+  TEvent quit_;  // set when the watching thread shall end
   struct sigaction before_ = {};
   std::mutex mutex_;
   bool calling_ = false;  // with the next two under the mutex

@@ -4,7 +4,6 @@
 #include <linux/filter.h>
 #include <netdb.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -12,6 +11,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#include "host/base/descriptor.h"
 
 namespace velhostlan {
 
@@ -24,9 +25,7 @@ auto* General(TStorage* storage) {
 }
 
 bool HasFamily(int family) {
-  const int descriptor = socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (descriptor >= 0) close(descriptor);
-  return descriptor >= 0;
+  return static_cast<bool>(velhost::TDescriptor(socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0)));
 }
 
 std::string NumericAddress(const addrinfo& found) {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -47,21 +46,14 @@ void ApplyUtcOffset(int minutes) {
 
 TRecordingFile::TRecordingFile(const std::string& path)
     : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
-  if (descriptor_ >= 0) return;
+  if (descriptor_) return;
   throw THostError(EExitStatus::kCannotCreate, "cannot create " + SafeText(path) + ": " + std::strerror(errno));
 }
 
-TRecordingFile::~TRecordingFile() { close(descriptor_); }
-
 void TRecordingFile::Write(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor_, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) {
-      throw THostError(EExitStatus::kWriteFailed, "cannot write to " + SafeText(path_) + ": " + std::strerror(errno));
-    }
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  const int error = WriteAll(descriptor_.Get(), text);
+  if (error == 0) return;
+  throw THostError(EExitStatus::kWriteFailed, "cannot write to " + SafeText(path_) + ": " + std::strerror(error));
 }
 
 TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header) : sink_(sink) {

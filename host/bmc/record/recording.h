@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
 #include "host/base/textsink.h"
 #include "host/bmc/supervision.h"
@@ -37,15 +38,12 @@ class VELHOST_API TRecordingFile : public ITextSink {
  public:
   /// Creates or empties the file; THostError (kCannotCreate) where that fails.
   explicit TRecordingFile(const std::string& path);
-  ~TRecordingFile() override;
-  TRecordingFile(const TRecordingFile&) = delete;
-  TRecordingFile& operator=(const TRecordingFile&) = delete;
   /// THostError (kWriteFailed) where it cannot.
   void Write(std::string_view text) override;
 
  private:
   std::string path_;
-  int descriptor_;
+  TDescriptor descriptor_;
 };
 
 /// Writes a recording. A write that fails ends the recording but not the exchanges: their caller is

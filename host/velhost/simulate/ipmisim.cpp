@@ -156,7 +156,7 @@ TPrivateFolder::~TPrivateFolder() {
   std::error_code ignored;
   fs::remove_all(path_, ignored);
   if (keeper_ < 0) return;
-  close(descriptor_);
+  pipe_.Close();
   waitpid(keeper_, nullptr, 0);
 }
 
@@ -164,14 +164,14 @@ TPrivateFolder::~TPrivateFolder() {
 void TPrivateFolder::StartKeeper() {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) return;
+  const TDescriptor readEnd(ends[0]);
+  TDescriptor writeEnd(ends[1]);
   keeper_ = fork();
   if (keeper_ == 0) {
-    close(ends[1]);
-    KeepFolder(ends[0], path_);
+    writeEnd.Close();
+    KeepFolder(readEnd.Get(), path_);
   }
-  close(ends[0]);
-  descriptor_ = ends[1];
-  if (keeper_ < 0) close(descriptor_);
+  if (keeper_ > 0) pipe_ = std::move(writeEnd);
 }
 
 TIpmiSim::TIpmiSim(const TIpmiSimSettings& settings) {
@@ -183,7 +183,6 @@ TIpmiSim::~TIpmiSim() {
   kill(process_, SIGTERM);
   if (!WaitForEnd(kEndingTime)) kill(process_, SIGKILL);
   waitpid(process_, nullptr, 0);
-  close(descriptor_);
 }
 
 void TIpmiSim::WriteFiles(const TIpmiSimSettings& settings) const {
@@ -206,8 +205,8 @@ void TIpmiSim::Start(const TIpmiSimSettings& settings) {
   process_ = fork();
   if (process_ < 0) ThrowStart(settings, errno);
   if (process_ == 0) Become(arguments.front(), arguments.data(), log.c_str(), parent);
-  descriptor_ = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
-  if (descriptor_ < 0) {
+  descriptor_ = TDescriptor(static_cast<int>(syscall(SYS_pidfd_open, process_, 0)));
+  if (!descriptor_) {
     const int error = errno;
     kill(process_, SIGKILL);
     waitpid(process_, nullptr, 0);
@@ -216,7 +215,7 @@ void TIpmiSim::Start(const TIpmiSimSettings& settings) {
 }
 
 bool TIpmiSim::WaitForEnd(milliseconds time) const {
-  pollfd waiter = {descriptor_, POLLIN, 0};
+  pollfd waiter = {descriptor_.Get(), POLLIN, 0};
   return poll(&waiter, 1, static_cast<int>(time.count())) == 1;
 }
 
@@ -236,8 +235,8 @@ std::string TIpmiSim::HowItEnded() const {
 }
 
 bool AnswersIpmi(int port, milliseconds time) {
-  const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (descriptor < 0) return false;
+  const TDescriptor descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  if (!descriptor) return false;
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(port));
@@ -245,16 +244,14 @@ bool AnswersIpmi(int port, milliseconds time) {
   sockaddr generic = {};
   static_assert(sizeof generic == sizeof address);
   std::memcpy(&generic, &address, sizeof address);
-  bool answered = false;
-  if (connect(descriptor, &generic, sizeof generic) == 0 &&
-      send(descriptor, kFirstQuestion.data(), kFirstQuestion.size(), 0) > 0) {
-    pollfd waiter = {descriptor, POLLIN, 0};
-    std::array<std::uint8_t, 64> answer{};
-    answered = poll(&waiter, 1, static_cast<int>(time.count())) == 1 &&
-               recv(descriptor, answer.data(), answer.size(), 0) > 0 && answer[0] == kFirstQuestion[0];
+  if (connect(descriptor.Get(), &generic, sizeof generic) != 0 ||
+      send(descriptor.Get(), kFirstQuestion.data(), kFirstQuestion.size(), 0) <= 0) {
+    return false;
   }
-  close(descriptor);
-  return answered;
+  pollfd waiter = {descriptor.Get(), POLLIN, 0};
+  std::array<std::uint8_t, 64> answer{};
+  return poll(&waiter, 1, static_cast<int>(time.count())) == 1 &&
+         recv(descriptor.Get(), answer.data(), answer.size(), 0) > 0 && answer[0] == kFirstQuestion[0];
 }
 
 }  // namespace velhost

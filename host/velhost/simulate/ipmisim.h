@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "host/base/descriptor.h"
+
 namespace velhost {
 
 struct TIpmiSimSettings {
@@ -40,7 +42,7 @@ class TPrivateFolder {
 
   std::string path_;
   pid_t keeper_ = -1;
-  int descriptor_ = -1;  ///< whose closing the keeper waits for
+  TDescriptor pipe_;  ///< whose closing the keeper waits for
 };
 
 /// A running ipmi_sim, which inherits no descriptor but standard streams of its own, and nothing of the
@@ -54,7 +56,7 @@ class TIpmiSim {
   TIpmiSim& operator=(const TIpmiSim&) = delete;
 
   /// Becomes readable when it has ended.
-  int Descriptor() const { return descriptor_; }
+  int Descriptor() const { return descriptor_.Get(); }
   bool HasEnded() const { return WaitForEnd(std::chrono::milliseconds(0)); }
   /// "with status 1" or "by signal 9, SIGKILL", once it has.
   std::string HowItEnded() const;
@@ -68,7 +70,7 @@ class TIpmiSim {
 
   TPrivateFolder folder_;
   pid_t process_ = -1;
-  int descriptor_ = -1;
+  TDescriptor descriptor_;
 };
 
 /// Whether something on 127.0.0.1:`port` answers IPMI over LAN within `time`.

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "host/base/descriptor.h"
 #include "host/base/sourcereader.h"
 #include "host/base/unsafetext.h"
 #include "host/bmc/sim/servednode.h"
@@ -45,8 +46,8 @@ class TEndingSignals {
     sigemptyset(&ending);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) sigaddset(&ending, signal);
     sigprocmask(SIG_BLOCK, &ending, &before_);
-    descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC);
-    if (descriptor_ < 0) {
+    descriptor_ = TDescriptor(signalfd(-1, &ending, SFD_CLOEXEC));
+    if (!descriptor_) {
       const int error = errno;
       sigprocmask(SIG_SETMASK, &before_, nullptr);
       throw THostError(EExitStatus::kInternal, std::string("signalfd: ") + std::strerror(error));
@@ -54,19 +55,18 @@ class TEndingSignals {
   }
   ~TEndingSignals() {
     // Taken here, or they would end this process once they are let through.
-    pollfd waiter = {descriptor_, POLLIN, 0};
+    pollfd waiter = {descriptor_.Get(), POLLIN, 0};
     std::array<signalfd_siginfo, 1> signal{};
-    while (poll(&waiter, 1, 0) == 1 && read(descriptor_, signal.data(), sizeof signal) > 0) continue;
-    close(descriptor_);
+    while (poll(&waiter, 1, 0) == 1 && read(descriptor_.Get(), signal.data(), sizeof signal) > 0) continue;
     sigprocmask(SIG_SETMASK, &before_, nullptr);
   }
   TEndingSignals(const TEndingSignals&) = delete;
   TEndingSignals& operator=(const TEndingSignals&) = delete;
-  int Descriptor() const { return descriptor_; }
+  int Descriptor() const { return descriptor_.Get(); }
 
  private:
   sigset_t before_;
-  int descriptor_;
+  TDescriptor descriptor_;
 };
 
 /// A folder of PATH that is empty or relative depends on where the command is called, and is passed over.
@@ -107,7 +107,7 @@ std::string CheckServer(const TSimulateArguments& arguments) {
 
 /// ipmi_sim starts on a port that is in use, too, and then gets no request.
 void CheckPort(int port, int type, const char* protocol) {
-  const int descriptor = socket(AF_INET, type | SOCK_CLOEXEC, 0);
+  TDescriptor descriptor(socket(AF_INET, type | SOCK_CLOEXEC, 0));
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(port));
@@ -116,9 +116,9 @@ void CheckPort(int port, int type, const char* protocol) {
   std::memcpy(&generic, &address, sizeof address);
   // A TCP port in the aftermath of a connection is free, and ipmi_sim takes it.
   const int reuse = 1;
-  if (type == SOCK_STREAM) setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
-  const int error = bind(descriptor, &generic, sizeof generic) == 0 ? 0 : errno;
-  close(descriptor);
+  if (type == SOCK_STREAM) setsockopt(descriptor.Get(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+  const int error = bind(descriptor.Get(), &generic, sizeof generic) == 0 ? 0 : errno;
+  descriptor.Close();
   if (error == 0) return;
   const std::string place = std::string(protocol) + " port " + std::to_string(port) + " of 127.0.0.1";
   if (error == EACCES)
