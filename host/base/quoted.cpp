@@ -1,6 +1,6 @@
 #include "host/base/quoted.h"
 
-#include <algorithm>
+#include "host/base/utf8.h"
 
 namespace velhost {
 
@@ -8,19 +8,16 @@ namespace {
 
 constexpr std::size_t kLongestQuote = 60;  // bytes
 
-bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
-
 }  // namespace
 
 std::string Quoted(std::string_view text) {
-  std::size_t size = std::min(text.size(), kLongestQuote);
-  while (size > 0 && size < text.size() && IsUtf8Continuation(text[size])) --size;
+  const std::string_view shown = WholeCharacters(text, kLongestQuote);
   std::string quoted = "\"";
-  for (const char c : text.substr(0, size)) {
+  for (const char c : shown) {
     const auto byte = static_cast<unsigned char>(c);
     quoted += byte < 0x20 || byte == 0x7F ? '?' : c;
   }
-  return quoted + (size < text.size() ? "...\"" : "\"");
+  return quoted + (shown.size() < text.size() ? "...\"" : "\"");
 }
 
 }  // namespace velhost

@@ -13,8 +13,6 @@ constexpr std::size_t kWidest = 78;  // bytes of a source line that are shown, b
 constexpr std::string_view kCut = "...";
 constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character behind its first
 
-bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
-
 // A tab takes one column, as its caret's line has it; other unsafe characters show as a question mark.
 void AppendPrintable(std::string& text, std::string_view part) {
   for (std::size_t at = 0; at < part.size();) {

@@ -1,4 +1,4 @@
-// UTF-8 as output needs it: messages and every output form are valid UTF-8, whatever bytes a string holds.
+// UTF-8: texts taken apart, whatever bytes they hold, and written.
 #pragma once
 
 #include <algorithm>
@@ -12,6 +12,8 @@ namespace velhost {
 
 inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 inline constexpr std::string_view kReplacementText = "\xEF\xBF\xBD";
+
+constexpr bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
 struct TCodePoint {
   char32_t value;    ///< kReplacementCharacter where the bytes are no character
@@ -34,7 +36,7 @@ VELHOST_API TCodePoint NextCodePoint(std::string_view text, std::size_t at);
 /// Appends a character; surrogates and numbers that are no character give the replacement.
 VELHOST_API void AppendUtf8(std::string& text, char32_t character);
 
-/// Columns that a terminal gives the character: 0 for combining marks, 2 for wide ones, else 1.
-VELHOST_API int ColumnsOf(char32_t character);
+/// The longest start of the text that has at most `size` bytes and cuts no character.
+VELHOST_API std::string_view WholeCharacters(std::string_view text, std::size_t size);
 
 }  // namespace velhost

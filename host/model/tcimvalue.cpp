@@ -1,4 +1,5 @@
 #include "nkrovel20/tcimvalue.h"
+#include "host/base/decimal.h"
 
 #include <fmt/format.h>
 
@@ -112,34 +113,17 @@ std::uint64_t IntegerFromReal(double number) {
                     : static_cast<std::uint64_t>(number);
 }
 
+constexpr std::size_t kMostByteDigits = 3;
 constexpr std::size_t kMostDigits = 65;  // 64 binary digits and a sign
 
 constexpr std::ptrdiff_t kMostGathered = kMostDigits + 2;  // plus a separator before it, or the closing brace
 
-// Registers are byte arrays, and every one of them is printed to a trace. So the decimal text of a byte is
-// copied from a table; `size` is its length.
-struct TByteText {
-  std::array<char, 3> text;
-  std::uint8_t size;
-};
-
-constexpr std::array<TByteText, 256> kByteTexts = [] {
-  std::array<TByteText, 256> texts{};
-  for (unsigned int value = 0; value < texts.size(); ++value) {
-    TByteText& entry = texts[value];
-    if (value >= 100) entry.text[entry.size++] = static_cast<char>('0' + value / 100);
-    if (value >= 10) entry.text[entry.size++] = static_cast<char>('0' + value / 10 % 10);
-    entry.text[entry.size++] = static_cast<char>('0' + value % 10);
-  }
-  return texts;
-}();
-
 // Returns the end of what it wrote, at most kMostDigits characters.
 char* PutInteger(char* out, std::uint64_t bits, bool isSigned, int radix) {
-  if (radix == 10 && bits < kByteTexts.size()) {
-    const TByteText& entry = kByteTexts[bits];
-    std::memcpy(out, entry.text.data(), entry.text.size());
-    return out + entry.size;
+  if (radix == 10 && bits <= 0xFF) {
+    const std::string_view text = ByteText(static_cast<std::uint8_t>(bits));
+    std::memcpy(out, text.data(), kMostByteDigits);
+    return out + text.size();
   }
   return isSigned ? std::to_chars(out, out + kMostDigits, static_cast<std::int64_t>(bits), radix).ptr
                   : std::to_chars(out, out + kMostDigits, bits, radix).ptr;

@@ -1,17 +1,12 @@
 #include "host/output/capturefile.h"
 
 #include "host/base/caseinsensitive.h"
+#include "host/base/hex.h"
 #include "host/profile/collectorprofile.h"
 
 namespace velhost {
 
 namespace {
-
-int DigitOf(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  const char lower = FoldCase(c);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 std::string TextOf(const TInstance& instance, std::string_view property) {
   const TCIMValue* value = instance.Find(property);
@@ -29,17 +24,13 @@ std::string TimeOf(const TInstance& instance, std::string_view property) {
 
 std::optional<std::vector<std::uint8_t>> DecodeHexPairs(std::string_view text) {
   if (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  std::vector<std::uint8_t> bytes;
-  if (text.empty()) return bytes;
-  if (text.size() % 3 != 2) return std::nullopt;
-  bytes.reserve(text.size() / 3 + 1);
-  for (std::size_t i = 0; i < text.size(); i += 3) {
-    const int high = DigitOf(text[i]);
-    const int low = DigitOf(text[i + 1]);
-    if (high < 0 || low < 0 || (i + 2 < text.size() && text[i + 2] != ' ')) return std::nullopt;
-    bytes.push_back(static_cast<std::uint8_t>(high * 16 + low));
+  for (std::size_t i = 2; i < text.size(); i += 3) {
+    if (text[i] != ' ') return std::nullopt;
   }
-  return bytes;
+  THexPairs pairs = ParseHexPairs(text);
+  const bool hasBlanksOnlyThere = text.empty() || pairs.bytes.size() * 3 == text.size() + 1;
+  if (pairs.errorAt != std::string_view::npos || !hasBlanksOnlyThere) return std::nullopt;
+  return std::move(pairs.bytes);
 }
 
 std::optional<TCaptureFile> CaptureFileOf(const TInstance& instance) {

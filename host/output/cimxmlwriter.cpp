@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "host/base/decimal.h"
 #include "host/base/utf8.h"
 #include "host/output/cimxmlreference.h"
 #include "host/output/summarytext.h"

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 
+#include "host/base/hex.h"
 #include "host/output/scalartext.h"
 
 namespace velhost {

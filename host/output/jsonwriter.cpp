@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "host/base/decimal.h"
+#include "host/base/hex.h"
 #include "host/base/unsafetext.h"
 #include "host/output/valuelist.h"
 

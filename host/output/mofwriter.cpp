@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "host/base/hex.h"
 #include "host/base/unsafetext.h"
+#include "host/base/utf8.h"
 #include "host/output/summarytext.h"
 #include "host/output/valuelist.h"
 
@@ -16,12 +18,10 @@ constexpr TListSigns kSigns = {"NULL", '{', ", ", '}'};
 constexpr TPlainCharacters kPlain = PlainBut("\"\\\x7f");
 constexpr std::size_t kLiteralSize = 96;  // bytes of a string in one literal: 32 bytes of a capture file
 
-bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
-
 // Where to end a literal, without cutting a character.
 std::size_t LiteralSize(std::string_view text) {
   std::size_t size = std::min(kLiteralSize, text.size());
-  while (size < text.size() && size < kLiteralSize + 3 && ContinuesCharacter(text[size])) ++size;
+  while (size < text.size() && size < kLiteralSize + 3 && IsUtf8Continuation(text[size])) ++size;
   return size;
 }
 

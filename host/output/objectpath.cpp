@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "host/base/caseinsensitive.h"
+#include "host/base/decimal.h"
 
 namespace velhost {
 
@@ -14,7 +15,7 @@ bool IsNameStart(char c) {
   return (lower >= 'a' && lower <= 'z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 
-bool IsNamePart(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
+bool IsNamePart(char c) { return IsNameStart(c) || IsDigit(c); }
 
 bool IsName(std::string_view text) {
   return !text.empty() && IsNameStart(text.front()) && std::all_of(text.begin(), text.end(), IsNamePart);

@@ -7,6 +7,7 @@
 #include <boost/endian/conversion.hpp>
 #include <initializer_list>
 
+#include "host/base/displaywidth.h"
 #include "host/output/tablelayout.h"
 #include "wire/storagearea.h"
 

@@ -10,32 +10,6 @@ namespace velhost {
 
 namespace {
 
-struct TShortText {
-  std::array<char, 3> characters{};
-  std::uint8_t size = 0;
-};
-
-constexpr std::array<TShortText, 256> MakeByteTexts() {
-  std::array<TShortText, 256> texts{};
-  for (std::size_t byte = 0; byte < texts.size(); ++byte) {
-    TShortText& text = texts[byte];
-    if (byte >= 100) text.characters[text.size++] = static_cast<char>('0' + byte / 100);
-    if (byte >= 10) text.characters[text.size++] = static_cast<char>('0' + byte / 10 % 10);
-    text.characters[text.size++] = static_cast<char>('0' + byte % 10);
-  }
-  return texts;
-}
-
-constexpr std::array<std::array<char, 2>, 256> MakeHexPairs() {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::array<std::array<char, 2>, 256> pairs{};
-  for (std::size_t byte = 0; byte < pairs.size(); ++byte) pairs[byte] = {kDigits[byte / 16], kDigits[byte % 16]};
-  return pairs;
-}
-
-constexpr std::array<TShortText, 256> kByteTexts = MakeByteTexts();
-constexpr std::array<std::array<char, 2>, 256> kHexPairs = MakeHexPairs();
-
 bool IsSigned(TCIMValue::TCIMType type) {
   using TType = TCIMValue::TCIMType;
   return type == TType::kSint8 || type == TType::kSint16 || type == TType::kSint32 || type == TType::kSint64;
@@ -58,13 +32,6 @@ bool IsTwoDigitField(std::string_view text, int low, int high) {
 }
 
 }  // namespace
-
-std::string_view ByteText(std::uint8_t byte) {
-  const TShortText& text = kByteTexts[byte];
-  return {text.characters.data(), text.size};
-}
-
-std::string_view HexPair(std::uint8_t byte) { return {kHexPairs[byte].data(), 2}; }
 
 std::string_view TNumberText::Integer(const TCIMValue& value) {
   const std::uint64_t bits = value.ToInteger();

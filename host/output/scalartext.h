@@ -10,9 +10,6 @@
 
 namespace velhost {
 
-/// The decimal text of a byte, out of a table: register values and raw data are mostly bytes.
-std::string_view ByteText(std::uint8_t byte);
-
 /// Makes the text of one number after another; each stays valid until the next is asked for.
 class TNumberText {
  public:
@@ -28,9 +25,6 @@ class TNumberText {
  private:
   std::array<char, 40> digits_{};  // a sign, 17 digits, a point, ".0", an exponent of 5
 };
-
-/// Two lower-case hexadecimal digits of a byte, out of a table.
-std::string_view HexPair(std::uint8_t byte);
 
 /// Whether the text of a datetime value is one that readers of CIM datetimes take: the fields of a
 /// point in time can be anything that a service processor sent, and then they are not.

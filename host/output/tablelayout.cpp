@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/base/utf8.h"
+#include "host/base/displaywidth.h"
 
 namespace velhost {
 
@@ -23,31 +23,6 @@ std::size_t CutOf(std::string_view text, std::size_t fitting, std::size_t width)
 }
 
 }  // namespace
-
-std::size_t ColumnsOf(std::string_view safeText) {
-  std::size_t columns = 0;
-  for (;;) {
-    const std::size_t plain = PrintableAsciiSize(safeText);
-    columns += plain;
-    safeText.remove_prefix(plain);
-    if (safeText.empty()) return columns;
-    const TCodePoint next = NextCodePoint(safeText, 0);
-    columns += static_cast<std::size_t>(ColumnsOf(next.value));
-    safeText.remove_prefix(next.size);
-  }
-}
-
-std::string_view StartThatFits(std::string_view safeText, std::size_t width) {
-  std::size_t at = std::min(PrintableAsciiSize(safeText), width);
-  std::size_t columns = at;
-  while (at < safeText.size()) {
-    const TCodePoint next = NextCodePoint(safeText, at);
-    columns += static_cast<std::size_t>(ColumnsOf(next.value));
-    if (columns > width && at > 0) break;
-    at += next.size;
-  }
-  return safeText.substr(0, at);
-}
 
 std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width) {
   std::vector<std::string_view> lines;

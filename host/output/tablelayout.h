@@ -12,12 +12,6 @@
 
 namespace velhost {
 
-/// Columns that safe text takes.
-std::size_t ColumnsOf(std::string_view safeText);
-
-/// The longest start of safe text that takes no more than `width` columns (but at least one character).
-std::string_view StartThatFits(std::string_view safeText, std::size_t width);
-
 /// Safe text cut into lines of at most `width` columns (a character wider than that is a line of its
 /// own), at blanks. Only a word longer than a line is cut inside, when the line before would be less
 /// than half full without its beginning. Blanks at a cut are dropped. At least one line.

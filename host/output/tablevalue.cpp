@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/base/hex.h"
 #include "host/base/utf8.h"
 #include "host/output/scalartext.h"
 #include "host/output/tablelayout.h"
@@ -20,12 +21,8 @@ bool Contains(const TNames& names, std::string_view name) {
 
 template <typename TBytes>
 std::string HexNumber(const TBytes& bytes) {
-  static constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text = "0x";
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte / 16];
-    text += kDigits[byte % 16];
-  }
+  for (const std::uint8_t byte : bytes) text += UpperHexPair(byte);
   return text;
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/base/caseinsensitive.h"
+#include "host/base/displaywidth.h"
 #include "host/output/hexdump.h"
 #include "host/output/summarytext.h"
 #include "host/output/tablesummary.h"

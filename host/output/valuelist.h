@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/base/decimal.h"
 #include "host/output/scalartext.h"
 #include "host/output/textbuffer.h"
 #include "nkrovel20/tcimvalue.h"

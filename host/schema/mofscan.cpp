@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/base/utf8.h"
 #include "host/schema/moftext.h"
 #include "host/schema/mofwords.h"
 #include "host/schema/schemacost.h"
@@ -29,10 +30,9 @@ const char* ExpectedFor(char c) {
 }  // namespace
 
 std::string Quoted(std::string_view text) {
-  std::size_t size = std::min(text.find_first_of("\r\n"), kShown);  // a message is one line
-  if (text.size() <= size) return "'" + std::string(text) + "'";
-  while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) --size;
-  return "'" + std::string(text.substr(0, size)) + "...'";
+  const std::size_t size = std::min(text.find_first_of("\r\n"), kShown);  // a message is one line
+  const std::string_view shown = WholeCharacters(text, size);
+  return "'" + std::string(shown) + (shown.size() < text.size() ? "...'" : "'");
 }
 
 void TScan::Stop(std::uint32_t offset, std::string message) {

@@ -16,7 +16,7 @@ std::size_t FindBadByte(std::string_view text, std::size_t start);
 /// One character of a literal's content; `size` bytes were taken. `good` is false for a backslash
 /// that no character or the wrong one follows: then `size` is that of the bad part.
 struct TCharacter {
-  std::uint32_t code;
+  char32_t code;
   std::size_t size;
   bool good;
 };
@@ -25,8 +25,6 @@ TCharacter TakeCharacter(std::string_view content);
 
 /// The first quote, backslash or line end from `start` on; the text's size when there is none.
 std::size_t FindStringStop(std::string_view text, std::size_t start);
-
-void AppendUtf8(std::string& text, std::uint32_t code);
 
 /// Appends a literal's content, its escapes resolved; pairs of escaped surrogates become one
 /// character, and a lone one the replacement character.

@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 
+#include "host/base/hex.h"
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 #include "host/schema/mofscan.h"
@@ -177,9 +178,7 @@ void TLoader::ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit) {
   const std::string_view text = source.Text();
   std::size_t bad = Mof::FindBadByte(text, 0);
   if (bad == text.size()) return;
-  const auto code = static_cast<unsigned char>(text[bad]);
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const std::string hex = {'0', 'x', kDigits[code >> 4U], kDigits[code & 15U]};
+  const std::string hex = "0x" + std::string(UpperHexPair(static_cast<std::uint8_t>(text[bad])));
   log_.SyntaxError({unit, static_cast<std::uint32_t>(bad)}, "found the byte " + hex + ", expected UTF-8 text");
   for (; bad < text.size(); bad = Mof::FindBadByte(text, bad + 1)) source.Data()[bad] = '?';
 }

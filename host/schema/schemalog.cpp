@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/base/utf8.h"
+
 namespace velhost {
 
 TSchemaSource::TSchemaSource(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
@@ -68,9 +70,7 @@ void TSchemaLog::Add(TList& list, TEntry entry) {
   }
   std::string& message = entry.message;
   if (message.size() > kLongestMessage) {
-    std::size_t size = kLongestMessage;
-    while (size > 0 && (static_cast<unsigned char>(message[size]) & 0xC0U) == 0x80U) --size;
-    message = message.substr(0, size) + "...";
+    message = std::string(WholeCharacters(message, kLongestMessage)) + "...";
   }
   list.kept.push_back(std::move(entry));
 }

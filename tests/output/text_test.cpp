@@ -1,7 +1,6 @@
 // The small parts that the forms are made of.
 #include <gtest/gtest.h>
 
-#include "host/base/utf8.h"
 #include "host/output/completioncodes.h"
 #include "host/output/hexdump.h"
 #include "host/output/summarytext.h"
@@ -11,50 +10,6 @@
 
 namespace tests {
 namespace {
-
-TEST(Utf8, ReadsTheFirstAndLastCharacterOfEachLength) {
-  const std::vector<std::pair<std::string, char32_t>> characters = {
-      {std::string(1, '\0'), 0},     {"\x7f", 0x7F},           {"\xc2\x80", 0x80},
-      {"\xdf\xbf", 0x7FF},           {"\xe0\xa0\x80", 0x800},  {"\xed\x9f\xbf", 0xD7FF},
-      {"\xee\x80\x80", 0xE000},      {"\xef\xbf\xbf", 0xFFFF}, {"\xf0\x90\x80\x80", 65536},
-      {"\xf4\x8f\xbf\xbf", 0x10FFFF}};
-  for (const auto& [bytes, number] : characters) {
-    const TCodePoint read = NextCodePoint(bytes, 0);
-    EXPECT_TRUE(read.valid && read.size == bytes.size() && read.value == number) << bytes;
-    std::string written;
-    AppendUtf8(written, number);
-    EXPECT_EQ(written, bytes);
-  }
-}
-
-TEST(Utf8, RefusesEveryTruncationAsOneCharacter) {
-  for (const std::string bytes : {"\xc2\x80", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
-    for (std::size_t size = 1; size < bytes.size(); ++size) {
-      const TCodePoint atEnd = NextCodePoint(bytes.substr(0, size), 0);
-      EXPECT_TRUE(!atEnd.valid && atEnd.size == size);
-      const TCodePoint beforeLetter = NextCodePoint(bytes.substr(0, size) + "A", 0);
-      EXPECT_TRUE(!beforeLetter.valid && beforeLetter.size == size);
-    }
-  }
-}
-
-TEST(Utf8, RefusesWhatIsNoCharacter) {
-  for (const char* bytes : {"\x80", "\xbf", "\xc0\x80", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf",
-                            "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff"}) {
-    const TCodePoint read = NextCodePoint(bytes, 0);
-    EXPECT_FALSE(read.valid);
-    EXPECT_EQ(read.size, 1U);
-    EXPECT_EQ(read.value, kReplacementCharacter);
-  }
-}
-
-TEST(Utf8, WritesTheReplacementForWhatIsNoCharacter) {
-  for (const char32_t number : {char32_t{0xD800}, char32_t{0xDFFF}, char32_t{0x110000}}) {
-    std::string written;
-    AppendUtf8(written, number);
-    EXPECT_EQ(written, "\xef\xbf\xbd");
-  }
-}
 
 TEST(TextBuffer, PassesOnEverythingInOrderWhateverTheSizes) {
   TStringSink sink;
@@ -87,8 +42,6 @@ TEST(WrapText, CutsAtBlanksAndOnlyAWordLongerThanALineInside) {
   EXPECT_EQ(WrapText("0123456789   ", 10), TLines{"0123456789"});
   EXPECT_EQ(WrapText("\u6f22\u6f22", 1), (TLines{"\u6f22", "\u6f22"}));
 }
-
-TEST(WrapText, CountsCombiningMarksAsNothing) { EXPECT_EQ(ColumnsOf("e\u0301\u6f22x"), 4U); }
 
 TEST(HexDump, FollowsTheUsualLayout) {
   std::vector<std::uint8_t> bytes(17, 0x41);
@@ -159,13 +112,6 @@ TEST(FormName, AreThoseOfTheCommandLine) {
   }
   EXPECT_EQ(FormByName("JSON"), std::nullopt);
   EXPECT_EQ(FormByName(""), std::nullopt);
-}
-
-TEST(SafeText, KeepsTheEndsOfLinesAndTabsOfLines) {
-  EXPECT_EQ(SafeLines("a\x1b[2J\n\tb\x7f\xc2\x9b"
-                      "c\r\n"),
-            "a\\x1b[2J\n\tb\\x7f\\x9bc\\r\n");
-  EXPECT_EQ(SafeLines(""), "");
 }
 
 }  // namespace

@@ -20,23 +20,6 @@ std::string Utf8(char32_t character) {
   return text;
 }
 
-TEST(UnsafeText, KnowsWhatIsUnsafe) {
-  for (char32_t character = 0; character < 0x20; ++character)
-    EXPECT_TRUE(IsUnsafe(character)) << std::uint32_t{character};
-  EXPECT_TRUE(IsUnsafe(0x7F));
-  for (const char32_t character : kBeyondAscii) EXPECT_TRUE(IsUnsafe(character)) << std::uint32_t{character};
-  for (const int character : {0x20, 0x7E, 0xA0, 0x061B, 0x061D, 0x200D, 0x2010, 0x2027, 0x202F, 0x2065, 0x206A}) {
-    EXPECT_FALSE(IsUnsafe(static_cast<char32_t>(character))) << character;
-  }
-}
-
-TEST(UnsafeText, EscapesAJsonDocumentWithoutChangingWhatItSays) {
-  const std::string document = "{\"\u202e\":\"a\u009b\x7f\u00e9\u20ac\"}\n";
-  EXPECT_EQ(SafeJson(document), "{\"\\u202e\":\"a\\u009b\\u007f\u00e9\u20ac\"}\n");
-  EXPECT_EQ(nlohmann::json::parse(SafeJson(document)), nlohmann::json::parse(document));
-  EXPECT_EQ(SafeJson("{\n\t\"a\": 1\n}"), "{\n\t\"a\": 1\n}");
-}
-
 class UnsafeForms : public TOutputTest {
  protected:
   /// A form whose class, property and value all have the text in them.

@@ -56,19 +56,6 @@ TEST(FindStringStop, AtEveryPlaceOfALongText) {
   EXPECT_EQ(FindStringStop("", 0), 0U);
 }
 
-TEST(AppendUtf8, EdgesOfEachLength) {
-  std::string text;
-  for (const std::uint32_t code : {0x7FU, 0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U, 0x10FFFFU}) AppendUtf8(text, code);
-  EXPECT_EQ(text,
-            "\x7F"
-            "\xC2\x80"
-            "\xDF\xBF"
-            "\xE0\xA0\x80"
-            "\xEF\xBF\xBF"
-            "\xF0\x90\x80\x80"
-            "\xF4\x8F\xBF\xBF");
-}
-
 TEST(TakeCharacter, SizesAndCodes) {
   const auto taken = [](std::string_view content) { return TakeCharacter(content); };
   EXPECT_EQ(taken("ab").code, 'a');

@@ -7,7 +7,7 @@
 #include <charconv>
 #include <cstdio>
 
-#include "host/schema/moftext.h"
+#include "host/base/utf8.h"
 
 namespace tests {
 
@@ -43,7 +43,7 @@ std::string Escaped(const std::string& text, char quote) {
 
 std::string CharacterStatement(const TCIMValue& value) {
   std::string text;
-  Mof::AppendUtf8(text, static_cast<std::uint32_t>(value.ToInteger()));
+  AppendUtf8(text, static_cast<char32_t>(value.ToInteger()));
   return Escaped(text, '\'');
 }
 

@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/base/decimal.h"
+
 namespace velhost {
 
 namespace {
@@ -62,7 +64,7 @@ std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names)
   for (const std::string& name : names) {
     if (!name.starts_with(kPrefix)) continue;
     const std::string digits = name.substr(kPrefix.size());
-    const bool numeric = std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
+    const bool numeric = std::all_of(digits.begin(), digits.end(), IsDigit);
     if (digits.empty() || digits.size() > kMaxDigits || !numeric) continue;
     found.emplace_back(std::stoi(digits), "/dev/" + name);
   }

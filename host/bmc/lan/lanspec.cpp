@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "host/base/decimal.h"
 #include "host/base/hosterror.h"
 
 namespace velhost {
@@ -34,7 +35,7 @@ constexpr std::size_t kMaxPasswordFile = 4096;
                    "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
 }
 
-bool IsAlphanumeric(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsAlphanumeric(char c) { return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 /// Letters, digits and `others`.
 bool ConsistsOf(std::string_view text, std::string_view others) {

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "host/base/hexpairs.h"
+#include "host/base/hex.h"
 #include "host/base/unsafetext.h"
 #include "host/bmc/record/recordingline.h"
 

@@ -5,7 +5,7 @@
 #include <regex>
 #include <set>
 
-#include "host/base/hexpairs.h"
+#include "host/base/hex.h"
 #include "host/base/nearestname.h"
 #include "host/base/quoted.h"
 #include "host/base/textdiagnostic.h"

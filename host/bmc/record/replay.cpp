@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/base/hexpairs.h"
+#include "host/base/hex.h"
 #include "host/base/textdiagnostic.h"
 #include "host/bmc/record/recordingline.h"
 

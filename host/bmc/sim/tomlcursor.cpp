@@ -1,6 +1,8 @@
 #include "host/bmc/sim/tomlcursor.h"
 
+#include "host/base/hex.h"
 #include "host/base/quoted.h"
+#include "host/base/utf8.h"
 
 namespace velhost {
 
@@ -8,41 +10,12 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-std::string HexByte(char c) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  const auto byte = static_cast<unsigned char>(c);
-  return std::string("0x") + kDigits[byte >> 4U] + kDigits[byte & 0xFU];
-}
-
-// By its first byte; 0 for one that begins no character.
-std::size_t SizeByFirstByte(unsigned char first) {
-  if (first < 0x80) return 1;
-  if (first < 0xC2 || first > 0xF4) return 0;
-  if (first < 0xE0) return 2;
-  return first < 0xF0 ? 3 : 4;
-}
-
-// What three and four bytes must not say: a shorter character, half of a pair of UTF-16, or too much.
-bool IsSecondByte(unsigned char first, char c) {
-  const auto second = static_cast<unsigned char>(c);
-  switch (first) {
-    case 0xE0: return second >= 0xA0;
-    case 0xED: return second < 0xA0;
-    case 0xF0: return second >= 0x90;
-    case 0xF4: return second < 0x90;
-    default: return true;
-  }
-}
+std::string HexByte(char c) { return "0x" + std::string(HexPair(static_cast<std::uint8_t>(c))); }
 
 // How many bytes of UTF-8 begin the text, 1 to 4; 0 where it begins with something else.
 std::size_t SizeOfCharacter(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text.front());
-  const std::size_t size = SizeByFirstByte(first);
-  if (size > text.size()) return 0;
-  for (std::size_t i = 1; i < size; ++i) {
-    if (!IsUtf8Continuation(text[i])) return 0;
-  }
-  return size < 3 || IsSecondByte(first, text[1]) ? size : 0;
+  const TCodePoint next = NextCodePoint(text, 0);
+  return next.valid ? next.size : 0;
 }
 
 }  // namespace

@@ -9,8 +9,6 @@
 
 namespace velhost {
 
-constexpr bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
-
 class TTomlCursor {
  public:
   /// The document is not owned. Text that is not UTF-8 throws THostError; a byte order mark is skipped.

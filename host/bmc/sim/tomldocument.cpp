@@ -1,6 +1,7 @@
 #include "host/bmc/sim/tomldocument.h"
 
 #include "host/base/textdiagnostic.h"
+#include "host/base/utf8.h"
 #include "host/bmc/sim/tomlcursor.h"
 
 namespace velhost {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "host/base/decimal.h"
 #include "host/base/quoted.h"
 #include "host/bmc/sim/tomlcursor.h"
 #include "host/bmc/sim/tomlscalar.h"
@@ -21,7 +22,7 @@ struct TKeyPart {
 using TKey = std::vector<TKeyPart>;
 
 bool IsBareKeyCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c) || c == '_' || c == '-';
 }
 
 bool EndsWord(char c) {
@@ -246,7 +247,7 @@ void TTomlParser::ParseWord(TTomlValue& value) {
   };
   takeWord();
   // A blank may part a date from its time.
-  const bool goesOn = at_.Peek() == ' ' && at_.Peek(1) >= '0' && at_.Peek(1) <= '9';
+  const bool goesOn = at_.Peek() == ' ' && IsDigit(at_.Peek(1));
   if (goesOn && IsTomlDate(at_.TextFrom(start))) {
     at_.Next();
     takeWord();

@@ -1,8 +1,9 @@
 #include "host/bmc/sim/tomlscalar.h"
 
 #include <array>
-#include <limits>
 
+#include "host/base/decimal.h"
+#include "host/base/hex.h"
 #include "nkrovel20/tcimdatetime.h"
 
 namespace velhost {
@@ -13,13 +14,7 @@ using EKind = TTomlValue::EKind;
 
 constexpr std::size_t kMicrosecondDigits = 6;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-int ValueOf(char c) {
-  if (IsDigit(c)) return c - '0';
-  const char lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : std::numeric_limits<int>::max();
-}
+bool IsDigitOf(int base, char c) { return HexDigitValue(c) >= 0 && HexDigitValue(c) < base; }
 
 /// Takes parts from the front of a word.
 class TWord {
@@ -38,7 +33,7 @@ class TWord {
   }
   /// Digits, with an underscore between two of them where `parted`; empty where there are none.
   std::string_view Digits(int base, bool parted) {
-    const auto isDigit = [this, base](std::size_t at) { return at < rest_.size() && ValueOf(rest_[at]) < base; };
+    const auto isDigit = [this, base](std::size_t at) { return at < rest_.size() && IsDigitOf(base, rest_[at]); };
     const auto isParting = [this, &isDigit](std::size_t at) {
       return at < rest_.size() && rest_[at] == '_' && at > 0 && rest_[at - 1] != '_' && isDigit(at + 1);
     };
@@ -54,7 +49,7 @@ class TWord {
     if (rest_.size() < size) return std::nullopt;
     for (std::size_t i = 0; i < size; ++i) {
       if (!IsDigit(rest_[i])) return std::nullopt;
-      value = value * 10 + ValueOf(rest_[i]);
+      value = value * 10 + HexDigitValue(rest_[i]);
     }
     rest_.remove_prefix(size);
     return value >= low && value <= high ? std::optional(value) : std::nullopt;
@@ -71,7 +66,7 @@ TTomlScalar IntegerFrom(std::string_view digits, int base, bool isNegative) {
   std::uint64_t value = 0;
   for (const char c : digits) {
     if (c == '_') continue;
-    const auto digit = static_cast<std::uint64_t>(ValueOf(c));
+    const auto digit = static_cast<std::uint64_t>(HexDigitValue(c));
     if (value > (most - digit) / radix) {
       scalar.isTooLarge = true;
       return scalar;
@@ -151,7 +146,7 @@ std::optional<TTime> TakeTime(TWord& rest) {
   const std::string_view fraction = rest.Digits(10, false);
   if (fraction.empty()) return std::nullopt;
   for (std::size_t i = 0; i < kMicrosecondDigits; ++i) {
-    time.microsecond = time.microsecond * 10 + (i < fraction.size() ? ValueOf(fraction[i]) : 0);
+    time.microsecond = time.microsecond * 10 + (i < fraction.size() ? HexDigitValue(fraction[i]) : 0);
   }
   return time;
 }

@@ -1,36 +1,18 @@
 #include "host/bmc/sim/tomlstring.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <string>
+
+#include "host/base/hex.h"
+#include "host/base/utf8.h"
 
 namespace velhost {
 
 namespace {
 
-constexpr std::uint32_t kLargestCharacter = 0x10FFFF;
+constexpr char32_t kLargestCharacter = 0x10FFFF;
 constexpr std::size_t kQuotes = 3;           // around a string on several lines
 constexpr std::size_t kMostQuotesAtEnd = 5;  // two of its own before them
-
-void AppendUtf8(std::string& text, std::uint32_t code) {
-  const auto continuation = [code](unsigned shift) { return static_cast<char>(0x80U | (code >> shift & 0x3FU)); };
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-    return;
-  }
-  if (code < 0x800) {
-    text += static_cast<char>(0xC0U | code >> 6U);
-  } else {
-    if (code < 0x10000) {
-      text += static_cast<char>(0xE0U | code >> 12U);
-    } else {
-      text += static_cast<char>(0xF0U | code >> 18U);
-      text += continuation(12);
-    }
-    text += continuation(6);
-  }
-  text += continuation(0);
-}
 
 class TStringReader {
  public:
@@ -60,14 +42,12 @@ class TStringReader {
 };
 
 void TStringReader::TakeUnicode(std::size_t digits) {
-  std::uint32_t code = 0;
+  char32_t code = 0;
   const TTomlPlace place = at_.Place();
   for (std::size_t i = 0; i < digits; ++i) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    const char c = at_.Peek();
-    const std::size_t value = kDigits.find(c >= 'A' && c <= 'F' ? static_cast<char>(c | 0x20) : c);
-    if (value == std::string_view::npos) at_.FailExpecting(std::to_string(digits) + " hexadecimal digits");
-    code = code << 4U | static_cast<std::uint32_t>(value);
+    const int value = HexDigitValue(at_.Peek());
+    if (value < 0) at_.FailExpecting(std::to_string(digits) + " hexadecimal digits");
+    code = code << 4U | static_cast<char32_t>(value);
     at_.Next();
   }
   if (code > kLargestCharacter || (code >= 0xD800 && code < 0xE000)) {

@@ -1,6 +1,6 @@
 #include "host/bmc/sim/tomltable.h"
 
-#include "host/base/hexpairs.h"
+#include "host/base/hex.h"
 #include "host/base/nearestname.h"
 #include "host/base/quoted.h"
 #include "host/base/textdiagnostic.h"

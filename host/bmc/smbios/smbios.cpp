@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 
+#include "host/base/decimal.h"
 #include "host/bmc/smbios/smbioslayout.h"
 
 namespace velhost {
@@ -18,8 +19,6 @@ struct TStructure {
   TBytes strings;  ///< with the NUL of each string, without the one that ends the set
   std::size_t size;
 };
-
-constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string At(std::size_t offset, const char* what) {
   std::array<char, 32> place{};

@@ -1,15 +1,8 @@
-#include "host/base/hexpairs.h"
+#include "host/base/hex.h"
 
 namespace velhost {
 
 namespace {
-
-int DigitOf(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
@@ -23,8 +16,8 @@ THexPairs ParseHexPairs(std::string_view text) {
       ++at;
       continue;
     }
-    const int high = DigitOf(text[at]);
-    const int low = at + 1 < text.size() ? DigitOf(text[at + 1]) : -1;
+    const int high = HexDigitValue(text[at]);
+    const int low = at + 1 < text.size() ? HexDigitValue(text[at + 1]) : -1;
     if (high < 0 || low < 0) {
       pairs.errorAt = high < 0 ? at : at + 1;
       return pairs;
@@ -36,13 +29,11 @@ THexPairs ParseHexPairs(std::string_view text) {
 }
 
 std::string FormatHexPairs(std::span<const std::uint8_t> bytes) {
-  static constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
   text.reserve(bytes.size() * 3);
   for (const std::uint8_t byte : bytes) {
     if (!text.empty()) text += ' ';
-    text += kDigits[byte >> 4U];
-    text += kDigits[byte & 0x0FU];
+    text += HexPair(byte);
   }
   return text;
 }
