@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "host/base/caseinsensitive.h"
+
 namespace velhost {
 
 namespace {
@@ -12,8 +14,7 @@ namespace {
 constexpr std::size_t kLongestName = 128;  // anything longer is no slip of the finger
 constexpr std::size_t kShortestBeginning = 4;
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-bool Same(char a, char b) { return Lower(a) == Lower(b); }
+bool Same(char a, char b) { return FoldCase(a) == FoldCase(b); }
 
 using TRow = std::array<std::size_t, kLongestName + 1>;
 
@@ -79,6 +80,11 @@ std::string_view NearestName(std::string_view name, std::span<const std::string_
     }
   }
   return nearest.empty() ? OnlyContinuation(name, candidates) : nearest;
+}
+
+std::string Suggestion(std::string_view nearest, std::string_view quote) {
+  if (nearest.empty()) return {};
+  return std::string("; did you mean ").append(quote).append(nearest).append(quote).append("?");
 }
 
 }  // namespace velhost

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "host/base/api.h"
@@ -22,5 +23,8 @@ inline constexpr std::size_t kNameSearchSteps = 16U << 20U;
 /// them are not looked at, so that many searches together, or one among names that are all alike, end in time.
 VELHOST_API std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates,
                                          std::size_t& steps);
+
+/// "; did you mean NAME?" for the end of a message, with `quote` on both sides of the name; empty without a name.
+VELHOST_API std::string Suggestion(std::string_view nearest, std::string_view quote = "");
 
 }  // namespace velhost

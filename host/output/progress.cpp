@@ -8,6 +8,7 @@
 #include <initializer_list>
 
 #include "host/base/displaywidth.h"
+#include "host/base/text.h"
 #include "host/output/tablelayout.h"
 #include "wire/storagearea.h"
 
@@ -161,7 +162,7 @@ std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const 
   parts.name = class_;
   if (capture_) parts.capture = CaptureText();
   if (capture_) parts.timeLeft = TimeLeftText(now);
-  parts.exchanges = fmt::format("{} exchange{}", exchanges_, exchanges_ == 1 ? "" : "s");
+  parts.exchanges = Counted(exchanges_, "exchange");
   // A rate over less than a second says nothing.
   if (elapsed >= 1) parts.rate = fmt::format("{:.0f}/s", static_cast<double>(exchanges_) / elapsed);
   parts.elapsed = MinutesAndSeconds(static_cast<std::uint64_t>(elapsed));

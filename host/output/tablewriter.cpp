@@ -1,11 +1,10 @@
 #include "host/output/tablewriter.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/displaywidth.h"
+#include "host/base/text.h"
 #include "host/output/hexdump.h"
 #include "host/output/summarytext.h"
 #include "host/output/tablesummary.h"
@@ -88,8 +87,7 @@ void TTableWriter::Properties(const TInstance& instance, const TCaptureFile* cap
 }
 
 void TTableWriter::CaptureData(const std::string& safeName, std::size_t column, const TCaptureFile& capture) {
-  const std::size_t size = capture.data.size();
-  layout_.Row(kIndent, safeName, column, fmt::format("{} byte{}", size, size == 1 ? "" : "s"));
+  layout_.Row(kIndent, safeName, column, Counted(capture.data.size(), "byte"));
   const std::size_t perLine = layout_.Width() >= kIndent + DumpColumns(16) ? 16 : 8;
   const std::string indent(kIndent, ' ');
   DumpBytes(capture.data, perLine,

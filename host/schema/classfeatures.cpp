@@ -1,4 +1,5 @@
 // What stands between the braces of a class: its properties and references.
+#include "host/base/text.h"
 #include "host/schema/classbuilder.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/seennames.h"
@@ -129,7 +130,7 @@ bool TClassBuilder::CheckOverride(const TEntry& entry, const Mof::TFeature& feat
   };
   const std::string expected = log_.Hides(before.location.file)
                                    ? "that"
-                                   : typeName(before) + " as in the class '" + overridden.DeclaringClass() + "'";
+                                   : typeName(before) + " as in the class " + SingleQuoted(overridden.DeclaringClass());
   log_.Error(
       entry.unit.Place(feature.name),
       "the property " + entry.unit.Quoted(feature.name) + " has the type " + typeName(definition) + ", expected " +

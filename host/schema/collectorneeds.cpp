@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/base/text.h"
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
 #include "wire/registerblock.h"
@@ -15,8 +16,6 @@ using TType = TCIMValue::TCIMType;
 
 const TPropertyMap kNoContext;
 constexpr std::size_t kMostFindings = 1000;  // a hostile schema could have millions
-
-std::string Quote(std::string_view name) { return "'" + std::string(name) + "'"; }
 
 std::string TypeName(TType type, bool isArray) {
   const std::string name = type.GetCode() == TType::kReference ? "reference" : type.ToString();
@@ -92,11 +91,12 @@ std::vector<TTextDiagnostic> TNeeds::Check() {
     if (const TClass cimClass = namespace_.FindClass(base)) {
       bases_.push_back(cimClass);
     } else {
-      Error(nowhere, "the class " + Quote(base) + " is not declared, which every request starts from");
+      Error(nowhere, "the class " + SingleQuoted(base) + " is not declared, which every request starts from");
     }
   }
   if (!namespace_.FindClass(CollectorProfile::kCaptureClass)) {
-    Error(nowhere, "the class " + Quote(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
+    Error(nowhere,
+          "the class " + SingleQuoted(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
   }
   const std::string machineTypes = CollectorProfile::MachineTypesProblemOf(namespace_);
   if (!machineTypes.empty()) Error(nowhere, machineTypes);
@@ -114,14 +114,14 @@ void TNeeds::CheckClass(const TCIMClass& cimClass) {
     CheckPath(cimClass, EPath::kR8, "a class whose registers are read over IPMI");
   }
   for (const TClass& base : bases_) {
-    if (cimClass.DescendsFrom(*base)) CheckPath(cimClass, EPath::kJfr, "a class below " + Quote(base->Name()));
+    if (cimClass.DescendsFrom(*base)) CheckPath(cimClass, EPath::kJfr, "a class below " + SingleQuoted(base->Name()));
   }
   if (EqualNames(cimClass.Name(), CollectorProfile::kCaptureClass)) CheckCaptureClass(cimClass);
 }
 
 void TNeeds::CheckPath(const TCIMClass& cimClass, EPath path, const std::string& role) {
   if (!cimClass.SuperClass()) {
-    Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + ", " + role + ", has no superclass");
+    Error(cimClass.Location(), "the class " + SingleQuoted(cimClass.Name()) + ", " + role + ", has no superclass");
   }
   CheckMachineTypes(cimClass, role);
   const std::optional<std::uint64_t> instances = InstanceCount(cimClass, role);
@@ -139,20 +139,21 @@ void TNeeds::CheckSize(const TCIMClass& cimClass, EPath path) {
   const std::string problem = CollectorProfile::ProblemOf(CollectorProfile::SizeOf(cimClass, path));
   const auto count = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
   if (problem.empty() || !count) return;
-  Error(count->Location(), "the class " + Quote(cimClass.Name()) + " with a " +
+  Error(count->Location(), "the class " + SingleQuoted(cimClass.Name()) + " with a " +
                                std::string(CollectorProfile::kMaxInstanceCount) + " of " +
                                std::to_string(CollectorProfile::InstanceCountOf(cimClass)) + " " + problem);
 }
 
 void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& role) {
   const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kSupportedMachineTypes));
-  const std::string name = Quote(CollectorProfile::kSupportedMachineTypes);
+  const std::string name = SingleQuoted(CollectorProfile::kSupportedMachineTypes);
   if (!qualifier) {
-    Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
+    Error(cimClass.Location(),
+          "the class " + SingleQuoted(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
     return;
   }
   const TCIMValue& value = qualifier->GetValue();
-  const std::string subject = "the qualifier " + name + " of the class " + Quote(cimClass.Name());
+  const std::string subject = "the qualifier " + name + " of the class " + SingleQuoted(cimClass.Name());
   if (!value.IsArray() || value.GetType() != TType::kString) {
     Error(cimClass.Location(),
           subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected array of string");
@@ -164,13 +165,14 @@ void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& rol
 // Read as 16 bits.
 std::optional<std::uint64_t> TNeeds::InstanceCount(const TCIMClass& cimClass, const std::string& role) {
   const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
-  const std::string name = Quote(CollectorProfile::kMaxInstanceCount);
+  const std::string name = SingleQuoted(CollectorProfile::kMaxInstanceCount);
   if (!qualifier) {
-    Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
+    Error(cimClass.Location(),
+          "the class " + SingleQuoted(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
     return std::nullopt;
   }
   const TCIMValue& value = qualifier->GetValue();
-  const std::string subject = "the qualifier " + name + " of the class " + Quote(cimClass.Name());
+  const std::string subject = "the qualifier " + name + " of the class " + SingleQuoted(cimClass.Name());
   if (value.IsArray() || !IsInteger(value)) {
     Error(cimClass.Location(),
           subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
@@ -188,18 +190,19 @@ bool TNeeds::CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& propert
                          bool mayBeArray) {
   const auto qualifier = property.Qualifiers().Find(std::string(qualifierName));
   const TPropertyDefinition& definition = property.Definition();
-  const std::string subject = "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name());
+  const std::string subject =
+      "the register " + SingleQuoted(definition.name) + " of the class " + SingleQuoted(cimClass.Name());
   if (!qualifier) {
-    Error(definition.location, subject + " has no qualifier " + Quote(qualifierName));
+    Error(definition.location, subject + " has no qualifier " + SingleQuoted(qualifierName));
     return false;
   }
   const TCIMValue& value = qualifier->GetValue();
   const bool fits = IsInteger(value) && (mayBeArray || !value.IsArray());
   if (!fits) {
-    Error(definition.location, subject + " has a qualifier " + Quote(qualifierName) + " of the type " +
+    Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " of the type " +
                                    TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
   } else if (value.IsNull()) {
-    Error(definition.location, subject + " has a qualifier " + Quote(qualifierName) + " without a value");
+    Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " without a value");
   }
   return fits && !value.IsNull();
 }
@@ -211,8 +214,8 @@ void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& prope
     CheckNumber(cimClass, property, CollectorProfile::kOffset, true);
     const std::string problem = CollectorProfile::AddressProblemOf(property);
     if (!problem.empty()) {
-      Error(definition.location,
-            "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name()) + " " + problem);
+      Error(definition.location, "the register " + SingleQuoted(definition.name) + " of the class " +
+                                     SingleQuoted(cimClass.Name()) + " " + problem);
     }
     CheckNumber(cimClass, property, CollectorProfile::kMaxLen, false);
   } else if (CheckNumber(cimClass, property, CollectorProfile::kIndex, false) && instances) {
@@ -220,8 +223,8 @@ void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& prope
   }
   if (definition.type != TType::kUint8 || !definition.isArray) {
     Find(EDiagnosticSeverity::kWarning, definition.location,
-         "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name()) + " has the type " +
-             TypeName(definition.type, definition.isArray) + ", expected array of uint8");
+         "the register " + SingleQuoted(definition.name) + " of the class " + SingleQuoted(cimClass.Name()) +
+             " has the type " + TypeName(definition.type, definition.isArray) + ", expected array of uint8");
   }
 }
 
@@ -233,7 +236,8 @@ void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& propert
   const std::string name(kIndex);
   const TPropertyDefinition& definition = property.Definition();
   const std::uint64_t index = property.Qualifiers().Find(name)->GetValue().ToInteger();
-  const std::string subject = "the register " + Quote(definition.name) + " of the class " + Quote(cimClass.Name());
+  const std::string subject =
+      "the register " + SingleQuoted(definition.name) + " of the class " + SingleQuoted(cimClass.Name());
   if (index > 0xFFFF) {
     Error(definition.location, subject + " has the " + name + " " +
                                    property.Qualifiers().Find(name)->GetValue().ToString(10) + ", expected 0 to 65535");
@@ -265,8 +269,8 @@ void TNeeds::CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& propert
     return;
   }
   Find(EDiagnosticSeverity::kWarning, definition.location,
-       "the property " + Quote(definition.name) + " is not read for the class " + Quote(cimClass.Name()) +
-           ": it overrides one of the class " + Quote(origin->GetName(kNoContext)) +
+       "the property " + SingleQuoted(definition.name) + " is not read for the class " + SingleQuoted(cimClass.Name()) +
+           ": it overrides one of the class " + SingleQuoted(origin->GetName(kNoContext)) +
            ", and only what the class or its superclass declares first is a register");
 }
 
@@ -274,14 +278,16 @@ void TNeeds::CheckCaptureClass(const TCIMClass& cimClass) {
   for (const std::string_view name : CollectorProfile::kCaptureProperties) {
     const std::size_t index = cimClass.FindProperty(name);
     if (index == cimClass.Properties().size()) {
-      Error(cimClass.Location(), "the class " + Quote(cimClass.Name()) + " has no property " + Quote(name));
+      Error(cimClass.Location(),
+            "the class " + SingleQuoted(cimClass.Name()) + " has no property " + SingleQuoted(name));
       continue;
     }
     const TPropertyDefinition& definition = cimClass.Properties()[index]->Definition();
     const TType::ECIMType expected = name == "MessageTimestamp" ? TType::kDateTime : TType::kString;
     if (definition.type == expected && !definition.isArray) continue;
-    Error(definition.location, "the property " + Quote(definition.name) + " of the class " + Quote(cimClass.Name()) +
-                                   " has the type " + TypeName(definition.type, definition.isArray) + ", expected " +
+    Error(definition.location, "the property " + SingleQuoted(definition.name) + " of the class " +
+                                   SingleQuoted(cimClass.Name()) + " has the type " +
+                                   TypeName(definition.type, definition.isArray) + ", expected " +
                                    TType(expected).ToString());
   }
 }

@@ -1,4 +1,5 @@
 // Strings that hold MOF: values of properties with the qualifier EmbeddedInstance or EmbeddedObject.
+#include "host/base/text.h"
 #include "host/schema/instancebuilder.h"
 #include "host/schema/mofscan.h"
 
@@ -52,7 +53,7 @@ TInstanceBuilder::TEmbedded TInstanceBuilder::EmbeddedOf(const TQualifier& ofCla
   if (name.empty()) return {true, {}, "an instance or a class"};
   const bool shown = !log_.Hides(ofClass.Location().file) && name.size() <= limits_.nameSize;
   return {false, namespace_.FindClass(name),
-          shown ? "an instance of '" + name + "'" : "an instance of the class that the property names"};
+          shown ? "an instance of " + SingleQuoted(name) : "an instance of the class that the property names"};
 }
 
 // Texts may be embedded in embedded ones. Each level doubles the backslashes before its quotes, so that the size of a
@@ -87,7 +88,7 @@ void TInstanceBuilder::ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::
   const auto found = namespace_.FindClass(unit.Text(syntax.className));
   const auto& expected = embedded.cimClass;
   if (found && expected && found != expected && !found->DescendsFrom(*expected)) {
-    const std::string name = log_.Hides(expected->Location().file) ? "that class" : "'" + expected->Name() + "'";
+    const std::string name = log_.Hides(expected->Location().file) ? "that class" : SingleQuoted(expected->Name());
     log_.Error(unit.Place(syntax.className), "found an instance of " + unit.Quoted(syntax.className) +
                                                  ", expected one of " + name + " or of a class below it");
   }

@@ -1,5 +1,6 @@
 #include "host/schema/instancebuilder.h"
 
+#include "host/base/text.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 #include "host/schema/seennames.h"
@@ -98,7 +99,7 @@ void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan
   TNameHint hint(unit.Text(name), log_.NameSearchSteps());
   if (log_.Shows()) OfferProperties(cimClass, log_, hint);
   log_.Error(unit.Place(name),
-             "the class '" + cimClass.Name() + "' has no property " + unit.Quoted(name) + hint.Text());
+             "the class " + SingleQuoted(cimClass.Name()) + " has no property " + unit.Quoted(name) + hint.Text());
 }
 
 // An alias stands for an instance of the reference's class or of one below it.
@@ -116,7 +117,7 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
   const auto& found = alias->second;
   if (!expected || !found || found == expected || found->DescendsFrom(*expected)) return;
   const auto nameOf = [this](const TCIMClass& cimClass) {
-    return log_.Hides(cimClass.Location().file) ? std::string("another class") : "'" + cimClass.Name() + "'";
+    return log_.Hides(cimClass.Location().file) ? std::string("another class") : SingleQuoted(cimClass.Name());
   };
   log_.Error(use.place, "the alias " + Mof::Quoted(use.name) + " is an instance of " + nameOf(*found) +
                             ", expected one of " + nameOf(*expected) + " or of a class below it");

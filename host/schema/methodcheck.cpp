@@ -1,4 +1,5 @@
 // Methods: declared once, and changed by a subclass as little as a property.
+#include "host/base/text.h"
 #include "host/schema/classbuilder.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/seennames.h"
@@ -90,9 +91,8 @@ void TClassBuilder::CheckSignature(const TMethod& method) {
   const std::uint32_t count = method.syntax->parameters.count;
   if (count != before.parameters.count) {
     log_.Warning(unit.Place(method.syntax->name),
-                 "the method " + unit.Quoted(method.syntax->name) + " has " + std::to_string(count) +
-                     (count == 1 ? " parameter" : " parameters") + ", expected" +
-                     AsIn(*method.overridden, std::to_string(before.parameters.count)));
+                 "the method " + unit.Quoted(method.syntax->name) + " has " + Counted(count, "parameter") +
+                     ", expected" + AsIn(*method.overridden, std::to_string(before.parameters.count)));
     return;
   }
   for (std::uint32_t i = 0; i < count; ++i) CheckParameter(method, i);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "host/base/text.h"
+
 namespace velhost::Mof {
 
 namespace {
@@ -73,14 +75,6 @@ std::vector<std::string> TExpected::Words(const std::string& end) const {
   return words;
 }
 
-std::string TExpected::Text(const std::string& end) const {
-  const std::vector<std::string> words = Words(end);
-  std::string text;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (i > 0) text += i + 1 == words.size() ? " or " : ", ";
-    text += words[i];
-  }
-  return text;
-}
+std::string TExpected::Text(const std::string& end) const { return Listed(Words(end), " or "); }
 
 }  // namespace velhost::Mof

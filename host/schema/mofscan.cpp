@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/base/utf8.h"
+#include "host/base/text.h"
 #include "host/schema/moftext.h"
 #include "host/schema/mofwords.h"
 #include "host/schema/schemacost.h"
@@ -29,11 +29,7 @@ const char* ExpectedFor(char c) {
 
 }  // namespace
 
-std::string Quoted(std::string_view text) {
-  const std::size_t size = std::min(text.find_first_of("\r\n"), kShown);  // a message is one line
-  const std::string_view shown = WholeCharacters(text, size);
-  return "'" + std::string(shown) + (shown.size() < text.size() ? "...'" : "'");
-}
+std::string Quoted(std::string_view text) { return SingleQuoted(text, kShown); }
 
 void TScan::Stop(std::uint32_t offset, std::string message) {
   if (!stopped_) Error(offset, std::move(message));

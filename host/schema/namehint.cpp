@@ -8,10 +8,7 @@ void TNameHint::Offer(std::string_view candidate) {
   if (Wants()) candidates_.push_back(candidate);
 }
 
-std::string TNameHint::Text() const {
-  const std::string_view nearest = NearestName(name_, candidates_, steps_);
-  return nearest.empty() ? std::string() : "; did you mean " + std::string(nearest) + "?";
-}
+std::string TNameHint::Text() const { return Suggestion(NearestName(name_, candidates_, steps_)); }
 
 void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint& hint) {
   for (const auto& property : cimClass.Properties()) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "host/base/text.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 
@@ -25,11 +26,11 @@ constexpr std::array kScopeNames = {
 };
 
 std::string ScopeNames(std::uint32_t scope) {
-  std::string names;
+  std::vector<std::string_view> names;
   for (const TScopeName& entry : kScopeNames) {
-    if ((scope & entry.bit) != 0) names += (names.empty() ? "" : ", ") + std::string(entry.name);
+    if ((scope & entry.bit) != 0) names.push_back(entry.name);
   }
-  return names;
+  return Listed(names, ", ");
 }
 
 // Flavors that are given win over `otherwise`.

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/base/text.h"
 #include "host/base/unsafetext.h"
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
@@ -11,16 +12,6 @@ namespace velhost {
 namespace {
 
 using TJson = nlohmann::ordered_json;
-
-std::string Counted(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-std::string Joined(const std::vector<std::string>& paths) {
-  std::string text;
-  for (const std::string& path : paths) text += (text.empty() ? "" : ", ") + path;
-  return text;
-}
 
 TJson JsonOf(const TTextDiagnostic& finding) {
   const auto number = [](std::uint32_t value) { return value == 0 ? TJson() : TJson(value); };
@@ -37,7 +28,8 @@ TSchemaFindings CheckSchema(const std::vector<std::string>& paths, ISourceReader
   TSchemaResult schema = ReadSchema(paths, reader);
   TSchemaFindings result{std::move(schema.diagnostics), schema.errors, schema.warnings};
   if (result.errors > 0) return result;
-  for (TTextDiagnostic& finding : CheckCollectorNeeds(*schema.cimNamespace, Joined(paths), schema.sources.get())) {
+  for (TTextDiagnostic& finding :
+       CheckCollectorNeeds(*schema.cimNamespace, Listed(paths, ", "), schema.sources.get())) {
     ++(finding.severity == EDiagnosticSeverity::kError ? result.errors : result.warnings);
     result.findings.push_back(std::move(finding));
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/base/text.h"
 #include "host/base/utf8.h"
 
 namespace velhost {
@@ -78,11 +79,11 @@ void TSchemaLog::Add(TList& list, TEntry entry) {
 void TSchemaLog::TList::AppendRest(std::vector<TTextDiagnostic>& diagnostics, EDiagnosticSeverity severity) const {
   const std::size_t rest = count - kept.size();
   if (rest == 0) return;
-  const std::string noun = severity == EDiagnosticSeverity::kError ? " more error" : " more warning";
+  const std::string noun = severity == EDiagnosticSeverity::kError ? "more error" : "more warning";
   TTextDiagnostic last;
   last.severity = severity;
   last.location.file = diagnostics.empty() ? std::string() : diagnostics.back().location.file;
-  last.message = "and " + std::to_string(rest) + noun + (rest == 1 ? "" : "s");
+  last.message = "and " + Counted(rest, noun);
   diagnostics.push_back(std::move(last));
 }
 

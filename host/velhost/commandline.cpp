@@ -7,8 +7,10 @@
 #include <string_view>
 #include <utility>
 
+#include "host/base/decimal.h"
 #include "host/base/hosterror.h"
 #include "host/base/nearestname.h"
+#include "host/base/text.h"
 #include "host/base/unsafetext.h"
 #include "host/velhost/help.h"
 #include "host/velhost/optiontable.h"
@@ -18,16 +20,6 @@ namespace velhost {
 namespace {
 
 [[noreturn]] void Fail(const std::string& message) { throw THostError(EExitStatus::kUsage, message); }
-
-// "collect", "collect and check", "a, b and c"
-std::string Listed(const std::vector<std::string>& words) {
-  std::string text;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (i > 0) text += i + 1 == words.size() ? " and " : ", ";
-    text += words[i];
-  }
-  return text;
-}
 
 std::vector<std::string> VerbNames() {
   std::vector<std::string> names;
@@ -123,7 +115,7 @@ class TWordReader {
   // An option is not a value. A negative number was meant as one, so it is taken, and rejected later.
   void TakeNext(TGivenOption& option) {
     const std::string& next = words_[at_ + 1];
-    const bool isNegative = next.size() > 1 && next[0] == '-' && next[1] >= '0' && next[1] <= '9';
+    const bool isNegative = next.size() > 1 && next[0] == '-' && IsDigit(next[1]);
     option.hasValue = next.empty() || next[0] != '-' || next == "-";
     if (!option.hasValue && !isNegative) return;
     option.value = next;
@@ -166,7 +158,7 @@ void CheckKnown(const TGivenWords& given) {
 }
 
 const TVerb& RequireVerb(const TGivenWords& given) {
-  const std::string commands = "; the commands are " + Listed(VerbNames());
+  const std::string commands = "; the commands are " + Listed(VerbNames(), " and ");
   if (!given.verb) Fail("no command is given" + commands);
   if (const TVerb* const verb = VerbOf(given)) return *verb;
   const std::string suggestion = DidYouMean(*given.verb, VerbNames());
@@ -180,7 +172,7 @@ const TOption* OwnEntry(const TGivenOption& given, const TVerb& verb) {
     if (option->BelongsTo(verb.verb)) return option;
     for (const EVerb owner : option->verbs) owners.push_back(EntryOf(owner).name);
   }
-  Fail(given.name + " belongs to " + Listed(owners));
+  Fail(given.name + " belongs to " + Listed(owners, " and "));
 }
 
 void ResolveOptions(TGivenWords& given, const TVerb& verb) {
@@ -301,7 +293,7 @@ std::string DidYouMean(const std::string& word, const std::vector<std::string>& 
   const auto begins = [&word](std::string_view candidate) { return word.size() > 1 && candidate.starts_with(word); };
   const auto longer = std::find_if(views.begin(), views.end(), begins);
   if (nearest.empty() && longer != views.end()) nearest = *longer;
-  return nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?";
+  return Suggestion(nearest);
 }
 
 std::string QuotedWord(const std::string& word) { return fmt::format("\"{}\"", SafeText(word)); }

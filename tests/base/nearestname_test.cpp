@@ -70,5 +70,12 @@ TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
   EXPECT_LT(steps, 128U) << "all of them would take 300 million";
 }
 
+TEST(Suggestion, AsksForTheNameIfThereIsOne) {
+  EXPECT_EQ(Suggestion("Level"), "; did you mean Level?");
+  EXPECT_EQ(Suggestion("level", "\""), "; did you mean \"level\"?");
+  EXPECT_EQ(Suggestion(""), "");
+  EXPECT_EQ(Suggestion("", "\""), "");
+}
+
 }  // namespace
 }  // namespace tests

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/base/hosterror.h"
+#include "host/base/text.h"
 
 namespace velhost {
 
@@ -20,9 +21,9 @@ bool IsSilence(int status) { return status == VEL_LAN_NO_ANSWER || status == VEL
 bool MayBeTheCipherSuite(int status) { return status == VEL_LAN_CIPHER_SUITE || status == VEL_LAN_BROKEN_OFF; }
 
 std::string ListOf(const std::vector<int>& suites) {
-  std::string list;
-  for (const int suite : suites) list += (list.empty() ? "" : " or ") + std::to_string(suite);
-  return list;
+  std::vector<std::string> numbers;
+  for (const int suite : suites) numbers.push_back(std::to_string(suite));
+  return Listed(numbers, " or ");
 }
 
 /// What the algorithms of a suite leave open; empty where there are three of them.

@@ -7,7 +7,7 @@
 
 #include "host/base/hex.h"
 #include "host/base/nearestname.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
 #include "nkrovel20/tvelexception.h"
 
@@ -22,12 +22,6 @@ using TNames = std::initializer_list<std::string_view>;
 constexpr std::size_t kLongestShownVersion = 20;
 constexpr int kAnyInt = std::numeric_limits<int>::max();
 constexpr std::string_view kBlanks = " \t\r\n";
-
-std::string Listed(TNames names) {
-  std::string text;
-  for (const std::string_view name : names) text += (text.empty() ? "" : ", ") + std::string(name);
-  return text;
-}
 
 /// Where the members of a line stand. The line is valid JSON.
 struct TMemberPlace {
@@ -143,8 +137,8 @@ class TMembers {
     for (const auto& [name, value] : object_.items()) {
       if (std::find(names.begin(), names.end(), name) != names.end()) continue;
       const std::string_view nearest = NearestName(name, {names.begin(), names.size()});
-      text_.FailAtName(name, "found the unknown member " + Quoted(name) + ", expected one of " + Listed(names) +
-                                 (nearest.empty() ? std::string() : "; did you mean " + Quoted(nearest) + "?"));
+      text_.FailAtName(name, "found the unknown member " + Quoted(name) + ", expected one of " + Listed(names, ", ") +
+                                 Suggestion(nearest, "\""));
     }
   }
   bool Has(const char* name) const { return object_.contains(name); }
@@ -175,7 +169,7 @@ class TMembers {
       text_.FailAt(name, "found " + found + " in " + Quoted(name) + ", expected pairs of hexadecimal digits");
     }
     if (pairs.bytes.size() > most) {
-      text_.FailAt(name, "found " + std::to_string(pairs.bytes.size()) + " bytes in " + Quoted(name) +
+      text_.FailAt(name, "found " + Counted(pairs.bytes.size(), "byte") + " in " + Quoted(name) +
                              ", expected at most " + std::to_string(most));
     }
     return std::move(pairs.bytes);
@@ -206,8 +200,8 @@ void ReadAnswer(const TLineText& text, const TMembers& members, int largest, TRe
   }
   if (line.answered || members.Has("length")) line.length = members.Int("length", 0, largest);
   if (line.kind == TRecordedLine::EKind::kDot && line.response.size() > static_cast<std::size_t>(line.length)) {
-    text.FailAt("response", "found " + std::to_string(line.response.size()) +
-                                " bytes in \"response\", expected at most \"length\", " + std::to_string(line.length));
+    text.FailAt("response", "found " + Counted(line.response.size(), "byte") +
+                                " in \"response\", expected at most \"length\", " + std::to_string(line.length));
   }
 }
 

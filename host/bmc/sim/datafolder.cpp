@@ -10,7 +10,7 @@
 #include <cstring>
 
 #include "host/base/hosterror.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 
 namespace velhost {
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "host/base/nearestname.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 
 namespace velhost {
 
@@ -26,9 +26,8 @@ std::optional<EExchangeKind> ReadKind(const TTomlTable& table) {
     if (names.at(i) == name) return kKinds.at(i);
   }
   names.back() = kAnyIpmi;
-  const std::string_view nearest = NearestName(name, names);
   table.Fail(on.value.place, "found " + Quoted(name) + " for \"on\", expected " + expected +
-                                 (nearest.empty() ? std::string() : "; did you mean " + Quoted(nearest) + "?"));
+                                 Suggestion(NearestName(name, names), "\""));
 }
 
 void ReadAction(const TTomlTable& table, TFault& fault) {

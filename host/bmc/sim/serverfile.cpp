@@ -8,7 +8,7 @@
 #include <set>
 
 #include "host/base/hosterror.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 #include "host/bmc/sim/faulttable.h"
 #include "host/bmc/sim/tomltable.h"
 #include "wire/storagearea.h"

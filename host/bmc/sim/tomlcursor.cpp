@@ -1,7 +1,7 @@
 #include "host/bmc/sim/tomlcursor.h"
 
 #include "host/base/hex.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 #include "host/base/utf8.h"
 
 namespace velhost {

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "host/base/decimal.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 #include "host/bmc/sim/tomlcursor.h"
 #include "host/bmc/sim/tomlscalar.h"
 #include "host/bmc/sim/tomlstring.h"

@@ -2,7 +2,7 @@
 
 #include "host/base/hex.h"
 #include "host/base/nearestname.h"
-#include "host/base/quoted.h"
+#include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
 
 namespace velhost {
@@ -13,20 +13,9 @@ using EKind = TTomlValue::EKind;
 
 constexpr std::size_t kCimTextSize = 25;
 
-std::string Listed(std::initializer_list<std::string_view> names) {
-  std::string text;
-  for (const std::string_view name : names) {
-    if (!text.empty()) text += ", ";
-    text += name;
-  }
-  return text;
-}
-
 std::string RangeText(std::int64_t low, std::int64_t high) {
   return "an integer from " + std::to_string(low) + " to " + std::to_string(high);
 }
-
-std::string ByteCount(std::size_t count) { return std::to_string(count) + (count == 1 ? " byte" : " bytes"); }
 
 // The place of a character of a string; that of the string where the text is not as it stands in the file.
 TTomlPlace PlaceWithin(const TTomlDocument& document, const TTomlValue& string, std::size_t at) {
@@ -49,10 +38,8 @@ void TTomlTable::AllowOnly(std::initializer_list<std::string_view> names) const 
   for (const TTomlMember& member : value_->table->members) {
     if (std::find(names.begin(), names.end(), member.name) != names.end()) continue;
     const std::string_view nearest = NearestName(member.name, {names.begin(), names.size()});
-    std::string message = "found the unknown key " + Quoted(member.name);
-    message += ", expected one of " + Listed(names);
-    if (!nearest.empty()) message += "; did you mean " + Quoted(nearest) + "?";
-    Fail(member.place, message);
+    Fail(member.place, "found the unknown key " + Quoted(member.name) + ", expected one of " + Listed(names, ", ") +
+                           Suggestion(nearest, "\""));
   }
 }
 
@@ -118,8 +105,8 @@ std::optional<std::vector<std::uint8_t>> TTomlTable::Bytes(std::string_view name
   THexPairs pairs = ParseHexPairs(member->value.text);
   if (pairs.errorAt != std::string_view::npos) FailHex(*member, pairs.errorAt);
   if (size && pairs.bytes.size() != *size) {
-    Fail(member->value.place,
-         "found " + ByteCount(pairs.bytes.size()) + " in " + Quoted(name) + ", expected " + std::to_string(*size));
+    Fail(member->value.place, "found " + Counted(pairs.bytes.size(), "byte") + " in " + Quoted(name) + ", expected " +
+                                  std::to_string(*size));
   }
   return std::move(pairs.bytes);
 }

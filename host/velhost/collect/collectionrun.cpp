@@ -1,6 +1,7 @@
 #include "host/velhost/collect/collectionrun.h"
 
 #include "host/base/hosterror.h"
+#include "host/base/text.h"
 #include "host/base/unsafetext.h"
 
 namespace velhost {
@@ -8,9 +9,9 @@ namespace velhost {
 namespace {
 
 std::string NameOf(const std::vector<boost::shared_ptr<TCIMClass>>& request) {
-  std::string name;
-  for (const auto& cimClass : request) name += (name.empty() ? "" : ", ") + cimClass->Name();
-  return name;
+  std::vector<std::string_view> names;
+  for (const auto& cimClass : request) names.push_back(cimClass->Name());
+  return Listed(names, ", ");
 }
 
 // Takes the commit callback away again: it refers to the run.

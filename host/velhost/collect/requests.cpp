@@ -22,7 +22,7 @@ boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std
   const std::string_view nearest = NearestName(name, names);
   throw THostError(EExitStatus::kUsage, "the schema has no class \"" + SafeText(name) + "\"" +
                                             (nearest.empty() ? "; \"velhost classes\" lists those that can be collected"
-                                                             : "; did you mean " + std::string(nearest) + "?"));
+                                                             : Suggestion(nearest)));
 }
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {

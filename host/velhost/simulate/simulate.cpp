@@ -166,8 +166,7 @@ bool WaitForAnswer(const TEndingSignals& signals, const TIpmiSim& simulator, int
   return true;
 }
 
-/// As one word of a shell's command line.
-std::string Quoted(const std::string& text) {
+std::string ShellWord(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return quoted + "'";
@@ -183,7 +182,7 @@ std::string ConnectingLines(const TSimulateArguments& arguments, const std::stri
                      " -P " + password + " mc info\n  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" + port + " -u " + user +
                      " -p " + password + " -I 3 -l ADMIN -W opensesspriv 0 6 1\n  VELHOST_IPMI_PASSWORD=" + password +
                      " velhost collect --sp lan:" + user + "@127.0.0.1:" + port + " --cipher-suite 3 --machine-type " +
-                     Quoted(SafeText(machineType)) + "\n";
+                     ShellWord(SafeText(machineType)) + "\n";
   if (arguments.serialPort) {
     text += "As the BMC of a virtual machine:\n  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
             std::to_string(*arguments.serialPort) +

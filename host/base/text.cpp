@@ -1,4 +1,6 @@
-#include "host/base/quoted.h"
+#include "host/base/text.h"
+
+#include <algorithm>
 
 #include "host/base/utf8.h"
 
@@ -18,6 +20,17 @@ std::string Quoted(std::string_view text) {
     quoted += byte < 0x20 || byte == 0x7F ? '?' : c;
   }
   return quoted + (shown.size() < text.size() ? "...\"" : "\"");
+}
+
+std::string SingleQuoted(std::string_view text, std::size_t longest) {
+  const std::string_view shown = WholeCharacters(text, std::min(text.find_first_of("\r\n"), longest));
+  return "'" + std::string(shown) + (shown.size() < text.size() ? "...'" : "'");
+}
+
+std::string Counted(std::size_t count, std::string_view noun) {
+  std::string text = std::to_string(count);
+  text.append(" ").append(noun);
+  return count == 1 ? text : text + "s";
 }
 
 }  // namespace velhost
