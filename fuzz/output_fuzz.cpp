@@ -1,5 +1,5 @@
 // Arbitrary bytes as values of every type: every machine-readable format must preserve the values.
-#include "host/output/scalartext.h"
+#include "host/base/cimdatetime.h"
 #include "host/output/writers.h"
 #include "host/schema/schemareader.h"
 #include "tests/support/outputreading.h"

@@ -2,10 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdlib>
 
+#include "host/base/cimdatetime.h"
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"
 
@@ -15,38 +15,11 @@ using namespace velhost;
 
 namespace {
 
-constexpr std::size_t kTextSize = 25;
-constexpr std::size_t kPoint = 14;  // the full stop before the microseconds
-constexpr std::size_t kSign = 21;   // '+' or '-' of a point in time, ':' of an interval
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr std::size_t kPoint = kCimDateTimePoint;
+constexpr std::size_t kSign = kCimDateTimeSign;
 
 [[noreturn]] void ThrowMalformed(const std::string& text) {
   ThrowHostFailure(TVELStatusCode::kTypeMismatch, "\"" + text + "\" is not a CIM datetime");
-}
-
-// Asterisks replace what is not significant: whole fields, except that microseconds may be replaced digit by
-// digit.
-bool MayBeginAsterisks(std::size_t position, bool isInterval) {
-  if (position > kPoint || position == 0) return true;
-  if (!isInterval && (position == 4 || position == 6)) return true;
-  return position == 8 || position == 10 || position == 12;
-}
-
-// Digits everywhere except at the two separators; after the first asterisk, only asterisks up to the sign.
-bool HasShape(const std::string& text, bool& asterisks) {
-  if (text.size() != kTextSize || text[kPoint] != '.') return false;
-  const char sign = text[kSign];
-  if (sign != '+' && sign != '-' && sign != ':') return false;
-  for (std::size_t i = 0; i < kTextSize; ++i) {
-    if (i == kPoint || i == kSign) continue;
-    const bool begins = text[i] == '*' && !asterisks;
-    if (begins && (i > kSign || !MayBeginAsterisks(i, sign == ':'))) return false;
-    asterisks = asterisks || begins;
-    const bool wantsAsterisk = asterisks && i < kSign;
-    if (wantsAsterisk ? text[i] != '*' : !IsDigit(text[i])) return false;
-  }
-  return true;
 }
 
 unsigned int Field(const std::string& text, std::size_t start, std::size_t size) {
@@ -57,19 +30,6 @@ unsigned int Field(const std::string& text, std::size_t start, std::size_t size)
 
 unsigned short ShortField(const std::string& text, std::size_t start, std::size_t size) {
   return static_cast<unsigned short>(Field(text, start, size));
-}
-
-// Whether the text denotes a time or interval that can exist. FromString checks this, the constructor does
-// not.
-bool FieldsInRange(const std::string& text) {
-  const auto ok = [&text](std::size_t start, unsigned int low, unsigned int high) {
-    if (text[start] == '*') return true;
-    const unsigned int value = Field(text, start, 2);
-    return value >= low && value <= high;
-  };
-  const bool time = ok(8, 0, 23) && ok(10, 0, 59) && ok(12, 0, 59);
-  if (text[kSign] == ':') return time && text.compare(kSign + 1, 3, "000") == 0;
-  return time && ok(4, 1, 12) && ok(6, 1, 31);
 }
 
 }  // namespace
@@ -87,9 +47,8 @@ TCIMDateTime::TCIMDateTime(unsigned short year, unsigned short month, unsigned i
       utcOffsetMinutes_(utcOffsetMinutes) {}
 
 TCIMDateTime TCIMDateTime::FromString(const std::string& text) {
-  bool asterisks = false;
-  if (!HasShape(text, asterisks) || !FieldsInRange(text)) ThrowMalformed(text);
-  if (asterisks || text[kSign] == ':') {
+  if (!IsCimDateTime(text)) ThrowMalformed(text);
+  if (text.find('*') != std::string::npos || text[kSign] == ':') {
     TCIMDateTime value(0, 0, 0, 0, 0, 0, 0, 0);
     value.literal_ = text;
     return value;

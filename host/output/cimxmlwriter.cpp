@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "host/base/cimdatetime.h"
 #include "host/base/decimal.h"
 #include "host/base/utf8.h"
 #include "host/output/cimxmlreference.h"

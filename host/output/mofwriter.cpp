@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/base/cimdatetime.h"
 #include "host/base/hex.h"
 #include "host/base/unsafetext.h"
 #include "host/base/utf8.h"

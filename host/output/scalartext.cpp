@@ -25,12 +25,6 @@ char* AddPoint(char* first, char* last) {
   return last + 2;
 }
 
-bool IsTwoDigitField(std::string_view text, int low, int high) {
-  if (text == "**") return true;
-  const int number = (text[0] - '0') * 10 + (text[1] - '0');
-  return number >= low && number <= high;
-}
-
 }  // namespace
 
 std::string_view TNumberText::Integer(const TCIMValue& value) {
@@ -57,16 +51,6 @@ std::string_view TNumberText::Real(const TCIMValue& value) {
                           : std::to_chars(digits_.begin(), limit, number);
   const char* const last = AddPoint(digits_.data(), result.ptr);
   return {digits_.data(), static_cast<std::size_t>(last - digits_.data())};
-}
-
-bool IsCimDateTime(std::string_view text) {
-  constexpr std::size_t kSize = 25;
-  constexpr std::size_t kSign = 21;
-  if (text.size() != kSize) return false;
-  const bool time = IsTwoDigitField(text.substr(8, 2), 0, 23) && IsTwoDigitField(text.substr(10, 2), 0, 59) &&
-                    IsTwoDigitField(text.substr(12, 2), 0, 59);
-  if (text[kSign] == ':') return time;
-  return time && IsTwoDigitField(text.substr(4, 2), 1, 12) && IsTwoDigitField(text.substr(6, 2), 1, 31);
 }
 
 }  // namespace velhost

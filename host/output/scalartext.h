@@ -26,8 +26,4 @@ class TNumberText {
   std::array<char, 40> digits_{};  // a sign, 17 digits, a point, ".0", an exponent of 5
 };
 
-/// Whether the text of a datetime value is one that readers of CIM datetimes take: the fields of a
-/// point in time can be anything that a service processor sent, and then they are not.
-bool IsCimDateTime(std::string_view text);
-
 }  // namespace velhost

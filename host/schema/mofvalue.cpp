@@ -4,10 +4,9 @@
 #include <cmath>
 
 #include "host/base/caseinsensitive.h"
-#include "host/schema/mofdatetime.h"
+#include "host/base/cimdatetime.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
-#include "nkrovel20/tvelexception.h"
 
 namespace velhost {
 
@@ -249,13 +248,13 @@ bool TValueReader::DateTime(const TSchemaUnit& unit, const Mof::TLiteral& litera
                             TCIMValue& value) {
   if (literal.kind != ELiteral::kString) return Mismatch(unit, literal.span, slot, "a datetime in double quotes");
   const std::string text = StringOf(unit, literal);
-  try {
+  const std::string problem = CimDateTimeProblem(text);
+  if (problem.empty()) {
     value = TCIMValue(TCIMDateTime::FromString(text));
     return true;
-  } catch (const TVELException&) {
-    value.SetNullValue(TType::kDateTime, 0);
   }
-  log_.Error(unit.Place(literal.span), Mof::DateTimeProblem(text) + QualifierOf(slot));
+  value.SetNullValue(TType::kDateTime, 0);
+  log_.Error(unit.Place(literal.span), problem + QualifierOf(slot));
   return false;
 }
 

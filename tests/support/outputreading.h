@@ -8,10 +8,10 @@
 #include <pugixml.hpp>
 #include <string>
 
+#include "host/base/cimdatetime.h"
 #include "host/base/utf8.h"
 #include "host/model/ciminstance.h"
 #include "host/output/objectpath.h"
-#include "host/output/scalartext.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/require.h"
 

@@ -1,5 +1,6 @@
 #include "host/bmc/sim/tomltable.h"
 
+#include "host/base/cimdatetime.h"
 #include "host/base/hex.h"
 #include "host/base/nearestname.h"
 #include "host/base/text.h"
@@ -10,8 +11,6 @@ namespace velhost {
 namespace {
 
 using EKind = TTomlValue::EKind;
-
-constexpr std::size_t kCimTextSize = 25;
 
 std::string RangeText(std::int64_t low, std::int64_t high) {
   return "an integer from " + std::to_string(low) + " to " + std::to_string(high);
@@ -90,7 +89,7 @@ std::optional<std::string> TTomlTable::Moment(std::string_view name) const {
   const TTomlMember* member = FindKind(name, EKind::kDateTime, kExpected);
   if (member == nullptr) return std::nullopt;
   const std::string_view text = member->value.text;
-  if (text.size() != kCimTextSize) {
+  if (text.size() != kCimDateTimeSize) {
     const std::string found = text.empty() ? "a date-time without an offset"
                                            : "an offset of more than 999 minutes, which no CIM datetime holds,";
     Fail(member->value.place, "found " + found + " for " + Quoted(name) + ", expected " + kExpected);
