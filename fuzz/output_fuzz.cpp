@@ -13,17 +13,14 @@ static constexpr const char* kSchema =
     " datetime Time; KROSG_DCAPFile REF Path; };";
 
 static std::string Written(EOutputForm form, const TInstance& instance, const std::string& text) {
-  struct : ITextSink {
-    void Write(std::string_view more) override { content += more; }
-    std::string content;
-  } sink;
+  TStringSink sink;
   const auto writer = MakeWriter(form, sink, {40 + static_cast<int>(text.size() % 100), false});
   writer->Begin({text, text, text, text});
   writer->Instance(instance, true);
   const auto code = text.empty() ? std::nullopt : std::optional<std::uint8_t>(text.back());
   writer->End({text.size() % 2 == 0, text, {{text, text}}, 1, {{text, 1, text, code}}, 1});
-  Require(Repaired(sink.content, false) == sink.content);
-  return sink.content;
+  Require(Repaired(sink.Text(), false) == sink.Text());
+  return sink.Text();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,6 +1,7 @@
-// Where text goes: a file, standard output, a string of a test.
+// Where text goes: a file, standard output, a string.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace velhost {
@@ -13,6 +14,16 @@ class ITextSink {
   /// Passes on what a sink may still hold, so that a reader at the other end sees it now. The forms
   /// that promise an instance at its commit call this after each one.
   virtual void Flush() {}
+};
+
+/// Keeps what is written.
+class TStringSink : public ITextSink {
+ public:
+  void Write(std::string_view text) override { text_ += text; }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
 };
 
 }  // namespace velhost

@@ -1,4 +1,5 @@
 // velhost check: what is wrong with a schema.
+#include "host/base/textsink.h"
 #include "host/base/unsafetext.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/schemaloading.h"
@@ -7,19 +8,6 @@
 
 namespace velhost {
 
-namespace {
-
-class TTextSink : public ITextSink {
- public:
-  void Write(std::string_view text) override { text_ += text; }
-  const std::string& Text() const { return text_; }
-
- private:
-  std::string text_;
-};
-
-}  // namespace
-
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
   const auto& mofs = commandLine.check.mofs;
   const std::vector<std::string> paths = mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs;
@@ -27,7 +15,7 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
   TInputs inputs(stop);
   TInputReader reader(inputs, {"the schema", "check", EFileKind::kSchema}, paths);
   const TSchemaFindings findings = CheckSchema(paths, reader);
-  TTextSink text;
+  TStringSink text;
   if (commandLine.check.json) {
     WriteFindingsAsJson(findings, text);
   } else {

@@ -27,11 +27,6 @@ class TDecoratedSimulator : public TSupervisedServiceProcessor {
   TFaultInjector faults_;
 };
 
-struct TTextSink : ITextSink {
-  void Write(std::string_view part) override { text += part; }
-  std::string text;
-};
-
 /// The simulator behind a recorder.
 class TRecordedSimulator : public TSupervisedServiceProcessor {
  public:
@@ -41,11 +36,11 @@ class TRecordedSimulator : public TSupervisedServiceProcessor {
         recorder_(sink_, {"", "", 0, simulator_.Discover()}) {
     AddObserver(recorder_);
   }
-  const std::string& Recording() const { return sink_.text; }
+  const std::string& Recording() const { return sink_.Text(); }
 
  private:
   TSimulatedServer simulator_;
-  TTextSink sink_;
+  TStringSink sink_;
   TRecorder recorder_;
 };
 

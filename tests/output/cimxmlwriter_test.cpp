@@ -106,7 +106,7 @@ TEST_F(CimXmlWriter, MarksAnIncompleteInstance) {
   const auto writer = MakeWriter(EOutputForm::kCimXml, sink, {});
   writer->Instance(*One(TType::kString, NullOf(TType::kString)), true);
   writer->End(Complete());
-  EXPECT_EQ(sink.content.substr(0, sink.content.find('\n')),
+  EXPECT_EQ(sink.Text().substr(0, sink.Text().find('\n')),
             "<!-- incomplete: an exchange failed while it was collected -->");
 }
 

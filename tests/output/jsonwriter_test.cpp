@@ -110,8 +110,8 @@ TEST_F(JsonWriter, MarksAnIncompleteInstance) {
   const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
   writer->Begin(Header());
   writer->Instance(*One(TType::kString, TCIMValue("x")), true);
-  EXPECT_EQ(sink.content, R"({"kind":"instance","class":"KROSG_One","incomplete":true,"properties":{"P":"x"}})"
-                          "\n");
+  EXPECT_EQ(sink.Text(), R"({"kind":"instance","class":"KROSG_One","incomplete":true,"properties":{"P":"x"}})"
+                         "\n");
 }
 
 TEST_F(JsonWriter, WritesAnAwkwardInstance) {
@@ -132,16 +132,16 @@ TEST_F(JsonWriter, WritesAnAwkwardInstance) {
 }
 
 TEST_F(JsonWriter, LinesArePassedOnAtOnceAndEndWithASummary) {
-  TStringSink sink;
+  TFlushedSink sink;
   const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
   writer->Begin(Header());
   writer->Instance(*One(TType::kString, TCIMValue("x")), false);
   const std::string line = R"({"kind":"instance","class":"KROSG_One","properties":{"P":"x"}})"
                            "\n";
-  EXPECT_EQ(sink.content, line);
+  EXPECT_EQ(sink.Text(), line);
   EXPECT_EQ(sink.flushedAt, std::vector<std::size_t>{line.size()});
   writer->End(Partial());
-  EXPECT_EQ(sink.content.substr(line.size()),
+  EXPECT_EQ(sink.Text().substr(line.size()),
             R"({"kind":"summary","format_version":1,"machine_type":"6203",)"
             R"("plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.1"},)"
             R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"

@@ -118,7 +118,7 @@ TEST_F(MofWriter, MarksAnIncompleteInstance) {
   const auto writer = MakeWriter(EOutputForm::kMof, sink, {});
   writer->Instance(*One(TType::kString, TCIMValue("x")), true);
   writer->End(Complete());
-  EXPECT_EQ(sink.content.substr(0, sink.content.find("\n\n")),
+  EXPECT_EQ(sink.Text().substr(0, sink.Text().find("\n\n")),
             "// incomplete: an exchange failed while it was collected\ninstance of KROSG_One {\n  P = \"x\";\n};");
 }
 

@@ -92,7 +92,7 @@ std::string TOutputTest::Written(EOutputForm form, const std::vector<TInstancePt
   writer->Begin(Header());
   for (const auto& instance : instances) writer->Instance(*instance, false);
   writer->End(summary);
-  return sink.content;
+  return sink.Text();
 }
 
 TInstancePtr TAwkwardTest::Awkward() {

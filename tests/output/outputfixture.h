@@ -19,12 +19,10 @@ namespace tests {
 using TType = TCIMValue::TCIMType;
 using TInstancePtr = boost::shared_ptr<TInstance>;
 
-/// Keeps what is written, and how much of it each flush found.
-class TStringSink : public ITextSink {
+/// Keeps also how much of the text each flush found.
+class TFlushedSink : public TStringSink {
  public:
-  void Write(std::string_view text) override { content += text; }
-  void Flush() override { flushedAt.push_back(content.size()); }
-  std::string content;
+  void Flush() override { flushedAt.push_back(Text().size()); }
   std::vector<std::size_t> flushedAt;
 };
 

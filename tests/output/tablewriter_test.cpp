@@ -15,7 +15,7 @@ class TableWriter : public TAwkwardTest {
     const auto writer = MakeWriter(EOutputForm::kTable, sink, {width, color});
     writer->Begin(Header());
     writer->Instance(*instance, incomplete);
-    return sink.content;
+    return sink.Text();
   }
   static std::string Summary(const TCollectionSummary& summary, int width = 80, bool color = false) {
     return Written(EOutputForm::kTable, {}, summary, {width, color});
@@ -163,7 +163,7 @@ TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyWhereAsked) {
 }
 
 TEST_F(TableWriter, PassesEachBlockOnAtOnce) {
-  TStringSink sink;
+  TFlushedSink sink;
   const auto writer = MakeWriter(EOutputForm::kTable, sink, {});
   writer->Begin(Header());
   writer->Instance(*One(TType::kString, TCIMValue("x")), false);

@@ -12,7 +12,7 @@ namespace tests {
 namespace {
 
 TEST(TextBuffer, PassesOnEverythingInOrderWhateverTheSizes) {
-  TStringSink sink;
+  TFlushedSink sink;
   TTextBuffer buffer(sink);
   const std::string large(TTextBuffer::kCapacity + 1, 'l');
   const std::string full(TTextBuffer::kCapacity - 1, 'f');
@@ -24,7 +24,7 @@ TEST(TextBuffer, PassesOnEverythingInOrderWhateverTheSizes) {
   buffer.Append(full);
   buffer.Append("34");
   buffer.Flush();
-  EXPECT_TRUE(sink.content == "a" + large + full + "12" + full + "34");
+  EXPECT_TRUE(sink.Text() == "a" + large + full + "12" + full + "34");
   EXPECT_EQ(sink.flushedAt.size(), 1U);
 }
 

@@ -7,15 +7,6 @@
 namespace tests {
 namespace {
 
-class TStringSink : public ITextSink {
- public:
-  void Write(std::string_view text) override { text_ += text; }
-  const std::string& Text() const { return text_; }
-
- private:
-  std::string text_;
-};
-
 std::string Text(const TSchemaFindings& findings) {
   TStringSink sink;
   WriteFindingsAsText(findings, sink);

@@ -19,11 +19,6 @@ class TMemoryReplay : public TReplay {
   explicit TMemoryReplay(const std::string& text) : TReplay("r.jsonl", Stored(text)) {}
 };
 
-struct TTextSink : ITextSink {
-  void Write(std::string_view part) override { text += part; }
-  std::string text;
-};
-
 const std::string kServer = R"(
 machine_type = "6203"
 local_time = 2026-01-31T12:34:56.5+01:00
@@ -86,14 +81,14 @@ std::pair<std::string, std::vector<TSession::TResult>> RecordSession() {
   TSimulatedServer simulator(server);
   TFaultInjector faults(simulator, server.faults);
   TSupervisedServiceProcessor supervised(faults);
-  TTextSink sink;
+  TStringSink sink;
   TRecorder recorder(sink, {"6203", "2026-01-31T12:00:00+01:00", 60, supervised.Discover()});
   supervised.AddObserver(recorder);
   TSession session(supervised);
   session.Run();
   TSimulatedEnvironment simulated(server);
   TRecordingEnvironment(simulated, recorder).LocalTime();
-  return {sink.text, session.results};
+  return {sink.Text(), session.results};
 }
 
 TEST(Replay, GivesTheRecordedAnswersByteForByte) {
