@@ -10,6 +10,7 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <boost/endian/conversion.hpp>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -35,10 +36,7 @@ namespace velhost {
 namespace {
 
 constexpr auto& kId = wire::StorageArea::kManufacturerId;
-constexpr std::uint32_t kEnterprise =
-    std::uint32_t{kId[0]} | std::uint32_t{kId[1]} << 8U | std::uint32_t{kId[2]} << 16U;
 constexpr std::uint8_t kUnspecifiedError = 0xFF;
-static_assert(kEnterprise == 0x003039);
 
 std::vector<std::uint8_t> Answer(TServedNode& node, const msg_t& message, std::size_t capacity) {
   std::vector<std::uint8_t> request(message.data, message.data + message.len);
@@ -73,7 +71,7 @@ int Register(TServedNode& node) {
                                                     static_cast<unsigned char>(command), Handle, &node);
     if (error != 0) return error;
   }
-  return ipmi_emu_register_iana_handler(kEnterprise, Handle, &node);
+  return ipmi_emu_register_iana_handler(boost::endian::load_little_u24(kId.data()), Handle, &node);
 }
 
 /// Parses "NODE FILE" from the configuration.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/endian/conversion.hpp>
 #include <cstdio>
 
 #include "host/base/decimal.h"
@@ -12,6 +13,8 @@ namespace velhost {
 namespace {
 
 using namespace SmbiosLayout;
+using boost::endian::load_little_u16;
+using boost::endian::load_little_u32;
 using TBytes = std::span<const std::uint8_t>;
 
 struct TStructure {
@@ -70,12 +73,6 @@ std::string StringOf(const TStructure& structure, std::size_t number) {
   return {};
 }
 
-std::size_t LittleEndian(TBytes bytes) {
-  std::size_t value = 0;
-  for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
-  return value;
-}
-
 bool StartsWith(TBytes bytes, std::string_view text) {
   return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
 }
@@ -109,10 +106,10 @@ TSmbiosFacts ParseSmbiosTable(std::span<const std::uint8_t> table) {
 
 std::optional<std::size_t> SmbiosTableSize(std::span<const std::uint8_t> entryPoint) {
   if (StartsWith(entryPoint, kAnchor64) && entryPoint.size() >= kTableSize64 + 4) {
-    return LittleEndian(entryPoint.subspan(kTableSize64, 4));
+    return load_little_u32(entryPoint.subspan(kTableSize64, 4).data());
   }
   if (StartsWith(entryPoint, kAnchor32) && entryPoint.size() >= kTableSize32 + 2) {
-    return LittleEndian(entryPoint.subspan(kTableSize32, 2));
+    return load_little_u16(entryPoint.subspan(kTableSize32, 2).data());
   }
   return std::nullopt;
 }
