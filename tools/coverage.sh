@@ -16,8 +16,8 @@ sources_of() {
     ffdc|r8|jfr) echo "$1/" ;;
     output) echo host/output/ ;;
     mof) echo host/schema/ ;;
-    recording) echo host/bmc/{replay,recordingline,linereader,hexpairs}. ;;
-    serverfile) echo host/bmc/{serverfile,toml,faulttable,faultinjector,simulatedserver} ;;
+    recording) echo host/bmc/record/{replay,recordingline}. host/base/{linereader,hex}. ;;
+    serverfile) echo host/bmc/sim/{serverfile,toml,faulttable,faultinjector,simulatedserver} ;;
     smbios) echo host/bmc/smbios/smbios. ;;
     commandline) echo host/velhost/{commandline,optiontable,help}. ;;
     *) echo "no such target: $1" >&2; exit 64 ;;

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host/base/hex.h"
-#include "host/output/scalartext.h"
+#include "host/output/valuetext.h"
 
 namespace velhost {
 

@@ -5,7 +5,7 @@
 #include "host/base/decimal.h"
 #include "host/base/hex.h"
 #include "host/base/unsafetext.h"
-#include "host/output/valuelist.h"
+#include "host/output/valuetext.h"
 
 namespace velhost {
 
@@ -15,20 +15,6 @@ using TType = TCIMValue::TCIMType;
 
 constexpr TListSigns kSigns = {"null", '[', ",", ']'};
 constexpr TPlainCharacters kPlain = PlainBut("\"\\\x7f");
-
-// The short escapes of JSON; every other control character is written as its number.
-char ShortEscape(char32_t character) {
-  switch (character) {
-    case '"': return '"';
-    case '\\': return '\\';
-    case '\b': return 'b';
-    case '\f': return 'f';
-    case '\n': return 'n';
-    case '\r': return 'r';
-    case '\t': return 't';
-    default: return '\0';
-  }
-}
 
 }  // namespace
 

@@ -7,7 +7,7 @@
 #include "host/base/unsafetext.h"
 #include "host/base/utf8.h"
 #include "host/output/summarytext.h"
-#include "host/output/valuelist.h"
+#include "host/output/valuetext.h"
 
 namespace velhost {
 
@@ -24,19 +24,6 @@ std::size_t LiteralSize(std::string_view text) {
   std::size_t size = std::min(kLiteralSize, text.size());
   while (size < text.size() && size < kLiteralSize + 3 && IsUtf8Continuation(text[size])) ++size;
   return size;
-}
-
-char ShortEscape(char32_t character) {
-  switch (character) {
-    case '"': return '"';
-    case '\\': return '\\';
-    case '\b': return 'b';
-    case '\f': return 'f';
-    case '\n': return 'n';
-    case '\r': return 'r';
-    case '\t': return 't';
-    default: return '\0';
-  }
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "host/output/iinstancewriter.h"
-#include "host/output/scalartext.h"
 #include "host/output/textbuffer.h"
+#include "host/output/valuetext.h"
 
 namespace velhost {
 

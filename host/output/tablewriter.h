@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/output/capturefile.h"
+#include "host/output/capturefiles.h"
 #include "host/output/iinstancewriter.h"
 #include "host/output/tablelayout.h"
 

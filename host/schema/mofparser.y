@@ -33,7 +33,6 @@ class TScanner;
 %code {
 #include <array>
 
-#include "host/schema/mofexpected.h"
 #include "host/schema/mofscanner.h"
 #include "host/schema/mofwords.h"
 

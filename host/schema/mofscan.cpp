@@ -5,7 +5,7 @@
 #include "host/base/text.h"
 #include "host/schema/moftext.h"
 #include "host/schema/mofwords.h"
-#include "host/schema/schemacost.h"
+#include "host/schema/schemalimits.h"
 #include "mofparser.hpp"
 
 namespace velhost::Mof {

@@ -2,7 +2,7 @@
 #include <charconv>
 
 #include "host/schema/mofscan.h"
-#include "host/schema/schemacost.h"
+#include "host/schema/schemalimits.h"
 
 namespace velhost::Mof {
 

@@ -24,7 +24,7 @@ struct TSchemaLimits {
   std::size_t propertiesPerClass = 4096;   ///< inherited ones too
   std::size_t modelEntries = 4U << 20U;    ///< properties and qualifiers of all classes as each class sees them
   std::size_t instanceValues = 1U << 20U;  ///< properties of all instances, set or not
-  std::size_t memory = 192U << 20U;        ///< bytes for what all texts declare, estimated by schemacost.h
+  std::size_t memory = 192U << 20U;        ///< bytes for what all texts declare, by the estimates below
   std::size_t diagnostics = 100;           ///< errors shown, and as many warnings; the others are counted
   /// Called again and again while a schema is read. Time is limited by what it throws; empty: no limit.
   std::function<void()> checkStop = {};
@@ -35,3 +35,22 @@ struct TSchemaLimits {
 };
 
 }  // namespace velhost
+
+// What the parts of a schema take in memory, from their syntax to the object model. Measured as the growth of the peak
+// with schemas of one kind of part each, and rounded up.
+namespace velhost::Mof {
+
+inline constexpr std::size_t kCostOfClass = 1200;
+inline constexpr std::size_t kCostOfProperty = 700;
+inline constexpr std::size_t kCostOfMethod = 450;
+inline constexpr std::size_t kCostOfParameter = 200;
+inline constexpr std::size_t kCostOfQualifierDeclaration = 400;
+inline constexpr std::size_t kCostOfQualifier = 350;
+inline constexpr std::size_t kCostOfInstance = 400;
+inline constexpr std::size_t kCostOfAssignment = 80;
+inline constexpr std::size_t kCostOfLiteral = 200;
+inline constexpr std::size_t kCostOfPiece = 32;  // of a string
+inline constexpr std::size_t kCostOfName = 100;  // after a word that declares one
+inline constexpr std::size_t kCostOfPragma = 100;
+
+}  // namespace velhost::Mof

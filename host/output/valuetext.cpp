@@ -1,4 +1,4 @@
-#include "host/output/scalartext.h"
+#include "host/output/valuetext.h"
 
 #include <algorithm>
 #include <charconv>
