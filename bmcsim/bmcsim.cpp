@@ -79,14 +79,14 @@ std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
   char* behind = nullptr;
   const long number = std::strtol(options.c_str(), &behind, 10);
   if (behind == options.c_str() || *behind != ' ' || behind[1] == '\0' || number < 0 || number > 0xFFFF) {
-    throw THostError(EExitStatus::kUsage, "the options are '" + options + "'; expected 'NODE FILE'");
+    throw THostError(EFailure::kInvalidArgument, "the options are '" + options + "'; expected 'NODE FILE'");
   }
   const std::string file = behind + 1;
   const int node = static_cast<int>(number);
   TFileReader reader;
   TServerFile server = ReadServerFile(file, reader);
   const TNotServed refusal = ReasonNotToServe(server, node);
-  if (!refusal.reason.empty()) throw THostError(EExitStatus::kBadData, DescribeNotServed(refusal, file));
+  if (!refusal.reason.empty()) throw THostError(EFailure::kMalformed, DescribeNotServed(refusal, file));
   return std::make_unique<TServedNode>(std::move(server), node);
 }
 

@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(parsed.has_value() == answer.empty());
     if (parsed) Check(*parsed);
   } catch (const THostError& error) {
-    Require(error.Status() == EExitStatus::kUsage && *error.what() != '\0');
+    Require(error.Kind() == EFailure::kInvalidArgument && *error.what() != '\0');
   }
   return 0;
 }

@@ -2,7 +2,7 @@
 
 namespace velhost {
 
-THostError::THostError(EExitStatus status, const std::string& message) : std::runtime_error(message), status_(status) {}
+THostError::THostError(EFailure kind, const std::string& message) : std::runtime_error(message), kind_(kind) {}
 
 THostError::~THostError() = default;
 

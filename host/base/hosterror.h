@@ -1,4 +1,4 @@
-// Failures that end a host command, with the exit status that tells a script what happened.
+// Failures of the host, with what happened. The command gives each kind its exit status.
 #pragma once
 
 #include <stdexcept>
@@ -8,32 +8,32 @@
 
 namespace velhost {
 
-/// Exit statuses of velhost; from 64 on those of sysexits.h.
-enum class EExitStatus : int {
-  kComplete = 0,
-  kPartial = 3,        ///< a request ended in an exception, or the run was stopped early
-  kUsage = 64,         ///< the command line
-  kBadData = 65,       ///< a schema, server file or recording does not say what it should
-  kNoInput = 66,       ///< an input cannot be opened
-  kUnavailable = 69,   ///< the service processor cannot be reached
-  kInternal = 70,      ///< a defect of the host or of a plugin
-  kCannotCreate = 73,  ///< an output cannot be created
-  kWriteFailed = 74,   ///< a write failed
-  kNoPermission = 77,  ///< permission denied or authentication refused
+enum class EFailure {
+  kInvalidArgument,  ///< a word of the caller's names nothing that exists or can be used
+  kMalformed,        ///< a schema, server file or recording does not say what it should
+  kTooLarge,         ///< an input, or what it asks for, exceeds a limit
+  kAbsent,           ///< an input does not exist or cannot be read
+  kDenied,           ///< the system denies permission
+  kRefused,          ///< the service processor refuses the user or the password
+  kUnreachable,      ///< the service processor, or a program that is needed, cannot be reached
+  kStopped,          ///< interrupted, or out of time
+  kNotCreated,       ///< an output cannot be created
+  kNotWritten,       ///< a write failed
+  kDefect,           ///< a defect of the host or of a plugin
 };
 
-/// Ends the command with the status. The message says what happened, where, and what to do next;
-/// it has no trailing newline and no program name, and may have several lines.
+/// Ends the command. The message says what happened, where, and what to do next; it has no trailing newline and no
+/// program name, and may have several lines.
 class VELHOST_API THostError : public std::runtime_error {
  public:
-  THostError(EExitStatus status, const std::string& message);
+  THostError(EFailure kind, const std::string& message);
   THostError(const THostError&) = default;
   THostError& operator=(const THostError&) = default;
   ~THostError() override;
-  EExitStatus Status() const noexcept { return status_; }
+  EFailure Kind() const noexcept { return kind_; }
 
  private:
-  EExitStatus status_;
+  EFailure kind_;
 };
 
 }  // namespace velhost

@@ -26,12 +26,12 @@ constexpr std::size_t kPiece = std::size_t{4} << 20U;  // between two looks at t
 constexpr std::size_t kPipePiece = 65536;
 
 [[noreturn]] void ThrowErrno(const std::string& path, const char* what, int error) {
-  throw THostError(error == EACCES || error == EPERM ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+  throw THostError(error == EACCES || error == EPERM ? EFailure::kDenied : EFailure::kAbsent,
                    std::string("cannot ") + what + " " + SafeText(path) + ": " + std::strerror(error));
 }
 
 [[noreturn]] void ThrowTooLarge(const std::string& path, std::size_t limit) {
-  throw THostError(EExitStatus::kBadData,
+  throw THostError(EFailure::kTooLarge,
                    SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
 }
 
@@ -83,7 +83,7 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
     if (n == 0 && found >= 0 && (waiter.revents & POLLHUP) != 0) return content;
     silence += kStep;
   }
-  throw THostError(EExitStatus::kNoInput, "cannot read " + SafeText(path) + ": a pipe that nobody writes to");
+  throw THostError(EFailure::kAbsent, "cannot read " + SafeText(path) + ": a pipe that nobody writes to");
 }
 
 std::string TFileReader::Read(const std::string& path, std::size_t limit) {
@@ -99,8 +99,7 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
     readPipe_ = true;
     return ReadPipe(file.Get(), path, limit);
   }
-  if (!S_ISREG(status.st_mode))
-    throw THostError(EExitStatus::kNoInput, "cannot read " + SafeText(path) + ": not a file");
+  if (!S_ISREG(status.st_mode)) throw THostError(EFailure::kAbsent, "cannot read " + SafeText(path) + ": not a file");
   if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);
   realPath_ = RealPathOf(file.Get());
   std::string content(static_cast<std::size_t>(status.st_size), '\0');

@@ -12,7 +12,7 @@
 
 namespace velhost {
 
-/// The whole input is not to be read, as when the run was stopped (kPartial). Passes through whoever turns other
+/// The whole input is not to be read, as when the run was stopped (kStopped). Passes through whoever turns other
 /// failures of a read into diagnostics.
 class VELHOST_API TEndedReading : public THostError {
  public:
@@ -26,7 +26,7 @@ class VELHOST_API ISourceReader {
  public:
   virtual ~ISourceReader();
   /// The whole content. An input that cannot be opened or is larger than `limit` bytes throws
-  /// THostError (kNoInput, kNoPermission or kBadData) with a message that names it.
+  /// THostError (kAbsent, kDenied or kMalformed) with a message that names it.
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
   /// Whether what was read last lies in the folder or below, all links resolved; the empty path is the current folder.
   /// A pipe lies in every folder: whoever names one has its content already. A reader that cannot tell says no.
@@ -42,7 +42,7 @@ class VELHOST_API TFileReader : public ISourceReader {
  public:
   TFileReader() = default;
   /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it. One
-  /// that nothing comes from for so long throws THostError (kNoInput). CheckStop is asked meanwhile, at once when a
+  /// that nothing comes from for so long throws THostError (kAbsent). CheckStop is asked meanwhile, at once when a
   /// signal is handled.
   explicit TFileReader(std::vector<std::string> pipes, std::chrono::milliseconds patience = std::chrono::minutes(1))
       : pipes_(std::move(pipes)), patience_(patience) {}

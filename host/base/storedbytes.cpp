@@ -104,8 +104,7 @@ TStoredBytes TStoredBytes::OfInput(const std::string& path, std::size_t limit, I
   if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode)) {
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size > limit) {
-      throw THostError(EExitStatus::kBadData,
-                       path + " is larger than the limit of " + std::to_string(limit) + " bytes");
+      throw THostError(EFailure::kTooLarge, path + " is larger than the limit of " + std::to_string(limit) + " bytes");
     }
     return {std::move(file), size};
   }

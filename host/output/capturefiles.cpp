@@ -97,7 +97,7 @@ std::optional<std::string> TCaptureFolder::Write(const TInstance& instance) cons
 }
 
 void TCaptureFolder::FailToCreate(const std::string& reason) const {
-  throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create the folder {}: {}", SafeText(path_), reason));
+  throw THostError(EFailure::kNotCreated, fmt::format("cannot create the folder {}: {}", SafeText(path_), reason));
 }
 
 }  // namespace velhost

@@ -38,13 +38,13 @@ std::string CaptureFileName(const TCaptureFile& capture);
 class TCaptureFolder {
  public:
   /// Creates the folder if it does not exist; its parent has to. It is held open, so that all files go into
-  /// the same one. Throws THostError (kCannotCreate), also if the path is a link that the kernel refuses to
+  /// the same one. Throws THostError (kNotCreated), also if the path is a link that the kernel refuses to
   /// follow.
   explicit TCaptureFolder(const std::string& path);
 
   /// Writes the capture file that the instance holds and returns its path; empty for an instance that
   /// holds none (see CaptureFileOf). The file is there whole or not at all, and takes the place of
-  /// whatever has its name: a link is replaced and never followed. Throws THostError (kCannotCreate, kWriteFailed) that
+  /// whatever has its name: a link is replaced and never followed. Throws THostError (kNotCreated, kNotWritten) that
   /// names the file.
   std::optional<std::string> Write(const TInstance& instance) const;
 

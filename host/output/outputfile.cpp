@@ -27,10 +27,9 @@ void WriteOut(int descriptor, std::string_view text, const std::string& name) {
   switch (const int error = WriteAll(descriptor, text)) {
     case 0: return;
     case EPIPE: throw TClosedPipe(name);
-    case EBADF: throw THostError(EExitStatus::kWriteFailed, fmt::format("{} is closed", SafeText(name)));
+    case EBADF: throw THostError(EFailure::kNotWritten, fmt::format("{} is closed", SafeText(name)));
     default:
-      throw THostError(EExitStatus::kWriteFailed,
-                       fmt::format("cannot write {}: {}", SafeText(name), std::strerror(error)));
+      throw THostError(EFailure::kNotWritten, fmt::format("cannot write {}: {}", SafeText(name), std::strerror(error)));
   }
 }
 
@@ -71,7 +70,7 @@ mode_t ModeInPlaceOf(const struct stat& old, const struct stat& now) {
 }  // namespace
 
 TClosedPipe::TClosedPipe(const std::string& name)
-    : THostError(EExitStatus::kWriteFailed, fmt::format("nobody reads {} any more", SafeText(name))) {}
+    : THostError(EFailure::kNotWritten, fmt::format("nobody reads {} any more", SafeText(name))) {}
 
 void IgnoreBrokenPipeSignal() { std::signal(SIGPIPE, SIG_IGN); }
 
@@ -224,12 +223,11 @@ void TOutputFile::Discard() noexcept {
 }
 
 void TOutputFile::FailToCreate(const std::string& reason) const {
-  throw THostError(EExitStatus::kCannotCreate, fmt::format("cannot create {}: {}", SafeText(path_), reason));
+  throw THostError(EFailure::kNotCreated, fmt::format("cannot create {}: {}", SafeText(path_), reason));
 }
 
 void TOutputFile::FailToWrite(int error) const {
-  throw THostError(EExitStatus::kWriteFailed,
-                   fmt::format("cannot write {}: {}", SafeText(path_), std::strerror(error)));
+  throw THostError(EFailure::kNotWritten, fmt::format("cannot write {}: {}", SafeText(path_), std::strerror(error)));
 }
 
 }  // namespace velhost

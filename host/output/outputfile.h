@@ -24,7 +24,7 @@ class TClosedPipe : public THostError {
 void IgnoreBrokenPipeSignal();
 
 /// Writes to an open descriptor, gathering small pieces. Partial writes, interruptions by signals and
-/// a descriptor that does not block are dealt with. Throws TClosedPipe, or THostError (kWriteFailed)
+/// a descriptor that does not block are dealt with. Throws TClosedPipe, or THostError (kNotWritten)
 /// that names the target. Nothing is written on destruction: Flush says whether all went well.
 class TDescriptorSink : public ITextSink {
  public:
@@ -52,7 +52,7 @@ class TDescriptorSink : public ITextSink {
 class TOutputFile : public ITextSink {
  public:
   enum class EUnfinished { kNameless, kNamed };
-  /// Throws THostError (kCannotCreate) if the file cannot be created or must not be written.
+  /// Throws THostError (kNotCreated) if the file cannot be created or must not be written.
   /// kNamed does without a nameless file, as file systems do that have none.
   explicit TOutputFile(const std::string& path, EUnfinished unfinished = EUnfinished::kNameless);
   /// The file `name` of an open folder, which is not owned. What has that name is replaced, whatever it is but
@@ -65,7 +65,7 @@ class TOutputFile : public ITextSink {
   void Write(std::string_view text) override { sink_->Write(text); }
   /// Has no effect on when the file appears.
   void Flush() override { sink_->Flush(); }
-  /// Once, after everything is written. Throws THostError (kWriteFailed) and leaves the target as it
+  /// Once, after everything is written. Throws THostError (kNotWritten) and leaves the target as it
   /// was.
   void Commit();
 

@@ -5,6 +5,7 @@
 
 #include <boost/make_shared.hpp>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <vector>
@@ -21,10 +22,10 @@ namespace {
 // called through a pointer without noexcept, the exception can be caught.
 using TOpenFunction = void* (*)(const char*, int);
 
-void PrintAndExit(const std::string& message) {
-  const std::string text = "velhost: " + message + "\n";
+void PrintAndAbort(const std::string& message) {
+  const std::string text = message + "\n";
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-  _exit(static_cast<int>(EExitStatus::kInternal));
+  std::abort();
 }
 
 std::string CurrentExceptionText() {
@@ -96,7 +97,7 @@ void TLoadedPlugin::Call(const char* operation, const boost::function<void()>& c
   } catch (const THostError&) {
     throw;
   } catch (...) {
-    throw THostError(EExitStatus::kInternal,
+    throw THostError(EFailure::kDefect,
                      "plugin " + SafeText(path_) + " failed in " + operation + ": " + CurrentExceptionText());
   }
 }
@@ -106,7 +107,7 @@ IPluginBasicQueryCallbacks* TLoadedPlugin::Query() const {
 }
 
 TPluginLoader::TPluginLoader(ILibraryLoader& loader)
-    : loader_(loader), registry_(boost::make_shared<TPluginRegistry>()), fatal_(&PrintAndExit) {
+    : loader_(loader), registry_(boost::make_shared<TPluginRegistry>()), fatal_(&PrintAndAbort) {
   THostServices::SetPluginManager(registry_);
 }
 
@@ -115,7 +116,7 @@ TPluginLoader::~TPluginLoader() { THostServices::SetPluginManager({}); }
 void* TPluginLoader::OpenLibrary(const std::string& path) {
   if (access(path.c_str(), R_OK) != 0) {
     const int error = errno;
-    throw THostError(error == EACCES ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+    throw THostError(error == EACCES ? EFailure::kDenied : EFailure::kAbsent,
                      "cannot open plugin " + SafeText(path) + ": " + std::strerror(error));
   }
   std::string error;
@@ -129,8 +130,7 @@ void* TPluginLoader::OpenLibrary(const std::string& path) {
   }
   if (library == nullptr) {
     registry_->EndLoading();
-    throw THostError(EExitStatus::kNoInput,
-                     "plugin " + SafeText(path) + " is not a library that can be loaded: " + error);
+    throw THostError(EFailure::kAbsent, "plugin " + SafeText(path) + " is not a library that can be loaded: " + error);
   }
   return library;
 }
@@ -148,7 +148,7 @@ std::unique_ptr<TLoadedPlugin> TPluginLoader::Load(const std::string& path) {
   } else {
     loader_.Close(library);
   }
-  throw THostError(EExitStatus::kNoInput, "plugin " + SafeText(path) + " cannot be used: " + reason);
+  throw THostError(EFailure::kAbsent, "plugin " + SafeText(path) + " cannot be used: " + reason);
 }
 
 }  // namespace velhost

@@ -40,7 +40,7 @@ struct TPluginIdentity {
 
 /// A registered plugin. The destructor tells the plugin to delete its object and unloads the library.
 ///
-/// Any exception from the plugin becomes a THostError (kInternal) that names the plugin and the operation; a
+/// Any exception from the plugin becomes a THostError (kDefect) that names the plugin and the operation; a
 /// THostError, which is the host's own, passes through unchanged.
 class VELHOST_API TLoadedPlugin {
  public:
@@ -73,7 +73,7 @@ class VELHOST_API TPluginLoader {
  public:
   /// Called with the message when a library's initialiser throws; must not return. By then the library is
   /// mapped but half initialised, and the dynamic loader's lock may still be held, so the only safe thing to
-  /// do is to leave the process at once. The default prints the message and calls _exit(70).
+  /// do is to leave the process at once. The default prints the message and aborts.
   using TFatalHandler = boost::function<void(const std::string&)>;
 
   /// Installs the registry as the process's plugin manager. `loader` is not owned.
@@ -84,7 +84,7 @@ class VELHOST_API TPluginLoader {
 
   void SetFatalHandler(TFatalHandler handler) { fatal_ = std::move(handler); }
 
-  /// Throws THostError (kNoInput) if the file is missing, is not a library, or does not register exactly one
+  /// Throws THostError (kAbsent) if the file is missing, is not a library, or does not register exactly one
   /// plugin object; in that case the library is unloaded again.
   std::unique_ptr<TLoadedPlugin> Load(const std::string& path);
 

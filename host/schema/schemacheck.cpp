@@ -57,8 +57,4 @@ void WriteFindingsAsJson(const TSchemaFindings& findings, ITextSink& sink) {
   sink.Write(SafeJson(document.dump(-1, ' ', false, TJson::error_handler_t::replace)) + "\n");
 }
 
-EExitStatus StatusOf(const TSchemaFindings& findings) {
-  return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
-}
-
 }  // namespace velhost

@@ -31,8 +31,4 @@ void WriteFindingsAsText(const TSchemaFindings& findings, ITextSink& sink);
 /// schema has null for line and column.
 void WriteFindingsAsJson(const TSchemaFindings& findings, ITextSink& sink);
 
-/// kComplete, or kBadData when there is any finding, be it a warning: a schema that is checked is
-/// either in order or not.
-EExitStatus StatusOf(const TSchemaFindings& findings);
-
 }  // namespace velhost

@@ -31,10 +31,10 @@ std::vector<std::string> FilesOf(const std::string& folder) {
       if (IsMofFile(entry)) files.push_back(entry.path().string());
     }
   } catch (const fs::filesystem_error& error) {
-    throw THostError(error.code() == std::errc::permission_denied ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+    throw THostError(error.code() == std::errc::permission_denied ? EFailure::kDenied : EFailure::kAbsent,
                      "cannot read the folder " + SafeText(folder) + ": " + error.code().message());
   }
-  if (files.empty()) throw THostError(EExitStatus::kNoInput, "the folder " + SafeText(folder) + " holds no .mof file");
+  if (files.empty()) throw THostError(EFailure::kAbsent, "the folder " + SafeText(folder) + " holds no .mof file");
   std::sort(files.begin(), files.end());
   return files;
 }
@@ -80,7 +80,7 @@ class TLoader {
   void Walk(const TSchemaUnit& unit, std::size_t depth);
   void Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
   void Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
-  void Refuse(const std::string& path, const TIncluder* includer, const std::string& message);
+  void Refuse(const std::string& path, const TIncluder* includer, const std::string& message, EFailure failure);
   std::uint32_t AddSource(const std::string& path, std::string text);
 
   ISourceReader& reader_;
@@ -99,8 +99,8 @@ std::uint32_t TLoader::AddSource(const std::string& path, std::string text) {
 }
 
 // An error in the place of the pragma, or of the file as a whole.
-void TLoader::Refuse(const std::string& path, const TIncluder* includer, const std::string& message) {
-  log_.Error(includer ? includer->place : TSchemaPlace{AddSource(path, {}), kWholeFile}, message);
+void TLoader::Refuse(const std::string& path, const TIncluder* includer, const std::string& message, EFailure failure) {
+  log_.ReadError(includer ? includer->place : TSchemaPlace{AddSource(path, {}), kWholeFile}, message, failure);
 }
 
 bool TLoader::IsNew(const std::string& key, const std::string& path, const TIncluder* includer) {
@@ -121,15 +121,17 @@ std::string TLoader::ReadText(const std::string& path, const TIncluder* includer
   } catch (const TEndedReading&) {
     throw;
   } catch (const THostError& error) {
-    if (error.Status() != EExitStatus::kBadData) {
+    if (error.Kind() != EFailure::kTooLarge) {
       if (!includer) throw;
-      Refuse(path, includer, error.what());
+      Refuse(path, includer, error.what(), error.Kind());
     } else if (limit == limits_.fileSize) {
-      Refuse(path, includer, "the file " + SafeText(path) + " is larger than " + std::to_string(limit) + " bytes");
+      Refuse(path, includer, "the file " + SafeText(path) + " is larger than " + std::to_string(limit) + " bytes",
+             EFailure::kTooLarge);
     } else {
       Refuse(path, includer,
              "with the file " + SafeText(path) + " the schema is larger than " + std::to_string(limits_.totalSize) +
-                 " bytes in all");
+                 " bytes in all",
+             EFailure::kTooLarge);
     }
   }
   return {};
@@ -144,7 +146,8 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   const std::string key = fs::path(path).lexically_normal().string();
   if (!IsNew(key, path, includer)) return;
   if (states_.size() == limits_.files) {
-    Refuse(path, includer, "the schema has more than " + std::to_string(limits_.files) + " files");
+    Refuse(path, includer, "the schema has more than " + std::to_string(limits_.files) + " files",
+           EFailure::kMalformed);
   }
   if (states_.size() >= limits_.files) return;
   states_[key] = EState::kOpen;

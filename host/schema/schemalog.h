@@ -8,11 +8,13 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/base/hosterror.h"
 #include "host/base/nearestname.h"
 #include "host/base/textdiagnostic.h"
 #include "host/schema/mofsyntax.h"
@@ -77,15 +79,24 @@ class TSchemaLog {
   explicit TSchemaLog(std::size_t limit) : errors_{limit, 0, {}}, warnings_{limit, 0, {}} {}
 
   void Error(TSchemaPlace place, std::string message) {
+    failure_ = EFailure::kMalformed;
+    Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kOther, std::move(message)});
+  }
+  /// A file cannot be read, with what the read failed of.
+  void ReadError(TSchemaPlace place, std::string message, EFailure failure) {
+    if (!failure_) failure_ = failure;
     Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kOther, std::move(message)});
   }
   /// The same of the grammar: what it expects tells nothing of the text.
   void SyntaxError(TSchemaPlace place, std::string message) {
+    failure_ = EFailure::kMalformed;
     Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kGrammar, std::move(message)});
   }
   void Warning(TSchemaPlace place, std::string message) {
     Add(warnings_, {place, EDiagnosticSeverity::kWarning, ESource::kOther, std::move(message)});
   }
+  /// What is wrong with a schema that has errors: what its first unreadable file failed of, if no text has an error.
+  EFailure Failure() const { return failure_.value_or(EFailure::kMalformed); }
   /// All of them, kept or not.
   std::size_t Errors() const { return errors_.count; }
   std::size_t Warnings() const { return warnings_.count; }
@@ -128,6 +139,7 @@ class TSchemaLog {
   void Add(TList& list, TEntry entry);
 
   TList errors_;
+  std::optional<EFailure> failure_;
   TList warnings_;
   std::map<std::uint32_t, TUnsaid> unsaid_;  // of the hidden files
   std::set<std::string> hiddenFiles_;

@@ -41,6 +41,7 @@ TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& r
   }
   result.errors = log.Errors();
   result.warnings = log.Warnings();
+  result.failure = log.Failure();
   result.diagnostics = log.Finish(*schema.sources);
   return result;
 }

@@ -21,6 +21,8 @@ struct TSchemaResult {
   /// How many there are, shown or not.
   std::size_t errors = 0;
   std::size_t warnings = 0;
+  /// If there are errors: what an unreadable file failed of if nothing else is wrong, else kMalformed.
+  EFailure failure = EFailure::kMalformed;
   /// What "instance of" declares, in order, typed against the classes. A reference given by an alias
   /// holds the alias ("$Name").
   std::vector<boost::shared_ptr<TInstance>> instances;
@@ -35,7 +37,7 @@ struct TSchemaResult {
 /// or included. The classes may refer to each other across all files.
 ///
 /// Whatever the texts hold ends in diagnostics. A path that cannot be opened throws THostError
-/// (kNoInput or kNoPermission); an included file that cannot is an error of the including one.
+/// (kAbsent or kDenied); an included file that cannot is an error of the including one.
 TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader);
 TSchemaResult ReadSchema(const std::vector<std::string>& paths, ISourceReader& reader, const TSchemaLimits& limits);
 

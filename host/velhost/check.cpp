@@ -22,7 +22,8 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
     WriteFindingsAsText(findings, text);
   }
   WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
-  return StatusOf(findings);
+  // A schema that is checked is either in order or not: a warning counts as well.
+  return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
 }
 
 }  // namespace velhost

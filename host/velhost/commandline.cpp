@@ -19,7 +19,7 @@ namespace velhost {
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& message) { throw THostError(EExitStatus::kUsage, message); }
+[[noreturn]] void Fail(const std::string& message) { throw THostError(EFailure::kInvalidArgument, message); }
 
 std::vector<std::string> VerbNames() {
   std::vector<std::string> names;
@@ -276,7 +276,7 @@ std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arg
   } catch (const THostError& error) {
     const TVerb* const verb = VerbOf(given);
     const std::string place = verb == nullptr ? "velhost " : "velhost " + verb->name + " ";
-    throw THostError(error.Status(), error.what() + ("\nSee \"" + place + "--help\"."));
+    throw THostError(error.Kind(), error.what() + ("\nSee \"" + place + "--help\"."));
   }
 }
 

@@ -64,7 +64,7 @@ struct TCommandLine {
 };
 
 /// Reads the arguments (without the program's name). Help and version texts are set as `text`, and the
-/// result is empty: the command is done. Wrong usage throws THostError (kUsage) whose message names
+/// result is empty: the command is done. Wrong usage throws THostError (kInvalidArgument) whose message names
 /// the argument and, where one is near, what was probably meant.
 std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text);
 

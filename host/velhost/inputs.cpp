@@ -97,14 +97,14 @@ void TInputReader::NoteAndJudge(const std::string& path, std::string_view start)
   const bool isNamed = std::find(paths_.begin(), paths_.end(), path) != paths_.end();
   const std::string wrong =
       isNamed && use_.kind != EFileKind::kUnknown ? WrongKindText(use_.kind, path, start) : std::string();
-  if (!wrong.empty()) throw TEndedReading(EExitStatus::kBadData, wrong);
+  if (!wrong.empty()) throw TEndedReading(EFailure::kMalformed, wrong);
 }
 
 void TInputReader::CheckStop() {
   const TStopSignal& stop = inputs_.Stop();
   if (!stop.IsStopped()) return;
   const std::string why = stop.WasRequested() ? "interrupted" : "deadline reached";
-  throw TEndedReading(EExitStatus::kPartial, why + " while " + use_.what + " was read; nothing was collected");
+  throw TEndedReading(EFailure::kStopped, why + " while " + use_.what + " was read; nothing was collected");
 }
 
 }  // namespace velhost

@@ -26,9 +26,9 @@ std::string TInstallation::FindServer(const std::string& name) const {
   if (isHere || name.find('/') != std::string::npos) return name;
   std::string shipped = ServerFolder() + "/" + name;
   if (fs::exists(shipped, error)) return shipped;
-  throw THostError(EExitStatus::kNoInput, "cannot open " + SafeText(name) +
-                                              ": no such file here, and none among the shipped servers in " +
-                                              SafeText(ServerFolder()));
+  throw THostError(EFailure::kAbsent, "cannot open " + SafeText(name) +
+                                          ": no such file here, and none among the shipped servers in " +
+                                          SafeText(ServerFolder()));
 }
 
 }  // namespace velhost

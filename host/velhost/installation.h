@@ -16,7 +16,7 @@ class TInstallation {
   std::string SchemaFolder() const;
   std::string ServerFolder() const;
   /// The path of a server file that the user has named: of one that is shipped, if the name has no folder and
-  /// nothing has it here. Throws THostError (kNoInput) with both places if it is in neither.
+  /// nothing has it here. Throws THostError (kAbsent) with both places if it is in neither.
   std::string FindServer(const std::string& name) const;
   std::string ModuleFolder() const;
 

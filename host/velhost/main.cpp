@@ -12,6 +12,7 @@
 #include "host/bmc/lan/lanspec.h"
 #include "host/output/outputfile.h"
 #include "host/velhost/commandline.h"
+#include "host/velhost/exitstatus.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/simulate/simulate.h"
@@ -35,7 +36,7 @@ velhost::EExitStatus RunVerb(const velhost::TCommandLine& commandLine) {
     case velhost::EVerb::kCheck: return velhost::CheckSchemaFiles(commandLine, installation);
     case velhost::EVerb::kSimulate: return velhost::SimulateCommand(commandLine.simulate, installation);
   }
-  throw velhost::THostError(velhost::EExitStatus::kInternal, "unknown command");
+  throw velhost::THostError(velhost::EFailure::kDefect, "unknown command");
 }
 
 int RunCommand(const std::vector<std::string>& arguments) {
@@ -50,9 +51,9 @@ int RunCommand(const std::vector<std::string>& arguments) {
   return 0;
 }
 
-int Fail(velhost::EExitStatus status, const std::string& message) {
+int Fail(velhost::EFailure kind, const std::string& message) {
   velhost::Say(message);
-  return static_cast<int>(status);
+  return static_cast<int>(velhost::StatusOf(kind));
 }
 
 // Without a string of its own, and without a stream: they take memory.
@@ -75,15 +76,15 @@ int main(int argc, char** argv) {
     velhost::PrepareStandardStreams();
     return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const velhost::TClosedPipe& closed) {
-    return static_cast<int>(closed.Status());  // quietly: whoever read the output has seen enough
+    return static_cast<int>(velhost::StatusOf(closed.Kind()));  // quietly: whoever read the output has seen enough
   } catch (const velhost::THostError& error) {
-    return Fail(error.Status(), error.what());
+    return Fail(error.Kind(), error.what());
   } catch (const std::bad_alloc&) {
     WriteBare("velhost: internal error: there is not enough memory\n");
     return static_cast<int>(velhost::EExitStatus::kInternal);
   } catch (const std::exception& error) {
-    return Fail(velhost::EExitStatus::kInternal, std::string("internal error: ") + error.what());
+    return Fail(velhost::EFailure::kDefect, std::string("internal error: ") + error.what());
   } catch (...) {
-    return Fail(velhost::EExitStatus::kInternal, "internal error: an exception of unknown type");
+    return Fail(velhost::EFailure::kDefect, "internal error: an exception of unknown type");
   }
 }

@@ -7,6 +7,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 #include "host/output/outputfile.h"
+#include "host/velhost/exitstatus.h"
 
 namespace velhost {
 
@@ -34,6 +35,11 @@ std::string_view WithoutLastNewlines(std::string_view text) {
 }  // namespace
 
 void Say(std::string_view text) { WriteOut(std::string(kPrefix) + SafeLines(WithoutLastNewlines(text)) + "\n"); }
+
+void SayAndEndAtOnce(const std::string& text) {
+  Say(text);
+  _exit(static_cast<int>(EExitStatus::kInternal));
+}
 
 void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics) {
   for (const TTextDiagnostic& diagnostic : diagnostics) Say(FormatDiagnostic(diagnostic));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,9 @@ namespace velhost {
 /// first. What could disturb a terminal shows as escapes (SafeLines). Failed writes are ignored:
 /// nobody is left to tell.
 void Say(std::string_view text);
+
+/// Says the text and ends the process as a defect, without running anything else of it.
+[[noreturn]] void SayAndEndAtOnce(const std::string& text);
 
 /// Each diagnostic as FormatDiagnostic has it, behind "velhost: ".
 void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics);

@@ -1,6 +1,7 @@
 // velhost plugin: the identity of the collector.
 #include "host/base/unsafetext.h"
 #include "host/plugins/pluginloader.h"
+#include "host/velhost/messages.h"
 #include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 #include "host/velhost/verbs.h"
@@ -14,6 +15,7 @@ EExitStatus ShowPlugin(const TCommandLine& commandLine, const TInstallation& ins
   {
     TDynamicLibraryLoader libraries;
     TPluginLoader loader(libraries);
+    loader.SetFatalHandler(&SayAndEndAtOnce);
     const auto plugin = loader.Load(options.plugin.empty() ? installation.Plugin() : options.plugin);
     trace.OpenFile();
     const TPluginIdentity identity = plugin->Identity();

@@ -11,9 +11,9 @@
 namespace velhost {
 
 /// Reads the schema of the command line, or the installed one. Its warnings go to standard error.
-/// Errors go there too, and throw THostError (kBadData, or kNoInput and kNoPermission where all of
-/// them are includes that cannot be opened); a path that cannot be opened kNoInput. A stop ends it with
-/// TEndedReading (kPartial).
+/// Errors go there too, and throw THostError (kMalformed, or kAbsent and kDenied where all of
+/// them are includes that cannot be opened); a path that cannot be opened kAbsent. A stop ends it with
+/// TEndedReading (kStopped).
 boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation,
                                          TInputs& inputs);
 

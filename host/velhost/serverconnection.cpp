@@ -81,7 +81,7 @@ class TReplayConnection : public IServerConnection {
     if (const auto warning = replay_->CutWarning()) Say(*warning);
     if (!replay_->Mismatch()) return;
     Say(*replay_->Mismatch());
-    throw THostError(EExitStatus::kBadData,
+    throw THostError(EFailure::kMalformed,
                      "the collection is not the recorded one: give it the same schema, "
                      "classes and machine type");
   }
@@ -153,7 +153,7 @@ std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, con
   } catch (const TEndedReading&) {
     throw;
   } catch (const THostError& error) {
-    const bool mayBeTheStop = error.Status() == EExitStatus::kPartial || error.Status() == EExitStatus::kUnavailable;
+    const bool mayBeTheStop = error.Kind() == EFailure::kStopped || error.Kind() == EFailure::kUnreachable;
     if (!mayBeTheStop || !inputs.Stop().IsStopped()) throw;
     Say(error.what());
     return std::make_unique<TUnopenedConnection>();
@@ -167,8 +167,8 @@ std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, con
     forms += (forms.empty() ? "" : "|") + form;
     schemes.push_back(form.substr(0, form.find_first_of("[:")));
   }
-  throw THostError(EExitStatus::kUsage, "--sp takes " + forms + ", not " + QuotedWord(spec) +
-                                            DidYouMean(SchemeOf(spec), schemes) + "\nSee \"velhost --help\".");
+  throw THostError(EFailure::kInvalidArgument, "--sp takes " + forms + ", not " + QuotedWord(spec) +
+                                                   DidYouMean(SchemeOf(spec), schemes) + "\nSee \"velhost --help\".");
 }
 
 // The file of "sim:FILE" or "replay:FILE".
@@ -176,13 +176,13 @@ std::string FileOf(const std::string& spec) {
   std::string file = RestOf(spec);
   if (!file.empty()) return file;
   const std::string scheme = SchemeOf(spec);
-  throw THostError(EExitStatus::kUsage,
+  throw THostError(EFailure::kInvalidArgument,
                    "--sp " + scheme + " needs a file: --sp " + scheme + ":FILE\nSee \"velhost --help\".");
 }
 
 void RequireMachineType(const TCommonOptions& options, const std::string& known, const std::string& why) {
   if (options.machineType || !known.empty()) return;
-  throw THostError(EExitStatus::kUsage, why + "; give it with --machine-type NNNN");
+  throw THostError(EFailure::kInvalidArgument, why + "; give it with --machine-type NNNN");
 }
 
 // Several nodes are several inband: or lan: of one kind; anything else stands alone.
@@ -192,8 +192,9 @@ void CheckCombination(const std::vector<std::string>& specs) {
   if (specs.size() == 1) return;
   for (const std::string& spec : specs) {
     if ((scheme != "inband" && scheme != "lan") || SchemeOf(spec) != scheme) {
-      throw THostError(EExitStatus::kUsage, "--sp " + SafeText(specs[0]) + " and --sp " + SafeText(specs[1]) +
-                                                " cannot be used together; only several inband: or several lan: can");
+      throw THostError(EFailure::kInvalidArgument,
+                       "--sp " + SafeText(specs[0]) + " and --sp " + SafeText(specs[1]) +
+                           " cannot be used together; only several inband: or several lan: can");
     }
   }
 }

@@ -13,7 +13,7 @@ namespace velhost {
 /// file may have.
 void PrepareStandardStreams();
 
-/// Writes all of it. Throws TClosedPipe, or THostError (kWriteFailed): a standard output that is closed
+/// Writes all of it. Throws TClosedPipe, or THostError (kNotWritten): a standard output that is closed
 /// or full is no success.
 void WriteToStandardOutput(std::string_view text);
 

@@ -46,7 +46,7 @@ class TTrace::TFile {
   void Open() {
     descriptor_ = TDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (descriptor_) return;
-    throw THostError(EExitStatus::kCannotCreate,
+    throw THostError(EFailure::kNotCreated,
                      "cannot create trace file " + SafeText(path_) + ": " + std::strerror(errno));
   }
   // A line with a whole capture file is not copied, and no buffer of its size is kept.
@@ -62,7 +62,7 @@ class TTrace::TFile {
   void Finish() {
     Flush();
     if (error_ == 0) return;
-    throw THostError(EExitStatus::kWriteFailed,
+    throw THostError(EFailure::kNotWritten,
                      "cannot write trace file " + SafeText(path_) + ": " + std::strerror(error_));
   }
 

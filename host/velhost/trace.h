@@ -26,9 +26,9 @@ class TTrace {
   TTrace(const TTrace&) = delete;
   TTrace& operator=(const TTrace&) = delete;
 
-  /// Creates the file, or empties it. Throws THostError (kCannotCreate).
+  /// Creates the file, or empties it. Throws THostError (kNotCreated).
   void OpenFile();
-  /// Writes what is still buffered. Throws THostError (kWriteFailed).
+  /// Writes what is still buffered. Throws THostError (kNotWritten).
   void Finish();
 
  private:

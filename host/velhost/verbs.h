@@ -3,13 +3,13 @@
 // THostError.
 #pragma once
 
-#include "host/base/hosterror.h"
 #include "host/velhost/commandline.h"
+#include "host/velhost/exitstatus.h"
 #include "host/velhost/installation.h"
 
 namespace velhost {
 
-/// Runs a collection and prints it. Returns kComplete or kPartial.
+/// Runs a collection and prints it. Returns kComplete or kStopped.
 EExitStatus Collect(const TCommandLine& commandLine, const TInstallation& installation);
 
 /// Prints a table of at least 80 columns: the collectable classes, and which of them this machine serves.
@@ -18,7 +18,7 @@ EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& in
 /// Loads the collector and prints its name, versions and type.
 EExitStatus ShowPlugin(const TCommandLine& commandLine, const TInstallation& installation);
 
-/// Prints the findings about schema files. Returns kComplete if there are none, else kBadData.
+/// Prints the findings about schema files. Returns kComplete if there are none, else kMalformed.
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation);
 
 }  // namespace velhost

@@ -100,29 +100,29 @@ TEST(MemoryReader, TextsLieInTheFoldersOfTheirNames) {
 TEST_F(FileReader, TheLimitIsTheLargestSizeThatIsRead) {
   const std::string path = Write("a", "12345");
   EXPECT_EQ(reader_.Read(path, 5), "12345");
-  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 4 bytes", [&] { reader_.Read(path, 4); });
-  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 0 bytes", [&] { reader_.Read(path, 0); });
+  ExpectHostError(EFailure::kTooLarge, path + " is larger than the limit of 4 bytes", [&] { reader_.Read(path, 4); });
+  ExpectHostError(EFailure::kTooLarge, path + " is larger than the limit of 0 bytes", [&] { reader_.Read(path, 0); });
 }
 
 TEST_F(FileReader, AMissingFileIsNamed) {
-  ExpectHostError(EExitStatus::kNoInput, "cannot open " + Path("none") + ": No such file or directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open " + Path("none") + ": No such file or directory",
                   [this] { reader_.Read(Path("none"), 10); });
-  ExpectHostError(EExitStatus::kNoInput, "cannot open " + Path("none/a") + ": No such file or directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open " + Path("none/a") + ": No such file or directory",
                   [this] { reader_.Read(Path("none/a"), 10); });
   const std::string file = Write("a", "x");
-  ExpectHostError(EExitStatus::kNoInput, "cannot open " + file + "/b: Not a directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open " + file + "/b: Not a directory",
                   [&] { reader_.Read(file + "/b", 10); });
 }
 
 TEST_F(FileReader, AFolderIsNoInput) {
-  ExpectHostError(EExitStatus::kNoInput, "cannot read " + folder_ + ": Is a directory",
+  ExpectHostError(EFailure::kAbsent, "cannot read " + folder_ + ": Is a directory",
                   [this] { reader_.Read(folder_, 10); });
 }
 
 // Must not wait for a writer that never comes.
 TEST_F(FileReader, APipeIsNoInput) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
-  ExpectHostError(EExitStatus::kNoInput, "cannot read " + Path("pipe") + ": not a file",
+  ExpectHostError(EFailure::kAbsent, "cannot read " + Path("pipe") + ": not a file",
                   [this] { reader_.Read(Path("pipe"), 10); });
 }
 
@@ -144,7 +144,7 @@ TEST_F(FileReader, APipeThatHoldsMoreThanTheLimitIsRefused) {
   ASSERT_EQ(write(ends[1], "12345", 5), 5);
   const std::string path = "/dev/fd/" + std::to_string(ends[0]);
   TFileReader reader({path});
-  ExpectHostError(EExitStatus::kBadData, path + " is larger than the limit of 4 bytes", [&] { reader.Read(path, 4); });
+  ExpectHostError(EFailure::kTooLarge, path + " is larger than the limit of 4 bytes", [&] { reader.Read(path, 4); });
   close(ends[1]);
   EXPECT_EQ(reader.Read(path, 4), "");
   close(ends[0]);
@@ -163,9 +163,9 @@ TEST_F(FileReader, APipeThatNobodyWritesToIsWaitedForNotForEver) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   TFileReader reader({Path("pipe")}, std::chrono::milliseconds(1));
   const std::string message = "cannot read " + Path("pipe") + ": a pipe that nobody writes to";
-  ExpectHostError(EExitStatus::kNoInput, message, [&] { reader.Read(Path("pipe"), 4); });
+  ExpectHostError(EFailure::kAbsent, message, [&] { reader.Read(Path("pipe"), 4); });
   const int silent = open(Path("pipe").c_str(), O_RDWR);
-  ExpectHostError(EExitStatus::kNoInput, message, [&] { reader.Read(Path("pipe"), 4); });
+  ExpectHostError(EFailure::kAbsent, message, [&] { reader.Read(Path("pipe"), 4); });
   close(silent);
 }
 
@@ -173,7 +173,7 @@ class TStoppableReader : public TFileReader {
  public:
   using TFileReader::TFileReader;
   void CheckStop() override {
-    if (interrupted) throw TEndedReading(EExitStatus::kPartial, "stopped");
+    if (interrupted) throw TEndedReading(EFailure::kStopped, "stopped");
   }
   static inline volatile std::sig_atomic_t interrupted = 0;
 };
@@ -187,11 +187,11 @@ TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
   const itimerval soon = {{0, 20'000}, {0, 20'000}};  // again and again: the first may come before the wait
   setitimer(ITIMER_REAL, &soon, nullptr);
   TStoppableReader reader({Path("pipe")}, std::chrono::hours(1));
-  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("pipe"), 4); });
+  ExpectHostError(EFailure::kStopped, "stopped", [&] { reader.Read(Path("pipe"), 4); });
   // As does one that came before.
-  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("pipe"), 4); });
+  ExpectHostError(EFailure::kStopped, "stopped", [&] { reader.Read(Path("pipe"), 4); });
   std::ofstream(Path("file")) << "text";
-  ExpectHostError(EExitStatus::kPartial, "stopped", [&] { reader.Read(Path("file"), 4); });
+  ExpectHostError(EFailure::kStopped, "stopped", [&] { reader.Read(Path("file"), 4); });
   TStoppableReader::interrupted = 0;
   const itimerval never = {};
   setitimer(ITIMER_REAL, &never, nullptr);
@@ -199,8 +199,7 @@ TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
 }
 
 TEST_F(FileReader, ADeviceIsNoInput) {
-  ExpectHostError(EExitStatus::kNoInput, "cannot read /dev/zero: not a file",
-                  [this] { reader_.Read("/dev/zero", 10); });
+  ExpectHostError(EFailure::kAbsent, "cannot read /dev/zero: not a file", [this] { reader_.Read("/dev/zero", 10); });
 }
 
 // Root may read everything, so that this runs as another user in a process of its own.
@@ -211,8 +210,7 @@ TEST_F(FileReader, AFileWithoutPermissionIsSaidToBeSo) {
   const pid_t child = fork();
   if (child == 0) {
     if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
-    ExpectHostError(EExitStatus::kNoPermission, "cannot open " + path + ": Permission denied",
-                    [&] { reader_.Read(path, 10); });
+    ExpectHostError(EFailure::kDenied, "cannot open " + path + ": Permission denied", [&] { reader_.Read(path, 10); });
     _exit(HasFailure() ? 1 : 0);
   }
   int status = 0;
@@ -230,9 +228,9 @@ TEST(MemoryReader, ServesWhatWasAdded) {
 TEST(MemoryReader, FailsAsAFileReaderDoes) {
   TMemoryReader reader;
   reader.Add("a.mof", "12345");
-  ExpectHostError(EExitStatus::kNoInput, "cannot open b.mof: No such file or directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open b.mof: No such file or directory",
                   [&] { reader.Read("b.mof", 100); });
-  ExpectHostError(EExitStatus::kBadData, "a.mof is larger than the limit of 4 bytes", [&] { reader.Read("a.mof", 4); });
+  ExpectHostError(EFailure::kTooLarge, "a.mof is larger than the limit of 4 bytes", [&] { reader.Read("a.mof", 4); });
   EXPECT_EQ(reader.Read("a.mof", 5), "12345");
 }
 

@@ -136,7 +136,7 @@ class TRunningSimulator {
       status = static_cast<int>(SimulateCommand(arguments_, TInstallation(VELHOST_PROGRAM_DIR)));
     } catch (const THostError& error) {
       std::cerr << error.what() << "\n";
-      status = static_cast<int>(error.Status());
+      status = static_cast<int>(StatusOf(error.Kind()));
     }
     std::cout.flush();
     _exit(status);

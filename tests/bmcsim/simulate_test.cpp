@@ -42,13 +42,13 @@ std::string LineOf(const std::string& text, const std::string& word) {
   return start == std::string::npos ? std::string() : text.substr(start, text.find('\n', start) - start);
 }
 
-void ExpectError(const TSimulateArguments& arguments, EExitStatus status, const std::string& message,
+void ExpectError(const TSimulateArguments& arguments, EFailure kind, const std::string& message,
                  const std::string& programs = VELHOST_PROGRAM_DIR) {
   try {
     SimulateCommand(arguments, TInstallation(programs));
     FAIL() << "no error";
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), status);
+    EXPECT_EQ(error.Kind(), kind);
     EXPECT_EQ(error.what(), message);
   }
 }
@@ -139,13 +139,13 @@ TEST_F(Simulate, TakenPortIsNamed) {
   SKIP_WITHOUT_IPMI_SIM();
   const TBoundPort udp(SOCK_DGRAM);
   arguments_.port = udp.Port();
-  ExpectError(arguments_, EExitStatus::kUnavailable,
+  ExpectError(arguments_, EFailure::kUnreachable,
               "cannot listen on UDP port " + std::to_string(udp.Port()) +
                   " of 127.0.0.1: Address already in use\n--port and --serial-port name others");
   const TBoundPort tcp(SOCK_STREAM);
   arguments_.port = FreePort();
   arguments_.serialPort = tcp.Port();
-  ExpectError(arguments_, EExitStatus::kUnavailable,
+  ExpectError(arguments_, EFailure::kUnreachable,
               "cannot listen on TCP port " + std::to_string(tcp.Port()) +
                   " of 127.0.0.1: Address already in use\n--port and --serial-port name others");
 }
@@ -153,7 +153,7 @@ TEST_F(Simulate, TakenPortIsNamed) {
 TEST_F(Simulate, MissingIpmiSimNamesItsPackage) {
   const std::string before = std::getenv("PATH");
   setenv("PATH", "/nowhere", 1);
-  ExpectError(arguments_, EExitStatus::kUnavailable,
+  ExpectError(arguments_, EFailure::kUnreachable,
               "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
   setenv("PATH", before.c_str(), 1);
 }
@@ -175,7 +175,7 @@ TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
   const int foreign = dup(STDERR_FILENO);  // not closed by execve
   // The shell itself adds PWD, and sometimes _ and SHLVL; of the descriptors ls has the folder's own.
   Script("ipmi_sim", "env | grep -vE '^(PWD|SHLVL|_|OLDPWD)=' | sort; ls /proc/self/fd | tr '\\n' ' '; exit 7\n");
-  ExpectError(arguments_, EExitStatus::kUnavailable,
+  ExpectError(arguments_, EFailure::kUnreachable,
               "ipmi_sim ended instead of starting (with status 7): LC_ALL=C\n"
               "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n0 1 2 3 ");
   close(foreign);
@@ -184,7 +184,7 @@ TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
 
 TEST_F(SimulateWithScript, SignalThatEndedIpmiSimIsNamed) {
   Script("ipmi_sim", "kill -KILL $$\n");
-  ExpectError(arguments_, EExitStatus::kUnavailable,
+  ExpectError(arguments_, EFailure::kUnreachable,
               "ipmi_sim ended instead of starting (by signal 9, SIGKILL), and said nothing of why");
 }
 
@@ -194,7 +194,7 @@ TEST_F(SimulateWithScript, ProgramOfTheCurrentFolderIsNotRun) {
   std::filesystem::current_path(folder_.Path());
   for (const char* const path : {"", ":", ".", "/nowhere::.", "./"}) {
     setenv("PATH", path, 1);
-    ExpectError(arguments_, EExitStatus::kUnavailable,
+    ExpectError(arguments_, EFailure::kUnreachable,
                 "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
   }
   std::filesystem::current_path(here);
@@ -202,7 +202,7 @@ TEST_F(SimulateWithScript, ProgramOfTheCurrentFolderIsNotRun) {
 
 TEST_F(Simulate, MissingModuleIsNamed) {
   SKIP_WITHOUT_IPMI_SIM();
-  ExpectError(arguments_, EExitStatus::kUnavailable,
+  ExpectError(arguments_, EFailure::kUnreachable,
               "the module for ipmi_sim is not installed: /nowhere/lib/velhost/modules/velbmcsim.so\n"
               "The package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it",
               "/nowhere/bin");
@@ -211,7 +211,7 @@ TEST_F(Simulate, MissingModuleIsNamed) {
 TEST_F(Simulate, RefusesWhatIpmiSimCannotDo) {
   arguments_.file = folder_.Write("lost.toml", std::string(kServer) + "[[fault]]\non = \"open\"\nlost = true\n");
   ExpectError(
-      arguments_, EExitStatus::kBadData,
+      arguments_, EFailure::kMalformed,
       arguments_.file +
           ":10:1: error: found lost = true, but ipmi_sim answers every request; expected another fault, such as "
           "completion_code = 0xC3 (timeout)");
@@ -219,7 +219,7 @@ TEST_F(Simulate, RefusesWhatIpmiSimCannotDo) {
 
 TEST_F(Simulate, NodeThatIsNotInTheFileIsAUsageError) {
   arguments_.node = 1;
-  ExpectError(arguments_, EExitStatus::kUsage,
+  ExpectError(arguments_, EFailure::kInvalidArgument,
               arguments_.file + ": there is no BMC node 1; the server has node 0 alone");
 }
 
@@ -229,7 +229,7 @@ TEST_F(Simulate, BadServerFileIsReportedWithItsPlace) {
     SimulateCommand(arguments_, TInstallation(VELHOST_PROGRAM_DIR));
     FAIL() << "no error";
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kBadData);
+    EXPECT_EQ(error.Kind(), EFailure::kMalformed);
     EXPECT_THAT(error.what(), StartsWith(arguments_.file + ":1:"));
   }
 }

@@ -58,7 +58,7 @@ TEST(NoDriver, IsOneNodeWithoutDriver) {
 }
 
 TEST(NoDriver, NamedDeviceCannotBeReached) {
-  EXPECT_THAT(MessageOf([] { OpenInband({"/dev/ipmi0"}, Smbios()); }, EExitStatus::kUnavailable),
+  EXPECT_THAT(MessageOf([] { OpenInband({"/dev/ipmi0"}, Smbios()); }, EFailure::kUnreachable),
               testing::StartsWith("cannot open /dev/ipmi0: No such file or directory\n"));
 }
 
@@ -89,8 +89,7 @@ TEST(Driver, ManyExchangesKeepAnswersAndRequestsTogether) {
 
 TEST(Driver, DeviceOfAnotherUserIsDenied) {
   ASSERT_EQ(seteuid(65534), 0);
-  const std::string message =
-      MessageOf([] { OpenInband({"/dev/ipmi0"}, TSystemSmbios()); }, EExitStatus::kNoPermission);
+  const std::string message = MessageOf([] { OpenInband({"/dev/ipmi0"}, TSystemSmbios()); }, EFailure::kDenied);
   TFileReader reader;
   const TSystemSmbios smbios = ReadSystemSmbios(reader);
   ASSERT_EQ(seteuid(0), 0);

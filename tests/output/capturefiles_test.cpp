@@ -31,14 +31,14 @@ TEST_F(CaptureFolder, WritesAnEmptyFile) {
 TEST_F(CaptureFolder, CreatesTheFolderButNotItsParents) {
   TCaptureFolder(Path("new")).Write(*Capture("41 "));
   EXPECT_TRUE(std::filesystem::exists(Path("new/node1-cpu_err-0.bin")));
-  ExpectHostError(EExitStatus::kCannotCreate,
+  ExpectHostError(EFailure::kNotCreated,
                   "cannot create the folder " + Path("absent/new") + ": No such file or directory",
                   [this] { const TCaptureFolder captures(Path("absent/new")); });
 }
 
 TEST_F(CaptureFolder, RefusesAFileInItsPlace) {
   const std::string file = folder_.Write("file", "");
-  ExpectHostError(EExitStatus::kCannotCreate, "cannot create the folder " + file + ": it exists and is not a folder",
+  ExpectHostError(EFailure::kNotCreated, "cannot create the folder " + file + ": it exists and is not a folder",
                   [&file] { const TCaptureFolder captures(file); });
 }
 

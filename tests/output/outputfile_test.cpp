@@ -185,7 +185,7 @@ TEST_F(OutputFile, GivesUpOnLinksInACircle) {
   std::filesystem::create_symlink("b", Path("a"));
   std::filesystem::create_symlink("a", Path("b"));
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a")); }),
-            "73 cannot create " + Path("a") + ": Too many levels of symbolic links");
+            "not created: cannot create " + Path("a") + ": Too many levels of symbolic links");
 }
 
 TEST_F(OutputFile, KeepsToTheFolderThatItOpened) {
@@ -233,20 +233,21 @@ TEST_F(OutputFile, TakesTheLongestName) {
 
 TEST_F(OutputFile, SaysWhyAFileCannotBeCreated) {
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/out")); }),
-            "73 cannot create " + Path("absent/out") + ": No such file or directory");
+            "not created: cannot create " + Path("absent/out") + ": No such file or directory");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(folder_.Path()); }),
-            "73 cannot create " + folder_.Path().string() + ": it is a folder");
-  EXPECT_EQ(FailureOf([] { TOutputFile file(""); }), "73 cannot create : the name is empty");
+            "not created: cannot create " + folder_.Path().string() + ": it is a folder");
+  EXPECT_EQ(FailureOf([] { TOutputFile file(""); }), "not created: cannot create : the name is empty");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a\n\u009bb/out")); }),
-            "73 cannot create " + Path("a\\n\\x9bb/out") + ": No such file or directory");
+            "not created: cannot create " + Path("a\\n\\x9bb/out") + ": No such file or directory");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/")); }),
-            "73 cannot create " + Path("absent/") + ": it does not name a file");
-  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path(".")); }), "73 cannot create " + Path(".") + ": it is a folder");
+            "not created: cannot create " + Path("absent/") + ": it does not name a file");
+  EXPECT_EQ(FailureOf([this] { TOutputFile file(Path(".")); }),
+            "not created: cannot create " + Path(".") + ": it is a folder");
   folder_.Write("file", "");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("file/out")); }),
-            "73 cannot create " + Path("file/out") + ": Not a directory");
+            "not created: cannot create " + Path("file/out") + ": Not a directory");
   EXPECT_EQ(FailureOf([] { TOutputFile file("/dev/fd/987654"); }),
-            "73 cannot create /dev/fd/987654: Bad file descriptor");
+            "not created: cannot create /dev/fd/987654: Bad file descriptor");
 }
 
 TEST_F(OutputFile, LeavesAProtectedFileAlone) {
@@ -254,7 +255,7 @@ TEST_F(OutputFile, LeavesAProtectedFileAlone) {
   ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
   const TOrdinaryUser user;
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
-            "73 cannot create " + Path("out") + ": Permission denied");
+            "not created: cannot create " + Path("out") + ": Permission denied");
   EXPECT_EQ(folder_.Names(), "out");
 }
 
@@ -262,7 +263,7 @@ TEST_F(OutputFile, NeedsAFolderThatItMayWriteTo) {
   ASSERT_EQ(::chmod(folder_.Path().c_str(), 0555), 0);
   const TOrdinaryUser user;
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
-            "73 cannot create " + Path("out") + ": Permission denied");
+            "not created: cannot create " + Path("out") + ": Permission denied");
 }
 
 TEST_F(OutputFile, WritesToADeviceDirectly) {
@@ -278,7 +279,7 @@ TEST_F(OutputFile, SaysThatADeviceIsFull) {
               file.Write("text");
               file.Commit();
             }),
-            "74 cannot write /dev/full: No space left on device");
+            "not written: cannot write /dev/full: No space left on device");
 }
 
 TEST_F(OutputFile, WritesToAPipeDirectly) {
@@ -367,7 +368,7 @@ TEST_F(DescriptorSink, TellsAClosedPipeFromOtherFailures) {
   EXPECT_NO_THROW(sink.Flush());  // nothing is left that could fail again
   TDescriptorSink closed(-1, "standard output");
   closed.Write("text");
-  ExpectHostError(EExitStatus::kWriteFailed, "standard output is closed", [&closed] { closed.Flush(); });
+  ExpectHostError(EFailure::kNotWritten, "standard output is closed", [&closed] { closed.Flush(); });
 }
 
 }  // namespace

@@ -54,7 +54,9 @@ class ProtectedLinks : public testing::Test {
       file.Commit();
     });
   }
-  static std::string Refused(const std::string& path) { return "73 cannot create " + path + ": Permission denied"; }
+  static std::string Refused(const std::string& path) {
+    return "not created: cannot create " + path + ": Permission denied";
+  }
   /// Nothing came into the private folder and its file is as it was.
   void ExpectPrivateIsUntouched() const {
     EXPECT_EQ(std::distance(fs::directory_iterator(Path("private")), fs::directory_iterator()), 1);
@@ -84,7 +86,7 @@ TEST_F(ProtectedLinks, ALinkToAFolderIsRefused) {
   EXPECT_EQ(FailureToWrite(link + "/new"), Refused(link + "/new"));
   EXPECT_EQ(FailureToWrite(link + "/secret"), Refused(link + "/secret"));
   EXPECT_EQ(FailureOf([&link] { const TCaptureFolder captures(link); }),
-            "73 cannot create the folder " + link + ": Permission denied");
+            "not created: cannot create the folder " + link + ": Permission denied");
   ExpectPrivateIsUntouched();
 }
 

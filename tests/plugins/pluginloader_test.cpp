@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <functional>
 #include <stdexcept>
 
@@ -61,7 +62,7 @@ TEST(PluginLoader, ReturnsTheRegisteredPlugin) {
 TEST(PluginLoader, RefusesALibraryThatRegistersNothing) {
   TScriptedLoader library([] {});
   TPluginLoader loader(library);
-  ExpectHostError(EExitStatus::kNoInput,
+  ExpectHostError(EFailure::kAbsent,
                   "plugin /proc/self/exe cannot be used: it registered no plugin object while it was being loaded",
                   [&] { loader.Load(kFile); });
   EXPECT_EQ(library.Open(), 0);
@@ -70,7 +71,7 @@ TEST(PluginLoader, RefusesALibraryThatRegistersNothing) {
 TEST(PluginLoader, RefusesALibraryThatRegistersANullObject) {
   TScriptedLoader library([] { Register(nullptr); });
   TPluginLoader loader(library);
-  ExpectHostError(EExitStatus::kNoInput, "plugin /proc/self/exe cannot be used: it registered a null plugin object",
+  ExpectHostError(EFailure::kAbsent, "plugin /proc/self/exe cannot be used: it registered a null plugin object",
                   [&] { loader.Load(kFile); });
   EXPECT_EQ(library.Open(), 0);
 }
@@ -81,14 +82,14 @@ TEST(PluginLoader, RefusesANullObjectNextToAGoodOne) {
     Register(new TTestPlugin("good"));
   });
   TPluginLoader loader(library);
-  ExpectHostError(EExitStatus::kNoInput, "plugin /proc/self/exe cannot be used: it registered a null plugin object",
+  ExpectHostError(EFailure::kAbsent, "plugin /proc/self/exe cannot be used: it registered a null plugin object",
                   [&] { loader.Load(kFile); });
 }
 
 TEST(PluginLoader, AFileThatIsMissingIsNeverOpened) {
   TScriptedLoader library([] { ADD_FAILURE() << "opened"; });
   TPluginLoader loader(library);
-  ExpectHostError(EExitStatus::kNoInput, "cannot open plugin /nonexistent/a.so: No such file or directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open plugin /nonexistent/a.so: No such file or directory",
                   [&] { loader.Load("/nonexistent/a.so"); });
 }
 
@@ -96,7 +97,7 @@ TEST(PluginLoader, TheErrorOfTheSystemLoaderIsReported) {
   TScriptedLoader library([] {});
   library.Refuse("undefined symbol: frobnicate");
   TPluginLoader loader(library);
-  ExpectHostError(EExitStatus::kNoInput,
+  ExpectHostError(EFailure::kAbsent,
                   "plugin /proc/self/exe is not a library that can be loaded: undefined symbol: frobnicate",
                   [&] { loader.Load(kFile); });
 }
@@ -148,15 +149,14 @@ TEST(PluginLoader, AnInitialiserThatThrowsIsFatal) {
             "plugin /proc/self/exe threw while it was being loaded: an exception of unknown type");
 }
 
-TEST(PluginLoaderDeathTest, TheDefaultHandlerPrintsAndLeavesWithStatus70) {
+TEST(PluginLoaderDeathTest, TheDefaultHandlerPrintsAndAborts) {
   EXPECT_EXIT(
       {
         TScriptedLoader library([] { throw std::runtime_error("out of licences"); });
         TPluginLoader loader(library);
         loader.Load(kFile);
       },
-      testing::ExitedWithCode(70),
-      "^velhost: plugin /proc/self/exe threw while it was being loaded: out of licences\n$");
+      testing::KilledBySignal(SIGABRT), "^plugin /proc/self/exe threw while it was being loaded: out of licences\n$");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -58,8 +59,7 @@ class RealLibraries : public testing::Test {
   }
 
   void ExpectUnusable(const std::string& path, const std::string& reason) {
-    ExpectHostError(EExitStatus::kNoInput, "plugin " + path + " cannot be used: " + reason,
-                    [&] { loader_.Load(path); });
+    ExpectHostError(EFailure::kAbsent, "plugin " + path + " cannot be used: " + reason, [&] { loader_.Load(path); });
     EXPECT_EQ(IsMapped(path), !kUnmaps);
   }
   // Expects these log lines from the plugins; "unloaded" only if libraries are unmapped.
@@ -127,7 +127,7 @@ TEST_F(RealLibraries, TwoPluginsCanCoexist) {
 TEST_F(RealLibraries, ALoadedLibraryDoesNotRegisterAgain) {
   const auto first = loader_.Load(TestPlugin("good"));
   ExpectHostError(
-      EExitStatus::kNoInput,
+      EFailure::kAbsent,
       "plugin " + TestPlugin("good") + " cannot be used: it registered no plugin object while it was being loaded",
       [this] { loader_.Load(TestPlugin("good")); });
   EXPECT_EQ(first->Callbacks().GetName(), "good");
@@ -166,24 +166,24 @@ TEST_F(RealLibraries, ARegistrationAfterLoadingIsRefused) {
 }
 
 TEST_F(RealLibraries, AMissingFileIsNamed) {
-  ExpectHostError(EExitStatus::kNoInput, "cannot open plugin " + folder_ + "/none.so: No such file or directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open plugin " + folder_ + "/none.so: No such file or directory",
                   [this] { loader_.Load(folder_ + "/none.so"); });
 }
 
 TEST_F(RealLibraries, AFileThatIsNotALibraryIsRefused) {
   const std::string path = folder_ + "/text.so";
   std::ofstream(path) << "not a library\n";
-  ExpectHostError(EExitStatus::kNoInput,
+  ExpectHostError(EFailure::kAbsent,
                   "plugin " + path + " is not a library that can be loaded: " + path + ": file too short",
                   [&] { loader_.Load(path); });
   std::ofstream(path) << std::string(4096, 'x');
-  ExpectHostError(EExitStatus::kNoInput,
+  ExpectHostError(EFailure::kAbsent,
                   "plugin " + path + " is not a library that can be loaded: " + path + ": invalid ELF header",
                   [&] { loader_.Load(path); });
 }
 
 TEST_F(RealLibraries, AFolderIsNotALibrary) {
-  ExpectHostError(EExitStatus::kNoInput,
+  ExpectHostError(EFailure::kAbsent,
                   "plugin " + folder_ + " is not a library that can be loaded: " + folder_ +
                       ": cannot read file data: Is a directory",
                   [this] { loader_.Load(folder_); });
@@ -197,7 +197,7 @@ TEST_F(RealLibraries, AFileWithoutReadPermissionIsReported) {
   const pid_t child = fork();
   if (child == 0) {
     if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
-    ExpectHostError(EExitStatus::kNoPermission, "cannot open plugin " + path + ": Permission denied",
+    ExpectHostError(EFailure::kDenied, "cannot open plugin " + path + ": Permission denied",
                     [&] { loader_.Load(path); });
     _exit(HasFailure() ? 1 : 0);
   }
@@ -217,9 +217,9 @@ TEST_F(RealLibraries, ABareNameIsAFileInTheCurrentFolder) {
 
 using RealLibrariesDeathTest = RealLibraries;
 
-TEST_F(RealLibrariesDeathTest, AnInitialiserThatThrowsEndsTheProcessWithStatus70) {
-  EXPECT_EXIT(loader_.Load(TestPlugin("throwing")), testing::ExitedWithCode(70),
-              "^velhost: plugin .*/throwing.so threw while it was being loaded: no licence for this server\n$");
+TEST_F(RealLibrariesDeathTest, AnInitialiserThatThrowsEndsTheProcess) {
+  EXPECT_EXIT(loader_.Load(TestPlugin("throwing")), testing::KilledBySignal(SIGABRT),
+              "^plugin .*/throwing.so threw while it was being loaded: no licence for this server\n$");
 }
 
 }  // namespace

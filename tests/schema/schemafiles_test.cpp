@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 
 #include "host/base/hosterror.h"
 #include "tests/schema/schemafixture.h"
@@ -47,7 +48,7 @@ TEST(SchemaFiles, NamedTwiceReadOnce) {
 
 TEST(SchemaFiles, MissingFileEndsTheCommand) {
   TSchemaText schema;
-  ExpectHostError(EExitStatus::kNoInput, "cannot open none.mof: No such file or directory",
+  ExpectHostError(EFailure::kAbsent, "cannot open none.mof: No such file or directory",
                   [&schema] { schema.Read({"none.mof"}); });
 }
 
@@ -180,7 +181,7 @@ TEST_F(SchemaFolder, FileThatIncludesTheOthersOfItsFolder) {
 }
 
 TEST_F(SchemaFolder, WithoutMofFiles) {
-  ExpectHostError(EExitStatus::kNoInput, "the folder " + folder_.string() + " holds no .mof file",
+  ExpectHostError(EFailure::kAbsent, "the folder " + folder_.string() + " holds no .mof file",
                   [this] { Read({folder_.string()}); });
 }
 
@@ -189,15 +190,15 @@ TEST_F(SchemaFolder, ThatMayNotBeRead) {
   chmod(folder_.c_str(), 0300);
   const uid_t user = geteuid();
   ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0) << "root may read everything";
-  EExitStatus status = EExitStatus::kComplete;
+  std::optional<EFailure> failure;
   try {
     Read({folder_.string()});
   } catch (const THostError& error) {
-    status = error.Status();
+    failure = error.Kind();
   }
   EXPECT_EQ(seteuid(user), 0);
   chmod(folder_.c_str(), 0700);
-  EXPECT_EQ(status, EExitStatus::kNoPermission);
+  EXPECT_EQ(failure, EFailure::kDenied);
 }
 
 }  // namespace

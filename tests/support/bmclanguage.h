@@ -116,11 +116,11 @@ inline TServerFile ServerFrom(const std::string& text) {
 
 /// The message of the THostError that `action` throws; its status has to be `status`.
 template <typename TAction>
-std::string MessageOf(TAction action, EExitStatus status = EExitStatus::kBadData) {
+std::string MessageOf(TAction action, EFailure kind = EFailure::kMalformed) {
   try {
     action();
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), status);
+    EXPECT_EQ(error.Kind(), kind);
     return error.what();
   }
   ADD_FAILURE() << "nothing was thrown";

@@ -31,14 +31,14 @@ void ExpectMismatch(const std::string& detail, const TOperation& operation) {
   ExpectFailure(13, detail, operation);
 }
 
-/// Expects the operation to throw a THostError with this exit status and message.
+/// Expects the operation to throw a THostError of this kind and with this message.
 template <typename TOperation>
-void ExpectHostError(velhost::EExitStatus status, const std::string& message, const TOperation& operation) {
+void ExpectHostError(velhost::EFailure kind, const std::string& message, const TOperation& operation) {
   try {
     operation();
     ADD_FAILURE() << "nothing was thrown; expected: " << message;
   } catch (const velhost::THostError& error) {
-    EXPECT_EQ(error.Status(), status);
+    EXPECT_EQ(error.Kind(), kind);
     EXPECT_EQ(std::string(error.what()), message);
   }
 }
@@ -57,13 +57,16 @@ std::string PointeeOfAssertion(const TOperation& operation) {
   return {};
 }
 
-/// Status and message of the THostError that the operation throws, as "STATUS MESSAGE"; "none" if it throws none.
+/// Kind and message of the THostError of an output that the operation throws, as "not created: MESSAGE"; "none" if it
+/// throws none.
 template <typename TOperation>
 std::string FailureOf(const TOperation& operation) {
   try {
     operation();
   } catch (const velhost::THostError& error) {
-    return std::to_string(static_cast<int>(error.Status())) + " " + error.what();
+    const bool isCreation = error.Kind() == velhost::EFailure::kNotCreated;
+    const bool isWrite = error.Kind() == velhost::EFailure::kNotWritten;
+    return (isCreation ? "not created: " : isWrite ? "not written: " : "another kind: ") + std::string(error.what());
   }
   return "none";
 }

@@ -14,7 +14,7 @@ class TStoppingReader : public velhost::TMemoryReader {
   void StopAt(std::size_t look) { looks_ = 0, last_ = look; }
   std::size_t Looks() const { return looks_; }
   void CheckStop() override {
-    if (++looks_ == last_) throw velhost::TEndedReading(velhost::EExitStatus::kPartial, "stopped");
+    if (++looks_ == last_) throw velhost::TEndedReading(velhost::EFailure::kStopped, "stopped");
   }
 
  private:

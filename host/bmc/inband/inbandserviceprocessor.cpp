@@ -34,10 +34,10 @@ std::string Refused(const std::string& device, int error) {
 
 [[noreturn]] void ThrowNotOpened(const std::string& device, int error) {
   if (error == EACCES || error == EPERM) {
-    throw THostError(EExitStatus::kNoPermission,
+    throw THostError(EFailure::kDenied,
                      Refused(device, error) + "Run velhost as root, or let this user read and write the device");
   }
-  throw THostError(EExitStatus::kUnavailable, Refused(device, error) + kLoadDriver);
+  throw THostError(EFailure::kUnreachable, Refused(device, error) + kLoadDriver);
 }
 
 milliseconds Until(steady_clock::time_point end) {
@@ -145,7 +145,8 @@ std::string ParseInbandSpec(const std::string& spec) {
     const auto devices = IpmiDevicesAmong({spec.substr(prefix.size())});
     if (!devices.empty()) return devices.front();
   }
-  throw THostError(EExitStatus::kUsage, "'" + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
+  throw THostError(EFailure::kInvalidArgument,
+                   "'" + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
 }
 
 std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices, const TSystemSmbios& smbios,
@@ -161,8 +162,8 @@ std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& de
   }
   if (!wanted.empty()) return std::make_unique<TInbandServiceProcessor>(std::move(driver), wanted);
   if (smbios.facts.declaresIpmiDevice) return std::make_unique<TInbandServiceProcessor>(std::move(driver));
-  throw THostError(EExitStatus::kUnavailable, std::string("there is no IPMI device /dev/ipmi* here, and ") +
-                                                  WhatSmbiosSays(smbios) + "\n" + kLoadDriver);
+  throw THostError(EFailure::kUnreachable, std::string("there is no IPMI device /dev/ipmi* here, and ") +
+                                               WhatSmbiosSays(smbios) + "\n" + kLoadDriver);
 }
 
 }  // namespace velhost

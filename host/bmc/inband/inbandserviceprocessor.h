@@ -26,7 +26,7 @@ inline constexpr std::chrono::milliseconds kInbandAnswerTime{5000};
 /// is no telling it from one that the BMC gave.
 class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
  public:
-  /// Opens each device. Throws THostError: kNoPermission where access is refused, else kUnavailable.
+  /// Opens each device. Throws THostError: kDenied where access is refused, else kUnreachable.
   TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver, const std::vector<std::string>& devices);
   /// No device at all, but a server that declares one: a node that never answers, and no driver.
   explicit TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver);
@@ -52,11 +52,11 @@ class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
   long messageNumber_ = 0;
 };
 
-/// The device of "inband:/dev/ipmiN", empty for "inband". Throws THostError (kUsage) for anything else.
+/// The device of "inband:/dev/ipmiN", empty for "inband". Throws THostError (kInvalidArgument) for anything else.
 VELHOST_API std::string ParseInbandSpec(const std::string& spec);
 
 /// Opens the devices in order; an empty name stands for every device there is. Throws THostError:
-/// kNoPermission where access is refused; kUnavailable where a device cannot be opened, or where all
+/// kDenied where access is refused; kUnreachable where a device cannot be opened, or where all
 /// are asked for, there is none, and `smbios` declares no IPMI device either.
 VELHOST_API std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices,
                                                           const TSystemSmbios& smbios,

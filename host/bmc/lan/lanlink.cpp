@@ -166,7 +166,7 @@ std::string TLanLink::Describe(const TOutcome& outcome) const {
 void TLanLink::ThrowRefused(const TOutcome& outcome) const {
   const bool denied = outcome.status == VEL_LAN_USER || outcome.status == VEL_LAN_PASSWORD ||
                       outcome.status == VEL_LAN_KEY || outcome.status == VEL_LAN_PRIVILEGE;
-  throw THostError(denied ? EExitStatus::kNoPermission : EExitStatus::kUnavailable, name_ + ": " + Describe(outcome));
+  throw THostError(denied ? EFailure::kRefused : EFailure::kUnreachable, name_ + ": " + Describe(outcome));
 }
 
 bool TLanLink::IsReady() const { return givenUp_ || (session_ != nullptr && now_() - lastAnswer_ < kLanIdleTime); }

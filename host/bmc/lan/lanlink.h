@@ -56,8 +56,8 @@ class VELHOST_API TLanLink {
 
   /// Finds a cipher suite that the BMC takes, and whether the privilege level must be left open at
   /// first, then opens the session. Returns what the user should be warned of: what the session does
-  /// not protect. Throws THostError: kNoPermission where the user, the password or the privilege is
-  /// refused, kUnavailable for everything else.
+  /// not protect. Throws THostError: kDenied where the user, the password or the privilege is
+  /// refused, kUnreachable for everything else.
   std::vector<std::string> Open();
 
   /// Whether the next exchange needs no opening: its only wait is for the answer.

@@ -19,13 +19,13 @@ constexpr std::chrono::milliseconds kClosingTime{1'000};
 
 [[noreturn]] void ThrowStopped(const std::string& address, const TStopSignal& stop) {
   if (stop.WasRequested()) {
-    throw THostError(EExitStatus::kPartial, "lan:" + address + ": interrupted while the session was being opened");
+    throw THostError(EFailure::kStopped, "lan:" + address + ": interrupted while the session was being opened");
   }
-  throw THostError(EExitStatus::kUnavailable, "lan:" + address + ": no session before the deadline");
+  throw THostError(EFailure::kUnreachable, "lan:" + address + ": no session before the deadline");
 }
 
 [[noreturn]] void ThrowUnavailable(const std::string& message) {
-  throw THostError(EExitStatus::kUnavailable, "lan: " + message);
+  throw THostError(EFailure::kUnreachable, "lan: " + message);
 }
 
 std::string FindModule(const std::vector<std::string>& folders) {

@@ -29,8 +29,8 @@ class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
  public:
   /// Opens all sessions. `stop` outlives it, has its deadline already, and is the one that every
   /// exchange is called with. `module` outlives the process's use of it, since a stopped run leaves
-  /// calls behind. Throws THostError as TLanLink::Open does, kUnavailable when the deadline passes first,
-  /// and kPartial when the run is interrupted first.
+  /// calls behind. Throws THostError as TLanLink::Open does, kUnreachable when the deadline passes first,
+  /// and kStopped when the run is interrupted first.
   TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options, const TStopSignal& stop,
                        TLanNotice notice);
   ~TLanServiceProcessor() override;
@@ -51,7 +51,7 @@ class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
 inline constexpr const char* kLanModuleFile = "velhost-lan.so";
 
 /// Opens one node per entry, in order; at least one. The module is taken from the first of `folders`
-/// that has it, and stays loaded. Throws THostError as TLanServiceProcessor does, and kUnavailable
+/// that has it, and stays loaded. Throws THostError as TLanServiceProcessor does, and kUnreachable
 /// when the module is not there, cannot be loaded, or is of another version.
 VELHOST_API std::unique_ptr<IServiceProcessor> OpenLan(const std::vector<TLanOptions>& options, const TStopSignal& stop,
                                                        const std::vector<std::string>& folders,

@@ -24,13 +24,13 @@ constexpr std::size_t kMaxHost = 255;
 constexpr std::size_t kMaxPasswordFile = 4096;
 
 [[noreturn]] void ThrowUsage(const std::string& spec, const std::string& problem) {
-  throw THostError(EExitStatus::kUsage,
+  throw THostError(EFailure::kInvalidArgument,
                    "'" + spec + "': " + problem + "; expected lan:[USER@]HOST[:PORT], an IPv6 address in brackets");
 }
 
 // Without the text after --sp, which has the password.
 [[noreturn]] void ThrowPasswordInUser() {
-  throw THostError(EExitStatus::kUsage,
+  throw THostError(EFailure::kInvalidArgument,
                    "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
                    "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
 }
@@ -135,16 +135,16 @@ std::optional<TSecret> TakeSecretVariable(const char* name) {
 
 TSecret LanPassword(const std::string& file, const std::optional<TSecret>& variable, ISourceReader& reader) {
   if (file.empty() && !variable) {
-    throw THostError(EExitStatus::kUsage,
+    throw THostError(EFailure::kInvalidArgument,
                      "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
                      "or name a file with --password-file");
   }
   TSecret password = file.empty() ? *variable : FirstLine(file, reader);
   if (std::strlen(password.Text()) != password.Size()) {
-    throw THostError(EExitStatus::kBadData, file + ": the password in its first line has a NUL character");
+    throw THostError(EFailure::kMalformed, file + ": the password in its first line has a NUL character");
   }
   if (password.Size() > kMaxPassword) {
-    throw THostError(EExitStatus::kUsage,
+    throw THostError(EFailure::kInvalidArgument,
                      (file.empty() ? "the password in VELHOST_IPMI_PASSWORD" : "the password in " + file) +
                          std::string(" is longer than the 20 bytes of IPMI 2.0"));
   }

@@ -25,7 +25,7 @@ struct TLanOptions {
 };
 
 /// "lan:[USER@]HOST[:PORT]", an IPv6 address in brackets; a USER may contain "@". Gives host, port
-/// and user. Throws THostError (kUsage), saying what is wrong with which SPEC; for a ":" in USER without
+/// and user. Throws THostError (kInvalidArgument), saying what is wrong with which SPEC; for a ":" in USER without
 /// the text after --sp, since a password may be in it.
 VELHOST_API TLanOptions ParseLanSpec(const std::string& spec);
 
@@ -42,8 +42,8 @@ VELHOST_API std::string AddressOf(const TLanOptions& options);
 VELHOST_API std::optional<TSecret> TakeSecretVariable(const char* name);
 
 /// The password: the first line of `file` without its end, if `file` is not empty; else `variable`,
-/// what VELHOST_IPMI_PASSWORD said, which may be an empty text. Throws THostError: kUsage where both are
-/// missing or the password is longer than IPMI's 20 bytes, kBadData for a NUL in the file's, else what
+/// what VELHOST_IPMI_PASSWORD said, which may be an empty text. Throws THostError: kInvalidArgument where both are
+/// missing or the password is longer than IPMI's 20 bytes, kMalformed for a NUL in the file's, else what
 /// reading the file throws. No message contains any of it.
 VELHOST_API TSecret LanPassword(const std::string& file, const std::optional<TSecret>& variable, ISourceReader& reader);
 

@@ -47,13 +47,13 @@ void ApplyUtcOffset(int minutes) {
 TRecordingFile::TRecordingFile(const std::string& path)
     : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
   if (descriptor_) return;
-  throw THostError(EExitStatus::kCannotCreate, "cannot create " + SafeText(path) + ": " + std::strerror(errno));
+  throw THostError(EFailure::kNotCreated, "cannot create " + SafeText(path) + ": " + std::strerror(errno));
 }
 
 void TRecordingFile::Write(std::string_view text) {
   const int error = WriteAll(descriptor_.Get(), text);
   if (error == 0) return;
-  throw THostError(EExitStatus::kWriteFailed, "cannot write to " + SafeText(path_) + ": " + std::strerror(error));
+  throw THostError(EFailure::kNotWritten, "cannot write to " + SafeText(path_) + ": " + std::strerror(error));
 }
 
 TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header) : sink_(sink) {

@@ -36,9 +36,9 @@ VELHOST_API void ApplyUtcOffset(int minutes);
 /// may be cut, as a replay expects.
 class VELHOST_API TRecordingFile : public ITextSink {
  public:
-  /// Creates or empties the file; THostError (kCannotCreate) where that fails.
+  /// Creates or empties the file; THostError (kNotCreated) where that fails.
   explicit TRecordingFile(const std::string& path);
-  /// THostError (kWriteFailed) where it cannot.
+  /// THostError (kNotWritten) where it cannot.
   void Write(std::string_view text) override;
 
  private:

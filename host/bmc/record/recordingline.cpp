@@ -61,7 +61,7 @@ class TLineText {
     diagnostic.location = {file_, number_, column};
     diagnostic.message = message;
     diagnostic.sourceLine = std::string(line_);
-    throw THostError(EExitStatus::kBadData, FormatDiagnostic(diagnostic));
+    throw THostError(EFailure::kMalformed, FormatDiagnostic(diagnostic));
   }
   [[noreturn]] void FailAt(std::string_view member, const std::string& message) const {
     Fail(PlaceOfMember(line_, member).value, message);

@@ -46,7 +46,7 @@ struct TRecordedLine {
 /// Without the newline.
 std::string FormatRecordingHeader(const TRecordingHeader& header);
 
-/// What a line (without its newline) says. Anything unexpected throws THostError (kBadData) with a
+/// What a line (without its newline) says. Anything unexpected throws THostError (kMalformed) with a
 /// diagnostic at its place in the line `number` of `file`.
 TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view line);
 TRecordedLine ParseRecordedLine(const std::string& file, std::string_view line, std::uint32_t number);

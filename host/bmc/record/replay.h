@@ -28,14 +28,14 @@ inline constexpr std::size_t kLargestRecordingOfAPipe = std::size_t{64} << 20U; 
 class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
  public:
   /// Checks the whole recording, and reads it again, line by line, as it is asked; of a file no more than
-  /// a line is in memory. A line that does not say what it should throws THostError (kBadData) with file,
+  /// a line is in memory. A line that does not say what it should throws THostError (kMalformed) with file,
   /// line and column. A last line without its end was cut and does not count; neither does a first one,
   /// if it begins as recordings do, and then nothing is known of the server (HasHeader).
   /// A stop of `reader`, which is not owned and may be null, ends the check with TEndedReading.
   TReplay(const std::string& path, const TStoredBytes& recording, ISourceReader* reader = nullptr);
   /// The same of what Open() gives.
   TReplay(const std::string& path, ISourceReader& reader);
-  /// From a file, or what `reader` has: THostError (kNoInput, kNoPermission) for what cannot be read.
+  /// From a file, or what `reader` has: THostError (kAbsent, kDenied) for what cannot be read.
   static TStoredBytes Open(const std::string& path, ISourceReader& reader);
   ~TReplay() override;
   TReplay(const TReplay&) = delete;
@@ -47,7 +47,7 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   bool HasHeader() const { return hasHeader_; }
 
   /// The first time that something else was asked for than was recorded: a diagnostic (an error) with
-  /// the recording's line. Empty where that never was. velhost exits with kBadData then.
+  /// the recording's line. Empty where that never was. velhost exits with kMalformed then.
   const std::optional<std::string>& Mismatch() const { return mismatch_; }
   /// Set where the recording is not whole: a diagnostic (a warning) that its last line is cut, or that
   /// more was asked for than it has.

@@ -37,12 +37,12 @@ bool IsLink(int folder, const std::string& name) {
 }
 
 [[noreturn]] void ThrowErrno(const std::string& path, int error) {
-  throw THostError(error == EACCES || error == EPERM ? EExitStatus::kNoPermission : EExitStatus::kNoInput,
+  throw THostError(error == EACCES || error == EPERM ? EFailure::kDenied : EFailure::kAbsent,
                    "cannot open " + path + ": " + std::strerror(error));
 }
 
 [[noreturn]] void ThrowLink(const std::string& path, const char* what) {
-  throw THostError(EExitStatus::kBadData,
+  throw THostError(EFailure::kMalformed,
                    "found " + Quoted(path) + ", " + what + ", expected a file in the server file's folder or below");
 }
 
@@ -89,7 +89,7 @@ TStoredBytes TDataFolder::Open(const std::string& name, std::size_t limit) {
   if (!folder_) {
     struct stat status = {};
     if (stat(file_.c_str(), &status) == 0 && S_ISFIFO(status.st_mode)) {
-      throw THostError(EExitStatus::kBadData,
+      throw THostError(EFailure::kMalformed,
                        "found a data file, but the server file comes from a pipe, which has no folder; expected a "
                        "server file that is a file, or the bytes themselves");
     }
@@ -100,11 +100,11 @@ TStoredBytes TDataFolder::Open(const std::string& name, std::size_t limit) {
   struct stat status = {};
   if (fstat(file.Get(), &status) != 0) ThrowErrno(prefix_ + name, errno);
   if (!S_ISREG(status.st_mode)) {
-    throw THostError(EExitStatus::kNoInput, "cannot read " + prefix_ + name + ": not a regular file");
+    throw THostError(EFailure::kAbsent, "cannot read " + prefix_ + name + ": not a regular file");
   }
   const auto size = static_cast<std::size_t>(status.st_size);
   if (size > limit) {
-    throw THostError(EExitStatus::kBadData,
+    throw THostError(EFailure::kTooLarge,
                      prefix_ + name + " is larger than the limit of " + std::to_string(limit) + " bytes");
   }
   return {std::move(file), size};

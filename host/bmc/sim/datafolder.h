@@ -14,8 +14,8 @@ class VELHOST_API IDataFolder {
  public:
   virtual ~IDataFolder();
   /// The content of a data file. `name` is relative and has no "..". What cannot be opened, is not a
-  /// regular file, or is larger than `limit` bytes throws THostError (kNoInput, kNoPermission or
-  /// kBadData) with a message that names it.
+  /// regular file, or is larger than `limit` bytes throws THostError (kAbsent, kDenied or
+  /// kMalformed) with a message that names it.
   virtual TStoredBytes Open(const std::string& name, std::size_t limit) = 0;
 };
 

@@ -178,7 +178,7 @@ TStoredBytes TServerFileReader::OpenDataFile(const TTomlTable& table, const TTom
   } catch (const TEndedReading&) {
     throw;
   } catch (const THostError& error) {
-    document_.Fail(member.value.place, error.what(), error.Status());
+    document_.Fail(member.value.place, error.what(), error.Kind());
   }
   sizeInAll_ += content.Size();
   if (sizeInAll_ > kLargestServerInAll) {

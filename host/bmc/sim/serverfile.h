@@ -84,8 +84,8 @@ struct TServerFile {
 };
 
 /// Reads a server file and opens the data files that it names, which are read as requests ask for them.
-/// Whatever is not as it should be throws THostError: kBadData with file, line, column, what was found
-/// and what was expected; kNoInput or kNoPermission for a file that cannot be read.
+/// Whatever is not as it should be throws THostError: kMalformed with file, line, column, what was found
+/// and what was expected; kAbsent or kDenied for a file that cannot be read.
 VELHOST_API TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IDataFolder& folder);
 
 /// The same with data files of the file system: they are in the file's folder or below, and no link

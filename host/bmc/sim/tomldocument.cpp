@@ -25,12 +25,12 @@ TTomlValue::TTomlValue(TTomlValue&&) noexcept = default;
 TTomlValue& TTomlValue::operator=(TTomlValue&&) noexcept = default;
 TTomlValue::~TTomlValue() = default;
 
-void TTomlDocument::Fail(const TTomlPlace& place, const std::string& message, EExitStatus status) const {
+void TTomlDocument::Fail(const TTomlPlace& place, const std::string& message, EFailure kind) const {
   TTextDiagnostic diagnostic;
   diagnostic.sourceLine = LineOf(text, place.line);
   diagnostic.location = {file, place.line, ByteColumn(diagnostic.sourceLine, place.column)};
   diagnostic.message = message;
-  throw THostError(status, FormatDiagnostic(diagnostic));
+  throw THostError(kind, FormatDiagnostic(diagnostic));
 }
 
 const char* NameOfTomlKind(TTomlValue::EKind kind) {

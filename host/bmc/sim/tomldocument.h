@@ -76,13 +76,13 @@ struct TTomlDocument {
 
   /// Throws THostError with a diagnostic at the place.
   [[noreturn]] void Fail(const TTomlPlace& place, const std::string& message,
-                         EExitStatus status = EExitStatus::kBadData) const;
+                         EFailure kind = EFailure::kMalformed) const;
 };
 
 /// "a string", "an integer", ... for messages.
 const char* NameOfTomlKind(TTomlValue::EKind kind);
 
-/// Reads TOML 1.0, in time that grows with the text's length alone. Throws THostError (kBadData) at the place of what
+/// Reads TOML 1.0, in time that grows with the text's length alone. Throws THostError (kMalformed) at the place of what
 /// is not TOML, of a key that is given twice, and of what is beyond a limit.
 std::unique_ptr<const TTomlDocument> ParseTomlDocument(std::string file, std::string text);
 

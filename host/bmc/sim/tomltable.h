@@ -1,5 +1,5 @@
 // Reads one table of a TOML document key by key. Whatever is not as expected throws THostError
-// (kBadData) with a diagnostic that says what was found and what was expected.
+// (kMalformed) with a diagnostic that says what was found and what was expected.
 #pragma once
 
 #include <cstdint>

@@ -17,9 +17,9 @@ std::string ReadOr(ISourceReader& reader, const std::string& path, std::size_t l
   try {
     return reader.Read(path, limit);
   } catch (const THostError& error) {
-    status = error.Status() == EExitStatus::kNoPermission ? ESmbiosStatus::kDenied
-             : error.Status() == EExitStatus::kNoInput    ? ESmbiosStatus::kAbsent
-                                                          : ESmbiosStatus::kMalformed;
+    status = error.Kind() == EFailure::kDenied   ? ESmbiosStatus::kDenied
+             : error.Kind() == EFailure::kAbsent ? ESmbiosStatus::kAbsent
+                                                 : ESmbiosStatus::kMalformed;
     return {};
   }
 }

@@ -130,7 +130,7 @@ class TCollection {
     if (options_.singleRequest) WarnOfClassesBehindCapture(classes_);
   }
 
-  /// Throws THostError (kUsage) if an output would overwrite what was read.
+  /// Throws THostError (kInvalidArgument) if an output would overwrite what was read.
   void RefuseOverwriting(const TCommandLine& commandLine) const { RefuseClashWithInputs(commandLine, inputs_.Files()); }
 
   EExitStatus Run() {

@@ -3,6 +3,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"
+#include "host/velhost/messages.h"
 
 namespace velhost {
 
@@ -35,9 +36,10 @@ TCollectionRun::TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace>
     : settings_(std::move(settings)), namespace_(std::move(cimNamespace)), ledger_(ledger), stop_(stop) {}
 
 void TCollectionRun::Load(const std::string& pluginPath) {
+  loader_.SetFatalHandler(&SayAndEndAtOnce);
   plugin_ = loader_.Load(pluginPath);
   if (plugin_->Query() != nullptr) return;
-  throw THostError(EExitStatus::kNoInput, "plugin " + SafeText(plugin_->Path()) + " answers no requests for instances");
+  throw THostError(EFailure::kAbsent, "plugin " + SafeText(plugin_->Path()) + " answers no requests for instances");
 }
 
 TCollectionSummary TCollectionRun::Run(const TClasses& classes, IInstanceWriter& writer) {

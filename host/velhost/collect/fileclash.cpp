@@ -81,9 +81,9 @@ TFiles InputsOf(const TCommandLine& commandLine, const TInstallation& installati
 }
 
 [[noreturn]] void Refuse(const TNamedFile& output, const TNamedFile& other) {
-  throw THostError(EExitStatus::kUsage, output.name + " and " + other.name +
-                                            " are one file, which would be overwritten: " +
-                                            SafeText(output.name == "standard output" ? other.path : output.path));
+  throw THostError(EFailure::kInvalidArgument,
+                   output.name + " and " + other.name + " are one file, which would be overwritten: " +
+                       SafeText(output.name == "standard output" ? other.path : output.path));
 }
 
 // "node1-cpu_err-0.bin"
@@ -105,7 +105,7 @@ void RefuseInCaptureFolder(const std::string& folder, const TFiles& files) {
   for (const TNamedFile& file : files) {
     const fs::path path = fs::weakly_canonical(fs::absolute(file.path, error), error);
     if (!LooksLikeCaptureFile(path.filename().string()) || path.parent_path() != whole) continue;
-    throw THostError(EExitStatus::kUsage,
+    throw THostError(EFailure::kInvalidArgument,
                      "a capture file of --capture-dir could overwrite " + SafeText(file.path) + " (" + file.name + ")");
   }
 }

@@ -7,7 +7,7 @@
 
 namespace velhost {
 
-/// Throws THostError (kUsage) if two outputs, or an output and an input, are one file: under one
+/// Throws THostError (kInvalidArgument) if two outputs, or an output and an input, are one file: under one
 /// path, through links, or as one inode. Devices, pipes and terminals may serve several. Looks at
 /// -o, --record, --log and --capture-dir against one another, and against the plugin, the schema
 /// files, the server file or recording and the password file. Opens nothing.

@@ -20,7 +20,7 @@ bool IsStandardOutput(const std::string& path);
 /// terminal when it likes: once something went there the line stays away.
 class TOutputTarget {
  public:
-  /// Throws THostError (kCannotCreate).
+  /// Throws THostError (kNotCreated).
   explicit TOutputTarget(const std::string& path);
   ~TOutputTarget();
   TOutputTarget(const TOutputTarget&) = delete;
@@ -29,7 +29,7 @@ class TOutputTarget {
   /// Not owned, and outlives the target.
   void SetProgressLine(TProgressLine* line);
   ITextSink& Sink();
-  /// Throws THostError (kWriteFailed).
+  /// Throws THostError (kNotWritten).
   void Finish();
 
  private:

@@ -20,9 +20,10 @@ boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std
   std::vector<std::string_view> names;
   for (const auto& candidate : cimNamespace.Classes()) names.push_back(candidate->Name());
   const std::string_view nearest = NearestName(name, names);
-  throw THostError(EExitStatus::kUsage, "the schema has no class \"" + SafeText(name) + "\"" +
-                                            (nearest.empty() ? "; \"velhost classes\" lists those that can be collected"
-                                                             : Suggestion(nearest)));
+  throw THostError(
+      EFailure::kInvalidArgument,
+      "the schema has no class \"" + SafeText(name) + "\"" +
+          (nearest.empty() ? "; \"velhost classes\" lists those that can be collected" : Suggestion(nearest)));
 }
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {
@@ -75,7 +76,7 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::sha
                     const std::string& machineType, bool singleRequest, int serviceProcessors) {
   using namespace CollectorProfile;
   const auto refuse = [](const std::string& subject, const std::string& problem) {
-    if (!problem.empty()) throw THostError(EExitStatus::kBadData, subject + problem);
+    if (!problem.empty()) throw THostError(EFailure::kMalformed, subject + problem);
   };
   refuse("", MachineTypesProblemOf(cimNamespace));
   std::map<const TCIMClass*, EPath> paths;

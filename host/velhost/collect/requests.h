@@ -16,7 +16,7 @@
 namespace velhost {
 
 /// The classes of the command line in its order; without any, all that this machine serves, the
-/// capture class last. A class that the schema does not have throws THostError (kUsage) with the
+/// capture class last. A class that the schema does not have throws THostError (kInvalidArgument) with the
 /// nearest name.
 std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNamespace,
                                                         const std::vector<std::string>& names,
@@ -28,8 +28,8 @@ std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
                                        const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                                        const std::string& machineType);
 
-/// Throws THostError (kBadData) where a request would take more memory than is allowed; see collectionsize.h. A single
-/// request is one for all classes.
+/// Throws THostError (kMalformed) where a request would take more memory than is allowed; see collectionsize.h. A
+/// single request is one for all classes.
 void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                     const std::string& machineType, bool singleRequest, int serviceProcessors);
 

@@ -17,7 +17,7 @@ class TRunRecording {
   TRunRecording(const TRunRecording&) = delete;
   TRunRecording& operator=(const TRunRecording&) = delete;
 
-  /// Throws THostError (kCannotCreate, kWriteFailed).
+  /// Throws THostError (kNotCreated, kNotWritten).
   void OpenFile();
   /// Null where nothing is recorded.
   IExchangeObserver* Observer() { return recorder_ ? &*recorder_ : nullptr; }

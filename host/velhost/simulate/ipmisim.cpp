@@ -50,20 +50,20 @@ const std::string& Writable(const std::string& path) {
     return c == '"' || c == '\'' || c == '\\' || static_cast<unsigned char>(c) < ' ';
   });
   if (plain && path.size() <= kLongestPath) return path;
-  throw THostError(EExitStatus::kUsage, "'" + path +
-                                            "' cannot be handed to ipmi_sim: its path has a quotation mark, a "
-                                            "backslash or a control character, or more than 800 bytes");
+  throw THostError(EFailure::kInvalidArgument, "'" + path +
+                                                   "' cannot be handed to ipmi_sim: its path has a quotation mark, a "
+                                                   "backslash or a control character, or more than 800 bytes");
 }
 
 void WriteFile(const std::string& path, const std::string& content) {
   std::ofstream file(path, std::ios::binary);
   file << content;
   file.close();
-  if (!file) throw THostError(EExitStatus::kCannotCreate, "cannot write " + path + ": " + std::strerror(errno));
+  if (!file) throw THostError(EFailure::kNotCreated, "cannot write " + path + ": " + std::strerror(errno));
 }
 
 [[noreturn]] void ThrowStart(const TIpmiSimSettings& settings, int error) {
-  throw THostError(EExitStatus::kUnavailable, "cannot start " + settings.program + ": " + std::strerror(error));
+  throw THostError(EFailure::kUnreachable, "cannot start " + settings.program + ": " + std::strerror(error));
 }
 
 void ReplaceStandardStreams(int input, int output) {
@@ -146,7 +146,7 @@ TPrivateFolder::TPrivateFolder() {
   const char* const base = std::getenv("TMPDIR");
   std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/velhost-simulate-XXXXXX";
   if (mkdtemp(pattern.data()) == nullptr) {
-    throw THostError(EExitStatus::kCannotCreate, "cannot create the folder " + pattern + ": " + std::strerror(errno));
+    throw THostError(EFailure::kNotCreated, "cannot create the folder " + pattern + ": " + std::strerror(errno));
   }
   path_ = pattern;
   StartKeeper();

@@ -22,7 +22,7 @@ struct TIpmiSimSettings {
   std::string password;
 };
 
-/// The configuration file of a run. Throws THostError (kUsage) for a path that ipmi_sim's
+/// The configuration file of a run. Throws THostError (kInvalidArgument) for a path that ipmi_sim's
 /// configuration has no way to write: one with quotes, backslashes, control characters, or too long.
 std::string IpmiSimConfiguration(const TIpmiSimSettings& settings);
 
@@ -30,7 +30,7 @@ std::string IpmiSimConfiguration(const TIpmiSimSettings& settings);
 /// child that does nothing but wait for that.
 class TPrivateFolder {
  public:
-  /// In TMPDIR, else /tmp; for this user only. Throws THostError (kCannotCreate).
+  /// In TMPDIR, else /tmp; for this user only. Throws THostError (kNotCreated).
   TPrivateFolder();
   ~TPrivateFolder();
   TPrivateFolder(const TPrivateFolder&) = delete;
@@ -49,7 +49,7 @@ class TPrivateFolder {
 /// environment. It is ended with this object, and by the kernel if this process dies.
 class TIpmiSim {
  public:
-  /// Throws THostError (kCannotCreate, kUnavailable).
+  /// Throws THostError (kNotCreated, kUnreachable).
   explicit TIpmiSim(const TIpmiSimSettings& settings);
   ~TIpmiSim();
   TIpmiSim(const TIpmiSim&) = delete;

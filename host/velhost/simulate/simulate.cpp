@@ -50,7 +50,7 @@ class TEndingSignals {
     if (!descriptor_) {
       const int error = errno;
       sigprocmask(SIG_SETMASK, &before_, nullptr);
-      throw THostError(EExitStatus::kInternal, std::string("signalfd: ") + std::strerror(error));
+      throw THostError(EFailure::kDefect, std::string("signalfd: ") + std::strerror(error));
     }
   }
   ~TEndingSignals() {
@@ -78,7 +78,7 @@ std::string FindProgram() {
     std::string file = folder + "/" + kProgram;
     if (access(file.c_str(), X_OK) == 0) return file;
   }
-  throw THostError(EExitStatus::kUnavailable,
+  throw THostError(EFailure::kUnreachable,
                    "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
 }
 
@@ -86,7 +86,7 @@ std::string FindModule(const TInstallation& installation) {
   std::string file = installation.ModuleFolder() + kModuleFile;
   if (access(file.c_str(), R_OK) == 0) return file;
   throw THostError(
-      EExitStatus::kUnavailable,
+      EFailure::kUnreachable,
       "the module for ipmi_sim is not installed: " + SafeText(file) +
           "\nThe package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it");
 }
@@ -100,7 +100,8 @@ std::string CheckServer(const TSimulateArguments& arguments) {
   const TNotServed refusal = ReasonNotToServe(server, arguments.node);
   const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();
   if (!refusal.reason.empty()) {
-    throw THostError(exists ? EExitStatus::kBadData : EExitStatus::kUsage, DescribeNotServed(refusal, arguments.file));
+    throw THostError(exists ? EFailure::kMalformed : EFailure::kInvalidArgument,
+                     DescribeNotServed(refusal, arguments.file));
   }
   return server.machineType;
 }
@@ -121,10 +122,9 @@ void CheckPort(int port, int type, const char* protocol) {
   descriptor.Close();
   if (error == 0) return;
   const std::string place = std::string(protocol) + " port " + std::to_string(port) + " of 127.0.0.1";
-  if (error == EACCES)
-    throw THostError(EExitStatus::kNoPermission, "cannot listen on " + place + ": " + std::strerror(error));
-  throw THostError(EExitStatus::kUnavailable, "cannot listen on " + place + ": " + std::strerror(error) +
-                                                  "\n--port and --serial-port name others");
+  if (error == EACCES) throw THostError(EFailure::kDenied, "cannot listen on " + place + ": " + std::strerror(error));
+  throw THostError(EFailure::kUnreachable, "cannot listen on " + place + ": " + std::strerror(error) +
+                                               "\n--port and --serial-port name others");
 }
 
 TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstallation& installation) {
@@ -142,8 +142,8 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
 
 [[noreturn]] void ThrowEnded(const TIpmiSim& simulator, const char* when) {
   const std::string output = simulator.Output();
-  throw THostError(EExitStatus::kUnavailable, std::string("ipmi_sim ended ") + when + " (" + simulator.HowItEnded() +
-                                                  ")" + (output.empty() ? ", and said nothing of why" : ": " + output));
+  throw THostError(EFailure::kUnreachable, std::string("ipmi_sim ended ") + when + " (" + simulator.HowItEnded() + ")" +
+                                               (output.empty() ? ", and said nothing of why" : ": " + output));
 }
 
 /// Waits for a signal (true), or until the time is over or the simulator has ended (false).
@@ -160,7 +160,7 @@ bool WaitForAnswer(const TEndingSignals& signals, const TIpmiSim& simulator, int
     if (WaitForSignal(signals, simulator, static_cast<int>(kStartingStep.count()))) return false;
     if (simulator.HasEnded()) ThrowEnded(simulator, "instead of starting");
     if (steady_clock::now() >= end) {
-      throw THostError(EExitStatus::kUnavailable, "ipmi_sim does not answer on 127.0.0.1:" + std::to_string(port));
+      throw THostError(EFailure::kUnreachable, "ipmi_sim does not answer on 127.0.0.1:" + std::to_string(port));
     }
   }
   return true;

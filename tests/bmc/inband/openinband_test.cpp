@@ -31,13 +31,13 @@ class InbandOpening : public testing::Test {
     Send(processor, node, ReadTimestamp());
     return driver_->Sent().back().descriptor;
   }
-  void ExpectError(const std::vector<std::string>& devices, const TSystemSmbios& smbios, EExitStatus status,
+  void ExpectError(const std::vector<std::string>& devices, const TSystemSmbios& smbios, EFailure kind,
                    const std::string& message) {
     try {
       Open(devices, smbios);
       FAIL() << "opened";
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), status);
+      EXPECT_EQ(error.Kind(), kind);
       EXPECT_EQ(error.what(), message);
     }
   }
@@ -78,16 +78,16 @@ constexpr const char* kAdvice =
     "otherwise name another service processor with --sp, as in lan:HOST";
 
 TEST_F(InbandOpening, NothingAtAllCannotBeReached) {
-  ExpectError({""}, kNoBmc, EExitStatus::kUnavailable,
+  ExpectError({""}, kNoBmc, EFailure::kUnreachable,
               std::string("there is no IPMI device /dev/ipmi* here, and SMBIOS declares none\n") + kAdvice);
 }
 
 TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownOfSmbios) {
-  ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EExitStatus::kUnavailable,
+  ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EFailure::kUnreachable,
               std::string("there is no IPMI device /dev/ipmi* here, and this machine shows no SMBIOS that could "
                           "declare one\n") +
                   kAdvice);
-  ExpectError({""}, Smbios(ESmbiosStatus::kDenied, false), EExitStatus::kUnavailable,
+  ExpectError({""}, Smbios(ESmbiosStatus::kDenied, false), EFailure::kUnreachable,
               std::string("there is no IPMI device /dev/ipmi* here, and whether SMBIOS declares one only root may "
                           "read\n") +
                   kAdvice);
@@ -96,13 +96,13 @@ TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownOfSmbios) {
 TEST_F(InbandOpening, RefusedDeviceIsAQuestionOfPermission) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi1", EACCES);
   ExpectError(
-      {""}, kNoBmc, EExitStatus::kNoPermission,
+      {""}, kNoBmc, EFailure::kDenied,
       "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
 }
 
 TEST_F(InbandOpening, NamedDeviceThatIsNotThereCannotBeReached) {
   driver_->Refuse("/dev/ipmi7", ENOENT);
-  ExpectError({"/dev/ipmi7"}, kDeclared, EExitStatus::kUnavailable,
+  ExpectError({"/dev/ipmi7"}, kDeclared, EFailure::kUnreachable,
               std::string("cannot open /dev/ipmi7: No such file or directory\n") + kAdvice);
 }
 
@@ -120,7 +120,7 @@ TEST(InbandSpec, AnythingElseIsAUsageError) {
       ParseInbandSpec(spec);
       ADD_FAILURE() << spec;
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), EExitStatus::kUsage);
+      EXPECT_EQ(error.Kind(), EFailure::kInvalidArgument);
       EXPECT_EQ(error.what(), std::string("'") + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
     }
   }

@@ -42,12 +42,12 @@ class LanLink : public testing::Test {
     return exchange;
   }
   void Wait(milliseconds time) { now_ += time; }
-  void ExpectRefused(EExitStatus status, const std::string& message) {
+  void ExpectRefused(EFailure kind, const std::string& message) {
     try {
       Link().Open();
       FAIL() << "opened";
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), status);
+      EXPECT_EQ(error.Kind(), kind);
       EXPECT_EQ(error.what(), message);
       EXPECT_THAT(error.what(), Not(HasSubstr("s3cret")));
     }
@@ -141,14 +141,14 @@ TEST_F(LanLink, LostPacketOfTheOpeningIsSentAgain) {
 
 TEST_F(LanLink, RefusedPasswordEndsTheTrying) {
   module_.Open(VEL_LAN_PASSWORD, "password invalid");
-  ExpectRefused(EExitStatus::kNoPermission,
+  ExpectRefused(EFailure::kRefused,
                 "lan:bmc:623: the password of user 'admin' is not the one that the BMC has; it is wrong, or what "
                 "answers there may be an impostor");
 }
 
 TEST_F(LanLink, KeyOfTheBmcsOwnIsNamed) {
   module_.Open(VEL_LAN_KEY, "k_g invalid");
-  ExpectRefused(EExitStatus::kNoPermission,
+  ExpectRefused(EFailure::kRefused,
                 "lan:bmc:623: the BMC ends the opening with another key than the password's; it has a key of its own "
                 "(K_g), which velhost cannot use, or what answers there may be an impostor");
 }
@@ -156,34 +156,34 @@ TEST_F(LanLink, KeyOfTheBmcsOwnIsNamed) {
 TEST_F(LanLink, RefusedUserIsNamed) {
   options_.user = "";
   module_.Open(VEL_LAN_USER);
-  ExpectRefused(EExitStatus::kNoPermission, "lan:bmc:623: the BMC refuses the anonymous user");
+  ExpectRefused(EFailure::kRefused, "lan:bmc:623: the BMC refuses the anonymous user");
 }
 
 TEST_F(LanLink, RefusedPrivilegeIsAQuestionOfPermission) {
   module_.Open(VEL_LAN_PRIVILEGE).Open(VEL_LAN_PRIVILEGE);
   ExpectRefused(
-      EExitStatus::kNoPermission,
+      EFailure::kRefused,
       "lan:bmc:623: the BMC refuses user 'admin' the privilege level admin; --privilege asks for a lower one");
 }
 
 TEST_F(LanLink, NobodyThereIsNotAskedAgain) {
   module_.Open(VEL_LAN_NO_ANSWER);
-  ExpectRefused(EExitStatus::kUnavailable,
+  ExpectRefused(EFailure::kUnreachable,
                 "lan:bmc:623: no answer; is this the address of a BMC, with IPMI over LAN enabled?");
 }
 
 TEST_F(LanLink, RefusedCipherSuitesAreListed) {
   module_.Open(VEL_LAN_CIPHER_SUITE, "a").Open(VEL_LAN_CIPHER_SUITE, "cipher suite id unavailable");
-  ExpectRefused(EExitStatus::kUnavailable,
+  ExpectRefused(EFailure::kUnreachable,
                 "lan:bmc:623: the BMC does not accept cipher suite 17 or 3 (cipher suite id unavailable); "
                 "choose one that it accepts with --cipher-suite N");
 }
 
 TEST_F(LanLink, EachOtherRefusalHasItsMessage) {
   module_.Open(VEL_LAN_BAD_HOST).Open(VEL_LAN_NO_IPMI_2_0).Open(VEL_LAN_FAILED, "out of memory");
-  ExpectRefused(EExitStatus::kUnavailable, "lan:bmc:623: the host's name cannot be resolved");
-  ExpectRefused(EExitStatus::kUnavailable, "lan:bmc:623: the BMC does not speak IPMI 2.0 here");
-  ExpectRefused(EExitStatus::kUnavailable, "lan:bmc:623: out of memory");
+  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the host's name cannot be resolved");
+  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the BMC does not speak IPMI 2.0 here");
+  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: out of memory");
 }
 
 TEST_F(LanLink, PassesRequestAndAnswer) {

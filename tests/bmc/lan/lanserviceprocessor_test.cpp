@@ -173,7 +173,7 @@ TEST_F(LanServiceProcessor, RefusalReachesTheCaller) {
     TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
     FAIL() << "opened";
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kNoPermission);
+    EXPECT_EQ(error.Kind(), EFailure::kRefused);
   }
 }
 
@@ -183,7 +183,7 @@ TEST_F(LanServiceProcessor, InterruptedOpeningSendsNothing) {
     TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
     FAIL() << "opened";
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kPartial);
+    EXPECT_EQ(error.Kind(), EFailure::kStopped);
     EXPECT_STREQ(error.what(), "lan:bmc:623: interrupted while the session was being opened");
   }
 }
@@ -194,7 +194,7 @@ TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnavailable) {
     TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
     FAIL() << "opened";
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kUnavailable);
+    EXPECT_EQ(error.Kind(), EFailure::kUnreachable);
     EXPECT_STREQ(error.what(), "lan:bmc:623: no session before the deadline");
   }
 }
@@ -301,7 +301,7 @@ class LanClient : public testing::Test {
     try {
       OpenLan({TLanOptions()}, stop_, folders);
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), EExitStatus::kUnavailable);
+      EXPECT_EQ(error.Kind(), EFailure::kUnreachable);
       return error.what();
     }
     ADD_FAILURE() << "opened";

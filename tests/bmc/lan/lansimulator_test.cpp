@@ -80,8 +80,8 @@ class LanSimulator : public testing::Test {
     return OpenLan({options_}, stop_, kModules,
                    [this](ELanNotice, const std::string& text) { notices_.push_back(text); });
   }
-  std::string Refusal(EExitStatus status) {
-    std::string message = MessageOf([this] { Open(); }, status);
+  std::string Refusal(EFailure kind) {
+    std::string message = MessageOf([this] { Open(); }, kind);
     EXPECT_THAT(message, Not(HasSubstr(options_.password.Text())));
     return message;
   }
@@ -96,7 +96,7 @@ class LanSimulator : public testing::Test {
 TEST_F(LanSimulator, WrongPasswordIsRefused) {
   Serve();
   options_.password = TSecret("not-this-one");
-  EXPECT_EQ(Refusal(EExitStatus::kNoPermission),
+  EXPECT_EQ(Refusal(EFailure::kRefused),
             Name() +
                 ": the password of user 'ipmiusr' is not the one that the BMC has; it is wrong, or what answers "
                 "there may be an impostor");
@@ -118,13 +118,13 @@ TEST_F(LanSimulator, WrongUserIsRefused) {
   Serve();
   options_.user = "nobody";
   options_.password = TSecret("s3cret");
-  EXPECT_EQ(Refusal(EExitStatus::kNoPermission), Name() + ": the BMC refuses user 'nobody'");
+  EXPECT_EQ(Refusal(EFailure::kRefused), Name() + ": the BMC refuses user 'nobody'");
 }
 
 TEST_F(LanSimulator, CipherSuiteThatItDoesNotKnowIsRefused) {
   Serve();
   options_.cipherSuites = {17};
-  EXPECT_THAT(Refusal(EExitStatus::kUnavailable), HasSubstr("the BMC does not accept cipher suite 17 ("));
+  EXPECT_THAT(Refusal(EFailure::kUnreachable), HasSubstr("the BMC does not accept cipher suite 17 ("));
 }
 
 TEST_F(LanSimulator, GivingWayToAnotherCipherSuiteIsWarnedOf) {
@@ -150,7 +150,7 @@ TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {
 TEST_F(LanSimulator, NobodyThereIsSaidByTheDeadline) {
   options_ = OptionsFor(FreePort());
   stop_.SetDeadline(TStopSignal::TClock::now() + milliseconds(100));
-  EXPECT_EQ(Refusal(EExitStatus::kUnavailable), Name() + ": no session before the deadline");
+  EXPECT_EQ(Refusal(EFailure::kUnreachable), Name() + ": no session before the deadline");
 }
 
 TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {

@@ -63,7 +63,7 @@ void ExpectUsage(const std::string& spec, const std::string& problem) {
     ParseLanSpec(spec);
     ADD_FAILURE() << spec;
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kUsage);
+    EXPECT_EQ(error.Kind(), EFailure::kInvalidArgument);
     EXPECT_EQ(error.what(),
               "'" + spec + "': " + problem + "; expected lan:[USER@]HOST[:PORT], an IPv6 address in brackets");
   }
@@ -97,7 +97,7 @@ TEST(LanSpec, PasswordBehindTheUserIsRefusedAndNotRepeated) {
       ParseLanSpec(spec);
       ADD_FAILURE() << spec;
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), EExitStatus::kUsage);
+      EXPECT_EQ(error.Kind(), EFailure::kInvalidArgument);
       EXPECT_STREQ(error.what(),
                    "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
                    "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
@@ -115,13 +115,13 @@ TEST(LanPrivilege, HasThreeNames) {
 
 class LanPasswordSource : public testing::Test {
  protected:
-  void ExpectError(const std::string& file, const std::optional<TSecret>& variable, EExitStatus status,
+  void ExpectError(const std::string& file, const std::optional<TSecret>& variable, EFailure kind,
                    const std::string& message) {
     try {
       LanPassword(file, variable, reader_);
       ADD_FAILURE() << "got a password";
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), status);
+      EXPECT_EQ(error.Kind(), kind);
       EXPECT_EQ(error.what(), message);
     }
   }
@@ -145,27 +145,28 @@ TEST_F(LanPasswordSource, IsTheFilesFirstLine) {
 }
 
 TEST_F(LanPasswordSource, IsNeeded) {
-  ExpectError("", std::nullopt, EExitStatus::kUsage,
+  ExpectError("", std::nullopt, EFailure::kInvalidArgument,
               "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
               "or name a file with --password-file");
 }
 
 TEST_F(LanPasswordSource, HasAtMostTwentyBytes) {
   EXPECT_STREQ(LanPassword("", TSecret("12345678901234567890"), reader_).Text(), "12345678901234567890");
-  ExpectError("", TSecret("123456789012345678901"), EExitStatus::kUsage,
+  ExpectError("", TSecret("123456789012345678901"), EFailure::kInvalidArgument,
               "the password in VELHOST_IPMI_PASSWORD is longer than the 20 bytes of IPMI 2.0");
   reader_.Add("f", "123456789012345678901");
-  ExpectError("f", std::nullopt, EExitStatus::kUsage, "the password in f is longer than the 20 bytes of IPMI 2.0");
+  ExpectError("f", std::nullopt, EFailure::kInvalidArgument,
+              "the password in f is longer than the 20 bytes of IPMI 2.0");
 }
 
 // As text for C it would end there, and a shorter password would be sent.
 TEST_F(LanPasswordSource, HasNoNul) {
   reader_.Add("f", std::string("pw\0x\n", 5));
-  ExpectError("f", std::nullopt, EExitStatus::kBadData, "f: the password in its first line has a NUL character");
+  ExpectError("f", std::nullopt, EFailure::kMalformed, "f: the password in its first line has a NUL character");
 }
 
 TEST_F(LanPasswordSource, FileThatIsNotThereIsNoInput) {
-  ExpectError("gone", TSecret("pw"), EExitStatus::kNoInput, "cannot open gone: No such file or directory");
+  ExpectError("gone", TSecret("pw"), EFailure::kAbsent, "cannot open gone: No such file or directory");
 }
 
 TEST(LanPasswordVariable, IsTakenOutOfTheEnvironment) {

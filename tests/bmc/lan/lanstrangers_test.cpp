@@ -93,7 +93,7 @@ TEST_P(LanStrangers, ImpostorIsSuspectedAndGetsNoProofOfThePassword) {
     Open();
     FAIL() << "opened";
   } catch (const THostError& error) {
-    EXPECT_EQ(error.Status(), EExitStatus::kNoPermission);
+    EXPECT_EQ(error.Kind(), EFailure::kRefused);
     EXPECT_EQ(error.what(), Name() +
                                 ": the password of user 'user' is not the one that the BMC has; it is wrong, or "
                                 "what answers there may be an impostor");

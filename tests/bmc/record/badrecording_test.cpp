@@ -212,7 +212,7 @@ TEST(BadRecording, LimitsWhatALineTakesInMemory) {
 
 TEST(BadRecording, MayBeMissing) {
   TMemoryReader reader;
-  EXPECT_EQ(MessageOf([&] { TReplay::Open("none.jsonl", reader); }, EExitStatus::kNoInput),
+  EXPECT_EQ(MessageOf([&] { TReplay::Open("none.jsonl", reader); }, EFailure::kAbsent),
             "cannot open none.jsonl: No such file or directory");
 }
 

@@ -24,7 +24,7 @@ using std::chrono::microseconds;
 class TMemorySink : public ITextSink {
  public:
   void Write(std::string_view part) override {
-    if (writes_++ >= failFrom) throw THostError(EExitStatus::kWriteFailed, "the disk is full");
+    if (writes_++ >= failFrom) throw THostError(EFailure::kNotWritten, "the disk is full");
     text += part;
   }
   std::string text;
@@ -113,7 +113,7 @@ TEST_F(Recording, EndsWithTheFirstWriteThatFails) {
   for (int i = 0; i < 3; ++i) recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(i)});
   EXPECT_THAT(Lines(), testing::EndsWith("\"us\":0}\n"));
   ASSERT_TRUE(recorder_.Failure());
-  EXPECT_EQ(recorder_.Failure()->Status(), EExitStatus::kWriteFailed);
+  EXPECT_EQ(recorder_.Failure()->Kind(), EFailure::kNotWritten);
   EXPECT_STREQ(recorder_.Failure()->what(), "the disk is full");
 }
 
@@ -125,7 +125,7 @@ TEST_F(Recording, IsWholeUnlessAWriteFailed) {
 TEST(RecordingStart, PassesItsFailureOn) {
   TMemorySink sink;
   sink.failFrom = 0;
-  EXPECT_EQ(MessageOf([&] { TRecorder(sink, Header()); }, EExitStatus::kWriteFailed), "the disk is full");
+  EXPECT_EQ(MessageOf([&] { TRecorder(sink, Header()); }, EFailure::kNotWritten), "the disk is full");
 }
 
 class RecordingFile : public testing::Test {
@@ -157,13 +157,13 @@ TEST_F(RecordingFile, ReplacesWhatWasThere) {
 
 TEST_F(RecordingFile, SaysThatItCannotBeCreated) {
   const std::string path = Path() + "/no";
-  EXPECT_EQ(MessageOf([&] { TRecordingFile{path}; }, EExitStatus::kCannotCreate),
+  EXPECT_EQ(MessageOf([&] { TRecordingFile{path}; }, EFailure::kNotCreated),
             "cannot create " + path + ": No such file or directory");
 }
 
 TEST_F(RecordingFile, SaysThatItCannotBeWritten) {
   TRecordingFile full("/dev/full");
-  EXPECT_EQ(MessageOf([&] { full.Write("a\n"); }, EExitStatus::kWriteFailed),
+  EXPECT_EQ(MessageOf([&] { full.Write("a\n"); }, EFailure::kNotWritten),
             "cannot write to /dev/full: No space left on device");
 }
 

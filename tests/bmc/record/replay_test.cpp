@@ -149,7 +149,7 @@ TEST(Replay, IsReadOrRefusedWhateverByteIsChanged) {
         TMemoryReplay replay(changed);
         TSession(replay).Run();
       } catch (const THostError& error) {
-        EXPECT_EQ(error.Status(), EExitStatus::kBadData);
+        EXPECT_EQ(error.Kind(), EFailure::kMalformed);
         EXPECT_THAT(error.what(), testing::StartsWith("r.jsonl:"));
         ++refused;
       }

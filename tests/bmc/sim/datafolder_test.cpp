@@ -37,8 +37,8 @@ class TTree {
 class DataFolder : public testing::TestWithParam<TDataFolder::EWay> {
  protected:
   TBytes Read(const std::string& name) { return AllOf(folder_.Open(name, 6)); }
-  std::string Refusal(const std::string& name, EExitStatus status = EExitStatus::kBadData) {
-    return MessageOf([&] { folder_.Open(name, 6); }, status);
+  std::string Refusal(const std::string& name, EFailure kind = EFailure::kMalformed) {
+    return MessageOf([&] { folder_.Open(name, 6); }, kind);
   }
   static constexpr const char* kExpected = ", expected a file in the server file's folder or below";
 
@@ -73,25 +73,24 @@ TEST_P(DataFolder, FollowsNoLinkOut) {
 
 TEST_P(DataFolder, RefusesWhatIsNotARegularFile) {
   ASSERT_EQ(mkfifo(tree_.Path("servers/pipe").c_str(), 0600), 0);
-  EXPECT_EQ(Refusal("pipe", EExitStatus::kNoInput),
-            "cannot read " + tree_.Path("servers/pipe") + ": not a regular file");
-  EXPECT_EQ(Refusal("sub", EExitStatus::kNoInput), "cannot read " + tree_.Path("servers/sub") + ": not a regular file");
+  EXPECT_EQ(Refusal("pipe", EFailure::kAbsent), "cannot read " + tree_.Path("servers/pipe") + ": not a regular file");
+  EXPECT_EQ(Refusal("sub", EFailure::kAbsent), "cannot read " + tree_.Path("servers/sub") + ": not a regular file");
 }
 
 TEST_P(DataFolder, NamesWhatIsMissing) {
-  EXPECT_EQ(Refusal("none", EExitStatus::kNoInput),
+  EXPECT_EQ(Refusal("none", EFailure::kAbsent),
             "cannot open " + tree_.Path("servers/none") + ": No such file or directory");
-  EXPECT_EQ(Refusal("none/in", EExitStatus::kNoInput),
+  EXPECT_EQ(Refusal("none/in", EFailure::kAbsent),
             "cannot open " + tree_.Path("servers/none/in") + ": No such file or directory");
-  EXPECT_EQ(Refusal("in/in", EExitStatus::kNoInput),
-            "cannot open " + tree_.Path("servers/in/in") + ": Not a directory");
+  EXPECT_EQ(Refusal("in/in", EFailure::kAbsent), "cannot open " + tree_.Path("servers/in/in") + ": Not a directory");
 }
 
 TEST_P(DataFolder, LimitsTheSize) {
   tree_.Write("servers/six", "123456");
   EXPECT_EQ(Read("six").size(), 6U);
   tree_.Write("servers/seven", "1234567");
-  EXPECT_EQ(Refusal("seven"), tree_.Path("servers/seven") + " is larger than the limit of 6 bytes");
+  EXPECT_EQ(Refusal("seven", EFailure::kTooLarge),
+            tree_.Path("servers/seven") + " is larger than the limit of 6 bytes");
 }
 
 TEST(DataFolderOfTheKernel, FollowsLinksThatStayInIt) {

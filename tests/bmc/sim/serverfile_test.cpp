@@ -168,7 +168,7 @@ TEST(ServerFile, IsReadOrRefusedWithAPlaceWhereverItIsCut) {
     try {
       ReadWhole(kWhole.substr(0, size));
     } catch (const THostError& error) {
-      EXPECT_EQ(error.Status(), EExitStatus::kBadData);
+      EXPECT_EQ(error.Kind(), EFailure::kMalformed);
       EXPECT_THAT(error.what(), testing::MatchesRegex("servers/s\\.toml:[0-9]+:[0-9]+: error: (.|\n)*")) << size;
     }
   }
@@ -193,14 +193,14 @@ TEST(ServerFile, IsReadOrRefusedWhateverByteIsChanged) {
 
 TEST(ServerFileInput, MayBeMissing) {
   TMemoryReader reader;
-  EXPECT_EQ(MessageOf([&] { ReadFrom("none.toml", reader); }, EExitStatus::kNoInput),
+  EXPECT_EQ(MessageOf([&] { ReadFrom("none.toml", reader); }, EFailure::kAbsent),
             "cannot open none.toml: No such file or directory");
 }
 
 TEST(ServerFileInput, NamesThePlaceOfADataFileThatIsMissing) {
   TMemoryReader reader;
   reader.Add("a/s.toml", "machine_type = \"\"\n[[dot.service_processor]]\nblock_file = \"b.bin\"");
-  EXPECT_EQ(MessageOf([&] { ReadFrom("a/s.toml", reader); }, EExitStatus::kNoInput),
+  EXPECT_EQ(MessageOf([&] { ReadFrom("a/s.toml", reader); }, EFailure::kAbsent),
             "a/s.toml:3:14: error: cannot open a/b.bin: No such file or directory\n"
             "  block_file = \"b.bin\"\n"
             "               ^\n");
@@ -210,7 +210,7 @@ TEST(ServerFileInput, LimitsTheSizeOfABlock) {
   TMemoryReader reader;
   reader.Add("s.toml", "machine_type = \"\"\n[[dot.service_processor]]\nblock_file = \"b.bin\"");
   reader.Add("b.bin", std::string((std::size_t{1} << 20U) + 1, 'x'));
-  EXPECT_EQ(MessageOf([&] { ReadFrom("s.toml", reader); }),
+  EXPECT_EQ(MessageOf([&] { ReadFrom("s.toml", reader); }, EFailure::kTooLarge),
             "s.toml:3:14: error: b.bin is larger than the limit of 1048576 bytes\n"
             "  block_file = \"b.bin\"\n"
             "               ^\n");

@@ -64,7 +64,7 @@ TEST(ServerLimit, IsOfValues) {
 TEST(ServerLimit, IsOfTheFile) {
   TMemoryReader reader;
   reader.Add("server.toml", kType + std::string((std::size_t{64} << 20U) - kType.size() + 1, '\n'));
-  EXPECT_EQ(MessageOf([&] { ReadFrom("server.toml", reader); }),
+  EXPECT_EQ(MessageOf([&] { ReadFrom("server.toml", reader); }, EFailure::kTooLarge),
             "server.toml is larger than the limit of 67108864 bytes");
 }
 

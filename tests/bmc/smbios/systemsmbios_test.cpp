@@ -17,7 +17,7 @@ const std::string kProductNameFile = "/r/class/dmi/id/product_name";
 class TDeniedTable : public TMemoryReader {
  public:
   std::string Read(const std::string& path, std::size_t limit) override {
-    if (path == kTable) throw THostError(EExitStatus::kNoPermission, "cannot open " + path);
+    if (path == kTable) throw THostError(EFailure::kDenied, "cannot open " + path);
     return TMemoryReader::Read(path, limit);
   }
 };
