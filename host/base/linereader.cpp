@@ -1,6 +1,7 @@
 #include "host/base/linereader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace velhost {

@@ -1,6 +1,7 @@
 // A text that must not be found where it was once it is no longer needed.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>

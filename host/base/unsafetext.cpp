@@ -1,5 +1,7 @@
 #include "host/base/unsafetext.h"
 
+#include <cstddef>
+
 #include <fmt/format.h>
 
 #include "host/base/utf8.h"

@@ -2,8 +2,8 @@
 #pragma once
 #include "host/base/api.h"
 
-#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 

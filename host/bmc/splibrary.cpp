@@ -1,8 +1,12 @@
 #include "nkrovel20/splibrary.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "host/bmc/serviceprocessorhub.h"
 #include "wire/commandbuffer.h"

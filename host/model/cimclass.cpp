@@ -1,5 +1,7 @@
 #include "host/model/cimclass.h"
 
+#include <utility>
+
 #include <boost/make_shared.hpp>
 
 #include "host/model/ciminstance.h"

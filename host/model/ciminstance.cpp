@@ -1,5 +1,7 @@
 #include "host/model/ciminstance.h"
 
+#include <utility>
+
 #include "host/model/cimnamespace.h"
 #include "host/model/failuredetail.h"
 #include "nkrovel20/tvelexception.h"

@@ -5,7 +5,9 @@
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/model/cimclass.h"

@@ -1,6 +1,7 @@
 #include "host/model/hostservices.h"
 
 #include <ctime>
+#include <utility>
 
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tosspecific.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/make_shared.hpp>
+#include <cstddef>
 
 #include "host/base/caseinsensitive.h"
 

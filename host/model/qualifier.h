@@ -4,6 +4,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/model/classdefinition.h"

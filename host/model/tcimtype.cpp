@@ -1,4 +1,5 @@
 #include <array>
+#include <string>
 #include <string_view>
 
 #include "host/base/caseinsensitive.h"

@@ -1,6 +1,7 @@
 #include "host/model/tracelogger.h"
 
 #include <array>
+#include <cstddef>
 
 namespace velhost {
 

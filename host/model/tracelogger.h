@@ -4,6 +4,7 @@
 
 #include <boost/function.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "nkrovel20/ilogger.h"

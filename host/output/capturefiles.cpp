@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/hex.h"

@@ -1,7 +1,11 @@
 #include "host/output/cimxmlwriter.h"
 
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "host/base/cimdatetime.h"
 #include "host/base/decimal.h"

@@ -3,6 +3,7 @@
 
 #include <pugixml.hpp>
 #include <string>
+#include <string_view>
 
 #include "host/output/iinstancewriter.h"
 #include "host/output/textbuffer.h"

@@ -1,6 +1,8 @@
 #include "host/output/jsonwriter.h"
 
-#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 
 #include "host/base/decimal.h"
 #include "host/base/hex.h"

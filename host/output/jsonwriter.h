@@ -3,6 +3,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/output/iinstancewriter.h"
 #include "host/output/textbuffer.h"

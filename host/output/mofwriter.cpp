@@ -1,6 +1,9 @@
 #include "host/output/mofwriter.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 #include "host/base/cimdatetime.h"
 #include "host/base/hex.h"

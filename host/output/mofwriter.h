@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "host/output/iinstancewriter.h"
 #include "host/output/textbuffer.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/decimal.h"

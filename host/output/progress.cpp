@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <boost/endian/conversion.hpp>
 #include <initializer_list>
+#include <utility>
 
 #include "host/base/displaywidth.h"
 #include "host/base/text.h"

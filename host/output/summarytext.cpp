@@ -3,8 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
+#include <memory>
+#include <optional>
 #include <tuple>
+#include <utility>
 
 #include "host/output/completioncodes.h"
 #include "host/output/tablelayout.h"

@@ -3,6 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "host/output/completioncodes.h"
 #include "host/output/summarytext.h"

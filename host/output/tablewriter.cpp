@@ -1,6 +1,9 @@
 #include "host/output/tablewriter.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/displaywidth.h"

@@ -1,6 +1,7 @@
 // The form `table`: one block for each instance, and a summary, for people.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>

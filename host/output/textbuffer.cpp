@@ -1,5 +1,7 @@
 #include "host/output/textbuffer.h"
 
+#include <cstddef>
+
 namespace velhost {
 
 void TTextBuffer::HandOver() {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 
 #include "host/output/cimxmlwriter.h"
 #include "host/output/jsonwriter.h"

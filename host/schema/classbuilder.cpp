@@ -1,6 +1,7 @@
 #include "host/schema/classbuilder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"

@@ -1,5 +1,13 @@
 // What stands between the braces of a class: its properties and references.
 #include "host/base/text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 #include "host/schema/classbuilder.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/seennames.h"

@@ -1,5 +1,13 @@
 // Strings that hold MOF: values of properties with the qualifier EmbeddedInstance or EmbeddedObject.
 #include "host/base/text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 #include "host/schema/instancebuilder.h"
 #include "host/schema/mofscan.h"
 

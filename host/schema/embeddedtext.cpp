@@ -1,6 +1,8 @@
 #include "host/schema/embeddedtext.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <string_view>
 
 #include "host/schema/mofscan.h"
 

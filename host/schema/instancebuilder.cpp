@@ -1,5 +1,9 @@
 #include "host/schema/instancebuilder.h"
 
+#include <cstdint>
+#include <memory>
+#include <utility>
+
 #include "host/base/text.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"

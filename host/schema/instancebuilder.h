@@ -4,6 +4,7 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>

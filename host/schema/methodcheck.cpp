@@ -1,5 +1,12 @@
 // Methods: declared once, and changed by a subclass as little as a property.
 #include "host/base/text.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 #include "host/schema/classbuilder.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/seennames.h"

@@ -1,5 +1,9 @@
 // What the grammar's rules put into the result.
 #include <charconv>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/schema/mofscan.h"
 #include "host/schema/schemalimits.h"

@@ -1,7 +1,10 @@
 #include "host/schema/mofvalue.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <memory>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/cimdatetime.h"

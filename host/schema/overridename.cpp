@@ -1,5 +1,11 @@
 // What the qualifier Override says of an element: which inherited one it takes the place of.
 #include "host/schema/classbuilder.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
 #include "host/schema/mofscan.h"
 #include "host/schema/namehint.h"
 

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
 
 #include "host/base/text.h"
 #include "host/schema/mofscan.h"

@@ -1,5 +1,9 @@
 #include "host/schema/schemacheck.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
 #include <nlohmann/json.hpp>
 
 #include "host/base/text.h"

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <boost/make_shared.hpp>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <set>
+#include <string_view>
+#include <utility>
 
 #include "host/base/hex.h"
 #include "host/base/hosterror.h"

@@ -1,5 +1,7 @@
 #include "host/schema/schemareader.h"
 
+#include <functional>
+
 #include "host/schema/classbuilder.h"
 #include "host/schema/instancebuilder.h"
 #include "host/schema/qualifiertable.h"

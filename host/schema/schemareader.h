@@ -2,6 +2,7 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <cstddef>
 #include <string>
 #include <vector>
 

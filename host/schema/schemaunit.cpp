@@ -1,6 +1,8 @@
 #include "host/schema/schemaunit.h"
 
+#include <cstddef>
 #include <numeric>
+#include <vector>
 
 #include "host/schema/embeddedtext.h"
 #include "host/schema/mofscan.h"

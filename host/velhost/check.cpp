@@ -1,5 +1,8 @@
 // velhost check: what is wrong with a schema.
 #include "host/base/textsink.h"
+
+#include <string>
+#include <vector>
 #include "host/base/unsafetext.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/schemaloading.h"

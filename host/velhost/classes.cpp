@@ -2,6 +2,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/base/unsafetext.h"
 #include "host/profile/collectorprofile.h"

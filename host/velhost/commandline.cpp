@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <set>
 #include <string_view>
 #include <utility>

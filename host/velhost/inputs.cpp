@@ -1,6 +1,7 @@
 #include "host/velhost/inputs.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <utility>
 

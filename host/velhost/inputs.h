@@ -1,6 +1,7 @@
 // What a run reads: files and pipes that the user has named, until the run is stopped.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <utility>
 
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"

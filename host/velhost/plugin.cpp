@@ -1,5 +1,8 @@
 // velhost plugin: the identity of the collector.
 #include "host/base/unsafetext.h"
+
+#include <memory>
+#include <string>
 #include "host/plugins/pluginloader.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/standardstreams.h"

@@ -1,6 +1,9 @@
 // The schema that a command works with.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include <boost/shared_ptr.hpp>
 
 #include "host/model/cimnamespace.h"

@@ -1,5 +1,7 @@
 #include "host/velhost/serverconnection.h"
 
+#include <vector>
+
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/bmc/iserviceprocessor.h"
 #include "host/model/hostservices.h"

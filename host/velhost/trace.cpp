@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
 #include "host/base/descriptor.h"

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <span>
+#include <utility>
 
 #include "host/base/hosterror.h"
 

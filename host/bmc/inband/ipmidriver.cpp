@@ -6,9 +6,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "host/base/decimal.h"

@@ -1,6 +1,5 @@
 #include "host/bmc/lan/lanlink.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "host/base/hosterror.h"

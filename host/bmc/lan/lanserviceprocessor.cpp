@@ -3,7 +3,9 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <exception>
+#include <span>
 #include <utility>
 
 #include "host/base/hosterror.h"

@@ -5,7 +5,6 @@
 #pragma once
 #include "host/base/api.h"
 
-#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>

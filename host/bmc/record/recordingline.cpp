@@ -1,9 +1,12 @@
 #include "host/bmc/record/recordingline.h"
 
+#include <algorithm>
 #include <limits>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
+#include <utility>
 
 #include "host/base/hex.h"
 #include "host/base/nearestname.h"

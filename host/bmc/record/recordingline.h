@@ -2,6 +2,7 @@
 #pragma once
 #include "host/base/api.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>

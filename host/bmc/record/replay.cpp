@@ -1,6 +1,9 @@
 #include "host/bmc/record/replay.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "host/base/hex.h"
 #include "host/base/textdiagnostic.h"

@@ -3,6 +3,7 @@
 #include "host/base/api.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>

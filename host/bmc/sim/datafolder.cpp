@@ -7,7 +7,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include "host/base/hosterror.h"
 #include "host/base/text.h"

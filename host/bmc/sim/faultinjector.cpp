@@ -1,6 +1,7 @@
 #include "host/bmc/sim/faultinjector.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "host/bmc/sim/simulatedserver.h"
 

@@ -1,7 +1,12 @@
 #include "host/bmc/sim/faulttable.h"
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "host/base/nearestname.h"
 #include "host/base/text.h"

@@ -1,6 +1,7 @@
 #include "host/bmc/sim/servednode.h"
 
 #include <algorithm>
+#include <array>
 
 #include "host/base/unsafetext.h"
 #include "wire/storagearea.h"

@@ -3,9 +3,13 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <map>
+#include <memory>
 #include <set>
+#include <string_view>
+#include <utility>
 
 #include "host/base/hosterror.h"
 #include "host/base/text.h"

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <boost/endian/conversion.hpp>
+#include <map>
+#include <memory>
+#include <span>
 
 #include "wire/registerblock.h"
 #include "wire/storagearea.h"

@@ -2,10 +2,12 @@
 #pragma once
 #include "host/base/api.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/bmc/iserviceprocessor.h"

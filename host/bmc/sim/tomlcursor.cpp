@@ -1,5 +1,7 @@
 #include "host/bmc/sim/tomlcursor.h"
 
+#include <cstdint>
+
 #include "host/base/hex.h"
 #include "host/base/text.h"
 #include "host/base/utf8.h"

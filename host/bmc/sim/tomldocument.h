@@ -1,11 +1,13 @@
 // A TOML text as a tree of plain values that know their places.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/base/hosterror.h"

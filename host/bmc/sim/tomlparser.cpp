@@ -1,6 +1,13 @@
 // The structure of TOML: statements, keys, tables, arrays.
 #include <algorithm>
+#include <cstddef>
+#include <deque>
+#include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "host/base/decimal.h"
 #include "host/base/text.h"

@@ -1,6 +1,7 @@
 #include "host/bmc/sim/tomlscalar.h"
 
 #include <array>
+#include <cstddef>
 
 #include "host/base/decimal.h"
 #include "host/base/hex.h"

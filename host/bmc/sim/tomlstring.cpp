@@ -1,6 +1,7 @@
 #include "host/bmc/sim/tomlstring.h"
 
-#include <algorithm>
+#include <cstddef>
+#include <deque>
 #include <string>
 
 #include "host/base/hex.h"

@@ -1,5 +1,9 @@
 #include "host/bmc/sim/tomltable.h"
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+
 #include "host/base/cimdatetime.h"
 #include "host/base/hex.h"
 #include "host/base/nearestname.h"

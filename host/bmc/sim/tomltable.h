@@ -2,6 +2,7 @@
 // (kMalformed) with a diagnostic that says what was found and what was expected.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>

@@ -3,6 +3,7 @@
 // The parser takes bytes and trusts none of them; systemsmbios.h reads those of this machine.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>

@@ -1,6 +1,10 @@
 #include "host/bmc/smbios/systemsmbios.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <vector>
 
 #include "host/base/hosterror.h"

@@ -2,8 +2,14 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sizelimit.h"

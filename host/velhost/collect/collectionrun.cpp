@@ -1,5 +1,7 @@
 #include "host/velhost/collect/collectionrun.h"
 
+#include <string_view>
+
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"

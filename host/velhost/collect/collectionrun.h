@@ -4,6 +4,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>

@@ -1,6 +1,8 @@
 // Outputs that would destroy an input or another output.
 #pragma once
 
+#include <vector>
+
 #include "host/velhost/commandline.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"

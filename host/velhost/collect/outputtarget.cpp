@@ -1,5 +1,7 @@
 #include "host/velhost/collect/outputtarget.h"
 
+#include <string_view>
+
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -1,6 +1,10 @@
 #include "host/velhost/collect/requests.h"
 
 #include <map>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
 
 #include "host/base/hosterror.h"
 #include "host/base/nearestname.h"

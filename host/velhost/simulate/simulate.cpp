@@ -10,10 +10,14 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "host/base/descriptor.h"
 #include "host/base/sourcereader.h"
