@@ -110,7 +110,9 @@ TEST_F(CimClass, ThePlaceOfDeclarationGivenByAReaderDecidesTheOrder) {
   EXPECT_EQ(SubClassesOf(a, 1), (TNames{"First", "Second", "AlsoSecond", "Third", "Last"}));
 }
 
-TEST_F(CimClass, AClassWithoutSubclassesEnumeratesNone) { EXPECT_EQ(SubClassesOf(Add(TClassBuilder("A")), 1), TNames{}); }
+TEST_F(CimClass, AClassWithoutSubclassesEnumeratesNone) {
+  EXPECT_EQ(SubClassesOf(Add(TClassBuilder("A")), 1), TNames{});
+}
 
 TEST_F(CimClass, TheCallbackEndsTheEnumerations) {
   TCIMClass& a = Add(TClassBuilder("A").Text("P1").Text("P2").Text("P3"));
