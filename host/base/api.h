@@ -1,13 +1,13 @@
-// What every header of the host begins with: visibility across its libraries, and the contract's names.
+// Included by every header of the host: symbol visibility, and the contract's names.
 #pragma once
 
-/// Marks what other libraries of the host may use. Everything else stays inside its library.
+/// Exports a symbol to the host's other libraries. Everything else stays inside its own library.
 #define VELHOST_API __attribute__((visibility("default")))
 
 namespace NKROVEL20 {}
 
-// The host works with the contract's objects everywhere and refers to them by their plain names. Its own
-// types are in velhost, so that a plugin never sees the two look alike.
+// The host uses the contract's types everywhere and refers to them by their plain names. Its own types are in
+// velhost, so a plugin's author cannot mistake one for the other.
 namespace velhost {
 using namespace NKROVEL20;
 }  // namespace velhost

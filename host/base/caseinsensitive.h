@@ -1,5 +1,4 @@
-// CIM names are ASCII letters, digits and underscores as far as their case goes: comparing them
-// without regard to case touches only A to Z, whatever the locale.
+// Case-insensitive comparison and hashing of CIM names. Only A to Z fold, whatever the locale.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +15,7 @@ constexpr char FoldCase(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_
 
 inline bool EqualNames(std::string_view a, std::string_view b) noexcept {
   if (a.size() != b.size()) return false;
-  if (a == b) return true;  // names are mostly asked for as they are spelt
+  if (a == b) return true;  // most lookups use the declared spelling
   for (std::size_t i = 0; i < a.size(); ++i) {
     if (FoldCase(a[i]) != FoldCase(b[i])) return false;
   }
@@ -29,7 +28,7 @@ inline std::string FoldName(std::string_view name) {
   return folded;
 }
 
-/// Drawn once by each process, so that nobody can write names that all have one hash.
+/// Random and fixed for the life of the process, so that nobody can craft names that all collide.
 struct TNameHashKey {
   std::uint64_t start;
   std::uint64_t factor;
@@ -59,7 +58,7 @@ struct TNameHash {
     const TWide product = TWide{value} * factor;
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64U);
   }
-  // A to Z as small letters, in eight bytes at once.
+  // Lowercases A to Z in eight bytes at once.
   static std::uint64_t Lower(std::uint64_t word) noexcept {
     constexpr std::uint64_t kOnes = 0x0101010101010101;
     const std::uint64_t low = word & kOnes * 0x7F;

@@ -24,7 +24,7 @@ constexpr std::array kDate = {TField{"month", 4, "01", "12"}, TField{"day", 6, "
 constexpr std::array kTime = {TField{"hour", 8, "00", "23"}, TField{"minute", 10, "00", "59"},
                               TField{"second", 12, "00", "59"}};
 
-// Characters of the text, counted from 1; a byte of a longer one is not shown alone.
+// Places count from 1. A byte that is not ASCII is not shown: it may be part of a longer character.
 std::string Found(std::string_view text, std::size_t index, const char* expected) {
   const bool isPlain = text[index] >= ' ' && text[index] <= '~';
   return "found " + (isPlain ? SingleQuoted(text.substr(index, 1)) : std::string("another character")) + " in place " +
@@ -61,7 +61,7 @@ bool MayBeginAsterisks(std::size_t position, bool isInterval) {
   return position == 8 || position == 10 || position == 12;
 }
 
-// From the first asterisk on there are only asterisks, up to the sign.
+// Whether the asterisks, if any, begin with a field and run up to the sign.
 bool AsterisksAreInPlace(std::string_view text, bool isInterval) {
   const std::size_t first = text.find('*');
   if (first == std::string_view::npos) return true;

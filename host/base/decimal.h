@@ -1,4 +1,4 @@
-// Decimal digits, and bytes in decimal.
+// Decimal digits, and bytes as decimal text.
 #pragma once
 
 #include <array>
@@ -26,8 +26,8 @@ inline constexpr std::array<TByteText, 256> kByteTexts = [] {
   return texts;
 }();
 
-/// The decimal text of a byte, out of a table: register values and raw data are mostly bytes. Three characters can be
-/// copied whatever its size, which is faster than copying as many as there are.
+/// The decimal text of a byte, from a table because register values and raw data are mostly bytes. The view always
+/// points at three readable characters: copying all three is faster than copying size().
 constexpr std::string_view ByteText(std::uint8_t byte) {
   return {kByteTexts[byte].characters.data(), kByteTexts[byte].size};
 }

@@ -32,7 +32,7 @@ TEvent::TEvent() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
 void TEvent::Set() noexcept {
   const int saved = errno;
   const std::uint64_t one = 1;
-  // A full counter is readable already, which is all that matters.
+  // A full counter is already readable, which is all that matters.
   [[maybe_unused]] const ssize_t written = ::write(descriptor_.Get(), &one, sizeof one);
   errno = saved;
 }

@@ -1,4 +1,4 @@
-// File descriptors: their owner, writing to one, and one to wait for beside others.
+// File descriptors: an owner, a complete write, and an event to poll alongside others.
 #pragma once
 
 #include <unistd.h>
@@ -10,7 +10,7 @@
 
 namespace velhost {
 
-/// Owns a file descriptor; -1 is none. All of it is in this header, for modules that link none of the host's libraries.
+/// Owns a file descriptor; -1 means none. Header-only, for modules that link none of the host's libraries.
 class TDescriptor {
  public:
   explicit TDescriptor(int descriptor = -1) noexcept : descriptor_(descriptor) {}
@@ -26,21 +26,21 @@ class TDescriptor {
 
   int Get() const noexcept { return descriptor_; }
   explicit operator bool() const noexcept { return descriptor_ >= 0; }
-  /// What close() returns; 0 for none.
+  /// Returns what close() returned; 0 if there was nothing to close.
   int Close() noexcept { return descriptor_ < 0 ? 0 : ::close(std::exchange(descriptor_, -1)); }
 
  private:
   int descriptor_;
 };
 
-/// Writes the whole text: partial writes, interruptions by signals and a descriptor that does not block are dealt with.
-/// Returns 0, or the number of the error that ended it.
+/// Writes the whole text, through partial writes, interrupting signals and non-blocking descriptors. Returns 0, or
+/// the errno that ended it.
 VELHOST_API int WriteAll(int descriptor, std::string_view text) noexcept;
 
-/// Something that has happened or not, as a descriptor to poll.
+/// A flag that can be polled as a descriptor.
 class VELHOST_API TEvent {
  public:
-  /// Throws std::system_error when there is no descriptor left.
+  /// Throws std::system_error if no descriptor is available.
   TEvent();
   /// Safe in a signal handler and from any thread; leaves errno alone.
   void Set() noexcept;

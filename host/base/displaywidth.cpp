@@ -10,7 +10,7 @@ namespace velhost {
 
 namespace {
 
-constexpr char32_t kFirstCombining = 0x300;  // all before it are narrow
+constexpr char32_t kFirstCombining = 0x300;  // everything before it is narrow
 
 }  // namespace
 

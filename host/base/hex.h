@@ -24,7 +24,7 @@ constexpr THexPairTable HexPairTable(std::string_view digits) {
 inline constexpr THexPairTable kHexPairs = HexPairTable("0123456789abcdef");
 inline constexpr THexPairTable kUpperHexPairs = HexPairTable("0123456789ABCDEF");
 
-/// Two digits of a byte, out of a table: raw data are written with them, a byte at a time.
+/// The two digits of a byte, from a table because raw data is written one byte at a time.
 constexpr std::string_view HexPair(std::uint8_t byte) { return {kHexPairs[byte].data(), 2}; }
 constexpr std::string_view UpperHexPair(std::uint8_t byte) { return {kUpperHexPairs[byte].data(), 2}; }
 
@@ -38,14 +38,14 @@ constexpr int HexDigitValue(char c) {
 
 struct THexPairs {
   std::vector<std::uint8_t> bytes;
-  /// Where the text stops being hex pairs; npos where all of it is read.
+  /// Offset of the first character that is not part of a pair; npos if the whole text was read.
   std::size_t errorAt = std::string_view::npos;
 };
 
-/// Reads pairs of digits of either case. White space may stand between pairs, never within one.
+/// Reads pairs of digits of either case. White space is allowed between pairs, but not within one.
 VELHOST_API THexPairs ParseHexPairs(std::string_view text);
 
-/// "01 20 3a": lower case, one blank between pairs.
+/// "01 20 3a": lower case, one space between pairs.
 VELHOST_API std::string FormatHexPairs(std::span<const std::uint8_t> bytes);
 
 }  // namespace velhost

@@ -1,4 +1,4 @@
-// Failures of the host, with what happened. The command gives each kind its exit status.
+// Failures of the host, by kind. Only the command maps a kind to an exit status.
 #pragma once
 
 #include <stdexcept>
@@ -9,9 +9,9 @@
 namespace velhost {
 
 enum class EFailure {
-  kInvalidArgument,  ///< a word of the caller's names nothing that exists or can be used
-  kMalformed,        ///< a schema, server file or recording does not say what it should
-  kTooLarge,         ///< an input, or what it asks for, exceeds a limit
+  kInvalidArgument,  ///< an argument names nothing that exists or can be used
+  kMalformed,        ///< a schema, server file or recording is not well-formed
+  kTooLarge,         ///< an input, or what it requires, exceeds a limit
   kAbsent,           ///< an input does not exist or cannot be read
   kDenied,           ///< the system denies permission
   kRefused,          ///< the service processor refuses the user or the password

@@ -21,7 +21,7 @@ bool TLineReader::ReadMore() {
 }
 
 std::optional<TLineReader::TLine> TLineReader::Next() {
-  std::size_t seen = 0;  // bytes of the line without a newline
+  std::size_t seen = 0;  // bytes already searched for a newline
   while (true) {
     const std::size_t end = buffer_.find('\n', start_ + seen);
     const std::size_t size = std::min(end, buffer_.size()) - start_;

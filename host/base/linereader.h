@@ -1,4 +1,4 @@
-// The lines of a text, one after the other, with no more of it in memory than the longest of them.
+// Reads a text line by line, keeping no more of it in memory than its longest line.
 #pragma once
 
 #include <cstddef>
@@ -14,11 +14,11 @@ namespace velhost {
 
 class VELHOST_API TLineReader {
  public:
-  /// Of a line longer than `longest` bytes the first `longest` + 1 come as a whole one.
+  /// A line longer than `longest` bytes is returned as a whole line of its first `longest` + 1 bytes.
   TLineReader(TStoredBytes text, std::size_t longest) : text_(std::move(text)), longest_(longest) {}
 
   struct TLine {
-    std::string_view text;  ///< without the newline; until the next call
+    std::string_view text;  ///< without the newline; valid until the next call
     bool isWhole = true;    ///< false: the text ends without a newline
   };
   /// Empty after the last line.
@@ -29,9 +29,9 @@ class VELHOST_API TLineReader {
 
   TStoredBytes text_;
   std::size_t longest_;
-  std::size_t offset_ = 0;  // of what is read next, in the text
+  std::size_t offset_ = 0;  // of the next read, in the text
   std::string buffer_;
-  std::size_t start_ = 0;  // of what was not given out, in the buffer
+  std::size_t start_ = 0;  // of what has not been returned yet, in the buffer
 };
 
 }  // namespace velhost

@@ -11,14 +11,14 @@ namespace velhost {
 
 namespace {
 
-constexpr std::size_t kLongestName = 128;  // anything longer is no slip of the finger
+constexpr std::size_t kLongestName = 128;  // anything longer is not a typing mistake
 constexpr std::size_t kShortestBeginning = 4;
 
 bool Same(char a, char b) { return FoldCase(a) == FoldCase(b); }
 
 using TRow = std::array<std::size_t, kLongestName + 1>;
 
-// Optimal string alignment: edits and swaps of neighbours. Gives up once it is at least `enough`.
+// Optimal string alignment distance: edits and swaps of neighbours. Gives up once it is at least `enough`.
 std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough, std::size_t& steps) {
   if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= enough) return enough;
   std::array<TRow, 3> rows;
@@ -26,7 +26,7 @@ std::size_t Distance(std::string_view a, std::string_view b, std::size_t enough,
   std::size_t* previous = rows[1].data();
   std::size_t* current = rows[2].data();
   for (std::size_t j = 0; j <= b.size(); ++j) current[j] = j;
-  std::size_t leastBefore = 0;  // of the row above: no later one is less than the least of two rows
+  std::size_t leastBefore = 0;  // of the row above; later rows cannot go below the lesser of the last two
   for (std::size_t i = 1; i <= a.size(); ++i) {
     if (steps < b.size()) return enough;
     steps -= b.size();
@@ -51,7 +51,7 @@ bool BeginsWith(std::string_view name, std::string_view beginning) {
   return name.size() >= beginning.size() && std::equal(beginning.begin(), beginning.end(), name.begin(), Same);
 }
 
-// Half a name, if there is one name only that goes on from there.
+// The only candidate that begins with `beginning`; empty if there is none or more than one.
 std::string_view OnlyContinuation(std::string_view beginning, std::span<const std::string_view> candidates) {
   if (beginning.size() < kShortestBeginning) return {};
   const auto begins = [beginning](std::string_view candidate) { return BeginsWith(candidate, beginning); };

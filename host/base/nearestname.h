@@ -1,4 +1,4 @@
-// Help for a name that was mistyped.
+// Suggestions for mistyped names.
 #pragma once
 
 #include <cstddef>
@@ -10,21 +10,22 @@
 
 namespace velhost {
 
-/// The candidate that `name` was probably meant to be: the first of those with the fewest inserted,
-/// left out, changed or swapped characters, letters compared without case. Where none differs in at
-/// most a third of the name's characters (one character at least): the only one that begins with the
-/// name, if that has four characters. Else empty.
+/// The candidate that `name` was probably meant to be: the first of those with the fewest inserted, omitted, changed
+/// or swapped characters, ignoring case. At most a third of the name's characters (at least one) may differ. If no
+/// candidate is that close and the name has at least four characters, the only candidate that begins with it.
+/// Otherwise empty.
 VELHOST_API std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates);
 
-/// The steps of one search, each of which compares two characters: less than a tenth of a second.
+/// The step limit of one search. A step compares two characters; a full search takes less than a tenth of a second.
 inline constexpr std::size_t kNameSearchSteps = 16U << 20U;
 
-/// The same with no more than `steps`, from which those that it took are subtracted. Candidates that are too many for
-/// them are not looked at, so that many searches together, or one among names that are all alike, end in time.
+/// As above, limited to `steps` comparisons; those used are subtracted. A candidate that would exceed the limit is
+/// skipped, so that many searches together, or one among many similar names, take bounded time.
 VELHOST_API std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates,
                                          std::size_t& steps);
 
-/// "; did you mean NAME?" for the end of a message, with `quote` on both sides of the name; empty without a name.
+/// "; did you mean NAME?", to be appended to a message, with `quote` on both sides of the name; empty if `nearest`
+/// is.
 VELHOST_API std::string Suggestion(std::string_view nearest, std::string_view quote = "");
 
 }  // namespace velhost

@@ -10,7 +10,7 @@ namespace velhost {
 
 namespace {
 
-/// What the process is, is put back with the last of these.
+/// Makes the process undumpable; the last one to be destroyed restores the previous state.
 class TUndumpable {
  public:
   TUndumpable() {
@@ -21,7 +21,7 @@ class TUndumpable {
   }
   ~TUndumpable() {
     const std::lock_guard lock(Mutex());
-    // Other values than 0 and 1 are not a process's to choose.
+    // A process may only set 0 and 1.
     if (--count_ == 0 && before_ == 1) prctl(PR_SET_DUMPABLE, 1);
   }
   TUndumpable(const TUndumpable&) = delete;
@@ -50,7 +50,7 @@ class TSecret::TBuffer {
   std::size_t Size() const { return size_; }
 
  private:
-  const TUndumpable undumpable_;  // before the text is, and until it has gone
+  const TUndumpable undumpable_;  // constructed before the text, destroyed after it
   std::size_t size_;
   std::unique_ptr<char[]> text_;
 };

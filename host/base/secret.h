@@ -1,4 +1,4 @@
-// A text that must not be found where it was once it is no longer needed.
+// Text that is erased from memory once it is no longer needed.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +10,15 @@
 
 namespace velhost {
 
-/// Copies share the one text in memory, which is wiped with the last of them. While there is one in the
-/// process, the process leaves no core dump, and no other process of the same user can read its memory
-/// or its environment (PR_SET_DUMPABLE). Used by any thread.
+/// Copies share one text in memory, which is wiped along with the last of them. While any exists, the process leaves
+/// no core dump, and no other process of the same user can read its memory or environment (PR_SET_DUMPABLE). May be
+/// used by any thread.
 class VELHOST_API TSecret {
  public:
   TSecret() : TSecret(std::string_view()) {}
   explicit TSecret(std::string_view text);
 
-  /// NUL-terminated, and valid as long as a copy lives.
+  /// NUL-terminated; valid for as long as a copy exists.
   const char* Text() const;
   std::size_t Size() const;
 
@@ -27,7 +27,7 @@ class VELHOST_API TSecret {
   std::shared_ptr<const TBuffer> buffer_;
 };
 
-/// Overwrites all that the text has room for, and empties it.
+/// Overwrites the text's whole capacity, then empties it.
 VELHOST_API void Wipe(std::string& text);
 
 }  // namespace velhost

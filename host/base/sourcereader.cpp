@@ -23,7 +23,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kStep{100};
-constexpr std::size_t kPiece = std::size_t{4} << 20U;  // between two looks at the stop
+constexpr std::size_t kPiece = std::size_t{4} << 20U;  // bytes between two checks for a stop
 constexpr std::size_t kPipePiece = 65536;
 
 [[noreturn]] void ThrowErrno(const std::string& path, const char* what, int error) {
@@ -36,7 +36,7 @@ constexpr std::size_t kPipePiece = 65536;
                    SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
 }
 
-// Of the very file that was opened: a name may by now lead somewhere else.
+// The path of the file that is open. The name it was opened by may lead elsewhere by now.
 std::string RealPathOf(int descriptor) {
   std::error_code failed;
   return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), failed).string();
@@ -59,7 +59,8 @@ bool ISourceReader::LiesIn(const std::string& /*folder*/) { return false; }
 void ISourceReader::CheckStop() {}
 
 std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::size_t limit) {
-  // What is small enough is read into its place and never moved: it may be a password, which leaves no copies then.
+  // A text that fits the first piece is read in place and never moved: it may be a password, and this leaves no
+  // copies of it.
   std::string content;
   content.reserve(std::min(limit, kPipePiece) + 1);
   milliseconds silence{0};
@@ -77,7 +78,7 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
       continue;
     }
     if (n == 0 && !content.empty()) return content;
-    // The end before any byte: the writers have left, or the first one is still to come.
+    // End of file before any byte: the writers have gone, or none has come yet.
     pollfd waiter = {descriptor, POLLIN, 0};
     const int found = poll(&waiter, 1, static_cast<int>(kStep.count()));
     if (found < 0 && errno != EINTR) ThrowErrno(path, "read", errno);
@@ -88,7 +89,7 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
 }
 
 std::string TFileReader::Read(const std::string& path, std::size_t limit) {
-  // Not blocking, so that opening a pipe returns: it is refused below, or waited for there.
+  // Non-blocking, so that opening a pipe returns; it is refused below, or waited for there.
   realPath_.clear();
   readPipe_ = false;
   const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -136,7 +137,7 @@ std::string TMemoryReader::Read(const std::string& path, std::size_t limit) {
 }
 
 bool TMemoryReader::LiesIn(const std::string& folder) {
-  // Relative to one root, so that the empty path is a folder like any other.
+  // Relative to a common root, so that the empty path is a folder like any other.
   const std::filesystem::path root("/");
   return IsBelow((root / path_).lexically_normal().string(), (root / folder / "").lexically_normal().string());
 }

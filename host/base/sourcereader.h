@@ -1,4 +1,4 @@
-// How text and data inputs are read: through one method, with an in-memory twin for tests.
+// Reads text and data inputs: from files, or from memory in tests.
 #pragma once
 
 #include <chrono>
@@ -13,8 +13,8 @@
 
 namespace velhost {
 
-/// The whole input is not to be read, as when the run was stopped (kStopped). Passes through whoever turns other
-/// failures of a read into diagnostics.
+/// Reading ended early because the run was stopped (kStopped). Code that turns other read failures into diagnostics
+/// lets this one pass.
 class VELHOST_API TEndedReading : public THostError {
  public:
   using THostError::THostError;
@@ -26,25 +26,26 @@ class VELHOST_API TEndedReading : public THostError {
 class VELHOST_API ISourceReader {
  public:
   virtual ~ISourceReader();
-  /// The whole content. An input that cannot be opened or is larger than `limit` bytes throws
-  /// THostError (kAbsent, kDenied or kMalformed) with a message that names it.
+  /// Returns the whole content. Throws THostError with a message that names the input: kAbsent or kDenied if it
+  /// cannot be read, kTooLarge if it is larger than `limit` bytes.
   virtual std::string Read(const std::string& path, std::size_t limit) = 0;
-  /// Whether what was read last lies in the folder or below, all links resolved; the empty path is the current folder.
-  /// A pipe lies in every folder: whoever names one has its content already. A reader that cannot tell says no.
+  /// Whether the input read last is in the folder or below it, with all links resolved; the empty path is the current
+  /// folder. A pipe counts as being in every folder: whoever names one already has its content. A reader that cannot
+  /// tell returns false.
   virtual bool LiesIn(const std::string& folder);
-  /// Throws TEndedReading once the run that reads is stopped; never by default. Whoever makes something of a text
-  /// that may be large calls it every now and then.
+  /// Throws TEndedReading once the run is stopped; by default, never. Code that processes a text which may be large
+  /// calls it at intervals.
   virtual void CheckStop();
 };
 
-/// Reads files. A folder, a device or a pipe is no input: what a file names, and the user does not, must not make its
-/// reader wait.
+/// Reads regular files. Folders, devices and pipes are refused: a path that comes from a file rather than from the
+/// user must not make its reader wait.
 class VELHOST_API TFileReader : public ISourceReader {
  public:
   TFileReader() = default;
-  /// These paths, which the user has named, may be pipes. Each can be read once, until its writers have closed it. One
-  /// that nothing comes from for so long throws THostError (kAbsent). CheckStop is asked meanwhile, at once when a
-  /// signal is handled.
+  /// These paths, which the user named, may be pipes. Each can be read once, until its writers have closed it. A pipe
+  /// that delivers nothing for `patience` throws THostError (kAbsent). CheckStop is called during the wait, and at
+  /// once after a signal.
   explicit TFileReader(std::vector<std::string> pipes, std::chrono::milliseconds patience = std::chrono::minutes(1))
       : pipes_(std::move(pipes)), patience_(patience) {}
   std::string Read(const std::string& path, std::size_t limit) override;
@@ -55,12 +56,12 @@ class VELHOST_API TFileReader : public ISourceReader {
 
   std::vector<std::string> pipes_;
   std::chrono::milliseconds patience_{0};
-  std::string realPath_;                          // of the file read last; empty where it is not known
+  std::string realPath_;                          // of the file read last; empty if unknown
   bool readPipe_ = false;                         // whether that was a pipe
-  std::map<std::string, std::string> realPaths_;  // of the folders asked for
+  std::map<std::string, std::string> realPaths_;  // of the folders passed to LiesIn
 };
 
-/// Serves texts from memory. There are no links.
+/// Serves texts from memory, which has no links.
 class VELHOST_API TMemoryReader : public ISourceReader {
  public:
   void Add(const std::string& path, const std::string& content) { contents_[path] = content; }

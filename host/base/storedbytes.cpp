@@ -38,7 +38,7 @@ class TMemoryBytes : public TStoredBytes::IBytes {
   std::vector<std::uint8_t> bytes_;
 };
 
-// The collector reads ten bytes at a time, mostly in order, so that a buffer saves nearly all calls.
+// The collector reads ten bytes at a time, mostly in order, so a buffer saves nearly all system calls.
 class TFileBytes : public TStoredBytes::IBytes {
  public:
   TFileBytes(TDescriptor file, std::size_t size) : file_(std::move(file)), size_(size) {}
@@ -95,7 +95,7 @@ std::vector<std::uint8_t> TStoredBytes::Read(std::size_t offset, std::size_t cou
 
 TStoredBytes TStoredBytes::OfInput(const std::string& path, std::size_t limit, ISourceReader& reader,
                                    std::size_t limitOfOthers) {
-  // Asked before it is opened: a pipe that is opened and closed would end its writer.
+  // Checked before opening: opening and closing a pipe would end its writer.
   struct stat status = {};
   TDescriptor file;
   if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {

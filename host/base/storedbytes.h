@@ -1,4 +1,4 @@
-// Bytes that stay as they are: in memory, or in a file that is read where it is asked for.
+// Immutable bytes: in memory, or in a file that is read on demand.
 #pragma once
 
 #include <cstddef>
@@ -14,23 +14,23 @@
 
 namespace velhost {
 
-/// Copies share the bytes. A file costs a descriptor and, once it is read, a buffer of 16 KiB, whatever
-/// its size. One thread at a time.
+/// Copies share the bytes. A file takes a descriptor and, after the first read, a buffer of 16 KiB, whatever its
+/// size. For one thread at a time.
 class VELHOST_API TStoredBytes {
  public:
   TStoredBytes() = default;
   TStoredBytes(std::vector<std::uint8_t> bytes);  // NOLINT(google-explicit-constructor): bytes are stored as they are
-  /// `file` is a regular file, of which the first `size` bytes count.
+  /// `file` is a regular file, of which only the first `size` bytes are used.
   TStoredBytes(TDescriptor file, std::size_t size);
 
   std::size_t Size() const;
-  /// Copies as many bytes from `offset` as there are and as fit; returns their number. A file that was
-  /// shortened meanwhile, or cannot be read, has fewer.
+  /// Copies bytes from `offset` on until `out` is full or the data ends; returns their number. A file that has been
+  /// truncated since, or cannot be read, yields fewer.
   std::size_t Read(std::size_t offset, std::span<std::uint8_t> out) const;
   std::vector<std::uint8_t> Read(std::size_t offset, std::size_t count) const;
 
-  /// An input: a regular file is read where it is asked for, up to `limit` bytes; anything else, and what
-  /// cannot be opened, is left to `reader`, with `limitOfOthers`. Throws THostError as that does.
+  /// Opens an input. A regular file of up to `limit` bytes is read on demand; anything else, or one that cannot be
+  /// opened, is left to `reader`, with `limitOfOthers`. Throws THostError like that reader.
   static TStoredBytes OfInput(const std::string& path, std::size_t limit, ISourceReader& reader,
                               std::size_t limitOfOthers);
 

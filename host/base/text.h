@@ -1,4 +1,4 @@
-// What messages are put together from: quotations, numbers of things, lists.
+// Building blocks of messages: quotations, counts, lists.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace velhost {
 
-/// A text of an input in double quotes, cut when it is long, a question mark for each control character.
+/// Text from an input, in double quotes: shortened if long, with a question mark for each control character.
 VELHOST_API std::string Quoted(std::string_view text);
 
 /// A name or token in single quotes: its first line, cut after `longest` bytes.

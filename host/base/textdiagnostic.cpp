@@ -9,11 +9,11 @@ namespace velhost {
 
 namespace {
 
-constexpr std::size_t kWidest = 78;  // bytes of a source line that are shown, behind two blanks
+constexpr std::size_t kWidest = 78;  // bytes of a source line that are shown, after an indent of two
 constexpr std::string_view kCut = "...";
-constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character behind its first
+constexpr int kMostContinuations = 3;  // bytes of a UTF-8 character after its first
 
-// A tab takes one column, as its caret's line has it; other unsafe characters show as a question mark.
+// A tab becomes one blank, so that the caret's column matches; other unsafe characters become question marks.
 void AppendPrintable(std::string& text, std::string_view part) {
   for (std::size_t at = 0; at < part.size();) {
     const TCodePoint next = NextCodePoint(part, at);
@@ -27,7 +27,7 @@ void AppendPrintable(std::string& text, std::string_view part) {
   }
 }
 
-// A line of which only the bytes from `start` on are known, or all of it.
+// A line, of which possibly only the bytes from `start` on are known.
 struct TKnownLine {
   std::string_view bytes;
   std::size_t start;
@@ -36,7 +36,7 @@ struct TKnownLine {
   std::string_view Part(std::size_t from, std::size_t to) const { return bytes.substr(from - start, to - from); }
 };
 
-// The bytes of a line that are shown.
+// The part of a line that is shown.
 struct TWindow {
   std::size_t start;
   std::size_t end;
@@ -48,7 +48,7 @@ TWindow WindowOf(std::size_t size, std::size_t column) {
   return {start, std::min(start + kWidest, size)};
 }
 
-// A side that is cut away shows as "...", within the width.
+// Marks each side that is cut with "...", within the width.
 void AppendExcerpt(std::string& text, const TKnownLine& line, std::size_t column) {
   auto [start, end] = WindowOf(line.size, column);
   const std::string_view before = start > 0 ? kCut : "";

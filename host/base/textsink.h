@@ -1,4 +1,4 @@
-// Where text goes: a file, standard output, a string.
+// Destinations of text: a file, standard output, a string.
 #pragma once
 
 #include <string>
@@ -6,17 +6,17 @@
 
 namespace velhost {
 
-/// Takes text piece by piece. Write throws THostError when it cannot.
+/// Receives text piece by piece. Write throws THostError on failure.
 class ITextSink {
  public:
   virtual ~ITextSink() = default;
   virtual void Write(std::string_view text) = 0;
-  /// Passes on what a sink may still hold, so that a reader at the other end sees it now. The forms
-  /// that promise an instance at its commit call this after each one.
+  /// Passes on anything buffered, so that a reader at the other end sees it now. Output forms that promise each
+  /// instance at its commit call this after each one.
   virtual void Flush() {}
 };
 
-/// Keeps what is written.
+/// Collects what is written.
 class TStringSink : public ITextSink {
  public:
   void Write(std::string_view text) override { text_ += text; }

@@ -8,8 +8,8 @@ namespace velhost {
 
 namespace {
 
-// What the first byte says: bytes that follow, and the range of the second byte, which is where
-// overlong forms, surrogates and numbers beyond U+10FFFF are told apart.
+// What the first byte determines: the number of bytes that follow, and the range of the second byte, which is what
+// rules out overlong forms, surrogates and numbers above U+10FFFF.
 struct TLead {
   int more;
   unsigned char low;
@@ -30,7 +30,8 @@ TLead LeadOf(unsigned char byte) {
 }  // namespace
 
 TCodePoint NextCodePoint(std::string_view text, std::size_t at) {
-  // Not text[i], whose check would repeat the caller's and the loop's: this runs for every character of a table.
+  // Not text[i]: its bounds check would repeat the caller's and the loop's, and this runs for every character of a
+  // table.
   const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text.data()[i]); };
   const unsigned char first = byte(at);
   if (first < 0x80) return {first, 1, true};

@@ -1,4 +1,4 @@
-// UTF-8: texts taken apart, whatever bytes they hold, and written.
+// Decoding of UTF-8, whatever the bytes, and encoding.
 #pragma once
 
 #include <algorithm>
@@ -16,27 +16,27 @@ inline constexpr std::string_view kReplacementText = "\xEF\xBF\xBD";
 constexpr bool IsUtf8Continuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
 struct TCodePoint {
-  char32_t value;    ///< kReplacementCharacter where the bytes are no character
-  std::size_t size;  ///< bytes taken, at least 1
+  char32_t value;    ///< kReplacementCharacter if the bytes are not a character
+  std::size_t size;  ///< bytes consumed, at least 1
   bool valid;
 };
 
-/// How many bytes at the start of the text are printable ASCII: characters of one byte and one column,
-/// of which hardly any text has others, so that a run of them is taken at once.
+/// The number of bytes of printable ASCII at the start of the text. Nearly all text is such characters, one byte and
+/// one column each, so a run of them is handled at once.
 inline std::size_t PrintableAsciiSize(std::string_view text) {
   const auto end = std::find_if(text.begin(), text.end(), [](char c) { return c < 0x20 || c > 0x7E; });
   return static_cast<std::size_t>(end - text.begin());
 }
 
-/// The character that starts at `at`, which must be inside the text. Bytes that are no character
-/// (stray, overlong, cut short, surrogates, above U+10FFFF) are taken as far as they could have
-/// begun one, so that a cut character gives one replacement and not several.
+/// The character that starts at `at`, which must be inside the text. Bytes that are not a character (stray, overlong,
+/// cut short, surrogates, above U+10FFFF) are consumed for as long as they could have begun one, so that a truncated
+/// character yields one replacement, not several.
 VELHOST_API TCodePoint NextCodePoint(std::string_view text, std::size_t at);
 
-/// Appends a character; surrogates and numbers that are no character give the replacement.
+/// Appends a character; the replacement for surrogates and invalid numbers.
 VELHOST_API void AppendUtf8(std::string& text, char32_t character);
 
-/// The longest start of the text that has at most `size` bytes and cuts no character.
+/// The longest prefix of the text of at most `size` bytes that does not split a character.
 VELHOST_API std::string_view WholeCharacters(std::string_view text, std::size_t size);
 
 }  // namespace velhost
