@@ -1,5 +1,5 @@
-// Requests to a service processor and their answers. The one place where requests are taken out of the
-// command buffer of SPLibrary and answers put into it.
+// Requests to a service processor and their answers. The only place that takes requests out of SPLibrary's command
+// buffer and puts answers into it.
 #pragma once
 
 #include <array>
@@ -16,8 +16,7 @@
 
 namespace velhost {
 
-/// The data of a request or an answer, by the offsets that they have in the command buffer. What lies
-/// behind their end reads as zero.
+/// The data of a request or an answer, indexed by offset in the command buffer. Reads as zero past the end.
 class TCommandData {
  public:
   explicit TCommandData(std::span<const std::uint8_t> data) : data_(data) {}
@@ -37,12 +36,12 @@ class TCommandData {
   std::span<const std::uint8_t> data_;
 };
 
-/// An IPMI request to a BMC node (from 0). It keeps the command buffer that it came in, since
-/// recordings hold the whole of it.
+/// An IPMI request to a BMC node (from 0). Keeps the command buffer that it came in, because recordings store all of
+/// it.
 class VELHOST_API TIpmiRequest {
  public:
   TIpmiRequest(int node, const wire::TCommandBuffer& buffer) : node_(node), buffer_(buffer) {}
-  /// A request that came over a wire. Of the data a command buffer takes 247 bytes.
+  /// A request that came over a wire. A command buffer holds 247 bytes of its data; the rest is dropped.
   TIpmiRequest(int node, std::uint8_t networkFunction, std::uint8_t lun, std::uint8_t command,
                std::span<const std::uint8_t> data);
 
@@ -50,9 +49,10 @@ class VELHOST_API TIpmiRequest {
   std::uint8_t NetworkFunction() const { return buffer_[wire::TCommandBuffer::kNetworkFunction]; }
   std::uint8_t Lun() const { return buffer_[wire::TCommandBuffer::kLun]; }
   std::uint8_t Command() const { return buffer_[wire::TCommandBuffer::kCommand]; }
-  /// What is sent: as many bytes as byte 5 of the buffer says, but none from beyond the buffer.
+  /// The data to send: as many bytes as byte 5 of the buffer says, but none from past the buffer's end.
   std::span<const std::uint8_t> Data() const;
-  /// The buffer's whole room for data, Data() first. Byte 5 may say less than the sender put there.
+  /// The buffer's entire data area, which Data() is the start of. The sender may have put more there than byte 5
+  /// says.
   std::span<const std::uint8_t> DataField() const;
   const wire::TCommandBuffer& Buffer() const { return buffer_; }
 
@@ -64,16 +64,16 @@ class VELHOST_API TIpmiRequest {
 struct VELHOST_API TIpmiAnswer {
   std::uint8_t completionCode = wire::TCommandBuffer::kSuccess;
   std::vector<std::uint8_t> data{};
-  // Lies, which only a recording or a test has: what the answer claims in place of its true lengths.
+  // False lengths, which only recordings and tests set: what the answer claims instead of its true lengths.
   std::optional<std::uint8_t> claimedDataLength{};
   std::optional<int> claimedLength{};
 
   /// Byte 5 of the buffer: the number of data bytes.
   std::uint8_t DataLength() const;
-  /// The length that SPLibrary hands back: 9 + the number of data bytes.
+  /// The length that SPLibrary returns: 9 + the number of data bytes.
   int Length() const;
-  /// The request's buffer with the answer in it: bytes 0-3 and 6-8 as they were, completion code, data
-  /// length, data, zeros behind. Data that do not fit are cut.
+  /// The request's buffer with the answer in it: bytes 0-3 and 6-8 unchanged, completion code, data length, data,
+  /// then zeros. Data that does not fit is cut.
   wire::TCommandBuffer InBufferOf(const TIpmiRequest& request) const;
 };
 
@@ -81,28 +81,28 @@ struct VELHOST_API TIpmiAnswer {
 struct TDotRequest {
   int serviceProcessor;
   const dotCmd& command;
-  std::size_t capacity;  ///< of the caller's buffer: an answer has no more bytes
+  std::size_t capacity;  ///< of the caller's buffer, and so the most bytes that an answer may have
 };
 
 struct TDotAnswer {
   std::vector<std::uint8_t> data{};
-  std::optional<int> claimedLength{};  ///< a lie about the number of bytes, which only a test has
-  bool failed = false;                 ///< also only in tests: SPLibrary returns false beside what it hands over
+  std::optional<int> claimedLength{};  ///< a false number of bytes; only in tests
+  bool failed = false;                 ///< only in tests: SPLibrary returns false although it delivers data
 
   int Length() const { return claimedLength.value_or(static_cast<int>(data.size())); }
 };
 
-/// What an exchange is for. The names are those of the server file's `on` and of the failure list.
+/// What an exchange is for. The names match the server file's `on` and the failure list.
 enum class EExchangeKind { kRegister, kTimestamp, kOpen, kSize, kRead, kClose, kDot, kOther };
 
-/// Which of the collector's requests it is; kOther for any other.
+/// Which of the collector's requests this is; kOther if it is none of them.
 VELHOST_API EExchangeKind KindOfRequest(const TIpmiRequest& request);
 /// "register", "timestamp", "open", "size", "read", "close", "dot", "other".
 VELHOST_API const char* NameOfKind(EExchangeKind kind);
 
-/// The name of a storage area in a size request, without the zeros behind it.
+/// The name of the storage area in a size request, without its trailing zeros.
 VELHOST_API std::string AreaInSizeRequest(const TIpmiRequest& request);
-/// The size in the answer, as the collector reads it: four bytes, whatever length the answer claims.
+/// The size in the answer as the collector reads it: four bytes, whatever length the answer claims.
 VELHOST_API std::int32_t SizeInAnswer(const TIpmiAnswer& answer);
 
 }  // namespace velhost

@@ -1,5 +1,5 @@
-// The abstract service processor: what answers for SPLibrary, be it simulated, recorded, behind
-// the operating system's driver or on the network.
+// The abstract service processor that answers for SPLibrary: simulated, recorded, reached through the operating
+// system's driver, or on the network.
 #pragma once
 
 #include <optional>
@@ -10,13 +10,13 @@
 
 namespace velhost {
 
-/// What a service processor says of itself; the operations of SPLibrary answer with it.
+/// What discovery finds; the operations of SPLibrary report it.
 struct TDiscovery {
   int bmcNodes = 0;
   bool ipmiDriver = false;    ///< the operating system's IPMI driver is present
-  bool dotCommands = false;   ///< it takes dot commands rather than plain IPMI
-  bool communicates = false;  ///< its service processors can be spoken to by dot commands
-  int serviceProcessors = 0;  ///< that answer dot commands
+  bool dotCommands = false;   ///< it takes dot commands instead of plain IPMI
+  bool communicates = false;  ///< its service processors can be reached by dot commands
+  int serviceProcessors = 0;  ///< the number that answer dot commands
 };
 
 class VELHOST_API IServiceProcessor {
@@ -25,11 +25,10 @@ class VELHOST_API IServiceProcessor {
 
   virtual TDiscovery Discover() = 0;
 
-  /// One IPMI exchange with a BMC node. Empty when there is no answer: no such node, no driver, lost,
-  /// or stopped.
+  /// One IPMI exchange with a BMC node. Empty if there is no answer: no such node, no driver, lost, or stopped.
   virtual std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) = 0;
 
-  /// One dot command. Empty when there is no answer, as for every one here.
+  /// One dot command. Empty if there is no answer; this default never has one.
   virtual std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop);
 };
 

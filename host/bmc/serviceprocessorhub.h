@@ -1,4 +1,4 @@
-// Connects SPLibrary with a service processor. The host installs one before it loads a plugin.
+// Connects SPLibrary to a service processor. The host installs one before it loads a plugin.
 #pragma once
 
 #include "host/base/api.h"
@@ -8,8 +8,8 @@ namespace velhost {
 
 class VELHOST_API TServiceProcessorHub {
  public:
-  /// Neither is owned; null takes the service processor away, and every exchange fails. Without a
-  /// stop signal nothing stops.
+  /// Neither is owned. With null, there is no service processor and every exchange fails. Without a stop signal,
+  /// nothing stops.
   static void Install(IServiceProcessor* serviceProcessor, const TStopSignal* stop);
 };
 

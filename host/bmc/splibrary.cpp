@@ -65,7 +65,7 @@ bool SPLibrary::sendIPMICommand(unsigned char* buffer, int* length, int capacity
   const auto answer = installed->SendIpmi(request, Stop());
   if (!answer) return false;
   wire::TCommandBuffer given = answer->InBufferOf(request);
-  // A caller may use the length as the end of its own buffer.
+  // Callers may use the length as the end of their own buffer.
   given[wire::TCommandBuffer::kDataLength] =
       static_cast<std::uint8_t>(std::min<std::size_t>(answer->DataLength(), size - kData));
   std::copy_n(given.Data(), size, buffer);

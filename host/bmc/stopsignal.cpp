@@ -10,7 +10,7 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr milliseconds kLongestWait = std::chrono::hours(24 * 365 * 100);  // longer ones would overflow the clock
+constexpr milliseconds kLongestWait = std::chrono::hours(24 * 365 * 100);  // a longer one would overflow the clock
 
 }  // namespace
 

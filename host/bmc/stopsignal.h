@@ -10,7 +10,7 @@
 
 namespace velhost {
 
-/// Stopped once RequestStop was called or the deadline has passed, and from then on for good.
+/// Stopped once RequestStop has been called or the deadline has passed, and for good.
 class VELHOST_API TStopSignal {
  public:
   using TClock = std::chrono::steady_clock;
@@ -25,12 +25,12 @@ class VELHOST_API TStopSignal {
 
   bool IsStopped() const;
   bool WasRequested() const noexcept { return requested_.load(); }
-  /// Time until the deadline, not below zero; empty without one.
+  /// Time until the deadline, never negative; empty if there is no deadline.
   std::optional<std::chrono::milliseconds> TimeLeft() const;
 
-  /// Waits; returns true after the whole duration, false as soon as the signal is stopped.
+  /// Waits; returns true after the whole duration, false as soon as the run is stopped.
   bool WaitFor(std::chrono::milliseconds duration) const;
-  /// Becomes readable when a stop is requested (not at the deadline): for poll() beside a device.
+  /// Becomes readable when a stop is requested (not at the deadline), to be polled alongside a device.
   int Descriptor() const noexcept { return request_.Descriptor(); }
 
  private:

@@ -1,4 +1,4 @@
-// What every exchange of a run passes: refusal once the run is stopped, and observers.
+// A wrapper for every exchange of a run: refuses exchanges once the run is stopped, and notifies observers.
 #pragma once
 
 #include <chrono>
@@ -25,7 +25,7 @@ struct TDotExchange {
   std::chrono::microseconds duration;
 };
 
-/// Called after each exchange, on the thread that made it, in the order of the exchanges.
+/// Called after each exchange, in order, on the thread that made it.
 class VELHOST_API IExchangeObserver {
  public:
   virtual ~IExchangeObserver();
@@ -33,11 +33,11 @@ class VELHOST_API IExchangeObserver {
   virtual void OnDot(const TDotExchange& exchange) = 0;
 };
 
-/// Passes exchanges on, refuses them once the run is stopped, and tells observers of each.
+/// Passes exchanges on, refuses them once the run is stopped, and notifies the observers of each.
 class VELHOST_API TSupervisedServiceProcessor : public TForwardingServiceProcessor {
  public:
   using TForwardingServiceProcessor::TForwardingServiceProcessor;
-  /// Not owned; told in the order of adding.
+  /// Not owned. Observers are notified in the order in which they were added.
   void AddObserver(IExchangeObserver& observer) { observers_.push_back(&observer); }
 
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;

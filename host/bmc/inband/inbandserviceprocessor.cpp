@@ -63,7 +63,7 @@ TInbandServiceProcessor::~TInbandServiceProcessor() { CloseAll(); }
 void TInbandServiceProcessor::OpenDevice(const std::string& device) {
   const int descriptor = driver_->Open(device);
   if (descriptor < 0) {
-    // No destructor runs for an object that was never finished.
+    // The destructor does not run if the constructor throws.
     CloseAll();
     ThrowNotOpened(device, -descriptor);
   }

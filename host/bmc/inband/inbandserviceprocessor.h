@@ -1,4 +1,4 @@
-// This server's own BMC nodes, through the Linux IPMI driver.
+// This server's own BMC nodes, reached through the Linux IPMI driver.
 #pragma once
 
 #include <chrono>
@@ -14,21 +14,20 @@
 
 namespace velhost {
 
-/// How long one answer may take. The driver gives up on a BMC's system interface after about as long.
+/// How long an answer may take. The driver gives up on a BMC's system interface after about the same time.
 inline constexpr std::chrono::milliseconds kInbandAnswerTime{5000};
 
-/// One node per opened device, in their order. Takes no dot commands. Nothing is retried.
+/// One node per opened device, in order. There are no dot commands. Nothing is retried.
 ///
-/// An answer is lost when the driver refuses the request, none comes within
-/// kInbandAnswerTime, or the run is stopped meanwhile. The answer to a lost request may still arrive
-/// during a later exchange; it is told by its message number and dropped. Where the driver itself
-/// makes up a completion code for a BMC that is silent (0xC3, 0xFF), that code is the answer: there
-/// is no telling it from one that the BMC gave.
+/// An answer is lost if the driver refuses the request, if none comes within kInbandAnswerTime, or if the run is
+/// stopped meanwhile. The answer to a lost request may still arrive during a later exchange; it is recognised by its
+/// message number and dropped. If the driver itself makes up a completion code for a silent BMC (0xC3, 0xFF), that
+/// code is the answer: it cannot be told apart from one that the BMC sent.
 class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
  public:
-  /// Opens each device. Throws THostError: kDenied where access is refused, else kUnreachable.
+  /// Opens each device. Throws THostError: kDenied if access is refused, otherwise kUnreachable.
   TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver, const std::vector<std::string>& devices);
-  /// No device at all, but a server that declares one: a node that never answers, and no driver.
+  /// For a server that declares an IPMI device but has none to open: one node that never answers, and no driver.
   explicit TInbandServiceProcessor(std::shared_ptr<IIpmiDriver> driver);
   ~TInbandServiceProcessor() override;
   TInbandServiceProcessor(const TInbandServiceProcessor&) = delete;
@@ -41,9 +40,9 @@ class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
   void OpenDevice(const std::string& device);
   void CloseAll();
   bool Send(int descriptor, const TIpmiRequest& request);
-  /// Waits for a message; false when none will come any more.
+  /// Waits for a message; false if none will come.
   bool WaitForMessage(int descriptor, std::chrono::steady_clock::time_point end, const TStopSignal& stop);
-  /// Takes one message from the driver; empty unless it answers the latest request.
+  /// Receives one message from the driver; empty unless it answers the latest request.
   std::optional<TIpmiAnswer> TakeAnswer(int descriptor);
 
   std::shared_ptr<IIpmiDriver> driver_;
@@ -52,12 +51,12 @@ class VELHOST_API TInbandServiceProcessor : public IServiceProcessor {
   long messageNumber_ = 0;
 };
 
-/// The device of "inband:/dev/ipmiN", empty for "inband". Throws THostError (kInvalidArgument) for anything else.
+/// The device in "inband:/dev/ipmiN"; empty for "inband". Throws THostError (kInvalidArgument) for anything else.
 VELHOST_API std::string ParseInbandSpec(const std::string& spec);
 
-/// Opens the devices in order; an empty name stands for every device there is. Throws THostError:
-/// kDenied where access is refused; kUnreachable where a device cannot be opened, or where all
-/// are asked for, there is none, and `smbios` declares no IPMI device either.
+/// Opens the devices in order; an empty name means every device that exists. Throws THostError: kDenied if access is
+/// refused; kUnreachable if a device cannot be opened, or if every device is requested, none exists, and `smbios`
+/// does not declare one either.
 VELHOST_API std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices,
                                                           const TSystemSmbios& smbios,
                                                           std::shared_ptr<IIpmiDriver> driver = LinuxIpmiDriver());

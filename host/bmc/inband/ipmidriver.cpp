@@ -28,13 +28,14 @@ class TLinuxIpmiDriver : public IIpmiDriver {
  public:
   std::vector<std::string> Devices() override {
     std::vector<std::string> names;
-    // Not with an error code: to step on would then end the process where memory runs out.
+    // Not the overload with an error code: its iterator would still end the process if memory ran out while
+    // advancing.
     try {
       for (const auto& entry : std::filesystem::directory_iterator("/dev")) {
         names.push_back(entry.path().filename().string());
       }
     } catch (const std::filesystem::filesystem_error&) {
-      return IpmiDevicesAmong(names);  // those that could be seen
+      return IpmiDevicesAmong(names);  // those read so far
     }
     return IpmiDevicesAmong(names);
   }

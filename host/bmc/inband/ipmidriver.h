@@ -17,24 +17,24 @@ namespace velhost {
 class VELHOST_API IIpmiDriver {
  public:
   virtual ~IIpmiDriver();
-  /// Every /dev/ipmiN there is, in the order of N.
+  /// Every existing /dev/ipmiN, in the order of N.
   virtual std::vector<std::string> Devices() = 0;
-  /// A descriptor, or the negative error number.
+  /// Returns a descriptor, or the negative error number.
   virtual int Open(const std::string& device) = 0;
   virtual void Close(int descriptor) = 0;
-  /// IPMICTL_SEND_COMMAND and IPMICTL_RECEIVE_MSG_TRUNC: 0 or the error number. A message longer
-  /// than its buffer is cut, taken off the driver's queue and reported with EMSGSIZE.
+  /// IPMICTL_SEND_COMMAND and IPMICTL_RECEIVE_MSG_TRUNC; return 0 or the error number. A message longer than its
+  /// buffer is truncated, removed from the driver's queue and reported with EMSGSIZE.
   virtual int Send(int descriptor, ipmi_req& request) = 0;
   virtual int Receive(int descriptor, ipmi_recv& message) = 0;
-  /// poll(2): the number of ready descriptors, 0 after the time, or the negative error number.
+  /// poll(2): returns the number of ready descriptors, 0 on time-out, or the negative error number.
   virtual int Poll(std::span<pollfd> descriptors, std::chrono::milliseconds time) = 0;
 };
 
-/// The driver of this machine.
+/// This machine's driver.
 VELHOST_API std::shared_ptr<IIpmiDriver> LinuxIpmiDriver();
 
-/// The names in `names` that are "ipmi" and a number, as paths under /dev, in the order of the
-/// numbers; device 10 stands behind device 9.
+/// Those of `names` that are "ipmi" and a number, as paths under /dev, in numerical order: device 10 comes after
+/// device 9.
 VELHOST_API std::vector<std::string> IpmiDevicesAmong(const std::vector<std::string>& names);
 
 }  // namespace velhost

@@ -1,5 +1,5 @@
-// The LAN module over libFreeIPMI. Built as velhost-lan.so and nothing else links it, because
-// libFreeIPMI is under GPL version 3 or later.
+// The LAN module, implemented with libFreeIPMI. It is built as velhost-lan.so, and nothing else links libFreeIPMI,
+// which is under GPL version 3 or later.
 #include <freeipmi/api/ipmi-api.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@
 
 struct VelLanSession {
   ipmi_ctx_t context;
-  int socket;  ///< the library's
+  int socket;  ///< owned by the library
 };
 
 namespace {
@@ -37,7 +37,7 @@ int StatusOf(int error) {
     case IPMI_ERR_K_G_INVALID: return VEL_LAN_KEY;
     case IPMI_ERR_PRIVILEGE_LEVEL_INSUFFICIENT:
     case IPMI_ERR_PRIVILEGE_LEVEL_CANNOT_BE_OBTAINED: return VEL_LAN_PRIVILEGE;
-    // BMCs differ in how they refuse a suite that they do not know; some only break off.
+    // BMCs differ in how they refuse an unknown suite; some just stop answering.
     case IPMI_ERR_CIPHER_SUITE_ID_UNAVAILABLE:
     case IPMI_ERR_BAD_RMCPPLUS_STATUS_CODE:
     case IPMI_ERR_IPMI_ERROR: return VEL_LAN_CIPHER_SUITE;
@@ -51,7 +51,7 @@ VelLanSession* Fail(int reason, const char* why, int* status, char* message, std
   return nullptr;
 }
 
-/// A context with a session, and nothing when there is none.
+/// A library context; its session is closed unless the context is released.
 class TContext {
  public:
   TContext() : context_(ipmi_ctx_create()) {}
@@ -80,7 +80,7 @@ class TContext {
   bool open_ = false;
 };
 
-// One opening at a time: the library's socket is found by its being new.
+// One opening at a time: the library's socket is recognised by being new.
 VelLanSession* TryOpen(const VelLanOpening& opening, int* status, char* message, std::size_t messageSize) {
   static std::mutex alone;
   const std::lock_guard lock(alone);
@@ -114,7 +114,7 @@ VelLanSession* Open(const VelLanOpening* opening, int* status, char* message, st
 
 int Exchange(VelLanSession* session, std::uint8_t networkFunction, std::uint8_t lun, const std::uint8_t* request,
              std::size_t requestSize, std::uint8_t* response, std::size_t capacity, std::size_t* size) {
-  // The library answers with the command byte first, and fills no more than it is given.
+  // The library's answer starts with the command byte, and never exceeds the buffer.
   std::array<std::uint8_t, kMaxMessage> answer{};
   velhostlan::ForgetError(session->socket);
   const int length = ipmi_cmd_raw(session->context, lun, networkFunction, request,
@@ -122,8 +122,8 @@ int Exchange(VelLanSession* session, std::uint8_t networkFunction, std::uint8_t 
   if (length < 0) return StatusOf(ipmi_ctx_errnum(session->context));
   const auto answered = std::min(static_cast<std::size_t>(length), answer.size());
   if (answered <= kCommandSize || capacity == 0) return VEL_LAN_FAILED;
-  // The library compares session, sequence number and integrity code alone, and does not hand out the
-  // answer's network function.
+  // The library only checks session, sequence number and integrity code, and does not expose the answer's network
+  // function.
   if (requestSize == 0 || answer[0] != request[0]) return VEL_LAN_OTHER_COMMAND;
   *size = std::min(answered - kCommandSize, capacity);
   std::memcpy(response, answer.data() + kCommandSize, *size);

@@ -25,7 +25,7 @@ TLanInterrupter::TLanInterrupter(const TStopSignal& stop, std::chrono::milliseco
     : stop_(stop), longest_(longest) {
   struct sigaction action = {};
   action.sa_handler = &InterruptNothingMore;
-  action.sa_flags = SA_RESTART;  // for reads and writes, should it come late; waits for events end all the same
+  action.sa_flags = SA_RESTART;  // restarts reads and writes hit by a late signal; waits for events end anyway
   sigaction(kSignal, &action, &before_);
   const TSignalsBlocked blocked;
   watcher_ = std::thread([this] { Watch(); });
@@ -53,9 +53,9 @@ void TLanInterrupter::Watch() {
   while (!WaitForQuit(InterruptCall() ? kInterval : TimeToNextLook())) continue;
 }
 
-/// Waits so long, or until the run is stopped; whether the watching ends.
+/// Waits for `time`, or until the run is stopped; returns whether the watcher is to end.
 bool TLanInterrupter::WaitForQuit(std::chrono::milliseconds time) const {
-  // Once stopped, the signal's descriptor is readable for ever.
+  // Once stopped, the stop signal's descriptor stays readable.
   std::array<pollfd, 2> waiters = {
       {{quit_.Descriptor(), POLLIN, 0}, {stop_.IsStopped() ? -1 : stop_.Descriptor(), POLLIN, 0}}};
   poll(waiters.data(), waiters.size(), static_cast<int>(time.count()));
@@ -68,7 +68,7 @@ std::chrono::milliseconds TLanInterrupter::TimeToNextLook() const {
   return left && !stop_.IsStopped() ? std::min(look, std::chrono::milliseconds(*left)) : look;
 }
 
-/// Whether there was one to interrupt, or may be at any moment.
+/// Interrupts a call that is due. Returns whether to call again soon: one was due, or one may begin at any moment.
 bool TLanInterrupter::InterruptCall() {
   const std::lock_guard lock(mutex_);
   const bool stopped = stop_.IsStopped();

@@ -1,4 +1,4 @@
-// Ends blocking calls of a stopped run on the thread that makes them.
+// Interrupts the blocking calls of a stopped run on the thread that makes them.
 #pragma once
 
 #include <pthread.h>
@@ -14,24 +14,23 @@
 
 namespace velhost {
 
-/// From the moment at which the run is stopped, or it has been inside for the longest time that is
-/// allowed, a thread inside a TScope gets a signal every few milliseconds, so that a system call that it
-/// waits in ends with EINTR. Again and again, because one signal alone could come just before the thread
-/// begins to wait. The signal is SIGURG, which
-/// otherwise does nothing; its handler is put back on destruction. One interrupter at a time.
+/// Once the run is stopped, or a thread has been inside a TScope for longer than allowed, that thread gets a signal
+/// every few milliseconds, so that a system call that it waits in ends with EINTR. The signal is repeated because a
+/// single one could arrive just before the thread begins to wait. It is SIGURG, which otherwise does nothing; the
+/// previous handler is restored on destruction. One interrupter at a time.
 ///
-/// The LAN exchanges of a run go this way and not by way of TLanWorker: on one processor handing a
-/// call to another thread and its result back costs a tenth of the exchange itself.
+/// A run's LAN exchanges use this rather than TLanWorker: on a single processor, handing a call to another thread and
+/// its result back costs a tenth of the exchange itself.
 class VELHOST_API TLanInterrupter {
  public:
-  /// `stop` outlives it, and has its deadline already. A scope that lasts `longest` is noticed at most
-  /// a second later.
+  /// `stop` must outlive this object and already have its deadline. A scope that lasts longer than `longest` is
+  /// noticed at most a second late.
   TLanInterrupter(const TStopSignal& stop, std::chrono::milliseconds longest);
   ~TLanInterrupter();
   TLanInterrupter(const TLanInterrupter&) = delete;
   TLanInterrupter& operator=(const TLanInterrupter&) = delete;
 
-  /// Marks the calling thread as one to be interrupted. One at a time, and not nested.
+  /// Marks the calling thread as interruptible. One at a time; not nested.
   class VELHOST_API TScope {
    public:
     explicit TScope(TLanInterrupter& interrupter);
@@ -53,10 +52,10 @@ class VELHOST_API TLanInterrupter {
 
   const TStopSignal& stop_;
   const std::chrono::milliseconds longest_;
-  TEvent quit_;  // set when the watching thread shall end
+  TEvent quit_;  // set to end the watching thread
   struct sigaction before_ = {};
   std::mutex mutex_;
-  bool calling_ = false;  // with the next two under the mutex
+  bool calling_ = false;  // guarded by mutex_, as are the next two
   pthread_t caller_{};
   TClock::time_point began_;
   std::thread watcher_;

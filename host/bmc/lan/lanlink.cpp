@@ -11,12 +11,12 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The module wants it shorter than the session's time.
+// The module requires it to be less than the session time.
 constexpr milliseconds kNoRetransmission = kLanSessionTime - milliseconds(1);
 
 bool IsSilence(int status) { return status == VEL_LAN_NO_ANSWER || status == VEL_LAN_BROKEN_OFF; }
 
-/// Some BMCs refuse a cipher suite by falling silent.
+/// Some BMCs refuse a cipher suite by not answering.
 bool MayBeTheCipherSuite(int status) { return status == VEL_LAN_CIPHER_SUITE || status == VEL_LAN_BROKEN_OFF; }
 
 std::string ListOf(const std::vector<int>& suites) {
@@ -25,7 +25,7 @@ std::string ListOf(const std::vector<int>& suites) {
   return Listed(numbers, " or ");
 }
 
-/// What the algorithms of a suite leave open; empty where there are three of them.
+/// What a suite's algorithms leave unprotected; empty if it has all three.
 std::string WeaknessOf(int suite) {
   switch (suite) {
     case 0:
@@ -97,8 +97,8 @@ TLanLink::TOutcome TLanLink::TryOpen(const TWay& way, milliseconds time, millise
   return outcome;
 }
 
-/// The plain opening, and where the privilege is refused the one that leaves it open at first. That
-/// one gets further, so that its refusal is the one to report unless it says nothing.
+/// Tries a plain opening and, if the privilege is refused, one that leaves the privilege open at first. The second
+/// one gets further, so its refusal is reported unless it is unspecific.
 TLanLink::TOutcome TLanLink::TryBothWays(std::uint8_t cipherSuite, TWay& way) {
   way = {cipherSuite, false};
   TOutcome outcome = TryOpen(way, kLanProbeTime, kLanProbeRetransmission);
@@ -122,7 +122,7 @@ void TLanLink::FindWay() {
   ThrowRefused(refusal);
 }
 
-/// With the times of the run, in which nothing is sent again; hence a second try for a lost packet.
+/// Uses the times of the run, during which nothing is retransmitted; hence the second try, in case a packet was lost.
 TLanLink::TOutcome TLanLink::OpenForUse() {
   TOutcome outcome = TryOpen(way_, kLanSessionTime, kNoRetransmission);
   if (IsSilence(outcome.status)) outcome = TryOpen(way_, kLanSessionTime, kNoRetransmission);
@@ -131,7 +131,7 @@ TLanLink::TOutcome TLanLink::OpenForUse() {
   return outcome;
 }
 
-/// Finds out in the short times whether the BMC is still there before it takes the run's.
+/// Checks with the short times whether the BMC still answers before using those of the run.
 TLanLink::TOutcome TLanLink::Reopen() {
   TOutcome probe = TryOpen(way_, kLanProbeTime, kLanProbeRetransmission);
   if (probe.session == nullptr) return probe;

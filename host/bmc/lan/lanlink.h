@@ -1,4 +1,4 @@
-// One BMC on the network: opening its session, keeping it, opening it anew when it was lost.
+// One BMC on the network: opens its session, keeps it, and reopens it when it is lost.
 #pragma once
 
 #include <array>
@@ -18,16 +18,16 @@
 
 namespace velhost {
 
-/// What the library counts: a session without an answer for so long is dead, and a request is sent again
-/// a millisecond before. A BMC would carry it out twice.
+/// The library's session time: a session without an answer for this long is dead. A request would be retransmitted a
+/// millisecond earlier, and the BMC would carry it out twice.
 inline constexpr std::chrono::milliseconds kLanSessionTime{15'000};
-/// Hence an answer is waited for so long, and up to a second more, and then the wait is broken off.
+/// The wait for an answer is therefore interrupted after this time, at most a second late.
 inline constexpr std::chrono::milliseconds kLanAnswerTime{12'000};
-/// A session that was silent for this long is opened anew before the next request, since both sides
-/// count the silence against its time.
+/// A session that has been silent for this long is reopened before the next request, because both sides count the
+/// silence towards its time-out.
 inline constexpr std::chrono::milliseconds kLanIdleTime{5'000};
-/// The times while it is found out how a session can be opened. Nothing is carried out twice there,
-/// so lost packets are sent again.
+/// The times used while finding out how to open a session. Nothing can be carried out twice then, so lost packets are
+/// retransmitted.
 inline constexpr std::chrono::milliseconds kLanProbeTime{3'000};
 inline constexpr std::chrono::milliseconds kLanProbeRetransmission{1'000};
 
@@ -39,39 +39,37 @@ struct TLanExchange {
   bool answered = false;
   std::array<std::uint8_t, 1 + wire::TCommandBuffer::kMaxData> response{};  ///< completion code, then the data
   std::size_t size = 0;                                                     ///< of the response, at least 1
-  // What the user should be told, once; empty for nothing.
+  // Messages for the user, each given once; empty if there is none.
   std::string warning;
-  std::string notice;  ///< that the node is given up
+  std::string notice;  ///< that the node has been given up
 };
 
-/// Blocks, and is used by one thread at a time.
+/// Calls block. For one thread at a time.
 class VELHOST_API TLanLink {
  public:
   using TClock = std::chrono::steady_clock;
 
-  /// `module` outlives it. `now` is the clock that silence is measured by.
+  /// `module` must outlive this object. `now` is the clock that measures silence.
   TLanLink(const VelLanModule& module, TLanOptions options, std::function<TClock::time_point()> now = TClock::now);
   ~TLanLink();
   TLanLink(const TLanLink&) = delete;
   TLanLink& operator=(const TLanLink&) = delete;
 
-  /// Finds a cipher suite that the BMC takes, and whether the privilege level must be left open at
-  /// first, then opens the session. Returns what the user should be warned of: what the session does
-  /// not protect. Throws THostError: kDenied where the user, the password or the privilege is
-  /// refused, kUnreachable for everything else.
+  /// Finds a cipher suite that the BMC accepts, and whether the privilege level must be left open at first, then
+  /// opens the session. Returns warnings for the user about what the session does not protect. Throws THostError:
+  /// kRefused if the user, the password or the privilege is refused, otherwise kUnreachable.
   std::vector<std::string> Open();
 
-  /// Whether the next exchange needs no opening: its only wait is for the answer.
+  /// Whether the next exchange can go without an opening: it will only wait for the answer.
   bool IsReady() const;
 
-  /// Opens the session anew where that is needed before an exchange. When that fails the node is given
-  /// up with a notice.
+  /// Reopens the session if the next exchange requires it. If that fails, the node is given up with a notice.
   void Prepare(TLanExchange& exchange);
 
-  /// Sends once, if the caller has the wait broken off after kLanAnswerTime. A request that is not answered stays so;
-  /// the session is then opened anew for the next one, unless Prepare has done so. Where that fails, or the new
-  /// session's first request is not answered either, the node is given up with a notice, and every later exchange fails
-  /// at once.
+  /// Sends the request once, provided that the caller interrupts the wait after kLanAnswerTime. A request without an
+  /// answer is not repeated; the session is reopened for the next one, unless Prepare has done so. If that fails, or
+  /// the new session's first request gets no answer either, the node is given up with a notice, and every later
+  /// exchange fails at once.
   void Exchange(TLanExchange& exchange);
 
   void Close();
@@ -100,12 +98,12 @@ class VELHOST_API TLanLink {
 
   const VelLanModule& module_;
   const TLanOptions options_;
-  const std::string name_;  ///< for messages
+  const std::string name_;  ///< used in messages
   std::function<TClock::time_point()> now_;
   TWay way_{};
   VelLanSession* session_ = nullptr;
   TClock::time_point lastAnswer_;
-  bool lostBefore_ = false;  ///< the latest request had no answer
+  bool lostBefore_ = false;  ///< the last request had no answer
   bool givenUp_ = false;
 };
 

@@ -16,7 +16,7 @@ namespace velhost {
 
 namespace {
 
-// Ending a session is one packet; a thread that hangs all the same is left behind.
+// Ending a session takes one packet; a thread that hangs even so is abandoned.
 constexpr std::chrono::milliseconds kClosingTime{1'000};
 
 [[noreturn]] void ThrowStopped(const std::string& address, const TStopSignal& stop) {
@@ -47,7 +47,7 @@ std::string FindModule(const std::vector<std::string>& folders) {
 #endif
 }
 
-/// Never unloaded: a thread that a stopped run left behind may still be inside.
+/// Never unloaded: a thread abandoned by a stopped run may still be inside.
 const VelLanModule& LoadModule(const std::string& file) {
   void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
@@ -64,8 +64,8 @@ const VelLanModule& LoadModule(const std::string& file) {
 
 }  // namespace
 
-/// A link and the thread that opens and closes its session. The thread's jobs own the link too, so that
-/// one left behind keeps what it works with.
+/// A link and the thread that opens and closes its session. The thread's jobs share ownership of the link, so an
+/// abandoned one keeps what it works with.
 class TLanServiceProcessor::TNode {
  public:
   TNode(const VelLanModule& module, const TLanOptions& options)
@@ -80,7 +80,7 @@ class TLanServiceProcessor::TNode {
   TNode(const TNode&) = delete;
   TNode& operator=(const TNode&) = delete;
 
-  /// The warnings of TLanLink::Open.
+  /// Returns the warnings of TLanLink::Open.
   std::vector<std::string> Open(const TStopSignal& stop) {
     struct TOutcome {
       std::vector<std::string> warnings;
@@ -99,9 +99,8 @@ class TLanServiceProcessor::TNode {
     return outcome->warnings;
   }
 
-  /// Null when the run was stopped. The exchange is made on this thread, where the wait can be
-  /// interrupted. A session that has to be opened may wait for what no signal ends, a name server, and
-  /// goes to the worker.
+  /// Null if the run was stopped. The exchange is made on this thread, where the wait can be interrupted. Opening a
+  /// session may wait for something that no signal interrupts, such as a name server, so it is done by the worker.
   std::shared_ptr<TLanExchange> Exchange(const TIpmiRequest& request, const TStopSignal& stop,
                                          TLanInterrupter& interrupter) {
     if (stop.IsStopped()) return nullptr;

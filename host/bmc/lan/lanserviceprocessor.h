@@ -1,4 +1,4 @@
-// BMC nodes on the network as a service processor, by way of the LAN module.
+// A service processor made of BMC nodes on the network, reached through the LAN module.
 #pragma once
 
 #include <functional>
@@ -16,21 +16,21 @@
 namespace velhost {
 
 enum class ELanNotice {
-  kWarning,  ///< what a session does not protect, or what a BMC should not have sent
-  kLost      ///< a node is given up
+  kWarning,  ///< what a session does not protect, or an answer that a BMC should not have sent
+  kLost      ///< a node has been given up
 };
-/// Gets what a user should be told, one line without its end, on the thread that makes the exchange or
-/// opens the sessions.
+/// Receives a message for the user, one line without its newline, on the thread that makes the exchange or opens the
+/// sessions.
 using TLanNotice = std::function<void(ELanNotice, const std::string&)>;
 
-/// One node per entry of `options`, one session each for the whole run. The driver counts as
-/// present; no dot commands. Stopping the run ends every wait at once.
+/// One node per entry of `options`, each with one session for the whole run. The driver counts as present; there are
+/// no dot commands. Stopping the run ends every wait at once.
 class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
  public:
-  /// Opens all sessions. `stop` outlives it, has its deadline already, and is the one that every
-  /// exchange is called with. `module` outlives the process's use of it, since a stopped run leaves
-  /// calls behind. Throws THostError as TLanLink::Open does, kUnreachable when the deadline passes first,
-  /// and kStopped when the run is interrupted first.
+  /// Opens all sessions. `stop` must outlive this object, already have its deadline, and be the one passed to every
+  /// exchange. `module` must stay valid as long as the process may use it, since a stopped run abandons calls. Throws
+  /// THostError as TLanLink::Open does, kUnreachable if the deadline passes first, and kStopped if the run is
+  /// interrupted first.
   TLanServiceProcessor(const VelLanModule& module, const std::vector<TLanOptions>& options, const TStopSignal& stop,
                        TLanNotice notice);
   ~TLanServiceProcessor() override;
@@ -47,12 +47,12 @@ class VELHOST_API TLanServiceProcessor : public IServiceProcessor {
   TLanNotice notice_;
 };
 
-/// The file name of the LAN module.
+/// The LAN module's file name.
 inline constexpr const char* kLanModuleFile = "velhost-lan.so";
 
-/// Opens one node per entry, in order; at least one. The module is taken from the first of `folders`
-/// that has it, and stays loaded. Throws THostError as TLanServiceProcessor does, and kUnreachable
-/// when the module is not there, cannot be loaded, or is of another version.
+/// Opens one node per entry, in order; there must be at least one. Loads the module from the first of `folders` that
+/// has it, for good. Throws THostError as TLanServiceProcessor does, and kUnreachable if the module does not exist,
+/// cannot be loaded, or has another version.
 VELHOST_API std::unique_ptr<IServiceProcessor> OpenLan(const std::vector<TLanOptions>& options, const TStopSignal& stop,
                                                        const std::vector<std::string>& folders,
                                                        TLanNotice notice = nullptr);

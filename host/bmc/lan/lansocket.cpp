@@ -19,7 +19,7 @@ namespace velhostlan {
 
 namespace {
 
-/// A socket address of any family, as the system's functions want it.
+/// A socket address of any family, as the system calls take it.
 template <typename TStorage>
 auto* General(TStorage* storage) {
   return reinterpret_cast<std::conditional_t<std::is_const_v<TStorage>, const sockaddr, sockaddr>*>(storage);
@@ -53,11 +53,11 @@ bool IsBoundUdpSocket(int descriptor) {
   if (getpeername(descriptor, General(&address), &size) == 0) return false;
   size = sizeof address;
   if (getsockname(descriptor, General(&address), &size) != 0) return false;
-  // The port has the same place in both families.
+  // The port is at the same offset in both families.
   return reinterpret_cast<const sockaddr_in*>(&address)->sin_port != 0;
 }
 
-/// The descriptors of the sockets that a session's could be, each with the socket's number.
+/// The descriptors of sockets that may belong to a session, each with the socket's inode number.
 std::vector<std::pair<int, ino_t>> Candidates() {
   std::vector<std::pair<int, ino_t>> found;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc/self/fd"), &closedir);
@@ -70,7 +70,7 @@ std::vector<std::pair<int, ino_t>> Candidates() {
   return found;
 }
 
-/// A filter of the kernel's for one socket, which sees a datagram from its UDP header on.
+/// Attaches a kernel filter to the socket, which sees datagrams from their UDP header on.
 bool DropEmptyDatagrams(int descriptor) {
   constexpr std::uint32_t kHeader = 8;
   constexpr std::uint32_t kAll = 0xFFFFFFFF;

@@ -1,8 +1,7 @@
-// The network side of a session in libFreeIPMI: the BMC's address, and the library's socket.
+// The network side of a libFreeIPMI session: the BMC's address, and the library's socket.
 //
-// The library binds its UDP socket and never connects it, so that the kernel hands it datagrams from
-// anybody; one of length zero counts as a time-out there and makes it send its request again. It does
-// not tell which descriptor the socket has either. Hence the search.
+// The library binds its UDP socket but never connects it, so the kernel delivers datagrams from anyone; it takes an
+// empty one for a time-out and retransmits its request. Nor does it reveal the socket's descriptor, hence the search.
 #pragma once
 
 #include <netinet/in.h>
@@ -14,36 +13,34 @@
 
 namespace velhostlan {
 
-/// Where a BMC is, resolved once, for the library and for the kernel alike.
+/// The address of a BMC, resolved once for both the library and the kernel.
 struct TPeer {
   sockaddr_storage address{};
   socklen_t size = 0;
   std::string numeric;  ///< "ADDRESS:PORT", an IPv6 address in brackets
 };
 
-/// Looks up "HOST:PORT", an IPv6 address in brackets. The first address of a family that this machine
-/// has; false when there is none.
+/// Resolves "HOST:PORT", with an IPv6 address in brackets, to the first address of a family that this machine
+/// supports; false if there is none.
 bool Resolve(const std::string& address, TPeer& peer);
 
-/// Finds the UDP socket that was opened since its construction. Of use while no other thread opens one.
+/// Finds the UDP socket that was opened since its construction. Only reliable while no other thread opens one.
 class TSocketSearch {
  public:
   TSocketSearch();
-  /// The descriptor of the one socket that is new, bound and not connected; -1 when there is none, or
-  /// more than one.
+  /// The descriptor of the only socket that is new, bound and not connected; -1 if there is none, or more than one.
   int Find() const;
 
  private:
   std::vector<ino_t> before_;
 };
 
-/// From now on the kernel drops what does not come from the peer's address and port, and empty
-/// datagrams also from there, since an address can be forged. What had arrived before is dropped too.
-/// False when the kernel refuses.
+/// Makes the kernel drop datagrams that do not come from the peer's address and port, and empty ones even from there,
+/// since an address can be forged. Datagrams received before are dropped too. False if the kernel refuses.
 bool KeepStrangersOut(int descriptor, const TPeer& peer);
 
-/// Takes an error that an ICMP message left on the connected socket, such as that of a host which
-/// refuses what its BMC answers; else the next sending would fail for it.
+/// Clears an error that an ICMP message left on the connected socket, for example from a host that rejects its BMC's
+/// answers; otherwise the next send would fail with it.
 void ForgetError(int descriptor);
 
 }  // namespace velhostlan

@@ -28,7 +28,7 @@ constexpr std::size_t kMaxPasswordFile = 4096;
                    "'" + spec + "': " + problem + "; expected lan:[USER@]HOST[:PORT], an IPv6 address in brackets");
 }
 
-// Without the text after --sp, which has the password.
+// Does not quote the text after --sp, which contains the password.
 [[noreturn]] void ThrowPasswordInUser() {
   throw THostError(EFailure::kInvalidArgument,
                    "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
@@ -37,7 +37,7 @@ constexpr std::size_t kMaxPasswordFile = 4096;
 
 bool IsAlphanumeric(char c) { return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-/// Letters, digits and `others`.
+/// Whether the text consists of letters, digits and `others`.
 bool ConsistsOf(std::string_view text, std::string_view others) {
   return std::all_of(text.begin(), text.end(),
                      [others](char c) { return IsAlphanumeric(c) || others.find(c) != std::string_view::npos; });
@@ -51,7 +51,7 @@ std::optional<std::uint16_t> PortOf(std::string_view text) {
   return static_cast<std::uint16_t>(port);
 }
 
-/// Takes "[address]" off `rest`, or a name up to its colon.
+/// Consumes "[address]", or a name up to its colon, from `rest`.
 std::string TakeHost(const std::string& spec, std::string_view& rest) {
   const bool bracketed = rest.starts_with('[');
   const std::size_t end = bracketed ? rest.find(']') : std::min(rest.find(':'), rest.size());
@@ -65,7 +65,7 @@ std::string TakeHost(const std::string& spec, std::string_view& rest) {
   return host;
 }
 
-/// The rest behind the host: nothing, or a colon and the port.
+/// Parses what follows the host: nothing, or a colon and the port.
 std::uint16_t TakePort(const std::string& spec, std::string_view rest, std::uint16_t standard) {
   if (rest.empty()) return standard;
   if (rest.front() != ':') ThrowUsage(spec, "'" + std::string(rest) + "' behind the address");

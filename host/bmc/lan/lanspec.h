@@ -1,4 +1,4 @@
-// What a user says about a BMC on the network: its address, who logs in, and with what rights.
+// The user's description of a BMC on the network: its address, the user name, and the privilege level.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,11 @@
 
 namespace velhost {
 
-/// The privilege levels, with their numbers on the wire.
+/// The privilege levels, with their values on the wire.
 enum class ELanPrivilege : std::uint8_t { kUser = 2, kOperator = 3, kAdmin = 4 };
 
 struct TLanOptions {
-  std::string host;  ///< a name or an address, IPv6 without its brackets
+  std::string host;  ///< a name or an address; IPv6 without brackets
   std::uint16_t port = 623;
   std::string user;                         ///< at most 16 bytes; empty for the BMC's anonymous user
   TSecret password;                         ///< at most 20 bytes
@@ -24,9 +24,9 @@ struct TLanOptions {
   ELanPrivilege privilege = ELanPrivilege::kAdmin;
 };
 
-/// "lan:[USER@]HOST[:PORT]", an IPv6 address in brackets; a USER may contain "@". Gives host, port
-/// and user. Throws THostError (kInvalidArgument), saying what is wrong with which SPEC; for a ":" in USER without
-/// the text after --sp, since a password may be in it.
+/// Parses "lan:[USER@]HOST[:PORT]", with an IPv6 address in brackets; USER may contain "@". Returns host, port and
+/// user. Throws THostError (kInvalidArgument), quoting `spec` and saying what is wrong with it; if USER has a ":",
+/// without quoting, since a password may be in it.
 VELHOST_API TLanOptions ParseLanSpec(const std::string& spec);
 
 /// "user", "operator" or "admin"; empty for anything else.
@@ -34,21 +34,21 @@ VELHOST_API std::optional<ELanPrivilege> LanPrivilegeOf(const std::string& name)
 /// The name of a privilege level.
 VELHOST_API const char* NameOf(ELanPrivilege privilege);
 
-/// "HOST:PORT", an IPv6 address in brackets: for connections and messages.
+/// "HOST:PORT", with an IPv6 address in brackets, for connections and messages.
 VELHOST_API std::string AddressOf(const TLanOptions& options);
 
-/// Takes a variable out of this process's environment, where it is overwritten. Empty when it is not
-/// set. To be called before there are threads.
+/// Removes a variable from this process's environment and overwrites it there. Empty if it is not set. To be called
+/// before there are threads.
 VELHOST_API std::optional<TSecret> TakeSecretVariable(const char* name);
 
-/// The password: the first line of `file` without its end, if `file` is not empty; else `variable`,
-/// what VELHOST_IPMI_PASSWORD said, which may be an empty text. Throws THostError: kInvalidArgument where both are
-/// missing or the password is longer than IPMI's 20 bytes, kMalformed for a NUL in the file's, else what
-/// reading the file throws. No message contains any of it.
+/// The password: the first line of `file` without its newline, unless `file` is empty; otherwise `variable`, the
+/// value of VELHOST_IPMI_PASSWORD, which may be an empty text. Throws THostError: kInvalidArgument if both are
+/// missing or the password is longer than IPMI's 20 bytes, kMalformed if the file's has a NUL, and whatever reading
+/// the file throws. No message contains any of the password.
 VELHOST_API TSecret LanPassword(const std::string& file, const std::optional<TSecret>& variable, ISourceReader& reader);
 
-/// What to warn of when others than its owner can open a password's file; else empty, as for anything
-/// but a regular file.
+/// A warning if users other than its owner can open a password file; empty otherwise, and for anything that is not a
+/// regular file.
 VELHOST_API std::string PasswordFileWarning(const std::string& file);
 
 }  // namespace velhost

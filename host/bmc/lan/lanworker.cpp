@@ -50,7 +50,7 @@ void TLanWorker::Serve(const std::shared_ptr<TShared>& shared) {
     std::function<void()> job = std::exchange(shared->job, nullptr);
     lock.unlock();
     job();
-    // What the job owns goes before anybody learns that it is over.
+    // Release what the job owns before anyone learns that it is over.
     job = nullptr;
     shared->done.Set();
     lock.lock();

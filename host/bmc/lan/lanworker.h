@@ -1,4 +1,4 @@
-// Runs blocking calls on a thread of its own, so that whoever waits for them can stop waiting.
+// Runs blocking calls on a separate thread, so that the caller can stop waiting.
 #pragma once
 
 #include <functional>
@@ -9,19 +9,19 @@
 
 namespace velhost {
 
-/// One thread, one job at a time. Opening a session cannot be interrupted everywhere; a run that is
-/// stopped leaves the thread behind in its call instead. It ends by itself when the call does, which
-/// the session's time bounds, and whatever the job uses must be owned by the job until then.
+/// One thread, one job at a time. Opening a session cannot be interrupted everywhere, so a stopped run abandons the
+/// thread in its call instead. The thread ends with the call, which the session's time bounds; until then the job
+/// must own everything that it uses.
 class VELHOST_API TLanWorker {
  public:
   TLanWorker();
-  /// Waits for the thread to end unless it was left behind.
+  /// Waits for the thread to end unless it was abandoned.
   ~TLanWorker();
   TLanWorker(const TLanWorker&) = delete;
   TLanWorker& operator=(const TLanWorker&) = delete;
 
-  /// Runs `job` and waits for it: true once it is over. False when the run was stopped before: then,
-  /// and for every later job, nobody waits any more, and later jobs are not run. `job` must not throw.
+  /// Runs `job` and waits for it; returns true when it is over. Returns false if the run is stopped first: then
+  /// nobody waits for this or any later job, and later jobs are not run. `job` must not throw.
   bool Run(std::function<void()> job, const TStopSignal& stop);
 
  private:

@@ -1,4 +1,4 @@
-// Keeps signals away from threads that are started meanwhile.
+// Blocks signals in threads that are started within a scope.
 #pragma once
 
 #include <pthread.h>
@@ -6,7 +6,7 @@
 
 namespace velhost {
 
-/// Signals are for the thread that runs the collection; a new thread inherits the mask.
+/// Signals are handled by the thread that runs the collection; new threads inherit the mask.
 class TSignalsBlocked {
  public:
   TSignalsBlocked() {

@@ -35,7 +35,7 @@ int ProcessUtcOffsetMinutes() {
 }
 
 void ApplyUtcOffset(int minutes) {
-  // In TZ the offset is what has to be added to local time, so its sign is the other way round.
+  // In TZ the offset is what must be added to local time to get UTC, so its sign is inverted.
   const int hours = std::abs(minutes) / kMinutesPerHour;
   const int rest = std::abs(minutes) % kMinutesPerHour;
   const char sign = minutes < 0 ? '-' : '+';

@@ -1,7 +1,6 @@
-// Recordings of what a service processor was asked and answered, as JSON Lines: a line about the
-// server, then one line for each exchange and each reading of the clock, in their order.
-// man/velhost-recording.5 has the form. A recording holds no credentials: those of a session with
-// a BMC are no part of an exchange.
+// Recordings of a service processor's exchanges, as JSON Lines: a line about the server, then one line for each
+// exchange and each reading of the clock, in order. man/velhost-recording.5 documents the format. A recording
+// contains no credentials: those of a BMC session are not part of an exchange.
 #pragma once
 #include "host/base/api.h"
 
@@ -21,23 +20,23 @@ namespace velhost {
 /// The first line of a recording.
 struct TRecordingHeader {
   std::string machineType;
-  std::string started;       ///< for people; ISO 8601
+  std::string started;       ///< ISO 8601; for human readers only
   int utcOffsetMinutes = 0;  ///< of the process's time zone: local standard time minus UTC
   TDiscovery discovery;
 };
 
-/// The offset that the C library's `timezone` gives, with the sign of a CIM datetime.
+/// The C library's `timezone`, as an offset with the sign of a CIM datetime.
 VELHOST_API int ProcessUtcOffsetMinutes();
-/// Makes that the offset of the process's time zone for good. Call it while the process has one thread.
+/// Sets the offset of the process's time zone for good. Call it while the process has only one thread.
 VELHOST_API void ApplyUtcOffset(int minutes);
 
-/// A file that takes one line with one write: a killed process leaves whole lines, of which the last
-/// may be cut, as a replay expects.
+/// A file that writes each line with a single write: if the process is killed, only the last line may be cut, which a
+/// replay accepts.
 class VELHOST_API TRecordingFile : public ITextSink {
  public:
-  /// Creates or empties the file; THostError (kNotCreated) where that fails.
+  /// Creates or truncates the file. Throws THostError (kNotCreated) if that fails.
   explicit TRecordingFile(const std::string& path);
-  /// THostError (kNotWritten) where it cannot.
+  /// Throws THostError (kNotWritten) if it fails.
   void Write(std::string_view text) override;
 
  private:
@@ -45,18 +44,18 @@ class VELHOST_API TRecordingFile : public ITextSink {
   TDescriptor descriptor_;
 };
 
-/// Writes a recording. A write that fails ends the recording but not the exchanges: their caller is
-/// a plugin, which knows nothing of it. The host asks for the failure afterwards.
+/// Writes a recording. A failed write ends the recording but not the exchanges: their caller is a plugin, which is
+/// unaware of it. The host checks for the failure afterwards.
 class VELHOST_API TRecorder : public IExchangeObserver {
  public:
-  /// Writes the first line. `sink` is not owned; its failure passes on from here.
+  /// Writes the first line. `sink` is not owned; an exception that it throws here passes through.
   TRecorder(ITextSink& sink, const TRecordingHeader& header);
 
   void OnIpmi(const TIpmiExchange& exchange) override;
   void OnDot(const TDotExchange& exchange) override;
   void OnClock(const TCIMDateTime& localTime);
 
-  /// The failure that ended the recording; empty where it is whole.
+  /// The failure that ended the recording; empty if the recording is whole.
   const std::optional<THostError>& Failure() const { return failure_; }
 
  private:
@@ -66,7 +65,7 @@ class VELHOST_API TRecorder : public IExchangeObserver {
   std::optional<THostError> failure_;
 };
 
-/// Records the readings of another environment's clock.
+/// Records the clock readings of another environment.
 class VELHOST_API TRecordingEnvironment : public IHostEnvironment {
  public:
   /// Neither is owned.

@@ -26,7 +26,7 @@ constexpr std::size_t kLongestShownVersion = 20;
 constexpr int kAnyInt = std::numeric_limits<int>::max();
 constexpr std::string_view kBlanks = " \t\r\n";
 
-/// Where the members of a line stand. The line is valid JSON.
+/// The place of a member in a line. The line is valid JSON.
 struct TMemberPlace {
   std::uint32_t name = 1;  // columns, from 1
   std::uint32_t value = 1;
@@ -38,7 +38,7 @@ std::size_t EndOfString(std::string_view line, std::size_t quote) {
   return end;
 }
 
-/// The last member of that name; the line's start for a name that is written with escapes.
+/// The place of the last member of that name; the start of the line if the name is written with escapes.
 TMemberPlace PlaceOfMember(std::string_view line, std::string_view name) {
   TMemberPlace place;
   for (std::size_t at = line.find('"'); at < line.size(); at = line.find('"', at)) {
@@ -53,7 +53,7 @@ TMemberPlace PlaceOfMember(std::string_view line, std::string_view name) {
   return place;
 }
 
-/// One line and its place, for diagnostics.
+/// A line and its number, for diagnostics.
 class TLineText {
  public:
   TLineText(const std::string& file, std::string_view line, std::uint32_t number)
@@ -92,7 +92,7 @@ std::string Described(const TJson& value) {
   }
 }
 
-// The library says "[json.exception.parse_error.101] parse error at line 1, column 5: syntax error ...",
+// The JSON library's message is "[json.exception.parse_error.101] parse error at line 1, column 5: syntax error ...",
 // or the same without a place.
 std::string ReasonOf(const TJson::exception& error) {
   const std::string text = error.what();
@@ -102,7 +102,7 @@ std::string ReasonOf(const TJson::exception& error) {
   return name == std::string::npos ? text : text.substr(name + 2);
 }
 
-/// The object on a line, with no member twice.
+/// The object on a line; no member may occur twice.
 TJson ParseObject(const TLineText& text) {
   if (text.Line().size() > kLongestRecordingLine) {
     text.Fail(1, "found a line of more than " + std::to_string(kLongestRecordingLine) + " bytes");
@@ -131,7 +131,7 @@ TJson ParseObject(const TLineText& text) {
   return object;
 }
 
-/// Reads the members of one object; what is not as expected is an error at its place.
+/// Reads the members of one object; anything unexpected is an error at its place.
 class TMembers {
  public:
   TMembers(const TLineText& text, const TJson& object) : text_(text), object_(object) {}
@@ -197,7 +197,7 @@ class TMembers {
 void ReadAnswer(const TLineText& text, const TMembers& members, int largest, TRecordedLine& line) {
   line.answered = members.Boolean("ok");
   line.us = members.Integer("us", 0, kLongestRecordedUs);
-  // An exchange without an answer may well have both: they say nothing.
+  // An exchange without an answer may have both; they are ignored.
   if (line.answered || members.Has("response")) {
     line.response = members.Bytes("response", static_cast<std::size_t>(largest));
   }
@@ -253,7 +253,7 @@ std::string FormatRecordingHeader(const TRecordingHeader& header) {
                          {"started", header.started},
                          {"utc_offset_minutes", header.utcOffsetMinutes},
                          {"discovery", discovery}};
-  // A machine type from SMBIOS may hold any bytes.
+  // A machine type from SMBIOS may contain any bytes.
   return line.dump(-1, ' ', false, TOrdered::error_handler_t::replace);
 }
 

@@ -1,4 +1,4 @@
-// The lines of a recording. The one place that knows the JSON library.
+// The lines of a recording. Only this module uses the JSON library.
 #pragma once
 #include "host/base/api.h"
 
@@ -14,7 +14,7 @@
 
 namespace velhost {
 
-// What one line may hold.
+// Limits of one line.
 inline constexpr std::size_t kLongestRecordingLine = std::size_t{4} << 20U;
 inline constexpr int kDeepestRecordedValue = 4;
 inline constexpr std::size_t kMostRecordedValues = 10'000;
@@ -24,7 +24,7 @@ inline constexpr int kLargestRecordedBlock = 1 << 20;
 inline constexpr int kLargestUtcOffset = 24 * 60 - 1;
 inline constexpr std::int64_t kLongestRecordedUs = 86'400'000'000;  // a day
 
-/// How every recording begins; its writer puts the first line there with one write.
+/// How every recording begins; the first line is written with a single write.
 inline constexpr std::string_view kRecordingStart = R"({"format":"velhost-recording","version":1,)";
 
 struct TRecordedLine {
@@ -33,26 +33,27 @@ struct TRecordedLine {
   EKind kind = EKind::kIpmi;
   std::uint32_t number = 0;           ///< of the line, from 1
   int node = 0;                       ///< BMC node, or service processor
-  std::vector<std::uint8_t> request;  ///< of kIpmi: the command buffer, maybe without zeros at its end
-  std::uint8_t command = 0;           ///< this and the next two of kDot
+  std::vector<std::uint8_t> request;  ///< of kIpmi: the command buffer, possibly without trailing zeros
+  std::uint8_t command = 0;           ///< this and the next two: of kDot
   std::vector<std::uint8_t> identifier;
   std::vector<std::uint8_t> parameters;
   bool answered = false;
-  std::vector<std::uint8_t> response;  ///< maybe without zeros at its end
+  std::vector<std::uint8_t> response;  ///< possibly without trailing zeros
   int length = 0;
   std::int64_t us = 0;
   std::optional<TCIMDateTime> localTime;  ///< of kClock
 };
 
-/// Without the newline.
+/// The first line of a recording, without its newline.
 std::string FormatRecordingHeader(const TRecordingHeader& header);
 
-/// What a line (without its newline) says. Anything unexpected throws THostError (kMalformed) with a
-/// diagnostic at its place in the line `number` of `file`.
+/// Parses a line (without its newline). Anything unexpected throws THostError (kMalformed) with a diagnostic at its
+/// place in line `number` of `file`.
 TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view line);
 TRecordedLine ParseRecordedLine(const std::string& file, std::string_view line, std::uint32_t number);
 
-/// ISO 8601 with an offset, as recordings have it, or the 25 characters of a CIM datetime.
+/// Parses ISO 8601 with an offset, as in recordings, or the 25 characters of a CIM datetime. Empty if the text is
+/// neither.
 VELHOST_API std::optional<TCIMDateTime> ParseMoment(const std::string& text);
 
 }  // namespace velhost

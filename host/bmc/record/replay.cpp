@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t kUsPerMs = 1000;
 
-// What the clock says where nothing tells.
+// The clock's reading if there is none to go by.
 const TCIMDateTime& Epoch() {
   static const auto* const epoch = new TCIMDateTime(1970, 1, 1, 0, 0, 0, 0, 0);
   return *epoch;
@@ -44,7 +44,7 @@ std::string Described(const TRecordedLine& line) {
   return "a reading of the clock";
 }
 
-// Both lengths as they were recorded, be they true or not.
+// Both lengths as recorded, whether or not they are true.
 TIpmiAnswer AnswerIn(const TRecordedLine& line) {
   std::vector<std::uint8_t> buffer = line.response;
   buffer.resize(wire::TCommandBuffer::kSize);
@@ -97,7 +97,7 @@ void TReplay::CheckAll(const TStoredBytes& recording, ISourceReader* reader) {
   if (isCut || !hasHeader_) cutLine_ = wholeLines_ + 1;
 }
 
-// The recording was checked; what was changed since is none of the collection's business.
+// The recording was checked at the start; a change since then must not disturb the collection.
 void TReplay::Advance() {
   answering_ = std::move(next_);
   const auto line = lines_.Next();
@@ -131,7 +131,7 @@ std::optional<std::string> TReplay::CutWarning() const {
                     "the recording ends here, before the collection does: it was cut, or less was collected then");
 }
 
-/// The recorded line that answers; null where there is none.
+/// The next recorded line, if it answers the request; otherwise null.
 const TRecordedLine* TReplay::Next(const TRecordedLine& asked) {
   if (mismatch_) return nullptr;
   if (!next_) {

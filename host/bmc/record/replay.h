@@ -1,4 +1,4 @@
-// Answers from a recording, in recorded order, instead of a service processor.
+// Answers from a recording, in recorded order, in place of a service processor.
 #pragma once
 #include "host/base/api.h"
 
@@ -19,39 +19,39 @@ namespace velhost {
 struct TRecordedLine;
 
 inline constexpr std::size_t kLargestRecording = std::size_t{4} << 30U;
-inline constexpr std::size_t kLargestRecordingOfAPipe = std::size_t{64} << 20U;  ///< which is kept in memory
+inline constexpr std::size_t kLargestRecordingOfAPipe = std::size_t{64} << 20U;  ///< kept in memory
 
-/// Each exchange has to be the next recorded one. One that is not, and each one after it, fails; so
-/// does each one behind the recording's last whole line. The host tells afterwards.
+/// Each exchange must match the next recorded one. If one does not, it and every later one fails; so does every
+/// exchange past the recording's last whole line. The host finds out afterwards.
 ///
-/// As environment: the recorded machine type, and the recorded readings of the clock. A reading that
-/// was not recorded repeats the one before it, or the recording's start.
+/// As an environment, it supplies the recorded machine type and the recorded clock readings. A reading that was not
+/// recorded repeats the previous one, or the recording's start.
 class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
  public:
-  /// Checks the whole recording, and reads it again, line by line, as it is asked; of a file no more than
-  /// a line is in memory. A line that does not say what it should throws THostError (kMalformed) with file,
-  /// line and column. A last line without its end was cut and does not count; neither does a first one,
-  /// if it begins as recordings do, and then nothing is known of the server (HasHeader).
-  /// A stop of `reader`, which is not owned and may be null, ends the check with TEndedReading.
+  /// Checks the whole recording, then reads it again line by line as requests come; only one line of a file is in
+  /// memory. A malformed line throws THostError (kMalformed) with file, line and column. A last line without a
+  /// newline was cut and is ignored. So is a first line, if it begins like a recording; then nothing is known about
+  /// the server (HasHeader). If `reader` (not owned, may be null) is stopped, the check ends with TEndedReading.
   TReplay(const std::string& path, const TStoredBytes& recording, ISourceReader* reader = nullptr);
-  /// The same of what Open() gives.
+  /// As above, with the result of Open().
   TReplay(const std::string& path, ISourceReader& reader);
-  /// From a file, or what `reader` has: THostError (kAbsent, kDenied) for what cannot be read.
+  /// Opens a file, or what `reader` supplies. Throws THostError (kAbsent, kDenied) if it cannot be read, kTooLarge if
+  /// it is over the limit.
   static TStoredBytes Open(const std::string& path, ISourceReader& reader);
   ~TReplay() override;
   TReplay(const TReplay&) = delete;
   TReplay& operator=(const TReplay&) = delete;
 
-  /// Whether answers take as long as they took. They take no time unless set.
+  /// Whether answers take as long as they did when recorded. By default they take no time.
   void SetTiming(bool timing) { timing_ = timing; }
   const TRecordingHeader& Header() const { return header_; }
   bool HasHeader() const { return hasHeader_; }
 
-  /// The first time that something else was asked for than was recorded: a diagnostic (an error) with
-  /// the recording's line. Empty where that never was. velhost exits with kMalformed then.
+  /// A diagnostic (an error) for the first request that differs from the recorded one, with the recording's line;
+  /// empty if there was none. velhost then fails with kMalformed.
   const std::optional<std::string>& Mismatch() const { return mismatch_; }
-  /// Set where the recording is not whole: a diagnostic (a warning) that its last line is cut, or that
-  /// more was asked for than it has.
+  /// Set if the recording is incomplete: a diagnostic (a warning) that its last line is cut, or that more was
+  /// requested than it has.
   std::optional<std::string> CutWarning() const;
 
   TDiscovery Discover() override { return header_.discovery; }
@@ -73,14 +73,14 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   bool hasHeader_ = false;
   TLineReader lines_;
   std::unique_ptr<TRecordedLine> next_;       // null after the last one
-  std::unique_ptr<TRecordedLine> answering_;  // the one before it
-  std::uint32_t number_ = 0;                  // of the line read last
+  std::unique_ptr<TRecordedLine> answering_;  // the one before next_
+  std::uint32_t number_ = 0;                  // of the last line read
   std::uint32_t wholeLines_ = 0;
   std::optional<std::string> mismatch_;
-  std::uint32_t cutLine_ = 0;  // the number of the line that is cut; 0 where none is
+  std::uint32_t cutLine_ = 0;  // the number of the cut line; 0 if there is none
   bool ranOut_ = false;
   bool timing_ = false;
-  std::int64_t owedUs_ = 0;  // of waits, below the millisecond that a wait takes at least
+  std::int64_t owedUs_ = 0;  // remainder of waits, below the millisecond that a wait takes at least
   TCIMDateTime now_;
 };
 

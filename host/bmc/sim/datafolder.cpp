@@ -19,9 +19,9 @@ namespace velhost {
 
 namespace {
 
-// Not blocking, so that a pipe's opening returns; it is refused afterwards.
+// Non-blocking, so that opening a pipe returns; it is refused afterwards.
 constexpr int kOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
-constexpr int kMostTries = 100;  // while others rename what is being followed
+constexpr int kMostTries = 100;  // others may rename folders along the path meanwhile
 
 int OpenBeneath(int folder, const std::string& name) {
   open_how how = {};
@@ -82,7 +82,7 @@ TDescriptor TDataFolder::OpenFile(const std::string& name) {
     TDescriptor file(OpenBeneath(folder_.Get(), name));
     if (file) return file;
     if (errno == EXDEV) ThrowLink(name, "which a symbolic link leads out of the folder");
-    // A kernel, or a container's filter of system calls, that does not know the call.
+    // The call is unknown to the kernel or blocked by a container's system call filter.
     if (errno != ENOSYS && errno != EPERM) ThrowErrno(prefix_ + name, errno);
   }
   return OpenStepByStep(name);

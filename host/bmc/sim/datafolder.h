@@ -1,4 +1,4 @@
-// The folder of a server file, which its data files are taken from.
+// The folder of a server file, which its data files are read from.
 #pragma once
 
 #include <cstddef>
@@ -13,20 +13,20 @@ namespace velhost {
 class VELHOST_API IDataFolder {
  public:
   virtual ~IDataFolder();
-  /// The content of a data file. `name` is relative and has no "..". What cannot be opened, is not a
-  /// regular file, or is larger than `limit` bytes throws THostError (kAbsent, kDenied or
-  /// kMalformed) with a message that names it.
+  /// The content of a data file. `name` is relative and has no "..". Throws THostError with a message that names the
+  /// file: kAbsent or kDenied if it cannot be opened, kAbsent if it is not a regular file, kTooLarge if it is larger
+  /// than `limit` bytes, kMalformed if it is outside the folder.
   virtual TStoredBytes Open(const std::string& name, std::size_t limit) = 0;
 };
 
-/// A folder of the file system. A name leads to files in it or below; no symbolic link leads out.
+/// A folder of the file system. Names lead to files in it or below it; symbolic links cannot lead out.
 class VELHOST_API TDataFolder : public IDataFolder {
  public:
-  /// How names are followed: by the kernel, which takes links that stay in the folder, or, for a
-  /// kernel without openat2, folder by folder without taking any link.
+  /// How names are resolved: by the kernel, which follows links that stay in the folder, or, on a kernel without
+  /// openat2, folder by folder without following any link.
   enum class EWay { kKernel, kStepByStep };
 
-  /// The folder of the file `path`. It is opened at the first data file.
+  /// The folder of the file `path`. It is opened when the first data file is.
   explicit TDataFolder(const std::string& path, EWay way = EWay::kKernel);
   TStoredBytes Open(const std::string& name, std::size_t limit) override;
 
@@ -35,12 +35,12 @@ class VELHOST_API TDataFolder : public IDataFolder {
   TDescriptor OpenStepByStep(const std::string& name) const;
 
   std::string file_;
-  std::string prefix_;  // of a name in messages: the folder as the user wrote it
+  std::string prefix_;  // prefixed to names in messages: the folder as the user wrote it
   EWay way_;
   TDescriptor folder_;
 };
 
-/// The files of a reader, for tests.
+/// The files of an ISourceReader, for tests.
 class VELHOST_API TReaderFolder : public IDataFolder {
  public:
   /// `reader` is not owned.

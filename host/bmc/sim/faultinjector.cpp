@@ -9,7 +9,7 @@ namespace velhost {
 
 namespace {
 
-/// Cuts the answer to a command buffer of `size` bytes; one that claims no more is left alone.
+/// Cuts the answer to a command buffer of `size` bytes; leaves it alone if it claims no more.
 void Truncate(std::size_t size, TIpmiAnswer& answer) {
   const std::size_t data = size - std::min(size, wire::TCommandBuffer::kData);
   if (data >= answer.DataLength()) return;
@@ -32,7 +32,7 @@ TFaultInjector::TFaultInjector(IServiceProcessor& inner, std::vector<TFault> fau
   }
 }
 
-// Faults after the one that is applied count as well.
+// Faults after the one that is applied count the exchange as well.
 const TFault* TFaultInjector::CountAndChoose(EExchangeKind kind, int node) {
   std::size_t chosen = kNone;
   std::vector<std::optional<EExchangeKind>> kinds = {kind};

@@ -1,4 +1,4 @@
-// Faults over any service processor: wrong completion codes, lost and shortened answers, delays.
+// Injects faults into any service processor: completion codes, lost and truncated answers, delays.
 #pragma once
 #include "host/base/api.h"
 
@@ -14,12 +14,12 @@
 
 namespace velhost {
 
-/// Every fault counts each exchange that its `on` and `node` match; the first one that is due is
-/// applied to the exchange. What does not take place at all counts for none: an exchange without a
-/// driver, or with a BMC node or service processor that does not exist.
+/// Every fault counts each exchange that its `on` and `node` match; the first one that is due is applied. An exchange
+/// that cannot take place is not counted: one without a driver, or with a BMC node or service processor that does not
+/// exist.
 ///
-/// A delay comes before the answer, and stopping the run in it leaves the exchange without one. A
-/// lost exchange and one that is answered with a completion code do not reach the service processor.
+/// A delay comes before the answer; if the run is stopped during it, the exchange has no answer. A lost exchange, or
+/// one answered with a completion code, does not reach the service processor.
 class VELHOST_API TFaultInjector : public TForwardingServiceProcessor {
  public:
   /// `inner` is not owned.
@@ -29,12 +29,12 @@ class VELHOST_API TFaultInjector : public TForwardingServiceProcessor {
   std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
 
  private:
-  /// Faults with the same `on` and `node`. They match the same exchanges, so that one count does for
-  /// all, and an exchange takes the same time whatever their number.
+  /// Faults with the same `on` and `node`. They match the same exchanges, so they share one count, and an exchange
+  /// takes the same time however many there are.
   struct TGroup {
-    std::int64_t count = 0;                       // of the exchanges that matched
-    std::size_t first = kNone;                    // the place of the first fault without nth
-    std::map<std::int64_t, std::size_t> firstOf;  // the place of the first fault with each nth
+    std::int64_t count = 0;                       // of exchanges that matched
+    std::size_t first = kNone;                    // index of the first fault without nth
+    std::map<std::int64_t, std::size_t> firstOf;  // index of the first fault with each nth
   };
   using TGroupKey = std::pair<std::optional<EExchangeKind>, std::optional<int>>;
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);

@@ -6,7 +6,7 @@
 
 namespace velhost {
 
-/// Throws THostError (kMalformed), at its place, for a fault that could not be carried out as written.
+/// Throws THostError (kMalformed), at its place, for a fault that cannot be carried out as written.
 TFault ReadFault(const TTomlTable& table);
 
 }  // namespace velhost

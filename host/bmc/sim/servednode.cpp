@@ -22,7 +22,7 @@ std::string NodesOf(const TServerFile& server) {
   }
 }
 
-/// Whether the fault may be applied to a storage-area request.
+/// Whether the fault can apply to a storage-area request.
 bool MeetsStorageAreas(const TFault& fault) {
   return !fault.on || (*fault.on != EExchangeKind::kRegister && *fault.on != EExchangeKind::kTimestamp);
 }

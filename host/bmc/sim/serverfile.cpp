@@ -51,10 +51,10 @@ class TServerFileReader {
   ISourceReader& reader_;
   IDataFolder& folder_;
   std::size_t sizeInAll_;
-  std::map<std::string, TStoredBytes, std::less<>> dataFiles_;  // by name, so that one named twice is one
+  std::map<std::string, TStoredBytes, std::less<>> dataFiles_;  // by name, so that a file named twice is opened once
   TServerFile server_;
   std::map<std::uint32_t, std::uint32_t> linesOfRegisters_;  // of the node being read
-  std::set<std::string> namesOfAreas_;                       // of the node being read, as far as requests carry them
+  std::set<std::string> namesOfAreas_;                       // of the node being read, cut to what a request carries
 };
 
 TServerFile TServerFileReader::Read() {
@@ -133,7 +133,7 @@ void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) 
   TStorageArea area;
   area.name = *table.String("name");
   if (area.name.empty()) table.Fail(name.value.place, "found an empty name, expected the storage area's name");
-  // A request carries no more of it, so more could not tell two areas apart.
+  // A request carries no more than this, so longer names could not be told apart.
   const std::string sent = area.name.substr(0, wire::StorageArea::kNameSize);
   if (!namesOfAreas_.insert(sent).second) {
     table.Fail(name.value.place, "found a second storage area " + Quoted(sent) +
@@ -205,7 +205,7 @@ TServerFile ReadServerFile(const std::string& path, ISourceReader& reader, IData
 TServerFile ReadServerFile(const std::string& path, ISourceReader& reader) {
   TDataFolder folder(path);
   TServerFile server = ReadServerFile(path, reader, folder);
-  malloc_trim(0);  // what the text took is for the collection
+  malloc_trim(0);  // leaves the parser's memory to the collection
   return server;
 }
 

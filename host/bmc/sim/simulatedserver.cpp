@@ -60,7 +60,7 @@ bool FieldHolds(const TCommandData& request, std::size_t field, const std::strin
   return true;
 }
 
-/// The area's place among its node's areas, from 1: its handle. 0 where there is none of that name.
+/// The area's handle: its position among its node's areas, from 1. 0 if there is no area of that name.
 std::uint32_t HandleOf(const TSimulatedNode& node, const TCommandData& request, std::size_t field) {
   for (std::size_t i = 0; i < node.areas.size(); ++i) {
     if (FieldHolds(request, field, node.areas[i].name)) return static_cast<std::uint32_t>(i + 1);
@@ -68,7 +68,7 @@ std::uint32_t HandleOf(const TSimulatedNode& node, const TCommandData& request, 
   return 0;
 }
 
-// The answers to storage-area requests are given without the manufacturer id.
+// Answers to storage-area requests; the manufacturer id is added later.
 
 TIpmiAnswer AnswerOpen(const TSimulatedNode& node, const TCommandData& request) {
   const std::uint32_t handle = HandleOf(node, request, wire::StorageArea::kOpenName);
@@ -115,8 +115,8 @@ TIpmiAnswer AnswerStorageArea(const TSimulatedNode& node, const TCommandData& re
   }
 }
 
-// Byte 5 of an open or size request counts the name's whole length modulo 256, so that it may say
-// fewer bytes than the name's field has.
+// Byte 5 of an open or size request counts the name's whole length modulo 256, so it may be less than the size of the
+// name's field.
 std::span<const std::uint8_t> DataWithWholeName(const TIpmiRequest& request) {
   std::size_t size = request.Data().size();
   const EExchangeKind kind = KindOfRequest(request);

@@ -16,23 +16,21 @@
 
 namespace velhost {
 
-// Completion codes of IPMI that the simulator gives beside success.
+// The simulator's IPMI completion codes besides success.
 inline constexpr std::uint8_t kInvalidCommand = 0xC1;
 inline constexpr std::uint8_t kNotPresent = 0xCB;
 
-/// What a BMC node answers; a request that breaks off early is read as if zeros followed. The name in
-/// an open or size request is read from its whole field, whatever byte 5 says, since that counts modulo
-/// 256. Never more than `capacity` data bytes: a read of a storage area returns less then, and counts
-/// what it returns. A command buffer's 247 bytes are the most. Empty where there is no such node or no driver.
+/// The answer of a BMC node; empty if there is no such node or no driver. A request that is too short is read as if
+/// zeros followed. The name in an open or size request is read from its entire field, whatever byte 5 says, because
+/// byte 5 counts modulo 256. An answer has at most `capacity` data bytes, and at most the 247 of a command buffer: a
+/// read of a storage area returns fewer bytes then, and counts what it returns.
 ///
-/// An answer to an OEM/Group request (network function 0x2E) starts with the manufacturer id. A
-/// request for another manufacturer's commands is answered with that manufacturer's id and
-/// completion code 0xC1, as IPMI has it.
+/// An answer to an OEM/Group request (network function 0x2E) starts with the manufacturer id. A request for another
+/// manufacturer's commands is answered with that manufacturer's id and completion code 0xC1, as IPMI requires.
 VELHOST_API std::optional<TIpmiAnswer> AnswerIpmi(const TServerFile& server, const TIpmiRequest& request,
                                                   std::size_t capacity = wire::TCommandBuffer::kMaxData);
 
-/// The data of an answer that has a completion code only: none, or the manufacturer id for an
-/// OEM/Group request.
+/// The data of an answer that only has a completion code: empty, or the manufacturer id for an OEM/Group request.
 VELHOST_API std::vector<std::uint8_t> DataOfBareAnswer(const TIpmiRequest& request);
 
 class VELHOST_API TSimulatedServer : public IServiceProcessor {
@@ -43,8 +41,8 @@ class VELHOST_API TSimulatedServer : public IServiceProcessor {
 
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
 
-  /// The register block, cut to the size in the command's parameters and to the capacity. Empty for a
-  /// service processor that does not exist and for any other command.
+  /// The register block, cut to the size in the command's parameters and to the capacity. Empty for a service
+  /// processor that does not exist, and for any other command.
   std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
 
   const TServerFile& Server() const { return server_; }
@@ -53,7 +51,7 @@ class VELHOST_API TSimulatedServer : public IServiceProcessor {
   TServerFile server_;
 };
 
-/// The server file's machine type and its clock; the real clock where the file sets none.
+/// The server file's machine type and clock; the real clock if the file sets none.
 class VELHOST_API TSimulatedEnvironment : public TSystemEnvironment {
  public:
   /// `server` is not owned.

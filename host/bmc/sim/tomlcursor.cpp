@@ -14,7 +14,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string HexByte(char c) { return "0x" + std::string(HexPair(static_cast<std::uint8_t>(c))); }
 
-// How many bytes of UTF-8 begin the text, 1 to 4; 0 where it begins with something else.
+// The size, 1 to 4 bytes, of the UTF-8 character that the text begins with; 0 if it does not begin with one.
 std::size_t SizeOfCharacter(std::string_view text) {
   const TCodePoint next = NextCodePoint(text, 0);
   return next.valid ? next.size : 0;

@@ -1,4 +1,4 @@
-// A place in a TOML text that moves on, character by character or token by token.
+// A cursor over a TOML text, which advances by character or by token.
 #pragma once
 
 #include <cstddef>
@@ -11,11 +11,11 @@ namespace velhost {
 
 class TTomlCursor {
  public:
-  /// The document is not owned. Text that is not UTF-8 throws THostError; a byte order mark is skipped.
+  /// The document is not owned. Throws THostError if its text is not UTF-8; skips a byte order mark.
   explicit TTomlCursor(const TTomlDocument& document);
 
   bool AtEnd() const { return at_ == text_.size(); }
-  /// The byte so far on; 0 past the end.
+  /// The byte `ahead` of the cursor; 0 past the end.
   char Peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : '\0'; }
   bool AtNewline() const { return Peek() == '\n' || (Peek() == '\r' && Peek(1) == '\n'); }
   void Next(std::size_t bytes = 1);
@@ -24,14 +24,14 @@ class TTomlCursor {
   std::string_view TextFrom(std::size_t start) const { return text_.substr(start, at_ - start); }
   const TTomlPlace& Place() const { return place_; }
 
-  /// Blanks and tabs.
+  /// Skips blanks and tabs.
   void SkipBlanks();
-  /// Blanks, tabs, ends of lines and comments.
+  /// Skips blanks, tabs, line ends and comments.
   void SkipToNext();
-  /// A comment, if there is one, and the end of the line or text, which has to follow.
+  /// Skips a comment, if there is one, and the end of the line or text, which must follow.
   void EndLine();
 
-  /// "found WHAT IS THERE, expected ...".
+  /// Throws "found ..., expected ...", with what is at the cursor.
   [[noreturn]] void FailExpecting(const std::string& expected) const;
   [[noreturn]] void Fail(const TTomlPlace& place, const std::string& message) const { document_.Fail(place, message); }
 
@@ -46,7 +46,7 @@ class TTomlCursor {
   TTomlPlace place_;
 };
 
-/// Control characters other than the tab, which TOML allows nowhere but in the ends of lines.
+/// Control characters other than the tab, which TOML only allows in line ends.
 constexpr bool IsTomlControl(char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; }
 
 }  // namespace velhost

@@ -8,7 +8,7 @@ namespace velhost {
 
 namespace {
 
-// Diagnostics count bytes.
+// Converts a column in characters to one in bytes, which is what diagnostics count.
 std::uint32_t ByteColumn(std::string_view line, std::uint32_t column) {
   std::size_t byte = 0;
   for (std::uint32_t character = 1; character < column && byte < line.size(); ++character) {

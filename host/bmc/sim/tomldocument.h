@@ -1,4 +1,4 @@
-// A TOML text as a tree of plain values that know their places.
+// A TOML text as a tree of plain values, each with its place.
 #pragma once
 
 #include <cstddef>
@@ -14,13 +14,13 @@
 
 namespace velhost {
 
-// What one text may hold; no server file comes near. They bound time and memory.
-inline constexpr std::size_t kMostTomlValues = 1'000'000;  ///< tables and arrays among them
+// Limits of one text, which bound time and memory; no server file comes near them.
+inline constexpr std::size_t kMostTomlValues = 1'000'000;  ///< including tables and arrays
 inline constexpr std::size_t kMostTomlKeys = 100;          ///< of one table
 inline constexpr std::size_t kMostTomlKeyParts = 16;       ///< of one dotted key
-inline constexpr int kDeepestTomlValue = 16;               ///< arrays and inline tables in each other
+inline constexpr int kDeepestTomlValue = 16;               ///< nested arrays and inline tables
 
-/// Counts from 1; columns count characters, as editors do.
+/// Line and column count from 1; columns count characters, as editors do.
 struct TTomlPlace {
   std::uint32_t line = 1;
   std::uint32_t column = 1;
@@ -41,29 +41,28 @@ struct TTomlValue {
   EKind kind = EKind::kTable;
   TTomlPlace place;
   std::int64_t integer = 0;  ///< of an integer; 1 for true
-  std::string_view text;     ///< of a string; of a date-time with an offset its CIM text, of one without none. The
-                             ///< document's
+  std::string_view text;     ///< a string, or the CIM text of a date-time with an offset; a view into the document
   std::unique_ptr<TTomlTableContent> table;  ///< of a table
   std::unique_ptr<TTomlArrayContent> array;  ///< of an array
 };
 
 struct TTomlMember {
-  std::string_view name;  ///< the document's
+  std::string_view name;  ///< a view into the document
   TTomlPlace place;       ///< of the name
   TTomlValue value;
 };
 
 struct TTomlTableContent {
-  /// What made the table, which says what may still be put into it.
+  /// What created the table, which determines what may still be added to it.
   enum class EOrigin : std::uint8_t { kHeader, kLongerHeader, kDottedKey, kInline };
 
-  std::vector<TTomlMember> members;  ///< in the order of their places
+  std::vector<TTomlMember> members;  ///< in order of their places
   EOrigin origin = EOrigin::kHeader;
 };
 
 struct TTomlArrayContent {
   std::vector<TTomlValue> elements;
-  bool isOfHeaders = false;  ///< [[name]] adds one
+  bool isOfHeaders = false;  ///< created by [[name]], which appends a table
 };
 
 struct TTomlDocument {
@@ -73,7 +72,7 @@ struct TTomlDocument {
 
   const std::string file;  ///< display name
   const std::string text;
-  std::deque<std::string> decoded;  ///< texts that are not in `text` as they are
+  std::deque<std::string> decoded;  ///< strings that do not occur literally in `text`
   TTomlValue root;
 
   /// Throws THostError with a diagnostic at the place.
@@ -84,8 +83,8 @@ struct TTomlDocument {
 /// "a string", "an integer", ... for messages.
 const char* NameOfTomlKind(TTomlValue::EKind kind);
 
-/// Reads TOML 1.0, in time that grows with the text's length alone. Throws THostError (kMalformed) at the place of what
-/// is not TOML, of a key that is given twice, and of what is beyond a limit.
+/// Reads TOML 1.0, in time proportional to the text's length. Throws THostError (kMalformed) at the place of anything
+/// that is not TOML, is a duplicate key, or exceeds a limit.
 std::unique_ptr<const TTomlDocument> ParseTomlDocument(std::string file, std::string text);
 
 }  // namespace velhost

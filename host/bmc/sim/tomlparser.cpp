@@ -64,7 +64,7 @@ class TTomlParser {
 
   TTomlDocument& document_;
   TTomlCursor at_;
-  TTomlTableContent* current_ = nullptr;  // what key-value pairs go into
+  TTomlTableContent* current_ = nullptr;  // receives key-value pairs
   std::size_t values_ = 0;
 };
 
@@ -253,7 +253,7 @@ void TTomlParser::ParseWord(TTomlValue& value) {
     while (!at_.AtEnd() && !EndsWord(at_.Peek())) at_.Next();
   };
   takeWord();
-  // A blank may part a date from its time.
+  // A blank may separate a date from its time.
   const bool goesOn = at_.Peek() == ' ' && IsDigit(at_.Peek(1));
   if (goesOn && IsTomlDate(at_.TextFrom(start))) {
     at_.Next();

@@ -17,7 +17,7 @@ constexpr std::size_t kMicrosecondDigits = 6;
 
 bool IsDigitOf(int base, char c) { return HexDigitValue(c) >= 0 && HexDigitValue(c) < base; }
 
-/// Takes parts from the front of a word.
+/// Consumes parts from the front of a word.
 class TWord {
  public:
   explicit TWord(std::string_view rest) : rest_(rest) {}
@@ -32,7 +32,7 @@ class TWord {
   bool TakeOne(std::string_view characters) {
     return !rest_.empty() && characters.find(Peek()) != std::string_view::npos && Take(Peek());
   }
-  /// Digits, with an underscore between two of them where `parted`; empty where there are none.
+  /// Digits, with single underscores between them if `parted`; empty if there are none.
   std::string_view Digits(int base, bool parted) {
     const auto isDigit = [this, base](std::size_t at) { return at < rest_.size() && IsDigitOf(base, rest_[at]); };
     const auto isParting = [this, &isDigit](std::size_t at) {
@@ -44,7 +44,7 @@ class TWord {
     rest_.remove_prefix(size);
     return digits;
   }
-  /// A number of exactly so many digits, within the limits.
+  /// A number of exactly `size` digits, within the limits.
   std::optional<int> Number(std::size_t size, int low, int high) {
     int value = 0;
     if (rest_.size() < size) return std::nullopt;
@@ -152,7 +152,7 @@ std::optional<TTime> TakeTime(TWord& rest) {
   return time;
 }
 
-/// Minutes; empty for what is not an offset.
+/// In minutes; empty if it is not an offset.
 std::optional<int> TakeOffset(TWord& rest) {
   if (rest.TakeOne("Zz")) return 0;
   const int sign = rest.Peek() == '-' ? -1 : 1;

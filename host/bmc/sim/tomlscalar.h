@@ -1,4 +1,4 @@
-// The values of TOML that are one word: numbers, dates, times, true and false.
+// TOML values that are a single word: numbers, dates, times, true and false.
 #pragma once
 
 #include <cstdint>
@@ -13,14 +13,14 @@ namespace velhost {
 struct TTomlScalar {
   TTomlValue::EKind kind = TTomlValue::EKind::kInteger;
   std::int64_t integer = 0;  ///< 1 for true
-  std::string moment;        ///< of a date-time with an offset, its CIM text
-  bool isTooLarge = false;   ///< an integer that 64 bits do not hold
+  std::string moment;        ///< the CIM text of a date-time with an offset
+  bool isTooLarge = false;   ///< an integer that does not fit in 64 bits
 };
 
-/// Empty for anything else.
+/// Empty if the word is not a scalar.
 std::optional<TTomlScalar> ReadTomlScalar(std::string_view word);
 
-/// Whether a date-time may go on after a blank: the word is a date.
+/// Whether the word is a date, which a time may follow after a blank.
 bool IsTomlDate(std::string_view word);
 
 }  // namespace velhost

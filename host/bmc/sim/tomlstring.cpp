@@ -12,8 +12,8 @@ namespace velhost {
 namespace {
 
 constexpr char32_t kLargestCharacter = 0x10FFFF;
-constexpr std::size_t kQuotes = 3;           // around a string on several lines
-constexpr std::size_t kMostQuotesAtEnd = 5;  // two of its own before them
+constexpr std::size_t kQuotes = 3;           // around a multi-line string
+constexpr std::size_t kMostQuotesAtEnd = 5;  // two of the string's own and the delimiter
 
 class TStringReader {
  public:
@@ -39,7 +39,7 @@ class TStringReader {
   char quote_;
   bool isBasic_;
   std::size_t start_ = 0;
-  std::string* decoded_ = nullptr;  // once it differs from the text as it is written
+  std::string* decoded_ = nullptr;  // set once it differs from the text as written
 };
 
 void TStringReader::TakeUnicode(std::size_t digits) {
@@ -57,7 +57,7 @@ void TStringReader::TakeUnicode(std::size_t digits) {
   AppendUtf8(*decoded_, code);
 }
 
-// A backslash at the end of a line takes all white space with it.
+// A backslash at the end of a line removes all white space up to the next character.
 bool TStringReader::TakeLineEndingBackslash() {
   std::size_t blanks = 0;
   while (at_.Peek(blanks) == ' ' || at_.Peek(blanks) == '\t') ++blanks;
@@ -88,7 +88,7 @@ void TStringReader::TakeCharacter(bool onLines) {
   if (at_.AtEnd() || (isNewline && !onLines)) at_.FailExpecting("the string's closing quote");
   if (isBasic_ && at_.Peek() == '\\') return TakeEscape(onLines);
   if (!isNewline && IsTomlControl(at_.Peek())) at_.FailExpecting("a string without control characters");
-  // Every end of a line is one character of the string, as in a file without carriage returns.
+  // Each line end is one newline in the string, whether or not the file has carriage returns.
   if (isNewline && at_.Peek() == '\r') {
     Decode();
     at_.Next();

@@ -1,4 +1,4 @@
-// The strings of TOML: basic and literal, on one line and on several.
+// TOML strings: basic and literal, single-line and multi-line.
 #pragma once
 
 #include <string_view>
@@ -7,8 +7,8 @@
 
 namespace velhost {
 
-/// Reads the string whose opening quote the cursor is at. What it says is the document's: a piece of
-/// its text, or one of its decoded texts. A key is on one line.
+/// Reads the string whose opening quote is at the cursor. The result is a view into the document: into its text, or
+/// into one of its decoded texts. A key must be on one line.
 std::string_view ReadTomlString(TTomlCursor& at, TTomlDocument& document, bool isKey);
 
 }  // namespace velhost

@@ -20,10 +20,10 @@ std::string RangeText(std::int64_t low, std::int64_t high) {
   return "an integer from " + std::to_string(low) + " to " + std::to_string(high);
 }
 
-// The place of a character of a string; that of the string where the text is not as it stands in the file.
+// The place of a character of a string; that of the string itself if the file does not contain the text literally.
 TTomlPlace PlaceWithin(const TTomlDocument& document, const TTomlValue& string, std::size_t at) {
   const std::string_view line = LineOf(document.text, string.place.line);
-  const std::size_t start = string.place.column;  // behind the quote
+  const std::size_t start = string.place.column;  // after the quote
   if (start > line.size() || line.substr(start, at) != string.text.substr(0, at)) return string.place;
   return {string.place.line, static_cast<std::uint32_t>(start + at + 1)};
 }

@@ -19,7 +19,7 @@ using TBytes = std::span<const std::uint8_t>;
 
 struct TStructure {
   TBytes formatted;
-  TBytes strings;  ///< with the NUL of each string, without the one that ends the set
+  TBytes strings;  ///< with each string's NUL, without the one that ends the set
   std::size_t size;
 };
 
@@ -29,8 +29,8 @@ std::string At(std::size_t offset, const char* what) {
   return place.data() + std::string(what);
 }
 
-/// The offset behind the two NULs that end a string set beginning at `from`; empty where they are
-/// missing. A set without strings is two NULs.
+/// The offset after the two NULs that end the string set beginning at `from`; empty if they are missing. A set
+/// without strings is two NULs.
 std::optional<std::size_t> EndOfStrings(TBytes bytes, std::size_t from) {
   for (std::size_t i = from; i + kStringsEndSize <= bytes.size(); ++i) {
     if (bytes[i] == 0 && bytes[i + 1] == 0) return i + kStringsEndSize;
@@ -38,7 +38,7 @@ std::optional<std::size_t> EndOfStrings(TBytes bytes, std::size_t from) {
   return std::nullopt;
 }
 
-/// The structure that `rest` begins with; empty, and `defect` says why, if it is not whole.
+/// The structure that `rest` begins with; if it is not whole, empty, and `defect` says why.
 std::optional<TStructure> FirstStructure(TBytes rest, const char*& defect) {
   if (rest.size() < kHeaderSize) {
     defect = "a structure header needs 4 bytes, and the table ends before";
@@ -61,7 +61,7 @@ std::optional<TStructure> FirstStructure(TBytes rest, const char*& defect) {
   return TStructure{rest.first(length), rest.subspan(length, *end - 1 - length), *end};
 }
 
-/// String `number`, counted from 1; empty for 0 and past the last one.
+/// String `number`, from 1; empty for 0 and past the last one.
 std::string StringOf(const TStructure& structure, std::size_t number) {
   auto begin = structure.strings.begin();
   while (number > 0 && begin != structure.strings.end()) {

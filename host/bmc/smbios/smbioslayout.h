@@ -1,6 +1,6 @@
-// Offsets, sizes and types of the SMBIOS entry points and structures (DMTF DSP0134).
-// Numbers are little-endian. Every structure is a formatted area, which its length byte measures,
-// and behind it a set of NUL-terminated strings that ends with one more NUL.
+// Offsets, sizes and types of the SMBIOS entry points and structures (DMTF DSP0134). Numbers are little-endian. Every
+// structure is a formatted area, whose size its length byte gives, followed by a set of NUL-terminated strings that
+// ends with one more NUL.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ inline constexpr std::uint8_t kSystemInformation = 1;
 inline constexpr std::uint8_t kIpmiDevice = 38;
 inline constexpr std::uint8_t kEndOfTable = 127;
 
-// System information: the number, from 1, of the product name in the string set; 0 for none.
+// System information: the product name's number, from 1, in the string set; 0 for none.
 inline constexpr std::size_t kProductName = 5;
 
 // Entry points, 32-bit and 64-bit: the anchor text and the size of the structure table.

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kMaxTable = 16U << 20;
 constexpr std::size_t kMaxSmallFile = 64U << 10;
 
-/// The content, or an empty text with `status` saying why there is none.
+/// The content; if it cannot be read, an empty text, and `status` says why.
 std::string ReadOr(ISourceReader& reader, const std::string& path, std::size_t limit, ESmbiosStatus& status) {
   try {
     return reader.Read(path, limit);
@@ -36,7 +36,7 @@ TSmbiosFacts ParseWithEntryPoint(const std::string& entryPoint, const std::strin
   return ParseSmbiosTable(std::span(bytes).first(std::min(size, bytes.size())));
 }
 
-/// The kernel ends the name with a line feed of its own.
+/// The kernel appends a line feed to the name.
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
 }  // namespace
@@ -46,7 +46,7 @@ TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root) {
   TSystemSmbios smbios;
   smbios.status = ESmbiosStatus::kRead;
   const std::string table = ReadOr(reader, tables + "DMI", kMaxTable, smbios.status);
-  // A missing entry point takes nothing away: the kernel gives the table its true size.
+  // A missing entry point does no harm: the kernel gives the table its true size.
   ESmbiosStatus ignored = ESmbiosStatus::kRead;
   if (smbios.status == ESmbiosStatus::kRead) {
     smbios.facts = ParseWithEntryPoint(ReadOr(reader, tables + "smbios_entry_point", kMaxSmallFile, ignored), table);

@@ -1,4 +1,4 @@
-// The SMBIOS of the machine that the host runs on, as the Linux kernel shows it under /sys.
+// The SMBIOS of the machine that the host runs on, as the Linux kernel exposes it under /sys.
 #pragma once
 
 #include <string>
@@ -9,21 +9,21 @@
 
 namespace velhost {
 
-/// Absent, denied and malformed are different: a virtual machine may have no SMBIOS at all, and
-/// only root may read the table.
+/// Absent, denied and malformed are distinct: a virtual machine may have no SMBIOS at all, and only root may read the
+/// table.
 enum class ESmbiosStatus { kRead, kAbsent, kDenied, kMalformed };
 
 struct TSystemSmbios {
   ESmbiosStatus status = ESmbiosStatus::kAbsent;
-  /// Whatever could be read, see TSmbiosFacts. Where the table is denied the product name comes from
-  /// the file that everyone may read, and declaresIpmiDevice is false because nobody knows.
+  /// Whatever could be read, see TSmbiosFacts. If the table is denied, the product name comes from a file that
+  /// everyone may read, and declaresIpmiDevice is false because it is unknown.
   TSmbiosFacts facts;
   /// MachineTypeOf(facts.productName).
   std::string machineType;
 };
 
-/// Reads `root`/firmware/dmi/tables and, where that is denied, `root`/class/dmi/id/product_name.
-/// Throws nothing: what cannot be read is a status.
+/// Reads `root`/firmware/dmi/tables and, if that is denied, `root`/class/dmi/id/product_name. Does not throw: what
+/// cannot be read is a status.
 VELHOST_API TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root = "/sys");
 
 }  // namespace velhost
