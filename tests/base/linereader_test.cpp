@@ -7,7 +7,7 @@ namespace tests {
 
 namespace {
 
-/// Each line, with a "|" where it has its newline.
+/// The lines, with a "|" for each newline.
 std::vector<std::string> Lines(const std::string& text, std::size_t longest) {
   TLineReader reader(Stored(text), longest);
   std::vector<std::string> lines;

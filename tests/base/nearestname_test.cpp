@@ -45,7 +45,7 @@ TEST(NearestName, FindsNothingForNothingOrForALongText) {
   EXPECT_EQ(NearestName(std::string(1'000'000, 'd'), kNames), "");
 }
 
-// "kitten" against "sitten": six rows of six characters.
+// "kitten" against "sitten": six rows of six columns.
 TEST(NearestName, TakesAStepForEachTwoCharactersThatItCompares) {
   constexpr std::array<std::string_view, 2> kTwo = {"sitten", "mitten"};
   std::size_t steps = 100;

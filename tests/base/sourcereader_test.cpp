@@ -119,7 +119,7 @@ TEST_F(FileReader, AFolderIsNoInput) {
                   [this] { reader_.Read(folder_, 10); });
 }
 
-// Must not wait for a writer that never comes.
+// Must not wait for a writer, which never comes.
 TEST_F(FileReader, APipeIsNoInput) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   ExpectHostError(EFailure::kAbsent, "cannot read " + Path("pipe") + ": not a file",
@@ -184,11 +184,11 @@ TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
   action.sa_handler = [](int) { TStoppableReader::interrupted = 1; };
   struct sigaction before = {};
   sigaction(SIGALRM, &action, &before);
-  const itimerval soon = {{0, 20'000}, {0, 20'000}};  // again and again: the first may come before the wait
+  const itimerval soon = {{0, 20'000}, {0, 20'000}};  // repeating: the first may come before the wait begins
   setitimer(ITIMER_REAL, &soon, nullptr);
   TStoppableReader reader({Path("pipe")}, std::chrono::hours(1));
   ExpectHostError(EFailure::kStopped, "stopped", [&] { reader.Read(Path("pipe"), 4); });
-  // As does one that came before.
+  // A stop that came before the wait ends it too.
   ExpectHostError(EFailure::kStopped, "stopped", [&] { reader.Read(Path("pipe"), 4); });
   std::ofstream(Path("file")) << "text";
   ExpectHostError(EFailure::kStopped, "stopped", [&] { reader.Read(Path("file"), 4); });
@@ -202,7 +202,7 @@ TEST_F(FileReader, ADeviceIsNoInput) {
   ExpectHostError(EFailure::kAbsent, "cannot read /dev/zero: not a file", [this] { reader_.Read("/dev/zero", 10); });
 }
 
-// Root may read everything, so that this runs as another user in a process of its own.
+// Root may read everything, so this runs as another user, in a separate process.
 TEST_F(FileReader, AFileWithoutPermissionIsSaidToBeSo) {
   const std::string path = Write("secret", "x");
   ASSERT_EQ(chmod(path.c_str(), 0), 0);

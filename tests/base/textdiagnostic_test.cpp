@@ -34,7 +34,7 @@ TEST(TextDiagnostic, ATabShowsAsOneBlank) {
 }
 
 TEST(TextDiagnostic, ColumnsCountBytesWhileTheCaretCountsCharacters) {
-  // e with an accent is two bytes, the euro sign three: column 6 is the sixth byte, the third character.
+  // An accented e is two bytes, the euro sign three: column 6 is the sixth byte, but the third character.
   TTextDiagnostic diagnostic = At(3, 6, "\xC3\xA9\xE2\x82\xAC}");
   EXPECT_EQ(FormatDiagnostic(diagnostic),
             "a.mof:3:6: error: found \"}\", expected \";\"\n  \xC3\xA9\xE2\x82\xAC}\n    ^\n");
@@ -94,9 +94,9 @@ TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndWhereTheColumnIsThere) {
                                                     std::string(74, 'a') + "}\n  " + std::string(77, ' ') + "^\n");
 }
 
-// One byte, then characters of two bytes, the first of them at an odd byte (counted from 0). The window
-// of 78 bytes around column 101 are the bytes 62 to 139; without the two marks 65 to 136: 36
-// characters, of which 17 stand before the one that has byte 100, the column's, as its second.
+// One byte, then two-byte characters, the first at an odd offset (from 0). The 78-byte window around column 101
+// covers offsets 62 to 139; without the two marks, 65 to 136. These are 36 characters, 17 of them before the one
+// whose second byte is at column 101, offset 100.
 TEST(TextDiagnostic, ALongLineIsNotCutInsideACharacter) {
   std::string line = "x";
   std::string shown;
@@ -106,7 +106,7 @@ TEST(TextDiagnostic, ALongLineIsNotCutInsideACharacter) {
                                                     "...\n  " + std::string(3 + 18, ' ') + "^\n");
 }
 
-// With one byte more in front, the cut falls into characters and goes to their inner ends.
+// With one more byte in front, both cuts fall inside characters and move inwards.
 TEST(TextDiagnostic, ALongLineLeavesOutCharactersThatAreCut) {
   std::string line = "xy";
   std::string shown;
