@@ -1,4 +1,4 @@
-// The words for a service processor and what it does: servers, exchanges, answers.
+// The test language for service processors: servers, exchanges, answers.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@
 
 namespace tests {
 
-/// One exchange and what came of it.
+/// One exchange and its outcome.
 struct TIpmiOutcome {
   bool answered = false;
   wire::TCommandBuffer before;
@@ -42,7 +42,7 @@ inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCo
   return Send(processor, node, request, never);
 }
 
-/// The answer's completion code and data, with everything around them as every answer has it.
+/// Expects this completion code and data, and around them what every answer has.
 inline void ExpectAnswer(const TIpmiOutcome& outcome, int completionCode, const TBytes& data) {
   ASSERT_TRUE(outcome.answered);
   wire::TCommandBuffer expected = outcome.before;
@@ -62,7 +62,7 @@ inline void ExpectNoAnswer(const TIpmiOutcome& outcome) {
   EXPECT_EQ(outcome.length, kUntouched);
 }
 
-/// A dot command and what came of it; the caller's buffer is full of 0xEE before.
+/// A dot command and its outcome; the caller's buffer is filled with 0xEE beforehand.
 struct TDotOutcome {
   bool answered = false;
   TBytes buffer;
@@ -107,14 +107,14 @@ inline TServerFile ReadFrom(const std::string& path, ISourceReader& reader) {
 inline TStoredBytes Stored(const std::string& text) { return TBytes(text.begin(), text.end()); }
 inline TBytes AllOf(const TStoredBytes& bytes) { return bytes.Read(0, bytes.Size()); }
 
-/// A server from the text of its file, called "server.toml".
+/// A server from the text of its file, which is called "server.toml".
 inline TServerFile ServerFrom(const std::string& text) {
   TMemoryReader reader;
   reader.Add("server.toml", text);
   return ReadFrom("server.toml", reader);
 }
 
-/// The message of the THostError that `action` throws; its status has to be `status`.
+/// The message of the THostError that `action` throws, which must be of this kind.
 template <typename TAction>
 std::string MessageOf(TAction action, EFailure kind = EFailure::kMalformed) {
   try {

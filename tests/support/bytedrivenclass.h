@@ -1,4 +1,4 @@
-// Properties whose declarations come out of a run of bytes, for the fuzz targets. Header only, as they need it.
+// Properties whose declarations are derived from input bytes, for the fuzz targets. Header-only, as those require.
 #pragma once
 
 #include <string>
@@ -12,9 +12,9 @@
 
 namespace tests {
 
-/// Adds an array property whose shape is the input's: two bits for each of up to two `qualifiers` say whether it has
-/// its value (0 and 1), is a text that is no number (2), or is missing (3), and the upper half of the byte says of
-/// which type the property is: 0 is uint8, and every type has its turn.
+/// Adds an array property whose shape comes from the input. Two bits for each of up to two `qualifiers` decide
+/// whether it has its value (0 and 1), a text that is not a number (2), or is missing (3). The upper half of the byte
+/// selects the property's type: 0 is uint8, and every type can be selected.
 inline void AddShaped(TClassBuilder& to, const std::string& name, const TQualifiers& qualifiers, TByteStream& bytes) {
   unsigned int shape = bytes.Next();
   const auto type = static_cast<TType::ECIMType>(1 + ((shape >> 4U) + 1) % 15);
@@ -27,8 +27,8 @@ inline void AddShaped(TClassBuilder& to, const std::string& name, const TQualifi
   to.Property(type, name, true, chosen);
 }
 
-/// Collects, and hands each instance's properties to `check`. A qualifier that is missing ends the collection in an
-/// assertion, as it does in the product.
+/// Collects, and passes each instance's properties to `check`. As in the product, a missing qualifier ends the
+/// collection in an assertion.
 template <typename TCollector, typename TCheck>
 void CheckCollection(TCollector& collector, TCheck check) {
   std::vector<NKROVEL20::TPropertyMap> maps;

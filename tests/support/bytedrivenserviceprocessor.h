@@ -1,5 +1,5 @@
-// A service processor whose every answer comes out of a run of bytes, for the fuzz targets. Header
-// only: it is built without the tests.
+// A service processor whose answers are derived from input bytes, for the fuzz targets. Header-only: it is built
+// without the tests.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace tests {
 
-/// Bytes from the front; zeros behind the end.
+/// Consumes bytes from the front; zeros past the end.
 class TByteStream {
  public:
   TByteStream(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
@@ -33,9 +33,9 @@ class TByteStream {
   std::size_t place_ = 0;
 };
 
-/// Each exchange takes a control byte: 0 answers well, and its bits ask for a lost answer (1), a
-/// completion code (2), a lie in byte 5 (4) and a lie in the length (8). When the bytes are used up
-/// every exchange is lost, so that every collection ends.
+/// Each exchange consumes a control byte: 0 gives a correct answer; its bits select a lost answer (1), a completion
+/// code (2), a false byte 5 (4) and a false length (8). When the bytes are used up, every exchange is lost, so every
+/// collection ends.
 class TByteDrivenServiceProcessor : public velhost::IServiceProcessor {
  public:
   explicit TByteDrivenServiceProcessor(TByteStream& bytes) : bytes_(bytes) {}

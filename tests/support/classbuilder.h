@@ -3,7 +3,7 @@
 //   ns->AddClass(TClassBuilder("CHIP", "SUPER").Machines({"6203"}).MaxInstances(2).Register("R", 0x10, 8));
 //   ns->AddClass(TClassBuilder("ODD").With("MaxInstanceCount", TCIMValue("2")).Bytes("R", {{"Index", TCIMValue(5)}}));
 //
-// Header only, so that the fuzz targets can use it too.
+// Header-only, so that the fuzz targets can use it too.
 #pragma once
 
 #include <cstdint>
@@ -78,7 +78,7 @@ class TClassBuilder : public velhost::TClassDefinition {
   TClassBuilder& Bytes(const std::string& property, const TQualifiers& itsQualifiers = {}) {
     return Property(TType::kUint8, property, true, itsQualifiers);
   }
-  /// A register that is read by address, as the R8 classes declare it.
+  /// A register read by address, as the R8 classes declare it.
   TClassBuilder& Register(const std::string& property, std::uint32_t address, std::uint32_t maxLen) {
     return Bytes(property, {{"Offset", Number(TType::kUint32, address)}, {"MaxLen", Number(TType::kUint32, maxLen)}});
   }
@@ -91,7 +91,7 @@ class TClassBuilder : public velhost::TClassDefinition {
   TClassBuilder& Record(const std::string& property, std::uint16_t index) {
     return Bytes(property, {{"Index", Number(TType::kUint16, index)}, {"MaxLen", Number(TType::kUint32, 8)}});
   }
-  /// The four properties that every collected register instance carries beside its registers.
+  /// The four properties that every collected register instance has besides its registers.
   TClassBuilder& Identification() {
     return Text("InstanceID").Text("ElementName").Text("MachineType").Time("StatisticTime");
   }

@@ -1,4 +1,4 @@
-// The surroundings of a collector under test: the host with a double for each of its services.
+// The environment of a collector under test: a host with a double for each of its services.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ class TFakeEnvironment : public velhost::IHostEnvironment {
   int clockReadings = 0;
 };
 
-/// Installs the doubles and takes them away again. Instances that are committed to `ns` are kept.
+/// Installs the doubles and removes them again. Keeps instances that are committed to `ns`.
 class TCollectorTest : public ::testing::Test {
  protected:
   TCollectorTest();
@@ -56,12 +56,12 @@ class TCollectorTest : public ::testing::Test {
   std::vector<boost::shared_ptr<const velhost::TInstance>> committed;
 };
 
-/// Adds the three classes below which the collector looks for delegates.
+/// Adds the three base classes under which the collector looks for delegates.
 void AddJfrBases(velhost::TNamespace& schema, const std::string& superClass = {});
 
-/// The text of a property of an instance; "(not set)" where it is not set.
+/// The text of an instance's property; "(not set)" if it is not set.
 std::string TextOf(const velhost::TInstance& instance, const std::string& property);
-/// The text of a collected property; "(absent)" where it is absent.
+/// The text of a collected property; "(absent)" if it is absent.
 std::string TextOf(const NKROVEL20::TPropertyMap& map, const std::string& property);
 /// The numbers in an array value.
 std::vector<unsigned int> NumbersOf(const NKROVEL20::TCIMValue& value);

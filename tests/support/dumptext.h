@@ -1,4 +1,4 @@
-// The decimal dumps of the trace, written for the tests on their own.
+// The trace's decimal dumps, implemented independently for the tests.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace tests {
 
-/// The first `count` bytes, those that are missing as zeros, eight a line between two newlines.
+/// The first `count` bytes, padded with zeros, eight per line, between two newlines.
 inline std::string DumpText(const TBytes& bytes, std::size_t count) {
   std::string text;
   for (std::size_t i = 0; i < count; ++i) {

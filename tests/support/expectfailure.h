@@ -1,4 +1,4 @@
-// How the tests state that an operation is refused, and why.
+// Expectations that an operation is refused, and why.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 
 namespace tests {
 
-/// Expects the operation to throw a TVELException with this status and detail.
+/// Expects the operation to throw a TVELException with this status and this detail.
 template <typename TOperation>
 void ExpectFailure(std::int32_t status, const std::string& detail, const TOperation& operation) {
   velhost::ClearFailureDetail();
@@ -43,7 +43,7 @@ void ExpectHostError(velhost::EFailure kind, const std::string& message, const T
   }
 }
 
-/// What the null pointer should have pointed to, by the assertion in which the operation ends.
+/// The type that a null pointer should have pointed to, taken from the assertion that ends the operation.
 template <typename TOperation>
 std::string PointeeOfAssertion(const TOperation& operation) {
   try {
@@ -57,8 +57,8 @@ std::string PointeeOfAssertion(const TOperation& operation) {
   return {};
 }
 
-/// Kind and message of the THostError of an output that the operation throws, as "not created: MESSAGE"; "none" if it
-/// throws none.
+/// Kind and message of the THostError about an output that the operation throws, as "not created: MESSAGE"; "none" if
+/// it does not throw.
 template <typename TOperation>
 std::string FailureOf(const TOperation& operation) {
   try {

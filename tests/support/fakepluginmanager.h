@@ -1,4 +1,4 @@
-// A plugin manager without a host. Header only, as it also serves where the host's libraries are replaced.
+// A plugin manager without a host. Header-only, since it is also used where the host's libraries are replaced.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -11,7 +11,7 @@
 
 namespace tests {
 
-/// A plugin manager that keeps who registered and hands out one provider, or none.
+/// Records who registered, and hands out one provider or none.
 class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
  public:
   NKROVEL20::TPluginManagerProvider* RegisterPlugin(NKROVEL20::IPluginCallbacks* plugin) override {
@@ -26,7 +26,7 @@ class TFakePluginManager : public NKROVEL20::TPluginManagerNamespace {
 
   std::vector<NKROVEL20::IPluginCallbacks*> registered;
   NKROVEL20::TPluginManagerProvider provider{"plugin under test", nullptr};
-  std::function<void()> onRegister;  ///< called before the registration is taken
+  std::function<void()> onRegister;  ///< called before the registration is recorded
   bool refuses = false;              ///< answers with a null handle
 };
 

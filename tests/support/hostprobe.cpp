@@ -29,7 +29,7 @@ class TProbedInstance : public ICIMInstance {
   std::string className_;
 };
 
-/// What classes and properties have in common: a name and qualifiers.
+/// What classes and properties share: a name and qualifiers.
 template <typename TInterface>
 class TProbedDeclaration : public TInterface {
  public:

@@ -1,4 +1,4 @@
-// The namespace of all tests, in which what they test is visible by its own name.
+// The namespace of all tests, in which the names under test are visible.
 #pragma once
 
 namespace NKROVEL20 {}

@@ -1,4 +1,4 @@
-// What the output forms have to say of an instance, for the fuzz target that reads them back. Header only, as it is
+// What the output forms must say about an instance, for the fuzz target that reads them back. Header-only: it is
 // built without the tests.
 #pragma once
 
@@ -19,7 +19,7 @@ namespace tests {
 
 using TType = NKROVEL20::TCIMValue::TCIMType;
 
-/// The text with U+FFFD for what is no UTF-8, and, where it is for XML, for the characters that XML cannot hold.
+/// The text with U+FFFD in place of invalid UTF-8 and, for XML, of characters that XML cannot represent.
 inline std::string Repaired(const std::string& text, bool isXml) {
   std::string repaired;
   for (std::size_t at = 0; at < text.size();) {
@@ -32,7 +32,7 @@ inline std::string Repaired(const std::string& text, bool isXml) {
   return repaired;
 }
 
-/// A value as JSON has it: null, a number, a text or an array of these. Numbers that are none are null.
+/// A value as JSON: null, a number, a string or an array of these. Numbers that JSON cannot represent are null.
 inline nlohmann::json JsonOf(const NKROVEL20::TCIMValue& value) {
   if (value.IsNull()) return nullptr;
   if (value.IsArray()) {
@@ -65,7 +65,7 @@ inline nlohmann::json PropertiesOf(const velhost::TInstance& instance) {
   return properties;
 }
 
-/// Requires that the PROPERTY.ARRAY has the elements and no others.
+/// Requires that the PROPERTY.ARRAY has exactly these elements.
 inline void RequireXmlArray(const pugi::xml_node& property, const nlohmann::json& elements) {
   pugi::xml_node element = property.child("VALUE.ARRAY").first_child();
   for (const nlohmann::json& each : elements) {
@@ -76,8 +76,8 @@ inline void RequireXmlArray(const pugi::xml_node& property, const nlohmann::json
   Require(!element);
 }
 
-/// Requires that the instance in the XML text has all `properties` with the values that they have there. Of a real that
-/// is no number its name is required, of a reference that is an object path that it is written as one.
+/// Requires that the instance in the XML text has all `properties` with these values. For a real that is not a
+/// number, the name is enough; for a reference that is an object path, it is enough that it is written as one.
 inline void RequireXml(const std::string& text, const nlohmann::json& properties) {
   pugi::xml_document document;
   Require(document.load_string(text.c_str(), pugi::parse_default | pugi::parse_ws_pcdata_single));

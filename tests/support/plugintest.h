@@ -1,4 +1,4 @@
-// Fixtures with the collector's own code: its parts alone, or the whole plugin object.
+// Fixtures with the collector's real code: its parts alone, or the whole plugin object.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@
 
 namespace tests {
 
-/// For parts that are used without a plugin object: the log facade is registered.
+/// For parts used without a plugin object; registers the log facade.
 class TPartTest : public TCollectorTest {
  protected:
   TPartTest() { torgareg::LogMessage::setPluginInstance(&pluginManager->provider); }
@@ -38,7 +38,7 @@ class TProbedPartTest : public TPartTest {
   THostProbe probe;
 };
 
-/// With a registered plugin object, which is gone with the test.
+/// With a registered plugin object, which is destroyed with the test.
 class TPluginTest : public TCollectorTest {
  protected:
   TPluginTest() : plugin(*new torgareg::TTORGARegPluginCallbacks()) {}

@@ -24,7 +24,7 @@ inline std::ostream& operator<<(std::ostream& out, const TLine& line) {
   return out << line.severity << " \"" << line.message << "\"";
 }
 
-// The five severities by their numbers in the contract.
+// The five severities, by their numbers in the contract.
 inline TLine Error(const std::string& message) { return {0, message}; }
 inline TLine Warning(const std::string& message) { return {1, message}; }
 inline TLine Status(const std::string& message) { return {2, message}; }
@@ -40,13 +40,13 @@ class TRecordingLogger : public NKROVEL20::ILogger {
 
   const std::vector<TLine>& Lines() const { return lines_; }
   void Clear() { lines_.clear(); }
-  /// This message, from its nth time on (counted from 1), is answered with what `failure` throws.
+  /// Makes this message throw what `failure` throws, from its nth time on (from 1).
   void FailAt(const std::string& message, std::function<void()> failure, int nth = 1) {
     failing_ = message;
     failure_ = std::move(failure);
     countdown_ = nth;
   }
-  /// The same with a std::runtime_error.
+  /// As above, with a std::runtime_error.
   void FailAt(const std::string& message) {
     FailAt(message, [] { throw std::runtime_error("the logger failed"); });
   }
@@ -54,7 +54,7 @@ class TRecordingLogger : public NKROVEL20::ILogger {
   std::size_t Count(const TLine& line) const {
     return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
   }
-  /// The lines whose message begins so, in order.
+  /// The lines whose message begins with `prefix`, in order.
   std::vector<TLine> StartingWith(const std::string& prefix) const {
     std::vector<TLine> found;
     for (const TLine& line : lines_) {

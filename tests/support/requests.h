@@ -1,4 +1,4 @@
-// The requests of a collector as their command buffers hold them. Each byte is written out.
+// A collector's requests as command buffers. Each byte is written out.
 #pragma once
 
 #include <algorithm>
@@ -23,7 +23,7 @@ inline TBytes LittleEndian(std::uint32_t number) {
   return {ByteOf(number, 0), ByteOf(number, 1), ByteOf(number, 2), ByteOf(number, 3)};
 }
 
-/// The buffer of a request: network function, command, and its data, whose number goes to byte 5.
+/// The command buffer of a request: network function, command, and data, whose size goes into byte 5.
 inline wire::TCommandBuffer Request(std::uint8_t networkFunction, std::uint8_t command, const TBytes& data) {
   wire::TCommandBuffer buffer;
   buffer[0] = 0x01;
@@ -40,7 +40,7 @@ inline wire::TCommandBuffer ReadRegister(std::uint8_t chip, std::uint32_t addres
 }
 inline wire::TCommandBuffer ReadTimestamp() { return Request(0x3A, 0x6F, {}); }
 
-/// A request whose last field is a name, of which 25 bytes are sent. Byte 5 counts all of it.
+/// A request whose last field is a name, of which only 25 bytes are sent; byte 5 counts all of it.
 inline wire::TCommandBuffer NamedRequest(const TBytes& before, const std::string& name) {
   const std::string field = name.substr(0, 25);
   wire::TCommandBuffer buffer = Request(0x2E, 0x90, before + TBytes(field.begin(), field.end()));

@@ -1,4 +1,4 @@
-// What a fuzz target knows to be true of every input.
+// Assertions that must hold for every input of a fuzz target.
 #pragma once
 
 #include <cstdlib>
@@ -7,7 +7,7 @@
 
 namespace tests {
 
-/// Aborts where the condition does not hold: the fuzzer keeps the input.
+/// Aborts if the condition does not hold, so that the fuzzer keeps the input.
 inline void Require(bool condition) {
   if (!condition) std::abort();
 }

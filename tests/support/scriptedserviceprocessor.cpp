@@ -43,7 +43,7 @@ TDiscovery TScriptedServiceProcessor::Discover() {
   return {nodes, driverPresent, takesDotCommands, communicates, serviceProcessors};
 }
 
-/// The script's next step; empty when it is another one.
+/// The script's next step; empty if the request is not that step.
 std::optional<TStep> TScriptedServiceProcessor::Advance(bool isDot, int target, const TBytes& request) {
   if (script_.empty()) {
     ADD_FAILURE() << "sent beyond the script: " << Text(isDot, target, request);

@@ -1,4 +1,4 @@
-// A service processor that follows a script and fails the test where the collector does not.
+// A service processor that follows a script, and fails the test if the collector does not.
 #pragma once
 
 #include <deque>
@@ -11,8 +11,8 @@
 
 namespace tests {
 
-/// Every exchange must be the script's next step, byte for byte; any other is reported and gets no
-/// answer. Steps that are left at the end fail the test in the destructor.
+/// Every exchange must be the script's next step, byte for byte; any other is reported and gets no answer. Steps left
+/// over at the end fail the test in the destructor.
 class TScriptedServiceProcessor : public velhost::IServiceProcessor {
  public:
   TScriptedServiceProcessor() = default;
@@ -20,7 +20,7 @@ class TScriptedServiceProcessor : public velhost::IServiceProcessor {
   TScriptedServiceProcessor(const TScriptedServiceProcessor&) = delete;
   TScriptedServiceProcessor& operator=(const TScriptedServiceProcessor&) = delete;
 
-  // What discovery finds: one BMC node with a driver and no dot commands, unless set otherwise.
+  // Discovery finds one BMC node with a driver and no dot commands, unless set otherwise.
   int nodes = 1;
   bool driverPresent = true;
   bool takesDotCommands = false;
@@ -31,7 +31,7 @@ class TScriptedServiceProcessor : public velhost::IServiceProcessor {
   void Expect(const TStep& step) { script_.push_back(step); }
   void Expect(const std::vector<TStep>& steps) { script_.insert(script_.end(), steps.begin(), steps.end()); }
   std::size_t StepsLeft() const { return script_.size(); }
-  /// How often it was asked what discovery finds: once by each such operation of SPLibrary.
+  /// How many times discovery was requested: once by each such operation of SPLibrary.
   int Discoveries() const { return discoveries_; }
 
   velhost::TDiscovery Discover() override;

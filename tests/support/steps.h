@@ -1,4 +1,4 @@
-// The script of a service processor: what is to be sent, and what is answered.
+// The script of a service processor: what it expects to be sent, and what it answers.
 //
 //   Register(0, 0xABCDEF).Answers(RegisterData({1, 2, 3, 4, 5, 6, 7, 8}))
 //   Open("cpu_err").Fails(0xCB)
@@ -22,17 +22,17 @@ namespace tests {
 struct TStep {
   bool isDot = false;
   int target = 0;  ///< BMC node, or service processor of a dot command; from 0
-  /// IPMI: the command buffer up to its last byte that is not zero (bytes after it must be zero).
-  /// Dot: the command byte, the identifier and the parameters.
+  /// IPMI: the command buffer up to its last non-zero byte (the bytes after it must be zero). Dot: the command byte,
+  /// the identifier and the parameters.
   TBytes request;
 
   bool answered = true;
   std::uint8_t completionCode = wire::TCommandBuffer::kSuccess;
   TBytes data;                             ///< from byte 9 on, or the block
-  std::optional<std::uint8_t> dataLength;  ///< a lie in byte 5
-  std::optional<int> length;               ///< a lie in the length handed back, also beside a lost answer
+  std::optional<std::uint8_t> dataLength;  ///< a false byte 5
+  std::optional<int> length;               ///< a false returned length, even if the answer is lost
   std::chrono::milliseconds delay{0};
-  std::function<void()> action;  ///< done before the answer
+  std::function<void()> action;  ///< run before the answer
 
   TStep Answers(TBytes bytes) const;
   TStep Returns(TBytes bytes) const { return Answers(std::move(bytes)); }
@@ -47,14 +47,14 @@ struct TStep {
   TStep Doing(std::function<void()> what) const;
 };
 
-/// Any IPMI request, by its command buffer's bytes.
+/// Any IPMI request, given by its command buffer's bytes.
 TStep Ipmi(int node, TBytes request);
 TStep Ipmi(int node, const wire::TCommandBuffer& request);
-/// The dot command of the register block, for a buffer of 4096 bytes.
+/// The dot command for the register block, with a buffer of 4096 bytes.
 TStep DotBlock(int serviceProcessor);
 TStep Dot(int serviceProcessor, TBytes request);
 
-// The requests of the collector, to node 0 unless said otherwise.
+// The collector's requests, to node 0 unless stated otherwise.
 TStep Register(std::uint8_t chip, std::uint32_t address);
 TStep Timestamp();
 TStep Open(const std::string& name, int node = 0);
@@ -68,7 +68,7 @@ TStep Close(const TBytes& handle, int node = 0);
 TBytes RegisterData(const TBytes& value, const TBytes& header = {0, 0, 0, 0, 0, 0});
 /// The manufacturer id, then the bytes: a handle or a size.
 TBytes OemData(const TBytes& bytes);
-/// A size as its four bytes, least significant first, behind the manufacturer id.
+/// The manufacturer id, then a size as four bytes, least significant first.
 TBytes SizeData(std::int32_t size);
 /// The manufacturer id, the count and the bytes read.
 TBytes ReadData(const TBytes& bytes);

@@ -1,4 +1,4 @@
-// A reader whose run is stopped after so many looks at it.
+// A reader whose run is stopped at a chosen check.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +22,7 @@ class TStoppingReader : public velhost::TMemoryReader {
   std::size_t last_ = 0;
 };
 
-/// How often `read` looks whether it is stopped; each of these looks has ended it with TEndedReading.
+/// The number of times that `read` checks for a stop; 0 unless a stop at each of them ends it with TEndedReading.
 template <typename TRead>
 std::size_t LooksThatEnd(TStoppingReader& reader, TRead&& read) {
   reader.StopAt(0);

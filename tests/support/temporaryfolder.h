@@ -42,7 +42,7 @@ class TTemporaryFolder {
     std::ifstream file(path_ / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   }
-  /// The names in it, in order, with a blank between.
+  /// The names in it, in order, separated by blanks.
   std::string Names() const {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(path_)) names.insert(entry.path().filename());

@@ -1,5 +1,5 @@
-// What the collector's classes hold, which no accessor gives: they befriend the peer. It also states where each field
-// is, because the objects cross into a host that was built apart.
+// Access to private state of the collector's classes, which befriend the peer. It also states the offset of each
+// field, because the objects are used by a separately built host.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@
 
 namespace torgareg {
 
-/// The fields of an object, each by reference: what is read is what the object holds then.
+/// The fields of an object, each by reference, so that reading one gives its current value.
 struct TTestPeer {
   struct TPlugin {
     NKROVEL20::TPluginManagerProvider*& pluginProvider;
@@ -66,8 +66,8 @@ struct TTestPeer {
   }
   static LogMessage*& Singleton() { return LogMessage::pLogMsg; }
 
-  /// Never called: within a member the compiler holds the fields against their places. `offsetof` in a class with
-  /// virtual operations is the compiler's to allow; both of ours do.
+  /// Never called: the compiler checks the offsets because this is a member. Support for `offsetof` in a class with
+  /// virtual functions is up to the compiler; both of ours have it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
   static constexpr void CheckPlaces() {

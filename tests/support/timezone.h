@@ -1,4 +1,4 @@
-// The process's time zone for the length of a scope.
+// Sets the process's time zone for a scope.
 #pragma once
 
 #include <cstdlib>
@@ -10,7 +10,7 @@
 
 namespace tests {
 
-/// Sets TZ and puts the old one back.
+/// Sets TZ and restores the previous value.
 class TTimeZone {
  public:
   explicit TTimeZone(const char* zone) {

@@ -1,4 +1,4 @@
-// A whole trace held against a file.
+// Comparison of a whole trace with a file.
 #pragma once
 
 #include <string>
@@ -9,12 +9,11 @@
 
 namespace tests {
 
-/// The lines as text: each with its severity's number and a colon in front, the further lines of a
-/// message with a blank and a colon, and every line closed by "$", so that blanks at its end and
-/// newlines at the end of a message show.
+/// The lines as text. Each line starts with its severity's number and a colon; further lines of a message start with
+/// a blank and a colon. Every line ends with "$", which makes trailing blanks and newlines visible.
 std::string TraceText(const std::vector<TLine>& lines);
 
-/// Reports the first line in which the trace differs from the file.
+/// Fails at the first line in which the trace differs from the file.
 void ExpectTrace(const std::vector<TLine>& lines, const std::string& path);
 
 }  // namespace tests

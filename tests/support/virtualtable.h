@@ -1,4 +1,4 @@
-// A class's virtual table as the Itanium C++ ABI lays it out: one code address a slot.
+// A class's virtual table as the Itanium C++ ABI lays it out: one code address per slot.
 #pragma once
 
 #include <cstdint>
@@ -9,10 +9,10 @@
 
 namespace tests {
 
-/// The entry of a slot as a plain function that takes the object as its first argument: EntryAt<int(void*)>. It is not
-/// made a pointer to a member: an entry may be a thunk at an odd address, which such a pointer would take for a place
-/// in the table. The one place that takes an object's bytes for what the ABI says they are: a host that was built
-/// apart calls by the number of the slot, which no expression of the language does.
+/// The entry of a slot as a plain function that takes the object as its first argument: EntryAt<int(void*)>. It is
+/// not a pointer to member: an entry may be a thunk at an odd address, which such a pointer would take for an offset
+/// into the table. This is the only place that interprets an object's bytes by the ABI: a separately built host calls
+/// by slot number, which the language cannot express.
 template <typename TFunction, typename TObject>
 TFunction* EntryAt(const TObject& object, std::size_t slot) {
   static_assert(std::is_polymorphic_v<TObject>);
@@ -21,7 +21,8 @@ TFunction* EntryAt(const TObject& object, std::size_t slot) {
   return reinterpret_cast<TFunction*>(table[slot]);
 }
 
-/// The slot of a virtual operation. A pointer to it is 1 + its offset in the table, and an adjustment of `this`.
+/// The slot of a virtual function. A pointer to a virtual member function is 1 + its offset in the table, and an
+/// adjustment of `this`.
 template <typename TMember>
 std::size_t SlotOf(TMember member) {
   std::uintptr_t function = 0;
@@ -30,7 +31,8 @@ std::size_t SlotOf(TMember member) {
   return (function - 1) / sizeof(void*);
 }
 
-/// How many slots the table of `TBase` has: where the first virtual operation of a class below it goes.
+/// The number of slots in the table of `TBase`, which is the slot of the first virtual function that a derived class
+/// adds.
 template <typename TBase>
 std::size_t SlotsOf() {
   class TBelow : public TBase {
