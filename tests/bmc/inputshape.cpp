@@ -1,5 +1,5 @@
-// Reads an input of one of the shapes, for tests that count its instructions and its memory: inputshape NAME SIZE.
-// Without arguments the names.
+// Reads an input of a given shape, for tests that count instructions and memory: inputshape NAME SIZE. Without
+// arguments, prints the names.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,7 +24,7 @@ std::string Repeated(const std::string& text, int count) {
   return whole;
 }
 
-/// `text` with its "@" as the number.
+/// `text` with each "@" replaced by the number.
 std::string Numbered(const std::string& text, int count) {
   std::string whole;
   for (int i = 0; i < count; ++i) {

@@ -1,5 +1,5 @@
-// What everything behind IServiceProcessor has to do alike. Include it in one source file of a test
-// program and instantiate it with a factory:
+// The behaviour that every IServiceProcessor must have. Include this in one source file of a test program and
+// instantiate it with a factory:
 //
 //   INSTANTIATE_TEST_SUITE_P(Lan, ServiceProcessorSuite, testing::Values(TNamedFactory{"Lan", MakeLan}));
 #pragma once
@@ -15,13 +15,13 @@ namespace tests {
 
 struct TNamedFactory {
   std::string name;
-  /// A service processor that answers as the server file says; owns all that stands behind it.
+  /// Makes a service processor that answers as the server file says, and owns everything it uses.
   std::function<std::unique_ptr<IServiceProcessor>(const TServerFile&)> make;
 };
 
 inline void PrintTo(const TNamedFactory& factory, std::ostream* out) { *out << factory.name; }
 
-/// Two BMC nodes; the second has a register at the first one's address and nothing else.
+/// Two BMC nodes; the second only has a register, at the same address as the first node's.
 class ServiceProcessorSuite : public testing::TestWithParam<TNamedFactory> {
  protected:
   ServiceProcessorSuite() : processor_(GetParam().make(ServerFrom(kServer))) {}

@@ -10,7 +10,7 @@ namespace tests {
 
 namespace {
 
-/// The simulator behind supervision and a fault injector whose one fault strikes never.
+/// The simulator wrapped in supervision and a fault injector whose only fault never applies.
 class TDecoratedSimulator : public TSupervisedServiceProcessor {
  public:
   explicit TDecoratedSimulator(const TServerFile& server)
@@ -27,7 +27,7 @@ class TDecoratedSimulator : public TSupervisedServiceProcessor {
   TFaultInjector faults_;
 };
 
-/// The simulator behind a recorder.
+/// The simulator wrapped in a recorder.
 class TRecordedSimulator : public TSupervisedServiceProcessor {
  public:
   explicit TRecordedSimulator(const TServerFile& server)
@@ -44,7 +44,7 @@ class TRecordedSimulator : public TSupervisedServiceProcessor {
   TRecorder recorder_;
 };
 
-/// Answers each exchange by replaying the recording of all up to it.
+/// Answers each exchange by replaying the recording of all exchanges up to it.
 class TReplayed : public IServiceProcessor {
  public:
   explicit TReplayed(const TServerFile& server) : recorded_(server) {}

@@ -1,4 +1,4 @@
-// A storage area whose size is over a limit is lost to the collector, and to nobody else.
+// A storage area over a limit is lost to the collector, but to nobody else.
 #include "host/bmc/sizelimit.h"
 
 #include "host/bmc/sim/simulatedserver.h"

@@ -1,4 +1,4 @@
-// The library's operations as a plugin calls them, over a simulated server or a double.
+// The library's operations as a plugin calls them, with a simulated server or a double.
 #include "nkrovel20/splibrary.h"
 
 #include "host/bmc/serviceprocessorhub.h"
@@ -29,7 +29,7 @@ timestamp = "9a bc de f0"
 
   static SPLibrary& Node(int node) { return *SPLibrary::GetSplibraryInstance(node); }
 
-  /// Sends the timestamp read in a buffer of `capacity` bytes that is followed by guard bytes.
+  /// Sends the timestamp request in a buffer of `capacity` bytes, followed by guard bytes.
   bool AskTimestamp(int capacity, int node = 0) {
     const wire::TCommandBuffer request = ReadTimestamp();
     buffer_ = TBytes(request.Data(), request.Data() + wire::TCommandBuffer::kSize);
@@ -154,7 +154,7 @@ TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
   ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
-/// Gives one answer to every request, also when the run is stopped.
+/// Gives the same answer to every request, even when the run is stopped.
 class TAnswering : public IServiceProcessor {
  public:
   TDiscovery Discover() override { return {}; }

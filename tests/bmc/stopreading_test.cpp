@@ -1,4 +1,4 @@
-// A stopped run does not finish what it reads.
+// A stopped run does not finish reading its inputs.
 #include <gtest/gtest.h>
 
 #include "host/bmc/record/replay.h"

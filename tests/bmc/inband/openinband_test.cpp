@@ -26,7 +26,7 @@ class InbandOpening : public testing::Test {
   std::unique_ptr<IServiceProcessor> Open(const std::vector<std::string>& devices, const TSystemSmbios& smbios) {
     return OpenInband(devices, smbios, driver_);
   }
-  /// The node's descriptor as the driver sees it.
+  /// The node's descriptor in the driver.
   int DescriptorOf(IServiceProcessor& processor, int node) {
     Send(processor, node, ReadTimestamp());
     return driver_->Sent().back().descriptor;

@@ -1,4 +1,4 @@
-// An IPMI driver that follows a script: what the next request must be, and what comes of it.
+// An IPMI driver that follows a script: what each request must be, and its outcome.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -42,13 +42,13 @@ class TScriptedDriver : public IIpmiDriver {
     refused_[device] = error;
     return *this;
   }
-  /// The answer to the request sent as number `request`, from 1.
+  /// Adds the answer to the `request`th request sent, from 1.
   TScriptedDriver& Answer(long request, const TBytes& data) { return Message(IPMI_RESPONSE_RECV_TYPE, request, data); }
   TScriptedDriver& Message(int type, long number, const TBytes& data) {
     messages_.push_back({type, number, data});
     return *this;
   }
-  /// Called instead of the next waiting; its result is what poll gives.
+  /// Called instead of the next wait; poll returns its result.
   void OnPoll(std::function<int(std::span<pollfd>)> action) { onPoll_ = std::move(action); }
   void RefuseSending(int error) { sendError_ = error; }
   void FailNextReceive(int error) { receiveError_ = error; }

@@ -29,7 +29,7 @@ class LanLink : public testing::Test {
     if (!link_) link_ = std::make_unique<TLanLink>(TScriptedModule::Module(), options_, [this] { return now_; });
     return *link_;
   }
-  /// An opened link: one opening to find the way, one for use.
+  /// Opens the link: one opening to find the way, one for use.
   void Opened() {
     module_.Open().Open();
     Link().Open();

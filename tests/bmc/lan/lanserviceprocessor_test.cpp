@@ -137,7 +137,7 @@ TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
   processor.reset();
   release.set_value();
   over.get_future().wait();
-  // The thread left behind closes the session when it is done with it.
+  // The abandoned thread closes the session when it has finished with it.
   while (module_.ClosedSessions() != 4) std::this_thread::yield();
 }
 
@@ -211,7 +211,7 @@ TEST(LanInterrupter, CallThatLastsTooLongIsInterrupted) {
   }
 }
 
-// Shorter than the time after which the library sends a request again.
+// Shorter than the time after which the library retransmits a request.
 TEST(LanLinkTimes, WaitForAnAnswerEndsBeforeARequestIsSentAgain) {
   EXPECT_LE(kLanAnswerTime + milliseconds(2'000), kLanSessionTime);
 }
@@ -230,7 +230,7 @@ TEST(LanInterrupter, LeavesAThreadAloneThatMakesNoCall) {
   stop.RequestStop();
   TLanInterrupter interrupter(stop, kLong);
   { const TLanInterrupter::TScope scope(interrupter); }
-  sched_yield();  // takes a signal that was sent inside the scope
+  sched_yield();  // delivers a signal that was sent inside the scope
   EXPECT_EQ(poll(nullptr, 0, 50), 0);
 }
 

@@ -1,4 +1,4 @@
-// The LAN transport against ipmi_sim with the project's module, on the loopback.
+// The LAN transport against ipmi_sim with the project's module, over the loopback interface.
 #include <gmock/gmock.h>
 
 #include "host/bmc/lan/lanserviceprocessor.h"
@@ -30,7 +30,7 @@ TLanOptions OptionsFor(int port) {
   return options;
 }
 
-/// One simulator for each node, and a session to each.
+/// One simulator per node, and a session to each.
 class TLanBench : public IServiceProcessor {
  public:
   explicit TLanBench(const TServerFile& server) {
@@ -54,7 +54,7 @@ class TLanBench : public IServiceProcessor {
 
 bool HasIpmiSim() { return std::system("command -v ipmi_sim >/dev/null 2>&1") == 0; }
 
-/// Nothing to instantiate without ipmi_sim; LanSimulator below says so.
+/// Empty without ipmi_sim; LanSimulator below reports that.
 std::vector<TNamedFactory> Factories() {
   if (!HasIpmiSim()) return {};
   return {{"Lan", [](const TServerFile& server) { return std::make_unique<TLanBench>(server); }}};
@@ -138,7 +138,7 @@ TEST_F(LanSimulator, GivingWayToAnotherCipherSuiteIsWarnedOf) {
 
 TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {
   Serve();
-  // ipmi_sim keeps these commands for administrators.
+  // ipmi_sim reserves these commands for administrators.
   for (const auto level : {ELanPrivilege::kUser, ELanPrivilege::kOperator}) {
     options_.privilege = level;
     ExpectAnswer(Send(*Open(), 0, ReadTimestamp()), 0xD4, {});
@@ -163,7 +163,7 @@ TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {
 }
 
 TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
-  // A request that is sent again counts twice, and would use the second fault up.
+  // A retransmitted request would count twice and use up the second fault.
   Serve(
       "[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
       "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
@@ -177,7 +177,8 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
   Serve();
   const auto processor = Open();
   for (int i = 0; i < 2000 && !HasFailure(); ++i) {
-    // Pattern of address 00 hh ll, chip 0: value byte k is the address's byte k % 3 and 17 * k.
+    // The made-up value at address 00 hh ll, chip 0: byte k is the exclusive or of 17 * k and the address's byte k %
+    // 3.
     const int high = i >> 8;
     const int low = i & 0xFF;
     const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };

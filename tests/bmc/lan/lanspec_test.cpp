@@ -159,7 +159,7 @@ TEST_F(LanPasswordSource, HasAtMostTwentyBytes) {
               "the password in f is longer than the 20 bytes of IPMI 2.0");
 }
 
-// As text for C it would end there, and a shorter password would be sent.
+// A C string would end there, and a shorter password would be sent.
 TEST_F(LanPasswordSource, HasNoNul) {
   reader_.Add("f", std::string("pw\0x\n", 5));
   ExpectError("f", std::nullopt, EFailure::kMalformed, "f: the password in its first line has a NUL character");
@@ -193,7 +193,7 @@ TEST(Secret, ProcessCannotBeReadWhileItHoldsOne) {
   EXPECT_EQ(prctl(PR_GET_DUMPABLE), 1);
 }
 
-// What free() itself overwrites is the first few bytes; the text follows them.
+// free() itself overwrites only the first few bytes; the text follows them.
 TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
   tests::TMemorySearch search;
   std::string text = std::string(40, '-') + tests::THiddenText::Decoded();
@@ -226,12 +226,12 @@ class PasswordFile : public testing::Test {
   std::string path_ = (std::filesystem::temp_directory_path() / "velhost-password-XXXXXX").string();
 };
 
-// Behind other text, since free() itself overwrites the first few bytes.
+// After other text, since free() itself overwrites the first few bytes.
 std::string LongPasswordFile() { return "short\n" + std::string(200, '-') + tests::THiddenText::Decoded(); }
 
 TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   std::string text = LongPasswordFile();
-  // Not by a stream, whose buffer would keep it.
+  // Not with a stream, whose buffer would keep a copy.
   const int file = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
   EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   close(file);
@@ -249,7 +249,7 @@ TEST_F(PasswordFile, NothingIsLeftOfAPipeThatComesInTwoPieces) {
   std::thread writer([out = ends[1], &text] {
     EXPECT_EQ(write(out, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     Wipe(text);
-    // The second piece once the first is read.
+    // Writes the second piece once the first has been read.
     for (int unread = 1; unread > 0 && ioctl(out, FIONREAD, &unread) == 0;) std::this_thread::yield();
     const std::string rest(1000, '-');
     EXPECT_EQ(write(out, rest.data(), rest.size()), 1000);

@@ -1,5 +1,5 @@
-// What others on the network can do to a session, and a BMC whose answers do not fit: the LAN module
-// and its library against a stand-in for a BMC.
+// What others on the network can do to a session, and a BMC whose answers do not match: the LAN module and its
+// library against a fake BMC.
 #include <gmock/gmock.h>
 
 #include "host/bmc/lan/lanserviceprocessor.h"
@@ -39,8 +39,8 @@ class LanStrangers : public testing::TestWithParam<int> {
 INSTANTIATE_TEST_SUITE_P(Lan, LanStrangers, testing::ValuesIn(LoopbackFamilies()),
                          [](const auto& family) { return family.param == AF_INET6 ? "IPv6" : "IPv4"; });
 
-// What the stranger sends is in the client's queue before the answer. An empty datagram counts as a
-// time-out with the library, which then sends the request again.
+// The stranger's datagram is in the client's queue before the answer. The library takes an empty datagram for a
+// time-out, and then retransmits the request.
 TEST_P(LanStrangers, DatagramsOfOthersDoNotMakeItSendAgain) {
   const TLoopbackSocket stranger(GetParam());
   bmc_.onCommand = [&stranger](int client) {
@@ -79,7 +79,7 @@ TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndSaid) {
 
 TEST_P(LanStrangers, SuiteWithoutAnyProtectionIsWarnedOf) {
   const auto processor = Open();
-  EXPECT_EQ(bmc_.Proofs(), 2);  // one opening to find out how, one for use
+  EXPECT_EQ(bmc_.Proofs(), 2);  // one opening to find the way, one for use
   EXPECT_THAT(notices_,
               ElementsAre(std::pair(ELanNotice::kWarning,
                                     Name() + ": cipher suite 0 checks no password and protects nothing: anybody on the "

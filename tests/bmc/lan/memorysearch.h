@@ -1,4 +1,4 @@
-// Looks for a text in what this process has allocated, as somebody who reads its memory would.
+// Searches this process's memory for a text, as someone who reads its memory would.
 #pragma once
 
 #include <fcntl.h>
@@ -15,12 +15,12 @@
 
 namespace tests {
 
-/// A text that is kept coded, so that looking for it does not find it here.
+/// A text that is stored encoded, so that the search does not find it here.
 class THiddenText {
  public:
   static constexpr std::uint8_t kCode = 0xA5;
 
-  /// "Qz7!vK2#mW9?pL4%", each character xor A5.
+  /// "Qz7!vK2#mW9?pL4%", each character XOR 0xA5.
   static constexpr std::array<std::uint8_t, 16> kCoded = {0xF4, 0xDF, 0x92, 0x84, 0xD3, 0xEE, 0x97, 0x86,
                                                           0xC8, 0xF2, 0x9C, 0x9A, 0xD5, 0xE9, 0x91, 0x80};
 
@@ -37,7 +37,7 @@ class THiddenText {
   }
 };
 
-/// Reads through the kernel, so that no tool minds which bytes are read.
+/// Reads through the kernel, so that no sanitizer objects to the bytes read.
 class TMemorySearch {
  public:
   TMemorySearch() : memory_(open("/proc/self/mem", O_RDONLY | O_CLOEXEC)) {}
@@ -45,7 +45,7 @@ class TMemorySearch {
   TMemorySearch(const TMemorySearch&) = delete;
   TMemorySearch& operator=(const TMemorySearch&) = delete;
 
-  /// "ADDRESS MAPPING" of each place of THiddenText.
+  /// "ADDRESS MAPPING" for each occurrence of THiddenText.
   std::vector<std::string> Places() {
     std::vector<std::string> found;
     std::ifstream maps("/proc/self/maps");
@@ -54,8 +54,7 @@ class TMemorySearch {
       unsigned long end = 0;
       std::array<char, 5> rights{};
       if (std::sscanf(line.c_str(), "%lx-%lx %4s", &start, &end, rights.data()) != 3 || rights[1] != 'w') continue;
-      // Not on stacks, where the dynamic linker and others save what happens to be in registers; nor in a
-      // sanitizer's tables.
+      // Skip stacks, where the dynamic linker and others save whatever is in registers, and a sanitizer's tables.
       const bool stack = line.ends_with("[stack]");
       if (!stack && end - start <= kLargest) Search(start, end, line, found);
     }
@@ -72,7 +71,7 @@ class TMemorySearch {
           pread(memory_, piece_.data(), std::min<unsigned long>(piece_.size(), end - at), static_cast<off_t>(at));
       for (std::size_t i = 0; got > 0 && i + kLength <= static_cast<std::size_t>(got); ++i) {
         const auto* const place = piece_.data() + i;
-        // Not what this search has read itself.
+        // Skip what this search has read itself.
         const auto address = at + i;
         const auto own = reinterpret_cast<unsigned long>(piece_.data());
         if (THiddenText::IsAt(place) && (address < own || address >= own + piece_.size())) {

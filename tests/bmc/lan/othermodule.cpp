@@ -1,4 +1,4 @@
-// A library with the LAN module's entry, but of another version.
+// A library with the LAN module's entry point, but of another version.
 #include "host/bmc/lan/lanmodule.h"
 
 extern "C" __attribute__((visibility("default"))) const VelLanModule* VelhostLanModule(void);

@@ -1,4 +1,4 @@
-// A LAN module that follows a script: how each opening and each exchange must look, and its outcome.
+// A LAN module that follows a script: what each opening and each exchange must look like, and its outcome.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
-/// The interface has no context, hence one script at a time; steps not consumed fail the test.
+/// One script at a time, because the interface has no context. Steps left over fail the test.
 class TScriptedModule {
  public:
   struct TOpening {
@@ -50,7 +50,7 @@ class TScriptedModule {
     openings_.push_back({status, message, nullptr});
     return *this;
   }
-  /// Runs `action` on the thread of the opening, which then succeeds.
+  /// Runs `action` on the thread that opens the session; the opening then succeeds.
   TScriptedModule& OpenAfter(std::function<void()> action) {
     openings_.push_back({VEL_LAN_OK, "", std::move(action)});
     return *this;
@@ -63,7 +63,7 @@ class TScriptedModule {
     exchanges_.push_back({status, {}, nullptr});
     return *this;
   }
-  /// Runs `action` on the thread of the exchange, then ends with the status and no data.
+  /// Runs `action` on the thread that makes the exchange, which then ends with the status and no data.
   TScriptedModule& Do(std::function<void()> action, int status = VEL_LAN_OK) {
     exchanges_.push_back({status, {0x00}, std::move(action)});
     return *this;

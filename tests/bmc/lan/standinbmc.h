@@ -1,5 +1,5 @@
-// A BMC on the loopback that can misbehave, which ipmi_sim cannot. It knows no password: with cipher
-// suite 0, where nothing is signed or encrypted, it can serve; with others it is an impostor.
+// A fake BMC on the loopback interface that can misbehave, which ipmi_sim cannot. It knows no password: with cipher
+// suite 0, where nothing is signed or encrypted, it can serve; with any other it is an impostor.
 #pragma once
 
 #include <arpa/inet.h>
@@ -24,7 +24,7 @@ namespace tests {
 
 using TBytes = std::vector<std::uint8_t>;
 
-/// IPv4, and IPv6 where this machine has it.
+/// IPv4, and IPv6 if this machine has it.
 inline std::vector<int> LoopbackFamilies() {
   const int descriptor = socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   sockaddr_in6 address{};
@@ -35,7 +35,7 @@ inline std::vector<int> LoopbackFamilies() {
   return six ? std::vector<int>{AF_INET, AF_INET6} : std::vector<int>{AF_INET};
 }
 
-/// Sends from 127.0.0.1 or ::1, from a port of its own, to whatever port it is told.
+/// Sends from its own port on 127.0.0.1 or ::1 to any port there.
 class TLoopbackSocket {
  public:
   explicit TLoopbackSocket(int family) : family_(family), descriptor_(socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
@@ -57,7 +57,7 @@ class TLoopbackSocket {
     const sockaddr_storage address = Address(port);
     sendto(descriptor_, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&address), Size());
   }
-  /// The next datagram, and the port that it came from.
+  /// Returns the next datagram and sets the port that it came from.
   TBytes Receive(int& port) const {
     TBytes bytes(2048);
     sockaddr_storage address{};
@@ -70,7 +70,7 @@ class TLoopbackSocket {
   }
 
  private:
-  // Both families have the port at the same place.
+  // The port is at the same offset in both families.
   static int PortOf(const sockaddr_storage& address) {
     return ntohs(reinterpret_cast<const sockaddr_in*>(&address)->sin_port);
   }
@@ -92,7 +92,7 @@ class TLoopbackSocket {
   int descriptor_;
 };
 
-/// Answers on a thread of its own from construction to destruction.
+/// Answers on its own thread from construction to destruction.
 class TStandInBmc {
  public:
   explicit TStandInBmc(int family = AF_INET) : socket_(family), quit_(eventfd(0, EFD_CLOEXEC)) {
@@ -107,21 +107,21 @@ class TStandInBmc {
   TStandInBmc(const TStandInBmc&) = delete;
   TStandInBmc& operator=(const TStandInBmc&) = delete;
 
-  /// Called when a command of network function 0x3A has come, with the port that it came from. Says whether it is
-  /// answered. To be set before Start.
+  /// Called for each command of network function 0x3A, with the port that it came from; returns whether to answer it.
+  /// Must be set before Start.
   std::function<bool(int clientPort)> onCommand = [](int) { return true; };
-  /// What is added to the command in the answer.
+  /// Added to the command byte in the answer.
   std::uint8_t commandError = 0;
 
   void Start() {
     thread_ = std::thread([this] { Serve(); });
   }
   int Port() const { return port_; }
-  /// How often the client has sent its own proof of the password.
+  /// How many times the client has sent its own proof of the password.
   int Proofs() const { return proofs_; }
-  /// An empty datagram from the BMC's address and port, as if somebody forged them. From within onCommand.
+  /// Sends an empty datagram from the BMC's address and port, as if they were forged. To be called from onCommand.
   void SendEmpty(int port) const { socket_.Send({}, port); }
-  /// How many commands of network function 0x3A have come.
+  /// The number of commands of network function 0x3A received.
   int Requests() const { return requests_; }
 
  private:
@@ -135,13 +135,13 @@ class TStandInBmc {
     }
   }
 
-  // Byte 4 is the format: 0 for the question that comes before any session, 6 for RMCP+.
+  // Byte 4 is the format: 0 for the query before any session, 6 for RMCP+.
   TBytes Answer(const TBytes& request, int client) {
     if (request[4] == 0) return Capabilities(request);
     const TBytes payload(request.begin() + 16, request.end());
     switch (request[5] & 0x3FU) {
       case 0x10: return OpenSession(payload);
-      // Number, GUID, and the code that proves the password: anything, where the suite has one.
+      // Number, GUID, and the code that proves the password: arbitrary bytes, if the suite has such a code.
       case 0x12: return Wrapped(0x13, 0, 0, Joined({payload[0], 0, 0, 0}, console_, TBytes(signed_ ? 52 : 32, 0x5A)));
       case 0x14: ++proofs_; return Wrapped(0x15, 0, 0, Joined({payload[0], 0, 0, 0}, console_));
       default: break;
@@ -159,7 +159,7 @@ class TStandInBmc {
     return answer;
   }
 
-  // Takes the three algorithms that were asked for.
+  // Accepts the three requested algorithms.
   TBytes OpenSession(const TBytes& payload) {
     console_.assign(payload.begin() + 4, payload.begin() + 8);
     sequence_ = 0;
@@ -177,11 +177,11 @@ class TStandInBmc {
       if (!onCommand(client)) return {};
       return Message(message, commandError, {0x00, 0x12, 0x34, 0x56, 0x78});
     }
-    // Set Session Privilege Level is answered with the level; everything else with nothing.
+    // Set Session Privilege Level is answered with the level, everything else with no data.
     return Message(message, 0, message[5] == 0x3B ? TBytes{0x00, message[6]} : TBytes{0x00});
   }
 
-  /// The answer to a message, with both its checksums.
+  /// The answer to a message, with both of its checksums.
   static TBytes Message(const TBytes& request, std::uint8_t commandError, const TBytes& data) {
     TBytes answer = {request[3], static_cast<std::uint8_t>(request[1] + 4)};
     answer.push_back(Checksum(answer, 0));
@@ -196,7 +196,7 @@ class TStandInBmc {
     return static_cast<std::uint8_t>(-sum);
   }
 
-  /// RMCP and session header before the payload. In a session the console's number for it is the header's.
+  /// Puts RMCP and session headers before the payload. Within a session, the header has the console's session ID.
   TBytes Wrapped(std::uint8_t type, bool inSession, std::uint8_t sequence, const TBytes& payload) const {
     return Joined({0x06, 0, 0xFF, 0x07, 0x06, type}, inSession ? console_ : TBytes(4), TBytes{sequence, 0, 0, 0},
                   TBytes{static_cast<std::uint8_t>(payload.size()), 0}, payload);

@@ -25,7 +25,7 @@ struct TBadLine {
 
 void PrintTo(const TBadLine& bad, std::ostream* out) { *out << bad.line; }
 
-/// The diagnostic at a column of a line of less than 160 bytes.
+/// The expected diagnostic at a column of a line of fewer than 160 bytes.
 constexpr std::size_t kWholeLine = 78;  // bytes
 
 std::string Expected(int number, const TBadLine& bad) {
@@ -35,7 +35,7 @@ std::string Expected(int number, const TBadLine& bad) {
   return first + bad.line + "\n  " + std::string(static_cast<std::size_t>(bad.column - 1), ' ') + "^\n";
 }
 
-// Of a long line only a part is shown, which is a matter of the diagnostics' own tests.
+// Only part of a long line is shown; the diagnostics' own tests cover that.
 std::string Shown(const std::string& refusal, const TBadLine& bad) {
   return bad.line.size() > kWholeLine ? refusal.substr(0, refusal.find('\n') + 3) : refusal;
 }

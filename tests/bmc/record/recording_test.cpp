@@ -20,7 +20,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-/// Keeps what is written; fails from a chosen write on.
+/// Collects what is written; fails from a chosen write on.
 class TMemorySink : public ITextSink {
  public:
   void Write(std::string_view part) override {
@@ -44,7 +44,7 @@ const std::string kHeaderLine =
 
 class Recording : public testing::Test {
  protected:
-  /// What was written behind the first line.
+  /// What was written after the first line.
   std::string Lines() const { return sink_.text.substr(kHeaderLine.size()); }
 
   TMemorySink sink_;
@@ -178,7 +178,7 @@ TEST_F(RecordingFile, LosesNoMoreThanTheEndOfItsLastLineWhenItsProcessIsKilled) 
   while (!(std::filesystem::file_size(Path(), none) > 100'000) || none) usleep(100);
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
-  // The kernel may end a write between two pages: what is behind the last whole line is its beginning.
+  // The kernel may end a write at a page boundary: what follows the last whole line is the beginning of the next.
   std::ifstream file(Path(), std::ios::binary);
   std::string content((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   EXPECT_GT(content.size(), 100'000U);

@@ -37,7 +37,7 @@ on = "close"
 lost = true
 )";
 
-/// All that a session yields, as text: each answer's bytes and length.
+/// The outcome of a session, as text: each answer's bytes and length.
 class TSession {
  public:
   explicit TSession(IServiceProcessor& processor) : processor_(processor) {}
@@ -50,7 +50,7 @@ class TSession {
     const TDotOutcome outcome = SendDot(processor_, serviceProcessor, BlockCommand(4096), 6);
     results.push_back({outcome.answered, outcome.buffer, outcome.length});
   }
-  /// Nine exchanges, of which the sixth, seventh and ninth have no answer.
+  /// Makes nine exchanges, of which the sixth, seventh and ninth have no answer.
   void Run() {
     Ask(ReadTimestamp());
     Ask(ReadRegister(0, 1));
@@ -75,7 +75,7 @@ class TSession {
   IServiceProcessor& processor_;
 };
 
-/// Records the session over the simulator, with a reading of the clock at its end.
+/// Records the session against the simulator, with a clock reading at its end.
 std::pair<std::string, std::vector<TSession::TResult>> RecordSession() {
   const TServerFile server = ServerFrom(kServer);
   TSimulatedServer simulator(server);
@@ -158,7 +158,7 @@ TEST(Replay, IsReadOrRefusedWhateverByteIsChanged) {
   EXPECT_GT(refused, 1000);
 }
 
-// A recording by hand.
+// Recordings written by hand.
 
 const std::string kHead =
     R"({"format":"velhost-recording","version":1,"machine_type":"","started":"2026-01-31T12:00:00Z",)"

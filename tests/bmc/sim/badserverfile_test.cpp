@@ -348,7 +348,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "server.toml:1:7: error: found \"\xC3\xA4\", expected a key or the closing \"}\"\n"
                    "  a = { \xC3\xA4 = 1 }\n"
                    "        ^\n"},
-        // Two of the 34 bytes before the key continue a character.
+        // Two of the 34 bytes before the key are continuation bytes.
         TBadServer{kType + "ipmi = { driver_present = \"\xC3\xA4\xC3\xA4\", x = 1 }",
                    "server.toml:2:35: error: found the unknown key \"x\", expected one of driver_present\n"
                    "  ipmi = { driver_present = \"\xC3\xA4\xC3\xA4\", x = 1 }\n"

@@ -1,4 +1,4 @@
-// Data files are taken from the server file's folder and below, whatever links there are.
+// Data files come from the server file's folder or below it, whatever links exist.
 #include "host/bmc/sim/datafolder.h"
 
 #include <sys/stat.h>

@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// A server of two nodes and two service processors whose exchanges the inner side counts.
+/// A server of two nodes and two service processors that counts the exchanges reaching it.
 class TCountingServer : public TSimulatedServer {
  public:
   using TSimulatedServer::TSimulatedServer;

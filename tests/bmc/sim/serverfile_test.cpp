@@ -162,7 +162,7 @@ TEST(ServerFile, FindsDataFilesFromItsOwnFolder) {
   EXPECT_EQ(AllOf(server.dot->blocks[1]), TBytes{'2'});
 }
 
-/// Each text cut at each byte is either read or refused at a place within it.
+/// The text, cut at any byte, is either read or refused at a place within it.
 TEST(ServerFile, IsReadOrRefusedWithAPlaceWhereverItIsCut) {
   for (std::size_t size = 0; size <= kWhole.size(); ++size) {
     try {
@@ -216,7 +216,7 @@ TEST(ServerFileInput, LimitsTheSizeOfABlock) {
             "               ^\n");
 }
 
-/// As deep as the limits let a text nest, and deeper; the point is that nothing overflows the stack.
+/// Nesting up to the limits and beyond: nothing may overflow the stack.
 TEST(ServerFileInput, MayNestDeeply) {
   std::string dotted = "a";
   for (int i = 0; i < 15; ++i) dotted += ".a";

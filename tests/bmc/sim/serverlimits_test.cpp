@@ -1,4 +1,4 @@
-// What a server file may hold at most: each limit is reached, and gone beyond by one.
+// The limits of a server file: each is reached, and exceeded by one.
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 
@@ -68,7 +68,7 @@ TEST(ServerLimit, IsOfTheFile) {
             "server.toml is larger than the limit of 67108864 bytes");
 }
 
-/// Data files of any size, without content.
+/// A folder of data files of any size, without content.
 class TSizesOnly : public IDataFolder {
  public:
   TStoredBytes Open(const std::string& name, std::size_t /*limit*/) override {
@@ -103,7 +103,7 @@ TEST(ServerLimit, IsOfDataFiles) {
               testing::StartsWith("server.toml:1543:13: error: found more than 512 data files, expected no more\n"));
 }
 
-// Two files of 256 MiB less the text's size are 512 MiB with the text.
+// Two files of 256 MiB, less the text's size, make 512 MiB together with the text.
 TEST(ServerLimit, IsOfTheFileWithItsDataFiles) {
   const std::string text = Areas(2, "\n");
   ASSERT_EQ(text.size() % 2, 0U);

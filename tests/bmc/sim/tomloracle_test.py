@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""The host reads a TOML text as Python's reader does: the same values, or both refuse it.
+"""Compares the host's TOML reader with Python's: both read the same values, or both refuse the text.
 
     tomloracle_test.py TOMLSHAPE [COUNT [SEED]]
 
-COUNT texts are made from the pieces below by chance, with a seed, beside all pairs of them.
+Besides all pairs of the statements below, COUNT random texts are made from the pieces, with a seed.
 """
 
 import datetime
@@ -44,7 +44,7 @@ STATEMENTS = [
 
 
 def expected(text):
-    """None where Python refuses it."""
+    """The text's shape by Python's reader; None if it refuses the text."""
     try:
         return shape(tomllib.loads(text))
     except (tomllib.TOMLDecodeError, ValueError, OverflowError):

@@ -1,5 +1,5 @@
-// Reads documents from standard input, each after a line with its number of bytes, and prints a line
-// of JSON for each: what it holds, or the message. tomloracle_test.py compares that.
+// Reads documents from standard input, each preceded by a line with its size in bytes, and prints a line of JSON for
+// each: its content, or the message. tomloracle_test.py checks the output.
 #include <iostream>
 #include <string>
 

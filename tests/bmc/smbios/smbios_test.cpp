@@ -64,7 +64,7 @@ TEST(SmbiosTable, EveryTruncationKeepsWhatIsWhole) {
   // 38: 5 + 2 bytes; 1: 6 + 11 + 2 bytes.
   ASSERT_EQ(table.Bytes().size(), 26U);
   for (std::size_t size = 0; size < 26; ++size) {
-    // A copy of its own size, so that a sanitizer sees a read past its end.
+    // An exact-size copy, so that a sanitizer detects reads past the end.
     const std::vector<std::uint8_t> cut(table.Bytes().begin(), table.Bytes().begin() + static_cast<long>(size));
     const TSmbiosFacts facts = ParseSmbiosTable(cut);
     EXPECT_EQ(facts.declaresIpmiDevice, size >= 7) << size;

@@ -1,4 +1,4 @@
-// A structure table made by hand: "table.Add(1, {...formatted area behind the header...}, {"name"})".
+// A structure table built by hand: "table.Add(1, {...formatted area after the header...}, {"name"})".
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ namespace tests {
 
 class TSmbiosTable {
  public:
-  /// A structure with the true length byte and handle 0; `strings` become its string set.
+  /// Adds a structure with the correct length byte and handle 0; `strings` become its string set.
   TSmbiosTable& Add(std::uint8_t type, const std::vector<std::uint8_t>& fields,
                     const std::vector<std::string>& strings = {}) {
     bytes_.push_back(type);

@@ -13,7 +13,7 @@ const std::string kTable = "/r/firmware/dmi/tables/DMI";
 const std::string kEntryPoint = "/r/firmware/dmi/tables/smbios_entry_point";
 const std::string kProductNameFile = "/r/class/dmi/id/product_name";
 
-/// Serves texts, but refuses the table itself, as the kernel does for everyone but root.
+/// Serves texts, but denies the table itself, as the kernel does to everyone but root.
 class TDeniedTable : public TMemoryReader {
  public:
   std::string Read(const std::string& path, std::size_t limit) override {
