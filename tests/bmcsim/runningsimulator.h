@@ -1,4 +1,4 @@
-// `velhost simulate` in a process of its own, for as long as the object lives.
+// `velhost simulate` in a separate process, for as long as the object lives.
 #pragma once
 
 #include <arpa/inet.h>
@@ -20,13 +20,13 @@
 
 namespace tests {
 
-/// For the beginning of a test: there is nothing to run against without the package openipmi.
+/// Goes at the beginning of a test: without the package openipmi there is nothing to run against.
 #define SKIP_WITHOUT_IPMI_SIM()                                            \
   if (std::system("command -v ipmi_sim >/dev/null 2>&1") != 0) {           \
     GTEST_SKIP() << "ipmi_sim (Debian package openipmi) is not installed"; \
   }
 
-/// A folder for one test's files, removed with the object.
+/// A folder for one test's files, removed along with the object.
 class TTestFolder {
  public:
   TTestFolder() : path_((std::filesystem::temp_directory_path() / "velhost-test-XXXXXX").string()) {
@@ -49,7 +49,7 @@ class TTestFolder {
   std::string path_;
 };
 
-/// A socket of `type` on a port of 127.0.0.1; port 0 for any that is free.
+/// A socket of `type` bound to a port of 127.0.0.1; port 0 means any free one.
 class TBoundPort {
  public:
   explicit TBoundPort(int type, int port = 0) : descriptor_(socket(AF_INET, type | SOCK_CLOEXEC, 0)) {
@@ -82,7 +82,7 @@ inline bool IsFree(int port, int type = SOCK_DGRAM) { return TBoundPort(type, po
 
 class TRunningSimulator {
  public:
-  /// Waits until it has printed its lines, or has ended.
+  /// Starts it and waits until it has printed its lines or ended.
   explicit TRunningSimulator(const std::string& serverText, int node = 0,
                              std::optional<int> serialPort = std::nullopt) {
     arguments_.file = folder_.Write("server.toml", serverText);
@@ -101,10 +101,10 @@ class TRunningSimulator {
   int Port() const { return arguments_.port; }
   const std::string& File() const { return arguments_.file; }
   const std::string& Printed() const { return printed_; }
-  /// Where it has its own files.
+  /// Whether the folder for its own files is empty.
   bool LeftNoFiles() const { return std::filesystem::is_empty(folder_.Path() + "/tmp"); }
 
-  /// Sends the signal and returns the exit status, or minus the signal that ended it.
+  /// Sends the signal; returns the exit status, or minus the signal that ended it.
   int End(int signal) {
     kill(process_, signal);
     int status = 0;

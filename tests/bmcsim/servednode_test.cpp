@@ -22,7 +22,7 @@ data = "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16 17 
 timestamp = "9a bc de f0"
 )";
 
-constexpr std::size_t kRoom = 36;  // of ipmi_sim's answers
+constexpr std::size_t kRoom = 36;  // the capacity of ipmi_sim's answers
 
 TBytes Answer(TServedNode& node, int networkFunction, int command, const TBytes& data, std::size_t capacity = kRoom) {
   return node.Answer(static_cast<std::uint8_t>(networkFunction), 0, static_cast<std::uint8_t>(command), data, capacity);

@@ -1,5 +1,5 @@
-// A server as the text of a server file, for whoever reads it in another process. Nodes with their
-// registers and storage areas, and nothing else.
+// A server as the text of a server file, to be read by another process: nodes with their registers and storage areas,
+// and nothing else.
 #pragma once
 
 #include <sstream>

@@ -26,7 +26,7 @@ name = "cpu_err"
 data = "0a ff 00"
 )";
 
-/// What a command prints.
+/// The output of a command.
 std::string OutputOf(const std::string& command) {
   std::string output;
   FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
@@ -158,7 +158,7 @@ TEST_F(Simulate, MissingIpmiSimNamesItsPackage) {
   setenv("PATH", before.c_str(), 1);
 }
 
-/// Puts a script called ipmi_sim into a folder, and that folder alone on PATH.
+/// Puts a script called ipmi_sim into a folder, and makes that folder the only one on PATH.
 class SimulateWithScript : public Simulate {
  protected:
   ~SimulateWithScript() override { setenv("PATH", before_.c_str(), 1); }
@@ -173,7 +173,7 @@ class SimulateWithScript : public Simulate {
 TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
   setenv("VELHOST_IPMI_PASSWORD", "s3cret", 1);
   const int foreign = dup(STDERR_FILENO);  // not closed by execve
-  // The shell itself adds PWD, and sometimes _ and SHLVL; of the descriptors ls has the folder's own.
+  // The shell itself adds PWD, and sometimes _ and SHLVL; one of the descriptors is ls's own, for the folder.
   Script("ipmi_sim", "env | grep -vE '^(PWD|SHLVL|_|OLDPWD)=' | sort; ls /proc/self/fd | tr '\\n' ' '; exit 7\n");
   ExpectError(arguments_, EFailure::kUnreachable,
               "ipmi_sim ended instead of starting (with status 7): LC_ALL=C\n"
@@ -234,7 +234,7 @@ TEST_F(Simulate, BadServerFileIsReportedWithItsPlace) {
   }
 }
 
-// Else whoever reads the pipe would wait as long as the folder lasts.
+// Otherwise the pipe's reader would wait for as long as the folder exists.
 TEST(PrivateFolder, KeeperHoldsNoDescriptorOfItsParent) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
