@@ -7,7 +7,7 @@
 namespace velhost {
 namespace {
 
-TEST(CimDateTime, PointsInTimeAndIntervalsAreOnes) {
+TEST(CimDateTime, AcceptsPointsInTimeAndIntervals) {
   for (const char* text : {"20241231235958.000000+000", "00000101000000.999999-720", "99999999235959.999999:000",
                            "20260131******.******+060", "20260131123456.123***+000", "**************.******:000"}) {
     EXPECT_EQ(CimDateTimeProblem(text), "");
@@ -35,7 +35,7 @@ TEST(CimDateTime, SaysWhichFieldIsOutOfRange) {
   EXPECT_EQ(CimDateTimeProblem("00000001000000.000000:001"), "found '001' behind ':', expected '000'");
 }
 
-TEST(CimDateTime, SaysThatAsterisksBeginWithAField) {
+TEST(CimDateTime, RequiresAsterisksToBeginWithAField) {
   for (const std::string text : {"2*241231235958.000000+000", "20241231******.000000+000", "0000**********.******:000",
                                  "****1231235958.000000+000"}) {
     EXPECT_EQ(CimDateTimeProblem(text), "found '" + text +

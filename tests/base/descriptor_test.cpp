@@ -59,7 +59,7 @@ TEST(TDescriptor, ReportsWhatCloseReturns) {
   EXPECT_EQ(pipe.writing.Close(), -1);
 }
 
-TEST(WriteAll, WaitsForADescriptorThatDoesNotBlock) {
+TEST(WriteAll, WaitsForANonBlockingDescriptor) {
   TPipe pipe(O_NONBLOCK);
   const std::string text(1'000'000, 'x');  // a pipe takes 65,536
   std::string got;

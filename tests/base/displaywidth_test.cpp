@@ -13,7 +13,7 @@ TEST(ColumnsOf, OneForLettersAndForTheMarksOfControlCharacters) {
   }
 }
 
-TEST(ColumnsOf, NoneForWhatIsShownWithTheCharacterBefore) {
+TEST(ColumnsOf, ZeroForWhatCombinesWithThePreviousCharacter) {
   EXPECT_EQ(ColumnsOf(U'\u0301'), 0) << "combining acute accent";
   EXPECT_EQ(ColumnsOf(U'\u200b'), 0) << "zero width space";
   EXPECT_EQ(ColumnsOf(U'\u200d'), 0) << "zero width joiner";
@@ -27,7 +27,7 @@ TEST(ColumnsOf, TwoForWideCharacters) {
   EXPECT_EQ(ColumnsOf(U'\U0001f680'), 2) << "a rocket";
 }
 
-TEST(ColumnsOf, AddsUpThoseOfAText) {
+TEST(ColumnsOf, AddsUpTheCharactersOfAText) {
   EXPECT_EQ(ColumnsOf(""), 0U);
   EXPECT_EQ(ColumnsOf("plain text"), 10U);
   EXPECT_EQ(ColumnsOf("e\u0301\u6f22x"), 4U);
@@ -42,7 +42,7 @@ TEST(StartThatFits, EndsBeforeTheCharacterThatIsTooWide) {
   EXPECT_EQ(StartThatFits("ae\u0301b", 2), "ae\u0301");
 }
 
-TEST(StartThatFits, HasOneCharacterAtLeast) {
+TEST(StartThatFits, HasAtLeastOneCharacter) {
   EXPECT_EQ(StartThatFits("\u6f22b", 1), "\u6f22");
   EXPECT_EQ(StartThatFits("", 1), "");
 }

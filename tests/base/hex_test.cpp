@@ -21,7 +21,7 @@ TEST(Hex, WritesTheDigitsOfAByte) {
   EXPECT_EQ(UpperHexPair(0xFE), "FE");
 }
 
-TEST(Hex, TakesTheDigitsOfEitherCaseAndNothingBesideThem) {
+TEST(Hex, AcceptsDigitsOfEitherCaseAndNothingElse) {
   const std::string digits = "0123456789abcdefABCDEF";
   const std::vector<int> values = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 10, 11, 12, 13, 14, 15};
   for (std::size_t i = 0; i < digits.size(); ++i) EXPECT_EQ(HexDigitValue(digits[i]), values[i]);

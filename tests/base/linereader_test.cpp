@@ -17,7 +17,7 @@ std::vector<std::string> Lines(const std::string& text, std::size_t longest) {
 
 using TLines = std::vector<std::string>;
 
-TEST(LineReader, GivesLinesAndWhatHasNoEnd) {
+TEST(LineReader, GivesLinesAndAnUnfinishedLastOne) {
   EXPECT_EQ(Lines("", 5), TLines{});
   EXPECT_EQ(Lines("a\n\nbc\n", 5), (TLines{"a|", "|", "bc|"}));
   EXPECT_EQ(Lines("a\nbc", 5), (TLines{"a|", "bc"}));
@@ -29,7 +29,7 @@ TEST(LineReader, GivesOneByteMoreOfALineThatIsTooLong) {
   EXPECT_EQ(Lines("1234567", 5).front(), "123456|");
 }
 
-TEST(LineReader, GoesOverTheEndsOfPieces) {
+TEST(LineReader, ReadsLinesAcrossPieces) {
   const std::string line(65530, 'x');
   EXPECT_EQ(Lines(line + "\n" + line + "\n123", 70000), (TLines{line + "|", line + "|", "123"}));
 }

@@ -31,7 +31,7 @@ TEST(NearestName, ComparesLettersWithoutCase) {
   EXPECT_EQ(NearestName("Dot", kNames), "dot");
 }
 
-TEST(NearestName, FindsTheOneNameThatGoesOn) {
+TEST(NearestName, FindsTheOnlyNameThatContinues) {
   constexpr std::array<std::string_view, 3> kLong = {"machine_type", "delta_one_and_more", "delta_two_and_more"};
   EXPECT_EQ(NearestName("mach", kLong), "machine_type");
   EXPECT_EQ(NearestName("DELTA_T", kLong), "delta_two_and_more");
@@ -46,14 +46,14 @@ TEST(NearestName, FindsNothingForNothingOrForALongText) {
 }
 
 // "kitten" against "sitten": six rows of six columns.
-TEST(NearestName, TakesAStepForEachTwoCharactersThatItCompares) {
+TEST(NearestName, TakesAStepForEachComparison) {
   constexpr std::array<std::string_view, 2> kTwo = {"sitten", "mitten"};
   std::size_t steps = 100;
   EXPECT_EQ(NearestName("kitten", kTwo, steps), "sitten");
   EXPECT_EQ(steps, 100U - 36 - 12) << "the second cannot be nearer, which two rows show";
 }
 
-TEST(NearestName, LooksAtNoCandidateForWhichThereAreNoSteps) {
+TEST(NearestName, SkipsCandidatesThatExceedTheSteps) {
   constexpr std::array<std::string_view, 2> kTwo = {"xxxxxx", "mitten"};
   std::size_t steps = 36 + 24;
   EXPECT_EQ(NearestName("kitten", kTwo, steps), "mitten");
@@ -61,7 +61,7 @@ TEST(NearestName, LooksAtNoCandidateForWhichThereAreNoSteps) {
   EXPECT_EQ(NearestName("kitten", kTwo, steps), "");
 }
 
-TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
+TEST(NearestName, TakesBoundedTimeAmongManySimilarNames) {
   const std::string name = std::string(84, 'a') + std::string(44, 'b');
   const std::string other = std::string(84, 'a') + std::string(44, 'c');
   const std::vector<std::string_view> many(20'000, other);
@@ -70,7 +70,7 @@ TEST(NearestName, EndsInTimeAmongManyNamesThatAreAllAlike) {
   EXPECT_LT(steps, 128U) << "all of them would take 300 million";
 }
 
-TEST(Suggestion, AsksForTheNameIfThereIsOne) {
+TEST(Suggestion, SuggestsTheNameIfThereIsOne) {
   EXPECT_EQ(Suggestion("Level"), "; did you mean Level?");
   EXPECT_EQ(Suggestion("level", "\""), "; did you mean \"level\"?");
   EXPECT_EQ(Suggestion(""), "");

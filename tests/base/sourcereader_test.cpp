@@ -53,7 +53,7 @@ TEST_F(FileReader, FollowsALink) {
   EXPECT_EQ(reader_.Read(Path("link"), 100), "content");
 }
 
-TEST_F(FileReader, TellsWhetherWhatItReadLiesInAFolder) {
+TEST_F(FileReader, TellsWhetherWhatItReadIsInAFolder) {
   fs::create_directories(Path("in/below"));
   Write("in/a", "x");
   Write("in/below/b", "x");
@@ -71,7 +71,7 @@ TEST_F(FileReader, TellsWhetherWhatItReadLiesInAFolder) {
   EXPECT_FALSE(reader_.LiesIn(Path("in"))) << "its name only begins alike";
 }
 
-TEST_F(FileReader, ALinkLiesWhereItLeads) {
+TEST_F(FileReader, ALinkIsWhereItLeads) {
   fs::create_directories(Path("in"));
   Write("secret", "x");
   fs::create_symlink("../secret", Path("in/link"));
@@ -81,13 +81,13 @@ TEST_F(FileReader, ALinkLiesWhereItLeads) {
   EXPECT_FALSE(reader_.LiesIn(Path("in"))) << "whatever has its name by now";
 }
 
-TEST_F(FileReader, NothingLiesAnywhereOnceAReadHasFailed) {
+TEST_F(FileReader, NothingIsInAnyFolderOnceAReadHasFailed) {
   reader_.Read(Write("a", "x"), 1);
   EXPECT_ANY_THROW(reader_.Read(Path("none"), 1));
   EXPECT_FALSE(reader_.LiesIn(folder_));
 }
 
-TEST(MemoryReader, TextsLieInTheFoldersOfTheirNames) {
+TEST(MemoryReader, TextsAreInTheFoldersOfTheirNames) {
   TMemoryReader reader;
   reader.Add("in/a", "x");
   reader.Read("in/a", 1);
@@ -97,7 +97,7 @@ TEST(MemoryReader, TextsLieInTheFoldersOfTheirNames) {
   EXPECT_FALSE(reader.LiesIn("in/a/b"));
 }
 
-TEST_F(FileReader, TheLimitIsTheLargestSizeThatIsRead) {
+TEST_F(FileReader, ReadsUpToTheLimit) {
   const std::string path = Write("a", "12345");
   EXPECT_EQ(reader_.Read(path, 5), "12345");
   ExpectHostError(EFailure::kTooLarge, path + " is larger than the limit of 4 bytes", [&] { reader_.Read(path, 4); });
@@ -114,13 +114,13 @@ TEST_F(FileReader, AMissingFileIsNamed) {
                   [&] { reader_.Read(file + "/b", 10); });
 }
 
-TEST_F(FileReader, AFolderIsNoInput) {
+TEST_F(FileReader, AFolderIsNotAnInput) {
   ExpectHostError(EFailure::kAbsent, "cannot read " + folder_ + ": Is a directory",
                   [this] { reader_.Read(folder_, 10); });
 }
 
 // Must not wait for a writer, which never comes.
-TEST_F(FileReader, APipeIsNoInput) {
+TEST_F(FileReader, APipeIsNotAnInput) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   ExpectHostError(EFailure::kAbsent, "cannot read " + Path("pipe") + ": not a file",
                   [this] { reader_.Read(Path("pipe"), 10); });
@@ -150,7 +150,7 @@ TEST_F(FileReader, APipeThatHoldsMoreThanTheLimitIsRefused) {
   close(ends[0]);
 }
 
-TEST_F(FileReader, APipeEndsAlsoWhereItIsOpenedAgainBehindItsWriter) {
+TEST_F(FileReader, APipeEndsEvenIfItIsOpenedAgainAfterItsWriter) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   const int readerEnd = open(Path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
   std::ofstream(Path("pipe")) << "text";
@@ -159,7 +159,7 @@ TEST_F(FileReader, APipeEndsAlsoWhereItIsOpenedAgainBehindItsWriter) {
   close(readerEnd);
 }
 
-TEST_F(FileReader, APipeThatNobodyWritesToIsWaitedForNotForEver) {
+TEST_F(FileReader, WaitingForAPipeThatNobodyWritesToEnds) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   TFileReader reader({Path("pipe")}, std::chrono::milliseconds(1));
   const std::string message = "cannot read " + Path("pipe") + ": a pipe that nobody writes to";
@@ -198,12 +198,12 @@ TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
   sigaction(SIGALRM, &before, nullptr);
 }
 
-TEST_F(FileReader, ADeviceIsNoInput) {
+TEST_F(FileReader, ADeviceIsNotAnInput) {
   ExpectHostError(EFailure::kAbsent, "cannot read /dev/zero: not a file", [this] { reader_.Read("/dev/zero", 10); });
 }
 
 // Root may read everything, so this runs as another user, in a separate process.
-TEST_F(FileReader, AFileWithoutPermissionIsSaidToBeSo) {
+TEST_F(FileReader, AFileWithoutPermissionIsDenied) {
   const std::string path = Write("secret", "x");
   ASSERT_EQ(chmod(path.c_str(), 0), 0);
   ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
@@ -225,7 +225,7 @@ TEST(MemoryReader, ServesWhatWasAdded) {
   EXPECT_EQ(reader.Read("a.mof", 100), "class B {};");
 }
 
-TEST(MemoryReader, FailsAsAFileReaderDoes) {
+TEST(MemoryReader, FailsLikeAFileReader) {
   TMemoryReader reader;
   reader.Add("a.mof", "12345");
   ExpectHostError(EFailure::kAbsent, "cannot open b.mof: No such file or directory",

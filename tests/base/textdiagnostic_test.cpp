@@ -17,7 +17,7 @@ TEST(TextDiagnostic, ShowsPlaceMessageLineAndCaret) {
   EXPECT_EQ(FormatDiagnostic(At(3, 5, "  x }")), kTitle + "    x }\n      ^\n");
 }
 
-TEST(TextDiagnostic, AWarningSaysSo) {
+TEST(TextDiagnostic, AWarningIsLabelled) {
   TTextDiagnostic diagnostic = At(3, 1, "x");
   diagnostic.severity = EDiagnosticSeverity::kWarning;
   EXPECT_EQ(FormatDiagnostic(diagnostic), "a.mof:3:1: warning: found \"}\", expected \";\"\n  x\n  ^\n");
@@ -40,7 +40,7 @@ TEST(TextDiagnostic, ColumnsCountBytesWhileTheCaretCountsCharacters) {
             "a.mof:3:6: error: found \"}\", expected \";\"\n  \xC3\xA9\xE2\x82\xAC}\n    ^\n");
 }
 
-TEST(TextDiagnostic, ACaretMayStandBehindTheLastCharacterButNoFurther) {
+TEST(TextDiagnostic, ACaretMayFollowTheLastCharacterButGoNoFurther) {
   EXPECT_EQ(FormatDiagnostic(At(3, 5, "abcd")), kTitle + "  abcd\n      ^\n");
   EXPECT_EQ(FormatDiagnostic(At(3, 5, "ab")), kTitle + "  ab\n    ^\n");
 }
@@ -67,7 +67,7 @@ TEST(TextDiagnostic, ALongLineIsCutAroundTheColumn) {
                                                      std::string(38, ' ') + "^\n");
 }
 
-TEST(TextDiagnostic, KeepsOfALongLineWhatIsShown) {
+TEST(TextDiagnostic, KeepsOnlyTheShownPartOfALongLine) {
   const std::string line = std::string(1000, 'a') + "}" + std::string(1000000, 'b');
   TTextDiagnostic diagnostic = At(3, 1001, "");
   SetSourceLine(diagnostic, line);
@@ -77,7 +77,7 @@ TEST(TextDiagnostic, KeepsOfALongLineWhatIsShown) {
                                               std::string(38, ' ') + "^\n");
 }
 
-TEST(TextDiagnostic, WhatIsKeptOfALineIsEnoughAtEachColumn) {
+TEST(TextDiagnostic, TheKeptPartIsEnoughAtEachColumn) {
   std::string line;
   for (int i = 0; i < 60; ++i) line += i % 3 == 0 ? "\xC3\xA9x" : "\xE2\x82\xAC";
   for (std::uint32_t column = 0; column < line.size() + 3; ++column) {
@@ -87,7 +87,7 @@ TEST(TextDiagnostic, WhatIsKeptOfALineIsEnoughAtEachColumn) {
   }
 }
 
-TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndWhereTheColumnIsThere) {
+TEST(TextDiagnostic, ALongLineShowsItsBeginningOrEndIfTheColumnIsThere) {
   const std::string line = "{" + std::string(300, 'a') + "}";
   EXPECT_EQ(FormatDiagnostic(At(3, 5, line)), kTitle + "  {" + std::string(74, 'a') + "...\n      ^\n");
   EXPECT_EQ(FormatDiagnostic(At(3, 302, line)), "a.mof:3:302: error: found \"}\", expected \";\"\n  ..." +
@@ -107,7 +107,7 @@ TEST(TextDiagnostic, ALongLineIsNotCutInsideACharacter) {
 }
 
 // With one more byte in front, both cuts fall inside characters and move inwards.
-TEST(TextDiagnostic, ALongLineLeavesOutCharactersThatAreCut) {
+TEST(TextDiagnostic, ALongLineOmitsCharactersThatWouldBeCut) {
   std::string line = "xy";
   std::string shown;
   for (int i = 0; i < 200; ++i) line += "\xC3\xA9";
@@ -134,7 +134,7 @@ TEST(LineOf, IsEmptyPastTheLastLine) {
   EXPECT_EQ(LineOf("", 4000000000U), "");
 }
 
-TEST(LineOf, LeavesOutEitherLineEnd) {
+TEST(LineOf, OmitsEitherLineEnd) {
   EXPECT_EQ(LineOf("a\r\nb\r\n", 1), "a");
   EXPECT_EQ(LineOf("a\r\nb\r\n", 2), "b");
   EXPECT_EQ(LineOf("\r\n\r\n", 2), "");

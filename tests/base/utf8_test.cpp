@@ -35,7 +35,7 @@ TEST(Utf8, RefusesEveryTruncationAsOneCharacter) {
   }
 }
 
-TEST(Utf8, RefusesWhatIsNoCharacter) {
+TEST(Utf8, RefusesInvalidBytes) {
   for (const char* bytes : {"\x80", "\xbf", "\xc0\x80", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf",
                             "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff"}) {
     const TCodePoint read = NextCodePoint(bytes, 0);
@@ -45,7 +45,7 @@ TEST(Utf8, RefusesWhatIsNoCharacter) {
   }
 }
 
-TEST(Utf8, WritesTheReplacementForWhatIsNoCharacter) {
+TEST(Utf8, WritesTheReplacementForInvalidNumbers) {
   for (const char32_t number : {char32_t{0xD800}, char32_t{0xDFFF}, char32_t{0x110000}}) {
     std::string written;
     AppendUtf8(written, number);
@@ -53,7 +53,7 @@ TEST(Utf8, WritesTheReplacementForWhatIsNoCharacter) {
   }
 }
 
-TEST(Utf8, CutsNoCharacter) {
+TEST(Utf8, SplitsNoCharacter) {
   const std::string text = "a\xc3\xa4\xe6\xbc\xa2";  // one, two and three bytes
   EXPECT_EQ(WholeCharacters(text, 0), "");
   EXPECT_EQ(WholeCharacters(text, 1), "a");
