@@ -67,7 +67,7 @@ TEST_P(ServiceProcessorSuite, ReadsARegister) {
                {0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08});
 }
 
-TEST_P(ServiceProcessorSuite, ReadsTheRegisterOfTheNodeThatIsAsked) {
+TEST_P(ServiceProcessorSuite, ReadsTheRegisterOfTheRequestedNode) {
   ExpectAnswer(Ask(1, ReadRegister(7, 0xABCDEF)), 0x00,
                {0, 0, 0, 0, 0, 0, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18});
 }
@@ -109,13 +109,13 @@ TEST_P(ServiceProcessorSuite, RefusesUnknownCommands) {
   ExpectAnswer(Ask(0, Request(0x2E, 0x90, {0x39, 0x30, 0x00, 0x03})), 0xC1, {0x39, 0x30, 0x00});
 }
 
-TEST_P(ServiceProcessorSuite, ClearsTheRequestBehindTheAnswer) {
+TEST_P(ServiceProcessorSuite, ClearsTheRequestAfterTheAnswer) {
   wire::TCommandBuffer request = ReadTimestamp();
   for (std::size_t i = 9; i < wire::TCommandBuffer::kSize; ++i) request[i] = 0x5A;
   ExpectAnswer(Ask(0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
-TEST_P(ServiceProcessorSuite, KeepsTheBytesThatAreNotTheAnswers) {
+TEST_P(ServiceProcessorSuite, KeepsTheBytesThatAreNotPartOfTheAnswer) {
   wire::TCommandBuffer request = ReadTimestamp();
   request[0] = 0x42;
   request[6] = 0x61;

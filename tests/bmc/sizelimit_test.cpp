@@ -38,7 +38,7 @@ class SizeLimit : public testing::Test, private IExchangeObserver {
   int answered_ = 0;
 };
 
-TEST_F(SizeLimit, PassesWhatIsAtTheLimitOrNotPositive) {
+TEST_F(SizeLimit, PassesSizesAtTheLimitOrNotPositive) {
   With({"33554432", "0", "-1", "-2147483648"});
   ExpectAnswer(Ask(0), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x02});
   ExpectAnswer(Ask(1), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00});
@@ -47,7 +47,7 @@ TEST_F(SizeLimit, PassesWhatIsAtTheLimitOrNotPositive) {
   EXPECT_TRUE(Limit().TakeRefusals().empty());
 }
 
-TEST_F(SizeLimit, LosesWhatIsOverItForTheCollectorAlone) {
+TEST_F(SizeLimit, HidesLargerSizesFromTheCollectorAlone) {
   With({"33554433", "2147483647"});
   ExpectNoAnswer(Ask(0));
   ExpectNoAnswer(Ask(1));

@@ -69,7 +69,7 @@ TEST_F(Library, FailsForANodeThatDoesNotExist) {
   }
 }
 
-TEST_F(Library, MakesNoExchangeInABufferTooSmallForARequest) {
+TEST_F(Library, MakesNoExchangeWithABufferTooSmallForARequest) {
   for (const int capacity : {8, 1, 0, -1, -2147483647 - 1}) {
     EXPECT_FALSE(AskTimestamp(capacity)) << capacity;
     EXPECT_EQ(length_, kUntouched);
@@ -86,7 +86,7 @@ TEST_F(Library, CutsAnAnswerToASmallBuffer) {
   }
 }
 
-TEST_F(Library, LeavesWhatLiesBehindTheCommandBufferAlone) {
+TEST_F(Library, LeavesWhatFollowsTheCommandBufferAlone) {
   ASSERT_TRUE(AskTimestamp(300));
   EXPECT_EQ(buffer_[255], 0x00);
   EXPECT_EQ(TBytes(buffer_.begin() + 256, buffer_.end()), TBytes(48, 0xEE));
@@ -117,7 +117,7 @@ TEST_F(Library, CarriesOutADotCommand) {
   EXPECT_FALSE(Node(0).sendDotCommand(&command, buffer.data(), &length, 1, 6));
 }
 
-TEST_F(Library, TellsWhatWasDiscovered) {
+TEST_F(Library, ReportsWhatWasDiscovered) {
   SPLibrary library;
   EXPECT_EQ(library.GetNumberBMCNode(), 2);
   EXPECT_TRUE(library.IsIPMIDriversPresent());
@@ -148,7 +148,7 @@ TEST_F(Library, PassesTheStopSignalOn) {
   EXPECT_EQ(length_, kUntouched);
 }
 
-TEST_F(Library, TakesALengthByteThatReachesBehindTheBuffer) {
+TEST_F(Library, AcceptsALengthByteThatReachesPastTheBuffer) {
   wire::TCommandBuffer request = ReadTimestamp();
   request[5] = 0xFF;
   ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
@@ -171,7 +171,7 @@ class TAnswering : public IServiceProcessor {
   int reached = 0;
 };
 
-TEST_F(Library, KeepsLyingLengthsInsideTheCallersBuffer) {
+TEST_F(Library, KeepsFalseLengthsInsideTheCallersBuffer) {
   TAnswering liar;
   liar.ipmi = {0x00, {0xA0, 0xA1}, std::uint8_t{0xFF}, 70000};
   TServiceProcessorHub::Install(&liar, nullptr);
@@ -206,7 +206,7 @@ TEST_F(Library, CutsAnAnswerThatIsTooLong) {
   EXPECT_EQ(block, (TBytes{1, 2, 0xEE}));
 }
 
-TEST_F(Library, HandsOverWhatAFailedDotCommandDelivered) {
+TEST_F(Library, ReturnsWhatAFailedDotCommandDelivered) {
   TAnswering failing;
   failing.dot = {{1, 2}, 70000, true};
   TServiceProcessorHub::Install(&failing, nullptr);
@@ -263,7 +263,7 @@ TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
   EXPECT_EQ(notes.text, "ipmi 0 111 refused\ndot 0 refused\n");
 }
 
-TEST(DotCommand, KeepsCopiesAndTakesNothingFromNullOrNegativeLengths) {
+TEST(DotCommand, KeepsCopiesAndReadsNothingFromNullOrNegativeLengths) {
   TBytes bytes = {1, 2, 3};
   const dotCmd command(0x02, 2, 3, bytes.data(), bytes.data());
   bytes.assign(3, 9);

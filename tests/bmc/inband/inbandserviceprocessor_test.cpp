@@ -57,7 +57,7 @@ TEST_F(Inband, CompletionCodeIsTheAnswersFirstByte) {
   ExpectAnswer(AskRegister(), 0xCB, {});
 }
 
-TEST_F(Inband, GroupExtensionRequestPassesAsItIs) {
+TEST_F(Inband, GroupExtensionRequestPassesUnchanged) {
   driver_->Answer(1, {0xC1, 0x39, 0x30, 0x00});
   ExpectAnswer(Ask(0, Request(0x2E, 0x90, {0x39, 0x30, 0x00})), 0xC1, {0x39, 0x30, 0x00});
   EXPECT_EQ(driver_->Sent().front().networkFunction, 0x2E);
@@ -74,7 +74,7 @@ TEST_F(Inband, LongerAnswerIsCut) {
   ExpectAnswer(AskRegister(), 0x00, TBytes(247, 0x55));
 }
 
-TEST_F(Inband, RequestSaysNoMoreThanTheBufferHolds) {
+TEST_F(Inband, RequestHasNoMoreThanTheBufferHolds) {
   driver_->Answer(1, {0x00});
   wire::TCommandBuffer request = ReadTimestamp();
   request[5] = 0xFF;
@@ -82,7 +82,7 @@ TEST_F(Inband, RequestSaysNoMoreThanTheBufferHolds) {
   EXPECT_EQ(driver_->Sent().front().data.size(), 247U);
 }
 
-TEST_F(Inband, AnswerWithoutCompletionCodeIsNone) {
+TEST_F(Inband, AnswerWithoutCompletionCodeIsLost) {
   driver_->Answer(1, {});
   ExpectLost();
 }
@@ -99,25 +99,25 @@ TEST_F(Inband, LateAnswerIsNotTakenForTheNextOne) {
   ExpectAnswer(AskRegister(), 0x00, {0x22});
 }
 
-TEST_F(Inband, EventsAndCommandsAreNoAnswers) {
+TEST_F(Inband, EventsAndCommandsAreNotAnswers) {
   driver_->Message(IPMI_ASYNC_EVENT_RECV_TYPE, 1, {0x00, 0x11}).Message(IPMI_CMD_RECV_TYPE, 1, {0x00, 0x22});
   driver_->Answer(1, {0x00, 0x33});
   ExpectAnswer(AskRegister(), 0x00, {0x33});
 }
 
-TEST_F(Inband, InterruptedWaitingGoesOn) {
+TEST_F(Inband, InterruptedWaitContinues) {
   driver_->Answer(1, {0x00, 0x33});
   driver_->OnPoll([](auto) { return -EINTR; });
   ExpectAnswer(AskRegister(), 0x00, {0x33});
 }
 
-TEST_F(Inband, NothingToTakeAfterAllWaitsOn) {
+TEST_F(Inband, WakingWithoutAMessageContinuesTheWait) {
   driver_->Answer(1, {0x00, 0x33});
   driver_->FailNextReceive(EAGAIN);
   ExpectAnswer(AskRegister(), 0x00, {0x33});
 }
 
-TEST_F(Inband, StopEndsTheWaiting) {
+TEST_F(Inband, StopEndsTheWait) {
   driver_->OnPoll([this](std::span<pollfd> descriptors) {
     EXPECT_EQ(descriptors[1].fd, stop_.Descriptor());
     stop_.RequestStop();

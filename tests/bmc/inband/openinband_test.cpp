@@ -82,7 +82,7 @@ TEST_F(InbandOpening, NothingAtAllCannotBeReached) {
               std::string("there is no IPMI device /dev/ipmi* here, and SMBIOS declares none\n") + kAdvice);
 }
 
-TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownOfSmbios) {
+TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownAboutSmbios) {
   ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EFailure::kUnreachable,
               std::string("there is no IPMI device /dev/ipmi* here, and this machine shows no SMBIOS that could "
                           "declare one\n") +
@@ -93,14 +93,14 @@ TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownOfSmbios) {
                   kAdvice);
 }
 
-TEST_F(InbandOpening, RefusedDeviceIsAQuestionOfPermission) {
+TEST_F(InbandOpening, RefusedDeviceIsDenied) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi1", EACCES);
   ExpectError(
       {""}, kNoBmc, EFailure::kDenied,
       "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
 }
 
-TEST_F(InbandOpening, NamedDeviceThatIsNotThereCannotBeReached) {
+TEST_F(InbandOpening, MissingNamedDeviceCannotBeReached) {
   driver_->Refuse("/dev/ipmi7", ENOENT);
   ExpectError({"/dev/ipmi7"}, kDeclared, EFailure::kUnreachable,
               std::string("cannot open /dev/ipmi7: No such file or directory\n") + kAdvice);
@@ -126,7 +126,7 @@ TEST(InbandSpec, AnythingElseIsAUsageError) {
   }
 }
 
-TEST(IpmiDevices, StandInTheOrderOfTheirNumbers) {
+TEST(IpmiDevices, AreInNumericalOrder) {
   EXPECT_THAT(IpmiDevicesAmong({"ipmi10", "null", "ipmi9", "ipmi", "ipmi0", "ipmidev", "ipmi1x", "xipmi2"}),
               ElementsAre("/dev/ipmi0", "/dev/ipmi9", "/dev/ipmi10"));
 }

@@ -79,7 +79,7 @@ TEST_F(LanLink, OpensWithWhatTheUserSays) {
   EXPECT_FALSE(opening.leavePrivilegeOpen);
 }
 
-TEST_F(LanLink, RequestIsSentAgainNoEarlierThanTheSessionEnds) {
+TEST_F(LanLink, RequestIsNotRetransmittedBeforeTheSessionEnds) {
   Opened();
   EXPECT_EQ(module_.opened[0].sessionTime, 3000U);
   EXPECT_EQ(module_.opened[0].retransmissionTime, 1000U);
@@ -116,7 +116,7 @@ TEST_F(LanLink, WarnsOfWhatACipherSuiteDoesNotProtect) {
   }
 }
 
-TEST_F(LanLink, NoWarningWhereTheFirstSuiteIsTaken) {
+TEST_F(LanLink, NoWarningIfTheFirstSuiteIsAccepted) {
   module_.Open().Open();
   EXPECT_THAT(Link().Open(), IsEmpty());
 }
@@ -127,26 +127,26 @@ TEST_F(LanLink, TriesTheNextCipherSuiteWhenTheBmcFallsSilent) {
   EXPECT_EQ(Ways(), (TWays{{17, false}, {3, false}, {3, false}}));
 }
 
-TEST_F(LanLink, LeavesThePrivilegeOpenWhereItIsRefused) {
+TEST_F(LanLink, LeavesThePrivilegeOpenIfItIsRefused) {
   module_.Open(VEL_LAN_PRIVILEGE).Open().Open();
   Link().Open();
   EXPECT_EQ(Ways(), (TWays{{17, false}, {17, true}, {17, true}}));
 }
 
-TEST_F(LanLink, LostPacketOfTheOpeningIsSentAgain) {
+TEST_F(LanLink, OpeningIsRetriedAfterALostPacket) {
   module_.Open().Open(VEL_LAN_BROKEN_OFF).Open();
   Link().Open();
   EXPECT_EQ(module_.opened.size(), 3U);
 }
 
-TEST_F(LanLink, RefusedPasswordEndsTheTrying) {
+TEST_F(LanLink, RefusedPasswordEndsTheAttempts) {
   module_.Open(VEL_LAN_PASSWORD, "password invalid");
   ExpectRefused(EFailure::kRefused,
                 "lan:bmc:623: the password of user 'admin' is not the one that the BMC has; it is wrong, or what "
                 "answers there may be an impostor");
 }
 
-TEST_F(LanLink, KeyOfTheBmcsOwnIsNamed) {
+TEST_F(LanLink, BmcWithItsOwnKeyIsReported) {
   module_.Open(VEL_LAN_KEY, "k_g invalid");
   ExpectRefused(EFailure::kRefused,
                 "lan:bmc:623: the BMC ends the opening with another key than the password's; it has a key of its own "
@@ -159,14 +159,14 @@ TEST_F(LanLink, RefusedUserIsNamed) {
   ExpectRefused(EFailure::kRefused, "lan:bmc:623: the BMC refuses the anonymous user");
 }
 
-TEST_F(LanLink, RefusedPrivilegeIsAQuestionOfPermission) {
+TEST_F(LanLink, RefusedPrivilegeIsReported) {
   module_.Open(VEL_LAN_PRIVILEGE).Open(VEL_LAN_PRIVILEGE);
   ExpectRefused(
       EFailure::kRefused,
       "lan:bmc:623: the BMC refuses user 'admin' the privilege level admin; --privilege asks for a lower one");
 }
 
-TEST_F(LanLink, NobodyThereIsNotAskedAgain) {
+TEST_F(LanLink, NoAnswerIsNotRetried) {
   module_.Open(VEL_LAN_NO_ANSWER);
   ExpectRefused(EFailure::kUnreachable,
                 "lan:bmc:623: no answer; is this the address of a BMC, with IPMI over LAN enabled?");
@@ -179,7 +179,7 @@ TEST_F(LanLink, RefusedCipherSuitesAreListed) {
                 "choose one that it accepts with --cipher-suite N");
 }
 
-TEST_F(LanLink, EachOtherRefusalHasItsMessage) {
+TEST_F(LanLink, EveryOtherRefusalHasItsMessage) {
   module_.Open(VEL_LAN_BAD_HOST).Open(VEL_LAN_NO_IPMI_2_0).Open(VEL_LAN_FAILED, "out of memory");
   ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the host's name cannot be resolved");
   ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the BMC does not speak IPMI 2.0 here");
@@ -232,7 +232,7 @@ TEST_F(LanLink, FirstRequestMayBeLostToo) {
   EXPECT_TRUE(Exchange().answered);
 }
 
-TEST_F(LanLink, LossesThatAnAnswerPartsAreNotInARow) {
+TEST_F(LanLink, LossesWithAnAnswerBetweenThemAreNotInARow) {
   Opened();
   module_.Answer({0x00}).Lose().Open().Open().Answer({0x00}).Lose().Open().Open().Answer({0x00});
   for (const bool answered : {true, false, true, false, true}) EXPECT_EQ(Exchange().answered, answered);
@@ -250,7 +250,7 @@ TEST_F(LanLink, FailedReopeningGivesTheNodeUp) {
   EXPECT_EQ(module_.sent.size(), 2U);
 }
 
-TEST_F(LanLink, SilentSessionIsOpenedAnewBeforeTheRequest) {
+TEST_F(LanLink, SilentSessionIsReopenedBeforeTheRequest) {
   Opened();
   module_.Answer({0x00}).Answer({0x00}).Open().Open().Answer({0x00});
   EXPECT_TRUE(Exchange().answered);

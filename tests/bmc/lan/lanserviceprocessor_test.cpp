@@ -51,7 +51,7 @@ class LanServiceProcessor : public testing::Test {
   std::vector<std::string> warnings_;
 };
 
-TEST_F(LanServiceProcessor, SendsTheRequestsBytesAndGivesTheAnswers) {
+TEST_F(LanServiceProcessor, SendsTheRequestsBytesAndReturnsTheAnswers) {
   const auto processor = Open(1);
   module_.Answer({0x00, 0xA0, 0xA1});
   ExpectAnswer(Ask(*processor), 0x00, {0xA0, 0xA1});
@@ -66,7 +66,7 @@ TEST_F(LanServiceProcessor, LongerAnswerIsCut) {
   ExpectAnswer(Ask(*processor), 0x55, TBytes(247, 0x55));
 }
 
-TEST_F(LanServiceProcessor, EachNodeHasItsSession) {
+TEST_F(LanServiceProcessor, EachNodeHasItsOwnSession) {
   const auto processor = Open(2);
   EXPECT_EQ(processor->Discover().bmcNodes, 2);
   EXPECT_TRUE(processor->Discover().ipmiDriver);
@@ -121,7 +121,7 @@ TEST_F(LanServiceProcessor, AnswerThatComesWhileTheRunIsStoppedIsKept) {
   ExpectAnswer(Ask(*processor), 0x00, {});
 }
 
-TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
+TEST_F(LanServiceProcessor, StopEndsAWaitThatCannotBeInterrupted) {
   auto processor = Open(1);
   std::promise<void> release;
   std::promise<void> over;
@@ -141,7 +141,7 @@ TEST_F(LanServiceProcessor, StopEndsAWaitThatTheLibraryDoesNot) {
   while (module_.ClosedSessions() != 4) std::this_thread::yield();
 }
 
-TEST_F(LanServiceProcessor, WarnsOfASuiteThatTheBmcGaveWayTo) {
+TEST_F(LanServiceProcessor, WarnsOfFallingBackToAWeakerSuite) {
   module_.Open(VEL_LAN_CIPHER_SUITE);
   Open(1);
   EXPECT_THAT(warnings_, ElementsAre("lan:bmc:623: no session with cipher suite 17, so the weaker 3 is used; an "
@@ -149,7 +149,7 @@ TEST_F(LanServiceProcessor, WarnsOfASuiteThatTheBmcGaveWayTo) {
                                      "--cipher-suite 3 ends this warning)"));
 }
 
-TEST_F(LanServiceProcessor, AnswerToAnotherCommandIsLostAndWarnedOf) {
+TEST_F(LanServiceProcessor, AnswerToAnotherCommandIsLostWithAWarning) {
   const auto processor = Open(1);
   module_.Lose(VEL_LAN_OTHER_COMMAND);
   ExpectLost(*processor);
@@ -188,7 +188,7 @@ TEST_F(LanServiceProcessor, InterruptedOpeningSendsNothing) {
   }
 }
 
-TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnavailable) {
+TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnreachable) {
   stop_.SetDeadline(TStopSignal::TClock::now() - milliseconds(1));
   try {
     TLanServiceProcessor(TScriptedModule::Module(), {options_}, stop_, nullptr);
@@ -212,7 +212,7 @@ TEST(LanInterrupter, CallThatLastsTooLongIsInterrupted) {
 }
 
 // Shorter than the time after which the library retransmits a request.
-TEST(LanLinkTimes, WaitForAnAnswerEndsBeforeARequestIsSentAgain) {
+TEST(LanLinkTimes, WaitForAnAnswerEndsBeforeARetransmission) {
   EXPECT_LE(kLanAnswerTime + milliseconds(2'000), kLanSessionTime);
 }
 
@@ -225,7 +225,7 @@ TEST(LanInterrupter, DeadlineInterruptsACall) {
   EXPECT_EQ(errno, EINTR);
 }
 
-TEST(LanInterrupter, LeavesAThreadAloneThatMakesNoCall) {
+TEST(LanInterrupter, LeavesAThreadWithoutACallAlone) {
   TStopSignal stop;
   stop.RequestStop();
   TLanInterrupter interrupter(stop, kLong);
@@ -234,7 +234,7 @@ TEST(LanInterrupter, LeavesAThreadAloneThatMakesNoCall) {
   EXPECT_EQ(poll(nullptr, 0, 50), 0);
 }
 
-TEST(LanInterrupter, PutsTheSignalHandlerBack) {
+TEST(LanInterrupter, RestoresTheSignalHandler) {
   struct sigaction before = {};
   struct sigaction after = {};
   sigaction(SIGURG, nullptr, &before);
@@ -323,12 +323,12 @@ TEST_F(LanClient, SaysWhereItLookedForTheModule) {
 }
 #endif
 
-TEST_F(LanClient, RefusesALibraryThatIsNoLanModule) {
+TEST_F(LanClient, RefusesALibraryThatIsNotItsLanModule) {
   EXPECT_EQ(ErrorWith({OTHER_MODULE_DIR}),
             "lan: " OTHER_MODULE_DIR "/velhost-lan.so is not a LAN module of this velhost's version");
 }
 
-TEST_F(LanClient, RefusesAFileThatIsNoLibrary) {
+TEST_F(LanClient, RefusesAFileThatIsNotALibrary) {
   EXPECT_THAT(ErrorWith({NO_LIBRARY_DIR}), StartsWith("lan: cannot load the LAN module: " NO_LIBRARY_DIR));
 }
 

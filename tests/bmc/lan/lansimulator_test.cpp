@@ -102,7 +102,7 @@ TEST_F(LanSimulator, WrongPasswordIsRefused) {
                 "there may be an impostor");
 }
 
-TEST_F(LanSimulator, RefusedPasswordIsNowhereInMemoryAfterwards) {
+TEST_F(LanSimulator, RefusedPasswordIsNotInMemoryAfterwards) {
   Serve();
   TMemorySearch search;
   std::string password = THiddenText::Decoded();
@@ -121,13 +121,13 @@ TEST_F(LanSimulator, WrongUserIsRefused) {
   EXPECT_EQ(Refusal(EFailure::kRefused), Name() + ": the BMC refuses user 'nobody'");
 }
 
-TEST_F(LanSimulator, CipherSuiteThatItDoesNotKnowIsRefused) {
+TEST_F(LanSimulator, UnknownCipherSuiteIsRefused) {
   Serve();
   options_.cipherSuites = {17};
   EXPECT_THAT(Refusal(EFailure::kUnreachable), HasSubstr("the BMC does not accept cipher suite 17 ("));
 }
 
-TEST_F(LanSimulator, GivingWayToAnotherCipherSuiteIsWarnedOf) {
+TEST_F(LanSimulator, FallingBackToAnotherCipherSuiteGivesAWarning) {
   Serve();
   options_.cipherSuites = {17, 3};
   Open();
@@ -136,7 +136,7 @@ TEST_F(LanSimulator, GivingWayToAnotherCipherSuiteIsWarnedOf) {
                                              "--cipher-suite 3 ends this warning)"));
 }
 
-TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {
+TEST_F(LanSimulator, SessionHasTheRequestedPrivilegeLevel) {
   Serve();
   // ipmi_sim reserves these commands for administrators.
   for (const auto level : {ELanPrivilege::kUser, ELanPrivilege::kOperator}) {
@@ -147,7 +147,7 @@ TEST_F(LanSimulator, SessionHasThePrivilegeLevelThatIsAskedFor) {
   ExpectAnswer(Send(*Open(), 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
-TEST_F(LanSimulator, NobodyThereIsSaidByTheDeadline) {
+TEST_F(LanSimulator, NoAnswerIsReportedByTheDeadline) {
   options_ = OptionsFor(FreePort());
   stop_.SetDeadline(TStopSignal::TClock::now() + milliseconds(100));
   EXPECT_EQ(Refusal(EFailure::kUnreachable), Name() + ": no session before the deadline");

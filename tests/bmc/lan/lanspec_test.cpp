@@ -53,7 +53,7 @@ TEST(LanSpec, BracketsHoldAnIpv6Address) {
   EXPECT_EQ(full.user, "root");
 }
 
-TEST(LanSpec, AddressIsWrittenAsItIsRead) {
+TEST(LanSpec, AddressIsWrittenInTheSameForm) {
   EXPECT_EQ(AddressOf(ParseLanSpec("lan:me@bmc:9623")), "bmc:9623");
   EXPECT_EQ(AddressOf(ParseLanSpec("lan:[::1]")), "[::1]:623");
 }
@@ -91,7 +91,7 @@ TEST(LanSpec, AnythingElseIsAUsageErrorThatNamesTheProblem) {
   ExpectUsage("lan:fe80::1", "':1' is no port from 1 to 65535");
 }
 
-TEST(LanSpec, PasswordBehindTheUserIsRefusedAndNotRepeated) {
+TEST(LanSpec, PasswordAfterTheUserIsRefusedAndNotRepeated) {
   for (const char* const spec : {"lan:me:s3cret@bmc", "lan:me:s3cret@", "lan::s3cret@bmc:0", "lan:me:s@cret@bmc"}) {
     try {
       ParseLanSpec(spec);
@@ -144,7 +144,7 @@ TEST_F(LanPasswordSource, IsTheFilesFirstLine) {
   EXPECT_EQ(PasswordOf(std::string("pw\nrest\0", 8)), "pw");
 }
 
-TEST_F(LanPasswordSource, IsNeeded) {
+TEST_F(LanPasswordSource, IsRequired) {
   ExpectError("", std::nullopt, EFailure::kInvalidArgument,
               "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
               "or name a file with --password-file");
@@ -165,11 +165,11 @@ TEST_F(LanPasswordSource, HasNoNul) {
   ExpectError("f", std::nullopt, EFailure::kMalformed, "f: the password in its first line has a NUL character");
 }
 
-TEST_F(LanPasswordSource, FileThatIsNotThereIsNoInput) {
+TEST_F(LanPasswordSource, MissingFileIsAbsent) {
   ExpectError("gone", TSecret("pw"), EFailure::kAbsent, "cannot open gone: No such file or directory");
 }
 
-TEST(LanPasswordVariable, IsTakenOutOfTheEnvironment) {
+TEST(LanPasswordVariable, IsRemovedFromTheEnvironment) {
   setenv("VELHOST_TEST_PASSWORD", "s3cret", 1);
   const char* const place = getenv("VELHOST_TEST_PASSWORD");
   const auto taken = TakeSecretVariable("VELHOST_TEST_PASSWORD");
@@ -194,7 +194,7 @@ TEST(Secret, ProcessCannotBeReadWhileItHoldsOne) {
 }
 
 // free() itself overwrites only the first few bytes; the text follows them.
-TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
+TEST(Secret, IsNotInMemoryAfterItsLastCopy) {
   tests::TMemorySearch search;
   std::string text = std::string(40, '-') + tests::THiddenText::Decoded();
   auto secret = std::make_unique<TSecret>(text);
@@ -206,7 +206,7 @@ TEST(Secret, IsNowhereInMemoryAfterItsLastCopy) {
   EXPECT_THAT(search.Places(), IsEmpty());
 }
 
-TEST(Secret, WipedTextIsEmptyAndItsRoomToo) {
+TEST(Secret, WipedTextIsEmptyAndOverwritten) {
   std::string text(40, 'x');
   text.resize(3);
   Wipe(text);
@@ -242,7 +242,7 @@ TEST_F(PasswordFile, NothingOfItIsLeftInMemory) {
   EXPECT_THAT(search.Places(), IsEmpty());
 }
 
-TEST_F(PasswordFile, NothingIsLeftOfAPipeThatComesInTwoPieces) {
+TEST_F(PasswordFile, NothingIsLeftOfAPipeReadInTwoPieces) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
   std::string text = LongPasswordFile();
@@ -263,7 +263,7 @@ TEST_F(PasswordFile, NothingIsLeftOfAPipeThatComesInTwoPieces) {
   EXPECT_THAT(tests::TMemorySearch().Places(), IsEmpty());
 }
 
-TEST_F(PasswordFile, IsWarnedOfWhenOthersMayReadIt) {
+TEST_F(PasswordFile, GivesAWarningIfOthersMayReadIt) {
   EXPECT_EQ(WarningWith(0644),
             "permissions 0644 for '" + path_ + "' are too open: others may read the password in it (chmod 600)");
   EXPECT_EQ(WarningWith(0640),

@@ -41,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(Lan, LanStrangers, testing::ValuesIn(LoopbackFamilies()
 
 // The stranger's datagram is in the client's queue before the answer. The library takes an empty datagram for a
 // time-out, and then retransmits the request.
-TEST_P(LanStrangers, DatagramsOfOthersDoNotMakeItSendAgain) {
+TEST_P(LanStrangers, StrangersDatagramsCauseNoRetransmission) {
   const TLoopbackSocket stranger(GetParam());
   bmc_.onCommand = [&stranger](int client) {
     for (int i = 0; i < 20; ++i) {
@@ -57,7 +57,7 @@ TEST_P(LanStrangers, DatagramsOfOthersDoNotMakeItSendAgain) {
   }
 }
 
-TEST_P(LanStrangers, EmptyDatagramsFromTheBmcsOwnAddressDoNotEither) {
+TEST_P(LanStrangers, EmptyDatagramsFromTheBmcsAddressCauseNoRetransmission) {
   bmc_.onCommand = [this](int client) {
     for (int i = 0; i < 20; ++i) bmc_.SendEmpty(client);
     return true;
@@ -67,7 +67,7 @@ TEST_P(LanStrangers, EmptyDatagramsFromTheBmcsOwnAddressDoNotEither) {
   EXPECT_EQ(bmc_.Requests(), 1);
 }
 
-TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndSaid) {
+TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndReported) {
   bmc_.commandError = 1;
   const auto processor = Open();
   notices_.clear();
@@ -77,7 +77,7 @@ TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndSaid) {
                             Name() + ": an answer came to another command than the request's; it is not used")));
 }
 
-TEST_P(LanStrangers, SuiteWithoutAnyProtectionIsWarnedOf) {
+TEST_P(LanStrangers, SuiteWithoutAnyProtectionGivesAWarning) {
   const auto processor = Open();
   EXPECT_EQ(bmc_.Proofs(), 2);  // one opening to find the way, one for use
   EXPECT_THAT(notices_,
@@ -101,7 +101,7 @@ TEST_P(LanStrangers, ImpostorIsSuspectedAndGetsNoProofOfThePassword) {
   EXPECT_EQ(bmc_.Proofs(), 0);
 }
 
-TEST_P(LanStrangers, PasswordIsNowhereInMemoryAfterTheSession) {
+TEST_P(LanStrangers, PasswordIsNotInMemoryAfterTheSession) {
   TMemorySearch search;
   std::string password = THiddenText::Decoded();
   options_.password = TSecret(password);

@@ -191,12 +191,12 @@ TEST(BadRecording, BoundsWhatWasDiscovered) {
               testing::HasSubstr("found an integer for \"sp_comm\", expected true or false"));
 }
 
-TEST(BadRecording, TellsAnotherFileFromACutRecording) {
+TEST(BadRecording, DistinguishesAnotherFileFromACutRecording) {
   EXPECT_THAT(Refusal("machine_type = \"6203\""), testing::StartsWith("r.jsonl:1:1: error: cannot read JSON: "));
   EXPECT_THAT(Refusal("\n"), testing::StartsWith("r.jsonl:1:1: error: cannot read JSON: "));
 }
 
-TEST(BadRecording, LimitsWhatALineTakesInMemory) {
+TEST(BadRecording, LimitsTheMemoryOfALine) {
   const auto head = [](const std::string& value) {
     return kHead.substr(0, kHead.size() - 2) + ",\"x\":" + value + "}\n";
   };

@@ -51,9 +51,9 @@ class Recording : public testing::Test {
   TRecorder recorder_{sink_, Header()};
 };
 
-TEST_F(Recording, BeginsWithWhatIsKnownOfTheServer) { EXPECT_EQ(sink_.text, kHeaderLine); }
+TEST_F(Recording, BeginsWithWhatIsKnownAboutTheServer) { EXPECT_EQ(sink_.text, kHeaderLine); }
 
-TEST_F(Recording, EscapesAMachineTypeOfAnyBytes) {
+TEST_F(Recording, EscapesAnyMachineType) {
   TMemorySink sink;
   const TRecorder recorder(sink, {"6\"2\n\xFF", "", -210, {}});
   EXPECT_EQ(sink.text, R"({"format":"velhost-recording","version":1,"machine_type":"6\"2\n)"
@@ -205,7 +205,7 @@ class UtcOffset : public testing::TestWithParam<int> {
   std::string before_ = getenv("TZ") == nullptr ? "" : getenv("TZ");
 };
 
-TEST_P(UtcOffset, IsThatOfTheProcessOnceApplied) {
+TEST_P(UtcOffset, AppliesToTheWholeProcess) {
   ApplyUtcOffset(GetParam());
   EXPECT_EQ(timezone, -60L * GetParam());
   EXPECT_EQ(daylight, 0);

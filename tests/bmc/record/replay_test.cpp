@@ -102,7 +102,7 @@ TEST(Replay, GivesTheRecordedAnswersByteForByte) {
   EXPECT_FALSE(replay.CutWarning());
 }
 
-TEST(Replay, SuppliesWhatWasKnownOfTheServer) {
+TEST(Replay, SuppliesWhatWasKnownAboutTheServer) {
   TMemoryReplay replay(RecordSession().first);
   EXPECT_TRUE(replay.HasHeader());
   EXPECT_EQ(replay.MachineType(), "6203");
@@ -115,7 +115,7 @@ TEST(Replay, SuppliesWhatWasKnownOfTheServer) {
   EXPECT_EQ(found.serviceProcessors, 2);
 }
 
-TEST(Replay, GoesUpToTheLastWholeLineWhereverItIsCut) {
+TEST(Replay, ReplaysUpToTheLastWholeLineWhereverItIsCut) {
   const auto [text, recorded] = RecordSession();
   const std::size_t headerEnd = text.find('\n') + 1;
   for (std::size_t size = 0; size < text.size(); ++size) {
@@ -176,7 +176,7 @@ const std::string kBlockLine =
 const std::string kClockLine = R"({"kind":"clock","local_time":"2026-01-31T12:34:56-03:30"})"
                                "\n";
 
-TEST(Replay, FillsWhatIsLeftOutAtTheEndWithZeros) {
+TEST(Replay, PadsAnswersWithZeros) {
   TMemoryReplay replay(kHead + kTimestampLine + kBlockLine);
   ExpectAnswer(Send(replay, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x00, 0x00});
   const TDotOutcome block = SendDot(replay, 0, BlockCommand(4096), 6);
@@ -184,14 +184,14 @@ TEST(Replay, FillsWhatIsLeftOutAtTheEndWithZeros) {
   EXPECT_EQ(block.buffer, (TBytes{1, 2, 0, 0, 0xEE, 0xEE}));
 }
 
-TEST(Replay, NeverWritesBehindTheCallersBuffer) {
+TEST(Replay, NeverWritesPastTheCallersBuffer) {
   TMemoryReplay replay(kHead + kBlockLine);
   EXPECT_EQ(SendDot(replay, 0, BlockCommand(4096), 1).Block(), TBytes{1});
   TMemoryReplay three(kHead + kBlockLine);
   EXPECT_EQ(SendDot(three, 0, BlockCommand(4096), 3).Block(), (TBytes{1, 2, 0}));
 }
 
-TEST(Replay, TakesAnUnansweredExchangeWithAResponse) {
+TEST(Replay, AcceptsAnUnansweredExchangeWithAResponse) {
   TMemoryReplay replay(
       kHead + R"({"kind":"ipmi","node":0,"request":"01 20 3a 00 6f","ok":false,"response":"01","length":5,"us":1})"
               "\n");
@@ -199,7 +199,7 @@ TEST(Replay, TakesAnUnansweredExchangeWithAResponse) {
   EXPECT_FALSE(replay.Mismatch());
 }
 
-TEST(Replay, FailsFromTheFirstExchangeOnThatWasNotRecorded) {
+TEST(Replay, FailsFromTheFirstUnrecordedExchangeOn) {
   TMemoryReplay replay(kHead + kTimestampLine + kTimestampLine);
   EXPECT_TRUE(Send(replay, 0, ReadTimestamp()).answered);
   ExpectNoAnswer(Send(replay, 0, ReadRegister(0, 1)));
@@ -211,7 +211,7 @@ TEST(Replay, FailsFromTheFirstExchangeOnThatWasNotRecorded) {
   EXPECT_FALSE(replay.CutWarning());
 }
 
-TEST(Replay, TellsWhatWasAskedForInEveryKindOfMismatch) {
+TEST(Replay, DescribesTheRequestInEveryKindOfMismatch) {
   TMemoryReplay node(kHead + kTimestampLine);
   ExpectNoAnswer(Send(node, 1, ReadTimestamp()));
   EXPECT_EQ(
@@ -234,7 +234,7 @@ TEST(Replay, TellsWhatWasAskedForInEveryKindOfMismatch) {
             "r.jsonl:2:1: error: found a reading of the clock, expected the request \"01 20 3a 00 6f\" to node 0\n");
 }
 
-TEST(Replay, ReadsTheClockInOrderAndRepeatsItWhereNothingIsRecorded) {
+TEST(Replay, ReadsTheClockInOrderAndRepeatsItIfNothingIsRecorded) {
   TMemoryReplay replay(kHead + kClockLine);
   EXPECT_EQ(replay.LocalTime().ToString(), "20260131123456.000000-210");
   EXPECT_FALSE(replay.CutWarning());

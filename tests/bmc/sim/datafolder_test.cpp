@@ -48,14 +48,14 @@ class DataFolder : public testing::TestWithParam<TDataFolder::EWay> {
 
 INSTANTIATE_TEST_SUITE_P(Ways, DataFolder, testing::Values(TDataFolder::EWay::kKernel, TDataFolder::EWay::kStepByStep));
 
-TEST_P(DataFolder, HasItsFilesAndThoseBelow) {
+TEST_P(DataFolder, HasItsFilesAndThoseBelowIt) {
   EXPECT_EQ(Read("in"), (TBytes{'a', 'b', 'c'}));
   EXPECT_EQ(Read("./in"), (TBytes{'a', 'b', 'c'}));
   EXPECT_EQ(Read("sub/below"), (TBytes{'d', 'e', 'f'}));
   EXPECT_EQ(Read("sub//below"), (TBytes{'d', 'e', 'f'}));
 }
 
-TEST_P(DataFolder, FollowsNoLinkOut) {
+TEST_P(DataFolder, FollowsNoLinkThatLeadsOut) {
   const bool kernel = GetParam() == TDataFolder::EWay::kKernel;
   const std::string out = kernel ? ", which a symbolic link leads out of the folder" : ", which is a symbolic link";
   const std::string through = kernel ? out : ", which goes through a symbolic link";
@@ -131,7 +131,7 @@ TEST(ServerFileOnDisk, IsRefusedAtThePlaceOfALinkOut) {
                 "               ^\n");
 }
 
-TEST(StoredBytes, OfAFileAreReadWhereTheyAreAskedFor) {
+TEST(StoredBytes, OfAFileAreReadOnDemand) {
   const TTree tree;
   std::string content;
   for (int i = 0; i < 40000; ++i) content += static_cast<char>(i % 251);

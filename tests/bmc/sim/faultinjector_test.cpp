@@ -55,7 +55,7 @@ timestamp = "9a bc de f0"
   std::unique_ptr<TFaultInjector> faulty_;
 };
 
-TEST_F(Faults, NoneLeavesEverythingAsItIs) {
+TEST_F(Faults, NoFaultChangesNothing) {
   With("");
   ExpectTimestamp(AskTimestamp());
   EXPECT_EQ(AskBlock().Block(), (TBytes{1, 2, 3, 4}));
@@ -137,7 +137,7 @@ TEST_F(Faults, DotMatchesNoIpmiExchange) {
   ExpectNoAnswer(AskBlock());
 }
 
-TEST_F(Faults, NodeLimitsThemToOneNodeOrServiceProcessor) {
+TEST_F(Faults, NodeLimitsAFaultToOneNodeOrServiceProcessor) {
   With("fault = [{ on = \"timestamp\", node = 1, lost = true }, { on = \"dot\", node = 0, lost = true }]");
   EXPECT_TRUE(AskTimestamp(0).answered);
   ExpectNoAnswer(AskTimestamp(1));
@@ -145,7 +145,7 @@ TEST_F(Faults, NodeLimitsThemToOneNodeOrServiceProcessor) {
   EXPECT_EQ(AskBlock(1).Block(), (TBytes{5, 6}));
 }
 
-TEST_F(Faults, NthStrikesOnceAtEveryPosition) {
+TEST_F(Faults, NthAppliesOnceAtEveryPosition) {
   for (int nth = 1; nth <= 5; ++nth) {
     With("fault = [{ on = \"timestamp\", nth = " + std::to_string(nth) + ", completion_code = 0xC3 }]");
     for (int i = 1; i <= 6; ++i) EXPECT_EQ(AskTimestamp().after[4], i == nth ? 0xC3 : 0x00) << nth << " " << i;
@@ -160,7 +160,7 @@ TEST_F(Faults, NthCountsMatchingExchangesOfTheWholeRun) {
   ExpectNoAnswer(AskTimestamp(1));
 }
 
-TEST_F(Faults, TheFirstThatIsDueIsAppliedAndTheOthersCountToo) {
+TEST_F(Faults, TheFirstDueIsAppliedAndTheOthersCountToo) {
   With(
       R"(fault = [{ on = "timestamp", nth = 2, completion_code = 0xC2 }, { on = "ipmi", nth = 3, completion_code = 0xC3 },
                    { on = "timestamp", nth = 2, completion_code = 0xC4 }, { on = "ipmi", nth = 4, completion_code = 0xC5 }])");
@@ -168,13 +168,13 @@ TEST_F(Faults, TheFirstThatIsDueIsAppliedAndTheOthersCountToo) {
   for (const int code : expected) EXPECT_EQ(AskTimestamp().after[4], code);
 }
 
-TEST_F(Faults, AFaultWithoutNthHidesThoseBehindIt) {
+TEST_F(Faults, AFaultWithoutNthHidesThoseAfterIt) {
   With("fault = [{ on = \"timestamp\", completion_code = 0xC1 }, { on = \"timestamp\", lost = true }]");
   ExpectAnswer(AskTimestamp(), 0xC1, {});
   ExpectAnswer(AskTimestamp(), 0xC1, {});
 }
 
-TEST_F(Faults, WhatTakesNoPlaceDoesNotCount) {
+TEST_F(Faults, ImpossibleExchangesDoNotCount) {
   With("fault = [{ on = \"timestamp\", nth = 1, lost = true }, { on = \"dot\", nth = 1, lost = true }]");
   ExpectNoAnswer(AskTimestamp(2));
   ExpectNoAnswer(AskTimestamp(-1));
@@ -201,7 +201,7 @@ TEST_F(Faults, DelayAloneChangesNothingButTheTime) {
   EXPECT_GE(TStopSignal::TClock::now() - start, milliseconds(15));
 }
 
-TEST_F(Faults, DelayStandsBesideTheOthers) {
+TEST_F(Faults, DelayCombinesWithOtherEffects) {
   With("fault = [{ on = \"timestamp\", delay_ms = 15, completion_code = 0xC3 }]");
   const auto start = TStopSignal::TClock::now();
   ExpectAnswer(AskTimestamp(), 0xC3, {});

@@ -67,7 +67,7 @@ TServerFile ReadWhole(const std::string& text) {
   return ReadFrom("servers/s.toml", reader);
 }
 
-TEST(ServerFile, ReadsWhatStandsBesideTheNodes) {
+TEST(ServerFile, ReadsEverythingBesidesTheNodes) {
   const TServerFile server = ReadWhole(kWhole);
   EXPECT_EQ(server.machineType, "6203");
   ASSERT_TRUE(server.localTime);
@@ -119,7 +119,7 @@ TEST(ServerFile, ReadsTheFaults) {
   EXPECT_EQ(server.faults[3].delay, milliseconds(0));
 }
 
-TEST(ServerFile, NeedsAMachineTypeOnly) {
+TEST(ServerFile, RequiresOnlyAMachineType) {
   const TServerFile server = ServerFrom("machine_type = \"\"");
   EXPECT_EQ(server.machineType, "");
   EXPECT_FALSE(server.localTime);
@@ -130,7 +130,7 @@ TEST(ServerFile, NeedsAMachineTypeOnly) {
   EXPECT_TRUE(server.faults.empty());
 }
 
-TEST(ServerFile, TakesEveryKindOfExchangeInAFault) {
+TEST(ServerFile, AcceptsEveryKindOfExchangeInAFault) {
   const std::vector<std::pair<std::string, std::optional<EExchangeKind>>> kinds = {
       {"register", EExchangeKind::kRegister}, {"timestamp", EExchangeKind::kTimestamp},
       {"open", EExchangeKind::kOpen},         {"size", EExchangeKind::kSize},
@@ -142,7 +142,7 @@ TEST(ServerFile, TakesEveryKindOfExchangeInAFault) {
   }
 }
 
-TEST(ServerFile, TakesHexPairsOnSeveralLinesInEitherCaseAndNone) {
+TEST(ServerFile, AcceptsHexPairsOnSeveralLinesInEitherCaseAndNone) {
   const TServerFile server = ServerFrom(
       "machine_type = \"\"\n[dot]\nservice_processor = [{ block = \"\"\"\naA 0b\n\t0C0d\"\"\" }, { block = \"\" }]");
   ASSERT_EQ(server.dot->blocks.size(), 2U);

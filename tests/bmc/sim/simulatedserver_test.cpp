@@ -21,7 +21,7 @@ TEST(Simulator, FindsARegisterByTheLow24BitsOfItsAddress) {
   ExpectAnswer(bmc.Ask(ReadRegister(0, 0x345678)), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
 }
 
-TEST(Simulator, MakesUpUnlistedRegistersWhenTold) {
+TEST(Simulator, MakesUpUnlistedRegistersIfTold) {
   TBmc bmc(
       "unlisted_registers = \"pattern\"\n[[bmc_node]]\nregister = [{ address = 1, value = \"08 07 06 05 04 03 02 01\" "
       "}]");
@@ -31,7 +31,7 @@ TEST(Simulator, MakesUpUnlistedRegistersWhenTold) {
   ExpectAnswer(bmc.Ask(ReadRegister(0, 1)), 0x00, {0, 0, 0, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1});
 }
 
-TEST(Simulator, ReadsTheMissingEndOfARequestAsZeros) {
+TEST(Simulator, PadsShortRequestsWithZeros) {
   TBmc bmc("[[bmc_node]]\nregister = [{ chip = 9, address = 0xAB0000, value = \"01 02 03 04 05 06 07 08\" }]");
   wire::TCommandBuffer request = ReadRegister(9, 0xABCDEF);
   request[5] = 2;
@@ -62,7 +62,7 @@ TEST(Simulator, FindsALongNameByItsFirst25Bytes) {
   ExpectAnswer(bmc.Ask(OpenArea("abcdefghijklmnopqrstuvwx")), 0xCB, {0x39, 0x30, 0x00});
 }
 
-TEST(Simulator, ReportsTheSizeThatTheFileGives) {
+TEST(Simulator, ReportsTheSizeInTheFile) {
   TBmc bmc(kArea + "data = \"01\"\nsize = -2");
   ExpectAnswer(bmc.Ask(QuerySize("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0xFE, 0xFF, 0xFF, 0xFF});
   TBmc large(kArea + "data = \"01\"\nsize = 2147483647");
@@ -89,7 +89,7 @@ TEST(Simulator, NeverReturnsMoreThanTheBufferHolds) {
   ExpectAnswer(Send(bmc, 0, ReadArea(1, 0, 0xFF)), 0x00, TBytes{0x39, 0x30, 0x00, 0xF2, 0x00} + TBytes(242, 0x5A));
 }
 
-TEST(Simulator, RefusesHandlesThatWereNeverGivenOut) {
+TEST(Simulator, RefusesHandlesThatWereNeverIssued) {
   TBmc bmc(kArea + "data = \"01\"");
   ExpectAnswer(bmc.Ask(ReadArea(0, 0, 1)), 0xCB, {0x39, 0x30, 0x00});
   wire::TCommandBuffer high = ReadArea(1, 0, 1);
@@ -132,7 +132,7 @@ TEST(Simulator, HasNoNodesUnlessTheFileListsThem) {
   ExpectNoAnswer(bmc.Ask(ReadTimestamp()));
 }
 
-TEST(Simulator, AnswersByCapacityForShorterTransports) {
+TEST(Simulator, LimitsAnswersToTheTransportsCapacity) {
   const TServerFile server = ServerFrom("machine_type=\"\"\n" + kArea + "data = \"01 02 03 04 05\"");
   const TIpmiRequest read(0, ReadArea(1, 0, 5));
   const auto answer = AnswerIpmi(server, read, 8);

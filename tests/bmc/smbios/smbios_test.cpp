@@ -17,7 +17,7 @@ TEST(SmbiosTable, GivesTheProductNameByItsStringNumber) {
   EXPECT_EQ(facts.defect, "");
 }
 
-TEST(SmbiosTable, TakesBytesAsTheyStand) {
+TEST(SmbiosTable, ReadsATableWrittenByHand) {
   // Type 1, length 6, handle 1; manufacturer string 0, product name string 1; "A1", end.
   const std::vector<std::uint8_t> bytes = {0x01, 0x06, 0x01, 0x00, 0x00, 0x01, 0x41, 0x31, 0x00,
                                            0x00, 0x26, 0x05, 0x02, 0x00, 0x01, 0x00, 0x00};
@@ -33,7 +33,7 @@ TEST(SmbiosTable, FirstSystemStructureWins) {
   EXPECT_EQ(ParseSmbiosTable(table.Bytes()).productName, "first");
 }
 
-TEST(SmbiosTable, NothingCountsBehindTheEndOfTable) {
+TEST(SmbiosTable, NothingCountsAfterTheEndOfTable) {
   TSmbiosTable table;
   table.Add(127, {}).Add(1, {0, 1}, {"late"}).Add(38, {1});
   const TSmbiosFacts facts = ParseSmbiosTable(table.Bytes());

@@ -50,7 +50,7 @@ TEST(SystemSmbios, ReadsNoFurtherThanTheEntryPointSays) {
   EXPECT_FALSE(smbios.facts.declaresIpmiDevice);
 }
 
-TEST(SystemSmbios, MalformedTableKeepsWhatStandsBeforeTheDefect) {
+TEST(SystemSmbios, MalformedTableKeepsWhatPrecedesTheDefect) {
   TMemoryReader reader;
   reader.Add(kTable, Server().AddRaw({1, 1}).Text());
   const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
@@ -59,7 +59,7 @@ TEST(SystemSmbios, MalformedTableKeepsWhatStandsBeforeTheDefect) {
   EXPECT_TRUE(smbios.facts.declaresIpmiDevice);
 }
 
-TEST(SystemSmbios, NoTableIsAbsent) {
+TEST(SystemSmbios, MissingTableIsAbsent) {
   TMemoryReader reader;
   const TSystemSmbios smbios = ReadSystemSmbios(reader, "/r");
   EXPECT_EQ(smbios.status, ESmbiosStatus::kAbsent);
