@@ -36,7 +36,7 @@ TEST(ServedNode, AnswersWithCompletionCodeAndData) {
   EXPECT_EQ(Answer(node, 0x3A, 0x63, {}), (TBytes{0xC1}));
 }
 
-TEST(ServedNode, IsTheNodeThatIsAskedFor) {
+TEST(ServedNode, IsTheRequestedNode) {
   TServedNode node(ServerFrom(kServer), 1);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0x00, 0x9A, 0xBC, 0xDE, 0xF0}));
 }
@@ -56,7 +56,7 @@ TEST(ServedNode, LongReadReturnsWhatTheWireHoldsAndCountsIt) {
   EXPECT_EQ(answer.back(), 0x1D);
 }
 
-TEST(ServedNode, AnswerFitsAnyRoom) {
+TEST(ServedNode, AnswerFitsAnyCapacity) {
   TServedNode node(ServerFrom(kServer), 0);
   for (std::size_t room = 0; room < 20; ++room) {
     const TBytes answer = Answer(node, 0x3A, 0x62, {0x07, 0x34, 0x56, 0x78}, room);
@@ -88,7 +88,7 @@ truncate = 12
   EXPECT_EQ(Answer(node, 0x3A, 0x62, {0x07, 0x34, 0x56, 0x78}), (TBytes{0x00, 0, 0, 0}));
 }
 
-TEST(ServedNode, FaultsOfOtherNodesDoNot) {
+TEST(ServedNode, FaultsOfOtherNodesDoNotApply) {
   TServedNode node(ServerFrom(std::string(kServer) + "[[fault]]\non = \"ipmi\"\nnode = 0\ncompletion_code = 0xC3\n"),
                    1);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}).front(), 0x00);
@@ -106,7 +106,7 @@ TEST(ReasonNotToServe, NoneForAnOrdinaryServer) {
   EXPECT_EQ(ReasonWith("[[fault]]\non = \"ipmi\"\ndelay_ms = 5\n"), "");
 }
 
-TEST(ReasonNotToServe, NodeThatIsNotThere) {
+TEST(ReasonNotToServe, MissingNode) {
   EXPECT_EQ(ReasonWith("", 2), "there is no BMC node 2; the server has nodes 0 and 1");
   EXPECT_EQ(ReasonWith("", -1), "there is no BMC node -1; the server has nodes 0 and 1");
 }

@@ -111,7 +111,7 @@ TEST_F(Simulate, AnswersFreeIpmi) {
   EXPECT_EQ(OutputOf(command + "0 2e 90 39 30 00 06 78"), "rcvd: 90 CB 39 30 00 \n");
 }
 
-TEST_F(Simulate, SignalsEndItAndNothingIsLeft) {
+TEST_F(Simulate, SignalsEndItWithoutLeftovers) {
   SKIP_WITHOUT_IPMI_SIM();
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     TRunningSimulator simulator(kServer);
@@ -123,7 +123,7 @@ TEST_F(Simulate, SignalsEndItAndNothingIsLeft) {
   }
 }
 
-TEST_F(Simulate, KilledWithoutWarningItTakesIpmiSimWithIt) {
+TEST_F(Simulate, KillingItEndsIpmiSimToo) {
   SKIP_WITHOUT_IPMI_SIM();
   TRunningSimulator simulator(kServer);
   EXPECT_EQ(simulator.End(SIGKILL), -SIGKILL);
@@ -135,7 +135,7 @@ TEST_F(Simulate, KilledWithoutWarningItTakesIpmiSimWithIt) {
   EXPECT_TRUE(free);
 }
 
-TEST_F(Simulate, TakenPortIsNamed) {
+TEST_F(Simulate, OccupiedPortIsNamed) {
   SKIP_WITHOUT_IPMI_SIM();
   const TBoundPort udp(SOCK_DGRAM);
   arguments_.port = udp.Port();
@@ -188,7 +188,7 @@ TEST_F(SimulateWithScript, SignalThatEndedIpmiSimIsNamed) {
               "ipmi_sim ended instead of starting (by signal 9, SIGKILL), and said nothing of why");
 }
 
-TEST_F(SimulateWithScript, ProgramOfTheCurrentFolderIsNotRun) {
+TEST_F(SimulateWithScript, ProgramInTheCurrentFolderIsNotRun) {
   Script("ipmi_sim", "echo planted; exit 1\n");
   const auto here = std::filesystem::current_path();
   std::filesystem::current_path(folder_.Path());
@@ -217,7 +217,7 @@ TEST_F(Simulate, RefusesWhatIpmiSimCannotDo) {
           "completion_code = 0xC3 (timeout)");
 }
 
-TEST_F(Simulate, NodeThatIsNotInTheFileIsAUsageError) {
+TEST_F(Simulate, NodeMissingFromTheFileIsAUsageError) {
   arguments_.node = 1;
   ExpectError(arguments_, EFailure::kInvalidArgument,
               arguments_.file + ": there is no BMC node 1; the server has node 0 alone");
