@@ -6,8 +6,8 @@
 
 namespace NKROVEL20 {}
 
-// The host uses the contract's types everywhere and refers to them by their plain names. Its own types are in
-// velhost, so a plugin's author cannot mistake one for the other.
+// The host uses the contract's types everywhere, by their plain names. Its own types are in velhost, so that a plugin
+// cannot confuse the two.
 namespace velhost {
 using namespace NKROVEL20;
 }  // namespace velhost

@@ -28,7 +28,7 @@ inline std::string FoldName(std::string_view name) {
   return folded;
 }
 
-/// Random and fixed for the life of the process, so that nobody can craft names that all collide.
+/// Random, and fixed for the life of the process, so that nobody can craft names that all collide.
 struct TNameHashKey {
   std::uint64_t start;
   std::uint64_t factor;

@@ -33,7 +33,7 @@ class TDescriptor {
   int descriptor_;
 };
 
-/// Writes the whole text, through partial writes, interrupting signals and non-blocking descriptors. Returns 0, or
+/// Writes the whole text, despite partial writes, interrupting signals and non-blocking descriptors. Returns 0, or
 /// the errno that ended it.
 VELHOST_API int WriteAll(int descriptor, std::string_view text) noexcept;
 

@@ -10,12 +10,12 @@ namespace velhost {
 
 enum class EFailure {
   kInvalidArgument,  ///< an argument names nothing that exists or can be used
-  kMalformed,        ///< a schema, server file or recording is not well-formed
+  kMalformed,        ///< a schema, server file or recording is invalid
   kTooLarge,         ///< an input, or what it requires, exceeds a limit
   kAbsent,           ///< an input does not exist or cannot be read
   kDenied,           ///< the system denies permission
   kRefused,          ///< the service processor refuses the user or the password
-  kUnreachable,      ///< the service processor, or a program that is needed, cannot be reached
+  kUnreachable,      ///< the service processor, or a required program, cannot be reached
   kStopped,          ///< interrupted, or out of time
   kNotCreated,       ///< an output cannot be created
   kNotWritten,       ///< a write failed

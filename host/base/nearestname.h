@@ -16,7 +16,7 @@ namespace velhost {
 /// Otherwise empty.
 VELHOST_API std::string_view NearestName(std::string_view name, std::span<const std::string_view> candidates);
 
-/// The step limit of one search. A step compares two characters; a full search takes less than a tenth of a second.
+/// The step limit of one search. A step compares two characters; this many take less than a tenth of a second.
 inline constexpr std::size_t kNameSearchSteps = 16U << 20U;
 
 /// As above, limited to `steps` comparisons; those used are subtracted. A candidate that would exceed the limit is

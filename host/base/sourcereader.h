@@ -33,7 +33,7 @@ class VELHOST_API ISourceReader {
   /// folder. A pipe counts as being in every folder: whoever names one already has its content. A reader that cannot
   /// tell returns false.
   virtual bool LiesIn(const std::string& folder);
-  /// Throws TEndedReading once the run is stopped; by default, never. Code that processes a text which may be large
+  /// Throws TEndedReading once the run is stopped; by default, never. Code that processes potentially large texts
   /// calls it at intervals.
   virtual void CheckStop();
 };

@@ -29,8 +29,8 @@ struct TTextDiagnostic {
   std::size_t sourceSize = 0;   ///< bytes of the whole line; 0 if `sourceLine` is all of it
 };
 
-/// Keeps only what FormatDiagnostic will show of the line at the column, at most 78 bytes: a text with a single line
-/// of megabytes may have thousands of diagnostics.
+/// Keeps only what FormatDiagnostic will show of the line at the column, at most 78 bytes: a text that is one line of
+/// several megabytes may have thousands of diagnostics.
 VELHOST_API void SetSourceLine(TTextDiagnostic& diagnostic, std::string_view line);
 
 /// "FILE:LINE:COLUMN: error: MESSAGE\n", then, if the source line is known, the line and a caret under the column
