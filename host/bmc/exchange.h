@@ -51,8 +51,7 @@ class VELHOST_API TIpmiRequest {
   std::uint8_t Command() const { return buffer_[wire::TCommandBuffer::kCommand]; }
   /// The data to send: as many bytes as byte 5 of the buffer says, but none from past the buffer's end.
   std::span<const std::uint8_t> Data() const;
-  /// The buffer's entire data area, which Data() is the start of. The sender may have put more there than byte 5
-  /// says.
+  /// The buffer's entire data area; Data() is its beginning. The sender may have put more there than byte 5 says.
   std::span<const std::uint8_t> DataField() const;
   const wire::TCommandBuffer& Buffer() const { return buffer_; }
 

@@ -17,8 +17,8 @@ namespace velhost {
 inline constexpr std::int64_t kLargestArea = std::int64_t{32} << 20U;
 inline constexpr std::int64_t kLargestAreasOfRequest = std::int64_t{40} << 20U;
 
-/// Wraps everything that observes exchanges, so that observers see the true answer. If a size is over a limit, the
-/// collector sees no answer to its size query, skips the area and goes on. All other exchanges pass through.
+/// The outermost wrapper: observers are inside it, so they see the true answer. If a size is over a limit, the
+/// collector gets no answer to its size query, skips the area and goes on. All other exchanges pass through.
 class VELHOST_API TSizeLimit : public TForwardingServiceProcessor {
  public:
   using TForwardingServiceProcessor::TForwardingServiceProcessor;

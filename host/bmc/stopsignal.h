@@ -10,7 +10,7 @@
 
 namespace velhost {
 
-/// Stopped once RequestStop has been called or the deadline has passed, and for good.
+/// Stopped for good once RequestStop has been called or the deadline has passed.
 class VELHOST_API TStopSignal {
  public:
   using TClock = std::chrono::steady_clock;

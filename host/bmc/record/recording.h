@@ -1,6 +1,6 @@
 // Recordings of a service processor's exchanges, as JSON Lines: a line about the server, then one line for each
 // exchange and each reading of the clock, in order. man/velhost-recording.5 documents the format. A recording
-// contains no credentials: those of a BMC session are not part of an exchange.
+// contains no credentials: they are not part of any exchange.
 #pragma once
 #include "host/base/api.h"
 

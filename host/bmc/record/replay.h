@@ -80,7 +80,7 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   std::uint32_t cutLine_ = 0;  // the number of the cut line; 0 if there is none
   bool ranOut_ = false;
   bool timing_ = false;
-  std::int64_t owedUs_ = 0;  // remainder of waits, below the millisecond that a wait takes at least
+  std::int64_t owedUs_ = 0;  // remaining time to wait, less than the millisecond that is the shortest wait
   TCIMDateTime now_;
 };
 

@@ -15,7 +15,7 @@ class TTomlCursor {
   explicit TTomlCursor(const TTomlDocument& document);
 
   bool AtEnd() const { return at_ == text_.size(); }
-  /// The byte `ahead` of the cursor; 0 past the end.
+  /// The byte `ahead` bytes after the cursor; 0 past the end.
   char Peek(std::size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : '\0'; }
   bool AtNewline() const { return Peek() == '\n' || (Peek() == '\r' && Peek(1) == '\n'); }
   void Next(std::size_t bytes = 1);
@@ -46,7 +46,7 @@ class TTomlCursor {
   TTomlPlace place_;
 };
 
-/// Control characters other than the tab, which TOML only allows in line ends.
+/// Whether `c` is a control character other than the tab. TOML allows those only in line ends.
 constexpr bool IsTomlControl(char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; }
 
 }  // namespace velhost
