@@ -28,7 +28,7 @@ TEST(Hex, AcceptsDigitsOfEitherCaseAndNothingElse) {
   for (const char c : {'/', ':', '@', 'G', '`', 'g', '\0', ' ', '\xff'}) EXPECT_EQ(HexDigitValue(c), -1);
 }
 
-TEST(Hex, ReadsPairsBetweenWhiteSpace) {
+TEST(Hex, ReadsPairsSeparatedByWhiteSpace) {
   EXPECT_EQ(ParseHexPairs("").bytes, TBytes{});
   EXPECT_EQ(ParseHexPairs(" 0a\tFF\r\n00 7b7C").bytes, (TBytes{0x0A, 0xFF, 0x00, 0x7B, 0x7C}));
   EXPECT_EQ(ParseHexPairs("00").errorAt, std::string_view::npos);
@@ -41,7 +41,7 @@ TEST(Hex, SaysWhereATextStopsBeingPairs) {
   EXPECT_EQ(ParseHexPairs("0 a").errorAt, 1U);
 }
 
-TEST(Hex, WritesPairsBetweenBlanks) {
+TEST(Hex, SeparatesPairsByBlanks) {
   EXPECT_EQ(FormatHexPairs(TBytes{}), "");
   EXPECT_EQ(FormatHexPairs(TBytes{0x01, 0x20, 0x3A}), "01 20 3a");
 }

@@ -23,7 +23,7 @@ TEST(LineReader, GivesLinesAndAnUnfinishedLastOne) {
   EXPECT_EQ(Lines("a\nbc", 5), (TLines{"a|", "bc"}));
 }
 
-TEST(LineReader, GivesOneByteMoreOfALineThatIsTooLong) {
+TEST(LineReader, GivesOneByteTooManyOfAnOverlongLine) {
   EXPECT_EQ(Lines("12345\n", 5), (TLines{"12345|"}));
   EXPECT_EQ(Lines("123456\n", 5).front(), "123456|");
   EXPECT_EQ(Lines("1234567", 5).front(), "123456|");

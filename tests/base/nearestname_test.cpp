@@ -26,7 +26,7 @@ TEST(NearestName, ForgivesASlipInEveryThreeLetters) {
   EXPECT_EQ(NearestName("mxxxxxe_type", kNames), "");
 }
 
-TEST(NearestName, ComparesLettersWithoutCase) {
+TEST(NearestName, IgnoresCase) {
   EXPECT_EQ(NearestName("BMC_NODE", kNames), "bmc_node");
   EXPECT_EQ(NearestName("Dot", kNames), "dot");
 }
@@ -39,7 +39,7 @@ TEST(NearestName, FindsTheOnlyNameThatContinues) {
   EXPECT_EQ(NearestName("mac", kLong), "") << "too short to tell";
 }
 
-TEST(NearestName, FindsNothingForNothingOrForALongText) {
+TEST(NearestName, FindsNothingForAnEmptyOrALongText) {
   EXPECT_EQ(NearestName("", kNames), "");
   EXPECT_EQ(NearestName("dot", {}), "");
   EXPECT_EQ(NearestName(std::string(1'000'000, 'd'), kNames), "");

@@ -88,7 +88,7 @@ TServerFile Read(const std::string& text) {
   return ReadServerFile("s.toml", reader, folder);
 }
 
-// As many exchanges as faults.
+// Makes as many exchanges as there are faults.
 void Exchange(const TServerFile& server, int count) {
   TSimulatedServer simulator(server);
   TFaultInjector faults(simulator, server.faults);

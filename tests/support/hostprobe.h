@@ -25,13 +25,13 @@ class THostProbe {
   boost::shared_ptr<NKROVEL20::ICIMPropertyDecl> Wrap(const boost::shared_ptr<NKROVEL20::ICIMPropertyDecl>& inner);
 
   /// The call, given as it is recorded, throws TVELException with the status: every time, or from its nth time on
-  /// (from 1).
+  /// (counted from 1).
   void FailAt(const std::string& call, std::int32_t status, int nth = 1);
   /// As above, with any action, which may throw anything or return.
   void DoAt(const std::string& call, std::function<void()> action, int nth = 1);
   /// The call returns a null pointer.
   void ReturnNothingAt(const std::string& call) { ReturnNothingAt(call, 1); }
-  /// As above, from its nth time on (from 1).
+  /// As above, from its nth time on (counted from 1).
   void ReturnNothingAt(const std::string& call, int nth) { empty_[call] = nth; }
 
   /// Makes enumerations of properties deliver everything twice.

@@ -40,7 +40,7 @@ class TRecordingLogger : public NKROVEL20::ILogger {
 
   const std::vector<TLine>& Lines() const { return lines_; }
   void Clear() { lines_.clear(); }
-  /// Makes this message throw what `failure` throws, from its nth time on (from 1).
+  /// Makes this message throw what `failure` throws, from its nth time on (counted from 1).
   void FailAt(const std::string& message, std::function<void()> failure, int nth = 1) {
     failing_ = message;
     failure_ = std::move(failure);

@@ -93,7 +93,7 @@ TEST_F(Inband, SilenceEndsTheExchangeAfterTheAnswerTime) {
   EXPECT_GT(driver_->LongestWait(), milliseconds(4000));
 }
 
-TEST_F(Inband, LateAnswerIsNotTakenForTheNextOne) {
+TEST_F(Inband, LateAnswerIsNotMistakenForTheNextOne) {
   ExpectLost();
   driver_->Answer(1, {0x00, 0x11}).Answer(2, {0x00, 0x22});
   ExpectAnswer(AskRegister(), 0x00, {0x22});

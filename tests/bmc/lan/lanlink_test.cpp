@@ -93,7 +93,7 @@ TEST_F(LanLink, TriesTheNextCipherSuite) {
   EXPECT_EQ(Ways(), (TWays{{17, false}, {3, false}, {3, false}}));
 }
 
-TEST_F(LanLink, WarnsOfWhatACipherSuiteDoesNotProtect) {
+TEST_F(LanLink, WarnsAboutWhatACipherSuiteDoesNotProtect) {
   const std::string all =
       "checks no password and protects nothing: anybody on the network can pose as the BMC, and read and change what "
       "is exchanged";

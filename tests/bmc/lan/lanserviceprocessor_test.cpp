@@ -141,7 +141,7 @@ TEST_F(LanServiceProcessor, StopEndsAWaitThatCannotBeInterrupted) {
   while (module_.ClosedSessions() != 4) std::this_thread::yield();
 }
 
-TEST_F(LanServiceProcessor, WarnsOfFallingBackToAWeakerSuite) {
+TEST_F(LanServiceProcessor, WarnsAboutFallingBackToAWeakerSuite) {
   module_.Open(VEL_LAN_CIPHER_SUITE);
   Open(1);
   EXPECT_THAT(warnings_, ElementsAre("lan:bmc:623: no session with cipher suite 17, so the weaker 3 is used; an "
@@ -158,7 +158,7 @@ TEST_F(LanServiceProcessor, AnswerToAnotherCommandIsLostWithAWarning) {
   EXPECT_TRUE(notices_.empty());
 }
 
-TEST_F(LanServiceProcessor, ExchangesAreMadeOnTheThreadThatAsks) {
+TEST_F(LanServiceProcessor, ExchangesAreMadeOnTheCallingThread) {
   const auto processor = Open(1);
   std::thread::id thread;
   module_.Lose().Open().Open().Do([&thread] { thread = std::this_thread::get_id(); });

@@ -177,8 +177,7 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
   Serve();
   const auto processor = Open();
   for (int i = 0; i < 2000 && !HasFailure(); ++i) {
-    // The made-up value at address 00 hh ll, chip 0: byte k is the exclusive or of 17 * k and the address's byte k %
-    // 3.
+    // Byte k of the made-up value at address 00 hh ll, chip 0, is the address's byte k % 3 XOR 17 * k.
     const int high = i >> 8;
     const int low = i & 0xFF;
     const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };

@@ -108,7 +108,7 @@ TEST_F(Recording, HoldsEachReadingOfTheClock) {
   EXPECT_EQ(Lines(), "{\"kind\":\"clock\",\"local_time\":\"2026-01-31T12:34:56.000789-03:30\"}\n");
 }
 
-TEST_F(Recording, EndsWithTheFirstWriteThatFails) {
+TEST_F(Recording, EndsAtTheFirstFailedWrite) {
   sink_.failFrom = 2;
   for (int i = 0; i < 3; ++i) recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(i)});
   EXPECT_THAT(Lines(), testing::EndsWith("\"us\":0}\n"));

@@ -107,7 +107,7 @@ TEST(DataFolderStepByStep, FollowsNoLinkAtAll) {
   EXPECT_THROW(folder.Open("near", 3), THostError);
 }
 
-TEST(DataFolderOfAPipe, IsNone) {
+TEST(DataFolderOfAPipe, IsRefused) {
   const TTree tree;
   ASSERT_EQ(mkfifo(tree.Path("servers/s.toml").c_str(), 0600), 0);
   TDataFolder folder(tree.Path("servers/s.toml"));

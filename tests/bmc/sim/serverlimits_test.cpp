@@ -20,13 +20,13 @@ std::string Refusal(const std::string& text) {
   return message.substr(0, message.find('\n'));
 }
 
-TEST(ServerLimit, IsOfNodes) {
+TEST(ServerLimit, AppliesToNodes) {
   EXPECT_EQ(ServerFrom(kType + Repeated("[[bmc_node]]\n", 256)).nodes.size(), 256U);
   EXPECT_EQ(Refusal(kType + Repeated("[[bmc_node]]\n", 257)),
             "server.toml:258:1: error: found more than 256 [[bmc_node]] tables, expected no more");
 }
 
-TEST(ServerLimit, IsOfAreasInEachNode) {
+TEST(ServerLimit, AppliesToTheAreasOfEachNode) {
   const auto areas = [](int count) {
     std::string text = "[[bmc_node]]\nstorage_area = [\n";
     for (int i = 0; i < count; ++i) text += "{ name = \"a" + std::to_string(i) + "\", data = \"00\" },\n";
@@ -38,13 +38,13 @@ TEST(ServerLimit, IsOfAreasInEachNode) {
             "server.toml:260:1: error: found more than 256 [[storage_area]] tables, expected no more");
 }
 
-TEST(ServerLimit, IsOfServiceProcessors) {
+TEST(ServerLimit, AppliesToServiceProcessors) {
   EXPECT_EQ(ServerFrom(kType + Repeated("[[dot.service_processor]]\nblock = \"00\"\n", 256)).dot->blocks.size(), 256U);
   EXPECT_EQ(Refusal(kType + Repeated("[[dot.service_processor]]\nblock = \"00\"\n", 257)),
             "server.toml:514:1: error: found more than 256 [[service_processor]] tables, expected no more");
 }
 
-TEST(ServerLimit, IsOfKeysInATable) {
+TEST(ServerLimit, AppliesToTheKeysOfATable) {
   std::string text;
   for (int i = 0; i < 100; ++i) text += "k" + std::to_string(i) + " = 1\n";
   EXPECT_THAT(Refusal(text), testing::StartsWith("server.toml:1:1: error: found the unknown key \"k0\""));
@@ -53,7 +53,7 @@ TEST(ServerLimit, IsOfKeysInATable) {
 }
 
 // The root table, machine_type, the array and 999,997 elements are a million.
-TEST(ServerLimit, IsOfValues) {
+TEST(ServerLimit, AppliesToValues) {
   const std::string start = kType + "fault = [\n";
   EXPECT_EQ(Refusal(start + Repeated("1,", 999'997) + "]"),
             "server.toml:3:1: error: found an integer, expected a [[fault]] table");
@@ -61,7 +61,7 @@ TEST(ServerLimit, IsOfValues) {
             "server.toml:3:1999995: error: found more than 1000000 values, expected no more in one file");
 }
 
-TEST(ServerLimit, IsOfTheFile) {
+TEST(ServerLimit, AppliesToTheFilesSize) {
   TMemoryReader reader;
   reader.Add("server.toml", kType + std::string((std::size_t{64} << 20U) - kType.size() + 1, '\n'));
   EXPECT_EQ(MessageOf([&] { ReadFrom("server.toml", reader); }, EFailure::kTooLarge),
@@ -95,7 +95,7 @@ TServerFile ReadWith(TSizesOnly& folder, const std::string& text) {
   return ReadServerFile("server.toml", reader, folder);
 }
 
-TEST(ServerLimit, IsOfDataFiles) {
+TEST(ServerLimit, AppliesToDataFiles) {
   TSizesOnly folder;
   EXPECT_EQ(ReadWith(folder, Areas(512, "")).nodes.at(1).areas.size(), 256U);
   const std::string message = MessageOf([&] { ReadWith(folder, Areas(513, "")); });
@@ -104,7 +104,7 @@ TEST(ServerLimit, IsOfDataFiles) {
 }
 
 // Two files of 256 MiB, less the text's size, make 512 MiB together with the text.
-TEST(ServerLimit, IsOfTheFileWithItsDataFiles) {
+TEST(ServerLimit, AppliesToTheFileTogetherWithItsDataFiles) {
   const std::string text = Areas(2, "\n");
   ASSERT_EQ(text.size() % 2, 0U);
   TSizesOnly folder;
@@ -127,7 +127,7 @@ TEST(ADataFile, CountsOnceWhereverItIsNamed) {
   EXPECT_EQ(folder.names, std::vector<std::string>{"one"});
 }
 
-TEST(ADataFile, IsInTheFoldersOfItsServerFile) {
+TEST(ADataFile, MustBeInItsServerFilesFolder) {
   for (const std::string name : {"/etc/passwd", "..", "../b", "a/../b", "a/.."}) {
     EXPECT_EQ(Refusal(kType + "[[dot.service_processor]]\nblock_file = \"" + name + "\""),
               "server.toml:3:14: error: found \"" + name +
