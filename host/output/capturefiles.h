@@ -1,4 +1,4 @@
-// Capture files: as instances carry them, and raw, in a folder.
+// Capture files: decoded from instances, and written as raw bytes into a folder.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace velhost {
 
-/// The property that holds a capture file's bytes.
+/// The property that holds the bytes of a capture file.
 inline constexpr std::string_view kCaptureDataProperty = "ErrRawData";
 
 struct TCaptureFile {
@@ -23,29 +23,28 @@ struct TCaptureFile {
   std::vector<std::uint8_t> data;
 };
 
-/// The bytes of "0a ff 00 ": two digits of either case and a blank for each, the last blank optional.
+/// Decodes text such as "0a ff 00 ": two hex digits of either case and a blank per byte, the last blank optional.
 /// Empty for any other text.
 std::optional<std::vector<std::uint8_t>> DecodeHexPairs(std::string_view text);
 
-/// The capture file that the instance is: empty for an instance of another class, or one whose data
-/// are not set, null or no hex pairs. Properties that are not set give empty texts.
+/// The capture file in the instance. Empty if the instance is of another class, or if its data is unset, null or not
+/// hex pairs. Unset properties give empty strings.
 std::optional<TCaptureFile> CaptureFileOf(const TInstance& instance);
 
-/// "node1-cpu_err-0.bin", from the instance's SourceNode, FileName and RecordID. Slashes and unsafe
-/// characters (see IsUnsafe) become underscores, and each part is cut to 80 bytes.
+/// "node1-cpu_err-0.bin", from the instance's SourceNode, FileName and RecordID. Slashes and unsafe characters (see
+/// IsUnsafe) become underscores, and each part is cut to 80 bytes.
 std::string CaptureFileName(const TCaptureFile& capture);
 
 class TCaptureFolder {
  public:
-  /// Creates the folder if it does not exist; its parent has to. It is held open, so that all files go into
-  /// the same one. Throws THostError (kNotCreated), also if the path is a link that the kernel refuses to
+  /// Creates the folder if it does not exist; its parent must exist. The folder is held open, so that all files go
+  /// into the same one. Throws THostError (kNotCreated), also if the path is a link that the kernel refuses to
   /// follow.
   explicit TCaptureFolder(const std::string& path);
 
-  /// Writes the capture file that the instance holds and returns its path; empty for an instance that
-  /// holds none (see CaptureFileOf). The file is there whole or not at all, and takes the place of
-  /// whatever has its name: a link is replaced and never followed. Throws THostError (kNotCreated, kNotWritten) that
-  /// names the file.
+  /// Writes the capture file in the instance and returns its path; empty if the instance holds none (see
+  /// CaptureFileOf). The file appears complete or not at all, and replaces whatever has its name; a link is replaced,
+  /// never followed. Throws THostError (kNotCreated, kNotWritten) that names the file.
   std::optional<std::string> Write(const TInstance& instance) const;
 
  private:

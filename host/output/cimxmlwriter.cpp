@@ -61,7 +61,7 @@ void AppendInstanceName(pugi::xml_node parent, const TObjectPath& path) {
   }
 }
 
-// The element that holds a namespace and a name, by what the path has.
+// The element for a path that has namespaces.
 const char* PathElement(const TObjectPath& path) {
   if (path.host.empty()) return path.isInstance ? "LOCALINSTANCEPATH" : "LOCALCLASSPATH";
   return path.isInstance ? "INSTANCEPATH" : "CLASSPATH";
@@ -80,7 +80,7 @@ void AppendReference(pugi::xml_node parent, const TObjectPath& path) {
 
 using TType = TCIMValue::TCIMType;
 
-// Texts are escaped before they go into the tree.
+// The text is already escaped when it is added to the tree.
 constexpr unsigned int kFormat = pugi::format_raw | pugi::format_no_empty_element_tags | pugi::format_no_escapes;
 
 class TBufferWriter : public pugi::xml_writer {
@@ -99,7 +99,7 @@ const char* RealWithoutDigits(double number) {
   return number < 0 ? "-INF" : "INF";
 }
 
-// A reference cannot stand in an array, and has no type name of its own.
+// Arrays of references do not exist in CIM-XML, and a reference has no type name of its own.
 std::string TypeName(TType type) { return type == TType::kReference ? "string" : type.ToString(); }
 
 pugi::xml_node AppendProperty(pugi::xml_node parent, const char* element, const TPropertyDefinition& definition) {

@@ -1,4 +1,4 @@
-// The form `cimxml`: a CIM-XML document of declarations (DSP0201, valid against DSP0203).
+// The format `cimxml`: a CIM-XML document of declarations (DSP0201, valid against DSP0203).
 #pragma once
 
 #include <pugixml.hpp>
@@ -11,10 +11,10 @@
 
 namespace velhost {
 
-/// One node tree at a time: that of the instance being written. No element is self-closed, text is
-/// raw UTF-8, and a carriage return is a character reference, as XML readers drop it otherwise.
-/// Characters that XML 1.0 cannot hold become U+FFFD, a point in time that does not exist null with a
-/// comment, and a reference that is no object path a string. Header, marks and summary are comments.
+/// Holds the nodes of one instance at a time. Elements are never self-closed, and text is raw UTF-8. A carriage
+/// return is written as a character reference, because XML readers would drop it otherwise. Characters that XML 1.0
+/// cannot hold become U+FFFD, a datetime that does not exist becomes null with a comment, and a reference that is not
+/// an object path becomes a string. Header, marks and summary are comments.
 class TCimXmlWriter : public IInstanceWriter {
  public:
   explicit TCimXmlWriter(ITextSink& sink) : out_(sink) {}
@@ -28,7 +28,7 @@ class TCimXmlWriter : public IInstanceWriter {
   void Scalar(pugi::xml_node property, const TCIMValue& value);
   void Array(pugi::xml_node property, const TCIMValue& value);
   void Reference(pugi::xml_node parent, const TPropertyDefinition& definition, const TCIMValue& value);
-  /// The text of a value, escaped, valid until the next call; null where the value has none.
+  /// The escaped text of a value, valid until the next call; null if the value has no text.
   const char* Text(const TCIMValue& value);
 
   TTextBuffer out_;

@@ -1,4 +1,4 @@
-// The output forms' common interface: a stream of instances between a beginning and a summary.
+// The interface of all output formats: a stream of instances between a header and a summary.
 #pragma once
 
 #include <cstddef>
@@ -21,9 +21,9 @@ struct TCollectionHeader {
   std::string pluginInterfaceVersion;
 };
 
-/// A GetData call that ended in an exception, or that a stopped run did not come to.
+/// A GetData call that ended in an exception, or that was never made because the run was stopped.
 struct TRequestFailure {
-  std::string className;  ///< of a single request: all its classes, separated by ", "
+  std::string className;  ///< all classes of a single request, separated by ", "
   std::string message;
   bool collected = true;  ///< false: the run was stopped before the call was made
 };
@@ -39,8 +39,8 @@ struct TFailedExchange {
 /// What is known after the last instance.
 struct TCollectionSummary {
   bool partial = false;
-  /// "interrupted", "deadline reached", "the service processor was lost", "the collection is not the
-  /// recorded one" or "a request failed"; empty when complete.
+  /// "interrupted", "deadline reached", "the service processor was lost", "the collection is not the recorded one" or
+  /// "a request failed"; empty if the collection is complete.
   std::string partialReason;
   std::vector<TRequestFailure> failures;
   std::uint64_t exchanges = 0;
@@ -48,14 +48,14 @@ struct TCollectionSummary {
   std::int64_t elapsedMs = 0;
 };
 
-/// Writes one form: Begin, any number of Instance calls, End. Instances are written as they come,
-/// so that memory does not grow with their number.
+/// Writes one format: Begin, any number of Instance calls, End. Instances are written as they arrive, so memory does
+/// not grow with their number.
 class IInstanceWriter {
  public:
   virtual ~IInstanceWriter() = default;
   virtual void Begin(const TCollectionHeader& header) = 0;
-  /// `incomplete`: an exchange failed in the GetData call that committed the instance. Forms that
-  /// write at the moment of the commit know only of the failures before it.
+  /// `incomplete`: an exchange failed in the GetData call that committed the instance. Formats that write at the
+  /// moment of the commit only know about failures before it.
   virtual void Instance(const TInstance& instance, bool incomplete) = 0;
   virtual void End(const TCollectionSummary& summary) = 0;
 };

@@ -1,5 +1,5 @@
-// The forms `json` and `jsonl`: an instance collection after CIM-RS (DSP0211), as one object or as
-// one object a line. instance-collection.schema.json describes both.
+// The formats `json` and `jsonl`: an instance collection modelled on CIM-RS (DSP0211), as one object or as one object
+// per line. instance-collection.schema.json describes both.
 #pragma once
 
 #include <string>
@@ -12,20 +12,20 @@
 
 namespace velhost {
 
-/// JSON text of instances and summaries. Integers, also those of 64 bits, are numbers; reals that
-/// are not finite are null; datetimes are CIM datetime strings, a char16 is a string of one
-/// character, a reference its object path.
+/// JSON text of instances and summaries. Integers are numbers, including those of 64 bits; reals that are not finite
+/// are null; datetimes are CIM datetime strings; a char16 is a string of one character; a reference is its object
+/// path.
 class TJsonText {
  public:
   explicit TJsonText(ITextSink& sink) : out_(sink) {}
 
   /// {"kind":"instance",...}, without a newline.
   void Instance(const TInstance& instance, bool incomplete);
-  /// "format_version" to "plugin", with a comma behind.
+  /// "format_version" to "plugin", with a trailing comma.
   void HeaderMembers(const TCollectionHeader& header);
   /// "status" to "elapsed_ms".
   void SummaryMembers(const TCollectionSummary& summary);
-  /// Text that is JSON already.
+  /// Appends text that is already JSON.
   void Raw(std::string_view text) { out_.Append(text); }
   void Flush() { out_.Flush(); }
 
@@ -44,7 +44,7 @@ class TJsonText {
   std::string scratch_;
 };
 
-/// One object, written as it grows: the instances stand before the status, which is known last.
+/// Writes one object incrementally: the instances precede the status, because that is known last.
 class TJsonWriter : public IInstanceWriter {
  public:
   explicit TJsonWriter(ITextSink& sink) : json_(sink) {}
@@ -57,8 +57,8 @@ class TJsonWriter : public IInstanceWriter {
   bool first_ = true;
 };
 
-/// A line for each instance, passed on at once, and a last line of kind "summary" with the members
-/// that `json` has beside its instances.
+/// Writes a line for each instance and flushes it at once. The last line has the kind "summary" and the members that
+/// `json` has besides its instances.
 class TJsonLinesWriter : public IInstanceWriter {
  public:
   explicit TJsonLinesWriter(ITextSink& sink) : json_(sink) {}

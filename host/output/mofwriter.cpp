@@ -22,7 +22,7 @@ constexpr TListSigns kSigns = {"NULL", '{', ", ", '}'};
 constexpr TPlainCharacters kPlain = PlainBut("\"\\\x7f");
 constexpr std::size_t kLiteralSize = 96;  // bytes of a string in one literal: 32 bytes of a capture file
 
-// Where to end a literal, without cutting a character.
+// Where to end a literal without splitting a character.
 std::size_t LiteralSize(std::string_view text) {
   std::size_t size = std::min(kLiteralSize, text.size());
   while (size < text.size() && size < kLiteralSize + 3 && IsUtf8Continuation(text[size])) ++size;
@@ -137,7 +137,7 @@ void TMofWriter::Literal(std::string_view part) {
 void TMofWriter::Escape(char32_t character) {
   out_.Append('\\');
   if (const char escape = ShortEscape(character)) return out_.Append(escape);
-  // Always four digits: fewer would take in a hexadecimal digit that follows.
+  // Always four digits: with fewer, a hexadecimal digit that follows would become part of the escape.
   out_.Append('x');
   out_.Append(HexPair(static_cast<std::uint8_t>(character >> 8)));
   out_.Append(HexPair(static_cast<std::uint8_t>(character)));

@@ -1,5 +1,4 @@
-// The form `mof`: instances as a MOF compiler takes them (DSP0004), against the schema that they were
-// collected with.
+// The format `mof`: instances as MOF (DSP0004) that compiles against the schema they were collected with.
 #pragma once
 
 #include <string>
@@ -11,9 +10,9 @@
 
 namespace velhost {
 
-/// Header, marks and summary are comments. Long strings are written as several literals side by side.
-/// What MOF has no word for is written as NULL with a comment that shows it: reals that are not
-/// finite, and points in time that do not exist.
+/// Header, marks and summary are comments. Long strings are written as several adjacent literals. Values that MOF
+/// cannot express (reals that are not finite, datetimes that do not exist) are written as NULL with a comment that
+/// shows them.
 class TMofWriter : public IInstanceWriter {
  public:
   explicit TMofWriter(ITextSink& sink) : out_(sink) {}
@@ -22,7 +21,7 @@ class TMofWriter : public IInstanceWriter {
   void End(const TCollectionSummary& summary) override;
 
  private:
-  /// A comment line; the text is safe, so that it cannot leave its line.
+  /// Writes a comment line. The text must be safe, so that it cannot leave its line.
   void Comment(std::string_view safeText);
   void Value(const TCIMValue& value);
   void Scalar(const TCIMValue& value);

@@ -27,7 +27,7 @@ bool IsNumeric(std::string_view text) {
          text.find_first_not_of("0123456789abcdefABCDEFxX+-.") == std::string_view::npos;
 }
 
-// Everything up to the first of `stops`, taken off the text; the stop stays.
+// Removes everything before the first of `stops` from the text and returns it.
 std::string_view TakeUntil(std::string_view& text, std::string_view stops) {
   const std::size_t size = std::min(text.find_first_of(stops), text.size());
   const std::string_view part = text.substr(0, size);
@@ -54,7 +54,7 @@ bool ReadHost(std::string_view& text, TObjectPath& path) {
 bool ReadNamespace(std::string_view& text, TObjectPath& path) {
   std::string_view rest = text;
   std::string_view names = TakeUntil(rest, ":.=\"");
-  if (!Take(rest, ":")) return path.host.empty();  // a host has namespaces
+  if (!Take(rest, ":")) return path.host.empty();  // a host requires a namespace
   text = rest;
   Take(names, "/");
   for (;;) {
@@ -65,7 +65,7 @@ bool ReadNamespace(std::string_view& text, TObjectPath& path) {
   }
 }
 
-// A value in quotes, of which the first is taken already.
+// Reads a quoted value whose opening quote has already been taken.
 bool ReadQuoted(std::string_view& text, char quote, std::string& value) {
   while (!text.empty() && text.front() != quote) {
     if (text.front() == '\\') text.remove_prefix(1);

@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t kPendingLimit = std::size_t{64} * 1024;
 constexpr int kTemporaryNames = 100;
-constexpr std::size_t kLongestNamePart = 200;  // a name of 255 bytes and what is added to it
+constexpr std::size_t kLongestNamePart = 200;  // leaves room for a suffix within the 255 bytes of a name
 
 void WriteOut(int descriptor, std::string_view text, const std::string& name) {
   switch (const int error = WriteAll(descriptor, text)) {
@@ -33,8 +33,8 @@ void WriteOut(int descriptor, std::string_view text, const std::string& name) {
   }
 }
 
-// The descriptor that a path such as /dev/stdout stands for. Opening such a path anew would lose the
-// place in a file that the descriptor has.
+// The descriptor that a path such as /dev/stdout names. Opening such a path again would lose the descriptor's
+// position in a file.
 std::optional<int> DescriptorOfPath(std::string_view path) {
   if (path == "/dev/stdout") return STDOUT_FILENO;
   if (path == "/dev/stderr") return STDERR_FILENO;
@@ -53,11 +53,11 @@ void SyncFolder(int folder) {
   if (readable) ::fsync(readable.Get());
 }
 
-// What a file without a name is linked from. Linking the descriptor itself takes a privilege.
+// The path that a nameless file is linked from. Linking the descriptor itself requires a privilege.
 std::string LinkOf(int descriptor) { return fmt::format("/proc/self/fd/{}", descriptor); }
 
-// The rights of a file that takes another's place. Where the owner or the group could not be kept, those who
-// were one of them are others now, and may have no more than they had.
+// The permissions of a file that replaces another. If the owner or the group could not be kept, the former owner or
+// group members are now "others" and must not get more access than they had.
 mode_t ModeInPlaceOf(const struct stat& old, const struct stat& now) {
   const mode_t owner = old.st_mode >> 6 & 7;
   const mode_t group = old.st_mode >> 3 & 7;
@@ -83,7 +83,7 @@ void TDescriptorSink::Write(std::string_view text) {
 }
 
 void TDescriptorSink::Flush() {
-  // Taken first, so that a failure is reported once and not again by the next flush.
+  // Cleared first, so that a failure is reported once and not again by the next flush.
   const std::string text = std::exchange(pending_, {});
   WriteOut(descriptor_, text, name_);
 }
@@ -119,8 +119,8 @@ TOutputFile::TOutputFile(int folder, const std::string& name, const std::string&
 
 TOutputFile::~TOutputFile() { Discard(); }
 
-// Renaming would replace a file that its owner has protected, and so would not ask the kernel. O_CREAT has it
-// refuse a file or pipe that another user has put into a folder such as /tmp, where it has such a rule.
+// Renaming would replace a file that its owner has write-protected, so the target is opened to let the kernel check.
+// O_CREAT makes the kernel refuse another user's file or pipe in a folder such as /tmp if its rules are enabled.
 TDescriptor TOutputFile::OpenExisting() const {
   const bool isRegular = S_ISREG(place_.existing->st_mode);
   const int flags = O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | (isRegular ? O_NOFOLLOW | O_NONBLOCK : 0);
@@ -144,10 +144,10 @@ void TOutputFile::OpenUnfinished(EUnfinished unfinished) {
   sink_ = std::make_unique<TDescriptorSink>(descriptor_.Get(), path_);
 }
 
-// What replaces a file is nobody else's business before it has that file's rights.
+// A replacement is private until it gets the permissions of the file it replaces.
 mode_t TOutputFile::FirstMode() const { return place_.existing ? 0600 : 0666; }
 
-// Not every file system has nameless files, and without /proc one could not be given its name later.
+// Not every file system supports nameless files, and without /proc a nameless file could not be linked later.
 bool TOutputFile::OpenNameless() {
   descriptor_ = TDescriptor(::openat(place_.folder.Get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, FirstMode()));
   if (!descriptor_) return false;
@@ -178,7 +178,7 @@ bool TOutputFile::TakeTemporaryName(const std::function<bool(const std::string&)
 
 void TOutputFile::KeepAttributesOfTarget() {
   const struct stat& old = *place_.existing;
-  // The owner can only be kept by a privileged process; another one owns what it writes.
+  // Only a privileged process can keep the owner; any other owns what it writes.
   const bool kept = ::fchown(descriptor_.Get(), old.st_uid, old.st_gid) == 0 ||
                     ::fchown(descriptor_.Get(), static_cast<uid_t>(-1), old.st_gid) == 0;
   struct stat now {};
@@ -207,8 +207,8 @@ bool TOutputFile::GiveName(const std::string& name) const {
   return ::linkat(AT_FDCWD, link.c_str(), place_.folder.Get(), name.c_str(), AT_SYMLINK_FOLLOW) == 0;
 }
 
-// False when the target exists: a file in its place is only put there by renaming, for which the
-// nameless one has a temporary name then.
+// Returns false if the target exists: only renaming can replace it, for which the nameless file gets a temporary name
+// first.
 bool TOutputFile::NameAsTarget() {
   if (GiveName(place_.name)) return true;
   if (errno != EEXIST) FailToWrite(errno);

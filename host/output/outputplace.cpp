@@ -14,7 +14,7 @@ namespace velhost {
 
 namespace {
 
-constexpr int kMostLinks = 40;  // as the kernel has it
+constexpr int kMostLinks = 40;  // the kernel's limit
 
 [[noreturn]] void Fail(int error) { throw TNoPlace{std::strerror(error)}; }
 
@@ -49,7 +49,7 @@ TOutputPlace PlaceIn(int start, const std::string& path) {
   return place;
 }
 
-// What the kernel makes of the name, its links followed; empty when it leads to nothing.
+// The target of the name, with links followed by the kernel; empty if it does not exist.
 std::optional<struct stat> LookUp(const TOutputPlace& place) {
   const TDescriptor found(::openat(place.folder.Get(), place.name.c_str(), O_PATH | O_CLOEXEC));
   if (found) return StatusOf(found.Get());
@@ -64,10 +64,11 @@ TOutputPlace FolderAndName(const std::string& path) { return PlaceIn(AT_FDCWD, p
 TOutputPlace FindOutputPlace(const std::string& path) {
   TOutputPlace place = FolderAndName(path);
   place.existing = LookUp(place);
-  // Only a regular file is replaced, so that only its own folder has to be found.
+  // Only a regular file is replaced, so only then must its own folder be found.
   if (place.existing && !S_ISREG(place.existing->st_mode)) return place;
   for (int i = 0; i <= kMostLinks; ++i) {
-    // The link is held while the kernel judges its name: what is followed is what was judged.
+    // The link is held open while the kernel checks its name, so the link that is followed is the one that was
+    // checked.
     const TDescriptor entry(::openat(place.folder.Get(), place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (!entry && errno != ENOENT) Fail(errno);
     const bool isLink = entry && S_ISLNK(StatusOf(entry.Get()).st_mode);

@@ -10,25 +10,25 @@
 
 namespace velhost {
 
-/// A failure is thrown as this, for the caller to say which output it concerns.
+/// Thrown on failure; the caller adds which output is affected.
 struct TNoPlace {
   std::string reason;
 };
 
 struct TOutputPlace {
-  TDescriptor folder;  ///< held, so that the folder is the same one until the end
-  std::string name;    ///< in that folder, never a link when it was looked up
+  TDescriptor folder;  ///< held open, so that it stays the same folder until the end
+  std::string name;    ///< in that folder; was not a link when it was looked up
   std::optional<struct stat> existing;
 };
 
-/// Opens the folder that holds the path's last part. Throws TNoPlace.
+/// Opens the folder that contains the last part of the path. Throws TNoPlace.
 TOutputPlace FolderAndName(const std::string& path);
 
-/// The place that the path leads to, through symbolic links, of which the last may lead to nothing.
+/// Resolves the path, following symbolic links. The last link may dangle.
 ///
-/// The kernel looks up each link before it is followed, so that its rules hold: in a folder that is sticky
-/// and that others may write to (/tmp), a link of another user is refused where fs.protected_symlinks is
-/// set, here also as the last folder of the path. Throws TNoPlace.
+/// The kernel looks up each link before it is followed, so its rules apply: with fs.protected_symlinks set, another
+/// user's link in a sticky folder that others may write to (/tmp) is refused. Here that includes a link in the path's
+/// last folder. Throws TNoPlace.
 TOutputPlace FindOutputPlace(const std::string& path);
 
 }  // namespace velhost

@@ -30,7 +30,7 @@ std::string MinutesAndSeconds(std::uint64_t seconds) {
 
 double Seconds(TClock::duration time) { return std::max(duration<double>(time).count(), 0.0); }
 
-// Below this, kilobytes with one decimal would say too little.
+// Below this size, kilobytes with one decimal would be too coarse.
 constexpr std::uint64_t kShownAsBytes = 10'000;
 
 double Kilobytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1000; }
@@ -39,7 +39,7 @@ std::string Bytes(std::uint64_t bytes) {
   return bytes < kShownAsBytes ? fmt::format("{} bytes", bytes) : fmt::format("{:.1f} kB", Kilobytes(bytes));
 }
 
-// The parts of the line, safe text; those that are empty are left out.
+// The parts of the line as safe text; empty ones are left out.
 struct TParts {
   static constexpr std::string_view kCutMark = "..";
   static constexpr std::size_t kShortestName = 12;
@@ -81,7 +81,7 @@ bool Succeeded(const TIpmiExchange& exchange) {
   return exchange.answer != nullptr && exchange.answer->completionCode == wire::TCommandBuffer::kSuccess;
 }
 
-// The bytes that a read response says it carries, but no more than it does.
+// The byte count in a read response, limited to what the response carries.
 std::uint32_t BytesRead(const TIpmiAnswer& answer) {
   const std::uint32_t before = wire::StorageArea::kResponseData - wire::TCommandBuffer::kData;
   const std::uint32_t carried = answer.DataLength() > before ? answer.DataLength() - before : 0;
@@ -145,7 +145,7 @@ void TProgressLine::DrawWhenDue() {
   const auto now = target_.now();
   if (held_ || (drawn_ && now - *drawn_ < kLeastTimeBetween)) return;
   drawn_ = now;
-  // The last column stays free: a terminal may go to the next line when it is filled.
+  // The last column stays free: some terminals wrap when it is filled.
   const std::size_t room = static_cast<std::size_t>(std::max(target_.width(), 2)) - 1;
   const std::string line = Line(now, room);
   const std::string_view shown = StartThatFits(line, room);
@@ -155,8 +155,8 @@ void TProgressLine::DrawWhenDue() {
   columns_ = columns;
 }
 
-// What matters least goes first: the time left, the end of the class's name, the rate, the whole name,
-// the number of exchanges, the capture file.
+// Parts are dropped in order of increasing importance: the time left, the end of the class name, the rate, the whole
+// class name, the number of exchanges, the capture file.
 std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const {
   const double elapsed = Seconds(now - start_);
   TParts parts;
@@ -165,7 +165,7 @@ std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const 
   if (capture_) parts.capture = CaptureText();
   if (capture_) parts.timeLeft = TimeLeftText(now);
   parts.exchanges = Counted(exchanges_, "exchange");
-  // A rate over less than a second says nothing.
+  // A rate over less than a second is meaningless.
   if (elapsed >= 1) parts.rate = fmt::format("{:.0f}/s", static_cast<double>(exchanges_) / elapsed);
   parts.elapsed = MinutesAndSeconds(static_cast<std::uint64_t>(elapsed));
   if (!parts.Fits(room)) parts.timeLeft.clear();

@@ -13,26 +13,26 @@
 
 namespace velhost {
 
-/// Where the line is drawn, and by which clock.
+/// Where the line is drawn, and the clock that times it.
 struct TProgressTarget {
   using TClock = std::chrono::steady_clock;
 
   std::function<void(std::string_view)> write;
-  std::function<int()> width;  ///< columns, asked for at each drawing, since a window may change
+  std::function<int()> width;  ///< columns; called for each drawing, since a window may be resized
   std::function<TClock::time_point()> now;
 
-  /// Standard error and the real clock. Failed writes are ignored.
+  /// Standard error and the system clock. Failed writes are ignored.
   static TProgressTarget StandardError(std::function<int()> width);
 };
 
-/// One line, redrawn in place at most ten times a second, when an exchange has been made:
+/// One line, redrawn in place after an exchange, at most ten times a second:
 ///
 ///   [3/7] KROSG_VO_MEMCTL_StatisticData  1234 exchanges, 56/s, 0:22
 ///   [7/7] KROSG_DCAPFile  node 0 cpu_err 12.0 of 64.0 kB, 0:41 left  1234 exchanges, 56/s, 0:22
 ///
-/// A capture file counts as being read from the answer to its size request to its close request. Where the
-/// terminal is too narrow, whole parts are left out and the class's name is cut, but never a figure. Drawn
-/// with blanks and carriage returns alone, so that it does no harm in a file.
+/// A capture file counts as being read from the response to its size request until the response to its close request.
+/// If the terminal is too narrow, whole parts are left out and the class name is cut, but figures are never cut. Uses
+/// only blanks and carriage returns to redraw, so that it is harmless in a file.
 class TProgressLine : public IExchangeObserver {
  public:
   explicit TProgressLine(TProgressTarget target);
@@ -43,18 +43,18 @@ class TProgressLine : public IExchangeObserver {
   void BeginClass(std::size_t number, std::size_t count, const std::string& name);
   void OnIpmi(const TIpmiExchange& exchange) override;
   void OnDot(const TDotExchange& exchange) override;
-  /// Takes the line away: at the end, and before anything else is written to the same place. The next
-  /// exchange may draw it anew.
+  /// Removes the line: at the end, and before anything else is written to the same place. The next exchange may draw
+  /// it again.
   void Clear();
-  /// Takes the line away until Resume: something else is being written there.
+  /// Removes the line until Resume, because something else is being written there.
   void Hold();
-  /// The next exchange draws it again.
+  /// Lets the next exchange draw the line again.
   void Resume();
 
  private:
   struct TCapture {
     std::string name;
-    std::uint64_t size;  ///< 0 where the service processor reported none
+    std::uint64_t size;  ///< 0 if the service processor did not report it
     std::uint64_t read = 0;
     TProgressTarget::TClock::time_point start;
   };
@@ -69,7 +69,7 @@ class TProgressLine : public IExchangeObserver {
   TProgressTarget target_;
   TProgressTarget::TClock::time_point start_;
   std::optional<TProgressTarget::TClock::time_point> drawn_;
-  std::size_t columns_ = 0;  ///< of what stands on the line
+  std::size_t columns_ = 0;  ///< that the line occupies
   bool held_ = false;
   std::string place_;  ///< "[3/7]"
   std::string class_;

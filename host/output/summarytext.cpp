@@ -17,7 +17,7 @@ namespace velhost {
 
 namespace {
 
-// Orders groups by the place of their class, then by their own.
+// Sorts groups by the order of their classes, then by their own.
 void SortByClass(std::vector<TFailureGroup>& groups) {
   std::map<std::string, std::size_t> places;
   for (const TFailureGroup& group : groups) places.emplace(group.exchange.className, places.size());

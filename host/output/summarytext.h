@@ -1,4 +1,4 @@
-// What the summaries of several forms say in words.
+// The wording of summaries that several formats share.
 #pragma once
 
 #include <cstdint>
@@ -10,20 +10,20 @@
 
 namespace velhost {
 
-/// What an instance that is not complete is marked with.
+/// Marks an instance that is not complete.
 inline constexpr std::string_view kIncompleteMark = "incomplete: an exchange failed while it was collected";
 
-/// Failed exchanges that are alike, with their number.
+/// Identical failed exchanges and their number.
 struct TFailureGroup {
   TFailedExchange exchange;
   std::uint64_t count = 0;
 };
 
-/// Failures grouped by class, node, kind and completion code, each group and each class in the place
-/// of its first failure.
+/// Groups failures by class, node, kind and completion code. Classes, and the groups within each, are in the order of
+/// their first failure.
 std::vector<TFailureGroup> GroupFailures(const std::vector<TFailedExchange>& failures);
 
-/// "node 0"; "sp 0" for a dot command, which goes to a service processor with a number of its own.
+/// "node 0"; "sp 0" for a dot command, which addresses a service processor by its own number.
 std::string NodeText(const TFailedExchange& exchange);
 
 /// "0.012 s", "2 min 3.4 s", "1 h 2 min 3 s".
@@ -32,8 +32,8 @@ std::string ElapsedText(std::int64_t milliseconds);
 /// "machine type 6203, Engineering Information Collector 1.0 (interface version 1.0)".
 std::string HeaderText(const TCollectionHeader& header);
 
-/// The summary as lines of safe text, for the comments of a form that has no other place for it. The
-/// first says whether the collection is complete.
+/// The summary as lines of safe text, for formats that can only put it in comments. The first line says whether the
+/// collection is complete.
 std::vector<std::string> SummaryLines(const TCollectionSummary& summary);
 
 }  // namespace velhost

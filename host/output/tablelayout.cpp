@@ -9,10 +9,10 @@ namespace velhost {
 namespace {
 
 constexpr int kLeastWidth = 40;
-constexpr std::size_t kLeastTextWidth = 16;  // a column with less room gives way to the next line
+constexpr std::size_t kLeastTextWidth = 16;  // text with less room than this moves to the next line
 
-// Where to cut a text that does not fit: before a word that has room on a line of its own, so that no
-// number is split, and before a longer one if that leaves the line half full.
+// Where to cut a text that does not fit: before a word that fits on a line of its own, so that no number is split,
+// and before a longer word if at least half of the line is already filled.
 std::size_t CutOf(std::string_view text, std::size_t fitting, std::size_t width) {
   if (text[fitting] == ' ') return fitting;
   const std::size_t blank = text.rfind(' ', fitting);

@@ -11,9 +11,9 @@
 
 namespace velhost {
 
-/// Safe text cut into lines of at most `width` columns (a character wider than that is a line of its
-/// own), at blanks. Only a word longer than a line is cut inside, when the line before would be less
-/// than half full without its beginning. Blanks at a cut are dropped. At least one line.
+/// Cuts safe text at blanks into lines of at most `width` columns; a character wider than that gets a line of its
+/// own. A word is only split if it is longer than a line and the line before it would otherwise be less than half
+/// full. Blanks at a cut are dropped. Returns at least one line.
 std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width);
 
 enum class EEmphasis { kNone, kHeading, kFailure };
@@ -23,12 +23,12 @@ class TTableLayout {
   TTableLayout(ITextSink& sink, const TTableOptions& options);
 
   std::size_t Width() const { return width_; }
-  /// One line as it is.
+  /// Writes one line unchanged.
   void Line(std::string_view safeText, EEmphasis emphasis = EEmphasis::kNone);
-  /// Lines indented by `indent`, wrapped.
+  /// Writes wrapped lines, indented by `indent`.
   void Paragraph(std::size_t indent, std::string_view safeText, EEmphasis emphasis = EEmphasis::kNone);
-  /// A label at `indent` and text at `column`, wrapped there. The text begins on the next line where
-  /// the label reaches into its column, and moves there to the left where the column is too narrow.
+  /// Writes a label at `indent` and wrapped text at `column`. If the label reaches that column, the text begins on
+  /// the next line; there it moves to the left if the column is too narrow.
   void Row(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
            EEmphasis emphasis = EEmphasis::kNone);
   void BlankLine() { out_.Append('\n'); }
@@ -36,7 +36,7 @@ class TTableLayout {
 
  private:
   void Emphasised(std::string_view text, EEmphasis emphasis);
-  /// Wrapped lines at `column`, the first of which the caller has moved to.
+  /// Writes wrapped lines at `column`; the caller has already moved to that column for the first line.
   void WrappedAt(std::size_t column, std::string_view safeText, EEmphasis emphasis);
 
   TTextBuffer out_;

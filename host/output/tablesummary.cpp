@@ -15,7 +15,7 @@ namespace velhost {
 
 namespace {
 
-constexpr std::size_t kColumn = 13;  // of what stands behind "  Instances"
+constexpr std::size_t kColumn = 13;  // where the text after "  Instances" begins
 
 struct TFailureWidths {
   std::size_t count = 0;

@@ -1,4 +1,4 @@
-// What the table ends with.
+// The summary at the end of the table.
 #pragma once
 
 #include "host/output/tablelayout.h"
@@ -6,7 +6,7 @@
 
 namespace velhost {
 
-/// Instances of each class, exchanges with those that failed, the time taken, and whether the
+/// Writes the number of instances of each class, the exchanges and how many failed, the time taken, and whether the
 /// collection is complete.
 void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, const TInstanceCounts& counts);
 

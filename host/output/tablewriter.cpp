@@ -52,8 +52,8 @@ std::string ElementText(const TCIMValue& element) {
   return quoted ? '"' + ScalarText(element) + '"' : ScalarText(element);
 }
 
-// The path that collects the class, as far as it decides how a register value is laid out: kJfr for
-// a class below one of the JFR base classes, kR8 for one of the R8 classes, else kNone.
+// The path that collects the class, as far as it determines the layout of a register value: kJfr for a class below
+// one of the JFR base classes, kR8 for one of the R8 classes, otherwise kNone.
 EPath RegisterPathOf(const TCIMClass& cimClass) {
   for (const TCIMClass* above = cimClass.SuperClass().get(); above != nullptr; above = above->SuperClass().get()) {
     if (Contains(CollectorProfile::kJfrBaseClasses, above->Name())) return EPath::kJfr;
@@ -61,9 +61,9 @@ EPath RegisterPathOf(const TCIMClass& cimClass) {
   return Contains(CollectorProfile::kR8Classes, cimClass.Name()) ? EPath::kR8 : EPath::kNone;
 }
 
-// Safe text for people: a register as "0xABCDEF  0x0807060504030201" where the value is one on that
-// path, datetimes in ISO 8601, other arrays as their elements between commas with strings quoted,
-// "(null)" and "(empty)" for what has no text.
+// Safe text for people: a register value as "0xABCDEF  0x0807060504030201" if it is valid on that path, datetimes in
+// ISO 8601, other arrays as elements separated by commas with strings quoted, and "(null)" and "(empty)" for values
+// without text.
 std::string TableText(const TCIMValue& value, EPath path) {
   if (value.IsNull() || !value.IsArray()) return ScalarText(value);
   if (const auto parts = CollectorProfile::SplitRegisterValue(path, value)) {
@@ -80,7 +80,7 @@ std::string TableText(const TCIMValue& value, EPath path) {
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kGap = 2;
 
-// Where values begin: behind the longest name, but never beyond the middle.
+// The column of the values: after the longest name, but never beyond the middle.
 std::size_t ValueColumn(const TInstance& instance, std::size_t width) {
   std::size_t longest = 0;
   const auto& properties = instance.Class().Properties();

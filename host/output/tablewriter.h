@@ -1,4 +1,4 @@
-// The form `table`: one block for each instance, and a summary, for people.
+// The format `table`: one block for each instance, and a summary, for people.
 #pragma once
 
 #include <cstddef>
@@ -13,10 +13,10 @@
 
 namespace velhost {
 
-/// How many instances of each class, in the order of their first ones.
+/// The number of instances of each class, in the order of their first instances.
 using TInstanceCounts = std::vector<std::pair<std::string, std::uint64_t>>;
 
-/// Every block is passed on at once, so that a slow collection can be watched.
+/// Every block is flushed at once, so that a slow collection can be watched.
 class TTableWriter : public IInstanceWriter {
  public:
   TTableWriter(ITextSink& sink, const TTableOptions& options) : layout_(sink, options) {}

@@ -5,7 +5,7 @@
 namespace velhost {
 
 void TTextBuffer::HandOver() {
-  // Taken before the sink is called: a sink that throws leaves an empty buffer, not a second copy.
+  // Reset before the sink is called: if the sink throws, the text is not written a second time.
   const std::size_t size = size_;
   size_ = 0;
   if (size > 0) sink_.Write(std::string_view(text_.data(), size));

@@ -1,5 +1,4 @@
-// The writers' way to a sink: small pieces of text gathered into large ones, with the fast paths
-// that decide how fast a form is written.
+// Buffers the output of the writers. Contains the fast paths that determine how fast a format is written.
 #pragma once
 
 #include <algorithm>
@@ -14,8 +13,8 @@
 
 namespace velhost {
 
-/// Gathers text in memory of a fixed size and hands it to the sink when that is full. Nothing is
-/// handed over on destruction: after an exception there is nobody to hand it to.
+/// Gathers text in memory of a fixed size and passes it to the sink when that is full. The destructor passes on
+/// nothing: after an exception the sink may no longer be usable.
 class TTextBuffer {
  public:
   static constexpr std::size_t kCapacity = std::size_t{64} * 1024;
@@ -36,9 +35,9 @@ class TTextBuffer {
     for (; count > 0; --count) Append(c);
   }
 
-  /// Hands everything to the sink.
+  /// Passes all text to the sink.
   void HandOver();
-  /// The same, and has the sink pass it on.
+  /// Passes all text to the sink and flushes the sink.
   void Flush();
 
  private:
@@ -49,11 +48,11 @@ class TTextBuffer {
   std::size_t size_ = 0;
 };
 
-/// For each ASCII character, whether a form writes it as it is. Characters beyond ASCII never are:
-/// they have to be checked.
+/// For each ASCII character, whether a format writes it unchanged. Bytes beyond ASCII are never plain, because their
+/// encoding has to be checked.
 using TPlainCharacters = std::array<bool, 256>;
 
-/// All ASCII characters from the blank on but those of `special` (and DEL where it is among them).
+/// All ASCII characters from the blank on except those in `special` (and DEL only if it is in there).
 constexpr TPlainCharacters PlainBut(std::string_view special) {
   TPlainCharacters plain{};
   for (std::size_t i = 0x20; i < 0x80; ++i) plain[i] = true;
@@ -61,9 +60,9 @@ constexpr TPlainCharacters PlainBut(std::string_view special) {
   return plain;
 }
 
-/// Takes a string of any bytes apart: runs of plain characters go to `plain(run)`, every other
-/// character to `special(character, bytes)`, which has its number and its valid UTF-8. Bytes that are
-/// no character arrive as the replacement character.
+/// Splits a string of arbitrary bytes: runs of plain characters go to `plain(run)`, every other character to
+/// `special(character, bytes)` with its code point and its valid UTF-8. Bytes that are not valid UTF-8 arrive as the
+/// replacement character.
 template <typename TPlain, typename TSpecial>
 void SplitText(std::string_view text, const TPlainCharacters& table, TPlain&& plain, TSpecial&& special) {
   while (!text.empty()) {

@@ -14,7 +14,7 @@ bool IsSigned(TCIMValue::TCIMType type) {
   return type == TType::kSint8 || type == TType::kSint16 || type == TType::kSint32 || type == TType::kSint64;
 }
 
-// Puts ".0" behind the whole digits where there is no point; returns the new end.
+// Inserts ".0" after the integer digits if there is no point; returns the new end.
 char* AddPoint(char* first, char* last) {
   char* const exponent = std::find(first, last, 'e');
   if (std::find(first, exponent, '.') != exponent) return last;

@@ -1,4 +1,4 @@
-// Values as text, for the forms that machines read.
+// Values as text, for the formats that machines read.
 #pragma once
 
 #include <array>
@@ -13,23 +13,22 @@
 
 namespace velhost {
 
-/// Makes the text of one number after another; each stays valid until the next is asked for.
+/// Converts numbers to text; each result is valid until the next call.
 class TNumberText {
  public:
-  /// Any integer type but boolean and char16, in decimal.
+  /// Any integer type except boolean and char16, in decimal.
   std::string_view Integer(const TCIMValue& value);
   std::string_view Unsigned(std::uint64_t number);
   std::string_view Signed(std::int64_t number);
-  /// The shortest text that reads back as the same real32 or real64, always with a point and a digit
-  /// behind it ("1.0", "-2.5", "1.0e+300"), as MOF wants it and the other forms take it. Empty for an
-  /// infinity and for what is not a number.
+  /// The shortest text that reads back as the same real32 or real64. It always contains a point followed by a digit
+  /// ("1.0", "-2.5", "1.0e+300"): MOF requires that and the other formats accept it. Empty for infinities and NaN.
   std::string_view Real(const TCIMValue& value);
 
  private:
   std::array<char, 40> digits_{};  // a sign, 17 digits, a point, ".0", an exponent of 5
 };
 
-/// The letter of the short escape that JSON and MOF have for the character; NUL for any other character.
+/// The letter of the short escape that JSON and MOF use for the character; NUL if there is none.
 constexpr char ShortEscape(char32_t character) {
   switch (character) {
     case '"': return '"';
@@ -43,7 +42,7 @@ constexpr char ShortEscape(char32_t character) {
   }
 }
 
-/// How a form writes what is not a scalar.
+/// How a format writes null and arrays.
 struct TListSigns {
   std::string_view null;
   char open;
@@ -51,8 +50,8 @@ struct TListSigns {
   char close;
 };
 
-/// Writes a null, an array element by element, or, with `scalar`, a scalar. Bytes, of which registers and
-/// raw data are made, are numbers in every form and come out of a table.
+/// Writes a null, an array element by element, or a scalar with `scalar`. Bytes, which registers and raw data consist
+/// of, are numbers in every format and are written from a table.
 template <typename TScalar>
 void AppendValue(TTextBuffer& out, const TCIMValue& value, const TListSigns& signs, const TScalar& scalar) {
   if (value.IsNull()) return out.Append(signs.null);

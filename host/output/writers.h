@@ -1,4 +1,4 @@
-// The output forms by name, and how to get a writer for one.
+// The output formats by name, and the factory of their writers.
 #pragma once
 
 #include <memory>
@@ -13,16 +13,16 @@ enum class EOutputForm { kTable, kJson, kJsonl, kMof, kCimXml };
 
 /// "table", "json", "jsonl", "mof", "cimxml".
 const char* NameOfForm(EOutputForm form);
-/// By exactly that name; empty for any other.
+/// The format with exactly that name; empty if there is none.
 std::optional<EOutputForm> FormByName(std::string_view name);
 
-/// For `table` only; the other forms look the same everywhere.
+/// For `table` only; the other formats look the same everywhere.
 struct TTableOptions {
   int width = 80;      ///< columns to fit into; less than 40 counts as 40
   bool color = false;  ///< whether ANSI escape sequences may be written
 };
 
-/// A writer of the form. The sink is not owned and has to outlive the writer.
+/// Creates a writer of the format. The sink is not owned and must outlive the writer.
 std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options);
 
 }  // namespace velhost

@@ -13,7 +13,7 @@ constexpr TPlainCharacters kPlain = PlainBut("&<>\x7f");
 constexpr TPlainCharacters kPlainInAttribute = PlainBut("&<>\"\x7f");
 constexpr TPlainCharacters kPlainInComment = PlainBut("");
 
-// A tab and a line end are harmless as they are.
+// Tabs and newlines are harmless unescaped.
 bool IsReferred(char32_t character) { return IsUnsafe(character) && character != '\t' && character != '\n'; }
 
 void AppendEscaped(std::string& xml, char32_t character, std::string_view bytes) {
@@ -50,7 +50,7 @@ std::string XmlAttribute(std::string_view text) {
   std::string xml;
   const auto plain = [&xml](std::string_view run) { xml += run; };
   SplitText(text, kPlainInAttribute, plain, [&xml](char32_t character, std::string_view bytes) {
-    // No name has a line in it: any white space is one blank, as readers of attributes take it.
+    // XML readers normalise white space in attributes to blanks; names do not contain any.
     const bool isSpace = character == '\t' || character == '\n' || character == '\r';
     if (isSpace || IsForbidden(character)) return void(xml += isSpace ? std::string_view(" ") : kReplacementText);
     AppendEscaped(xml, character, bytes);
