@@ -1,4 +1,4 @@
-// velhost check: what is wrong with a schema.
+// velhost check: reports the defects of a schema.
 #include "host/base/textsink.h"
 
 #include <string>
@@ -25,7 +25,7 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
     WriteFindingsAsText(findings, text);
   }
   WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
-  // A schema that is checked is either in order or not: a warning counts as well.
+  // A warning counts too: only a schema without findings is complete.
   return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
 }
 

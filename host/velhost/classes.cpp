@@ -41,8 +41,8 @@ std::string DelegateRow(const TNamespace& cimNamespace, std::string_view base, c
   return fmt::format("  {}: {}\n", base, delegate ? delegate->Name() : "no subclass serves this machine type");
 }
 
-// Class, path, whether the machine type is served and by which element of "SupportedMachineTypes", instances,
-// registers; below that, for each JFR base class, the subclass chosen for the machine type.
+// Lists class, path, instances, registers, and whether the machine type is served and by which element of
+// "SupportedMachineTypes"; then, for each JFR base class, the subclass chosen for the machine type.
 std::string FormatClasses(const TNamespace& cimNamespace, const std::string& machineType) {
   const auto classes = Profile::CollectableClasses(cimNamespace, machineType);
   std::size_t width = std::string_view("CLASS").size();

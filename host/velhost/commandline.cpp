@@ -35,7 +35,7 @@ struct TGivenOption {
   const TOption* option =
       nullptr;             // the first entry with that name; after ResolveOptions the command's own; null if unknown
   std::string value = {};  // from "--name=VALUE" or the next word
-  bool hasValue = false;   // true for an empty one, false for a negative number
+  bool hasValue = false;   // also for an empty value; false for a negative number
   bool isValueAttached = false;
   bool isBeforeVerb = false;
 
@@ -53,7 +53,7 @@ struct TGivenWords {
   }
 };
 
-// The only pass over the words. Classifies them and rejects none.
+// The only pass over the words. It classifies them and rejects none.
 class TWordReader {
  public:
   explicit TWordReader(const std::vector<std::string>& words) : words_(words) {}
@@ -89,7 +89,7 @@ class TWordReader {
     Add(std::move(option));
   }
 
-  // "-v", "-vv", "-oFILE"
+  // Reads "-v", "-vv" or "-oFILE".
   void ReadLetters(const std::string& word) {
     for (std::size_t i = 1; i < word.size(); ++i) {
       TGivenOption option = Named(std::string("-") + word[i]);
@@ -114,7 +114,7 @@ class TWordReader {
     given_.options.push_back(std::move(option));
   }
 
-  // An option is not a value. A negative number was meant as one, so it is taken, and rejected later.
+  // An option is not a value. A negative number was meant as a value, so it is taken, and rejected later.
   void TakeNext(TGivenOption& option) {
     const std::string& next = words_[at_ + 1];
     const bool isNegative = next.size() > 1 && next[0] == '-' && IsDigit(next[1]);
@@ -131,7 +131,8 @@ class TWordReader {
 
 const TVerb* VerbOf(const TGivenWords& given) { return given.verb ? FindVerb(*given.verb) : nullptr; }
 
-// The command, or the word that is probably it: the value of an unknown option is mistaken for the command.
+// The command, or the word that probably names it: the value of an unknown option may have been taken for the
+// command.
 const TVerb* LikelyVerb(const TGivenWords& given) {
   const TVerb* verb = VerbOf(given);
   for (std::size_t i = 0; i < given.operands.size() && verb == nullptr; ++i) verb = FindVerb(given.operands[i]);
@@ -152,7 +153,7 @@ std::vector<std::string> OptionNamesFor(const TVerb* verb) {
 void CheckKnown(const TGivenWords& given) {
   for (const TGivenOption& option : given.options) {
     if (option.option != nullptr) continue;
-    // Every other letter is near.
+    // A single letter differs from any other by one edit, so every option would be a suggestion.
     const bool isLetter = option.name.size() == 2;
     Fail("unknown option " + SafeText(option.name) +
          (isLetter ? std::string() : DidYouMean(option.name, OptionNamesFor(LikelyVerb(given)))));
@@ -185,7 +186,7 @@ void ResolveOptions(TGivenWords& given, const TVerb& verb) {
   }
 }
 
-// Options reject empty values: one is usually an unset variable, and what was to be recorded would be lost.
+// Options reject empty values: an empty value is usually an unset variable, and ignoring it would lose a recording.
 void CheckHasValue(const TGivenOption& given) {
   const bool takesValue = given.option->TakesValue();
   if (!takesValue && given.isValueAttached) Fail(given.name + " takes no value");
@@ -258,7 +259,7 @@ TCommandLine Interpret(TGivenWords& given) {
   return commandLine;
 }
 
-// The text that is requested instead of a command, even if something else is wrong; empty if none is.
+// The help or version text that was requested, even if other words are wrong; empty if none was.
 std::string AskedText(const TGivenWords& given) {
   const TVerb* const verb = VerbOf(given);
   const bool asksForHelp = given.asksForHelp || given.Has("--help");

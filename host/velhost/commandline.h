@@ -11,7 +11,7 @@ namespace velhost {
 
 enum class EVerb { kCollect, kClasses, kPlugin, kCheck, kSimulate };
 enum class ELogFormat { kText, kJsonLines };
-/// When to do something for a terminal: when there is one, always, never.
+/// When to use a terminal feature: if there is a terminal, always, or never.
 enum class EWhen { kAuto, kAlways, kNever };
 
 struct TCommonOptions {
@@ -24,7 +24,7 @@ struct TCommonOptions {
   int verbosity = 0;                    ///< the number of -v
   EWhen color = EWhen::kAuto;
   std::string passwordFile;
-  std::optional<TSecret> passwordVariable;  ///< what VELHOST_IPMI_PASSWORD said; not from the arguments
+  std::optional<TSecret> passwordVariable;  ///< from VELHOST_IPMI_PASSWORD; never from the arguments
   std::optional<int> cipherSuite;
   std::string privilege;  ///< empty: admin
   bool replayTiming = false;
@@ -63,20 +63,20 @@ struct TCommandLine {
   std::vector<std::string> warnings;
 };
 
-/// Reads the arguments (without the program's name). Help and version texts are set as `text`, and the
-/// result is empty: the command is done. Wrong usage throws THostError (kInvalidArgument) whose message names
-/// the argument and, where one is near, what was probably meant.
+/// Parses the arguments (without the program's name). A request for help or the version sets `text` and returns an
+/// empty result; there is nothing more to do. For wrong usage throws THostError (kInvalidArgument) that names the
+/// argument and, if there is a near match, suggests it.
 std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arguments, std::string& text);
 
 /// "sim" of "sim:FILE".
 std::string SchemeOf(const std::string& spec);
-/// "FILE" of "sim:FILE"; empty without one.
+/// "FILE" of "sim:FILE"; empty if there is no colon.
 std::string RestOf(const std::string& spec);
 
-/// "; did you mean NAME?", or nothing where none is near and none begins so.
+/// "; did you mean NAME?", or empty if no candidate is near and none begins with the word.
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);
 
-/// A word of the command line as a message shows it: in quotes, safe for a terminal.
+/// A word of the command line as messages show it: in quotes, safe for a terminal.
 std::string QuotedWord(const std::string& word);
 
 }  // namespace velhost

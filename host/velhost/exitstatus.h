@@ -1,16 +1,16 @@
-// The exit statuses of velhost, and which failure has which.
+// The exit statuses of velhost, and the mapping from failures to them.
 #pragma once
 
 #include "host/base/hosterror.h"
 
 namespace velhost {
 
-/// From 64 on those of sysexits.h.
+/// Values from 64 on are those of sysexits.h.
 enum class EExitStatus : int {
   kComplete = 0,
   kPartial = 3,        ///< a request ended in an exception, or the run was stopped early
-  kUsage = 64,         ///< the command line
-  kBadData = 65,       ///< a schema, server file or recording does not say what it should
+  kUsage = 64,         ///< the command line is wrong
+  kBadData = 65,       ///< a schema, server file or recording is malformed or too large
   kNoInput = 66,       ///< an input cannot be opened
   kUnavailable = 69,   ///< the service processor cannot be reached
   kInternal = 70,      ///< a defect of the host or of a plugin

@@ -21,7 +21,7 @@ constexpr const char* kExamples =
     "  velhost collect --sp inband          from this server's BMC\n"
     "  velhost COMMAND --help               what a command takes\n";
 
-// The text in lines that fit the screen, each but the first indented.
+// Wraps the text to the screen; every line but the first is indented.
 std::string Wrapped(std::string text, std::size_t firstColumn, std::size_t indent) {
   std::string lines;
   for (std::size_t column = firstColumn; column + text.size() > kWidth; column = indent) {

@@ -1,4 +1,4 @@
-// The texts of --help, and the table of options as text, for the shell completion and for tests.
+// The texts of --help, and the option table as text for shell completion and tests.
 #pragma once
 
 #include <string>
@@ -13,13 +13,13 @@ std::string Help();
 /// What "velhost VERB --help" prints.
 std::string HelpOf(const TVerb& verb);
 
-/// The table of options, one line for each command and one for each name of an option:
+/// The option table, one line for each command and one for each option name:
 ///
 ///   command NAME COMPLETION
 ///   option NAME COMMANDS COMPLETION
 ///
-/// COMMANDS are separated by commas, "*" means all. COMPLETION is that of TOptionValue; "none" for an option that takes
-/// no value or a command that takes no arguments, "any" if nothing can be offered.
+/// COMMANDS are separated by commas, "*" means all. COMPLETION is that of TOptionValue; "none" for an option that
+/// takes no value or a command that takes no arguments, "any" if there is nothing to offer.
 std::string OptionList();
 
 }  // namespace velhost

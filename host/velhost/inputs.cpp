@@ -12,7 +12,7 @@ namespace velhost {
 
 namespace {
 
-// How much of a content's beginning is looked at: a result of any form says what it is well before.
+// How much of a file's beginning is examined. A result of any format identifies itself well before that.
 constexpr std::size_t kFileKindBytes = 4096;
 constexpr std::string_view kCompressedStart = "\x1f\x8b";
 
@@ -61,7 +61,7 @@ EFileKind KindOfFile(std::string_view path, std::string_view content) {
   return EqualNames(suffix, ".mof") ? EFileKind::kSchema : EFileKind::kUnknown;
 }
 
-// Empty unless the file is surely of another kind than the one wanted.
+// Empty unless the file is certainly of another kind than the one wanted.
 std::string WrongKindText(EFileKind wanted, const std::string& path, std::string_view content) {
   const EFileKind found = KindOfFile(path, content);
   if (found == EFileKind::kUnknown || found == wanted) return {};
@@ -86,7 +86,7 @@ std::string TInputReader::Read(const std::string& path, std::size_t limit) {
 TStoredBytes TInputReader::Open(const std::string& path, std::size_t limit, std::size_t limitOfOthers) {
   const std::size_t noted = inputs_.Files().size();
   TStoredBytes bytes = TStoredBytes::OfInput(path, limit, *this, limitOfOthers);
-  if (inputs_.Files().size() == noted) {  // a file, of which nothing was read yet
+  if (inputs_.Files().size() == noted) {  // a plain file, which has not been noted yet
     const std::vector<std::uint8_t> start = bytes.Read(0, kFileKindBytes);
     NoteAndJudge(path, std::string(start.begin(), start.end()));
   }

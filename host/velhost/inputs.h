@@ -1,4 +1,4 @@
-// What a run reads: files and pipes that the user has named, until the run is stopped.
+// The inputs of a run: files and pipes that the user named. Reading ends when the run is stopped.
 #pragma once
 
 #include <cstddef>
@@ -12,16 +12,16 @@
 
 namespace velhost {
 
-/// What an input is: by the beginning of its content where that tells, else by the suffix of its name (.toml, .mof).
+/// The kind of an input, determined by the beginning of its content, or else by the suffix of its name (.toml, .mof).
 enum class EFileKind { kUnknown, kSchema, kServerFile, kRecording, kResult, kCompressed };
 
-/// A file and what messages call it.
+/// A file and how messages refer to it.
 struct TNamedFile {
   std::string name;  ///< "--log", "a file that --schema reads"
   std::string path;
 };
 
-/// The inputs of one run: what stops their reading, and which they were.
+/// The inputs of one run: the signal that stops their reading, and the files that were read.
 class TInputs {
  public:
   /// Not owned.
@@ -30,7 +30,7 @@ class TInputs {
   TInputs& operator=(const TInputs&) = delete;
 
   const TStopSignal& Stop() const { return stop_; }
-  /// A file that `option` ("--schema") had read.
+  /// Records a file that was read on behalf of `option` ("--schema").
   void Note(const std::string& option, const std::string& path) {
     files_.push_back({"a file that " + option + " reads", path});
   }
@@ -41,23 +41,23 @@ class TInputs {
   std::vector<TNamedFile> files_;
 };
 
-/// What a reader of inputs is to read.
+/// What an input reader reads.
 struct TInputUse {
   std::string what;    ///< "the schema"
   std::string option;  ///< "--schema"
-  EFileKind kind;      ///< kUnknown: whatever it is
+  EFileKind kind;      ///< kUnknown: any kind
   bool mayBePipe = true;
 };
 
-/// Reads one input with all of its files. Throws TEndedReading for a named file that is surely of another kind ("a.toml
-/// is a server file, not a schema; give it as --sp sim:a.toml"), and once the run is stopped: "interrupted while the
-/// schema was read; nothing was collected".
+/// Reads one input and all of its files. Throws TEndedReading for a named file that is certainly of another kind
+/// ("a.toml is a server file, not a schema; give it as --sp sim:a.toml"), and when the run has been stopped
+/// ("interrupted while the schema was read; nothing was collected").
 class TInputReader : public TFileReader {
  public:
-  /// `paths` are those that the user has named. The inputs are not owned.
+  /// `paths` are the paths that the user named. The inputs are not owned.
   TInputReader(TInputs& inputs, TInputUse use, const std::vector<std::string>& paths);
   std::string Read(const std::string& path, std::size_t limit) override;
-  /// TStoredBytes::OfInput of the path, which is judged and noted as what Read reads.
+  /// TStoredBytes::OfInput of the path, which is checked and recorded as in Read.
   TStoredBytes Open(const std::string& path, std::size_t limit, std::size_t limitOfOthers);
   void CheckStop() override;
 

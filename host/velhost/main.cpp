@@ -41,12 +41,12 @@ velhost::EExitStatus RunVerb(const velhost::TCommandLine& commandLine) {
 }
 
 int RunCommand(const std::vector<std::string>& arguments) {
-  // Before anything else reads the environment, or hands it on.
+  // Before anything else reads the environment, or passes it on to a child.
   auto password = velhost::TakeSecretVariable("VELHOST_IPMI_PASSWORD");
   std::string text;
   auto commandLine = velhost::ParseCommandLine(arguments, text);
   if (commandLine && UsesNetwork(commandLine->common)) commandLine->common.passwordVariable = password;
-  password.reset();  // simulate starts a program
+  password.reset();  // simulate starts a program, which must not inherit it
   if (commandLine) return static_cast<int>(RunVerb(*commandLine));
   velhost::WriteToStandardOutput(text);
   return 0;
@@ -57,13 +57,13 @@ int Fail(velhost::EFailure kind, const std::string& message) {
   return static_cast<int>(velhost::StatusOf(kind));
 }
 
-// Without a string of its own, and without a stream: they take memory.
+// Uses neither a string nor a stream, because both allocate memory.
 void WriteBare(std::string_view message) noexcept {
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, message.data(), message.size());
 }
 
-// Where a library promises not to throw and there is no memory left, as the constructor of the
-// generated MOF parser does, no handler below is reached. A status and a message all the same.
+// If memory runs out where a library promises not to throw, as in the constructor of the generated MOF parser, no
+// handler below is reached. This still gives a message and a status.
 [[noreturn]] void EndWithoutHandler() {
   WriteBare("velhost: internal error: std::terminate was called; is memory short?\n");
   _exit(static_cast<int>(velhost::EExitStatus::kInternal));
@@ -77,7 +77,7 @@ int main(int argc, char** argv) {
     velhost::PrepareStandardStreams();
     return RunCommand(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const velhost::TClosedPipe& closed) {
-    return static_cast<int>(velhost::StatusOf(closed.Kind()));  // quietly: whoever read the output has seen enough
+    return static_cast<int>(velhost::StatusOf(closed.Kind()));  // silently: the reader of the output has seen enough
   } catch (const velhost::THostError& error) {
     return Fail(error.Kind(), error.what());
   } catch (const std::bad_alloc&) {

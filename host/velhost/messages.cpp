@@ -24,7 +24,7 @@ void WriteOut(std::string_view text) {
     TDescriptorSink sink(STDERR_FILENO, "standard error");
     sink.Write(text);
     sink.Flush();
-  } catch (const THostError&) {  // nobody is left to tell
+  } catch (const THostError&) {  // there is nowhere left to report it
   }
 }
 

@@ -1,4 +1,4 @@
-// What velhost says on standard error.
+// The messages of velhost on standard error.
 #pragma once
 
 #include <functional>
@@ -10,23 +10,23 @@
 
 namespace velhost {
 
-/// "velhost: " and the text on a line of its own. The text may have further lines, which belong to the
-/// first. What could disturb a terminal shows as escapes (SafeLines). Failed writes are ignored:
-/// nobody is left to tell.
+/// Writes "velhost: " and the text on a line of its own. Further lines of the text are written as continuation.
+/// Anything that could disturb a terminal is escaped (SafeLines). Failed writes are ignored: there is nowhere left to
+/// report them.
 void Say(std::string_view text);
 
-/// Says the text and ends the process as a defect, without running anything else of it.
+/// Says the text and ends the process with the status of a defect, without running anything else, not even
+/// destructors.
 [[noreturn]] void SayAndEndAtOnce(const std::string& text);
 
-/// Each diagnostic as FormatDiagnostic has it, behind "velhost: ".
+/// Writes each diagnostic as FormatDiagnostic formats it, after "velhost: ".
 void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics);
 
-/// Bytes as they are, whole lines: the collector's trace. Escaped as Say does where standard error is a
-/// terminal.
+/// Writes whole lines unchanged: the collector's trace. If standard error is a terminal, they are escaped as in Say.
 void WriteToStandardError(std::string_view text);
 
-/// While it lives, `before` is called before anything of the above is written: what else stands on the
-/// terminal can be taken away. One at a time.
+/// While it lives, `before` is called before any of the functions above writes, so that a progress line can be
+/// removed. Only one at a time.
 class TMessageHook {
  public:
   explicit TMessageHook(std::function<void()> before);

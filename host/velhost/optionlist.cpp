@@ -1,6 +1,6 @@
-// Prints the table of commands and options, or a template in which it replaces the line "@OPTIONS@":
+// Prints the table of commands and options, or a template with its line "@OPTIONS@" replaced by the table:
 //   optionlist [TEMPLATE]
-// The build generates the shell completion with it. It is not installed.
+// The build uses it to generate the shell completion. It is not installed.
 #include <fstream>
 #include <iostream>
 #include <string>

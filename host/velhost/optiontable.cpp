@@ -28,7 +28,7 @@ const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "opera
 const std::vector<std::string> kServiceProcessorForms = {"sim[:FILE]", "replay:FILE", "inband[:DEVICE]",
                                                          "lan:[USER@]HOST[:PORT]"};
 
-// The following functions make the values of options. `place` selects the member of the command line to store to.
+// The following functions describe the values of options. `place` selects the member of the command line to store to.
 
 template <typename TPlace>
 TOptionValue Text(const std::string& name, const std::string& completion, TPlace place) {
@@ -66,7 +66,7 @@ TOptionValue OneOf(const TChoices<T>& choices, TPlace place) {
           }};
 }
 
-// Empty also if the text is not a number.
+// Empty if the text is not a number or is out of range.
 template <typename T>
 std::optional<T> NumberIn(const std::string& text, T least, T most) {
   T number{};
@@ -103,7 +103,7 @@ TOptionValue Count(TPlace place) {
           }};
 }
 
-// The parser answers these before it stores any value.
+// For options that the parser answers before it stores any value.
 TOptionValue Question() {
   return {.repeatable = true, .take = [](TCommandLine&, const std::string&) { return true; }};
 }
@@ -127,7 +127,7 @@ std::string UnlessLogged(const TCommandLine& commandLine) {
   return commandLine.common.log.empty() ? "without --log" : "";
 }
 
-// If check is given files, it checks them instead of the schema.
+// If check is given files, it checks those instead of the schema, so --schema has no effect.
 std::string IfFilesAreChecked(const TCommandLine& commandLine) {
   return commandLine.verb == EVerb::kCheck && !commandLine.check.mofs.empty() ? "with check" : "";
 }

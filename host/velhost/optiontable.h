@@ -11,7 +11,7 @@
 
 namespace velhost {
 
-/// The arguments of a command: its words that are neither options nor their values.
+/// The arguments of a command: the words that are neither options nor their values.
 struct TOperands {
   std::string usage = {};  ///< "[CLASS...]", "FILE"; empty: the command takes none
   std::string help = {};
@@ -29,29 +29,29 @@ struct TVerb {
   TOperands operands = {};
 };
 
-/// What an option takes and where it goes.
+/// What an option takes and where it is stored.
 struct TOptionValue {
   std::string name = {};                  ///< "FILE", "text|jsonl"; empty: the option takes no value
-  std::string expected = {};              ///< what a message about a refused value asks for: "N from 0 to 17"
+  std::string expected = {};              ///< what a message about a rejected value says is accepted: "N from 0 to 17"
   std::vector<std::string> choices = {};  ///< the permitted words, if the value is one of a few
   /// What a shell offers for it: "files", "folders", "servers", "classes", "sp", "words 17 3"; empty: nothing.
   std::string completion = {};
   bool repeatable = false;
-  /// Stores the value; called for each occurrence of the option. Returns false if it refuses the value.
+  /// Stores the value; called for each occurrence of the option. Returns false to reject the value.
   std::function<bool(TCommandLine&, const std::string&)> take = {};
 };
 
 struct TOption {
   std::string name = {};  ///< "--output"; "-v" for one without a long name
-  char letter = 0;        ///< 'o'; 0 for none besides the name
-  int levels = 1;         ///< how many times it may be repeated with effect: -v, -vv, -vvv
+  char letter = 0;        ///< 'o'; 0 if it has only a name
+  int levels = 1;         ///< how many repetitions have an effect: -v, -vv, -vvv
   TOptionValue value = {};
   std::string help = {};
   /// The commands that accept it. Empty: all of them, and it may also come before the command. Several entries may have
   /// the same name if they belong to different commands; then either all of them take a value or none does.
   std::vector<EVerb> verbs = {};
   std::vector<EVerb> usedBy = {};  ///< those in which it has an effect; empty: all that accept it
-  /// Why it has no effect in such a command nevertheless: "without --log". Empty if it has one.
+  /// Why it has no effect even in such a command: "without --log". Returns an empty string if it has one.
   std::function<std::string(const TCommandLine&)> idle = {};
 
   bool TakesValue() const { return !value.name.empty(); }

@@ -1,4 +1,4 @@
-// velhost plugin: the identity of the collector.
+// velhost plugin: prints the identity of the collector.
 #include "host/base/unsafetext.h"
 
 #include <memory>

@@ -13,10 +13,10 @@
 
 namespace velhost {
 
-/// Reads the schema of the command line, or the installed one. Its warnings go to standard error.
-/// Errors go there too, and throw THostError (kMalformed, or kAbsent and kDenied where all of
-/// them are includes that cannot be opened); a path that cannot be opened kAbsent. A stop ends it with
-/// TEndedReading (kStopped).
+/// Reads the schema of the command line, or the installed one, and prints its warnings and errors to standard error.
+/// Throws THostError if there are errors: kMalformed, or kAbsent or kDenied if all of them are includes that cannot
+/// be opened. A path that cannot be opened throws kAbsent or kDenied. Throws TEndedReading (kStopped) if the run is
+/// stopped.
 boost::shared_ptr<TNamespace> LoadSchema(const TCommonOptions& options, const TInstallation& installation,
                                          TInputs& inputs);
 

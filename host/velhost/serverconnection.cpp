@@ -39,7 +39,7 @@ class TSimulatedConnection : public IServerConnection {
   TSimulatedEnvironment environment_;
 };
 
-// This server: the machine type as SMBIOS has it.
+// The local server: SMBIOS gives its machine type.
 class TInbandEnvironment : public TSystemEnvironment {
  public:
   explicit TInbandEnvironment(const TSystemSmbios& smbios) : machineType_(smbios.machineType) {}
@@ -98,7 +98,7 @@ class TReplayConnection : public IServerConnection {
   std::unique_ptr<TReplay> replay_;
 };
 
-// BMC nodes on the network. What machine they belong to, only the user knows.
+// BMC nodes on the network. Only the user knows their machine type.
 class TLanConnection : public IServerConnection {
  public:
   TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs,
@@ -135,7 +135,7 @@ class TLanConnection : public IServerConnection {
   TSystemEnvironment environment_;
 };
 
-// The run was stopped before there was a session: nothing answers, and nothing is asked.
+// For a run that was stopped before a session existed: nothing answers, and no request is sent.
 class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
  public:
   IServiceProcessor& ServiceProcessor() override { return *this; }
@@ -187,7 +187,7 @@ void RequireMachineType(const TCommonOptions& options, const std::string& known,
   throw THostError(EFailure::kInvalidArgument, why + "; give it with --machine-type NNNN");
 }
 
-// Several nodes are several inband: or lan: of one kind; anything else stands alone.
+// Several specs are allowed only if all are inband: or all are lan:.
 void CheckCombination(const std::vector<std::string>& specs) {
   const std::string scheme = SchemeOf(specs.front());
   if (scheme != "sim" && scheme != "replay" && scheme != "inband" && scheme != "lan") ThrowUnknown(specs.front());
@@ -207,7 +207,7 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
                                                  TInputs& inputs) {
   const std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
-  // Before any message repeats a SPEC that has a password.
+  // Checked before any message repeats a SPEC that contains a password.
   for (const std::string& spec : specs) {
     if (SchemeOf(spec) == "lan") ParseLanSpec(spec);
   }
@@ -221,7 +221,7 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     return connection;
   }
   if (SchemeOf(first) == "lan") {
-    for (const std::string& spec : specs) ParseLanSpec(spec);  // what is wrong with the place comes first
+    for (const std::string& spec : specs) ParseLanSpec(spec);  // a malformed address is reported first
     RequireMachineType(options, "", "over the network the machine type is not known");
     return ConnectLan(options, specs, installation, inputs);
   }

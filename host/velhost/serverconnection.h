@@ -20,22 +20,22 @@ class IServerConnection {
   virtual IServiceProcessor& ServiceProcessor() = 0;
   /// The server's own machine type and clock.
   virtual IHostEnvironment& Environment() = 0;
-  /// Whether a node was given up during the run: what was collected is then only a part.
+  /// Whether a node was given up during the run, so that the collection is only partial.
   virtual bool WasLost() const { return false; }
-  /// What was asked for that was not recorded, in one line; empty where that never was.
+  /// A request that the recording does not contain, in one line; empty if there was none.
   virtual std::string Mismatch() const { return {}; }
-  /// Called after the collection: reports what is wrong with the connection itself by throwing
-  /// THostError, once everything collected has been printed.
+  /// Called after the collection, when everything collected has been printed. Throws THostError if the connection
+  /// itself is at fault.
   virtual void CheckAfterwards() {}
 };
 
-/// Opens what --sp names, the demo server by default. Throws THostError; sets the process's time
-/// zone for a replay. A run that is stopped while a session on the network is being opened gets a
-/// connection that nothing answers on; one that is stopped while a file is read ends with TEndedReading.
+/// Opens the servers that --sp names, by default the demo server. Throws THostError; sets the process's time zone for
+/// a replay. If the run is stopped while a session on the network is being opened, returns a connection that never
+/// answers; if it is stopped while a file is read, throws TEndedReading.
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
                                                  TInputs& inputs);
 
-/// The connection's environment with the machine type of the command line, where there is one.
+/// The connection's environment, with the machine type of the command line if there is one.
 class TSessionEnvironment : public IHostEnvironment {
  public:
   TSessionEnvironment(IHostEnvironment& server, std::optional<std::string> machineType)

@@ -17,7 +17,7 @@ std::atomic<bool> echoesInterrupt{false};
 
 extern "C" void RequestStopOnce(int signal, siginfo_t* info, void* /*context*/) {
   if (TStopSignal* const stop = target.load()) stop->RequestStop();
-  // The terminal, whose Ctrl-C comes from the kernel, has put "^C" where the cursor was.
+  // The kernel sends Ctrl-C for the terminal, which has echoed "^C" at the cursor.
   if (signal != SIGINT || info == nullptr || info->si_code != SI_KERNEL || !echoesInterrupt.load()) return;
   const int saved = errno;
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
@@ -56,7 +56,7 @@ TSignalGuard::TSignalGuard(TStopSignal& stop) {
   echoesInterrupt.store(StandardErrorEchoesControls());
   HandleOnce(SIGINT);
   HandleOnce(SIGTERM);
-  hangUp_ = !IsIgnored(SIGHUP);  // nohup has it ignored
+  hangUp_ = !IsIgnored(SIGHUP);  // nohup ignores it
   if (hangUp_) HandleOnce(SIGHUP);
 }
 

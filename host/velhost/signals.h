@@ -1,13 +1,13 @@
-// Ctrl-C, SIGTERM and a terminal that is gone: the first asks the run to stop, the second ends the process.
+// Ctrl-C, SIGTERM and SIGHUP: the first one asks the run to stop, the second one ends the process.
 #pragma once
 
 #include "host/bmc/stopsignal.h"
 
 namespace velhost {
 
-/// While it lives, SIGINT, SIGTERM and SIGHUP request the stop once and then have their default effect
-/// again. A SIGHUP that is ignored stays so. After a Ctrl-C that a terminal has echoed, standard error goes to the next
-/// line. One at a time.
+/// While it lives, SIGINT, SIGTERM and SIGHUP each request the stop once and then have their default effect again. An
+/// ignored SIGHUP stays ignored. After a Ctrl-C that a terminal has echoed, a newline is written to standard error.
+/// Only one at a time.
 class TSignalGuard {
  public:
   explicit TSignalGuard(TStopSignal& stop);

@@ -27,7 +27,8 @@ std::string_view Variable(const char* name) {
 void PrepareStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) >= 0) continue;
-    // For reading alone: a write to what was closed has to fail. The lowest free number is this one.
+    // Read-only, so that a write to the closed stream still fails. open() returns the lowest free number, which is
+    // this one.
     [[maybe_unused]] const int taken = open("/dev/null", O_RDONLY);
   }
   IgnoreBrokenPipeSignal();

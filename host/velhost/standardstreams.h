@@ -1,4 +1,5 @@
-// The three standard streams: made safe at the start, what they are connected to, and standard output written to.
+// The three standard streams: makes them safe at the start, tells what they are connected to, writes to standard
+// output.
 #pragma once
 
 #include <string_view>
@@ -7,24 +8,22 @@
 
 namespace velhost {
 
-/// To be called first. Puts something harmless in the place of a standard stream that is closed (a file
-/// opened later would take its number, and be read or written as that stream), and has failed writes
-/// come back as errors instead of ending the process: into a closed pipe, and beyond the size that a
-/// file may have.
+/// Call this first. Opens /dev/null in the place of a closed standard stream, whose number a file opened later would
+/// otherwise get, and be read or written as that stream. Makes writes to a closed pipe or beyond the file size limit
+/// fail with an error instead of ending the process.
 void PrepareStandardStreams();
 
-/// Writes all of it. Throws TClosedPipe, or THostError (kNotWritten): a standard output that is closed
-/// or full is no success.
+/// Writes all of it. Throws TClosedPipe, or THostError (kNotWritten) if standard output is closed or full.
 void WriteToStandardOutput(std::string_view text);
 
 /// Whether the descriptor is a terminal.
 bool IsTerminal(int descriptor);
 
-/// Columns of the terminal behind the descriptor; else those of the environment's COLUMNS; else 80.
+/// The columns of the descriptor's terminal; else those in the environment variable COLUMNS; else 80.
 int TerminalWidth(int descriptor);
 
-/// Whether to colour what goes to the descriptor. Automatically: a terminal that is not "dumb", and
-/// no NO_COLOR in the environment.
+/// Whether to colour what goes to the descriptor. kAuto: if it is a terminal that is not "dumb" and NO_COLOR is not
+/// set in the environment.
 bool UseColor(EWhen when, int descriptor);
 
 }  // namespace velhost

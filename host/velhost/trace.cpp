@@ -33,8 +33,8 @@ ILogger::EVELLogSeverity ShownSeverity(int verbosity) {
   return static_cast<ILogger::EVELLogSeverity>(std::clamp(verbosity + 1, 1, 4));
 }
 
-// A trace file that cannot be written must not end a collection from a failing machine: the error is
-// kept and reported at the end.
+// A trace file that cannot be written must not end a collection from a failing machine, so the error is kept and
+// reported at the end.
 class TTrace::TFile {
  public:
   explicit TFile(std::string path) : path_(std::move(path)) { buffer_.reserve(kBufferSize * 2); }
@@ -50,7 +50,7 @@ class TTrace::TFile {
     throw THostError(EFailure::kNotCreated,
                      "cannot create trace file " + SafeText(path_) + ": " + std::strerror(errno));
   }
-  // A line with a whole capture file is not copied, and no buffer of its size is kept.
+  // A line that holds a whole capture file is written directly, not copied into the buffer.
   void Write(const std::string& text) {
     if (descriptor_ && text.size() >= kBufferSize) {
       Flush();

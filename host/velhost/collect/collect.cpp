@@ -1,4 +1,4 @@
-// velhost collect: one collection from beginning to end.
+// velhost collect: one collection from start to finish.
 #include <unistd.h>
 
 #include <cmath>
@@ -49,7 +49,7 @@ void WarnOfClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>&
   Say(text);
 }
 
-// Before anything is read: the deadline is that of the whole run.
+// Called before anything is read, because the deadline applies to the whole run.
 TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options) {
   if (!options.timeoutSeconds) return stop;
   const auto limit = std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(*options.timeoutSeconds * 1000)));
@@ -57,8 +57,8 @@ TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options)
   return stop;
 }
 
-// Says why the status is not that of a complete collection: whoever wrote the instances to a file does
-// not see it there.
+// Says why the status is not that of a complete collection. If the instances go to a file, the user would not see the
+// reason otherwise.
 void SayWhyPartial(const TCollectionSummary& summary) {
   std::size_t untouched = 0;
   for (const TRequestFailure& failure : summary.failures) {
@@ -71,7 +71,7 @@ void SayWhyPartial(const TCollectionSummary& summary) {
   Say(text);
 }
 
-// Installs what stands behind the contract's static operations, for as long as it lives.
+// Installs the implementation of the contract's static operations while it lives.
 class TInstalledServices {
  public:
   TInstalledServices(IServiceProcessor& serviceProcessor, const TStopSignal& stop, IHostEnvironment& environment) {
@@ -86,7 +86,7 @@ class TInstalledServices {
   TInstalledServices& operator=(const TInstalledServices&) = delete;
 };
 
-// The progress line, from the exchanges of a run and its requests.
+// The progress line, fed by the exchanges and requests of a run.
 class TShownProgress : public IRequestObserver {
  public:
   explicit TShownProgress(TSupervisedServiceProcessor& serviceProcessor)
@@ -107,11 +107,11 @@ class TShownProgress : public IRequestObserver {
 bool WantsProgressLine(const TCommandLine& commandLine) {
   const EWhen when = commandLine.collect.progress;
   if (when != EWhen::kAuto) return when == EWhen::kAlways;
-  // With a trace on standard error the line would be redrawn between all of its lines.
+  // With a trace on standard error the line would be redrawn after every trace line.
   return IsTerminal(STDERR_FILENO) && commandLine.common.verbosity == 0;
 }
 
-// One collection: everything that lives as long as it does, in the order in which it is needed.
+// One collection. Its members are everything with the same lifetime, in the order in which they are needed.
 class TCollection {
  public:
   TCollection(const TCommandLine& commandLine, const TInstallation& installation)
@@ -122,7 +122,7 @@ class TCollection {
         guard_(StopWithDeadline(stop_, options_)),
         inputs_(stop_),
         namespace_(LoadSchema(common_, installation, inputs_)) {
-    // A class that is not there ends the command before anything is opened or sent.
+    // An unknown class ends the command before anything is opened or sent.
     ChooseClasses(*namespace_, options_.classes, "");
     connection_ = ConnectServer(common_, installation, inputs_);
     environment_.emplace(connection_->Environment(), common_.machineType);
@@ -136,7 +136,7 @@ class TCollection {
     if (options_.singleRequest) WarnOfClassesBehindCapture(classes_);
   }
 
-  /// Throws THostError (kInvalidArgument) if an output would overwrite what was read.
+  /// Throws THostError (kInvalidArgument) if an output would overwrite a file that was read.
   void RefuseOverwriting(const TCommandLine& commandLine) const { RefuseClashWithInputs(commandLine, inputs_.Files()); }
 
   EExitStatus Run() {
@@ -155,7 +155,7 @@ class TCollection {
       const TInstalledServices services(sizeLimit, stop_, recording.Environment());
       TCollectionRun run({environment_->MachineType(), options_.singleRequest, form == EOutputForm::kJsonl}, namespace_,
                          ledger, stop_);
-      // Before any output is opened: one that exists outlives a plugin that cannot be loaded.
+      // Before any output is opened: an existing file must survive a plugin that cannot be loaded.
       run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
       TOutputTarget target(options_.output);
       OpenFiles(trace, recording);
@@ -170,7 +170,7 @@ class TCollection {
     }
     const bool mismatch = !connection_->Mismatch().empty();
     if (summary.partial && !mismatch) SayWhyPartial(summary);
-    // Only now: a trace or recording that failed must not take what was collected with it.
+    // Reported last: a failed trace or recording must not cost the user what was collected.
     trace.Finish();
     recording.Finish();
     connection_->CheckAfterwards();

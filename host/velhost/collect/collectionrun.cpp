@@ -17,7 +17,7 @@ std::string NameOf(const std::vector<boost::shared_ptr<TCIMClass>>& request) {
   return Listed(names, ", ");
 }
 
-// Takes the commit callback away again: it refers to the run.
+// Removes the commit callback on destruction, because it refers to the run.
 class TCommitGuard {
  public:
   TCommitGuard(TNamespace& cimNamespace, TNamespace::TCommitCallback callback) : namespace_(cimNamespace) {

@@ -1,5 +1,5 @@
-// One collection against a connected server: loads the plugin, makes the requests, hands on what is
-// committed, unloads.
+// One collection from a connected server: loads the plugin, makes the requests, passes on the committed instances,
+// unloads the plugin.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -22,7 +22,7 @@
 
 namespace velhost {
 
-/// Told as the requests go on; for progress.
+/// Notified as each request begins; used for the progress line.
 class IRequestObserver {
  public:
   virtual ~IRequestObserver() = default;
@@ -35,29 +35,29 @@ class TCollectionRun {
   struct TSettings {
     std::string machineType;
     bool singleRequest = false;
-    bool writeAtCommit = false;  ///< for a form that writes each instance at once
+    bool writeAtCommit = false;  ///< for formats that write each instance at once
   };
 
-  /// Nothing is owned. The ledger observes the service processor already.
+  /// Nothing is owned. The ledger already observes the service processor.
   TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, TExchangeLedger& ledger,
                  const TStopSignal& stop);
   void SetRequestObserver(IRequestObserver& observer) { observer_ = &observer; }
-  /// What it refuses is a failure of the request that it was for.
+  /// A request fails if the limit refuses one of its exchanges.
   void SetSizeLimit(TSizeLimit& limit) { sizeLimit_ = &limit; }
-  /// Asked at the end: whether the service processor was lost during the run.
+  /// Called at the end: whether the service processor was lost during the run.
   void SetLossQuery(std::function<bool()> wasLost) { wasLost_ = std::move(wasLost); }
-  /// Asked after each request: what is wrong with the answers themselves, empty while nothing is. The
-  /// first time that it is not, the request has failed.
+  /// Called after each request: what is wrong with the answers themselves, empty if nothing is. The first request
+  /// after which it is not empty has failed.
   void SetMismatchQuery(std::function<std::string()> mismatch) { mismatch_ = std::move(mismatch); }
   /// Called with each instance at its commit, before it is written.
   void SetInstanceCallback(TNamespace::TCommitCallback callback) { onInstance_ = std::move(callback); }
 
-  /// Loads the plugin. Throws THostError where it cannot be used.
+  /// Loads the plugin. Throws THostError if it cannot be used.
   void Load(const std::string& pluginPath);
-  /// Once, after Load: makes the requests, unloads the plugin, and writes the whole document. Throws
-  /// THostError where the output or the plugin fails; the plugin is unloaded in every case.
+  /// Call once, after Load: makes the requests, unloads the plugin, and writes the whole document. Throws THostError
+  /// if the output or the plugin fails; the plugin is unloaded in every case.
   TCollectionSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes, IInstanceWriter& writer);
-  /// Set where the plugin failed when all was collected: the document is whole, but the command is not.
+  /// Set if the plugin failed after everything was collected: the document is complete, but the command has failed.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
 
  private:

@@ -24,15 +24,15 @@ namespace fs = std::filesystem;
 using TFiles = std::vector<TNamedFile>;
 
 struct TIdentity {
-  std::optional<std::pair<dev_t, ino_t>> inode;  // of a regular file that is there
-  fs::path path;                                 // of one that is not
+  std::optional<std::pair<dev_t, ino_t>> inode;  // of an existing regular file
+  fs::path path;                                 // of a file that does not exist
 
   bool operator==(const TIdentity& other) const {
     return inode ? inode == other.inode : !other.inode && !path.empty() && path == other.path;
   }
 };
 
-// Empty for what is there and is no regular file: it holds nothing that could be lost.
+// Empty if the path exists and is not a regular file: there is nothing to overwrite.
 TIdentity IdentityOf(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) == 0) {

@@ -1,4 +1,4 @@
-// Outputs that would destroy an input or another output.
+// Detects outputs that would overwrite an input or another output.
 #pragma once
 
 #include <vector>
@@ -9,13 +9,13 @@
 
 namespace velhost {
 
-/// Throws THostError (kInvalidArgument) if two outputs, or an output and an input, are one file: under one
-/// path, through links, or as one inode. Devices, pipes and terminals may serve several. Looks at
-/// -o, --record, --log and --capture-dir against one another, and against the plugin, the schema
-/// files, the server file or recording and the password file. Opens nothing.
+/// Throws THostError (kInvalidArgument) if two outputs, or an output and an input, are the same file: by path,
+/// through links, or by inode. Devices, pipes and terminals may be used more than once. Compares -o, --record, --log
+/// and --capture-dir with each other, and with the plugin, the schema files, the server file or recording and the
+/// password file. Opens nothing.
 void RefuseClashingFiles(const TCommandLine& commandLine, const TInstallation& installation);
 
-/// The same of the outputs against the inputs that were read, which know what includes and data files they have.
+/// The same for the outputs and the inputs that were actually read, which include included files and data files.
 void RefuseClashWithInputs(const TCommandLine& commandLine, const std::vector<TNamedFile>& inputs);
 
 }  // namespace velhost

@@ -24,8 +24,8 @@ EReader ReaderOfStandardOutput() {
 
 bool IsStandardOutput(const std::string& path) { return path.empty() || path == "-"; }
 
-// Writes at once what it is given: the writers gather their text themselves, and the progress line has
-// to be away at the moment of the writing.
+// Unbuffered: the writers buffer their text themselves, and the progress line must be gone at the moment of the
+// write.
 class TOutputTarget::TStandardOutput : public ITextSink {
  public:
   void SetProgressLine(TProgressLine* line) { line_ = IsTerminal(STDERR_FILENO) ? line : nullptr; }

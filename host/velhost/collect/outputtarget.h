@@ -1,4 +1,4 @@
-// Where the instances of a collection go, and the progress line that stands in their way.
+// Where the instances of a collection go, kept apart from the progress line.
 #pragma once
 
 #include <memory>
@@ -10,14 +10,14 @@
 
 namespace velhost {
 
-/// Whether the path of -o means standard output: none, or "-".
+/// Whether the path given with -o means standard output: empty or "-".
 bool IsStandardOutput(const std::string& path);
 
-/// Standard output, or a file that appears at the end, whole.
+/// Standard output, or a file that appears complete at the end.
 ///
-/// With a progress line on the same terminal the line is away whenever something is written. It comes
-/// back when the text has ended a line. Behind a pipe there may be a program that writes to the
-/// terminal when it likes: once something went there the line stays away.
+/// A progress line on the same terminal is removed whenever something is written, and comes back when the text has
+/// ended a line. If standard output is a pipe, the program that reads it may write to the terminal at any time, so
+/// the line stays away once something has been written.
 class TOutputTarget {
  public:
   /// Throws THostError (kNotCreated).
@@ -26,7 +26,7 @@ class TOutputTarget {
   TOutputTarget(const TOutputTarget&) = delete;
   TOutputTarget& operator=(const TOutputTarget&) = delete;
 
-  /// Not owned, and outlives the target.
+  /// The line is not owned and must outlive the target.
   void SetProgressLine(TProgressLine* line);
   ITextSink& Sink();
   /// Throws THostError (kNotWritten).

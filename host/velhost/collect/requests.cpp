@@ -62,7 +62,7 @@ std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
   const std::string onType = " on machine type " + SafeText(machineType);
   const std::string hint = "; \"velhost classes\" shows what it serves";
   if (classes.empty()) return {"the collector serves no class of the schema" + onType + hint};
-  std::map<std::string, bool> served;  // of the classes that a path exists for
+  std::map<std::string, bool> served;  // the classes that have a path
   for (const auto& entry : CollectorProfile::CollectableClasses(cimNamespace, machineType)) {
     served[entry.cimClass->Name()] = entry.served;
   }
@@ -93,7 +93,7 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::sha
       const std::string problem = path->second == EPath::kR8 ? AddressProblemOf(*property) : std::string();
       refuse("the register " + property->Definition().name + " of the class " + cimClass->Name() + " ", problem);
     }
-    // The collector keeps eight bits of their number.
+    // The collector keeps only eight bits of the number.
     const TCollectionSize size = SizeOf(*cimClass, path->second, static_cast<std::uint8_t>(serviceProcessors));
     refuse("the class " + cimClass->Name() + " with a MaxInstanceCount of " +
                std::to_string(InstanceCountOf(*cimClass)) + " ",
@@ -128,8 +128,8 @@ void TExchangeLedger::BeginRequest(const std::string& className) {
   requestFailed_ = false;
 }
 
-// An exchange that a stopped run refuses never took place: it makes the request's instances
-// incomplete, but is no failure of the service processor.
+// An exchange that a stopped run refuses never took place: it makes the request's instances incomplete, but is not a
+// failure of the service processor.
 void TExchangeLedger::Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode) {
   const bool succeeded = answered && completionCode == wire::TCommandBuffer::kSuccess;
   if (attempted) ++total_;

@@ -1,4 +1,4 @@
-// The requests of a collection: which classes, in which calls, and what became of each call.
+// The requests of a collection: the classes, the calls they are divided into, and the outcome of each call.
 #pragma once
 #include "host/base/api.h"
 
@@ -15,15 +15,15 @@
 
 namespace velhost {
 
-/// The classes of the command line in its order; without any, all that this machine serves, the
-/// capture class last. A class that the schema does not have throws THostError (kInvalidArgument) with the
-/// nearest name.
+/// The classes of the command line in their order; if it names none, all classes that this machine serves, with the
+/// capture class last. Throws THostError (kInvalidArgument) with the nearest name for a class that the schema does
+/// not declare.
 std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNamespace,
                                                         const std::vector<std::string>& names,
                                                         const std::string& machineType);
 
-/// What there is to say of classes that a request for collects nothing of: one text for each class
-/// that this machine does not serve, or one where there is nothing to ask for.
+/// Warnings about requests that will collect nothing: one text for each class that this machine does not serve, or a
+/// single one if there are no classes to request.
 std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
                                        const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                                        const std::string& machineType);
@@ -33,10 +33,10 @@ std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
 void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                     const std::string& machineType, bool singleRequest, int serviceProcessors);
 
-/// The names of the classes that stand behind the capture class: a single request never serves them.
+/// The names of the classes after the capture class: a single request never serves them.
 std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
 
-/// Counts exchanges and lists those that failed, under the class that is being collected.
+/// Counts exchanges and lists those that failed, under the class being collected.
 class TExchangeLedger : public IExchangeObserver {
  public:
   void OnIpmi(const TIpmiExchange& exchange) override;
@@ -57,8 +57,7 @@ class TExchangeLedger : public IExchangeObserver {
   std::vector<TFailedExchange> failed_;
 };
 
-/// Hands one request to the plugin. Returns the empty string, or the message of the exception that
-/// ended it.
+/// Passes one request to the plugin. Returns an empty string, or the message of the exception that ended the request.
 std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,
                        const std::vector<boost::shared_ptr<TCIMClass>>& classes);
 

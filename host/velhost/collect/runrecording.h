@@ -1,4 +1,4 @@
-// What --record asks for.
+// The recording that --record writes.
 #pragma once
 
 #include <optional>
@@ -9,8 +9,8 @@
 
 namespace velhost {
 
-/// The recording of a run; nothing without a path. The file is created by OpenFile, and what is
-/// recorded before waits for it: the plugin has to be loaded before a file that is there is emptied.
+/// The recording of a run; without a path it does nothing. OpenFile creates the file, and what is recorded earlier is
+/// buffered until then: an existing file must not be truncated before the plugin is loaded.
 class TRunRecording {
  public:
   /// The service processor and the environment are not owned.
@@ -20,11 +20,11 @@ class TRunRecording {
 
   /// Throws THostError (kNotCreated, kNotWritten).
   void OpenFile();
-  /// Null where nothing is recorded.
+  /// Null if nothing is recorded.
   IExchangeObserver* Observer() { return recorder_ ? &*recorder_ : nullptr; }
-  /// The environment whose readings of the clock are recorded.
+  /// The environment to use, whose clock readings are recorded.
   IHostEnvironment& Environment() { return recorded_ ? static_cast<IHostEnvironment&>(*recorded_) : plain_; }
-  /// Throws the first failure of a write, if there was one.
+  /// Throws the first write failure, if there was one.
   void Finish() const;
 
  private:

@@ -33,15 +33,15 @@ namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
 constexpr milliseconds kEndingTime{2'000};
-constexpr std::size_t kLongestPath = 800;  // of a configuration line's 1024 bytes
+constexpr std::size_t kLongestPath = 800;  // leaves room within a configuration line's 1024 bytes
 constexpr int kCannotExecute = 127;
 constexpr int kRemovals = 100;
 constexpr useconds_t kRemovalStep = 20'000;
 
-// All that ipmi_sim is told of its surroundings: a user's environment may hold secrets.
+// The whole environment of ipmi_sim: the user's may hold secrets.
 constexpr std::array<const char*, 3> kEnvironment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C", nullptr};
 
-// The BMC at address 0x20: device id, no SDRs, revision, firmware version, capabilities, maker, product.
+// The BMC at address 0x20: device ID, no SDRs, revision, firmware version, capabilities, manufacturer, product.
 constexpr const char* kCommands =
     "mc_setbmc 0x20\n"
     "mc_add 0x20 0 no-device-sdrs 0x01 1 0 0x9f 0x003039 0x0001\n"
@@ -74,16 +74,16 @@ void ReplaceStandardStreams(int input, int output) {
   dup2(output, STDERR_FILENO);
 }
 
-/// Closes what this process has inherited and does not know of.
+/// Closes inherited descriptors that this process does not know about.
 void CloseFrom(int first) { close_range(static_cast<unsigned int>(first), ~0U, 0); }
 
-/// In the child: what follows a fork may only use system calls.
+/// Runs in the child, which may only make system calls after the fork.
 [[noreturn]] void Become(const char* program, char* const* arguments, const char* log, pid_t parent) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
   for (const int ignored : {SIGPIPE, SIGXFSZ}) signal(ignored, SIG_DFL);
-  // A group of its own: Ctrl-C is for velhost, which then ends it in order.
+  // A group of its own: Ctrl-C is meant for velhost, which then ends ipmi_sim in an orderly way.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(kCannotExecute);
@@ -96,12 +96,12 @@ void CloseFrom(int first) { close_range(static_cast<unsigned int>(first), ~0U, 0
   _exit(kCannotExecute);
 }
 
-/// In the keeper of a private folder: waits until its parent has closed the other end of the pipe, by
-/// dying too, and removes what is left of the folder.
+/// Runs in the keeper of a private folder: waits until the parent closes its end of the pipe, if only by dying, and
+/// removes what is left of the folder.
 [[noreturn]] void KeepFolder(int pipeEnd, const std::string& folder) {
-  setpgid(0, 0);  // what ends the parent's group, such as Ctrl-C, is not for the keeper
+  setpgid(0, 0);  // Ctrl-C and other signals to the parent's group must not end the keeper
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-  // Whoever reads the parent's output, or another pipe that it has inherited, must see its end.
+  // Release the parent's output and other inherited pipes, so that their readers see the end of file.
   ReplaceStandardStreams(nothing, nothing);
   constexpr int kOnly = STDERR_FILENO + 1;
   if (pipeEnd != kOnly) dup2(pipeEnd, kOnly);
@@ -117,8 +117,8 @@ void CloseFrom(int first) { close_range(static_cast<unsigned int>(first), ~0U, 0
   _exit(0);
 }
 
-// Get Channel Authentication Capabilities (network function 6, command 0x38) of channel 14, "this
-// one", for an administrator: what every client asks first, outside of any session.
+// Get Channel Authentication Capabilities (network function 6, command 0x38) for channel 14, "this channel", and an
+// administrator: the first request of every client, outside of any session.
 constexpr std::array<std::uint8_t, 23> kFirstQuestion = {
     0x06, 0x00, 0xFF, 0x07,                                      // RMCP, class IPMI
     0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x09,  // no session, 9 bytes follow
@@ -135,7 +135,7 @@ std::string IpmiSimConfiguration(const TIpmiSimSettings& settings) {
        << "  addr 127.0.0.1 " << settings.port << "\n"
        << "  priv_limit admin\n";
   for (const char* level : {"callback", "user", "operator", "admin"}) text << "  allowed_auths_" << level << allowed;
-  // Without a GUID it would not offer IPMI 2.0.
+  // Without a GUID, ipmi_sim would not offer IPMI 2.0.
   text << "  guid 76656c686f737473696d756c61746564\n"
        << "endlan\n";
   if (settings.serialPort) text << "serial 15 127.0.0.1 " << *settings.serialPort << " codec VM\n";
@@ -162,7 +162,7 @@ TPrivateFolder::~TPrivateFolder() {
   waitpid(keeper_, nullptr, 0);
 }
 
-// Without a keeper the folder is removed all the same, unless this process is killed.
+// If the keeper cannot be started, the folder is still removed unless this process is killed.
 void TPrivateFolder::StartKeeper() {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) return;

@@ -1,4 +1,4 @@
-// One run of ipmi_sim, with everything that it needs in a private folder.
+// One run of ipmi_sim, with all its files in a private folder.
 #pragma once
 
 #include <sys/types.h>
@@ -22,15 +22,15 @@ struct TIpmiSimSettings {
   std::string password;
 };
 
-/// The configuration file of a run. Throws THostError (kInvalidArgument) for a path that ipmi_sim's
-/// configuration has no way to write: one with quotes, backslashes, control characters, or too long.
+/// The configuration file of a run. Throws THostError (kInvalidArgument) for a path that ipmi_sim's configuration
+/// cannot express: one that has quotes, backslashes or control characters, or is too long.
 std::string IpmiSimConfiguration(const TIpmiSimSettings& settings);
 
-/// Removes itself, and what is in it, at the end of its life; when this process is killed too, by a
-/// child that does nothing but wait for that.
+/// A folder that is removed with its content on destruction. If this process is killed, a child that waits for just
+/// that removes it.
 class TPrivateFolder {
  public:
-  /// In TMPDIR, else /tmp; for this user only. Throws THostError (kNotCreated).
+  /// Created in TMPDIR, else in /tmp, for this user only. Throws THostError (kNotCreated).
   TPrivateFolder();
   ~TPrivateFolder();
   TPrivateFolder(const TPrivateFolder&) = delete;
@@ -42,11 +42,11 @@ class TPrivateFolder {
 
   std::string path_;
   pid_t keeper_ = -1;
-  TDescriptor pipe_;  ///< whose closing the keeper waits for
+  TDescriptor pipe_;  ///< the keeper waits until it is closed
 };
 
-/// A running ipmi_sim, which inherits no descriptor but standard streams of its own, and nothing of the
-/// environment. It is ended with this object, and by the kernel if this process dies.
+/// A running ipmi_sim. It inherits neither descriptors nor environment, and has standard streams of its own. The
+/// destructor ends it; the kernel does if this process dies.
 class TIpmiSim {
  public:
   /// Throws THostError (kNotCreated, kUnreachable).
@@ -55,12 +55,12 @@ class TIpmiSim {
   TIpmiSim(const TIpmiSim&) = delete;
   TIpmiSim& operator=(const TIpmiSim&) = delete;
 
-  /// Becomes readable when it has ended.
+  /// Becomes readable when ipmi_sim has ended.
   int Descriptor() const { return descriptor_.Get(); }
   bool HasEnded() const { return WaitForEnd(std::chrono::milliseconds(0)); }
-  /// "with status 1" or "by signal 9, SIGKILL", once it has.
+  /// "with status 1" or "by signal 9, SIGKILL", once it has ended.
   std::string HowItEnded() const;
-  /// What it has written so far, without the last line's end; for messages.
+  /// Its output so far, without the last newline; for messages.
   std::string Output() const;
 
  private:
@@ -73,7 +73,7 @@ class TIpmiSim {
   TDescriptor descriptor_;
 };
 
-/// Whether something on 127.0.0.1:`port` answers IPMI over LAN within `time`.
+/// Whether something at 127.0.0.1:`port` answers IPMI over LAN within `time`.
 bool AnswersIpmi(int port, std::chrono::milliseconds time);
 
 }  // namespace velhost

@@ -41,8 +41,8 @@ constexpr const char* kModuleFile = "/velbmcsim.so";
 constexpr milliseconds kStartingTime{10'000};
 constexpr milliseconds kStartingStep{50};
 
-/// The signals that end the command, as something to poll. They are blocked meanwhile, so that none
-/// cuts the clearing up short; also that of a closed pipe, whose write fails all the same.
+/// The signals that end the command, as a descriptor to poll. They are blocked so that none interrupts the cleanup.
+/// SIGPIPE is among them; a write to a closed pipe still fails.
 class TEndingSignals {
  public:
   TEndingSignals() {
@@ -58,7 +58,7 @@ class TEndingSignals {
     }
   }
   ~TEndingSignals() {
-    // Taken here, or they would end this process once they are let through.
+    // Consumed here; otherwise they would end this process when they are unblocked.
     pollfd waiter = {descriptor_.Get(), POLLIN, 0};
     std::array<signalfd_siginfo, 1> signal{};
     while (poll(&waiter, 1, 0) == 1 && read(descriptor_.Get(), signal.data(), sizeof signal) > 0) continue;
@@ -73,7 +73,7 @@ class TEndingSignals {
   TDescriptor descriptor_;
 };
 
-/// A folder of PATH that is empty or relative depends on where the command is called, and is passed over.
+/// An empty or relative folder in PATH depends on the current folder, so it is skipped.
 std::string FindProgram() {
   const char* const path = std::getenv("PATH");
   std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
@@ -95,7 +95,7 @@ std::string FindModule(const TInstallation& installation) {
           "\nThe package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it");
 }
 
-/// The server's machine type. ipmi_sim itself would say nothing of what is wrong with the file.
+/// Returns the server's machine type. Checks the file first, because ipmi_sim would not say what is wrong with it.
 std::string CheckServer(const TSimulateArguments& arguments) {
   const TStopSignal stop;
   TInputs inputs(stop);
@@ -110,7 +110,7 @@ std::string CheckServer(const TSimulateArguments& arguments) {
   return server.machineType;
 }
 
-/// ipmi_sim starts on a port that is in use, too, and then gets no request.
+/// ipmi_sim also starts on a port that is in use, and then gets no requests.
 void CheckPort(int port, int type, const char* protocol) {
   TDescriptor descriptor(socket(AF_INET, type | SOCK_CLOEXEC, 0));
   sockaddr_in address = {};
@@ -119,7 +119,7 @@ void CheckPort(int port, int type, const char* protocol) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   sockaddr generic = {};
   std::memcpy(&generic, &address, sizeof address);
-  // A TCP port in the aftermath of a connection is free, and ipmi_sim takes it.
+  // A TCP port in TIME_WAIT counts as free: ipmi_sim can use it.
   const int reuse = 1;
   if (type == SOCK_STREAM) setsockopt(descriptor.Get(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
   const int error = bind(descriptor.Get(), &generic, sizeof generic) == 0 ? 0 : errno;
@@ -150,14 +150,14 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
                                                (output.empty() ? ", and said nothing of why" : ": " + output));
 }
 
-/// Waits for a signal (true), or until the time is over or the simulator has ended (false).
+/// Waits for a signal and returns true; false if the time is over or the simulator has ended.
 bool WaitForSignal(const TEndingSignals& signals, const TIpmiSim& simulator, int time) {
   std::array<pollfd, 2> waiters = {{{signals.Descriptor(), POLLIN, 0}, {simulator.Descriptor(), POLLIN, 0}}};
   while (poll(waiters.data(), waiters.size(), time) < 0 && errno == EINTR) continue;
   return (waiters[0].revents & POLLIN) != 0;
 }
 
-/// True once it answers, false when a signal comes first.
+/// Returns true when the simulator answers, false if a signal comes first.
 bool WaitForAnswer(const TEndingSignals& signals, const TIpmiSim& simulator, int port) {
   const auto end = steady_clock::now() + kStartingTime;
   while (!AnswersIpmi(port, kStartingStep)) {
