@@ -76,7 +76,7 @@ void TClassBuilder::Build(TNamespace& cimNamespace) {
   }
 }
 
-// The class and its superclasses up to one that is done already, or that is in the chain too.
+// The class and its superclasses, up to one that is already done or is in the chain itself.
 std::vector<TClassBuilder::TEntry*> TClassBuilder::OpenChain(TEntry& entry) {
   std::vector<TEntry*> chain;
   TEntry* link = &entry;
@@ -104,7 +104,8 @@ void TClassBuilder::ReportCircle(const std::vector<TEntry*>& chain, const TEntry
              "the class " + again.unit.Quoted(again.syntax->name) + " derives from itself (" + names + ")");
 }
 
-// Whether the superclass is there. One that could not be resolved has been reported itself.
+// Whether the class can be built on its superclass. A superclass that could not be resolved has been reported
+// already.
 bool TClassBuilder::MayDerive(TEntry& entry, const TEntry* superEntry) {
   const Mof::TSpan above = entry.syntax->superClass;
   if (above.begin == above.end) return true;
@@ -170,7 +171,7 @@ void TClassBuilder::CountEntries(const TCIMClass& built, const TCIMClass* superC
   }
 }
 
-// A class is an association or indication by a qualifier of its own or of a superclass.
+// A class is an association or indication by its own qualifier or that of a superclass.
 std::uint32_t TClassBuilder::ScopeOf(const TEntry& entry, const TCIMClass* superClass) const {
   const auto is = [&](const char* name) {
     const Mof::TRange uses = entry.syntax->qualifiers;

@@ -1,7 +1,7 @@
-// Class declarations as classes of a namespace: superclasses first, whatever the order of the text.
+// Builds the classes of a namespace from class declarations: superclasses first, whatever their order in the text.
 //
-// A class whose superclass is missing, in a circle or too deep is checked as far as it can be and
-// left out, and so is what stands below it; only the first of them is reported.
+// A class whose superclass is missing, circular or too deep is checked as far as possible and left out, and so are
+// the classes below it; only the first of them is reported.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -19,57 +19,58 @@
 
 namespace velhost {
 
-/// A method as a class declares it. Nothing calls methods: they are known while a schema is read, so that those that
-/// override them can be checked.
+/// A method as a class declares it. Nothing calls methods; they are only kept while a schema is read, to check the
+/// methods that override them.
 struct TMethod {
   TSchemaUnit unit;
   const Mof::TFeature* syntax;
   std::string_view declaringClass;
-  const TMethod* overridden;              ///< null for a new one
-  TQualifierSet qualifiers;               ///< with the inherited ones, as far as their values are kept
-  std::vector<TQualifierSet> parameters;  ///< theirs, in order
+  const TMethod* overridden;              ///< null for a new method
+  TQualifierSet qualifiers;               ///< includes inherited ones, as far as their values are kept
+  std::vector<TQualifierSet> parameters;  ///< the qualifiers of each parameter, in order
 };
 using TMethods = std::unordered_map<std::string_view, TMethod, TNameHash, TNameEqual>;
 
-/// A default that can be looked into once all classes are known.
+/// A default whose content can be checked once all classes are known.
 struct TStringDefault {
   TSchemaUnit unit;
   Mof::TInitializer value;
-  const boost::shared_ptr<TCIMClass>* cimClass;  ///< null in there where the class cannot be built
+  const boost::shared_ptr<TCIMClass>* cimClass;  ///< points to null if the class cannot be built
   std::string_view property;
 };
 
 class TClassBuilder {
  public:
-  /// Notes all class declarations. A second one of a name is an error. `schema` and `qualifiers` (all
-  /// of them declared) must outlive this. Of the qualifiers of methods those of `methodValues` are kept.
+  /// Registers all class declarations. A second declaration of a name is an error. `schema` and `qualifiers` (with
+  /// all declarations already in it) must outlive this. `methodValues` says which values of method qualifiers are
+  /// kept.
   TClassBuilder(const TParsedSchema& schema, TQualifierTable& qualifiers, const TSchemaLimits& limits, TSchemaLog& log,
                 EKeptValues methodValues = EKeptValues::kFixed);
 
-  /// All classes that can be resolved, into `cimNamespace`, in declaration order.
+  /// Adds all classes that can be resolved to `cimNamespace`, in declaration order.
   void Build(TNamespace& cimNamespace);
 
-  /// Reports a class name that no declaration has.
+  /// Returns whether the class is declared; reports it if not.
   bool CheckClassName(TSchemaPlace place, std::string_view name);
-  /// The aliases that property defaults use.
+  /// The aliases used in property defaults.
   const std::vector<TAliasUse>& Aliases() const { return aliases_; }
-  /// The defaults of the properties that are strings: some hold MOF.
+  /// The defaults of string properties, some of which hold MOF.
   const std::vector<TStringDefault>& StringDefaults() const { return stringDefaults_; }
   /// The methods that a class declares itself; null for an unknown class.
   const TMethods* MethodsOf(std::string_view className);
 
  private:
-  /// kOpen: in the chain of superclasses that is being walked.
+  /// kOpen: in the superclass chain being walked.
   enum class EState { kNew, kOpen, kDone };
   struct TEntry {
     TSchemaUnit unit;
     const Mof::TClassSyntax* syntax;
-    std::size_t order;  // place among all declarations
-    TEntry* above;      // the superclass; null for none, and until all declarations are known
+    std::size_t order;  // position among all declarations
+    TEntry* above;      // the superclass; null if there is none, and until all declarations are known
     EState state;
     std::size_t depth;                   // 1 for a root class
     std::uint32_t scope;                 // class, association or indication
-    boost::shared_ptr<TCIMClass> built;  // null where it cannot be resolved
+    boost::shared_ptr<TCIMClass> built;  // null if it cannot be resolved
     TMethods methods;
   };
 
@@ -77,19 +78,19 @@ class TClassBuilder {
   void FindSuperClasses();
   TEntry* Find(std::string_view name);
   std::vector<TEntry*> OpenChain(TEntry& entry);
-  /// One error for a circle: at the class that the walk met again.
+  /// Reports a circle once, at the class where the walk came round again.
   void ReportCircle(const std::vector<TEntry*>& chain, const TEntry& again);
   void BuildOne(TEntry& entry, TNamespace& cimNamespace);
   bool MayDerive(TEntry& entry, const TEntry* superEntry);
   void AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinition definition);
   void CountEntries(const TCIMClass& built, const TCIMClass* superClass);
-  /// What a class is to the scope of its qualifiers: class, association or indication.
+  /// The scope that the qualifiers of a class must allow: class, association or indication.
   std::uint32_t ScopeOf(const TEntry& entry, const TCIMClass* superClass) const;
-  /// `above` is the superclass where it could be resolved.
+  /// `above` is the superclass if it could be resolved.
   void AddFeatures(TEntry& entry, const TEntry* above, TClassDefinition& definition);
   void AddProperty(const TEntry& entry, const Mof::TFeature& feature, const TCIMClass* superClass,
                    TClassDefinition& definition);
-  /// Whether the type is the overridden property's; a reference may be narrowed to a subclass.
+  /// Checks that the type is that of the overridden property; a reference may be narrowed to a subclass.
   bool CheckOverride(const TEntry& entry, const Mof::TFeature& feature, const TPropertyDefinition& definition,
                      const TPropertyDecl& overridden);
   bool Refines(std::string_view name, std::string_view ancestor);
@@ -97,17 +98,17 @@ class TClassBuilder {
   void CheckReferences(const TEntry& entry);
   void CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& feature);
 
-  /// Override names an inherited element of the same name and kind.
+  /// Checks that Override names an inherited element of the same name and kind.
   void CheckOverrideName(const TEntry& entry, const Mof::TFeature& feature, const TEntry* above);
   std::string OverrideProblem(bool isMethod, std::string_view name, std::string_view qualification,
                               const TEntry& above);
   bool Exposes(const TEntry& entry, bool isMethod, std::string_view name);
 
-  /// Declared in the class or inherited; null for none.
+  /// The method with that name, declared in the class or inherited; null if there is none.
   const TMethod* FindMethod(const TEntry* entry, std::string_view name);
   void AddMethod(TEntry& entry, const Mof::TFeature& feature, const TEntry* above);
   void AddParameters(TMethod& method);
-  /// Return type and parameters are those of the overridden method.
+  /// Checks that return type and parameters are those of the overridden method.
   void CheckSignature(const TMethod& method);
   void CheckParameter(const TMethod& method, std::uint32_t index);
 
@@ -121,9 +122,9 @@ class TClassBuilder {
   std::unordered_map<std::string_view, std::size_t, TNameHash, TNameEqual> byName_;
   std::vector<TAliasUse> aliases_;
   std::vector<TStringDefault> stringDefaults_;
-  const bool isWhole_;            // whether all of the text could be read
+  const bool isWhole_;            // whether the whole text could be read
   std::size_t modelEntries_ = 0;  // see TSchemaLimits
-  bool isFull_ = false;           // that limit was exceeded, which has been reported
+  bool isFull_ = false;           // that limit was exceeded, and this has been reported
 };
 
 }  // namespace velhost

@@ -1,4 +1,4 @@
-// What stands between the braces of a class: its properties and references.
+// The features of a class: its properties and references.
 #include "host/base/text.h"
 
 #include <cstddef>
@@ -76,7 +76,7 @@ void TClassBuilder::ReadDefault(const TSchemaUnit& unit, const Mof::TFeature& fe
   }
 }
 
-// The class whose instances a string holds as text, and whether it is a string.
+// Checks that the class named by EmbeddedInstance exists, and that the element is a string.
 void TClassBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& feature) {
   for (std::uint32_t i = 0; i < feature.qualifiers.count; ++i) {
     const Mof::TQualifierUse& use = unit.file->uses[feature.qualifiers.first + i];
@@ -94,7 +94,7 @@ void TClassBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& 
   }
 }
 
-// A reference is an association's, and an association relates two at least.
+// Only associations have references, and each has at least two.
 void TClassBuilder::CheckReferences(const TEntry& entry) {
   std::size_t count = 0;
   for (std::uint32_t i = 0; i < entry.syntax->features.count; ++i) {
@@ -113,7 +113,7 @@ void TClassBuilder::CheckReferences(const TEntry& entry) {
                                                          ", expected at least two");
 }
 
-// Whether `name` is the class `ancestor` or declared below it.
+// Whether `name` is the class `ancestor` or a class below it.
 bool TClassBuilder::Refines(std::string_view name, std::string_view ancestor) {
   std::size_t steps = 0;
   for (const TEntry* link = Find(name); link != nullptr && steps <= limits_.inheritanceDepth; ++steps) {

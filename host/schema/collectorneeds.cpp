@@ -169,7 +169,7 @@ void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& rol
   }
 }
 
-// Read as 16 bits.
+// The collector reads the value as 16 bits.
 std::optional<std::uint64_t> TNeeds::InstanceCount(const TCIMClass& cimClass, const std::string& role) {
   const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
   const std::string name = SingleQuoted(CollectorProfile::kMaxInstanceCount);
@@ -235,7 +235,7 @@ void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& prope
   }
 }
 
-// The last byte of the last record must lie inside the register block. The number is read as 16 bits.
+// The last byte of the last record must lie inside the register block. The collector reads the number as 16 bits.
 void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& property, std::uint64_t instances) {
   using namespace CollectorProfile;
   namespace Block = wire::RegisterBlock;
@@ -263,8 +263,8 @@ void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& propert
                                  "), expected below " + std::to_string(Block::kSize));
 }
 
-// Declared where registers are, with a register's qualifiers, and yet no register: its name was
-// first declared further up.
+// A property that is declared where registers are and has a register's qualifiers, but is not a register because its
+// name was first declared in a class further up.
 void TNeeds::CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path) {
   const TPropertyDefinition& definition = property.Definition();
   const bool isNear = property.DeclaringClass() == cimClass.Name() ||

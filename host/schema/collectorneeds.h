@@ -1,8 +1,8 @@
-// What the collector needs of a schema beyond its being well-formed.
+// Checks what the collector requires of a schema besides that it is well-formed.
 //
-// The collector looks up what it needs without checking that it is there: a missing class, qualifier
-// or superclass ends a request in an assertion, and a record number that is too large would be read
-// past the end of a register block. This finds all of it beforehand.
+// The collector looks things up without checking that they exist: a missing class, qualifier or superclass ends a
+// request in an assertion, and a record number that is too large would be read past the end of a register block. This
+// check finds all such cases beforehand.
 #pragma once
 
 #include <string>
@@ -14,15 +14,14 @@
 
 namespace velhost {
 
-/// Findings about classes that are not there come first, under `schemaName` and without a line. The
-/// others follow in the order of the classes, each at the class or property it is about; their source
-/// lines are taken from `sources` where that is given.
+/// Findings about missing classes come first, under `schemaName` and without a line. The others follow in class
+/// order, each at the class or property that it concerns, with source lines taken from `sources` if that is given.
 ///
-/// Errors: a base class or the capture class that is missing; a class on a path without one of its
-/// qualifiers, with a value of it that cannot be used, or without a superclass; a register without
-/// its qualifiers or outside the register block; a property of the capture class that is missing or
-/// of another type; past a thousand findings, the number of those that are not given. Warnings: a register that is no
-/// array of uint8; an overriding property that looks like a register and is not read because of its origin.
+/// Errors: a base class or the capture class is missing; a class on a path lacks one of its qualifiers or a
+/// superclass, or has an unusable qualifier value; a register lacks its qualifiers or is outside the register block;
+/// a property of the capture class is missing or has another type. After a thousand findings, a last one gives the
+/// number of those omitted. Warnings: a register is not an array of uint8; an overriding property looks like a
+/// register but is not read because of its origin.
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources = nullptr);
 

@@ -1,4 +1,4 @@
-// Strings that hold MOF: values of properties with the qualifier EmbeddedInstance or EmbeddedObject.
+// Strings that hold MOF: the values of properties with the qualifier EmbeddedInstance or EmbeddedObject.
 #include "host/base/text.h"
 
 #include <cstddef>
@@ -57,15 +57,15 @@ void TInstanceBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitia
 
 TInstanceBuilder::TEmbedded TInstanceBuilder::EmbeddedOf(const TQualifier& ofClass) const {
   const std::string name = ofClass.GetValue().ToString(10);
-  // The empty name has always stood for any object.
+  // An empty name means any object, as it always has.
   if (name.empty()) return {true, {}, "an instance or a class"};
   const bool shown = !log_.Hides(ofClass.Location().file) && name.size() <= limits_.nameSize;
   return {false, namespace_.FindClass(name),
           shown ? "an instance of " + SingleQuoted(name) : "an instance of the class that the property names"};
 }
 
-// Texts may be embedded in embedded ones. Each level doubles the backslashes before its quotes, so that the size of a
-// literal bounds their number.
+// Embedded texts may contain embedded texts. Each level doubles the backslashes before its quotes, so the size of a
+// literal bounds the depth.
 void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TEmbedded& embedded) {
   const std::size_t errors = log_.Errors();
   const TEmbeddedText text(outer, literal, limits_, log_);

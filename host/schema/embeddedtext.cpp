@@ -23,13 +23,13 @@ std::string TEmbeddedText::TakeText(const Mof::TLiteral& literal) {
     jumps_.push_back({start, piece.span.begin});
     Mof::AppendUnescaped(text, outer_.Text(piece.span), piece.span.begin, jumps_);
   }
-  // The source would drop it, and every byte would stand elsewhere than the jumps say.
+  // TSchemaSource would drop a byte order mark and so shift every place.
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) text[0] = ' ', text[1] = ' ', text[2] = ' ';
   return text;
 }
 
-// A string may hold a NUL by its escape; no other byte of it can be bad.
+// A NUL can only come from an escape; no other byte of a string can be bad, because its file was checked.
 void TEmbeddedText::ReplaceBadBytes(TSchemaLog& log) {
   const std::size_t first = Mof::FindBadByte(source_.Text(), 0);
   if (first == source_.Text().size()) return;

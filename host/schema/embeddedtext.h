@@ -1,7 +1,7 @@
-// A MOF text inside a string: an embedded instance or class.
+// MOF text inside a string: an embedded instance or class.
 //
-// What is wrong in it is reported where its bytes stand in the file, behind escapes and between the
-// literals that the string is written in.
+// Errors in it are reported at the place in the file where the bytes are, which takes account of escapes and of
+// strings that consist of several literals.
 #pragma once
 
 #include <cstdint>
@@ -16,15 +16,15 @@ namespace velhost {
 
 class TEmbeddedText {
  public:
-  /// Reads the text of `literal`, a string of `outer`, whose source and file must outlive this. Whatever is no MOF is
-  /// reported.
+  /// Parses the text of `literal`, a string of `outer`, whose source and file must outlive this. Reports everything
+  /// that is not MOF.
   TEmbeddedText(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TSchemaLimits& limits, TSchemaLog& log);
   TEmbeddedText(const TEmbeddedText&) = delete;
   TEmbeddedText& operator=(const TEmbeddedText&) = delete;
 
-  /// The text itself as a unit; it points into this.
+  /// The text as a unit that points into this object.
   const TSchemaUnit& Unit() const { return unit_; }
-  /// The place in the file of a byte of the text, or of its end.
+  /// The place in the file of a byte of the text, or of the text's end.
   TSchemaPlace Place(std::uint32_t offset) const;
 
  private:
@@ -32,7 +32,7 @@ class TEmbeddedText {
   void ReplaceBadBytes(TSchemaLog& log);
 
   TSchemaUnit outer_;
-  std::vector<Mof::TTextJump> jumps_;  // in the order of the text
+  std::vector<Mof::TTextJump> jumps_;  // in text order
   TSchemaSource source_;
   Mof::TMofFile file_;
   TSchemaUnit unit_;

@@ -106,7 +106,7 @@ void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan
              "the class " + SingleQuoted(cimClass.Name()) + " has no property " + unit.Quoted(name) + hint.Text());
 }
 
-// An alias stands for an instance of the reference's class or of one below it.
+// An alias must name an instance of the reference's class or of a class below it.
 void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
   const auto alias = aliases_.find(use.name);
   if (alias == aliases_.end()) {

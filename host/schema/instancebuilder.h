@@ -1,6 +1,6 @@
-// "instance of" declarations as instances of their classes.
+// Builds instances from "instance of" declarations.
 //
-// Aliases may be used before they are declared, so that they are checked at the end.
+// Aliases may be used before they are declared, so they are checked at the end.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -19,7 +19,7 @@ namespace velhost {
 
 class TInstanceBuilder {
  public:
-  /// `classes` has built its classes into `cimNamespace`.
+  /// `classes` must already have built its classes into `cimNamespace`.
   TInstanceBuilder(const TParsedSchema& schema, TClassBuilder& classes, TQualifierTable& qualifiers,
                    const TSchemaLimits& limits, const TNamespace& cimNamespace, TSchemaLog& log)
       : schema_(schema),
@@ -31,27 +31,27 @@ class TInstanceBuilder {
         values_(log),
         room_(limits.instanceValues) {}
 
-  /// In declaration order. A property that does not fit is reported and left unset; an instance of
-  /// an unknown class is left out.
+  /// Returns the instances in declaration order. A property that does not fit is reported and left unset; an instance
+  /// of an unknown class is left out.
   std::vector<boost::shared_ptr<TInstance>> Build();
 
  private:
   void NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax);
   boost::shared_ptr<TInstance> BuildOne(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax);
-  /// Whether the limit for values allows another instance with that many properties.
+  /// Whether the limit on values allows another instance with that many properties.
   bool HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, std::size_t properties);
   void Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance);
   void ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass);
-  /// The alias is declared, for an instance of the reference's class or one below it.
+  /// Checks that the alias is declared for an instance of the reference's class or of a class below it.
   void CheckAlias(const TAliasUse& use);
 
-  /// The strings of a value that hold MOF by the property's qualifiers must be one instance, or where any object is
-  /// meant one class, of which then only the text and the superclass are looked at.
+  /// Checks the strings of a value that must hold MOF according to the property's qualifiers: each must be one
+  /// instance, or one class if any object is allowed. Of a class, only the syntax and the superclass are checked.
   void CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitializer& value, const TPropertyDecl& property);
-  /// What the strings of a property hold.
+  /// What the strings of a property must hold.
   struct TEmbedded {
-    bool isAny;                             // any object, not the instances of one class only
-    boost::shared_ptr<TCIMClass> cimClass;  // theirs; null where it is not declared
+    bool isAny;                             // the class of the instances; null if it is not declared
+    boost::shared_ptr<TCIMClass> cimClass;  // in words
     std::string expected;                   // in words
   };
   TEmbedded EmbeddedOf(const TQualifier& ofClass) const;
@@ -66,11 +66,12 @@ class TInstanceBuilder {
   const TNamespace& namespace_;
   TSchemaLog& log_;
   TValueReader values_;
-  std::size_t room_;  // for values of further instances
+  std::size_t room_;  // for the values of further instances
   bool full_ = false;
   std::unordered_map<std::string_view, boost::shared_ptr<TCIMClass>, TNameHash, TNameEqual> aliases_;
   std::vector<std::string_view> aliasNames_;  // those that may be shown, in declaration order
-  // By qualifier: the class's name may be long, and the qualifier inherited. Null stands for all uses of the default.
+  // Keyed by qualifier, because the class name may be long and the qualifier inherited. The null key is for all uses
+  // of the default.
   std::unordered_map<const TQualifier*, TEmbedded> embeddedClasses_;
   std::vector<TAliasUse> uses_;
 };

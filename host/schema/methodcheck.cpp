@@ -1,4 +1,4 @@
-// Methods: declared once, and changed by a subclass as little as a property.
+// Checks methods: each is declared once, and a subclass may change it as little as a property.
 #include "host/base/text.h"
 
 #include <cstdint>
@@ -86,7 +86,7 @@ void TClassBuilder::AddParameters(TMethod& method) {
   }
 }
 
-// Nothing here calls a method, so that a changed one does no harm: it is no error.
+// A changed method is only a warning, because nothing here calls it.
 void TClassBuilder::CheckSignature(const TMethod& method) {
   const TSchemaUnit& unit = method.unit;
   const Mof::TFeature& before = *method.overridden->syntax;

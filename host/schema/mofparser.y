@@ -1,8 +1,7 @@
-// The grammar of MOF (DSP0004, annex A), and where reading goes on after an error.
+// The grammar of MOF (DSP0004, annex A), and how the parser recovers from errors.
 //
-// What is missing between two statements is taken as read; a statement that makes no sense is left
-// out up to its semicolon, a list up to its closing bracket. Keywords are names wherever a name can
-// stand but in the place of a class.
+// A missing separator between two statements is assumed. A statement that cannot be parsed is skipped up to its
+// semicolon, a list up to its closing bracket. Keywords are valid as names everywhere except as class names.
 %skeleton "lalr1.cc"
 %require "3.8"
 %language "c++"
@@ -47,7 +46,7 @@ constexpr TRange kEmpty = {0, 0};
 constexpr TArraySuffix kScalar = {false, 0};
 constexpr TInitializer kNoValue = {false, false, {0, 0}, {0, 0}};
 
-// Where the next member of a list will stand: lists are ranges of vectors.
+// The position of the next list member: lists are ranges of vectors.
 template <typename T>
 TRange StartOf(const std::vector<T>& members) {
   return {static_cast<std::uint32_t>(members.size()), 0};
@@ -95,12 +94,11 @@ production:
 | error LBRACE junk RBRACE semicolon
 ;
 
-// The statement's end. Where it is missing, what follows is the next statement. An error token is
-// shifted only where the parser stands directly before it: hence the rules that are written out
-// below, without empty parts before the semicolon.
+// The end of a statement. If it is missing, the next statement follows. An error token is only shifted if the parser
+// is directly before it, so some rules below are written out instead of having empty parts before the semicolon.
 semicolon: SEMICOLON | error ;
 
-// The body of something unknown.
+// The body of an unknown construct.
 junk: %empty | junk junkToken | junk LBRACE junk RBRACE ;
 junkToken:
   LBRACKET | RBRACKET | LPAREN | RPAREN | SEMICOLON | COLON | COMMA | EQUALS | PRAGMA | STRING | CHARACTER
@@ -278,7 +276,7 @@ void TMofParser::report_syntax_error(const context& where) const {
   }
   const std::uint32_t place = where.location().begin;
   if (expected.IsReference()) {
-    // A word that is no type could only have been a class.
+    // A word that is not a type can only have been meant as a class.
     const TSpan word = scan.WordBefore(place);
     scan.SyntaxError(word.begin, "found " + Quoted(scan.Text(word)) + ", expected a type, or a class name and 'ref'" +
                                HintOfType(scan.Text(word)));

@@ -16,7 +16,7 @@ namespace {
 
 TSpan Inner(TSpan span, std::uint32_t closing) { return {span.begin + 1, span.end - closing}; }
 
-// What a character that begins no token may have been meant for.
+// What a character that begins no token may have been intended to begin.
 const char* ExpectedFor(char c) {
   switch (c) {
     case '$': return "a name behind it";
@@ -111,7 +111,8 @@ int TScan::Plain(TSpan span, TSemantic& value, int token) {
   return TooLong(span, std::min(limit, limits_.tokenSize)) ? int{TToken::END} : token;
 }
 
-// Past the escape. A backslash at the end of a line is none: the line's end ends the string.
+// Returns the offset after the escape. A backslash at the end of a line is not an escape: the end of the line ends
+// the string.
 std::uint32_t TScan::Escape(std::uint32_t offset) {
   const std::string_view rest = source_.Text().substr(offset);
   const TCharacter taken = TakeCharacter(rest);
@@ -181,14 +182,15 @@ int TScan::Open(TSpan span, int token) {
   return token;
 }
 
-// More closing brackets than opening ones are the parser's to report.
+// Excess closing brackets are reported by the parser.
 int TScan::Close(int token) {
   if (depth_ > 0) --depth_;
   return token;
 }
 
 int TScan::End(TSpan& span) const {
-  const bool carriageReturn = source_.Text().ends_with('\r');  // of the last line end, which follows the line itself
+  const bool carriageReturn =
+      source_.Text().ends_with('\r');  // that of the last line end, whose newline is not part of the text
   span.begin = span.end = static_cast<std::uint32_t>(Size() - (carriageReturn ? 1U : 0U));
   return TToken::END;
 }

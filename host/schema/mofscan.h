@@ -1,8 +1,8 @@
-// The scanner's and the parser's common state over one MOF text, and what their actions do.
+// The state shared by scanner and parser over one MOF text, and the actions of both.
 //
-// The generated scanner and parser hold as little code as they can; it is here. Numbers stay text
-// until their type is known. A bad literal is reported once, here, and then stands for any value, so
-// that the statement around it is read.
+// The generated scanner and parser contain as little code as possible; the rest is here. Numbers remain text until
+// their type is known. A bad literal is reported once, here, and then fits any type, so that the enclosing statement
+// can still be read.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@
 
 namespace velhost::Mof {
 
-/// The values of tokens, and of what the grammar makes of them.
+/// The semantic values of tokens and of nonterminals.
 union TSemantic {
   TSpan span;
   TRange range;
@@ -37,24 +37,25 @@ class TScan {
   char* Base() { return source_.Data(); }
   std::size_t Size() const { return source_.Text().size(); }
   std::string_view Text(TSpan span) const { return source_.Text(span); }
-  /// Before each token: throws once the run that reads was stopped.
+  /// Called before each token: throws if the run has been stopped.
   void CheckStop() {
     constexpr std::size_t kTokensBetween = 1024;
     if (++tokens_ % kTokensBetween == 0) limits_.CheckStop();
   }
-  /// Set once a limit is exceeded: nothing more is read, nor reported.
+  /// True once a limit has been exceeded: nothing more is read or reported.
   bool Stopped() const { return stopped_; }
   void Error(std::uint32_t offset, std::string message) { log_.Error(unit_.Place(offset), std::move(message)); }
-  /// The same of the grammar.
+  /// Reports an error of the grammar.
   void SyntaxError(std::uint32_t offset, std::string message) {
     log_.SyntaxError(unit_.Place(offset), std::move(message));
   }
   bool Shows() const { return log_.Shows(); }
-  /// "; the '{' in line 2 is not closed" for the innermost bracket that is open, or empty. Of files only.
+  /// "; the '{' in line 2 is not closed" for the innermost open bracket. Empty if there is none, and for embedded
+  /// texts.
   std::string OpenBracket() const;
   /// "the end of the file"
   std::string NameOfEnd() const { return unit_.embedding ? "the end of the embedded text" : "the end of the file"; }
-  /// The latest word without a meaning of its own that ends before `offset`.
+  /// The latest identifier that ends before `offset`.
   TSpan WordBefore(std::uint32_t offset) const { return words_[1].end <= offset ? words_[1] : words_[0]; }
 
   // The scanner's actions. Those that return an int return the token.
@@ -62,29 +63,29 @@ class TScan {
   int Word(TSpan span, TSemantic& value);
   /// A number or alias.
   int Plain(TSpan span, TSemantic& value, int token);
-  /// The span of a string is its opening quote's and becomes the whole string's, up to the end of the
-  /// line where it is not closed. Checks the escapes.
+  /// On entry the span is that of the opening quote; on return it is that of the whole string, which ends with its
+  /// line if it is not closed. Checks the escapes.
   int String(TSpan& span, TSemantic& value);
-  /// The bytes of a comment up to the end of the line.
+  /// The number of bytes from the start of the comment to the end of the line.
   std::uint32_t LineComment(TSpan span) const;
-  /// One character in single quotes; checked, and read once its value is needed.
+  /// One character in single quotes. It is checked here and decoded when its value is needed.
   int Character(TSpan span, TSemantic& value);
   int OpenCharacter(TSpan span, TSemantic& value);
   int BadNumber(TSpan span, TSemantic& value);
-  /// Brackets: deeper nesting than the limit ends the reading.
+  /// Brackets: nesting deeper than the limit ends the reading.
   int Open(TSpan span, int token);
   int Close(int token);
   int End(TSpan& span) const;
-  /// Whether a word behind '#' is "pragma"; any other one is an error.
+  /// Whether the word after '#' is "pragma"; any other word is an error.
   bool IsPragma(TSpan span);
   void BadCharacter(TSpan span);
 
   // The parser's actions.
-  /// The N of "[N]"; a bad one is reported and gives "[]".
+  /// The N of "[N]"; a bad one is reported and treated as "[]".
   TArraySuffix ArraySize(TSpan number);
-  /// The flavors with one more. One that excludes an earlier one is reported and left out.
+  /// Adds a flavor. One that contradicts an earlier one is reported and left out.
   std::uint32_t JoinFlavors(std::uint32_t flavors, std::uint32_t flavor, TSpan word);
-  /// Keeps the literal. The elements of an array are kept in the same way, one after the other.
+  /// Stores the literal. The elements of an array are stored in the same way, one after the other.
   TInitializer Scalar(const TLiteral& literal);
   void AddFeature(TRange qualifiers, TTypeName type, TSpan name, TArraySuffix array, TInitializer value);
   void AddMethod(TRange qualifiers, TTypeName type, TSpan name, TRange parameters);
@@ -98,16 +99,16 @@ class TScan {
   void AddAssignment(TRange qualifiers, TSpan name, TInitializer value);
 
  private:
-  /// Whether the token exceeds the limit, which ends the reading.
+  /// Whether the token exceeds the limit; if so, reports it and ends the reading.
   bool TooLong(TSpan span) { return TooLong(span, limits_.tokenSize); }
   bool TooLong(TSpan span, std::size_t limit);
   TRange OnePiece(TSpan content, bool escaped);
   std::uint32_t Escape(std::uint32_t offset);
   void BadEscape(std::uint32_t offset, std::string_view escape);
   void Stop(std::uint32_t offset, std::string message);
-  /// Counts what is read in memory; too much of it in all texts ends the reading.
+  /// Adds to the memory estimate of all texts; exceeding the limit ends the reading.
   void Charge(std::uint32_t offset, std::size_t bytes);
-  /// Remembers a name behind "class" or "qualifier".
+  /// Records a name that follows "class" or "qualifier".
   void Note(TSpan name);
 
   TSchemaSource& source_;
@@ -117,20 +118,19 @@ class TScan {
   TMofFile file_;
   std::size_t tokens_ = 0;
   std::size_t depth_ = 0;
-  std::vector<std::uint32_t> open_;    // where the brackets around this place stand; depth_ of them count
+  std::vector<std::uint32_t> open_;    // offsets of the enclosing brackets; only the first depth_ are valid
   TSpan words_[2] = {{0, 0}, {0, 0}};  // the latest two identifiers
-  int previousWord_ = 0;               // a token that declares the next name, or 0
+  int previousWord_ = 0;               // the token that declares the next name, or 0
   bool stopped_ = false;
 };
 
-inline constexpr std::size_t kShown = 40;  ///< bytes of a token in a message
+inline constexpr std::size_t kShown = 40;  ///< the most bytes of a token that a message shows
 
-/// The text of a token for a message, in single quotes; what is long or goes on in another line is cut.
+/// The text of a token in single quotes, for a message; it is cut if it is long or continues on another line.
 std::string Quoted(std::string_view text);
 
-/// Runs the scanner and the grammar over a text. What could be read is in the result whatever the
-/// log says of the rest. Neither throws for anything that the text holds. `unit` says where the text stands; its file
-/// is not looked at.
+/// Runs the scanner and the grammar over a text. Returns whatever could be read, even if errors were logged. No text
+/// makes this throw. `unit` gives the place of the text; its file is not used.
 TMofFile ParseMof(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaLimits& limits, TSchemaLog& log);
 
 }  // namespace velhost::Mof

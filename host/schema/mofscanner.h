@@ -1,4 +1,4 @@
-// The generated scanner, as the parser calls it.
+// The interface of the generated scanner.
 #pragma once
 
 #include "host/schema/mofscan.h"
@@ -7,14 +7,13 @@ namespace velhost::Mof {
 
 class TScanner {
  public:
-  /// Scans `scan`'s text in place; the text is as it was once the scanner is gone.
+  /// Scans `scan`'s text in place; the text is restored when the scanner is destroyed.
   explicit TScanner(TScan& scan);
   ~TScanner();
   TScanner(const TScanner&) = delete;
   TScanner& operator=(const TScanner&) = delete;
 
-  /// The next token, from the end of the text on always the end. String literals that follow each
-  /// other are one token.
+  /// The next token; at the end of the text always END. Adjacent string literals form one token.
   int Next(TSemantic& value, TSpan& span);
 
  private:

@@ -1,7 +1,7 @@
-// What the MOF grammar yields for one text: plain records that point into it.
+// The result of the MOF grammar for one text: plain records that point into the text.
 //
-// Nothing is copied out of the text here. A list is a range of one of the vectors of TMofFile; the
-// grammar reduces lists innermost first, so that the members of each stand side by side.
+// Nothing is copied out of the text. A list is a range of one of the vectors of TMofFile; because the grammar reduces
+// inner lists first, the members of each list are adjacent.
 #pragma once
 #include "host/base/api.h"
 
@@ -15,22 +15,22 @@
 
 namespace velhost::Mof {
 
-/// Bytes of the text, the end not included.
+/// A byte range of the text; the end is exclusive.
 struct TSpan {
   std::uint32_t begin;
   std::uint32_t end;
 };
 
-/// Members of one of the vectors of TMofFile.
+/// A range of members of one of the vectors of TMofFile.
 struct TRange {
   std::uint32_t first;
   std::uint32_t count;
 };
 
-/// kBad: the scanner has reported it; it fits every type, so that nobody reports it again.
+/// kBad: the scanner has already reported it; it fits every type, so that it is not reported again.
 enum class ELiteral : std::uint8_t { kNull, kBoolean, kInteger, kReal, kChar, kString, kAlias, kBad };
 
-/// One of the string literals that a string value is written in, without its quotes.
+/// One of the adjacent string literals that form a string value, without its quotes.
 struct TPiece {
   TSpan span;
   bool escaped;  ///< contains a backslash
@@ -42,7 +42,7 @@ struct TLiteral {
   TRange pieces;  ///< of a string
 };
 
-/// What stands behind an equals sign or a qualifier's name.
+/// The value after an equals sign or a qualifier's name.
 struct TInitializer {
   bool given;
   bool isArray;
@@ -55,7 +55,7 @@ struct TArraySuffix {
   std::uint32_t size;  ///< 0 for "[]"
 };
 
-/// The span is the type's name, of a reference the class's.
+/// The span is the name of the type, or of the class for a reference.
 struct TTypeName {
   TCIMValue::TCIMType::ECIMType code;
   TSpan span;
@@ -67,7 +67,7 @@ inline constexpr std::uint32_t kDisableOverride = 2;
 inline constexpr std::uint32_t kToSubclass = 4;
 inline constexpr std::uint32_t kRestricted = 8;
 inline constexpr std::uint32_t kTranslatable = 16;
-inline constexpr std::uint32_t kToInstance = 32;  ///< of old schemas; without effect
+inline constexpr std::uint32_t kToInstance = 32;  ///< in old schemas; without effect
 
 // Bits of a scope.
 inline constexpr std::uint32_t kScopeClass = 1;
@@ -96,7 +96,7 @@ struct TQualifierSyntax {
   std::uint32_t flavors;
 };
 
-/// A property, a reference, a method or a parameter of one.
+/// A property, a reference, a method, or a method parameter.
 struct TFeature {
   bool isMethod;
   TRange qualifiers;
@@ -123,7 +123,7 @@ struct TAssignment {
 struct TInstanceSyntax {
   TRange qualifiers;
   TSpan className;
-  TSpan alias;  ///< empty where there is none
+  TSpan alias;  ///< empty if there is none
   TRange assignments;
 };
 
@@ -142,7 +142,7 @@ struct TProduction {
 using TNameSet = std::unordered_set<std::string_view, TNameHash, TNameEqual>;
 
 struct TMofFile {
-  std::vector<TProduction> productions;  ///< in the order of the text
+  std::vector<TProduction> productions;  ///< in text order
   std::vector<TPragmaSyntax> pragmas;
   std::vector<TQualifierSyntax> qualifiers;
   std::vector<TClassSyntax> classes;
@@ -155,8 +155,8 @@ struct TMofFile {
   std::vector<TLiteral> literals;
   std::vector<TPiece> pieces;
 
-  /// Names that follow the words "class" and "qualifier" anywhere, so that a declaration that was
-  /// lost to a syntax error is not reported as missing too.
+  /// Names that follow the words "class" and "qualifier" anywhere, so that a declaration lost to a syntax error is
+  /// not also reported as missing.
   TNameSet mentionedClasses;
   TNameSet mentionedQualifiers;
 };

@@ -1,4 +1,4 @@
-// What the grammar's rules put into the result.
+// The parser's actions: what the rules of the grammar add to the result.
 #include <charconv>
 #include <cstdint>
 #include <string>

@@ -10,7 +10,7 @@ namespace velhost::Mof {
 
 namespace {
 
-// Whether the eight bytes hold neither a NUL nor a byte above 0x7F.
+// Whether the eight bytes contain neither a NUL nor a byte above 0x7F.
 bool ArePlain(const char* bytes) {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
@@ -19,7 +19,7 @@ bool ArePlain(const char* bytes) {
   return ((word | (word - kOnes)) & kHighs) == 0;
 }
 
-// "\x" is followed by one to four digits; a fifth is text.
+// "\x" is followed by one to four digits; a fifth digit is text.
 TCharacter TakeHexEscape(std::string_view content) {
   char32_t code = 0;
   std::size_t size = 2;
@@ -65,7 +65,7 @@ std::size_t FindBadByte(std::string_view text, std::size_t start) {
 
 std::size_t FindStringStop(std::string_view text, std::size_t start) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
-  // A zero byte's top bit, and perhaps those of bytes above it: good enough to find where to look.
+  // Sets the top bit of each zero byte, and perhaps of bytes above it: enough to find where to look.
   const auto zeros = [](std::uint64_t word) { return (word - kOnes) & ~word & (kOnes << 7U); };
   std::size_t i = start;
   for (; text.size() - i >= 8; i += 8) {
@@ -87,7 +87,8 @@ TCharacter TakeCharacter(std::string_view content) {
 
 namespace {
 
-// Takes the escape that `content` starts with, or two of them for a pair of surrogates, off it.
+// Removes the escape at the start of `content`, or two of them if they are a surrogate pair, and appends its
+// character.
 void AppendEscape(std::string& text, std::string_view& content) {
   TCharacter taken = TakeCharacter(content);
   content.remove_prefix(taken.size);

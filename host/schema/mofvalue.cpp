@@ -18,11 +18,11 @@ using Mof::ELiteral;
 
 namespace {
 
-// Half a step past the largest real32: what is below rounds to it.
+// Halfway between the largest real32 and the next step: everything below rounds to a finite value.
 constexpr double kReal32End = 3.4028235677973366e38;
 
 struct TIntegerRange {
-  std::uint64_t below;  // the magnitude of the least value
+  std::uint64_t below;  // the magnitude of the lowest value
   std::uint64_t high;
 };
 
@@ -48,7 +48,7 @@ struct TNumber {
   std::uint64_t magnitude = 0;
 };
 
-// The scanner has checked the digits.
+// The scanner has already checked the digits.
 TNumber NumberOf(std::string_view text) {
   TNumber number;
   number.negative = text[0] == '-';
@@ -106,7 +106,7 @@ std::string NameOf(const TValueSlot& slot) {
   return slot.isArray ? "array of " + type : type;
 }
 
-// Compared and not rendered: it may be a long list.
+// Compared without formatting it, because it may be a long list.
 bool IsTrue(const TCIMValue& value) {
   return value == TCIMValue::FromInteger(TType::kBoolean, 1) || value == TCIMValue("true");
 }
@@ -134,7 +134,7 @@ std::vector<Mof::TSpan> TValueReader::TakeAliases() {
   return aliases;
 }
 
-// Null fits everything. Whether the elements fit is another matter.
+// Checks scalar against array and the number of elements; null always fits. The elements are checked separately.
 bool TValueReader::Fits(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot) {
   if (initializer.isArray && !slot.isArray) {
     return Mismatch(unit, initializer.span, slot, "an array", Expected(slot.type));
@@ -199,7 +199,7 @@ bool TValueReader::Scalar(const TSchemaUnit& unit, const Mof::TLiteral& literal,
   return true;
 }
 
-// A character may be given by its number.
+// A character may also be given by its number.
 bool TValueReader::Character(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
                              TCIMValue& value) {
   if (literal.kind == ELiteral::kInteger) return Integer(unit, literal, slot, value);
@@ -223,7 +223,7 @@ bool TValueReader::Integer(const TSchemaUnit& unit, const Mof::TLiteral& literal
   return true;
 }
 
-// An integer is accepted where a real number is meant.
+// Accepts an integer for a real type.
 bool TValueReader::Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot,
                         TCIMValue& value) {
   const TType type(slot.type);

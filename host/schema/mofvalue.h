@@ -1,8 +1,7 @@
-// Literals as values of a declared type.
+// Converts literals to values of a declared type.
 //
-// Integers are checked against the type's range. Null fits every type, and an integer a real type;
-// otherwise a literal is of the slot's kind or an error. A literal that the scanner has reported is
-// not reported again.
+// Integers are checked against the type's range. Null fits every type, and an integer fits a real type; any other
+// mismatch between literal and slot is an error. A literal that the scanner has reported is not reported again.
 #pragma once
 #include "host/base/api.h"
 
@@ -16,27 +15,27 @@
 
 namespace velhost {
 
-/// What a value is to fit.
+/// The slot that a value must fit.
 struct TValueSlot {
   TCIMValue::TCIMType::ECIMType type;
   bool isArray;
-  std::uint32_t size;          ///< the most elements that an array may have; 0: any number
-  std::string_view qualifier;  ///< whose value it is; empty for one of a property
+  std::uint32_t size;          ///< the maximum number of elements of an array; 0: any number
+  std::string_view qualifier;  ///< the qualifier that has the value; empty for a property
 };
 
 /// "uint8", "array of uint8"
 std::string NameOf(const TValueSlot& slot);
 
-/// Whether a qualifier's value is true, also as a text.
+/// Whether a qualifier's value is true, also if it is the text "true".
 bool IsTrue(const TCIMValue& value);
 
 /// A null value of the slot's type.
 TCIMValue NullOf(const TValueSlot& slot);
 
-/// An alias that stands in a value: it can be checked once all instances are known.
+/// An alias used in a value. It can be checked once all instances are known.
 struct TAliasUse {
   TSchemaPlace place;
-  std::string name;  ///< a copy: an embedded text is gone by then
+  std::string name;  ///< a copy, because an embedded text no longer exists by then
   std::string_view referenceClass;
 };
 
@@ -44,12 +43,12 @@ class TValueReader {
  public:
   explicit TValueReader(TSchemaLog& log) : log_(log) {}
 
-  /// Reports what does not fit and gives false; `value` then is null.
+  /// Returns false, reports the error and sets `value` to null if the literal does not fit.
   bool Read(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot, TCIMValue& value);
-  /// The same without making the value where that takes time: for strings.
+  /// The same, but does not build string values, which would take time.
   bool Check(const TSchemaUnit& unit, const Mof::TInitializer& initializer, const TValueSlot& slot);
 
-  /// The aliases met since the last call.
+  /// The aliases found since the last call.
   std::vector<Mof::TSpan> TakeAliases();
 
  private:
@@ -59,7 +58,7 @@ class TValueReader {
   bool Real(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
   bool DateTime(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
   bool Character(const TSchemaUnit& unit, const Mof::TLiteral& literal, const TValueSlot& slot, TCIMValue& value);
-  /// "found FOUND, expected ..."; false.
+  /// Reports "found FOUND, expected ..." and returns false.
   bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot, const std::string& found,
                 const std::string& expected);
   bool Mismatch(const TSchemaUnit& unit, Mof::TSpan span, const TValueSlot& slot, const std::string& expected);

@@ -62,7 +62,7 @@ constexpr std::array kKeywords = {
 };
 constexpr std::size_t kLongest = 15;
 
-// Where the keywords of a length start; they are sorted by it.
+// The first keyword of each length; the keywords are sorted by length.
 constexpr auto kStarts = [] {
   std::array<std::uint8_t, kLongest + 2> starts{};
   for (std::size_t length = 0; length < starts.size(); ++length) {
@@ -92,7 +92,7 @@ int TokenOf(std::string_view word, TSemantic& value) {
 }
 
 std::string HintOfType(std::string_view word) {
-  std::size_t steps = kNameSearchSteps;  // a few words only
+  std::size_t steps = kNameSearchSteps;  // enough for the few type names
   TNameHint hint(word, steps);
   for (const TKeyword& keyword : kKeywords) {
     if (keyword.token == TToken::DATATYPE) hint.Offer(keyword.word);

@@ -1,4 +1,4 @@
-// The words of the MOF grammar: as it knows them, and as messages name those that it expected.
+// The words of the MOF grammar: the tokens they stand for, and their names in "expected" messages.
 #pragma once
 
 #include <cstdint>
@@ -11,21 +11,21 @@
 
 namespace velhost::Mof {
 
-/// The token of a word, TMofParser::token::IDENT for one without a meaning of its own. Sets the type
-/// code or bits of the words that have them; their span is the caller's.
+/// The token of a word, TMofParser::token::IDENT if it is not reserved. For words with a type code or bits, sets
+/// those in `value`; the caller sets their span.
 int TokenOf(std::string_view word, TSemantic& value);
 
-/// "; did you mean TYPE?" for a word that is close to a type's name, or empty.
+/// "; did you mean TYPE?" for a word that is close to a type's name, otherwise empty.
 std::string HintOfType(std::string_view word);
 
-/// Takes the tokens that the grammar would have accepted. Tokens that stand for one thing to a
-/// person, as all literals do, become one word.
+/// Collects the tokens that the grammar would have accepted. Tokens that are one thing to a reader, such as all
+/// literals, become one word.
 class TExpected {
  public:
   void Add(TMofParser::symbol_kind_type token) { tokens_.push_back(token); }
-  /// "';'", "';' or '='", "a type, a class name, '[' or '}'". `end` is what the end of the text is called.
+  /// "';'", "';' or '='", "a type, a class name, '[' or '}'". `end` is the name of the end of the text.
   std::string Text(const std::string& end) const;
-  /// Whether nothing but the rest of a reference's type fits.
+  /// Whether only the rest of a reference's type would fit.
   bool IsReference() const;
 
  private:

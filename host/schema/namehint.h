@@ -1,4 +1,4 @@
-// "did you mean": the declared name that is closest to one that is not declared.
+// "did you mean": the declared name that is nearest to an undeclared one.
 #pragma once
 
 #include <cstddef>
@@ -11,17 +11,17 @@
 
 namespace velhost {
 
-/// Takes the declared names one by one. Very short names are left alone, since everything is close
-/// to them; and of a huge schema only the first few thousand names are looked at.
+/// Takes the declared names one by one. Gives no hint for very short names, because everything is close to them, and
+/// looks at only the first few thousand names of a huge schema.
 class TNameHint {
  public:
   /// `steps`: see NearestName.
   TNameHint(std::string_view name, std::size_t& steps) : name_(name), steps_(steps) {}
-  /// Whether another candidate is of use.
+  /// Whether another candidate could still matter.
   bool Wants() const { return name_.size() >= kShortest && candidates_.size() < kMost && steps_ > 0; }
   /// The candidate must outlive this.
   void Offer(std::string_view candidate);
-  /// "; did you mean NAME?", or empty when nothing comes close.
+  /// "; did you mean NAME?", or empty if no candidate is close.
   std::string Text() const;
 
  private:
@@ -33,7 +33,7 @@ class TNameHint {
   std::vector<std::string_view> candidates_;
 };
 
-/// Offers the names of a class's properties that may be shown.
+/// Offers those names of a class's properties that may be shown.
 void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint& hint);
 
 }  // namespace velhost

@@ -1,4 +1,4 @@
-// What the qualifier Override says of an element: which inherited one it takes the place of.
+// The qualifier Override: which inherited element it names.
 #include "host/schema/classbuilder.h"
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace velhost {
 
 namespace {
 
-// The string that Override has on the element; null for none.
+// The string value of Override on the element; null if there is none.
 const Mof::TLiteral* OverrideOf(const TSchemaUnit& unit, const Mof::TFeature& feature) {
   for (std::uint32_t i = 0; i < feature.qualifiers.count; ++i) {
     const Mof::TQualifierUse& use = unit.file->uses[feature.qualifiers.first + i];
@@ -31,7 +31,7 @@ const char* KindOf(bool isMethod) { return isMethod ? "method" : "property"; }
 void TClassBuilder::CheckOverrideName(const TEntry& entry, const Mof::TFeature& feature, const TEntry* above) {
   const TSchemaUnit& unit = entry.unit;
   const Mof::TLiteral* literal = OverrideOf(unit, feature);
-  // Of a class whose superclass is in doubt nothing is known.
+  // If the superclass could not be resolved, nothing is known about the inherited elements.
   const bool isRoot = entry.syntax->superClass.begin == entry.syntax->superClass.end;
   if (literal == nullptr || (above == nullptr && !isRoot)) return;
   const std::string text = StringOf(unit, *literal);

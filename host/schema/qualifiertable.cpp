@@ -37,7 +37,7 @@ std::string ScopeNames(std::uint32_t scope) {
   return Listed(names, ", ");
 }
 
-// Flavors that are given win over `otherwise`.
+// The given flavors take precedence over `otherwise`.
 TQualifierFlavor FlavorOf(std::uint32_t flavors, TQualifierFlavor otherwise) {
   TQualifierFlavor flavor = otherwise;
   if ((flavors & Mof::kEnableOverride) != 0) flavor.overridable = true;
@@ -54,7 +54,7 @@ bool Inherits(const TQualifiedElement& element, std::string_view name) {
   return element.inherited != nullptr && element.inherited->Find(std::string(name));
 }
 
-// As much of the value as a message shows of it. Of an array no more elements are looked at than that takes.
+// As much of the value as a message shows; reads no more elements of an array than that takes.
 std::string Shown(const TCIMValue& value) {
   if (value.IsNull()) return "null";
   if (!value.IsArray()) return Mof::Quoted(value.ToString(10));
@@ -67,8 +67,8 @@ std::string Shown(const TCIMValue& value) {
   return Mof::Quoted(text.empty() ? "{}" : text + "}");
 }
 
-// Both are values of one qualifier. The declared default may be long, and mentioned often: two values that are not both
-// written out are not compared with each other but by what they were found to be when they were read.
+// Compares two values of one qualifier. The declared default may be long and used often, so a value is only compared
+// with it once, when it is read (isDefault), and not again here.
 bool SameValue(const TQualifier& inherited, const TQualifierDefinition& definition) {
   if (inherited.IsDefault() || definition.isDefault) return inherited.IsDefault() == definition.isDefault;
   return inherited.GetValue() == definition.value;
@@ -123,7 +123,7 @@ bool TQualifierTable::HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse
   return false;
 }
 
-// Without a value a boolean qualifier is true, any other one has its declared default.
+// Without a value, a boolean qualifier is true and any other has its declared default.
 bool TQualifierTable::ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
                                 const TDeclaredQualifier& declared, bool keep, TQualifierDefinition& definition) {
   TCIMValue& value = definition.value;
@@ -138,7 +138,7 @@ bool TQualifierTable::ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUs
   return true;
 }
 
-// Saying the same again is no override.
+// Repeating the inherited value is not an override.
 bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
                                   const TDeclaredQualifier& declared, const TQualifierDefinition& definition,
                                   const TQualifierSet* inherited) {

@@ -23,14 +23,14 @@ struct TDeclaredQualifier {
   Mof::TSpan place;
 };
 
-/// Which values of an element's qualifiers are kept; all of them are checked. kFixed: those that an overriding
-/// element must not change, and those that hide an inherited one of that kind.
+/// Which qualifier values of an element are kept; all of them are checked. kFixed: those that an overriding element
+/// must not change, and those that hide an inherited value of that kind.
 enum class EKeptValues { kNone, kFixed, kAll };
 
-/// An element that qualifiers stand on.
+/// An element that has qualifiers.
 struct TQualifiedElement {
   std::uint32_t scope;             ///< one of Mof::kScope; 0: not checked
-  const TQualifierSet* inherited;  ///< what the overridden element has; null for none
+  const TQualifierSet* inherited;  ///< the qualifiers of the overridden element; null if there is none
   EKeptValues keeps;
 };
 
@@ -39,25 +39,25 @@ class TQualifierTable {
   TQualifierTable(const TSchemaLimits& limits, const Mof::TNameSet& mentioned, TSchemaLog& log)
       : limits_(limits), mentioned_(mentioned), log_(log), values_(log) {}
 
-  /// A second declaration of a name is an error.
+  /// Registers a declaration. A second one of the same name is an error.
   void Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax);
 
-  /// All that are declared, in order; their names are spelled as declared.
+  /// All declared qualifiers, in order; the names are spelled as declared.
   std::vector<const TDeclaredQualifier*> Declared() const;
 
-  /// The uses with their values and effective flavors (their own, else the declaration's). What is
-  /// wrong is reported, and that use left out.
+  /// The qualifiers used, with their values and effective flavors (those of the use, else those of the declaration).
+  /// Errors are reported, and that use is left out.
   std::vector<TQualifierDefinition> Resolve(const TSchemaUnit& unit, Mof::TRange uses,
                                             const TQualifiedElement& element);
 
  private:
-  /// Null, and reported, where the name is not declared.
+  /// Returns null and reports an error if the name is not declared.
   const TDeclaredQualifier* Find(const TSchemaUnit& unit, Mof::TSpan name);
   bool HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
                 std::uint32_t scope);
   bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared, bool keep,
                  TQualifierDefinition& definition);
-  /// Whether the value is that of an inherited qualifier that must not be overridden.
+  /// Whether the use keeps the value of an inherited qualifier that must not be overridden, or there is none.
   bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
                    const TQualifierDefinition& definition, const TQualifierSet* inherited);
 

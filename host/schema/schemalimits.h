@@ -1,5 +1,5 @@
-// How much of a schema is read. A schema beyond a limit is refused with a message that names it. What a collection with
-// it may take is limited in host/profile/collectionsize.h.
+// Limits on the schema that is read. A schema that exceeds one is refused with a message that names the limit. What a
+// collection may take is limited in host/profile/collectionsize.h.
 #pragma once
 
 #include <cstddef>
@@ -8,25 +8,26 @@
 
 namespace velhost {
 
-/// The defaults are several times what the complete public CIM schema needs (about 1,600 classes,
-/// 10 MB), and keep the time and memory that a hostile schema can take in bounds.
+/// The defaults are several times what the complete public CIM schema takes (about 1,600 classes, 10 MB), and bound
+/// the time and memory that a hostile schema can take.
 struct TSchemaLimits {
   std::size_t fileSize = 16U << 20U;   ///< bytes of one file
-  std::size_t totalSize = 32U << 20U;  ///< bytes of all files
-  std::size_t files = 8192;            ///< files read, included ones too
-  std::size_t includeDepth = 16;       ///< files that include each other
+  std::size_t totalSize = 32U << 20U;  ///< bytes of all files together
+  std::size_t files = 8192;            ///< files read, including included ones
+  std::size_t includeDepth = 16;       ///< files that include each other in a chain
   std::size_t tokenSize = 1U << 20U;   ///< bytes of a literal
   std::size_t nameSize = 1024;         ///< bytes of a name or alias
   std::size_t nesting = 32;            ///< brackets within brackets
   std::size_t classes = 20000;
-  std::size_t inheritanceDepth = 64;       ///< classes from the root class down
-  std::size_t qualifiersPerElement = 64;   ///< own ones of a class, property, method or parameter
-  std::size_t propertiesPerClass = 4096;   ///< inherited ones too
-  std::size_t modelEntries = 4U << 20U;    ///< properties and qualifiers of all classes as each class sees them
+  std::size_t inheritanceDepth = 64;      ///< classes from the root class down
+  std::size_t qualifiersPerElement = 64;  ///< those of a class, property, method or parameter itself
+  std::size_t propertiesPerClass = 4096;  ///< including inherited ones
+  std::size_t modelEntries =
+      4U << 20U;  ///< properties and qualifiers of all classes, counting inherited ones in each class
   std::size_t instanceValues = 1U << 20U;  ///< properties of all instances, set or not
   std::size_t memory = 192U << 20U;        ///< bytes for what all texts declare, by the estimates below
-  std::size_t diagnostics = 100;           ///< errors shown, and as many warnings; the others are counted
-  /// Called again and again while a schema is read. Time is limited by what it throws; empty: no limit.
+  std::size_t diagnostics = 100;           ///< errors shown, and the same number of warnings; the others are counted
+  /// Called repeatedly while a schema is read, so that it can end the reading by throwing; empty: no time limit.
   std::function<void()> checkStop = {};
 
   void CheckStop() const {
@@ -36,8 +37,8 @@ struct TSchemaLimits {
 
 }  // namespace velhost
 
-// What the parts of a schema take in memory, from their syntax to the object model. Measured as the growth of the peak
-// with schemas of one kind of part each, and rounded up.
+// The memory that the parts of a schema take, from their syntax to the object model. Measured as the growth of peak
+// memory with schemas that consist mostly of one kind of part, and rounded up.
 namespace velhost::Mof {
 
 inline constexpr std::size_t kCostOfClass = 1200;

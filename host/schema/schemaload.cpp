@@ -29,7 +29,7 @@ bool IsMofFile(const fs::directory_entry& entry) {
 
 std::vector<std::string> FilesOf(const std::string& folder) {
   std::vector<std::string> files;
-  // Not with an error code: to step on would then end the process where memory runs out.
+  // Not with an error code: incrementing the iterator would then end the process if memory runs out.
   try {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
       if (IsMofFile(entry)) files.push_back(entry.path().string());
@@ -50,7 +50,7 @@ class TLoader {
     schema_.sources = boost::make_shared<TSchemaSources>();
   }
 
-  /// A folder in which, or below which, files are shown: all of them before the first path is loaded.
+  /// Files in this folder and below it may be shown. All folders are added before the first path is loaded.
   void AddFolderOf(const std::string& path) {
     std::error_code ignored;
     folders_.insert(fs::is_directory(path, ignored) ? path : fs::path(path).parent_path().string());
@@ -68,7 +68,7 @@ class TLoader {
   TParsedSchema Take() { return std::move(schema_); }
 
  private:
-  /// Who includes a file.
+  /// The place of an include, and its depth.
   struct TIncluder {
     TSchemaPlace place;
     std::size_t depth;
@@ -102,7 +102,7 @@ std::uint32_t TLoader::AddSource(const std::string& path, std::string text) {
   return static_cast<std::uint32_t>(schema_.sources->size() - 1);
 }
 
-// An error in the place of the pragma, or of the file as a whole.
+// Reports an error at the pragma, or for the whole file if it was not included.
 void TLoader::Refuse(const std::string& path, const TIncluder* includer, const std::string& message, EFailure failure) {
   log_.ReadError(includer ? includer->place : TSchemaPlace{AddSource(path, {}), kWholeFile}, message, failure);
 }
@@ -141,7 +141,7 @@ std::string TLoader::ReadText(const std::string& path, const TIncluder* includer
   return {};
 }
 
-// Whether the text read last may be shown: a link or an include may lead to a file that only this process can read.
+// Whether the text read last may be shown: a link or an include may lead to a file that only this process may read.
 bool TLoader::IsShown() const {
   return std::any_of(folders_.begin(), folders_.end(), [this](const auto& folder) { return reader_.LiesIn(folder); });
 }
@@ -157,7 +157,7 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   states_[key] = EState::kOpen;
   bool failed = false;
   std::string text = ReadText(path, includer, failed);
-  if (failed) states_[key] = EState::kRead;  // said once
+  if (failed) states_[key] = EState::kRead;  // reported once
   if (failed) return;
   bytes_ += text.size();
   const bool shown = IsShown();
@@ -180,7 +180,7 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   states_[key] = EState::kRead;
 }
 
-// One error for a file: a text in another encoding would give one for every other byte.
+// Reports one error per file: a text in another encoding would give one for every other byte.
 void TLoader::ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit) {
   const std::string_view text = source.Text();
   std::size_t bad = Mof::FindBadByte(text, 0);

@@ -1,7 +1,7 @@
-// The first half of reading a schema: files, folders and includes, each text parsed.
+// The first half of reading a schema: finds the files of folders and includes, and parses each text.
 //
-// Texts, and what the grammar made of them, stay where they are until the schema is done with: spans
-// and views point into them.
+// The texts and their parse results stay at the same address until the schema is built: spans and views point into
+// them.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -16,7 +16,7 @@
 
 namespace velhost {
 
-/// A declaration of any kind but a pragma.
+/// A declaration of any kind except a pragma.
 struct TSchemaDeclaration {
   TSchemaUnit unit;
   Mof::TProduction production;
@@ -25,13 +25,13 @@ struct TSchemaDeclaration {
 struct TParsedSchema {
   boost::shared_ptr<TSchemaSources> sources;
   std::vector<std::unique_ptr<Mof::TMofFile>> files;
-  /// In the order in which they are read, those of an included file in the place of the pragma.
+  /// In the order in which they are read; those of an included file are at the place of its pragma.
   std::vector<TSchemaDeclaration> declarations;
   /// See TMofFile.
   Mof::TNameSet mentionedClasses;
   Mof::TNameSet mentionedQualifiers;
-  /// Whether a text that must not be shown is no MOF: then what was made of it is not used either, since later messages
-  /// would quote it.
+  /// Whether a text that must not be shown is not MOF. Its declarations are then not used either, because later
+  /// messages would quote them.
   bool isForeign = false;
 };
 

@@ -9,8 +9,8 @@ namespace velhost {
 
 TSchemaSource::TSchemaSource(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
   if (text_.compare(0, 3, "\xEF\xBB\xBF") == 0) text_.erase(0, 3);
-  // The second NUL is the string's own. The first takes the place of the last line end where there
-  // is one: appending would copy the text.
+  // The second NUL is that of the string itself. The first replaces the last line end if there is one, because
+  // appending would copy the text.
   if (text_.empty() || text_.back() != '\n') text_ += '\n';
   text_.back() = '\0';
   size_ = text_.size() - 1;

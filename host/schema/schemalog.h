@@ -1,7 +1,7 @@
-// What is wrong with a schema, collected over all of its texts.
+// The errors and warnings of a schema, collected over all of its texts.
 //
-// While a schema is read, a place is a byte offset. Lines and columns are worked out for the places
-// that are shown or kept, and only then.
+// While a schema is read, a place is a byte offset. Lines and columns are only computed for places that are shown or
+// kept.
 #pragma once
 
 #include <cstddef>
@@ -25,22 +25,22 @@ namespace velhost {
 /// One text of a schema and its lines.
 class TSchemaSource {
  public:
-  /// `name` is shown to people. A byte order mark at the start and a line end at the end are dropped.
+  /// `name` is shown in messages. A byte order mark at the start and the last line end are dropped.
   TSchemaSource(std::string name, std::string text);
 
   const std::string& Name() const { return name_; }
-  /// Two NUL bytes stand behind the text, as the scanner needs them.
+  /// Two NUL bytes follow the text, as the scanner requires.
   std::string_view Text() const { return {text_.data(), size_}; }
   std::string_view Text(Mof::TSpan span) const { return Text().substr(span.begin, span.end - span.begin); }
   char* Data() { return text_.data(); }
 
-  /// The place of a byte; the first one past the text is a place too.
+  /// The line and column of a byte; `offset` may be one past the end of the text.
   TSourceLocation Locate(std::uint32_t offset) const;
-  /// Line `number`, from 1, without its end; empty past the last one, and of a hidden text.
+  /// Line `number`, from 1, without its line end; empty past the last line, and for a hidden text.
   std::string_view Line(std::uint32_t number) const;
 
-  /// A hidden text is read like any other, but nothing of it is shown to people: it may be a file that the author of
-  /// the schema could not read himself.
+  /// A hidden text is read like any other, but nothing of it is shown: it may be a file that the schema's author has
+  /// no permission to read.
   void Hide() { hidden_ = true; }
   bool IsHidden() const { return hidden_; }
 
@@ -51,44 +51,44 @@ class TSchemaSource {
   std::string text_;
   std::size_t size_;
   bool hidden_ = false;
-  mutable std::vector<std::uint32_t> starts_;  // of the lines; empty until someone asks
-  mutable std::size_t hint_ = 0;               // the line last asked for: the next is seldom far
+  mutable std::vector<std::uint32_t> starts_;  // the starts of the lines; empty until first used
+  mutable std::size_t hint_ = 0;               // the line found last: the next one is seldom far
 };
 
-/// All texts of a schema, in the order in which they were begun.
+/// All texts of a schema, in the order in which their reading began.
 using TSchemaSources = std::vector<std::unique_ptr<TSchemaSource>>;
 
-/// A place in one of them; kWholeFile where none is meant in particular.
+/// A place in one of them; kWholeFile if no particular byte is meant.
 struct TSchemaPlace {
   std::uint32_t unit = 0;
   std::uint32_t offset = 0;
 };
 inline constexpr std::uint32_t kWholeFile = 0xFFFFFFFF;
 
-/// The message about a place in a hidden text that stands for one about a text that is shown. What the grammar expects
-/// is the same everywhere and stays.
+/// Rewords a message about a hidden text so that it quotes nothing of the text. What the grammar expected does not
+/// depend on the text, and stays.
 std::string HiddenSyntaxMessage(const std::string& message);
 inline constexpr const char* kHiddenMessage =
     "something is wrong here that is not shown, because the file is outside the folders of the schema";
 
-/// A message is cut there: names and texts in it may be long.
+/// Messages are cut to this length, because they may quote long names and texts.
 inline constexpr std::size_t kLongestMessage = 2000;
 
 class TSchemaLog {
  public:
-  /// At most `limit` errors and as many warnings are kept; the others are counted.
+  /// Keeps at most `limit` errors and as many warnings; the others are only counted.
   explicit TSchemaLog(std::size_t limit) : errors_{limit, 0, {}}, warnings_{limit, 0, {}} {}
 
   void Error(TSchemaPlace place, std::string message) {
     failure_ = EFailure::kMalformed;
     Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kOther, std::move(message)});
   }
-  /// A file cannot be read, with what the read failed of.
+  /// Reports that a file cannot be read, and the kind of failure.
   void ReadError(TSchemaPlace place, std::string message, EFailure failure) {
     if (!failure_) failure_ = failure;
     Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kOther, std::move(message)});
   }
-  /// The same of the grammar: what it expects tells nothing of the text.
+  /// Reports an error of the grammar. What the grammar expects reveals nothing of a hidden text.
   void SyntaxError(TSchemaPlace place, std::string message) {
     failure_ = EFailure::kMalformed;
     Add(errors_, {place, EDiagnosticSeverity::kError, ESource::kGrammar, std::move(message)});
@@ -96,27 +96,28 @@ class TSchemaLog {
   void Warning(TSchemaPlace place, std::string message) {
     Add(warnings_, {place, EDiagnosticSeverity::kWarning, ESource::kOther, std::move(message)});
   }
-  /// What is wrong with a schema that has errors: what its first unreadable file failed of, if no text has an error.
+  /// If there are errors: the failure of the first unreadable file if no text has an error, otherwise kMalformed.
   EFailure Failure() const { return failure_.value_or(EFailure::kMalformed); }
   /// All of them, kept or not.
   std::size_t Errors() const { return errors_.count; }
   std::size_t Warnings() const { return warnings_.count; }
-  /// Whether another error would be shown: a message that costs time to make is not made otherwise.
+  /// Whether another error would be shown. If not, callers can skip composing expensive messages.
   bool Shows() const { return errors_.kept.size() < errors_.limit; }
-  /// Hides a file; see TSchemaSource::Hide. Of its errors the first one is kept, and so of its warnings: the places of
-  /// all of them would show how the text is made.
+  /// Hides a file; see TSchemaSource::Hide. Only its first error and its first warning are kept, because the places
+  /// of all of them would reveal the structure of the text.
   void HideFile(std::uint32_t unit, const std::string& name) {
     unsaid_[unit] = {true, true};
     hiddenFiles_.insert(name);
   }
-  /// Whether nothing that this file declares may be quoted.
+  /// Whether names and values declared in this file must not be quoted.
   bool Hides(const std::string& file) const { return !hiddenFiles_.empty() && hiddenFiles_.count(file) != 0; }
-  /// Bytes that the texts are estimated to take so far, with these; see TSchemaLimits::memory.
+  /// Adds to the estimated memory of all texts and returns the sum; see TSchemaLimits::memory.
   std::size_t AddMemory(std::size_t bytes) { return memory_ += bytes; }
-  /// What all searches for the nearest name may still take together; see NearestName.
+  /// The remaining steps of all searches for a nearest name together; see NearestName.
   std::size_t& NameSearchSteps() { return nameSearchSteps_; }
 
-  /// In order of file and place. What was counted only is said at the end: "and N more errors".
+  /// The diagnostics in order of file and place. Those that were only counted are summed up at the end: "and N more
+  /// errors".
   std::vector<TTextDiagnostic> Finish(const TSchemaSources& sources) const;
 
  private:

@@ -1,4 +1,4 @@
-// One MOF text of a schema: a file, or what a string of a file holds.
+// One MOF text of a schema: a file, or the content of a string in a file.
 #pragma once
 
 #include <cstdint>
@@ -12,24 +12,24 @@ namespace velhost {
 
 class TEmbeddedText;
 
-/// One text and what the grammar made of it.
+/// One text and its parse result.
 struct TSchemaUnit {
   std::uint32_t number;  ///< of the file
   const TSchemaSource* source;
   const Mof::TMofFile* file;
-  const TEmbeddedText* embedding;  ///< the string that the text stands in; null for a file
+  const TEmbeddedText* embedding;  ///< the string that contains the text; null for a file
 
   std::string_view Text(Mof::TSpan span) const { return source->Text(span); }
   /// See Mof::Quoted.
   std::string Quoted(Mof::TSpan span) const;
-  /// The place in the file, whichever text it is.
+  /// The place in the file, also for an embedded text.
   TSchemaPlace Place(std::uint32_t offset) const;
   TSchemaPlace Place(Mof::TSpan span) const { return Place(span.begin); }
-  /// Of a file's text only.
+  /// For the text of a file only.
   TSourceLocation Locate(Mof::TSpan span) const { return source->Locate(span.begin); }
 };
 
-/// The value of a string literal: its pieces joined, their escapes resolved.
+/// The value of a string literal: its pieces joined, and their escapes resolved.
 std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal);
 
 }  // namespace velhost

@@ -1,4 +1,4 @@
-// Finds names that stand twice in a list.
+// Finds duplicate names in a list.
 #pragma once
 
 #include <algorithm>
@@ -9,10 +9,10 @@
 
 namespace velhost {
 
-/// Most lists are short: up to a few names a walk is faster than a set.
+/// Most lists are short, and for a few names a linear search is faster than a set.
 class TSeenNames {
  public:
-  /// Whether the name, in any case, is new. The text must outlive this.
+  /// Whether the name is new, ignoring case. The text must outlive this.
   bool Add(std::string_view name) {
     if (few_.size() == kFew) return many_.insert(name).second && !IsFew(name);
     if (IsFew(name)) return false;
