@@ -42,7 +42,7 @@ TEST_F(CaptureFolder, RefusesAFileInItsPlace) {
                   [&file] { const TCaptureFolder captures(file); });
 }
 
-TEST_F(CaptureFolder, ReplacesALinkAndAnythingElseButAFolder) {
+TEST_F(CaptureFolder, ReplacesALinkAndAnythingElseExceptAFolder) {
   folder_.Write("target", "kept");
   const std::string name = "node1-cpu_err-0.bin";
   const TCaptureFolder captures(folder_.Path());
@@ -58,7 +58,7 @@ TEST_F(CaptureFolder, ReplacesALinkAndAnythingElseButAFolder) {
   EXPECT_EQ(folder_.Read("target"), "kept");
 }
 
-TEST_F(CaptureFolder, GivesAFileThatItReplacesFreshRights) {
+TEST_F(CaptureFolder, GivesAReplacedFileFreshPermissions) {
   const std::string name = "node1-cpu_err-0.bin";
   std::filesystem::permissions(folder_.Write(name, "old"), std::filesystem::perms(0777));
   const mode_t before = ::umask(027);
@@ -67,7 +67,7 @@ TEST_F(CaptureFolder, GivesAFileThatItReplacesFreshRights) {
   EXPECT_EQ(std::filesystem::status(Path(name)).permissions(), std::filesystem::perms(0640));
 }
 
-TEST_F(CaptureFolder, KeepsToTheFolderThatItOpened) {
+TEST_F(CaptureFolder, StaysInTheFolderThatItOpened) {
   const TCaptureFolder captures(Path("first"));
   std::filesystem::rename(Path("first"), Path("moved"));
   std::filesystem::create_directory(Path("other"));

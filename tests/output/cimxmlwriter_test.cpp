@@ -7,7 +7,7 @@ namespace {
 
 class CimXmlWriter : public TAwkwardTest {
  protected:
-  /// The property element of a property "P" of that type and value.
+  /// The element of a property "P" with that type and value.
   std::string Xml(TType type, const TCIMValue& value) {
     const std::string text = Written(EOutputForm::kCimXml, {One(type, value)}, Complete());
     const std::string before = R"(<VALUE.OBJECT><INSTANCE CLASSNAME="KROSG_One">)";
@@ -89,7 +89,7 @@ TEST_F(CimXmlWriter, WritesReferencesByTheirParts) {
             "<CLASSNAME NAME=\"KROSG_A\"></CLASSNAME></CLASSPATH></VALUE.REFERENCE></PROPERTY.REFERENCE>");
 }
 
-TEST_F(CimXmlWriter, WritesAReferenceThatIsNoPathAsAString) {
+TEST_F(CimXmlWriter, WritesAReferenceThatIsNotAPathAsAString) {
   EXPECT_EQ(ReferenceXml("no <path>"),
             "<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>no &lt;path&gt;</VALUE></PROPERTY>");
 }

@@ -1,4 +1,4 @@
-// Runs the tools that hold an output form against its published grammar.
+// Runs external tools that validate an output format against its published grammar.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 namespace tests {
 
 struct TToolResult {
-  int exitStatus;      ///< -1 where it did not end by itself
-  std::string output;  ///< both of its streams
+  int exitStatus;      ///< -1 if it was ended by a signal
+  std::string output;  ///< standard output and standard error
 };
 
 /// Runs a shell command.

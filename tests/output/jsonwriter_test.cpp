@@ -5,7 +5,7 @@ namespace {
 
 class JsonValue : public TOutputTest {
  protected:
-  /// What stands behind "P": for a property of that type and value.
+  /// The text after "P": for a property with that type and value.
   std::string Json(TType type, const TCIMValue& value) {
     const std::string text = Written(EOutputForm::kJsonl, {One(type, value)}, Complete());
     const std::string before = R"({"kind":"instance","class":"KROSG_One","properties":{"P":)";
@@ -24,7 +24,7 @@ TEST_F(JsonValue, KeepsCharactersBeyondAscii) {
   EXPECT_EQ(Json(TType::kString, TCIMValue("\u00e9\u20ac\U0001F600")), "\"\u00e9\u20ac\U0001F600\"");
 }
 
-TEST_F(JsonValue, ReplacesBytesThatAreNoCharacter) {
+TEST_F(JsonValue, ReplacesBytesThatAreNotCharacters) {
   EXPECT_EQ(Json(TType::kString, TCIMValue("a\xff"
                                            "b")),
             "\"a\uFFFDb\"");
@@ -131,7 +131,7 @@ TEST_F(JsonWriter, WritesAnAwkwardInstance) {
             R"(","Moment":"20260131123456.000000+060","Span":"00000001132312.000000:000"}})");
 }
 
-TEST_F(JsonWriter, LinesArePassedOnAtOnceAndEndWithASummary) {
+TEST_F(JsonWriter, FlushesEachLineAndEndsWithASummary) {
   TFlushedSink sink;
   const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
   writer->Begin(Header());

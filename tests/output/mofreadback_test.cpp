@@ -1,4 +1,4 @@
-// What the form `mof` says is what the schema reader understands.
+// The schema reader understands what the format `mof` writes.
 #include <gtest/gtest.h>
 
 #include "host/schema/schemareader.h"
@@ -32,7 +32,7 @@ class MofReadBack : public TOutputTest {
   TSchemaResult Read(const std::vector<std::string>& paths) {
     TSchemaResult result = ReadSchema(paths, files_);
     for (const auto& diagnostic : result.diagnostics) {
-      // A warning says that a class of these has a reference without being an association.
+      // The schema gives a warning, because a class has a reference without being an association.
       if (diagnostic.severity == EDiagnosticSeverity::kError) ADD_FAILURE() << FormatDiagnostic(diagnostic);
     }
     return result;
@@ -40,13 +40,13 @@ class MofReadBack : public TOutputTest {
   TInstancePtr New(const std::string& name, const std::vector<std::pair<std::string, TCIMValue>>& values) {
     return Make(cimNamespace_->FindClass(name), values);
   }
-  /// The instance as it reads back.
+  /// The instance after being written and read back.
   TInstancePtr ReadBack(const TInstancePtr& instance) {
     files_.Add("instances.mof", Written(EOutputForm::kMof, {instance}, Partial()));
     const TSchemaResult result = Read({"schema.mof", "instances.mof"});
     return result.instances.size() == 1 ? result.instances[0] : TInstancePtr();
   }
-  /// Writes it, reads it and compares every property.
+  /// Writes the instance, reads it back and compares every property.
   void ExpectSameReadBack(const TInstancePtr& instance) {
     const TInstancePtr read = ReadBack(instance);
     ASSERT_TRUE(read);
@@ -121,7 +121,7 @@ TEST_F(MofReadBack, CharactersTimesAndReferencesAreTheSame) {
            {"Target", TCIMValue::FromText(TType::kReference, "KROSG_Target.Key=\"a\\\"b\"")}}));
 }
 
-TEST_F(MofReadBack, WhatMofCannotSayReadsBackAsTheNearestThing) {
+TEST_F(MofReadBack, WhatMofCannotExpressReadsBackAsTheNearestValue) {
   const TInstancePtr read =
       ReadBack(New("KROSG_Lossy", {{"Invalid", TCIMValue("a\xff"
                                                          "b")},

@@ -5,7 +5,7 @@ namespace {
 
 class MofWriter : public TAwkwardTest {
  protected:
-  /// What stands between "P = " and the semicolon for a property of that type and value.
+  /// The text between "P = " and the semicolon for a property with that type and value.
   std::string Mof(TType type, const TCIMValue& value) {
     const std::string text = Written(EOutputForm::kMof, {One(type, value)}, Complete());
     const std::string before = "instance of KROSG_One {\n  P = ";
@@ -34,7 +34,7 @@ TEST_F(MofWriter, WritesOneInstanceAfterAnother) {
             "// elapsed: 1.234 s\n");
 }
 
-TEST_F(MofWriter, SaysInCommentsWhatIsMissing) {
+TEST_F(MofWriter, ReportsWhatIsMissingInComments) {
   EXPECT_EQ(Written(EOutputForm::kMof, {}, Partial()),
             "// Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
             "(interface version 1.1)\n"
@@ -80,7 +80,7 @@ TEST_F(MofWriter, WritesAnAwkwardInstance) {
             "};\n");
 }
 
-TEST_F(MofWriter, EscapesCharactersOfTheirOwnType) {
+TEST_F(MofWriter, EscapesChar16Values) {
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 'A')), "'A'");
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '"')), "'\"'");
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, '\'')), "'\\''");
@@ -89,12 +89,12 @@ TEST_F(MofWriter, EscapesCharactersOfTheirOwnType) {
   EXPECT_EQ(Mof(TType::kChar16, TCIMValue::FromInteger(TType::kChar16, 0xD800)), "'\\xd800'");
 }
 
-TEST_F(MofWriter, EscapesControlCharactersOfTheSecondSet) {
+TEST_F(MofWriter, EscapesC1ControlCharacters) {
   EXPECT_EQ(Mof(TType::kString, TCIMValue("\u0085\u00a0")), "\"\\x0085\u00a0\"");
 }
 
 TEST_F(MofWriter, SplitsALongStringBetweenItsCharacters) {
-  // 96 bytes to a literal: the first euro sign (three bytes) starts at byte 95 and stays whole.
+  // 96 bytes per literal: the first euro sign (three bytes) starts at byte 95 and must not be split.
   const std::string text = std::string(95, 'x') + "\u20ac\u20acend";
   EXPECT_EQ(Mof(TType::kString, TCIMValue(text)), "\"" + std::string(95, 'x') + "\u20ac\"\n    \"\u20acend\"");
   EXPECT_EQ(Mof(TType::kString, TCIMValue(std::string(96, 'x'))), '"' + std::string(96, 'x') + '"');

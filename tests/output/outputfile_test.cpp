@@ -56,8 +56,8 @@ TEST_F(OutputFile, LeavesNothingAfterAnException) {
   }
 }
 
-// Of file systems without nameless files there is none at hand: those of the tests stand for them.
-TEST_F(OutputFile, DoesWithoutANamelessFile) {
+// The tests cannot rely on a file system without nameless files, so kNamed simulates one.
+TEST_F(OutputFile, WorksWithoutNamelessFiles) {
   folder_.Write("out", "old");
   for (const char* const name : {"out", "new"}) {
     TOutputFile file(Path(name), TOutputFile::EUnfinished::kNamed);
@@ -69,7 +69,7 @@ TEST_F(OutputFile, DoesWithoutANamelessFile) {
   EXPECT_EQ(folder_.Names(), "new out");
 }
 
-TEST_F(OutputFile, LeavesNothingOfAKilledProcess) {
+TEST_F(OutputFile, LeavesNothingIfTheProcessIsKilled) {
   const int probe = ::open(folder_.Path().c_str(), O_WRONLY | O_TMPFILE, 0600);
   if (probe < 0) GTEST_SKIP() << "this file system has no nameless files";
   ::close(probe);
@@ -86,7 +86,7 @@ TEST_F(OutputFile, LeavesNothingOfAKilledProcess) {
   EXPECT_EQ(folder_.Names(), "");
 }
 
-TEST_F(OutputFile, ReplacesAFileThatCameMeanwhile) {
+TEST_F(OutputFile, ReplacesAFileThatAppearedMeanwhile) {
   TOutputFile file(Path("out"));
   file.Write("late");
   folder_.Write("out", "early");
@@ -123,7 +123,7 @@ TEST_F(OutputFile, KeepsThePermissionsOfAnExistingFile) {
   EXPECT_EQ(folder_.Read("out"), "new");
 }
 
-// Nothing is protected from the superuser, so for as long as this lives the process is none.
+// The superuser passes every permission check, so the process runs as an ordinary user while this lives.
 class TOrdinaryUser {
  public:
   TOrdinaryUser() : before_(::geteuid()) {
@@ -151,8 +151,9 @@ TEST_F(OutputFile, KeepsNoSpecialBits) {
   EXPECT_EQ(ModeOf("out"), 0755U);
 }
 
-// Of 0626 owner and group lose what not everybody had, or the owner, now one of the others, would gain.
-TEST_F(OutputFile, GivesOthersNoMoreThanTheyHadWhenTheOwnerIsLost) {
+// 04626 becomes 0622: owner and group lose what others did not have, because the former owner is now one of the
+// others.
+TEST_F(OutputFile, GrantsOthersNothingNewIfTheOwnerIsLost) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can be another owner";
   ASSERT_EQ(::chmod(folder_.Write("owner", "old").c_str(), 04626), 0);
   ASSERT_EQ(::chown(folder_.Write("group", "old").c_str(), 0, 12345), 0);
@@ -181,14 +182,14 @@ TEST_F(OutputFile, FollowsLinksThroughFolders) {
   EXPECT_TRUE(std::filesystem::is_symlink(Path("first")));
 }
 
-TEST_F(OutputFile, GivesUpOnLinksInACircle) {
+TEST_F(OutputFile, GivesUpOnCircularLinks) {
   std::filesystem::create_symlink("b", Path("a"));
   std::filesystem::create_symlink("a", Path("b"));
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a")); }),
             "not created: cannot create " + Path("a") + ": Too many levels of symbolic links");
 }
 
-TEST_F(OutputFile, KeepsToTheFolderThatItOpened) {
+TEST_F(OutputFile, StaysInTheFolderThatItOpened) {
   std::filesystem::create_directory(Path("folder"));
   TOutputFile file(Path("folder/out"));
   std::filesystem::rename(Path("folder"), Path("moved"));
@@ -199,7 +200,7 @@ TEST_F(OutputFile, KeepsToTheFolderThatItOpened) {
   EXPECT_TRUE(std::filesystem::is_empty(Path("other")));
 }
 
-TEST_F(OutputFile, ReplacesALinkThatCameMeanwhile) {
+TEST_F(OutputFile, ReplacesALinkThatAppearedMeanwhile) {
   folder_.Write("target", "kept");
   TOutputFile file(Path("out"));
   file.Write("new");
@@ -210,7 +211,7 @@ TEST_F(OutputFile, ReplacesALinkThatCameMeanwhile) {
   EXPECT_FALSE(std::filesystem::is_symlink(Path("out")));
 }
 
-TEST_F(OutputFile, WritesBehindASymbolicLink) {
+TEST_F(OutputFile, WritesThroughASymbolicLink) {
   folder_.Write("target", "old");
   std::filesystem::create_symlink("target", Path("link"));
   std::filesystem::create_symlink("fresh", Path("dangling"));
@@ -224,7 +225,7 @@ TEST_F(OutputFile, WritesBehindASymbolicLink) {
   EXPECT_EQ(folder_.Read("fresh"), "new");
 }
 
-TEST_F(OutputFile, TakesTheLongestName) {
+TEST_F(OutputFile, AcceptsTheLongestName) {
   const std::string name(255, 'n');
   TOutputFile file(Path(name));
   file.Commit();
@@ -259,7 +260,7 @@ TEST_F(OutputFile, LeavesAProtectedFileAlone) {
   EXPECT_EQ(folder_.Names(), "out");
 }
 
-TEST_F(OutputFile, NeedsAFolderThatItMayWriteTo) {
+TEST_F(OutputFile, RequiresAWritableFolder) {
   ASSERT_EQ(::chmod(folder_.Path().c_str(), 0555), 0);
   const TOrdinaryUser user;
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("out")); }),
@@ -296,7 +297,7 @@ TEST_F(OutputFile, WritesToAPipeDirectly) {
   EXPECT_TRUE(std::filesystem::is_fifo(Path("pipe")));
 }
 
-TEST_F(OutputFile, WritesBehindWhatADescriptorHasWrittenAlready) {
+TEST_F(OutputFile, ContinuesWhereTheDescriptorHasWritten) {
   const int descriptor = ::open(Path("out").c_str(), O_WRONLY | O_CREAT, 0600);
   ASSERT_EQ(::write(descriptor, "before ", 7), 7);
   {

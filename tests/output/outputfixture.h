@@ -1,4 +1,4 @@
-// Instances and sinks for the tests of the output forms.
+// Instances and sinks for the tests of the output formats.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace tests {
 using TType = TCIMValue::TCIMType;
 using TInstancePtr = boost::shared_ptr<TInstance>;
 
-/// Keeps also how much of the text each flush found.
+/// Also records the length of the text at each flush.
 class TFlushedSink : public TStringSink {
  public:
   void Flush() override { flushedAt.push_back(Text().size()); }
@@ -41,23 +41,23 @@ class TOutputTest : public testing::Test {
                     const std::vector<std::pair<std::string, TCIMValue>>& values);
   /// An instance of a class "KROSG_One" whose only property is "P" of that type.
   TInstancePtr One(TType type, const TCIMValue& value);
-  /// A capture file instance: file cpu_err, node 1, record 0, the moment above.
+  /// A capture file instance: file cpu_err, node 1, record 0, at Moment().
   TInstancePtr Capture(const std::string& rawData);
 
   static TCollectionHeader Header();
-  /// Complete, no exchange failed.
+  /// Complete, without failed exchanges.
   static TCollectionSummary Complete();
   /// Interrupted: one request failed, one exchange was lost and one refused.
   static TCollectionSummary Partial();
 
-  /// The whole text of a form.
+  /// The whole text in a format.
   static std::string Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
                              const TCollectionSummary& summary, const TTableOptions& options = {});
 
   boost::shared_ptr<TNamespace> cimNamespace_ = TNamespace::Create();
 };
 
-/// An instance with every awkward value that the forms have to carry, of class "KROSG_Awkward".
+/// Creates an instance of the class "KROSG_Awkward" with every awkward value that the formats must handle.
 class TAwkwardTest : public TOutputTest {
  protected:
   TInstancePtr Awkward();

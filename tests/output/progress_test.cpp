@@ -8,7 +8,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// A progress line on paper: a clock that is set by hand, and what was written since the last look.
+/// A progress line with a clock that is set by hand; Written() returns what was written since the last call.
 class Progress : public testing::Test {
  protected:
   TProgressTarget Target() {
@@ -19,7 +19,7 @@ class Progress : public testing::Test {
 
   void Register() { Answered(TIpmiRequest(0, 0x3A, 0, 0x62, {}), {}); }
   void Answered(const TIpmiRequest& request, const TIpmiAnswer& answer) { line_->OnIpmi({request, true, &answer, {}}); }
-  /// A storage-area request to node 1: the sub-command, and what comes after it.
+  /// A storage-area request to node 1: the sub-command and its data.
   static TIpmiRequest Area(std::uint8_t subCommand, const std::string& rest = {}) {
     std::vector<std::uint8_t> data = {0x39, 0x30, 0x00, subCommand};
     data.insert(data.end(), rest.begin(), rest.end());
@@ -34,7 +34,7 @@ class Progress : public testing::Test {
     answer.data.resize(5U + count);
     return answer;
   }
-  /// A read request answered with so many bytes.
+  /// A read request that is answered with `count` bytes.
   void Read(std::uint8_t count, std::uint8_t completionCode = 0) {
     Answered(Area(0x02), ReadAnswer(count, completionCode));
   }
@@ -66,7 +66,7 @@ TEST_F(Progress, CountsDotCommands) {
   EXPECT_EQ(Written(), "\r1 exchange, 0:00");
 }
 
-TEST_F(Progress, DoesNotCountWhatIsRefusedAfterAStop) {
+TEST_F(Progress, DoesNotCountExchangesRefusedAfterAStop) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
   line_->OnDot({{0, command, 0}, false, nullptr, {}});
   line_->OnIpmi({Area(0x02), false, nullptr, {}});
@@ -89,7 +89,7 @@ TEST_F(Progress, ShowsACaptureFileWithItsSizeAndTheTimeLeft) {
   for (int i = 0; i < 25; ++i) Read(10);
   Written();
   Wait(10000);
-  Register();  // 250 bytes in ten seconds: 750 more take thirty
+  Register();  // 250 bytes in ten seconds: the remaining 750 take thirty
   EXPECT_EQ(Written(), "\r[1/1] F  node 1 cpu_err 250 of 1000 bytes, 0:30 left  27 exchanges, 3/s, 0:10");
   Wait(100);
   Close();
@@ -117,10 +117,10 @@ TEST_F(Progress, IgnoresRefusedSizesAndReads) {
   EXPECT_EQ(Written(), "\rnode 1 cpu_err 0 of 1000 bytes  5 exchanges, 0:00");
 }
 
-TEST_F(Progress, BelievesNoMoreBytesThanAResponseCarries) {
+TEST_F(Progress, CountsNoMoreBytesThanAResponseCarries) {
   Size({0xFF, 0xFF, 0, 0});
   TIpmiAnswer answer = ReadAnswer(100);
-  answer.data[3] = answer.data[4] = 0xFF;  // says 65535
+  answer.data[3] = answer.data[4] = 0xFF;  // claims 65535
   Answered(Area(0x02), answer);
   answer.data.resize(3);  // too short for a count
   Answered(Area(0x02), answer);
@@ -136,13 +136,13 @@ TEST_F(Progress, FitsTheTerminal) {
   EXPECT_EQ(Written(), "\r[1/2]  0:00");
   line_->Clear();
   Written();
-  width_ = 41;  // the last one stays free
+  width_ = 41;  // the last column stays free
   Wait(100);
   Register();
   EXPECT_EQ(Written(), "\r[1/2] KROSG_VO_MEMCT..  1 exchange, 0:00");
 }
 
-TEST_F(Progress, LeavesOutPartsRatherThanToCutAFigure) {
+TEST_F(Progress, LeavesOutPartsRatherThanCutAFigure) {
   line_->BeginClass(7, 7, "KROSG_DCAPFile");
   Size({0, 0xFA, 0, 0});  // 64000 bytes
   for (int i = 0; i < 120; ++i) Read(100);
@@ -162,7 +162,7 @@ TEST_F(Progress, LeavesOutPartsRatherThanToCutAFigure) {
   EXPECT_EQ(shown(30), "\r[7/7]  1:00");
 }
 
-TEST_F(Progress, StaysAwayWhileItIsHeld) {
+TEST_F(Progress, StaysHiddenWhileItIsHeld) {
   line_->BeginClass(1, 1, "A");
   Written();
   line_->Hold();

@@ -1,5 +1,5 @@
-// Links and files of another user in a folder such as /tmp. What is refused is the kernel's decision, so that these
-// tests need its rules; in the virtual machine of tests/kernel they are on.
+// Links and files of another user in a folder such as /tmp. The kernel decides what is refused, so these tests
+// require its protection rules; they are enabled in the virtual machine of tests/kernel.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,7 +28,7 @@ bool IsOn(const std::string& rule) {
   return file >> value && value > 0;
 }
 
-/// "shared" is as /tmp is; "private" holds a file and is for root alone.
+/// "shared" has the permissions of /tmp; "private" contains a file and is accessible only to root.
 class ProtectedLinks : public testing::Test {
  protected:
   void SetUp() override {
@@ -41,7 +41,7 @@ class ProtectedLinks : public testing::Test {
     std::ofstream(Path("private/secret")) << "kept";
   }
   std::string Path(const std::string& name) const { return folder_.Path() / name; }
-  /// A link of the other user.
+  /// Creates a link that belongs to the other user.
   std::string Link(const std::string& name, const std::string& target) const {
     fs::create_symlink(Path(target), Path(name));
     EXPECT_EQ(::lchown(Path(name).c_str(), kAttacker, kAttacker), 0);
@@ -57,7 +57,7 @@ class ProtectedLinks : public testing::Test {
   static std::string Refused(const std::string& path) {
     return "not created: cannot create " + path + ": Permission denied";
   }
-  /// Nothing came into the private folder and its file is as it was.
+  /// No file was added to the private folder, and its file is unchanged.
   void ExpectPrivateIsUntouched() const {
     EXPECT_EQ(std::distance(fs::directory_iterator(Path("private")), fs::directory_iterator()), 1);
     std::string text;
@@ -90,14 +90,14 @@ TEST_F(ProtectedLinks, ALinkToAFolderIsRefused) {
   ExpectPrivateIsUntouched();
 }
 
-TEST_F(ProtectedLinks, ALinkBehindAnOwnOneIsRefused) {
+TEST_F(ProtectedLinks, ALinkReachedThroughTheUsersOwnLinkIsRefused) {
   Link("shared/link", "private/secret");
   fs::create_symlink(Path("shared/link"), Path("own"));
   EXPECT_EQ(FailureToWrite(Path("own")), Refused(Path("own")));
   ExpectPrivateIsUntouched();
 }
 
-TEST_F(ProtectedLinks, AnOwnLinkIsFollowed) {
+TEST_F(ProtectedLinks, TheUsersOwnLinkIsFollowed) {
   fs::create_symlink(Path("target"), Path("shared/own"));
   EXPECT_EQ(FailureToWrite(Path("shared/own")), "none");
   EXPECT_EQ(folder_.Read("target"), "replaced");

@@ -9,7 +9,7 @@ namespace {
 
 class TableWriter : public TAwkwardTest {
  protected:
-  /// The block of one instance.
+  /// The text of one instance.
   static std::string Block(const TInstancePtr& instance, int width = 80, bool color = false, bool incomplete = false) {
     TStringSink sink;
     const auto writer = MakeWriter(EOutputForm::kTable, sink, {width, color});
@@ -20,7 +20,7 @@ class TableWriter : public TAwkwardTest {
   static std::string Summary(const TCollectionSummary& summary, int width = 80, bool color = false) {
     return Written(EOutputForm::kTable, {}, summary, {width, color});
   }
-  /// A register of a class of either path.
+  /// A register of an R8 or a JFR class.
   TInstancePtr Register(const std::string& className, const std::string& superClass, const std::vector<int>& bytes) {
     if (!superClass.empty()) Define(superClass, "", {});
     const auto cimClass = Define(className, superClass, {Property("Status", TType::kUint8, true)});
@@ -34,11 +34,11 @@ TEST_F(TableWriter, ShowsAnR8RegisterByAddressAndValue) {
   EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  0x0807060504030201\n\n");
 }
 
-TEST_F(TableWriter, SplitsNoHexNumber) {
+TEST_F(TableWriter, DoesNotSplitHexNumbers) {
   const std::string name(18, 'N');
   const auto cimClass = Define("KROSG_VO_MEMCTL_StatisticData", "", {Property(name, TType::kUint8, true)});
   const auto instance = Make(cimClass, {{name, Bytes({0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0})}});
-  // 20 columns of 40 are left: room for either number, but not for both.
+  // 20 of 40 columns are left, which is enough for each number but not for both.
   EXPECT_EQ(Block(instance, 40), "KROSG_VO_MEMCTL_StatisticData\n  " + name + "\n" + std::string(20, ' ') +
                                      "0xABCDEF\n" + std::string(20, ' ') + "0x0807060504030201\n\n");
 }
@@ -76,7 +76,7 @@ TEST_F(TableWriter, DumpsACaptureFile) {
             "\n");
 }
 
-TEST_F(TableWriter, DumpsEightBytesALineWhereSixteenDoNotFit) {
+TEST_F(TableWriter, DumpsEightBytesPerLineIfSixteenDoNotFit) {
   const std::string block = Block(Capture("41 42 43 44 45 46 47 48 49 "), 79);
   EXPECT_NE(block.find("  ErrRawData        9 bytes\n"
                        "  00000000  41 42 43 44 45 46 47 48  |ABCDEFGH|\n"
@@ -90,7 +90,7 @@ TEST_F(TableWriter, ShowsAnEmptyCaptureFile) {
   EXPECT_NE(Block(Capture("")).find("  ErrRawData        0 bytes\n  SourceNode"), std::string::npos);
 }
 
-TEST_F(TableWriter, ShowsCaptureDataThatIsNoHexAsText) {
+TEST_F(TableWriter, ShowsCaptureDataThatIsNotHexAsText) {
   const std::string block = Block(Capture("not hex"));
   EXPECT_NE(block.find("KROSG_DCAPFile\n  RecordID          0\n"), std::string::npos) << block;
   EXPECT_NE(block.find("  ErrRawData        not hex\n"), std::string::npos) << block;
@@ -121,7 +121,7 @@ TEST_F(TableWriter, ShowsAwkwardValuesWithoutDisturbingTheTerminal) {
             "\n");
 }
 
-TEST_F(TableWriter, EscapesWhatTurnsTheDirectionOfWriting) {
+TEST_F(TableWriter, EscapesBidirectionalControls) {
   std::string text = "a";
   AppendUtf8(text, 0x202E);
   EXPECT_EQ(Block(One(TType::kString, TCIMValue(text + "b\u0085c"))), "KROSG_One\n  P  a\\u202eb\\x85c\n\n");
@@ -133,7 +133,7 @@ TEST_F(TableWriter, WrapsLongTextAtBlanksUnderItsColumn) {
 }
 
 TEST_F(TableWriter, CutsTextWithoutBlanksAtTheWidth) {
-  // 35 columns are left of 40; a wide character counts as two.
+  // 35 of 40 columns are left; a wide character takes two.
   EXPECT_EQ(Block(One(TType::kString, TCIMValue(std::string(40, 'x'))), 40),
             "KROSG_One\n  P  " + std::string(35, 'x') + "\n     xxxxx\n\n");
   EXPECT_EQ(Block(One(TType::kString, TCIMValue(std::string(34, 'x') + "\u6f22y")), 40),
@@ -153,7 +153,7 @@ TEST_F(TableWriter, MarksAnIncompleteInstance) {
             "KROSG_One\n  incomplete: an exchange failed while it was collected\n  P  x\n\n");
 }
 
-TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyWhereAsked) {
+TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyIfAsked) {
   const auto instance = One(TType::kString, TCIMValue("x"));
   EXPECT_EQ(Block(instance, 80, true, true),
             "\x1b[1mKROSG_One\x1b[0m\n"
@@ -162,7 +162,7 @@ TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyWhereAsked) {
   EXPECT_EQ(Block(instance, 80, false, true).find('\x1b'), std::string::npos);
 }
 
-TEST_F(TableWriter, PassesEachBlockOnAtOnce) {
+TEST_F(TableWriter, FlushesEachBlock) {
   TFlushedSink sink;
   const auto writer = MakeWriter(EOutputForm::kTable, sink, {});
   writer->Begin(Header());
@@ -199,7 +199,7 @@ TEST_F(TableWriter, SummarisesAPartialCollection) {
             "      said \"no\"\n");
 }
 
-TEST_F(TableWriter, GroupsFailedExchangesThatAreAlike) {
+TEST_F(TableWriter, GroupsIdenticalFailedExchanges) {
   TCollectionSummary summary = Complete();
   for (int i = 0; i < 5000; ++i) summary.failedExchanges.push_back({"KROSG_A", 0, "register", std::uint8_t{0xCB}});
   summary.failedExchanges.push_back({"KROSG_B", 0, "read", std::nullopt});
@@ -217,7 +217,7 @@ TEST_F(TableWriter, GroupsFailedExchangesThatAreAlike) {
       << text;
 }
 
-TEST_F(TableWriter, KeepsToItsWidth) {
+TEST_F(TableWriter, StaysWithinItsWidth) {
   TCollectionSummary summary = Partial();
   summary.failures[0].message = std::string(300, 'm');
   for (const int width : {40, 80, 200}) {

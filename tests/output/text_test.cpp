@@ -1,4 +1,4 @@
-// The small parts that the forms are made of.
+// The building blocks of the output formats.
 #include <gtest/gtest.h>
 
 #include "host/output/completioncodes.h"
@@ -11,7 +11,7 @@
 namespace tests {
 namespace {
 
-TEST(TextBuffer, PassesOnEverythingInOrderWhateverTheSizes) {
+TEST(TextBuffer, PassesEverythingOnInOrderWhateverTheSizes) {
   TFlushedSink sink;
   TTextBuffer buffer(sink);
   const std::string large(TTextBuffer::kCapacity + 1, 'l');
@@ -28,7 +28,7 @@ TEST(TextBuffer, PassesOnEverythingInOrderWhateverTheSizes) {
   EXPECT_EQ(sink.flushedAt.size(), 1U);
 }
 
-TEST(WrapText, CutsAtBlanksAndOnlyAWordLongerThanALineInside) {
+TEST(WrapText, CutsAtBlanksAndSplitsOnlyWordsLongerThanALine) {
   using TLines = std::vector<std::string_view>;
   EXPECT_EQ(WrapText("", 10), TLines{""});
   EXPECT_EQ(WrapText("0123456789", 10), TLines{"0123456789"});
@@ -55,7 +55,7 @@ TEST(HexDump, FollowsTheUsualLayout) {
             "00000011\n");
 }
 
-TEST(HexDump, GivesRepeatedLinesOnce) {
+TEST(HexDump, ShowsRepeatedLinesOnce) {
   std::vector<std::uint8_t> bytes(40, 0);
   bytes[32] = 1;
   std::string text;
@@ -67,11 +67,11 @@ TEST(HexDump, GivesRepeatedLinesOnce) {
             "00000028\n");
 }
 
-TEST(HexDump, GivesNoLineForNothing) {
+TEST(HexDump, GivesNoLineForNoBytes) {
   DumpBytes({}, 16, [](std::string_view) { FAIL(); });
 }
 
-TEST(CompletionCode, PutsCodesIntoWords) {
+TEST(CompletionCode, DescribesCodesInWords) {
   const std::vector<std::pair<int, std::string>> codes = {
       {0x00, "0x00 completed normally"},
       {0x01, "0x01 device-specific (OEM) error"},
@@ -104,7 +104,7 @@ TEST(ElapsedText, GrowsWithTheTime) {
   EXPECT_EQ(ElapsedText(3723000), "1 h 2 min 3 s");
 }
 
-TEST(FormName, AreThoseOfTheCommandLine) {
+TEST(FormName, MatchesTheCommandLine) {
   for (const char* name : {"table", "json", "jsonl", "mof", "cimxml"}) {
     const auto form = FormByName(name);
     ASSERT_TRUE(form) << name;

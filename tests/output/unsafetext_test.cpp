@@ -1,4 +1,4 @@
-// Characters that could disturb or deceive, in every form.
+// Characters that could disturb a terminal or mislead a reader, in every format.
 #include "host/base/unsafetext.h"
 
 #include <nlohmann/json.hpp>
@@ -22,7 +22,7 @@ std::string Utf8(char32_t character) {
 
 class UnsafeForms : public TOutputTest {
  protected:
-  /// A form whose class, property and value all have the text in them.
+  /// A document whose class, property and value all contain the text.
   std::string Form(EOutputForm form, const std::string& text) {
     const std::string name = "P" + text;
     const auto cimClass = Define("KROSG_" + text, "", {Property(name, TType::kString)});
@@ -32,7 +32,7 @@ class UnsafeForms : public TOutputTest {
   }
 };
 
-TEST_F(UnsafeForms, NoFormButMofNamesHoldsOneAsItIs) {
+TEST_F(UnsafeForms, NoFormExceptMofNamesContainsOneUnescaped) {
   for (const char32_t character : kBeyondAscii) {
     const std::string text = Utf8(character);
     for (const auto form : {EOutputForm::kTable, EOutputForm::kJson, EOutputForm::kJsonl, EOutputForm::kCimXml}) {
@@ -41,7 +41,7 @@ TEST_F(UnsafeForms, NoFormButMofNamesHoldsOneAsItIs) {
   }
 }
 
-TEST_F(UnsafeForms, SpellsEscapesAsEachFormHasThem) {
+TEST_F(UnsafeForms, UsesTheEscapesOfEachForm) {
   const std::string text = "\u009bA\u202e\u061cB";
   EXPECT_NE(Form(EOutputForm::kTable, text).find("  P\\x9bA\\u202e\\u061cB  v\\x9bA\\u202e\\u061cB\n"),
             std::string::npos);
@@ -53,7 +53,7 @@ TEST_F(UnsafeForms, SpellsEscapesAsEachFormHasThem) {
             std::string::npos);
 }
 
-TEST_F(UnsafeForms, ReadsBackAsItWas) {
+TEST_F(UnsafeForms, ReadsBackUnchanged) {
   std::string text = "\x7f";
   for (const char32_t character : kBeyondAscii) text += Utf8(character);
   const auto json = nlohmann::json::parse(Form(EOutputForm::kJson, text));

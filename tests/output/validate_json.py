@@ -1,10 +1,10 @@
-"""Holds JSON documents against a JSON Schema.
+"""Validates JSON documents against a JSON Schema.
 
 validate_json.py SCHEMA FILE...
 
-A file whose name ends in .jsonl holds a document on each line. Exit status 0: all are valid; 1: one is
-not, or is no JSON (NaN and Infinity are none), and what is wrong is on standard output; 77: the
-package python3-jsonschema is missing.
+A file whose name ends in .jsonl contains one document per line. Exit status 0: all documents are valid;
+1: one is invalid or not JSON (NaN and Infinity are not JSON), and standard output says why; 77: the package
+python3-jsonschema is missing.
 """
 
 import json
@@ -23,7 +23,7 @@ def refuse(name):
 def documents(path):
     with open(path, encoding="utf-8") as file:
         text = file.read()
-    # Only a newline ends a line: JSON strings may hold other separators as they are.
+    # Only a newline ends a line: JSON strings may contain other line separators unescaped.
     for part in text.rstrip("\n").split("\n") if path.endswith(".jsonl") else [text]:
         yield json.loads(part, parse_constant=refuse)
 

@@ -1,4 +1,4 @@
-// Whole documents with awkward values, held against the published grammars by tools of others.
+// Validates whole documents with awkward values against the published grammars, using external tools.
 #include "tests/output/externaltool.h"
 #include "tests/output/outputfixture.h"
 #include "tests/support/namespaces.h"
@@ -36,7 +36,7 @@ class Validity : public TAwkwardTest {
     values.emplace_back("Null", NullOf(TType::kReference));
     return Make(Define("KROSG_References", "", properties), values);
   }
-  /// Validates the documents against the JSON Schema; a missing package skips the test.
+  /// Validates the documents against the JSON Schema. Exit status 77 means that a package is missing.
   TToolResult Validate(const std::string& files) {
     return RunTool(std::string(PYTHON) + " " + SOURCE_FOLDER + "/validate_json.py " + SCHEMA + " " + files);
   }
@@ -52,7 +52,7 @@ TEST_F(Validity, CimXmlIsValid) {
   }
 }
 
-TEST_F(Validity, CimXmlOfNothingIsValid) {
+TEST_F(Validity, CimXmlWithoutInstancesIsValid) {
   if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
   const std::string file = folder_.Write("none.xml", Written(EOutputForm::kCimXml, {}, Complete()));
   const auto result = RunTool("xmllint --noout --dtdvalid " SOURCE_FOLDER "/cim-declarations.dtd " + file);
@@ -75,7 +75,7 @@ TEST_F(Validity, JsonFollowsItsSchema) {
   EXPECT_EQ(result.exitStatus, 0) << result.output;
 }
 
-TEST_F(Validity, TheSchemaRefusesWhatIsNoCollection) {
+TEST_F(Validity, TheSchemaRejectsWhatIsNotACollection) {
   if (Validate("").exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
   const std::string line = R"({"kind":"instance","class":"A","properties":{"P":)";
   EXPECT_EQ(Validate(folder_.Write("good.jsonl", line + "[1,null]}}\n")).exitStatus, 0);
