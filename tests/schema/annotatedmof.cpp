@@ -13,7 +13,7 @@ constexpr std::string_view kBytes = "with bytes <XX>";
 constexpr std::string_view kOpenEnd = "without a last line end";
 constexpr std::array kKinds = {"class",        "property",    "method",   "qualifier",
                                "no-qualifier", "declaration", "instance", "value"};
-constexpr std::size_t kWidest = 78;  // a longer line is cut where it is shown
+constexpr std::size_t kWidest = 78;  // a longer line is shown cut
 
 const std::regex kCase("// case: ([a-z0-9-]+)((?:, [^,]+)*)");
 const std::regex kText("// (also|included): (\\S+)");
@@ -22,15 +22,15 @@ const std::regex kBelow("//\\^ (error|warning) ([0-9]+): (.+)");
 const std::regex kShown("//\\|(.*)");
 const std::regex kStatement("//= ([a-z-]+) (.+)");
 const std::regex kNote("//: .+");
-// What looks like one of these and is not.
+// Lines that resemble an annotation but are malformed.
 const std::regex kNearly("//[\\^|=:].*|// *(case|also|included) *:.*|.*// *(error|warning)\\b.*", std::regex::icase);
 
-// Lines that are shown as they are: the others have to say how.
+// Lines that are shown unchanged; for others an annotation must give the excerpt.
 bool ShownAsItIs(const std::string& line) {
   return line.size() <= kWidest && std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-// "<XX>" is the byte XX.
+// Replaces each "<XX>" with the byte XX.
 std::string WithBytes(const std::string& line) {
   static const std::regex kByte("<([0-9A-F]{2})>");
   std::string text;
@@ -56,7 +56,7 @@ class TParser {
   }
 
  private:
-  // A finding whose line, and so what is shown of it, may still be described.
+  // A finding that may still get an excerpt of its line.
   struct TPending {
     std::string line;
     std::size_t column;
@@ -85,7 +85,7 @@ class TParser {
     AddLine(line);
   }
 
-  // Before the first case there are comments only.
+  // Only comments may precede the first case.
   void TakeHead(const std::string& line) {
     const bool comment = line.rfind("// ", 0) == 0 && !std::regex_match(line, kNearly);
     if (!line.empty() && !comment) Malformed("before the first case: " + line);
@@ -121,7 +121,7 @@ class TParser {
     blanks_ = 0;
   }
 
-  // Blank lines at the end of a text are not a part of it.
+  // Blank lines at the end of a text do not belong to it.
   void AddLine(const std::string& line) {
     if (line.empty()) {
       ++blanks_;
@@ -172,7 +172,7 @@ class TParser {
   std::size_t blanks_ = 0;
   bool bytes_ = false;
   bool openEnd_ = false;
-  std::string line_;  // the last of the text, without its end
+  std::string line_;  // the last line of the text, without its line end
   std::optional<TPending> pending_;
 };
 

@@ -1,4 +1,4 @@
-// Annotated MOF: schemas with their expectations on the lines themselves, in the form that conformance/README.md
+// Annotated MOF: schemas whose expected results are written on their lines, in the form that conformance/README.md
 // describes.
 #pragma once
 
@@ -12,17 +12,17 @@ namespace tests {
 
 struct TAnnotatedText {
   std::string path;
-  bool given = true;            ///< to the reader, or read only because another text includes it
+  bool given = true;            ///< passed to the reader; otherwise only read if another text includes it
   std::string text;             ///< without annotations
-  std::vector<std::size_t> at;  ///< the line in the annotated file of each of its lines
+  std::vector<std::size_t> at;  ///< for each line, its line number in the annotated file
 };
 
 struct TAnnotatedFinding {
   std::size_t at = 0;  ///< the line of its annotation, from 1
-  std::string shown;   ///< as FormatDiagnostic has it
+  std::string shown;   ///< as FormatDiagnostic formats it
 };
 
-/// "KIND TEXT": something that the schema of a case means.
+/// "KIND TEXT": a statement about the meaning of a case's schema.
 struct TAnnotatedStatement {
   std::size_t at = 0;
   std::string kind;
@@ -37,7 +37,7 @@ struct TAnnotatedCase {
   std::vector<TAnnotatedStatement> statements;
   bool hasErrors = false;
 
-  /// The texts of the statements of one kind, in their order.
+  /// The texts of the statements of one kind, in order.
   std::vector<std::string> Of(std::string_view kind) const;
 };
 

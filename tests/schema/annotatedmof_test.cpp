@@ -1,4 +1,4 @@
-// The judge of annotated MOF: what it accepts, and that it notices whatever an annotation gets wrong.
+// Annotated MOF: what is accepted, and that every wrong annotation is noticed.
 #include <gmock/gmock.h>
 
 #include "tests/schema/casejudge.h"
@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Of all cases; what is malformed comes first.
+// The differences of all cases; malformed annotations come first.
 std::vector<std::string> Judge(const std::string& text) {
   const TAnnotatedMof annotated = ParseAnnotatedMof(text);
   std::vector<std::string> found = annotated.malformed;
@@ -20,7 +20,7 @@ std::vector<std::string> Judge(const std::string& text) {
   return found;
 }
 
-const std::string kFault = "// case: fault\nclass TST_Fan {\n  uint32 = 5;";  // and the annotation of line 3
+const std::string kFault = "// case: fault\nclass TST_Fan {\n  uint32 = 5;";  // the annotation of line 3 follows
 const std::string kShown = "fault.mof:2:10: error: found '=', expected a name\n    uint32 = 5;\n           ^\n";
 
 TEST(AnnotatedMof, AFindingIsAnnotatedOnItsLine) {
@@ -36,7 +36,7 @@ TEST(AnnotatedMof, AnAnnotationWithoutFindingIsADifference) {
               ElementsAre("2: not reported: sound.mof:1:1: warning: found it\n  class TST_Fan { };\n  ^\n"));
 }
 
-TEST(AnnotatedMof, ColumnSeverityAndEachWordCount) {
+TEST(AnnotatedMof, ColumnSeverityAndEveryWordMatter) {
   EXPECT_THAT(Judge(kFault + " // error 9: found '=', expected a name\n};\n"),
               ElementsAre("3: not reported: fault.mof:2:9: error: found '=', expected a name\n    uint32 = 5;\n"
                           "          ^\n",
@@ -107,7 +107,7 @@ TEST(AnnotatedMof, StatementsThatDoNotHoldAreDifferences) {
                   "13: value 1.A = 2, found { \"1.A = 3\" }"));
 }
 
-TEST(AnnotatedMof, WhatIsNotWellFormedIsSaid) {
+TEST(AnnotatedMof, MalformedAnnotationsAreReported) {
   const auto malformed = [](const std::string& text) { return ParseAnnotatedMof(text).malformed; };
   EXPECT_THAT(malformed("// a head\n\n"), ElementsAre("2: a file without a case"));
   EXPECT_THAT(malformed("class A { };\n// case: a\n"), ElementsAre("1: before the first case: class A { };"));

@@ -16,10 +16,10 @@ using TDifferences = std::vector<std::string>;
 
 std::string At(std::size_t line, const std::string& what) { return std::to_string(line) + ": " + what; }
 
-// Up to the first of `ends`.
+// The text before the first of `ends`.
 std::string Head(const std::string& text, const char* ends) { return text.substr(0, text.find_first_of(ends)); }
 
-// The line of the annotated file; that of the case for what has no place in its texts.
+// The line in the annotated file; the line of the case if the location is not in its texts.
 std::size_t LineOf(const TAnnotatedCase& annotated, const TSourceLocation& location) {
   for (const TAnnotatedText& text : annotated.texts) {
     const bool inside = text.path == location.file && location.line > 0 && location.line <= text.at.size();
@@ -60,7 +60,7 @@ void ExpectEqual(const TAnnotatedCase& annotated, const std::string& what, const
                                              testing::PrintToString(found)));
 }
 
-// The complete lists of those classes that have a statement, one after the other.
+// The complete lists of the classes that have a statement, one after the other.
 TStatements OfClasses(const TStatements& expected, const std::function<TStatements(const std::string&)>& read) {
   TStatements classes;
   TStatements found;
@@ -94,12 +94,12 @@ bool AnyBeginsWith(const TStatements& statements, const std::string& start) {
                      [&](const std::string& one) { return one.rfind(start, 0) == 0; });
 }
 
-// "ELEMENT: NAME". A name that is not declared is a slip, not a qualifier that is absent.
+// `text` is "ELEMENT: NAME". A NAME that is not declared is a mistake in the annotation, not an absent qualifier.
 bool IsAbsent(const std::string& text, const TStatements& qualifiers, const TStatements& declared) {
   return AnyBeginsWith(declared, text.substr(text.find(": ") + 2) + " ") && !AnyBeginsWith(qualifiers, text + " = ");
 }
 
-// Statements that say nothing of others.
+// Checks the statements that stand for themselves and do not imply a complete list.
 void ExpectEach(const TAnnotatedCase& annotated, TSchemaStatements& schema, TDifferences& differences) {
   const TStatements values = schema.Values();
   for (const TAnnotatedStatement& statement : annotated.statements) {

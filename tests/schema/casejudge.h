@@ -1,4 +1,4 @@
-// What the reader makes of an annotated case, against what its annotations say.
+// Compares what the reader makes of an annotated case with its annotations.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 
 namespace tests {
 
-/// "LINE: not reported: DIAGNOSTIC", "LINE: not annotated: DIAGNOSTIC" and the like, one for each difference; LINE is
-/// that of the annotated file.
+/// One text for each difference, such as "LINE: not reported: DIAGNOSTIC" or "LINE: not annotated: DIAGNOSTIC". LINE
+/// is that of the annotated file.
 std::vector<std::string> Differences(const TAnnotatedCase& annotated);
 
 }  // namespace tests

@@ -1,4 +1,4 @@
-// What the collector needs of a schema: a schema that has it all, and what each change of it leads to.
+// The collector's requirements: a schema that meets all of them, and the finding for each violation.
 #include "host/schema/collectorneeds.h"
 
 #include "tests/schema/schemafixture.h"
@@ -24,7 +24,7 @@ const std::string kCapture =
     "class KROSG_DCAPFile { string FileName; string ErrRawData; datetime MessageTimestamp; string SourceNode;\n"
     "  string CreationClassName; string LogCreationClassName; string LogName; string RecordID; };\n";
 
-// The complete schema and `more`, whose first line is line 14.
+// Reads the complete schema followed by `more`, which starts on line 14.
 TSchemaResult Schema(const std::string& more) {
   return ReadText(kCollectorQualifiers + kRoots + kBases + kCapture + "\n" + more);
 }
@@ -42,7 +42,7 @@ std::string FindingsOf(const TSchemaResult& schema) {
 
 std::string Needs(const std::string& more) { return FindingsOf(Schema(more)); }
 
-// A subclass of the bridges' base class with these qualifiers and properties, on line 14.
+// A subclass of the bridges' base class, on line 14, with these qualifiers and properties.
 std::string Jfr(const std::string& qualifiers, const std::string& properties) {
   return Needs("[" + qualifiers + "]\nclass J : KROSG_PCIIOBRIDGE_StatisticData {\n" + properties + "};");
 }
@@ -51,7 +51,7 @@ std::string R8(const std::string& qualifiers, const std::string& properties) {
 }
 const std::string kGood = "SupportedMachineTypes{\"6203\"}, MaxInstanceCount(2)";
 
-TEST(CollectorNeeds, NothingIsSaidOfACompleteSchema) {
+TEST(CollectorNeeds, ACompleteSchemaHasNoFindings) {
   EXPECT_EQ(Jfr(kGood, "[Index(509), MaxLen(8)] uint8 A[]; [Index(0)] uint8 B[];"),
             "16:31 the register 'A' of the class 'J' ends at byte 6138 for instance 1 (Index 509, MaxInstanceCount 2), "
             "expected below 4096\n");
@@ -163,7 +163,7 @@ TEST(CollectorNeeds, RegistersOfTheDirectSuperclassToo) {
       << "not those of the grandparent";
 }
 
-TEST(CollectorNeeds, IdentificationPropertiesAreNoRegisters) {
+TEST(CollectorNeeds, IdentificationPropertiesAreNotRegisters) {
   EXPECT_EQ(
       Needs("class Q { string MachineType; datetime DateTimeOfCollection; datetime StatisticTime; string InstanceID;\n"
             "string ElementName; };\n[" +
@@ -192,7 +192,7 @@ TEST(CollectorNeeds, TypeOfARegister) {
             "16:62 warning: the register 'C' of the class 'J' has the type string, expected array of uint8\n");
 }
 
-// (Index + 256 x instance) x 8 + 18 below 4096: 509 fits and 510 does not.
+// (Index + 256 x instance) x 8 + 18 must be less than 4096: 509 fits and 510 does not.
 TEST(CollectorNeeds, RecordsInsideTheBlock) {
   const auto findings = [](const std::string& index, const std::string& count) {
     return Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(" + count + ")", "[Index(" + index + ")] uint8 A[];");
@@ -258,7 +258,7 @@ TEST(CollectorNeeds, FindingsAreBounded) {
   EXPECT_EQ(findings.back().message, "and 200 more findings");
 }
 
-// 512 instances of 256 reads are 131,072.
+// 512 instances of 256 reads each are 131,072 reads.
 TEST(CollectorNeeds, NoMoreReadsThanTheCollectorCanHoldInMemory) {
   std::string registers;
   for (int i = 0; i < 256; ++i) registers += "[Offset{0x10}, MaxLen(8)] uint8 R" + std::to_string(i) + "[];";

@@ -1,4 +1,4 @@
-// MOF as a reader of DSP0004 expects it: the annotated files of conformance/.
+// Conformance with DSP0004: the annotated files of conformance/.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Without ".mof".
+// Names without ".mof".
 std::vector<std::string> AnnotatedFiles() {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(VELHOST_CONFORMANCE_FOLDER)) {
@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Mof, Conformance, testing::ValuesIn(AnnotatedFiles()),
                          [](const auto& file) { return file.param; });
 
 TEST(ConformanceCases, AreNotLost) {
-  std::size_t valid = 0;  // with warnings, some of them
+  std::size_t valid = 0;  // some of them with warnings
   std::size_t invalid = 0;
   for (const std::string& name : AnnotatedFiles()) {
     for (const TAnnotatedCase& one : Parse(name).cases) ++(one.hasErrors ? invalid : valid);

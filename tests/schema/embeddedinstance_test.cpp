@@ -1,4 +1,4 @@
-// Strings that hold MOF: what is wrong in them stands where their text does.
+// Strings that hold MOF: errors in them are reported where their text is.
 #include "tests/schema/schemafixture.h"
 
 namespace tests {
@@ -10,7 +10,7 @@ const std::string kClasses =
     "class H { [EmbeddedInstance(\"A\")] string i; [EmbeddedObject] string o; [EmbeddedInstance(\"A\")] string l[]; "
     "string t; [EmbeddedInstance(\"H\")] string h; }; ";
 
-// "PROPERTY = VALUE;" in an instance of H stands on line 3.
+// Reads an instance of H with "PROPERTY = VALUE;" on line 3.
 std::string Assign(const std::string& assignment) {
   return Messages(ReadText(kClasses + "instance of H {\n\n" + assignment + "\n};"));
 }
@@ -40,7 +40,7 @@ TEST(EmbeddedInstance, SyntaxErrors) {
   EXPECT_EQ(Assign(R"(o = "// nothing";)"), "3:5 found an empty text, expected an instance or a class\n");
 }
 
-TEST(EmbeddedInstance, PlacesBehindEscapesAndInLaterLiterals) {
+TEST(EmbeddedInstance, PlacesAfterEscapesAndInLaterLiterals) {
   EXPECT_EQ(Assign(R"(i = "instance of A { s = \"\x41\\n\"; n = x; };";)"),
             "3:43 found 'x', expected a value or '{'\n");
   EXPECT_EQ(Assign("i = \"instance of A { \"\n    \"n = 300; \" \"s = 5; };\";"),
@@ -81,7 +81,7 @@ TEST(EmbeddedObject, IsAnInstanceOrAClass) {
   EXPECT_EQ(Assign(R"(o = "class D : C { string 5; };";)"), "3:27 found '5', expected a name\n");
 }
 
-TEST(EmbeddedObject, NulIsNoCharacterOfMof) {
+TEST(EmbeddedObject, NulIsNotAllowed) {
   EXPECT_EQ(Assign(R"(o = "instance of C \x0 {};";)"),
             "3:20 found the character with the code 0 in an embedded text\n3:20 found the stray character '?', "
             "expected a name, a value, a comment or punctuation\n");
@@ -100,7 +100,7 @@ TEST(EmbeddedInstance, DefaultOfAProperty) {
       << "the qualifier is inherited";
 }
 
-TEST(EmbeddedInstance, QualifierStandsOnAString) {
+TEST(EmbeddedInstance, QualifierRequiresAString) {
   EXPECT_EQ(Assign("t = \"\";\n}; class W { [EmbeddedInstance(\"A\")] uint8 x; [EmbeddedObject] uint8 M(\n"
                    "[EmbeddedObject] A REF r, [EmbeddedObject] string s[]);"),
             "4:15 the qualifier 'EmbeddedInstance' stands on an element of the type uint8, expected string\n"

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A synthetic schema, checked by the program as a user would: without a finding, and with one fault in each file.
+"""Checks a synthetic schema by running the program: without findings, and then with one fault in each file.
 
     generatedschema_test.py VELHOST
 """

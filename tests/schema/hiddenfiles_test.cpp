@@ -1,4 +1,4 @@
-// Files outside the folders of the schema: they are read, and nothing of their text is shown.
+// Files outside the schema's folders: they are read, but nothing of their text is shown.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -27,15 +27,15 @@ class TOutside {
   TSchemaText schema_;
 };
 
-TEST(HiddenFiles, OfWhatIsNoMofOnlyThePlaceAndWhatWasExpectedAreSaid) {
+TEST(HiddenFiles, TextThatIsNotMofIsReportedByPlaceAndExpectation) {
   EXPECT_EQ(TOutside("root:$6$salt$hash:19000::::::\n").Shown(),
             "secret:1:1: error: expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file; "
             "what was found is not shown, because the file is outside the folders of the schema\n"
             "secret: error: and 1 more error\n");
 }
 
-// What is expected after a '$' would tell that there is one, and the places of all errors where it is.
-TEST(HiddenFiles, OneErrorAndOneWarningAreSaid) {
+// The tokens expected after a '$' would reveal that there is one, and the places of all errors would reveal where.
+TEST(HiddenFiles, OneErrorAndOneWarningAreReported) {
   EXPECT_EQ(TOutside("$ $ $\nclass A {};\n#pragma p(\"\")\n#pragma p(\"\")\n").Shown(),
             "secret:1:1: error: " + kNotShown + "secret:3:9: warning: " + kNotShown +
                 "secret: error: and 2 more errors\nsecret: warning: and 1 more warning\n");
@@ -94,7 +94,7 @@ TEST(HiddenFiles, TypesInThemAreNotQuotedByLaterErrors) {
             "  class B : A { string m(); };\n                ^\n");
 }
 
-TEST(HiddenFiles, WhatIsNoMofIsNotMadeClassesOfEither) {
+TEST(HiddenFiles, TextThatIsNotMofGivesNoClasses) {
   EXPECT_EQ(TOutside("class Hunter {}; ;", "class A : Hunter { uint8 p = \"\"; };").Shown(),
             "secret:1:18: error: expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file; "
             "what was found is not shown, because the file is outside the folders of the schema\n");
@@ -113,7 +113,7 @@ TEST(HiddenFiles, FindingsAboutTheCollectorDoNotQuoteThem) {
   EXPECT_EQ(text.find("Hunter"), std::string::npos) << text;
 }
 
-TEST(HiddenFiles, AFolderOfAnyPathOfTheSchemaAndThoseBelowItAreShown) {
+TEST(HiddenFiles, FilesInAndBelowAnyFolderOfTheSchemaAreShown) {
   TSchemaText schema;
   schema.File("in/a.mof", "#pragma include(\"below/b.mof\")\n#pragma include(\"../other/c.mof\")\n")
       .File("in/below/b.mof", "class B : X {};")
@@ -124,13 +124,13 @@ TEST(HiddenFiles, AFolderOfAnyPathOfTheSchemaAndThoseBelowItAreShown) {
             "other/c.mof:1:11: error: the class 'X' is not declared\n  class C : X {};\n            ^\n");
 }
 
-TEST(HiddenFiles, AFolderWhoseNameOnlyBeginsAlikeIsOutside) {
+TEST(HiddenFiles, AFolderWithTheSameNamePrefixIsOutside) {
   TSchemaText schema;
   schema.File("in/a.mof", "#pragma include(\"../inner/b.mof\")").File("inner/b.mof", "class B : X {};");
   EXPECT_EQ(Shown(schema.Read({"in/a.mof"})), "inner/b.mof:1:11: error: " + kNotShown);
 }
 
-// Files proper, for links.
+// Uses real files, because links are tested.
 class HiddenLinks : public testing::Test {
  protected:
   HiddenLinks() {

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Ten times the schema takes about ten times the instructions, in whatever direction it grows.
+"""Checks that reading a schema ten times the size takes about ten times the instructions, whichever part grows.
 
     lineartime_test.py READSHAPE [SHAPE...]
 
-Counted by valgrind, so that neither the machine nor its load matters; without it the test is skipped (77).
+valgrind counts them, so neither the machine nor its load matters; without valgrind the test is skipped (77).
 """
 
 import concurrent.futures
@@ -13,7 +13,7 @@ import subprocess
 import sys
 
 SMALL = 100
-# Beyond the ten: hash tables that grow, and sorting.
+# The excess over ten allows for growing hash tables and for sorting.
 MOST = 12.5
 
 
@@ -24,7 +24,7 @@ def instructions(program, shape, size):
 
 
 def growth(program, shape, start):
-    """`start` is what it takes to read nothing."""
+    """`start` is the number of instructions for an empty schema."""
     return (instructions(program, shape, 10 * SMALL) - start) / (instructions(program, shape, SMALL) - start)
 
 

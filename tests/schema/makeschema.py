@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Write a synthetic CIM schema of the size and manner of a published one.
+"""Writes a synthetic CIM schema of the size and style of a published one.
 
     makeschema.py FOLDER [--files N] [--seed S]
 
-FOLDER gets schema.mof, which includes all others; Core/qualifiers.mof with the qualifier declarations; and for
-each class a file of its own in the folder of its model: N files in all, by default 1600 of some 5 MB. The last
-classes are those that the collector asks for, so that the whole passes "velhost check". One seed gives the same
-bytes every time. Prints the number of classes, of files and of bytes.
+FOLDER gets schema.mof, which includes all others; Core/qualifiers.mof with the qualifier declarations; and a file
+for each class in the folder of its model: N files in all, by default 1600 with about 5 MB. The last classes are
+those that the collector requires, so that the schema passes "velhost check". The same seed always gives the same
+bytes. Prints the number of classes, files and bytes.
 """
 
 import argparse
@@ -166,7 +166,7 @@ class CIM_ManagedElement {
 };
 """
 
-# What the collector asks of a schema, one class a file.
+# What the collector requires of a schema, one class per file.
 COLLECTOR = {
     "KROSG_ChipsetData": "[Abstract]\nclass KROSG_ChipsetData : CIM_ManagedElement {\n"
                          "   string MachineType;\n   datetime StatisticTime;\n};\n",
@@ -205,11 +205,11 @@ SCALARS = ["uint8", "uint16", "uint32", "uint64", "sint8", "sint16", "sint32", "
 DEFAULTS = {"uint16": ["0", "2", "5", "12"], "uint32": ["0", "0x10", "4096"], "boolean": ["true", "false"],
             "string": ["\"\"", "\"Not \" \"Set\""], "real32": ["0.5", "1.0E3"], "sint32": ["-1", "+7", "017"]}
 METHODS = ["Activate", "AssignTo", "Change", "Create", "Delete", "Modify", "Reset", "Start", "Stop"]
-WIDTH = 58  # characters of a description in one literal
+WIDTH = 58  # characters of a description per literal
 
 
 class TextMaker:
-    """Descriptions and value lists in the usual layout; all choices come from one generator."""
+    """Descriptions and value lists in the usual layout; all choices come from one random generator."""
 
     def __init__(self, choices):
         self._choices = choices
@@ -228,7 +228,7 @@ class TextMaker:
         return "".join(self.sentence() + end for end in breaks).strip()
 
     def description(self, sentences, margin):
-        """Description ( "..." "..." ), cut into adjacent literals between words."""
+        """Description ( "..." "..." ), split into adjacent literals between words."""
         lines, line = [], ""
         for word in self.paragraph(sentences).split(" "):
             if line and len(line) + len(word) >= WIDTH:
@@ -259,19 +259,19 @@ class TextMaker:
 
 
 class ClassMaker:
-    """One class after the other, each below one that was made before it."""
+    """Generates classes one after the other, each below one generated earlier."""
 
     def __init__(self, seed):
         self._choices = random.Random(seed)
         self._text = TextMaker(self._choices)
-        # Class name -> (superclass, {property: its line's type}, [methods]).
+        # By class name: the properties it declares with their types, its methods, and its superclass.
         self._properties = {"CIM_ManagedElement": {}}
         self._methods = {"CIM_ManagedElement": {}}
         self._super = {"CIM_ManagedElement": None}
         self._by_kind = {"class": ["CIM_ManagedElement"], "association": [], "indication": []}
 
     def new_class(self):
-        """(name, model, text)"""
+        """Returns name, model and text."""
         kind = self._choices.choices(["class", "association", "indication"], [72, 22, 6])[0]
         name = self._new_name(kind)
         above = self._super_of(kind)
@@ -298,7 +298,7 @@ class ClassMaker:
         known = self._by_kind[kind]
         if not known or (kind != "class" and self._choices.random() < 0.3):
             return None
-        # Half of the classes stand below one of the latest: chains become long.
+        # Half of the classes derive from one of the latest, so that chains become long.
         recent = known[-12:] if self._choices.random() < 0.5 else known
         above = self._choices.choice(recent)
         return above if len(self._lineage(above)) < 24 else "CIM_ManagedElement" if kind == "class" else None
@@ -418,7 +418,7 @@ def with_heading(name, text):
 
 
 def make_files(count, seed):
-    """Pairs of a path and a text, in the order in which schema.mof includes them, and schema.mof itself last."""
+    """Pairs of path and text, in the order in which schema.mof includes them, and schema.mof itself last."""
     maker = ClassMaker(seed)
     files = [("Core/qualifiers.mof", QUALIFIERS),
              ("Core/CIM_ManagedElement.mof", with_heading("CIM_ManagedElement", ROOT))]

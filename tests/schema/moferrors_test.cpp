@@ -1,10 +1,10 @@
-// Syntax errors: each message with its place and caret, and where reading goes on afterwards.
+// Syntax errors: each message with its place and caret, and where parsing continues.
 #include "tests/schema/schemafixture.h"
 
 namespace tests {
 namespace {
 
-// The one diagnostic as a user sees it.
+// The only diagnostic, as a user sees it.
 TEST(MofErrors, MessageLineAndCaret) {
   EXPECT_EQ(Shown(ReadText("class A {\n\tstring a\n  uint8 b;\n};\n")),
             "a.mof:3:3: error: found 'uint8', expected ';', '=', '(' or '['\n"
@@ -32,7 +32,7 @@ TEST(MofErrors, EndOfTheFile) {
             "1:5 found the end of the file, expected ',', ':', '(', ']' or '{'; the '[' in line 1 is not closed\n");
 }
 
-TEST(MofErrors, WhatCouldHaveStoodThere) {
+TEST(MofErrors, ExpectedTokensAreListed) {
   EXPECT_EQ(Messages(ReadText("; class A {};")),
             "1:1 found ';', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file\n");
   EXPECT_EQ(Messages(ReadText("class 5 {};")), "1:7 found '5', expected a class name\n");
@@ -68,7 +68,7 @@ TEST(MofErrors, UnknownTypeIsNamed) {
             "1:11 found 'Thing', expected a type, or a class name and 'ref'\n");
 }
 
-TEST(MofErrors, StringWithoutEnd) {
+TEST(MofErrors, UnterminatedString) {
   EXPECT_EQ(Shown(ReadText("class A {\n  string a = \"abc;\n  string b;\n};")),
             "a.mof:2:14: error: the string that starts here has no end on its line, expected '\"'\n"
             "    string a = \"abc;\n"
@@ -85,12 +85,12 @@ TEST(MofErrors, StringWithoutEnd) {
             "2:6 found the end of the file, expected ';'; the '{' in line 1 is not closed\n");
 }
 
-TEST(MofErrors, CharacterWithoutEnd) {
+TEST(MofErrors, UnterminatedCharacter) {
   EXPECT_EQ(Messages(ReadText("class A { char16 a = 'x\n; };")),
             "1:22 the character that starts here has no end on its line, expected \"'\"\n");
 }
 
-TEST(MofErrors, CommentWithoutEnd) {
+TEST(MofErrors, UnterminatedComment) {
   EXPECT_EQ(Shown(ReadText("class A {};\n/* x\n * y\n")),
             "a.mof:2:1: error: the comment that starts here has no end, expected \"*/\"\n"
             "  /* x\n"
@@ -127,7 +127,7 @@ TEST(MofErrors, TokensAreCutAtTheEndOfTheirLine) {
             "1:21 found '\"x\" ...', expected a uint8\n");
 }
 
-// Where reading goes on.
+// Recovery.
 
 TEST(MofRecovery, SeveralErrorsInOneRun) {
   const TSchemaResult result = ReadText(
@@ -166,13 +166,13 @@ TEST(MofRecovery, BrokenParameterListIsLeftOut) {
   EXPECT_EQ(PropertyOf(result, "A", "a").name, "a");
 }
 
-TEST(MofRecovery, BrokenClassHeaderTakesItsBodyAlong) {
+TEST(MofRecovery, BrokenClassHeaderSkipsItsBody) {
   const TSchemaResult result = ReadText("class A : { [Key] string a; uint8 b[2]; };\nclass B { string c; };");
   EXPECT_EQ(Messages(result), "1:11 found '{', expected a class name\n");
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));
 }
 
-TEST(MofRecovery, DeclarationThatWasLostIsNotReportedAsMissing) {
+TEST(MofRecovery, LostDeclarationIsNotReportedAsMissing) {
   EXPECT_EQ(Messages(ReadText("class A ? { string a; };\nclass B : A { uint8 m(A REF r); };")),
             "1:9 found the stray character '?', expected a name, a value, a comment or punctuation\n");
   EXPECT_EQ(Messages(ReadText("class A x { string a; };\nclass B : A { uint8 m(A REF r); };")),
@@ -181,7 +181,7 @@ TEST(MofRecovery, DeclarationThatWasLostIsNotReportedAsMissing) {
             "1:15 found 'nothing', expected a type\n");
 }
 
-TEST(MofRecovery, UnknownStatementTakesItsBodyAlong) {
+TEST(MofRecovery, UnknownStatementSkipsItsBody) {
   const TSchemaResult result = ReadText("structure S { string a; { b = {1}; } };\nclass B { string c; };");
   EXPECT_EQ(
       Messages(result),

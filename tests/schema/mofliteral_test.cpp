@@ -1,4 +1,4 @@
-// Literals: what each form gives, and the edges of every type's range.
+// Literals: the value of each form, and the limits of every type's range.
 #include <gtest/gtest.h>
 
 #include "tests/schema/schemafixture.h"
@@ -9,7 +9,7 @@ namespace {
 
 struct TRangeCase {
   const char* type;
-  const char* below;  // the nearest value that does not fit
+  const char* below;  // the nearest value below that does not fit
   const char* low;
   const char* high;
   const char* above;
@@ -72,7 +72,7 @@ TEST(IntegerLiteral, EdgesInEveryNotation) {
             "found '-01000000000000000000001', expected a sint64 from -9223372036854775808 to 9223372036854775807");
 }
 
-TEST(IntegerLiteral, DigitsThatNoNotationHas) {
+TEST(IntegerLiteral, DigitsOfNoNotation) {
   const std::string expected =
       ", expected a binary (101b), octal (017), decimal, hexadecimal (0x1F) or real (1.5) number";
   for (const char* bad : {"102b", "08", "12a", "0x", "0xG1", "1e5", "1.", "1.5.2", "1_000"}) {
@@ -80,7 +80,7 @@ TEST(IntegerLiteral, DigitsThatNoNotationHas) {
   }
 }
 
-TEST(IntegerLiteral, OtherLiteralsAreNoIntegers) {
+TEST(IntegerLiteral, OtherLiteralsAreNotIntegers) {
   EXPECT_EQ(DefaultOf("uint8", "1.5"), "found '1.5', expected a uint8");
   EXPECT_EQ(DefaultOf("uint8", "\"1\""), "found '\"1\"', expected a uint8");
   EXPECT_EQ(DefaultOf("uint16", "'a'"), "found ''a'', expected a uint16");
@@ -154,7 +154,7 @@ TEST(StringLiteral, Escapes) {
 
 TEST(StringLiteral, NulCharacterIsKept) { EXPECT_EQ(DefaultOf("string", R"("a\x0 b")"), std::string("a\0 b", 4)); }
 
-TEST(StringLiteral, AdjacentOnesAreOne) {
+TEST(StringLiteral, AdjacentLiteralsAreJoined) {
   EXPECT_EQ(DefaultOf("string", "\"a\" \"b\"\n // between\n \"\\x63\" /* and */ \"\""), "abc");
 }
 
@@ -166,7 +166,7 @@ TEST(StringLiteral, BadEscapes) {
   EXPECT_EQ(DefaultOf("string", R"("\xg")"), R"(found '\x' without a digit, expected one to four hexadecimal digits)");
 }
 
-TEST(StringLiteral, OtherLiteralsAreNoStrings) {
+TEST(StringLiteral, OtherLiteralsAreNotStrings) {
   EXPECT_EQ(DefaultOf("string", "5"), "found '5', expected a string");
   EXPECT_EQ(DefaultOf("string", "true"), "found 'true', expected a string");
   EXPECT_EQ(DefaultOf("string", "{\"a\"}"), "found an array, expected a string");

@@ -1,4 +1,4 @@
-// A schema that uses the whole of the language; also what the truncation and mutation tests start from.
+// A schema that uses the whole language. The truncation and mutation tests start from it.
 #pragma once
 
 #include "tests/support/namespaces.h"

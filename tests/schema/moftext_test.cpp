@@ -47,7 +47,7 @@ TEST(FindBadByte, AtEveryPlaceOfALongText) {
 TEST(FindStringStop, AtEveryPlaceOfALongText) {
   for (std::size_t i = 0; i < 40; ++i) {
     for (const char stop : {'"', '\\', '\n', '\r'}) {
-      std::string text(40, '\xA2');  // a quote's code with the top bit set
+      std::string text(40, '\xA2');  // the code of a quote with the top bit set
       text[i] = stop;
       EXPECT_EQ(FindStringStop(text, 0), i);
       EXPECT_EQ(FindStringStop(text, i + 1), 40U);

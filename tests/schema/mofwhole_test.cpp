@@ -1,4 +1,4 @@
-// One schema that uses the whole of the language, the way large public schemas are written.
+// One schema that uses the whole language, written in the style of large public schemas.
 #include "tests/schema/mofsample.h"
 
 #include "tests/schema/schemafixture.h"
@@ -7,9 +7,9 @@
 namespace tests {
 namespace {
 
-TEST(MofWhole, ReadsWithoutAWord) { EXPECT_EQ(Shown(ReadText(kMofSample)), ""); }
+TEST(MofWhole, ReadsWithoutFindings) { EXPECT_EQ(Shown(ReadText(kMofSample)), ""); }
 
-TEST(MofWhole, EveryDeclarationIsThere) {
+TEST(MofWhole, EveryDeclarationIsPresent) {
   const TSchemaResult result = ReadText(kMofSample);
   std::string names;
   for (const auto& cimClass : result.cimNamespace->Classes()) names += cimClass->Name() + " ";

@@ -7,7 +7,7 @@
 namespace tests {
 namespace {
 
-TEST(NameHint, NearestOfTheOffered) {
+TEST(NameHint, NearestOfThoseOffered) {
   std::size_t steps = 1000;
   TNameHint hint("Levle", steps);
   EXPECT_EQ(hint.Text(), "");
@@ -46,7 +46,7 @@ TEST(NameHint, ManySearchesShareTheirSteps) {
   EXPECT_EQ(second.Text(), "") << "eleven rows of eleven characters";
 }
 
-TEST(NameHint, NothingIsWantedOnceNoStepIsLeft) {
+TEST(NameHint, WantsNothingWhenNoStepsAreLeft) {
   std::size_t steps = 0;
   EXPECT_FALSE(TNameHint("Level", steps).Wants());
 }

@@ -1,4 +1,5 @@
-// Reads one of the shapes, for a test that counts its instructions: readshape NAME SIZE. Without arguments the names.
+// Reads one of the shapes, for a test that counts instructions: readshape NAME SIZE. Without arguments lists the
+// names.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -1,5 +1,5 @@
-// Schemas that say little and mean much: each repeats a short mention of something long. Reading them takes time in
-// proportion all the same.
+// Schemas with short texts that have large effects: each refers many times to something long. Reading them must still
+// take linear time.
 #pragma once
 
 #include "tests/schema/schemashapes.h"
@@ -7,7 +7,7 @@
 
 namespace tests {
 
-/// "{ "a text", ... }" of 20 elements for each one of `count`, and then `last`.
+/// "{ "a text", ... }" with 20 elements for each unit of `count`, and then `last`.
 inline std::string LongList(int count, const std::string& last = "\"end\"") {
   return "{" + Repeated(20 * count, [](auto&) { return "\"a text\", "; }) + last + "}";
 }
@@ -35,7 +35,7 @@ inline const std::vector<TSchemaShape> kSchemaAttacks = {
      }},
     {"a-long-text-for-a-flag",
      [](int n) {
-       // Qualifiers that the reader asks for a truth value.
+       // Qualifiers that the reader evaluates as booleans.
        const std::string type = " : string[] = " + LongList(n) + ", scope(any);\n";
        return "qualifier Association" + type + "qualifier Abstract" + type + "qualifier EmbeddedObject" + type +
               "[Association, Abstract] class A { [EmbeddedObject] string p; };\n" +
@@ -64,7 +64,7 @@ inline const std::vector<TSchemaShape> kSchemaAttacks = {
      }},
     {"names-of-one-hash",
      [](int n) {
-       // Characters of two bytes that differ in the bit that tells capital letters from small ones.
+       // Two-byte characters that differ in the bit that distinguishes upper and lower case in ASCII.
        std::string text;
        for (int i = 0; i < n; ++i) {
          std::string name;

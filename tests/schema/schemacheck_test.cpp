@@ -1,4 +1,4 @@
-// The two forms of a check's findings, and its exit status.
+// The two formats of a check's findings, and its exit status.
 #include "host/schema/schemacheck.h"
 
 #include "tests/schema/schemafixture.h"

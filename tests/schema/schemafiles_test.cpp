@@ -144,7 +144,7 @@ TEST(SchemaEncoding, ByteThatIsNotUtf8) {
             "value, a comment or punctuation\n");
 }
 
-// Real folders.
+// Uses real folders.
 class SchemaFolder : public testing::Test {
  protected:
   void File(const std::string& name, const std::string& text) { temporary_.Write(name, text); }
@@ -157,7 +157,7 @@ class SchemaFolder : public testing::Test {
   const std::filesystem::path& folder_ = temporary_.Path();
 };
 
-TEST_F(SchemaFolder, ItsMofFilesByName) {
+TEST_F(SchemaFolder, ReadsItsMofFilesByName) {
   File("20.mof", "class B : A {};");
   File("10.mof", "class A {};");
   File("30.MOF", "class C : B {};");
@@ -185,7 +185,7 @@ TEST_F(SchemaFolder, WithoutMofFiles) {
                   [this] { Read({folder_.string()}); });
 }
 
-TEST_F(SchemaFolder, ThatMayNotBeRead) {
+TEST_F(SchemaFolder, WithoutReadPermission) {
   File("a.mof", "class A {};");
   chmod(folder_.c_str(), 0300);
   const uid_t user = geteuid();

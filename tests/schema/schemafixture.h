@@ -1,4 +1,4 @@
-// The language of the schema tests: texts in memory, what they give, and every message word for word.
+// The fixture of the schema tests: texts in memory, what reading them gives, and every message word for word.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -12,7 +12,7 @@
 
 namespace tests {
 
-/// Qualifiers that most tests need, on one line, so that line 2 is the first of the test's own text.
+/// Qualifiers that most tests use, on one line, so that the test's own text starts on line 2.
 inline const std::string kQualifiers =
     "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride, ToSubclass); "
     "Qualifier Description : string = null, Scope(any), Flavor(Translatable); "
@@ -47,7 +47,7 @@ inline std::string Shown(const TSchemaResult& result) {
   return text;
 }
 
-/// The messages alone, with line and column: "2:8 message\n".
+/// Only the messages, with line and column: "2:8 message\n".
 inline std::string Messages(const TSchemaResult& result) {
   std::string text;
   for (const TTextDiagnostic& diagnostic : result.diagnostics) {
@@ -57,7 +57,7 @@ inline std::string Messages(const TSchemaResult& result) {
   return text;
 }
 
-/// The declaration of a property; fails the test when there is none.
+/// The declaration of a property; fails the test if it does not exist.
 inline TPropertyDefinition PropertyOf(const TSchemaResult& result, const std::string& className,
                                       const std::string& property) {
   const auto cimClass = result.cimNamespace->FindClass(className);
@@ -68,7 +68,7 @@ inline TPropertyDefinition PropertyOf(const TSchemaResult& result, const std::st
   return cimClass->Properties()[cimClass->FindProperty(property)]->Definition();
 }
 
-/// The text of the default that "TYPE p = LITERAL;" gives, or the message of the error.
+/// The default that "TYPE p = LITERAL;" gives, as text, or the error message.
 inline std::string DefaultOf(const std::string& type, const std::string& literal) {
   const TSchemaResult result = ReadText("class A { " + type + " p = " + literal + "; };");
   if (!result.diagnostics.empty()) return result.diagnostics.front().message;

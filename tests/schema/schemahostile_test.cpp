@@ -1,4 +1,4 @@
-// Broken and hostile schemas: whatever the bytes, the answer is diagnostics, in bounded time.
+// Broken and hostile schemas: whatever the bytes are, the result is diagnostics, in bounded time.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -12,7 +12,7 @@
 namespace tests {
 namespace {
 
-// Reads and checks; what makes a schema unreadable must be said, with a place inside the text.
+// Reads the text and checks that an unreadable schema has diagnostics, each with a place inside the text.
 TSchemaResult ReadHostile(const std::string& text) {
   TSchemaResult result = ReadText(text);
   EXPECT_EQ(result.errors > 0, result.HasErrors());
@@ -94,7 +94,7 @@ TEST(SchemaHostile, LongListsAndTokens) {
   EXPECT_EQ(ReadHostile(properties + "};").errors, 96000U) << "all but the first 4000 are there twice";
 }
 
-// Each class is declared before its superclass, and each stands below the one before.
+// Each class is declared before its superclass, in chains of 60.
 TEST(SchemaHostile, ManyClassesInTheWorstOrder) {
   std::string text;
   for (int i = 19999; i >= 0; --i) {
@@ -115,7 +115,7 @@ TEST(SchemaHostile, LongCircle) {
             "1:12 the class 'C0' derives from itself (C0 : C1 : C2 : C3 : C4 : C5 : C6 : C7 : ... : C0)\n");
 }
 
-TEST(SchemaHostile, MachineryStaysInBoundsOfTheModel) {
+TEST(SchemaHostile, TheModelStaysWithinItsLimit) {
   std::string text = "class Base {";
   for (int i = 0; i < 4000; ++i) text += "string p" + std::to_string(i) + ";";
   text += "};\n";

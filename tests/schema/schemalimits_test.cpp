@@ -1,4 +1,4 @@
-// What is too much, and that it is said.
+// Schemas that exceed a limit, and the message for each.
 #include "tests/schema/schemafixture.h"
 
 namespace tests {
@@ -65,7 +65,7 @@ TEST(SchemaLimits, NameSize) {
             "2:18 found '$" + std::string(39, 'a') + "...', which is 1025 bytes long, expected at most 1024\n");
 }
 
-// A class with two properties and a qualifier on one of them, and another text with a class.
+// A class with two properties and a qualifier on one of them, and a second text with a class.
 TEST(SchemaLimits, EstimatedMemory) {
   TSchemaText schema;
   const std::string qualifier = "qualifier Q : string, scope(any);\n";

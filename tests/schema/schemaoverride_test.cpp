@@ -1,10 +1,10 @@
-// What a subclass may make of what it inherits: the name in Override, fixed qualifiers of methods, their signatures.
+// Overriding: the name in Override, qualifiers and signatures of methods that must not change, references.
 #include "tests/schema/schemafixture.h"
 
 namespace tests {
 namespace {
 
-// The text starts on line 2.
+// Returns the messages; the text starts on line 2.
 std::string Read(const std::string& text) {
   return Messages(
       ReadText("qualifier Override : string = null, scope(property, reference, method), flavor(Restricted); "
@@ -55,7 +55,7 @@ TEST(OverrideName, OfAnotherName) {
             "can be overridden\n");
 }
 
-TEST(OverrideName, BelowAClassThatIsNotThere) {
+TEST(OverrideName, BelowAnUndeclaredClass) {
   EXPECT_EQ(Read("class B : A { [Override(\"a\")] string a; };"), "2:11 the class 'A' is not declared\n");
 }
 
@@ -96,7 +96,7 @@ TEST(OverridingMethod, KeepsItsSignature) {
             "the class 'A', whose method it overrides\n");
 }
 
-TEST(OverridingMethod, OfAnotherSignatureIsAWarning) {
+TEST(OverridingMethod, WithAnotherSignatureIsAWarning) {
   const TSchemaResult result = ReadText("class A { uint8 m(); }; class B : A { string m(); };");
   EXPECT_FALSE(result.HasErrors());
   EXPECT_EQ(result.warnings, 1U);
@@ -112,7 +112,7 @@ TEST(Association, HasTwoReferences) {
       << "the other one may have been lost";
 }
 
-TEST(Association, IsWhereAReferenceStands) {
+TEST(Association, IsRequiredForAReference) {
   EXPECT_EQ(Read("class A { A REF r; };"),
             "2:11 found the reference 'r' in the class 'A', expected it in an association\n");
   EXPECT_FALSE(ReadText("class A { A REF r; };").HasErrors());

@@ -161,7 +161,7 @@ TEST(SchemaQualifiers, FlavorOfAUseWins) {
   EXPECT_TRUE(flavor.translatable);
 }
 
-TEST(SchemaQualifiers, OldFlavorIsRead) {
+TEST(SchemaQualifiers, ObsoleteFlavorIsAccepted) {
   EXPECT_EQ(Shown(ReadQualified("[Level(1) : ToInstance ToSubclass EnableOverride] class A {};")), "");
 }
 

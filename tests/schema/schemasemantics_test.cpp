@@ -1,4 +1,5 @@
-// What a schema may not say though its grammar is right: each error with its place, found against expected.
+// Semantic errors in schemas that are syntactically correct: each with its place, what was found and what was
+// expected.
 #include "tests/schema/schemafixture.h"
 
 namespace tests {
@@ -63,7 +64,7 @@ TEST(SchemaSemantics, ScopeOfEveryElement) {
       "2:14 the qualifier 'C' stands on an element of the kind indication, expected class\n");
 }
 
-TEST(SchemaSemantics, SubclassOfAnAssociationIsOne) {
+TEST(SchemaSemantics, SubclassOfAnAssociationIsAnAssociation) {
   EXPECT_EQ(Errors("[Association] class A {}; [Level(1)] class B : A {};"),
             "2:28 the qualifier 'Level' stands on an element of the kind association, expected class, property\n");
 }
@@ -80,7 +81,7 @@ TEST(SchemaSemantics, DisableOverride) {
       << "not inherited";
 }
 
-TEST(SchemaSemantics, DoubleDeclarations) {
+TEST(SchemaSemantics, DuplicateDeclarations) {
   EXPECT_EQ(Errors("class A {};\nclass a {};"), "3:7 the class 'a' is declared a second time, first in a.mof:2\n");
   EXPECT_EQ(Errors("class A { string a; uint8 A; };"), "2:27 the property 'A' is declared twice in the class 'A'\n");
   EXPECT_EQ(Errors("class A { uint8 M(); uint8 m(); };"), "2:28 the method 'm' is declared twice in the class 'A'\n");
@@ -102,7 +103,7 @@ TEST(SchemaSemantics, UnknownClasses) {
   EXPECT_EQ(Errors("instance of Nowhere {};"), "2:13 the class 'Nowhere' is not declared\n");
 }
 
-TEST(SchemaSemantics, ClassBelowOneThatIsNotThere) {
+TEST(SchemaSemantics, ClassBelowAnUndeclaredOne) {
   const TSchemaResult result =
       ReadQualified("class A : Nowhere { [Key(1)] string a; }; class B : A { uint8 b = 256; };");
   EXPECT_EQ(Messages(result),

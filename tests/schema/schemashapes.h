@@ -1,4 +1,4 @@
-// Schemas that grow in one direction each, to see that reading them takes time in proportion.
+// Schemas that each grow in one direction, to test that reading them takes linear time.
 #pragma once
 
 #include <functional>
@@ -25,7 +25,7 @@ inline const std::vector<TSchemaShape> kSchemaShapes = {
      [](int n) { return Repeated(n, [](auto& i) { return "class A" + i + " { string p; uint8 q = 1; };\n"; }); }},
     {"deep-inheritance",
      [](int n) {
-       // Chains of 40 classes, each of which overrides a property and a method and adds one.
+       // Chains of 40 classes, each of which overrides a property and a method and adds one of each.
        std::string text = "qualifier Override : string, scope(any); class R { string p; uint8 m(); };\n";
        for (int i = 0; i < n; ++i) {
          const std::string above = i % 40 == 0 ? "R" : "A" + std::to_string(i - 1);

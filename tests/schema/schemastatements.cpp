@@ -52,7 +52,7 @@ std::string Suffix(bool isArray, std::uint32_t size) {
   return size == 0 ? "[]" : "[" + std::to_string(size) + "]";
 }
 
-// "= VALUE" where there is one.
+// " = VALUE", or nothing for null.
 std::string Default(const TCIMValue& value) { return value.IsNull() ? "" : " = " + ValueStatement(value); }
 
 std::string ScopeStatement(std::uint32_t scope) {

@@ -1,4 +1,4 @@
-// What a schema says, as one statement to a string in the forms that conformance/README.md describes.
+// What a schema declares, as statements in the forms that conformance/README.md describes.
 #pragma once
 
 #include <string>
@@ -12,22 +12,22 @@ namespace tests {
 
 using TStatements = std::vector<std::string>;
 
-/// Reads a schema twice: as the host does, for what the object model delivers, and once more with all that only the
-/// reader knows (methods, qualifier declarations, aliases).
+/// Reads a schema twice: as the host does, for the contents of the object model, and again with everything that only
+/// the reader knows (methods, qualifier declarations, aliases).
 class TSchemaStatements {
  public:
   TSchemaStatements(const std::vector<std::string>& paths, ISourceReader& reader);
 
   TStatements QualifierTypes() const;
   TStatements Classes() const;
-  /// Of one class, inherited ones too.
+  /// The properties of one class, including inherited ones.
   TStatements Properties(const std::string& className) const;
   TStatements Methods(const std::string& className);
-  /// "ELEMENT: NAME = VALUE" of the element that is written CLASS, CLASS.PROPERTY, CLASS.METHOD() or
-  /// CLASS.METHOD(PARAMETER). An unknown element fails the test.
+  /// "ELEMENT: NAME = VALUE" for each qualifier of the element, which is written CLASS, CLASS.PROPERTY,
+  /// CLASS.METHOD() or CLASS.METHOD(PARAMETER). An unknown element fails the test.
   TStatements Qualifiers(const std::string& element);
   TStatements Instances() const;
-  /// All values of all instances, given or by default.
+  /// All property values of all instances, whether given or by default.
   TStatements Values() const;
 
  private:
@@ -35,7 +35,7 @@ class TSchemaStatements {
   const TMethod* MethodOf(const std::string& className, std::string_view name);
   const TQualifierSet* QualifiersOf(const std::string& element);
   const TQualifierSet* QualifiersOfMethod(const std::string& className, const std::string& rest);
-  /// Of the class itself, in the order of the text.
+  /// The methods that the class declares itself, in text order.
   std::vector<const TMethod*> OwnMethods(const std::string& className);
   std::string MethodStatement(const std::string& className, const TMethod& method);
   std::string TypeOf(const TSchemaUnit& unit, const Mof::TFeature& feature) const;

@@ -1,4 +1,4 @@
-// A stopped run does not finish what it reads.
+// A stopped run does not finish reading.
 #include <gtest/gtest.h>
 
 #include "host/schema/schemareader.h"
@@ -8,10 +8,10 @@
 namespace tests {
 namespace {
 
-TEST(StopReading, EndsASchemaAmongItsTokensClassesAndInstances) {
+TEST(StopReading, StopsBetweenTokensClassesAndInstances) {
   tests::TStoppingReader reader;
   std::string text;
-  // 2 classes of 605 tokens, so that one look comes among them; then one for each class and each declaration.
+  // 2 classes of 605 tokens: 1 check between tokens, then 2 for the classes and 2 for the declarations.
   for (const std::string name : {"A", "B"}) {
     text += "class " + name + " {";
     for (int i = 0; i < 200; ++i) text += "string P" + std::to_string(i) + ";";

@@ -1,4 +1,4 @@
-// A synthetic schema as large as a published one: 1,600 files that a main file includes.
+// A synthetic schema as large as a published one: 1,600 files, which a main file includes.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -20,12 +20,12 @@ class WholeSchema : public testing::Test {
   TTemporaryFolder folder_;
 };
 
-TEST_F(WholeSchema, IsReadWithoutAFinding) {
+TEST_F(WholeSchema, HasNoFindings) {
   TFileReader reader;
   const TSchemaResult result = ReadSchema({folder_.Path() / "schema.mof"}, reader);
   EXPECT_EQ(Shown(result), "");
   EXPECT_EQ(result.sources->size(), 1600U);
-  // All files but the main one and that of the qualifiers have a class.
+  // All files declare a class, except the main file and the qualifiers.
   EXPECT_EQ(result.cimNamespace->Classes().size(), 1598U);
   const auto file = result.cimNamespace->FindClass("KROSG_DCAPFile");
   ASSERT_TRUE(file);
