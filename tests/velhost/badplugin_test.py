@@ -1,4 +1,4 @@
-"""A plugin that throws where no plugin should."""
+"""A plugin that throws where plugins must not throw."""
 
 import json
 import os

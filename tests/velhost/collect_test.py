@@ -16,7 +16,7 @@ address = 0x00ABCDEF
 value = "01 02 03 04 05 06 07 08"
 """
 
-# Address AB CD EF, then the value bytes 08 to 01, zeros.
+# Address AB CD EF, then the value bytes 08 to 01, then zeros.
 WIDE = [0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0]
 NARROW_EIGHT_BYTE = [0xAB, 0xCD, 0xEF, 0x0C, 7, 6, 5, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF]
 NARROW_LABELLED = [0xAB, 0xCD, 0xEF, 4, 3, 2, 3, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF]

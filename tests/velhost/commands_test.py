@@ -1,4 +1,4 @@
-"""The command line, the other commands, and the exit statuses of what cannot start."""
+"""The command line, the commands other than collect, and the exit statuses of commands that cannot start."""
 
 import json
 import pathlib
@@ -72,7 +72,7 @@ class Usage(VelhostCase):
                 ('--timeout needs SECONDS, not "-5"', "--timeout", "-5"),
                 ("-o needs FILE", "-vo")):
             self.refuses(message, "collect", *arguments, see="collect ")
-        # The first that is wrong.
+        # The first wrong value is reported.
         self.refuses('--timeout takes SECONDS from 0.001 to 1000000000, not "x"', "collect", "--timeout", "x", "--color", "y",
                      see="collect ")
         self.refuses("--format belongs to collect and check", "classes", "--format", "json", see="classes ")
@@ -134,7 +134,7 @@ class Usage(VelhostCase):
                          r"the shipped servers in /\S+/share/velhost/servers\n$")
         self.fails(66, "cannot open ./failing.toml: No such file or directory", "collect", "--sp", "sim:./failing.toml")
         self.fails(66, "cannot open absent.toml: no such file here", "simulate", "absent.toml")
-        # One that is here comes first, whatever it is.
+        # An existing file takes precedence over a shipped one, whatever it contains.
         self.write("failing.toml", 'machine_type = "here"\n')
         self.assertEqual(self.collect("--sp", "sim:failing.toml")["machine_type"], "here")
 
@@ -192,7 +192,7 @@ class Usage(VelhostCase):
         self.fails(73, "cannot create the folder a: Too many levels of symbolic links", "collect", "--capture-dir", "a")
 
     def test_a_class_that_would_take_too_much_memory(self):
-        """Nothing is sent for it: there is not even a recording."""
+        """Nothing is sent for such a class, and no recording is created."""
         server = self.write("server.toml", SERVER)
         too_many = self.schema({f"R{i}": (i, 8) for i in range(256)}, count=513)
         for arguments in ((), (BRIDGE,), ("--single-request",)):
@@ -228,10 +228,10 @@ class Usage(VelhostCase):
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertEqual(json.loads(done.stdout)["instances"], expected, arguments)
         self.assertEqual(self.run_velhost("check", "/dev/stdin", input="class A {").returncode, 65)
-        refused = self.run_velhost("simulate", "/dev/stdin", input=SERVER)  # ipmi_sim reads it again
+        refused = self.run_velhost("simulate", "/dev/stdin", input=SERVER)  # ipmi_sim must read it again
         self.assertEqual((refused.returncode, refused.stderr), (66, "velhost: cannot read /dev/stdin: not a file\n"))
         included = self.write("schema.mof", '#pragma include ("/dev/stdin")\n')
-        refused = self.run_velhost("check", included, input="class A {};")  # what a file names may not make it wait
+        refused = self.run_velhost("check", included, input="class A {};")  # an included file must not make it wait
         self.assertEqual(refused.returncode, 65)
         self.assertIn("cannot read /dev/stdin: not a file", refused.stdout)
 

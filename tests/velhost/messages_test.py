@@ -1,4 +1,4 @@
-"""What velhost says on standard error about a collection that is not what was asked for."""
+"""What velhost says on standard error if a collection is not what the user asked for."""
 
 import json
 import os
@@ -19,7 +19,7 @@ class Partial(VelhostCase):
         self.assertEqual(last, "velhost: partial: a request failed")
 
     def test_a_deadline_covers_the_reading_of_the_schema(self):
-        # Less than any schema takes: the deadline has passed when the first of its files is opened.
+        # No schema can be read in this time: the deadline has passed when the first file is opened.
         done = self.run_velhost("collect", "--timeout", "0.001", "-o", "out.json", BRIDGE, "KROSG_DCAPFile")
         self.assertEqual((done.returncode, done.stderr),
                          (3, "velhost: deadline reached while the schema was read; nothing was collected\n"))
@@ -38,7 +38,7 @@ class Partial(VelhostCase):
 
 
 class SessionThatIsNotOpened(VelhostCase):
-    """A BMC that is silent: a socket that nobody answers on."""
+    """A silent BMC: a socket that never answers."""
 
     def setUp(self):
         super().setUp()
@@ -76,7 +76,7 @@ class SessionThatIsNotOpened(VelhostCase):
         process = subprocess.Popen(self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                    env=self.environment())
         self.addCleanup(process.kill)
-        # Once it has asked its first question it waits for the answer; without LAN support it ends at once.
+        # After its first request it waits for a response; without LAN support it ends at once.
         self.wait_until(lambda: self.was_asked() or process.poll() is not None, "nothing was asked")
         process.terminate()
         output, errors = process.communicate(timeout=60)

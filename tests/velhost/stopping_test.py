@@ -1,4 +1,4 @@
-"""Deadlines, interruptions and the progress line, on a service processor that is slow."""
+"""Deadlines, interruptions and the progress line, with a slow service processor."""
 
 import json
 import os
@@ -18,7 +18,7 @@ timestamp = "00 00 00 01"
 on = "register"
 """
 EACH_REGISTER = "delay_ms = 50"
-# Quick enough to have something by any deadline below, and then too slow to have everything.
+# Fast enough to collect something before any deadline below, then too slow to collect everything.
 LATE_REGISTER = "nth = 50\ndelay_ms = 3600000"
 REASON = "velhost: partial: deadline reached"
 
@@ -34,7 +34,7 @@ class Stopping(VelhostCase):
         return self.run_beside([VELHOST, *self.arguments, *arguments], **options)
 
     def run_beside(self, words, **options):
-        """Starts a program that does not outlive the test, and that SIGHUP ends whatever the tests run under."""
+        """Starts a program that is killed with the test, with SIGHUP not ignored even if the tests run under nohup."""
         process = subprocess.Popen(words, cwd=self.folder, text=True, **options,
                                    preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_DFL))
         self.addCleanup(process.wait)
@@ -42,7 +42,7 @@ class Stopping(VelhostCase):
         return process
 
     def start_collecting(self, *arguments, **options):
-        """Starts it, and returns it once it has collected something."""
+        """Starts a collection and returns it when it has collected something."""
         (self.folder / "run.jsonl").unlink(missing_ok=True)
         process = self.start(*arguments, "--record", "run.jsonl", **options)
         self.wait_for_exchanges(process, "run.jsonl", 10)
@@ -57,8 +57,8 @@ class Stopping(VelhostCase):
         self.assertNotIn("Register99", instance["properties"])
 
     def test_deadline(self):
-        # The whole collection would take an hour. How soon it ends is not judged by a clock here: that it did
-        # not read on is.
+        # The whole collection would take an hour. The test does not measure how soon it ended, only that it did not
+        # read on.
         done = subprocess.run([VELHOST, *self.arguments, "--timeout", "2", BRIDGE], capture_output=True, text=True,
                               cwd=self.folder, timeout=60)
         self.assertEqual(done.returncode, 3)
@@ -101,7 +101,7 @@ class Stopping(VelhostCase):
               ("the recording", "--sp", "replay:PIPE"))
 
     def opened(self, *arguments):
-        """A velhost that has opened a pipe, PIPE in its arguments, at whose other end nobody writes."""
+        """Starts velhost with a pipe for PIPE; returns it and the writing end once it has opened the pipe."""
         pipe = str(self.folder / f"pipe{len(list(self.folder.iterdir()))}")
         os.mkfifo(pipe)
         process = self.run_beside([VELHOST, "collect", *(word.replace("PIPE", pipe) for word in arguments)],
@@ -129,15 +129,15 @@ class Stopping(VelhostCase):
             self.ends(process, "deadline reached", what)
 
     def test_a_signal_ends_the_reading_of_a_text(self):
-        # More than the pipe holds, so that what is written last was taken: from then on the text is being read.
+        # More than the pipe holds: when the write returns, velhost has started to read the text.
         process, writer = self.opened("--schema", "PIPE")
         os.write(writer, b"class A {};\n" * 20000)
         process.send_signal(signal.SIGTERM)
         self.ends(process, "interrupted", "the schema")
 
     def progress(self, *arguments):
-        """What appears on a terminal that standard error is connected to."""
-        self.write("slow.toml", SLOW + EACH_REGISTER)  # the line is drawn ten times in a second at most
+        """Returns what appears on a terminal that standard error is connected to."""
+        self.write("slow.toml", SLOW + EACH_REGISTER)  # slow: the line is redrawn at most ten times a second
         master, slave = pty.openpty()
         process = self.start("--timeout", "2", *arguments, BRIDGE, stdout=subprocess.DEVNULL, stderr=slave)
         os.close(slave)

@@ -1,4 +1,4 @@
-"""Standard output that is full, closed, or read by nobody: every command tells by its exit status."""
+"""Standard output that is full, closed or without a reader: the exit status of every command shows it."""
 
 import os
 import subprocess

@@ -1,4 +1,4 @@
-"""What a person at a terminal sees: the progress line beside the data, and messages."""
+"""What a user at a terminal sees: the progress line next to the data, and messages."""
 
 import fcntl
 import os
@@ -25,7 +25,7 @@ delay_ms = 10
 
 
 class Screen:
-    """The lines that a terminal shows, as far as carriage returns and newlines make them."""
+    """The lines that a terminal shows after carriage returns and newlines have been applied."""
 
     def __init__(self):
         self.lines = [""]
@@ -52,7 +52,7 @@ class Terminal(VelhostCase):
                           "sim:" + self.write("slow.toml", SERVER)]
 
     def on_terminal(self, command, columns=80):
-        """All that a command writes to a terminal of its own."""
+        """Returns everything that a command writes to a terminal of its own."""
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
         process = subprocess.Popen(command, cwd=self.folder, env=dict(os.environ, NO_COLOR="1"), stdin=slave,

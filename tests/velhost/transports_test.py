@@ -56,7 +56,7 @@ def is_free(port):
 class Transports(VelhostCase):
     @staticmethod
     def stop(process):
-        """Asks it to end, so that it leaves nothing behind; one that does not is killed."""
+        """Ends the process with SIGTERM, so that it cleans up; kills it if it does not end."""
         process.terminate()
         try:
             process.wait(timeout=30)
@@ -92,8 +92,8 @@ class Transports(VelhostCase):
         self.assertEqual(len(list(self.folder.glob("velhost-simulate-*"))), 1)
         process.kill()
         process.wait(timeout=60)
-        # Both come right afterwards, in an order that nobody promises: another process removes the folder,
-        # and the kernel ends ipmi_sim, which gives its port back.
+        # Both happen soon, in either order: another process removes the folder, and the kernel ends ipmi_sim, which
+        # releases its port.
         self.wait_until(lambda: not list(self.folder.glob("velhost-simulate-*")), "the private folder is still there")
         self.wait_until(lambda: is_free(port), "ipmi_sim still has its port")
 
@@ -113,7 +113,7 @@ class Transports(VelhostCase):
         self.assertEqual(simulated["instances"], replayed["instances"])
         for document in (simulated, over_network):
             for instance in document["instances"]:
-                instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the real one
+                instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the system's
         self.assertEqual(simulated["instances"], over_network["instances"])
 
     def test_another_client_reads_the_bytes_of_the_server_file(self):

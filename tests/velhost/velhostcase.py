@@ -1,4 +1,4 @@
-"""Runs velhost as a program, in a folder of its own, and writes small servers and schemas for it."""
+"""Runs velhost as a program in a temporary folder, and writes small servers and schemas for it."""
 
 import json
 import os
@@ -8,7 +8,7 @@ import tempfile
 import time
 import unittest
 
-# Absolute, as programs run in folders of their own.
+# Absolute, because programs run in temporary folders.
 VELHOST = os.path.abspath(os.environ["VELHOST"])
 SOURCE = pathlib.Path(os.path.abspath(os.environ["VELHOST_SOURCE"]))
 
@@ -38,7 +38,7 @@ class KROSG_DCAPFile {
 
 
 def read_terminal(master):
-    """All that is written to a terminal until its other end is closed; closes this one."""
+    """Returns everything that is written to a terminal until its other end is closed, then closes this end."""
     shown = b""
     try:
         while chunk := os.read(master, 4096):
@@ -61,7 +61,7 @@ class VelhostCase(unittest.TestCase):
         return str(path)
 
     def wait_until(self, holds, complaint):
-        """Waits for what comes soon, and fails where it does not come within a minute."""
+        """Waits for a condition that soon becomes true; fails if it does not within a minute."""
         for _ in range(1200):
             if holds():
                 return
@@ -69,7 +69,7 @@ class VelhostCase(unittest.TestCase):
         self.fail(complaint)
 
     def wait_for_exchanges(self, process, recording, count):
-        """Waits until a velhost that runs has written so many exchanges to its recording."""
+        """Waits until a running velhost has recorded at least `count` exchanges."""
         path = self.folder / recording
         self.wait_until(lambda: process.poll() is not None or
                         path.exists() and len(path.read_bytes().splitlines()) > count,
@@ -77,7 +77,7 @@ class VelhostCase(unittest.TestCase):
         self.assertIsNone(process.poll(), "velhost has ended already")
 
     def schema(self, registers, count=1):
-        """A schema with one R8 class; `registers` are pairs of a name and (Offset, MaxLen)."""
+        """Writes a schema with one R8 class; `registers` maps names to (Offset, MaxLen). Returns its path."""
         lines = [f"[Offset({offset}), MaxLen({length})] uint8 {name}[];" for name, (offset, length) in registers.items()]
         text = SCHEMA.replace("@COUNT@", str(count)).replace("@REGISTERS@", "\n  ".join(lines))
         return self.write("schema.mof", text)
@@ -88,7 +88,7 @@ class VelhostCase(unittest.TestCase):
                               env=variables, **options)
 
     def collect(self, *arguments, status=0):
-        """The JSON document of a collection that ends with the status."""
+        """Runs a collection that must end with `status`, and returns its JSON document."""
         done = self.run_velhost("collect", "--format", "json", *arguments)
         self.assertEqual(done.returncode, status, done.stderr)
         return json.loads(done.stdout)
