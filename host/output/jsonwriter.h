@@ -44,7 +44,7 @@ class TJsonText {
   std::string scratch_;
 };
 
-/// Writes one object incrementally: the instances precede the status, because that is known last.
+/// Writes one object incrementally: the instances precede the status, which is only known at the end.
 class TJsonWriter : public IInstanceWriter {
  public:
   explicit TJsonWriter(ITextSink& sink) : json_(sink) {}

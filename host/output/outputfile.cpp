@@ -57,7 +57,7 @@ void SyncFolder(int folder) {
 std::string LinkOf(int descriptor) { return fmt::format("/proc/self/fd/{}", descriptor); }
 
 // The permissions of a file that replaces another. If the owner or the group could not be kept, the former owner or
-// group members are now "others" and must not get more access than they had.
+// group members may now be among the others and must not gain access, so others keep only what everybody had.
 mode_t ModeInPlaceOf(const struct stat& old, const struct stat& now) {
   const mode_t owner = old.st_mode >> 6 & 7;
   const mode_t group = old.st_mode >> 3 & 7;

@@ -1,7 +1,7 @@
 // Builds the classes of a namespace from class declarations: superclasses first, whatever their order in the text.
 //
-// A class whose superclass is missing, circular or too deep is checked as far as possible and left out, and so are
-// the classes below it; only the first of them is reported.
+// A class whose superclass is missing, part of a circle or too deep is checked as far as possible and left out, and so
+// are the classes below it; only the first of them is reported.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -78,7 +78,7 @@ class TClassBuilder {
   void FindSuperClasses();
   TEntry* Find(std::string_view name);
   std::vector<TEntry*> OpenChain(TEntry& entry);
-  /// Reports a circle once, at the class where the walk came round again.
+  /// Reports a circle once, at the class that closes it.
   void ReportCircle(const std::vector<TEntry*>& chain, const TEntry& again);
   void BuildOne(TEntry& entry, TNamespace& cimNamespace);
   bool MayDerive(TEntry& entry, const TEntry* superEntry);

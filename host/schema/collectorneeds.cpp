@@ -264,7 +264,7 @@ void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& propert
 }
 
 // A property that is declared where registers are and has a register's qualifiers, but is not a register because its
-// name was first declared in a class further up.
+// name was first declared in an ancestor class.
 void TNeeds::CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path) {
   const TPropertyDefinition& definition = property.Definition();
   const bool isNear = property.DeclaringClass() == cimClass.Name() ||

@@ -57,7 +57,7 @@ void TInstanceBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitia
 
 TInstanceBuilder::TEmbedded TInstanceBuilder::EmbeddedOf(const TQualifier& ofClass) const {
   const std::string name = ofClass.GetValue().ToString(10);
-  // An empty name means any object, as it always has.
+  // An empty name has always meant any object.
   if (name.empty()) return {true, {}, "an instance or a class"};
   const bool shown = !log_.Hides(ofClass.Location().file) && name.size() <= limits_.nameSize;
   return {false, namespace_.FindClass(name),

@@ -1,7 +1,6 @@
 // MOF text inside a string: an embedded instance or class.
 //
-// Errors in it are reported at the place in the file where the bytes are, which takes account of escapes and of
-// strings that consist of several literals.
+// Errors in it are reported at the place of the bytes in the file, allowing for escapes and adjacent literals.
 #pragma once
 
 #include <cstdint>

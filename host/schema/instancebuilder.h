@@ -50,8 +50,8 @@ class TInstanceBuilder {
   void CheckEmbedded(const TSchemaUnit& unit, const Mof::TInitializer& value, const TPropertyDecl& property);
   /// What the strings of a property must hold.
   struct TEmbedded {
-    bool isAny;                             // the class of the instances; null if it is not declared
-    boost::shared_ptr<TCIMClass> cimClass;  // in words
+    bool isAny;                             // any object, not only instances of one class
+    boost::shared_ptr<TCIMClass> cimClass;  // the class of the instances; null if it is not declared
     std::string expected;                   // in words
   };
   TEmbedded EmbeddedOf(const TQualifier& ofClass) const;

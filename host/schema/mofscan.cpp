@@ -189,8 +189,7 @@ int TScan::Close(int token) {
 }
 
 int TScan::End(TSpan& span) const {
-  const bool carriageReturn =
-      source_.Text().ends_with('\r');  // that of the last line end, whose newline is not part of the text
+  const bool carriageReturn = source_.Text().ends_with('\r');  // its newline is not part of the text
   span.begin = span.end = static_cast<std::uint32_t>(Size() - (carriageReturn ? 1U : 0U));
   return TToken::END;
 }

@@ -26,7 +26,7 @@ struct TValueSlot {
 /// "uint8", "array of uint8"
 std::string NameOf(const TValueSlot& slot);
 
-/// Whether a qualifier's value is true, also if it is the text "true".
+/// Whether a qualifier's value is true; so is the text "true".
 bool IsTrue(const TCIMValue& value);
 
 /// A null value of the slot's type.

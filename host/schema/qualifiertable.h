@@ -57,7 +57,7 @@ class TQualifierTable {
                 std::uint32_t scope);
   bool ReadValue(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared, bool keep,
                  TQualifierDefinition& definition);
-  /// Whether the use keeps the value of an inherited qualifier that must not be overridden, or there is none.
+  /// Returns false and reports an error if the use changes an inherited value that must not be overridden.
   bool MayOverride(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,
                    const TQualifierDefinition& definition, const TQualifierSet* inherited);
 

@@ -1,4 +1,4 @@
-// "velhost check": the defects of a schema, as text or as JSON.
+// "velhost check": the errors and warnings in a schema, as text or as JSON.
 #pragma once
 
 #include <cstddef>

@@ -19,11 +19,10 @@ struct TSchemaLimits {
   std::size_t nameSize = 1024;         ///< bytes of a name or alias
   std::size_t nesting = 32;            ///< brackets within brackets
   std::size_t classes = 20000;
-  std::size_t inheritanceDepth = 64;      ///< classes from the root class down
-  std::size_t qualifiersPerElement = 64;  ///< those of a class, property, method or parameter itself
-  std::size_t propertiesPerClass = 4096;  ///< including inherited ones
-  std::size_t modelEntries =
-      4U << 20U;  ///< properties and qualifiers of all classes, counting inherited ones in each class
+  std::size_t inheritanceDepth = 64;       ///< classes from the root class down
+  std::size_t qualifiersPerElement = 64;   ///< those of a class, property, method or parameter itself
+  std::size_t propertiesPerClass = 4096;   ///< including inherited ones
+  std::size_t modelEntries = 4U << 20U;    ///< properties and qualifiers of all classes, inherited ones in each
   std::size_t instanceValues = 1U << 20U;  ///< properties of all instances, set or not
   std::size_t memory = 192U << 20U;        ///< bytes for what all texts declare, by the estimates below
   std::size_t diagnostics = 100;           ///< errors shown, and the same number of warnings; the others are counted

@@ -116,7 +116,7 @@ class TSchemaLog {
   /// The remaining steps of all searches for a nearest name together; see NearestName.
   std::size_t& NameSearchSteps() { return nameSearchSteps_; }
 
-  /// The diagnostics in order of file and place. Those that were only counted are summed up at the end: "and N more
+  /// The diagnostics in order of file and place. Those only counted are summarised at the end: "and N more
   /// errors".
   std::vector<TTextDiagnostic> Finish(const TSchemaSources& sources) const;
 

@@ -1,4 +1,4 @@
-// velhost check: reports the defects of a schema.
+// velhost check: reports the errors and warnings in a schema.
 #include "host/base/textsink.h"
 
 #include <string>
@@ -25,7 +25,7 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
     WriteFindingsAsText(findings, text);
   }
   WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
-  // A warning counts too: only a schema without findings is complete.
+  // Warnings count too: a schema passes only if it has no findings.
   return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
 }
 

@@ -31,11 +31,10 @@ std::vector<std::string> VerbNames() {
 
 // An option as given on the command line.
 struct TGivenOption {
-  std::string name = {};  // as written, without "=VALUE"
-  const TOption* option =
-      nullptr;             // the first entry with that name; after ResolveOptions the command's own; null if unknown
-  std::string value = {};  // from "--name=VALUE" or the next word
-  bool hasValue = false;   // also for an empty value; false for a negative number
+  std::string name = {};            // as written, without "=VALUE"
+  const TOption* option = nullptr;  // null if unknown; after ResolveOptions, the command's own entry
+  std::string value = {};           // from "--name=VALUE" or the next word
+  bool hasValue = false;            // also for an empty value; false for a negative number
   bool isValueAttached = false;
   bool isBeforeVerb = false;
 

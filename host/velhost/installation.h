@@ -16,8 +16,8 @@ class TInstallation {
   std::string Plugin() const;
   std::string SchemaFolder() const;
   std::string ServerFolder() const;
-  /// The path of a server file that the user named. A name without a folder that does not exist here means a shipped
-  /// server file. Throws THostError (kAbsent) that names both places if it is in neither.
+  /// The path of a server file that the user named. A plain file name that does not exist in the current folder refers
+  /// to a shipped server file. Throws THostError (kAbsent) that names both places if it is in neither.
   std::string FindServer(const std::string& name) const;
   std::string ModuleFolder() const;
 

@@ -10,7 +10,7 @@
 
 namespace velhost {
 
-/// Writes "velhost: " and the text on a line of its own. Further lines of the text are written as continuation.
+/// Writes "velhost: " and the text on a line of its own. Further lines of the text are written as continuation lines.
 /// Anything that could disturb a terminal is escaped (SafeLines). Failed writes are ignored: there is nowhere left to
 /// report them.
 void Say(std::string_view text);
@@ -26,7 +26,7 @@ void SayDiagnostics(const std::vector<TTextDiagnostic>& diagnostics);
 void WriteToStandardError(std::string_view text);
 
 /// While it lives, `before` is called before any of the functions above writes, so that a progress line can be
-/// removed. Only one at a time.
+/// removed. Only one may exist at a time.
 class TMessageHook {
  public:
   explicit TMessageHook(std::function<void()> before);

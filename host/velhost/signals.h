@@ -7,7 +7,7 @@ namespace velhost {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP each request the stop once and then have their default effect again. An
 /// ignored SIGHUP stays ignored. After a Ctrl-C that a terminal has echoed, a newline is written to standard error.
-/// Only one at a time.
+/// Only one may exist at a time.
 class TSignalGuard {
  public:
   explicit TSignalGuard(TStopSignal& stop);

@@ -8,9 +8,9 @@
 
 namespace velhost {
 
-/// Call this first. Opens /dev/null in the place of a closed standard stream, whose number a file opened later would
-/// otherwise get, and be read or written as that stream. Makes writes to a closed pipe or beyond the file size limit
-/// fail with an error instead of ending the process.
+/// Call this first. Replaces each closed standard stream with /dev/null; otherwise a file opened later would get its
+/// number, and be read or written as that stream. Makes writes to a closed pipe or beyond the file size limit fail with
+/// an error instead of ending the process.
 void PrepareStandardStreams();
 
 /// Writes all of it. Throws TClosedPipe, or THostError (kNotWritten) if standard output is closed or full.

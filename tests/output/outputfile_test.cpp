@@ -151,8 +151,8 @@ TEST_F(OutputFile, KeepsNoSpecialBits) {
   EXPECT_EQ(ModeOf("out"), 0755U);
 }
 
-// 04626 becomes 0622: owner and group lose what others did not have, because the former owner is now one of the
-// others.
+// Whoever was the owner or in the group may now be one of the others, so those keep only what everybody had: 0626
+// becomes 0622, and 0646 becomes 0644.
 TEST_F(OutputFile, GrantsOthersNothingNewIfTheOwnerIsLost) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can be another owner";
   ASSERT_EQ(::chmod(folder_.Write("owner", "old").c_str(), 04626), 0);

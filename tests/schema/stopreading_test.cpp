@@ -8,7 +8,7 @@
 namespace tests {
 namespace {
 
-TEST(StopReading, StopsBetweenTokensClassesAndInstances) {
+TEST(StopReading, EndsASchemaBetweenTokensClassesAndInstances) {
   tests::TStoppingReader reader;
   std::string text;
   // 2 classes of 605 tokens: 1 check between tokens, then 2 for the classes and 2 for the declarations.

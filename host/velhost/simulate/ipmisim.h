@@ -26,8 +26,8 @@ struct TIpmiSimSettings {
 /// cannot express: one that has quotes, backslashes or control characters, or is too long.
 std::string IpmiSimConfiguration(const TIpmiSimSettings& settings);
 
-/// A folder that is removed with its content on destruction. If this process is killed, a child that waits for just
-/// that removes it.
+/// A folder that is removed with its content on destruction. If this process is killed, a child process that waits
+/// for this removes it.
 class TPrivateFolder {
  public:
   /// Created in TMPDIR, else in /tmp, for this user only. Throws THostError (kNotCreated).
