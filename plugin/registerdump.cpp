@@ -1,5 +1,6 @@
 #include "plugin/registerdump.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -48,9 +49,10 @@ std::string dumpBytes(const unsigned char* data, unsigned long last) {
   const std::size_t lines = (count + kBytesPerLine - 1) / kBytesPerLine;
   std::string text(lines + count * kWidest + 1, '\0');
   char* out = text.data();
-  for (std::size_t i = 0; i < count; ++i) {
-    if (i % kBytesPerLine == 0) *out++ = '\n';
-    out = putDecimal(out, data[i]);
+  for (std::size_t line = 0; line < count; line += kBytesPerLine) {
+    *out++ = '\n';
+    const std::size_t end = std::min(line + kBytesPerLine, count);
+    for (std::size_t i = line; i < end; ++i) out = putDecimal(out, data[i]);
   }
   *out++ = '\n';
   text.resize(static_cast<std::size_t>(out - text.data()));
