@@ -5,9 +5,11 @@
 // can still be read.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/schema/mofsyntax.h"

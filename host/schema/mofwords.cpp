@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 
 #include "host/base/text.h"
 #include "host/schema/namehint.h"

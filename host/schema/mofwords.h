@@ -1,7 +1,6 @@
 // The words of the MOF grammar: the tokens they stand for, and their names in "expected" messages.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
