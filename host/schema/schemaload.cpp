@@ -85,6 +85,7 @@ class TLoader {
   void Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
   void Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
   void Refuse(const std::string& path, const TIncluder* includer, const std::string& message, EFailure failure);
+  TSchemaPlace PlaceOf(const std::string& path, const TIncluder* includer);
   std::uint32_t AddSource(const std::string& path, std::string text);
 
   ISourceReader& reader_;
@@ -102,9 +103,13 @@ std::uint32_t TLoader::AddSource(const std::string& path, std::string text) {
   return static_cast<std::uint32_t>(schema_.sources->size() - 1);
 }
 
-// Reports an error at the pragma, or for the whole file if it was not included.
+// Where to report what is wrong with a file: at the pragma, or for the whole file if it was not included.
+TSchemaPlace TLoader::PlaceOf(const std::string& path, const TIncluder* includer) {
+  return includer ? includer->place : TSchemaPlace{AddSource(path, {}), kWholeFile};
+}
+
 void TLoader::Refuse(const std::string& path, const TIncluder* includer, const std::string& message, EFailure failure) {
-  log_.ReadError(includer ? includer->place : TSchemaPlace{AddSource(path, {}), kWholeFile}, message, failure);
+  log_.ReadError(PlaceOf(path, includer), message, failure);
 }
 
 bool TLoader::IsNew(const std::string& key, const std::string& path, const TIncluder* includer) {
@@ -150,8 +155,7 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   const std::string key = fs::path(path).lexically_normal().string();
   if (!IsNew(key, path, includer)) return;
   if (states_.size() == limits_.files) {
-    Refuse(path, includer, "the schema has more than " + std::to_string(limits_.files) + " files",
-           EFailure::kMalformed);
+    log_.Error(PlaceOf(path, includer), "the schema has more than " + std::to_string(limits_.files) + " files");
   }
   if (states_.size() >= limits_.files) return;
   states_[key] = EState::kOpen;

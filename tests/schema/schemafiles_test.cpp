@@ -80,6 +80,28 @@ TEST(SchemaInclude, MissingFileIsAnErrorOfTheIncludingOne) {
   EXPECT_EQ(ClassNames(result), "A ");
 }
 
+TEST(SchemaInclude, FirstUnreadableFileDecidesTheFailureIfNothingElseIsWrong) {
+  TSchemaText schema;
+  schema.limits.fileSize = 60;
+  schema.File("absent.mof", "#pragma include(\"no.mof\")\n#pragma include(\"big.mof\")\n")
+      .File("large.mof", "#pragma include(\"big.mof\")\n#pragma include(\"no.mof\")\n")
+      .File("big.mof", std::string(61, ' '));
+  EXPECT_EQ(schema.Read({"absent.mof"}).failure, EFailure::kAbsent);
+  EXPECT_EQ(schema.Read({"large.mof"}).failure, EFailure::kTooLarge);
+}
+
+TEST(SchemaInclude, AnyOtherErrorMakesTheSchemaMalformed) {
+  TSchemaText schema;
+  schema.File("after.mof", "#pragma include(\"no.mof\")\nclass A : X {};")
+      .File("before.mof", "class ;\n#pragma include(\"no.mof\")\n")
+      .File("many.mof", "#pragma include(\"no.mof\")\n#pragma include(\"a.mof\")\n")
+      .File("a.mof", "class A {};");
+  EXPECT_EQ(schema.Read({"after.mof"}).failure, EFailure::kMalformed);
+  EXPECT_EQ(schema.Read({"before.mof"}).failure, EFailure::kMalformed);
+  schema.limits.files = 2;
+  EXPECT_EQ(schema.Read({"many.mof"}).failure, EFailure::kMalformed) << "too many files is not a failed read";
+}
+
 TEST(SchemaInclude, Circle) {
   TSchemaText schema;
   schema.File("a.mof", "#pragma include(\"b.mof\")\nclass A {};")
