@@ -80,7 +80,7 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::sha
                     const std::string& machineType, bool singleRequest, int serviceProcessors) {
   using namespace CollectorProfile;
   const auto refuse = [](const std::string& subject, const std::string& problem) {
-    if (!problem.empty()) throw THostError(EFailure::kMalformed, subject + problem);
+    if (!problem.empty()) throw THostError(EFailure::kTooLarge, subject + problem);
   };
   refuse("", MachineTypesProblemOf(cimNamespace));
   std::map<const TCIMClass*, EPath> paths;

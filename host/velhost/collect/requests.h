@@ -28,7 +28,7 @@ std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
                                        const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                                        const std::string& machineType);
 
-/// Throws THostError (kMalformed) if a request would take more memory than is allowed; see collectionsize.h. With
+/// Throws THostError (kTooLarge) if a request would take more memory than is allowed; see collectionsize.h. With
 /// `singleRequest`, all classes are one request.
 void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                     const std::string& machineType, bool singleRequest, int serviceProcessors);
