@@ -39,7 +39,7 @@ class Planted(unittest.TestCase):
             ("host/bmc/sim/serverfile.cpp", '"host/bmc/lan/lanspec.h"', "host/bmc/sim may not include host/bmc/lan"),
             ("host/output/writers.cpp", '"host/velhost/exitstatus.h"', "host/output may not include host/velhost"),
             ("host/velhost/main.cpp", '"r8/r8errordata.h"', "host/velhost may not include r8"),
-            ("bmcsim/bmcsim.cpp", '"host/velhost/simulate.h"', "bmcsim may not include host/velhost"),
+            ("bmcsim/bmcsim.cpp", '"host/velhost/messages.h"', "bmcsim may not include host/velhost"),
         ]:
             with self.subTest(file=file):
                 before = (self.root / file).read_text(encoding="utf-8")

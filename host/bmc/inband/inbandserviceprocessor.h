@@ -17,7 +17,7 @@ namespace velhost {
 /// How long an answer may take. The driver gives up on a BMC's system interface after about the same time.
 inline constexpr std::chrono::milliseconds kInbandAnswerTime{5000};
 
-/// One node per opened device, in order. There are no dot commands. Nothing is retried.
+/// One node per opened device, in order. Dot commands are not supported. Nothing is retried.
 ///
 /// An answer is lost if the driver refuses the request, if none comes within kInbandAnswerTime, or if the run is
 /// stopped meanwhile. The answer to a lost request may still arrive during a later exchange; it is recognised by its
