@@ -12,7 +12,7 @@ import sys
 BASE, SDK, WIRE, MODEL, PROFILE = "host/base", "host/sdk", "wire", "host/model", "host/profile"
 COLLECTOR = ("plugin", "r8", "jfr", "ffdc")
 BMC = ("host/bmc/sim", "host/bmc/record", "host/bmc/inband", "host/bmc/lan")
-HOST = (BASE, MODEL, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/output")
+HOST = (BASE, MODEL, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result", "host/output")
 
 MAY_INCLUDE = {
     WIRE: (),
@@ -26,7 +26,8 @@ MAY_INCLUDE = {
     "host/bmc": (BASE, SDK, WIRE, MODEL),
     "host/bmc/smbios": (BASE,),
     **{folder: (BASE, SDK, WIRE, MODEL, "host/bmc") for folder in BMC},
-    "host/output": (BASE, SDK, WIRE, MODEL, PROFILE, "host/bmc"),
+    "host/result": (BASE, SDK, WIRE, MODEL, PROFILE, "host/bmc"),
+    "host/output": (BASE, SDK, WIRE, MODEL, PROFILE, "host/bmc", "host/result"),
     "host/template": (SDK,),
     "host/velhost": (SDK, WIRE, *HOST),
     "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/sim"),

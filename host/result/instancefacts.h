@@ -1,0 +1,80 @@
+// What the host knows about a committed instance beside the collector's bytes: its place, what is missing from it, and
+// its registers' values as the service processor sent them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/profile/collectorprofile.h"
+
+namespace velhost {
+
+/// How a read ended that delivered nothing usable.
+enum class EHow {
+  kCompletionCode,
+  kLost,
+  kShort,        ///< fewer bytes came than the value takes
+  kNotSent,      ///< the run was stopped
+  kNotRecorded,  ///< the recording does not have it
+  kAnswered      ///< several addresses: not exactly one of them answered
+};
+struct THow {
+  EHow how = EHow::kLost;
+  std::uint32_t number = 0;  ///< the completion code, the bytes that came, or the addresses that answered
+  bool operator==(const THow&) const = default;
+};
+
+/// What was to be read. At most one member is set.
+struct TWhere {
+  std::optional<std::uint32_t> address;
+  std::optional<std::vector<std::uint32_t>> addresses;  ///< an R8 register that has not exactly one
+  std::optional<std::uint16_t> index;
+  std::optional<std::uint64_t> offset;  ///< of the first byte of a capture file that did not come
+};
+
+struct TMissing {
+  std::string property;
+  TWhere where;
+  THow how;
+};
+
+/// A register whose bytes came and whose property is set.
+struct TRegisterFacts {
+  std::size_t property = 0;  ///< index into TCIMClass::Properties()
+  bool isIndex = false;      ///< `place` is the qualifier "Index", not an address
+  std::uint32_t place = 0;
+  bool isNarrow = false;  ///< 32 bits wide, otherwise 64
+  std::uint64_t value = 0;
+  std::optional<std::uint32_t> upper;                         ///< narrow: V7..V4 unless zero
+  std::optional<std::uint32_t> folded;                        ///< narrow: the collector's bytes if they differ
+  std::optional<std::array<std::uint8_t, 3>> identification;  ///< JFR
+};
+
+struct TOrigin {
+  CollectorProfile::EPath path = CollectorProfile::EPath::kNone;
+  int owner = 0;                ///< BMC node; service processor on the JFR path
+  std::optional<int> chip;      ///< R8
+  std::optional<int> instance;  ///< R8, JFR
+  std::string timeRaw;          ///< R8: "69 7d e8 2d"; empty if the second timestamp read did not answer
+};
+
+struct TFileFacts {
+  std::string area;
+  std::int32_t reportedSize = 0;
+  std::uint64_t received = 0;
+};
+
+struct TInstanceFacts {
+  std::string key;
+  std::optional<TOrigin> origin;                         ///< empty if the place is unknown
+  std::optional<TFileFacts> file;                        ///< capture files
+  std::vector<TMissing> missing;                         ///< in property order, the time last
+  std::optional<std::vector<TRegisterFacts>> registers;  ///< R8 and JFR instances whose place is known
+  bool isCut = false;                                    ///< a read of the capture file failed
+};
+
+}  // namespace velhost
