@@ -91,6 +91,13 @@ struct TDotAnswer {
   int Length() const { return claimedLength.value_or(static_cast<int>(data.size())); }
 };
 
+/// Why an exchange has no answer.
+enum class ENoAnswer {
+  kLost,        ///< none came, or there is no such node or no driver
+  kNotSent,     ///< the run was stopped before
+  kNotRecorded  ///< a replay's recording does not contain the exchange, or is cut before it
+};
+
 /// What an exchange is for. The names match the server file's `on` and the failure list.
 enum class EExchangeKind { kRegister, kTimestamp, kOpen, kSize, kRead, kClose, kDot, kOther };
 
