@@ -8,4 +8,6 @@ std::optional<TDotAnswer> IServiceProcessor::SendDot(const TDotRequest& /*reques
   return std::nullopt;
 }
 
+ENoAnswer IServiceProcessor::WhyNoAnswer() const { return ENoAnswer::kLost; }
+
 }  // namespace velhost

@@ -30,6 +30,9 @@ class VELHOST_API IServiceProcessor {
 
   /// One dot command. Empty if there is no answer; this default never has one.
   virtual std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop);
+
+  /// Why the latest exchange has no answer; without meaning if it has one. This default always says that it was lost.
+  virtual ENoAnswer WhyNoAnswer() const;
 };
 
 /// Passes everything on to another service processor. A decorator overrides what it changes.
@@ -45,6 +48,7 @@ class VELHOST_API TForwardingServiceProcessor : public IServiceProcessor {
   std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override {
     return inner_.SendDot(request, stop);
   }
+  ENoAnswer WhyNoAnswer() const override { return inner_.WhyNoAnswer(); }
 
  private:
   IServiceProcessor& inner_;

@@ -31,6 +31,7 @@ bool TSizeLimit::Accept(const TIpmiRequest& request, std::int64_t size) {
   }
   refusals_.push_back("node " + std::to_string(request.Node()) + ", storage area " + AreaInSizeRequest(request) +
                       " reports " + std::to_string(size) + " bytes, " + limit + ": not read");
+  if (onRefusal_) onRefusal_(refusals_.back());
   return false;
 }
 

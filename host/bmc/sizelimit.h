@@ -3,8 +3,10 @@
 #include "host/base/api.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/bmc/iserviceprocessor.h"
@@ -25,6 +27,8 @@ class VELHOST_API TSizeLimit : public TForwardingServiceProcessor {
 
   /// Starts a new request: the sizes accepted so far no longer count.
   void BeginRequest() { accepted_ = 0; }
+  /// Called with the sentence about a refused area, before the collector learns that its query has no answer.
+  void SetRefusalCallback(std::function<void(const std::string&)> callback) { onRefusal_ = std::move(callback); }
   /// What was refused since the last call, one sentence per area: "node 0, storage area cpu_err reports 2147483647
   /// bytes, over the limit of 32 MiB: not read".
   std::vector<std::string> TakeRefusals();
@@ -36,6 +40,7 @@ class VELHOST_API TSizeLimit : public TForwardingServiceProcessor {
 
   std::int64_t accepted_ = 0;
   std::vector<std::string> refusals_;
+  std::function<void(const std::string&)> onRefusal_;
 };
 
 }  // namespace velhost

@@ -16,22 +16,27 @@ IExchangeObserver::~IExchangeObserver() = default;
 
 std::optional<TIpmiAnswer> TSupervisedServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
   const auto start = TClock::now();
-  const bool attempted = !stop.IsStopped();
+  attempted_ = !stop.IsStopped();
   std::optional<TIpmiAnswer> answer;
-  if (attempted) answer = TForwardingServiceProcessor::SendIpmi(request, stop);
-  const TIpmiExchange exchange = {request, attempted, answer ? &*answer : nullptr, Since(start)};
+  if (attempted_) answer = TForwardingServiceProcessor::SendIpmi(request, stop);
+  const TIpmiExchange exchange = {request, attempted_, answer ? &*answer : nullptr, Since(start), WhyNoAnswer()};
   for (IExchangeObserver* observer : observers_) observer->OnIpmi(exchange);
   return answer;
 }
 
 std::optional<TDotAnswer> TSupervisedServiceProcessor::SendDot(const TDotRequest& request, const TStopSignal& stop) {
   const auto start = TClock::now();
-  const bool attempted = !stop.IsStopped();
+  attempted_ = !stop.IsStopped();
   std::optional<TDotAnswer> answer;
-  if (attempted) answer = TForwardingServiceProcessor::SendDot(request, stop);
-  const TDotExchange exchange = {request, attempted, answer && !answer->failed ? &*answer : nullptr, Since(start)};
+  if (attempted_) answer = TForwardingServiceProcessor::SendDot(request, stop);
+  const TDotExchange exchange = {request, attempted_, answer && !answer->failed ? &*answer : nullptr, Since(start),
+                                 WhyNoAnswer()};
   for (IExchangeObserver* observer : observers_) observer->OnDot(exchange);
   return answer;
+}
+
+ENoAnswer TSupervisedServiceProcessor::WhyNoAnswer() const {
+  return attempted_ ? TForwardingServiceProcessor::WhyNoAnswer() : ENoAnswer::kNotSent;
 }
 
 }  // namespace velhost

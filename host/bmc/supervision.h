@@ -16,6 +16,7 @@ struct TIpmiExchange {
   bool attempted;             ///< false: refused because the run was stopped already
   const TIpmiAnswer* answer;  ///< null when there was none
   std::chrono::microseconds duration;
+  ENoAnswer noAnswer = ENoAnswer::kLost;  ///< why there was none; without meaning if there was one
 };
 
 struct TDotExchange {
@@ -23,6 +24,7 @@ struct TDotExchange {
   bool attempted;            ///< false: refused because the run was stopped already
   const TDotAnswer* answer;  ///< null when there was none
   std::chrono::microseconds duration;
+  ENoAnswer noAnswer = ENoAnswer::kLost;  ///< why there was none; without meaning if there was one
 };
 
 /// Called after each exchange, in order, on the thread that made it.
@@ -42,8 +44,11 @@ class VELHOST_API TSupervisedServiceProcessor : public TForwardingServiceProcess
 
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
   std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
+  /// kNotSent for an exchange that was refused because the run was stopped.
+  ENoAnswer WhyNoAnswer() const override;
 
  private:
+  bool attempted_ = true;  ///< whether the latest exchange was passed on
   std::vector<IExchangeObserver*> observers_;
 };
 

@@ -27,9 +27,14 @@ class SizeLimit : public testing::Test, private IExchangeObserver {
   TIpmiOutcome Ask(int area) { return Send(*limit_, 0, QuerySize("a" + std::to_string(area))); }
   TSizeLimit& Limit() { return *limit_; }
   int Answered() const { return answered_; }
+  /// The order of events: what the observers saw, what was refused, and what the collector saw.
+  std::string log;
 
  private:
-  void OnIpmi(const TIpmiExchange& exchange) override { answered_ += exchange.answer != nullptr ? 1 : 0; }
+  void OnIpmi(const TIpmiExchange& exchange) override {
+    answered_ += exchange.answer != nullptr ? 1 : 0;
+    log += "observed; ";
+  }
   void OnDot(const TDotExchange& /*exchange*/) override {}
 
   std::unique_ptr<TSimulatedServer> server_;
@@ -57,6 +62,17 @@ TEST_F(SizeLimit, HidesLargerSizesFromTheCollectorAlone) {
                 "node 0, storage area a0 reports 33554433 bytes, over the limit of 32 MiB: not read",
                 "node 0, storage area a1 reports 2147483647 bytes, over the limit of 32 MiB: not read"}));
   EXPECT_TRUE(Limit().TakeRefusals().empty());
+}
+
+TEST_F(SizeLimit, TellsOfARefusalBeforeTheAnswerIsHidden) {
+  With({"33554433", "0"});
+  Limit().SetRefusalCallback([this](const std::string& sentence) { log += sentence + "; "; });
+  log += Ask(0).answered ? "answered" : "hidden";
+  EXPECT_EQ(log,
+            "observed; node 0, storage area a0 reports 33554433 bytes, over the limit of 32 MiB: not read; hidden");
+  log.clear();
+  log += Ask(1).answered ? "answered" : "hidden";
+  EXPECT_EQ(log, "observed; answered");
 }
 
 TEST_F(SizeLimit, CountsTheAreasOfARequestTogether) {

@@ -219,17 +219,27 @@ TEST_F(Library, ReturnsWhatAFailedDotCommandDelivered) {
 
 class TNotes : public IExchangeObserver {
  public:
+  static std::string EndOf(ENoAnswer why) {
+    switch (why) {
+      case ENoAnswer::kNotSent: return " not sent";
+      case ENoAnswer::kNotRecorded: return " not recorded";
+      default: return " lost";
+    }
+  }
   void OnIpmi(const TIpmiExchange& exchange) override {
     text += "ipmi " + std::to_string(exchange.request.Node()) + " " + std::to_string(exchange.request.Command());
     if (exchange.answer != nullptr) {
       text += " code " + std::to_string(exchange.answer->completionCode) + " length " +
               std::to_string(exchange.answer->Length());
+    } else {
+      text += EndOf(exchange.noAnswer);
     }
     text += exchange.attempted ? "\n" : " refused\n";
   }
   void OnDot(const TDotExchange& exchange) override {
     text += "dot " + std::to_string(exchange.request.serviceProcessor);
-    if (exchange.answer != nullptr) text += " length " + std::to_string(exchange.answer->Length());
+    text +=
+        exchange.answer != nullptr ? " length " + std::to_string(exchange.answer->Length()) : EndOf(exchange.noAnswer);
     text += exchange.attempted ? "\n" : " refused\n";
   }
   std::string text;
@@ -245,9 +255,9 @@ TEST_F(Library, TellsObserversOfEachExchange) {
   SendDot(supervised, 1, BlockCommand(4096), 6);
   EXPECT_EQ(notes.text,
             "ipmi 1 111 code 0 length 13\n"
-            "ipmi 2 111\n"
+            "ipmi 2 111 lost\n"
             "dot 0 length 4\n"
-            "dot 1\n");
+            "dot 1 lost\n");
 }
 
 TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
@@ -260,7 +270,24 @@ TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
   ExpectNoAnswer(Send(supervised, 0, ReadTimestamp(), stop));
   ExpectNoAnswer(SendDot(supervised, 0, BlockCommand(4096), 6, stop));
   EXPECT_EQ(deaf.reached, 0);
-  EXPECT_EQ(notes.text, "ipmi 0 111 refused\ndot 0 refused\n");
+  EXPECT_EQ(notes.text, "ipmi 0 111 not sent refused\ndot 0 not sent refused\n");
+  EXPECT_EQ(supervised.WhyNoAnswer(), ENoAnswer::kNotSent);
+}
+
+TEST_F(Library, SupervisionPassesOnWhyThereIsNoAnswer) {
+  class TUnrecorded : public TForwardingServiceProcessor {
+   public:
+    using TForwardingServiceProcessor::TForwardingServiceProcessor;
+    ENoAnswer WhyNoAnswer() const override { return ENoAnswer::kNotRecorded; }
+  };
+  TUnrecorded unrecorded(server_);
+  TForwardingServiceProcessor decorator(static_cast<IServiceProcessor&>(unrecorded));
+  TNotes notes;
+  TSupervisedServiceProcessor supervised(decorator);
+  supervised.AddObserver(notes);
+  Send(supervised, 2, ReadTimestamp());
+  SendDot(supervised, 1, BlockCommand(4096), 6);
+  EXPECT_EQ(notes.text, "ipmi 2 111 not recorded\ndot 1 not recorded\n");
 }
 
 TEST(DotCommand, KeepsCopiesAndReadsNothingFromNullOrNegativeLengths) {

@@ -133,6 +133,7 @@ std::optional<std::string> TReplay::CutWarning() const {
 
 /// The next recorded line, if it answers the request; otherwise null.
 const TRecordedLine* TReplay::Next(const TRecordedLine& asked) {
+  answering_.reset();
   if (mismatch_) return nullptr;
   if (!next_) {
     ranOut_ = true;

@@ -57,6 +57,9 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   TDiscovery Discover() override { return header_.discovery; }
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
   std::optional<TDotAnswer> SendDot(const TDotRequest& request, const TStopSignal& stop) override;
+  /// kNotRecorded for an exchange from the first mismatch on, or past the last whole line; kLost for one that was
+  /// recorded without an answer.
+  ENoAnswer WhyNoAnswer() const override { return answering_ ? ENoAnswer::kLost : ENoAnswer::kNotRecorded; }
 
   std::string MachineType() override { return header_.machineType; }
   TCIMDateTime LocalTime() override;
@@ -73,7 +76,7 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   bool hasHeader_ = false;
   TLineReader lines_;
   std::unique_ptr<TRecordedLine> next_;       // null after the last one
-  std::unique_ptr<TRecordedLine> answering_;  // the one before next_
+  std::unique_ptr<TRecordedLine> answering_;  // the one before next_; null if the latest request was not recorded
   std::uint32_t number_ = 0;                  // of the last line read
   std::uint32_t wholeLines_ = 0;
   std::optional<std::string> mismatch_;

@@ -211,6 +211,31 @@ TEST(Replay, FailsFromTheFirstUnrecordedExchangeOn) {
   EXPECT_FALSE(replay.CutWarning());
 }
 
+TEST(Replay, WhatComesAfterTheLastLineWasNotRecorded) {
+  std::string lost = kTimestampLine;
+  lost.replace(lost.find("true"), 4, "false");
+  TMemoryReplay replay(kHead + lost + kBlockLine);
+  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kLost);
+  EXPECT_TRUE(SendDot(replay, 0, BlockCommand(4096), 6).answered);
+  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
+  ExpectNoAnswer(SendDot(replay, 0, BlockCommand(4096), 6));
+  EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
+}
+
+TEST(Replay, WhatComesAfterAMismatchWasNotRecorded) {
+  std::string lost = kTimestampLine;
+  lost.replace(lost.find("true"), 4, "false");
+  TMemoryReplay replay(kHead + lost + kTimestampLine);
+  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kLost);
+  ExpectNoAnswer(Send(replay, 1, ReadTimestamp()));
+  EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
+  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
+}
+
 TEST(Replay, DescribesTheRequestInEveryKindOfMismatch) {
   TMemoryReplay node(kHead + kTimestampLine);
   ExpectNoAnswer(Send(node, 1, ReadTimestamp()));
