@@ -20,6 +20,30 @@ TNameHashKey DrawKey() noexcept {
 
 }  // namespace
 
+bool MatchesNamePattern(std::string_view name, std::string_view pattern) noexcept {
+  std::size_t at = 0;
+  std::size_t in = 0;
+  // If a match fails, the last '*' takes one more character. What an earlier one took need not change: whatever the
+  // text between the two matches later in the name, it has matched already.
+  std::size_t afterStar = std::string_view::npos;
+  std::size_t taken = 0;
+  while (at < name.size()) {
+    if (in < pattern.size() && pattern[in] == '*') {
+      afterStar = ++in;
+      taken = at;
+    } else if (in < pattern.size() && (pattern[in] == '?' || FoldCase(pattern[in]) == FoldCase(name[at]))) {
+      ++in;
+      ++at;
+    } else if (afterStar != std::string_view::npos) {
+      in = afterStar;
+      at = ++taken;
+    } else {
+      return false;
+    }
+  }
+  return pattern.find_first_not_of('*', in) == std::string_view::npos;
+}
+
 const TNameHashKey& NameHashKey() noexcept {
   static const TNameHashKey key = DrawKey();
   return key;

@@ -1,4 +1,4 @@
-// Case-insensitive comparison and hashing of CIM names. Only A to Z fold, whatever the locale.
+// Case-insensitive comparison, patterns and hashing of CIM names. Only A to Z fold, whatever the locale.
 #pragma once
 
 #include <cstddef>
@@ -27,6 +27,13 @@ inline std::string FoldName(std::string_view name) {
   for (char& c : folded) c = FoldCase(c);
   return folded;
 }
+
+/// Whether the word has a '*' or a '?', which no name has.
+constexpr bool IsNamePattern(std::string_view word) noexcept { return word.find_first_of("*?") != word.npos; }
+
+/// Whether the pattern describes the whole name: '*' stands for any number of characters, '?' for one, and any other
+/// character for itself. Takes at most as many steps as the product of both sizes.
+VELHOST_API bool MatchesNamePattern(std::string_view name, std::string_view pattern) noexcept;
 
 /// Random, and fixed for the life of the process, so that nobody can craft names that all collide.
 struct TNameHashKey {
