@@ -39,10 +39,12 @@ class TNeeds {
       : namespace_(cimNamespace), schemaName_(schemaName), sources_(sources) {}
 
   std::vector<TTextDiagnostic> Check();
+  bool IsMetBy(const TCIMClass& cimClass);
 
  private:
   using TClass = boost::shared_ptr<TCIMClass>;
 
+  void FindBases();
   void CheckClass(const TCIMClass& cimClass);
   void CheckPath(const TCIMClass& cimClass, EPath path, const std::string& role);
   void CheckMachineTypes(const TCIMClass& cimClass, const std::string& role);
@@ -67,9 +69,11 @@ class TNeeds {
   std::vector<TClass> bases_;
   std::vector<TTextDiagnostic> findings_;
   std::size_t dropped_ = 0;
+  bool hasError_ = false;  // dropped ones count
 };
 
 void TNeeds::Find(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message) {
+  hasError_ = hasError_ || severity == EDiagnosticSeverity::kError;
   if (findings_.size() >= kMostFindings) {
     ++dropped_;
     return;
@@ -94,13 +98,7 @@ const TSchemaSource* TNeeds::SourceOf(const TSourceLocation& location) const {
 
 std::vector<TTextDiagnostic> TNeeds::Check() {
   const TSourceLocation nowhere{schemaName_, 0, 0};
-  for (const std::string_view base : CollectorProfile::kJfrBaseClasses) {
-    if (const TClass cimClass = namespace_.FindClass(base)) {
-      bases_.push_back(cimClass);
-    } else {
-      Error(nowhere, "the class " + SingleQuoted(base) + " is not declared, which every request starts from");
-    }
-  }
+  FindBases();
   if (!namespace_.FindClass(CollectorProfile::kCaptureClass)) {
     Error(nowhere,
           "the class " + SingleQuoted(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
@@ -113,6 +111,24 @@ std::vector<TTextDiagnostic> TNeeds::Check() {
         {EDiagnosticSeverity::kError, nowhere, "and " + std::to_string(dropped_) + " more findings", {}});
   }
   return std::move(findings_);
+}
+
+bool TNeeds::IsMetBy(const TCIMClass& cimClass) {
+  FindBases();
+  hasError_ = false;  // a base class that is missing concerns no single class
+  CheckClass(cimClass);
+  return !hasError_;
+}
+
+void TNeeds::FindBases() {
+  for (const std::string_view base : CollectorProfile::kJfrBaseClasses) {
+    if (const TClass cimClass = namespace_.FindClass(base)) {
+      bases_.push_back(cimClass);
+    } else {
+      Error({schemaName_, 0, 0},
+            "the class " + SingleQuoted(base) + " is not declared, which every request starts from");
+    }
+  }
 }
 
 void TNeeds::CheckClass(const TCIMClass& cimClass) {
@@ -304,6 +320,10 @@ void TNeeds::CheckCaptureClass(const TCIMClass& cimClass) {
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources) {
   return TNeeds(cimNamespace, schemaName, sources).Check();
+}
+
+bool MeetsCollectorNeeds(const TNamespace& cimNamespace, const TCIMClass& cimClass) {
+  return TNeeds(cimNamespace, {}, nullptr).IsMetBy(cimClass);
 }
 
 }  // namespace velhost

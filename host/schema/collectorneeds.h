@@ -25,4 +25,8 @@ namespace velhost {
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources = nullptr);
 
+/// Whether there is no error about this class or its properties. Warnings, and errors about the schema as a whole, do
+/// not count.
+bool MeetsCollectorNeeds(const TNamespace& cimNamespace, const TCIMClass& cimClass);
+
 }  // namespace velhost

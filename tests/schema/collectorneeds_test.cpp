@@ -291,6 +291,41 @@ TEST(CollectorNeeds, NoMoreThan256AddressesOfARegister) {
             "'Offset', expected at most 256\n");
 }
 
+// Whether the class meets the needs in the complete schema followed by `more`.
+bool Meets(const std::string& className, const std::string& more) {
+  const TSchemaResult schema = Schema(more);
+  EXPECT_EQ(Shown(schema), "");
+  return MeetsCollectorNeeds(*schema.cimNamespace, *schema.cimNamespace->FindClass(className));
+}
+
+TEST(CollectorNeeds, AskedOfOneClass) {
+  const std::string classes = "[" + kGood + "] class A : KROSG_MEMCTL_StatisticData { [Index(1)] uint8 R[]; };\n[" +
+                              kGood + "] class B : KROSG_MEMCTL_StatisticData { uint8 R[]; };";
+  EXPECT_TRUE(Meets("A", classes));
+  EXPECT_FALSE(Meets("B", classes));
+  EXPECT_TRUE(Meets("Root", classes));
+  EXPECT_TRUE(Meets("KROSG_DCAPFile", classes));
+}
+
+TEST(CollectorNeeds, WarningsDoNotCountForOneClass) {
+  EXPECT_TRUE(Meets("A", "[" + kGood + "] class A : KROSG_MEMCTL_StatisticData { [Index(1)] uint16 R; };"));
+}
+
+TEST(CollectorNeeds, AnErrorAfterAThousandWarningsCountsForOneClass) {
+  std::string registers;
+  for (int i = 0; i < 1000; ++i) registers += "[Index(1)] uint16 R" + std::to_string(i) + ";";
+  const std::string open = "[" + kGood + "] class A : KROSG_MEMCTL_StatisticData {" + registers;
+  EXPECT_TRUE(Meets("A", open + "};"));
+  EXPECT_FALSE(Meets("A", open + "uint8 Last[]; };"));
+}
+
+TEST(CollectorNeeds, AMissingBaseClassConcernsNoSingleClass) {
+  const TSchemaResult schema = ReadText(kCapture);
+  const auto& capture = *schema.cimNamespace->FindClass("KROSG_DCAPFile");
+  EXPECT_TRUE(MeetsCollectorNeeds(*schema.cimNamespace, capture));
+  EXPECT_EQ(CheckCollectorNeeds(*schema.cimNamespace, "schema").size(), 3U);
+}
+
 TEST(CollectorNeeds, MachineTypesOfAllClassesTogether) {
   std::string text = "[SupportedMachineTypes{\"" + std::string(600000, '1') + "\"} : ToSubclass] class A0 {};\n";
   for (int i = 1; i < 7; ++i) text += "class A" + std::to_string(i) + " : A0 {};\n";
