@@ -1,0 +1,72 @@
+// The account of a run: its exchanges, what is missing from what it should have delivered, and why. The follower of the
+// plan and the run report here as things happen; at the end the result's status, reasons and message come of it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/base/hosterror.h"
+#include "host/profile/plan.h"
+#include "host/result/resultfacts.h"
+
+namespace velhost {
+
+/// Turns are numbered over all requests of the plan, from 0.
+class TRunBook {
+ public:
+  /// The plan is not owned, and must outlive the book and its summary. Named turns that this machine does not serve,
+  /// or has no way to, are reasons from the beginning.
+  explicit TRunBook(const TPlan& plan);
+
+  /// An exchange that was attempted, whether it failed or not. One that a stopped run refuses is neither counted nor
+  /// a failure.
+  void CountExchange() { ++exchanges_; }
+  /// An exchange that failed, with `repeat` 1. If it equals the one before it, that one is repeated.
+  void AddFailure(const TExchangeFailure& failure);
+  void CountInstance() { ++instances_; }
+  /// In the order of the turns, and within a turn in the order of the plan.
+  void AddUnread(const TUnread& unread) { unread_.push_back(unread); }
+
+  /// Adds to the one entry that this code and the turn's class have. What is absent is no reason. `detail` is
+  ///   the whole message for kRequestFailed and kNotCollected, and the way in which the run was stopped for kStopped;
+  ///   for kFileUnread the sentence of the size limit, where it refused the file; for kBlockUndecodable, called once
+  ///   for each block, the number of its service processor.
+  /// Otherwise the message comes of the count and the plan. A turn that is not served is never "not collected".
+  void AddReason(std::uint32_t turn, EReason code, std::uint64_t count = 1, const std::string& detail = {});
+  /// For kStopped, kSessionLost and kRequestFailed when no class was being collected.
+  void AddReasonOfRun(EReason code, const std::string& detail = {});
+
+  std::uint64_t Exchanges() const { return exchanges_; }
+
+  /// Closes the book. `failure` is one of the command itself, whatever was collected. The caller sets the summary's
+  /// `exitStatus` and `elapsedMs`.
+  TResultSummary Close(const std::optional<THostError>& failure);
+
+ private:
+  /// What is known of one code of a class.
+  struct TEntry {
+    std::uint64_t count = 0;
+    std::vector<std::string> details;  ///< without those said before
+  };
+  using TEntries = std::map<EReason, TEntry>;
+
+  static void Add(TEntries& entries, EReason code, std::uint64_t count, const std::string& detail);
+  bool IsNothingRead() const;
+  std::vector<TReason> Reasons() const;
+
+  const TPlan& plan_;
+  std::vector<std::size_t> turns_;  ///< the class of each, an index into TPlan::classes
+  std::vector<bool> notServed_;     ///< the turns that are
+  TEntries ofRun_;
+  std::map<std::size_t, TEntries> ofClasses_;
+  std::uint64_t exchanges_ = 0;
+  std::uint64_t instances_ = 0;
+  std::vector<TExchangeFailure> failed_;
+  std::vector<TUnread> unread_;
+};
+
+}  // namespace velhost
