@@ -27,6 +27,9 @@ inline constexpr std::array<std::string_view, 3> kJfrBaseClasses = {
 inline constexpr std::array<std::string_view, 4> kR8Classes = {
     "KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData", "KROSG_VO_MEMCTL_StatisticData",
     "KROSG_VO_PCIIOBRIDGE_StatisticData"};
+/// Those with several chips, numbered from 1. The others have chip 0 alone.
+inline constexpr std::array<std::string_view, 2> kR8BridgeClasses = {"KROSG_T4_PCIIOBRIDGE_StatisticData",
+                                                                     "KROSG_VO_PCIIOBRIDGE_StatisticData"};
 inline constexpr std::string_view kCaptureClass = "KROSG_DCAPFile";
 inline constexpr std::array<std::string_view, 8> kCaptureProperties = {
     "FileName",          "ErrRawData",           "MessageTimestamp", "SourceNode",

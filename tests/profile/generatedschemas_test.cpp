@@ -6,7 +6,10 @@
 #include <random>
 #include <set>
 
+#include "host/base/caseinsensitive.h"
 #include "host/profile/collectorprofile.h"
+#include "host/profile/plan.h"
+#include "host/schema/collectorneeds.h"
 #include "tests/profile/collectorfixture.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/namespaces.h"
@@ -142,6 +145,31 @@ class GeneratedSchemas : public TLoadedCollectorTest {
     EXPECT_TRUE(committed_.empty());
   }
 
+  // The register reads and block reads that the plan has for the class, compared with those that were made. Every
+  // read was answered.
+  void ExpectPlanned(const TNamespace& schema, const boost::shared_ptr<TCIMClass>& requested,
+                     const std::string& machineType) {
+    const TPlanServer server = {1, true, true, true, TRememberingProcessor::kServiceProcessors};
+    // The generated capture classes have no properties: they can be read only because no storage area exists.
+    const auto isCollectable = [&schema](const TCIMClass& cimClass) {
+      return EqualNames(cimClass.Name(), Profile::kCaptureClass) || MeetsCollectorNeeds(schema, cimClass);
+    };
+    const TPlan plan = MakePlan({schema, machineType, server, {{{requested, true}}}, true, isCollectable});
+    const TPlannedClass& planned = plan.classes.at(0);
+    EXPECT_NE(planned.turn, ETurn::kUnknown);
+    std::vector<TRegisterRead> reads;
+    for (unsigned int instance = 0; planned.path == EPath::kR8 && instance < planned.instances; ++instance) {
+      for (const TPlannedRegister& one : planned.registers) {
+        const int chip = planned.isBridge ? static_cast<int>(instance) + 1 : 0;
+        for (const std::uint32_t address : one.addresses) reads.push_back({chip, address});
+      }
+    }
+    EXPECT_EQ(processor_.registerReads, reads);
+    EXPECT_EQ(plan.RegisterReads(), reads.size());
+    EXPECT_EQ(plan.DotCommands(), processor_.blockReads.size());
+    EXPECT_EQ(planned.whyNotServed.empty(), planned.turn == ETurn::kPlanned);
+  }
+
   // Requests every class of the schema, even those that the profile does not list. Returns how many were
   // served on each path.
   void ExpectAgreement(const boost::shared_ptr<TNamespace>& schema, const std::string& machineType) {
@@ -151,6 +179,7 @@ class GeneratedSchemas : public TLoadedCollectorTest {
       const auto entry = std::find_if(predicted.begin(), predicted.end(),
                                       [&](const auto& candidate) { return candidate.cimClass == requested; });
       Collect(schema, requested, machineType);
+      ExpectPlanned(*schema, requested, machineType);
       if (entry == predicted.end() || !entry->served) {
         ExpectNothing();
         continue;
