@@ -47,22 +47,30 @@ class TRunBook {
   TResultSummary Close(const std::optional<THostError>& failure);
 
  private:
+  struct TTurn {
+    std::size_t planClass = 0;
+    bool isNotServed = false;  ///< and named
+  };
   /// What is known of one code of a class.
   struct TEntry {
     std::uint64_t count = 0;
-    std::vector<std::string> details;  ///< without those said before
+    std::vector<std::string> details;  ///< each of them once
   };
   using TEntries = std::map<EReason, TEntry>;
 
   static void Add(TEntries& entries, EReason code, std::uint64_t count, const std::string& detail);
   bool IsNothingRead() const;
+  std::uint64_t ReachedTurns(std::size_t planClass) const;
+  std::uint64_t Discarded(std::size_t planClass) const;
+  std::string FileText(const TEntry& entry, std::uint64_t turns) const;
+  std::string BlockText(const TEntry& entry, std::uint64_t turns) const;
+  std::string MessageOfClass(std::size_t planClass, EReason code, const TEntry& entry) const;
   std::vector<TReason> Reasons() const;
 
   const TPlan& plan_;
-  std::vector<std::size_t> turns_;  ///< the class of each, an index into TPlan::classes
-  std::vector<bool> notServed_;     ///< the turns that are
+  std::vector<TTurn> turns_;
   TEntries ofRun_;
-  std::map<std::size_t, TEntries> ofClasses_;
+  std::map<std::size_t, TEntries> ofClasses_;  ///< by index into TPlan::classes
   std::uint64_t exchanges_ = 0;
   std::uint64_t instances_ = 0;
   std::vector<TExchangeFailure> failed_;
