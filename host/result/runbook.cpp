@@ -94,7 +94,7 @@ TRunBook::TRunBook(const TPlan& plan) : plan_(plan) {
   for (const TPlannedRequest& request : plan_.requests) {
     for (const TPlannedTurn& turn : request.turns) {
       const bool isServed = plan_.ClassOf(turn).whyNotServed.empty();
-      turns_.push_back({turn.planClass, turn.isNamed && !isServed});
+      turns_.push_back({.planClass = turn.planClass, .isNotServed = turn.isNamed && !isServed});
       if (turns_.back().isNotServed) Add(ofClasses_[turn.planClass], EReason::kNotServed, 1, {});
     }
   }
@@ -116,20 +116,20 @@ void TRunBook::Add(TEntries& entries, EReason code, TSize count, const std::stri
 }
 
 void TRunBook::AddReason(std::uint32_t turn, EReason code, TSize count, const std::string& detail) {
-  if (count == 0 || (code == EReason::kNotCollected && turns_[turn].isNotServed)) return;
-  Add(ofClasses_[turns_[turn].planClass], code, count, detail);
+  if (count == 0) return;
+  TTurn& about = turns_[turn];
+  if (code == EReason::kNotCollected) about.isCollected = false;
+  if (about.isCollected || !about.isNotServed) Add(ofClasses_[about.planClass], code, count, detail);
 }
 
 void TRunBook::AddReasonOfRun(EReason code, const std::string& detail) { Add(ofRun_, code, 1, detail); }
 
 bool TRunBook::IsNothingRead() const { return turns_.empty() || (plan_.Total() > 0 && instances_ == 0); }
 
-TSize TRunBook::ReachedTurns(std::size_t planClass) const {
-  TSize count = 0;
-  for (const TPlannedRequest& request : plan_.requests) {
-    for (const TPlannedTurn& turn : request.turns) count += turn.planClass == planClass && turn.isReached ? 1 : 0;
-  }
-  return count;
+TSize TRunBook::CollectedTurns(std::size_t planClass) const {
+  return static_cast<TSize>(std::count_if(turns_.begin(), turns_.end(), [&](const TTurn& turn) {
+    return turn.planClass == planClass && turn.isCollected;
+  }));
 }
 
 TSize TRunBook::Discarded(std::size_t planClass) const {
@@ -152,7 +152,7 @@ std::string TRunBook::BlockText(const TEntry& entry, TSize turns) const {
 
 std::string TRunBook::MessageOfClass(std::size_t planClass, EReason code, const TEntry& entry) const {
   const TPlannedClass& planned = plan_.classes[planClass];
-  const TSize turns = ReachedTurns(planClass);
+  const TSize turns = CollectedTurns(planClass);
   switch (code) {
     case EReason::kSessionLost: return "the service processor was lost";
     case EReason::kRegisterUnread:

@@ -50,6 +50,7 @@ class TRunBook {
   struct TTurn {
     std::size_t planClass = 0;
     bool isNotServed = false;  ///< and named
+    bool isCollected = true;   ///< as far as is known
   };
   /// What is known of one code of a class.
   struct TEntry {
@@ -60,7 +61,7 @@ class TRunBook {
 
   static void Add(TEntries& entries, EReason code, std::uint64_t count, const std::string& detail);
   bool IsNothingRead() const;
-  std::uint64_t ReachedTurns(std::size_t planClass) const;
+  std::uint64_t CollectedTurns(std::size_t planClass) const;
   std::uint64_t Discarded(std::size_t planClass) const;
   std::string FileText(const TEntry& entry, std::uint64_t turns) const;
   std::string BlockText(const TEntry& entry, std::uint64_t turns) const;

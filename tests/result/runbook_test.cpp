@@ -354,14 +354,14 @@ TEST_F(RunBook, TheSameMessageOfTwoTurnsIsSaidOnce) {
                                                   "the collector failed: no; the collector failed: never")));
 }
 
-TEST_F(RunBook, RegistersOfTurnsThatAreNotReachedAreNotCounted) {
-  plan.requests = {{{{.planClass = kFilesTurn}, {.planClass = kBridgeTurn, .isReached = false}}},
-                   {{{.planClass = kBridgeTurn, .time = 2}}}};
-  Open();
+TEST_F(RunBook, RegistersOfTurnsThatAreNotCollectedAreNotCounted) {
+  Ask({kBridgeTurn, kBridgeTurn});
   book->CountInstance();
-  book->AddReason(2, EReason::kRegisterUnread, 1);
+  book->AddReason(0, EReason::kRegisterUnread, 1);
+  book->AddReason(1, EReason::kNotCollected, 1, "the run was stopped before it");
   EXPECT_THAT(Close().reasons,
-              ElementsAre(Reason(EReason::kRegisterUnread, kBridge, 1, "1 of 24 registers was not read")));
+              ElementsAre(Reason(EReason::kRegisterUnread, kBridge, 1, "1 of 24 registers was not read"),
+                          Reason(EReason::kNotCollected, kBridge, 1, "the run was stopped before it")));
 }
 
 TEST_F(RunBook, OrdersReasonsByRunThenByFirstTurnThenByCode) {
