@@ -62,7 +62,7 @@ EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& in
   const TCommonOptions& options = commandLine.common;
   const TStopSignal stop;
   TInputs inputs(stop);
-  const auto cimNamespace = LoadSchema(options, installation, inputs);
+  const auto cimNamespace = LoadSchema(options, installation, inputs).cimNamespace;
   std::string machineType;
   if (options.machineType) {
     machineType = *options.machineType;

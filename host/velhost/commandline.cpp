@@ -226,6 +226,16 @@ void TakeOperands(const std::vector<std::string>& given, const TVerb& verb, TCom
   if (operands.take) operands.take(commandLine, given);
 }
 
+// A path with a '+' adds to the default schema, and one without replaces it. The example counts as both.
+void CheckSchemas(const std::vector<std::string>& given) {
+  const auto added = std::find_if(given.begin(), given.end(), AddsToDefaultSchema);
+  const auto other = std::find_if_not(given.begin(), given.end(), AddsToDefaultSchema);
+  if (added == given.end() || other == given.end()) return;
+  if (std::find(given.begin(), given.end(), kExampleSchema) != given.end()) return;
+  Fail("--schema " + SafeText(*added) + " adds to the default schema, and --schema " + SafeText(*other) +
+       " replaces it; give every path a '+', or none, or add --schema " + std::string(kExampleSchema));
+}
+
 std::string ReasonForIdleness(const TOption& option, const TCommandLine& commandLine) {
   const auto& users = option.usedBy;
   if (!users.empty() && std::find(users.begin(), users.end(), commandLine.verb) == users.end()) {
@@ -254,6 +264,7 @@ TCommandLine Interpret(TGivenWords& given) {
   commandLine.verb = verb.verb;
   TakeValues(given, commandLine);
   TakeOperands(given.operands, verb, commandLine);
+  CheckSchemas(commandLine.common.schema);
   commandLine.warnings = WarningsOf(given, commandLine);
   return commandLine;
 }

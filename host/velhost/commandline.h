@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/base/secret.h"
@@ -72,6 +73,11 @@ std::optional<TCommandLine> ParseCommandLine(const std::vector<std::string>& arg
 std::string SchemeOf(const std::string& spec);
 /// "FILE" of "sim:FILE"; empty if there is no colon.
 std::string RestOf(const std::string& spec);
+
+/// What --schema takes for the schema installed or built with velhost.
+inline constexpr std::string_view kExampleSchema = "example";
+/// Whether a value of --schema has the form "+PATH".
+inline bool AddsToDefaultSchema(const std::string& given) { return given.starts_with('+'); }
 
 /// "; did you mean NAME?", or empty if no candidate is near and none begins with the word.
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);

@@ -29,6 +29,7 @@ bool UsesNetwork(const velhost::TCommonOptions& options) {
 
 velhost::EExitStatus RunVerb(const velhost::TCommandLine& commandLine) {
   const velhost::TInstallation installation;
+  velhost::ShowDetails(commandLine.common.verbosity > 0);
   for (const std::string& text : commandLine.warnings) velhost::Say("warning: " + text);
   switch (commandLine.verb) {
     case velhost::EVerb::kCollect: return velhost::Collect(commandLine, installation);

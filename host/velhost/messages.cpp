@@ -17,6 +17,7 @@ namespace {
 constexpr std::string_view kPrefix = "velhost: ";
 
 std::function<void()> beforeMessage;
+bool showsDetails = false;
 
 void WriteOut(std::string_view text) {
   if (beforeMessage) beforeMessage();
@@ -36,6 +37,12 @@ std::string_view WithoutLastNewlines(std::string_view text) {
 }  // namespace
 
 void Say(std::string_view text) { WriteOut(std::string(kPrefix) + SafeLines(WithoutLastNewlines(text)) + "\n"); }
+
+void SayDetail(std::string_view text) {
+  if (showsDetails) Say(text);
+}
+
+void ShowDetails(bool shown) { showsDetails = shown; }
 
 void SayAndEndAtOnce(const std::string& text) {
   Say(text);

@@ -15,6 +15,11 @@ namespace velhost {
 /// report them.
 void Say(std::string_view text);
 
+/// Says the text if details are shown.
+void SayDetail(std::string_view text);
+/// Whether details are shown from now on; at first they are not.
+void ShowDetails(bool shown);
+
 /// Says the text and ends the process with the status of a defect, without running anything else, not even
 /// destructors.
 [[noreturn]] void SayAndEndAtOnce(const std::string& text);

@@ -103,6 +103,17 @@ TOptionValue Count(TPlace place) {
           }};
 }
 
+TOptionValue SchemaPath() {
+  return {.name = "PATH",
+          .expected = "PATH, +PATH or " + std::string(kExampleSchema),
+          .completion = "schemas",
+          .repeatable = true,
+          .take = [](TCommandLine& commandLine, const std::string& given) {
+            commandLine.common.schema.push_back(given);
+            return given != "+";
+          }};
+}
+
 // For options that the parser answers before it stores any value.
 TOptionValue Question() {
   return {.repeatable = true, .take = [](TCommandLine&, const std::string&) { return true; }};
@@ -180,9 +191,9 @@ const std::vector<TOption> kOptions = {
      .help = "the collector's library",
      .usedBy = {EVerb::kCollect, EVerb::kPlugin}},
     {.name = "--schema",
-     .value = List(
-         "PATH", "files", [](auto& c) -> auto& { return c.common.schema; }),
-     .help = "a MOF file or a folder of them; may be repeated",
+     .value = SchemaPath(),
+     .help =
+         "a MOF file or a folder of them; +PATH adds to the default, \"example\" is the shipped one; may be repeated",
      .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kCheck},
      .idle = IfFilesAreChecked},
     {.name = "--sp",
@@ -209,7 +220,7 @@ const std::vector<TOption> kOptions = {
     {.name = "-v",
      .levels = 3,
      .value = Count([](auto& c) -> auto& { return c.common.verbosity; }),
-     .help = "trace on standard error up to status, debug, verbose"},
+     .help = "host messages; trace up to status, debug, verbose"},
     {.name = "--color",
      .value = OneOf(
          kWhen, [](auto& c) -> auto& { return c.common.color; }),

@@ -79,7 +79,7 @@ TEST_F(Simulate, PrintsLinesThatConnect) {
                 " -u ipmiusr -p test -I 3 -l ADMIN -W opensesspriv 0 6 1\n"
                 "  VELHOST_IPMI_PASSWORD=test velhost collect --sp lan:ipmiusr@127.0.0.1:" +
                 port +
-                " --cipher-suite 3 --machine-type '62'\\''03'\n"
+                " --cipher-suite 3 --schema example --machine-type '62'\\''03'\n"
                 "As the BMC of a virtual machine:\n"
                 "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
                 std::to_string(serial) +

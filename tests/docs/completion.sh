@@ -41,6 +41,10 @@ offers "17" "$velhost" collect --cipher-suite 1
 offers "inband inband:/dev/ipmi" "$velhost" collect --sp inb
 offers "demo.toml" "$velhost" collect --sp sim : de
 offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp replay :
+offers "demo.toml" "$velhost" collect --schema d
+offers "example" "$velhost" collect --schema exa
+offers "+captures" "$velhost" classes --schema +cap
+offers "" "$velhost" check --schema +exa
 offers "captures" "$velhost" collect --capture-dir ""
 offers "demo.toml dot-command.toml" "$velhost" simulate d
 offers "failing.toml" "$velhost" collect --sp sim : fa

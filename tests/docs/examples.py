@@ -2,10 +2,10 @@
 """Runs the commands shown in the documents.
 
 A fenced sh block after the comment <!-- test --> is run. All blocks run in the order of the documents, in one scratch
-folder that looks like the top of the tree: it has schema, servers and build/dev. <!-- run: COMMAND --> runs a command
-that is not shown. In a manual page, the displayed lines under EXAMPLES are run. A fenced text block after
-<!-- output --> must be what the preceding commands printed: the same lines, complete and in order, except that a line
-"..." matches any number of lines, and elapsed times may differ.
+folder that looks like the top of the tree: it has schema, servers and build/dev, and my-schema, a copy of schema.
+<!-- run: COMMAND --> runs a command that is not shown. In a manual page, the displayed lines under EXAMPLES are run. A
+fenced text block after <!-- output --> must be what the preceding commands printed: the same lines, complete and in
+order, except that a line "..." matches any number of lines, and elapsed times may differ.
 
 If the first line of a block ends in "&", that command runs in the background, with port 9623 replaced by a free one.
 Commands that require a server not available here use the demo server instead (--sp inband) or are skipped (--sp lan:).
@@ -146,8 +146,8 @@ def main():
     if 0 in tests:
         sys.exit("%s: no block to run" % arguments.documents[tests.index(0)])
     with tempfile.TemporaryDirectory() as scratch:
-        for folder in ("schema", "servers"):
-            shutil.copytree(arguments.tree / folder, Path(scratch) / folder)
+        for copy, folder in (("schema", "schema"), ("my-schema", "schema"), ("servers", "servers")):
+            shutil.copytree(arguments.tree / folder, Path(scratch) / copy)
         (Path(scratch) / "build").mkdir()
         (Path(scratch) / "build/dev").symlink_to(arguments.build)
         shell = Shell(scratch, environment)

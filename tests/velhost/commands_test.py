@@ -24,7 +24,7 @@ class Usage(VelhostCase):
     def test_wrong_usage(self):
         self.fails(64, "did you mean KROSG_VO_PCIIOBRIDGE_StatisticData?", "collect", "KROSG_VO_PCIIOBRIGE_StatisticData")
         self.fails(64, "cannot be used together", "collect", "--sp", "sim", "--sp", "inband")
-        self.fails(64, "--machine-type", "collect", "--sp", "lan:192.0.2.1")
+        self.fails(64, "--machine-type", "collect", "--schema", "example", "--sp", "lan:192.0.2.1")
 
     def refuses(self, message, *arguments, see=""):
         done = self.run_velhost(*arguments)
@@ -88,8 +88,10 @@ class Usage(VelhostCase):
     def test_a_service_processor_without_what_it_needs(self):
         for spec, scheme in (("replay", "replay"), ("replay:", "replay"), ("sim:", "sim")):
             self.refuses(f"--sp {scheme} needs a file: --sp {scheme}:FILE", "collect", "--sp", spec)
-        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--sp", "lan:")
-        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--sp", "lan:user@")
+        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
+                   "lan:")
+        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
+                   "lan:user@")
 
     def test_values(self):
         for number in ("abc", "nan", "inf", "0", "2e9", "5s"):
@@ -269,7 +271,8 @@ class Usage(VelhostCase):
             self.assertIn("\\x1b[31m", done.stdout + done.stderr)
 
     def test_a_named_device_that_is_not_there(self):
-        self.fails(69, "/dev/ipmi777", "collect", "--machine-type", "6203", "--sp", "inband:/dev/ipmi777")
+        self.fails(69, "/dev/ipmi777", "collect", "--schema", "example", "--machine-type", "6203", "--sp",
+                   "inband:/dev/ipmi777")
 
 
 class Commands(VelhostCase):

@@ -46,8 +46,8 @@ class SessionThatIsNotOpened(VelhostCase):
         self.silent.bind(("127.0.0.1", 0))
         self.silent.setblocking(False)
         self.addCleanup(self.silent.close)
-        self.arguments = [VELHOST, "collect", "--format", "json", "--machine-type", "6203", "--sp",
-                          f"lan:user@127.0.0.1:{self.silent.getsockname()[1]}", BRIDGE]
+        self.arguments = [VELHOST, "collect", "--format", "json", "--schema", "example", "--machine-type", "6203",
+                          "--sp", f"lan:user@127.0.0.1:{self.silent.getsockname()[1]}", BRIDGE]
 
     def check_empty(self, status, output, errors, reason):
         if "module" in errors:
@@ -111,7 +111,8 @@ class OptionsWithoutEffect(VelhostCase):
     def warned(self, *arguments):
         done = self.run_velhost(*arguments)
         self.assertEqual(done.returncode, 0, done.stderr)
-        return [line.removeprefix("velhost: warning: ").split(" has no effect with ") for line in done.stderr.splitlines()]
+        return [line.removeprefix("velhost: warning: ").split(" has no effect with ") for line in done.stderr.splitlines()
+                if line.startswith("velhost: warning: ")]
 
     def test_for_another_service_processor(self):
         password = self.write("password", "test")

@@ -195,14 +195,14 @@ class Transports(VelhostCase):
         password = self.folder / "password"
         password.write_bytes(b"te\0st\n")
         password.chmod(0o600)
-        done = self.run_velhost("collect", "--sp", "lan:192.0.2.1", "--machine-type", "6203",
+        done = self.run_velhost("collect", "--sp", "lan:192.0.2.1", "--machine-type", "6203", "--schema", "example",
                                 "--password-file", str(password))
         self.assertEqual((done.returncode, done.stderr),
                          (65, f"velhost: {password}: the password in its first line has a NUL character\n"))
 
     def test_a_password_on_the_command_line_is_refused_and_not_repeated(self):
         for arguments in (["--sp", "lan:me:s3cret@192.0.2.1"], ["--sp", "sim", "--sp", "lan:me:s3cret@192.0.2.1"]):
-            done = self.run_velhost("collect", *arguments)
+            done = self.run_velhost("collect", "--schema", "example", *arguments)
             self.assertEqual((done.returncode, done.stderr), (64, (
                 "velhost: lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in "
                 "the list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file\n")))

@@ -121,7 +121,8 @@ class TCollection {
         showProgress_(WantsProgressLine(commandLine)),
         guard_(StopWithDeadline(stop_, options_)),
         inputs_(stop_),
-        namespace_(LoadSchema(common_, installation, inputs_)) {
+        schema_(LoadSchema(common_, installation, inputs_)),
+        namespace_(schema_.cimNamespace) {
     // An unknown class ends the command before anything is opened or sent.
     ChooseClasses(*namespace_, options_.classes, "");
     connection_ = ConnectServer(common_, installation, inputs_);
@@ -201,6 +202,7 @@ class TCollection {
   TStopSignal stop_;
   TSignalGuard guard_;
   TInputs inputs_;
+  TLoadedSchema schema_;
   boost::shared_ptr<TNamespace> namespace_;
   std::unique_ptr<IServerConnection> connection_;
   std::optional<TSessionEnvironment> environment_;

@@ -185,8 +185,8 @@ std::string ConnectingLines(const TSimulateArguments& arguments, const std::stri
                      ").\nConnect with one of:\n  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " + port + " -U " + user +
                      " -P " + password + " mc info\n  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" + port + " -u " + user +
                      " -p " + password + " -I 3 -l ADMIN -W opensesspriv 0 6 1\n  VELHOST_IPMI_PASSWORD=" + password +
-                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port + " --cipher-suite 3 --machine-type " +
-                     ShellWord(SafeText(machineType)) + "\n";
+                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port +
+                     " --cipher-suite 3 --schema example --machine-type " + ShellWord(SafeText(machineType)) + "\n";
   if (arguments.serialPort) {
     text += "As the BMC of a virtual machine:\n  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
             std::to_string(*arguments.serialPort) +
