@@ -104,7 +104,7 @@ class TSimulator {
     close(ends[1]);
     std::string printed;
     char c = 0;
-    const auto serves = [&printed] { return printed.find("Ctrl-C ends it.") != std::string::npos; };
+    const auto serves = [&printed] { return printed.find("Press Ctrl-C to stop.") != std::string::npos; };
     while (!serves() && read(ends[0], &c, 1) == 1) printed += c;
     close(ends[0]);
     if (!serves()) throw std::runtime_error("velhost simulate did not start");

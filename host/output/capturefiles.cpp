@@ -82,7 +82,7 @@ TCaptureFolder::TCaptureFolder(const std::string& path) : path_(path) {
   const bool isNew = ::mkdir(path.c_str(), 0777) == 0;
   if (!isNew && errno != EEXIST) FailToCreate(std::strerror(errno));
   folder_ = TDescriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!folder_) FailToCreate(errno == ENOTDIR ? "it exists and is not a folder" : std::strerror(errno));
+  if (!folder_) FailToCreate(errno == ENOTDIR ? "exists and is not a folder" : std::strerror(errno));
 }
 
 std::optional<std::string> TCaptureFolder::Write(const TInstance& instance) const {

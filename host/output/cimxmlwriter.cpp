@@ -120,7 +120,7 @@ void TCimXmlWriter::Comment(std::string_view safeText) {
 void TCimXmlWriter::Begin(const TCollectionHeader& header) {
   out_.Append("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n");
   Comment("Instances collected by velhost: " + HeaderText(header));
-  Comment("U+FFFD stands for characters that XML cannot hold and for bytes that are no UTF-8");
+  Comment("U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8");
   out_.Append("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n");
 }
 
@@ -160,7 +160,7 @@ void TCimXmlWriter::Scalar(pugi::xml_node property, const TCIMValue& value) {
   if (const char* text = Text(value)) {
     property.append_child("VALUE").append_child(pugi::node_pcdata).set_value(text);
   } else {
-    property.append_child(pugi::node_comment).set_value((" no datetime: " + scratch_ + " ").c_str());
+    property.append_child(pugi::node_comment).set_value((" not a valid datetime: " + scratch_ + " ").c_str());
   }
 }
 

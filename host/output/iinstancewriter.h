@@ -39,8 +39,8 @@ struct TFailedExchange {
 /// What is known after the last instance.
 struct TCollectionSummary {
   bool partial = false;
-  /// "interrupted", "deadline reached", "the service processor was lost", "the collection is not the recorded one" or
-  /// "a request failed"; empty if the collection is complete.
+  /// "interrupted", "deadline reached", "the connection to the service processor was lost", "the collection differs
+  /// from the recorded one" or "a request failed"; empty if the collection is complete.
   std::string partialReason;
   std::vector<TRequestFailure> failures;
   std::uint64_t exchanges = 0;

@@ -97,7 +97,7 @@ void TMofWriter::DateTime(const TCIMValue& value) {
   scratch_.clear();
   value.AppendTo(scratch_, 10);
   const bool valid = IsCimDateTime(scratch_);
-  out_.Append(valid ? "\"" : "NULL /* no datetime: ");
+  out_.Append(valid ? "\"" : "NULL /* not a valid datetime: ");
   out_.Append(scratch_);
   out_.Append(valid ? "\"" : " */");
 }

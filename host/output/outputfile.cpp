@@ -70,7 +70,7 @@ mode_t ModeInPlaceOf(const struct stat& old, const struct stat& now) {
 }  // namespace
 
 TClosedPipe::TClosedPipe(const std::string& name)
-    : THostError(EFailure::kNotWritten, fmt::format("nobody reads {} any more", SafeText(name))) {}
+    : THostError(EFailure::kNotWritten, fmt::format("{} was closed by its reader", SafeText(name))) {}
 
 void IgnoreBrokenPipeSignal() { std::signal(SIGPIPE, SIG_IGN); }
 
@@ -102,7 +102,7 @@ TOutputFile::TOutputFile(const std::string& path, EUnfinished unfinished) : path
   if (!place_.existing) {
     OpenUnfinished(unfinished);
   } else if (S_ISDIR(place_.existing->st_mode)) {
-    FailToCreate("it is a folder");
+    FailToCreate("is a folder");
   } else if (TDescriptor opened = OpenExisting(); !S_ISREG(place_.existing->st_mode)) {
     OpenDirectly(std::move(opened));
   } else {
@@ -129,7 +129,7 @@ TDescriptor TOutputFile::OpenExisting() const {
   struct stat status {};
   if (::fstat(opened.Get(), &status) != 0) FailToCreate(std::strerror(errno));
   const bool isSame = status.st_dev == place_.existing->st_dev && status.st_ino == place_.existing->st_ino;
-  if (!isSame) FailToCreate("it changed while it was looked up");
+  if (!isSame) FailToCreate("changed while being looked up");
   return opened;
 }
 

@@ -39,7 +39,7 @@ TOutputPlace PlaceIn(int start, const std::string& path) {
   if (name.empty() || name == "." || name == "..") {
     struct stat status {};
     const bool exists = ::fstatat(start, path.c_str(), &status, 0) == 0;
-    throw TNoPlace{exists && S_ISDIR(status.st_mode) ? "it is a folder" : "it does not name a file"};
+    throw TNoPlace{exists && S_ISDIR(status.st_mode) ? "is a folder" : "does not name a file"};
   }
   const std::string folder = whole.parent_path();
   TOutputPlace place;
@@ -74,7 +74,7 @@ TOutputPlace FindOutputPlace(const std::string& path) {
     const bool isLink = entry && S_ISLNK(StatusOf(entry.Get()).st_mode);
     const auto found = LookUp(place);
     const bool isSame = found.has_value() == place.existing.has_value() && (!found || IsSame(*found, *place.existing));
-    if (!isSame) throw TNoPlace{"it changed while it was looked up"};
+    if (!isSame) throw TNoPlace{"changed while being looked up"};
     if (!isLink) return place;
     TOutputPlace next = PlaceIn(place.folder.Get(), TargetOf(entry.Get()));
     next.existing = place.existing;

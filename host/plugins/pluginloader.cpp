@@ -130,7 +130,7 @@ void* TPluginLoader::OpenLibrary(const std::string& path) {
   }
   if (library == nullptr) {
     registry_->EndLoading();
-    throw THostError(EFailure::kAbsent, "plugin " + SafeText(path) + " is not a library that can be loaded: " + error);
+    throw THostError(EFailure::kAbsent, "plugin " + SafeText(path) + " cannot be loaded as a library: " + error);
   }
   return library;
 }

@@ -78,7 +78,8 @@ std::string MachineTypesProblemOf(const TNamespace& cimNamespace) {
   }
   if (bytes <= kMostMachineTypeBytes) return {};
   return "the classes have " + std::to_string(bytes) + " bytes in their qualifiers '" +
-         std::string(kSupportedMachineTypes) + "', inherited ones included and 16 for each element, expected at most " +
+         std::string(kSupportedMachineTypes) +
+         "', including inherited ones and 16 for each element, expected at most " +
          std::to_string(kMostMachineTypeBytes);
 }
 

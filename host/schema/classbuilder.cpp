@@ -145,14 +145,14 @@ void TClassBuilder::AddTo(TNamespace& cimNamespace, TEntry& entry, TClassDefinit
   if (inherited + definition.properties.size() > limits_.propertiesPerClass) {
     log_.Error(entry.unit.Place(entry.syntax->name),
                "the class " + entry.unit.Quoted(entry.syntax->name) + " has more than " +
-                   std::to_string(limits_.propertiesPerClass) + " properties, inherited ones included");
+                   std::to_string(limits_.propertiesPerClass) + " properties, including inherited ones");
     return;
   }
   if (modelEntries_ > limits_.modelEntries) {
     if (!isFull_) {
       log_.Error(entry.unit.Place(entry.syntax->name),
                  "the classes have more than " + std::to_string(limits_.modelEntries) +
-                     " properties and qualifiers in all, inherited ones included");
+                     " properties and qualifiers in all, including inherited ones");
     }
     isFull_ = true;
     return;

@@ -25,7 +25,7 @@ namespace Profile = CollectorProfile;
 
 std::string ServedText(const Profile::TServedClass& entry) {
   if (!entry.served) return "no";
-  return entry.path == Profile::EPath::kCapture ? "yes, by every machine type" : "yes, by \"" + entry.servedBy + "\"";
+  return entry.path == Profile::EPath::kCapture ? "yes, on every machine type" : "yes, on \"" + entry.servedBy + "\"";
 }
 
 std::string Row(std::size_t width, const Profile::TServedClass& entry) {

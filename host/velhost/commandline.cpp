@@ -161,7 +161,7 @@ void CheckKnown(const TGivenWords& given) {
 
 const TVerb& RequireVerb(const TGivenWords& given) {
   const std::string commands = "; the commands are " + Listed(VerbNames(), " and ");
-  if (!given.verb) Fail("no command is given" + commands);
+  if (!given.verb) Fail("no command given" + commands);
   if (const TVerb* const verb = VerbOf(given)) return *verb;
   const std::string suggestion = DidYouMean(*given.verb, VerbNames());
   Fail("unknown command " + QuotedWord(*given.verb) + (suggestion.empty() ? commands : suggestion));
@@ -174,7 +174,7 @@ const TOption* OwnEntry(const TGivenOption& given, const TVerb& verb) {
     if (option->BelongsTo(verb.verb)) return option;
     for (const EVerb owner : option->verbs) owners.push_back(EntryOf(owner).name);
   }
-  Fail(given.name + " belongs to " + Listed(owners, " and "));
+  Fail(given.name + " is an option of " + Listed(owners, " and "));
 }
 
 void ResolveOptions(TGivenWords& given, const TVerb& verb) {

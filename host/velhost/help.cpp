@@ -17,9 +17,9 @@ constexpr const char* kSummary =
     "Collects chipset error registers and capture files from a server's service processor.";
 constexpr const char* kExamples =
     "\nExamples:\n"
-    "  velhost collect                      everything the demo server has\n"
-    "  velhost collect --sp inband          from this server's BMC\n"
-    "  velhost COMMAND --help               what a command takes\n";
+    "  velhost collect                      collect everything from the demo server\n"
+    "  velhost collect --sp inband          collect from this server's BMC\n"
+    "  velhost COMMAND --help               show the options of a command\n";
 
 // Wraps the text to the screen; every line but the first is indented.
 std::string Wrapped(std::string text, std::size_t firstColumn, std::size_t indent) {
@@ -87,7 +87,8 @@ std::string HelpOf(const TVerb& verb) {
     if (!option.verbs.empty() && option.BelongsTo(verb.verb)) options += Entry(option);
   }
   if (!options.empty()) text += "\nOptions:\n" + options;
-  return text + "\nThe options common to all commands are in \"velhost --help\".\n\nExample:\n  " + verb.example + "\n";
+  return text + "\nSee \"velhost --help\" for the options common to all commands.\n\nExample:\n  " + verb.example +
+         "\n";
 }
 
 std::string OptionList() {

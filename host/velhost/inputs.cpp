@@ -105,7 +105,7 @@ void TInputReader::CheckStop() {
   const TStopSignal& stop = inputs_.Stop();
   if (!stop.IsStopped()) return;
   const std::string why = stop.WasRequested() ? "interrupted" : "deadline reached";
-  throw TEndedReading(EFailure::kStopped, why + " while " + use_.what + " was read; nothing was collected");
+  throw TEndedReading(EFailure::kStopped, why + " while reading " + use_.what + "; nothing was collected");
 }
 
 }  // namespace velhost

@@ -51,7 +51,7 @@ struct TInputUse {
 
 /// Reads one input and all of its files. Throws TEndedReading for a named file that is certainly of another kind
 /// ("a.toml is a server file, not a schema; give it as --sp sim:a.toml"), and when the run has been stopped
-/// ("interrupted while the schema was read; nothing was collected").
+/// ("interrupted while reading the schema; nothing was collected").
 class TInputReader : public TFileReader {
  public:
   /// `paths` are the paths that the user named. The inputs are not owned.

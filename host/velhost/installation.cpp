@@ -27,7 +27,7 @@ std::string TInstallation::FindServer(const std::string& name) const {
   std::string shipped = ServerFolder() + "/" + name;
   if (fs::exists(shipped, error)) return shipped;
   throw THostError(EFailure::kAbsent, "cannot open " + SafeText(name) +
-                                          ": no such file here, and none among the shipped servers in " +
+                                          ": no such file here or among the shipped servers in " +
                                           SafeText(ServerFolder()));
 }
 

@@ -66,7 +66,7 @@ void WriteBare(std::string_view message) noexcept {
 // If memory runs out where a library promises not to throw, as in the constructor of the generated MOF parser, no
 // handler below is reached. This still gives a message and a status.
 [[noreturn]] void EndWithoutHandler() {
-  WriteBare("velhost: internal error: std::terminate was called; is memory short?\n");
+  WriteBare("velhost: internal error: std::terminate was called; possibly out of memory\n");
   _exit(static_cast<int>(velhost::EExitStatus::kInternal));
 }
 
@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
   } catch (const velhost::THostError& error) {
     return Fail(error.Kind(), error.what());
   } catch (const std::bad_alloc&) {
-    WriteBare("velhost: internal error: there is not enough memory\n");
+    WriteBare("velhost: internal error: out of memory\n");
     return static_cast<int>(velhost::EExitStatus::kInternal);
   } catch (const std::exception& error) {
     return Fail(velhost::EFailure::kDefect, std::string("internal error: ") + error.what());

@@ -84,7 +84,7 @@ class TReplayConnection : public IServerConnection {
     if (!replay_->Mismatch()) return;
     Say(*replay_->Mismatch());
     throw THostError(EFailure::kMalformed,
-                     "the collection is not the recorded one: give it the same schema, "
+                     "the collection differs from the recorded one: use the same schema, "
                      "classes and machine type");
   }
 
@@ -217,12 +217,12 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     std::vector<std::string> devices;
     for (const std::string& spec : specs) devices.push_back(ParseInbandSpec(spec));
     auto connection = std::make_unique<TInbandConnection>(devices);
-    RequireMachineType(options, connection->Environment().MachineType(), "SMBIOS names no machine type here");
+    RequireMachineType(options, connection->Environment().MachineType(), "SMBIOS does not contain the machine type");
     return connection;
   }
   if (SchemeOf(first) == "lan") {
     for (const std::string& spec : specs) ParseLanSpec(spec);  // a malformed address is reported first
-    RequireMachineType(options, "", "over the network the machine type is not known");
+    RequireMachineType(options, "", "the machine type is not known over the network");
     return ConnectLan(options, specs, installation, inputs);
   }
   if (SchemeOf(first) == "replay") {

@@ -126,7 +126,7 @@ class TRunningSimulator {
     }
     close(ends[1]);
     char c = 0;
-    while (printed_.find("Ctrl-C ends it.\n") == std::string::npos && read(ends[0], &c, 1) == 1) printed_ += c;
+    while (printed_.find("Press Ctrl-C to stop.\n") == std::string::npos && read(ends[0], &c, 1) == 1) printed_ += c;
     close(ends[0]);
   }
   [[noreturn]] void Serve() {

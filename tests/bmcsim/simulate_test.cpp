@@ -84,7 +84,7 @@ TEST_F(Simulate, PrintsLinesThatConnect) {
                 "  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
                 std::to_string(serial) +
                 ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n"
-                "Ctrl-C ends it.\n");
+                "Press Ctrl-C to stop.\n");
   EXPECT_FALSE(IsFree(serial, SOCK_STREAM));
 }
 
@@ -141,13 +141,13 @@ TEST_F(Simulate, OccupiedPortIsNamed) {
   arguments_.port = udp.Port();
   ExpectError(arguments_, EFailure::kUnreachable,
               "cannot listen on UDP port " + std::to_string(udp.Port()) +
-                  " of 127.0.0.1: Address already in use\n--port and --serial-port name others");
+                  " of 127.0.0.1: Address already in use\nUse --port or --serial-port to choose another");
   const TBoundPort tcp(SOCK_STREAM);
   arguments_.port = FreePort();
   arguments_.serialPort = tcp.Port();
   ExpectError(arguments_, EFailure::kUnreachable,
               "cannot listen on TCP port " + std::to_string(tcp.Port()) +
-                  " of 127.0.0.1: Address already in use\n--port and --serial-port name others");
+                  " of 127.0.0.1: Address already in use\nUse --port or --serial-port to choose another");
 }
 
 TEST_F(Simulate, MissingIpmiSimNamesItsPackage) {
@@ -176,7 +176,7 @@ TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
   // The shell itself adds PWD, and sometimes _ and SHLVL; one of the descriptors is ls's own, for the folder.
   Script("ipmi_sim", "env | grep -vE '^(PWD|SHLVL|_|OLDPWD)=' | sort; ls /proc/self/fd | tr '\\n' ' '; exit 7\n");
   ExpectError(arguments_, EFailure::kUnreachable,
-              "ipmi_sim ended instead of starting (with status 7): LC_ALL=C\n"
+              "ipmi_sim ended during startup (exit status 7): LC_ALL=C\n"
               "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n0 1 2 3 ");
   close(foreign);
   unsetenv("VELHOST_IPMI_PASSWORD");
@@ -185,7 +185,7 @@ TEST_F(SimulateWithScript, IpmiSimInheritsNeitherVariablesNorDescriptors) {
 TEST_F(SimulateWithScript, SignalThatEndedIpmiSimIsNamed) {
   Script("ipmi_sim", "kill -KILL $$\n");
   ExpectError(arguments_, EFailure::kUnreachable,
-              "ipmi_sim ended instead of starting (by signal 9, SIGKILL), and said nothing of why");
+              "ipmi_sim ended during startup (signal 9, SIGKILL), and gave no reason");
 }
 
 TEST_F(SimulateWithScript, ProgramInTheCurrentFolderIsNotRun) {
@@ -204,7 +204,7 @@ TEST_F(Simulate, MissingModuleIsNamed) {
   SKIP_WITHOUT_IPMI_SIM();
   ExpectError(arguments_, EFailure::kUnreachable,
               "the module for ipmi_sim is not installed: /nowhere/lib/velhost/modules/velbmcsim.so\n"
-              "The package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it",
+              "It is part of the package velhost; \"cmake --build build/release --target velbmcsim\" builds it",
               "/nowhere/bin");
 }
 

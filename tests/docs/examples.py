@@ -94,7 +94,7 @@ class Shell:
             said = ""
             for line in simulator.stdout:
                 said += line
-                if line.startswith("Ctrl-C"):
+                if line.startswith("Press Ctrl-C"):
                     break
             status, printed = self.run(commands.replace(SIMULATE_PORT, port))
             simulator.send_signal(signal.SIGINT)

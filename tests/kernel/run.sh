@@ -111,8 +111,8 @@ for node in 0 1; do
   children+=($!)
 done
 for node in 0 1; do
-  for _ in $(seq 100); do grep -q 'Ctrl-C ends it' "$work/simulator$node" && break; sleep 0.1; done
-  grep -q 'Ctrl-C ends it' "$work/simulator$node" || { cat "$work/simulator$node" >&2; exit 1; }
+  for _ in $(seq 100); do grep -q 'Press Ctrl-C to stop' "$work/simulator$node" && break; sleep 0.1; done
+  grep -q 'Press Ctrl-C to stop' "$work/simulator$node" || { cat "$work/simulator$node" >&2; exit 1; }
 done
 
 # The kernel finds the last device first, so that one becomes /dev/ipmi0.

@@ -38,7 +38,7 @@ TEST_F(CaptureFolder, CreatesTheFolderButNotItsParents) {
 
 TEST_F(CaptureFolder, RefusesAFileInItsPlace) {
   const std::string file = folder_.Write("file", "");
-  ExpectHostError(EFailure::kNotCreated, "cannot create the folder " + file + ": it exists and is not a folder",
+  ExpectHostError(EFailure::kNotCreated, "cannot create the folder " + file + ": exists and is not a folder",
                   [&file] { const TCaptureFolder captures(file); });
 }
 

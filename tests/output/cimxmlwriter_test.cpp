@@ -25,7 +25,7 @@ TEST_F(CimXmlWriter, WritesADocumentOfDeclarations) {
             "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
             "<!-- Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
             "(interface version 1.1) -->\n"
-            "<!-- U+FFFD stands for characters that XML cannot hold and for bytes that are no UTF-8 -->\n"
+            "<!-- U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8 -->\n"
             "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n"
             "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
             "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
@@ -70,8 +70,9 @@ TEST_F(CimXmlWriter, ReplacesWhatXmlCannotHold) {
 }
 
 TEST_F(CimXmlWriter, WritesNoValueForATimeThatDoesNotExist) {
-  EXPECT_EQ(Xml(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
-            "<PROPERTY NAME=\"P\" TYPE=\"datetime\"><!-- no datetime: 20261301000000.000000+000 --></PROPERTY>");
+  EXPECT_EQ(
+      Xml(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
+      "<PROPERTY NAME=\"P\" TYPE=\"datetime\"><!-- not a valid datetime: 20261301000000.000000+000 --></PROPERTY>");
 }
 
 TEST_F(CimXmlWriter, WritesReferencesByTheirParts) {

@@ -102,11 +102,11 @@ TEST_F(MofWriter, SplitsALongStringBetweenItsCharacters) {
 
 TEST_F(MofWriter, WritesNullForATimeThatDoesNotExist) {
   EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 13, 1, 0, 0, 0, 0, 0))),
-            "NULL /* no datetime: 20261301000000.000000+000 */");
+            "NULL /* not a valid datetime: 20261301000000.000000+000 */");
   EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 1, 255, 0, 0, 0, 0, 0))),
-            "NULL /* no datetime: 202601255000000.000000+000 */");
+            "NULL /* not a valid datetime: 202601255000000.000000+000 */");
   EXPECT_EQ(Mof(TType::kDateTime, TCIMValue(TCIMDateTime(2026, 1, 31, 24, 0, 0, 0, 0))),
-            "NULL /* no datetime: 20260131240000.000000+000 */");
+            "NULL /* not a valid datetime: 20260131240000.000000+000 */");
 }
 
 TEST_F(MofWriter, WritesReferencesAsStrings) {

@@ -236,14 +236,14 @@ TEST_F(OutputFile, SaysWhyAFileCannotBeCreated) {
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/out")); }),
             "not created: cannot create " + Path("absent/out") + ": No such file or directory");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(folder_.Path()); }),
-            "not created: cannot create " + folder_.Path().string() + ": it is a folder");
+            "not created: cannot create " + folder_.Path().string() + ": is a folder");
   EXPECT_EQ(FailureOf([] { TOutputFile file(""); }), "not created: cannot create : the name is empty");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("a\n\u009bb/out")); }),
             "not created: cannot create " + Path("a\\n\\x9bb/out") + ": No such file or directory");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("absent/")); }),
-            "not created: cannot create " + Path("absent/") + ": it does not name a file");
+            "not created: cannot create " + Path("absent/") + ": does not name a file");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path(".")); }),
-            "not created: cannot create " + Path(".") + ": it is a folder");
+            "not created: cannot create " + Path(".") + ": is a folder");
   folder_.Write("file", "");
   EXPECT_EQ(FailureOf([this] { TOutputFile file(Path("file/out")); }),
             "not created: cannot create " + Path("file/out") + ": Not a directory");

@@ -98,7 +98,7 @@ TEST(PluginLoader, TheErrorOfTheSystemLoaderIsReported) {
   library.Refuse("undefined symbol: frobnicate");
   TPluginLoader loader(library);
   ExpectHostError(EFailure::kAbsent,
-                  "plugin /proc/self/exe is not a library that can be loaded: undefined symbol: frobnicate",
+                  "plugin /proc/self/exe cannot be loaded as a library: undefined symbol: frobnicate",
                   [&] { loader.Load(kFile); });
 }
 

@@ -173,20 +173,19 @@ TEST_F(RealLibraries, AMissingFileIsNamed) {
 TEST_F(RealLibraries, AFileThatIsNotALibraryIsRefused) {
   const std::string path = folder_ + "/text.so";
   std::ofstream(path) << "not a library\n";
-  ExpectHostError(EFailure::kAbsent,
-                  "plugin " + path + " is not a library that can be loaded: " + path + ": file too short",
+  ExpectHostError(EFailure::kAbsent, "plugin " + path + " cannot be loaded as a library: " + path + ": file too short",
                   [&] { loader_.Load(path); });
   std::ofstream(path) << std::string(4096, 'x');
   ExpectHostError(EFailure::kAbsent,
-                  "plugin " + path + " is not a library that can be loaded: " + path + ": invalid ELF header",
+                  "plugin " + path + " cannot be loaded as a library: " + path + ": invalid ELF header",
                   [&] { loader_.Load(path); });
 }
 
 TEST_F(RealLibraries, AFolderIsNotALibrary) {
-  ExpectHostError(EFailure::kAbsent,
-                  "plugin " + folder_ + " is not a library that can be loaded: " + folder_ +
-                      ": cannot read file data: Is a directory",
-                  [this] { loader_.Load(folder_); });
+  ExpectHostError(
+      EFailure::kAbsent,
+      "plugin " + folder_ + " cannot be loaded as a library: " + folder_ + ": cannot read file data: Is a directory",
+      [this] { loader_.Load(folder_); });
 }
 
 // Root may read everything, so this runs as another user in a separate process.

@@ -101,7 +101,7 @@ TEST_F(CollectionSize, MachineTypesCountForEachClassThatHasThem) {
   schema_->AddClass(TClassBuilder("D", "Super").Machines({"6203"}));
   EXPECT_EQ(
       MachineTypesProblemOf(*schema_),
-      "the classes have 4194324 bytes in their qualifiers 'SupportedMachineTypes', inherited ones included and 16 "
+      "the classes have 4194324 bytes in their qualifiers 'SupportedMachineTypes', including inherited ones and 16 "
       "for each element, expected at most 4194304");
 }
 

@@ -98,7 +98,7 @@ class Determinism:
             written = done.stderr.decode().strip()
         self.tally.expect(written.endswith("4.096 0,5"), f"the locale proves nothing: {written}")
         self.tally.expect(len(set(outputs.values())) == 1, "the locale changes the output")
-        print(f"locale: {written}; {len(outputs['C'])} bytes of trace and five output forms")
+        print(f"locale: {written}; {len(outputs['C'])} bytes of trace and five output formats")
 
 
 def main():

@@ -331,7 +331,7 @@ TEST(CollectorNeeds, MachineTypesOfAllClassesTogether) {
   for (int i = 1; i < 7; ++i) text += "class A" + std::to_string(i) + " : A0 {};\n";
   EXPECT_EQ(
       Needs(text),
-      "0:0 the classes have 4200112 bytes in their qualifiers 'SupportedMachineTypes', inherited ones included and "
+      "0:0 the classes have 4200112 bytes in their qualifiers 'SupportedMachineTypes', including inherited ones and "
       "16 for each element, expected at most 4194304\n");
 }
 

@@ -123,7 +123,7 @@ TEST(SchemaHostile, TheModelStaysWithinItsLimit) {
   const TSchemaResult result = ReadHostile(text);
   EXPECT_EQ(result.errors, 1U);
   EXPECT_EQ(result.diagnostics.at(0).message,
-            "the classes have more than 4194304 properties and qualifiers in all, inherited ones included");
+            "the classes have more than 4194304 properties and qualifiers in all, including inherited ones");
 }
 
 }  // namespace

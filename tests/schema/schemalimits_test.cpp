@@ -134,7 +134,7 @@ TEST(SchemaLimits, PropertiesOfOneClass) {
   schema.File("a",
               "class A { string a; string b; };\nclass B : A { string c; };\nclass C : A { string c; string d; };");
   const TSchemaResult result = schema.Read({"a"});
-  EXPECT_EQ(Messages(result), "3:7 the class 'C' has more than 3 properties, inherited ones included\n");
+  EXPECT_EQ(Messages(result), "3:7 the class 'C' has more than 3 properties, including inherited ones\n");
   EXPECT_TRUE(result.cimNamespace->FindClass("B"));
 }
 
@@ -143,7 +143,7 @@ TEST(SchemaLimits, SizeOfTheModel) {
   schema.limits.modelEntries = 3;
   schema.File("a", "class A { string a; string b; };\nclass B : A {};\nclass C : A {};\nclass D : A {};");
   EXPECT_EQ(Messages(schema.Read({"a"})),
-            "3:7 the classes have more than 3 properties and qualifiers in all, inherited ones included\n")
+            "3:7 the classes have more than 3 properties and qualifiers in all, including inherited ones\n")
       << "two for A and two for B";
 }
 

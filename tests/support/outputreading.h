@@ -1,4 +1,4 @@
-// What the output forms must say about an instance, for the fuzz target that reads them back. Header-only: it is
+// What the output formats must say about an instance, for the fuzz target that reads them back. Header-only: it is
 // built without the tests.
 #pragma once
 

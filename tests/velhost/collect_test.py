@@ -1,4 +1,4 @@
-"""Collections: values, output forms, files, failures, recordings."""
+"""Collections: values, output formats, files, failures, recordings."""
 
 import json
 import pathlib
@@ -145,8 +145,8 @@ class Failures(VelhostCase):
         self.assertEqual(document["status"], "partial")
         self.assertEqual(document["failures"][0]["class"], "KROSG_DCAPFile")
         self.assertEqual(document["failures"][0]["message"],
-                         "the collector found nothing where it needs a class (a base class or superclass that the "
-                         "schema lacks); \"velhost check\" shows what the schema lacks (assertion px != 0)")
+                         "the collector did not find a base class or superclass that it needs; "
+                         "\"velhost check\" shows what the schema lacks (assertion px != 0)")
 
     def test_class_without_the_qualifier_that_the_collector_reads(self):
         base = pathlib.Path(self.schema({"Register": (0x00ABCDEF, 8)})).read_text(encoding="utf-8")
@@ -154,8 +154,8 @@ class Failures(VelhostCase):
         document = self.collect("--schema", schema, BRIDGE, status=3)
         self.assertEqual(document["failures"],
                          [{"class": BRIDGE,
-                           "message": "the collector found nothing where it needs a qualifier; \"velhost check\" shows "
-                                      "what the schema lacks (assertion px != 0)"}])
+                           "message": "the collector did not find a qualifier that it needs; \"velhost check\" "
+                                      "shows what the schema lacks (assertion px != 0)"}])
 
 
 class Recordings(VelhostCase):

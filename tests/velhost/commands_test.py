@@ -32,7 +32,7 @@ class Usage(VelhostCase):
         self.assertEqual(done.stderr, f'velhost: {message}\nSee "velhost {see}--help".\n')
 
     def test_commands(self):
-        self.refuses("no command is given; the commands are collect, classes, plugin, check and simulate")
+        self.refuses("no command given; the commands are collect, classes, plugin, check and simulate")
         self.refuses('unknown command "colect"; did you mean collect?', "colect")
         self.refuses('unknown command "a\\x1b[2J"; the commands are collect, classes, plugin, check and simulate', "a\x1b[2J")
         self.refuses('unknown command ""; the commands are collect, classes, plugin, check and simulate', "", "classes")
@@ -52,7 +52,7 @@ class Usage(VelhostCase):
                 ("unknown option -x", "-x"),
                 ("unknown option -format; did you mean --format?", "-format", "json"),
                 ("--single-request takes no value", "--single-request=3"),
-                ("--port belongs to simulate", "--port", "1"),
+                ("--port is an option of simulate", "--port", "1"),
                 ("--format is given twice", "--format", "json", "--format=mof"),
                 ("--output is given twice", "-oa", "--output", "b"),
                 ("--timeout needs SECONDS", "--timeout"),
@@ -75,7 +75,7 @@ class Usage(VelhostCase):
         # The first wrong value is reported.
         self.refuses('--timeout takes SECONDS from 0.001 to 1000000000, not "x"', "collect", "--timeout", "x", "--color", "y",
                      see="collect ")
-        self.refuses("--format belongs to collect and check", "classes", "--format", "json", see="classes ")
+        self.refuses("--format is an option of collect and check", "classes", "--format", "json", see="classes ")
         self.refuses('--timeout must come after "collect"', "--timeout", "5", "collect", see="collect ")
 
     def test_a_suggestion_is_an_option_of_the_command(self):
@@ -132,7 +132,7 @@ class Usage(VelhostCase):
                          self.collect("--sp", f"sim:{SOURCE}/servers/failing.toml")["instances"])
         done = self.run_velhost("collect", "--sp", "sim:absent.toml")
         self.assertEqual(done.returncode, 66)
-        self.assertRegex(done.stderr, r"^velhost: cannot open absent\.toml: no such file here, and none among "
+        self.assertRegex(done.stderr, r"^velhost: cannot open absent\.toml: no such file here or among "
                          r"the shipped servers in /\S+/share/velhost/servers\n$")
         self.fails(66, "cannot open ./failing.toml: No such file or directory", "collect", "--sp", "sim:./failing.toml")
         self.fails(66, "cannot open absent.toml: no such file here", "simulate", "absent.toml")
@@ -262,7 +262,7 @@ class Usage(VelhostCase):
         self.assertIn("Machine type: 44\\x1b[31m11\n", shown)
         self.assertIn("Machine type: 1\\n2\n", self.run_velhost("classes", "--machine-type", "1\n2").stdout)
         self.assertIn(" on machine type 1\\n2; ", self.run_velhost("collect", "--machine-type", "1\n2", BRIDGE).stderr)
-        self.assertIn('yes, by "44\\x1b[31m11\\x7f\\x9b"', shown)
+        self.assertIn('yes, on "44\\x1b[31m11\\x7f\\x9b"', shown)
         name = "bad\x1b[31m.mof"
         self.write(name, "class A : B\x1b {};\n")
         for done in (self.run_velhost("check", name), self.run_velhost("collect", "--schema", name),
@@ -299,7 +299,7 @@ class Commands(VelhostCase):
     def test_classes(self):
         lines = self.output("classes", "--machine-type", "4411").splitlines()
         served = {line.split()[0]: line.split(None, 4)[1:] for line in lines if line.startswith("KROSG_")}
-        self.assertEqual(served["KROSG_T4_MEMCTL_StatisticData"], ["R8", "1", "10", 'yes, by "4411"'])
+        self.assertEqual(served["KROSG_T4_MEMCTL_StatisticData"], ["R8", "1", "10", 'yes, on "4411"'])
         self.assertEqual(served["KROSG_J2_L3Cache_StatisticData"], ["JFR", "2", "8", "no"])
         self.assertEqual(served["KROSG_DCAPFile"][0], "FFDC")
         self.assertIn("  KROSG_MEMCTL_StatisticData: no subclass serves this machine type", lines)

@@ -15,14 +15,14 @@ class Partial(VelhostCase):
         done = self.run_velhost("collect", "--schema", schema, "-o", "out.json", "KROSG_DCAPFile")
         self.assertEqual(done.returncode, 3)
         first, last = done.stderr.splitlines()
-        self.assertTrue(first.startswith("velhost: KROSG_DCAPFile: the collector found nothing where it needs"), first)
+        self.assertTrue(first.startswith("velhost: KROSG_DCAPFile: the collector did not find a base class"), first)
         self.assertEqual(last, "velhost: partial: a request failed")
 
     def test_a_deadline_covers_the_reading_of_the_schema(self):
         # No schema can be read in this time: the deadline has passed when the first file is opened.
         done = self.run_velhost("collect", "--timeout", "0.001", "-o", "out.json", BRIDGE, "KROSG_DCAPFile")
         self.assertEqual((done.returncode, done.stderr),
-                         (3, "velhost: deadline reached while the schema was read; nothing was collected\n"))
+                         (3, "velhost: deadline reached while reading the schema; nothing was collected\n"))
         self.assertFalse((self.folder / "out.json").exists())
 
     def test_mismatch_with_a_recording_is_partial(self):
@@ -142,7 +142,7 @@ class OneFileForTwo(VelhostCase):
         before = {path: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}
         done = self.run_velhost("collect", "--format", "json", *arguments)
         self.assertEqual(done.returncode, 64, done.stderr)
-        self.assertIn(f"{first} and {second} are one file", done.stderr)
+        self.assertIn(f"{first} and {second} are the same file", done.stderr)
         self.assertEqual(done.stdout, "")
         self.assertEqual({path: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}, before)
 
@@ -191,7 +191,7 @@ class OneFileForTwo(VelhostCase):
         with path.open("w") as out:
             done = subprocess.run([VELHOST, "collect", "--log", str(path)], stdout=out, stderr=subprocess.PIPE, text=True)
         self.assertEqual(done.returncode, 64)
-        self.assertIn("standard output and --log are one file", done.stderr)
+        self.assertIn("standard output and --log are the same file", done.stderr)
 
     def test_a_name_that_a_capture_file_could_have(self):
         done = self.run_velhost("collect", "--capture-dir", "caps", "--log", "caps/node1-cpu_err-0.bin")

@@ -113,7 +113,7 @@ class Stopping(VelhostCase):
     def ends(self, process, reason, what):
         output, errors = process.communicate(timeout=60)
         self.assertEqual((process.returncode, output, errors),
-                         (3, "", f"velhost: {reason} while {what} was read; nothing was collected\n"))
+                         (3, "", f"velhost: {reason} while reading {what}; nothing was collected\n"))
 
     def test_a_signal_ends_the_wait_for_an_input(self):
         for what, *option in self.INPUTS:

@@ -138,7 +138,7 @@ class Transports(VelhostCase):
         named = {pathlib.Path(f"/proc/{child}/comm").read_text().strip(): int(child) for child in children}
         os.kill(named["ipmi_sim"], signal.SIGKILL)
         self.assertEqual(process.wait(timeout=60), 69)
-        self.assertTrue(process.stderr.read().startswith("velhost: ipmi_sim ended by itself (by signal 9, SIGKILL)"))
+        self.assertTrue(process.stderr.read().startswith("velhost: ipmi_sim ended unexpectedly (signal 9, SIGKILL)"))
 
     def test_a_simulator_that_does_not_start_is_named_with_its_status(self):
         (self.folder / "bin").mkdir()
@@ -147,7 +147,7 @@ class Transports(VelhostCase):
         done = self.run_velhost("simulate", self.write("server.toml", SERVER), "--port", str(free_port()),
                                 environment={"PATH": f"{self.folder}/bin:/usr/bin:/bin"})
         self.assertEqual((done.returncode, done.stderr),
-                         (69, "velhost: ipmi_sim ended instead of starting (with status 3): no luck\n"))
+                         (69, "velhost: ipmi_sim ended during startup (exit status 3): no luck\n"))
 
     def test_lines_that_cannot_be_printed_end_it(self):
         server = self.write("server.toml", SERVER)

@@ -41,7 +41,8 @@ void TCollectionRun::Load(const std::string& pluginPath) {
   loader_.SetFatalHandler(&SayAndEndAtOnce);
   plugin_ = loader_.Load(pluginPath);
   if (plugin_->Query() != nullptr) return;
-  throw THostError(EFailure::kAbsent, "plugin " + SafeText(plugin_->Path()) + " answers no requests for instances");
+  throw THostError(EFailure::kAbsent,
+                   "plugin " + SafeText(plugin_->Path()) + " does not support requests for instances");
 }
 
 TCollectionSummary TCollectionRun::Run(const TClasses& classes, IInstanceWriter& writer) {
@@ -128,9 +129,9 @@ void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
   if (stop_.IsStopped()) {
     summary_.partialReason = StopReason();
   } else if (wasLost_ && wasLost_()) {
-    summary_.partialReason = "the service processor was lost";
+    summary_.partialReason = "the connection to the service processor was lost";
   } else if (mismatched_) {
-    summary_.partialReason = "the collection is not the recorded one";
+    summary_.partialReason = "the collection differs from the recorded one";
   } else if (!summary_.failures.empty()) {
     summary_.partialReason = "a request failed";
   }

@@ -82,7 +82,7 @@ TFiles InputsOf(const TCommandLine& commandLine, const TInstallation& installati
 
 [[noreturn]] void Refuse(const TNamedFile& output, const TNamedFile& other) {
   throw THostError(EFailure::kInvalidArgument,
-                   output.name + " and " + other.name + " are one file, which would be overwritten: " +
+                   output.name + " and " + other.name + " are the same file, which would be overwritten: " +
                        SafeText(output.name == "standard output" ? other.path : output.path));
 }
 

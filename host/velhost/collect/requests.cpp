@@ -31,15 +31,16 @@ boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std
 }
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {
-  std::string text = "the collector found nothing where it needs ";
+  std::string missing = "host object";
   if (failure.GetPointee() == "ICIMClass") {
-    text += "a class (a base class or superclass that the schema lacks)";
+    missing = "base class or superclass";
   } else if (failure.GetPointee().find("ICIMQualifier") != std::string::npos) {
-    text += "a qualifier";
-  } else {
-    text += failure.GetPointee().empty() ? "an object of the host" : "a " + failure.GetPointee();
+    missing = "qualifier";
+  } else if (!failure.GetPointee().empty()) {
+    missing = failure.GetPointee();
   }
-  return text + "; \"velhost check\" shows what the schema lacks (assertion " + failure.GetExpression() + ")";
+  return "the collector did not find a " + missing +
+         " that it needs; \"velhost check\" shows what the schema lacks (assertion " + failure.GetExpression() + ")";
 }
 
 }  // namespace

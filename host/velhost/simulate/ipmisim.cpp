@@ -53,8 +53,8 @@ const std::string& Writable(const std::string& path) {
   });
   if (plain && path.size() <= kLongestPath) return path;
   throw THostError(EFailure::kInvalidArgument, "'" + path +
-                                                   "' cannot be handed to ipmi_sim: its path has a quotation mark, a "
-                                                   "backslash or a control character, or more than 800 bytes");
+                                                   "' cannot be passed to ipmi_sim: its path has a quotation mark, a "
+                                                   "backslash, a control character or more than 800 bytes");
 }
 
 void WriteFile(const std::string& path, const std::string& content) {
@@ -231,9 +231,9 @@ std::string TIpmiSim::Output() const {
 std::string TIpmiSim::HowItEnded() const {
   siginfo_t end = {};
   if (waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) != 0) return {};
-  if (end.si_code == CLD_EXITED) return "with status " + std::to_string(end.si_status);
+  if (end.si_code == CLD_EXITED) return "exit status " + std::to_string(end.si_status);
   const char* const name = sigabbrev_np(end.si_status);
-  return "by signal " + std::to_string(end.si_status) + (name != nullptr ? std::string(", SIG") + name : "");
+  return "signal " + std::to_string(end.si_status) + (name != nullptr ? std::string(", SIG") + name : "");
 }
 
 bool AnswersIpmi(int port, milliseconds time) {

@@ -58,7 +58,7 @@ class TIpmiSim {
   /// Becomes readable when ipmi_sim has ended.
   int Descriptor() const { return descriptor_.Get(); }
   bool HasEnded() const { return WaitForEnd(std::chrono::milliseconds(0)); }
-  /// "with status 1" or "by signal 9, SIGKILL", once it has ended.
+  /// "exit status 1" or "signal 9, SIGKILL", once it has ended.
   std::string HowItEnded() const;
   /// Its output so far, without the last newline; for messages.
   std::string Output() const;

@@ -92,7 +92,7 @@ std::string FindModule(const TInstallation& installation) {
   throw THostError(
       EFailure::kUnreachable,
       "the module for ipmi_sim is not installed: " + SafeText(file) +
-          "\nThe package velhost has it, and \"cmake --build build/release --target velbmcsim\" builds it");
+          "\nIt is part of the package velhost; \"cmake --build build/release --target velbmcsim\" builds it");
 }
 
 /// Returns the server's machine type. Checks the file first, because ipmi_sim would not say what is wrong with it.
@@ -128,7 +128,7 @@ void CheckPort(int port, int type, const char* protocol) {
   const std::string place = std::string(protocol) + " port " + std::to_string(port) + " of 127.0.0.1";
   if (error == EACCES) throw THostError(EFailure::kDenied, "cannot listen on " + place + ": " + std::strerror(error));
   throw THostError(EFailure::kUnreachable, "cannot listen on " + place + ": " + std::strerror(error) +
-                                               "\n--port and --serial-port name others");
+                                               "\nUse --port or --serial-port to choose another");
 }
 
 TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstallation& installation) {
@@ -147,7 +147,7 @@ TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstalla
 [[noreturn]] void ThrowEnded(const TIpmiSim& simulator, const char* when) {
   const std::string output = simulator.Output();
   throw THostError(EFailure::kUnreachable, std::string("ipmi_sim ended ") + when + " (" + simulator.HowItEnded() + ")" +
-                                               (output.empty() ? ", and said nothing of why" : ": " + output));
+                                               (output.empty() ? ", and gave no reason" : ": " + output));
 }
 
 /// Waits for a signal and returns true; false if the time is over or the simulator has ended.
@@ -162,7 +162,7 @@ bool WaitForAnswer(const TEndingSignals& signals, const TIpmiSim& simulator, int
   const auto end = steady_clock::now() + kStartingTime;
   while (!AnswersIpmi(port, kStartingStep)) {
     if (WaitForSignal(signals, simulator, static_cast<int>(kStartingStep.count()))) return false;
-    if (simulator.HasEnded()) ThrowEnded(simulator, "instead of starting");
+    if (simulator.HasEnded()) ThrowEnded(simulator, "during startup");
     if (steady_clock::now() >= end) {
       throw THostError(EFailure::kUnreachable, "ipmi_sim does not answer on 127.0.0.1:" + std::to_string(port));
     }
@@ -192,7 +192,7 @@ std::string ConnectingLines(const TSimulateArguments& arguments, const std::stri
             std::to_string(*arguments.serialPort) +
             ",reconnect=1 -device ipmi-bmc-extern,id=bmc0,chardev=bmc -device isa-ipmi-kcs,bmc=bmc0\n";
   }
-  return text + "Ctrl-C ends it.\n";
+  return text + "Press Ctrl-C to stop.\n";
 }
 
 }  // namespace
@@ -209,7 +209,7 @@ EExitStatus SimulateCommand(const TSimulateArguments& given, const TInstallation
   if (!WaitForAnswer(signals, simulator, arguments.port)) return EExitStatus::kComplete;
   WriteToStandardOutput(ConnectingLines(arguments, machineType));
   while (!WaitForSignal(signals, simulator, -1)) {
-    if (simulator.HasEnded()) ThrowEnded(simulator, "by itself");
+    if (simulator.HasEnded()) ThrowEnded(simulator, "unexpectedly");
   }
   return EExitStatus::kComplete;
 }
