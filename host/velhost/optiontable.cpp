@@ -220,7 +220,7 @@ const std::vector<TOption> kOptions = {
     {.name = "-v",
      .levels = 3,
      .value = Count([](auto& c) -> auto& { return c.common.verbosity; }),
-     .help = "show host messages; with -vv and -vvv more of the trace"},
+     .help = "show host messages and the trace: status, debug or verbose messages"},
     {.name = "--color",
      .value = OneOf(
          kWhen, [](auto& c) -> auto& { return c.common.color; }),
