@@ -1,14 +1,30 @@
-// Decimal digits, and bytes as decimal text.
+// Decimal digits, groups of them, and bytes as decimal text.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 namespace velhost {
 
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// The runs of digits that are exactly `length` long, in order: of length 4, "Server 62035 -[6203AC1]-" has only
+/// "6203".
+inline std::vector<std::string_view> DigitGroups(std::string_view text, std::size_t length) {
+  std::vector<std::string_view> groups;
+  auto begin = std::find_if(text.begin(), text.end(), IsDigit);
+  while (begin != text.end()) {
+    const auto end = std::find_if_not(begin, text.end(), IsDigit);
+    const auto size = static_cast<std::size_t>(end - begin);
+    if (size == length) groups.push_back(text.substr(static_cast<std::size_t>(begin - text.begin()), size));
+    begin = std::find_if(end, text.end(), IsDigit);
+  }
+  return groups;
+}
 
 struct TByteText {
   std::array<char, 3> characters{};

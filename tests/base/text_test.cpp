@@ -1,5 +1,7 @@
 #include "host/base/text.h"
 
+#include "host/base/decimal.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,6 +11,17 @@ namespace velhost {
 namespace {
 
 using TWords = std::vector<std::string>;
+
+TEST(DigitGroups, AreExactlyAsLongAsAsked) {
+  const auto groupsIn = [](std::string_view text) {
+    const auto groups = DigitGroups(text, 4);
+    return TWords(groups.begin(), groups.end());
+  };
+  EXPECT_EQ(groupsIn("Server 62035 6203AC-4411"), (TWords{"6203", "4411"}));
+  EXPECT_EQ(groupsIn("6203"), TWords{"6203"});
+  EXPECT_EQ(groupsIn("62 03 620 62030"), TWords{});
+  EXPECT_EQ(groupsIn(""), TWords{});
+}
 
 TEST(Quoted, ShowsControlCharactersAsQuestionMarks) {
   EXPECT_EQ(Quoted(""), "\"\"");

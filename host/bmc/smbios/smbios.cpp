@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <boost/endian/conversion.hpp>
+#include <boost/uuid/uuid_io.hpp>
 #include <cstdio>
 
 #include "host/base/decimal.h"
@@ -13,6 +14,7 @@ namespace velhost {
 namespace {
 
 using namespace SmbiosLayout;
+using boost::endian::load_big_u16;
 using boost::endian::load_little_u16;
 using boost::endian::load_little_u32;
 using TBytes = std::span<const std::uint8_t>;
@@ -73,6 +75,22 @@ std::string StringOf(const TStructure& structure, std::size_t number) {
   return {};
 }
 
+/// The string whose number is at `offset`; empty if the structure is too short to have one.
+std::string StringAt(const TStructure& structure, std::size_t offset) {
+  return offset < structure.formatted.size() ? StringOf(structure, structure.formatted[offset]) : std::string();
+}
+
+/// Empty if it is not set, which is all zeros or all ones.
+std::optional<TSmbiosUuid> UuidOf(const TStructure& structure) {
+  TSmbiosUuid uuid{};
+  if (structure.formatted.size() < kUuid + uuid.size()) return std::nullopt;
+  std::copy_n(structure.formatted.begin() + kUuid, uuid.size(), uuid.begin());
+  const bool isSet = std::any_of(uuid.begin(), uuid.end(), [&uuid](std::uint8_t byte) {
+    return byte != uuid.front() || (byte != 0x00 && byte != 0xFF);
+  });
+  return isSet ? std::optional(uuid) : std::nullopt;
+}
+
 bool StartsWith(TBytes bytes, std::string_view text) {
   return bytes.size() >= text.size() && std::equal(text.begin(), text.end(), bytes.begin());
 }
@@ -95,9 +113,9 @@ TSmbiosFacts ParseSmbiosTable(std::span<const std::uint8_t> table) {
     if (type == kIpmiDevice) facts.declaresIpmiDevice = true;
     if (type == kSystemInformation && !systemSeen) {
       systemSeen = true;
-      if (structure->formatted.size() > kProductName) {
-        facts.productName = StringOf(*structure, structure->formatted[kProductName]);
-      }
+      facts.productName = StringAt(*structure, kProductName);
+      facts.serialNumber = StringAt(*structure, kSerialNumber);
+      facts.uuid = UuidOf(*structure);
     }
     offset += structure->size;
   }
@@ -114,15 +132,25 @@ std::optional<std::size_t> SmbiosTableSize(std::span<const std::uint8_t> entryPo
   return std::nullopt;
 }
 
-std::string MachineTypeOf(std::string_view productName) {
-  constexpr std::ptrdiff_t kDigits = 4;
-  auto begin = std::find_if(productName.begin(), productName.end(), IsDigit);
-  while (begin != productName.end()) {
-    const auto end = std::find_if_not(begin, productName.end(), IsDigit);
-    if (end - begin == kDigits) return {begin, end};
-    begin = std::find_if(end, productName.end(), IsDigit);
+std::string UuidText(TSmbiosUuid uuid, std::span<const std::uint8_t> entryPoint) {
+  const std::size_t version = StartsWith(entryPoint, kAnchor64)   ? kVersion64
+                              : StartsWith(entryPoint, kAnchor32) ? kVersion32
+                                                                  : entryPoint.size();
+  const bool isOld =
+      version + 1 < entryPoint.size() && load_big_u16(entryPoint.subspan(version, 2).data()) < kVersion26;
+  if (!isOld) {
+    std::reverse(uuid.begin(), uuid.begin() + 4);
+    std::reverse(uuid.begin() + 4, uuid.begin() + 6);
+    std::reverse(uuid.begin() + 6, uuid.begin() + 8);
   }
-  return {};
+  boost::uuids::uuid bytes{};
+  std::copy(uuid.begin(), uuid.end(), bytes.begin());
+  return to_string(bytes);
+}
+
+std::string MachineTypeOf(std::string_view productName) {
+  const auto groups = DigitGroups(productName, 4);
+  return groups.empty() ? std::string() : std::string(groups.front());
 }
 
 }  // namespace velhost

@@ -1,8 +1,9 @@
-// What the host reads from SMBIOS: the machine type, and whether there should be a BMC.
+// What the host reads from SMBIOS: the machine type, which server this is, and whether there should be a BMC.
 //
 // The parser takes bytes and trusts none of them; systemsmbios.h reads this machine's.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -14,10 +15,17 @@
 
 namespace velhost {
 
+/// The 16 bytes of a UUID as SMBIOS stores it.
+using TSmbiosUuid = std::array<std::uint8_t, 16>;
+
 /// The contents of a structure table. If a structure is malformed, only those before it count.
 struct TSmbiosFacts {
   /// The system product name (type 1), verbatim, from the first such structure; empty if there is none.
   std::string productName;
+  /// Of the same structure, verbatim; empty if there is none.
+  std::string serialNumber;
+  /// Of the same structure; empty if it is not set.
+  std::optional<TSmbiosUuid> uuid;
   /// Whether an IPMI device (type 38) is declared.
   bool declaresIpmiDevice = false;
   /// Empty for a well-formed table; otherwise what is wrong, and at which offset ("at offset 0x1b: ...").
@@ -30,6 +38,10 @@ VELHOST_API TSmbiosFacts ParseSmbiosTable(std::span<const std::uint8_t> table);
 
 /// The table size, in bytes, stated by a 32-bit or 64-bit entry point; empty for anything else.
 VELHOST_API std::optional<std::size_t> SmbiosTableSize(std::span<const std::uint8_t> entryPoint);
+
+/// "01234567-89ab-cdef-0123-456789abcdef". From SMBIOS 2.6 on the first three fields are little-endian; `entryPoint`
+/// tells the version, and anything else counts as a later one.
+VELHOST_API std::string UuidText(TSmbiosUuid uuid, std::span<const std::uint8_t> entryPoint);
 
 /// The first group of four digits in a product name: the first run of decimal digits that is exactly four long, so
 /// that "Server 62035 -[6203AC1]-" gives "6203" rather than part of a longer number. Empty if there is none.

@@ -21,14 +21,20 @@ inline constexpr std::uint8_t kSystemInformation = 1;
 inline constexpr std::uint8_t kIpmiDevice = 38;
 inline constexpr std::uint8_t kEndOfTable = 127;
 
-// System information: the product name's number, from 1, in the string set; 0 for none.
+// System information: product name and serial number by their numbers, from 1, in the string set, 0 for none; and the
+// UUID's 16 bytes.
 inline constexpr std::size_t kProductName = 5;
+inline constexpr std::size_t kSerialNumber = 7;
+inline constexpr std::size_t kUuid = 8;
 
-// Entry points, 32-bit and 64-bit: the anchor text and the size of the structure table.
+// Entry points, 32-bit and 64-bit: the anchor text, the version (major, minor) and the size of the structure table.
 inline constexpr std::string_view kAnchor32 = "_SM_";
+inline constexpr std::size_t kVersion32 = 0x06;
 inline constexpr std::size_t kTableSize32 = 0x16;  // two bytes
 inline constexpr std::string_view kAnchor64 = "_SM3_";
+inline constexpr std::size_t kVersion64 = 0x07;
 inline constexpr std::size_t kTableSize64 = 0x0C;  // four bytes, an upper limit
+inline constexpr std::uint16_t kVersion26 = 0x0206;
 
 static_assert(kHeaderSize == 4 && kProductName >= kHeaderSize);
 

@@ -30,9 +30,9 @@ std::string ReadOr(ISourceReader& reader, const std::string& path, std::size_t l
 
 std::vector<std::uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
 
-TSmbiosFacts ParseWithEntryPoint(const std::string& entryPoint, const std::string& table) {
+TSmbiosFacts ParseWithEntryPoint(const std::vector<std::uint8_t>& entryPoint, const std::string& table) {
   const std::vector<std::uint8_t> bytes = Bytes(table);
-  const std::size_t size = SmbiosTableSize(Bytes(entryPoint)).value_or(bytes.size());
+  const std::size_t size = SmbiosTableSize(entryPoint).value_or(bytes.size());
   return ParseSmbiosTable(std::span(bytes).first(std::min(size, bytes.size())));
 }
 
@@ -49,7 +49,10 @@ TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root) {
   // A missing entry point does no harm: the kernel gives the table its true size.
   ESmbiosStatus ignored = ESmbiosStatus::kRead;
   if (smbios.status == ESmbiosStatus::kRead) {
-    smbios.facts = ParseWithEntryPoint(ReadOr(reader, tables + "smbios_entry_point", kMaxSmallFile, ignored), table);
+    const std::vector<std::uint8_t> entryPoint =
+        Bytes(ReadOr(reader, tables + "smbios_entry_point", kMaxSmallFile, ignored));
+    smbios.facts = ParseWithEntryPoint(entryPoint, table);
+    if (smbios.facts.uuid) smbios.uuid = UuidText(*smbios.facts.uuid, entryPoint);
     if (!smbios.facts.defect.empty()) smbios.status = ESmbiosStatus::kMalformed;
   } else {
     smbios.facts.productName = FirstLine(ReadOr(reader, root + "/class/dmi/id/product_name", kMaxSmallFile, ignored));

@@ -20,6 +20,8 @@ struct TSystemSmbios {
   TSmbiosFacts facts;
   /// MachineTypeOf(facts.productName).
   std::string machineType;
+  /// UuidText of facts.uuid; empty if there is none.
+  std::string uuid;
 };
 
 /// Reads `root`/firmware/dmi/tables and, if that is denied, `root`/class/dmi/id/product_name. Does not throw: what

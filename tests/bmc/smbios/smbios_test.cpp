@@ -27,6 +27,52 @@ TEST(SmbiosTable, ReadsATableWrittenByHand) {
   EXPECT_EQ(facts.defect, "");
 }
 
+// Type 1 up to the UUID: strings by number, then the 16 bytes.
+const std::vector<std::uint8_t> kSystem = {1,    2,    0,    3,    0x33, 0x22, 0x11, 0x00, 0x55, 0x44,
+                                           0x77, 0x66, 0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+
+TEST(SmbiosTable, GivesSerialNumberAndUuid) {
+  TSmbiosTable table;
+  table.Add(1, kSystem, {"Maker", "Server", "S123"}).Add(1, kSystem, {"Maker", "Other", "S124"});
+  const TSmbiosFacts facts = ParseSmbiosTable(table.Bytes());
+  EXPECT_EQ(facts.serialNumber, "S123");
+  ASSERT_TRUE(facts.uuid);
+  EXPECT_EQ(*facts.uuid, (TSmbiosUuid{0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66, 0x88, 0x99, 0xAA, 0xBB, 0xCC,
+                                      0xDD, 0xEE, 0xFF}));
+}
+
+TEST(SmbiosTable, ShorterStructureHasNoUuid) {
+  for (std::size_t size = 0; size < kSystem.size(); ++size) {
+    TSmbiosTable table;
+    table.Add(1, {kSystem.begin(), kSystem.begin() + static_cast<long>(size)}, {"Maker", "Server", "S123"});
+    const TSmbiosFacts facts = ParseSmbiosTable(table.Bytes());
+    EXPECT_EQ(facts.serialNumber, size >= 4 ? "S123" : "") << size;
+    EXPECT_FALSE(facts.uuid) << size;
+  }
+}
+
+TEST(SmbiosTable, UuidOfZerosOrOnesIsNotSet) {
+  for (const int filler : {0x00, 0xFF, 0x11}) {
+    std::vector<std::uint8_t> system = {1, 2, 0, 3};
+    system.resize(20, static_cast<std::uint8_t>(filler));
+    EXPECT_EQ(ParseSmbiosTable(TSmbiosTable().Add(1, system, {"Maker"}).Bytes()).uuid.has_value(), filler == 0x11);
+  }
+}
+
+TEST(SmbiosUuid, BeginsWithLittleEndianFieldsFromVersion26On) {
+  const TSmbiosUuid uuid = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66,
+                            0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
+  const std::string swapped = "00112233-4455-6677-8899-aabbccddeeff";
+  const std::string plain = "33221100-5544-7766-8899-aabbccddeeff";
+  using TBytes = std::vector<std::uint8_t>;
+  EXPECT_EQ(UuidText(uuid, {}), swapped);
+  EXPECT_EQ(UuidText(uuid, TBytes{'_', 'S', 'M', '_', 0, 0, 2, 6}), swapped);
+  EXPECT_EQ(UuidText(uuid, TBytes{'_', 'S', 'M', '_', 0, 0, 2, 5}), plain);
+  EXPECT_EQ(UuidText(uuid, TBytes{'_', 'S', 'M', '_', 0, 0, 2}), swapped);
+  EXPECT_EQ(UuidText(uuid, TBytes{'_', 'S', 'M', '3', '_', 0, 0, 3, 0}), swapped);
+  EXPECT_EQ(UuidText(uuid, TBytes{'_', 'S', 'M', '3', '_', 0, 0, 2, 5}), plain);
+}
+
 TEST(SmbiosTable, FirstSystemStructureWins) {
   TSmbiosTable table;
   table.Add(1, {0, 1}, {"first"}).Add(1, {0, 1}, {"second"});

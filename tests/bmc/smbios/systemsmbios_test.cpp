@@ -37,6 +37,23 @@ TEST(SystemSmbios, ReadsTheTable) {
   EXPECT_TRUE(smbios.facts.declaresIpmiDevice);
 }
 
+TEST(SystemSmbios, GivesTheUuidInTheOrderOfTheVersion) {
+  std::vector<std::uint8_t> system = {0, 1, 0, 2};
+  system.resize(20, 0x11);
+  system[4] = 0xA0;
+  TMemoryReader reader;
+  reader.Add(kTable, TSmbiosTable().Add(1, system, {"Server", "S1"}).Text());
+  const TSystemSmbios newer = ReadSystemSmbios(reader, "/r");
+  EXPECT_EQ(newer.facts.serialNumber, "S1");
+  EXPECT_EQ(newer.uuid, "111111a0-1111-1111-1111-111111111111");
+  std::string entryPoint(31, '\0');
+  entryPoint.replace(0, 4, "_SM_");
+  entryPoint[0x06] = 2;
+  entryPoint[0x16] = 35;
+  reader.Add(kEntryPoint, entryPoint);
+  EXPECT_EQ(ReadSystemSmbios(reader, "/r").uuid, "a0111111-1111-1111-1111-111111111111");
+}
+
 TEST(SystemSmbios, ReadsNoFurtherThanTheEntryPointSays) {
   TMemoryReader reader;
   reader.Add(kTable, Server().Text());
