@@ -4,8 +4,10 @@
 
 #include <array>
 #include <cstdio>
+#include <numeric>
 #include <thread>
 
+#include "host/velhost/simulate/fruinventory.h"
 #include "host/velhost/simulate/ipmisim.h"
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/support/namespaces.h"
@@ -99,6 +101,19 @@ TEST_F(Simulate, AnswersIpmitool) {
   EXPECT_EQ(OutputOf(command + "0x2e 0x90 0x39 0x30 0x00 0x06 0x63 0x70 0x75 0x5f 0x65 0x72 0x72"),
             " 39 30 00 03 00 00 00\n");
   EXPECT_THAT(OutputOf(command + "0x3a 0x62 0 0 0 0"), HasSubstr("rsp=0xcb"));
+}
+
+TEST_F(Simulate, ItsFruNamesTheMachineType) {
+  SKIP_WITHOUT_IPMI_SIM();
+  if (std::system("command -v ipmitool >/dev/null 2>&1") != 0) GTEST_SKIP() << "ipmitool is not installed";
+  TRunningSimulator simulator("machine_type = \"6203\"\n[[bmc_node]]\n");
+  EXPECT_THAT(simulator.Printed(), HasSubstr(" --cipher-suite 3 --schema example\n"));
+  std::string command = LineOf(simulator.Printed(), "ipmitool");
+  command.replace(command.find("mc info"), 7, "fru print 0");
+  EXPECT_EQ(OutputOf(command),
+            " Product Manufacturer  : velhost\n"
+            " Product Name          : Simulated server\n"
+            " Product Part Number   : 6203\n");
 }
 
 TEST_F(Simulate, AnswersFreeIpmi) {
@@ -270,6 +285,37 @@ serial 15 127.0.0.1 9002 codec VM
 user 2 true "ipmiusr" "test" admin 60 none md2 md5 straight
 loadlib "/m/velbmcsim.so" "1 /s f/server.toml"
 )");
+}
+
+TEST(IpmiSimCommands, GiveFru0TheMachineType) {
+  TIpmiSimSettings settings;
+  settings.machineType = "6203";
+  EXPECT_EQ(IpmiSimCommands(settings),
+            "mc_setbmc 0x20\n"
+            "mc_add 0x20 0 no-device-sdrs 0x01 1 0 0x9f 0x003039 0x0001\n"
+            "mc_add_fru_data 0x20 0 48 data"
+            " 0x01 0x00 0x00 0x00 0x01 0x00 0x00 0xfe"
+            " 0x01 0x05 0x19"
+            " 0xc7 0x76 0x65 0x6c 0x68 0x6f 0x73 0x74"
+            " 0xd0 0x53 0x69 0x6d 0x75 0x6c 0x61 0x74 0x65 0x64 0x20 0x73 0x65 0x72 0x76 0x65 0x72"
+            " 0xc4 0x36 0x32 0x30 0x33"
+            " 0xc0 0xc0 0xc0 0xc0 0xc1 0x00 0x96\n"
+            "mc_enable 0x20\n");
+}
+
+TEST(FruInventory, HoldsUpTo63BytesOfTheMachineTypeAndNeverAnEndMark) {
+  // The field's type and length are at byte 36, after the header, the area's start, the manufacturer and the name.
+  const auto lengthIn = [](const std::string& machineType) { return FruInventory(machineType).at(36); };
+  EXPECT_EQ(lengthIn(""), 0xC0);
+  EXPECT_EQ(lengthIn("7"), 0xC2);
+  EXPECT_EQ(lengthIn("62"), 0xC2);
+  EXPECT_EQ(lengthIn(std::string(63, 'x')), 0xFF);
+  EXPECT_EQ(lengthIn(std::string(64, 'x')), 0xFF);
+  for (std::size_t size = 0; size < 70; ++size) {
+    const std::vector<std::uint8_t> inventory = FruInventory(std::string(size, 'x'));
+    EXPECT_EQ(inventory.size(), 8U + 8U * inventory[9]) << size;
+    EXPECT_EQ(std::accumulate(inventory.begin(), inventory.end(), 0) % 256, 0) << size;
+  }
 }
 
 TEST(IpmiSimConfiguration, RefusesAPathThatItCannotWrite) {

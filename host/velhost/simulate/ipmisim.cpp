@@ -23,7 +23,9 @@
 #include <utility>
 #include <vector>
 
+#include "host/base/hex.h"
 #include "host/base/hosterror.h"
+#include "host/velhost/simulate/fruinventory.h"
 
 namespace velhost {
 
@@ -40,12 +42,6 @@ constexpr useconds_t kRemovalStep = 20'000;
 
 // The whole environment of ipmi_sim: the user's may hold secrets.
 constexpr std::array<const char*, 3> kEnvironment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C", nullptr};
-
-// The BMC at address 0x20: device ID, no SDRs, revision, firmware version, capabilities, manufacturer, product.
-constexpr const char* kCommands =
-    "mc_setbmc 0x20\n"
-    "mc_add 0x20 0 no-device-sdrs 0x01 1 0 0x9f 0x003039 0x0001\n"
-    "mc_enable 0x20\n";
 
 const std::string& Writable(const std::string& path) {
   const bool plain = std::none_of(path.begin(), path.end(), [](char c) {
@@ -144,6 +140,18 @@ std::string IpmiSimConfiguration(const TIpmiSimSettings& settings) {
   return text.str();
 }
 
+std::string IpmiSimCommands(const TIpmiSimSettings& settings) {
+  const std::vector<std::uint8_t> fru = FruInventory(settings.machineType);
+  std::ostringstream text;
+  // The BMC at address 0x20: device ID, no SDRs, revision, firmware version, capabilities, manufacturer, product.
+  text << "mc_setbmc 0x20\n"
+       << "mc_add 0x20 0 no-device-sdrs 0x01 1 0 0x9f 0x003039 0x0001\n"
+       << "mc_add_fru_data 0x20 0 " << fru.size() << " data";
+  for (const std::uint8_t byte : fru) text << " 0x" << HexPair(byte);
+  text << "\nmc_enable 0x20\n";
+  return text.str();
+}
+
 TPrivateFolder::TPrivateFolder() {
   const char* const base = std::getenv("TMPDIR");
   std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/velhost-simulate-XXXXXX";
@@ -190,7 +198,7 @@ TIpmiSim::~TIpmiSim() {
 void TIpmiSim::WriteFiles(const TIpmiSimSettings& settings) const {
   const std::string& folder = folder_.Path();
   WriteFile(folder + "/lan.conf", IpmiSimConfiguration(settings));
-  WriteFile(folder + "/commands", kCommands);
+  WriteFile(folder + "/commands", IpmiSimCommands(settings));
   fs::create_directory(folder + "/state");
 }
 

@@ -15,6 +15,7 @@ struct TIpmiSimSettings {
   std::string program;     ///< the path of ipmi_sim
   std::string module;      ///< the path of velbmcsim.so
   std::string serverFile;  ///< an absolute path
+  std::string machineType;
   int node = 0;
   int port = 0;                   ///< UDP, of 127.0.0.1
   std::optional<int> serialPort;  ///< TCP, of 127.0.0.1
@@ -25,6 +26,8 @@ struct TIpmiSimSettings {
 /// The configuration file of a run. Throws THostError (kInvalidArgument) for a path that ipmi_sim's configuration
 /// cannot express: one that has quotes, backslashes or control characters, or is too long.
 std::string IpmiSimConfiguration(const TIpmiSimSettings& settings);
+/// The commands that set up the simulated BMC: its device, and FRU 0 with the machine type.
+std::string IpmiSimCommands(const TIpmiSimSettings& settings);
 
 /// A folder that is removed with its content on destruction. If this process is killed, a child process that waits
 /// for this removes it.

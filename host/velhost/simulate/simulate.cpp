@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "host/base/decimal.h"
 #include "host/base/descriptor.h"
 #include "host/base/sourcereader.h"
 #include "host/base/unsafetext.h"
@@ -131,11 +132,13 @@ void CheckPort(int port, int type, const char* protocol) {
                                                "\nUse --port or --serial-port to choose another");
 }
 
-TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const TInstallation& installation) {
+TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const std::string& machineType,
+                            const TInstallation& installation) {
   TIpmiSimSettings settings;
   settings.program = FindProgram();
   settings.module = FindModule(installation);
   settings.serverFile = fs::absolute(arguments.file).string();
+  settings.machineType = machineType;
   settings.node = arguments.node;
   settings.port = arguments.port;
   settings.serialPort = arguments.serialPort;
@@ -176,6 +179,13 @@ std::string ShellWord(const std::string& text) {
   return quoted + "'";
 }
 
+/// Only needed if a client would find another machine type in the FRU inventory.
+std::string MachineTypeOption(const std::string& machineType) {
+  const auto groups = DigitGroups(machineType, 4);
+  if (!groups.empty() && groups.front() == machineType) return {};
+  return " --machine-type " + ShellWord(SafeText(machineType));
+}
+
 std::string ConnectingLines(const TSimulateArguments& arguments, const std::string& machineType) {
   const std::string port = std::to_string(arguments.port);
   const std::string user = kSimulatedUser;
@@ -185,8 +195,8 @@ std::string ConnectingLines(const TSimulateArguments& arguments, const std::stri
                      ").\nConnect with one of:\n  ipmitool -I lanplus -C 3 -H 127.0.0.1 -p " + port + " -U " + user +
                      " -P " + password + " mc info\n  ipmi-raw -D LAN_2_0 -h 127.0.0.1:" + port + " -u " + user +
                      " -p " + password + " -I 3 -l ADMIN -W opensesspriv 0 6 1\n  VELHOST_IPMI_PASSWORD=" + password +
-                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port +
-                     " --cipher-suite 3 --schema example --machine-type " + ShellWord(SafeText(machineType)) + "\n";
+                     " velhost collect --sp lan:" + user + "@127.0.0.1:" + port + " --cipher-suite 3 --schema example" +
+                     MachineTypeOption(machineType) + "\n";
   if (arguments.serialPort) {
     text += "As the BMC of a virtual machine:\n  qemu-system-x86_64 ... -chardev socket,id=bmc,host=127.0.0.1,port=" +
             std::to_string(*arguments.serialPort) +
@@ -201,7 +211,7 @@ EExitStatus SimulateCommand(const TSimulateArguments& given, const TInstallation
   TSimulateArguments arguments = given;
   arguments.file = installation.FindServer(given.file);
   const std::string machineType = CheckServer(arguments);
-  const TIpmiSimSettings settings = SettingsOf(arguments, installation);
+  const TIpmiSimSettings settings = SettingsOf(arguments, machineType, installation);
   CheckPort(arguments.port, SOCK_DGRAM, "UDP");
   if (arguments.serialPort) CheckPort(*arguments.serialPort, SOCK_STREAM, "TCP");
   const TEndingSignals signals;
