@@ -67,7 +67,7 @@ EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& in
   if (options.machineType) {
     machineType = *options.machineType;
   } else {
-    machineType = ConnectServer(options, installation, inputs)->Environment().MachineType();
+    machineType = ConnectServer(options, installation, inputs, *cimNamespace)->Environment().MachineType();
   }
   WriteToStandardOutput(SafeLines(FormatClasses(*cimNamespace, machineType)));
   return EExitStatus::kComplete;

@@ -5,13 +5,14 @@
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
-#include "host/bmc/lan/lanserviceprocessor.h"
+#include "host/bmc/lan/lanspec.h"
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faultinjector.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/smbios/systemsmbios.h"
+#include "host/velhost/lanconnection.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/optiontable.h"
 
@@ -25,6 +26,7 @@ class TSimulatedConnection : public IServerConnection {
       : server_(Read(path, inputs)), faults_(server_, server_.Server().faults), environment_(server_.Server()) {}
   IServiceProcessor& ServiceProcessor() override { return faults_; }
   IHostEnvironment& Environment() override { return environment_; }
+  TServerFacts Facts() const override { return {.isSimulated = true}; }
 
  private:
   static TServerFile Read(const std::string& path, TInputs& inputs) {
@@ -39,22 +41,14 @@ class TSimulatedConnection : public IServerConnection {
   TSimulatedEnvironment environment_;
 };
 
-// The local server: SMBIOS gives its machine type.
-class TInbandEnvironment : public TSystemEnvironment {
- public:
-  explicit TInbandEnvironment(const TSystemSmbios& smbios) : machineType_(smbios.machineType) {}
-  std::string MachineType() override { return machineType_; }
-
- private:
-  std::string machineType_;
-};
-
+// The local server, which SMBIOS describes.
 class TInbandConnection : public IServerConnection {
  public:
   explicit TInbandConnection(const std::vector<std::string>& devices)
-      : smbios_(ReadSystem()), serviceProcessor_(OpenInband(devices, smbios_)), environment_(smbios_) {}
+      : smbios_(ReadSystem()), serviceProcessor_(OpenInband(devices, smbios_)), environment_(smbios_.machineType) {}
   IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
   IHostEnvironment& Environment() override { return environment_; }
+  TServerFacts Facts() const override { return {.serialNumber = smbios_.facts.serialNumber, .uuid = smbios_.uuid}; }
 
  private:
   static TSystemSmbios ReadSystem() {
@@ -64,7 +58,7 @@ class TInbandConnection : public IServerConnection {
 
   TSystemSmbios smbios_;
   std::unique_ptr<IServiceProcessor> serviceProcessor_;
-  TInbandEnvironment environment_;
+  TServerEnvironment environment_;
 };
 
 class TReplayConnection : public IServerConnection {
@@ -98,70 +92,6 @@ class TReplayConnection : public IServerConnection {
   std::unique_ptr<TReplay> replay_;
 };
 
-// BMC nodes on the network. Only the user knows their machine type.
-class TLanConnection : public IServerConnection {
- public:
-  TLanConnection(const TCommonOptions& options, const std::vector<std::string>& specs,
-                 const TInstallation& installation, TInputs& inputs)
-      : serviceProcessor_(OpenLan(LanOptions(options, specs, inputs), inputs.Stop(), {installation.ModuleFolder()},
-                                  [this](ELanNotice kind, const std::string& text) { Tell(kind, text); })) {}
-  IServiceProcessor& ServiceProcessor() override { return *serviceProcessor_; }
-  IHostEnvironment& Environment() override { return environment_; }
-  bool WasLost() const override { return lost_; }
-
- private:
-  void Tell(ELanNotice kind, const std::string& text) {
-    lost_ = lost_ || kind == ELanNotice::kLost;
-    Say(kind == ELanNotice::kWarning ? "warning: " + text : text);
-  }
-  static std::vector<TLanOptions> LanOptions(const TCommonOptions& options, const std::vector<std::string>& specs,
-                                             TInputs& inputs) {
-    TInputReader reader(inputs, {"the password file", "--password-file", EFileKind::kUnknown}, {options.passwordFile});
-    std::vector<TLanOptions> nodes;
-    for (const std::string& spec : specs) nodes.push_back(ParseLanSpec(spec));
-    const std::string warning = PasswordFileWarning(options.passwordFile);
-    if (!warning.empty()) Say("warning: " + warning);
-    const TSecret password = LanPassword(options.passwordFile, options.passwordVariable, reader);
-    for (TLanOptions& node : nodes) {
-      node.password = password;
-      node.privilege = LanPrivilegeOf(options.privilege).value_or(ELanPrivilege::kAdmin);
-      if (options.cipherSuite) node.cipherSuites = {*options.cipherSuite};
-    }
-    return nodes;
-  }
-
-  bool lost_ = false;
-  std::unique_ptr<IServiceProcessor> serviceProcessor_;
-  TSystemEnvironment environment_;
-};
-
-// For a run that was stopped before a session existed: nothing answers, and no request is sent.
-class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
- public:
-  IServiceProcessor& ServiceProcessor() override { return *this; }
-  IHostEnvironment& Environment() override { return environment_; }
-
-  TDiscovery Discover() override { return {}; }
-  std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest&, const TStopSignal&) override { return std::nullopt; }
-
- private:
-  TSystemEnvironment environment_;
-};
-
-std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, const std::vector<std::string>& specs,
-                                              const TInstallation& installation, TInputs& inputs) {
-  try {
-    return std::make_unique<TLanConnection>(options, specs, installation, inputs);
-  } catch (const TEndedReading&) {
-    throw;
-  } catch (const THostError& error) {
-    const bool mayBeTheStop = error.Kind() == EFailure::kStopped || error.Kind() == EFailure::kUnreachable;
-    if (!mayBeTheStop || !inputs.Stop().IsStopped()) throw;
-    Say(error.what());
-    return std::make_unique<TUnopenedConnection>();
-  }
-}
-
 [[noreturn]] void ThrowUnknown(const std::string& spec) {
   std::string forms;
   std::vector<std::string> schemes;
@@ -182,11 +112,6 @@ std::string FileOf(const std::string& spec) {
                    "--sp " + scheme + " needs a file: --sp " + scheme + ":FILE\nSee \"velhost --help\".");
 }
 
-void RequireMachineType(const TCommonOptions& options, const std::string& known, const std::string& why) {
-  if (options.machineType || !known.empty()) return;
-  throw THostError(EFailure::kInvalidArgument, why + "; give it with --machine-type NNNN");
-}
-
 // Several specs are allowed only if all are inband: or all are lan:.
 void CheckCombination(const std::vector<std::string>& specs) {
   const std::string scheme = SchemeOf(specs.front());
@@ -204,7 +129,7 @@ void CheckCombination(const std::vector<std::string>& specs) {
 }  // namespace
 
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
-                                                 TInputs& inputs) {
+                                                 TInputs& inputs, const TNamespace& cimNamespace) {
   const std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
   // Checked before any message repeats a SPEC that contains a password.
@@ -217,14 +142,13 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     std::vector<std::string> devices;
     for (const std::string& spec : specs) devices.push_back(ParseInbandSpec(spec));
     auto connection = std::make_unique<TInbandConnection>(devices);
-    RequireMachineType(options, connection->Environment().MachineType(), "SMBIOS does not contain the machine type");
+    if (!options.machineType && connection->Environment().MachineType().empty()) {
+      throw THostError(EFailure::kInvalidArgument,
+                       "SMBIOS does not contain the machine type; give it with --machine-type NNNN");
+    }
     return connection;
   }
-  if (SchemeOf(first) == "lan") {
-    for (const std::string& spec : specs) ParseLanSpec(spec);  // a malformed address is reported first
-    RequireMachineType(options, "", "the machine type is not known over the network");
-    return ConnectLan(options, specs, installation, inputs);
-  }
+  if (SchemeOf(first) == "lan") return ConnectLan(options, specs, installation, inputs, cimNamespace);
   if (SchemeOf(first) == "replay") {
     return std::make_unique<TReplayConnection>(FileOf(first), options.replayTiming, inputs);
   }

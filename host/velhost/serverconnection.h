@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/bmc/iserviceprocessor.h"
+#include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
 #include "host/velhost/commandline.h"
 #include "host/velhost/inputs.h"
@@ -14,12 +15,21 @@
 
 namespace velhost {
 
+/// Which server a connection leads to. Empty texts are unknown.
+struct TServerFacts {
+  bool isSimulated = false;  ///< the answers are made up, in this run or in the recorded one
+  std::string recorded{};    ///< when the recording was made that is replayed
+  std::string serialNumber{};
+  std::string uuid{};
+};
+
 class IServerConnection {
  public:
   virtual ~IServerConnection() = default;
   virtual IServiceProcessor& ServiceProcessor() = 0;
   /// The server's own machine type and clock.
   virtual IHostEnvironment& Environment() = 0;
+  virtual TServerFacts Facts() const { return {}; }
   /// Whether a node was given up during the run, so that the collection is only partial.
   virtual bool WasLost() const { return false; }
   /// A request that the recording does not contain, in one line; empty if there was none.
@@ -31,9 +41,20 @@ class IServerConnection {
 
 /// Opens the servers that --sp names, by default the demo server. Throws THostError; sets the process's time zone for
 /// a replay. If the run is stopped while a session on the network is being opened, returns a connection that never
-/// answers; if it is stopped while a file is read, throws TEndedReading.
+/// answers and may have no machine type; if it is stopped while a file is read, throws TEndedReading. On the network
+/// there may be several candidates for the machine type; the first that occurs in the schema's lists of them counts.
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
-                                                 TInputs& inputs);
+                                                 TInputs& inputs, const TNamespace& cimNamespace);
+
+/// A server with a known machine type and the system's clock.
+class TServerEnvironment : public TSystemEnvironment {
+ public:
+  explicit TServerEnvironment(std::string machineType = {}) : machineType_(std::move(machineType)) {}
+  std::string MachineType() override { return machineType_; }
+
+ private:
+  std::string machineType_;
+};
 
 /// The connection's environment, with the machine type of the command line if there is one.
 class TSessionEnvironment : public IHostEnvironment {

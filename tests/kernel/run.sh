@@ -148,7 +148,7 @@ collect() { # name, arguments
 if [ -e "$root/velhost/bin/velhost" ]; then
   collect sim --sp "sim:$work/server.toml" --record "$work/recording.jsonl"
   collect replay --sp "replay:$work/recording.jsonl"
-  collect lan --schema example --machine-type 6203 --sp "lan:ipmiusr@127.0.0.1:${network[0]}" --sp "lan:ipmiusr@127.0.0.1:${network[1]}"
+  collect lan --schema example --sp "lan:ipmiusr@127.0.0.1:${network[0]}" --sp "lan:ipmiusr@127.0.0.1:${network[1]}"
   instances "$work/output" >"$work/inband"
   for class in KROSG_T4_MEMCTL KROSG_VO_PCIIOBRIDGE KROSG_DCAPFile; do
     grep -q "$class" "$work/sim" || { echo "FAILED: the simulator gives nothing of $class to compare with" >&2; exit 1; }

@@ -24,7 +24,6 @@ class Usage(VelhostCase):
     def test_wrong_usage(self):
         self.fails(64, "did you mean KROSG_VO_PCIIOBRIDGE_StatisticData?", "collect", "KROSG_VO_PCIIOBRIGE_StatisticData")
         self.fails(64, "cannot be used together", "collect", "--sp", "sim", "--sp", "inband")
-        self.fails(64, "--machine-type", "collect", "--schema", "example", "--sp", "lan:192.0.2.1")
 
     def refuses(self, message, *arguments, see=""):
         done = self.run_velhost(*arguments)

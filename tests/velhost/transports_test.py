@@ -84,8 +84,12 @@ class Transports(VelhostCase):
         return process, port
 
     def lan_arguments(self, port, schema):
-        return ["collect", "--format", "json", "--schema", schema, "--machine-type", "6203", "--sp",
-                f"lan:{self.user}@127.0.0.1:{port}", "--cipher-suite", "3", BRIDGE, "KROSG_DCAPFile"]
+        return ["collect", "--format", "json", "--schema", schema, "--sp", f"lan:{self.user}@127.0.0.1:{port}",
+                "--cipher-suite", "3", BRIDGE, "KROSG_DCAPFile"]
+
+    def collect_over_lan(self, port, schema, *arguments):
+        return subprocess.run([VELHOST, *self.lan_arguments(port, schema), *arguments], capture_output=True, text=True,
+                              cwd=self.folder, env=self.environment, timeout=120)
 
     def test_a_killed_simulator_leaves_nothing(self):
         process, port = self.simulate(SERVER)
@@ -115,6 +119,47 @@ class Transports(VelhostCase):
             for instance in document["instances"]:
                 instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the system's
         self.assertEqual(simulated["instances"], over_network["instances"])
+
+    def test_the_machine_type_over_the_network_is_the_frus(self):
+        _, port = self.simulate(SERVER)
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        server = str(self.folder / "server.toml")
+        simulated = self.collect("--schema", schema, "--sp", f"sim:{server}", BRIDGE, "KROSG_DCAPFile")
+        done = self.collect_over_lan(port, schema, "--record", "run.jsonl")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        document = json.loads(done.stdout)
+        self.assertEqual(document["machine_type"], "6203")
+        # Reading it is no part of the collection.
+        self.assertEqual(document["exchanges"]["total"], simulated["exchanges"]["total"])
+        recorded = (self.folder / "run.jsonl").read_text()
+        self.assertEqual(json.loads(recorded.splitlines()[0])["machine_type"], "6203")
+        self.assertNotIn('"request":"01 20 0a', recorded)
+
+    def test_the_schema_decides_between_machine_types(self):
+        _, port = self.simulate(SERVER.replace('"6203"', '"62031 9999 6203"'))
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        self.assertEqual(json.loads(self.collect_over_lan(port, schema).stdout)["machine_type"], "6203")
+        pathlib.Path(schema).write_text(pathlib.Path(schema).read_text().replace('"6203"', '"6204"'))
+        self.assertEqual(json.loads(self.collect_over_lan(port, schema).stdout)["machine_type"], "9999")
+
+    def test_another_machine_type_than_the_frus_is_warned_of(self):
+        _, port = self.simulate(SERVER)
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        done = self.collect_over_lan(port, schema, "--machine-type", "4411")
+        self.assertEqual((done.returncode, done.stderr),
+                         (0, f"velhost: warning: lan:127.0.0.1:{port}: --machine-type 4411 overrides 6203, which the FRU "
+                             "inventory names\n"))
+        self.assertEqual(json.loads(done.stdout)["machine_type"], "4411")
+        self.assertEqual(self.collect_over_lan(port, schema, "--machine-type", "6203").stderr, "")
+
+    def test_a_machine_type_that_nobody_gives_is_a_usage_error(self):
+        _, port = self.simulate(SERVER.replace('"6203"', '"X1"'))
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        done = self.collect_over_lan(port, schema)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (64, "", (
+            f'velhost: lan:127.0.0.1:{port}: the FRU inventory names no machine type: no group of four digits in the '
+            'product name "Simulated server" and the part number "X1"; give it with --machine-type NNNN\n')))
+        self.assertEqual(self.collect_over_lan(port, schema, "--machine-type", "6203").returncode, 0)
 
     def test_another_client_reads_the_bytes_of_the_server_file(self):
         if not shutil.which("ipmitool"):

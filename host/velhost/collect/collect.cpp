@@ -125,7 +125,7 @@ class TCollection {
         namespace_(schema_.cimNamespace) {
     // An unknown class ends the command before anything is opened or sent.
     ChooseClasses(*namespace_, options_.classes, "");
-    connection_ = ConnectServer(common_, installation, inputs_);
+    connection_ = ConnectServer(common_, installation, inputs_, *namespace_);
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
     classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType());
