@@ -12,6 +12,8 @@
 #include "host/base/text.h"
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
+#include "host/schema/classpaths.h"
+#include "host/schema/needfindings.h"
 #include "wire/registerblock.h"
 
 namespace velhost {
@@ -22,29 +24,24 @@ using CollectorProfile::EPath;
 using TType = TCIMValue::TCIMType;
 
 const TPropertyMap kNoContext;
-constexpr std::size_t kMostFindings = 1000;  // a hostile schema could have millions
 
 std::string TypeName(TType type, bool isArray) {
   const std::string name = type.GetCode() == TType::kReference ? "reference" : type.ToString();
   return isArray ? "array of " + name : name;
 }
 
-bool IsInteger(const TCIMValue& value) {
-  return value.GetType().GetCode() >= TType::kUint8 && value.GetType().GetCode() <= TType::kSint64;
-}
-
 class TNeeds {
  public:
-  TNeeds(const TNamespace& cimNamespace, const std::string& schemaName, const TSchemaSources* sources)
-      : namespace_(cimNamespace), schemaName_(schemaName), sources_(sources) {}
+  TNeeds(const TNamespace& cimNamespace, const TSchemaSources* sources)
+      : namespace_(cimNamespace), paths_(cimNamespace), findings_(sources) {}
 
-  std::vector<TTextDiagnostic> Check();
+  std::vector<TTextDiagnostic> Check(const std::string& schemaName);
   bool IsMetBy(const TCIMClass& cimClass);
 
  private:
   using TClass = boost::shared_ptr<TCIMClass>;
 
-  void FindBases();
+  void CheckPresence(const TSourceLocation& nowhere);
   void CheckClass(const TCIMClass& cimClass);
   void CheckPath(const TCIMClass& cimClass, EPath path, const std::string& role);
   void CheckMachineTypes(const TCIMClass& cimClass, const std::string& role);
@@ -57,94 +54,50 @@ class TNeeds {
   void CheckSize(const TCIMClass& cimClass, EPath path);
   void CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
   void CheckCaptureClass(const TCIMClass& cimClass);
-  const TSchemaSource* SourceOf(const TSourceLocation& location) const;
-  void Find(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message);
-  void Error(const TSourceLocation& location, std::string message) {
-    Find(EDiagnosticSeverity::kError, location, std::move(message));
-  }
 
   const TNamespace& namespace_;
-  const std::string& schemaName_;
-  const TSchemaSources* sources_;
-  std::vector<TClass> bases_;
-  std::vector<TTextDiagnostic> findings_;
-  std::size_t dropped_ = 0;
-  bool hasError_ = false;  // dropped ones count
+  const TClassPaths paths_;
+  TNeedFindings findings_;
 };
 
-void TNeeds::Find(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message) {
-  hasError_ = hasError_ || severity == EDiagnosticSeverity::kError;
-  if (findings_.size() >= kMostFindings) {
-    ++dropped_;
-    return;
+std::vector<TTextDiagnostic> TNeeds::Check(const std::string& schemaName) {
+  const TSourceLocation nowhere{schemaName, 0, 0};
+  CheckPresence(nowhere);
+  const std::string tooManyMachineTypes = CollectorProfile::MachineTypesProblemOf(namespace_);
+  if (!tooManyMachineTypes.empty()) findings_.Error(nowhere, tooManyMachineTypes);
+  for (const TClass& cimClass : namespace_.Classes()) {
+    findings_.Begin(*cimClass);
+    CheckClass(*cimClass);
   }
-  TTextDiagnostic finding;
-  finding.severity = severity;
-  finding.location = location;
-  finding.message = std::move(message);
-  if (const TSchemaSource* source = SourceOf(location)) {
-    SetSourceLine(finding, source->Line(location.line));
-    if (source->IsHidden()) finding.message = kHiddenMessage;
-  }
-  findings_.push_back(std::move(finding));
-}
-
-const TSchemaSource* TNeeds::SourceOf(const TSourceLocation& location) const {
-  if (sources_ == nullptr || location.line == 0) return nullptr;
-  const auto source = std::find_if(sources_->begin(), sources_->end(),
-                                   [&](const auto& candidate) { return candidate->Name() == location.file; });
-  return source == sources_->end() ? nullptr : source->get();
-}
-
-std::vector<TTextDiagnostic> TNeeds::Check() {
-  const TSourceLocation nowhere{schemaName_, 0, 0};
-  FindBases();
-  if (!namespace_.FindClass(CollectorProfile::kCaptureClass)) {
-    Error(nowhere,
-          "the class " + SingleQuoted(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
-  }
-  const std::string machineTypes = CollectorProfile::MachineTypesProblemOf(namespace_);
-  if (!machineTypes.empty()) Error(nowhere, machineTypes);
-  for (const TClass& cimClass : namespace_.Classes()) CheckClass(*cimClass);
-  if (dropped_ > 0) {
-    findings_.push_back(
-        {EDiagnosticSeverity::kError, nowhere, "and " + std::to_string(dropped_) + " more findings", {}});
-  }
-  return std::move(findings_);
+  return findings_.Finish(schemaName);
 }
 
 bool TNeeds::IsMetBy(const TCIMClass& cimClass) {
-  FindBases();
-  hasError_ = false;  // a base class that is missing concerns no single class
   CheckClass(cimClass);
-  return !hasError_;
+  return !findings_.HasError();
 }
 
-void TNeeds::FindBases() {
+void TNeeds::CheckPresence(const TSourceLocation& nowhere) {
   for (const std::string_view base : CollectorProfile::kJfrBaseClasses) {
-    if (const TClass cimClass = namespace_.FindClass(base)) {
-      bases_.push_back(cimClass);
-    } else {
-      Error({schemaName_, 0, 0},
-            "the class " + SingleQuoted(base) + " is not declared, which every request starts from");
-    }
+    if (namespace_.FindClass(base)) continue;
+    findings_.Error(nowhere, "the class " + SingleQuoted(base) + " is not declared, which every request starts from");
   }
+  if (namespace_.FindClass(CollectorProfile::kCaptureClass)) return;
+  findings_.Error(
+      nowhere, "the class " + SingleQuoted(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
 }
 
 void TNeeds::CheckClass(const TCIMClass& cimClass) {
-  const auto& r8 = CollectorProfile::kR8Classes;
-  if (std::find(r8.begin(), r8.end(), cimClass.Name()) != r8.end()) {
-    CheckPath(cimClass, EPath::kR8, "a class whose registers are read over IPMI");
-  }
-  for (const TClass& base : bases_) {
-    if (cimClass.DescendsFrom(*base)) CheckPath(cimClass, EPath::kJfr, "a class below " + SingleQuoted(base->Name()));
+  if (TClassPaths::IsR8(cimClass)) CheckPath(cimClass, EPath::kR8, "a class whose registers are read over IPMI");
+  for (const TClass& base : paths_.BasesOf(cimClass)) {
+    CheckPath(cimClass, EPath::kJfr, "a class below " + SingleQuoted(base->Name()));
   }
   if (EqualNames(cimClass.Name(), CollectorProfile::kCaptureClass)) CheckCaptureClass(cimClass);
 }
 
 void TNeeds::CheckPath(const TCIMClass& cimClass, EPath path, const std::string& role) {
   if (!cimClass.SuperClass()) {
-    Error(cimClass.Location(), "the class " + SingleQuoted(cimClass.Name()) + ", " + role + ", has no superclass");
+    findings_.Error(cimClass.Location(), Named(cimClass) + ", " + role + ", has no superclass");
   }
   CheckMachineTypes(cimClass, role);
   const std::optional<std::uint64_t> instances = InstanceCount(cimClass, role);
@@ -162,26 +115,25 @@ void TNeeds::CheckSize(const TCIMClass& cimClass, EPath path) {
   const std::string problem = CollectorProfile::ProblemOf(CollectorProfile::SizeOf(cimClass, path));
   const auto count = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
   if (problem.empty() || !count) return;
-  Error(count->Location(), "the class " + SingleQuoted(cimClass.Name()) + " with a " +
-                               std::string(CollectorProfile::kMaxInstanceCount) + " of " +
-                               std::to_string(CollectorProfile::InstanceCountOf(cimClass)) + " " + problem);
+  findings_.Error(count->Location(), Named(cimClass) + " with a " + std::string(CollectorProfile::kMaxInstanceCount) +
+                                         " of " + std::to_string(CollectorProfile::InstanceCountOf(cimClass)) + " " +
+                                         problem);
 }
 
 void TNeeds::CheckMachineTypes(const TCIMClass& cimClass, const std::string& role) {
   const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kSupportedMachineTypes));
   const std::string name = SingleQuoted(CollectorProfile::kSupportedMachineTypes);
   if (!qualifier) {
-    Error(cimClass.Location(),
-          "the class " + SingleQuoted(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
+    findings_.Error(cimClass.Location(), Named(cimClass) + ", " + role + ", has no qualifier " + name);
     return;
   }
   const TCIMValue& value = qualifier->GetValue();
-  const std::string subject = "the qualifier " + name + " of the class " + SingleQuoted(cimClass.Name());
+  const std::string subject = "the qualifier " + name + " of " + Named(cimClass);
   if (!value.IsArray() || value.GetType() != TType::kString) {
-    Error(cimClass.Location(),
-          subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected array of string");
+    findings_.Error(cimClass.Location(), subject + " has the type " + TypeName(value.GetType(), value.IsArray()) +
+                                             ", expected array of string");
   } else if (value.IsNull()) {
-    Error(cimClass.Location(), subject + " has no value");
+    findings_.Error(cimClass.Location(), subject + " has no value");
   }
 }
 
@@ -190,19 +142,18 @@ std::optional<std::uint64_t> TNeeds::InstanceCount(const TCIMClass& cimClass, co
   const auto qualifier = cimClass.Qualifiers().Find(std::string(CollectorProfile::kMaxInstanceCount));
   const std::string name = SingleQuoted(CollectorProfile::kMaxInstanceCount);
   if (!qualifier) {
-    Error(cimClass.Location(),
-          "the class " + SingleQuoted(cimClass.Name()) + ", " + role + ", has no qualifier " + name);
+    findings_.Error(cimClass.Location(), Named(cimClass) + ", " + role + ", has no qualifier " + name);
     return std::nullopt;
   }
   const TCIMValue& value = qualifier->GetValue();
-  const std::string subject = "the qualifier " + name + " of the class " + SingleQuoted(cimClass.Name());
+  const std::string subject = "the qualifier " + name + " of " + Named(cimClass);
   if (value.IsArray() || !IsInteger(value)) {
-    Error(cimClass.Location(),
-          subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
+    findings_.Error(cimClass.Location(),
+                    subject + " has the type " + TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
   } else if (value.IsNull()) {
-    Error(cimClass.Location(), subject + " has no value");
+    findings_.Error(cimClass.Location(), subject + " has no value");
   } else if (value.ToInteger() > 0xFFFF) {
-    Error(cimClass.Location(), subject + " is " + value.ToString(10) + ", expected 0 to 65535");
+    findings_.Error(cimClass.Location(), subject + " is " + value.ToString(10) + ", expected 0 to 65535");
   } else {
     return value.ToInteger();
   }
@@ -213,19 +164,19 @@ bool TNeeds::CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& propert
                          bool mayBeArray) {
   const auto qualifier = property.Qualifiers().Find(std::string(qualifierName));
   const TPropertyDefinition& definition = property.Definition();
-  const std::string subject =
-      "the register " + SingleQuoted(definition.name) + " of the class " + SingleQuoted(cimClass.Name());
+  const std::string subject = Named(cimClass, property);
   if (!qualifier) {
-    Error(definition.location, subject + " has no qualifier " + SingleQuoted(qualifierName));
+    findings_.Error(definition.location, subject + " has no qualifier " + SingleQuoted(qualifierName));
     return false;
   }
   const TCIMValue& value = qualifier->GetValue();
   const bool fits = IsInteger(value) && (mayBeArray || !value.IsArray());
   if (!fits) {
-    Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " of the type " +
-                                   TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
+    findings_.Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " of the type " +
+                                             TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
   } else if (value.IsNull()) {
-    Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " without a value");
+    findings_.Error(definition.location,
+                    subject + " has a qualifier " + SingleQuoted(qualifierName) + " without a value");
   }
   return fits && !value.IsNull();
 }
@@ -237,17 +188,16 @@ void TNeeds::CheckRegister(const TCIMClass& cimClass, const TPropertyDecl& prope
     CheckNumber(cimClass, property, CollectorProfile::kOffset, true);
     const std::string problem = CollectorProfile::AddressProblemOf(property);
     if (!problem.empty()) {
-      Error(definition.location, "the register " + SingleQuoted(definition.name) + " of the class " +
-                                     SingleQuoted(cimClass.Name()) + " " + problem);
+      findings_.Error(definition.location, Named(cimClass, property) + " " + problem);
     }
     CheckNumber(cimClass, property, CollectorProfile::kMaxLen, false);
   } else if (CheckNumber(cimClass, property, CollectorProfile::kIndex, false) && instances) {
     CheckRecord(cimClass, property, *instances);
   }
   if (definition.type != TType::kUint8 || !definition.isArray) {
-    Find(EDiagnosticSeverity::kWarning, definition.location,
-         "the register " + SingleQuoted(definition.name) + " of the class " + SingleQuoted(cimClass.Name()) +
-             " has the type " + TypeName(definition.type, definition.isArray) + ", expected array of uint8");
+    findings_.Warning(definition.location, Named(cimClass, property) + " has the type " +
+                                               TypeName(definition.type, definition.isArray) +
+                                               ", expected array of uint8");
   }
 }
 
@@ -259,11 +209,11 @@ void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& propert
   const std::string name(kIndex);
   const TPropertyDefinition& definition = property.Definition();
   const std::uint64_t index = property.Qualifiers().Find(name)->GetValue().ToInteger();
-  const std::string subject =
-      "the register " + SingleQuoted(definition.name) + " of the class " + SingleQuoted(cimClass.Name());
+  const std::string subject = Named(cimClass, property);
   if (index > 0xFFFF) {
-    Error(definition.location, subject + " has the " + name + " " +
-                                   property.Qualifiers().Find(name)->GetValue().ToString(10) + ", expected 0 to 65535");
+    findings_.Error(definition.location, subject + " has the " + name + " " +
+                                             property.Qualifiers().Find(name)->GetValue().ToString(10) +
+                                             ", expected 0 to 65535");
     return;
   }
   const auto endOf = [index](std::uint64_t instance) {
@@ -273,10 +223,10 @@ void TNeeds::CheckRecord(const TCIMClass& cimClass, const TPropertyDecl& propert
   std::uint64_t instance = 0;
   while (instance < instances && endOf(instance) < Block::kSize) ++instance;
   if (instance == instances) return;
-  Error(definition.location, subject + " ends at byte " + std::to_string(endOf(instance)) + " for instance " +
-                                 std::to_string(instance) + " (" + name + " " + std::to_string(index) + ", " +
-                                 std::string(kMaxInstanceCount) + " " + std::to_string(instances) +
-                                 "), expected below " + std::to_string(Block::kSize));
+  findings_.Error(definition.location, subject + " ends at byte " + std::to_string(endOf(instance)) + " for instance " +
+                                           std::to_string(instance) + " (" + name + " " + std::to_string(index) + ", " +
+                                           std::string(kMaxInstanceCount) + " " + std::to_string(instances) +
+                                           "), expected below " + std::to_string(Block::kSize));
 }
 
 // A property that is declared where registers are and has a register's qualifiers, but is not a register because its
@@ -291,27 +241,26 @@ void TNeeds::CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& propert
       !property.Qualifiers().Find(std::string(qualifier))) {
     return;
   }
-  Find(EDiagnosticSeverity::kWarning, definition.location,
-       "the property " + SingleQuoted(definition.name) + " is not read for the class " + SingleQuoted(cimClass.Name()) +
-           ": it overrides one of the class " + SingleQuoted(origin->GetName(kNoContext)) +
-           ", and only what the class or its superclass declares first is a register");
+  findings_.Warning(definition.location,
+                    "the property " + SingleQuoted(definition.name) + " is not read for the class " +
+                        SingleQuoted(cimClass.Name()) + ": it overrides one of the class " +
+                        SingleQuoted(origin->GetName(kNoContext)) +
+                        ", and only what the class or its superclass declares first is a register");
 }
 
 void TNeeds::CheckCaptureClass(const TCIMClass& cimClass) {
   for (const std::string_view name : CollectorProfile::kCaptureProperties) {
     const std::size_t index = cimClass.FindProperty(name);
     if (index == cimClass.Properties().size()) {
-      Error(cimClass.Location(),
-            "the class " + SingleQuoted(cimClass.Name()) + " has no property " + SingleQuoted(name));
+      findings_.Error(cimClass.Location(), Named(cimClass) + " has no property " + SingleQuoted(name));
       continue;
     }
     const TPropertyDefinition& definition = cimClass.Properties()[index]->Definition();
     const TType::ECIMType expected = name == "MessageTimestamp" ? TType::kDateTime : TType::kString;
     if (definition.type == expected && !definition.isArray) continue;
-    Error(definition.location, "the property " + SingleQuoted(definition.name) + " of the class " +
-                                   SingleQuoted(cimClass.Name()) + " has the type " +
-                                   TypeName(definition.type, definition.isArray) + ", expected " +
-                                   TType(expected).ToString());
+    findings_.Error(definition.location, "the property " + SingleQuoted(definition.name) + " of " + Named(cimClass) +
+                                             " has the type " + TypeName(definition.type, definition.isArray) +
+                                             ", expected " + TType(expected).ToString());
   }
 }
 
@@ -319,11 +268,11 @@ void TNeeds::CheckCaptureClass(const TCIMClass& cimClass) {
 
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources) {
-  return TNeeds(cimNamespace, schemaName, sources).Check();
+  return TNeeds(cimNamespace, sources).Check(schemaName);
 }
 
 bool MeetsCollectorNeeds(const TNamespace& cimNamespace, const TCIMClass& cimClass) {
-  return TNeeds(cimNamespace, {}, nullptr).IsMetBy(cimClass);
+  return TNeeds(cimNamespace, nullptr).IsMetBy(cimClass);
 }
 
 }  // namespace velhost
