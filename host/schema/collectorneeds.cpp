@@ -13,6 +13,8 @@
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
 #include "host/schema/classpaths.h"
+#include "host/schema/classwarnings.h"
+#include "host/schema/machinetypewarnings.h"
 #include "host/schema/needfindings.h"
 #include "wire/registerblock.h"
 
@@ -65,10 +67,17 @@ std::vector<TTextDiagnostic> TNeeds::Check(const std::string& schemaName) {
   CheckPresence(nowhere);
   const std::string tooManyMachineTypes = CollectorProfile::MachineTypesProblemOf(namespace_);
   if (!tooManyMachineTypes.empty()) findings_.Error(nowhere, tooManyMachineTypes);
+  TClassWarnings warnings(namespace_, paths_, findings_);
+  // Comparing more machine types than a collection accepts could take very long.
+  std::optional<TMachineTypeWarnings> machineTypes;
+  if (tooManyMachineTypes.empty()) machineTypes.emplace(namespace_, paths_, findings_);
   for (const TClass& cimClass : namespace_.Classes()) {
     findings_.Begin(*cimClass);
     CheckClass(*cimClass);
+    warnings.Warn(*cimClass);
+    if (machineTypes) machineTypes->Warn(*cimClass);
   }
+  if (machineTypes) machineTypes->Finish(nowhere);
   return findings_.Finish(schemaName);
 }
 

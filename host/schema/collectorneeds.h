@@ -19,9 +19,13 @@ namespace velhost {
 ///
 /// Errors: a base class or the capture class is missing; a class on a path lacks one of its qualifiers or a
 /// superclass, or has an unusable qualifier value; a register lacks its qualifiers or is outside the register block;
-/// a property of the capture class is missing or has another type. After a thousand findings, a last one gives the
-/// number of those omitted. Warnings: a register is not an array of uint8; an overriding property looks like a
-/// register but is not read because of its origin.
+/// a property of the capture class is missing or has another type.
+///
+/// Warnings, of what can never be collected or is surely a slip: a register is not an array of uint8; an overriding
+/// property looks like a register but is not read because of its origin; and those of TClassWarnings,
+/// TMachineTypeWarnings and WarnOfRegisters.
+///
+/// After a thousand findings, a last one gives the number of those omitted.
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources = nullptr);
 

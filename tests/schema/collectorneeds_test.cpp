@@ -1,33 +1,15 @@
 // The collector's requirements: a schema that meets all of them, and the finding for each violation.
 #include "host/schema/collectorneeds.h"
 
+#include "tests/schema/collectorschema.h"
 #include "tests/schema/schemafixture.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {
 namespace {
 
-const std::string kCollectorQualifiers =
-    "qualifier SupportedMachineTypes : string[] = null, scope(class), flavor(Restricted);\n"
-    "qualifier MaxInstanceCount : uint32 = null, scope(class), flavor(Restricted);\n"
-    "qualifier Offset : uint32[] = null, scope(property);\n"
-    "qualifier MaxLen : uint32 = null, scope(property);\n"
-    "qualifier Index : uint32 = null, scope(property);\n";
-const std::string kRoots =
-    "class Root { string InstanceID; string ElementName; string Status; };\n"
-    "class Chipset : Root { string MachineType; datetime StatisticTime; };\n";
-const std::string kBases =
-    "class KROSG_PCIIOBRIDGE_StatisticData : Chipset { [Index(2)] uint8 Common[]; };\n"
-    "class KROSG_MEMCTL_StatisticData : Chipset {};\n"
-    "class KROSG_L3Cache_StatisticData : Chipset {};\n";
-const std::string kCapture =
-    "class KROSG_DCAPFile { string FileName; string ErrRawData; datetime MessageTimestamp; string SourceNode;\n"
-    "  string CreationClassName; string LogCreationClassName; string LogName; string RecordID; };\n";
-
 // Reads the complete schema followed by `more`, which starts on line 14.
-TSchemaResult Schema(const std::string& more) {
-  return ReadText(kCollectorQualifiers + kRoots + kBases + kCapture + "\n" + more);
-}
+TSchemaResult Schema(const std::string& more) { return ReadText(kCollectorSchema + "\n" + more); }
 
 std::string FindingsOf(const TSchemaResult& schema) {
   EXPECT_EQ(Shown(schema), "");
@@ -61,7 +43,7 @@ TEST(CollectorNeeds, ACompleteSchemaHasNoFindings) {
 }
 
 TEST(CollectorNeeds, ShownWithTheSourceLine) {
-  const TSchemaResult schema = Schema("[SupportedMachineTypes{}]\nclass J : KROSG_MEMCTL_StatisticData {};");
+  const TSchemaResult schema = Schema("[SupportedMachineTypes{\"1\"}]\nclass J : KROSG_MEMCTL_StatisticData {};");
   const auto findings = CheckCollectorNeeds(*schema.cimNamespace, "schema", schema.sources.get());
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_EQ(FormatDiagnostic(findings[0]),
@@ -97,9 +79,11 @@ TEST(CollectorNeeds, QualifiersOfEverySubclass) {
       "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'MaxInstanceCount'\n")
       << "both are Restricted, so that the grandchild has none";
   EXPECT_EQ(Needs("[SupportedMachineTypes{\"1\"} : ToSubclass, MaxInstanceCount(1) : ToSubclass]\n"
-                  "class J : KROSG_L3Cache_StatisticData {}; class K : J {};"),
-            "")
-      << "inherited";
+                  "class J : KROSG_L3Cache_StatisticData {}; [SupportedMachineTypes{\"2\"}] class K : J {};\n"
+                  "[MaxInstanceCount(2)] class L : J {};"),
+            "14:2 warning: the class 'L' is hidden for the machine type '1' by the class 'J', which is declared before "
+            "it, expected one class below 'KROSG_L3Cache_StatisticData' for each machine type\n")
+      << "either is inherited";
 }
 
 TEST(CollectorNeeds, QualifiersOfTheR8Classes) {
@@ -125,8 +109,9 @@ TEST(CollectorNeeds, ValuesOfTheClassQualifiers) {
             "15:7 the qualifier 'MaxInstanceCount' of the class 'J' has no value\n");
   EXPECT_EQ(Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(65536)", ""),
             "15:7 the qualifier 'MaxInstanceCount' of the class 'J' is 65536, expected 0 to 65535\n");
-  EXPECT_EQ(Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(0)", "[Index(60000)] uint8 A[];"), "")
-      << "without instances nothing is read";
+  EXPECT_EQ(Jfr("SupportedMachineTypes{\"1\"}, MaxInstanceCount(0)", "[Index(60000)] uint8 A[];"),
+            "14:30 warning: the class 'J' is never collected: found a MaxInstanceCount of 0, expected at least 1\n")
+      << "without instances no register is outside the block";
 }
 
 TEST(CollectorNeeds, TypesOfTheClassQualifiers) {
@@ -261,7 +246,9 @@ TEST(CollectorNeeds, FindingsAreBounded) {
 // 512 instances of 256 reads each are 131,072 reads.
 TEST(CollectorNeeds, NoMoreReadsThanTheCollectorCanHoldInMemory) {
   std::string registers;
-  for (int i = 0; i < 256; ++i) registers += "[Offset{0x10}, MaxLen(8)] uint8 R" + std::to_string(i) + "[];";
+  for (int i = 0; i < 256; ++i) {
+    registers += "[Offset{" + std::to_string(i) + "}, MaxLen(8)] uint8 R" + std::to_string(i) + "[];";
+  }
   EXPECT_EQ(R8("SupportedMachineTypes{\"6203\"}, MaxInstanceCount(512)", registers), "");
   EXPECT_EQ(
       R8("SupportedMachineTypes{\"6203\"}, MaxInstanceCount(513)", registers),

@@ -82,6 +82,30 @@ inline const std::vector<TSchemaShape> kSchemaShapes = {
      [](int n) { return "class A { string p = " + Repeated(n, [](auto&) { return "\"piece\"\n"; }) + "; };"; }},
     {"elements-of-an-array",
      [](int n) { return "class A { uint8 p[] = {0" + Repeated(n, [](auto&) { return ", 1"; }) + "}; };"; }},
+    {"classes-that-hide-each-other",
+     [](int n) {
+       return "qualifier SupportedMachineTypes : string[], scope(class);\nclass KROSG_MEMCTL_StatisticData {};\n" +
+              Repeated(n, [](auto& i) {
+                return "[SupportedMachineTypes{\"model " + i + "\", \"6203\"}]\nclass A" + i +
+                       " : KROSG_MEMCTL_StatisticData {};\n";
+              });
+     }},
+    {"registers-of-one-class",
+     [](int n) {
+       return "qualifier Index : uint16, scope(property);\nclass KROSG_MEMCTL_StatisticData {};\n" +
+              ("class A : KROSG_MEMCTL_StatisticData {\n" + Repeated(n,
+                                                                     [](auto& i) {
+                                                                       return "[Index(" + i + ")] uint8 a" + i +
+                                                                              "[]; [Index(1)] uint8 b" + i + "[];\n";
+                                                                     })) +
+              "};";
+     }},
+    {"unread-classes",
+     [](int n) {
+       return "qualifier Index : uint16, scope(property);\n" + Repeated(n, [](auto& i) {
+                return "class KROSG_T4_MEMCTL_StatisticData" + i + " { [Index(1)] uint8 a[]; };\n";
+              });
+     }},
     {"comments", [](int n) { return Repeated(n, [](auto&) { return "// a line\n/* a * block ** */"; }); }},
     {"aliases",
      [](int n) {
