@@ -106,11 +106,29 @@ std::size_t Print(std::size_t bytes) {
   return sink.bytes;
 }
 
+// Of an R8 instance, of which one register is missing.
+TInstanceFacts FactsOf(const TInstance& instance) {
+  TInstanceFacts facts;
+  facts.key = instance.Class().Name() + "/node0/instance0";
+  facts.origin = TOrigin{CollectorProfile::EPath::kR8, 0, 1, 0, "12 34 56 78"};
+  facts.missing = {{"ErrorRegister12", {}, {EHow::kCompletionCode, 0xC3}}};
+  facts.missing[0].where.address = 0x0D0160;
+  facts.registers.emplace();
+  for (std::uint32_t i = 0; i < kRegisters; ++i) {
+    TRegisterFacts& one = facts.registers->emplace_back();
+    one.property = 4 + i;
+    one.place = 0x0D0100 + i * 8;
+    one.value = 0x0123456789ABCDEF + i;
+  }
+  return facts;
+}
+
 std::size_t WriteForm(EOutputForm form, const TInstances& instances, std::size_t count) {
   TDroppingSink sink;
   const auto writer = MakeWriter(form, sink, {});
-  writer->Begin({"6203", "Engineering Information Collector", "1.0", "1.0"});
-  for (std::size_t n = 0; n < count; ++n) writer->Instance(*instances[n % instances.size()], false);
+  const TInstanceFacts facts = FactsOf(*instances.front());
+  writer->Begin({});
+  for (std::size_t n = 0; n < count; ++n) writer->Instance(*instances[n % instances.size()], facts);
   writer->End({});
   return sink.bytes;
 }

@@ -57,8 +57,8 @@ class TSweep {
     bench::Collect(plugin, schema_, bench::kR8Class);
     TDroppingSink sink;
     const auto writer = MakeWriter(EOutputForm::kJson, sink, {});
-    writer->Begin({"6203", "Engineering Information Collector", "1.0", "1.0"});
-    for (const auto& instance : instances_) writer->Instance(*instance, false);
+    writer->Begin({});
+    for (const auto& instance : instances_) writer->Instance(*instance, {});
     writer->End({});
     if (instances_.size() != static_cast<std::size_t>(registers_ / kRegistersOfInstance)) std::abort();
     instances_.clear();

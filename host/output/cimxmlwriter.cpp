@@ -10,8 +10,8 @@
 #include "host/base/cimdatetime.h"
 #include "host/base/decimal.h"
 #include "host/base/utf8.h"
+#include "host/output/commenttext.h"
 #include "host/output/objectpath.h"
-#include "host/output/summarytext.h"
 #include "host/output/xmltext.h"
 
 namespace velhost {
@@ -117,15 +117,15 @@ void TCimXmlWriter::Comment(std::string_view safeText) {
   out_.Append(" -->\n");
 }
 
-void TCimXmlWriter::Begin(const TCollectionHeader& header) {
+void TCimXmlWriter::Begin(const TResultHeader& header) {
   out_.Append("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n");
-  Comment("Instances collected by velhost: " + HeaderText(header));
+  for (const std::string& line : HeaderComments(header, ELabels::kLeftOut)) Comment(line);
   Comment("U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8");
   out_.Append("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n");
 }
 
-void TCimXmlWriter::Instance(const TInstance& instance, bool incomplete) {
-  if (incomplete) Comment(kIncompleteMark);
+void TCimXmlWriter::Instance(const TInstance& instance, const TInstanceFacts& facts) {
+  for (const std::string& line : InstanceComments(facts)) Comment(line);
   document_.reset();
   pugi::xml_node object = document_.append_child("VALUE.OBJECT");
   pugi::xml_node node = object.append_child("INSTANCE");
@@ -139,9 +139,9 @@ void TCimXmlWriter::Instance(const TInstance& instance, bool incomplete) {
   out_.Append('\n');
 }
 
-void TCimXmlWriter::End(const TCollectionSummary& summary) {
+void TCimXmlWriter::End(const TResultSummary& summary) {
   out_.Append("</DECLGROUP>\n</DECLARATION>\n</CIM>\n");
-  for (const std::string& line : SummaryLines(summary)) Comment(line);
+  for (const std::string& line : SummaryComments(summary)) Comment(line);
   out_.Flush();
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/output/iinstancewriter.h"
+#include "host/output/iresultwriter.h"
 #include "host/output/textbuffer.h"
 #include "host/output/valuetext.h"
 
@@ -14,13 +14,13 @@ namespace velhost {
 /// Holds the nodes of one instance at a time. Elements are never self-closed, and text is raw UTF-8. A carriage
 /// return is written as a character reference, because XML readers would drop it otherwise. Characters that XML 1.0
 /// cannot hold become U+FFFD, a datetime that does not exist becomes null with a comment, and a reference that is not
-/// an object path becomes a string. Header, marks and summary are comments.
-class TCimXmlWriter : public IInstanceWriter {
+/// an object path becomes a string. What the result says beside its instances is in comments.
+class TCimXmlWriter : public IResultWriter {
  public:
   explicit TCimXmlWriter(ITextSink& sink) : out_(sink) {}
-  void Begin(const TCollectionHeader& header) override;
-  void Instance(const TInstance& instance, bool incomplete) override;
-  void End(const TCollectionSummary& summary) override;
+  void Begin(const TResultHeader& header) override;
+  void Instance(const TInstance& instance, const TInstanceFacts& facts) override;
+  void End(const TResultSummary& summary) override;
 
  private:
   void Comment(std::string_view safeText);

@@ -9,7 +9,7 @@
 #include "host/base/hex.h"
 #include "host/base/unsafetext.h"
 #include "host/base/utf8.h"
-#include "host/output/summarytext.h"
+#include "host/output/commenttext.h"
 #include "host/output/valuetext.h"
 
 namespace velhost {
@@ -37,13 +37,13 @@ void TMofWriter::Comment(std::string_view safeText) {
   out_.Append('\n');
 }
 
-void TMofWriter::Begin(const TCollectionHeader& header) {
-  Comment("Instances collected by velhost: " + HeaderText(header));
+void TMofWriter::Begin(const TResultHeader& header) {
+  for (const std::string& line : HeaderComments(header, ELabels::kShown)) Comment(line);
   out_.Append('\n');
 }
 
-void TMofWriter::Instance(const TInstance& instance, bool incomplete) {
-  if (incomplete) Comment(kIncompleteMark);
+void TMofWriter::Instance(const TInstance& instance, const TInstanceFacts& facts) {
+  for (const std::string& line : InstanceComments(facts)) Comment(line);
   out_.Append("instance of ");
   out_.Append(instance.Class().Name());
   out_.Append(" {\n");
@@ -59,8 +59,8 @@ void TMofWriter::Instance(const TInstance& instance, bool incomplete) {
   out_.Append("};\n\n");
 }
 
-void TMofWriter::End(const TCollectionSummary& summary) {
-  for (const std::string& line : SummaryLines(summary)) Comment(line);
+void TMofWriter::End(const TResultSummary& summary) {
+  for (const std::string& line : SummaryComments(summary)) Comment(line);
   out_.Flush();
 }
 

@@ -4,21 +4,21 @@
 #include <string>
 #include <string_view>
 
-#include "host/output/iinstancewriter.h"
+#include "host/output/iresultwriter.h"
 #include "host/output/textbuffer.h"
 #include "host/output/valuetext.h"
 
 namespace velhost {
 
-/// Header, marks and summary are comments. Long strings are written as several adjacent literals. Values that MOF
-/// cannot express (reals that are not finite, datetimes that do not exist) are written as NULL with a comment that
-/// shows them.
-class TMofWriter : public IInstanceWriter {
+/// What the result says beside its instances is in comments. Long strings are written as several adjacent literals.
+/// Values that MOF cannot express (reals that are not finite, datetimes that do not exist) are written as NULL with a
+/// comment that shows them.
+class TMofWriter : public IResultWriter {
  public:
   explicit TMofWriter(ITextSink& sink) : out_(sink) {}
-  void Begin(const TCollectionHeader& header) override;
-  void Instance(const TInstance& instance, bool incomplete) override;
-  void End(const TCollectionSummary& summary) override;
+  void Begin(const TResultHeader& header) override;
+  void Instance(const TInstance& instance, const TInstanceFacts& facts) override;
+  void End(const TResultSummary& summary) override;
 
  private:
   /// Writes a comment line. The text must be safe, so that it cannot leave its line.

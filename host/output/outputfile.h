@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "host/base/hosterror.h"
-#include "host/output/iinstancewriter.h"
+#include "host/base/textsink.h"
 #include "host/output/outputplace.h"
 
 namespace velhost {

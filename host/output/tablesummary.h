@@ -8,6 +8,6 @@ namespace velhost {
 
 /// Writes the number of instances of each class, the exchanges and how many failed, the time taken, and whether the
 /// collection is complete.
-void WriteTableSummary(TTableLayout& layout, const TCollectionSummary& summary, const TInstanceCounts& counts);
+void WriteTableSummary(TTableLayout& layout, const TResultSummary& summary, const TInstanceCounts& counts);
 
 }  // namespace velhost

@@ -11,7 +11,7 @@
 #include "host/base/text.h"
 #include "host/base/utf8.h"
 #include "host/output/hexdump.h"
-#include "host/output/summarytext.h"
+#include "host/output/resulttext.h"
 #include "host/output/tablesummary.h"
 #include "host/profile/collectorprofile.h"
 
@@ -115,12 +115,12 @@ void TTableWriter::Count(const std::string& className) {
   }
 }
 
-void TTableWriter::Instance(const TInstance& instance, bool incomplete) {
+void TTableWriter::Instance(const TInstance& instance, const TInstanceFacts& facts) {
   Count(instance.Class().Name());
   const auto capture = CaptureFileOf(instance);
   Heading(instance, capture ? &*capture : nullptr);
-  if (incomplete) {
-    layout_.Paragraph(kIndent, kIncompleteMark, EEmphasis::kFailure);
+  for (const TMissing& missing : facts.missing) {
+    layout_.Paragraph(kIndent, "missing: " + MissingText(missing), EEmphasis::kFailure);
   }
   Properties(instance, capture ? &*capture : nullptr);
   layout_.BlankLine();
@@ -157,7 +157,7 @@ void TTableWriter::CaptureData(const std::string& safeName, std::size_t column, 
             [this, &indent](std::string_view line) { layout_.Line(indent + std::string(line)); });
 }
 
-void TTableWriter::End(const TCollectionSummary& summary) {
+void TTableWriter::End(const TResultSummary& summary) {
   WriteTableSummary(layout_, summary, counts_);
   layout_.Flush();
 }

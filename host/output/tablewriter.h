@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/output/capturefiles.h"
-#include "host/output/iinstancewriter.h"
+#include "host/output/iresultwriter.h"
 #include "host/output/tablelayout.h"
 
 namespace velhost {
@@ -17,12 +17,12 @@ namespace velhost {
 using TInstanceCounts = std::vector<std::pair<std::string, std::uint64_t>>;
 
 /// Every block is flushed at once, so that a slow collection can be watched.
-class TTableWriter : public IInstanceWriter {
+class TTableWriter : public IResultWriter {
  public:
   TTableWriter(ITextSink& sink, const TTableOptions& options) : layout_(sink, options) {}
-  void Begin(const TCollectionHeader&) override {}
-  void Instance(const TInstance& instance, bool incomplete) override;
-  void End(const TCollectionSummary& summary) override;
+  void Begin(const TResultHeader&) override {}
+  void Instance(const TInstance& instance, const TInstanceFacts& facts) override;
+  void End(const TResultSummary& summary) override;
 
  private:
   void Count(const std::string& className);

@@ -26,7 +26,7 @@ std::optional<EOutputForm> FormByName(std::string_view name) {
   return std::nullopt;
 }
 
-std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options) {
+std::unique_ptr<IResultWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options) {
   switch (form) {
     case EOutputForm::kJson: return std::make_unique<TJsonWriter>(sink);
     case EOutputForm::kJsonl: return std::make_unique<TJsonLinesWriter>(sink);

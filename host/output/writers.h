@@ -5,7 +5,8 @@
 #include <optional>
 #include <string_view>
 
-#include "host/output/iinstancewriter.h"
+#include "host/base/textsink.h"
+#include "host/output/iresultwriter.h"
 
 namespace velhost {
 
@@ -23,6 +24,6 @@ struct TTableOptions {
 };
 
 /// Creates a writer of the format. The sink is not owned and must outlive the writer.
-std::unique_ptr<IInstanceWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options);
+std::unique_ptr<IResultWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options);
 
 }  // namespace velhost

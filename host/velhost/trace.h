@@ -5,7 +5,6 @@
 #include <string>
 
 #include "host/model/tracelogger.h"
-#include "host/output/iinstancewriter.h"
 #include "host/velhost/commandline.h"
 
 namespace velhost {

@@ -21,18 +21,24 @@ class CimXmlWriter : public TAwkwardTest {
 
 TEST_F(CimXmlWriter, WritesADocumentOfDeclarations) {
   const auto instance = One(TType::kUint16, TCIMValue::FromInteger(TType::kUint16, 7));
-  EXPECT_EQ(Written(EOutputForm::kCimXml, {instance, instance}, Complete()),
-            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-            "<!-- Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
-            "(interface version 1.1) -->\n"
-            "<!-- U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8 -->\n"
-            "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n"
-            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
-            "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
-            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
-            "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
-            "</DECLGROUP>\n</DECLARATION>\n</CIM>\n"
-            "<!-- complete -->\n<!-- exchanges: 42, 0 failed -->\n<!-- elapsed: 1.234 s -->\n");
+  EXPECT_EQ(
+      Written(EOutputForm::kCimXml, {instance, instance}, Complete()),
+      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+      "<!-- Instances collected by velhost 2.0, run 0f8fad5b-d9cb-4d9f-a165-70867728950e, started "
+      "2026-01-31T12:34:56.789+01:00, on collector -->\n"
+      "<!-- source: lan:bmc0 -->\n"
+      "<!-- machine type 6203, Engineering Information Collector 1.0 (interface version 1.1) -->\n"
+      "<!-- schema: schema, SHA-256 aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa -->\n"
+      "<!-- U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8 -->\n"
+      "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n"
+      "<!-- KROSG_One/?1 -->\n"
+      "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
+      "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
+      "<!-- KROSG_One/?1 -->\n"
+      "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
+      "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
+      "</DECLGROUP>\n</DECLARATION>\n</CIM>\n"
+      "<!-- status: complete, exit status 0 -->\n<!-- exchanges: 42, none failed -->\n<!-- elapsed: 1.234 s -->\n");
 }
 
 TEST_F(CimXmlWriter, WritesAnAwkwardInstance) {
@@ -96,19 +102,20 @@ TEST_F(CimXmlWriter, WritesAReferenceThatIsNotAPathAsAString) {
 }
 
 TEST_F(CimXmlWriter, KeepsCommentsClosedAndWellFormed) {
-  TCollectionSummary summary = Partial();
-  summary.failures[0].message = "--><X>\n---";
+  TResultSummary summary = Partial();
+  summary.reasons[1].message = "--><X>\n---";
   const std::string text = Written(EOutputForm::kCimXml, {}, summary);
-  EXPECT_NE(text.find("<!-- request failed: KROSG_A: - -><X>\\n- - - -->\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("<!-- reason: KROSG_A: - -><X>\\n- - - -->\n"), std::string::npos) << text;
 }
 
-TEST_F(CimXmlWriter, MarksAnIncompleteInstance) {
-  TStringSink sink;
-  const auto writer = MakeWriter(EOutputForm::kCimXml, sink, {});
-  writer->Instance(*One(TType::kString, NullOf(TType::kString)), true);
-  writer->End(Complete());
-  EXPECT_EQ(sink.Text().substr(0, sink.Text().find('\n')),
-            "<!-- incomplete: an exchange failed while it was collected -->");
+TEST_F(CimXmlWriter, SaysWhatIsMissingFromAnInstance) {
+  TDocument document = {Header(), {{One(TType::kString, NullOf(TType::kString)), {}}}, Complete()};
+  TInstanceFacts& facts = document.instances[0].second;
+  facts.key = "KROSG_One/sp0/instance--1";
+  facts.missing = {{"First", {.address = {}, .addresses = {}, .index = 84, .offset = {}}, {EHow::kShort, 1}}};
+  EXPECT_NE(Written(EOutputForm::kCimXml, document)
+                .find("<!-- KROSG_One/sp0/instance- -1 -->\n<!-- missing: First at index 84: 1 byte came -->\n<VALUE."),
+            std::string::npos);
 }
 
 TEST(ObjectPath, ReadsEveryPart) {

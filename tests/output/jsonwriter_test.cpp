@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tests/output/outputfixture.h"
 
 namespace tests {
@@ -8,9 +10,9 @@ class JsonValue : public TOutputTest {
   /// The text after "P": for a property with that type and value.
   std::string Json(TType type, const TCIMValue& value) {
     const std::string text = Written(EOutputForm::kJsonl, {One(type, value)}, Complete());
-    const std::string before = R"({"kind":"instance","class":"KROSG_One","properties":{"P":)";
-    EXPECT_EQ(text.substr(0, before.size()), before);
-    return text.substr(before.size(), text.find("}}\n") - before.size());
+    const std::string before = R"("key":"KROSG_One/?1","properties":{"P":)";
+    const std::size_t start = text.find(before) + before.size();
+    return text.substr(start, text.find("}}\n") - start);
   }
 };
 
@@ -78,46 +80,66 @@ TEST_F(JsonValue, WritesBooleansCharactersAndNulls) {
 
 using JsonWriter = TAwkwardTest;
 
+constexpr const char* kHeader =
+    R"("source":{"sp":["lan:admin@bmc0"],"target":"lan:bmc0","simulated":false},)"
+    "\n"
+    R"("machine_type":"6203",)"
+    "\n"
+    R"("plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.1"},)"
+    "\n"
+    R"("schema":{"paths":["schema"],"sha256":"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",)"
+    R"("example":false},)";
+constexpr const char* kRun =
+    R"("run":{"id":"0f8fad5b-d9cb-4d9f-a165-70867728950e","started":"2026-01-31T12:34:56.789+01:00",)"
+    R"("elapsed_ms":1234,"host":"collector","velhost":"2.0","labels":{}}})"
+    "\n";
+
+std::string WithoutBreaks(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
+  return text;
+}
+
 TEST_F(JsonWriter, WritesOneObjectOfACollection) {
   const auto first = Make(Define("KROSG_A", "", {Property("Name", TType::kString), Property("N", TType::kUint16)}),
                           {{"N", TCIMValue(7)}});
   const auto second = Make(Define("KROSG_A", "", {}), {{"Name", TCIMValue("x")}, {"N", TCIMValue(8)}});
   EXPECT_EQ(Written(EOutputForm::kJson, {first, second}, Complete()),
-            R"({"kind":"instancecollection","format_version":1,"machine_type":"6203",)"
-            R"("plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.1"},)"
-            "\n\"instances\":[\n"
-            R"({"kind":"instance","class":"KROSG_A","properties":{"N":7}},)"
-            "\n"
-            R"({"kind":"instance","class":"KROSG_A","properties":{"Name":"x","N":8}})"
-            "\n],\n"
-            R"("status":"complete","failures":[],"exchanges":{"total":42,"failed":[]},"elapsed_ms":1234})"
-            "\n");
+            std::string("{\"kind\":\"instancecollection\",\"format_version\":2,\n") + kHeader +
+                "\n\"instances\":[\n"
+                R"({"kind":"instance","class":"KROSG_A","key":"KROSG_A/?1","properties":{"N":7}},)"
+                "\n"
+                R"({"kind":"instance","class":"KROSG_A","key":"KROSG_A/?1","properties":{"Name":"x","N":8}})"
+                "\n],\n\"status\":\"complete\",\"exit_status\":0,\n\"reasons\":[],\n"
+                R"("exchanges":{"total":42,"failed":[]},)"
+                "\n\"unread\":[],\n" +
+                kRun);
 }
 
-TEST_F(JsonWriter, ListsFailuresOfAPartialCollection) {
+constexpr const char* kInterrupted =
+    R"("status":"partial","exit_status":3,"message":"interrupted; KROSG_A: said \"no\"",)"
+    "\n\"reasons\":[\n"
+    R"({"code":"stopped","count":1,"message":"interrupted"},)"
+    "\n"
+    R"({"code":"request-failed","class":"KROSG_A","count":1,"message":"said \"no\""}],)"
+    "\n"
+    R"("exchanges":{"total":42,"failed":[)"
+    "\n"
+    R"({"class":"KROSG_A","address":"0x2D0100","node":0,"kind":"register","completion_code":195},)"
+    "\n"
+    R"({"class":"KROSG_B","service_processor":1,"kind":"dot","lost":true}]},)"
+    "\n\"unread\":[],\n";
+
+TEST_F(JsonWriter, SaysWhyACollectionIsPartial) {
   const std::string text = Written(EOutputForm::kJson, {}, Partial());
-  EXPECT_EQ(text.substr(text.find("\"instances\"")),
-            "\"instances\":[\n],\n"
-            R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"
-            R"("exchanges":{"total":42,"failed":[)"
-            R"({"class":"KROSG_A","node":0,"kind":"register","completion_code":195},)"
-            R"({"class":"KROSG_B","node":1,"kind":"dot","lost":true}]},"elapsed_ms":1234})"
-            "\n");
-}
-
-TEST_F(JsonWriter, MarksAnIncompleteInstance) {
-  TStringSink sink;
-  const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
-  writer->Begin(Header());
-  writer->Instance(*One(TType::kString, TCIMValue("x")), true);
-  EXPECT_EQ(sink.Text(), R"({"kind":"instance","class":"KROSG_One","incomplete":true,"properties":{"P":"x"}})"
-                         "\n");
+  EXPECT_EQ(text.substr(text.find("\"instances\"")), std::string("\"instances\":[\n],\n") + kInterrupted + kRun);
 }
 
 TEST_F(JsonWriter, WritesAnAwkwardInstance) {
   const std::string text = Written(EOutputForm::kJsonl, {Awkward()}, Complete());
   EXPECT_EQ(text.substr(0, text.find('\n')),
-            R"({"kind":"instance","class":"KROSG_Awkward","properties":{"Quotes":"say \"hi\" \\ <&>",)"
+            R"({"kind":"instance","class":"KROSG_Awkward",)"
+            R"("run_id":"0f8fad5b-d9cb-4d9f-a165-70867728950e","labels":{},"key":"KROSG_Awkward/?1",)"
+            R"("properties":{"Quotes":"say \"hi\" \\ <&>",)"
             R"("Controls":"t\tn\nr\re\u001bz\u0000d)"
             "\\u007f"
             R"(","NonAscii":")"
@@ -134,21 +156,22 @@ TEST_F(JsonWriter, WritesAnAwkwardInstance) {
 TEST_F(JsonWriter, FlushesEachLineAndEndsWithASummary) {
   TFlushedSink sink;
   const auto writer = MakeWriter(EOutputForm::kJsonl, sink, {});
-  writer->Begin(Header());
-  writer->Instance(*One(TType::kString, TCIMValue("x")), false);
-  const std::string line = R"({"kind":"instance","class":"KROSG_One","properties":{"P":"x"}})"
+  TResultHeader header = Header();
+  header.run.labels = {{"rack", "7"}, {"room", "a b"}};
+  writer->Begin(header);
+  const auto one = One(TType::kString, TCIMValue("x"));
+  writer->Instance(*one, Unplaced(*one));
+  const std::string identity = R"("run_id":"0f8fad5b-d9cb-4d9f-a165-70867728950e","labels":{"rack":"7","room":"a b"},)";
+  const std::string line = R"({"kind":"instance","class":"KROSG_One",)" + identity +
+                           R"("key":"KROSG_One/?1","properties":{"P":"x"}})"
                            "\n";
   EXPECT_EQ(sink.Text(), line);
   EXPECT_EQ(sink.flushedAt, std::vector<std::size_t>{line.size()});
   writer->End(Partial());
+  std::string run = kRun;
+  run.replace(run.find("{}"), 2, R"({"rack":"7","room":"a b"})");
   EXPECT_EQ(sink.Text().substr(line.size()),
-            R"({"kind":"summary","format_version":1,"machine_type":"6203",)"
-            R"("plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.1"},)"
-            R"("status":"partial","failures":[{"class":"KROSG_A","message":"said \"no\""}],)"
-            R"("exchanges":{"total":42,"failed":[)"
-            R"({"class":"KROSG_A","node":0,"kind":"register","completion_code":195},)"
-            R"({"class":"KROSG_B","node":1,"kind":"dot","lost":true}]},"elapsed_ms":1234})"
-            "\n");
+            WithoutBreaks(R"({"kind":"summary","format_version":2,)" + identity + kHeader + kInterrupted + run) + "\n");
 }
 
 TEST_F(JsonWriter, ListsInheritedPropertiesFirst) {
@@ -157,7 +180,8 @@ TEST_F(JsonWriter, ListsInheritedPropertiesFirst) {
   const auto instance = Make(derived, {{"A", TCIMValue("2")}, {"Z", TCIMValue("1")}});
   const std::string text = Written(EOutputForm::kJsonl, {instance}, Complete());
   EXPECT_EQ(text.substr(0, text.find('\n')),
-            R"({"kind":"instance","class":"KROSG_Derived","properties":{"Z":"1","A":"2"}})");
+            R"({"kind":"instance","class":"KROSG_Derived","run_id":"0f8fad5b-d9cb-4d9f-a165-70867728950e",)"
+            R"("labels":{},"key":"KROSG_Derived/?1","properties":{"Z":"1","A":"2"}})");
 }
 
 }  // namespace

@@ -14,42 +14,46 @@ class MofWriter : public TAwkwardTest {
   }
 };
 
+constexpr const char* kHeader =
+    "// Instances collected by velhost 2.0, run 0f8fad5b-d9cb-4d9f-a165-70867728950e, started "
+    "2026-01-31T12:34:56.789+01:00, on collector\n"
+    "// source: lan:bmc0\n"
+    "// machine type 6203, Engineering Information Collector 1.0 (interface version 1.1)\n"
+    "// schema: schema, SHA-256 aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\n"
+    "\n";
+
 TEST_F(MofWriter, WritesOneInstanceAfterAnother) {
   const auto cimClass = Define("KROSG_A", "", {Property("Name", TType::kString), Property("N", TType::kUint16)});
   EXPECT_EQ(Written(EOutputForm::kMof,
                     {Make(cimClass, {{"N", TCIMValue(7)}}), Make(cimClass, {{"Name", TCIMValue("x")}})}, Complete()),
-            "// Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
-            "(interface version 1.1)\n"
-            "\n"
-            "instance of KROSG_A {\n"
-            "  N = 7;\n"
-            "};\n"
-            "\n"
-            "instance of KROSG_A {\n"
-            "  Name = \"x\";\n"
-            "};\n"
-            "\n"
-            "// complete\n"
-            "// exchanges: 42, 0 failed\n"
-            "// elapsed: 1.234 s\n");
+            std::string(kHeader) +
+                "// KROSG_A/?1\n"
+                "instance of KROSG_A {\n"
+                "  N = 7;\n"
+                "};\n"
+                "\n"
+                "// KROSG_A/?1\n"
+                "instance of KROSG_A {\n"
+                "  Name = \"x\";\n"
+                "};\n"
+                "\n"
+                "// status: complete, exit status 0\n"
+                "// exchanges: 42, none failed\n"
+                "// elapsed: 1.234 s\n");
 }
 
 TEST_F(MofWriter, ReportsWhatIsMissingInComments) {
-  EXPECT_EQ(Written(EOutputForm::kMof, {}, Partial()),
-            "// Instances collected by velhost: machine type 6203, Engineering Information Collector 1.0 "
-            "(interface version 1.1)\n"
-            "\n"
-            "// partial: interrupted\n"
-            "// request failed: KROSG_A: said \"no\"\n"
-            "// exchanges: 42, 2 failed\n"
-            "// 1 x KROSG_A, node 0, register: 0xC3 timeout while processing command\n"
-            "// 1 x KROSG_B, sp 1, dot: lost: no answer\n"
-            "// elapsed: 1.234 s\n");
+  EXPECT_EQ(Written(EOutputForm::kMof, {}, Partial()), std::string(kHeader) +
+                                                           "// status: partial, exit status 3\n"
+                                                           "// reason: interrupted\n"
+                                                           "// reason: KROSG_A: said \"no\"\n"
+                                                           "// exchanges: 42, 2 failed\n"
+                                                           "// elapsed: 1.234 s\n");
 }
 
 TEST_F(MofWriter, KeepsAMessageOfSeveralLinesInsideItsComment) {
-  TCollectionSummary summary = Partial();
-  summary.failures[0].message = "one\ninstance of X {};";
+  TResultSummary summary = Partial();
+  summary.reasons[1].message = "one\ninstance of X {};";
   EXPECT_NE(Written(EOutputForm::kMof, {}, summary).find("KROSG_A: one\\ninstance of X {};\n"), std::string::npos);
 }
 
@@ -113,13 +117,19 @@ TEST_F(MofWriter, WritesReferencesAsStrings) {
   EXPECT_EQ(Mof(TType::kReference, TCIMValue::FromText(TType::kReference, "A.K=\"v\"")), R"("A.K=\"v\"")");
 }
 
-TEST_F(MofWriter, MarksAnIncompleteInstance) {
-  TStringSink sink;
-  const auto writer = MakeWriter(EOutputForm::kMof, sink, {});
-  writer->Instance(*One(TType::kString, TCIMValue("x")), true);
-  writer->End(Complete());
-  EXPECT_EQ(sink.Text().substr(0, sink.Text().find("\n\n")),
-            "// incomplete: an exchange failed while it was collected\ninstance of KROSG_One {\n  P = \"x\";\n};");
+TEST_F(MofWriter, SaysWhatIsMissingFromAnInstance) {
+  TDocument document = {Header(), {{One(TType::kString, TCIMValue("x")), {}}}, Complete()};
+  TInstanceFacts& facts = document.instances[0].second;
+  facts.key = "KROSG_One/node0/instance0";
+  facts.missing = {
+      {"Log", {.address = 0xABCDF0, .addresses = {}, .index = {}, .offset = {}}, {EHow::kCompletionCode, 0xCB}},
+      {"StatisticTime", {}, {EHow::kShort, 3}}};
+  EXPECT_NE(Written(EOutputForm::kMof, document)
+                .find("// KROSG_One/node0/instance0\n"
+                      "// missing: Log at 0xABCDF0: 0xCB requested sensor, data, or record not present\n"
+                      "// missing: StatisticTime: 3 bytes came\n"
+                      "instance of KROSG_One {\n  P = \"x\";\n};\n"),
+            std::string::npos);
 }
 
 }  // namespace

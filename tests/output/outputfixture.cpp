@@ -67,31 +67,76 @@ TInstancePtr TOutputTest::Capture(const std::string& rawData) {
                          {"SourceNode", TCIMValue("1")}});
 }
 
-TCollectionHeader TOutputTest::Header() { return {"6203", "Engineering Information Collector", "1.0", "1.1"}; }
+TPlan TOutputTest::PlanOfTwo() {
+  using CollectorProfile::EPath;
+  const auto classes = TNamespace::Create();
+  TPlan plan;
+  for (const auto& [name, path] : {std::pair("KROSG_A", EPath::kR8), std::pair("KROSG_B", EPath::kJfr)}) {
+    TClassDefinition definition;
+    definition.name = name;
+    plan.classes.emplace_back().cimClass = classes->AddClass(definition);
+    plan.classes.back().path = path;
+    plan.requests.emplace_back().turns.emplace_back().planClass = plan.classes.size() - 1;
+  }
+  return plan;
+}
 
-TCollectionSummary TOutputTest::Complete() {
-  TCollectionSummary summary;
+TResultHeader TOutputTest::Header() {
+  TResultHeader header;
+  header.run = {"0f8fad5b-d9cb-4d9f-a165-70867728950e", "2026-01-31T12:34:56.789+01:00", "collector", "2.0", {}};
+  header.source.sp = {"lan:admin@bmc0"};
+  header.source.target = "lan:bmc0";
+  header.machineType = "6203";
+  header.plugin = {"Engineering Information Collector", "1.0", "1.1"};
+  header.schema = {{"schema"}, std::string(64, 'a'), false};
+  return header;
+}
+
+TInstanceFacts TOutputTest::Unplaced(const TInstance& instance) {
+  TInstanceFacts facts;
+  facts.key = instance.Class().Name() + "/?1";
+  return facts;
+}
+
+TResultSummary TOutputTest::Complete() {
+  TResultSummary summary;
   summary.exchanges = 42;
   summary.elapsedMs = 1234;
   return summary;
 }
 
-TCollectionSummary TOutputTest::Partial() {
-  TCollectionSummary summary = Complete();
-  summary.partial = true;
-  summary.partialReason = "interrupted";
-  summary.failures = {{"KROSG_A", "said \"no\""}};
-  summary.failedExchanges = {{"KROSG_A", 0, "register", std::uint8_t{0xC3}}, {"KROSG_B", 1, "dot", std::nullopt}};
+TResultSummary TOutputTest::Partial() const {
+  TResultSummary summary = Complete();
+  summary.status = EResultStatus::kPartial;
+  summary.exitStatus = 3;
+  summary.message = "interrupted; KROSG_A: said \"no\"";
+  summary.reasons = {{EReason::kStopped, "", 1, "interrupted"}, {EReason::kRequestFailed, "KROSG_A", 1, "said \"no\""}};
+  TExchangeFailure refused;
+  refused.kind = EExchangeKind::kRegister;
+  refused.how = {EHow::kCompletionCode, 0xC3};
+  refused.address = 0x2D0100;
+  TExchangeFailure lost;
+  lost.turn = 1;
+  lost.kind = EExchangeKind::kDot;
+  lost.owner = 1;
+  summary.failed = {refused, lost};
+  summary.plan = &plan_;
   return summary;
 }
 
 std::string TOutputTest::Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
-                                 const TCollectionSummary& summary, const TTableOptions& options) {
+                                 const TResultSummary& summary, const TTableOptions& options) {
+  TDocument document = {Header(), {}, summary};
+  for (const auto& instance : instances) document.instances.emplace_back(instance, Unplaced(*instance));
+  return Written(form, document, options);
+}
+
+std::string TOutputTest::Written(EOutputForm form, const TDocument& document, const TTableOptions& options) {
   TStringSink sink;
   const auto writer = MakeWriter(form, sink, options);
-  writer->Begin(Header());
-  for (const auto& instance : instances) writer->Instance(*instance, false);
-  writer->End(summary);
+  writer->Begin(document.header);
+  for (const auto& [instance, facts] : document.instances) writer->Instance(*instance, facts);
+  writer->End(document.summary);
   return sink.Text();
 }
 

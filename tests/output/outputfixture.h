@@ -33,6 +33,13 @@ TCIMValue NullOf(TType type);
 /// 2026-01-31T12:34:56+01:00
 TCIMDateTime Moment();
 
+/// What a writer is given.
+struct TDocument {
+  TResultHeader header;
+  std::vector<std::pair<TInstancePtr, TInstanceFacts>> instances;
+  TResultSummary summary;
+};
+
 class TOutputTest : public testing::Test {
  protected:
   boost::shared_ptr<TCIMClass> Define(const std::string& name, const std::string& superClass,
@@ -44,17 +51,26 @@ class TOutputTest : public testing::Test {
   /// A capture file instance: file cpu_err, node 1, record 0, at Moment().
   TInstancePtr Capture(const std::string& rawData);
 
-  static TCollectionHeader Header();
+  static TResultHeader Header();
+  /// The facts of an instance whose place is unknown: its key, "CLASS/?1".
+  static TInstanceFacts Unplaced(const TInstance& instance);
   /// Complete, without failed exchanges.
-  static TCollectionSummary Complete();
+  static TResultSummary Complete();
   /// Interrupted: one request failed, one exchange was lost and one refused.
-  static TCollectionSummary Partial();
+  TResultSummary Partial() const;
 
-  /// The whole text in a format.
+  /// The whole text in a format; the place of no instance is known.
   static std::string Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
-                             const TCollectionSummary& summary, const TTableOptions& options = {});
+                             const TResultSummary& summary, const TTableOptions& options = {});
+  /// The whole text of a document in a format.
+  static std::string Written(EOutputForm form, const TDocument& document, const TTableOptions& options = {});
 
   boost::shared_ptr<TNamespace> cimNamespace_ = TNamespace::Create();
+  TPlan plan_ = PlanOfTwo();
+
+ private:
+  /// A turn of KROSG_A, an R8 class, and one of KROSG_B, a JFR class.
+  static TPlan PlanOfTwo();
 };
 
 /// Creates an instance of the class "KROSG_Awkward" with every awkward value that the formats must handle.

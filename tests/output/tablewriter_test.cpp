@@ -10,14 +10,15 @@ namespace {
 class TableWriter : public TAwkwardTest {
  protected:
   /// The text of one instance.
-  static std::string Block(const TInstancePtr& instance, int width = 80, bool color = false, bool incomplete = false) {
+  static std::string Block(const TInstancePtr& instance, int width = 80, bool color = false,
+                           const TInstanceFacts& facts = {}) {
     TStringSink sink;
     const auto writer = MakeWriter(EOutputForm::kTable, sink, {width, color});
     writer->Begin(Header());
-    writer->Instance(*instance, incomplete);
+    writer->Instance(*instance, facts);
     return sink.Text();
   }
-  static std::string Summary(const TCollectionSummary& summary, int width = 80, bool color = false) {
+  static std::string Summary(const TResultSummary& summary, int width = 80, bool color = false) {
     return Written(EOutputForm::kTable, {}, summary, {width, color});
   }
   /// A register of an R8 or a JFR class.
@@ -148,25 +149,22 @@ TEST_F(TableWriter, PutsTheValueUnderANameBeyondTheMiddle) {
             "KROSG_A\n  " + name + "\n" + std::string(20, ' ') + "v\n  B" + std::string(17, ' ') + "w\n\n");
 }
 
-TEST_F(TableWriter, MarksAnIncompleteInstance) {
-  EXPECT_EQ(Block(One(TType::kString, TCIMValue("x")), 80, false, true),
-            "KROSG_One\n  incomplete: an exchange failed while it was collected\n  P  x\n\n");
-}
-
 TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyIfAsked) {
   const auto instance = One(TType::kString, TCIMValue("x"));
-  EXPECT_EQ(Block(instance, 80, true, true),
+  TInstanceFacts facts;
+  facts.missing = {{"Log", {}, {EHow::kLost, 0}}};
+  EXPECT_EQ(Block(instance, 80, true, facts),
             "\x1b[1mKROSG_One\x1b[0m\n"
-            "  \x1b[31mincomplete: an exchange failed while it was collected\x1b[0m\n"
+            "  \x1b[31mmissing: Log: lost: no answer\x1b[0m\n"
             "  P  x\n\n");
-  EXPECT_EQ(Block(instance, 80, false, true).find('\x1b'), std::string::npos);
+  EXPECT_EQ(Block(instance, 80, false, facts).find('\x1b'), std::string::npos);
 }
 
 TEST_F(TableWriter, FlushesEachBlock) {
   TFlushedSink sink;
   const auto writer = MakeWriter(EOutputForm::kTable, sink, {});
   writer->Begin(Header());
-  writer->Instance(*One(TType::kString, TCIMValue("x")), false);
+  writer->Instance(*One(TType::kString, TCIMValue("x")), {});
   EXPECT_EQ(sink.flushedAt, std::vector<std::size_t>{std::string("KROSG_One\n  P  x\n\n").size()});
 }
 
@@ -189,37 +187,15 @@ TEST_F(TableWriter, SummarisesAPartialCollection) {
             "Summary\n"
             "  Instances  none\n"
             "  Exchanges  42, 2 failed\n"
-            "    KROSG_A\n"
-            "      1 x  node 0  register  0xC3 timeout while processing command\n"
-            "    KROSG_B\n"
-            "      1 x  sp 1    dot       lost: no answer\n"
             "  Elapsed    1.234 s\n"
-            "  Result     partial: interrupted\n"
-            "    KROSG_A\n"
-            "      said \"no\"\n");
-}
-
-TEST_F(TableWriter, GroupsIdenticalFailedExchanges) {
-  TCollectionSummary summary = Complete();
-  for (int i = 0; i < 5000; ++i) summary.failedExchanges.push_back({"KROSG_A", 0, "register", std::uint8_t{0xCB}});
-  summary.failedExchanges.push_back({"KROSG_B", 0, "read", std::nullopt});
-  summary.failedExchanges.push_back({"KROSG_A", 1, "register", std::uint8_t{0xCB}});
-  const std::string text = Summary(summary);
-  EXPECT_NE(text.find("  Exchanges  42, 5002 failed\n"
-                      "    KROSG_A\n"
-                      "      5000 x  node 0  register  0xCB requested sensor, data, or record not\n"
-                      "                                present\n"
-                      "         1 x  node 1  register  0xCB requested sensor, data, or record not\n"
-                      "                                present\n"
-                      "    KROSG_B\n"
-                      "         1 x  node 0  read      lost: no answer\n"),
-            std::string::npos)
-      << text;
+            "  Result     partial: interrupted; KROSG_A: said \"no\"\n"
+            "    interrupted\n"
+            "    KROSG_A: said \"no\"\n");
 }
 
 TEST_F(TableWriter, StaysWithinItsWidth) {
-  TCollectionSummary summary = Partial();
-  summary.failures[0].message = std::string(300, 'm');
+  TResultSummary summary = Partial();
+  summary.reasons[1].message = std::string(300, 'm');
   for (const int width : {40, 80, 200}) {
     std::string text =
         Written(EOutputForm::kTable, {One(TType::kString, TCIMValue(std::string(500, 'x')))}, summary, {width, false});

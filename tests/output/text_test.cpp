@@ -3,7 +3,7 @@
 
 #include "host/output/completioncodes.h"
 #include "host/output/hexdump.h"
-#include "host/output/summarytext.h"
+#include "host/output/resulttext.h"
 #include "host/output/tablelayout.h"
 #include "tests/output/outputfixture.h"
 #include "tests/support/namespaces.h"

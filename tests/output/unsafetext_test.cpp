@@ -26,8 +26,8 @@ class UnsafeForms : public TOutputTest {
   std::string Form(EOutputForm form, const std::string& text) {
     const std::string name = "P" + text;
     const auto cimClass = Define("KROSG_" + text, "", {Property(name, TType::kString)});
-    TCollectionSummary summary = Partial();
-    summary.partialReason = summary.failures[0].message = "m" + text;
+    TResultSummary summary = Partial();
+    summary.message = summary.reasons[0].message = "m" + text;
     return Written(form, {Make(cimClass, {{name, TCIMValue("v" + text)}})}, summary);
   }
 };

@@ -77,14 +77,13 @@ TEST_F(Validity, JsonFollowsItsSchema) {
 
 TEST_F(Validity, TheSchemaRejectsWhatIsNotACollection) {
   if (Validate("").exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
-  const std::string line = R"({"kind":"instance","class":"A","properties":{"P":)";
+  const std::string start =
+      R"({"kind":"instance","run_id":"0f8fad5b-d9cb-4d9f-a165-70867728950e","labels":{},"class":"A","key":"A/?1",)";
+  const std::string line = start + R"("properties":{"P":)";
   EXPECT_EQ(Validate(folder_.Write("good.jsonl", line + "[1,null]}}\n")).exitStatus, 0);
   EXPECT_EQ(Validate(folder_.Write("nested.jsonl", line + "[[1]]}}\n")).exitStatus, 1);
   EXPECT_EQ(Validate(folder_.Write("nan.jsonl", line + "NaN}}\n")).exitStatus, 1);
-  EXPECT_EQ(
-      Validate(folder_.Write("flag.jsonl", R"({"kind":"instance","class":"A","incomplete":false,"properties":{}})"))
-          .exitStatus,
-      1);
+  EXPECT_EQ(Validate(folder_.Write("flag.jsonl", start + R"("incomplete":false,"properties":{}})")).exitStatus, 1);
   EXPECT_EQ(Validate(folder_.Write("kind.jsonl", R"({"kind":"other"})")).exitStatus, 1);
 }
 

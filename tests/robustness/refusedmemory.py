@@ -55,7 +55,7 @@ class Refusing:
         if done.returncode in (COMPLETE, PARTIAL):
             self.expect_all_but_failed(output, where)
         if done.returncode == PARTIAL:
-            self.tally.expect(output["status"] == "partial" and output["failures"],
+            self.tally.expect(output["status"] == "partial" and output["reasons"],
                               f"{where}: nothing says what failed")
         known = contents(self.clean)
         for content, count in contents(output["instances"]).items():
@@ -63,7 +63,7 @@ class Refusing:
 
     def expect_all_but_failed(self, output, where):
         """Only requests that are reported as failed may lack instances."""
-        failed = {failure.get("class") for failure in output["failures"]}
+        failed = {reason.get("class") for reason in output["reasons"]}
         found = contents(output["instances"])
         for content, count in contents(one for one in self.clean if one["class"] not in failed).items():
             self.tally.expect(found[content] == count, f"{where}: an instance is missing")

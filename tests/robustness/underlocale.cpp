@@ -47,9 +47,11 @@ bool SetLocale(const char* name) {
 void Write(EOutputForm form, const std::vector<boost::shared_ptr<const TInstance>>& instances) {
   TStandardOutput sink;
   const auto writer = MakeWriter(form, sink, {});
-  writer->Begin({"6203", "plugin", "1.0", "1.0"});
-  for (const auto& instance : instances) writer->Instance(*instance, false);
-  TCollectionSummary summary;
+  TResultHeader header;
+  header.machineType = "6203";
+  writer->Begin(header);
+  for (const auto& instance : instances) writer->Instance(*instance, {});
+  TResultSummary summary;
   summary.exchanges = 4096;
   summary.elapsedMs = 12'345'678;
   writer->End(summary);

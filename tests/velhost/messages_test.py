@@ -31,9 +31,9 @@ class Partial(VelhostCase):
         self.assertEqual(done.returncode, 65)
         document = json.loads(done.stdout)
         self.assertEqual(document["status"], "partial")
-        self.assertEqual(document["failures"][0]["class"], "KROSG_DCAPFile")
-        self.assertRegex(document["failures"][0]["message"], r"^run\.jsonl:2:1: error: found .*, expected ")
-        self.assertEqual(len(document["failures"]), 1)
+        self.assertEqual(document["reasons"][0]["class"], "KROSG_DCAPFile")
+        self.assertRegex(document["reasons"][0]["message"], r"^run\.jsonl:2:1: error: found .*, expected ")
+        self.assertEqual(len(document["reasons"]), 1)
         self.assertIn("velhost: run.jsonl:2:1: error: found", done.stderr)
 
 
@@ -55,7 +55,9 @@ class SessionThatIsNotOpened(VelhostCase):
         self.assertEqual(status, 3, errors)
         document = json.loads(output)
         self.assertEqual((document["status"], document["instances"], document["exchanges"]["total"]), ("partial", [], 0))
-        self.assertEqual(document["failures"], [{"class": BRIDGE, "message": "not collected: " + reason}])
+        self.assertEqual(document["reasons"],
+                         [{"code": "not-collected", "class": BRIDGE, "count": 1, "message": "not collected: " + reason},
+                          {"code": "stopped", "count": 1, "message": reason}])
         self.assertIn(f"velhost: partial: {reason}; 1 class not collected\n", errors)
 
     def was_asked(self):

@@ -52,7 +52,6 @@ class Stopping(VelhostCase):
         document = json.loads(output)
         self.assertEqual(document["status"], "partial")
         instance = document["instances"][0]
-        self.assertTrue(instance["incomplete"])
         self.assertIn("Register0", instance["properties"])
         self.assertNotIn("Register99", instance["properties"])
 

@@ -59,13 +59,16 @@ TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options)
 
 // Says why the status is not that of a complete collection. If the instances go to a file, the user would not see the
 // reason otherwise.
-void SayWhyPartial(const TCollectionSummary& summary) {
+void SayWhyPartial(const TResultSummary& summary) {
   std::size_t untouched = 0;
-  for (const TRequestFailure& failure : summary.failures) {
-    if (failure.collected) Say(failure.className + ": " + failure.message);
-    if (!failure.collected) ++untouched;
+  for (const TReason& reason : summary.reasons) {
+    if (reason.code == EReason::kNotCollected) {
+      ++untouched;
+    } else if (!reason.className.empty()) {
+      Say(reason.className + ": " + reason.message);
+    }
   }
-  std::string text = "partial: " + summary.partialReason;
+  std::string text = "partial: " + summary.message;
   if (untouched > 0)
     text += "; " + std::to_string(untouched) + (untouched == 1 ? " class" : " classes") + " not collected";
   Say(text);
@@ -148,14 +151,13 @@ class TCollection {
     TRunRecording recording(options_.record, connection_->ServiceProcessor(), *environment_);
     if (recording.Observer() != nullptr) supervised.AddObserver(*recording.Observer());
     const EOutputForm form = ChooseForm(options_);
-    TCollectionSummary summary;
+    TResultSummary summary;
     {
       std::optional<TShownProgress> progress;
       if (showProgress_) progress.emplace(supervised);
       TSizeLimit sizeLimit(supervised);
       const TInstalledServices services(sizeLimit, stop_, recording.Environment());
-      TCollectionRun run({environment_->MachineType(), options_.singleRequest, form == EOutputForm::kJsonl}, namespace_,
-                         ledger, stop_);
+      TCollectionRun run({environment_->MachineType(), options_.singleRequest}, namespace_, ledger, stop_);
       // Before any output is opened: an existing file must survive a plugin that cannot be loaded.
       run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
       TOutputTarget target(options_.output);
@@ -169,13 +171,14 @@ class TCollection {
       target.Finish();
       if (run.FailureToUnload()) throw THostError(*run.FailureToUnload());
     }
+    const bool isPartial = summary.status == EResultStatus::kPartial;
     const bool mismatch = !connection_->Mismatch().empty();
-    if (summary.partial && !mismatch) SayWhyPartial(summary);
+    if (isPartial && !mismatch) SayWhyPartial(summary);
     // Reported last: a failed trace or recording must not cost the user what was collected.
     trace.Finish();
     recording.Finish();
     connection_->CheckAfterwards();
-    return summary.partial ? EExitStatus::kPartial : EExitStatus::kComplete;
+    return isPartial ? EExitStatus::kPartial : EExitStatus::kComplete;
   }
 
  private:
@@ -185,7 +188,7 @@ class TCollection {
     recording.OpenFile();
   }
 
-  TCollectionSummary Collect(TCollectionRun& run, TOutputTarget& target, EOutputForm form) {
+  TResultSummary Collect(TCollectionRun& run, TOutputTarget& target, EOutputForm form) {
     const TTableOptions table = {TerminalWidth(STDOUT_FILENO),
                                  IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO)};
     const auto writer = MakeWriter(form, target.Sink(), table);

@@ -45,13 +45,14 @@ void TCollectionRun::Load(const std::string& pluginPath) {
                    "plugin " + SafeText(plugin_->Path()) + " does not support requests for instances");
 }
 
-TCollectionSummary TCollectionRun::Run(const TClasses& classes, IInstanceWriter& writer) {
+TResultSummary TCollectionRun::Run(const TClasses& classes, IResultWriter& writer) {
   const auto start = std::chrono::steady_clock::now();
   writer_ = &writer;
   const TCommitGuard guard(*namespace_, [this](const boost::shared_ptr<const TInstance>& i) { OnCommit(i); });
-  Begin();
+  const std::vector<TClasses> requests = RequestsFor(classes);
+  Begin(requests);
   plugin_->Init();
-  RunAll(*plugin_->Query(), RequestsFor(classes));
+  RunAll(*plugin_->Query(), requests);
   Unload();
   Summarise(start);
   writer.End(summary_);
@@ -65,9 +66,20 @@ std::vector<TCollectionRun::TClasses> TCollectionRun::RequestsFor(const TClasses
   return requests;
 }
 
-void TCollectionRun::Begin() {
+void TCollectionRun::Begin(const std::vector<TClasses>& requests) {
+  for (const TClasses& request : requests) {
+    TPlannedRequest planned;
+    for (const auto& cimClass : request) {
+      planned.turns.emplace_back().planClass = plan_.classes.size();
+      plan_.classes.emplace_back().cimClass = cimClass;
+    }
+    plan_.requests.push_back(planned);
+  }
   const TPluginIdentity identity = plugin_->Identity();
-  writer_->Begin({settings_.machineType, identity.name, identity.version, identity.interfaceVersion});
+  TResultHeader header;
+  header.machineType = settings_.machineType;
+  header.plugin = {identity.name, identity.version, identity.interfaceVersion};
+  writer_->Begin(header);
 }
 
 void TCollectionRun::Unload() {
@@ -83,59 +95,60 @@ void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vecto
   for (std::size_t i = 0; i < requests.size(); ++i) {
     const std::string name = NameOf(requests[i]);
     if (stop_.IsStopped()) {
-      summary_.failures.push_back({name, "not collected: " + StopReason(), false});
+      AddReason(EReason::kNotCollected, name, "not collected: " + StopReason());
       continue;
     }
     if (observer_ != nullptr) observer_->OnRequest(i, requests.size(), name);
+    // A single request begins with turn 0; otherwise each request has one turn.
+    ledger_.BeginRequest(static_cast<std::uint32_t>(i));
     RunOne(plugin, requests[i], name);
   }
 }
 
 void TCollectionRun::RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name) {
-  ledger_.BeginRequest(name);
   if (sizeLimit_ != nullptr) sizeLimit_->BeginRequest();
   std::string failure = RunRequest(plugin, namespace_, request);
-  WritePending();
   const std::string mismatch = mismatch_ && !mismatched_ ? mismatch_() : std::string();
   mismatched_ = mismatched_ || !mismatch.empty();
   if (failure.empty()) failure = mismatch;
   if (sizeLimit_ != nullptr) {
-    for (const std::string& refusal : sizeLimit_->TakeRefusals()) summary_.failures.push_back({name, refusal});
+    for (const std::string& refusal : sizeLimit_->TakeRefusals()) AddReason(EReason::kFileUnread, name, refusal);
   }
-  if (!failure.empty()) summary_.failures.push_back({name, failure});
+  if (!failure.empty()) AddReason(EReason::kRequestFailed, name, failure);
 }
 
 void TCollectionRun::OnCommit(const boost::shared_ptr<const TInstance>& instance) {
   if (onInstance_) onInstance_(instance);
-  if (settings_.writeAtCommit) {
-    writer_->Instance(*instance, ledger_.RequestHadFailures());
-  } else {
-    pending_.push_back(instance);
-  }
+  writer_->Instance(*instance, {});
 }
 
-// Only at the end of a request is it known whether one of its exchanges failed.
-void TCollectionRun::WritePending() {
-  const bool incomplete = ledger_.RequestHadFailures();
-  for (const auto& instance : pending_) writer_->Instance(*instance, incomplete);
-  pending_.clear();
+void TCollectionRun::AddReason(EReason code, const std::string& className, const std::string& message) {
+  summary_.reasons.push_back({code, className, 1, message});
 }
 
 std::string TCollectionRun::StopReason() const { return stop_.WasRequested() ? "interrupted" : "deadline reached"; }
 
+std::string TCollectionRun::RunReason() const {
+  if (stop_.IsStopped()) return StopReason();
+  if (wasLost_ && wasLost_()) return "the connection to the service processor was lost";
+  if (mismatched_) return "the collection differs from the recorded one";
+  return summary_.reasons.empty() ? std::string() : "a request failed";
+}
+
 void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
+  summary_.plan = &plan_;
   summary_.exchanges = ledger_.Total();
-  summary_.failedExchanges = ledger_.Failed();
+  summary_.failed = ledger_.Failed();
+  summary_.message = RunReason();
   if (stop_.IsStopped()) {
-    summary_.partialReason = StopReason();
+    AddReason(EReason::kStopped, "", summary_.message);
   } else if (wasLost_ && wasLost_()) {
-    summary_.partialReason = "the connection to the service processor was lost";
-  } else if (mismatched_) {
-    summary_.partialReason = "the collection differs from the recorded one";
-  } else if (!summary_.failures.empty()) {
-    summary_.partialReason = "a request failed";
+    AddReason(EReason::kSessionLost, "", summary_.message);
   }
-  summary_.partial = !summary_.partialReason.empty();
+  if (!summary_.message.empty()) {
+    summary_.status = EResultStatus::kPartial;
+    summary_.exitStatus = 3;
+  }
   summary_.elapsedMs =
       std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
 }

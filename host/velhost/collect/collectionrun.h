@@ -16,7 +16,7 @@
 #include "host/bmc/sizelimit.h"
 #include "host/bmc/stopsignal.h"
 #include "host/model/cimnamespace.h"
-#include "host/output/iinstancewriter.h"
+#include "host/output/iresultwriter.h"
 #include "host/plugins/pluginloader.h"
 #include "host/velhost/collect/requests.h"
 
@@ -35,7 +35,6 @@ class TCollectionRun {
   struct TSettings {
     std::string machineType;
     bool singleRequest = false;
-    bool writeAtCommit = false;  ///< for formats that write each instance at once
   };
 
   /// Nothing is owned. The ledger already observes the service processor.
@@ -56,20 +55,21 @@ class TCollectionRun {
   void Load(const std::string& pluginPath);
   /// Call once, after Load: makes the requests, unloads the plugin, and writes the whole document. Throws THostError
   /// if the output or the plugin fails; the plugin is unloaded in every case.
-  TCollectionSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes, IInstanceWriter& writer);
+  TResultSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes, IResultWriter& writer);
   /// Set if the plugin failed after everything was collected: the document is complete, but the command has failed.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
 
  private:
   using TClasses = std::vector<boost::shared_ptr<TCIMClass>>;
 
-  void Begin();
+  void Begin(const std::vector<TClasses>& requests);
   void Unload();
   std::vector<TClasses> RequestsFor(const TClasses& classes) const;
   void RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests);
   void RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name);
+  void AddReason(EReason code, const std::string& className, const std::string& message);
+  std::string RunReason() const;
   void OnCommit(const boost::shared_ptr<const TInstance>& instance);
-  void WritePending();
   void Summarise(std::chrono::steady_clock::time_point start);
   std::string StopReason() const;
 
@@ -80,15 +80,15 @@ class TCollectionRun {
   TDynamicLibraryLoader libraries_;
   TPluginLoader loader_{libraries_};
   std::unique_ptr<TLoadedPlugin> plugin_;
-  IInstanceWriter* writer_ = nullptr;
+  IResultWriter* writer_ = nullptr;
   IRequestObserver* observer_ = nullptr;
   TSizeLimit* sizeLimit_ = nullptr;
   TNamespace::TCommitCallback onInstance_;
   std::function<bool()> wasLost_;
   std::function<std::string()> mismatch_;
   bool mismatched_ = false;
-  std::vector<boost::shared_ptr<const TInstance>> pending_;
-  TCollectionSummary summary_;
+  TPlan plan_;  // names the classes of the summary
+  TResultSummary summary_;
   std::optional<THostError> failureToUnload_;
 };
 

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -124,21 +123,20 @@ void TExchangeLedger::OnDot(const TDotExchange& exchange) {
         wire::TCommandBuffer::kSuccess);
 }
 
-void TExchangeLedger::BeginRequest(const std::string& className) {
-  className_ = className;
-  requestFailed_ = false;
-}
+void TExchangeLedger::BeginRequest(std::uint32_t turn) { turn_ = turn; }
 
-// An exchange that a stopped run refuses never took place: it makes the request's instances incomplete, but is not a
-// failure of the service processor.
+// An exchange that a stopped run refuses never took place: it is not a failure of the service processor.
 void TExchangeLedger::Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode) {
   const bool succeeded = answered && completionCode == wire::TCommandBuffer::kSuccess;
-  if (attempted) ++total_;
-  if (succeeded) return;
-  requestFailed_ = true;
   if (!attempted) return;
-  failed_.push_back({className_, node, NameOfKind(kind), std::nullopt});
-  if (answered) failed_.back().completionCode = completionCode;
+  ++total_;
+  if (succeeded) return;
+  TExchangeFailure failure;
+  failure.turn = turn_;
+  failure.kind = kind;
+  failure.owner = node;
+  if (answered) failure.how = {EHow::kCompletionCode, completionCode};
+  failed_.push_back(failure);
 }
 
 std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,

@@ -10,7 +10,7 @@
 
 #include "host/bmc/supervision.h"
 #include "host/model/cimnamespace.h"
-#include "host/output/iinstancewriter.h"
+#include "host/result/resultfacts.h"
 #include "nkrovel20/iplugincallbacks.h"
 
 namespace velhost {
@@ -36,25 +36,23 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::sha
 /// The names of the classes after the capture class: a single request never serves them.
 std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes);
 
-/// Counts exchanges and lists those that failed, under the class being collected.
+/// Counts exchanges and lists those that failed, under the turn of the class being collected.
 class TExchangeLedger : public IExchangeObserver {
  public:
   void OnIpmi(const TIpmiExchange& exchange) override;
   void OnDot(const TDotExchange& exchange) override;
 
-  void BeginRequest(const std::string& className);
-  /// Whether an exchange of the current request failed or was refused.
-  bool RequestHadFailures() const { return requestFailed_; }
+  /// The turn of the request's first class.
+  void BeginRequest(std::uint32_t turn);
   std::uint64_t Total() const { return total_; }
-  const std::vector<TFailedExchange>& Failed() const { return failed_; }
+  const std::vector<TExchangeFailure>& Failed() const { return failed_; }
 
  private:
   void Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode);
 
-  std::string className_;
-  bool requestFailed_ = false;
+  std::uint32_t turn_ = 0;
   std::uint64_t total_ = 0;
-  std::vector<TFailedExchange> failed_;
+  std::vector<TExchangeFailure> failed_;
 };
 
 /// Passes one request to the plugin. Returns an empty string, or the message of the exception that ended the request.

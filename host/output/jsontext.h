@@ -1,0 +1,44 @@
+// JSON text, piece by piece.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "host/output/textbuffer.h"
+#include "host/output/valuetext.h"
+
+namespace velhost {
+
+/// Appends pieces of JSON; the caller puts the commas. No piece allocates memory once the scratch text has grown.
+class TJsonText {
+ public:
+  explicit TJsonText(ITextSink& sink) : out_(sink) {}
+
+  /// Text that is JSON already.
+  void Raw(std::string_view text) { out_.Append(text); }
+  void Raw(char c) { out_.Append(c); }
+  /// Any bytes: what is not UTF-8 becomes U+FFFD, unsafe characters (see IsUnsafe) are escaped.
+  void String(std::string_view text);
+  /// `"name":`
+  void Name(std::string_view name);
+  /// `"name":"text"`
+  void Member(std::string_view name, std::string_view text);
+  void Unsigned(std::uint64_t number) { out_.Append(numbers_.Unsigned(number)); }
+  void Signed(std::int64_t number) { out_.Append(numbers_.Signed(number)); }
+  /// `"0x0001ABCD"`: the low bytes of a number.
+  void Hex(std::uint64_t number, int bytes);
+  /// A value of the object model. Integers are numbers, including those of 64 bits; reals that are not finite are
+  /// null; datetimes are CIM datetime strings; a char16 is a string of one character; a reference is its object path.
+  void Value(const TCIMValue& value);
+  void Flush() { out_.Flush(); }
+
+ private:
+  void Scalar(const TCIMValue& value);
+
+  TTextBuffer out_;
+  TNumberText numbers_;
+  std::string scratch_;
+};
+
+}  // namespace velhost

@@ -1,0 +1,37 @@
+// What a result says, in words: how reads ended, what is missing, why instances were not delivered.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/result/instancefacts.h"
+#include "host/result/resultfacts.h"
+
+namespace velhost {
+
+/// "0xC3 timeout while processing command", "lost: no answer", "3 bytes came", "not sent: the run was stopped",
+/// "the recording does not have it", "2 addresses answered".
+std::string HowText(THow how);
+
+/// "0xABCDEF", "0xABCDEF, 0xABCDF0", "no address", "index 84", "offset 120"; empty if nothing is set.
+std::string WhereText(const TWhere& where);
+
+/// Safe text: "Log at 0xABCDF0: 0xCB requested sensor, data, or record not present".
+std::string MissingText(const TMissing& missing);
+
+/// Safe text: "KROSG_A: 2 of 24 registers were not read".
+std::string ReasonText(const TReason& reason);
+
+/// "0.012 s", "2 min 3.4 s", "1 h 2 min 3 s".
+std::string ElapsedText(std::int64_t milliseconds);
+
+/// "SIMULATED: sim:demo.toml, not a real service processor", as safe text.
+std::string SimulatedText(const TSourceFacts& source);
+
+/// "machine type 6203, Engineering Information Collector 1.0 (interface version 1.0)", as safe text.
+std::string MachineText(const TResultHeader& header);
+
+/// "15, 8 failed", "42, none failed".
+std::string ExchangesText(const TResultSummary& summary);
+
+}  // namespace velhost
