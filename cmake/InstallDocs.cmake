@@ -3,7 +3,7 @@
 
 find_program(GZIP_PROGRAM gzip REQUIRED)
 
-set(VELHOST_MAN_PAGES velhost.1 velhost-server-file.5 velhost-recording.5)
+set(VELHOST_MAN_PAGES velhost.1 velhost-server-file.5 velhost-recording.5 velhost-result.5)
 foreach(page ${VELHOST_MAN_PAGES})
   set(file ${CMAKE_BINARY_DIR}/man/${page})
   configure_file(man/${page} ${file} @ONLY)
