@@ -2,25 +2,33 @@
 """Compares the collector, run by velhost, with its reference model on random cases.
 
 Each case is a random schema, server and request. What velhost prints and traces must match the model: every line of the
-trace, the instances, the failed calls, the exchanges and the exit status.
+trace, the instances, and the whole result document. In some cases also the plan of a dry run, the result line by line,
+and the result of a recording that was cut.
 """
 
 import argparse
+import hashlib
 import json
 import os
+import re
 import shlex
 import subprocess
 import sys
 import tempfile
 import tomllib
+import traceback
 from concurrent.futures import ProcessPoolExecutor
 
 import collector_model
+import modelplan
+import modelresult
 import random_case
 
-IDENTITY = {"name": "Engineering Information Collector", "version": "1.0", "interface_version": "1.0"}
 CONTEXT = 5
 TIMEOUT = 120
+RUN_MEMBERS = {"id", "started", "elapsed_ms", "host", "velhost", "labels"}
+UUID = r"[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}"
+TIME = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d"
 
 
 class Difference(Exception):
@@ -39,46 +47,154 @@ def short(thing, most=2000):
 
 # -- running --------------------------------------------------------------------------------------------------
 
-def command_of(options, case, directory):
-    command = [options.velhost, "collect", "--schema", os.path.join(directory, "case.mof"),
-               "--sp", "sim:" + os.path.join(directory, "case.toml"), "--format", "json",
-               "--log", os.path.join(directory, "trace.jsonl"), "--log-format", "jsonl"]
+def command_of(options, case, directory, *more, source=None):
+    source = source or "sim:" + os.path.join(directory, "case.toml")
+    command = [options.velhost, "collect", "--schema", os.path.join(directory, "case.mof"), "--sp", source, *more]
     if options.plugin:
         command += ["--plugin", options.plugin]
     return command + case.arguments()
 
 
-def run_velhost(options, case, directory):
+def main_command(options, case, directory):
+    more = ["--record", os.path.join(directory, "recording.jsonl")] if case.kept is not None else []
+    return command_of(options, case, directory, "--format", "json", "--log", os.path.join(directory, "trace.jsonl"),
+                      "--log-format", "jsonl", *more)
+
+
+def run_command(command, case, directory, name):
     """Returns exit status, standard output and standard error; the latter two are also saved in the directory."""
-    done = subprocess.run(command_of(options, case, directory), env=dict(os.environ, TZ=case.zone),
-                          stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT)
-    for name, content in (("output.json", done.stdout), ("stderr.txt", done.stderr)):
-        with open(os.path.join(directory, name), "wb") as stream:
+    done = subprocess.run(command, env=dict(os.environ, TZ=case.zone), stdin=subprocess.DEVNULL, capture_output=True,
+                          timeout=TIMEOUT)
+    for suffix, content in (("json", done.stdout), ("stderr", done.stderr)):
+        with open(os.path.join(directory, "%s.%s" % (name, suffix)), "wb") as stream:
             stream.write(content)
     return done.returncode, done.stdout, done.stderr
 
 
-def run_model(case, directory):
-    return collector_model.run(case.schema, tomllib.loads(case.toml), case.calls(), case.timezone, directory)
+def run_model(case, directory, recorded=None):
+    return collector_model.run(case.schema, tomllib.loads(case.toml), case.calls(), case.timezone, directory, recorded)
+
+
+def plan_of(case):
+    return modelplan.Plan(case.schema, tomllib.loads(case.toml), case.asked)
 
 
 # -- comparing ------------------------------------------------------------------------------------------------
 
-def compare(case, directory, outcome, expected):
-    status, output, errors = outcome
-    failed = [call for call in expected.calls if call.failure]
+def compare(options, case, directory):
+    status, output, errors = run_command(main_command(options, case, directory), case, directory, "output")
+    expected = run_model(case, directory)
     if status not in (0, 3):
         raise Difference("exit status %d:\n%s" % (status, errors.decode(errors="replace")))
     compare_trace(read_trace(os.path.join(directory, "trace.jsonl")), expected.trace)
-    require("exit status", status, 3 if failed else 0)
+    found = parsed(output)
+    compare_instances(found["instances"], expected)
+    document = document_of(case, directory, expected, "sim:" + os.path.join(directory, "case.toml"))
+    compare_documents(found, document, case)
+    require("exit status", status, document["exit_status"])
+    if case.seed % 4 == 0:
+        compare_plan(options, case, directory)
+    if case.seed % 4 == 2:
+        compare_lines(options, case, directory, document)
+    if case.kept is not None:
+        compare_cut_recording(options, case, directory)
+
+
+def parsed(output):
     try:
-        document = json.loads(output)
+        return json.loads(output)
     except ValueError as error:
         raise Difference("standard output is not JSON: %s" % error) from error
-    compare_heading(document, tomllib.loads(case.toml)["machine_type"], failed)
-    compare_failures(document["failures"], case, failed)
-    compare_instances(document["instances"], expected)
-    compare_exchanges(document["exchanges"], case, expected)
+
+
+def document_of(case, directory, run, source, **more):
+    path = os.path.join(directory, "case.mof")
+    with open(path, "rb") as stream:
+        digest = hashlib.sha256(stream.read()).hexdigest()
+    return {**modelresult.document(plan_of(case), run),
+            "source": {"sp": [source], "target": source, "simulated": True, **more},
+            "schema": {"paths": [path], "sha256": digest, "example": False}}
+
+
+def compare_documents(found, expected, case):
+    """Compares all but what a run is free to choose."""
+    require("members of the result", set(found), set(expected) | {"run"})
+    for name in expected:
+        compare_values(name, found[name], expected[name])
+    compare_run(found["run"], case)
+
+
+def compare_run(found, case):
+    require("members of run", set(found), RUN_MEMBERS)
+    require("run.labels", found["labels"], case.labels)
+    for name, pattern in (("id", UUID), ("started", TIME)):
+        if not re.fullmatch(pattern, found[name]):
+            raise Difference("run.%s is %r" % (name, found[name]))
+    if type(found["elapsed_ms"]) is not int or found["elapsed_ms"] < 0:
+        raise Difference("run.elapsed_ms is %r" % found["elapsed_ms"])
+
+
+def compare_values(path, found, expected):
+    """Raises the first difference with its place in the document."""
+    if isinstance(found, dict) and isinstance(expected, dict):
+        if set(found) != set(expected):
+            raise Difference("%s:\n  velhost: %s\n  model:   %s\n  only velhost: %s, only the model: %s" % (
+                path, short(found), short(expected), sorted(set(found) - set(expected)),
+                sorted(set(expected) - set(found))))
+        for name in expected:
+            compare_values("%s.%s" % (path, name), found[name], expected[name])
+    elif isinstance(found, list) and isinstance(expected, list):
+        for number in range(max(len(found), len(expected))):
+            if number >= min(len(found), len(expected)):
+                require("%s has %d and %d elements, the first one more" % (path, len(found), len(expected)),
+                        found[number:number + 1], expected[number:number + 1])
+            compare_values("%s[%d]" % (path, number), found[number], expected[number])
+    else:
+        require(path, (type(found), found), (type(expected), expected))
+
+
+def compare_plan(options, case, directory):
+    command = command_of(options, case, directory, "--dry-run", "--format", "json")
+    status, output, errors = run_command(command, case, directory, "plan")
+    if status != 0:
+        raise Difference("exit status %d of the dry run:\n%s" % (status, errors.decode(errors="replace")))
+    compare_values("plan", parsed(output), modelplan.plan_document(plan_of(case)))
+
+
+def compare_lines(options, case, directory, document):
+    """The instances line by line, then everything else in a summary; each line says of which run it is."""
+    status, output, _ = run_command(command_of(options, case, directory, "--format", "jsonl"), case, directory, "lines")
+    require("exit status of jsonl", status, document["exit_status"])
+    lines = [json.loads(line) for line in output.splitlines()]
+    run = {"run_id": lines[-1]["run"]["id"], "labels": case.labels}
+    for number, (line, instance) in enumerate(zip(lines, document["instances"]), 1):
+        compare_values("line %d" % number, line, {**instance, **run})
+    require("lines of jsonl", len(lines), len(document["instances"]) + 1)
+    summary = {name: value for name, value in document.items() if name != "instances"}
+    compare_documents(lines[-1], {**summary, **run, "kind": "summary"}, case)
+
+
+def compare_cut_recording(options, case, directory):
+    """Replays the beginning of the recording: what it lacks is not recorded, and nothing else changes."""
+    path = os.path.join(directory, "recording.jsonl")
+    if not os.path.exists(path):
+        return
+    with open(path, encoding="utf-8") as stream:
+        header, *lines = stream.readlines()
+    kept = int(case.kept * (len(lines) + 1))
+    expected = run_model(case, directory, kept)
+    if any(before + number >= kept for number, before in enumerate(expected.clock_readings)):
+        return  # a file was being read; what the clock says after the end of a recording is left open
+    with open(path, "w", encoding="utf-8") as stream:
+        stream.writelines([header, *lines[:kept]])
+    source = "replay:" + path
+    command = command_of(options, case, directory, "--format", "json", source=source)
+    status, output, errors = run_command(command, case, directory, "replay")
+    if status not in (0, 3):
+        raise Difference("exit status %d of the replay:\n%s" % (status, errors.decode(errors="replace")))
+    document = document_of(case, directory, expected, source, recorded=json.loads(header)["started"])
+    compare_documents(parsed(output), document, case)
+    require("exit status of the replay", status, document["exit_status"])
 
 
 def read_trace(path):
@@ -105,21 +221,6 @@ def line_text(trace, number):
     return "%d %s" % (trace[number][0], short(trace[number][1]))
 
 
-def compare_heading(document, machine_type, failed):
-    require("kind", document["kind"], "instancecollection")
-    require("format_version", document["format_version"], 1)
-    require("machine_type", document["machine_type"], machine_type)
-    require("plugin", document["plugin"], IDENTITY)
-    require("status", document["status"], "partial" if failed else "complete")
-
-
-def compare_failures(found, case, failed):
-    """A request for several classes does not say which of them failed, so only the number is compared."""
-    require("number of failed calls", len(found), len(failed))
-    if not case.single_request:
-        require("failed classes", [one["class"] for one in found], [call.classes[0] for call in failed])
-
-
 def compare_instances(found, expected):
     require("classes of the instances", [one["class"] for one in found], [cls for cls, _ in expected.instances])
     for number, (one, (cls, properties)) in enumerate(zip(found, expected.instances), 1):
@@ -127,39 +228,6 @@ def compare_instances(found, expected):
                 [name for name, _ in properties])
         for name, value in properties:
             require("%s of instance %d (%s)" % (name, number, cls), one["properties"][name], value)
-    compare_incomplete(found, expected)
-
-
-def compare_incomplete(found, expected):
-    """Instances of a call with a failed exchange are marked, or may be if all failed exchanges were impossible."""
-    number = 0
-    for call in expected.calls:
-        failed = [exchange for exchange in call.exchanges if exchange.failed()]
-        for one in found[number:number + call.instances]:
-            if not failed or any(exchange.possible for exchange in failed):
-                require("mark of an incomplete instance", one.get("incomplete", False), bool(failed))
-        number += call.instances
-
-
-def compare_exchanges(found, case, expected):
-    """Exchanges without a node or driver are either all counted or all ignored."""
-    every = [(call, exchange) for call in expected.calls for exchange in call.exchanges]
-    possible = [(call, exchange) for call, exchange in every if exchange.possible]
-    counted = every if found["total"] == len(every) else possible
-    require("total of exchanges", found["total"], len(counted))
-    expected_failures = [failure_of(case, call, exchange) for call, exchange in counted if exchange.failed()]
-    require("failed exchanges", [reported(case, one) for one in found["failed"]], expected_failures)
-
-
-def failure_of(case, call, exchange):
-    cls = None if case.single_request else call.classes[0]
-    return cls, exchange.node, exchange.kind, exchange.completion_code if exchange.ok else "lost"
-
-
-def reported(case, one):
-    code = one.get("completion_code")
-    code = "lost" if code is None else int(code, 0) if isinstance(code, str) else code
-    return None if case.single_request else one["class"], one["node"], one["kind"], code
 
 
 # -- cases ----------------------------------------------------------------------------------------------------
@@ -176,13 +244,13 @@ def run_case(options, seed):
 def try_case(options, case, directory):
     case.write(directory)
     try:
-        compare(case, directory, run_velhost(options, case, directory), run_model(case, directory))
+        compare(options, case, directory)
     except Difference as difference:
         return str(difference)
     except subprocess.TimeoutExpired:
         return "velhost did not end within %d seconds" % TIMEOUT
-    except (KeyError, TypeError, ValueError, OSError) as error:
-        return "%s: %s" % (type(error).__name__, error)
+    except (KeyError, IndexError, TypeError, ValueError, OSError) as error:
+        return "".join(traceback.format_exception(error))
     return None
 
 
@@ -194,7 +262,7 @@ def explain_failure(options, seed, difference):
     plugin = ["--plugin", options.plugin] if options.plugin else []
     again = [sys.executable, os.path.abspath(__file__), "--velhost", options.velhost, *plugin,
              "--cases", "1", "--seed", str(seed)]
-    direct = "TZ=%s %s" % (shlex.quote(case.zone), shlex.join(command_of(options, case, directory)))
+    direct = "TZ=%s %s" % (shlex.quote(case.zone), shlex.join(main_command(options, case, directory)))
     return "seed %d: %s\nfiles in %s\nagain:   %s\nvelhost: %s\n" % (seed, difference.rstrip(), directory,
                                                                      shlex.join(again), direct)
 

@@ -22,12 +22,16 @@ from modeljfr import *  # noqa: F401,F403
 
 @dataclass
 class Call:
-    """One GetData call: its classes, how it ended (None, "assertion" or "TVELException"), what it did."""
+    """One GetData call: its classes and how it ended.
+
+    If it failed, by "assertion" or "TVELException": what the host tells of that, and the number of the class in the run
+    that was being collected, None before the first.
+    """
 
     classes: list
-    failure: str
-    exchanges: list
-    instances: int
+    failure: str = None
+    told: str = ""
+    at: int = None
 
 
 @dataclass
@@ -38,24 +42,33 @@ class Run:
     instances: list
     calls: list
     exchanges: list
+    places: list
+    clock_readings: list
 
 
-def run(schema, server, calls, timezone=0, directory="."):
-    """Runs the GetData calls (lists of class names); timezone is in seconds west of UTC."""
-    host = Host(schema, server, timezone, directory)
+def run(schema, server, calls, timezone=0, directory=".", recorded=None):
+    """Runs the GetData calls (lists of class names); timezone is in seconds west of UTC.
+
+    With `recorded`, only so many exchanges and clock readings take place, as with a recording that was cut.
+    """
+    host = Host(schema, server, timezone, directory, recorded)
     plugin = Plugin(host)
     plugin.init()
-    ended = [one_call(host, plugin, classes) for classes in calls]
+    ended, turns = [], 0
+    for classes in calls:
+        host.sp.begin_call(turns)
+        ended.append(one_call(host, plugin, classes))
+        turns += len(classes)
     plugin.de_init()
-    return Run(host.log.lines, host.instances, ended, host.sp.exchanges)
+    return Run(host.log.lines, host.instances, ended, host.sp.exchanges, host.places,
+               host.sp.clock_readings)
 
 
 def one_call(host, plugin, classes):
-    exchanges, instances, failure = len(host.sp.exchanges), len(host.instances), None
     try:
         plugin.get_data([host.schema.find(name) for name in classes])
-    except AssertionFailed:
-        failure = "assertion"
-    except TvelException:
-        failure = "TVELException"
-    return Call(list(classes), failure, host.sp.exchanges[exchanges:], len(host.instances) - instances)
+    except AssertionFailed as error:
+        return Call(list(classes), "assertion", error.told, host.sp.subject.turn)
+    except TvelException as error:
+        return Call(list(classes), "TVELException", error.told, host.sp.subject.turn)
+    return Call(list(classes))

@@ -1,9 +1,9 @@
 """The JFR register collector of the collector model."""
 
-from modelvalues import (JFR_SKIPPED, L3_CACHE, L3_CACHE_DESC, MEM_CTL, MEM_CTL_DESC, NO_DATA_TEXT, PCI_BRIDGE,
+from modelvalues import (CLASS, JFR_SKIPPED, L3_CACHE, L3_CACHE_DESC, MEM_CTL, MEM_CTL_DESC, NO_DATA_TEXT, PCI_BRIDGE,
                          PCI_BRIDGE_DESC, TABS, TvelException, VO_MEM_CTL, VO_MEM_CTL_DESC, array_value,
                          datetime_value, deref, int_value, string_value)
-from modelhost import dump
+from modelhost import PlacedMap, dump
 
 
 class NovRequest:
@@ -80,7 +80,7 @@ class JfrErrorData:
         self.log.debug(dump(buffer + b"\0", min(length, self.BLOCK_SIZE)))
         for instance in range(count):
             try:
-                info = self.get_cim_instance_info(self.base, 0)
+                info = PlacedMap(self.get_cim_instance_info(self.base, 0), (index, instance))
                 for name, value in self.get_chip_error_info(buffer, instance).items():
                     info.setdefault(name, value)
                 result.append(info)
@@ -124,7 +124,7 @@ class JfrErrorData:
         values = {}
         superclass = self.host.schema.parent(self.requested)
         for declaration in self.host.schema.property_declarations(self.requested):
-            parent = deref(superclass).name
+            parent = deref(superclass, CLASS).name
             self.log.verbose("propertyDecl = " + declaration.name + ". classOrigin = " + declaration.origin
                              + ". superClass = " + parent)
             if declaration.origin in (self.requested.name, parent) and declaration.name not in JFR_SKIPPED:

@@ -1,6 +1,6 @@
 """The plugin object of the collector model: dispatch, instance builder, capture files."""
 
-from modelvalues import BASE_CLASSES, CAPTURE_KEYS, DCAP_FILE, R8_CLASSES, deref, string_value
+from modelvalues import BASE_CLASSES, CAPTURE_KEYS, CLASS, DCAP_FILE, R8_CLASSES, deref, string_value
 from modelhost import hex_pairs, quotient
 from modelr8 import R8ErrorData
 from modeljfr import JfrErrorData
@@ -28,8 +28,9 @@ class Plugin:
     def get_data(self, classes):
         self.machine_type = self.host.machine_type
         jfr_classes, delegates = self.find_delegates()
-        for requested in classes:
-            name = deref(requested).name
+        for position, requested in enumerate(classes):
+            self.host.sp.begin_turn(position)
+            name = deref(requested, CLASS).name
             self.log.debug("Entering collection for requested class " + name)
             if name in jfr_classes:
                 self.collect_jfr(requested, name, delegates)
@@ -90,7 +91,7 @@ class Plugin:
 
     def delegate_request(self, base, machine_type):
         """The name of the first subclass that declares the machine type, or the empty string."""
-        for subclass in self.host.schema.descendants(deref(base)):
+        for subclass in self.host.schema.descendants(deref(base, CLASS)):
             supported = deref(self.host.class_qualifier(subclass, "SupportedMachineTypes")).to_array()
             if self.supports(supported, machine_type):
                 return subclass.name
@@ -121,7 +122,7 @@ class Plugin:
                 continue
             self.log.verbose("valueIt->first = " + name + ". valueIt->second = " + value.to_text() + ".")
             instance.set(name, value)
-        instance.commit()
+        instance.commit(properties.place)
 
     # -- capture files -----------------------------------------------------------------------------------
 
@@ -136,6 +137,7 @@ class Plugin:
             return
         for node in range(nodes):
             self.log.debug("The system has%d . Now reading Node%d" % (nodes, node))
+            self.host.sp.about((node, CAPTURE_KEYS.index(name)))
             self.read_node_ffdc(name, StorageCommands(self.log, self.host.sp, node), node)
         self.log.debug("Exit ReadErrFFDC funtion")
 
@@ -172,7 +174,7 @@ class Plugin:
         instance.set("LogName", string_value(DCAP_FILE))
         instance.set("RecordID", string_value("%d" % self.record_counter))
         self.record_counter += 1
-        instance.commit()
+        instance.commit((node, CAPTURE_KEYS.index(name)))
         self.log.debug("Exit AddErrFFDCinstance funtion")
 
 

@@ -1,9 +1,9 @@
 """The R8 register collector of the collector model."""
 
-from modelvalues import (EIGHT_BYTE_FAMILY, NULL, PCI_BRIDGE_DESC, R8_SKIPPED, T4_MEM_CTL, T4_PCI_BRIDGE, TABS,
+from modelvalues import (CLASS, EIGHT_BYTE_FAMILY, NULL, PCI_BRIDGE_DESC, R8_SKIPPED, T4_MEM_CTL, T4_PCI_BRIDGE, TABS,
                          TvelException, VO_MEM_CTL, VO_MEM_CTL_DESC, VO_PCI_BRIDGE, array_value, datetime_value,
                          deref, int_value, string_value)
-from modelhost import dump, quotient
+from modelhost import PlacedMap, dump, quotient
 
 
 class IpmiRequest:
@@ -91,7 +91,7 @@ class R8ErrorData:
             result.append(self.get_instance_data("%s,%d" % (description, index), index))
 
     def get_instance_data(self, element_name, index):
-        properties = self.get_register_values(index)
+        properties = PlacedMap(self.get_register_values(index), (0, index))
         if not properties:
             return properties
         machine_type = self.host.machine_type
@@ -99,6 +99,7 @@ class R8ErrorData:
         properties.setdefault("InstanceID", string_value(instance_id))
         properties.setdefault("ElementName", string_value(element_name))
         properties.setdefault("MachineType", string_value(machine_type))
+        self.host.sp.about((0, index), "StatisticTime")
         if not self.get_time_stamp_value().is_null():
             properties["StatisticTime"] = self.get_time_stamp_value()
         return properties
@@ -121,7 +122,7 @@ class R8ErrorData:
     def get_register_values(self, index):
         values = {}
         for declaration in self.host.schema.property_declarations(self.cls):
-            superclass = deref(self.host.schema.parent(self.cls)).name
+            superclass = deref(self.host.schema.parent(self.cls), CLASS).name
             if declaration.origin not in (self.cls.name, superclass):
                 continue
             if declaration.name in R8_SKIPPED:
@@ -142,6 +143,7 @@ class R8ErrorData:
         offset = deref(declaration.qualifier("Offset"))
         addresses = offset.to_array() if offset.is_array() else [offset]
         mode = 4 if deref(declaration.qualifier("MaxLen")).to_unsigned(32) == 4 else 0
+        self.host.sp.about((0, index), declaration.name)
         data, address = self.read_registers(declaration.name, addresses, chip)
         data = self.convert_to_big_endian(data, address, mode)
         self.log.debug("Displaying messenger\n")

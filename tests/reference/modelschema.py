@@ -32,6 +32,8 @@ class PropertyDeclaration:
     name: str
     origin: str
     qualifiers: dict
+    type: str = "uint8"
+    is_array: bool = True
 
     def qualifier(self, name):
         return find_qualifier(self.qualifiers, name)
@@ -87,5 +89,6 @@ class Schema:
             for prop in step.properties:
                 first = found.get(prop.name.lower())
                 origin = first.origin if first else step.name
-                found[prop.name.lower()] = PropertyDeclaration(prop.name, origin, prop.qualifiers)
+                found[prop.name.lower()] = PropertyDeclaration(prop.name, origin, prop.qualifiers,
+                                                                    prop.type, prop.is_array)
         return list(found.values())

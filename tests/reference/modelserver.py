@@ -5,17 +5,26 @@ from dataclasses import dataclass
 
 
 @dataclass
+class Subject:
+    """What the collector's routine is about: class number of the run, instance or file of it, and property."""
+
+    turn: int = None
+    place: tuple = None
+    prop: str = None
+
+
+@dataclass
 class Exchange:
-    """One call of the service-processor library; possible is False if there is no node or no driver."""
+    """One call of the service-processor library, the data of its answer (or the block), and what it was for."""
 
     kind: str
     node: int
     ok: bool
     completion_code: int
-    possible: bool = True
-
-    def failed(self):
-        return not self.ok or self.completion_code != 0
+    data: bytes
+    request: bytes
+    subject: Subject
+    recorded: bool = True
 
 
 class Fault:
@@ -43,14 +52,42 @@ class ServiceProcessor:
     """The simulated server that answers the service-processor library."""
 
     MANUFACTURER = bytes((0x39, 0x30, 0x00))
+    LARGEST_AREA = 32 << 20
     STORAGE_KINDS = {0x01: "open", 0x06: "size", 0x02: "read", 0x05: "close"}
 
-    def __init__(self, server, directory="."):
+    def __init__(self, server, directory=".", recorded=None):
+        """Of a recording that was cut, `recorded` is the number of exchanges and clock readings that are left."""
         self.server = server
         self.directory = directory
         self.nodes = server.get("bmc_node", [])
         self.faults = [Fault(table) for table in server.get("fault", [])]
         self.exchanges = []
+        self.subject = Subject()
+        self.turns_before = 0
+        self.recorded = recorded
+        self.clock_readings = []  # number of the exchange that each followed
+
+    # -- what the exchanges are for ----------------------------------------------------------------------
+
+    def begin_call(self, turns_before):
+        self.turns_before = turns_before
+        self.subject = Subject()
+
+    def begin_turn(self, position):
+        self.subject = Subject(self.turns_before + position)
+
+    def about(self, place, prop=None):
+        self.subject = Subject(self.subject.turn, place, prop)
+
+    def note(self, kind, node, request=b"", ok=False, code=0, data=b""):
+        self.exchanges.append(Exchange(kind, node, ok, code, data, bytes(request), self.subject, not self.is_over()))
+
+    def note_clock(self):
+        self.clock_readings.append(len(self.exchanges))
+
+    def is_over(self):
+        """Whether the next exchange comes after the end of the recording."""
+        return self.recorded is not None and len(self.exchanges) + len(self.clock_readings) >= self.recorded
 
     # -- what the library reports ------------------------------------------------------------------------
 
@@ -74,17 +111,19 @@ class ServiceProcessor:
     def send_ipmi_command(self, node, buffer, length):
         """Answers the request in the 256-byte buffer, in place; returns (ok, length)."""
         kind = self.kind_of(buffer)
-        if not self.driver_present() or node >= self.node_count():
-            self.exchanges.append(Exchange(kind, node, False, 0, possible=False))
+        if not self.driver_present() or node >= self.node_count() or self.is_over():
+            self.note(kind, node, buffer)
             return False, length
         fault = self.due_fault(kind, node)
         if fault.get("lost"):
-            self.exchanges.append(Exchange(kind, node, False, 0))
+            self.note(kind, node, buffer)
             return False, length
         code, data = self.ipmi_answer(kind, self.nodes[node], buffer, fault)
         if "truncate" in fault:
             data = data[:fault["truncate"] - 9]
-        self.exchanges.append(Exchange(kind, node, True, code))
+        self.note(kind, node, buffer, True, code, data)
+        if kind == "size" and self.over_limit(code, data):
+            return False, length
         buffer[4], buffer[5] = code, len(data)
         buffer[9:256] = data + bytes(256 - 9 - len(data))
         return True, 9 + len(data)
@@ -92,12 +131,17 @@ class ServiceProcessor:
     def send_dot_command(self, index):
         """Answers the register-block command; returns (ok, block), with None as the block if there was no answer."""
         fault = self.due_fault("dot", index)
-        ok = not fault.get("lost")
-        self.exchanges.append(Exchange("dot", index, ok, 0))
-        if not ok:
+        if fault.get("lost") or self.is_over():
+            self.note("dot", index)
             return False, None
         block = self.bytes_of(self.server["dot"]["service_processor"][index], "block")
-        return True, block[:fault["truncate"]] if "truncate" in fault else block
+        block = block[:fault["truncate"]] if "truncate" in fault else block
+        self.note("dot", index, ok=True, data=block)
+        return True, block
+
+    def over_limit(self, code, data):
+        """The host hides sizes over its limit from the collector, as if there had been no answer."""
+        return code == 0 and int.from_bytes(data[3:7].ljust(4, b"\0"), "little", signed=True) > self.LARGEST_AREA
 
     def due_fault(self, kind, node):
         """Every matching fault counts the exchange; the first one that is due is applied."""

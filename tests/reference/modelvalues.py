@@ -35,24 +35,34 @@ NO_DATA_TEXT = "Unable to communicate with system management hardware. Could not
 # ---------------------------------------------------------------------------------------------------------
 # Failures of the host
 
+CLASS, QUALIFIER = "a class (a base class or superclass that the schema lacks)", "a qualifier"
+
+
 class AssertionFailed(Exception):
     """A null host object was dereferenced; collectors do not catch this."""
 
+    def __init__(self, what):
+        super().__init__("px != 0")
+        self.told = ("the collector found nothing where it needs %s; \"velhost check\" shows what the schema lacks "
+                     "(assertion px != 0)" % what)
+
 
 class TvelException(Exception):
-    """The host's exception; collectors catch it around their instance loops."""
+    """The host's exception; collectors catch it around their instance loops. Only the host sees the detail."""
 
-    TEXTS = {13: "Type mismatch (status 13).", 21: "No valid timestamp header (status 21)."}
+    TEXTS = {6: "No such property (status 6).", 13: "Type mismatch (status 13).",
+             21: "No valid timestamp header (status 21)."}
 
-    def __init__(self, status):
-        super().__init__(self.TEXTS.get(status, "status %d" % status))
+    def __init__(self, status, detail=""):
+        super().__init__(self.TEXTS[status])
         self.status = status
+        self.told = "%s %s" % (self, detail)
 
 
-def deref(pointer):
+def deref(pointer, what=QUALIFIER):
     """Dereferences a host object."""
     if pointer is None:
-        raise AssertionFailed("px != 0")
+        raise AssertionFailed(what)
     return pointer
 
 

@@ -8,10 +8,13 @@ arguments to run it with.
 import argparse
 import os
 import random
-from dataclasses import dataclass
+import shlex
+import tomllib
+from dataclasses import dataclass, field
 
 import collector_model as model
 from collector_model import Schema
+from modelplan import Plan, asked_classes
 from random_schema import SchemaMaker, mof_text, random_types
 from random_server import ServerMaker
 
@@ -26,7 +29,10 @@ ZONES = [("UTC0", 0), ("CET-1", -3600), ("CET-1CEST,M3.5.0,M10.5.0/3", -3600), (
 
 @dataclass
 class Case:
-    """One case; files maps names of files referenced by the server file to their bytes."""
+    """One case; files maps names of files that the server file names to their bytes.
+
+    `classes` are the arguments of the command, `asked` the calls that they lead to, as (name, whether it was named).
+    """
 
     seed: int
     schema: Schema
@@ -37,12 +43,16 @@ class Case:
     single_request: bool
     zone: str
     timezone: int
+    asked: list
+    labels: dict = field(default_factory=dict)
+    kept: float = None  # share of the recording that is left when it is cut
 
     def calls(self):
-        return [self.classes] if self.single_request else [[name] for name in self.classes]
+        return [[name for name, _ in call] for call in self.asked]
 
     def arguments(self):
-        return (["--single-request"] if self.single_request else []) + self.classes
+        labels = [text for key, value in self.labels.items() for text in ("--label", "%s=%s" % (key, value))]
+        return labels + (["--single-request"] if self.single_request else []) + self.classes
 
     def write(self, directory):
         os.makedirs(directory, exist_ok=True)
@@ -60,9 +70,52 @@ def generate(seed):
     mof = mof_text(schema, types)
     server = ServerMaker(rng, machine_type, schema)
     toml = server.make()
+    parsed = tomllib.loads(toml)
     zone, timezone = rng.choice(ZONES)
     classes = requested_classes(rng, schema)
-    return Case(seed, schema, mof, toml, server.files, classes, rng.random() < 0.4, zone, timezone)
+    if rng.random() < 0.6:
+        classes = served_classes(schema, parsed, classes)
+    single = rng.random() < 0.4
+    arguments = random_arguments(rng, schema, parsed, classes)
+    asked = asked_classes(schema, parsed, arguments)
+    calls = [asked] if single else [[one] for one in asked]
+    return Case(seed, schema, mof, toml, server.files, arguments, single, zone, timezone, calls, random_labels(rng),
+                rng.random() if rng.random() < 0.1 else None)
+
+
+def served_classes(schema, server, classes):
+    """Those that this machine serves, or all if it serves none of them."""
+    default = Plan(schema, server, []).served_by_default()
+    return [name for name in classes if name in default] or classes
+
+
+def random_arguments(rng, schema, server, classes):
+    """The classes, as a user may name them: twice, by pattern, by base class, in another case, or not at all."""
+    if rng.random() < 0.05:
+        return []
+    names = list(classes)
+    if rng.random() < 0.1:
+        names.insert(rng.randrange(len(names) + 1), rng.choice(names))
+    if rng.random() < 0.08:
+        names[rng.randrange(len(names))] = rng.choice([base for base in model.BASE_CLASSES if schema.find(base)] or names)
+    default = Plan(schema, server, []).served_by_default()
+    if default and rng.random() < 0.08:
+        names.insert(rng.randrange(len(names) + 1), random_pattern(rng, rng.choice(default)))
+    return [name.swapcase() if rng.random() < 0.03 else name for name in names]
+
+
+def random_pattern(rng, name):
+    """A pattern that matches the name."""
+    start, end = sorted(rng.randrange(len(name) + 1) for _ in range(2))
+    return rng.choice(["*", name[:start] + "*" + name[end:], "*" + name[start:] + "*", name[:end] + "?" * (len(name) - end),
+                       (name[:start] + "*").lower()])
+
+
+def random_labels(rng):
+    if rng.random() < 0.85:
+        return {}
+    texts = ["7", "", "a b", "a=b", "\"quoted\"", "Gr\u00f6\u00dfe", "--x"]
+    return {key: rng.choice(texts) for key in rng.sample(["rack", "_row", "Site2", "x" * 64], rng.choice([1, 1, 2]))}
 
 
 def requested_classes(rng, schema):
@@ -90,7 +143,7 @@ def main():
     case.write(options.out)
     print("TZ='%s' velhost collect --schema %s --sp sim:%s --format json %s"
           % (case.zone, os.path.join(options.out, "case.mof"), os.path.join(options.out, "case.toml"),
-             " ".join(case.arguments())))
+             shlex.join(case.arguments())))
 
 
 if __name__ == "__main__":

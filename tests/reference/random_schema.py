@@ -23,16 +23,21 @@ class Types:
     root_identifies: bool
     odd_case: bool
     fragile: bool
+    orderly: bool
+    nameless: bool
 
 
 def random_types(rng):
-    return Types(offset=rng.choices(["uint32[]", "uint32", "string[]", "string"], [10, 6, 1, 1])[0],
-                 index=rng.choices(["uint32", "uint16", "string"], [10, 8, 1])[0],
+    """Most cases are orderly: the schema check has no error for their classes."""
+    orderly = rng.random() < 0.7
+    return Types(offset=rng.choices(["uint32[]", "uint32", "string[]", "string"], [10, 6, *([0, 0] if orderly else [2, 2])])[0],
+                 index=rng.choices(["uint32", "uint16", "string"], [10, 8, 0 if orderly else 2])[0],
                  max_len=rng.choice(["uint32", "uint16"]),
-                 max_instance_count=rng.choice(["uint32", "uint32", "uint16", "uint16", "string"]),
+                 max_instance_count=rng.choice(["uint32", "uint16"] * 2 + ([] if orderly else ["string"])),
                  class_inherited=rng.random() < 0.6, property_inherited=rng.random() < 0.5,
                  all_qualifiers=rng.random() < 0.3, root_identifies=rng.random() < 0.7,
-                 odd_case=rng.random() < 0.1, fragile=rng.random() < 0.15)
+                 odd_case=rng.random() < 0.1, fragile=not orderly and rng.random() < 0.4, orderly=orderly,
+                 nameless=orderly and rng.random() < 0.07)
 
 
 class SchemaMaker:
@@ -97,7 +102,7 @@ class SchemaMaker:
                       Property("MachineType", "string", False), Property("StatisticTime", "datetime", False)]
         if self.rng.random() < 0.3:
             properties.append(Property("DateTimeOfCollection", "datetime", False))
-        if self.rarely(0.3):
+        if self.types.nameless or self.rarely(0.3):
             properties.pop(self.rng.choice([0, 1, 1, 1, 2, 3]))
         return properties
 
@@ -195,8 +200,8 @@ class SchemaMaker:
 
     def class_qualifiers(self, match, parent):
         qualifiers = {"SupportedMachineTypes": self.machine_types(match),
-                      "MaxInstanceCount": self.rng.choice([0, 1, 1, 2, 2, 3, 4])}
-        if self.types.max_instance_count == "uint32" and self.rng.random() < 0.05:
+                      "MaxInstanceCount": self.rng.choice([0, 1, 1, 2, 2] + ([] if self.types.orderly else [3, 4]))}
+        if self.types.max_instance_count == "uint32" and not self.types.orderly and self.rng.random() < 0.07:
             qualifiers["MaxInstanceCount"] += 65536
         if self.types.max_instance_count == "string":
             number = str(qualifiers["MaxInstanceCount"])
@@ -247,7 +252,7 @@ class SchemaMaker:
     def inherited_registers(self, name):
         while name:
             cls = self.find(name)
-            yield from (prop for prop in cls.properties if prop.type == "uint8")
+            yield from (prop for prop in cls.properties if prop.type == "uint8" and prop.is_array)
             name = cls.superclass
 
     def overriding(self, parent, name, purpose):
@@ -262,7 +267,10 @@ class SchemaMaker:
     def register(self, purpose):
         self.counter += 1
         name = "%s%d" % (self.rng.choice(["Reg", "aReg", "ZReg", "ErrStat_"]), self.counter)
-        return self.named_register(name, purpose)
+        register = self.named_register(name, purpose)
+        if self.rng.random() < 0.015:
+            register.type, register.is_array = self.rng.choice([("uint8", False), ("uint16", True)])
+        return register
 
     def named_register(self, name, purpose):
         """A register with the qualifiers that its collector requires, and often those of the other collector."""
@@ -291,6 +299,8 @@ class SchemaMaker:
         return str(number) if self.types.offset.startswith("string") else number
 
     def index(self):
+        if self.types.orderly:
+            return self.rng.choice([self.rng.randrange(8), self.rng.randrange(254), self.rng.randrange(254), 253])
         number = self.rng.choice([self.rng.randrange(8), self.rng.randrange(256), self.rng.randrange(256),
                                   self.rng.randrange(240, 520), 255, 511, self.rng.randrange(65536)])
         if self.types.index == "string":

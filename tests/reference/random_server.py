@@ -103,9 +103,14 @@ class ServerMaker:
             self.add("[[bmc_node.register]]")
             if chip or self.rng.random() < 0.5:
                 self.add("chip = %d" % chip)
-            self.add("address = 0x%08X" % address, "value = \"%s\"" % self.rng.randbytes(8).hex(" "))
+            self.add("address = 0x%08X" % address, "value = \"%s\"" % self.value().hex(" "))
             if self.rng.random() < 0.3:
                 self.add("header = \"%s\"" % self.rng.randbytes(6).hex(" "))
+
+    def value(self):
+        """Any bytes, or a number that fits 32 bits, or one that the collector's four bytes of it hide nothing of."""
+        return self.rng.choice([self.rng.randbytes(8), self.rng.randbytes(8), self.rng.randbytes(4) + bytes(4),
+                                bytes(8), b"\xff" * 4 + self.rng.randbytes(4)])
 
     def instance_count(self, cls):
         """The declared number; 0 if there is none or it is not numeric."""
@@ -150,13 +155,15 @@ class ServerMaker:
                                 length + 35, "negative", "negative"])
         if size != "negative":
             return size
+        if self.rng.random() < 0.2:
+            return self.rng.choice([0x02000001, 0x7F000000])  # over the limit, and not if it is truncated
         # A truncated negative size must not become a size of many megabytes.
         return self.rng.choice([-2**31, -2**31 + 5] if sizes_cut else [-1, -10, -65536, -2**31])
 
     # -- faults ------------------------------------------------------------------------------------------
 
     def faults(self):
-        return [self.fault() for _ in range(self.rng.choice([0, 0, 1, 1, 2, 3, 4, 5]))]
+        return [self.fault() for _ in range(self.rng.choice([0, 0, 0, 0, 1, 1, 2, 3, 4, 5]))]
 
     def fault(self):
         on = self.rng.choice(["register", "register", "timestamp", "open", "size", "read", "read", "read", "read",

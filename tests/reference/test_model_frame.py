@@ -164,12 +164,13 @@ class DelegationTest(unittest.TestCase):
 class InstanceBuilderTest(unittest.TestCase):
 
     def build(self, *maps):
-        host = model.Host(Schema([CimClass("C", None, {}, [Property("B"), Property("RegisterNumber")])]),
+        host = model.Host(Schema([CimClass("C", None, {}, [Property("B", "string", False),
+                                                             Property("RegisterNumber", "uint32", False)])]),
                           {"machine_type": "1"}, 0, ".")
         plugin = model.Plugin(host)
         plugin.current_class = host.schema.find("C")
         try:
-            plugin.build_cim_instances(maps)
+            plugin.build_cim_instances([model.PlacedMap(one, (0, 0)) for one in maps])
         except model.TvelException:
             host.log.debug("thrown")
         return host.log.lines[1:], host.instances

@@ -195,7 +195,7 @@ class SimulatedServerTest(unittest.TestCase):
             sp = model.ServiceProcessor(server)
             buffer = bytearray(256)
             self.assertEqual(sp.send_ipmi_command(node, buffer, 256), (False, 256))
-            self.assertFalse(sp.exchanges[0].possible)
+            self.assertFalse(sp.exchanges[0].ok)
 
 
 if __name__ == "__main__":

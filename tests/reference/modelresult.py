@@ -1,0 +1,247 @@
+"""What the host must say of a collection beside the collector's instances: the result document.
+
+document() computes it from schema, server file and what the collector model did, whose exchanges say what they were
+for. All that a run is free to choose is left out: `run` but for the labels, and the elapsed time.
+"""
+
+from collections import Counter, defaultdict
+
+from modelplan import CAPTURE, IDLE, PLANNED, UNKNOWN
+from modelturn import TurnBook, address_of, how_it_failed, how_register_failed, how_time_failed, reported_size
+from modelvalues import CAPTURE_KEYS
+
+IDENTITY = {"name": "Engineering Information Collector", "version": "1.0", "interface_version": "1.0"}
+CODES = ["stopped", "session-lost", "request-failed", "register-unread", "time-unread", "file-unread", "block-unread",
+         "block-short", "block-undecodable", "not-served", "not-collected", "nothing-read"]
+LIMIT = 32 << 20
+
+
+
+class Result:
+    """The document of a run of the collector model."""
+
+    def __init__(self, plan, run):
+        self.plan = plan
+        self.run = run
+        self.by_turn = defaultdict(list)
+        for exchange in run.exchanges:
+            self.by_turn[exchange.subject.turn].append(exchange)
+        self.reasons = defaultdict(Counter)  # by class name
+        self.notes = defaultdict(list)       # texts of reasons by class name and code
+        self.left = {number: self.turn_left(number) for number in range(len(run.calls))}
+        self.ended = {number: self.turn_failed(number) for number in range(len(run.calls))}
+        self.books = {turn.number: self.book_of(turn) for turn in plan.turns if self.is_followed(turn)}
+        for turn in plan.turns:
+            self.add_reasons(turn)
+        for number, call in enumerate(run.calls):
+            if call.failure:
+                self.add_note(self.blamed_class(number), "request-failed", call.told)
+
+    def turns_of(self, call):
+        return [turn for turn in self.plan.turns if turn.call == call]
+
+    def exchanges_of(self, turn):
+        return self.by_turn[turn.number]
+
+    # -- where the plan ends -----------------------------------------------------------------------------
+
+    def turn_left(self, call):
+        """The first class that may do anything, if there was an exchange from it on; no place is known from there."""
+        for turn in self.turns_of(call):
+            if turn.reached and turn.of.kind == UNKNOWN and any(self.exchanges_of(later)
+                                                                for later in self.turns_of(call)
+                                                                if later.number >= turn.number):
+                return turn.number
+        return None
+
+    def turn_failed(self, call):
+        """The class that an exception is blamed on: the first that was not finished, otherwise the last."""
+        if not self.run.calls[call].failure:
+            return None
+        if self.left[call] is not None:
+            return self.left[call]
+        turns = self.turns_of(call)
+        open_turns = [turn for turn in turns if turn.reached and not self.is_finished(turn, self.run.calls[call].at)]
+        return (open_turns + turns[-1:])[0].number if turns else None
+
+    def is_finished(self, turn, at):
+        """Whether nothing that the plan has of the class was left when the class number `at` failed."""
+        if turn.of.kind != PLANNED:
+            return turn.of.kind == IDLE
+        if at is not None and at != turn.number:
+            return turn.number < at
+        return not (self.plan.register_reads(turn) + self.plan.dot_commands(turn)
+                    + (turn.of.path == CAPTURE and self.plan.driver and self.plan.nodes))
+
+    def is_followed(self, turn):
+        """Whether every exchange of the class is known, even if it made none."""
+        left, ended = self.left[turn.call], self.ended[turn.call]
+        return (turn.reached and turn.of.kind == PLANNED and (left is None or turn.number < left)
+                and (ended is None or turn.number <= ended))
+
+    def blamed_class(self, call):
+        """None for a request of no class."""
+        return None if self.ended[call] is None else self.plan.turns[self.ended[call]].of.cls.name
+
+    def book_of(self, turn):
+        committed = {place: dict(properties) for (number, place), (_, properties)
+                     in zip(self.run.places, self.run.instances) if number == turn.number}
+        book = TurnBook(self.plan, turn, self.exchanges_of(turn), committed)
+        book.finish()
+        return book
+
+    # -- reasons -----------------------------------------------------------------------------------------
+
+    def add_reasons(self, turn):
+        name, left, ended = turn.of.cls.name, self.left[turn.call], self.ended[turn.call]
+        if turn.number in self.books:
+            self.reasons[name].update(self.books[turn.number].reasons)
+        if turn.named and turn.of.why:
+            self.reasons[name]["not-served"] += 1
+        elif not turn.reached:
+            self.add_note(name, "not-collected", "the collector ends a request at KROSG_DCAPFile")
+        elif left is None and ended is not None and turn.number > ended:
+            self.add_note(name, "not-collected", "the request ended before it")
+
+    def add_note(self, name, code, text):
+        self.reasons[name][code] += 1
+        self.notes[name, code].append(text)
+
+    def reason_list(self):
+        result = [{"code": code, "count": count, "message": "; ".join(self.notes[None, code])}
+                  for code, count in self.reasons[None].items()]
+        if not self.plan.turns:
+            result.append({"code": "nothing-read", "count": 1, "message": "there is no class to collect"})
+        elif self.plan.total() and not self.run.instances:
+            result.append({"code": "nothing-read", "count": 1, "message": "no instance came"})
+        for name in dict.fromkeys(turn.of.cls.name for turn in self.plan.turns):
+            result += [{"code": code, "class": name, "count": self.reasons[name][code],
+                        "message": self.message_of(name, code, self.reasons[name][code])}
+                       for code in CODES if self.reasons[name][code]]
+        return result
+
+    def message_of(self, name, code, count):
+        turns = [turn for turn in self.plan.turns if turn.of.cls.name == name and turn.reached]
+        of = self.plan.known[name]
+        share = "%d of %s " % (count, self.total_of(code, of, len(turns)))
+        verb = "was" if count == 1 else "were"
+        if code == "register-unread":
+            return share + verb + " not read"
+        if code == "time-unread":
+            return ("the time of 1 instance was" if count == 1 else "the times of %d instances were" % count) + " not read"
+        if code == "file-unread":
+            texts = [share + ("is" if count == 1 else "are") + " missing or incomplete"]
+            texts += dict.fromkeys(text for turn in turns for text in self.refused_sizes(turn))
+            return "; ".join(texts + ([] if self.plan.driver else ["the IPMI driver is not present"]))
+        if code == "block-unread":
+            if not self.plan.communicates:
+                return "the communication check of the service processor failed"
+            return share + "did not come"
+        if code == "block-short":
+            return share + verb + " too short"
+        if code == "block-undecodable":
+            return self.undecodable_text(turns)
+        if code == "not-served":
+            return of.why
+        return "; ".join(dict.fromkeys(self.notes[name, code]))
+
+    def total_of(self, code, of, turns):
+        if code == "register-unread":
+            return counted(turns * of.instances * len(of.registers), "register")
+        if code == "file-unread":
+            return counted(turns * len(CAPTURE_KEYS) * self.plan.nodes, "capture file")
+        return counted(turns * self.plan.blocks, "register block")
+
+    def refused_sizes(self, turn):
+        for exchange in self.exchanges_of(turn):
+            if exchange.kind == "size" and exchange.completion_code == 0 and reported_size(exchange) > LIMIT:
+                yield ("node %d, storage area %s reports %d bytes, over the limit of 32 MiB: not read"
+                       % (exchange.node, CAPTURE_KEYS[exchange.subject.place[1]], reported_size(exchange)))
+
+    def undecodable_text(self, turns):
+        books = [self.books[turn.number] for turn in turns if turn.number in self.books]
+        owners = list(dict.fromkeys("%d" % owner for book in books for owner in book.undecodable))
+        dropped = sum(code == "discarded" for book in books for code in book.unread.values())
+        one = len(owners) == 1
+        text = "the register block%s of service processor%s " % (("", "") if one else ("s", "s"))
+        text += listed(owners) + (" has" if one else " have") + " no valid time"
+        if not dropped:
+            return text
+        return text + "; %s of others %s dropped with %s" % (counted(dropped, "instance"),
+                                                            "was" if dropped == 1 else "were", "it" if one else "them")
+
+    # -- members -----------------------------------------------------------------------------------------
+
+    def instances(self):
+        result, unknown = [], 0
+        for (name, properties), (number, place) in zip(self.run.instances, self.run.places):
+            one = {"kind": "instance", "class": name, "properties": dict(properties)}
+            book = self.books.get(number)
+            if book:
+                one.update(book.facts[place])
+            else:
+                unknown += 1
+                one["key"] = "%s/?%d" % (name, unknown)
+            result.append(one)
+        return result
+
+    def failed(self):
+        result = []
+        for exchange in self.run.exchanges:
+            turn = self.plan.turns[exchange.subject.turn]
+            book = self.books.get(turn.number)
+            details = book.failures.get(id(exchange)) if book else self.unplaced_failure(exchange)
+            if details is None:
+                continue
+            left = self.left[turn.call]
+            blamed = self.plan.turns[left] if left is not None and turn.number >= left else turn
+            one = {"class": blamed.of.cls.name, "kind": exchange.kind, **details}
+            one["service_processor" if exchange.kind == "dot" else "node"] = exchange.node
+            if book and exchange.kind != "dot":
+                one["key"] = turn.key(exchange.subject.place)
+            result.append(one)
+        return result
+
+    @staticmethod
+    def unplaced_failure(exchange):
+        """Of an exchange that the plan does not have, only what the exchange itself says."""
+        if exchange.kind == "register":
+            how = how_register_failed(exchange)
+            return how and {**how, "address": address_of(exchange)}
+        if exchange.kind == "timestamp":
+            return how_time_failed(exchange)
+        return how_it_failed(exchange, 1 if exchange.kind == "dot" else 0)
+
+    def unread(self):
+        return [{"class": book.turn.of.cls.name, "key": book.turn.key(place), "origin": book.turn.origin(place),
+                 "code": book.unread[place]}
+                for book in self.books.values() for place in self.plan.places(book.turn) if place in book.unread]
+
+    def document(self):
+        reasons = self.reason_list()
+        partial = any(reason["code"] != "time-unread" for reason in reasons)
+        document = {"kind": "instancecollection", "format_version": 2, "machine_type": self.plan.machine_type,
+                    "plugin": IDENTITY, "instances": self.instances(), "reasons": reasons, "unread": self.unread(),
+                    "exchanges": {"total": len(self.run.exchanges), "failed": self.failed()},
+                    "status": "partial" if partial else "complete", "exit_status": 3 if partial else 0}
+        if partial:
+            document["message"] = message_of(reasons)
+        return document
+
+
+def counted(number, noun):
+    return "%d %s%s" % (number, noun, "" if number == 1 else "s")
+
+
+def listed(texts):
+    return texts[0] if len(texts) == 1 else ", ".join(texts[:-1]) + " and " + texts[-1]
+
+
+def message_of(reasons):
+    ordered = sorted(reasons, key=lambda reason: reason["code"] == "time-unread")
+    texts = [(reason["class"] + ": " if "class" in reason else "") + reason["message"] for reason in ordered[:3]]
+    return "; ".join(texts + (["and %d more" % (len(ordered) - 3)] if len(ordered) > 3 else []))
+
+
+def document(plan, run):
+    return Result(plan, run).document()

@@ -1,0 +1,141 @@
+"""Self tests of the reference model: results of the shipped servers. The expected values are worked out by hand."""
+
+import os
+import re
+import tomllib
+import unittest
+
+import collector_model as model
+import modelplan
+import modelresult
+from collector_model import CimClass, Property, Schema
+
+TREE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
+SERVERS = os.path.join(TREE, "servers")
+CLASS = re.compile(r"class (\w+)(?:\s*:\s*(\w+))?\s*\{(.*?)\n\};", re.S)
+PROPERTY = re.compile(r"(?:\[(.*?)\]\s*)?(string|datetime|uint8)\s+(\w+)(\[\])?;", re.S)
+QUALIFIER = re.compile(r"\b(SupportedMachineTypes|MaxInstanceCount|Offset|Index|MaxLen|Override)\s*([{(])([^)}]*)[)}]")
+
+T4_MEM, T4_BRIDGE = "KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData"
+J2 = ["KROSG_J2_PCIIOBRIDGE_StatisticData", "KROSG_J2_MEMCTL_StatisticData", "KROSG_J2_L3Cache_StatisticData"]
+FILES = "KROSG_DCAPFile"
+
+
+def qualifiers_of(text):
+    """Those that the collector reads; a text in parentheses may hide them, so descriptions are dropped first."""
+    result = {}
+    for name, bracket, values in QUALIFIER.findall(re.sub(r'Description\("[^"]*"(\s*"[^"]*")*\)', "", text)):
+        found = [value.strip() for value in values.split(",")]
+        found = [value[1:-1] if value.startswith('"') else int(value, 0) for value in found]
+        result[name] = found if bracket == "{" else found[0]
+    return result
+
+
+def shipped_schema():
+    """The shipped schema, as far as the collector reads it; its MOF is written in one style."""
+    classes = []
+    for name in sorted(os.listdir(os.path.join(TREE, "schema"))):
+        if not name.endswith(".mof"):
+            continue
+        with open(os.path.join(TREE, "schema", name), encoding="utf-8") as stream:
+            text = re.sub(r"^//.*$", "", stream.read(), flags=re.M)
+        end = 0
+        for found in CLASS.finditer(text):
+            properties = [Property(name, kind, bool(array), qualifiers_of(own))
+                          for own, kind, name, array in PROPERTY.findall(found[3])]
+            classes.append(CimClass(found[1], found[2], qualifiers_of(text[end:found.start()]), properties))
+            end = found.end()
+    return Schema(classes)
+
+
+def collect(name):
+    """A collection of everything that the server serves; returns its result and its exchanges."""
+    with open(os.path.join(SERVERS, name), "rb") as stream:
+        server = tomllib.load(stream)
+    schema = shipped_schema()
+    calls = [[one] for one in modelplan.asked_classes(schema, server, [])]
+    plan = modelplan.Plan(schema, server, calls)
+    run = model.run(schema, server, [[name for name, _ in call] for call in calls], 0, SERVERS)
+    return modelresult.document(plan, run), run.exchanges
+
+
+class FailingServerTest(unittest.TestCase):
+    """The server failing.toml, whose faults are explained in the file."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.document, cls.exchanges = collect("failing.toml")
+        cls.instances = {one["key"]: one for one in cls.document["instances"]}
+
+    def missing(self, key):
+        return self.instances[key].get("missing", [])
+
+    def test_exchanges(self):
+        kinds = [one.kind for one in self.exchanges]
+        self.assertEqual((len(kinds), kinds.count("dot")), (122, 9))
+        self.assertEqual(sum(kinds.count(kind) for kind in ("register", "timestamp")), 91)
+        failed = [(one["kind"], *[one[name] for name in ("lost", "short", "completion_code") if name in one])
+                  for one in self.document["exchanges"]["failed"]]
+        self.assertEqual(failed[:7], [("dot", 1024), ("dot", True)] * 3 + [("register", True)])
+        self.assertEqual(sorted(failed[7:], key=str), [
+            ("open", 203), ("open", True), ("open", True), ("open", True), ("read", 195), ("register", 192),
+            ("register", 213), ("register", 9), ("size", 213), ("timestamp", 206)])
+
+    def test_blocks(self):
+        """sp0 has no header, sp1 ends in its first bank, sp2 is lost."""
+        for name, shorts in zip(J2, (0, 3, None)):
+            first, second = self.missing(name + "/sp1/instance0"), self.missing(name + "/sp1/instance1")
+            self.assertEqual({one["short"] for one in second}, {0})
+            if shorts is not None:
+                self.assertEqual(len(first), shorts)
+            self.assertEqual([(one["key"], one["code"]) for one in self.document["unread"] if one["class"] == name],
+                             [(name + "/sp%d/instance%d" % (owner, number), code)
+                              for owner, code in ((0, "block-undecodable"), (2, "block-unread")) for number in (0, 1)])
+        # Records 128, 130 and 132 of the first bank start behind byte 1023.
+        self.assertEqual(self.missing(J2[1] + "/sp1/instance0"), [
+            {"property": name, "index": index, "short": 0}
+            for name, index in zip([one["property"] for one in self.missing(J2[1] + "/sp1/instance0")],
+                                   (128, 130, 132))])
+        self.assertEqual([len(self.missing(name + "/sp1/instance1")) for name in J2], [11, 9, 8])
+        self.assertEqual(len(self.missing(J2[2] + "/sp1/instance0")), 8)
+
+    def test_registers(self):
+        self.assertEqual(self.missing(T4_MEM + "/node0/instance0"), [
+            {"property": "MemoryErrorStatus", "address": "0x0C0100", "lost": True},
+            {"property": "StatisticTime", "completion_code": 206}])
+        self.assertEqual(self.missing(T4_BRIDGE + "/node0/instance0"), [
+            {"property": "ChipIdentification", "address": "0x0F0000", "completion_code": 213},
+            {"property": "FirstErrorPointer", "address": "0x0D0120", "short": 9}])
+        self.assertEqual(self.missing(T4_BRIDGE + "/node0/instance1"), [
+            {"property": "LinkStatus", "address": "0x0D0138", "completion_code": 192}])
+
+    def test_values(self):
+        """Unlisted registers answer with a pattern of their address: here 20 10 2E 13 45 59 46 76 and 18 10 2E 2B ..."""
+        registers = self.instances[T4_MEM + "/node0/instance0"]["registers"]
+        self.assertEqual(registers["CorrectableErrorCount"], {
+            "address": "0x0C0120", "width": 32, "value": "0x132E1020", "upper": "0x76465945", "folded": "0x132E1030"})
+        self.assertEqual(registers["EccSyndrome"], {
+            "address": "0x0C0118", "width": 32, "value": "0x2B2E1018", "upper": "0x767E5945"})
+
+    def test_files(self):
+        self.assertEqual(self.instances[FILES + "/node0/cpu_err"]["file"],
+                         {"area": "cpu_err", "reported_size": 349, "received": 120})
+        self.assertEqual(self.missing(FILES + "/node0/cpu_err"),
+                         [{"property": "ErrRawData", "offset": 120, "completion_code": 195}])
+        self.assertEqual([(one["key"], one["code"]) for one in self.document["unread"] if one["class"] == FILES], [
+            (FILES + "/node1/cpu_err", "file-unread"), (FILES + "/node0/ioh_err", "file-unread"),
+            (FILES + "/node1/ioh_err", "file-unread"), (FILES + "/node0/zyn_err", "absent"),
+            (FILES + "/node1/zyn_err", "file-unread")])
+
+    def test_outcome(self):
+        self.assertEqual([(one["code"], one["class"], one["count"]) for one in self.document["reasons"]],
+                         [(code, name, 1) for name in J2
+                          for code in ("block-unread", "block-short", "block-undecodable")]
+                         + [("register-unread", T4_MEM, 1), ("time-unread", T4_MEM, 1),
+                            ("register-unread", T4_BRIDGE, 3), ("file-unread", FILES, 5)])
+        self.assertEqual((len(self.instances), len(self.document["unread"])), (14, 17))
+        self.assertEqual((self.document["status"], self.document["exit_status"]), ("partial", 3))
+
+
+if __name__ == "__main__":
+    unittest.main()
