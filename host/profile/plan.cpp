@@ -215,14 +215,12 @@ const TServedClass* TPlanMaker::EntryOf(const TCIMClass& cimClass) const {
   return found == entries_.end() ? nullptr : found->second;
 }
 
-// Over all turns that are reached.
-template <typename TCount>
-std::uint64_t Sum(const TPlan& plan, TCount countOf) {
+// Over all turns of the path that are reached.
+std::uint64_t SumOfReads(const TPlan& plan, EPath path) {
   std::uint64_t sum = 0;
   for (const TPlannedRequest& request : plan.requests) {
     for (const TPlannedTurn& turn : request.turns) {
-      const TPlannedClass& planned = plan.ClassOf(turn);
-      if (turn.isReached && planned.turn == ETurn::kPlanned) sum += countOf(planned);
+      if (turn.isReached && plan.ClassOf(turn).path == path) sum += plan.ReadsOf(turn);
     }
   }
   return sum;
@@ -232,16 +230,15 @@ std::uint64_t Sum(const TPlan& plan, TCount countOf) {
 
 TPlan MakePlan(const TPlanInput& input) { return TPlanMaker(input).Make(); }
 
-std::uint64_t TPlan::RegisterReads() const {
-  return Sum(*this, [](const TPlannedClass& planned) {
-    return planned.path == EPath::kR8 ? std::uint64_t{planned.readsOfInstance} * planned.instances : 0;
-  });
+std::uint64_t TPlan::ReadsOf(const TPlannedTurn& turn) const {
+  const TPlannedClass& planned = ClassOf(turn);
+  if (planned.turn != ETurn::kPlanned) return 0;
+  return planned.path == EPath::kJfr ? blocks : std::uint64_t{planned.readsOfInstance} * planned.instances;
 }
 
-std::uint64_t TPlan::DotCommands() const {
-  return Sum(*this,
-             [this](const TPlannedClass& planned) { return planned.path == EPath::kJfr ? std::uint64_t{blocks} : 0; });
-}
+std::uint64_t TPlan::RegisterReads() const { return SumOfReads(*this, EPath::kR8); }
+
+std::uint64_t TPlan::DotCommands() const { return SumOfReads(*this, EPath::kJfr); }
 
 std::string KeyOf(const TPlannedClass& planned, unsigned time, TPlace place) {
   std::string key = planned.cimClass->Name();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/bmc/supervision.h"
 #include "host/model/ciminstance.h"
@@ -48,19 +49,20 @@ class TPlanFollower : public IExchangeObserver {
   void TakeUnplaced(const TExpected& found, const TOutcome& outcome);
   void Depart(const std::string& found);
   std::string ExpectedText() const;
-  TInstanceFacts UnplacedFacts(const TInstance& instance);
+  bool IsUnknownNext() const;
   void EndDeparted(const std::string& exception);
   void EndInException(const std::string& exception);
   void EndNormally();
   std::string UnmadeText() const;
   bool IsUnfinished() const;
-  void AddNotCollected(std::size_t fromTurn, const std::string& text);
+  void SkipFinished();
+  void AddUnreached();
 
   const TPlan& plan_;
   TRunBook& book_;
-  std::size_t request_ = 0;
-  std::uint32_t firstTurn_ = 0;  ///< number of the request's first turn
-  std::size_t turn_ = 0;         ///< within the request
+  const std::vector<TPlannedTurn>* turns_;  ///< of the request
+  std::uint32_t firstTurn_ = 0;             ///< number of the request's first turn
+  std::size_t turn_ = 0;                    ///< within the request
   std::unique_ptr<ITurnWalk> walk_;
   bool isDeparted_ = false;
   std::string departure_;       ///< empty if nothing was known of the turn

@@ -1,0 +1,72 @@
+#include "host/result/turnwalk.h"
+
+#include <algorithm>
+#include <boost/endian/conversion.hpp>
+
+#include "host/base/hex.h"
+#include "host/base/unsafetext.h"
+#include "host/result/capturewalk.h"
+#include "host/result/jfrwalk.h"
+#include "host/result/r8walk.h"
+#include "wire/registerread.h"
+#include "wire/storagearea.h"
+
+namespace velhost {
+
+namespace {
+
+namespace Area = wire::StorageArea;
+
+std::string NameIn(const wire::TCommandBuffer& request, std::size_t offset) {
+  const auto* const name = reinterpret_cast<const char*>(request.Data() + offset);
+  return SafeText({name, std::find(name, name + Area::kNameSize, '\0')});
+}
+
+std::string RegisterReadText(const wire::TCommandBuffer& request) {
+  namespace Read = wire::RegisterRead;
+  std::string text = "the register read of chip " + std::to_string(request[Read::kChipSelector]) + " at 0x";
+  for (std::size_t i = 0; i < Read::kAddressSize; ++i) text += UpperHexPair(request[Read::kAddress + i]);
+  return text;
+}
+
+std::string AreaReadText(const wire::TCommandBuffer& request) {
+  return "the read of " + std::to_string(boost::endian::load_little_u16(request.Data() + Area::kReadCount)) +
+         " bytes at offset " + std::to_string(boost::endian::load_little_u32(request.Data() + Area::kReadOffset)) +
+         " of a storage area";
+}
+
+std::string RequestText(const TExpected& exchange) {
+  switch (exchange.kind) {
+    case EExchangeKind::kRegister: return RegisterReadText(exchange.request);
+    case EExchangeKind::kTimestamp: return "the timestamp read";
+    case EExchangeKind::kOpen: return "the open of storage area " + NameIn(exchange.request, Area::kOpenName);
+    case EExchangeKind::kSize: return "the size query of storage area " + NameIn(exchange.request, Area::kQueryName);
+    case EExchangeKind::kRead: return AreaReadText(exchange.request);
+    case EExchangeKind::kClose: return "the close of a storage area";
+    case EExchangeKind::kDot: return "the dot command for a register block";
+    case EExchangeKind::kOther: break;
+  }
+  return "a request of unknown purpose";
+}
+
+}  // namespace
+
+ITurnWalk::~ITurnWalk() = default;
+
+std::string Described(const TExpected& exchange) {
+  const std::string owner = exchange.kind == EExchangeKind::kDot ? " to service processor " : " on node ";
+  return RequestText(exchange) + owner + std::to_string(exchange.owner);
+}
+
+std::unique_ptr<ITurnWalk> MakeTurnWalk(const TWalkedTurn& turn) {
+  if (turn.planned.turn != ETurn::kPlanned) return nullptr;
+  switch (turn.planned.path) {
+    case CollectorProfile::EPath::kR8: return std::make_unique<TR8Walk>(turn);
+    case CollectorProfile::EPath::kJfr: return std::make_unique<TJfrWalk>(turn);
+    case CollectorProfile::EPath::kCapture: return std::make_unique<TCaptureWalk>(turn);
+    case CollectorProfile::EPath::kNone: break;
+  }
+  return nullptr;
+}
+
+}  // namespace velhost

@@ -1,0 +1,346 @@
+// Where the follower leaves the plan, and what the end of a request means for the turns that are left.
+#include "host/result/planfollower.h"
+
+#include "tests/result/followedrun.h"
+
+namespace tests {
+namespace {
+
+using testing::ElementsAre;
+
+const TBytes kCount = RegisterData({1, 2, 3, 4, 5, 6, 7, 8});
+const TBytes kTime = {0x12, 0x34, 0x56, 0x78};
+const std::string kInstance = "VO_MEMCTL/node0/instance0, chip 0, time 12 34 56 78";
+
+// One register at 0x10 of one memory controller, and bridges that have theirs at 0x20.
+class Follower : public TFollowedRun {
+ protected:
+  Follower() {
+    Add(Class(kVoMemory, 1).Register("A", 0x10, 8));
+    Add(Class(kVoBridge, 2).Register("A", 0x20, 8));
+    Add(Class(kBlockClass, 1).Record("A", 5));
+    Add(Class("KROSG_T4_MEMCTL_StatisticData", 1).Register("A", 0x30, 8).Text("Bad"));
+    Add(TClassBuilder(kFileClass).CaptureProperties());
+  }
+  void SeesMemory() {
+    Sees(Register(0, 0x10).Answers(kCount));
+    Sees(Timestamp().Answers(kTime));
+    Sees(Timestamp().Answers(kTime));
+  }
+};
+const std::string kUnknown = "KROSG_T4_MEMCTL_StatisticData";
+
+TEST_F(Follower, AWholeRunHasNoReasons) {
+  Plans({{kVoMemory, "Chipset", kBlockClass}});
+  EXPECT_EQ(follower_->Turn(), 0U);
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), kInstance);
+  Sees(DotBlock(0).Lost());
+  EXPECT_EQ(follower_->Turn(), 2U);
+  Sees(DotBlock(1).Lost());
+  EXPECT_EQ(follower_->PlannedMade(), 3U) << "a register and two blocks";
+  EXPECT_THAT(Ends(), ElementsAre("5 exchanges", "failed dot sp0: lost", "failed dot sp1: lost",
+                                  "unread J/sp0/instance0 block-unread", "unread J/sp1/instance0 block-unread",
+                                  "reason Chipset not-served 1", "reason J block-unread 2"));
+}
+
+TEST_F(Follower, AClassThatIsNamedTwiceHasTwoSetsOfKeys) {
+  for (const auto& requests : {std::vector<std::vector<std::string>>{{kVoMemory, kVoMemory}},
+                               std::vector<std::vector<std::string>>{{kVoMemory}, {kVoMemory}}}) {
+    Plans(requests);
+    SeesMemory();
+    EXPECT_EQ(Commits(kVoMemory), kInstance);
+    if (requests.size() == 2) {
+      Returns();
+      Begins(1);
+    }
+    Sees(Register(0, 0x10).Lost());
+    EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed register A 000010 node0 VO_MEMCTL/node0/instance0#2: lost",
+                                    "unread VO_MEMCTL/node0/instance0#2 register-unread",
+                                    "reason VO_MEMCTL register-unread 1"));
+  }
+}
+
+TEST_F(Follower, DepartsAtTheFirstOtherExchange) {
+  Plans({{kVoBridge}});
+  Sees(Register(1, 0x20).Answers(kCount));
+  Sees(Timestamp().Lost());
+  Sees(Register(3, 0x20).Answers(kCount));
+  Sees(Register(2, 0x20).Fails(0xC3));
+  EXPECT_EQ(Commits(kVoBridge), "VO_PCIIOBRIDGE/?1");
+  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed timestamp node0 VO_PCIIOBRIDGE/node0/instance0: lost",
+                                  "failed register 000020 node0: code 195", "reason VO_PCIIOBRIDGE request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector did not follow the plan: found the register read of chip 3 at 0x000020 on node 0, expected "
+            "the register read of chip 2 at 0x000020 on node 0");
+}
+
+TEST_F(Follower, EveryByteOfARequestCounts) {
+  for (std::size_t i = 0; i < 256; ++i) {
+    Plans({{kVoMemory}});
+    TStep other = Register(0, 0x10).Answers(kCount);
+    other.request.at(i) ^= 1U;
+    Sees(other);
+    Sees(Timestamp().Answers(kTime));
+    Sees(Timestamp().Answers(kTime));
+    EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1") << i;
+  }
+}
+
+TEST_F(Follower, TheNodeCounts) {
+  Plans({{kVoMemory}});
+  TStep other = Register(0, 0x10).Answers(kCount);
+  other.target = 1;
+  Sees(other);
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+}
+
+TEST_F(Follower, EveryByteOfADotCommandCounts) {
+  for (std::size_t i = 0; i < 7; ++i) {
+    Plans({{kBlockClass}});
+    TStep other = DotBlock(0).Returns(TBytes(4096, 1));
+    other.request.at(i) ^= 1U;
+    Sees(other);
+    Sees(DotBlock(1).Returns(TBytes(4096, 1)));
+    EXPECT_EQ(Commits(kBlockClass), "J/?1") << i;
+  }
+  Plans({{kBlockClass}});
+  Sees(DotBlock(1).Returns(TBytes(4096, 1)));
+  EXPECT_EQ(Commits(kBlockClass), "J/?1") << "another service processor";
+}
+
+TEST_F(Follower, AnUnknownTurnDepartsAtAnyExchange) {
+  Plans({{kUnknown, kVoMemory}});
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1") << "the unknown class may have made those exchanges";
+  EXPECT_THAT(Ends(), ElementsAre("3 exchanges"));
+}
+
+TEST_F(Follower, AnUnknownTurnKeepsWhatCameBefore) {
+  Plans({{kVoMemory, kUnknown}});
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), kInstance);
+  EXPECT_EQ(Commits(kUnknown), "T4_MEMCTL/?1");
+  EXPECT_EQ(follower_->Turn(), 1U);
+  Sees(Register(0, 0x30).Lost());
+  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed register 000030 node0: lost"));
+}
+
+TEST_F(Follower, NothingIsKnownOfAnotherPlugin) {
+  isCollector = false;
+  Plans({{kVoMemory}});
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_THAT(Ends("it failed"), ElementsAre("3 exchanges", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "it failed");
+}
+
+TEST_F(Follower, TheCommitOfAnotherClassDeparts) {
+  Plans({{kVoMemory}});
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoBridge), "VO_PCIIOBRIDGE/?1");
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?2");
+  EXPECT_THAT(Ends(), ElementsAre("3 exchanges", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector did not follow the plan: found an instance of KROSG_VO_PCIIOBRIDGE_StatisticData, expected "
+            "an instance of KROSG_VO_MEMCTL_StatisticData");
+}
+
+TEST_F(Follower, ACommitBeforeItsExchangesDeparts) {
+  Plans({{kVoMemory}});
+  Sees(Register(0, 0x10).Answers(kCount));
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_THAT(Ends(), ElementsAre("1 exchanges", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector did not follow the plan: found an instance of KROSG_VO_MEMCTL_StatisticData, expected the "
+            "timestamp read on node 0");
+}
+
+TEST_F(Follower, ASecondCommitOfOneCandidateDeparts) {
+  Plans({{kVoMemory}});
+  SeesMemory();
+  Commits(kVoMemory);
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_EQ(Ends().back(), "reason VO_MEMCTL request-failed 1");
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector did not follow the plan: found an instance of KROSG_VO_MEMCTL_StatisticData, expected the "
+            "end of the request");
+}
+
+TEST_F(Follower, AnExchangeBeforeACommitDeparts) {
+  Plans({{kVoMemory, kBlockClass}});
+  SeesMemory();
+  Sees(DotBlock(0).Lost());
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed dot sp0: lost", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector did not follow the plan: found the dot command for a register block to service processor 0, "
+            "expected an instance of KROSG_VO_MEMCTL_StatisticData");
+}
+
+TEST_F(Follower, AnExchangeAfterTheLastTurnDeparts) {
+  Plans({{kVoMemory}});
+  SeesMemory();
+  Commits(kVoMemory);
+  Sees(Ipmi(0, TBytes{0x01, 0x20, 0x06, 0x00, 0x01}).Fails(0xC1));
+  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed other node0: code 193", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector did not follow the plan: found a request of unknown purpose on node 0, expected the end of "
+            "the request");
+}
+
+TEST_F(Follower, ADepartureEndsWithItsRequest) {
+  Plans({{kVoMemory}, {kVoMemory}});
+  Sees(Timestamp().Answers(kTime));
+  Returns();
+  Begins(1);
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/node0/instance0#2, chip 0, time 12 34 56 78");
+}
+
+TEST_F(Follower, QuestionMarksCountOverTheRun) {
+  Plans({{kUnknown}, {kVoMemory}, {kUnknown}});
+  EXPECT_EQ(Commits(kUnknown), "T4_MEMCTL/?1");
+  EXPECT_EQ(Commits(kUnknown), "T4_MEMCTL/?2");
+  Returns();
+  Begins(1);
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), kInstance);
+  Returns();
+  Begins(2);
+  EXPECT_EQ(Commits(kUnknown), "T4_MEMCTL/?3");
+}
+
+TEST_F(Follower, ACaptureFileOfADepartedCallIsCutIfAReadFailed) {
+  Plans({{kFileClass}});
+  Sees(Timestamp().Lost());
+  EXPECT_EQ(Commits(kFileClass), "DCAPFile/?1");
+  Sees(Read({1, 2, 3, 4}, 0, 10).Lost());
+  EXPECT_EQ(Commits(kFileClass), "DCAPFile/?2; cut");
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?3");
+}
+
+TEST_F(Follower, ARefusedSizeOfADepartedCallIsAReason) {
+  Plans({{kFileClass}});
+  Sees(Timestamp().Lost());
+  Sees(Size("cpu_err").Answers(SizeData(1 << 30)));
+  SeesSizeRefused();
+  const auto lines = Ends();
+  EXPECT_EQ(lines.back(), "reason DCAPFile file-unread 1");
+}
+
+TEST_F(Follower, AnEarlyReturnSaysHowMuchIsUnmade) {
+  Plans({{kVoBridge, kBlockClass}});
+  Sees(Register(1, 0x20).Lost());
+  EXPECT_THAT(Ends(), ElementsAre("1 exchanges", "failed register A 000020 node0 VO_PCIIOBRIDGE/node0/instance0: lost",
+                                  "unread VO_PCIIOBRIDGE/node0/instance0 register-unread",
+                                  "unread VO_PCIIOBRIDGE/node0/instance1 register-unread",
+                                  "unread J/sp0/instance0 block-unread", "unread J/sp1/instance0 block-unread",
+                                  "reason nothing-read 1", "reason VO_PCIIOBRIDGE request-failed 1",
+                                  "reason VO_PCIIOBRIDGE register-unread 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "the collector returned with 3 of 4 planned exchanges unmade");
+}
+
+TEST_F(Follower, AReturnBeforeATimeOrACommitIsEarlyToo) {
+  Plans({{kVoMemory}});
+  Sees(Register(0, 0x10).Answers(kCount));
+  EXPECT_EQ(Ends().at(1), "unread VO_MEMCTL/node0/instance0 register-unread");
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "the collector returned before the timestamp read on node 0");
+  Plans({{kVoMemory}});
+  SeesMemory();
+  Ends();
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed),
+            "the collector returned before an instance of KROSG_VO_MEMCTL_StatisticData");
+}
+
+TEST_F(Follower, AnExceptionBlamesTheFirstUnfinishedTurn) {
+  Plans({{kVoMemory, kVoBridge, kBlockClass, "Chipset"}});
+  SeesMemory();
+  Commits(kVoMemory);
+  EXPECT_THAT(Ends("it failed"), ElementsAre("3 exchanges", "unread VO_PCIIOBRIDGE/node0/instance0 register-unread",
+                                             "unread VO_PCIIOBRIDGE/node0/instance1 register-unread",
+                                             "reason VO_PCIIOBRIDGE request-failed 1", "reason J not-collected 1",
+                                             "reason Chipset not-served 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "it failed");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected), "the request ended before it");
+}
+
+TEST_F(Follower, AnExceptionAtACommitLeavesItsInstancesUnread) {
+  Plans({{kVoBridge, kVoMemory}});
+  for (const std::uint8_t chip : {std::uint8_t{1}, std::uint8_t{2}}) {
+    Sees(Register(chip, 0x20).Answers(kCount));
+    Sees(Timestamp().Answers(kTime));
+    Sees(Timestamp().Answers(kTime));
+  }
+  Commits(kVoBridge);
+  EXPECT_THAT(Ends("it failed"),
+              ElementsAre("6 exchanges", "unread VO_PCIIOBRIDGE/node0/instance1 register-unread",
+                          "reason VO_PCIIOBRIDGE request-failed 1", "reason VO_MEMCTL not-collected 1"));
+}
+
+TEST_F(Follower, AnExceptionAfterEverythingBlamesTheLastTurn) {
+  Plans({{kVoBridge, kVoMemory}});
+  Sees(Register(1, 0x20).Fails(0xCB));
+  Sees(Register(2, 0x20).Fails(0xCB));
+  SeesMemory();
+  Commits(kVoMemory);
+  EXPECT_EQ(Ends("it failed").back(), "reason VO_MEMCTL request-failed 1");
+}
+
+TEST_F(Follower, AnExceptionInAnUnknownTurnIsItsOwn) {
+  Plans({{kVoMemory, kUnknown, kVoBridge}});
+  SeesMemory();
+  Commits(kVoMemory);
+  EXPECT_THAT(Ends("it failed"),
+              ElementsAre("3 exchanges", "reason T4_MEMCTL request-failed 1", "reason VO_PCIIOBRIDGE not-collected 1"));
+}
+
+TEST_F(Follower, AnExceptionOfADepartedCallReplacesItsSentence) {
+  Plans({{kVoMemory}});
+  Sees(Timestamp().Answers(kTime));
+  EXPECT_THAT(Ends("it failed"),
+              ElementsAre("1 exchanges", "reason nothing-read 1", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "it failed");
+}
+
+TEST_F(Follower, ClassesAfterTheCaptureClassAreNotCollected) {
+  Plans({{kFileClass, kVoMemory}});
+  for (const char* area : {"cpu_err", "ioh_err", "zyn_err"}) Sees(Open(area).Fails(0xCB));
+  const auto lines = Ends();
+  EXPECT_EQ(lines.back(), "reason VO_MEMCTL not-collected 1");
+  EXPECT_EQ(lines.at(lines.size() - 2), "unread DCAPFile/node0/zyn_err absent");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected), "the collector ends a request at KROSG_DCAPFile");
+}
+
+TEST_F(Follower, AnExchangeForAClassAfterTheCaptureClassDeparts) {
+  Plans({{kFileClass, kVoMemory}});
+  for (const char* area : {"cpu_err", "ioh_err", "zyn_err"}) Sees(Open(area).Fails(0xCB));
+  SeesMemory();
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_EQ(follower_->Turn(), 0U);
+}
+
+TEST_F(Follower, ARequestWithoutClassesHasNoTurns) {
+  Plans({{}});
+  Sees(Timestamp().Lost());
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_THAT(Ends("it failed"), ElementsAre("1 exchanges", "reason request-failed 1", "reason nothing-read 1"));
+}
+
+TEST_F(Follower, ExchangesOutsideOfARequestAreCounted) {
+  Plans({{kVoMemory}});
+  SeesMemory();
+  Commits(kVoMemory);
+  Returns();
+  Sees(Timestamp().Lost());
+  EXPECT_EQ(follower_->Turn(), 0U);
+  EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
+  EXPECT_THAT(Ends(), ElementsAre("4 exchanges"));
+  Plans({});
+  Sees(Timestamp().Lost());
+  SeesSizeRefused();
+  EXPECT_THAT(Ends(), ElementsAre("1 exchanges", "reason nothing-read 1"));
+}
+
+}  // namespace
+}  // namespace tests
