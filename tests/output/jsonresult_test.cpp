@@ -53,10 +53,10 @@ TEST_F(JsonResult, SmallServer) {
 ],
 "status":"partial","exit_status":3,)"
             R"("message":"KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short; )"
-            R"(KROSG_DCAPFile: 1 of 3 capture files are missing or incomplete",
+            R"(KROSG_DCAPFile: 1 of 3 capture files is missing or incomplete",
 "reasons":[
 {"code":"block-short","class":"KROSG_X_MEMCTL_StatisticData","count":1,"message":"1 of 2 register blocks was too short"},
-{"code":"file-unread","class":"KROSG_DCAPFile","count":1,"message":"1 of 3 capture files are missing or incomplete"}],
+{"code":"file-unread","class":"KROSG_DCAPFile","count":1,"message":"1 of 3 capture files is missing or incomplete"}],
 "exchanges":{"total":15,"failed":[
 {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0",)"
             R"("property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},

@@ -210,10 +210,10 @@ TResultSummary TSmallServer::Summary() const {
   summary.status = EResultStatus::kPartial;
   summary.exitStatus = 3;
   summary.message =
-      "KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short; KROSG_DCAPFile: 1 of 3 capture files are "
+      "KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short; KROSG_DCAPFile: 1 of 3 capture files is "
       "missing or incomplete";
   summary.reasons = {{EReason::kBlockShort, kMemory, 1, "1 of 2 register blocks was too short"},
-                     {EReason::kFileUnread, kFile, 1, "1 of 3 capture files are missing or incomplete"}};
+                     {EReason::kFileUnread, kFile, 1, "1 of 3 capture files is missing or incomplete"}};
   summary.exchanges = 15;
   summary.failed = Failures();
   summary.unread = {{0, {0, 1}, EUnread::kAbsent}, {2, {0, 1}, EUnread::kAbsent}, {2, {0, 2}, EUnread::kAbsent}};

@@ -1,11 +1,16 @@
 // Validates whole documents with awkward values against the published grammars, using external tools.
 #include "tests/output/externaltool.h"
-#include "tests/output/outputfixture.h"
+#include "tests/output/smallserver.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {
+
+// Validates the documents against the JSON Schema. Exit status 77 means that a package is missing.
+TToolResult Validate(const std::string& files) {
+  return RunTool(std::string(PYTHON) + " " + SOURCE_FOLDER + "/validate_json.py " + SCHEMA + " " + files);
+}
 
 class Validity : public TAwkwardTest {
  protected:
@@ -35,10 +40,6 @@ class Validity : public TAwkwardTest {
     properties.push_back(Property("Null", TType::kReference));
     values.emplace_back("Null", NullOf(TType::kReference));
     return Make(Define("KROSG_References", "", properties), values);
-  }
-  /// Validates the documents against the JSON Schema. Exit status 77 means that a package is missing.
-  TToolResult Validate(const std::string& files) {
-    return RunTool(std::string(PYTHON) + " " + SOURCE_FOLDER + "/validate_json.py " + SCHEMA + " " + files);
   }
   TTemporaryFolder folder_;
 };
@@ -72,6 +73,25 @@ TEST_F(Validity, JsonFollowsItsSchema) {
                             folder_.Write("all.jsonl", Written(EOutputForm::kJsonl, Instances(), Partial()));
   const auto result = Validate(files);
   if (result.exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
+  EXPECT_EQ(result.exitStatus, 0) << result.output;
+}
+
+using ValidityOfFacts = TSmallServer;
+
+TEST_F(ValidityOfFacts, JsonFollowsItsSchema) {
+  const TTemporaryFolder folder;
+  const std::string files = folder.Write("small.json", Written(EOutputForm::kJson, document_)) + " " +
+                            folder.Write("small.jsonl", Written(EOutputForm::kJsonl, document_));
+  const auto result = Validate(files);
+  if (result.exitStatus == 77) GTEST_SKIP() << "the package python3-jsonschema is missing";
+  EXPECT_EQ(result.exitStatus, 0) << result.output;
+}
+
+TEST_F(ValidityOfFacts, CimXmlIsValid) {
+  if (RunTool("xmllint --version").exitStatus != 0) GTEST_SKIP() << "xmllint is missing (package libxml2-utils)";
+  const TTemporaryFolder folder;
+  const std::string file = folder.Write("small.xml", Written(EOutputForm::kCimXml, document_));
+  const auto result = RunTool("xmllint --noout --dtdvalid " SOURCE_FOLDER "/cim-declarations.dtd " + file);
   EXPECT_EQ(result.exitStatus, 0) << result.output;
 }
 
