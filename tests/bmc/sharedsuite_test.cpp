@@ -49,7 +49,11 @@ class TReplayed : public IServiceProcessor {
  public:
   explicit TReplayed(const TServerFile& server) : recorded_(server) {}
 
-  TDiscovery Discover() override { return Replayed()->Discover(); }
+  /// A recording begins with its first exchange.
+  TDiscovery Discover() override {
+    SendIpmi(TIpmiRequest(0, ReadTimestamp()), TStopSignal());
+    return Replayed()->Discover();
+  }
 
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override {
     recorded_.SendIpmi(request, stop);

@@ -174,6 +174,15 @@ class Recordings(VelhostCase):
         self.assertIn("run.jsonl:2:", done.stderr)
         json.loads(done.stdout)
 
+    def test_a_run_without_an_exchange_leaves_a_recording_alone(self):
+        existing = pathlib.Path(self.write("old.jsonl", "old"))
+        for name in ("old.jsonl", "new.jsonl"):
+            # Without nodes there are no capture files.
+            server = self.write("server.toml", 'machine_type = "6203"\n')
+            self.run_velhost("collect", "--sp", f"sim:{server}", "--record", name, "KROSG_DCAPFile")
+        self.assertEqual(existing.read_text(), "old")
+        self.assertFalse((self.folder / "new.jsonl").exists())
+
     def test_cut_recording_replays_up_to_its_last_whole_line(self):
         self.record()
         whole = (self.folder / "run.jsonl").read_bytes()

@@ -2,11 +2,15 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
+#include <utility>
 
 #include "host/base/hex.h"
 #include "host/base/unsafetext.h"
@@ -18,6 +22,7 @@ namespace {
 
 constexpr int kSecondsPerMinute = 60;
 constexpr int kMinutesPerHour = 60;
+constexpr mode_t kPermissions = 0666;  // less the umask
 
 std::string BufferText(const wire::TCommandBuffer& buffer) {
   std::size_t size = wire::TCommandBuffer::kSize;
@@ -44,23 +49,48 @@ void ApplyUtcOffset(int minutes) {
   tzset();
 }
 
-TRecordingFile::TRecordingFile(const std::string& path)
-    : path_(path), descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {
-  if (descriptor_) return;
-  throw THostError(EFailure::kNotCreated, "cannot create " + SafeText(path) + ": " + std::strerror(errno));
+TRecordingFile::TRecordingFile(const std::string& path) : path_(path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    // With O_CREAT the kernel guards folders where others may write (fs.protected_regular).
+    descriptor_ = TDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kPermissions));
+    if (!descriptor_) Fail(EFailure::kNotCreated, errno);
+    return;
+  }
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  const bool isMissing = errno == ENOENT;
+  if (!isMissing || faccessat(AT_FDCWD, folder.empty() ? "." : folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    Fail(EFailure::kNotCreated, errno);
+  }
+}
+
+void TRecordingFile::Begin() {
+  if (!descriptor_) {
+    descriptor_ = TDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kPermissions));
+    if (!descriptor_) Fail(EFailure::kNotCreated, errno);
+  }
+  struct stat status {};
+  const bool isFile = fstat(descriptor_.Get(), &status) == 0 && S_ISREG(status.st_mode);
+  if (isFile && ftruncate(descriptor_.Get(), 0) != 0) Fail(EFailure::kNotWritten, errno);
+  hasBegun_ = true;
 }
 
 void TRecordingFile::Write(std::string_view text) {
+  if (!hasBegun_) Begin();
   const int error = WriteAll(descriptor_.Get(), text);
-  if (error == 0) return;
-  throw THostError(EFailure::kNotWritten, "cannot write to " + SafeText(path_) + ": " + std::strerror(error));
+  if (error != 0) Fail(EFailure::kNotWritten, error);
 }
 
-TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header) : sink_(sink) {
-  sink_.Write(FormatRecordingHeader(header) + "\n");
+void TRecordingFile::Fail(EFailure kind, int error) const {
+  const std::string action = kind == EFailure::kNotCreated ? "cannot create " : "cannot write to ";
+  throw THostError(kind, action + SafeText(path_) + ": " + std::strerror(error));
 }
+
+TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header)
+    : sink_(sink), firstLine_(FormatRecordingHeader(header) + "\n") {}
 
 void TRecorder::OnIpmi(const TIpmiExchange& exchange) {
+  if (IsLeftOut(exchange.attempted)) return;
   std::string line = fmt::format(R"({{"kind":"ipmi","node":{},"request":"{}","ok":{})", exchange.request.Node(),
                                  BufferText(exchange.request.Buffer()), Boolean(exchange.answer != nullptr));
   if (exchange.answer != nullptr) {
@@ -71,6 +101,7 @@ void TRecorder::OnIpmi(const TIpmiExchange& exchange) {
 }
 
 void TRecorder::OnDot(const TDotExchange& exchange) {
+  if (IsLeftOut(exchange.attempted)) return;
   const dotCmd& command = exchange.request.command;
   std::string line =
       fmt::format(R"({{"kind":"dot","sp":{},"command":{},"identifier":"{}","parameters":"{}","ok":{})",
@@ -90,6 +121,7 @@ void TRecorder::OnClock(const TCIMDateTime& localTime) {
 void TRecorder::WriteLine(const std::string& line) {
   if (failure_) return;
   try {
+    if (!firstLine_.empty()) sink_.Write(std::exchange(firstLine_, {}));
     sink_.Write(line + "\n");
   } catch (const THostError& error) {
     failure_ = error;

@@ -30,25 +30,31 @@ VELHOST_API int ProcessUtcOffsetMinutes();
 /// Sets the offset of the process's time zone for good. Call it while the process has only one thread.
 VELHOST_API void ApplyUtcOffset(int minutes);
 
-/// A file that writes each line with a single write: if the process is killed, only the last line may be cut, which a
-/// replay accepts.
+/// A file that is created or emptied by the first write, so that a run without an exchange leaves an existing one
+/// alone. Each line is a single write: if the process is killed, only the last line may be cut, which a replay accepts.
 class VELHOST_API TRecordingFile : public ITextSink {
  public:
-  /// Creates or truncates the file. Throws THostError (kNotCreated) if that fails.
+  /// Opens an existing file; otherwise checks that one could be created in its folder. Throws THostError (kNotCreated).
   explicit TRecordingFile(const std::string& path);
-  /// Throws THostError (kNotWritten) if it fails.
+  /// Throws THostError: kNotCreated if the first write finds that the file cannot be created after all, otherwise
+  /// kNotWritten.
   void Write(std::string_view text) override;
 
  private:
+  void Begin();
+  [[noreturn]] void Fail(EFailure kind, int error) const;
+
   std::string path_;
   TDescriptor descriptor_;
+  bool hasBegun_ = false;
 };
 
-/// Writes a recording. A failed write ends the recording but not the exchanges: their caller is a plugin, which is
+/// Writes a recording, beginning with the first exchange or clock reading; exchanges that a stopped run refuses before
+/// that are left out. A failed write ends the recording but not the exchanges: their caller is a plugin, which is
 /// unaware of it. The host checks for the failure afterwards.
 class VELHOST_API TRecorder : public IExchangeObserver {
  public:
-  /// Writes the first line. `sink` is not owned; an exception that it throws here passes through.
+  /// `sink` is not owned.
   TRecorder(ITextSink& sink, const TRecordingHeader& header);
 
   void OnIpmi(const TIpmiExchange& exchange) override;
@@ -59,9 +65,11 @@ class VELHOST_API TRecorder : public IExchangeObserver {
   const std::optional<THostError>& Failure() const { return failure_; }
 
  private:
+  bool IsLeftOut(bool attempted) const { return !attempted && !firstLine_.empty(); }
   void WriteLine(const std::string& line);
 
   ITextSink& sink_;
+  std::string firstLine_;  ///< until it has been written
   std::optional<THostError> failure_;
 };
 

@@ -24,7 +24,7 @@ void TRunRecording::Finish() const {
 
 void TRunRecording::TLateFile::Open(const std::string& path) {
   file_.emplace(path);
-  file_->Write(std::exchange(waiting_, {}));
+  if (!waiting_.empty()) file_->Write(std::exchange(waiting_, {}));
 }
 
 void TRunRecording::TLateFile::Write(std::string_view text) {

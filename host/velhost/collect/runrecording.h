@@ -9,8 +9,9 @@
 
 namespace velhost {
 
-/// The recording of a run; without a path it does nothing. OpenFile creates the file, and what is recorded earlier is
-/// buffered until then: an existing file must not be truncated before the plugin is loaded.
+/// The recording of a run; without a path it does nothing. The file is created or emptied by the first exchange or
+/// clock reading, but not before OpenFile: an existing file must survive a plugin that cannot be loaded. What is
+/// recorded earlier is buffered.
 class TRunRecording {
  public:
   /// The service processor and the environment are not owned.

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <ctime>
 #include <filesystem>
@@ -51,16 +52,36 @@ class Recording : public testing::Test {
   TRecorder recorder_{sink_, Header()};
 };
 
-TEST_F(Recording, BeginsWithWhatIsKnownAboutTheServer) { EXPECT_EQ(sink_.text, kHeaderLine); }
+TEST_F(Recording, BeginsWithWhatIsKnownAboutTheServer) {
+  recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), true, nullptr, microseconds(0)});
+  EXPECT_THAT(sink_.text, testing::StartsWith(kHeaderLine + R"({"kind":"ipmi",)"));
+}
+
+TEST_F(Recording, IsEmptyUntilTheFirstExchangeThatWasAttempted) {
+  EXPECT_EQ(sink_.text, "");
+  recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), false, nullptr, microseconds(0)});
+  recorder_.OnDot({{0, BlockCommand(1), 1}, false, nullptr, microseconds(0)});
+  EXPECT_EQ(sink_.text, "");
+  recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), false, nullptr, microseconds(0)});
+  EXPECT_EQ(std::count(sink_.text.begin(), sink_.text.end(), '\n'), 3);
+}
+
+TEST_F(Recording, BeginsWithAReadingOfTheClockToo) {
+  recorder_.OnClock(TCIMDateTime(2026, 1, 31, 12, 34, 56, 0, 0));
+  EXPECT_EQ(sink_.text, kHeaderLine + "{\"kind\":\"clock\",\"local_time\":\"2026-01-31T12:34:56+00:00\"}\n");
+}
 
 TEST_F(Recording, EscapesAnyMachineType) {
   TMemorySink sink;
-  const TRecorder recorder(sink, {"6\"2\n\xFF", "", -210, {}});
-  EXPECT_EQ(sink.text, R"({"format":"velhost-recording","version":1,"machine_type":"6\"2\n)"
-                       "\xEF\xBF\xBD"
-                       R"(","started":"","utc_offset_minutes":-210,"discovery":{"bmc_nodes":0,"ipmi_driver":false,)"
-                       R"("dot_command":false,"sp_comm":false,"service_processors":0}})"
-                       "\n");
+  TRecorder recorder(sink, {"6\"2\n\xFF", "", -210, {}});
+  recorder.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
+  EXPECT_EQ(sink.text.substr(0, sink.text.find('\n') + 1),
+            R"({"format":"velhost-recording","version":1,"machine_type":"6\"2\n)"
+            "\xEF\xBF\xBD"
+            R"(","started":"","utc_offset_minutes":-210,"discovery":{"bmc_nodes":0,"ipmi_driver":false,)"
+            R"("dot_command":false,"sp_comm":false,"service_processors":0}})"
+            "\n");
 }
 
 TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
@@ -122,10 +143,11 @@ TEST_F(Recording, IsWholeUnlessAWriteFailed) {
   EXPECT_FALSE(recorder_.Failure());
 }
 
-TEST(RecordingStart, PassesItsFailureOn) {
-  TMemorySink sink;
-  sink.failFrom = 0;
-  EXPECT_EQ(MessageOf([&] { TRecorder(sink, Header()); }, EFailure::kNotWritten), "the disk is full");
+TEST_F(Recording, MayFailInItsFirstLine) {
+  sink_.failFrom = 0;
+  recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
+  ASSERT_TRUE(recorder_.Failure());
+  EXPECT_STREQ(recorder_.Failure()->what(), "the disk is full");
 }
 
 class RecordingFile : public testing::Test {
@@ -147,18 +169,40 @@ class RecordingFile : public testing::Test {
   std::string folder_;
 };
 
-TEST_F(RecordingFile, ReplacesWhatWasThere) {
+TEST_F(RecordingFile, ReplacesWhatWasThereWithItsFirstWrite) {
   std::ofstream(Path()) << "something longer than the recording";
   TRecordingFile file(Path());
+  EXPECT_EQ(Content(), "something longer than the recording");
   file.Write("a\n");
   file.Write("b\n");
   EXPECT_EQ(Content(), "a\nb\n");
 }
 
-TEST_F(RecordingFile, SaysThatItCannotBeCreated) {
-  const std::string path = Path() + "/no";
-  EXPECT_EQ(MessageOf([&] { TRecordingFile{path}; }, EFailure::kNotCreated),
-            "cannot create " + path + ": No such file or directory");
+TEST_F(RecordingFile, IsCreatedByItsFirstWrite) {
+  TRecordingFile file(Path());
+  EXPECT_FALSE(std::filesystem::exists(Path()));
+  file.Write("a\n");
+  EXPECT_EQ(Content(), "a\n");
+}
+
+TEST_F(RecordingFile, SaysAtOnceThatItCannotBeCreated) {
+  const auto failure = [](const std::string& path) {
+    return MessageOf([&] { TRecordingFile{path}; }, EFailure::kNotCreated);
+  };
+  const std::string missing = Path() + "/no";
+  EXPECT_EQ(failure(missing), "cannot create " + missing + ": No such file or directory");
+  std::filesystem::create_directory(Path());
+  EXPECT_EQ(failure(Path()), "cannot create " + Path() + ": Is a directory");
+  std::ofstream(Path() + "/file") << "";
+  EXPECT_EQ(failure(Path() + "/file/no"), "cannot create " + Path() + "/file/no: Not a directory");
+}
+
+TEST_F(RecordingFile, SaysLateThatItCannotBeCreatedAnyMore) {
+  std::filesystem::create_directory(Path());
+  TRecordingFile file(Path() + "/r");
+  std::filesystem::remove(Path());
+  EXPECT_EQ(MessageOf([&] { file.Write("a\n"); }, EFailure::kNotCreated),
+            "cannot create " + Path() + "/r: No such file or directory");
 }
 
 TEST_F(RecordingFile, SaysThatItCannotBeWritten) {
