@@ -65,10 +65,21 @@ class TReplayConnection : public IServerConnection {
  public:
   TReplayConnection(const std::string& path, bool timing, TInputs& inputs) : replay_(Open(path, inputs)) {
     replay_->SetTiming(timing);
+    if (replay_->HasHeader() && !replay_->Header().run) {
+      Say("warning: " + SafeText(path) +
+          ": a recording of version 1 does not tell whether its service processor was simulated");
+    }
     ApplyUtcOffset(replay_->Header().utcOffsetMinutes);
   }
   IServiceProcessor& ServiceProcessor() override { return *replay_; }
   IHostEnvironment& Environment() override { return *replay_; }
+  TServerFacts Facts() const override {
+    const TRecordingHeader& header = replay_->Header();
+    if (!header.run) return {.recorded = header.started};
+    const TRecordedSource& source = header.run->source;
+    return {source.isSimulated, header.started, source.serialNumber, source.uuid};
+  }
+  const TRecordingHeader* Recording() const override { return &replay_->Header(); }
   std::string Mismatch() const override {
     const std::string text = replay_->Mismatch().value_or(std::string());
     return text.substr(0, text.find('\n'));

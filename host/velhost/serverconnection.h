@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/record/recording.h"
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
 #include "host/velhost/commandline.h"
@@ -30,6 +31,8 @@ class IServerConnection {
   /// The server's own machine type and clock.
   virtual IHostEnvironment& Environment() = 0;
   virtual TServerFacts Facts() const { return {}; }
+  /// The first line of the recording that is replayed; null without one.
+  virtual const TRecordingHeader* Recording() const { return nullptr; }
   /// Whether a node was given up during the run, so that the collection is only partial.
   virtual bool WasLost() const { return false; }
   /// A request that the recording does not contain, in one line; empty if there was none.

@@ -167,6 +167,29 @@ class Recordings(VelhostCase):
         self.assertEqual(first["instances"], second["instances"])
         self.assertEqual((self.folder / "first.txt").read_bytes(), (self.folder / "second.txt").read_bytes())
 
+    def test_a_recording_describes_its_run(self):
+        self.collect("--record", "run.jsonl", "--single-request", BRIDGE, BRIDGE)
+        first = json.loads((self.folder / "run.jsonl").read_text().splitlines()[0])
+        self.assertEqual((first["version"], first["classes"], first["single_request"]), (2, [BRIDGE, BRIDGE], True))
+        self.assertEqual((first["source"]["sp"], first["source"]["simulated"]), (["sim"], True))
+        self.collect("--sp", "replay:run.jsonl", "--record", "again.jsonl", "--single-request", BRIDGE, BRIDGE)
+        again = json.loads((self.folder / "again.jsonl").read_text().splitlines()[0])
+        self.assertEqual((again["source"]["sp"], again["source"]["simulated"]), (["replay:run.jsonl"], True))
+        self.assertEqual(again["source"]["recorded"], first["started"])
+
+    def test_a_recording_of_version_1_is_replayed_with_a_warning(self):
+        self.collect("--record", "run.jsonl", BRIDGE)
+        first, rest = (self.folder / "run.jsonl").read_text().split("\n", 1)
+        head = json.loads(first)
+        head["version"] = 1
+        for name in ("source", "classes", "single_request", "schema_sha256"):
+            del head[name]
+        self.write("old.jsonl", json.dumps(head, separators=(",", ":")) + "\n" + rest)
+        done = self.run_velhost("collect", "--sp", "replay:old.jsonl", BRIDGE)
+        self.assertEqual((done.returncode, done.stderr), (
+            0, "velhost: warning: old.jsonl: a recording of version 1 does not tell whether its service processor was "
+               "simulated\n"))
+
     def test_another_request_is_a_mismatch_with_its_line(self):
         self.record()
         done = self.run_velhost("collect", "--sp", "replay:run.jsonl", "KROSG_DCAPFile")

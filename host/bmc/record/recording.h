@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
@@ -17,12 +18,31 @@
 
 namespace velhost {
 
+/// Where recorded answers come from, as results say it. Texts that are empty are left out.
+struct TRecordedSource {
+  std::vector<std::string> sp{};  ///< the service processors as the user named them
+  std::string target{};           ///< the same in one text, without users
+  bool isSimulated = false;
+  std::string recorded{};  ///< when they had been recorded before, if this is the recording of a replay
+  std::string serialNumber{};
+  std::string uuid{};
+};
+
+/// The run that made a recording.
+struct TRecordedRun {
+  TRecordedSource source{};
+  std::vector<std::string> classes{};  ///< in the order in which they were asked for
+  bool singleRequest = false;
+  std::string schemaSha256{};
+};
+
 /// The first line of a recording.
 struct TRecordingHeader {
   std::string machineType;
   std::string started;       ///< ISO 8601; for human readers only
   int utcOffsetMinutes = 0;  ///< of the process's time zone: local standard time minus UTC
   TDiscovery discovery;
+  std::optional<TRecordedRun> run{};  ///< empty in a recording of version 1
 };
 
 /// The C library's `timezone`, as an offset with the sign of a CIM datetime.

@@ -178,6 +178,20 @@ class TMembers {
     return std::move(pairs.bytes);
   }
 
+  std::vector<std::string> Strings(const char* name) const {
+    const std::string expected = "an array of strings";
+    std::vector<std::string> strings;
+    for (const TJson& value : Require(name, expected, &TJson::is_array)) {
+      if (!value.is_string()) {
+        text_.FailAt(name, "found " + Described(value) + " in " + Quoted(name) + ", expected " + expected);
+      }
+      strings.push_back(value.get<std::string>());
+    }
+    return strings;
+  }
+  /// Empty if there is no such member.
+  std::string OptionalString(const char* name) const { return Has(name) ? String(name) : std::string(); }
+
   TMembers Object(const char* name) const { return TMembers(text_, Require(name, "an object", &TJson::is_object)); }
 
  private:
@@ -237,22 +251,83 @@ void ReadClock(const TLineText& text, const TMembers& members, TRecordedLine& li
   }
 }
 
+using TOrdered = nlohmann::ordered_json;
+
+void AddUnlessEmpty(TOrdered& object, const char* name, const std::string& text) {
+  if (!text.empty()) object[name] = text;
+}
+
+void AddRun(TOrdered& line, const TRecordedRun& run) {
+  TOrdered source = {{"sp", run.source.sp}, {"target", run.source.target}, {"simulated", run.source.isSimulated}};
+  AddUnlessEmpty(source, "recorded", run.source.recorded);
+  TOrdered server = TOrdered::object();
+  AddUnlessEmpty(server, "serial", run.source.serialNumber);
+  AddUnlessEmpty(server, "uuid", run.source.uuid);
+  if (!server.empty()) source["server"] = server;
+  line["source"] = source;
+  line["classes"] = run.classes;
+  line["single_request"] = run.singleRequest;
+  line["schema_sha256"] = run.schemaSha256;
+}
+
+TRecordedSource ReadSource(const TMembers& members) {
+  members.AllowOnly({"sp", "target", "simulated", "recorded", "server"});
+  TRecordedSource source;
+  source.sp = members.Strings("sp");
+  source.target = members.String("target");
+  source.isSimulated = members.Boolean("simulated");
+  source.recorded = members.OptionalString("recorded");
+  if (!members.Has("server")) return source;
+  const TMembers server = members.Object("server");
+  server.AllowOnly({"serial", "uuid"});
+  source.serialNumber = server.OptionalString("serial");
+  source.uuid = server.OptionalString("uuid");
+  return source;
+}
+
+TRecordedRun ReadRun(const TMembers& members) {
+  TRecordedRun run;
+  run.source = ReadSource(members.Object("source"));
+  run.classes = members.Strings("classes");
+  run.singleRequest = members.Boolean("single_request");
+  run.schemaSha256 = members.String("schema_sha256");
+  return run;
+}
+
+/// The version, after a check of the members that every recording begins with.
+int ReadVersion(const TLineText& text, const TJson& object, const TMembers& members) {
+  if (!members.Has("format"))
+    text.Fail(1, "found no \"format\", expected \"velhost-recording\" as every recording has");
+  const std::string format = members.String("format");
+  if (format != "velhost-recording") {
+    text.FailAt("format", "found " + Quoted(format) + " for \"format\", expected \"velhost-recording\"");
+  }
+  const std::string expected = "version 1 or 2, which this velhost reads";
+  if (!members.Has("version")) text.Fail(1, "found no \"version\", expected " + expected);
+  const TJson& version = object["version"];
+  if (!version.is_number_integer() || (version != 1 && version != 2)) {
+    text.FailAt("version",
+                "found version " + version.dump().substr(0, kLongestShownVersion) + ", expected " + expected);
+  }
+  return version.get<int>();
+}
+
 }  // namespace
 
 std::string FormatRecordingHeader(const TRecordingHeader& header) {
-  using TOrdered = nlohmann::ordered_json;
   const TDiscovery& found = header.discovery;
   const TOrdered discovery = {{"bmc_nodes", found.bmcNodes},
                               {"ipmi_driver", found.ipmiDriver},
                               {"dot_command", found.dotCommands},
                               {"sp_comm", found.communicates},
                               {"service_processors", found.serviceProcessors}};
-  const TOrdered line = {{"format", "velhost-recording"},
-                         {"version", 1},
-                         {"machine_type", header.machineType},
-                         {"started", header.started},
-                         {"utc_offset_minutes", header.utcOffsetMinutes},
-                         {"discovery", discovery}};
+  TOrdered line = {{"format", "velhost-recording"},
+                   {"version", header.run ? 2 : 1},
+                   {"machine_type", header.machineType},
+                   {"started", header.started},
+                   {"utc_offset_minutes", header.utcOffsetMinutes}};
+  if (header.run) AddRun(line, *header.run);
+  line["discovery"] = discovery;
   // A machine type from SMBIOS may contain any bytes.
   return line.dump(-1, ' ', false, TOrdered::error_handler_t::replace);
 }
@@ -261,19 +336,13 @@ TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view 
   const TLineText text(file, line, 1);
   const TJson object = ParseObject(text);
   const TMembers members(text, object);
-  if (!members.Has("format"))
-    text.Fail(1, "found no \"format\", expected \"velhost-recording\" as every recording has");
-  const std::string format = members.String("format");
-  if (format != "velhost-recording") {
-    text.FailAt("format", "found " + Quoted(format) + " for \"format\", expected \"velhost-recording\"");
+  const bool hasRun = ReadVersion(text, object, members) == 2;
+  if (hasRun) {
+    members.AllowOnly({"format", "version", "machine_type", "started", "utc_offset_minutes", "source", "classes",
+                       "single_request", "schema_sha256", "discovery"});
+  } else {
+    members.AllowOnly({"format", "version", "machine_type", "started", "utc_offset_minutes", "discovery"});
   }
-  const std::string version = "version 1, the one that this velhost reads";
-  if (!members.Has("version")) text.Fail(1, "found no \"version\", expected " + version);
-  if (!object["version"].is_number_integer() || object["version"] != 1) {
-    text.FailAt("version",
-                "found version " + object["version"].dump().substr(0, kLongestShownVersion) + ", expected " + version);
-  }
-  members.AllowOnly({"format", "version", "machine_type", "started", "utc_offset_minutes", "discovery"});
   const TMembers discovery = members.Object("discovery");
   discovery.AllowOnly({"bmc_nodes", "ipmi_driver", "dot_command", "sp_comm", "service_processors"});
   TRecordingHeader header;
@@ -285,6 +354,7 @@ TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view 
   header.discovery.dotCommands = discovery.Boolean("dot_command");
   header.discovery.communicates = discovery.Boolean("sp_comm");
   header.discovery.serviceProcessors = discovery.Int("service_processors", 0, kMostRecordedServiceProcessors);
+  if (hasRun) header.run = ReadRun(members);
   return header;
 }
 

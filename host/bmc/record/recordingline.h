@@ -25,7 +25,7 @@ inline constexpr int kLargestUtcOffset = 24 * 60 - 1;
 inline constexpr std::int64_t kLongestRecordedUs = 86'400'000'000;  // a day
 
 /// How every recording begins; the first line is written with a single write.
-inline constexpr std::string_view kRecordingStart = R"({"format":"velhost-recording","version":1,)";
+inline constexpr std::string_view kRecordingStart = R"({"format":"velhost-recording","version":)";
 
 struct TRecordedLine {
   enum class EKind { kIpmi, kDot, kClock };
@@ -44,7 +44,7 @@ struct TRecordedLine {
   std::optional<TCIMDateTime> localTime;  ///< of kClock
 };
 
-/// The first line of a recording, without its newline.
+/// The first line of a recording, without its newline: of version 2, or 1 if the header does not describe its run.
 std::string FormatRecordingHeader(const TRecordingHeader& header);
 
 /// Parses a line (without its newline). Anything unexpected throws THostError (kMalformed) with a diagnostic at its

@@ -148,7 +148,7 @@ class TCollection {
     TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
     TExchangeLedger ledger;
     supervised.AddObserver(ledger);
-    TRunRecording recording(options_.record, connection_->ServiceProcessor(), *environment_);
+    TRunRecording recording(options_.record, RecordedRun(), connection_->ServiceProcessor(), *environment_);
     if (recording.Observer() != nullptr) supervised.AddObserver(*recording.Observer());
     const EOutputForm form = ChooseForm(options_);
     TResultSummary summary;
@@ -182,6 +182,19 @@ class TCollection {
   }
 
  private:
+  TRecordedRun RecordedRun() const {
+    const TServerFacts facts = connection_->Facts();
+    TRecordedRun run;
+    run.source.sp = common_.serviceProcessors;
+    if (run.source.sp.empty()) run.source.sp = {"sim"};
+    run.source.isSimulated = facts.isSimulated;
+    run.source.recorded = facts.recorded;
+    run.source.serialNumber = facts.serialNumber;
+    run.source.uuid = facts.uuid;
+    for (const auto& cimClass : classes_) run.classes.push_back(cimClass->Name());
+    run.singleRequest = options_.singleRequest;
+    return run;
+  }
   void OpenFiles(TTrace& trace, TRunRecording& recording) {
     if (!options_.captureDir.empty()) captures_.emplace(options_.captureDir);
     trace.OpenFile();

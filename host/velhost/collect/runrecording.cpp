@@ -6,11 +6,12 @@
 
 namespace velhost {
 
-TRunRecording::TRunRecording(std::string path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment)
+TRunRecording::TRunRecording(std::string path, TRecordedRun run, IServiceProcessor& serviceProcessor,
+                             IHostEnvironment& environment)
     : path_(std::move(path)), plain_(environment) {
   if (path_.empty()) return;
   recorder_.emplace(file_, TRecordingHeader{environment.MachineType(), TSystemEnvironment().LocalTime().ToIso8601(),
-                                            ProcessUtcOffsetMinutes(), serviceProcessor.Discover()});
+                                            ProcessUtcOffsetMinutes(), serviceProcessor.Discover(), std::move(run)});
   recorded_.emplace(environment, *recorder_);
 }
 

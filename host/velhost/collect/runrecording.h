@@ -15,7 +15,7 @@ namespace velhost {
 class TRunRecording {
  public:
   /// The service processor and the environment are not owned.
-  TRunRecording(std::string path, IServiceProcessor& serviceProcessor, IHostEnvironment& environment);
+  TRunRecording(std::string path, TRecordedRun run, IServiceProcessor& serviceProcessor, IHostEnvironment& environment);
   TRunRecording(const TRunRecording&) = delete;
   TRunRecording& operator=(const TRunRecording&) = delete;
 

@@ -157,11 +157,11 @@ INSTANTIATE_TEST_SUITE_P(
                  "found no \"format\", expected \"velhost-recording\" as every recording has"},
         TBadLine{R"({"format":"other"})", 11, "found \"other\" for \"format\", expected \"velhost-recording\""},
         TBadLine{R"({"format":"velhost-recording"})", 1,
-                 "found no \"version\", expected version 1, the one that this velhost reads"},
-        TBadLine{R"({"format":"velhost-recording","version":2})", 41,
-                 "found version 2, expected version 1, the one that this velhost reads"},
+                 "found no \"version\", expected version 1 or 2, which this velhost reads"},
+        TBadLine{R"({"format":"velhost-recording","version":3})", 41,
+                 "found version 3, expected version 1 or 2, which this velhost reads"},
         TBadLine{R"({"format":"velhost-recording","version":"1"})", 41,
-                 "found version \"1\", expected version 1, the one that this velhost reads"},
+                 "found version \"1\", expected version 1 or 2, which this velhost reads"},
         TBadLine{R"({"format":"velhost-recording","version":1,"machine":"6203"})", 43,
                  "found the unknown member \"machine\", expected one of format, version, machine_type, started, "
                  "utc_offset_minutes, discovery; did you mean \"machine_type\"?"},
@@ -175,6 +175,39 @@ INSTANTIATE_TEST_SUITE_P(
                  "found no \"machine_type\", expected a string"},
         TBadLine{R"({"format":"velhost-recording","version":1,"discovery":{},"machine_type":"","started":""})", 1,
                  "found no \"utc_offset_minutes\", expected an integer from -1439 to 1439"}));
+
+/// A first line of version 2 with this in place of the members that version 1 does not have.
+TBadLine OfVersion2(const std::string& members, const std::string& value, const std::string& message) {
+  const std::string line = R"({"format":"velhost-recording","version":2,"machine_type":"","started":"",)"
+                           R"("utc_offset_minutes":0,"discovery":{"bmc_nodes":1,"ipmi_driver":true,)"
+                           R"("dot_command":false,"sp_comm":false,"service_processors":0})" +
+                           members + "}";
+  return {line, value.empty() ? 1 : static_cast<int>(line.rfind(value)) + 1, message};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OfVersion2, BadRecordingHeader,
+    testing::Values(
+        OfVersion2("", "", "found no \"source\", expected an object"),
+        OfVersion2(R"(,"source":"sim")", R"("sim")", "found a string for \"source\", expected an object"),
+        OfVersion2(R"(,"source":{})", "", "found no \"sp\", expected an array of strings"),
+        OfVersion2(R"(,"source":{"sp":"sim"})", R"("sim")", "found a string for \"sp\", expected an array of strings"),
+        OfVersion2(R"(,"source":{"sp":["sim",7]})", R"(["sim",7])",
+                   "found an integer in \"sp\", expected an array of strings"),
+        OfVersion2(
+            R"(,"source":{"sp":[],"target":"","simulatd":true})", R"("simulatd")",
+            "found the unknown member \"simulatd\", expected one of sp, target, simulated, recorded, server; did "
+            "you mean \"simulated\"?"),
+        OfVersion2(R"(,"source":{"sp":[],"target":"","simulated":1})", "1}",
+                   "found an integer for \"simulated\", expected true or false"),
+        OfVersion2(R"(,"source":{"sp":[],"target":"","simulated":true,"server":{"name":""}})", R"("name")",
+                   "found the unknown member \"name\", expected one of serial, uuid"),
+        OfVersion2(R"(,"source":{"sp":[],"target":"","simulated":true})", "",
+                   "found no \"classes\", expected an array of strings"),
+        OfVersion2(R"(,"source":{"sp":[],"target":"","simulated":true},"classes":[])", "",
+                   "found no \"single_request\", expected true or false"),
+        OfVersion2(R"(,"source":{"sp":[],"target":"","simulated":true},"classes":[],"single_request":false)", "",
+                   "found no \"schema_sha256\", expected a string")));
 
 TEST(BadRecording, BoundsWhatWasDiscovered) {
   const auto with = [](const std::string& from, const std::string& to) {

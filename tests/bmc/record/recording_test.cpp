@@ -57,6 +57,40 @@ TEST_F(Recording, BeginsWithWhatIsKnownAboutTheServer) {
   EXPECT_THAT(sink_.text, testing::StartsWith(kHeaderLine + R"({"kind":"ipmi",)"));
 }
 
+/// Without its newline.
+std::string FirstLineOf(const TRecordingHeader& header) {
+  TMemorySink sink;
+  TRecorder recorder(sink, header);
+  recorder.OnClock(TCIMDateTime(2026, 1, 31, 12, 34, 56, 0, 0));
+  return sink.text.substr(0, sink.text.find('\n'));
+}
+
+TEST(RecordingHeader, DescribesItsRunFromVersion2On) {
+  TRecordingHeader header = Header();
+  header.run.emplace();
+  header.run->source = {{"lan:a@10.0.0.1", "lan:10.0.0.2"}, "lan:10.0.0.1,lan:10.0.0.2", false, "", "S1", "U1"};
+  header.run->classes = {"KROSG_A", "KROSG_DCAPFile"};
+  header.run->singleRequest = true;
+  header.run->schemaSha256 = "ab12";
+  EXPECT_EQ(FirstLineOf(header),
+            R"({"format":"velhost-recording","version":2,"machine_type":"6203","started":"2026-01-31T12:34:56+01:00",)"
+            R"("utc_offset_minutes":60,"source":{"sp":["lan:a@10.0.0.1","lan:10.0.0.2"],)"
+            R"("target":"lan:10.0.0.1,lan:10.0.0.2","simulated":false,"server":{"serial":"S1","uuid":"U1"}},)"
+            R"("classes":["KROSG_A","KROSG_DCAPFile"],"single_request":true,"schema_sha256":"ab12",)"
+            R"("discovery":{"bmc_nodes":1,"ipmi_driver":true,"dot_command":true,"sp_comm":true,)"
+            R"("service_processors":2}})");
+}
+
+TEST(RecordingHeader, LeavesOutWhatIsUnknown) {
+  TRecordingHeader header = Header();
+  header.run.emplace();
+  header.run->source = {{"replay:r.jsonl"}, "replay:r.jsonl", true, "2026-01-30", "", ""};
+  EXPECT_THAT(
+      FirstLineOf(header),
+      testing::HasSubstr(R"("source":{"sp":["replay:r.jsonl"],"target":"replay:r.jsonl","simulated":true,)"
+                         R"("recorded":"2026-01-30"},"classes":[],"single_request":false,"schema_sha256":"",)"));
+}
+
 TEST_F(Recording, IsEmptyUntilTheFirstExchangeThatWasAttempted) {
   EXPECT_EQ(sink_.text, "");
   recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), false, nullptr, microseconds(0)});

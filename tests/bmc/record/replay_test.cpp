@@ -115,6 +115,27 @@ TEST(Replay, SuppliesWhatWasKnownAboutTheServer) {
   EXPECT_EQ(found.serviceProcessors, 2);
 }
 
+TEST(Replay, KnowsTheRunThatWasRecorded) {
+  EXPECT_FALSE(TMemoryReplay(RecordSession().first).Header().run);
+  const TMemoryReplay replay(
+      R"({"format":"velhost-recording","version":2,"machine_type":"","started":"","utc_offset_minutes":0,)"
+      R"("source":{"sp":["sim:a.toml"],"target":"sim:a.toml","simulated":true,"recorded":"then",)"
+      R"("server":{"serial":"S1","uuid":"U1"}},"classes":["A","B"],"single_request":true,"schema_sha256":"ab12",)"
+      R"("discovery":{"bmc_nodes":1,"ipmi_driver":true,"dot_command":true,"sp_comm":true,"service_processors":1}})"
+      "\n");
+  ASSERT_TRUE(replay.Header().run);
+  const TRecordedRun& run = *replay.Header().run;
+  EXPECT_EQ(run.source.sp, std::vector<std::string>{"sim:a.toml"});
+  EXPECT_EQ(run.source.target, "sim:a.toml");
+  EXPECT_TRUE(run.source.isSimulated);
+  EXPECT_EQ(run.source.recorded, "then");
+  EXPECT_EQ(run.source.serialNumber, "S1");
+  EXPECT_EQ(run.source.uuid, "U1");
+  EXPECT_EQ(run.classes, (std::vector<std::string>{"A", "B"}));
+  EXPECT_TRUE(run.singleRequest);
+  EXPECT_EQ(run.schemaSha256, "ab12");
+}
+
 TEST(Replay, ReplaysUpToTheLastWholeLineWhereverItIsCut) {
   const auto [text, recorded] = RecordSession();
   const std::size_t headerEnd = text.find('\n') + 1;
