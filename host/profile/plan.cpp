@@ -79,7 +79,6 @@ class TPlanMaker {
   void Classify(TPlannedClass& planned) const;
   void ClassifyServed(TPlannedClass& planned, const TServedClass& entry) const;
   void AddRegisters(TPlannedClass& planned) const;
-  bool HasWay(EPath path) const;
   std::string MissingWay(EPath path) const;
   std::string WhyNot(const TCIMClass& cimClass) const;
   std::string WhyNoBlock(const TCIMClass& cimClass, const std::string& baseClass) const;
@@ -147,13 +146,13 @@ void TPlanMaker::Classify(TPlannedClass& planned) const {
   planned.whyNotServed = WhyNot(cimClass);
   if (!Contains(CollectorProfile::kR8Classes, cimClass.Name())) return;
   planned.path = EPath::kR8;
-  planned.hasWay = HasWay(EPath::kR8);
+  planned.hasWay = HasWay(EPath::kR8, input_.server);
   if (MachineTypesOf(cimClass) == nullptr) planned.turn = ETurn::kUnknown;
 }
 
 void TPlanMaker::ClassifyServed(TPlannedClass& planned, const TServedClass& entry) const {
   planned.path = entry.path;
-  planned.hasWay = HasWay(entry.path);
+  planned.hasWay = HasWay(entry.path, input_.server);
   if (!planned.hasWay) planned.whyNotServed = MissingWay(entry.path);
   planned.turn = ETurn::kUnknown;
   if (!input_.isCollectable(*planned.cimClass)) return;
@@ -177,12 +176,6 @@ void TPlanMaker::AddRegisters(TPlannedClass& planned) const {
     planned.registers.push_back(PlannedRegister(property, i, planned.path));
     planned.readsOfInstance += planned.registers.back().addresses.size();
   }
-}
-
-bool TPlanMaker::HasWay(EPath path) const {
-  const TPlanServer& server = input_.server;
-  if (path != EPath::kJfr) return server.bmcNodes >= 1;
-  return server.dotCommands && static_cast<std::uint8_t>(server.serviceProcessors) > 0;
 }
 
 std::string TPlanMaker::MissingWay(EPath path) const {
@@ -227,6 +220,11 @@ std::uint64_t SumOfReads(const TPlan& plan, EPath path) {
 }
 
 }  // namespace
+
+bool HasWay(EPath path, const TPlanServer& server) {
+  if (path != EPath::kJfr) return server.bmcNodes >= 1;
+  return server.dotCommands && static_cast<std::uint8_t>(server.serviceProcessors) > 0;
+}
 
 TPlan MakePlan(const TPlanInput& input) { return TPlanMaker(input).Make(); }
 

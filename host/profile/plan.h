@@ -28,6 +28,10 @@ struct TPlanServer {
   int serviceProcessors = 0;  ///< as discovered; the collector keeps the low eight bits
 };
 
+/// Whether the server has a way to the classes of a path: for register blocks, dot commands and a service processor,
+/// and for the others a BMC node.
+bool HasWay(CollectorProfile::EPath path, const TPlanServer& server);
+
 /// One register property of a class, the same for all of its instances.
 struct TPlannedRegister {
   std::size_t property = 0;              ///< index into TCIMClass::Properties()

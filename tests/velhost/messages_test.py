@@ -95,7 +95,10 @@ class ClassesThatAreNotServed(VelhostCase):
 
     def test_on_this_machine_type(self):
         self.assertEqual(self.warnings("--machine-type", "9999", BRIDGE),
+                         "velhost: warning: no register class serves the machine type 9999\n"
                          f"velhost: warning: the collector does not serve {BRIDGE} on machine type 9999" + self.HINT)
+        self.assertEqual(self.warnings("--machine-type", "6230", "KROSG_DCAPFile"),
+                         "velhost: warning: no register class serves the machine type 6230; did you mean 6203?\n")
         self.assertEqual(self.warnings("--machine-type", "6203", BRIDGE), "")
 
     def test_on_any(self):
@@ -106,7 +109,7 @@ class ClassesThatAreNotServed(VelhostCase):
     def test_none_at_all(self):
         schema = self.write("empty.mof", "class A {};\n")
         self.assertEqual(self.warnings("--schema", schema, "--machine-type", "6203"),
-                         "velhost: warning: the collector serves no class of the schema on machine type 6203" + self.HINT)
+                         "velhost: warning: there is no class to collect" + self.HINT)
 
 
 class OptionsWithoutEffect(VelhostCase):

@@ -18,6 +18,7 @@
 #include "host/output/progress.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
+#include "host/velhost/classchoice.h"
 #include "host/velhost/collect/collectionrun.h"
 #include "host/velhost/collect/fileclash.h"
 #include "host/velhost/collect/outputtarget.h"
@@ -127,13 +128,19 @@ class TCollection {
         schema_(LoadSchema(common_, installation, inputs_)),
         namespace_(schema_.cimNamespace) {
     // An unknown class ends the command before anything is opened or sent.
-    ChooseClasses(*namespace_, options_.classes, "");
+    CheckClassNames(*namespace_, options_.classes);
     connection_ = ConnectServer(common_, installation, inputs_, *namespace_);
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
-    classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType());
+    const TDiscovery discovery = connection_->ServiceProcessor().Discover();
+    for (const TAskedClass& asked :
+         ChooseClasses(*namespace_, options_.classes, environment_->MachineType(), PlanServerOf(discovery))) {
+      classes_.push_back(asked.cimClass);
+    }
     RefuseTooLarge(*namespace_, classes_, environment_->MachineType(), options_.singleRequest,
-                   connection_->ServiceProcessor().Discover().serviceProcessors);
+                   discovery.serviceProcessors);
+    const std::string unserved = MachineTypeWarning(*namespace_, environment_->MachineType());
+    if (!unserved.empty()) Say("warning: " + unserved);
     for (const std::string& text : UnservedTexts(*namespace_, classes_, environment_->MachineType())) {
       Say("warning: " + text);
     }

@@ -2,11 +2,10 @@
 
 #include <map>
 #include <memory>
-#include <string_view>
+#include <optional>
 #include <utility>
 
 #include "host/base/hosterror.h"
-#include "host/base/nearestname.h"
 #include "host/base/unsafetext.h"
 #include "host/model/assertionfailure.h"
 #include "host/model/failuredetail.h"
@@ -17,17 +16,6 @@
 namespace velhost {
 
 namespace {
-
-boost::shared_ptr<TCIMClass> FindNamed(const TNamespace& cimNamespace, const std::string& name) {
-  if (auto found = cimNamespace.FindClass(name)) return found;
-  std::vector<std::string_view> names;
-  for (const auto& candidate : cimNamespace.Classes()) names.push_back(candidate->Name());
-  const std::string_view nearest = NearestName(name, names);
-  throw THostError(
-      EFailure::kInvalidArgument,
-      "the schema has no class \"" + SafeText(name) + "\"" +
-          (nearest.empty() ? "; \"velhost classes\" lists those that can be collected" : Suggestion(nearest)));
-}
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {
   std::string missing = "host object";
@@ -44,24 +32,12 @@ std::string DescribeAssertion(const TAssertionFailure& failure) {
 
 }  // namespace
 
-std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNamespace,
-                                                        const std::vector<std::string>& names,
-                                                        const std::string& machineType) {
-  std::vector<boost::shared_ptr<TCIMClass>> classes;
-  for (const std::string& name : names) classes.push_back(FindNamed(cimNamespace, name));
-  if (!names.empty()) return classes;
-  for (const auto& entry : CollectorProfile::CollectableClasses(cimNamespace, machineType)) {
-    if (entry.served) classes.push_back(entry.cimClass);
-  }
-  return classes;
-}
-
 std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
                                        const std::vector<boost::shared_ptr<TCIMClass>>& classes,
                                        const std::string& machineType) {
   const std::string onType = " on machine type " + SafeText(machineType);
   const std::string hint = "; \"velhost classes\" shows what it serves";
-  if (classes.empty()) return {"the collector serves no class of the schema" + onType + hint};
+  if (classes.empty()) return {"there is no class to collect" + hint};
   std::map<std::string, bool> served;  // the classes that have a path
   for (const auto& entry : CollectorProfile::CollectableClasses(cimNamespace, machineType)) {
     served[entry.cimClass->Name()] = entry.served;

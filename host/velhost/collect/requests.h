@@ -15,13 +15,6 @@
 
 namespace velhost {
 
-/// The classes of the command line in their order; if it names none, all classes that this machine serves, with the
-/// capture class last. Throws THostError (kInvalidArgument) with the nearest name for a class that the schema does
-/// not declare.
-std::vector<boost::shared_ptr<TCIMClass>> ChooseClasses(const TNamespace& cimNamespace,
-                                                        const std::vector<std::string>& names,
-                                                        const std::string& machineType);
-
 /// Warnings about requests that will collect nothing: one text for each class that this machine does not serve, or a
 /// single one if there are no classes to request.
 std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
