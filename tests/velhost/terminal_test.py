@@ -110,7 +110,7 @@ class Terminal(VelhostCase):
     def test_messages_and_progress_line_do_not_mix(self):
         shown = self.on_terminal([VELHOST, *self.arguments, "--progress", "always", "-vv", "-o", "out.json", BRIDGE])
         for line in self.check_screen(shown, drawn=False):
-            self.assertRegex(line, r"^(debug |status |  |$)")
+            self.assertRegex(line, r"^(velhost: |debug |status |  |$)")
 
 
 if __name__ == "__main__":
