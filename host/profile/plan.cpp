@@ -14,6 +14,7 @@ namespace velhost {
 namespace {
 
 using CollectorProfile::EPath;
+using CollectorProfile::kJfrBaseClasses;
 using CollectorProfile::TServedClass;
 using TElements = std::vector<TCIMValue>;
 
@@ -81,10 +82,12 @@ class TPlanMaker {
   void AddRegisters(TPlannedClass& planned) const;
   std::string MissingWay(EPath path) const;
   std::string WhyNot(const TCIMClass& cimClass) const;
-  std::string WhyNoBlock(const TCIMClass& cimClass, const std::string& baseClass) const;
+  std::string WhyNoBlock(const TCIMClass& cimClass, std::string_view baseClass) const;
   const TServedClass* EntryOf(const TCIMClass& cimClass) const;
 
   const TPlanInput& input_;
+  /// For each base class the subclass that serves the machine type; kept, because finding it takes all classes.
+  std::array<boost::shared_ptr<TCIMClass>, kJfrBaseClasses.size()> delegates_;
   std::vector<TServedClass> collectable_;
   std::unordered_map<const TCIMClass*, const TServedClass*> entries_;
   std::unordered_map<const TCIMClass*, std::pair<std::size_t, unsigned>> added_;  // its number and its turns
@@ -94,6 +97,10 @@ class TPlanMaker {
 TPlanMaker::TPlanMaker(const TPlanInput& input)
     : input_(input), collectable_(CollectorProfile::CollectableClasses(input.cimNamespace, input.machineType)) {
   for (const TServedClass& entry : collectable_) entries_.emplace(entry.cimClass.get(), &entry);
+  for (std::size_t i = 0; i < delegates_.size(); ++i) {
+    const std::string_view base = kJfrBaseClasses.at(i);
+    delegates_.at(i) = CollectorProfile::DelegateOf(input.cimNamespace, base, input.machineType);
+  }
 }
 
 TPlan TPlanMaker::Make() {
@@ -187,16 +194,18 @@ std::string TPlanMaker::WhyNot(const TCIMClass& cimClass) const {
   const TServedClass* const entry = EntryOf(cimClass);
   if (entry != nullptr && entry->path == EPath::kR8) return MachineTypesText(cimClass);
   if (entry != nullptr && entry->path == EPath::kJfr) return WhyNoBlock(cimClass, entry->baseClass);
-  for (const std::string_view base : CollectorProfile::kJfrBaseClasses) {
+  for (const std::string_view base : kJfrBaseClasses) {
     if (EqualNames(base, cimClass.Name())) return WhyNoBlock(cimClass, cimClass.Name());
   }
   return "the collector does not know the class";
 }
 
 // A class below a base class, or a base class itself.
-std::string TPlanMaker::WhyNoBlock(const TCIMClass& cimClass, const std::string& baseClass) const {
+std::string TPlanMaker::WhyNoBlock(const TCIMClass& cimClass, std::string_view baseClass) const {
   const bool isBase = cimClass.Name() == baseClass;
-  const auto delegate = CollectorProfile::DelegateOf(input_.cimNamespace, baseClass, input_.machineType);
+  const auto* const base = std::find_if(kJfrBaseClasses.begin(), kJfrBaseClasses.end(),
+                                        [baseClass](std::string_view name) { return EqualNames(name, baseClass); });
+  const auto& delegate = delegates_.at(static_cast<std::size_t>(base - kJfrBaseClasses.begin()));
   if (delegate && (isBase || CollectorProfile::MatchingElement(cimClass, input_.machineType))) {
     return delegate->Name() + " serves this machine";
   }

@@ -1,6 +1,7 @@
 // The command line of velhost, as plain data.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,11 +36,22 @@ struct TCollectOptions {
   std::vector<std::string> classes;
   std::string format;  ///< empty: table on a terminal, else json
   std::string output;  ///< empty: standard output
+  std::map<std::string, std::string> labels;
+  bool dryRun = false;
   std::string record;
   std::optional<double> timeoutSeconds;
   bool singleRequest = false;
   std::string captureDir;
   EWhen progress = EWhen::kAuto;
+};
+
+struct TClassesOptions {
+  std::vector<std::string> classes;
+  bool json = false;
+};
+
+struct TPluginOptions {
+  bool json = false;
 };
 
 struct TCheckOptions {
@@ -58,6 +70,8 @@ struct TCommandLine {
   EVerb verb = EVerb::kCollect;
   TCommonOptions common;
   TCollectOptions collect;
+  TClassesOptions classes;
+  TPluginOptions plugin;
   TCheckOptions check;
   TSimulateArguments simulate;
   /// To be printed before the command runs: "--log has no effect with check", one for each option without effect.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/base/unsafetext.h"
+#include "host/velhost/optionvalues.h"
 
 namespace velhost {
 
@@ -21,7 +22,9 @@ using TChoices = std::vector<std::pair<std::string, T>>;
 
 const TChoices<EWhen> kWhen = {{"auto", EWhen::kAuto}, {"always", EWhen::kAlways}, {"never", EWhen::kNever}};
 const TChoices<ELogFormat> kLogFormats = {{"text", ELogFormat::kText}, {"jsonl", ELogFormat::kJsonLines}};
-const TChoices<bool> kFindingForms = {{"text", false}, {"json", true}};
+// Whether the form is JSON.
+const TChoices<bool> kListForms = {{"table", false}, {"json", true}};
+const TChoices<bool> kTextForms = {{"text", false}, {"json", true}};
 const TChoices<std::string> kOutputForms = {
     {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
 const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
@@ -103,6 +106,22 @@ TOptionValue Count(TPlace place) {
           }};
 }
 
+template <typename TPlace>
+TOptionValue Time(TPlace place) {
+  return {.name = "TIME", .expected = kTimeForms, .take = [place](TCommandLine& commandLine, const std::string& given) {
+            const std::optional<double> seconds = SecondsOf(given);
+            if (seconds) place(commandLine) = *seconds;
+            return seconds.has_value();
+          }};
+}
+
+TOptionValue Label() {
+  return {.name = "KEY=VALUE", .repeatable = true, .take = [](TCommandLine& commandLine, const std::string& given) {
+            AddLabel(commandLine.collect.labels, given);
+            return true;
+          }};
+}
+
 TOptionValue SchemaPath() {
   return {.name = "PATH",
           .expected = "PATH, +PATH or " + std::string(kExampleSchema),
@@ -149,14 +168,19 @@ const std::vector<TVerb> kVerbs = {
      .help = "run one collection and print the instances",
      .example = "velhost collect --sp sim:failing.toml --format json -o errors.json",
      .operands = {.usage = "[CLASS...]",
-                  .help = "classes to collect; default: all that this machine serves",
+                  .help = "classes to collect, or patterns with * and ?; default: all that this machine serves",
                   .most = kAnyNumber,
                   .completion = "classes",
                   .take = [](auto& c, const auto& words) { c.collect.classes = words; }}},
     {.verb = EVerb::kClasses,
      .name = "classes",
-     .help = "list the collectable classes and whether this machine serves them",
-     .example = "velhost classes --machine-type 4411"},
+     .help = "list the collectable classes and whether, or why not, this machine serves them",
+     .example = "velhost classes --machine-type 4411",
+     .operands = {.usage = "[CLASS...]",
+                  .help = "classes or patterns with * and ?; default: all",
+                  .most = kAnyNumber,
+                  .completion = "classes",
+                  .take = [](auto& c, const auto& words) { c.classes.classes = words; }}},
     {.verb = EVerb::kPlugin,
      .name = "plugin",
      .help = "load the collector and print its identity",
@@ -203,7 +227,7 @@ const std::vector<TOption> kOptions = {
      .usedBy = {EVerb::kCollect, EVerb::kClasses}},
     {.name = "--machine-type",
      .value = Text(
-         "NNNN", "", [](auto& c) -> auto& { return c.common.machineType; }),
+         "NNNN", "machinetypes", [](auto& c) -> auto& { return c.common.machineType; }),
      .help = "override the machine type",
      .usedBy = {EVerb::kCollect, EVerb::kClasses}},
     {.name = "--log",
@@ -260,15 +284,18 @@ const std::vector<TOption> kOptions = {
          "FILE", "files", [](auto& c) -> auto& { return c.collect.output; }),
      .help = "write to FILE instead of standard output",
      .verbs = {EVerb::kCollect}},
+    {.name = "--label",
+     .value = Label(),
+     .help = "add to the result, except in cimxml; may be repeated",
+     .verbs = {EVerb::kCollect}},
     {.name = "--record",
      .value = Text(
          "FILE", "files", [](auto& c) -> auto& { return c.collect.record; }),
      .help = "record every exchange with the service processor",
      .verbs = {EVerb::kCollect}},
     {.name = "--timeout",
-     .value = Number(
-         "SECONDS", 0.001, 1e9, [](auto& c) -> auto& { return c.collect.timeoutSeconds; }),
-     .help = "deadline for the whole run",
+     .value = Time([](auto& c) -> auto& { return c.collect.timeoutSeconds; }),
+     .help = "deadline for the whole run: 90, 45s, 1.5m or 2h",
      .verbs = {EVerb::kCollect}},
     {.name = "--single-request",
      .value = Flag([](auto& c) -> auto& { return c.collect.singleRequest; }),
@@ -287,7 +314,19 @@ const std::vector<TOption> kOptions = {
 
     {.name = "--format",
      .value = OneOf(
-         kFindingForms, [](auto& c) -> auto& { return c.check.json; }),
+         kListForms, [](auto& c) -> auto& { return c.classes.json; }),
+     .help = "output format; default: table",
+     .verbs = {EVerb::kClasses}},
+
+    {.name = "--format",
+     .value = OneOf(
+         kTextForms, [](auto& c) -> auto& { return c.plugin.json; }),
+     .help = "output format; default: text",
+     .verbs = {EVerb::kPlugin}},
+
+    {.name = "--format",
+     .value = OneOf(
+         kTextForms, [](auto& c) -> auto& { return c.check.json; }),
      .help = "output format; default: text",
      .verbs = {EVerb::kCheck}},
 

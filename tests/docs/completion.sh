@@ -30,7 +30,14 @@ offers "check classes collect plugin simulate" "$velhost" ""
 offers "check" "$velhost" che
 offers "check" "$velhost" -vv che
 offers "--format" "$velhost" collect --fo
-offers "" "$velhost" classes --fo
+offers "--format" "$velhost" classes --fo
+offers "json table" "$velhost" classes --format ""
+offers "json text" "$velhost" plugin --format ""
+offers "4411 4414 4523 4524" "$velhost" collect --machine-type 4
+offers "6101 6102 6106" "$velhost" classes --schema "$schema" --machine-type = 61
+offers "" "$velhost" collect --schema run.jsonl --machine-type ""
+offers "" "$velhost" collect --label ""
+offers "KROSG_DCAPFile" "$velhost" classes KROSG_D
 offers "--version" "$velhost" --ver
 offers "-v -vv -vvv" "$velhost" plugin -v
 offers "--password-file --plugin --privilege" "$velhost" classes --p

@@ -37,7 +37,7 @@ class Usage(VelhostCase):
         self.refuses('unknown command ""; the commands are collect, classes, plugin, check and simulate', "", "classes")
         self.refuses("simulate needs FILE", "simulate", see="simulate ")
         self.refuses("simulate needs FILE", "simulate", "", see="simulate ")
-        self.refuses('unexpected argument "b"; classes takes none', "classes", "b", see="classes ")
+        self.refuses('unexpected argument "b"; plugin takes none', "plugin", "b", see="plugin ")
         self.refuses('unexpected argument "b"; simulate takes FILE', "simulate", "a", "b", see="simulate ")
 
     def test_words_after_two_dashes_are_no_options(self):
@@ -54,9 +54,9 @@ class Usage(VelhostCase):
                 ("--port is an option of simulate", "--port", "1"),
                 ("--format is given twice", "--format", "json", "--format=mof"),
                 ("--output is given twice", "-oa", "--output", "b"),
-                ("--timeout needs SECONDS", "--timeout"),
-                ("--timeout needs SECONDS", "--timeout="),
-                ("--timeout needs SECONDS", "--timeout", ""),
+                ("--timeout needs TIME", "--timeout"),
+                ("--timeout needs TIME", "--timeout="),
+                ("--timeout needs TIME", "--timeout", ""),
                 ("--record needs FILE", "--record", ""),
                 ("--output needs FILE", "--output", ""),
                 ("-o needs FILE", "-o", ""),
@@ -67,14 +67,15 @@ class Usage(VelhostCase):
                 ("--sp needs SPEC", "--sp", ""),
                 ("--password-file needs FILE", "--password-file", ""),
                 ("--machine-type needs NNNN", "--machine-type", ""),
-                ("--timeout needs SECONDS", "--timeout", "--format", "json"),
-                ('--timeout needs SECONDS, not "-5"', "--timeout", "-5"),
+                ("--timeout needs TIME", "--timeout", "--format", "json"),
+                ('--timeout needs TIME, not "-5"', "--timeout", "-5"),
                 ("-o needs FILE", "-vo")):
             self.refuses(message, "collect", *arguments, see="collect ")
         # The first wrong value is reported.
-        self.refuses('--timeout takes SECONDS from 0.001 to 1000000000, not "x"', "collect", "--timeout", "x", "--color", "y",
-                     see="collect ")
-        self.refuses("--format is an option of collect and check", "classes", "--format", "json", see="classes ")
+        self.refuses('--timeout takes TIME from 0.001 to 1000000000 seconds, such as 90, 45s, 1.5m or 2h, not "x"', "collect",
+                     "--timeout", "x", "--color", "y", see="collect ")
+        self.refuses("--format is an option of collect, classes, plugin and check", "simulate", "a", "--format", "json",
+                     see="simulate ")
         self.refuses('--timeout must come after "collect"', "--timeout", "5", "collect", see="collect ")
 
     def test_a_suggestion_is_an_option_of_the_command(self):
@@ -93,9 +94,10 @@ class Usage(VelhostCase):
                    "lan:user@")
 
     def test_values(self):
-        for number in ("abc", "nan", "inf", "0", "2e9", "5s"):
-            self.refuses(f'--timeout takes SECONDS from 0.001 to 1000000000, not "{number}"', "collect", "--timeout", number,
-                         see="collect ")
+        for time in ("abc", "nan", "inf", "0", "0h", "2e9", "5x"):
+            self.refuses("--timeout takes TIME from 0.001 to 1000000000 seconds, such as 90, 45s, 1.5m or 2h, "
+                         f'not "{time}"', "collect", "--timeout", time, see="collect ")
+        self.assertEqual(self.run_velhost("collect", "--timeout", "5m", "KROSG_DCAPFile").returncode, 0)
         self.refuses('--port takes PORT from 1 to 65535, not "65536"', "simulate", "a", "--port", "65536", see="simulate ")
         self.refuses('--format takes table|json|jsonl|mof|cimxml, not "jsn"; did you mean json?', "collect", "--format",
                      "jsn", see="collect ")
@@ -299,9 +301,60 @@ class Commands(VelhostCase):
         lines = self.output("classes", "--machine-type", "4411").splitlines()
         served = {line.split()[0]: line.split(None, 4)[1:] for line in lines if line.startswith("KROSG_")}
         self.assertEqual(served["KROSG_T4_MEMCTL_StatisticData"], ["R8", "1", "10", 'yes, on "4411"'])
-        self.assertEqual(served["KROSG_J2_L3Cache_StatisticData"], ["JFR", "2", "8", "no"])
+        self.assertEqual(served["KROSG_J2_L3Cache_StatisticData"], ["JFR", "2", "8", 'no: its machine types are "6203", "6204", "6205"'])
         self.assertEqual(served["KROSG_DCAPFile"][0], "FFDC")
         self.assertIn("  KROSG_MEMCTL_StatisticData: no subclass serves this machine type", lines)
+
+        self.assertEqual(served["KROSG_VO_MEMCTL_StatisticData"][3], 'no: its machine types are "4523", "4524", "6203"')
+
+    def test_classes_say_why_not(self):
+        server = self.write("server.toml", 'machine_type = "6203"\n')
+        lines = self.output("classes", "--sp", f"sim:{server}", "KROSG_J?_MEMCTL*", "krosg_dcapfile", "KROSG_T4_PCIIOBRIDGE*",
+                            "KROSG_MEMCTL_StatisticData", "CIM_StatisticalData").splitlines()
+        self.assertEqual([line.split(None, 4) for line in lines[3:lines.index("", 3)]], [
+            ["KROSG_J1_MEMCTL_StatisticData", "JFR", "2", "8", 'no: its machine types are "6101", "6102"'],
+            ["KROSG_J2_MEMCTL_StatisticData", "JFR", "2", "9", "no: no service processor takes dot commands"],
+            ["KROSG_DCAPFile", "FFDC", "-", "-", "no: there is no BMC node"],
+            ["KROSG_T4_PCIIOBRIDGE_StatisticData", "R8", "2", "10", "no: there is no BMC node"],
+            ["KROSG_MEMCTL_StatisticData", "none", "-", "-", "no: KROSG_J2_MEMCTL_StatisticData serves this machine"],
+            ["CIM_StatisticalData", "none", "-", "-", "no: the collector does not know the class"]])
+
+    def test_classes_as_json(self):
+        document = json.loads(self.output("classes", "--format", "json", "--machine-type", "4411", "KROSG_T4_MEMCTL*",
+                                          "KROSG_J2_L3*", "KROSG_DCAPFile", "KROSG_L3Cache_StatisticData"))
+        self.assertEqual(document, {
+            "kind": "classlist", "format_version": 1, "machine_type": "4411", "classes": [
+                {"class": "KROSG_T4_MEMCTL_StatisticData", "path": "r8", "served": True, "served_by": "4411", "instances": 1,
+                 "registers": 10, "machine_types": ["4411", "4414", "6203"]},
+                {"class": "KROSG_J2_L3Cache_StatisticData", "path": "jfr", "served": False,
+                 "why_not": 'its machine types are "6203", "6204", "6205"', "instances": 2, "registers": 8,
+                 "machine_types": ["6203", "6204", "6205"]},
+                {"class": "KROSG_DCAPFile", "path": "ffdc", "served": True},
+                {"class": "KROSG_L3Cache_StatisticData", "served": False,
+                 "why_not": "none of its subclasses serves this machine"}],
+            "base_classes": [{"class": "KROSG_PCIIOBRIDGE_StatisticData", "subclass": None},
+                             {"class": "KROSG_MEMCTL_StatisticData", "subclass": None},
+                             {"class": "KROSG_L3Cache_StatisticData", "subclass": None}]})
+        document = json.loads(self.output("classes", "--format", "json", "--machine-type", "6106"))
+        self.assertEqual(len(document["classes"]), 12)
+        self.assertEqual(document["base_classes"][1]["subclass"], "KROSG_J1S_MEMCTL_StatisticData")
+
+    def test_classes_that_are_not_there(self):
+        for word, message in (("KROSG_DCAPFil", 'the schema has no class "KROSG_DCAPFil"; did you mean KROSG_DCAPFile?'),
+                              ("X*", '"X*" matches no class that can be collected; "velhost classes" lists them')):
+            done = self.run_velhost("classes", "--machine-type", "6203", word)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (64, "", f"velhost: {message}\n"))
+
+    def test_classes_warn_of_a_machine_type_that_nothing_serves(self):
+        done = self.run_velhost("classes", "--machine-type", "6230")
+        self.assertEqual((done.returncode, done.stderr),
+                         (0, "velhost: warning: no register class serves the machine type 6230; did you mean 6203?\n"))
+
+    def test_plugin_identity_as_json(self):
+        document = json.loads(self.output("plugin", "--format", "json"))
+        self.assertRegex(document.pop("library"), r"/libtorgareg\.pi\.so$")
+        self.assertEqual(document, {"kind": "plugin", "format_version": 1, "name": "Engineering Information Collector",
+                                    "version": "1.0", "interface_version": "1.0", "type": 0, "answers_requests": True})
 
     def test_check(self):
         self.assertEqual(self.output("check", f"{SOURCE}/schema"), "no findings\n")

@@ -86,7 +86,7 @@ class SchemaOptions(VelhostCase):
 
     def test_an_added_file_is_not_overwritten(self):
         self.write("addition.mof", ADDITION)
-        self.refuses("velhost: --output and --schema are one file, which would be overwritten: ./addition.mof\n", "collect",
+        self.refuses("velhost: --output and --schema are the same file, which would be overwritten: ./addition.mof\n", "collect",
                      "--schema", "+addition.mof", "-o", "./addition.mof")
 
     def test_the_hash_covers_all_that_is_read_in_order(self):
