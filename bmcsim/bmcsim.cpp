@@ -79,7 +79,7 @@ std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
   char* behind = nullptr;
   const long number = std::strtol(options.c_str(), &behind, 10);
   if (behind == options.c_str() || *behind != ' ' || behind[1] == '\0' || number < 0 || number > 0xFFFF) {
-    throw THostError(EFailure::kInvalidArgument, "the options are '" + options + "'; expected 'NODE FILE'");
+    throw THostError(EFailure::kInvalidArgument, "found the options '" + options + "', expected 'NODE FILE'");
   }
   const std::string file = behind + 1;
   const int node = static_cast<int>(number);

@@ -27,8 +27,8 @@ constexpr std::array kTime = {TField{"hour", 8, "00", "23"}, TField{"minute", 10
 // Places count from 1. A byte that is not ASCII is not shown: it may be part of a longer character.
 std::string Found(std::string_view text, std::size_t index, const char* expected) {
   const bool isPlain = text[index] >= ' ' && text[index] <= '~';
-  return "found " + (isPlain ? SingleQuoted(text.substr(index, 1)) : std::string("another character")) + " in place " +
-         std::to_string(index + 1) + " of the datetime, expected " + expected;
+  return "found " + (isPlain ? SingleQuoted(text.substr(index, 1)) : std::string("another character")) +
+         " at position " + std::to_string(index + 1) + " of the datetime, expected " + expected;
 }
 
 std::string ShapeProblem(std::string_view text) {
@@ -76,7 +76,7 @@ bool AsterisksAreInPlace(std::string_view text, bool isInterval) {
 
 std::string CimDateTimeProblem(std::string_view text) {
   if (text.size() != kCimDateTimeSize) {
-    return "found " + std::to_string(text.size()) + " characters, expected a datetime of 25, " + kForms;
+    return "found " + std::to_string(text.size()) + " characters, expected a datetime of 25 characters, " + kForms;
   }
   std::string problem = ShapeProblem(text);
   const bool isInterval = text[kSign] == ':';
@@ -84,11 +84,11 @@ std::string CimDateTimeProblem(std::string_view text) {
   if (problem.empty()) problem = RangeProblem(text, kTime);
   const std::string_view end = text.substr(kSign + 1);
   if (problem.empty() && isInterval && end != "000") {
-    problem = "found " + SingleQuoted(end) + " behind ':', expected '000'";
+    problem = "found " + SingleQuoted(end) + " after ':', expected '000'";
   }
   if (problem.empty() && !AsterisksAreInPlace(text, isInterval)) {
     problem = "found " + SingleQuoted(text) +
-              ", expected asterisks from the start of a field on up to place 21 of the datetime";
+              ", expected asterisks from the start of a field up to position 21 of the datetime";
   }
   return problem;
 }

@@ -85,7 +85,7 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
     if (n == 0 && found >= 0 && (waiter.revents & POLLHUP) != 0) return content;
     silence += kStep;
   }
-  throw THostError(EFailure::kAbsent, "cannot read " + SafeText(path) + ": a pipe that nobody writes to");
+  throw THostError(EFailure::kAbsent, "cannot read " + SafeText(path) + ": nothing was written to the pipe");
 }
 
 std::string TFileReader::Read(const std::string& path, std::size_t limit) {
@@ -101,7 +101,8 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
     readPipe_ = true;
     return ReadPipe(file.Get(), path, limit);
   }
-  if (!S_ISREG(status.st_mode)) throw THostError(EFailure::kAbsent, "cannot read " + SafeText(path) + ": not a file");
+  if (!S_ISREG(status.st_mode))
+    throw THostError(EFailure::kAbsent, "cannot read " + SafeText(path) + ": not a regular file");
   if (static_cast<std::uint64_t>(status.st_size) > limit) ThrowTooLarge(path, limit);
   realPath_ = RealPathOf(file.Get());
   std::string content(static_cast<std::size_t>(status.st_size), '\0');

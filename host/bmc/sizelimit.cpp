@@ -24,7 +24,7 @@ bool TSizeLimit::Accept(const TIpmiRequest& request, std::int64_t size) {
   if (size > kLargestArea) {
     limit = "over the limit of " + MiB(kLargestArea);
   } else if (size > kLargestAreasOfRequest - accepted_) {
-    limit = "with those before it over the limit of " + MiB(kLargestAreasOfRequest) + " for one request";
+    limit = "which with those before it exceeds the limit of " + MiB(kLargestAreasOfRequest) + " for one request";
   } else {
     accepted_ += size;
     return true;

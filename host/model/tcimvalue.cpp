@@ -194,7 +194,7 @@ TCIMValue TCIMValue::FromReal(TCIMType type, double number) {
 }
 
 TCIMValue TCIMValue::FromText(TCIMType type, const std::string& text) {
-  if (KindOf(type) != EKind::kText) ThrowMismatch("a text is not a " + type.ToString());
+  if (KindOf(type) != EKind::kText) ThrowMismatch("a string is not a " + type.ToString());
   TCIMValue value(text);
   value.type_ = type;
   return value;

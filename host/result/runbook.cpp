@@ -154,7 +154,7 @@ std::string TRunBook::MessageOfClass(std::size_t planClass, EReason code, const 
   const TPlannedClass& planned = plan_.classes[planClass];
   const TSize turns = CollectedTurns(planClass);
   switch (code) {
-    case EReason::kSessionLost: return "the service processor was lost";
+    case EReason::kSessionLost: return "the connection to the service processor was lost";
     case EReason::kRegisterUnread:
       return Share(entry.count, turns * planned.instances * planned.registers.size(), "register", "was", "were",
                    " not read");
@@ -173,7 +173,8 @@ std::vector<TReason> TRunBook::Reasons() const {
   std::vector<TReason> reasons;
   for (const auto& [code, entry] : ofRun_) {
     const bool isLoss = code == EReason::kSessionLost;
-    reasons.push_back({code, {}, entry.count, isLoss ? "the service processor was lost" : Joined(entry.details)});
+    reasons.push_back(
+        {code, {}, entry.count, isLoss ? "the connection to the service processor was lost" : Joined(entry.details)});
   }
   if (IsNothingRead()) {
     reasons.push_back(

@@ -44,9 +44,8 @@ void TClassBuilder::Collect(const TParsedSchema& schema) {
     }
     const TEntry& first = entries_[known->second];
     const TSourceLocation place = first.unit.Locate(first.syntax->name);
-    log_.Error(unit.Place(syntax.name), "the class " + unit.Quoted(syntax.name) +
-                                            " is declared a second time, first in " + place.file + ":" +
-                                            std::to_string(place.line));
+    log_.Error(unit.Place(syntax.name), "the class " + unit.Quoted(syntax.name) + " is already declared in " +
+                                            place.file + ":" + std::to_string(place.line));
   }
 }
 
@@ -111,8 +110,8 @@ bool TClassBuilder::MayDerive(TEntry& entry, const TEntry* superEntry) {
   if (above.begin == above.end) return true;
   if (superEntry == nullptr) return CheckClassName(entry.unit.Place(above), entry.unit.Text(above));
   if (superEntry->built && superEntry->depth == limits_.inheritanceDepth) {
-    log_.Error(entry.unit.Place(above), "the class " + entry.unit.Quoted(entry.syntax->name) + " stands below " +
-                                            std::to_string(superEntry->depth) + " others, expected at most " +
+    log_.Error(entry.unit.Place(above), "the class " + entry.unit.Quoted(entry.syntax->name) + " has " +
+                                            std::to_string(superEntry->depth) + " superclasses, expected at most " +
                                             std::to_string(limits_.inheritanceDepth - 1));
   }
   return superEntry->built != nullptr && superEntry->depth < limits_.inheritanceDepth;

@@ -88,7 +88,7 @@ void TClassBuilder::CheckEmbedded(const TSchemaUnit& unit, const Mof::TFeature& 
       CheckClassName(unit.Place(literal->span), StringOf(unit, *literal));
     }
     if (feature.type.code == TCIMValue::TCIMType::kString) continue;
-    log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " stands on an element of the type " +
+    log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " is on an element of type " +
                                          NameOf({feature.type.code, feature.array.isArray, 0, {}}) +
                                          ", expected string");
   }

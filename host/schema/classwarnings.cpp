@@ -49,7 +49,7 @@ void TClassWarnings::WarnOfUnreadRegisters(const TCIMClass& cimClass) {
   if (paths_.IsBase(cimClass) || superClasses_.count(&cimClass) != 0 || !DeclaresRegisters(cimClass)) return;
   findings_.Warning(cimClass.Location(),
                     "nothing reads the registers of " + Named(cimClass) +
-                        ", expected one of the R8 classes, a class below a JFR base class, or the direct superclass " +
+                        ", expected one of the R8 classes, a subclass of a JFR base class, or the direct superclass " +
                         "of such a class" + (findings_.Keeps() ? HintFor(cimClass.Name()) : std::string()));
 }
 

@@ -89,17 +89,17 @@ bool TNeeds::IsMetBy(const TCIMClass& cimClass) {
 void TNeeds::CheckPresence(const TSourceLocation& nowhere) {
   for (const std::string_view base : CollectorProfile::kJfrBaseClasses) {
     if (namespace_.FindClass(base)) continue;
-    findings_.Error(nowhere, "the class " + SingleQuoted(base) + " is not declared, which every request starts from");
+    findings_.Error(nowhere, "the class " + SingleQuoted(base) + " is not declared; every request starts from it");
   }
   if (namespace_.FindClass(CollectorProfile::kCaptureClass)) return;
-  findings_.Error(
-      nowhere, "the class " + SingleQuoted(CollectorProfile::kCaptureClass) + " of the capture files is not declared");
+  findings_.Error(nowhere, "the class " + SingleQuoted(CollectorProfile::kCaptureClass) +
+                               ", which holds the capture files, is not declared");
 }
 
 void TNeeds::CheckClass(const TCIMClass& cimClass) {
   if (TClassPaths::IsR8(cimClass)) CheckPath(cimClass, EPath::kR8, "a class whose registers are read over IPMI");
   for (const TClass& base : paths_.BasesOf(cimClass)) {
-    CheckPath(cimClass, EPath::kJfr, "a class below " + SingleQuoted(base->Name()));
+    CheckPath(cimClass, EPath::kJfr, "a subclass of " + SingleQuoted(base->Name()));
   }
   if (EqualNames(cimClass.Name(), CollectorProfile::kCaptureClass)) CheckCaptureClass(cimClass);
 }
@@ -181,7 +181,7 @@ bool TNeeds::CheckNumber(const TCIMClass& cimClass, const TPropertyDecl& propert
   const TCIMValue& value = qualifier->GetValue();
   const bool fits = IsInteger(value) && (mayBeArray || !value.IsArray());
   if (!fits) {
-    findings_.Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " of the type " +
+    findings_.Error(definition.location, subject + " has a qualifier " + SingleQuoted(qualifierName) + " of type " +
                                              TypeName(value.GetType(), value.IsArray()) + ", expected an integer");
   } else if (value.IsNull()) {
     findings_.Error(definition.location,
@@ -252,9 +252,9 @@ void TNeeds::CheckOrigin(const TCIMClass& cimClass, const TPropertyDecl& propert
   }
   findings_.Warning(definition.location,
                     "the property " + SingleQuoted(definition.name) + " is not read for the class " +
-                        SingleQuoted(cimClass.Name()) + ": it overrides one of the class " +
+                        SingleQuoted(cimClass.Name()) + ": it overrides a property of the class " +
                         SingleQuoted(origin->GetName(kNoContext)) +
-                        ", and only what the class or its superclass declares first is a register");
+                        "; only properties that the class or its superclass introduces are registers");
 }
 
 void TNeeds::CheckCaptureClass(const TCIMClass& cimClass) {

@@ -73,7 +73,7 @@ void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLitera
   const std::vector<Mof::TProduction>& productions = unit.file->productions;
   if (productions.empty()) {
     if (log_.Errors() == errors)
-      log_.Error(outer.Place(literal.span), "found an empty text, expected " + embedded.expected);
+      log_.Error(outer.Place(literal.span), "found an empty string, expected " + embedded.expected);
     return;
   }
   const Mof::TProduction first = productions.front();
@@ -84,10 +84,10 @@ void TInstanceBuilder::ReadEmbedded(const TSchemaUnit& outer, const Mof::TLitera
     if (above.begin != above.end) classes_.CheckClassName(unit.Place(above), unit.Text(above));
   } else {
     log_.Error(unit.Place(NameOf(*unit.file, first)),
-               "found " + std::string(KindOf(first.kind)) + " in an embedded text, expected " + embedded.expected);
+               "found " + std::string(KindOf(first.kind)) + " in an embedded string, expected " + embedded.expected);
   }
   if (productions.size() > 1) {
-    log_.Error(unit.Place(NameOf(*unit.file, productions[1])), "found a second declaration in an embedded text");
+    log_.Error(unit.Place(NameOf(*unit.file, productions[1])), "found a second declaration in an embedded string");
   }
 }
 
@@ -98,7 +98,7 @@ void TInstanceBuilder::ReadEmbeddedInstance(const TSchemaUnit& unit, const Mof::
   if (found && expected && found != expected && !found->DescendsFrom(*expected)) {
     const std::string name = log_.Hides(expected->Location().file) ? "that class" : SingleQuoted(expected->Name());
     log_.Error(unit.Place(syntax.className), "found an instance of " + unit.Quoted(syntax.className) +
-                                                 ", expected one of " + name + " or of a class below it");
+                                                 ", expected one of " + name + " or of a subclass");
   }
   BuildOne(unit, syntax);
 }

@@ -33,7 +33,7 @@ std::string TEmbeddedText::TakeText(const Mof::TLiteral& literal) {
 void TEmbeddedText::ReplaceBadBytes(TSchemaLog& log) {
   const std::size_t first = Mof::FindBadByte(source_.Text(), 0);
   if (first == source_.Text().size()) return;
-  log.Error(Place(static_cast<std::uint32_t>(first)), "found the character with the code 0 in an embedded text");
+  log.Error(Place(static_cast<std::uint32_t>(first)), "found a NUL character in an embedded string");
   for (std::size_t bad = first; bad < source_.Text().size(); bad = Mof::FindBadByte(source_.Text(), bad + 1)) {
     source_.Data()[bad] = '?';
   }

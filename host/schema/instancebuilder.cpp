@@ -34,7 +34,7 @@ void TInstanceBuilder::NoteAlias(const TSchemaUnit& unit, const Mof::TInstanceSy
   if (syntax.alias.begin == syntax.alias.end) return;
   if (!unit.source->IsHidden()) aliasNames_.push_back(unit.Text(syntax.alias));
   if (!aliases_.emplace(unit.Text(syntax.alias), namespace_.FindClass(unit.Text(syntax.className))).second) {
-    log_.Error(unit.Place(syntax.alias), "the alias " + unit.Quoted(syntax.alias) + " is declared a second time");
+    log_.Error(unit.Place(syntax.alias), "the alias " + unit.Quoted(syntax.alias) + " is already declared");
   }
 }
 
@@ -49,7 +49,7 @@ boost::shared_ptr<TInstance> TInstanceBuilder::BuildOne(const TSchemaUnit& unit,
   const auto abstract = cimClass->Qualifiers().Find("Abstract");
   if (abstract && IsTrue(abstract->GetValue())) {
     log_.Error(unit.Place(syntax.className),
-               "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that has instances");
+               "the class " + unit.Quoted(syntax.className) + " is abstract, expected one that can have instances");
   }
   if (!HasRoom(unit, syntax, cimClass->Properties().size())) return {};
   auto instance = boost::dynamic_pointer_cast<TInstance>(cimClass->CreateInstance(kNoContext));
@@ -106,7 +106,7 @@ void TInstanceBuilder::ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan
              "the class " + SingleQuoted(cimClass.Name()) + " has no property " + unit.Quoted(name) + hint.Text());
 }
 
-// An alias must name an instance of the reference's class or of a class below it.
+// An alias must name an instance of the reference's class or of a subclass.
 void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
   const auto alias = aliases_.find(use.name);
   if (alias == aliases_.end()) {
@@ -124,7 +124,7 @@ void TInstanceBuilder::CheckAlias(const TAliasUse& use) {
     return log_.Hides(cimClass.Location().file) ? std::string("another class") : SingleQuoted(cimClass.Name());
   };
   log_.Error(use.place, "the alias " + Mof::Quoted(use.name) + " is an instance of " + nameOf(*found) +
-                            ", expected one of " + nameOf(*expected) + " or of a class below it");
+                            ", expected one of " + nameOf(*expected) + " or of a subclass");
 }
 
 }  // namespace velhost

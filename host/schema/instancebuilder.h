@@ -42,7 +42,7 @@ class TInstanceBuilder {
   bool HasRoom(const TSchemaUnit& unit, const Mof::TInstanceSyntax& syntax, std::size_t properties);
   void Assign(const TSchemaUnit& unit, const Mof::TAssignment& assignment, TInstance& instance);
   void ReportUnknownProperty(const TSchemaUnit& unit, Mof::TSpan name, const TCIMClass& cimClass);
-  /// Checks that the alias is declared for an instance of the reference's class or of a class below it.
+  /// Checks that the alias is declared for an instance of the reference's class or of a subclass.
   void CheckAlias(const TAliasUse& use);
 
   /// Checks the strings of a value that must hold MOF according to the property's qualifiers: each must be one

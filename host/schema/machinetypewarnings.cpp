@@ -131,7 +131,7 @@ void TMachineTypeWarnings::WarnOfHidingClasses(const TCIMClass& cimClass, const 
     const std::string other = findings_.MayQuote(delegate.Location()) ? Named(delegate) : "another class";
     findings_.Warning(qualifier.Location(), Named(cimClass) + " is hidden for the machine type " +
                                                 SingleQuoted(machineType) + " by " + other +
-                                                ", which is declared before it, expected one class below " +
+                                                ", which is declared before it, expected one subclass of " +
                                                 SingleQuoted(hiding->Base().Name()) + " for each machine type");
   }
 }

@@ -26,7 +26,7 @@ std::string TypeOf(const TSchemaUnit& unit, const Mof::TFeature& feature) {
 
 // " A as in the class B, whose method it overrides"
 std::string AsIn(const TMethod& overridden, const std::string& what) {
-  if (overridden.unit.source->IsHidden()) return " what the method that it overrides has";
+  if (overridden.unit.source->IsHidden()) return " the same as in the method that it overrides";
   return " " + what + " as in the class " + Mof::Quoted(overridden.declaringClass) + ", whose method it overrides";
 }
 

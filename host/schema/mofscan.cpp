@@ -19,9 +19,9 @@ TSpan Inner(TSpan span, std::uint32_t closing) { return {span.begin + 1, span.en
 // What a character that begins no token may have been intended to begin.
 const char* ExpectedFor(char c) {
   switch (c) {
-    case '$': return "a name behind it";
+    case '$': return "a name after it";
     case '+':
-    case '-': return "a digit behind it";
+    case '-': return "a digit after it";
     case '/': return "a comment, // or /*";
     default: return "a name, a value, a comment or punctuation";
   }
@@ -42,7 +42,7 @@ void TScan::Charge(std::uint32_t offset, std::size_t bytes) {
   const bool isFirst = total - bytes <= limits_.memory;
   if (isFirst) {
     Stop(offset, "the schema takes more than " + std::to_string(limits_.memory) +
-                     " bytes of memory, estimated from what it declares");
+                     " bytes of memory (estimated from its declarations)");
   }
   stopped_ = true;
 }
@@ -89,7 +89,7 @@ int TScan::String(TSpan& span, TSemantic& value) {
   const TSpan content = {span.end, end};
   span.end = closed ? end + 1 : end;
   if (TooLong(span)) return TToken::END;
-  if (!closed) Error(span.begin, "the string that starts here has no end on its line, expected '\"'");
+  if (!closed) Error(span.begin, "the string that starts here is not closed on its line, expected '\"'");
   value.literal = {ELiteral::kString, span, OnePiece(content, escaped)};
   return TToken::STRING;
 }
@@ -148,8 +148,8 @@ int TScan::Character(TSpan span, TSemantic& value) {
     Error(span.begin,
           "found " + std::string(Text(span).substr(0, kShown)) + ", expected one character between the quotes");
   } else if (taken.code > 0xFFFF) {
-    Error(span.begin,
-          "found " + std::string(Text(span)) + ", expected a character up to U+FFFF, which is what a char16 holds");
+    Error(span.begin, "found " + std::string(Text(span)) +
+                          ", expected a character up to U+FFFF, the largest that a char16 can hold");
   } else {
     value.literal.kind = ELiteral::kChar;
   }
@@ -158,7 +158,7 @@ int TScan::Character(TSpan span, TSemantic& value) {
 
 int TScan::OpenCharacter(TSpan span, TSemantic& value) {
   if (TooLong(span)) return TToken::END;
-  Error(span.begin, "the character that starts here has no end on its line, expected \"'\"");
+  Error(span.begin, "the character that starts here is not closed on its line, expected \"'\"");
   value.literal = {ELiteral::kBad, span, {0, 0}};
   return TToken::CHARACTER;
 }
@@ -207,7 +207,7 @@ void TScan::BadCharacter(TSpan span) {
   const auto code = static_cast<unsigned char>(text[0]);
   const bool isControl = code < 0x20 || code == 0x7F;
   const std::string found =
-      isControl ? "a control character with the code " + std::to_string(code) : "the stray character " + Quoted(text);
+      isControl ? "a control character with code " + std::to_string(code) : "the stray character " + Quoted(text);
   Error(span.begin, "found " + found + ", expected " + ExpectedFor(text[0]));
 }
 

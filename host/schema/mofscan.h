@@ -56,7 +56,7 @@ class TScan {
   /// texts.
   std::string OpenBracket() const;
   /// "the end of the file"
-  std::string NameOfEnd() const { return unit_.embedding ? "the end of the embedded text" : "the end of the file"; }
+  std::string NameOfEnd() const { return unit_.embedding ? "the end of the embedded string" : "the end of the file"; }
   /// The latest identifier that ends before `offset`.
   TSpan WordBefore(std::uint32_t offset) const { return words_[1].end <= offset ? words_[1] : words_[0]; }
 

@@ -37,7 +37,7 @@ std::uint32_t TScan::JoinFlavors(std::uint32_t flavors, std::uint32_t flavor, TS
   const std::uint32_t both = flavors | flavor;
   const bool override = (both & kOverride) == kOverride;
   if (!override && (both & kPropagation) != kPropagation) return both;
-  Error(word.begin, "found " + Quoted(Text(word)) + " beside its opposite, expected " +
+  Error(word.begin, "found " + Quoted(Text(word)) + " together with its opposite, expected " +
                         (override ? "EnableOverride or DisableOverride" : "ToSubclass or Restricted"));
   return flavors;
 }

@@ -40,8 +40,8 @@ void TClassBuilder::CheckOverrideName(const TEntry& entry, const Mof::TFeature& 
   const std::string subject = std::string("the ") + KindOf(feature.isMethod) + " " + unit.Quoted(feature.name);
   std::string problem;
   if (!EqualNames(name, unit.Text(feature.name))) {
-    problem = " has an Override of " + Mof::Quoted(name) + ", expected one of " + unit.Quoted(feature.name) +
-              ", since only an element of the same name can be overridden";
+    problem = " overrides " + Mof::Quoted(name) + ", expected " + unit.Quoted(feature.name) +
+              "; only an element of the same name can be overridden";
   } else if (above == nullptr) {
     problem = " overrides nothing: the class " + unit.Quoted(entry.syntax->name) + " has no superclass";
   } else {
@@ -60,7 +60,7 @@ std::string TClassBuilder::OverrideProblem(bool isMethod, std::string_view name,
     while (from != nullptr && !EqualNames(from->unit.Text(from->syntax->name), className)) {
       from = from->above;
     }
-    if (from == nullptr) return " overrides nothing: no superclass is called " + Mof::Quoted(className);
+    if (from == nullptr) return " overrides nothing: no superclass is named " + Mof::Quoted(className);
   }
   if (Exposes(*from, isMethod, name)) return {};
   const std::string owner = from->unit.Quoted(from->syntax->name);

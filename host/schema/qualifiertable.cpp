@@ -89,9 +89,8 @@ void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSynt
   const auto [known, isNew] = declared_.emplace(declared.name, declared);
   if (isNew) return;
   const TSourceLocation first = known->second.unit.Locate(known->second.place);
-  log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) +
-                                          " is declared a second time, first in " + first.file + ":" +
-                                          std::to_string(first.line));
+  log_.Error(unit.Place(syntax.name), "the qualifier " + unit.Quoted(syntax.name) + " is already declared in " +
+                                          first.file + ":" + std::to_string(first.line));
 }
 
 std::vector<const TDeclaredQualifier*> TQualifierTable::Declared() const {
@@ -118,7 +117,7 @@ const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TS
 bool TQualifierTable::HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use,
                                const TDeclaredQualifier& declared, std::uint32_t scope) {
   if (scope == 0 || (declared.scope & scope) != 0) return true;
-  log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " stands on an element of the kind " +
+  log_.Error(unit.Place(use.name), "the qualifier " + unit.Quoted(use.name) + " is on an element of kind " +
                                        ScopeNames(scope) + ", expected " + ScopeNames(declared.scope));
   return false;
 }
@@ -147,7 +146,7 @@ bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifier
   if (!overridden || !IsFixed(overridden->Flavor()) || SameValue(*overridden, definition)) return true;
   std::string problem;
   if (log_.Hides(overridden->Location().file) || declared.unit.source->IsHidden()) {
-    problem = " has another value than the inherited one";
+    problem = " has a value other than the inherited one";
   } else if (log_.Shows()) {
     problem =
         " has the value " + Shown(definition.value) + ", expected the inherited value " + Shown(overridden->GetValue());
@@ -172,7 +171,7 @@ std::vector<TQualifierDefinition> TQualifierTable::Resolve(const TSchemaUnit& un
     const std::string_view name = unit.Text(use->name);
     const auto same = [&](const Mof::TQualifierUse& other) { return EqualNames(unit.Text(other.name), name); };
     if (std::any_of(first, use, same)) {
-      log_.Error(unit.Place(use->name), "the qualifier " + unit.Quoted(use->name) + " stands on the element twice");
+      log_.Error(unit.Place(use->name), "the qualifier " + unit.Quoted(use->name) + " is given twice for one element");
       continue;
     }
     const TDeclaredQualifier* declared = Find(unit, use->name);

@@ -38,7 +38,7 @@ std::vector<std::string> FilesOf(const std::string& folder) {
     throw THostError(error.code() == std::errc::permission_denied ? EFailure::kDenied : EFailure::kAbsent,
                      "cannot read the folder " + SafeText(folder) + ": " + error.code().message());
   }
-  if (files.empty()) throw THostError(EFailure::kAbsent, "the folder " + SafeText(folder) + " holds no .mof file");
+  if (files.empty()) throw THostError(EFailure::kAbsent, "the folder " + SafeText(folder) + " contains no .mof files");
   std::sort(files.begin(), files.end());
   return files;
 }
@@ -209,7 +209,7 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
   const bool known = EqualNames(name, "include") || EqualNames(name, "locale") || EqualNames(name, "instancelocale") ||
                      EqualNames(name, "namespace");
   if (!known) {
-    log_.Warning(unit.Place(pragma.name), "the pragma " + unit.Quoted(pragma.name) + " is not known and has no effect");
+    log_.Warning(unit.Place(pragma.name), "the pragma " + unit.Quoted(pragma.name) + " is unknown and has no effect");
   } else if (EqualNames(name, "include")) {
     Include(unit, pragma, depth);
   } else if (EqualNames(name, "namespace")) {
@@ -217,8 +217,7 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
     if (namespacePath_.empty() && !unit.source->IsHidden()) namespacePath_ = path;
     if (!namespacePath_.empty() && !EqualNames(namespacePath_, path)) {
       log_.Warning(unit.Place(pragma.parameter.span), "found a second namespace: the classes of \"" + path +
-                                                          "\" are read into one with those of \"" + namespacePath_ +
-                                                          "\"");
+                                                          "\" are merged with those of \"" + namespacePath_ + "\"");
     }
   }
 }
@@ -226,7 +225,7 @@ void TLoader::Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, 
 void TLoader::Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth) {
   const TIncluder includer{unit.Place(pragma.parameter.span), depth + 1};
   if (depth >= limits_.includeDepth) {
-    log_.Error(includer.place, "files include each other more than " + std::to_string(limits_.includeDepth) + " deep");
+    log_.Error(includer.place, "files are included more than " + std::to_string(limits_.includeDepth) + " levels deep");
     return;
   }
   const fs::path target = fs::path(unit.source->Name()).parent_path() / StringOf(unit, pragma.parameter);

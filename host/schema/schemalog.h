@@ -69,7 +69,7 @@ inline constexpr std::uint32_t kWholeFile = 0xFFFFFFFF;
 /// depend on the text, and stays.
 std::string HiddenSyntaxMessage(const std::string& message);
 inline constexpr const char* kHiddenMessage =
-    "something is wrong here that is not shown, because the file is outside the folders of the schema";
+    "there is a problem here that is not shown, because the file is outside the folders of the schema";
 
 /// Messages are cut to this length, because they may quote long names and texts.
 inline constexpr std::size_t kLongestMessage = 2000;

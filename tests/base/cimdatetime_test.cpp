@@ -16,12 +16,13 @@ TEST(CimDateTime, AcceptsPointsInTimeAndIntervals) {
 }
 
 TEST(CimDateTime, SaysWhichCharacterIsWrong) {
-  EXPECT_EQ(CimDateTimeProblem("2024123123595a.000000+000"), "found 'a' in place 14 of the datetime, expected a digit");
-  EXPECT_EQ(CimDateTimeProblem("20241231235958,000000+000"), "found ',' in place 15 of the datetime, expected '.'");
+  EXPECT_EQ(CimDateTimeProblem("2024123123595a.000000+000"),
+            "found 'a' at position 14 of the datetime, expected a digit");
+  EXPECT_EQ(CimDateTimeProblem("20241231235958,000000+000"), "found ',' at position 15 of the datetime, expected '.'");
   EXPECT_EQ(CimDateTimeProblem("20241231235958.000000 000"),
-            "found ' ' in place 22 of the datetime, expected '+', '-' or ':'");
+            "found ' ' at position 22 of the datetime, expected '+', '-' or ':'");
   EXPECT_EQ(CimDateTimeProblem("20241231235958.000000+\n00"),
-            "found another character in place 23 of the datetime, expected a digit");
+            "found another character at position 23 of the datetime, expected a digit");
 }
 
 TEST(CimDateTime, SaysWhichFieldIsOutOfRange) {
@@ -32,14 +33,14 @@ TEST(CimDateTime, SaysWhichFieldIsOutOfRange) {
             "found the minute '60' in the datetime, expected 00 to 59");
   EXPECT_EQ(CimDateTimeProblem("20241231235960.000000+000"),
             "found the second '60' in the datetime, expected 00 to 59");
-  EXPECT_EQ(CimDateTimeProblem("00000001000000.000000:001"), "found '001' behind ':', expected '000'");
+  EXPECT_EQ(CimDateTimeProblem("00000001000000.000000:001"), "found '001' after ':', expected '000'");
 }
 
 TEST(CimDateTime, RequiresAsterisksToBeginWithAField) {
   for (const std::string text : {"2*241231235958.000000+000", "20241231******.000000+000", "0000**********.******:000",
                                  "****1231235958.000000+000"}) {
     EXPECT_EQ(CimDateTimeProblem(text), "found '" + text +
-                                            "', expected asterisks from the start of a field on up to place 21 of the "
+                                            "', expected asterisks from the start of a field up to position 21 of the "
                                             "datetime");
   }
 }
@@ -48,7 +49,7 @@ TEST(CimDateTime, HasTwentyFiveCharacters) {
   const std::string text = "20241231235958.000000+000";
   for (std::size_t size = 0; size < text.size(); ++size) EXPECT_FALSE(IsCimDateTime(text.substr(0, size))) << size;
   EXPECT_EQ(CimDateTimeProblem(text + "0"),
-            "found 26 characters, expected a datetime of 25, \"yyyymmddhhmmss.mmmmmmsutc\" or "
+            "found 26 characters, expected a datetime of 25 characters, \"yyyymmddhhmmss.mmmmmmsutc\" or "
             "\"ddddddddhhmmss.mmmmmm:000\"");
 }
 

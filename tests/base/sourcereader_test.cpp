@@ -122,7 +122,7 @@ TEST_F(FileReader, AFolderIsNotAnInput) {
 // Must not wait for a writer, which never comes.
 TEST_F(FileReader, APipeIsNotAnInput) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
-  ExpectHostError(EFailure::kAbsent, "cannot read " + Path("pipe") + ": not a file",
+  ExpectHostError(EFailure::kAbsent, "cannot read " + Path("pipe") + ": not a regular file",
                   [this] { reader_.Read(Path("pipe"), 10); });
 }
 
@@ -162,7 +162,7 @@ TEST_F(FileReader, APipeEndsEvenIfItIsOpenedAgainAfterItsWriter) {
 TEST_F(FileReader, WaitingForAPipeThatNobodyWritesToEnds) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   TFileReader reader({Path("pipe")}, std::chrono::milliseconds(1));
-  const std::string message = "cannot read " + Path("pipe") + ": a pipe that nobody writes to";
+  const std::string message = "cannot read " + Path("pipe") + ": nothing was written to the pipe";
   ExpectHostError(EFailure::kAbsent, message, [&] { reader.Read(Path("pipe"), 4); });
   const int silent = open(Path("pipe").c_str(), O_RDWR);
   ExpectHostError(EFailure::kAbsent, message, [&] { reader.Read(Path("pipe"), 4); });
@@ -199,7 +199,8 @@ TEST_F(FileReader, AStopEndsTheWaitForAPipe) {
 }
 
 TEST_F(FileReader, ADeviceIsNotAnInput) {
-  ExpectHostError(EFailure::kAbsent, "cannot read /dev/zero: not a file", [this] { reader_.Read("/dev/zero", 10); });
+  ExpectHostError(EFailure::kAbsent, "cannot read /dev/zero: not a regular file",
+                  [this] { reader_.Read("/dev/zero", 10); });
 }
 
 // Root may read everything, so this runs as another user, in a separate process.

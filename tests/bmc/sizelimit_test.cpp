@@ -82,13 +82,11 @@ TEST_F(SizeLimit, CountsTheAreasOfARequestTogether) {
   ExpectNoAnswer(Ask(2));
   EXPECT_TRUE(Ask(3).answered);
   ExpectNoAnswer(Ask(3));
-  EXPECT_EQ(
-      Limit().TakeRefusals(),
-      (std::vector<std::string>{
-          "node 0, storage area a2 reports 2 bytes, with those before it over the limit of 40 MiB for one request: "
-          "not read",
-          "node 0, storage area a3 reports 1 bytes, with those before it over the limit of 40 MiB for one request: "
-          "not read"}));
+  EXPECT_EQ(Limit().TakeRefusals(),
+            (std::vector<std::string>{"node 0, storage area a2 reports 2 bytes, which with those before it exceeds the "
+                                      "limit of 40 MiB for one request: not read",
+                                      "node 0, storage area a3 reports 1 bytes, which with those before it exceeds the "
+                                      "limit of 40 MiB for one request: not read"}));
   Limit().BeginRequest();
   EXPECT_TRUE(Ask(0).answered);
 }

@@ -128,7 +128,7 @@ TEST(ReasonNotToServe, StorageAreaAnswersWithoutTheWholeManufacturerId) {
 TEST(ReasonNotToServe, NoDriver) {
   EXPECT_EQ(
       ReasonNotToServe(ServerFrom("machine_type = \"1\"\n[ipmi]\ndriver_present = false\n[[bmc_node]]\n"), 0).reason,
-      "with driver_present = false no IPMI exchange takes place");
+      "with driver_present = false, no IPMI exchange takes place");
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ def blocks_of(document):
             sys.exit("%s: a %s block in %s" % (document, kind, language))
         found.append((kind or "test", line_number(text, match.start()), body or hidden))
     if len(found) != len(MARKER.findall(text)):
-        sys.exit("%s: a marker without a block behind it" % document)
+        sys.exit("%s: a marker without a block after it" % document)
     return found
 
 

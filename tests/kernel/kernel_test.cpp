@@ -93,9 +93,9 @@ TEST(Driver, DeviceOfAnotherUserIsDenied) {
   TFileReader reader;
   const TSystemSmbios smbios = ReadSystemSmbios(reader);
   ASSERT_EQ(seteuid(0), 0);
-  EXPECT_EQ(
-      message,
-      "cannot open /dev/ipmi0: Permission denied\nRun velhost as root, or let this user read and write the device");
+  EXPECT_EQ(message,
+            "cannot open /dev/ipmi0: Permission denied\nRun velhost as root, or give this user read and write access "
+            "to the device");
   EXPECT_EQ(smbios.status, ESmbiosStatus::kDenied);
   EXPECT_EQ(smbios.machineType, "6203");
 }

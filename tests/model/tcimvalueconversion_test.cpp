@@ -76,7 +76,7 @@ TEST(CimValueConversion, ScalarsOfAnotherKindAreRefused) {
   ExpectMismatch("an integer is not a ref", [] { Integer(TType::kReference, 1); });
   ExpectMismatch("an integer is not a ", [] { Integer(TType::kNone, 1); });
   ExpectMismatch("a real number is not a uint8", [] { TCIMValue::FromReal(TType::kUint8, 1); });
-  ExpectMismatch("a text is not a uint8", [] { TCIMValue::FromText(TType::kUint8, "1"); });
+  ExpectMismatch("a string is not a uint8", [] { TCIMValue::FromText(TType::kUint8, "1"); });
 }
 
 TEST(CimValueConversion, TextsAreReadAsDecimalOrHexadecimalNumbers) {

@@ -300,14 +300,15 @@ TEST_F(RunBook, ALostServiceProcessorIsAReason) {
   book->AddReason(kBridgeTurn, EReason::kSessionLost);
   book->AddReason(kBridgeTurn, EReason::kRegisterUnread, 7);
   EXPECT_THAT(Close().reasons,
-              ElementsAre(Reason(EReason::kSessionLost, kBridge, 1, "the service processor was lost"),
+              ElementsAre(Reason(EReason::kSessionLost, kBridge, 1, "the connection to the service processor was lost"),
                           Reason(EReason::kRegisterUnread, kBridge, 7, "7 of 24 registers were not read")));
 }
 
 TEST_F(RunBook, AServiceProcessorLostBetweenTwoClassesIsAReasonOfTheRun) {
   book->CountInstance();
   book->AddReasonOfRun(EReason::kSessionLost);
-  EXPECT_THAT(Close().reasons, ElementsAre(Reason(EReason::kSessionLost, "", 1, "the service processor was lost")));
+  EXPECT_THAT(Close().reasons,
+              ElementsAre(Reason(EReason::kSessionLost, "", 1, "the connection to the service processor was lost")));
 }
 
 // --- runs that read nothing

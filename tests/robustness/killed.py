@@ -199,7 +199,7 @@ def main():
             killing.kill_one(("json", "jsonl")[number % 2], replaces=number // 2 % 2 == 1, is_late=number // 4 % 2 == 1)
         tried = killing.count_tried()
         print(f"{tried} kills, {killing.until_recorded * 1000:.0f} ms of recording and "
-              f"{killing.rest * 1000:.0f} ms behind it, seed {arguments.seed}: " +
+              f"{killing.rest * 1000:.0f} ms after it, seed {arguments.seed}: " +
               ", ".join(f"{count} {name}" for name, count in killing.counts.items()))
         killing.tally.expect(tried == arguments.kills, "not every kill was tried")
         killing.tally.expect(killing.counts["ended before"] < arguments.kills, "no run was killed")

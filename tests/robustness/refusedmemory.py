@@ -42,7 +42,7 @@ class Refusing:
         return self.folder.run(*COLLECT, LD_PRELOAD=REFUSING, TZ="UTC0", **variables)
 
     def refuse(self, nth, onward):
-        where = f"allocation {nth}{' and all behind it' if onward else ''}"
+        where = f"allocation {nth}{' and all after it' if onward else ''}"
         done = self.collect(REFUSE_NTH=str(nth), REFUSE_ONWARD="1" if onward else "0")
         self.statuses[done.returncode] += 1
         self.tally.expect(done.returncode in (COMPLETE, PARTIAL, INTERNAL),

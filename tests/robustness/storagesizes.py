@@ -120,8 +120,8 @@ def main():
         sizes.check_largest()
         if WHOLE:
             sizes.check([REST, LARGEST, 1], (3,), [REST, LARGEST],
-                        "node 0, storage area zyn_err reports 1 bytes, with those before it over the limit of 40 MiB "
-                        "for one request: not read")
+                        "node 0, storage area zyn_err reports 1 bytes, which with those before it exceeds the limit "
+                        "of 40 MiB for one request: not read")
         sizes.check_replay()
     tally.end()
 

@@ -48,7 +48,7 @@ TEST(AnnotatedMof, ColumnSeverityAndEveryWordMatter) {
 
 TEST(AnnotatedMof, FurtherFindingsOfALineAreBelowItInTheirOrder) {
   const std::string line = "// case: two\nclass TST_Fan-Tray {";
-  const std::string first = " error 14: found the stray character '-', expected a digit behind it\n";
+  const std::string first = " error 14: found the stray character '-', expected a digit after it\n";
   const std::string second = " error 15: found 'Tray', expected ':' or '{'\n";
   EXPECT_THAT(Judge(line + " //" + first + "//^" + second + "};\n"), IsEmpty());
   EXPECT_THAT(Judge(line + " //" + second + "//^" + first + "};\n"), ElementsAre("1: reported in another order"));
@@ -67,7 +67,7 @@ TEST(AnnotatedMof, ACaseMayHaveSeveralTexts) {
   const std::string text =
       "// case: a\nclass TST_A { };\n#pragma include (\"b.mof\")\n\n// included: b.mof\n\nclass TST_B : TST_C { };\n"
       "// also: c.mof\nclass TST_C { };\nclass TST_A { };";
-  EXPECT_THAT(Judge(text + " // error 7: the class 'TST_A' is declared a second time, first in a.mof:1\n"), IsEmpty());
+  EXPECT_THAT(Judge(text + " // error 7: the class 'TST_A' is already declared in a.mof:1\n"), IsEmpty());
   const TAnnotatedMof annotated = ParseAnnotatedMof(text);
   ASSERT_EQ(annotated.cases.at(0).texts.size(), 3U);
   EXPECT_EQ(annotated.cases[0].texts[0].text, "class TST_A { };\n#pragma include (\"b.mof\")\n");

@@ -47,7 +47,7 @@ TEST(CollectorNeeds, ShownWithTheSourceLine) {
   const auto findings = CheckCollectorNeeds(*schema.cimNamespace, "schema", schema.sources.get());
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_EQ(FormatDiagnostic(findings[0]),
-            "a.mof:15:7: error: the class 'J', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier "
+            "a.mof:15:7: error: the class 'J', a subclass of 'KROSG_MEMCTL_StatisticData', has no qualifier "
             "'MaxInstanceCount'\n"
             "  class J : KROSG_MEMCTL_StatisticData {};\n"
             "        ^\n");
@@ -61,28 +61,28 @@ TEST(CollectorNeeds, MissingClasses) {
   }
   EXPECT_EQ(
       text,
-      "my-schema: error: the class 'KROSG_PCIIOBRIDGE_StatisticData' is not declared, which every request starts from\n"
-      "my-schema: error: the class 'KROSG_MEMCTL_StatisticData' is not declared, which every request starts from\n"
-      "my-schema: error: the class 'KROSG_L3Cache_StatisticData' is not declared, which every request starts from\n"
-      "my-schema: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n");
+      "my-schema: error: the class 'KROSG_PCIIOBRIDGE_StatisticData' is not declared; every request starts from it\n"
+      "my-schema: error: the class 'KROSG_MEMCTL_StatisticData' is not declared; every request starts from it\n"
+      "my-schema: error: the class 'KROSG_L3Cache_StatisticData' is not declared; every request starts from it\n"
+      "my-schema: error: the class 'KROSG_DCAPFile', which holds the capture files, is not declared\n");
 }
 
 TEST(CollectorNeeds, QualifiersOfEverySubclass) {
   EXPECT_EQ(
       Needs("class J : KROSG_PCIIOBRIDGE_StatisticData {};\n"),
-      "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
-      "14:7 the class 'J', a class below 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'MaxInstanceCount'\n");
+      "14:7 the class 'J', a subclass of 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+      "14:7 the class 'J', a subclass of 'KROSG_PCIIOBRIDGE_StatisticData', has no qualifier 'MaxInstanceCount'\n");
   EXPECT_EQ(
       Needs("[SupportedMachineTypes{\"1\"}, MaxInstanceCount(1)] class J : KROSG_L3Cache_StatisticData {};\n"
             "class K : J {};"),
-      "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
-      "15:7 the class 'K', a class below 'KROSG_L3Cache_StatisticData', has no qualifier 'MaxInstanceCount'\n")
+      "15:7 the class 'K', a subclass of 'KROSG_L3Cache_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+      "15:7 the class 'K', a subclass of 'KROSG_L3Cache_StatisticData', has no qualifier 'MaxInstanceCount'\n")
       << "both are Restricted, so that the grandchild has none";
   EXPECT_EQ(Needs("[SupportedMachineTypes{\"1\"} : ToSubclass, MaxInstanceCount(1) : ToSubclass]\n"
                   "class J : KROSG_L3Cache_StatisticData {}; [SupportedMachineTypes{\"2\"}] class K : J {};\n"
                   "[MaxInstanceCount(2)] class L : J {};"),
             "14:2 warning: the class 'L' is hidden for the machine type '1' by the class 'J', which is declared before "
-            "it, expected one class below 'KROSG_L3Cache_StatisticData' for each machine type\n")
+            "it, expected one subclass of 'KROSG_L3Cache_StatisticData' for each machine type\n")
       << "either is inherited";
 }
 
@@ -155,8 +155,8 @@ TEST(CollectorNeeds, IdentificationPropertiesAreNotRegisters) {
             kGood + "] class KROSG_VO_MEMCTL_StatisticData : Q {};"),
       "");
   EXPECT_EQ(Needs("class Q : KROSG_MEMCTL_StatisticData { };"),
-            "14:7 the class 'Q', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
-            "14:7 the class 'Q', a class below 'KROSG_MEMCTL_StatisticData', has no qualifier 'MaxInstanceCount'\n");
+            "14:7 the class 'Q', a subclass of 'KROSG_MEMCTL_StatisticData', has no qualifier 'SupportedMachineTypes'\n"
+            "14:7 the class 'Q', a subclass of 'KROSG_MEMCTL_StatisticData', has no qualifier 'MaxInstanceCount'\n");
 }
 
 TEST(CollectorNeeds, ElementNameIsARegisterOfTheBlock) {
@@ -217,18 +217,16 @@ TEST(CollectorNeeds, PropertiesOfTheCaptureClass) {
 }
 
 TEST(CollectorNeeds, OverridingPropertyThatIsNotRead) {
-  EXPECT_EQ(
-      Jfr(kGood, "[Index(9)] string Status;"),
-      "16:19 warning: the property 'Status' is not read for the class 'J': it overrides one of the class 'Root', and "
-      "only what the class or its superclass declares first is a register\n");
+  EXPECT_EQ(Jfr(kGood, "[Index(9)] string Status;"),
+            "16:19 warning: the property 'Status' is not read for the class 'J': it overrides a property of the class "
+            "'Root'; only properties that the class or its superclass introduces are registers\n");
   EXPECT_EQ(
       R8(kGood, "[Offset{9}, MaxLen(8)] string Status;"),
       "16:31 warning: the property 'Status' is not read for the class 'KROSG_VO_MEMCTL_StatisticData': it overrides "
-      "one of the class 'Root', and only what the class or its superclass declares first is a register\n");
-  EXPECT_EQ(
-      Jfr(kGood, "string Status; [Index(9)] string ElementName;"),
-      "16:34 warning: the property 'ElementName' is not read for the class 'J': it overrides one of the class 'Root', "
-      "and only what the class or its superclass declares first is a register\n")
+      "a property of the class 'Root'; only properties that the class or its superclass introduces are registers\n");
+  EXPECT_EQ(Jfr(kGood, "string Status; [Index(9)] string ElementName;"),
+            "16:34 warning: the property 'ElementName' is not read for the class 'J': it overrides a property of the "
+            "class 'Root'; only properties that the class or its superclass introduces are registers\n")
       << "without a register's qualifier it is no surprise";
   EXPECT_EQ(Jfr(kGood, "[Index(9)] string InstanceID; [Index(10)] uint8 Common[];"), "")
       << "skipped by name, and read: its origin is the direct superclass";

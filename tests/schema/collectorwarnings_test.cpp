@@ -21,7 +21,7 @@ std::string Findings(const std::string& text, const std::string& base = kCollect
 }
 
 const std::string kExpectedName =
-    ", expected one of the R8 classes, a class below a JFR base class, or the direct superclass of such a class";
+    ", expected one of the R8 classes, a subclass of a JFR base class, or the direct superclass of such a class";
 
 TEST(UnreadClass, HasRegistersAndIsOnNoPath) {
   EXPECT_EQ(Findings("[SupportedMachineTypes{\"6203\"},\n"
@@ -69,9 +69,9 @@ TEST(HiddenClass, OfEachMachineTypeThatAnEarlierClassServes) {
                      "   SupportedMachineTypes{\"6204/6205/6203\", \"6203\"}]\n"
                      "class J2 : KROSG_MEMCTL_StatisticData {};\n"),
             "a.mof:4:4: warning: the class 'J2' is hidden for the machine type '6203' by the class 'J1', which is "
-            "declared before it, expected one class below 'KROSG_MEMCTL_StatisticData' for each machine type\n"
+            "declared before it, expected one subclass of 'KROSG_MEMCTL_StatisticData' for each machine type\n"
             "a.mof:4:4: warning: the class 'J2' is hidden for the machine type '6204' by the class 'J1', which is "
-            "declared before it, expected one class below 'KROSG_MEMCTL_StatisticData' for each machine type\n");
+            "declared before it, expected one subclass of 'KROSG_MEMCTL_StatisticData' for each machine type\n");
 }
 
 TEST(HiddenClass, AlsoByAMachineTypeThatIsPartOfALongerNumber) {
@@ -80,7 +80,7 @@ TEST(HiddenClass, AlsoByAMachineTypeThatIsPartOfALongerNumber) {
                      "[SupportedMachineTypes{\"6203\"}, MaxInstanceCount(1)]\n"
                      "class J2 : KROSG_L3Cache_StatisticData {};\n"),
             "a.mof:3:2: warning: the class 'J2' is hidden for the machine type '6203' by the class 'J1', which is "
-            "declared before it, expected one class below 'KROSG_L3Cache_StatisticData' for each machine type\n");
+            "declared before it, expected one subclass of 'KROSG_L3Cache_StatisticData' for each machine type\n");
 }
 
 TEST(HiddenClass, OfAMachineTypeWithoutFourDigitsIsTheWholeElement) {
@@ -89,7 +89,7 @@ TEST(HiddenClass, OfAMachineTypeWithoutFourDigitsIsTheWholeElement) {
                      "[SupportedMachineTypes{\"model B\", \"model C\"}, MaxInstanceCount(1)]\n"
                      "class J2 : KROSG_L3Cache_StatisticData {};\n"),
             "a.mof:3:2: warning: the class 'J2' is hidden for the machine type 'model B' by the class 'J1', which is "
-            "declared before it, expected one class below 'KROSG_L3Cache_StatisticData' for each machine type\n");
+            "declared before it, expected one subclass of 'KROSG_L3Cache_StatisticData' for each machine type\n");
 }
 
 TEST(HiddenClass, IsNotOneBelowAnotherBaseClassOrAfterIt) {

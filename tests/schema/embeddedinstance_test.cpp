@@ -20,7 +20,7 @@ TEST(EmbeddedInstance, OfItsClassOrOneBelow) {
   EXPECT_EQ(Assign(R"(i = "instance of b { N = 1; s = \"x\"; };";)"), "");
   EXPECT_EQ(Assign(R"(i = NULL; l = { "instance of A {};", NULL }; t = "any text";)"), "");
   EXPECT_EQ(Assign(R"(i = "instance of C {};";)"),
-            "3:18 found an instance of 'C', expected one of 'A' or of a class below it\n");
+            "3:18 found an instance of 'C', expected one of 'A' or of a subclass\n");
   EXPECT_EQ(Assign(R"(i = "instance of X {};";)"), "3:18 the class 'X' is not declared\n");
 }
 
@@ -32,12 +32,12 @@ TEST(EmbeddedInstance, ValuesAreChecked) {
 
 TEST(EmbeddedInstance, SyntaxErrors) {
   EXPECT_EQ(Assign(R"(i = "instance of A { n 1; };";)"), "3:24 found '1', expected '='\n");
-  EXPECT_EQ(Assign(R"(i = "instance of A { n = 1; }";)"), "3:30 found the end of the embedded text, expected ';'\n");
-  EXPECT_EQ(
-      Assign(R"(i = "hello";)"),
-      "3:6 found 'hello', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the embedded text\n");
-  EXPECT_EQ(Assign(R"(i = "";)"), "3:5 found an empty text, expected an instance of 'A'\n");
-  EXPECT_EQ(Assign(R"(o = "// nothing";)"), "3:5 found an empty text, expected an instance or a class\n");
+  EXPECT_EQ(Assign(R"(i = "instance of A { n = 1; }";)"), "3:30 found the end of the embedded string, expected ';'\n");
+  EXPECT_EQ(Assign(R"(i = "hello";)"),
+            "3:6 found 'hello', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the embedded "
+            "string\n");
+  EXPECT_EQ(Assign(R"(i = "";)"), "3:5 found an empty string, expected an instance of 'A'\n");
+  EXPECT_EQ(Assign(R"(o = "// nothing";)"), "3:5 found an empty string, expected an instance or a class\n");
 }
 
 TEST(EmbeddedInstance, PlacesAfterEscapesAndInLaterLiterals) {
@@ -66,12 +66,12 @@ TEST(EmbeddedInstance, InAnEmbeddedInstance) {
 
 TEST(EmbeddedInstance, IsOneDeclaration) {
   EXPECT_EQ(Assign(R"(i = "instance of A {}; instance of A {};";)"),
-            "3:36 found a second declaration in an embedded text\n");
-  EXPECT_EQ(Assign(R"(i = "class D {};";)"), "3:12 found a class in an embedded text, expected an instance of 'A'\n");
+            "3:36 found a second declaration in an embedded string\n");
+  EXPECT_EQ(Assign(R"(i = "class D {};";)"), "3:12 found a class in an embedded string, expected an instance of 'A'\n");
   EXPECT_EQ(Assign(R"~(i = "#pragma include(\"a.mof\")";)~"),
-            "3:14 found a pragma in an embedded text, expected an instance of 'A'\n");
+            "3:14 found a pragma in an embedded string, expected an instance of 'A'\n");
   EXPECT_EQ(Assign(R"(o = "qualifier Q : string, scope(any);";)"),
-            "3:16 found a qualifier declaration in an embedded text, expected an instance or a class\n");
+            "3:16 found a qualifier declaration in an embedded string, expected an instance or a class\n");
 }
 
 TEST(EmbeddedObject, IsAnInstanceOrAClass) {
@@ -83,7 +83,7 @@ TEST(EmbeddedObject, IsAnInstanceOrAClass) {
 
 TEST(EmbeddedObject, NulIsNotAllowed) {
   EXPECT_EQ(Assign(R"(o = "instance of C \x0 {};";)"),
-            "3:20 found the character with the code 0 in an embedded text\n3:20 found the stray character '?', "
+            "3:20 found a NUL character in an embedded string\n3:20 found the stray character '?', "
             "expected a name, a value, a comment or punctuation\n");
 }
 
@@ -96,16 +96,16 @@ TEST(EmbeddedInstance, DefaultOfAProperty) {
             "2:67 found '-5', expected a uint8 from 0 to 255\n");
   EXPECT_EQ(
       defaults("class H { [EmbeddedInstance(\"A\")] string i; };\nclass I : H { string i = \"x\"; };"),
-      "3:27 found 'x', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the embedded text\n")
+      "3:27 found 'x', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the embedded string\n")
       << "the qualifier is inherited";
 }
 
 TEST(EmbeddedInstance, QualifierRequiresAString) {
   EXPECT_EQ(Assign("t = \"\";\n}; class W { [EmbeddedInstance(\"A\")] uint8 x; [EmbeddedObject] uint8 M(\n"
                    "[EmbeddedObject] A REF r, [EmbeddedObject] string s[]);"),
-            "4:15 the qualifier 'EmbeddedInstance' stands on an element of the type uint8, expected string\n"
-            "4:48 the qualifier 'EmbeddedObject' stands on an element of the type uint8, expected string\n"
-            "5:2 the qualifier 'EmbeddedObject' stands on an element of the type reference, expected string\n");
+            "4:15 the qualifier 'EmbeddedInstance' is on an element of type uint8, expected string\n"
+            "4:48 the qualifier 'EmbeddedObject' is on an element of type uint8, expected string\n"
+            "5:2 the qualifier 'EmbeddedObject' is on an element of type reference, expected string\n");
 }
 
 }  // namespace

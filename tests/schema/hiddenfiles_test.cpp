@@ -14,7 +14,7 @@ namespace tests {
 namespace {
 
 const std::string kNotShown =
-    "something is wrong here that is not shown, because the file is outside the folders of the schema\n";
+    "there is a problem here that is not shown, because the file is outside the folders of the schema\n";
 
 class TOutside {
  public:
@@ -77,7 +77,7 @@ TEST(HiddenFiles, ValuesInThemAreNotQuotedByLaterErrors) {
   const std::string inside = "class B : A { [Q(\"mine\")] string p; };";
   const std::string declared = "qualifier Q : string = \"hunter1\", scope(any), flavor(disableoverride, tosubclass);\n";
   const std::string expected =
-      "in/a.mof:2:16: error: the qualifier 'Q' has another value than the inherited one, which has the flavor "
+      "in/a.mof:2:16: error: the qualifier 'Q' has a value other than the inherited one, which has the flavor "
       "DisableOverride\n  class B : A { [Q(\"mine\")] string p; };\n                 ^\n";
   EXPECT_EQ(TOutside(declared + "class A { [Q(\"hunter2\")] string p; };", inside).Shown(), expected);
   EXPECT_EQ(TOutside(declared + "class A { [Q] string p; };", inside).Shown(), expected);
@@ -89,9 +89,10 @@ TEST(HiddenFiles, TypesInThemAreNotQuotedByLaterErrors) {
             "overrides\n  class B : A { string p; };\n                       ^\n"
             "secret:1:28: warning: " +
                 kNotShown);
-  EXPECT_EQ(TOutside("class A { uint8 m(); };", "class B : A { string m(); };").Shown(),
-            "in/a.mof:2:15: warning: the method 'm' returns string, expected what the method that it overrides has\n"
-            "  class B : A { string m(); };\n                ^\n");
+  EXPECT_EQ(
+      TOutside("class A { uint8 m(); };", "class B : A { string m(); };").Shown(),
+      "in/a.mof:2:15: warning: the method 'm' returns string, expected the same as in the method that it overrides\n"
+      "  class B : A { string m(); };\n                ^\n");
 }
 
 TEST(HiddenFiles, TextThatIsNotMofGivesNoClasses) {

@@ -70,24 +70,24 @@ TEST(MofErrors, UnknownTypeIsNamed) {
 
 TEST(MofErrors, UnterminatedString) {
   EXPECT_EQ(Shown(ReadText("class A {\n  string a = \"abc;\n  string b;\n};")),
-            "a.mof:2:14: error: the string that starts here has no end on its line, expected '\"'\n"
+            "a.mof:2:14: error: the string that starts here is not closed on its line, expected '\"'\n"
             "    string a = \"abc;\n"
             "               ^\n"
             "a.mof:3:3: error: found 'string', expected ';'\n"
             "    string b;\n"
             "    ^\n");
   EXPECT_EQ(Messages(ReadText("class A { string a = \"\\")),
-            "1:22 the string that starts here has no end on its line, expected '\"'\n"
+            "1:22 the string that starts here is not closed on its line, expected '\"'\n"
             "1:24 found the end of the file, expected ';'; the '{' in line 1 is not closed\n");
   EXPECT_EQ(Messages(ReadText("class A { string a = \"x\\\n\"; };")),
-            "1:22 the string that starts here has no end on its line, expected '\"'\n"
-            "2:1 the string that starts here has no end on its line, expected '\"'\n"
+            "1:22 the string that starts here is not closed on its line, expected '\"'\n"
+            "2:1 the string that starts here is not closed on its line, expected '\"'\n"
             "2:6 found the end of the file, expected ';'; the '{' in line 1 is not closed\n");
 }
 
 TEST(MofErrors, UnterminatedCharacter) {
   EXPECT_EQ(Messages(ReadText("class A { char16 a = 'x\n; };")),
-            "1:22 the character that starts here has no end on its line, expected \"'\"\n");
+            "1:22 the character that starts here is not closed on its line, expected \"'\"\n");
 }
 
 TEST(MofErrors, UnterminatedComment) {
@@ -103,10 +103,9 @@ TEST(MofErrors, StrayCharacters) {
   EXPECT_EQ(Messages(ReadText("class A { string a; % };")),
             "1:21 found the stray character '%', expected a name, a value, a comment or punctuation\n");
   EXPECT_EQ(Messages(ReadText("class A { string a; \x01 };")),
-            "1:21 found a control character with the code 1, expected a name, a value, a comment or punctuation\n");
-  EXPECT_EQ(
-      Messages(ReadText("class A { uint8 a = -; };")),
-      "1:21 found the stray character '-', expected a digit behind it\n1:22 found ';', expected a value or '{'\n");
+            "1:21 found a control character with code 1, expected a name, a value, a comment or punctuation\n");
+  EXPECT_EQ(Messages(ReadText("class A { uint8 a = -; };")),
+            "1:21 found the stray character '-', expected a digit after it\n1:22 found ';', expected a value or '{'\n");
   EXPECT_EQ(Messages(ReadText("#pragm include(\"x\")\nclass A {};")),
             "1:1 found '#pragm', expected '#pragma'\n"
             "1:8 found 'include', expected '[', 'class', 'instance', 'qualifier', '#pragma' or the end of the file\n");

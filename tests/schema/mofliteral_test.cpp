@@ -132,7 +132,7 @@ TEST(CharacterLiteral, CodesUpTo16Bits) {
   EXPECT_EQ(DefaultOf("char16", "'\xC3\xA4'"), "228");
   EXPECT_EQ(DefaultOf("char16", "'\xE2\x82\xAC'"), "8364");
   EXPECT_EQ(DefaultOf("char16", "'\xF0\x9F\x98\x80'"),
-            "found '\xF0\x9F\x98\x80', expected a character up to U+FFFF, which is what a char16 holds");
+            "found '\xF0\x9F\x98\x80', expected a character up to U+FFFF, the largest that a char16 can hold");
   EXPECT_EQ(DefaultOf("char16", "''"), "found '' without a character, expected one character between the quotes");
   EXPECT_EQ(DefaultOf("char16", "'ab'"), "found 'ab', expected one character between the quotes");
   EXPECT_EQ(DefaultOf("char16", "\"a\""), "found '\"a\"', expected a character in single quotes");
@@ -181,8 +181,8 @@ TEST(DateTimeLiteral, PointsAndIntervals) {
 TEST(DateTimeLiteral, OfAnotherSizeOrType) {
   const std::string forms = ", \"yyyymmddhhmmss.mmmmmmsutc\" or \"ddddddddhhmmss.mmmmmm:000\"";
   EXPECT_EQ(DefaultOf("datetime", "\"20260131123456.000000+06\""),
-            "found 24 characters, expected a datetime of 25" + forms);
-  EXPECT_EQ(DefaultOf("datetime", "\"\""), "found 0 characters, expected a datetime of 25" + forms);
+            "found 24 characters, expected a datetime of 25 characters" + forms);
+  EXPECT_EQ(DefaultOf("datetime", "\"\""), "found 0 characters, expected a datetime of 25 characters" + forms);
   EXPECT_EQ(DefaultOf("datetime", "5"), "found '5', expected a datetime in double quotes");
 }
 
@@ -197,22 +197,22 @@ TEST(DateTimeLiteral, FieldsOutOfRange) {
             "found the minute '60' in the datetime, expected 00 to 59");
   EXPECT_EQ(DefaultOf("datetime", "\"20260131125960.******+060\""),
             "found the second '60' in the datetime, expected 00 to 59");
-  EXPECT_EQ(DefaultOf("datetime", "\"00000012010203.000000:060\""), "found '060' behind ':', expected '000'");
+  EXPECT_EQ(DefaultOf("datetime", "\"00000012010203.000000:060\""), "found '060' after ':', expected '000'");
 }
 
 TEST(DateTimeLiteral, CharactersOutOfPlace) {
   EXPECT_EQ(DefaultOf("datetime", "\"20260131123456,000000+060\""),
-            "found ',' in place 15 of the datetime, expected '.'");
+            "found ',' at position 15 of the datetime, expected '.'");
   EXPECT_EQ(DefaultOf("datetime", "\"20260131123456.000000*060\""),
-            "found '*' in place 22 of the datetime, expected '+', '-' or ':'");
+            "found '*' at position 22 of the datetime, expected '+', '-' or ':'");
   EXPECT_EQ(DefaultOf("datetime", "\"2026013112345O.000000+060\""),
-            "found 'O' in place 14 of the datetime, expected a digit");
+            "found 'O' at position 14 of the datetime, expected a digit");
   EXPECT_EQ(DefaultOf("datetime", "\"20260131123456.000000+***\""),
-            "found '*' in place 23 of the datetime, expected a digit");
+            "found '*' at position 23 of the datetime, expected a digit");
   EXPECT_EQ(DefaultOf("datetime", "\"202601311234\xC3\xA4.000000+060\""),
-            "found another character in place 13 of the datetime, expected a digit");
+            "found another character at position 13 of the datetime, expected a digit");
   EXPECT_EQ(DefaultOf("datetime", "\"2026**31123456.000000+060\""),
-            "found '2026**31123456.000000+060', expected asterisks from the start of a field on up to place 21 of the "
+            "found '2026**31123456.000000+060', expected asterisks from the start of a field up to position 21 of the "
             "datetime");
 }
 

@@ -59,19 +59,20 @@ TEST(SchemaCheck, NeedsOfTheCollector) {
   EXPECT_EQ(findings.errors, 4U);
   EXPECT_EQ(findings.warnings, 1U);
   const std::string text = Text(findings);
-  EXPECT_THAT(text, testing::StartsWith("a.mof:1:9: warning: the pragma 'p' is not known and has no effect\n"));
+  EXPECT_THAT(text, testing::StartsWith("a.mof:1:9: warning: the pragma 'p' is unknown and has no effect\n"));
   EXPECT_THAT(text,
-              testing::HasSubstr("\na.mof: error: the class 'KROSG_DCAPFile' of the capture files is not declared\n"));
+              testing::HasSubstr(
+                  "\na.mof: error: the class 'KROSG_DCAPFile', which holds the capture files, is not declared\n"));
   EXPECT_THAT(text, testing::EndsWith("\n4 errors, 1 warning\n"));
   EXPECT_THAT(Json(findings),
               testing::HasSubstr("{\"severity\":\"error\",\"file\":\"a.mof\",\"line\":null,\"column\":null,"
-                                 "\"message\":\"the class 'KROSG_DCAPFile' of the capture files"));
+                                 "\"message\":\"the class 'KROSG_DCAPFile', which holds the capture files"));
 }
 
 TEST(SchemaCheck, AWarningIsAFinding) {
   const TSchemaFindings findings = Check("#pragma p(\"\")\n" + kClean);
   EXPECT_EQ(Text(findings),
-            "a.mof:1:9: warning: the pragma 'p' is not known and has no effect\n  #pragma p(\"\")\n          ^\n"
+            "a.mof:1:9: warning: the pragma 'p' is unknown and has no effect\n  #pragma p(\"\")\n          ^\n"
             "0 errors, 1 warning\n");
 }
 

@@ -124,7 +124,7 @@ TEST(SchemaPragma, KnownAndUnknownOnes) {
       "#pragma locale(\"en_US\")\n#pragma instancelocale(\"en_US\")\n#pragma namespace(\"root/cimv2\")\n"
       "#pragma namespace(\"ROOT/cimv2\")\n#pragma source(\"x\")\nclass A {};");
   EXPECT_EQ(Shown(result),
-            "a.mof:5:9: warning: the pragma 'source' is not known and has no effect\n"
+            "a.mof:5:9: warning: the pragma 'source' is unknown and has no effect\n"
             "  #pragma source(\"x\")\n"
             "          ^\n");
   EXPECT_FALSE(result.HasErrors());
@@ -133,7 +133,7 @@ TEST(SchemaPragma, KnownAndUnknownOnes) {
 
 TEST(SchemaPragma, SecondNamespace) {
   EXPECT_EQ(Messages(ReadText("#pragma namespace(\"root/a\")\n#pragma namespace(\"root/b\")\n")),
-            "2:19 found a second namespace: the classes of \"root/b\" are read into one with those of \"root/a\"\n");
+            "2:19 found a second namespace: the classes of \"root/b\" are merged with those of \"root/a\"\n");
 }
 
 TEST(SchemaPragma, ParameterMustBeAString) {
@@ -203,7 +203,7 @@ TEST_F(SchemaFolder, FileThatIncludesTheOthersOfItsFolder) {
 }
 
 TEST_F(SchemaFolder, WithoutMofFiles) {
-  ExpectHostError(EFailure::kAbsent, "the folder " + folder_.string() + " holds no .mof file",
+  ExpectHostError(EFailure::kAbsent, "the folder " + folder_.string() + " contains no .mof files",
                   [this] { Read({folder_.string()}); });
 }
 

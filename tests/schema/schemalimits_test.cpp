@@ -38,7 +38,7 @@ TEST(SchemaLimits, IncludeDepth) {
   schema.File("a", "#pragma include(\"b\")").File("b", "#pragma include(\"c\")").File("c", "class C {};");
   EXPECT_EQ(
       Shown(schema.Read({"a"})),
-      "b:1:17: error: files include each other more than 2 deep\n  #pragma include(\"c\")\n                  ^\n");
+      "b:1:17: error: files are included more than 2 levels deep\n  #pragma include(\"c\")\n                  ^\n");
 }
 
 TEST(SchemaLimits, TokenSize) {
@@ -76,10 +76,10 @@ TEST(SchemaLimits, EstimatedMemory) {
   EXPECT_EQ(Shown(schema.Read({"a.mof", "b.mof"})), "");
   schema.limits.memory = needs - 1;
   EXPECT_EQ(Messages(schema.Read({"a.mof", "b.mof"})),
-            "2:7 the schema takes more than 4849 bytes of memory, estimated from what it declares\n");
+            "2:7 the schema takes more than 4849 bytes of memory (estimated from its declarations)\n");
   schema.limits.memory = 600;
   EXPECT_EQ(Messages(schema.Read({"a.mof", "b.mof"})),
-            "2:12 the schema takes more than 600 bytes of memory, estimated from what it declares\n")
+            "2:12 the schema takes more than 600 bytes of memory (estimated from its declarations)\n")
       << "said once";
 }
 
@@ -116,7 +116,7 @@ TEST(SchemaLimits, InheritanceDepth) {
   for (std::size_t i = 1; i <= 64; ++i) text += "class C" + Number(i) + " : C" + Number(i - 1) + " {};\n";
   text += "class C65 : C64 {};";
   const TSchemaResult result = ReadText(text);
-  EXPECT_EQ(Messages(result), "65:13 the class 'C64' stands below 64 others, expected at most 63\n");
+  EXPECT_EQ(Messages(result), "65:13 the class 'C64' has 64 superclasses, expected at most 63\n");
   EXPECT_TRUE(result.cimNamespace->FindClass("C63"));
   EXPECT_FALSE(result.cimNamespace->FindClass("C65")) << "and is not reported again";
 }
@@ -168,7 +168,7 @@ TEST(SchemaLimits, DiagnosticsAreCountedPastTheLimit) {
   EXPECT_EQ(Shown(result),
             "a:1:11: error: the class 'X' is not declared\n  class A : X {};\n            ^\n"
             "a:2:11: error: the class 'X' is not declared\n  class B : X {};\n            ^\n"
-            "a:5:9: warning: the pragma 'p' is not known and has no effect\n  #pragma p(\"\")\n          ^\n"
+            "a:5:9: warning: the pragma 'p' is unknown and has no effect\n  #pragma p(\"\")\n          ^\n"
             "a: error: and 2 more errors\n");
 }
 

@@ -27,7 +27,7 @@ TEST(OverrideName, QualifiedByAClassAbove) {
   EXPECT_EQ(Read("class A { string a; }; class B : A {}; class C : B { [Override(\"A.a\")] string a; };"), "");
   EXPECT_EQ(Read("class A { string a; }; class B : A {}; class C : B { [Override(\"b.A\")] string a; };"), "");
   EXPECT_EQ(Read("class A { string a; }; class B { string a; };\nclass C : A { [Override(\"B.a\")] string a; };"),
-            "3:25 the property 'a' overrides nothing: no superclass is called 'B'\n");
+            "3:25 the property 'a' overrides nothing: no superclass is named 'B'\n");
   EXPECT_EQ(Read("class A {}; class B : A { string a; };\nclass C : B { [Override(\"A.a\")] string a; };"),
             "3:25 the property 'a' overrides nothing: the class 'A' has no property of this name\n");
 }
@@ -48,10 +48,10 @@ TEST(OverrideName, OfNothing) {
 
 TEST(OverrideName, OfAnotherName) {
   EXPECT_EQ(Read("class A { string a; };\nclass B : A { [Override(\"a\")] string b; };"),
-            "3:25 the property 'b' has an Override of 'a', expected one of 'b', since only an element of the same name "
+            "3:25 the property 'b' overrides 'a', expected 'b'; only an element of the same name "
             "can be overridden\n");
   EXPECT_EQ(Read("class A { string a; };\nclass B : A { [Override(\"A.\")] string a; };"),
-            "3:25 the property 'a' has an Override of '', expected one of 'a', since only an element of the same name "
+            "3:25 the property 'a' overrides '', expected 'a'; only an element of the same name "
             "can be overridden\n");
 }
 

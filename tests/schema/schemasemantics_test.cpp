@@ -23,18 +23,18 @@ TEST(SchemaSemantics, ShownWithLineAndCaret) {
 
 TEST(SchemaSemantics, QualifierDeclarations) {
   EXPECT_EQ(Errors("qualifier KEY : boolean, scope(any);"),
-            "2:11 the qualifier 'KEY' is declared a second time, first in a.mof:1\n");
+            "2:11 the qualifier 'KEY' is already declared in a.mof:1\n");
   EXPECT_EQ(Errors("qualifier Q : uint8 = \"x\", scope(any);"),
             "2:23 found '\"x\"', expected a uint8 for the qualifier 'Q'\n");
   EXPECT_EQ(Errors("qualifier Q : uint8, scope(any), flavor(EnableOverride, DisableOverride, ToSubclass, Restricted);"),
-            "2:57 found 'DisableOverride' beside its opposite, expected EnableOverride or DisableOverride\n"
-            "2:86 found 'Restricted' beside its opposite, expected ToSubclass or Restricted\n");
+            "2:57 found 'DisableOverride' together with its opposite, expected EnableOverride or DisableOverride\n"
+            "2:86 found 'Restricted' together with its opposite, expected ToSubclass or Restricted\n");
 }
 
 TEST(SchemaSemantics, QualifierUses) {
   EXPECT_EQ(Errors("[Levle(1)] class A {};"), "2:2 the qualifier 'Levle' is not declared; did you mean Level?\n");
   EXPECT_EQ(Errors("[Nothing] class A {};"), "2:2 the qualifier 'Nothing' is not declared\n");
-  EXPECT_EQ(Errors("[Level(1), level(2)] class A {};"), "2:12 the qualifier 'level' stands on the element twice\n");
+  EXPECT_EQ(Errors("[Level(1), level(2)] class A {};"), "2:12 the qualifier 'level' is given twice for one element\n");
   EXPECT_EQ(Errors("[Level(\"1\")] class A {};"), "2:8 found '\"1\"', expected a uint16 for the qualifier 'Level'\n");
   EXPECT_EQ(Errors("[Level(65536)] class A {};"),
             "2:8 found '65536', expected a uint16 from 0 to 65535 for the qualifier 'Level'\n");
@@ -42,31 +42,31 @@ TEST(SchemaSemantics, QualifierUses) {
   EXPECT_EQ(Errors("class A { [Values(\"x\")] string a; };"),
             "2:19 found '\"x\"', expected an array of string in braces for the qualifier 'Values'\n");
   EXPECT_EQ(Errors("[Level(1) : Restricted ToSubclass] class A {};"),
-            "2:24 found 'ToSubclass' beside its opposite, expected ToSubclass or Restricted\n");
+            "2:24 found 'ToSubclass' together with its opposite, expected ToSubclass or Restricted\n");
 }
 
 TEST(SchemaSemantics, ScopeOfEveryElement) {
   EXPECT_EQ(Errors("[Key] class A {};"),
-            "2:2 the qualifier 'Key' stands on an element of the kind class, expected property, reference\n");
+            "2:2 the qualifier 'Key' is on an element of kind class, expected property, reference\n");
   EXPECT_EQ(Errors("[Association, Level(1)] class A {};"),
-            "2:15 the qualifier 'Level' stands on an element of the kind association, expected class, property\n");
+            "2:15 the qualifier 'Level' is on an element of kind association, expected class, property\n");
   EXPECT_EQ(Errors("class A { [Abstract] string a; };"),
-            "2:12 the qualifier 'Abstract' stands on an element of the kind property, expected class, association\n");
+            "2:12 the qualifier 'Abstract' is on an element of kind property, expected class, association\n");
   EXPECT_EQ(Errors("class A { [Level(1)] A REF a; };"),
-            "2:12 the qualifier 'Level' stands on an element of the kind reference, expected class, property\n");
+            "2:12 the qualifier 'Level' is on an element of kind reference, expected class, property\n");
   EXPECT_EQ(Errors("class A { [Key] uint8 M(); };"),
-            "2:12 the qualifier 'Key' stands on an element of the kind method, expected property, reference\n");
+            "2:12 the qualifier 'Key' is on an element of kind method, expected property, reference\n");
   EXPECT_EQ(Errors("class A { uint8 M([Key] string p); };"),
-            "2:20 the qualifier 'Key' stands on an element of the kind parameter, expected property, reference\n");
+            "2:20 the qualifier 'Key' is on an element of kind parameter, expected property, reference\n");
   EXPECT_EQ(
       Messages(ReadText("qualifier Indication : boolean, scope(indication); qualifier C : boolean, scope(class);\n"
                         "[Indication, C] class A {};")),
-      "2:14 the qualifier 'C' stands on an element of the kind indication, expected class\n");
+      "2:14 the qualifier 'C' is on an element of kind indication, expected class\n");
 }
 
 TEST(SchemaSemantics, SubclassOfAnAssociationIsAnAssociation) {
   EXPECT_EQ(Errors("[Association] class A {}; [Level(1)] class B : A {};"),
-            "2:28 the qualifier 'Level' stands on an element of the kind association, expected class, property\n");
+            "2:28 the qualifier 'Level' is on an element of kind association, expected class, property\n");
 }
 
 TEST(SchemaSemantics, DisableOverride) {
@@ -82,7 +82,7 @@ TEST(SchemaSemantics, DisableOverride) {
 }
 
 TEST(SchemaSemantics, DuplicateDeclarations) {
-  EXPECT_EQ(Errors("class A {};\nclass a {};"), "3:7 the class 'a' is declared a second time, first in a.mof:2\n");
+  EXPECT_EQ(Errors("class A {};\nclass a {};"), "3:7 the class 'a' is already declared in a.mof:2\n");
   EXPECT_EQ(Errors("class A { string a; uint8 A; };"), "2:27 the property 'A' is declared twice in the class 'A'\n");
   EXPECT_EQ(Errors("class A { uint8 M(); uint8 m(); };"), "2:28 the method 'm' is declared twice in the class 'A'\n");
   EXPECT_EQ(Errors("class A { uint8 M(string p, string P); };"),
@@ -145,16 +145,16 @@ TEST(SchemaSemantics, InstanceErrors) {
   EXPECT_EQ(Errors("class A { string a; }; instance of A { a = \"1\"; A = \"2\"; };"),
             "2:49 the property 'A' is set twice\n");
   EXPECT_EQ(Errors("[Abstract] class A {}; instance of A {};"),
-            "2:36 the class 'A' is abstract, expected one that has instances\n");
+            "2:36 the class 'A' is abstract, expected one that can have instances\n");
 }
 
 TEST(SchemaSemantics, Aliases) {
   EXPECT_EQ(Errors("class A { A REF a; }; instance of A { a = $other; }; instance of A as $othr {};"),
             "2:43 the alias '$other' is not declared; did you mean $othr?\n");
   EXPECT_EQ(Errors("class A {}; instance of A as $a {}; instance of A as $A {};"),
-            "2:54 the alias '$A' is declared a second time\n");
+            "2:54 the alias '$A' is already declared\n");
   EXPECT_EQ(Errors("class A { A REF a; }; class B {}; instance of A { a = $b; }; instance of B as $b {};"),
-            "2:55 the alias '$b' is an instance of 'B', expected one of 'A' or of a class below it\n");
+            "2:55 the alias '$b' is an instance of 'B', expected one of 'A' or of a subclass\n");
   EXPECT_EQ(Errors("class A { A REF a = $b; };"), "2:21 the alias '$b' is not declared\n");
   EXPECT_EQ(Errors("class A { A REF a; }; instance of A { a = 5; };"),
             "2:43 found '5', expected an object path in double quotes or an alias\n");

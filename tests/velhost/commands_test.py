@@ -88,9 +88,9 @@ class Usage(VelhostCase):
     def test_a_service_processor_without_what_it_needs(self):
         for spec, scheme in (("replay", "replay"), ("replay:", "replay"), ("sim:", "sim")):
             self.refuses(f"--sp {scheme} needs a file: --sp {scheme}:FILE", "collect", "--sp", spec)
-        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
+        self.fails(64, "no host is given; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
                    "lan:")
-        self.fails(64, "names no host; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
+        self.fails(64, "no host is given; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
                    "lan:user@")
 
     def test_values(self):
@@ -232,11 +232,11 @@ class Usage(VelhostCase):
             self.assertEqual(json.loads(done.stdout)["instances"], expected, arguments)
         self.assertEqual(self.run_velhost("check", "/dev/stdin", input="class A {").returncode, 65)
         refused = self.run_velhost("simulate", "/dev/stdin", input=SERVER)  # ipmi_sim must read it again
-        self.assertEqual((refused.returncode, refused.stderr), (66, "velhost: cannot read /dev/stdin: not a file\n"))
+        self.assertEqual((refused.returncode, refused.stderr), (66, "velhost: cannot read /dev/stdin: not a regular file\n"))
         included = self.write("schema.mof", '#pragma include ("/dev/stdin")\n')
         refused = self.run_velhost("check", included, input="class A {};")  # an included file must not make it wait
         self.assertEqual(refused.returncode, 65)
-        self.assertIn("cannot read /dev/stdin: not a file", refused.stdout)
+        self.assertIn("cannot read /dev/stdin: not a regular file", refused.stdout)
 
     def test_an_include_that_is_missing(self):
         schema = self.write("schema.mof", '#pragma include ("missing.mof")\nclass A {};\n')

@@ -79,7 +79,7 @@ class SchemaOptions(VelhostCase):
         schemas = (["--schema", "example"], ["--schema", "example", "--schema", f"+{self.write('a.mof', ADDITION)}"],
                    ["--schema", self.schema({"Register": (0x1000, 8)})])
         for schema in schemas:
-            for spec, status, said in (("inband:/dev/ipmi777", 69, "/dev/ipmi777"), ("lan:", 64, "names no host")):
+            for spec, status, said in (("inband:/dev/ipmi777", 69, "/dev/ipmi777"), ("lan:", 64, "no host is given")):
                 done = self.run_velhost("collect", "--machine-type", "6203", "--sp", spec, *schema)
                 self.assertEqual(done.returncode, status, done.stderr)
                 self.assertIn(said, done.stderr)

@@ -234,7 +234,7 @@ class Transports(VelhostCase):
             f"velhost: warning: permissions 0640 for '{password}' are too open: others may read the password in it "
             "(chmod 600)\n"
             f"velhost: warning: lan:127.0.0.1:{port}: no session with cipher suite 17, so the weaker 3 is used; an "
-            "attacker can bring that about (--cipher-suite 17 takes no other, --cipher-suite 3 ends this warning)\n"))
+            "attacker can cause this (--cipher-suite 17 allows no other, --cipher-suite 3 silences this warning)\n"))
 
     def test_a_nul_in_the_password_is_bad_data(self):
         password = self.folder / "password"
@@ -243,14 +243,14 @@ class Transports(VelhostCase):
         done = self.run_velhost("collect", "--sp", "lan:192.0.2.1", "--machine-type", "6203", "--schema", "example",
                                 "--password-file", str(password))
         self.assertEqual((done.returncode, done.stderr),
-                         (65, f"velhost: {password}: the password in its first line has a NUL character\n"))
+                         (65, f"velhost: {password}: the password in its first line contains a NUL character\n"))
 
     def test_a_password_on_the_command_line_is_refused_and_not_repeated(self):
         for arguments in (["--sp", "lan:me:s3cret@192.0.2.1"], ["--sp", "sim", "--sp", "lan:me:s3cret@192.0.2.1"]):
             done = self.run_velhost("collect", "--schema", "example", *arguments)
             self.assertEqual((done.returncode, done.stderr), (64, (
-                "velhost: lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in "
-                "the list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file\n")))
+                "velhost: lan:USER@HOST: USER has a ':'; do not give a password there, because others can "
+                "read it in the list of processes: set VELHOST_IPMI_PASSWORD, or use --password-file\n")))
 
     def test_the_password_is_not_in_the_environment_of_a_run(self):
         _, port = self.simulate(SLOW)

@@ -20,13 +20,13 @@ using std::chrono::steady_clock;
 constexpr std::size_t kCompletionCodeSize = 1;
 constexpr const char* kLoadDriver =
     "If this server has a BMC, load its driver (modprobe ipmi_si; modprobe ipmi_devintf); "
-    "otherwise name another service processor with --sp, as in lan:HOST";
+    "otherwise choose another service processor, such as --sp lan:HOST";
 
 const char* WhatSmbiosSays(const TSystemSmbios& smbios) {
   switch (smbios.status) {
-    case ESmbiosStatus::kAbsent: return "this machine shows no SMBIOS that could declare one";
-    case ESmbiosStatus::kDenied: return "whether SMBIOS declares one only root may read";
-    case ESmbiosStatus::kMalformed: return "what can be read of this machine's broken SMBIOS declares none";
+    case ESmbiosStatus::kAbsent: return "this machine has no SMBIOS that could declare one";
+    case ESmbiosStatus::kDenied: return "only root can read whether SMBIOS declares one";
+    case ESmbiosStatus::kMalformed: return "the readable part of this machine's damaged SMBIOS declares none";
     default: return "SMBIOS declares none";
   }
 }
@@ -37,8 +37,9 @@ std::string Refused(const std::string& device, int error) {
 
 [[noreturn]] void ThrowNotOpened(const std::string& device, int error) {
   if (error == EACCES || error == EPERM) {
-    throw THostError(EFailure::kDenied,
-                     Refused(device, error) + "Run velhost as root, or let this user read and write the device");
+    throw THostError(
+        EFailure::kDenied,
+        Refused(device, error) + "Run velhost as root, or give this user read and write access to the device");
   }
   throw THostError(EFailure::kUnreachable, Refused(device, error) + kLoadDriver);
 }
@@ -149,7 +150,7 @@ std::string ParseInbandSpec(const std::string& spec) {
     if (!devices.empty()) return devices.front();
   }
   throw THostError(EFailure::kInvalidArgument,
-                   "'" + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
+                   "'" + spec + "' is not an IPMI device; expected inband or inband:/dev/ipmiN");
 }
 
 std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices, const TSystemSmbios& smbios,
@@ -165,7 +166,7 @@ std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& de
   }
   if (!wanted.empty()) return std::make_unique<TInbandServiceProcessor>(std::move(driver), wanted);
   if (smbios.facts.declaresIpmiDevice) return std::make_unique<TInbandServiceProcessor>(std::move(driver));
-  throw THostError(EFailure::kUnreachable, std::string("there is no IPMI device /dev/ipmi* here, and ") +
+  throw THostError(EFailure::kUnreachable, std::string("there is no IPMI device /dev/ipmi*, and ") +
                                                WhatSmbiosSays(smbios) + "\n" + kLoadDriver);
 }
 

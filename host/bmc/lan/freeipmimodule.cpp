@@ -96,7 +96,7 @@ VelLanSession* TryOpen(const VelLanOpening& opening, int* status, char* message,
   }
   const int socket = search.Find();
   if (socket < 0 || !velhostlan::KeepStrangersOut(socket, peer)) {
-    return Fail(VEL_LAN_FAILED, "the session's socket cannot be closed to strangers", status, message, messageSize);
+    return Fail(VEL_LAN_FAILED, "the session's socket cannot be restricted to the BMC", status, message, messageSize);
   }
   auto* const session = new VelLanSession{nullptr, socket};
   session->context = context.Release();

@@ -29,12 +29,11 @@ std::string ListOf(const std::vector<int>& suites) {
 std::string WeaknessOf(int suite) {
   switch (suite) {
     case 0:
-      return "checks no password and protects nothing: anybody on the network can pose as the BMC, and read and change "
-             "what is exchanged";
+      return "checks no password and protects nothing: anybody on the network can impersonate the BMC, and read and "
+             "change what is exchanged";
     case 1:
     case 6:
-    case 15:
-      return "protects nothing but the login: anybody between here and the BMC can read and change what is exchanged";
+    case 15: return "protects only the login: anybody between here and the BMC can read and change what is exchanged";
     case 2:
     case 7:
     case 11:
@@ -71,8 +70,8 @@ std::vector<std::string> TLanLink::Weaknesses() const {
   const std::string first = std::to_string(options_.cipherSuites.front());
   if (used != first) {
     found.push_back(name_ + ": no session with cipher suite " + first + ", so the weaker " + used +
-                    " is used; an attacker can bring that about (--cipher-suite " + first +
-                    " takes no other, --cipher-suite " + used + " ends this warning)");
+                    " is used; an attacker can cause this (--cipher-suite " + first +
+                    " allows no other, --cipher-suite " + used + " silences this warning)");
   }
   const std::string weakness = WeaknessOf(way_.cipherSuite);
   if (!weakness.empty()) found.push_back(name_ + ": cipher suite " + used + " " + weakness);
@@ -142,19 +141,19 @@ TLanLink::TOutcome TLanLink::Reopen() {
 std::string TLanLink::Describe(const TOutcome& outcome) const {
   switch (outcome.status) {
     case VEL_LAN_NO_ANSWER: return "no answer; is this the address of a BMC, with IPMI over LAN enabled?";
-    case VEL_LAN_BROKEN_OFF: return "the BMC answered at first, and fell silent while the session was being opened";
-    case VEL_LAN_BAD_HOST: return "the host's name cannot be resolved";
-    case VEL_LAN_NO_IPMI_2_0: return "the BMC does not speak IPMI 2.0 here";
+    case VEL_LAN_BROKEN_OFF: return "the BMC stopped answering while the session was being opened";
+    case VEL_LAN_BAD_HOST: return "the host name cannot be resolved";
+    case VEL_LAN_NO_IPMI_2_0: return "the BMC does not support IPMI 2.0 here";
     case VEL_LAN_USER: return "the BMC refuses " + UserOf(options_);
     case VEL_LAN_PASSWORD:
       return "the password of " + UserOf(options_) +
-             " is not the one that the BMC has; it is wrong, or what answers there may be an impostor";
+             " is not the BMC's; either it is wrong, or an impostor is answering";
     case VEL_LAN_KEY:
-      return "the BMC ends the opening with another key than the password's; it has a key of its own (K_g), which "
-             "velhost cannot use, or what answers there may be an impostor";
+      return "the BMC uses a key that does not come from the password; either it has a key of its own (K_g), which "
+             "velhost cannot use, or an impostor is answering";
     case VEL_LAN_PRIVILEGE:
       return "the BMC refuses " + UserOf(options_) + " the privilege level " + NameOf(options_.privilege) +
-             "; --privilege asks for a lower one";
+             "; use --privilege for a lower one";
     case VEL_LAN_CIPHER_SUITE:
       return "the BMC does not accept cipher suite " + ListOf(options_.cipherSuites) + " (" + outcome.message +
              "); choose one that it accepts with --cipher-suite N";
@@ -177,7 +176,7 @@ void TLanLink::Exchange(TLanExchange& exchange) {
       module_.exchange(session_, exchange.networkFunction, exchange.lun, exchange.request.data(),
                        exchange.request.size(), exchange.response.data(), exchange.response.size(), &exchange.size);
   if (status == VEL_LAN_OTHER_COMMAND) {
-    exchange.warning = name_ + ": an answer came to another command than the request's; it is not used";
+    exchange.warning = name_ + ": an answer to a command other than the one requested was ignored";
   }
   if (status != VEL_LAN_OK) return Lose(exchange);
   exchange.answered = true;
@@ -194,7 +193,7 @@ void TLanLink::Prepare(TLanExchange& exchange) {
 
 void TLanLink::Lose(TLanExchange& exchange) {
   Close();
-  if (lostBefore_) GiveUp(exchange, "its requests are not answered");
+  if (lostBefore_) GiveUp(exchange, "requests are not answered");
   lostBefore_ = true;
 }
 

@@ -25,7 +25,7 @@ enum VelLanStatus {
   VEL_LAN_OK = 0,
   VEL_LAN_NO_ANSWER,     /* nothing came back at all */
   VEL_LAN_BROKEN_OFF,    /* it had answered before, but nothing came back in time; a session is dead after this */
-  VEL_LAN_BAD_HOST,      /* the host's name cannot be resolved */
+  VEL_LAN_BAD_HOST,      /* the host name cannot be resolved */
   VEL_LAN_NO_IPMI_2_0,   /* it answers, but does not speak IPMI 2.0 */
   VEL_LAN_USER,          /* the user's name was refused */
   VEL_LAN_PASSWORD,      /* the two sides have different passwords */

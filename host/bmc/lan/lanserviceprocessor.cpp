@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds kClosingTime{1'000};
   if (stop.WasRequested()) {
     throw THostError(EFailure::kStopped, "lan:" + address + ": interrupted while the session was being opened");
   }
-  throw THostError(EFailure::kUnreachable, "lan:" + address + ": no session before the deadline");
+  throw THostError(EFailure::kUnreachable, "lan:" + address + ": no session was open by the deadline");
 }
 
 [[noreturn]] void ThrowUnavailable(const std::string& message) {
@@ -41,7 +41,7 @@ std::string FindModule(const std::vector<std::string>& folders) {
   ThrowUnavailable("this velhost was built without LAN support (VELHOST_LAN=OFF)");
 #else
   ThrowUnavailable(std::string("the LAN module ") + kLanModuleFile +
-                   " is not installed; the package velhost-lan has it, and \"cmake --build "
+                   " is not installed; it is in the package velhost-lan, and \"cmake --build "
                    "build/release --target velhost_lan\" builds it. Looked for" +
                    tried);
 #endif
@@ -57,7 +57,7 @@ const VelLanModule& LoadModule(const std::string& file) {
   const auto entry = reinterpret_cast<VelLanEntry>(dlsym(library, VELHOST_LAN_ENTRY));
   const VelLanModule* const module = entry != nullptr ? entry() : nullptr;
   if (module == nullptr || module->version != VELHOST_LAN_INTERFACE) {
-    ThrowUnavailable(file + " is not a LAN module of this velhost's version");
+    ThrowUnavailable(file + " is not a LAN module for this version of velhost");
   }
   return *module;
 }

@@ -31,8 +31,8 @@ constexpr std::size_t kMaxPasswordFile = 4096;
 // Does not quote the text after --sp, which contains the password.
 [[noreturn]] void ThrowPasswordInUser() {
   throw THostError(EFailure::kInvalidArgument,
-                   "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
-                   "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
+                   "lan:USER@HOST: USER has a ':'; do not give a password there, because others can read it in the "
+                   "list of processes: set VELHOST_IPMI_PASSWORD, or use --password-file");
 }
 
 bool IsAlphanumeric(char c) { return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -58,20 +58,20 @@ std::string TakeHost(const std::string& spec, std::string_view& rest) {
   if (end == std::string_view::npos) ThrowUsage(spec, "'[' without ']'");
   std::string host(rest.substr(bracketed ? 1 : 0, bracketed ? end - 1 : end));
   rest.remove_prefix(bracketed ? end + 1 : end);
-  if (host.empty()) ThrowUsage(spec, "names no host");
+  if (host.empty()) ThrowUsage(spec, "no host is given");
   const bool valid = bracketed ? ConsistsOf(host, ":.%-_") && host.find(':') != std::string::npos
                                : ConsistsOf(host, ".-_") && host.front() != '-';
-  if (!valid || host.size() > kMaxHost) ThrowUsage(spec, "'" + host + "' is no host name or address");
+  if (!valid || host.size() > kMaxHost) ThrowUsage(spec, "'" + host + "' is not a host name or address");
   return host;
 }
 
 /// Parses what follows the host: nothing, or a colon and the port.
 std::uint16_t TakePort(const std::string& spec, std::string_view rest, std::uint16_t standard) {
   if (rest.empty()) return standard;
-  if (rest.front() != ':') ThrowUsage(spec, "'" + std::string(rest) + "' behind the address");
+  if (rest.front() != ':') ThrowUsage(spec, "unexpected '" + std::string(rest) + "' after the address");
   rest.remove_prefix(1);
   const auto port = PortOf(rest);
-  if (!port) ThrowUsage(spec, "'" + std::string(rest) + "' is no port from 1 to 65535");
+  if (!port) ThrowUsage(spec, "'" + std::string(rest) + "' is not a port from 1 to 65535");
   return *port;
 }
 
@@ -96,7 +96,7 @@ TLanOptions ParseLanSpec(const std::string& spec) {
     rest.remove_prefix(at + 1);
     if (options.user.empty()) ThrowUsage(spec, "'@' without a user before it");
     if (options.user.find(':') != std::string::npos) ThrowPasswordInUser();
-    if (options.user.size() > kMaxUser) ThrowUsage(spec, "the user's name is longer than the 16 bytes of IPMI");
+    if (options.user.size() > kMaxUser) ThrowUsage(spec, "the user name is longer than 16 bytes, the limit of IPMI");
   }
   options.host = TakeHost(spec, rest);
   options.port = TakePort(spec, rest, options.port);
@@ -137,16 +137,16 @@ TSecret LanPassword(const std::string& file, const std::optional<TSecret>& varia
   if (file.empty() && !variable) {
     throw THostError(EFailure::kInvalidArgument,
                      "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
-                     "or name a file with --password-file");
+                     "or use --password-file");
   }
   TSecret password = file.empty() ? *variable : FirstLine(file, reader);
   if (std::strlen(password.Text()) != password.Size()) {
-    throw THostError(EFailure::kMalformed, file + ": the password in its first line has a NUL character");
+    throw THostError(EFailure::kMalformed, file + ": the password in its first line contains a NUL character");
   }
   if (password.Size() > kMaxPassword) {
     throw THostError(EFailure::kInvalidArgument,
                      (file.empty() ? "the password in VELHOST_IPMI_PASSWORD" : "the password in " + file) +
-                         std::string(" is longer than the 20 bytes of IPMI 2.0"));
+                         std::string(" is longer than 20 bytes, the limit of IPMI 2.0"));
   }
   return password;
 }

@@ -111,9 +111,11 @@ TJson ParseObject(const TLineText& text) {
   std::optional<std::string> twice;
   std::size_t values = 0;
   const auto note = [&](int depth, TJson::parse_event_t event, TJson& parsed) {
-    if (depth > kDeepestRecordedValue) text.Fail(1, "found values in values in values, expected one object in another");
+    if (depth > kDeepestRecordedValue)
+      text.Fail(1, "found values nested too deeply, expected at most one object in another");
     if (++values > kMostRecordedValues) {
-      text.Fail(1, "found more than " + std::to_string(kMostRecordedValues) + " values in one line, expected fewer");
+      text.Fail(1, "found more than " + std::to_string(kMostRecordedValues) + " values in one line, expected at most " +
+                       std::to_string(kMostRecordedValues));
     }
     if (event == TJson::parse_event_t::key && !names.insert(parsed.get<std::string>()).second) twice = parsed;
     return true;
@@ -297,7 +299,7 @@ TRecordedRun ReadRun(const TMembers& members) {
 /// The version, after a check of the members that every recording begins with.
 int ReadVersion(const TLineText& text, const TJson& object, const TMembers& members) {
   if (!members.Has("format"))
-    text.Fail(1, "found no \"format\", expected \"velhost-recording\" as every recording has");
+    text.Fail(1, "found no \"format\", expected \"velhost-recording\"");
   const std::string format = members.String("format");
   if (format != "velhost-recording") {
     text.FailAt("format", "found " + Quoted(format) + " for \"format\", expected \"velhost-recording\"");

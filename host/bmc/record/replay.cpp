@@ -121,14 +121,14 @@ std::string TReplay::Diagnostic(bool isError, std::uint32_t line, const std::str
 }
 
 std::optional<std::string> TReplay::CutWarning() const {
-  if (!hasHeader_)
-    return Diagnostic(false, 1, "the recording was cut in its first line; nothing of it can be replayed");
+  if (!hasHeader_) return Diagnostic(false, 1, "the recording was cut in its first line; none of it can be replayed");
   if (cutLine_ != 0) {
     return Diagnostic(false, cutLine_, "the recording was cut in this line; it replays up to the line before");
   }
   if (!ranOut_) return std::nullopt;
-  return Diagnostic(false, wholeLines_,
-                    "the recording ends here, before the collection does: it was cut, or less was collected then");
+  return Diagnostic(
+      false, wholeLines_,
+      "the recording ends here, before the collection: it was cut, or less was collected when it was made");
 }
 
 /// The next recorded line, if it answers the request; otherwise null.

@@ -81,7 +81,7 @@ TDescriptor TDataFolder::OpenFile(const std::string& name) {
   if (way_ == EWay::kKernel) {
     TDescriptor file(OpenBeneath(folder_.Get(), name));
     if (file) return file;
-    if (errno == EXDEV) ThrowLink(name, "which a symbolic link leads out of the folder");
+    if (errno == EXDEV) ThrowLink(name, "which is outside the folder because of a symbolic link");
     // The call is unknown to the kernel or blocked by a container's system call filter.
     if (errno != ENOSYS && errno != EPERM) ThrowErrno(prefix_ + name, errno);
   }
@@ -93,8 +93,8 @@ TStoredBytes TDataFolder::Open(const std::string& name, std::size_t limit) {
     struct stat status = {};
     if (stat(file_.c_str(), &status) == 0 && S_ISFIFO(status.st_mode)) {
       throw THostError(EFailure::kMalformed,
-                       "found a data file, but the server file comes from a pipe, which has no folder; expected a "
-                       "server file that is a file, or the bytes themselves");
+                       "found a data file, but the server file comes from a pipe, which has no folder, expected a "
+                       "server file in a regular file, or the bytes themselves");
     }
     folder_ = TDescriptor(open(prefix_.empty() ? "." : prefix_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder_) ThrowErrno(prefix_, errno);

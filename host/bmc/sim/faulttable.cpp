@@ -41,7 +41,8 @@ void ReadAction(const TTomlTable& table, TFault& fault) {
     fault.completionCode = static_cast<std::uint8_t>(*code);
     if (isDot) {
       table.Fail(table.Find("completion_code")->place,
-                 "found \"completion_code\" for dot commands, which have none, expected \"lost\" or \"truncate\"");
+                 "found \"completion_code\" for dot commands, which have no completion code, expected \"lost\" or "
+                 "\"truncate\"");
     }
   }
   fault.lost = table.Boolean("lost").value_or(false);
@@ -57,7 +58,7 @@ void RequireOneAction(const TTomlTable& table, const TFault& fault) {
   const TTomlMember* const lost = table.Find("lost");
   if (actions == 0 && lost != nullptr) {
     table.Fail(lost->place,
-               "found \"lost\" = false, which does nothing, expected true, or \"completion_code\", \"truncate\" or "
+               "found \"lost\" = false, which has no effect, expected true, or \"completion_code\", \"truncate\" or "
                "\"delay_ms\"");
   }
   table.Fail(table.Place(), std::string("found ") + (actions == 0 ? "none" : "more than one") +

@@ -50,7 +50,7 @@ TNotServed ReasonNotToServe(const TServerFile& server, int node) {
   if (node < 0 || static_cast<std::size_t>(node) >= server.nodes.size()) {
     return {"there is no BMC node " + std::to_string(node) + "; the server has " + NodesOf(server)};
   }
-  if (!server.driverPresent) return {"with driver_present = false no IPMI exchange takes place"};
+  if (!server.driverPresent) return {"with driver_present = false, no IPMI exchange takes place"};
   constexpr std::size_t kShortest = wire::TCommandBuffer::kData + wire::StorageArea::kManufacturerId.size();
   for (const TFault& fault : server.faults) {
     if (fault.lost) {

@@ -118,7 +118,7 @@ void TServerFileReader::ReadRegister(const TTomlTable& table, TSimulatedNode& no
   const auto [line, isNew] = linesOfRegisters_.emplace(key, address.value.place.line);
   if (!isNew) {
     table.Fail(address.value.place, "found a register that line " + std::to_string(line->second) +
-                                        " has already, expected each chip and address (its low 24 bits) once");
+                                        " already has, expected each chip and address (its low 24 bits) once");
   }
   TSimulatedRegister& entry = node.registers[key];
   entry.value = ToArray<wire::RegisterRead::kValueSize>(*table.Bytes("value", wire::RegisterRead::kValueSize));
@@ -137,7 +137,7 @@ void TServerFileReader::ReadArea(const TTomlTable& table, TSimulatedNode& node) 
   const std::string sent = area.name.substr(0, wire::StorageArea::kNameSize);
   if (!namesOfAreas_.insert(sent).second) {
     table.Fail(name.value.place, "found a second storage area " + Quoted(sent) +
-                                     ", expected each name (its first 25 bytes) once in a node");
+                                     ", expected each name (its first 25 bytes) once per node");
   }
   area.data = BytesOrFile(table, "data", "data_file", kLargestDataFile);
   using TSize = std::numeric_limits<std::int32_t>;
@@ -160,7 +160,7 @@ bool LeadsUp(const std::string& name) { return ("/" + name + "/").find("/../") !
 TStoredBytes TServerFileReader::DataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
   const std::string name = *table.String(member.name);
   if (name.empty() || name.find('\0') != std::string::npos) {
-    table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file's name");
+    table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file name");
   }
   if (name.front() == '/' || LeadsUp(name)) {
     table.Fail(member.value.place, "found " + Quoted(name) + ", expected a file in this file's folder or below, by a " +
@@ -173,8 +173,8 @@ TStoredBytes TServerFileReader::DataFile(const TTomlTable& table, const TTomlMem
 
 TStoredBytes TServerFileReader::OpenDataFile(const TTomlTable& table, const TTomlMember& member, std::size_t limit) {
   if (dataFiles_.size() == kMostDataFiles) {
-    table.Fail(member.value.place,
-               "found more than " + std::to_string(kMostDataFiles) + " data files, expected no more");
+    table.Fail(member.value.place, "found more than " + std::to_string(kMostDataFiles) +
+                                       " data files, expected at most " + std::to_string(kMostDataFiles));
   }
   TStoredBytes content;
   try {

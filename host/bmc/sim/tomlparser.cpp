@@ -89,7 +89,8 @@ void TTomlParser::Parse() {
 
 void TTomlParser::Count(const TTomlPlace& place) {
   if (++values_ <= kMostTomlValues) return;
-  at_.Fail(place, "found more than " + std::to_string(kMostTomlValues) + " values, expected no more in one file");
+  at_.Fail(place, "found more than " + std::to_string(kMostTomlValues) + " values in one file, expected at most " +
+                      std::to_string(kMostTomlValues));
 }
 
 TTomlValue TTomlParser::NewTable(const TTomlPlace& place, EOrigin origin) {
@@ -103,15 +104,16 @@ TTomlValue TTomlParser::NewTable(const TTomlPlace& place, EOrigin origin) {
 
 TTomlMember& TTomlParser::AddMember(TTomlTableContent& table, const TKeyPart& part, TTomlValue value) {
   if (table.members.size() == kMostTomlKeys) {
-    at_.Fail(part.place, "found more than " + std::to_string(kMostTomlKeys) + " keys in one table, expected no more");
+    at_.Fail(part.place, "found more than " + std::to_string(kMostTomlKeys) + " keys in one table, expected at most " +
+                             std::to_string(kMostTomlKeys));
   }
   table.members.push_back({part.name, part.place, std::move(value)});
   return table.members.back();
 }
 
 void TTomlParser::FailSecond(const TKeyPart& part, const TTomlMember& first) const {
-  at_.Fail(part.place, "found a second " + Quoted(part.name) + ", expected it once; line " +
-                           std::to_string(first.place.line) + " has the first");
+  at_.Fail(part.place, "found a second " + Quoted(part.name) + ", expected it once; the first is in line " +
+                           std::to_string(first.place.line));
 }
 
 // Keys
@@ -129,7 +131,8 @@ TKey TTomlParser::ParseKey(const char* expected) {
   while (true) {
     const TTomlPlace place = at_.Place();
     if (key.size() == kMostTomlKeyParts) {
-      at_.Fail(place, "found a key of more than " + std::to_string(kMostTomlKeyParts) + " parts, expected no more");
+      at_.Fail(place, "found a key of more than " + std::to_string(kMostTomlKeyParts) + " parts, expected at most " +
+                          std::to_string(kMostTomlKeyParts));
     }
     key.push_back({ParseKeyPart(key.empty() ? expected : "a key after the full stop"), place});
     at_.SkipBlanks();
@@ -225,8 +228,8 @@ void TTomlParser::ParseKeyAndValue(TTomlTableContent& table, int depth) {
 
 TTomlValue TTomlParser::ParseValue(int depth) {
   if (depth == kDeepestTomlValue) {
-    at_.Fail(at_.Place(),
-             "found values more than " + std::to_string(kDeepestTomlValue) + " deep in each other, expected no deeper");
+    at_.Fail(at_.Place(), "found values nested more than " + std::to_string(kDeepestTomlValue) +
+                              " levels deep, expected at most " + std::to_string(kDeepestTomlValue));
   }
   if (at_.Peek() == '{') {
     TTomlValue value = NewTable(at_.Place(), EOrigin::kInline);
@@ -262,7 +265,7 @@ void TTomlParser::ParseWord(TTomlValue& value) {
   const std::string_view word = at_.TextFrom(start);
   if (word.empty()) at_.FailExpecting("a value");
   const auto scalar = ReadTomlScalar(word);
-  if (!scalar) at_.Fail(value.place, "found " + Quoted(word) + ", expected a value; a text has quotes around it");
+  if (!scalar) at_.Fail(value.place, "found " + Quoted(word) + ", expected a value; a string needs quotes");
   if (scalar->isTooLarge) {
     at_.Fail(value.place,
              "found " + Quoted(word) + ", expected an integer from -9223372036854775808 to 9223372036854775807");

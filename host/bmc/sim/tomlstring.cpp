@@ -52,7 +52,7 @@ void TStringReader::TakeUnicode(std::size_t digits) {
     at_.Next();
   }
   if (code > kLargestCharacter || (code >= 0xD800 && code < 0xE000)) {
-    at_.Fail(place, "found the number of no character, expected one from 0 to D7FF or E000 to 10FFFF");
+    at_.Fail(place, "found a number that is not a character, expected 0 to D7FF or E000 to 10FFFF");
   }
   AppendUtf8(*decoded_, code);
 }

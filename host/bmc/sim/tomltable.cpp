@@ -95,7 +95,7 @@ std::optional<std::string> TTomlTable::Moment(std::string_view name) const {
   const std::string_view text = member->value.text;
   if (text.size() != kCimDateTimeSize) {
     const std::string found = text.empty() ? "a date-time without an offset"
-                                           : "an offset of more than 999 minutes, which no CIM datetime holds,";
+                                           : "an offset of more than 999 minutes, which a CIM datetime cannot hold,";
     Fail(member->value.place, "found " + found + " for " + Quoted(name) + ", expected " + kExpected);
   }
   return std::string(text);
@@ -128,8 +128,8 @@ void TTomlTable::ForEach(std::string_view name, std::size_t most,
   if (member == nullptr) return;
   const std::vector<TTomlValue>& elements = member->value.array->elements;
   if (elements.size() > most) {
-    Fail(elements[most].place,
-         "found more than " + std::to_string(most) + " [[" + std::string(name) + "]] tables, expected no more");
+    Fail(elements[most].place, "found more than " + std::to_string(most) + " [[" + std::string(name) +
+                                   "]] tables, expected at most " + std::to_string(most));
   }
   for (const TTomlValue& element : elements) read(TTomlTable(*document_, element, what));
 }

@@ -43,7 +43,7 @@ std::optional<std::size_t> EndOfStrings(TBytes bytes, std::size_t from) {
 /// The structure that `rest` begins with; if it is not whole, empty, and `defect` says why.
 std::optional<TStructure> FirstStructure(TBytes rest, const char*& defect) {
   if (rest.size() < kHeaderSize) {
-    defect = "a structure header needs 4 bytes, and the table ends before";
+    defect = "a structure header needs 4 bytes, but the table ends before that";
     return std::nullopt;
   }
   const std::size_t length = rest[kLength];
@@ -57,7 +57,7 @@ std::optional<TStructure> FirstStructure(TBytes rest, const char*& defect) {
   }
   const auto end = EndOfStrings(rest, length);
   if (!end) {
-    defect = "the structure's strings have no end";
+    defect = "the structure's strings are not terminated";
     return std::nullopt;
   }
   return TStructure{rest.first(length), rest.subspan(length, *end - 1 - length), *end};

@@ -75,29 +75,29 @@ TEST_F(InbandOpening, DeclarationAddsNoNodeToDevices) {
 
 constexpr const char* kAdvice =
     "If this server has a BMC, load its driver (modprobe ipmi_si; modprobe ipmi_devintf); "
-    "otherwise name another service processor with --sp, as in lan:HOST";
+    "otherwise choose another service processor, such as --sp lan:HOST";
 
 TEST_F(InbandOpening, NothingAtAllCannotBeReached) {
   ExpectError({""}, kNoBmc, EFailure::kUnreachable,
-              std::string("there is no IPMI device /dev/ipmi* here, and SMBIOS declares none\n") + kAdvice);
+              std::string("there is no IPMI device /dev/ipmi*, and SMBIOS declares none\n") + kAdvice);
 }
 
 TEST_F(InbandOpening, NothingAtAllSaysWhatIsKnownAboutSmbios) {
   ExpectError({""}, Smbios(ESmbiosStatus::kAbsent, false), EFailure::kUnreachable,
-              std::string("there is no IPMI device /dev/ipmi* here, and this machine shows no SMBIOS that could "
-                          "declare one\n") +
+              std::string("there is no IPMI device /dev/ipmi*, and this machine has no SMBIOS that could declare "
+                          "one\n") +
                   kAdvice);
   ExpectError({""}, Smbios(ESmbiosStatus::kDenied, false), EFailure::kUnreachable,
-              std::string("there is no IPMI device /dev/ipmi* here, and whether SMBIOS declares one only root may "
-                          "read\n") +
+              std::string("there is no IPMI device /dev/ipmi*, and only root can read whether SMBIOS declares "
+                          "one\n") +
                   kAdvice);
 }
 
 TEST_F(InbandOpening, RefusedDeviceIsDenied) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi1", EACCES);
-  ExpectError(
-      {""}, kNoBmc, EFailure::kDenied,
-      "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or let this user read and write the device");
+  ExpectError({""}, kNoBmc, EFailure::kDenied,
+              "cannot open /dev/ipmi1: Permission denied\nRun velhost as root, or give this user read and write access "
+              "to the device");
 }
 
 TEST_F(InbandOpening, MissingNamedDeviceCannotBeReached) {
@@ -121,7 +121,8 @@ TEST(InbandSpec, AnythingElseIsAUsageError) {
       ADD_FAILURE() << spec;
     } catch (const THostError& error) {
       EXPECT_EQ(error.Kind(), EFailure::kInvalidArgument);
-      EXPECT_EQ(error.what(), std::string("'") + spec + "' names no IPMI device; expected inband or inband:/dev/ipmiN");
+      EXPECT_EQ(error.what(),
+                std::string("'") + spec + "' is not an IPMI device; expected inband or inband:/dev/ipmiN");
     }
   }
 }

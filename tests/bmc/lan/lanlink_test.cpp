@@ -95,10 +95,10 @@ TEST_F(LanLink, TriesTheNextCipherSuite) {
 
 TEST_F(LanLink, WarnsAboutWhatACipherSuiteDoesNotProtect) {
   const std::string all =
-      "checks no password and protects nothing: anybody on the network can pose as the BMC, and read and change what "
-      "is exchanged";
+      "checks no password and protects nothing: anybody on the network can impersonate the BMC, and read and change "
+      "what is exchanged";
   const std::string login =
-      "protects nothing but the login: anybody between here and the BMC can read and change what is exchanged";
+      "protects only the login: anybody between here and the BMC can read and change what is exchanged";
   const std::string text = "does not encrypt: anybody between here and the BMC can read what is exchanged";
   const std::map<int, std::string> warnings = {{0, all},  {1, login}, {6, login}, {15, login},
                                                {2, text}, {7, text},  {11, text}, {16, text}};
@@ -142,15 +142,15 @@ TEST_F(LanLink, OpeningIsRetriedAfterALostPacket) {
 TEST_F(LanLink, RefusedPasswordEndsTheAttempts) {
   module_.Open(VEL_LAN_PASSWORD, "password invalid");
   ExpectRefused(EFailure::kRefused,
-                "lan:bmc:623: the password of user 'admin' is not the one that the BMC has; it is wrong, or what "
-                "answers there may be an impostor");
+                "lan:bmc:623: the password of user 'admin' is not the BMC's; either it is wrong, or an impostor "
+                "is answering");
 }
 
 TEST_F(LanLink, BmcWithItsOwnKeyIsReported) {
   module_.Open(VEL_LAN_KEY, "k_g invalid");
   ExpectRefused(EFailure::kRefused,
-                "lan:bmc:623: the BMC ends the opening with another key than the password's; it has a key of its own "
-                "(K_g), which velhost cannot use, or what answers there may be an impostor");
+                "lan:bmc:623: the BMC uses a key that does not come from the password; either it has a key of its "
+                "own (K_g), which velhost cannot use, or an impostor is answering");
 }
 
 TEST_F(LanLink, RefusedUserIsNamed) {
@@ -161,9 +161,8 @@ TEST_F(LanLink, RefusedUserIsNamed) {
 
 TEST_F(LanLink, RefusedPrivilegeIsReported) {
   module_.Open(VEL_LAN_PRIVILEGE).Open(VEL_LAN_PRIVILEGE);
-  ExpectRefused(
-      EFailure::kRefused,
-      "lan:bmc:623: the BMC refuses user 'admin' the privilege level admin; --privilege asks for a lower one");
+  ExpectRefused(EFailure::kRefused,
+                "lan:bmc:623: the BMC refuses user 'admin' the privilege level admin; use --privilege for a lower one");
 }
 
 TEST_F(LanLink, NoAnswerIsNotRetried) {
@@ -181,8 +180,8 @@ TEST_F(LanLink, RefusedCipherSuitesAreListed) {
 
 TEST_F(LanLink, EveryOtherRefusalHasItsMessage) {
   module_.Open(VEL_LAN_BAD_HOST).Open(VEL_LAN_NO_IPMI_2_0).Open(VEL_LAN_FAILED, "out of memory");
-  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the host's name cannot be resolved");
-  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the BMC does not speak IPMI 2.0 here");
+  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the host name cannot be resolved");
+  ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: the BMC does not support IPMI 2.0 here");
   ExpectRefused(EFailure::kUnreachable, "lan:bmc:623: out of memory");
 }
 
@@ -218,7 +217,7 @@ TEST_F(LanLink, SecondLossInARowGivesTheNodeUp) {
   EXPECT_FALSE(Exchange().answered);
   EXPECT_EQ(
       Exchange().notice,
-      "lan:bmc:623: the BMC stopped answering during the run, and the session is lost: its requests are not answered");
+      "lan:bmc:623: the BMC stopped answering during the run, and the session is lost: requests are not answered");
   const TLanExchange later = Exchange();
   EXPECT_FALSE(later.answered);
   EXPECT_EQ(later.notice, "");

@@ -145,16 +145,15 @@ TEST_F(LanServiceProcessor, WarnsAboutFallingBackToAWeakerSuite) {
   module_.Open(VEL_LAN_CIPHER_SUITE);
   Open(1);
   EXPECT_THAT(warnings_, ElementsAre("lan:bmc:623: no session with cipher suite 17, so the weaker 3 is used; an "
-                                     "attacker can bring that about (--cipher-suite 17 takes no other, "
-                                     "--cipher-suite 3 ends this warning)"));
+                                     "attacker can cause this (--cipher-suite 17 allows no other, "
+                                     "--cipher-suite 3 silences this warning)"));
 }
 
 TEST_F(LanServiceProcessor, AnswerToAnotherCommandIsLostWithAWarning) {
   const auto processor = Open(1);
   module_.Lose(VEL_LAN_OTHER_COMMAND);
   ExpectLost(*processor);
-  EXPECT_THAT(warnings_,
-              ElementsAre("lan:bmc:623: an answer came to another command than the request's; it is not used"));
+  EXPECT_THAT(warnings_, ElementsAre("lan:bmc:623: an answer to a command other than the one requested was ignored"));
   EXPECT_TRUE(notices_.empty());
 }
 
@@ -195,7 +194,7 @@ TEST_F(LanServiceProcessor, DeadlineBeforeTheOpeningMakesItUnreachable) {
     FAIL() << "opened";
   } catch (const THostError& error) {
     EXPECT_EQ(error.Kind(), EFailure::kUnreachable);
-    EXPECT_STREQ(error.what(), "lan:bmc:623: no session before the deadline");
+    EXPECT_STREQ(error.what(), "lan:bmc:623: no session was open by the deadline");
   }
 }
 
@@ -316,16 +315,17 @@ TEST_F(LanClient, SaysThatItWasBuiltWithoutLan) {
 }
 #else
 TEST_F(LanClient, SaysWhereItLookedForTheModule) {
-  EXPECT_EQ(ErrorWith({"/nowhere", "/else"}),
-            "lan: the LAN module velhost-lan.so is not installed; the package velhost-lan has it, and \"cmake --build "
-            "build/release --target velhost_lan\" builds it. Looked for\n"
-            "  /nowhere/velhost-lan.so\n  /else/velhost-lan.so");
+  EXPECT_EQ(
+      ErrorWith({"/nowhere", "/else"}),
+      "lan: the LAN module velhost-lan.so is not installed; it is in the package velhost-lan, and \"cmake --build "
+      "build/release --target velhost_lan\" builds it. Looked for\n"
+      "  /nowhere/velhost-lan.so\n  /else/velhost-lan.so");
 }
 #endif
 
 TEST_F(LanClient, RefusesALibraryThatIsNotItsLanModule) {
   EXPECT_EQ(ErrorWith({OTHER_MODULE_DIR}),
-            "lan: " OTHER_MODULE_DIR "/velhost-lan.so is not a LAN module of this velhost's version");
+            "lan: " OTHER_MODULE_DIR "/velhost-lan.so is not a LAN module for this version of velhost");
 }
 
 TEST_F(LanClient, RefusesAFileThatIsNotALibrary) {

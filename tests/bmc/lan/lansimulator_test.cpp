@@ -98,8 +98,8 @@ TEST_F(LanSimulator, WrongPasswordIsRefused) {
   options_.password = TSecret("not-this-one");
   EXPECT_EQ(Refusal(EFailure::kRefused),
             Name() +
-                ": the password of user 'ipmiusr' is not the one that the BMC has; it is wrong, or what answers "
-                "there may be an impostor");
+                ": the password of user 'ipmiusr' is not the BMC's; either it is wrong, or an impostor "
+                "is answering");
 }
 
 TEST_F(LanSimulator, RefusedPasswordIsNotInMemoryAfterwards) {
@@ -132,8 +132,8 @@ TEST_F(LanSimulator, FallingBackToAnotherCipherSuiteGivesAWarning) {
   options_.cipherSuites = {17, 3};
   Open();
   EXPECT_THAT(notices_, ElementsAre(Name() + ": no session with cipher suite 17, so the weaker 3 is used; an attacker "
-                                             "can bring that about (--cipher-suite 17 takes no other, "
-                                             "--cipher-suite 3 ends this warning)"));
+                                             "can cause this (--cipher-suite 17 allows no other, "
+                                             "--cipher-suite 3 silences this warning)"));
 }
 
 TEST_F(LanSimulator, SessionHasTheRequestedPrivilegeLevel) {
@@ -150,7 +150,7 @@ TEST_F(LanSimulator, SessionHasTheRequestedPrivilegeLevel) {
 TEST_F(LanSimulator, NoAnswerIsReportedByTheDeadline) {
   options_ = OptionsFor(FreePort());
   stop_.SetDeadline(TStopSignal::TClock::now() + milliseconds(100));
-  EXPECT_EQ(Refusal(EFailure::kUnreachable), Name() + ": no session before the deadline");
+  EXPECT_EQ(Refusal(EFailure::kUnreachable), Name() + ": no session was open by the deadline");
 }
 
 TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {

@@ -71,24 +71,24 @@ void ExpectUsage(const std::string& spec, const std::string& problem) {
 
 TEST(LanSpec, AnythingElseIsAUsageErrorThatNamesTheProblem) {
   ExpectUsage("lan", "does not begin with 'lan:'");
-  ExpectUsage("lan:", "names no host");
-  ExpectUsage("lan:me@", "names no host");
-  ExpectUsage("lan::623", "names no host");
-  ExpectUsage("lan:[]", "names no host");
+  ExpectUsage("lan:", "no host is given");
+  ExpectUsage("lan:me@", "no host is given");
+  ExpectUsage("lan::623", "no host is given");
+  ExpectUsage("lan:[]", "no host is given");
   ExpectUsage("lan:@bmc", "'@' without a user before it");
-  ExpectUsage("lan:seventeen-letters@bmc", "the user's name is longer than the 16 bytes of IPMI");
+  ExpectUsage("lan:seventeen-letters@bmc", "the user name is longer than 16 bytes, the limit of IPMI");
   ExpectUsage("lan:[::1", "'[' without ']'");
-  ExpectUsage("lan:[bmc]", "'bmc' is no host name or address");
-  ExpectUsage("lan:bm c", "'bm c' is no host name or address");
-  ExpectUsage("lan:-bmc", "'-bmc' is no host name or address");
-  ExpectUsage("lan:[::1]623", "'623' behind the address");
-  ExpectUsage("lan:bmc:", "'' is no port from 1 to 65535");
-  ExpectUsage("lan:bmc:0", "'0' is no port from 1 to 65535");
-  ExpectUsage("lan:bmc:65536", "'65536' is no port from 1 to 65535");
-  ExpectUsage("lan:bmc:62x", "'62x' is no port from 1 to 65535");
-  ExpectUsage("lan:bmc:99999999999999999999", "'99999999999999999999' is no port from 1 to 65535");
-  ExpectUsage("lan:::1", "names no host");
-  ExpectUsage("lan:fe80::1", "':1' is no port from 1 to 65535");
+  ExpectUsage("lan:[bmc]", "'bmc' is not a host name or address");
+  ExpectUsage("lan:bm c", "'bm c' is not a host name or address");
+  ExpectUsage("lan:-bmc", "'-bmc' is not a host name or address");
+  ExpectUsage("lan:[::1]623", "unexpected '623' after the address");
+  ExpectUsage("lan:bmc:", "'' is not a port from 1 to 65535");
+  ExpectUsage("lan:bmc:0", "'0' is not a port from 1 to 65535");
+  ExpectUsage("lan:bmc:65536", "'65536' is not a port from 1 to 65535");
+  ExpectUsage("lan:bmc:62x", "'62x' is not a port from 1 to 65535");
+  ExpectUsage("lan:bmc:99999999999999999999", "'99999999999999999999' is not a port from 1 to 65535");
+  ExpectUsage("lan:::1", "no host is given");
+  ExpectUsage("lan:fe80::1", "':1' is not a port from 1 to 65535");
 }
 
 TEST(LanSpec, PasswordAfterTheUserIsRefusedAndNotRepeated) {
@@ -99,8 +99,8 @@ TEST(LanSpec, PasswordAfterTheUserIsRefusedAndNotRepeated) {
     } catch (const THostError& error) {
       EXPECT_EQ(error.Kind(), EFailure::kInvalidArgument);
       EXPECT_STREQ(error.what(),
-                   "lan:USER@HOST: USER has a ':'; a password does not belong there, where others can read it in the "
-                   "list of processes: set VELHOST_IPMI_PASSWORD, or name a file with --password-file");
+                   "lan:USER@HOST: USER has a ':'; do not give a password there, because others can read it in the "
+                   "list of processes: set VELHOST_IPMI_PASSWORD, or use --password-file");
     }
   }
 }
@@ -147,22 +147,22 @@ TEST_F(LanPasswordSource, IsTheFilesFirstLine) {
 TEST_F(LanPasswordSource, IsRequired) {
   ExpectError("", std::nullopt, EFailure::kInvalidArgument,
               "a service processor on the network needs a password: set VELHOST_IPMI_PASSWORD, "
-              "or name a file with --password-file");
+              "or use --password-file");
 }
 
 TEST_F(LanPasswordSource, HasAtMostTwentyBytes) {
   EXPECT_STREQ(LanPassword("", TSecret("12345678901234567890"), reader_).Text(), "12345678901234567890");
   ExpectError("", TSecret("123456789012345678901"), EFailure::kInvalidArgument,
-              "the password in VELHOST_IPMI_PASSWORD is longer than the 20 bytes of IPMI 2.0");
+              "the password in VELHOST_IPMI_PASSWORD is longer than 20 bytes, the limit of IPMI 2.0");
   reader_.Add("f", "123456789012345678901");
   ExpectError("f", std::nullopt, EFailure::kInvalidArgument,
-              "the password in f is longer than the 20 bytes of IPMI 2.0");
+              "the password in f is longer than 20 bytes, the limit of IPMI 2.0");
 }
 
 // A C string would end there, and a shorter password would be sent.
 TEST_F(LanPasswordSource, HasNoNul) {
   reader_.Add("f", std::string("pw\0x\n", 5));
-  ExpectError("f", std::nullopt, EFailure::kMalformed, "f: the password in its first line has a NUL character");
+  ExpectError("f", std::nullopt, EFailure::kMalformed, "f: the password in its first line contains a NUL character");
 }
 
 TEST_F(LanPasswordSource, MissingFileIsAbsent) {

@@ -72,18 +72,18 @@ TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndReported) {
   const auto processor = Open();
   notices_.clear();
   ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
-  EXPECT_THAT(notices_, ElementsAre(std::pair(
-                            ELanNotice::kWarning,
-                            Name() + ": an answer came to another command than the request's; it is not used")));
+  EXPECT_THAT(notices_,
+              ElementsAre(std::pair(ELanNotice::kWarning,
+                                    Name() + ": an answer to a command other than the one requested was ignored")));
 }
 
 TEST_P(LanStrangers, SuiteWithoutAnyProtectionGivesAWarning) {
   const auto processor = Open();
   EXPECT_EQ(bmc_.Proofs(), 2);  // one opening to find the way, one for use
-  EXPECT_THAT(notices_,
-              ElementsAre(std::pair(ELanNotice::kWarning,
-                                    Name() + ": cipher suite 0 checks no password and protects nothing: anybody on the "
-                                             "network can pose as the BMC, and read and change what is exchanged")));
+  EXPECT_THAT(notices_, ElementsAre(std::pair(
+                            ELanNotice::kWarning,
+                            Name() + ": cipher suite 0 checks no password and protects nothing: anybody on the "
+                                     "network can impersonate the BMC, and read and change what is exchanged")));
 }
 
 TEST_P(LanStrangers, ImpostorIsSuspectedAndGetsNoProofOfThePassword) {
@@ -95,8 +95,8 @@ TEST_P(LanStrangers, ImpostorIsSuspectedAndGetsNoProofOfThePassword) {
   } catch (const THostError& error) {
     EXPECT_EQ(error.Kind(), EFailure::kRefused);
     EXPECT_EQ(error.what(), Name() +
-                                ": the password of user 'user' is not the one that the BMC has; it is wrong, or "
-                                "what answers there may be an impostor");
+                                ": the password of user 'user' is not the BMC's; either it is wrong, or an impostor "
+                                "is answering");
   }
   EXPECT_EQ(bmc_.Proofs(), 0);
 }

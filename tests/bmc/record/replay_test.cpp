@@ -295,7 +295,7 @@ TEST(Replay, WarnsThatTheRecordingWasCut) {
   EXPECT_FALSE(first.HasHeader());
   EXPECT_EQ(first.Discover().bmcNodes, 0);
   EXPECT_EQ(first.CutWarning(),
-            "r.jsonl:1:1: warning: the recording was cut in its first line; nothing of it can be replayed\n");
+            "r.jsonl:1:1: warning: the recording was cut in its first line; none of it can be replayed\n");
   EXPECT_EQ(TMemoryReplay("").CutWarning(), first.CutWarning());
   EXPECT_EQ(TMemoryReplay(kHead + kTimestampLine + "{").CutWarning(),
             "r.jsonl:3:1: warning: the recording was cut in this line; it replays up to the line before\n");
@@ -303,10 +303,9 @@ TEST(Replay, WarnsThatTheRecordingWasCut) {
   Send(shorter, 0, ReadTimestamp());
   EXPECT_FALSE(shorter.CutWarning());
   ExpectNoAnswer(Send(shorter, 0, ReadTimestamp()));
-  EXPECT_EQ(
-      shorter.CutWarning(),
-      "r.jsonl:2:1: warning: the recording ends here, before the collection does: it was cut, or less was collected "
-      "then\n");
+  EXPECT_EQ(shorter.CutWarning(),
+            "r.jsonl:2:1: warning: the recording ends here, before the collection: it was cut, or less was collected "
+            "when it was made\n");
 }
 
 TEST(Replay, TakesNoTimeUnlessTold) {

@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
             "               ^\n"},
         TBadServer{
             kType + "local_time = 2026-01-31T12:34:56-16:40",
-            "server.toml:2:14: error: found an offset of more than 999 minutes, which no CIM datetime holds, for "
+            "server.toml:2:14: error: found an offset of more than 999 minutes, which a CIM datetime cannot hold, for "
             "\"local_time\", expected a date-time with its offset from UTC, such as 2026-01-31T12:34:56+01:00\n"
             "  local_time = 2026-01-31T12:34:56-16:40\n"
             "               ^\n"},
@@ -113,11 +113,11 @@ INSTANTIATE_TEST_SUITE_P(
                    "  block = \"\"\"\n"
                    "          ^\n"},
         TBadServer{kType + "[[dot.service_processor]]\nblock_file = \"\"",
-                   "server.toml:3:14: error: found \"\", expected a file's name\n"
+                   "server.toml:3:14: error: found \"\", expected a file name\n"
                    "  block_file = \"\"\n"
                    "               ^\n"},
         TBadServer{kType + "[[dot.service_processor]]\nblock_file = \"a\\u0000b\"",
-                   "server.toml:3:14: error: found \"a?b\", expected a file's name\n"
+                   "server.toml:3:14: error: found \"a?b\", expected a file name\n"
                    "  block_file = \"a\\u0000b\"\n"
                    "               ^\n"}));
 
@@ -169,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(
         TBadServer{kType +
                        "[[bmc_node]]\nregister = [\n{ address = 0x01000005, value = \"01 02 03 04 05 06 07 08\" },\n"
                        "{ address = 5, value = \"01 02 03 04 05 06 07 08\" }]",
-                   "server.toml:5:13: error: found a register that line 4 has already, expected each chip and address "
+                   "server.toml:5:13: error: found a register that line 4 already has, expected each chip and address "
                    "(its low 24 bits) once\n"
                    "  { address = 5, value = \"01 02 03 04 05 06 07 08\" }]\n"
                    "              ^\n"}));
@@ -197,7 +197,7 @@ INSTANTIATE_TEST_SUITE_P(
         TBadServer{kType + "[[bmc_node]]\nstorage_area = [\n{ name = \"abcdefghijklmnopqrstuvwxyz\", data = \"\" },\n"
                            "{ name = \"abcdefghijklmnopqrstuvwxy\", data = \"\" }]",
                    "server.toml:5:10: error: found a second storage area \"abcdefghijklmnopqrstuvwxy\", expected each "
-                   "name (its first 25 bytes) once in a node\n"
+                   "name (its first 25 bytes) once per node\n"
                    "  { name = \"abcdefghijklmnopqrstuvwxy\", data = \"\" }]\n"
                    "           ^\n"}));
 
@@ -216,7 +216,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "  on = \"regster\"\n"
                    "       ^\n"},
         TBadServer{kFault + "on = \"read\"\nlost = false",
-                   "server.toml:4:1: error: found \"lost\" = false, which does nothing, expected true, or "
+                   "server.toml:4:1: error: found \"lost\" = false, which has no effect, expected true, or "
                    "\"completion_code\", \"truncate\" or \"delay_ms\"\n"
                    "  lost = false\n"
                    "  ^\n"},
@@ -243,8 +243,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "  [[fault]]\n"
                    "  ^\n"},
         TBadServer{kFault + "on = \"dot\"\ncompletion_code = 1",
-                   "server.toml:4:1: error: found \"completion_code\" for dot commands, which have none, expected "
-                   "\"lost\" or \"truncate\"\n"
+                   "server.toml:4:1: error: found \"completion_code\" for dot commands, which have no completion code, "
+                   "expected \"lost\" or \"truncate\"\n"
                    "  completion_code = 1\n"
                    "  ^\n"},
         TBadServer{kFault + "on = \"read\"\ncompletion_code = 256",
@@ -292,16 +292,15 @@ INSTANTIATE_TEST_SUITE_P(
                    "  # \xE2\x82\n"
                    "    ^\n"},
         TBadServer{"machine_type = \"\"\nmachine_type = \"\"",
-                   "server.toml:2:1: error: found a second \"machine_type\", expected it once; line 1 has the first\n"
+                   "server.toml:2:1: error: found a second \"machine_type\", expected it once; the first is in line 1\n"
                    "  machine_type = \"\"\n"
                    "  ^\n"},
         TBadServer{"# time\nx = 1\nlocal_time = 2026-01-31T?2:34:56",
-                   "server.toml:3:14: error: found \"2026-01-31T?2:34:56\", expected a value; a text has quotes "
-                   "around it\n"
+                   "server.toml:3:14: error: found \"2026-01-31T?2:34:56\", expected a value; a string needs quotes\n"
                    "  local_time = 2026-01-31T?2:34:56\n"
                    "               ^\n"},
         TBadServer{"machine_type = 4411a",
-                   "server.toml:1:16: error: found \"4411a\", expected a value; a text has quotes around it\n"
+                   "server.toml:1:16: error: found \"4411a\", expected a value; a string needs quotes\n"
                    "  machine_type = 4411a\n"
                    "                 ^\n"},
         TBadServer{"machine_type =",
@@ -336,7 +335,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "  [[bmc_node]\n"
                    "            ^\n"},
         TBadServer{"[ipmi]\n[ipmi]",
-                   "server.toml:2:2: error: found a second \"ipmi\", expected it once; line 1 has the first\n"
+                   "server.toml:2:2: error: found a second \"ipmi\", expected it once; the first is in line 1\n"
                    "  [ipmi]\n"
                    "   ^\n"},
         TBadServer{"x = [1 2]",
@@ -354,11 +353,11 @@ INSTANTIATE_TEST_SUITE_P(
                    "  ipmi = { driver_present = \"\xC3\xA4\xC3\xA4\", x = 1 }\n"
                    "                                  ^\n"},
         TBadServer{"a.b.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q = 1",
-                   "server.toml:1:33: error: found a key of more than 16 parts, expected no more\n"
+                   "server.toml:1:33: error: found a key of more than 16 parts, expected at most 16\n"
                    "  a.b.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q = 1\n"
                    "                                  ^\n"},
         TBadServer{"x = [[[[[[[[[[[[[[[[1]]]]]]]]]]]]]]]]",
-                   "server.toml:1:21: error: found values more than 16 deep in each other, expected no deeper\n"
+                   "server.toml:1:21: error: found values nested more than 16 levels deep, expected at most 16\n"
                    "  x = [[[[[[[[[[[[[[[[1]]]]]]]]]]]]]]]]\n"
                    "                      ^\n"}));
 

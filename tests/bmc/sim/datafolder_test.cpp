@@ -57,7 +57,8 @@ TEST_P(DataFolder, HasItsFilesAndThoseBelowIt) {
 
 TEST_P(DataFolder, FollowsNoLinkThatLeadsOut) {
   const bool kernel = GetParam() == TDataFolder::EWay::kKernel;
-  const std::string out = kernel ? ", which a symbolic link leads out of the folder" : ", which is a symbolic link";
+  const std::string out =
+      kernel ? ", which is outside the folder because of a symbolic link" : ", which is a symbolic link";
   const std::string through = kernel ? out : ", which goes through a symbolic link";
   tree_.Link("servers/absolute", tree_.Path("outside"));
   EXPECT_EQ(Refusal("absolute"), "found \"absolute\"" + out + kExpected);
@@ -111,10 +112,9 @@ TEST(DataFolderOfAPipe, IsRefused) {
   const TTree tree;
   ASSERT_EQ(mkfifo(tree.Path("servers/s.toml").c_str(), 0600), 0);
   TDataFolder folder(tree.Path("servers/s.toml"));
-  EXPECT_EQ(
-      MessageOf([&] { folder.Open("in", 3); }),
-      "found a data file, but the server file comes from a pipe, which has no folder; expected a server file that "
-      "is a file, or the bytes themselves");
+  EXPECT_EQ(MessageOf([&] { folder.Open("in", 3); }),
+            "found a data file, but the server file comes from a pipe, which has no folder, expected a server file in "
+            "a regular file, or the bytes themselves");
 }
 
 TEST(ServerFileOnDisk, IsRefusedAtThePlaceOfALinkOut) {
@@ -125,8 +125,8 @@ TEST(ServerFileOnDisk, IsRefusedAtThePlaceOfALinkOut) {
   const std::string path = tree.Path("servers/s.toml");
   EXPECT_EQ(MessageOf([&] { ReadServerFile(path, reader); }),
             path +
-                ":3:14: error: found \"leak\", which a symbolic link leads out of the folder, expected a file in the "
-                "server file's folder or below\n"
+                ":3:14: error: found \"leak\", which is outside the folder because of a symbolic link, expected a file "
+                "in the server file's folder or below\n"
                 "  block_file = \"leak\"\n"
                 "               ^\n");
 }

@@ -23,7 +23,7 @@ std::string Refusal(const std::string& text) {
 TEST(ServerLimit, AppliesToNodes) {
   EXPECT_EQ(ServerFrom(kType + Repeated("[[bmc_node]]\n", 256)).nodes.size(), 256U);
   EXPECT_EQ(Refusal(kType + Repeated("[[bmc_node]]\n", 257)),
-            "server.toml:258:1: error: found more than 256 [[bmc_node]] tables, expected no more");
+            "server.toml:258:1: error: found more than 256 [[bmc_node]] tables, expected at most 256");
 }
 
 TEST(ServerLimit, AppliesToTheAreasOfEachNode) {
@@ -35,13 +35,13 @@ TEST(ServerLimit, AppliesToTheAreasOfEachNode) {
   const TServerFile server = ServerFrom(kType + areas(256) + areas(256));
   EXPECT_EQ(server.nodes.at(1).areas.size(), 256U);
   EXPECT_EQ(Refusal(kType + areas(257)),
-            "server.toml:260:1: error: found more than 256 [[storage_area]] tables, expected no more");
+            "server.toml:260:1: error: found more than 256 [[storage_area]] tables, expected at most 256");
 }
 
 TEST(ServerLimit, AppliesToServiceProcessors) {
   EXPECT_EQ(ServerFrom(kType + Repeated("[[dot.service_processor]]\nblock = \"00\"\n", 256)).dot->blocks.size(), 256U);
   EXPECT_EQ(Refusal(kType + Repeated("[[dot.service_processor]]\nblock = \"00\"\n", 257)),
-            "server.toml:514:1: error: found more than 256 [[service_processor]] tables, expected no more");
+            "server.toml:514:1: error: found more than 256 [[service_processor]] tables, expected at most 256");
 }
 
 TEST(ServerLimit, AppliesToTheKeysOfATable) {
@@ -49,7 +49,7 @@ TEST(ServerLimit, AppliesToTheKeysOfATable) {
   for (int i = 0; i < 100; ++i) text += "k" + std::to_string(i) + " = 1\n";
   EXPECT_THAT(Refusal(text), testing::StartsWith("server.toml:1:1: error: found the unknown key \"k0\""));
   EXPECT_EQ(Refusal(text + "last = 1\n"),
-            "server.toml:101:1: error: found more than 100 keys in one table, expected no more");
+            "server.toml:101:1: error: found more than 100 keys in one table, expected at most 100");
 }
 
 // The root table, machine_type, the array and 999,997 elements are a million.
@@ -58,7 +58,7 @@ TEST(ServerLimit, AppliesToValues) {
   EXPECT_EQ(Refusal(start + Repeated("1,", 999'997) + "]"),
             "server.toml:3:1: error: found an integer, expected a [[fault]] table");
   EXPECT_EQ(Refusal(start + Repeated("1,", 999'998) + "]"),
-            "server.toml:3:1999995: error: found more than 1000000 values, expected no more in one file");
+            "server.toml:3:1999995: error: found more than 1000000 values in one file, expected at most 1000000");
 }
 
 TEST(ServerLimit, AppliesToTheFilesSize) {
@@ -99,8 +99,8 @@ TEST(ServerLimit, AppliesToDataFiles) {
   TSizesOnly folder;
   EXPECT_EQ(ReadWith(folder, Areas(512, "")).nodes.at(1).areas.size(), 256U);
   const std::string message = MessageOf([&] { ReadWith(folder, Areas(513, "")); });
-  EXPECT_THAT(message,
-              testing::StartsWith("server.toml:1543:13: error: found more than 512 data files, expected no more\n"));
+  EXPECT_THAT(message, testing::StartsWith(
+                           "server.toml:1543:13: error: found more than 512 data files, expected at most 512\n"));
 }
 
 // Two files of 256 MiB, less the text's size, make 512 MiB together with the text.

@@ -126,12 +126,12 @@ TEST(SmbiosTable, NamesTheDefectAndItsPlace) {
   const auto defectBehind = [&good](const std::vector<std::uint8_t>& bytes) {
     return ParseSmbiosTable(TSmbiosTable(good).AddRaw(bytes).Bytes()).defect;
   };
-  EXPECT_EQ(defectBehind({1, 3}), "at offset 0x7: a structure header needs 4 bytes, and the table ends before");
+  EXPECT_EQ(defectBehind({1, 3}), "at offset 0x7: a structure header needs 4 bytes, but the table ends before that");
   EXPECT_EQ(defectBehind({1, 3, 0, 0, 0, 0}),
             "at offset 0x7: the structure's length is less than its header's 4 bytes");
   EXPECT_EQ(defectBehind({1, 7, 0, 0, 0, 0}),
             "at offset 0x7: the structure's length reaches beyond the end of the table");
-  EXPECT_EQ(defectBehind({1, 6, 0, 0, 0, 1, 'A', 0}), "at offset 0x7: the structure's strings have no end");
+  EXPECT_EQ(defectBehind({1, 6, 0, 0, 0, 1, 'A', 0}), "at offset 0x7: the structure's strings are not terminated");
 }
 
 TEST(SmbiosEntryPoint, GivesTheTableSizeOfBothForms) {
