@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -58,7 +59,7 @@ std::optional<TCaptureFile> CaptureFileOf(const TInstance& instance) {
 
 namespace {
 
-constexpr std::size_t kLongestPart = 80;
+constexpr std::size_t kLongestPart = 76;
 
 std::string NamePart(const std::string& text) {
   std::string part;
@@ -85,16 +86,27 @@ TCaptureFolder::TCaptureFolder(const std::string& path) : path_(path) {
   if (!folder_) FailToCreate(errno == ENOTDIR ? "exists and is not a folder" : std::strerror(errno));
 }
 
-std::optional<std::string> TCaptureFolder::Write(const TInstance& instance) const {
+std::optional<std::string> TCaptureFolder::Write(const TInstance& instance, bool isCut) const {
   const auto capture = CaptureFileOf(instance);
   if (!capture) return std::nullopt;
-  const std::string name = CaptureFileName(*capture);
+  const std::string whole = CaptureFileName(*capture);
+  const std::string partial = whole + std::string(kPartialSuffix);
+  const std::string& name = isCut ? partial : whole;
   const std::string path = std::filesystem::path(path_) / name;
   const std::string content(capture->data.begin(), capture->data.end());
   TOutputFile file(folder_.Get(), name, path);
   file.Write(content);
   file.Commit();
+  Remove(isCut ? whole : partial);
   return path;
+}
+
+void TCaptureFolder::Remove(const std::string& name) const {
+  if (::unlinkat(folder_.Get(), name.c_str(), 0) == 0 || errno == ENOENT) return;
+  const int error = errno;
+  throw THostError(EFailure::kNotWritten,
+                   fmt::format("cannot remove {}: {}", SafeText((std::filesystem::path(path_) / name).string()),
+                               std::strerror(error)));
 }
 
 void TCaptureFolder::FailToCreate(const std::string& reason) const {

@@ -32,8 +32,11 @@ std::optional<std::vector<std::uint8_t>> DecodeHexPairs(std::string_view text);
 std::optional<TCaptureFile> CaptureFileOf(const TInstance& instance);
 
 /// "node1-cpu_err-0.bin", from the instance's SourceNode, FileName and RecordID. Slashes and unsafe characters (see
-/// IsUnsafe) become underscores, and each part is cut to 80 bytes.
+/// IsUnsafe) become underscores, and each part is cut to 76 bytes, so that there is room for kPartialSuffix.
 std::string CaptureFileName(const TCaptureFile& capture);
+
+/// Follows the whole name of a capture file that is not complete.
+inline constexpr std::string_view kPartialSuffix = ".partial";
 
 class TCaptureFolder {
  public:
@@ -43,11 +46,14 @@ class TCaptureFolder {
   explicit TCaptureFolder(const std::string& path);
 
   /// Writes the capture file in the instance and returns its path; empty if the instance holds none (see
-  /// CaptureFileOf). The file appears complete or not at all, and replaces whatever has its name; a link is replaced,
-  /// never followed. Throws THostError (kNotCreated, kNotWritten) that names the file.
-  std::optional<std::string> Write(const TInstance& instance) const;
+  /// CaptureFileOf). If `isCut`, since a read failed, kPartialSuffix is part of its name. The file appears complete or
+  /// not at all, and replaces whatever has its name; whatever has the other form of the name, with or without the
+  /// suffix, is removed. A link is replaced or removed, never followed. Throws THostError (kNotCreated, kNotWritten)
+  /// that names the file.
+  std::optional<std::string> Write(const TInstance& instance, bool isCut) const;
 
  private:
+  void Remove(const std::string& name) const;
   [[noreturn]] void FailToCreate(const std::string& reason) const;
 
   std::string path_;

@@ -17,19 +17,19 @@ class CaptureFolder : public TOutputTest {
 
 TEST_F(CaptureFolder, WritesTheRawBytes) {
   const TCaptureFolder captures(folder_.Path());
-  EXPECT_EQ(captures.Write(*Capture("0a ff 00 ")), Path("node1-cpu_err-0.bin"));
+  EXPECT_EQ(captures.Write(*Capture("0a ff 00 "), false), Path("node1-cpu_err-0.bin"));
   EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
   EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin"), std::string("\x0a\xff\x00", 3));
 }
 
 TEST_F(CaptureFolder, WritesAnEmptyFile) {
-  TCaptureFolder(folder_.Path()).Write(*Capture(""));
+  TCaptureFolder(folder_.Path()).Write(*Capture(""), false);
   EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
   EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin"), "");
 }
 
 TEST_F(CaptureFolder, CreatesTheFolderButNotItsParents) {
-  TCaptureFolder(Path("new")).Write(*Capture("41 "));
+  TCaptureFolder(Path("new")).Write(*Capture("41 "), false);
   EXPECT_TRUE(std::filesystem::exists(Path("new/node1-cpu_err-0.bin")));
   ExpectHostError(EFailure::kNotCreated,
                   "cannot create the folder " + Path("absent/new") + ": No such file or directory",
@@ -49,7 +49,7 @@ TEST_F(CaptureFolder, ReplacesALinkAndAnythingElseExceptAFolder) {
   for (const char* const target : {"target", "absent", "/dev/null"}) {
     std::filesystem::remove(Path(name));
     std::filesystem::create_symlink(target, Path(name));
-    captures.Write(*Capture("41 "));
+    captures.Write(*Capture("41 "), false);
     EXPECT_EQ(std::filesystem::symlink_status(Path(name)).type(), std::filesystem::file_type::regular) << target;
     EXPECT_EQ(folder_.Read(name), "A");
     cimNamespace_ = TNamespace::Create();
@@ -58,11 +58,39 @@ TEST_F(CaptureFolder, ReplacesALinkAndAnythingElseExceptAFolder) {
   EXPECT_EQ(folder_.Read("target"), "kept");
 }
 
+TEST_F(CaptureFolder, NamesACutFilePartialAndRemovesTheOtherForm) {
+  const TCaptureFolder captures(folder_.Path());
+  EXPECT_EQ(captures.Write(*Capture("41 "), true), Path("node1-cpu_err-0.bin.partial"));
+  EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin.partial");
+  EXPECT_EQ(folder_.Read("node1-cpu_err-0.bin.partial"), "A");
+  cimNamespace_ = TNamespace::Create();
+  EXPECT_EQ(captures.Write(*Capture("42 "), false), Path("node1-cpu_err-0.bin"));
+  EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin");
+  cimNamespace_ = TNamespace::Create();
+  captures.Write(*Capture("43 "), true);
+  EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin.partial");
+}
+
+TEST_F(CaptureFolder, RemovesALinkOfTheOtherFormWithoutFollowingIt) {
+  folder_.Write("target", "kept");
+  std::filesystem::create_symlink("target", Path("node1-cpu_err-0.bin"));
+  TCaptureFolder(folder_.Path()).Write(*Capture("41 "), true);
+  EXPECT_EQ(folder_.Names(), "node1-cpu_err-0.bin.partial target");
+  EXPECT_EQ(folder_.Read("target"), "kept");
+}
+
+TEST_F(CaptureFolder, SaysThatTheOtherFormCannotBeRemoved) {
+  const std::string name = "node1-cpu_err-0.bin.partial";
+  std::filesystem::create_directory(Path(name));
+  ExpectHostError(EFailure::kNotWritten, "cannot remove " + Path(name) + ": Is a directory",
+                  [this] { TCaptureFolder(folder_.Path()).Write(*Capture("41 "), false); });
+}
+
 TEST_F(CaptureFolder, GivesAReplacedFileFreshPermissions) {
   const std::string name = "node1-cpu_err-0.bin";
   std::filesystem::permissions(folder_.Write(name, "old"), std::filesystem::perms(0777));
   const mode_t before = ::umask(027);
-  TCaptureFolder(folder_.Path()).Write(*Capture("41 "));
+  TCaptureFolder(folder_.Path()).Write(*Capture("41 "), false);
   ::umask(before);
   EXPECT_EQ(std::filesystem::status(Path(name)).permissions(), std::filesystem::perms(0640));
 }
@@ -72,23 +100,28 @@ TEST_F(CaptureFolder, StaysInTheFolderThatItOpened) {
   std::filesystem::rename(Path("first"), Path("moved"));
   std::filesystem::create_directory(Path("other"));
   std::filesystem::create_symlink("other", Path("first"));
-  captures.Write(*Capture("41 "));
+  captures.Write(*Capture("41 "), false);
   EXPECT_TRUE(std::filesystem::exists(Path("moved/node1-cpu_err-0.bin")));
   EXPECT_TRUE(std::filesystem::is_empty(Path("other")));
 }
 
 TEST_F(CaptureFolder, WritesNothingForOtherInstances) {
   const TCaptureFolder captures(folder_.Path());
-  EXPECT_EQ(captures.Write(*One(TType::kString, TCIMValue("0a "))), std::nullopt);
+  EXPECT_EQ(captures.Write(*One(TType::kString, TCIMValue("0a ")), false), std::nullopt);
   cimNamespace_ = TNamespace::Create();
-  EXPECT_EQ(captures.Write(*Capture("no hex")), std::nullopt);
+  EXPECT_EQ(captures.Write(*Capture("no hex"), false), std::nullopt);
   EXPECT_EQ(folder_.Names(), "");
 }
 
 TEST(CaptureFileName, StaysInsideItsFolder) {
   EXPECT_EQ(CaptureFileName({"../cpu\nerr", "1/2", "\x7f", "", {}}), "node1_2-.._cpu_err-_.bin");
   EXPECT_EQ(CaptureFileName({"a\u202eb\u009b\u00e9", "1", "0", "", {}}), "node1-a_b_\u00e9-0.bin");
-  EXPECT_EQ(CaptureFileName({std::string(300, 'f'), "1", "0", "", {}}), "node1-" + std::string(80, 'f') + "-0.bin");
+  EXPECT_EQ(CaptureFileName({std::string(300, 'f'), "1", "0", "", {}}), "node1-" + std::string(76, 'f') + "-0.bin");
+}
+
+TEST(CaptureFileName, LeavesRoomForTheSuffix) {
+  const std::string part(300, 'f');
+  EXPECT_LE((CaptureFileName({part, part, part, "", {}}) + std::string(kPartialSuffix)).size(), 255U);
 }
 
 TEST(DecodeHexPairs, ReadsPairsWithOrWithoutTheLastBlank) {

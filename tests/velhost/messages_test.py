@@ -202,6 +202,8 @@ class OneFileForTwo(VelhostCase):
         done = self.run_velhost("collect", "--capture-dir", "caps", "--log", "caps/node1-cpu_err-0.bin")
         self.assertEqual(done.returncode, 64)
         self.assertIn("a capture file of --capture-dir could overwrite caps/node1-cpu_err-0.bin (--log)", done.stderr)
+        done = self.run_velhost("collect", "--capture-dir", "caps", "--log", "caps/node1-cpu_err-0.bin.partial")
+        self.assertEqual(done.returncode, 64)
 
     def test_devices_may_serve_twice(self):
         self.collect("--log", "/dev/null", "--record", "/dev/null", "KROSG_DCAPFile")

@@ -214,7 +214,7 @@ class TCollection {
     const auto writer = MakeWriter(form, target.Sink(), table);
     run.SetLossQuery([this] { return connection_->WasLost(); });
     run.SetMismatchQuery([this] { return connection_->Mismatch(); });
-    if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance); });
+    if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance, false); });
     return run.Run(classes_, *writer);
   }
 

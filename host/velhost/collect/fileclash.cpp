@@ -5,12 +5,14 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
+#include "host/output/capturefiles.h"
 #include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
@@ -86,8 +88,9 @@ TFiles InputsOf(const TCommandLine& commandLine, const TInstallation& installati
                        SafeText(output.name == "standard output" ? other.path : output.path));
 }
 
-// "node1-cpu_err-0.bin"
-bool LooksLikeCaptureFile(const std::string& name) {
+// "node1-cpu_err-0.bin", or the same with the suffix of a file that is not complete
+bool LooksLikeCaptureFile(std::string_view name) {
+  if (name.ends_with(kPartialSuffix)) name.remove_suffix(kPartialSuffix.size());
   return name.starts_with("node") && name.ends_with(".bin") && name.find('-') != name.rfind('-');
 }
 
