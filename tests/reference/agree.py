@@ -19,6 +19,11 @@ import tomllib
 import traceback
 from concurrent.futures import ProcessPoolExecutor
 
+try:
+    import jsonschema
+except ImportError:
+    jsonschema = None
+
 import collector_model
 import modelplan
 import modelresult
@@ -92,7 +97,9 @@ def compare(options, case, directory):
     document = document_of(case, directory, expected, "sim:" + os.path.join(directory, "case.toml"))
     compare_documents(found, document, case)
     require("exit status", status, document["exit_status"])
-    if case.seed % 4 == 0:
+    if case.seed % 8 == 1:
+        validate(options, found)
+    if case.seed % 4 == 0 and tomllib.loads(case.toml)["machine_type"]:
         compare_plan(options, case, directory)
     if case.seed % 4 == 2:
         compare_lines(options, case, directory, document)
@@ -153,12 +160,25 @@ def compare_values(path, found, expected):
         require(path, (type(found), found), (type(expected), expected))
 
 
+def validate(options, document):
+    """Compares with the JSON Schema, if there is one and the package that reads it."""
+    if not options.json_schema or not jsonschema:
+        return
+    with open(options.json_schema, encoding="utf-8") as stream:
+        validator = jsonschema.Draft202012Validator(json.load(stream))
+    error = jsonschema.exceptions.best_match(validator.iter_errors(document))
+    if error:
+        raise Difference("JSON Schema: %s: %s" % (error.json_path, short(error.message)))
+
+
 def compare_plan(options, case, directory):
     command = command_of(options, case, directory, "--dry-run", "--format", "json")
     status, output, errors = run_command(command, case, directory, "plan")
     if status != 0:
         raise Difference("exit status %d of the dry run:\n%s" % (status, errors.decode(errors="replace")))
-    compare_values("plan", parsed(output), modelplan.plan_document(plan_of(case)))
+    found = parsed(output)
+    compare_values("plan", found, modelplan.plan_document(plan_of(case)))
+    validate(options, found)
 
 
 def compare_lines(options, case, directory, document):
@@ -271,6 +291,7 @@ def parse_options():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--velhost", required=True, help="the host to run")
     parser.add_argument("--plugin", help="the collector's library, if not the host's own choice")
+    parser.add_argument("--json-schema", help="the JSON Schema of results and plans")
     parser.add_argument("--cases", type=int, default=200, help="number of cases (200)")
     parser.add_argument("--seed", type=int, default=1, help="seed of the first case; the next has the next (1)")
     parser.add_argument("--keep", help="folder for the files of failed cases (a new one in the temporary folder)")

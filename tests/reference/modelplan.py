@@ -286,32 +286,35 @@ def asked_classes(schema, server, arguments):
     """The classes as (name, whether it was named), or None for a pattern that matches nothing.
 
     A class that a pattern or base class yields is collected once, in the place of the first argument that yields it.
+    One that a base class yields counts as named.
     """
     plan = Plan(schema, server, [])
     default = plan.served_by_default()
     if not arguments:
         return [(name, False) for name in default]
-    asked = []
+    asked, yielded = [], set()
     for argument in arguments:
         if "*" in argument or "?" in argument:
             found = [name for name in default if matches(argument, name)]
             if not found:
                 return None
-            add_yielded(asked, found)
+            add_yielded(asked, yielded, found, False)
             continue
         cls = schema.find(argument)
         if cls.name in plan.delegates:
-            add_yielded(asked, [plan.delegates[cls.name]])
-        elif (cls.name, False) in asked:
-            asked[asked.index((cls.name, False))] = (cls.name, True)
+            add_yielded(asked, yielded, [plan.delegates[cls.name]], True)
+        elif cls.name in yielded:
+            yielded.remove(cls.name)
+            asked[:] = [(name, named or name == cls.name) for name, named in asked]
         else:
             asked.append((cls.name, True))
     return asked
 
 
-def add_yielded(asked, names):
+def add_yielded(asked, yielded, names, named):
     known = {name for name, _ in asked}
-    asked.extend((name, False) for name in names if name not in known)
+    asked.extend((name, named) for name in names if name not in known)
+    yielded.update(name for name in names if name not in known)
 
 
 # ---------------------------------------------------------------------------------------------------------

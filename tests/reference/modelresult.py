@@ -93,15 +93,20 @@ class Result:
     # -- reasons -----------------------------------------------------------------------------------------
 
     def add_reasons(self, turn):
-        name, left, ended = turn.of.cls.name, self.left[turn.call], self.ended[turn.call]
+        name = turn.of.cls.name
         if turn.number in self.books:
             self.reasons[name].update(self.books[turn.number].reasons)
         if turn.named and turn.of.why:
             self.reasons[name]["not-served"] += 1
         elif not turn.reached:
             self.add_note(name, "not-collected", "the collector ends a request at KROSG_DCAPFile")
-        elif left is None and ended is not None and turn.number > ended:
+        elif self.is_cut_off(turn):
             self.add_note(name, "not-collected", "the request ended before it")
+
+    def is_cut_off(self, turn):
+        """Whether the request was over before the class: after the capture files or a failure."""
+        ended = self.ended[turn.call]
+        return not turn.reached or self.left[turn.call] is None and ended is not None and turn.number > ended
 
     def add_note(self, name, code, text):
         self.reasons[name][code] += 1
@@ -121,7 +126,7 @@ class Result:
         return result
 
     def message_of(self, name, code, count):
-        turns = [turn for turn in self.plan.turns if turn.of.cls.name == name and turn.reached]
+        turns = [turn for turn in self.plan.turns if turn.of.cls.name == name and not self.is_cut_off(turn)]
         of = self.plan.known[name]
         share = "%d of %s " % (count, self.total_of(code, of, len(turns)))
         verb = "was" if count == 1 else "were"
