@@ -39,7 +39,7 @@ class Instance:
                 self.check_shape(declared, value)
                 self.values[declared.name] = value
                 return
-        raise TvelException(6, "class %s declares no property \"%s\"" % (self.cls.name, name))
+        raise TvelException(12, "class %s declares no property \"%s\"" % (self.cls.name, name))
 
     def check_shape(self, declared, value):
         if value.is_null() or value.is_array() == declared.is_array:

@@ -155,20 +155,23 @@ class Plan:
     def why_not_served(self, one):
         name = one.cls.name
         if one.path == JFR and not one.has_way:
-            return "no service processor takes dot commands"
+            return "no service processor was found" if self.dot else "no service processor takes dot commands"
         if one.path == CAPTURE or one.path == R8 and self.serving_element(one.cls):
             return "" if one.has_way else "there is no BMC node"
         if one.path == JFR:
             return ""
-        bases = [base for base in BASE_CLASSES if self.is_below(one.cls, base)]
+        above = reversed(self.schema.lineage(one.cls)[:-1])
+        bases = [step.name for step in above if step.name in BASE_CLASSES][:1]
         chosen = [self.delegates[base] for base in bases if base in self.delegates]
-        if name in BASE_CLASSES:
-            return "no class below it serves this machine"
+        if name in BASE_CLASSES and not bases:
+            return "none of its subclasses serves this machine"
         if self.serving_element(one.cls) and chosen:
             return chosen[0] + " serves this machine"
         if one.path == R8 or bases:
             types = self.schema.class_qualifier(one.cls, "SupportedMachineTypes") or NULL
             texts = [element.to_text() for element in types.data] if types.is_array() else []
+            if not texts:
+                return "it names no machine types"
             return "its machine types are " + ", ".join('"%s"' % text for text in texts)
         return "the collector does not know the class"
 

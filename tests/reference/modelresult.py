@@ -98,15 +98,18 @@ class Result:
             self.reasons[name].update(self.books[turn.number].reasons)
         if turn.named and turn.of.why:
             self.reasons[name]["not-served"] += 1
-        elif not turn.reached:
-            self.add_note(name, "not-collected", "the collector ends a request at KROSG_DCAPFile")
         elif self.is_cut_off(turn):
-            self.add_note(name, "not-collected", "the request ended before it")
+            after_files = "the collector ends a request at KROSG_DCAPFile"
+            self.add_note(name, "not-collected",
+                          "the request ended before it" if self.has_failed_before(turn) else after_files)
 
     def is_cut_off(self, turn):
         """Whether the request was over before the class: after the capture files or a failure."""
+        return not turn.reached or self.has_failed_before(turn)
+
+    def has_failed_before(self, turn):
         ended = self.ended[turn.call]
-        return not turn.reached or self.left[turn.call] is None and ended is not None and turn.number > ended
+        return self.left[turn.call] is None and ended is not None and turn.number > ended
 
     def add_note(self, name, code, text):
         self.reasons[name][code] += 1

@@ -35,7 +35,7 @@ NO_DATA_TEXT = "Unable to communicate with system management hardware. Could not
 # ---------------------------------------------------------------------------------------------------------
 # Failures of the host
 
-CLASS, QUALIFIER = "a class (a base class or superclass that the schema lacks)", "a qualifier"
+CLASS, QUALIFIER = "base class or superclass", "qualifier"
 
 
 class AssertionFailed(Exception):
@@ -43,14 +43,14 @@ class AssertionFailed(Exception):
 
     def __init__(self, what):
         super().__init__("px != 0")
-        self.told = ("the collector found nothing where it needs %s; \"velhost check\" shows what the schema lacks "
+        self.told = ("the collector did not find a %s that it needs; \"velhost check\" shows what the schema lacks "
                      "(assertion px != 0)" % what)
 
 
 class TvelException(Exception):
     """The host's exception; collectors catch it around their instance loops. Only the host sees the detail."""
 
-    TEXTS = {6: "No such property (status 6).", 13: "Type mismatch (status 13).",
+    TEXTS = {12: "No such property (status 12).", 13: "Type mismatch (status 13).",
              21: "No valid timestamp header (status 21)."}
 
     def __init__(self, status, detail=""):

@@ -297,6 +297,12 @@ class CaptureTest(unittest.TestCase):
             {"code": "file-unread", "class": model.DCAP_FILE, "count": 1,
              "message": "1 of 3 capture files is missing or incomplete"}])
 
+    def test_refused_read_of_an_empty_file(self):
+        """The size may be wrong, so a file that could not be read is not whole."""
+        _, file, missing = self.file("", [{"on": "read", "completion_code": 0xC3}])
+        self.assertEqual((file["reported_size"], missing),
+                         (0, [{"property": "ErrRawData", "offset": 0, "completion_code": 195}]))
+
     def test_cut_read_in_the_middle(self):
         # 19 bytes in all are 10 of data: manufacturer, count, five bytes. The rest of the file comes.
         _, file, missing = self.file("00 " * 25, [{"on": "read", "nth": 2, "truncate": 19}])
@@ -408,7 +414,7 @@ class RequestTest(unittest.TestCase):
         self.assertEqual([(one["code"], one.get("class"), one["message"]) for one in document["reasons"]], [
             ("nothing-read", None, "no instance came"),
             ("request-failed", model.VO_PCI_BRIDGE,
-             'the collector found nothing where it needs a qualifier; "velhost check" shows what the schema lacks '
+             'the collector did not find a qualifier that it needs; "velhost check" shows what the schema lacks '
              "(assertion px != 0)")])
 
 
