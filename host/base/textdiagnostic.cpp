@@ -90,6 +90,11 @@ void SetSourceLine(TTextDiagnostic& diagnostic, std::string_view line) {
   diagnostic.sourceSize = line.size();
 }
 
+TDiagnosedError::TDiagnosedError(EFailure kind, const TTextDiagnostic& diagnostic)
+    : THostError(kind, FormatDiagnostic(diagnostic)), diagnostic_(diagnostic) {}
+
+TDiagnosedError::~TDiagnosedError() = default;
+
 std::string_view LineOf(std::string_view text, std::uint32_t number) {
   for (std::uint32_t line = 1; line < number; ++line) {
     const std::size_t end = text.find('\n');

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "host/base/api.h"
+#include "host/base/hosterror.h"
 
 namespace velhost {
 
@@ -37,6 +38,19 @@ VELHOST_API void SetSourceLine(TTextDiagnostic& diagnostic, std::string_view lin
 /// (columns count bytes; a tab shows as one blank). A line that does not fit 80 columns is cut around the column,
 /// with "..." on each side that is cut. For line 0: "FILE: error: MESSAGE\n".
 VELHOST_API std::string FormatDiagnostic(const TTextDiagnostic& diagnostic);
+
+/// A failure at a place in a text input. Its what() is the diagnostic as FormatDiagnostic formats it.
+class VELHOST_API TDiagnosedError : public THostError {
+ public:
+  TDiagnosedError(EFailure kind, const TTextDiagnostic& diagnostic);
+  TDiagnosedError(const TDiagnosedError&) = default;
+  TDiagnosedError& operator=(const TDiagnosedError&) = default;
+  ~TDiagnosedError() override;
+  const TTextDiagnostic& Diagnostic() const noexcept { return diagnostic_; }
+
+ private:
+  TTextDiagnostic diagnostic_;
+};
 
 /// Line `number` (from 1) of a text, without its end; empty past the last line.
 VELHOST_API std::string_view LineOf(std::string_view text, std::uint32_t number);

@@ -85,7 +85,7 @@ class TReplayConnection : public IServerConnection {
     return text.substr(0, text.find('\n'));
   }
   void CheckAfterwards() override {
-    if (const auto warning = replay_->CutWarning()) Say(*warning);
+    if (const auto warning = replay_->CutWarning()) SayDiagnostics({*warning});
     if (!replay_->Mismatch()) return;
     Say(*replay_->Mismatch());
     throw THostError(EFailure::kMalformed,

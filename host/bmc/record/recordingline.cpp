@@ -63,8 +63,8 @@ class TLineText {
     TTextDiagnostic diagnostic;
     diagnostic.location = {file_, number_, column};
     diagnostic.message = message;
-    diagnostic.sourceLine = std::string(line_);
-    throw THostError(EFailure::kMalformed, FormatDiagnostic(diagnostic));
+    SetSourceLine(diagnostic, line_);
+    throw TDiagnosedError(EFailure::kMalformed, diagnostic);
   }
   [[noreturn]] void FailAt(std::string_view member, const std::string& message) const {
     Fail(PlaceOfMember(line_, member).value, message);

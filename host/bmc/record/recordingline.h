@@ -47,8 +47,8 @@ struct TRecordedLine {
 /// The first line of a recording, without its newline: of version 2, or 1 if the header does not describe its run.
 std::string FormatRecordingHeader(const TRecordingHeader& header);
 
-/// Parses a line (without its newline). Anything unexpected throws THostError (kMalformed) with a diagnostic at its
-/// place in line `number` of `file`.
+/// Parses a line (without its newline). Anything unexpected throws TDiagnosedError (kMalformed) at its place in
+/// line `number` of `file`.
 TRecordingHeader ParseRecordingHeader(const std::string& file, std::string_view line);
 TRecordedLine ParseRecordedLine(const std::string& file, std::string_view line, std::uint32_t number);
 

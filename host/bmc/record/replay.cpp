@@ -112,22 +112,26 @@ void TReplay::Advance() {
 
 TReplay::~TReplay() = default;
 
-std::string TReplay::Diagnostic(bool isError, std::uint32_t line, const std::string& message) const {
+TTextDiagnostic TReplay::Diagnostic(EDiagnosticSeverity severity, std::uint32_t line,
+                                    const std::string& message) const {
   TTextDiagnostic diagnostic;
-  diagnostic.severity = isError ? EDiagnosticSeverity::kError : EDiagnosticSeverity::kWarning;
+  diagnostic.severity = severity;
   diagnostic.location = {path_, line, 1};
   diagnostic.message = message;
-  return FormatDiagnostic(diagnostic);
+  return diagnostic;
 }
 
-std::optional<std::string> TReplay::CutWarning() const {
-  if (!hasHeader_) return Diagnostic(false, 1, "the recording was cut in its first line; none of it can be replayed");
+std::optional<TTextDiagnostic> TReplay::CutWarning() const {
+  if (!hasHeader_)
+    return Diagnostic(EDiagnosticSeverity::kWarning, 1,
+                      "the recording was cut in its first line; none of it can be replayed");
   if (cutLine_ != 0) {
-    return Diagnostic(false, cutLine_, "the recording was cut in this line; it replays up to the line before");
+    return Diagnostic(EDiagnosticSeverity::kWarning, cutLine_,
+                      "the recording was cut in this line; it replays up to the line before");
   }
   if (!ranOut_) return std::nullopt;
   return Diagnostic(
-      false, wholeLines_,
+      EDiagnosticSeverity::kWarning, wholeLines_,
       "the recording ends here, before the collection: it was cut, or less was collected when it was made");
 }
 
@@ -140,7 +144,8 @@ const TRecordedLine* TReplay::Next(const TRecordedLine& asked) {
     return nullptr;
   }
   if (!IsSame(asked, *next_)) {
-    mismatch_ = Diagnostic(true, next_->number, "found " + Described(asked) + ", expected " + Described(*next_));
+    mismatch_ = FormatDiagnostic(Diagnostic(EDiagnosticSeverity::kError, next_->number,
+                                            "found " + Described(asked) + ", expected " + Described(*next_)));
     return nullptr;
   }
   Advance();

@@ -10,6 +10,7 @@
 
 #include "host/base/linereader.h"
 #include "host/base/sourcereader.h"
+#include "host/base/textdiagnostic.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/record/recording.h"
 #include "host/model/hostservices.h"
@@ -29,7 +30,7 @@ inline constexpr std::size_t kLargestRecordingOfAPipe = std::size_t{64} << 20U; 
 class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
  public:
   /// Checks the whole recording, then reads it again line by line as requests come; only one line of a file is in
-  /// memory. A malformed line throws THostError (kMalformed) with file, line and column. A last line without a
+  /// memory. A malformed line throws TDiagnosedError (kMalformed). A last line without a
   /// newline was cut and is ignored. So is a first line, if it begins like a recording; then nothing is known about
   /// the server (HasHeader). If `reader` (not owned, may be null) is stopped, the check ends with TEndedReading.
   TReplay(const std::string& path, const TStoredBytes& recording, ISourceReader* reader = nullptr);
@@ -52,7 +53,7 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   const std::optional<std::string>& Mismatch() const { return mismatch_; }
   /// Set if the recording is incomplete: a diagnostic (a warning) that its last line is cut, or that more was
   /// requested than it has.
-  std::optional<std::string> CutWarning() const;
+  std::optional<TTextDiagnostic> CutWarning() const;
 
   TDiscovery Discover() override { return header_.discovery; }
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
@@ -69,7 +70,7 @@ class VELHOST_API TReplay : public IServiceProcessor, public IHostEnvironment {
   void Advance();
   const TRecordedLine* Next(const TRecordedLine& asked);
   bool Wait(const TRecordedLine& line, const TStopSignal& stop);
-  std::string Diagnostic(bool isError, std::uint32_t line, const std::string& message) const;
+  TTextDiagnostic Diagnostic(EDiagnosticSeverity severity, std::uint32_t line, const std::string& message) const;
 
   std::string path_;
   TRecordingHeader header_;

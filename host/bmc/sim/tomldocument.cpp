@@ -27,10 +27,11 @@ TTomlValue::~TTomlValue() = default;
 
 void TTomlDocument::Fail(const TTomlPlace& place, const std::string& message, EFailure kind) const {
   TTextDiagnostic diagnostic;
-  diagnostic.sourceLine = LineOf(text, place.line);
-  diagnostic.location = {file, place.line, ByteColumn(diagnostic.sourceLine, place.column)};
+  const std::string_view line = LineOf(text, place.line);
+  diagnostic.location = {file, place.line, ByteColumn(line, place.column)};
+  SetSourceLine(diagnostic, line);
   diagnostic.message = message;
-  throw THostError(kind, FormatDiagnostic(diagnostic));
+  throw TDiagnosedError(kind, diagnostic);
 }
 
 const char* NameOfTomlKind(TTomlValue::EKind kind) {

@@ -75,7 +75,7 @@ struct TTomlDocument {
   std::deque<std::string> decoded;  ///< strings that do not occur literally in `text`
   TTomlValue root;
 
-  /// Throws THostError with a diagnostic at the place.
+  /// Throws TDiagnosedError at the place.
   [[noreturn]] void Fail(const TTomlPlace& place, const std::string& message,
                          EFailure kind = EFailure::kMalformed) const;
 };
