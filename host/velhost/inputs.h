@@ -9,11 +9,9 @@
 #include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
 #include "host/bmc/stopsignal.h"
+#include "host/velhost/filekind.h"
 
 namespace velhost {
-
-/// The kind of an input, determined by the beginning of its content, or else by the suffix of its name (.toml, .mof).
-enum class EFileKind { kUnknown, kSchema, kServerFile, kRecording, kResult, kCompressed };
 
 /// A file and how messages refer to it.
 struct TNamedFile {
@@ -62,7 +60,7 @@ class TInputReader : public TFileReader {
   void CheckStop() override;
 
  private:
-  void NoteAndJudge(const std::string& path, std::string_view start);
+  void NoteAndJudge(const std::string& path, std::string_view start, std::string_view end);
 
   TInputs& inputs_;
   TInputUse use_;
