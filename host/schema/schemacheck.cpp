@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -28,19 +29,29 @@ TJson JsonOf(const TTextDiagnostic& finding) {
 
 }  // namespace
 
-TSchemaFindings CheckSchema(const std::vector<std::string>& paths, ISourceReader& reader) {
+void TCheckFindings::Add(TTextDiagnostic finding) {
+  ++(finding.severity == EDiagnosticSeverity::kError ? errors : warnings);
+  findings.push_back(std::move(finding));
+}
+
+void TCheckFindings::Add(TCheckFindings others) {
+  errors += others.errors;
+  warnings += others.warnings;
+  std::move(others.findings.begin(), others.findings.end(), std::back_inserter(findings));
+}
+
+TCheckFindings CheckSchema(const std::vector<std::string>& paths, ISourceReader& reader) {
   TSchemaResult schema = ReadSchema(paths, reader);
-  TSchemaFindings result{std::move(schema.diagnostics), schema.errors, schema.warnings};
+  TCheckFindings result{std::move(schema.diagnostics), schema.errors, schema.warnings};
   if (result.errors > 0) return result;
   for (TTextDiagnostic& finding :
        CheckCollectorNeeds(*schema.cimNamespace, Listed(paths, ", "), schema.sources.get())) {
-    ++(finding.severity == EDiagnosticSeverity::kError ? result.errors : result.warnings);
-    result.findings.push_back(std::move(finding));
+    result.Add(std::move(finding));
   }
   return result;
 }
 
-void WriteFindingsAsText(const TSchemaFindings& findings, ITextSink& sink) {
+void WriteFindingsAsText(const TCheckFindings& findings, ITextSink& sink) {
   for (const TTextDiagnostic& finding : findings.findings) sink.Write(FormatDiagnostic(finding));
   if (findings.findings.empty()) {
     sink.Write("no findings\n");
@@ -49,7 +60,7 @@ void WriteFindingsAsText(const TSchemaFindings& findings, ITextSink& sink) {
   }
 }
 
-void WriteFindingsAsJson(const TSchemaFindings& findings, ITextSink& sink) {
+void WriteFindingsAsJson(const TCheckFindings& findings, ITextSink& sink) {
   TJson list = TJson::array();
   for (const TTextDiagnostic& finding : findings.findings) list.push_back(JsonOf(finding));
   const TJson document = {{"kind", "schemacheck"},

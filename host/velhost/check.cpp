@@ -1,23 +1,32 @@
-// velhost check: reports the errors and warnings in a schema.
-#include "host/base/textsink.h"
-
+// velhost check: reports the errors and warnings in schemas, server files and recordings.
 #include <string>
 #include <vector>
+
+#include "host/base/textsink.h"
 #include "host/base/unsafetext.h"
 #include "host/schema/schemacheck.h"
+#include "host/velhost/checkedfiles.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
 namespace velhost {
 
-EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
-  const auto& mofs = commandLine.check.mofs;
-  const std::vector<std::string> paths = mofs.empty() ? SchemaPaths(commandLine.common, installation) : mofs;
+namespace {
+
+TCheckFindings FindingsOf(const TCommandLine& commandLine, const TInstallation& installation) {
   const TStopSignal stop;
   TInputs inputs(stop);
-  TInputReader reader(inputs, {"the schema", "check", EFileKind::kSchema}, paths);
-  const TSchemaFindings findings = CheckSchema(paths, reader);
+  if (!commandLine.check.files.empty()) return CheckFiles(commandLine.check.files, inputs);
+  const std::vector<std::string> paths = SchemaPaths(commandLine.common, installation);
+  TInputReader reader(inputs, {"the schema", "--schema", EFileKind::kSchema}, paths);
+  return CheckSchema(paths, reader);
+}
+
+}  // namespace
+
+EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation) {
+  const TCheckFindings findings = FindingsOf(commandLine, installation);
   TStringSink text;
   if (commandLine.check.json) {
     WriteFindingsAsJson(findings, text);
@@ -25,7 +34,7 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
     WriteFindingsAsText(findings, text);
   }
   WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
-  // Warnings count too: a schema passes only if it has no findings.
+  // Warnings count too: a file passes only if it has no findings.
   return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
 }
 

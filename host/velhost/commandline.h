@@ -55,7 +55,7 @@ struct TPluginOptions {
 };
 
 struct TCheckOptions {
-  std::vector<std::string> mofs;
+  std::vector<std::string> files;  ///< empty: the schema
   bool json = false;
 };
 

@@ -159,7 +159,7 @@ std::string UnlessLogged(const TCommandLine& commandLine) {
 
 // If check is given files, it checks those instead of the schema, so --schema has no effect.
 std::string IfFilesAreChecked(const TCommandLine& commandLine) {
-  return commandLine.verb == EVerb::kCheck && !commandLine.check.mofs.empty() ? "with check" : "";
+  return commandLine.verb == EVerb::kCheck && !commandLine.check.files.empty() ? "with check" : "";
 }
 
 const std::vector<TVerb> kVerbs = {
@@ -187,13 +187,13 @@ const std::vector<TVerb> kVerbs = {
      .example = "velhost plugin --plugin ./libtorgareg.pi.so"},
     {.verb = EVerb::kCheck,
      .name = "check",
-     .help = "check a schema: syntax, semantics, and what the collector needs from it",
+     .help = "check schemas, server files and recordings",
      .example = "velhost check my-schema/ --format json",
-     .operands = {.usage = "[MOF...]",
-                  .help = "MOF files or folders; default: those of --schema",
+     .operands = {.usage = "[FILE...]",
+                  .help = "MOF files or folders, server files, recordings; default: the schema",
                   .most = kAnyNumber,
                   .completion = "files",
-                  .take = [](auto& c, const auto& words) { c.check.mofs = words; }}},
+                  .take = [](auto& c, const auto& words) { c.check.files = words; }}},
     {.verb = EVerb::kSimulate,
      .name = "simulate",
      .help = "serve a simulated server over IPMI on the network",

@@ -7,19 +7,19 @@
 namespace tests {
 namespace {
 
-std::string Text(const TSchemaFindings& findings) {
+std::string Text(const TCheckFindings& findings) {
   TStringSink sink;
   WriteFindingsAsText(findings, sink);
   return sink.Text();
 }
 
-std::string Json(const TSchemaFindings& findings) {
+std::string Json(const TCheckFindings& findings) {
   TStringSink sink;
   WriteFindingsAsJson(findings, sink);
   return sink.Text();
 }
 
-TSchemaFindings Check(const std::string& text) {
+TCheckFindings Check(const std::string& text) {
   TMemoryReader reader;
   reader.Add("a.mof", text);
   return CheckSchema({"a.mof"}, reader);
@@ -32,14 +32,14 @@ const std::string kClean =
     "string LogName; string RecordID; };\n";
 
 TEST(SchemaCheck, NoFindings) {
-  const TSchemaFindings findings = Check(kClean);
+  const TCheckFindings findings = Check(kClean);
   EXPECT_EQ(Text(findings), "no findings\n");
   EXPECT_EQ(Json(findings),
             "{\"kind\":\"schemacheck\",\"format_version\":1,\"findings\":[],\"errors\":0,\"warnings\":0}\n");
 }
 
 TEST(SchemaCheck, ErrorsOfTheSchemaItself) {
-  const TSchemaFindings findings = Check("class A : B {};\n#pragma \"x\"\n#pragma p(\"\")\n");
+  const TCheckFindings findings = Check("class A : B {};\n#pragma \"x\"\n#pragma p(\"\")\n");
   EXPECT_EQ(Text(findings),
             "a.mof:1:11: error: the class 'B' is not declared\n  class A : B {};\n            ^\n"
             "a.mof:2:9: error: found '\"x\"', expected a name\n  #pragma \"x\"\n          ^\n"
@@ -55,7 +55,7 @@ TEST(SchemaCheck, ErrorsOfTheSchemaItself) {
 }
 
 TEST(SchemaCheck, NeedsOfTheCollector) {
-  const TSchemaFindings findings = Check("#pragma p(\"\")\nclass A {};");
+  const TCheckFindings findings = Check("#pragma p(\"\")\nclass A {};");
   EXPECT_EQ(findings.errors, 4U);
   EXPECT_EQ(findings.warnings, 1U);
   const std::string text = Text(findings);
@@ -70,7 +70,7 @@ TEST(SchemaCheck, NeedsOfTheCollector) {
 }
 
 TEST(SchemaCheck, AWarningIsAFinding) {
-  const TSchemaFindings findings = Check("#pragma p(\"\")\n" + kClean);
+  const TCheckFindings findings = Check("#pragma p(\"\")\n" + kClean);
   EXPECT_EQ(Text(findings),
             "a.mof:1:9: warning: the pragma 'p' is unknown and has no effect\n  #pragma p(\"\")\n          ^\n"
             "0 errors, 1 warning\n");
@@ -79,7 +79,7 @@ TEST(SchemaCheck, AWarningIsAFinding) {
 TEST(SchemaCheck, CountsWhatIsNotShown) {
   std::string text;
   for (int i = 0; i < 105; ++i) text += "class A" + std::to_string(i) + " : X {};\n";
-  const TSchemaFindings findings = Check(text);
+  const TCheckFindings findings = Check(text);
   EXPECT_EQ(findings.errors, 105U);
   EXPECT_THAT(Text(findings), testing::EndsWith("\na.mof: error: and 5 more errors\n105 errors, 0 warnings\n"));
 }

@@ -8,7 +8,7 @@ namespace {
 
 TEST(ShippedSchema, HasNoFindings) {
   TFileReader reader;
-  const TSchemaFindings result = CheckSchema({VELHOST_SCHEMA_FOLDER}, reader);
+  const TCheckFindings result = CheckSchema({VELHOST_SCHEMA_FOLDER}, reader);
   std::string text;
   for (const TTextDiagnostic& finding : result.findings) text += FormatDiagnostic(finding);
   EXPECT_EQ(text, "");

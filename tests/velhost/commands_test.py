@@ -157,9 +157,8 @@ class Usage(VelhostCase):
                 (f"{schema} is a schema, not a server file; give it as --schema {schema}", "collect", "--sp", f"sim:{schema}"),
                 (f"{server} is a server file, not a recording; give it as --sp sim:{server}", "collect", "--sp",
                  f"replay:{server}"),
-                (f"{server} is a server file, not a schema; give it as --sp sim:{server}", "check", server),
                 (f"{server} is a server file, not a schema; give it as --sp sim:{server}", "collect", "--schema", server),
-                ("run.jsonl is a recording, not a schema; give it as --sp replay:run.jsonl", "check", "run.jsonl"),
+                ("run.jsonl is a recording, not a schema; give it as --sp replay:run.jsonl", "collect", "--schema", "run.jsonl"),
                 ("bundle is a compressed file, not a recording", "collect", "--sp", "replay:bundle")):
             done = self.run_velhost(*arguments)
             self.assertEqual((done.returncode, done.stdout, done.stderr), (65, "", f"velhost: {message}\n"))
