@@ -65,11 +65,11 @@ class TSweep {
         if (quick_ && number++ % 97 != 0) continue;
         for (const auto& first : ways) {
           for (const auto& second : ways) {
-            host_.Tamperer().HurtIpmi(a, first);
-            host_.Tamperer().HurtIpmi(b, second);
+            host_.Tamperer().FaultIpmi(a, first);
+            host_.Tamperer().FaultIpmi(b, second);
             const sweep::TOutcome outcome = host_.Run();
             // After the first failure, other exchanges of the same instance or file may be skipped.
-            Check(outcome, outcome.hurtExchanges == 2 ? "two exchanges hurt" : "the second did not come");
+            Check(outcome, outcome.faultedExchanges == 2 ? "two faulted exchanges" : "the second did not come");
           }
         }
       }
@@ -78,8 +78,8 @@ class TSweep {
 
   // Every length that a dot command may report, for either block, in a request for register blocks only.
   void DotLengths() {
-    for (int said = 0; said <= kLongestDot; said += Step(997)) {
-      host_.Tamperer().HurtDot(static_cast<std::size_t>(said % 2), SaysDotLength(said));
+    for (int claimed = 0; claimed <= kLongestDot; claimed += Step(997)) {
+      host_.Tamperer().FaultDot(static_cast<std::size_t>(claimed % 2), ClaimsDotLength(claimed));
       const sweep::TOutcome outcome = host_.RunRegisterBlocks();
       Count("register block's length");
       CheckEnd(outcome, "register block's length");
@@ -107,7 +107,7 @@ class TSweep {
       return true;
     };
   }
-  // Cut to `total` bytes of the buffer, byte 5 with it; a longer one is only said to be longer.
+  // Cut to `total` bytes of the buffer, byte 5 with it; a longer one is only claimed to be longer.
   static sweep::TIpmiTamper Cut(int total) {
     return [total](TIpmiAnswer& answer) {
       constexpr int kHead = static_cast<int>(wire::TCommandBuffer::kData);
@@ -118,15 +118,15 @@ class TSweep {
       return true;
     };
   }
-  static sweep::TIpmiTamper SaysLength(int said) {
-    return [said](TIpmiAnswer& answer) {
-      answer.claimedLength = said;
+  static sweep::TIpmiTamper ClaimsLength(int claimed) {
+    return [claimed](TIpmiAnswer& answer) {
+      answer.claimedLength = claimed;
       return true;
     };
   }
-  static sweep::TIpmiTamper SaysDataLength(int said) {
-    return [said](TIpmiAnswer& answer) {
-      answer.claimedDataLength = static_cast<std::uint8_t>(said);
+  static sweep::TIpmiTamper ClaimsDataLength(int claimed) {
+    return [claimed](TIpmiAnswer& answer) {
+      answer.claimedDataLength = static_cast<std::uint8_t>(claimed);
       return true;
     };
   }
@@ -150,9 +150,9 @@ class TSweep {
   static sweep::TDotTamper FailedDot() {
     return [](TDotAnswer& answer) { return answer.failed = true; };
   }
-  static sweep::TDotTamper SaysDotLength(int said) {
-    return [said](TDotAnswer& answer) {
-      answer.claimedLength = said;
+  static sweep::TDotTamper ClaimsDotLength(int claimed) {
+    return [claimed](TDotAnswer& answer) {
+      answer.claimedLength = claimed;
       return true;
     };
   }
@@ -174,42 +174,43 @@ class TSweep {
     return quick_ ? quickly : 1;
   }
 
-  void HurtIpmi(std::size_t place, const sweep::TIpmiTamper& tamper, const char* how) {
-    host_.Tamperer().HurtIpmi(place, tamper);
+  void FaultIpmi(std::size_t place, const sweep::TIpmiTamper& tamper, const char* how) {
+    host_.Tamperer().FaultIpmi(place, tamper);
     Check(host_.Run(), how);
   }
-  void HurtDot(std::size_t place, const sweep::TDotTamper& tamper, const char* how) {
-    host_.Tamperer().HurtDot(place, tamper);
+  void FaultDot(std::size_t place, const sweep::TDotTamper& tamper, const char* how) {
+    host_.Tamperer().FaultDot(place, tamper);
     Check(host_.Run(), how);
   }
 
   void SweepIpmi(std::size_t place, int length) {
-    HurtIpmi(place, Lost(), "lost");
-    for (int code = 0; code < 256; code += Step(51)) HurtIpmi(place, Code(code), "completion code");
-    for (int total = 0; total <= kLongest; total += Step(29)) HurtIpmi(place, Cut(total), "length");
-    for (const int said : {-2147483647 - 1, -1, 0, 4, 8, 13, 255, 256, 257, 65536, 2147483647}) {
-      HurtIpmi(place, SaysLength(said), "length that lies");
+    FaultIpmi(place, Lost(), "lost");
+    for (int code = 0; code < 256; code += Step(51)) FaultIpmi(place, Code(code), "completion code");
+    for (int total = 0; total <= kLongest; total += Step(29)) FaultIpmi(place, Cut(total), "length");
+    for (const int claimed : {-2147483647 - 1, -1, 0, 4, 8, 13, 255, 256, 257, 65536, 2147483647}) {
+      FaultIpmi(place, ClaimsLength(claimed), "false length");
     }
-    for (int said = 0; said < 256; said += Step(51)) HurtIpmi(place, SaysDataLength(said), "data length that lies");
+    for (int claimed = 0; claimed < 256; claimed += Step(51))
+      FaultIpmi(place, ClaimsDataLength(claimed), "false data length");
     const int bytes = 2 + length - static_cast<int>(wire::TCommandBuffer::kData);
-    for (int bit = 0; bit < bytes * 8; bit += Step(23)) HurtIpmi(place, Flip(bit), "flipped bit");
+    for (int bit = 0; bit < bytes * 8; bit += Step(23)) FaultIpmi(place, Flip(bit), "flipped bit");
   }
 
   void SweepDot(std::size_t place) {
-    HurtDot(place, LostDot(), "lost");
-    HurtDot(place, FailedDot(), "failure beside a block");
+    FaultDot(place, LostDot(), "lost");
+    FaultDot(place, FailedDot(), "failure beside a block");
     for (std::size_t size = 0; size < kBlock; size += Step<std::size_t>(29)) {
-      if (size <= kCutEnds || size >= kBlock - kCutEnds) HurtDot(place, CutDot(size), "block's length");
+      if (size <= kCutEnds || size >= kBlock - kCutEnds) FaultDot(place, CutDot(size), "block's length");
     }
-    const std::vector<int> lengths = LyingDotLengths();
+    const std::vector<int> lengths = FalseDotLengths();
     for (std::size_t i = 0; i < lengths.size(); i += Step<std::size_t>(7)) {
-      HurtDot(place, SaysDotLength(lengths[i]), "block's length that lies");
+      FaultDot(place, ClaimsDotLength(lengths[i]), "block's false length");
     }
     for (std::size_t bit = 0; bit < kBlock * 8; bit += Step<std::size_t>(997))
-      HurtDot(place, FlipDot(bit), "block's flipped bit");
+      FaultDot(place, FlipDot(bit), "block's flipped bit");
   }
 
-  static std::vector<int> LyingDotLengths() {
+  static std::vector<int> FalseDotLengths() {
     std::vector<int> lengths = {-2147483647 - 1, -65536, -1};
     for (int i = 0; i <= kLongest; ++i) lengths.push_back(i);
     for (int i = 4080; i <= 4110; ++i) lengths.push_back(i);
@@ -223,7 +224,7 @@ class TSweep {
   void CheckEnd(const sweep::TOutcome& outcome, const std::string& how) {
     if (!outcome.exception.empty()) Fail(how, "ended in " + outcome.exception);
     if (!outcome.traceIsWhole) Fail(how, "has a trace that is not whole");
-    if (outcome.hurt.empty()) Fail(how, "hurt nothing");
+    if (outcome.faulted.empty()) Fail(how, "faulted nothing");
   }
 
   // Instances from exchanges after the deadline may be missing as well; such runs are counted separately.
@@ -236,10 +237,10 @@ class TSweep {
       if (known == clean_.instances.end() || texts.size() > known->second.size()) Fail(how, "made up " + key);
     }
     for (const auto& [key, texts] : clean_.instances) {
-      if (key == sweep::kJfrClass || outcome.hurt.contains(key)) continue;
+      if (key == sweep::kJfrClass || outcome.faulted.contains(key)) continue;
       const auto found = outcome.instances.find(key);
       if (found == outcome.instances.end() || found->second != texts) {
-        Fail(how, "changed " + key + ", which does not depend on what was hurt");
+        Fail(how, "changed " + key + ", which does not depend on a faulted exchange");
       }
     }
   }
@@ -252,23 +253,23 @@ class TSweep {
     const auto given = outcome.instances.find(sweep::kJfrClass);
     const std::vector<std::string> found =
         given == outcome.instances.end() ? std::vector<std::string>() : given->second;
-    const bool isFirstHurt = outcome.hurtBlocks.contains(0);
-    const bool isSecondHurt = outcome.hurtBlocks.contains(1);
+    const bool isFirstFaulted = outcome.faultedBlocks.contains(0);
+    const bool isSecondFaulted = outcome.faultedBlocks.contains(1);
     std::size_t fixed = 0;
-    if (!isFirstHurt && !(isSecondHurt && outcome.blocksWereDropped)) {
+    if (!isFirstFaulted && !(isSecondFaulted && outcome.blocksWereDropped)) {
       fixed += kBlockInstances;
       if (found.size() < fixed || !std::equal(clean.begin(), clean.begin() + kBlockInstances, found.begin())) {
         return Fail(how, "changed the first block's instances");
       }
     }
-    if (!isSecondHurt) {
+    if (!isSecondFaulted) {
       fixed += kBlockInstances;
       if (found.size() < fixed ||
           !std::equal(clean.end() - kBlockInstances, clean.end(), found.end() - kBlockInstances)) {
         return Fail(how, "changed the second block's instances");
       }
     }
-    const std::size_t loose = kBlockInstances * (static_cast<std::size_t>(isFirstHurt) + isSecondHurt);
+    const std::size_t loose = kBlockInstances * (static_cast<std::size_t>(isFirstFaulted) + isSecondFaulted);
     if (found.size() > fixed + loose) Fail(how, "made up instances of a block");
   }
 

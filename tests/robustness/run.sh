@@ -34,7 +34,7 @@ build_other robustness-gcc-O3 gcc g++ -O3
 build_other robustness-clang-O0 clang-14 clang++-14 -O0
 build_other robustness-clang-O3 clang-14 clang++-14 -O3
 
-step "Every exchange hurt (sanitizers)"
+step "Every exchange faulted (sanitizers)"
 timeout --foreground 3600 "$top/build/asan-ubsan/tests/faultsweep" 4411 >"$top/build/asan-ubsan/faultsweep.log" 2>&1 &
 trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
 timeout --foreground 3600 "$top/build/asan-ubsan/tests/faultsweep" 6203

@@ -29,7 +29,7 @@ bool StartsWith(const std::string& text, const char* prefix) { return text.rfind
 
 bool TTamperer::IsRefused(std::size_t place, int serviceProcessor) const {
   if (place < limit_) return false;
-  if (onHurt) onHurt(serviceProcessor, true);
+  if (onFault) onFault(serviceProcessor, true);
   return true;
 }
 
@@ -39,7 +39,7 @@ std::optional<TIpmiAnswer> TTamperer::SendIpmi(const TIpmiRequest& request, cons
   auto answer = TForwardingServiceProcessor::SendIpmi(request, stop);
   const auto tamper = ipmi_.find(place);
   if (tamper != ipmi_.end()) {
-    if (onHurt) onHurt(-1, false);
+    if (onFault) onFault(-1, false);
     if (answer && !tamper->second(*answer)) answer.reset();
   }
   if (onExchange) onExchange(false, answer ? answer->Length() : 0);
@@ -53,7 +53,7 @@ std::optional<TDotAnswer> TTamperer::SendDot(const TDotRequest& request, const T
   auto answer = TForwardingServiceProcessor::SendDot(request, stop);
   if (onExchange) onExchange(true, answer ? answer->Length() : 0);
   if (tamper == dot_.end()) return answer;
-  if (onHurt) onHurt(request.serviceProcessor, false);
+  if (onFault) onFault(request.serviceProcessor, false);
   if (answer && !tamper->second(*answer)) answer.reset();
   return answer;
 }
@@ -139,11 +139,11 @@ TOutcome THost::Collect(const std::vector<std::string>& names) {
     const allocation::TPause pause;
     outcome.instances[KeyOf(*instance)].push_back(TextOf(*instance));
   });
-  tamperer_.onHurt = [this, &outcome](int serviceProcessor, bool isRefused) {
-    ++outcome.hurtExchanges;
+  tamperer_.onFault = [this, &outcome](int serviceProcessor, bool isRefused) {
+    ++outcome.faultedExchanges;
     outcome.reachedLimit = outcome.reachedLimit || isRefused;
-    if (serviceProcessor >= 0) outcome.hurtBlocks.insert(serviceProcessor);
-    outcome.hurt.insert(serviceProcessor >= 0 ? class_ : part_);
+    if (serviceProcessor >= 0) outcome.faultedBlocks.insert(serviceProcessor);
+    outcome.faulted.insert(serviceProcessor >= 0 ? class_ : part_);
   };
   plugin_->Init();
   std::vector<boost::shared_ptr<ICIMClass>> classes;
@@ -155,7 +155,7 @@ TOutcome THost::Collect(const std::vector<std::string>& names) {
   outcome.traceIsWhole = begun_ == requests && ended_ == requests;
   outcome.blocksWereDropped = blocksWereDropped_;
   tamperer_.Reset();
-  tamperer_.onHurt = nullptr;
+  tamperer_.onFault = nullptr;
   std::string().swap(class_);  // nothing of this run must remain, so that memory can be compared
   std::string().swap(part_);
   return outcome;

@@ -33,13 +33,13 @@ class TTamperer : public velhost::TForwardingServiceProcessor {
     ipmi_.clear();
     dot_.clear();
   }
-  void HurtIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
-  void HurtDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
+  void FaultIpmi(std::size_t place, TIpmiTamper tamper) { ipmi_[place] = std::move(tamper); }
+  void FaultDot(std::size_t place, TDotTamper tamper) { dot_[place] = std::move(tamper); }
   std::function<void(bool isDot, int length)> onExchange;
   /// Called when an exchange is tampered with or refused, with the service processor of a dot command, or -1
   /// for IPMI. A place is only a number: after the first modified exchange, later ones may differ from the
   /// clean run.
-  std::function<void(int serviceProcessor, bool isRefused)> onHurt;
+  std::function<void(int serviceProcessor, bool isRefused)> onFault;
 
   std::optional<velhost::TIpmiAnswer> SendIpmi(const velhost::TIpmiRequest& request,
                                                const velhost::TStopSignal& stop) override;
@@ -64,9 +64,9 @@ struct TExchangeNote {
 /// The outcome of a run. Instances are stored as text by key (KeyOf).
 struct TOutcome {
   std::map<std::string, std::vector<std::string>> instances;
-  std::set<std::string> hurt;  ///< keys of instances that modified or refused exchanges may have changed
-  std::set<int> hurtBlocks;    ///< service processors whose register block was modified or refused
-  int hurtExchanges = 0;
+  std::set<std::string> faulted;  ///< keys of instances that modified or refused exchanges may have changed
+  std::set<int> faultedBlocks;    ///< service processors whose register block was modified or refused
+  int faultedExchanges = 0;
   bool reachedLimit = false;       ///< some exchanges were refused
   bool blocksWereDropped = false;  ///< a block could not be decoded, so instances of earlier blocks were dropped
   bool traceIsWhole = false;
