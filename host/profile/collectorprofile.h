@@ -21,6 +21,9 @@ enum class EPath { kNone, kR8, kJfr, kCapture };
 /// "R8", "JFR", "FFDC"; "none" for a class that no path serves.
 const char* NameOfPath(EPath path);
 
+/// The plugin that this profile describes, by the name that it gives itself.
+inline constexpr std::string_view kCollectorName = "Engineering Information Collector";
+
 /// The base classes of the JFR path. A request names one of their subclasses.
 inline constexpr std::array<std::string_view, 3> kJfrBaseClasses = {
     "KROSG_PCIIOBRIDGE_StatisticData", "KROSG_MEMCTL_StatisticData", "KROSG_L3Cache_StatisticData"};

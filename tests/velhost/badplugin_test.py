@@ -32,7 +32,18 @@ class BadPlugin(VelhostCase):
     def test_what_was_collected_outlives_a_failure_to_unload(self):
         for operation in ("DeInit", "PrepareForUnload"):
             text = self.run_failing(operation, "collect", "--format", "json", "KROSG_DCAPFile", text="too late")
-            self.assertEqual(json.loads(text)["plugin"]["name"], "failing")
+            document = json.loads(text)
+            self.assertEqual(document["plugin"]["name"], "failing")
+            self.assertEqual((document["status"], document["exit_status"]), ("failed", 70))
+            self.assertEqual(document["message"], f"plugin {PLUGIN} failed in {operation}: too late")
+
+    def test_a_failure_to_unload_counts_more_than_a_failed_write(self):
+        done = self.run_velhost("collect", "--format", "json", "KROSG_DCAPFile", "--plugin", PLUGIN, "--log", "/dev/full",
+                                environment={"FAILING_OPERATION": "DeInit"})
+        failed = f"plugin {PLUGIN} failed in DeInit: an exception of unknown type"
+        self.assertEqual(done.returncode, 70)
+        self.assertEqual(done.stderr.splitlines()[-1], "velhost: " + failed)
+        self.assertEqual(json.loads(done.stdout)["message"], failed)
 
 
 if __name__ == "__main__":

@@ -129,8 +129,8 @@ class Usage(VelhostCase):
         self.fails(66, "text.so", "plugin", "--plugin", text)
 
     def test_shipped_servers_are_found_by_name(self):
-        self.assertEqual(self.collect("--sp", "sim:failing.toml")["instances"],
-                         self.collect("--sp", f"sim:{SOURCE}/servers/failing.toml")["instances"])
+        self.assertEqual(self.collect("--sp", "sim:failing.toml", status=3)["instances"],
+                         self.collect("--sp", f"sim:{SOURCE}/servers/failing.toml", status=3)["instances"])
         done = self.run_velhost("collect", "--sp", "sim:absent.toml")
         self.assertEqual(done.returncode, 66)
         self.assertRegex(done.stderr, r"^velhost: cannot open absent\.toml: no such file here or among "
@@ -139,7 +139,7 @@ class Usage(VelhostCase):
         self.fails(66, "cannot open absent.toml: no such file here", "simulate", "absent.toml")
         # An existing file takes precedence over a shipped one, whatever it contains.
         self.write("failing.toml", 'machine_type = "here"\n')
-        self.assertEqual(self.collect("--sp", "sim:failing.toml")["machine_type"], "here")
+        self.assertEqual(self.collect("--sp", "sim:failing.toml", status=3)["machine_type"], "here")
 
     def test_wrong_kinds_of_file_are_named(self):
         result = self.write("result.json", self.run_velhost("collect", "--record", "run.jsonl", "--format", "json").stdout)
@@ -261,7 +261,7 @@ class Usage(VelhostCase):
         shown = self.run_velhost("classes", "--schema", schema, "--machine-type", "44\x1b[31m11").stdout
         self.assertIn("Machine type: 44\\x1b[31m11\n", shown)
         self.assertIn("Machine type: 1\\n2\n", self.run_velhost("classes", "--machine-type", "1\n2").stdout)
-        self.assertIn(" on machine type 1\\n2; ", self.run_velhost("collect", "--machine-type", "1\n2", BRIDGE).stderr)
+        self.assertIn(" the machine type 1\\n2\n", self.run_velhost("collect", "--machine-type", "1\n2", BRIDGE).stderr)
         self.assertIn('yes, on "44\\x1b[31m11\\x7f\\x9b"', shown)
         name = "bad\x1b[31m.mof"
         self.write(name, "class A : B\x1b {};\n")

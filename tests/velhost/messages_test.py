@@ -14,9 +14,8 @@ class Partial(VelhostCase):
         schema = self.write("schema.mof", "class KROSG_DCAPFile { string FileName; };\n")
         done = self.run_velhost("collect", "--schema", schema, "-o", "out.json", "KROSG_DCAPFile")
         self.assertEqual(done.returncode, 3)
-        first, last = done.stderr.splitlines()
-        self.assertTrue(first.startswith("velhost: KROSG_DCAPFile: the collector did not find a base class"), first)
-        self.assertEqual(last, "velhost: partial: a request failed")
+        self.assertEqual(done.stderr, "velhost: partial: KROSG_DCAPFile: the collector did not find a base class or "
+                         "superclass that it needs; \"velhost check\" shows what the schema lacks (assertion px != 0)\n")
 
     def test_a_deadline_covers_the_reading_of_the_schema(self):
         # No schema can be read in this time: the deadline has passed when the first file is opened.
@@ -24,17 +23,6 @@ class Partial(VelhostCase):
         self.assertEqual((done.returncode, done.stderr),
                          (3, "velhost: deadline reached while reading the schema; nothing was collected\n"))
         self.assertFalse((self.folder / "out.json").exists())
-
-    def test_mismatch_with_a_recording_is_partial(self):
-        self.collect("--record", "run.jsonl")
-        done = self.run_velhost("collect", "--format", "json", "--sp", "replay:run.jsonl", "KROSG_DCAPFile")
-        self.assertEqual(done.returncode, 65)
-        document = json.loads(done.stdout)
-        self.assertEqual(document["status"], "partial")
-        self.assertEqual(document["reasons"][0]["class"], "KROSG_DCAPFile")
-        self.assertRegex(document["reasons"][0]["message"], r"^run\.jsonl:2:1: error: found .*, expected ")
-        self.assertEqual(len(document["reasons"]), 1)
-        self.assertIn("velhost: run.jsonl:2:1: error: found", done.stderr)
 
 
 class SessionThatIsNotOpened(VelhostCase):
@@ -55,10 +43,12 @@ class SessionThatIsNotOpened(VelhostCase):
         self.assertEqual(status, 3, errors)
         document = json.loads(output)
         self.assertEqual((document["status"], document["instances"], document["exchanges"]["total"]), ("partial", [], 0))
-        self.assertEqual(document["reasons"],
-                         [{"code": "not-collected", "class": BRIDGE, "count": 1, "message": "not collected: " + reason},
-                          {"code": "stopped", "count": 1, "message": reason}])
-        self.assertIn(f"velhost: partial: {reason}; 1 class not collected\n", errors)
+        before = "the run was stopped before it"
+        self.assertEqual(document["reasons"], [
+            {"code": "stopped", "count": 1, "message": reason},
+            {"code": "nothing-read", "count": 1, "message": "no instance came"},
+            {"code": "not-collected", "class": BRIDGE, "count": 1, "message": before}])
+        self.assertIn(f"velhost: partial: {reason}; no instance came; {BRIDGE}: {before}\n", errors)
 
     def was_asked(self):
         try:
@@ -86,25 +76,25 @@ class SessionThatIsNotOpened(VelhostCase):
 
 
 class ClassesThatAreNotServed(VelhostCase):
-    HINT = '; "velhost classes" shows what it serves\n'
+    HINT = '; "velhost classes" shows what is served\n'
 
     def warnings(self, *arguments):
         done = self.run_velhost("collect", "--format", "json", *arguments)
-        self.assertEqual(done.returncode, 0)
-        return done.stderr
+        *warnings, last = done.stderr.splitlines(keepends=True) or [""]
+        self.assertEqual((done.returncode, last.startswith("velhost: partial: ")), (3, True) if last else (0, False))
+        return "".join(warnings)
 
     def test_on_this_machine_type(self):
         self.assertEqual(self.warnings("--machine-type", "9999", BRIDGE),
                          "velhost: warning: no register class serves the machine type 9999\n"
-                         f"velhost: warning: the collector does not serve {BRIDGE} on machine type 9999" + self.HINT)
-        self.assertEqual(self.warnings("--machine-type", "6230", "KROSG_DCAPFile"),
-                         "velhost: warning: no register class serves the machine type 6230; did you mean 6203?\n")
+                         f'velhost: warning: {BRIDGE} is not served: its machine types are "4523", "4524", "6203"'
+                         + self.HINT)
         self.assertEqual(self.warnings("--machine-type", "6203", BRIDGE), "")
 
     def test_on_any(self):
         schema = self.schema({"Register": (0x1000, 8)})
         self.assertEqual(self.warnings("--schema", schema, "--machine-type", "6203", "KROSG_Top"),
-                         "velhost: warning: the collector does not serve KROSG_Top on any machine type" + self.HINT)
+                         "velhost: warning: KROSG_Top is not served: the collector does not know the class" + self.HINT)
 
     def test_none_at_all(self):
         schema = self.write("empty.mof", "class A {};\n")

@@ -88,7 +88,9 @@ class VelhostCase(unittest.TestCase):
                               env=variables, **options)
 
     def collect(self, *arguments, status=0):
-        """Runs a collection that must end with `status`, and returns its JSON document."""
+        """Runs a collection that must end with `status`, and returns its JSON document, which says so too."""
         done = self.run_velhost("collect", "--format", "json", *arguments)
         self.assertEqual(done.returncode, status, done.stderr)
-        return json.loads(done.stdout)
+        document = json.loads(done.stdout)
+        self.assertEqual(document["exit_status"], status)
+        return document

@@ -1,14 +1,13 @@
 // velhost collect: one collection from start to finish.
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "host/bmc/serviceprocessorhub.h"
@@ -22,6 +21,8 @@
 #include "host/velhost/collect/collectionrun.h"
 #include "host/velhost/collect/fileclash.h"
 #include "host/velhost/collect/outputtarget.h"
+#include "host/velhost/collect/requests.h"
+#include "host/velhost/collect/runfacts.h"
 #include "host/velhost/collect/runrecording.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
@@ -41,15 +42,6 @@ EOutputForm ChooseForm(const TCollectOptions& options) {
   return shown ? EOutputForm::kTable : EOutputForm::kJson;
 }
 
-void WarnOfClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes) {
-  const auto behind = ClassesBehindCapture(classes);
-  if (behind.empty()) return;
-  std::string text = "warning: the collector ends a request at " + std::string(CollectorProfile::kCaptureClass) +
-                     "; not collected in a single request:";
-  for (const std::string& name : behind) text += " " + name;
-  Say(text);
-}
-
 // Called before anything is read, because the deadline applies to the whole run.
 TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options) {
   if (!options.timeoutSeconds) return stop;
@@ -58,21 +50,8 @@ TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options)
   return stop;
 }
 
-// Says why the status is not that of a complete collection. If the instances go to a file, the user would not see the
-// reason otherwise.
-void SayWhyPartial(const TResultSummary& summary) {
-  std::size_t untouched = 0;
-  for (const TReason& reason : summary.reasons) {
-    if (reason.code == EReason::kNotCollected) {
-      ++untouched;
-    } else if (!reason.className.empty()) {
-      Say(reason.className + ": " + reason.message);
-    }
-  }
-  std::string text = "partial: " + summary.message;
-  if (untouched > 0)
-    text += "; " + std::to_string(untouched) + (untouched == 1 ? " class" : " classes") + " not collected";
-  Say(text);
+void Warn(const std::vector<std::string>& texts) {
+  for (const std::string& text : texts) Say("warning: " + text);
 }
 
 // Installs the implementation of the contract's static operations while it lives.
@@ -93,11 +72,9 @@ class TInstalledServices {
 // The progress line, fed by the exchanges and requests of a run.
 class TShownProgress : public IRequestObserver {
  public:
-  explicit TShownProgress(TSupervisedServiceProcessor& serviceProcessor)
+  TShownProgress()
       : line_(TProgressTarget::StandardError([] { return TerminalWidth(STDERR_FILENO); })),
-        hook_([this] { line_.Clear(); }) {
-    serviceProcessor.AddObserver(line_);
-  }
+        hook_([this] { line_.Clear(); }) {}
   TProgressLine& Line() { return line_; }
   void OnRequest(std::size_t index, std::size_t count, const std::string& name) override {
     line_.BeginClass(index + 1, count, name);
@@ -119,7 +96,8 @@ bool WantsProgressLine(const TCommandLine& commandLine) {
 class TCollection {
  public:
   TCollection(const TCommandLine& commandLine, const TInstallation& installation)
-      : options_(commandLine.collect),
+      : run_(commandLine.collect.labels),
+        options_(commandLine.collect),
         common_(commandLine.common),
         installation_(installation),
         showProgress_(WantsProgressLine(commandLine)),
@@ -132,19 +110,14 @@ class TCollection {
     connection_ = ConnectServer(common_, installation, inputs_, *namespace_);
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
-    const TDiscovery discovery = connection_->ServiceProcessor().Discover();
-    for (const TAskedClass& asked :
-         ChooseClasses(*namespace_, options_.classes, environment_->MachineType(), PlanServerOf(discovery))) {
-      classes_.push_back(asked.cimClass);
-    }
+    source_ = SourceFactsOf(common_, connection_->Facts());
+    WarnOfAnotherSchema();
+    server_ = PlanServerOf(connection_->ServiceProcessor().Discover());
+    classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType(), server_);
     RefuseTooLarge(*namespace_, classes_, environment_->MachineType(), options_.singleRequest,
-                   discovery.serviceProcessors);
+                   server_.serviceProcessors);
     const std::string unserved = MachineTypeWarning(*namespace_, environment_->MachineType());
     if (!unserved.empty()) Say("warning: " + unserved);
-    for (const std::string& text : UnservedTexts(*namespace_, classes_, environment_->MachineType())) {
-      Say("warning: " + text);
-    }
-    if (options_.singleRequest) WarnOfClassesBehindCapture(classes_);
   }
 
   /// Throws THostError (kInvalidArgument) if an output would overwrite a file that was read.
@@ -153,71 +126,128 @@ class TCollection {
   EExitStatus Run() {
     TTrace trace(common_);
     TSupervisedServiceProcessor supervised(connection_->ServiceProcessor());
-    TExchangeLedger ledger;
-    supervised.AddObserver(ledger);
     TRunRecording recording(options_.record, RecordedRun(), connection_->ServiceProcessor(), *environment_);
     if (recording.Observer() != nullptr) supervised.AddObserver(*recording.Observer());
-    const EOutputForm form = ChooseForm(options_);
-    TResultSummary summary;
-    {
-      std::optional<TShownProgress> progress;
-      if (showProgress_) progress.emplace(supervised);
-      TSizeLimit sizeLimit(supervised);
-      const TInstalledServices services(sizeLimit, stop_, recording.Environment());
-      TCollectionRun run({environment_->MachineType(), options_.singleRequest}, namespace_, ledger, stop_);
-      // Before any output is opened: an existing file must survive a plugin that cannot be loaded.
-      run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
-      TOutputTarget target(options_.output);
-      OpenFiles(trace, recording);
-      run.SetSizeLimit(sizeLimit);
-      if (progress) {
-        run.SetRequestObserver(*progress);
-        target.SetProgressLine(&progress->Line());
-      }
-      summary = Collect(run, target, form);
-      target.Finish();
-      if (run.FailureToUnload()) throw THostError(*run.FailureToUnload());
+    TSizeLimit sizeLimit(supervised);
+    const TInstalledServices services(sizeLimit, stop_, recording.Environment());
+    std::optional<TShownProgress> progress;
+    TCollectionRun run(namespace_, stop_);
+    // Before any output is opened: an existing file must survive a plugin that cannot be loaded.
+    run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
+    Warn(PlanWarnings(run.MakePlan(server_, RequestsOf(classes_, options_.singleRequest), supervised, sizeLimit)));
+    TOutputTarget target(options_.output);
+    OpenFiles(trace, recording);
+    if (showProgress_) {
+      progress.emplace();
+      supervised.AddObserver(progress->Line());
+      run.SetRequestObserver(*progress);
+      target.SetProgressLine(&progress->Line());
     }
-    const bool isPartial = summary.status == EResultStatus::kPartial;
-    const bool mismatch = !connection_->Mismatch().empty();
-    if (isPartial && !mismatch) SayWhyPartial(summary);
-    // Reported last: a failed trace or recording must not cost the user what was collected.
-    trace.Finish();
-    recording.Finish();
-    connection_->CheckAfterwards();
-    return isPartial ? EExitStatus::kPartial : EExitStatus::kComplete;
+    const auto writer = MakeWriter(ChooseForm(options_), target.Sink(), TableOptions());
+    Collect(run, *writer);
+    std::vector<THostError> failures = FailuresAfter(run, trace, recording);
+    const TResultSummary summary = Close(run, failures);
+    EndDocument(*writer, target, summary, failures);
+    progress.reset();
+    Report(summary, failures);
+    return static_cast<EExitStatus>(summary.exitStatus);
   }
 
  private:
+  void WarnOfAnotherSchema() const {
+    const TRecordingHeader* const recording = connection_->Recording();
+    if (recording == nullptr || !recording->run || recording->run->schemaSha256.empty()) return;
+    if (recording->run->schemaSha256 != schema_.facts.sha256)
+      Say("warning: the recording was made with another schema");
+  }
+
   TRecordedRun RecordedRun() const {
-    const TServerFacts facts = connection_->Facts();
     TRecordedRun run;
-    run.source.sp = common_.serviceProcessors;
-    if (run.source.sp.empty()) run.source.sp = {"sim"};
-    run.source.isSimulated = facts.isSimulated;
-    run.source.recorded = facts.recorded;
-    run.source.serialNumber = facts.serialNumber;
-    run.source.uuid = facts.uuid;
-    for (const auto& cimClass : classes_) run.classes.push_back(cimClass->Name());
+    run.source = {source_.sp, source_.target, source_.simulated, source_.recorded, source_.serial, source_.uuid};
+    for (const TAskedClass& asked : classes_) run.classes.push_back(asked.cimClass->Name());
     run.singleRequest = options_.singleRequest;
+    run.schemaSha256 = schema_.facts.sha256;
     return run;
   }
+
   void OpenFiles(TTrace& trace, TRunRecording& recording) {
     if (!options_.captureDir.empty()) captures_.emplace(options_.captureDir);
     trace.OpenFile();
     recording.OpenFile();
   }
 
-  TResultSummary Collect(TCollectionRun& run, TOutputTarget& target, EOutputForm form) {
-    const TTableOptions table = {TerminalWidth(STDOUT_FILENO),
-                                 IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO)};
-    const auto writer = MakeWriter(form, target.Sink(), table);
-    run.SetLossQuery([this] { return connection_->WasLost(); });
-    run.SetMismatchQuery([this] { return connection_->Mismatch(); });
-    if (captures_) run.SetInstanceCallback([this](const auto& instance) { captures_->Write(*instance, false); });
-    return run.Run(classes_, *writer);
+  TTableOptions TableOptions() const {
+    return {TerminalWidth(STDOUT_FILENO), IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO)};
   }
 
+  void Collect(TCollectionRun& run, IResultWriter& writer) {
+    run.SetLossQuery([this] { return connection_->WasLost(); });
+    if (captures_) {
+      run.SetInstanceCallback(
+          [this](const TInstance& instance, const TInstanceFacts& facts) { captures_->Write(instance, facts.isCut); });
+    }
+    writer.Begin({run_.Facts(), source_, environment_->MachineType(), run.Plugin(), schema_.facts});
+    run.Collect(writer);
+  }
+
+  // The command's own failures after everything was collected; the first counts most. They are found before the
+  // document ends, because it tells the exit status.
+  static std::vector<THostError> FailuresAfter(const TCollectionRun& run, TTrace& trace, TRunRecording& recording) {
+    std::vector<THostError> failures;
+    if (run.FailureToUnload()) failures.push_back(*run.FailureToUnload());
+    const auto keep = [&failures](const auto& step) {
+      try {
+        step();
+      } catch (const THostError& failure) {
+        failures.push_back(failure);
+      }
+    };
+    keep([&trace] { trace.Finish(); });
+    keep([&recording] { recording.Finish(); });
+    return failures;
+  }
+
+  TResultSummary Close(TCollectionRun& run, const std::vector<THostError>& failures) {
+    std::optional<THostError> failure;
+    const std::string mismatch = connection_->Mismatch();
+    if (!mismatch.empty()) failure.emplace(EFailure::kMalformed, mismatch);
+    if (!failures.empty()) failure.emplace(failures.front());
+    TResultSummary summary = run.Close(failure);
+    const bool isComplete = summary.status == EResultStatus::kComplete;
+    const EExitStatus byResult = isComplete ? EExitStatus::kComplete : EExitStatus::kPartial;
+    summary.exitStatus = static_cast<int>(failure ? StatusOf(failure->Kind()) : byResult);
+    summary.elapsedMs = run_.ElapsedMs();
+    return summary;
+  }
+
+  static void EndDocument(IResultWriter& writer, TOutputTarget& target, const TResultSummary& summary,
+                          std::vector<THostError>& failures) {
+    try {
+      writer.End(summary);
+      target.Finish();
+    } catch (const THostError& failure) {
+      const bool isWorse = !failures.empty() && failures.front().Kind() == EFailure::kDefect;
+      if (isWorse) return failures.push_back(failure);
+      for (const THostError& other : failures) Say(other.what());
+      throw;
+    }
+  }
+
+  // Ends the command with the failure that counts most, and says the others.
+  void Report(const TResultSummary& summary, std::vector<THostError>& failures) {
+    // If the instances go to a file, the user would not see otherwise what is missing.
+    if (summary.status == EResultStatus::kPartial) Say("partial: " + summary.message);
+    try {
+      connection_->CheckAfterwards();
+    } catch (const THostError& mismatch) {
+      failures.push_back(mismatch);
+    }
+    if (failures.empty()) return;
+    for (std::size_t i = 1; i < failures.size(); ++i) Say(failures[i].what());
+    throw THostError(failures.front());
+  }
+
+  TStartedRun run_;
   const TCollectOptions& options_;
   const TCommonOptions& common_;
   const TInstallation& installation_;
@@ -229,7 +259,9 @@ class TCollection {
   boost::shared_ptr<TNamespace> namespace_;
   std::unique_ptr<IServerConnection> connection_;
   std::optional<TSessionEnvironment> environment_;
-  std::vector<boost::shared_ptr<TCIMClass>> classes_;
+  TSourceFacts source_;
+  TPlanServer server_;
+  std::vector<TAskedClass> classes_;
   std::optional<TCaptureFolder> captures_;
 };
 

@@ -2,14 +2,22 @@
 
 #include <string_view>
 
-#include "host/base/hosterror.h"
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"
+#include "host/profile/collectorprofile.h"
+#include "host/schema/collectorneeds.h"
+#include "host/velhost/collect/requests.h"
 #include "host/velhost/messages.h"
 
 namespace velhost {
 
 namespace {
+
+std::vector<boost::shared_ptr<TCIMClass>> ClassesOf(const TPlan& plan, const TPlannedRequest& request) {
+  std::vector<boost::shared_ptr<TCIMClass>> classes;
+  for (const TPlannedTurn& turn : request.turns) classes.push_back(plan.ClassOf(turn).cimClass);
+  return classes;
+}
 
 std::string NameOf(const std::vector<boost::shared_ptr<TCIMClass>>& request) {
   std::vector<std::string_view> names;
@@ -33,9 +41,8 @@ class TCommitGuard {
 
 }  // namespace
 
-TCollectionRun::TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, TExchangeLedger& ledger,
-                               const TStopSignal& stop)
-    : settings_(std::move(settings)), namespace_(std::move(cimNamespace)), ledger_(ledger), stop_(stop) {}
+TCollectionRun::TCollectionRun(boost::shared_ptr<TNamespace> cimNamespace, const TStopSignal& stop)
+    : namespace_(std::move(cimNamespace)), stop_(stop) {}
 
 void TCollectionRun::Load(const std::string& pluginPath) {
   loader_.SetFatalHandler(&SayAndEndAtOnce);
@@ -45,41 +52,36 @@ void TCollectionRun::Load(const std::string& pluginPath) {
                    "plugin " + SafeText(plugin_->Path()) + " does not support requests for instances");
 }
 
-TResultSummary TCollectionRun::Run(const TClasses& classes, IResultWriter& writer) {
-  const auto start = std::chrono::steady_clock::now();
-  writer_ = &writer;
-  const TCommitGuard guard(*namespace_, [this](const boost::shared_ptr<const TInstance>& i) { OnCommit(i); });
-  const std::vector<TClasses> requests = RequestsFor(classes);
-  Begin(requests);
-  plugin_->Init();
-  RunAll(*plugin_->Query(), requests);
-  Unload();
-  Summarise(start);
-  writer.End(summary_);
-  return summary_;
-}
-
-std::vector<TCollectionRun::TClasses> TCollectionRun::RequestsFor(const TClasses& classes) const {
-  if (settings_.singleRequest) return {classes};
-  std::vector<TClasses> requests;
-  for (const auto& cimClass : classes) requests.push_back({cimClass});
-  return requests;
-}
-
-void TCollectionRun::Begin(const std::vector<TClasses>& requests) {
-  for (const TClasses& request : requests) {
-    TPlannedRequest planned;
-    for (const auto& cimClass : request) {
-      planned.turns.emplace_back().planClass = plan_.classes.size();
-      plan_.classes.emplace_back().cimClass = cimClass;
-    }
-    plan_.requests.push_back(planned);
-  }
+TPluginFacts TCollectionRun::Plugin() const {
   const TPluginIdentity identity = plugin_->Identity();
-  TResultHeader header;
-  header.machineType = settings_.machineType;
-  header.plugin = {identity.name, identity.version, identity.interfaceVersion};
-  writer_->Begin(header);
+  return {identity.name, identity.version, identity.interfaceVersion};
+}
+
+const TPlan& TCollectionRun::MakePlan(const TPlanServer& server, std::vector<std::vector<TAskedClass>> requests,
+                                      TSupervisedServiceProcessor& supervised, TSizeLimit& sizeLimit) {
+  const auto isCollectable = [this](const TCIMClass& cimClass) { return MeetsCollectorNeeds(*namespace_, cimClass); };
+  const bool isCollector = plugin_->Identity().name == CollectorProfile::kCollectorName;
+  plan_ = velhost::MakePlan({.cimNamespace = *namespace_,
+                             .machineType = namespace_->GetMachineType(),
+                             .server = server,
+                             .requests = std::move(requests),
+                             .isCollector = isCollector,
+                             .isCollectable = isCollectable});
+  book_.emplace(plan_);
+  follower_.emplace(plan_, *book_);
+  sizeLimit_ = &sizeLimit;
+  sizeLimit.SetRefusalCallback([this](const std::string& sentence) { follower_->OnSizeRefused(sentence); });
+  supervised.AddObserver(*follower_);
+  supervised.AddObserver(*this);  // asks the follower which turn an exchange was of
+  return plan_;
+}
+
+void TCollectionRun::Collect(IResultWriter& writer) {
+  writer_ = &writer;
+  const TCommitGuard guard(*namespace_, [this](const boost::shared_ptr<const TInstance>& i) { OnCommit(*i); });
+  plugin_->Init();
+  CollectAll();
+  Unload();
 }
 
 void TCollectionRun::Unload() {
@@ -91,66 +93,61 @@ void TCollectionRun::Unload() {
   }
 }
 
-void TCollectionRun::RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests) {
-  for (std::size_t i = 0; i < requests.size(); ++i) {
-    const std::string name = NameOf(requests[i]);
+void TCollectionRun::CollectAll() {
+  for (request_ = 0; request_ < plan_.requests.size(); ++request_) {
     if (stop_.IsStopped()) {
-      AddReason(EReason::kNotCollected, name, "not collected: " + StopReason());
-      continue;
+      SkipRequest();
+    } else {
+      CollectRequest();
     }
-    if (observer_ != nullptr) observer_->OnRequest(i, requests.size(), name);
-    // A single request begins with turn 0; otherwise each request has one turn.
-    ledger_.BeginRequest(static_cast<std::uint32_t>(i));
-    RunOne(plugin, requests[i], name);
+    firstTurn_ += static_cast<std::uint32_t>(plan_.requests[request_].turns.size());
   }
 }
 
-void TCollectionRun::RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name) {
-  if (sizeLimit_ != nullptr) sizeLimit_->BeginRequest();
-  std::string failure = RunRequest(plugin, namespace_, request);
-  const std::string mismatch = mismatch_ && !mismatched_ ? mismatch_() : std::string();
-  mismatched_ = mismatched_ || !mismatch.empty();
-  if (failure.empty()) failure = mismatch;
-  if (sizeLimit_ != nullptr) {
-    for (const std::string& refusal : sizeLimit_->TakeRefusals()) AddReason(EReason::kFileUnread, name, refusal);
+void TCollectionRun::CollectRequest() {
+  const auto classes = ClassesOf(plan_, plan_.requests[request_]);
+  if (observer_ != nullptr) observer_->OnRequest(request_, plan_.requests.size(), NameOf(classes));
+  sizeLimit_->BeginRequest();
+  follower_->BeginRequest(request_);
+  follower_->EndRequest(RunRequest(*plugin_->Query(), namespace_, classes));
+}
+
+void TCollectionRun::SkipRequest() {
+  if (!std::exchange(isStopTold_, true)) book_->AddReasonOfRun(EReason::kStopped, StopReason());
+  const auto turns = static_cast<std::uint32_t>(plan_.requests[request_].turns.size());
+  for (std::uint32_t turn = firstTurn_; turn < firstTurn_ + turns; ++turn) {
+    book_->AddReason(turn, EReason::kNotCollected, 1, "the run was stopped before it");
   }
-  if (!failure.empty()) AddReason(EReason::kRequestFailed, name, failure);
 }
 
-void TCollectionRun::OnCommit(const boost::shared_ptr<const TInstance>& instance) {
-  if (onInstance_) onInstance_(instance);
-  writer_->Instance(*instance, {});
+// A stop counts from the first exchange that it cost, so a stop after the last one is none.
+void TCollectionRun::Watch(bool wasAnswered) {
+  if (!wasAnswered && !isStopTold_ && stop_.IsStopped()) {
+    isStopTold_ = true;
+    AddReasonNow(EReason::kStopped, StopReason());
+  }
+  if (!isLossTold_ && wasLost_ && wasLost_()) {
+    isLossTold_ = true;
+    AddReasonNow(EReason::kSessionLost, {});
+  }
 }
 
-void TCollectionRun::AddReason(EReason code, const std::string& className, const std::string& message) {
-  summary_.reasons.push_back({code, className, 1, message});
+// Of the class being collected. The plugin may make exchanges when there is none: while it is loaded, or in a request
+// without classes.
+void TCollectionRun::AddReasonNow(EReason code, const std::string& detail) {
+  if (request_ < plan_.requests.size() && !plan_.requests[request_].turns.empty()) {
+    book_->AddReason(follower_->Turn(), code, 1, detail);
+  } else {
+    book_->AddReasonOfRun(code, detail);
+  }
+}
+
+void TCollectionRun::OnCommit(const TInstance& instance) {
+  const TInstanceFacts facts = follower_->OnCommit(instance);
+  if (onInstance_) onInstance_(instance, facts);
+  writer_->Instance(instance, facts);
 }
 
 std::string TCollectionRun::StopReason() const { return stop_.WasRequested() ? "interrupted" : "deadline reached"; }
-
-std::string TCollectionRun::RunReason() const {
-  if (stop_.IsStopped()) return StopReason();
-  if (wasLost_ && wasLost_()) return "the connection to the service processor was lost";
-  if (mismatched_) return "the collection differs from the recorded one";
-  return summary_.reasons.empty() ? std::string() : "a request failed";
-}
-
-void TCollectionRun::Summarise(std::chrono::steady_clock::time_point start) {
-  summary_.plan = &plan_;
-  summary_.exchanges = ledger_.Total();
-  summary_.failed = ledger_.Failed();
-  summary_.message = RunReason();
-  if (stop_.IsStopped()) {
-    AddReason(EReason::kStopped, "", summary_.message);
-  } else if (wasLost_ && wasLost_()) {
-    AddReason(EReason::kSessionLost, "", summary_.message);
-  }
-  if (!summary_.message.empty()) {
-    summary_.status = EResultStatus::kPartial;
-    summary_.exitStatus = 3;
-  }
-  summary_.elapsedMs =
-      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
-}
 
 }  // namespace velhost

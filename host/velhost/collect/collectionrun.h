@@ -1,10 +1,10 @@
-// One collection from a connected server: loads the plugin, makes the requests, passes on the committed instances,
-// unloads the plugin.
+// One collection from a connected server: loads the plugin, plans and makes the requests, passes on the committed
+// instances with what is known of them, unloads the plugin, and says what came of it all.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
-#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,10 +15,13 @@
 #include "host/base/hosterror.h"
 #include "host/bmc/sizelimit.h"
 #include "host/bmc/stopsignal.h"
+#include "host/bmc/supervision.h"
 #include "host/model/cimnamespace.h"
 #include "host/output/iresultwriter.h"
 #include "host/plugins/pluginloader.h"
-#include "host/velhost/collect/requests.h"
+#include "host/profile/plan.h"
+#include "host/result/planfollower.h"
+#include "host/result/runbook.h"
 
 namespace velhost {
 
@@ -30,66 +33,64 @@ class IRequestObserver {
   virtual void OnRequest(std::size_t index, std::size_t count, const std::string& name) = 0;
 };
 
-class TCollectionRun {
+class TCollectionRun : private IExchangeObserver {
  public:
-  struct TSettings {
-    std::string machineType;
-    bool singleRequest = false;
-  };
+  using TInstanceCallback = std::function<void(const TInstance&, const TInstanceFacts&)>;
 
-  /// Nothing is owned. The ledger already observes the service processor.
-  TCollectionRun(TSettings settings, boost::shared_ptr<TNamespace> cimNamespace, TExchangeLedger& ledger,
-                 const TStopSignal& stop);
+  /// Nothing is owned.
+  TCollectionRun(boost::shared_ptr<TNamespace> cimNamespace, const TStopSignal& stop);
   void SetRequestObserver(IRequestObserver& observer) { observer_ = &observer; }
-  /// A request fails if the limit refuses one of its exchanges.
-  void SetSizeLimit(TSizeLimit& limit) { sizeLimit_ = &limit; }
-  /// Called at the end: whether the service processor was lost during the run.
+  /// Called after each exchange until it says that the service processor was lost.
   void SetLossQuery(std::function<bool()> wasLost) { wasLost_ = std::move(wasLost); }
-  /// Called after each request: what is wrong with the answers themselves, empty if nothing is. The first request
-  /// after which it is not empty has failed.
-  void SetMismatchQuery(std::function<std::string()> mismatch) { mismatch_ = std::move(mismatch); }
   /// Called with each instance at its commit, before it is written.
-  void SetInstanceCallback(TNamespace::TCommitCallback callback) { onInstance_ = std::move(callback); }
+  void SetInstanceCallback(TInstanceCallback callback) { onInstance_ = std::move(callback); }
 
   /// Loads the plugin. Throws THostError if it cannot be used.
   void Load(const std::string& pluginPath);
-  /// Call once, after Load: makes the requests, unloads the plugin, and writes the whole document. Throws THostError
-  /// if the output or the plugin fails; the plugin is unloaded in every case.
-  TResultSummary Run(const std::vector<boost::shared_ptr<TCIMClass>>& classes, IResultWriter& writer);
-  /// Set if the plugin failed after everything was collected: the document is complete, but the command has failed.
+  /// After Load.
+  TPluginFacts Plugin() const;
+  /// After Load: makes the plan of these requests, and follows the exchanges from now on.
+  const TPlan& MakePlan(const TPlanServer& server, std::vector<std::vector<TAskedClass>> requests,
+                        TSupervisedServiceProcessor& supervised, TSizeLimit& sizeLimit);
+  /// Call once, with a plan: makes the requests, writes the instances as they are committed, and unloads the plugin.
+  /// Throws THostError if the output or the plugin fails; the plugin is unloaded in every case.
+  void Collect(IResultWriter& writer);
+  /// Set if the plugin failed after everything was collected.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
+  /// What came of the run. `failure` is one of the command itself.
+  TResultSummary Close(const std::optional<THostError>& failure) { return book_->Close(failure); }
 
  private:
-  using TClasses = std::vector<boost::shared_ptr<TCIMClass>>;
-
-  void Begin(const std::vector<TClasses>& requests);
+  void OnIpmi(const TIpmiExchange& exchange) override { Watch(exchange.answer != nullptr); }
+  void OnDot(const TDotExchange& exchange) override { Watch(exchange.answer != nullptr); }
+  void Watch(bool wasAnswered);
   void Unload();
-  std::vector<TClasses> RequestsFor(const TClasses& classes) const;
-  void RunAll(IPluginBasicQueryCallbacks& plugin, const std::vector<TClasses>& requests);
-  void RunOne(IPluginBasicQueryCallbacks& plugin, const TClasses& request, const std::string& name);
-  void AddReason(EReason code, const std::string& className, const std::string& message);
-  std::string RunReason() const;
-  void OnCommit(const boost::shared_ptr<const TInstance>& instance);
-  void Summarise(std::chrono::steady_clock::time_point start);
+  void CollectAll();
+  void CollectRequest();
+  void SkipRequest();
+  void AddReasonNow(EReason code, const std::string& detail);
+  void OnCommit(const TInstance& instance);
   std::string StopReason() const;
 
-  TSettings settings_;
   boost::shared_ptr<TNamespace> namespace_;
-  TExchangeLedger& ledger_;
   const TStopSignal& stop_;
-  TDynamicLibraryLoader libraries_;
-  TPluginLoader loader_{libraries_};
-  std::unique_ptr<TLoadedPlugin> plugin_;
   IResultWriter* writer_ = nullptr;
   IRequestObserver* observer_ = nullptr;
   TSizeLimit* sizeLimit_ = nullptr;
-  TNamespace::TCommitCallback onInstance_;
+  TInstanceCallback onInstance_;
   std::function<bool()> wasLost_;
-  std::function<std::string()> mismatch_;
-  bool mismatched_ = false;
-  TPlan plan_;  // names the classes of the summary
-  TResultSummary summary_;
+  TPlan plan_;
+  std::optional<TRunBook> book_;
+  std::optional<TPlanFollower> follower_;
+  std::size_t request_ = 0;      ///< the current one
+  std::uint32_t firstTurn_ = 0;  ///< of the current request
+  bool isStopTold_ = false;
+  bool isLossTold_ = false;
   std::optional<THostError> failureToUnload_;
+  // Last, so that whatever a plugin does while it is unloaded meets the others alive.
+  TDynamicLibraryLoader libraries_;
+  TPluginLoader loader_{libraries_};
+  std::unique_ptr<TLoadedPlugin> plugin_;
 };
 
 }  // namespace velhost

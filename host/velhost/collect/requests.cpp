@@ -2,8 +2,8 @@
 
 #include <map>
 #include <memory>
-#include <optional>
-#include <utility>
+#include <set>
+#include <string_view>
 
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
@@ -16,6 +16,8 @@
 namespace velhost {
 
 namespace {
+
+constexpr char kHint[] = "; \"velhost classes\" shows what is served";
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {
   std::string missing = "host object";
@@ -32,27 +34,37 @@ std::string DescribeAssertion(const TAssertionFailure& failure) {
 
 }  // namespace
 
-std::vector<std::string> UnservedTexts(const TNamespace& cimNamespace,
-                                       const std::vector<boost::shared_ptr<TCIMClass>>& classes,
-                                       const std::string& machineType) {
-  const std::string onType = " on machine type " + SafeText(machineType);
-  const std::string hint = "; \"velhost classes\" shows what it serves";
-  if (classes.empty()) return {"there is no class to collect" + hint};
-  std::map<std::string, bool> served;  // the classes that have a path
-  for (const auto& entry : CollectorProfile::CollectableClasses(cimNamespace, machineType)) {
-    served[entry.cimClass->Name()] = entry.served;
-  }
+std::vector<std::vector<TAskedClass>> RequestsOf(const std::vector<TAskedClass>& classes, bool singleRequest) {
+  if (singleRequest) return {classes};
+  std::vector<std::vector<TAskedClass>> requests;
+  for (const TAskedClass& asked : classes) requests.push_back({asked});
+  return requests;
+}
+
+std::vector<std::string> PlanWarnings(const TPlan& plan) {
   std::vector<std::string> texts;
-  for (const auto& cimClass : classes) {
-    const auto found = served.find(cimClass->Name());
-    if (found != served.end() && found->second) continue;
-    const std::string where = found == served.end() ? " on any machine type" : onType;
-    texts.push_back("the collector does not serve " + cimClass->Name() + where + hint);
+  std::set<std::size_t> told;
+  std::string uncollected;
+  std::size_t turns = 0;
+  for (const TPlannedRequest& request : plan.requests) {
+    for (const TPlannedTurn& turn : request.turns) {
+      ++turns;
+      const TPlannedClass& planned = plan.ClassOf(turn);
+      const std::string& name = planned.cimClass->Name();
+      if (!turn.isReached) uncollected += " " + name;
+      if (!turn.isNamed || planned.whyNotServed.empty() || !told.insert(turn.planClass).second) continue;
+      texts.push_back(name + " is not served: " + planned.whyNotServed + kHint);
+    }
+  }
+  if (turns == 0) texts.push_back(std::string("there is no class to collect") + kHint);
+  if (!uncollected.empty()) {
+    texts.push_back("the collector ends a request at " + std::string(CollectorProfile::kCaptureClass) +
+                    "; not collected in a single request:" + uncollected);
   }
   return texts;
 }
 
-void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::shared_ptr<TCIMClass>>& classes,
+void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<TAskedClass>& classes,
                     const std::string& machineType, bool singleRequest, int serviceProcessors) {
   using namespace CollectorProfile;
   const auto refuse = [](const std::string& subject, const std::string& problem) {
@@ -62,7 +74,8 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::sha
   std::map<const TCIMClass*, EPath> paths;
   for (const auto& entry : CollectableClasses(cimNamespace, machineType)) paths[entry.cimClass.get()] = entry.path;
   TCollectionSize all;
-  for (const auto& cimClass : classes) {
+  for (const TAskedClass& asked : classes) {
+    const auto& cimClass = asked.cimClass;
     const auto path = paths.find(cimClass.get());
     if (path == paths.end()) continue;
     for (const auto& property : RegistersOf(*cimClass, path->second)) {
@@ -77,42 +90,6 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<boost::sha
     all += size;
   }
   if (singleRequest) refuse("the single request for all classes ", ProblemOf(all));
-}
-
-std::vector<std::string> ClassesBehindCapture(const std::vector<boost::shared_ptr<TCIMClass>>& classes) {
-  std::vector<std::string> behind;
-  bool seen = false;
-  for (const auto& cimClass : classes) {
-    if (seen) behind.push_back(cimClass->Name());
-    seen = seen || cimClass->Name() == CollectorProfile::kCaptureClass;
-  }
-  return behind;
-}
-
-void TExchangeLedger::OnIpmi(const TIpmiExchange& exchange) {
-  Count(exchange.attempted, exchange.answer != nullptr, exchange.request.Node(), KindOfRequest(exchange.request),
-        exchange.answer != nullptr ? exchange.answer->completionCode : wire::TCommandBuffer::kSuccess);
-}
-
-void TExchangeLedger::OnDot(const TDotExchange& exchange) {
-  Count(exchange.attempted, exchange.answer != nullptr, exchange.request.serviceProcessor, EExchangeKind::kDot,
-        wire::TCommandBuffer::kSuccess);
-}
-
-void TExchangeLedger::BeginRequest(std::uint32_t turn) { turn_ = turn; }
-
-// An exchange that a stopped run refuses never took place: it is not a failure of the service processor.
-void TExchangeLedger::Count(bool attempted, bool answered, int node, EExchangeKind kind, std::uint8_t completionCode) {
-  const bool succeeded = answered && completionCode == wire::TCommandBuffer::kSuccess;
-  if (!attempted) return;
-  ++total_;
-  if (succeeded) return;
-  TExchangeFailure failure;
-  failure.turn = turn_;
-  failure.kind = kind;
-  failure.owner = node;
-  if (answered) failure.how = {EHow::kCompletionCode, completionCode};
-  failed_.push_back(failure);
 }
 
 std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,
