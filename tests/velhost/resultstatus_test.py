@@ -402,6 +402,41 @@ class EndOfRun(VelhostCase):
         self.assertEqual(document["instances"][0]["missing"], [{"property": "StatisticTime", "not_recorded": True}])
 
 
+class Source(VelhostCase):
+    """What a result says of its run, its server and its schema."""
+
+    def test_a_replay_is_as_simulated_as_what_was_recorded(self):
+        self.collect("--record", "run.jsonl", FILES)
+        header = json.loads((self.folder / "run.jsonl").read_text().splitlines()[0])
+        document = self.collect("--sp", "replay:run.jsonl", FILES)
+        self.assertEqual(document["source"], {"sp": ["replay:run.jsonl"], "target": "replay:run.jsonl", "simulated": True,
+                                              "recorded": header["started"]})
+        self.assertEqual((header["source"]["target"], header["source"]["simulated"]), ("sim", True))
+        self.assertEqual((header["classes"], header["single_request"]), ([FILES], False))
+        self.assertEqual(header["schema_sha256"], document["schema"]["sha256"])
+
+    def test_a_replay_with_another_schema_is_warned_of(self):
+        self.write("small.mof", SMALL_SCHEMA)
+        self.write("small.toml", SMALL_SERVER.replace("size = 12", ""))
+        self.collect("--schema", "small.mof", "--sp", "sim:small.toml", "--record", "run.jsonl", FILES)
+        self.write("small.mof", SMALL_SCHEMA + "class Other {};\n")
+        replay = ["collect", "--sp", "replay:run.jsonl", "--schema", "small.mof", "--format", "json", FILES]
+        self.assertEqual(self.run_velhost(*replay).stderr, "velhost: warning: the recording was made with another schema\n")
+        self.write("small.mof", SMALL_SCHEMA)
+        self.assertEqual(self.run_velhost(*replay).stderr, "")
+
+    def test_labels(self):
+        document = self.collect("--label", "rack=7", "--label", "room=", FILES)
+        self.assertEqual(document["run"]["labels"], {"rack": "7", "room": ""})
+        self.assertTrue(document["schema"]["example"])
+
+    def test_every_line_names_its_run(self):
+        done = self.run_velhost("collect", "--format", "jsonl", "--label", "rack=7", FILES)
+        lines = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual({line["run_id"] for line in lines}, {lines[-1]["run"]["id"]})
+        self.assertEqual([line["labels"] for line in lines], [{"rack": "7"}] * 7)
+
+
 class OverTheNetwork(LanCase):
     def test_where_every_exchange_fails_each_register_is_named(self):
         schema = self.schema({"Listed": (0x00ABCDEF, 8), "Other": (0x00112233, 8)}, count=2)
@@ -418,6 +453,9 @@ class OverTheNetwork(LanCase):
         for document, how in zip(documents, hows, strict=True):
             self.check_failed(document, how)
         self.assertEqual([document["source"]["simulated"] for document in documents], [False, False, True, True])
+        target = f"127.0.0.1:{port}"
+        self.assertEqual((documents[0]["source"]["sp"], documents[0]["source"]["target"]),
+                         ([f"lan:{self.user}@{target}"], f"lan:{target}"))
 
     def check_failed(self, document, how):
         self.assertEqual(document["status"], "partial")
