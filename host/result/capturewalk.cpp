@@ -102,24 +102,17 @@ void TCaptureWalk::OnSizeRefused(const std::string& sentence, TRunBook& book) {
 
 void TCaptureWalk::OnRead(const std::optional<THow>& failure, const TOutcome& outcome, TRunBook& book) {
   TFile& file = files_[current_];
-  const auto offset = static_cast<std::uint64_t>(reads_.offset);
-  const auto miss = [&file](std::uint64_t from, const THow& how) {
-    if (file.missing) return;
-    file.missing = TMissing{kFileProperty, {}, how};
-    file.missing->where.offset = from;
-  };
   file.end = EFile::kCollected;
   if (failure) {
-    miss(offset, *failure);
+    Miss(0, *failure);
     ExpectClose();
     return;
   }
   const std::int64_t brought = Brought(outcome, reads_.chunk);
-  const std::int64_t left = std::int64_t{file.size} - reads_.offset;
   file.received += static_cast<std::uint64_t>(brought);
-  if (brought < std::min<std::int64_t>(reads_.chunk, left)) {
+  if (brought < std::min<std::int64_t>(reads_.chunk, std::int64_t{file.size} - reads_.offset)) {
     const THow how = {EHow::kShort, static_cast<std::uint32_t>(brought)};
-    miss(offset + static_cast<std::uint64_t>(brought), how);
+    Miss(brought, how);
     NoteFailure(EExchangeKind::kRead, how, outcome, book);
   }
   if (reads_.Advance(file.size)) {
@@ -127,6 +120,16 @@ void TCaptureWalk::OnRead(const std::optional<THow>& failure, const TOutcome& ou
   } else {
     ExpectClose();
   }
+}
+
+// The read that is made brought this much. Nothing is missing from an empty file.
+void TCaptureWalk::Miss(std::int64_t brought, const THow& how) {
+  TFile& file = files_[current_];
+  file.hasFailedRead = true;
+  const std::int64_t from = reads_.offset + brought;
+  if (file.missing || from >= file.size) return;
+  file.missing = TMissing{kFileProperty, {}, how};
+  file.missing->where.offset = static_cast<std::uint64_t>(from);
 }
 
 // Whether another read follows. A size below one chunk takes one whole chunk, and the rest that the last chunk has
@@ -210,7 +213,7 @@ TInstanceFacts TCaptureWalk::Commit(const TInstance& /*instance*/) {
   const auto area = static_cast<std::size_t>(place.number);
   facts.file = TFileFacts{std::string(kCaptureAreas.at(area)), file.size, file.received};
   if (file.missing) facts.missing.push_back(*file.missing);
-  facts.isCut = file.missing.has_value();
+  facts.isCut = file.hasFailedRead;
   return facts;
 }
 

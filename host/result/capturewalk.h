@@ -32,7 +32,8 @@ class TCaptureWalk : public ITurnWalk {
     EFile end = EFile::kUnmade;
     std::int32_t size = 0;
     std::uint64_t received = 0;
-    std::optional<TMissing> missing{};  ///< the first read that brought less than it should
+    bool hasFailedRead = false;         ///< or one that brought less than it should
+    std::optional<TMissing> missing{};  ///< from the first byte on that did not come
   };
   /// The reads of the file, counted as the collector counts them.
   struct TReads {
@@ -53,6 +54,7 @@ class TCaptureWalk : public ITurnWalk {
   void OnOpen(const std::optional<THow>& failure, const TOutcome& outcome);
   void OnSize(const std::optional<THow>& failure, const TOutcome& outcome);
   void OnRead(const std::optional<THow>& failure, const TOutcome& outcome, TRunBook& book);
+  void Miss(std::int64_t brought, const THow& how);
   void OnClose();
   void NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const;
 

@@ -207,9 +207,11 @@ void TPlanFollower::EndInException(const std::string& exception) {
   const std::uint32_t failed = Turn();
   book_.AddReason(failed, EReason::kRequestFailed, 1, exception);
   if (CurrentTurn() != nullptr) FinishTurn();
-  for (std::uint32_t turn = failed + 1; turn < firstTurn_ + turns_->size(); ++turn) {
-    book_.AddReason(turn, EReason::kNotCollected, 1, "the request ended before it");
+  for (std::size_t i = failed - firstTurn_ + 1; i < turns_->size() && (*turns_)[i].isReached; ++i) {
+    book_.AddReason(static_cast<std::uint32_t>(firstTurn_ + i), EReason::kNotCollected, 1,
+                    "the request ended before it");
   }
+  AddUnreached();
 }
 
 // To the first turn of which something is left, or may be.

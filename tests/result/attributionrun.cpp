@@ -277,6 +277,7 @@ void TAttributionRun::CheckFile(const TInstance& instance, const TInstanceFacts&
   Expect(static_cast<std::int64_t>(facts.file->received) == file.received, facts, "another number of bytes came");
   Expect(facts.isCut == file.firstMissing.has_value() || stop_.IsStopped(), facts, "the file is whole, or not");
   if (!facts.missing.empty() && file.firstMissing) {
+    Expect(*file.firstMissing < file.size, facts, "nothing can be missing");
     const auto offset = facts.missing[0].where.offset.value_or(0);
     Expect(static_cast<std::int64_t>(offset) == *file.firstMissing, facts, "another byte is the first one missing");
   }

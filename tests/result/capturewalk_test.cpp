@@ -137,6 +137,15 @@ TEST_F(CaptureWalk, ALostReadEndsTheReads) {
   EXPECT_EQ(CommitsFile(), "DCAPFile/node0/cpu_err, cpu_err 0 of 25; missing ErrRawData offset 0 lost; cut");
 }
 
+TEST_F(CaptureWalk, NothingIsMissingFromAnEmptyFile) {
+  PlansFiles();
+  Opens("cpu_err", 0);
+  Sees(Read(kHandle, 0, 10).Fails(0xC3));
+  Closes();
+  EXPECT_EQ(CommitsFile(), "DCAPFile/node0/cpu_err, cpu_err 0 of 0; cut");
+  EXPECT_THAT(EndsAfterOne(), ElementsAre("6 exchanges", "failed read node0 DCAPFile/node0/cpu_err: code 195"));
+}
+
 TEST_F(CaptureWalk, AnAreaThatIsAbsentAfterItsOpenIsIncomplete) {
   PlansFiles();
   Opens("cpu_err", 25);

@@ -184,9 +184,9 @@ std::vector<std::string> TFollowedRun::Ends(const std::string& exception) {
   return lines;
 }
 
-std::string TFollowedRun::MessageOf(EReason code) const {
+std::string TFollowedRun::MessageOf(EReason code, const std::string& className) const {
   for (const TReason& reason : summary_.reasons) {
-    if (reason.code == code) return reason.message;
+    if (reason.code == code && (className.empty() || reason.className == className)) return reason.message;
   }
   return {};
 }

@@ -51,7 +51,8 @@ class TFollowedRun : public testing::Test {
   void Returns(const std::string& exception = {}) { follower_->EndRequest(exception); }
   /// The request and the run end. What the book has, one line each: exchanges, failures, unread instances, reasons.
   std::vector<std::string> Ends(const std::string& exception = {});
-  std::string MessageOf(EReason code) const;
+  /// The message of the reason, of this class or else the first one.
+  std::string MessageOf(EReason code, const std::string& className = {}) const;
 
   TPlanServer server = {1, true, true, true, 2};
   bool isCollector = true;

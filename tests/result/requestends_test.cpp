@@ -84,6 +84,15 @@ TEST_F(RequestEnds, AnExceptionOfADepartedCallReplacesItsSentence) {
   EXPECT_EQ(MessageOf(EReason::kRequestFailed), "it failed");
 }
 
+TEST_F(RequestEnds, AnExceptionIsNotWhyAClassAfterTheCaptureClassIsNotCollected) {
+  Plans({{kVoMemory, kFileClass, kBlockClass}});
+  EXPECT_THAT(Ends("it failed"), ElementsAre("0 exchanges", "unread VO_MEMCTL/node0/instance0 register-unread",
+                                             "reason nothing-read 1", "reason VO_MEMCTL request-failed 1",
+                                             "reason DCAPFile not-collected 1", "reason J not-collected 1"));
+  EXPECT_EQ(MessageOf(EReason::kNotCollected, kFileClass), "the request ended before it");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected, kBlockClass), "the collector ends a request at KROSG_DCAPFile");
+}
+
 TEST_F(RequestEnds, ClassesAfterTheCaptureClassAreNotCollected) {
   Plans({{kFileClass, kVoMemory}});
   for (const char* area : {"cpu_err", "ioh_err", "zyn_err"}) Sees(Open(area).Fails(0xCB));
