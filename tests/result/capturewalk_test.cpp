@@ -118,6 +118,15 @@ TEST_F(CaptureWalk, ACloseInPlaceOfALaterReadIsNotPlanned) {
   EXPECT_EQ(CommitsFile(), "DCAPFile/?1");
 }
 
+TEST_F(CaptureWalk, TheNextFileBeforeTheCommitIsNotPlanned) {
+  PlansFiles();
+  Opens("cpu_err", 1);
+  Reads(0, 10, {1});
+  Closes();
+  SeesNoFile("ioh_err");
+  EXPECT_EQ(CommitsFile(), "DCAPFile/?1");
+}
+
 TEST_F(CaptureWalk, ARefusedReadEndsTheReads) {
   PlansFiles();
   Opens("cpu_err", 25);
