@@ -19,12 +19,6 @@ std::string SourceComment(const TSourceFacts& source) {
   return SafeText(text);
 }
 
-std::string StatusComment(const TResultSummary& summary) {
-  const std::string text = fmt::format("status: {}, exit status {}", NameOfStatus(summary.status), summary.exitStatus);
-  const bool explains = summary.status == EResultStatus::kFailed || summary.status == EResultStatus::kUnreachable;
-  return explains ? text + ": " + SafeText(summary.message) : text;
-}
-
 }  // namespace
 
 std::vector<std::string> HeaderComments(const TResultHeader& header, ELabels labels) {
@@ -49,7 +43,8 @@ std::vector<std::string> InstanceComments(const TInstanceFacts& facts) {
 }
 
 std::vector<std::string> SummaryComments(const TResultSummary& summary) {
-  std::vector<std::string> lines = {StatusComment(summary)};
+  std::vector<std::string> lines = {"status: " + StatusText(summary),
+                                    fmt::format("exit status: {}", summary.exitStatus)};
   for (const TReason& reason : summary.reasons) lines.push_back("reason: " + ReasonText(reason));
   const TPlanTurns turns(summary.plan);
   for (const TUnread& unread : summary.unread) {

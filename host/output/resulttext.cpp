@@ -3,16 +3,18 @@
 #include <fmt/format.h>
 
 #include <numeric>
-#include <string_view>
 #include <vector>
 
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"
 #include "host/output/completioncodes.h"
+#include "host/output/planturns.h"
 
 namespace velhost {
 
 namespace {
+
+constexpr std::uint32_t kNotPresent = 0xCB;
 
 std::string AddressText(std::uint32_t address) { return fmt::format("0x{:06X}", address & 0xFFFFFF); }
 
@@ -41,6 +43,18 @@ std::string HowText(THow how) {
     case EHow::kLost: break;
   }
   return "lost: no answer";
+}
+
+bool IsAbsent(const TMissing& missing) {
+  // Once a storage area is open, no answer makes it absent.
+  return missing.how == THow{EHow::kCompletionCode, kNotPresent} && !missing.where.offset;
+}
+
+std::string WhyText(const TMissing& missing) { return IsAbsent(missing) ? "absent" : HowText(missing.how); }
+
+std::string_view PlaceInKey(std::string_view key) {
+  const std::size_t slash = key.find('/');
+  return slash == std::string_view::npos ? std::string_view() : key.substr(slash + 1);
 }
 
 std::string WhereText(const TWhere& where) {
@@ -73,6 +87,12 @@ std::string SimulatedText(const TSourceFacts& source) {
 std::string MachineText(const TResultHeader& header) {
   return SafeText(fmt::format("machine type {}, {} {} (interface version {})", header.machineType, header.plugin.name,
                               header.plugin.version, header.plugin.interfaceVersion));
+}
+
+std::string StatusText(const TResultSummary& summary) {
+  const std::string name = NameOfStatus(summary.status);
+  const bool explains = summary.status == EResultStatus::kFailed || summary.status == EResultStatus::kUnreachable;
+  return explains ? name + ": " + SafeText(summary.message) : name;
 }
 
 std::string ExchangesText(const TResultSummary& summary) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "host/result/instancefacts.h"
 #include "host/result/resultfacts.h"
@@ -13,11 +14,20 @@ namespace velhost {
 /// "the recording does not have it", "2 addresses answered".
 std::string HowText(THow how);
 
+/// Whether there was nothing to read, as opposed to a read that failed.
+bool IsAbsent(const TMissing& missing);
+
+/// "absent", or the words of HowText.
+std::string WhyText(const TMissing& missing);
+
 /// "0xABCDEF", "0xABCDEF, 0xABCDF0", "no address", "index 84", "offset 120"; empty if nothing is set.
 std::string WhereText(const TWhere& where);
 
 /// Safe text: "Log at 0xABCDF0: 0xCB requested sensor, data, or record not present".
 std::string MissingText(const TMissing& missing);
+
+/// The place in a key, without its class: "node0/instance2".
+std::string_view PlaceInKey(std::string_view key);
 
 /// Safe text: "KROSG_A: 2 of 24 registers were not read".
 std::string ReasonText(const TReason& reason);
@@ -30,6 +40,9 @@ std::string SimulatedText(const TSourceFacts& source);
 
 /// "machine type 6203, Engineering Information Collector 1.0 (interface version 1.0)", as safe text.
 std::string MachineText(const TResultHeader& header);
+
+/// "failed: MESSAGE" if the reasons do not say why; otherwise only the status.
+std::string StatusText(const TResultSummary& summary);
 
 /// "15, 8 failed", "42, none failed".
 std::string ExchangesText(const TResultSummary& summary);

@@ -1,3 +1,5 @@
+#include <pugixml.hpp>
+
 #include "host/output/objectpath.h"
 #include "tests/output/outputfixture.h"
 #include "tests/support/namespaces.h"
@@ -21,24 +23,24 @@ class CimXmlWriter : public TAwkwardTest {
 
 TEST_F(CimXmlWriter, WritesADocumentOfDeclarations) {
   const auto instance = One(TType::kUint16, TCIMValue::FromInteger(TType::kUint16, 7));
-  EXPECT_EQ(
-      Written(EOutputForm::kCimXml, {instance, instance}, Complete()),
-      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-      "<!-- Instances collected by velhost 2.0, run 0f8fad5b-d9cb-4d9f-a165-70867728950e, started "
-      "2026-01-31T12:34:56.789+01:00, on collector -->\n"
-      "<!-- source: lan:bmc0 -->\n"
-      "<!-- machine type 6203, Engineering Information Collector 1.0 (interface version 1.1) -->\n"
-      "<!-- schema: schema, SHA-256 aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa -->\n"
-      "<!-- U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8 -->\n"
-      "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n"
-      "<!-- KROSG_One/?1 -->\n"
-      "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
-      "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
-      "<!-- KROSG_One/?1 -->\n"
-      "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
-      "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
-      "</DECLGROUP>\n</DECLARATION>\n</CIM>\n"
-      "<!-- status: complete, exit status 0 -->\n<!-- exchanges: 42, none failed -->\n<!-- elapsed: 1.234 s -->\n");
+  EXPECT_EQ(Written(EOutputForm::kCimXml, {instance, instance}, Complete()),
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+            "<!-- Instances collected by velhost 2.0, run 0f8fad5b-d9cb-4d9f-a165-70867728950e, started "
+            "2026-01-31T12:34:56.789+01:00, on collector -->\n"
+            "<!-- source: lan:bmc0 -->\n"
+            "<!-- machine type 6203, Engineering Information Collector 1.0 (interface version 1.1) -->\n"
+            "<!-- schema: schema, SHA-256 aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa -->\n"
+            "<!-- U+FFFD replaces characters that XML cannot represent and bytes that are not UTF-8 -->\n"
+            "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n"
+            "<!-- KROSG_One/?1 -->\n"
+            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
+            "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
+            "<!-- KROSG_One/?1 -->\n"
+            "<VALUE.OBJECT><INSTANCE CLASSNAME=\"KROSG_One\"><PROPERTY NAME=\"P\" TYPE=\"uint16\"><VALUE>7</VALUE>"
+            "</PROPERTY></INSTANCE></VALUE.OBJECT>\n"
+            "</DECLGROUP>\n</DECLARATION>\n</CIM>\n"
+            "<!-- status: complete -->\n<!-- exit status: 0 -->\n<!-- exchanges: 42, none failed -->\n<!-- elapsed: "
+            "1.234 s -->\n");
 }
 
 TEST_F(CimXmlWriter, WritesAnAwkwardInstance) {
@@ -106,6 +108,26 @@ TEST_F(CimXmlWriter, KeepsCommentsClosedAndWellFormed) {
   summary.reasons[1].message = "--><X>\n---";
   const std::string text = Written(EOutputForm::kCimXml, {}, summary);
   EXPECT_NE(text.find("<!-- reason: KROSG_A: - -><X>\\n- - - -->\n"), std::string::npos) << text;
+}
+
+TEST_F(CimXmlWriter, HasTheCommentsOfMofWithoutLabels) {
+  TDocument document = {Header(), {}, Complete()};
+  document.header.source.simulated = true;
+  document.header.run.labels = {{"rack", "7"}};
+  const std::string text = Written(EOutputForm::kCimXml, document);
+  EXPECT_EQ(text.substr(0, text.find("<!-- Instances")),
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+            "<!-- SIMULATED: lan:bmc0, not a real service processor -->\n");
+  EXPECT_EQ(text.find("rack"), std::string::npos);
+}
+
+TEST_F(CimXmlWriter, NoTextLeavesItsComment) {
+  const TDocument document = Hostile("--><X/>\n<!-- -\xff\x01]]>-");
+  pugi::xml_document xml;
+  ASSERT_TRUE(
+      xml.load_string(Written(EOutputForm::kCimXml, document).c_str(), pugi::parse_default | pugi::parse_comments));
+  EXPECT_FALSE(xml.select_node("//X"));
+  EXPECT_EQ(xml.select_nodes("//INSTANCE").size(), 1U);
 }
 
 TEST_F(CimXmlWriter, SaysWhatIsMissingFromAnInstance) {

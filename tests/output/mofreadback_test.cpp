@@ -133,5 +133,17 @@ TEST_F(MofReadBack, WhatMofCannotExpressReadsBackAsTheNearestValue) {
   EXPECT_TRUE(read->Value(2).IsNull());
 }
 
+TEST_F(MofReadBack, NoTextLeavesItsComment) {
+  const auto instance = New("KROSG_Awkward", {{"Quotes", TCIMValue("x")}});
+  for (const char* text : {"\ninstance of KROSG_Awkward {};\n", "\r\ninstance of KROSG_Awkward {};", "*/ \\\n\\"}) {
+    TDocument document = Hostile(text);
+    document.instances[0].first = instance;
+    files_.Add("instances.mof", Written(EOutputForm::kMof, document));
+    const TSchemaResult result = Read({"schema.mof", "instances.mof"});
+    ASSERT_EQ(result.instances.size(), 1U) << text;
+    EXPECT_EQ(result.instances[0]->Find("Quotes")->ToString(10), "x");
+  }
+}
+
 }  // namespace
 }  // namespace tests

@@ -1,4 +1,6 @@
-#include "tests/output/outputfixture.h"
+#include "tests/output/smallserver.h"
+
+#include <sstream>
 
 namespace tests {
 namespace {
@@ -37,18 +39,75 @@ TEST_F(MofWriter, WritesOneInstanceAfterAnother) {
                 "  Name = \"x\";\n"
                 "};\n"
                 "\n"
-                "// status: complete, exit status 0\n"
+                "// status: complete\n"
+                "// exit status: 0\n"
                 "// exchanges: 42, none failed\n"
                 "// elapsed: 1.234 s\n");
 }
 
 TEST_F(MofWriter, ReportsWhatIsMissingInComments) {
   EXPECT_EQ(Written(EOutputForm::kMof, {}, Partial()), std::string(kHeader) +
-                                                           "// status: partial, exit status 3\n"
+                                                           "// status: partial\n"
+                                                           "// exit status: 3\n"
                                                            "// reason: interrupted\n"
                                                            "// reason: KROSG_A: said \"no\"\n"
                                                            "// exchanges: 42, 2 failed\n"
                                                            "// elapsed: 1.234 s\n");
+}
+
+using MofOfSmallServer = TSmallServer;
+
+TEST_F(MofOfSmallServer, SaysInCommentsWhatItCannotSayInInstances) {
+  std::string comments;
+  std::istringstream text(Written(EOutputForm::kMof, document_));
+  for (std::string line; std::getline(text, line);) {
+    if (line.starts_with("//") || line.starts_with("instance of")) comments += line + "\n";
+  }
+  EXPECT_EQ(comments,
+            "// SIMULATED: sim:small.toml, not a real service processor\n"
+            "// Instances collected by velhost 2.0, run 0f8fad5b-d9cb-4d9f-a165-70867728950e, started "
+            "2026-01-31T12:34:56.789+01:00, on collector\n"
+            "// source: sim:small.toml\n"
+            "// label rack=7\n"
+            "// machine type 6203, Engineering Information Collector 1.0 (interface version 1.0)\n"
+            "// schema: small.mof, SHA-256 aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\n"
+            "// KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0\n"
+            "// missing: Log at 0xABCDF0: 0xCB requested sensor, data, or record not present\n"
+            "instance of KROSG_VO_PCIIOBRIDGE_StatisticData {\n"
+            "// KROSG_X_MEMCTL_StatisticData/sp0/instance0\n"
+            "instance of KROSG_X_MEMCTL_StatisticData {\n"
+            "// KROSG_X_MEMCTL_StatisticData/sp1/instance0\n"
+            "// missing: First at index 0: 0 bytes came\n"
+            "// missing: StatisticTime: 1 byte came\n"
+            "instance of KROSG_X_MEMCTL_StatisticData {\n"
+            "// KROSG_DCAPFile/node0/cpu_err\n"
+            "// missing: ErrRawData at offset 3: 3 bytes came\n"
+            "instance of KROSG_DCAPFile {\n"
+            "// status: partial\n"
+            "// exit status: 3\n"
+            "// reason: KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short\n"
+            "// reason: KROSG_DCAPFile: 1 of 3 capture files is missing or incomplete\n"
+            "// unread: KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1: absent\n"
+            "// unread: KROSG_DCAPFile/node0/ioh_err: absent\n"
+            "// unread: KROSG_DCAPFile/node0/zyn_err: absent\n"
+            "// exchanges: 15, 8 failed\n"
+            "// elapsed: 0.004 s\n");
+}
+
+TEST_F(MofWriter, SaysWhichServerAndRecordingItWasAndWhyItFailed) {
+  TDocument document = {Header(), {}, Complete()};
+  document.header.source.recorded = "2026-01-31T12:34:56+01:00";
+  document.header.source.serial = "K12";
+  document.header.source.uuid = "00112233-4455-6677-8899-aabbccddeeff";
+  document.summary.status = EResultStatus::kUnreachable;
+  document.summary.exitStatus = 69;
+  document.summary.message = "no answer";
+  const std::string text = Written(EOutputForm::kMof, document);
+  EXPECT_NE(text.find("// source: lan:bmc0, recorded 2026-01-31T12:34:56+01:00, serial number K12, UUID "
+                      "00112233-4455-6677-8899-aabbccddeeff\n"),
+            std::string::npos)
+      << text;
+  EXPECT_NE(text.find("// status: unreachable: no answer\n// exit status: 69\n"), std::string::npos) << text;
 }
 
 TEST_F(MofWriter, KeepsAMessageOfSeveralLinesInsideItsComment) {

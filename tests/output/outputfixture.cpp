@@ -124,6 +124,24 @@ TResultSummary TOutputTest::Partial() const {
   return summary;
 }
 
+TDocument TOutputTest::Hostile(const std::string& text) {
+  TDocument document = {Header(), {{One(TType::kString, TCIMValue("x")), {}}}, Partial()};
+  document.header.run = {text, text, text, text, {{text, text}}};
+  document.header.source = {{text}, text, true, text, text, text};
+  document.header.machineType = text;
+  document.header.plugin = {text, text, text};
+  document.header.schema = {{text}, text, true};
+  TInstanceFacts& facts = document.instances[0].second;
+  facts.key = text;
+  facts.origin.emplace().timeRaw = text;
+  facts.file = {text, 0, 0};
+  facts.missing = {{text, {}, {}}};
+  document.summary.status = EResultStatus::kFailed;
+  document.summary.message = text;
+  document.summary.reasons = {{EReason::kStopped, text, 1, text}};
+  return document;
+}
+
 std::string TOutputTest::Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
                                  const TResultSummary& summary, const TTableOptions& options) {
   TDocument document = {Header(), {}, summary};

@@ -62,6 +62,8 @@ class TOutputTest : public testing::Test {
   /// The whole text in a format; the place of no instance is known.
   static std::string Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
                              const TResultSummary& summary, const TTableOptions& options = {});
+  /// A document with one instance in which every text about the run is `text`.
+  TDocument Hostile(const std::string& text);
   /// The whole text of a document in a format.
   static std::string Written(EOutputForm form, const TDocument& document, const TTableOptions& options = {});
 
