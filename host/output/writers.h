@@ -1,6 +1,8 @@
 // The output formats by name, and the factory of their writers.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -21,6 +23,8 @@ std::optional<EOutputForm> FormByName(std::string_view name);
 struct TTableOptions {
   int width = 80;      ///< columns to fit into; less than 40 counts as 40
   bool color = false;  ///< whether ANSI escape sequences may be written
+  /// The most lines of a capture file to show.
+  std::size_t dumpLines = std::numeric_limits<std::size_t>::max();
 };
 
 /// Creates a writer of the format. The sink is not owned and must outlive the writer.

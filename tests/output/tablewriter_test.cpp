@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <string>
 
 #include "host/base/utf8.h"
@@ -13,14 +15,15 @@ class TableWriter : public TAwkwardTest {
   static std::string Block(const TInstancePtr& instance, int width = 80, bool color = false,
                            const TInstanceFacts& facts = {}) {
     TStringSink sink;
-    const auto writer = MakeWriter(EOutputForm::kTable, sink, {width, color});
+    TTableOptions options;
+    options.width = width;
+    options.color = color;
+    const auto writer = MakeWriter(EOutputForm::kTable, sink, options);
     writer->Begin(Header());
     writer->Instance(*instance, facts);
     return sink.Text();
   }
-  static std::string Summary(const TResultSummary& summary, int width = 80, bool color = false) {
-    return Written(EOutputForm::kTable, {}, summary, {width, color});
-  }
+  static std::string Summary(const TResultSummary& summary) { return Written(EOutputForm::kTable, {}, summary); }
   /// A register of an R8 or a JFR class.
   TInstancePtr Register(const std::string& className, const std::string& superClass, const std::vector<int>& bytes) {
     if (!superClass.empty()) Define(superClass, "", {});
@@ -66,7 +69,6 @@ TEST_F(TableWriter, ShowsOtherByteArraysAsNumbers) {
 TEST_F(TableWriter, DumpsACaptureFile) {
   EXPECT_EQ(Block(Capture("0a ff 00 41 ")),
             "KROSG_DCAPFile\n"
-            "  cpu_err, node 1, record 0, 2026-01-31T12:34:56+01:00\n"
             "  RecordID          0\n"
             "  MessageTimestamp  2026-01-31T12:34:56+01:00\n"
             "  FileName          cpu_err\n"
@@ -152,11 +154,10 @@ TEST_F(TableWriter, PutsTheValueUnderANameBeyondTheMiddle) {
 TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyIfAsked) {
   const auto instance = One(TType::kString, TCIMValue("x"));
   TInstanceFacts facts;
-  facts.missing = {{"Log", {}, {EHow::kLost, 0}}};
+  facts.missing = {{"P", {}, {EHow::kLost, 0}}};
   EXPECT_EQ(Block(instance, 80, true, facts),
             "\x1b[1mKROSG_One\x1b[0m\n"
-            "  \x1b[31mmissing: Log: lost: no answer\x1b[0m\n"
-            "  P  x\n\n");
+            "  P  \x1b[31mmissing: lost: no answer\x1b[0m\n\n");
   EXPECT_EQ(Block(instance, 80, false, facts).find('\x1b'), std::string::npos);
 }
 
@@ -168,37 +169,99 @@ TEST_F(TableWriter, FlushesEachBlock) {
   EXPECT_EQ(sink.flushedAt, std::vector<std::size_t>{std::string("KROSG_One\n  P  x\n\n").size()});
 }
 
+TEST_F(TableWriter, CutsADumpAfterItsLimit) {
+  std::string raw;
+  for (int i = 0; i < 160; ++i) raw += fmt::format("{:02x} ", i);
+  const auto instance = Capture(raw);
+  TTableOptions options;
+  options.dumpLines = 10;
+  const std::string text = Written(EOutputForm::kTable, {instance}, Complete(), options);
+  EXPECT_NE(text.find("|................|\n  ... 1 more line; --capture-dir writes the file\n  SourceNode        1\n"),
+            std::string::npos)
+      << text;
+  EXPECT_NE(text.find("  00000090  90 91"), std::string::npos);
+  options.dumpLines = 11;
+  EXPECT_EQ(Written(EOutputForm::kTable, {instance}, Complete(), options).find("more line"), std::string::npos);
+  options.dumpLines = 1;
+  EXPECT_NE(Written(EOutputForm::kTable, {instance}, Complete(), options).find("  ... 10 more lines; --capture-dir"),
+            std::string::npos);
+}
+
 TEST_F(TableWriter, SummarisesACompleteCollection) {
   const auto one = One(TType::kString, TCIMValue("x"));
   const auto other = Make(Define("KROSG_Other", "", {}), {});
   const std::string text = Written(EOutputForm::kTable, {one, other, one}, Complete());
   EXPECT_EQ(text.substr(text.find("Summary")),
             "Summary\n"
-            "  Instances  3\n"
+            "  Source        lan:bmc0\n"
+            "  Machine type  6203\n"
+            "  Instances     3\n"
             "    2  KROSG_One\n"
             "    1  KROSG_Other\n"
-            "  Exchanges  42, none failed\n"
-            "  Elapsed    1.234 s\n"
-            "  Result     complete\n");
+            "  Exchanges     42, none failed\n"
+            "  Elapsed       1.234 s\n"
+            "  Result        complete\n");
 }
 
 TEST_F(TableWriter, SummarisesAPartialCollection) {
   EXPECT_EQ(Summary(Partial()),
+            "Other failed exchanges\n"
+            "  KROSG_A\n"
+            "    node 0  register: 0xC3 timeout while processing command\n"
+            "\n"
             "Summary\n"
-            "  Instances  none\n"
-            "  Exchanges  42, 2 failed\n"
-            "  Elapsed    1.234 s\n"
-            "  Result     partial: interrupted; KROSG_A: said \"no\"\n"
+            "  Source        lan:bmc0\n"
+            "  Machine type  6203\n"
+            "  Instances     none\n"
+            "  Exchanges     42, 2 failed\n"
+            "  Elapsed       1.234 s\n"
+            "  Result        partial\n"
             "    interrupted\n"
-            "    KROSG_A: said \"no\"\n");
+            "    KROSG_A\n"
+            "      said \"no\"\n");
+}
+
+TEST_F(TableWriter, SaysWhyAFailedCollectionFailed) {
+  TResultSummary summary = Complete();
+  summary.status = EResultStatus::kFailed;
+  summary.message = "run.jsonl:2:1: found \"a\"\n, expected b";
+  EXPECT_NE(Summary(summary).find("  Result        failed: run.jsonl:2:1: found \"a\"\\n, expected b\n"),
+            std::string::npos)
+      << Summary(summary);
+}
+
+TEST_F(TableWriter, NamesTheServerAndTheRecording) {
+  TDocument document = {Header(), {}, Complete()};
+  document.header.source = {{"replay:run.jsonl"},
+                            "replay:run.jsonl",
+                            false,
+                            "2026-01-31T12:34:56+01:00",
+                            "K12",
+                            "00112233-4455-6677-8899-aabbccddeeff"};
+  document.header.machineType.clear();
+  document.header.run.labels = {{"rack", "7"}, {"room", "b\n2"}};
+  const std::string text = Written(EOutputForm::kTable, document);
+  EXPECT_EQ(text.substr(0, text.find("  Instances")),
+            "Summary\n"
+            "  Source        replay:run.jsonl\n"
+            "  Recorded      2026-01-31T12:34:56+01:00\n"
+            "  Serial        K12\n"
+            "  UUID          00112233-4455-6677-8899-aabbccddeeff\n"
+            "  Machine type  unknown\n"
+            "  Labels        rack=7, room=b\\n2\n");
 }
 
 TEST_F(TableWriter, StaysWithinItsWidth) {
-  TResultSummary summary = Partial();
-  summary.reasons[1].message = std::string(300, 'm');
+  TDocument document = {Header(), {{One(TType::kString, TCIMValue(std::string(500, 'x'))), {}}}, Partial()};
+  document.header.source.simulated = true;
+  document.header.source.target = std::string(300, 't');
+  document.instances[0].second.key = "KROSG_One/node0/" + std::string(30, 'i');
+  document.instances[0].second.missing = {{"P", {}, {EHow::kCompletionCode, 0xCB}}, {"Q", {}, {EHow::kShort, 1}}};
+  document.summary.reasons[1].message = std::string(300, 'm');
   for (const int width : {40, 80, 200}) {
-    std::string text =
-        Written(EOutputForm::kTable, {One(TType::kString, TCIMValue(std::string(500, 'x')))}, summary, {width, false});
+    TTableOptions options;
+    options.width = width;
+    std::string text = Written(EOutputForm::kTable, document, options);
     for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n')) {
       EXPECT_LE(end, static_cast<std::size_t>(width)) << text.substr(0, end);
       text.erase(0, end + 1);

@@ -36,6 +36,8 @@ namespace velhost {
 
 namespace {
 
+constexpr std::size_t kDumpLinesOnTerminal = 64;
+
 EOutputForm ChooseForm(const TCollectOptions& options) {
   if (const auto form = FormByName(options.format)) return *form;
   const bool shown = IsStandardOutput(options.output) && IsTerminal(STDOUT_FILENO);
@@ -177,7 +179,11 @@ class TCollection {
   }
 
   TTableOptions TableOptions() const {
-    return {TerminalWidth(STDOUT_FILENO), IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO)};
+    TTableOptions table;
+    table.width = TerminalWidth(STDOUT_FILENO);
+    table.color = IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO);
+    if (IsStandardOutput(options_.output) && IsTerminal(STDOUT_FILENO)) table.dumpLines = kDumpLinesOnTerminal;
+    return table;
   }
 
   void Collect(TCollectionRun& run, IResultWriter& writer) {
