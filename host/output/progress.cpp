@@ -48,6 +48,7 @@ struct TParts {
   std::string name;
   std::string capture;
   std::string timeLeft;
+  std::string planned;
   std::string exchanges;
   std::string rate;
   std::string elapsed;
@@ -55,7 +56,7 @@ struct TParts {
   std::string Text() const {
     std::string text = Joined({place, name}, " ");
     text = Joined({text, Joined({capture, timeLeft}, ", ")}, "  ");
-    return Joined({text, Joined({exchanges, rate, elapsed}, ", ")}, "  ");
+    return Joined({text, Joined({planned, exchanges, rate, elapsed}, ", ")}, "  ");
   }
   bool Fits(std::size_t room) const { return ColumnsOf(Text()) <= room; }
   void CutName(std::size_t room) {
@@ -103,6 +104,11 @@ TProgressTarget TProgressTarget::StandardError(std::function<int()> width) {
 TProgressLine::TProgressLine(TProgressTarget target) : target_(std::move(target)), start_(target_.now()) {}
 
 TProgressLine::~TProgressLine() { Clear(); }
+
+void TProgressLine::SetPlanned(std::uint64_t total, std::function<std::uint64_t()> made) {
+  planned_ = total;
+  plannedMade_ = std::move(made);
+}
 
 void TProgressLine::BeginClass(std::size_t number, std::size_t count, const std::string& name) {
   place_ = fmt::format("[{}/{}]", number, count);
@@ -156,7 +162,7 @@ void TProgressLine::DrawWhenDue() {
 }
 
 // Parts are dropped in order of increasing importance: the time left, the end of the class name, the rate, the whole
-// class name, the number of exchanges, the capture file.
+// class name, the number of exchanges, the planned reads, the capture file.
 std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const {
   const double elapsed = Seconds(now - start_);
   TParts parts;
@@ -164,6 +170,7 @@ std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const 
   parts.name = class_;
   if (capture_) parts.capture = CaptureText();
   if (capture_) parts.timeLeft = TimeLeftText(now);
+  parts.planned = PlannedText();
   parts.exchanges = Counted(exchanges_, "exchange");
   // A rate over less than a second is meaningless.
   if (elapsed >= 1) parts.rate = fmt::format("{:.0f}/s", static_cast<double>(exchanges_) / elapsed);
@@ -173,6 +180,7 @@ std::string TProgressLine::Line(TClock::time_point now, std::size_t room) const 
   if (!parts.Fits(room)) parts.rate.clear();
   if (!parts.Fits(room)) parts.name.clear();
   if (!parts.Fits(room)) parts.exchanges.clear();
+  if (!parts.Fits(room)) parts.planned.clear();
   if (!parts.Fits(room)) parts.capture.clear();
   return parts.Text();
 }
@@ -183,6 +191,10 @@ std::string TProgressLine::CaptureText() const {
     return fmt::format("{} {} of {} bytes", capture_->name, capture_->read, capture_->size);
   }
   return fmt::format("{} {:.1f} of {:.1f} kB", capture_->name, Kilobytes(capture_->read), Kilobytes(capture_->size));
+}
+
+std::string TProgressLine::PlannedText() const {
+  return planned_ == 0 ? std::string() : fmt::format("reads {} of {}", plannedMade_(), planned_);
 }
 
 std::string TProgressLine::TimeLeftText(TClock::time_point now) const {

@@ -27,8 +27,8 @@ struct TProgressTarget {
 
 /// One line, redrawn in place after an exchange, at most ten times a second:
 ///
-///   [3/7] KROSG_VO_MEMCTL_StatisticData  1234 exchanges, 56/s, 0:22
-///   [7/7] KROSG_DCAPFile  node 0 cpu_err 12.0 of 64.0 kB, 0:41 left  1234 exchanges, 56/s, 0:22
+///   [3/7] KROSG_VO_MEMCTL_StatisticData  reads 60 of 84, 1234 exchanges, 56/s, 0:22
+///   [7/7] KROSG_DCAPFile  node 0 cpu_err 12.0 of 64.0 kB, 0:41 left  reads 84 of 84, 1234 exchanges, 56/s, 0:22
 ///
 /// A capture file counts as being read from the response to its size request until the response to its close request.
 /// If the terminal is too narrow, whole parts are left out and the class name is cut, but figures are never cut. Uses
@@ -39,6 +39,8 @@ class TProgressLine : public IExchangeObserver {
   /// Clears the line.
   ~TProgressLine() override;
 
+  /// How many reads are planned in all, and how many of them have been made, which is asked for at each drawing.
+  void SetPlanned(std::uint64_t total, std::function<std::uint64_t()> made);
   /// Class `number` (from 1) of `count` is collected from now on.
   void BeginClass(std::size_t number, std::size_t count, const std::string& name);
   void OnIpmi(const TIpmiExchange& exchange) override;
@@ -63,6 +65,7 @@ class TProgressLine : public IExchangeObserver {
   void DrawWhenDue();
   std::string Line(TProgressTarget::TClock::time_point now, std::size_t room) const;
   std::string CaptureText() const;
+  std::string PlannedText() const;
   std::string TimeLeftText(TProgressTarget::TClock::time_point now) const;
   void BeginCapture(const TIpmiExchange& exchange);
 
@@ -73,6 +76,8 @@ class TProgressLine : public IExchangeObserver {
   bool held_ = false;
   std::string place_;  ///< "[3/7]"
   std::string class_;
+  std::uint64_t planned_ = 0;  ///< 0 if nothing is planned, or the plan is not known
+  std::function<std::uint64_t()> plannedMade_;
   std::uint64_t exchanges_ = 0;
   std::optional<TCapture> capture_;
 };

@@ -59,6 +59,35 @@ TEST_F(Progress, ShowsClassExchangesRateAndTime) {
   EXPECT_EQ(Written(), "\r[3/7] KROSG_A  2 exchanges, 0/s, 1:02\r[3/7] KROSG_A  251 exchanges, 4/s, 1:02");
 }
 
+TEST_F(Progress, ShowsHowManyPlannedReadsWereMade) {
+  std::uint64_t made = 12;
+  line_->SetPlanned(84, [&made] { return made; });
+  line_->BeginClass(3, 7, "KROSG_A");
+  EXPECT_EQ(Written(), "\r[3/7] KROSG_A  reads 12 of 84, 0 exchanges, 0:00");
+  Wait(500);
+  made = 13;
+  Register();
+  EXPECT_EQ(Written(), "\r[3/7] KROSG_A  reads 13 of 84, 1 exchange, 0:00 ");
+}
+
+TEST_F(Progress, ShowsNoReadsWhereNoneIsPlanned) {
+  line_->SetPlanned(0, [] { return 0; });
+  line_->BeginClass(1, 1, "A");
+  EXPECT_EQ(Written(), "\r[1/1] A  0 exchanges, 0:00");
+}
+
+TEST_F(Progress, KeepsPlannedReadsLongerThanExchanges) {
+  line_->SetPlanned(84, [] { return 84; });
+  width_ = 30;
+  line_->BeginClass(3, 7, "KROSG_A");
+  EXPECT_EQ(Written(), "\r[3/7]  reads 84 of 84, 0:00");
+  width_ = 26;
+  line_->BeginClass(4, 7, "KROSG_A");
+  Wait(100);
+  Register();
+  EXPECT_EQ(Written(), "\r[4/7]  0:00" + std::string(16, ' '));
+}
+
 TEST_F(Progress, CountsDotCommands) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
   const TDotAnswer answer;
