@@ -236,6 +236,12 @@ void CheckSchemas(const std::vector<std::string>& given) {
        " replaces it; give every path a '+', or none, or add --schema " + std::string(kExampleSchema));
 }
 
+// A plan is not a result, so it has only two of the forms.
+void CheckFormOfPlan(const TCollectOptions& options) {
+  if (!options.dryRun || options.format.empty() || options.format == "table" || options.format == "json") return;
+  Fail("--dry-run prints a table or json, not " + options.format);
+}
+
 std::string ReasonForIdleness(const TOption& option, const TCommandLine& commandLine) {
   const auto& users = option.usedBy;
   if (!users.empty() && std::find(users.begin(), users.end(), commandLine.verb) == users.end()) {
@@ -265,6 +271,7 @@ TCommandLine Interpret(TGivenWords& given) {
   TakeValues(given, commandLine);
   TakeOperands(given.operands, verb, commandLine);
   CheckSchemas(commandLine.common.schema);
+  CheckFormOfPlan(commandLine.collect);
   commandLine.warnings = WarningsOf(given, commandLine);
   return commandLine;
 }

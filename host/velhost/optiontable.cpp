@@ -157,6 +157,8 @@ std::string UnlessLogged(const TCommandLine& commandLine) {
   return commandLine.common.log.empty() ? "without --log" : "";
 }
 
+std::string IfDryRun(const TCommandLine& commandLine) { return commandLine.collect.dryRun ? "with --dry-run" : ""; }
+
 // If check is given files, it checks those instead of the schema, so --schema has no effect.
 std::string IfFilesAreChecked(const TCommandLine& commandLine) {
   return commandLine.verb == EVerb::kCheck && !commandLine.check.files.empty() ? "with check" : "";
@@ -287,12 +289,18 @@ const std::vector<TOption> kOptions = {
     {.name = "--label",
      .value = Label(),
      .help = "add to the result, except in cimxml; may be repeated",
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
+    {.name = "--dry-run",
+     .value = Flag([](auto& c) -> auto& { return c.collect.dryRun; }),
+     .help = "print what would be read, and send nothing",
      .verbs = {EVerb::kCollect}},
     {.name = "--record",
      .value = Text(
          "FILE", "files", [](auto& c) -> auto& { return c.collect.record; }),
      .help = "record every exchange with the service processor",
-     .verbs = {EVerb::kCollect}},
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
     {.name = "--timeout",
      .value = Time([](auto& c) -> auto& { return c.collect.timeoutSeconds; }),
      .help = "deadline for the whole run: 90, 45s, 1.5m or 2h",
@@ -305,12 +313,14 @@ const std::vector<TOption> kOptions = {
      .value = Text(
          "DIR", "folders", [](auto& c) -> auto& { return c.collect.captureDir; }),
      .help = "also write each capture file to DIR",
-     .verbs = {EVerb::kCollect}},
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
     {.name = "--progress",
      .value = OneOf(
          kWhen, [](auto& c) -> auto& { return c.collect.progress; }),
      .help = "show progress on standard error; default: auto",
-     .verbs = {EVerb::kCollect}},
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
 
     {.name = "--format",
      .value = OneOf(

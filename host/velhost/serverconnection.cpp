@@ -139,8 +139,7 @@ void CheckCombination(const std::vector<std::string>& specs) {
 
 }  // namespace
 
-std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
-                                                 TInputs& inputs, const TNamespace& cimNamespace) {
+std::vector<std::string> CheckedSpecs(const TCommonOptions& options) {
   const std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
   // Checked before any message repeats a SPEC that contains a password.
@@ -148,6 +147,12 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
     if (SchemeOf(spec) == "lan") ParseLanSpec(spec);
   }
   CheckCombination(specs);
+  return specs;
+}
+
+std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,
+                                                 TInputs& inputs, const TNamespace& cimNamespace) {
+  const std::vector<std::string> specs = CheckedSpecs(options);
   const std::string& first = specs.front();
   if (SchemeOf(first) == "inband") {
     std::vector<std::string> devices;

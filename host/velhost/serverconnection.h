@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/record/recording.h"
@@ -41,6 +42,10 @@ class IServerConnection {
   /// itself is at fault.
   virtual void CheckAfterwards() {}
 };
+
+/// What --sp names, by default "sim". Throws THostError (kInvalidArgument) for a malformed address and for service
+/// processors that cannot be used together, without repeating a password.
+std::vector<std::string> CheckedSpecs(const TCommonOptions& options);
 
 /// Opens the servers that --sp names, by default the demo server. Throws THostError; sets the process's time zone for
 /// a replay. If the run is stopped while a session on the network is being opened, returns a connection that never

@@ -31,6 +31,20 @@ const char* WhatSmbiosSays(const TSystemSmbios& smbios) {
   }
 }
 
+// An empty name means every device that exists.
+std::vector<std::string> WantedDevices(const std::vector<std::string>& devices, IIpmiDriver& driver) {
+  const std::vector<std::string> all = driver.Devices();
+  std::vector<std::string> wanted;
+  for (const std::string& device : devices) {
+    if (device.empty()) {
+      wanted.insert(wanted.end(), all.begin(), all.end());
+    } else {
+      wanted.push_back(device);
+    }
+  }
+  return wanted;
+}
+
 std::string Refused(const std::string& device, int error) {
   return "cannot open " + device + ": " + std::strerror(error) + "\n";
 }
@@ -155,19 +169,20 @@ std::string ParseInbandSpec(const std::string& spec) {
 
 std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std::string>& devices, const TSystemSmbios& smbios,
                                               std::shared_ptr<IIpmiDriver> driver) {
-  const std::vector<std::string> all = driver->Devices();
-  std::vector<std::string> wanted;
-  for (const std::string& device : devices) {
-    if (device.empty()) {
-      wanted.insert(wanted.end(), all.begin(), all.end());
-    } else {
-      wanted.push_back(device);
-    }
-  }
+  const std::vector<std::string> wanted = WantedDevices(devices, *driver);
   if (!wanted.empty()) return std::make_unique<TInbandServiceProcessor>(std::move(driver), wanted);
   if (smbios.facts.declaresIpmiDevice) return std::make_unique<TInbandServiceProcessor>(std::move(driver));
   throw THostError(EFailure::kUnreachable, std::string("there is no IPMI device /dev/ipmi*, and ") +
                                                WhatSmbiosSays(smbios) + "\n" + kLoadDriver);
+}
+
+TDiscovery DiscoverInband(const std::vector<std::string>& devices, const TSystemSmbios& smbios,
+                          const std::shared_ptr<IIpmiDriver>& driver) {
+  TDiscovery found;
+  found.bmcNodes = static_cast<int>(WantedDevices(devices, *driver).size());
+  found.ipmiDriver = found.bmcNodes > 0;
+  if (found.bmcNodes == 0 && smbios.facts.declaresIpmiDevice) found.bmcNodes = 1;
+  return found;
 }
 
 }  // namespace velhost

@@ -61,4 +61,8 @@ VELHOST_API std::unique_ptr<IServiceProcessor> OpenInband(const std::vector<std:
                                                           const TSystemSmbios& smbios,
                                                           std::shared_ptr<IIpmiDriver> driver = LinuxIpmiDriver());
 
+/// What OpenInband would find, without opening a device. If there is none, nothing is found.
+VELHOST_API TDiscovery DiscoverInband(const std::vector<std::string>& devices, const TSystemSmbios& smbios,
+                                      const std::shared_ptr<IIpmiDriver>& driver = LinuxIpmiDriver());
+
 }  // namespace velhost

@@ -19,6 +19,7 @@
 #include "host/profile/collectorprofile.h"
 #include "host/velhost/classchoice.h"
 #include "host/velhost/collect/collectionrun.h"
+#include "host/velhost/collect/dryrun.h"
 #include "host/velhost/collect/fileclash.h"
 #include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/collect/requests.h"
@@ -274,6 +275,7 @@ class TCollection {
 }  // namespace
 
 EExitStatus Collect(const TCommandLine& commandLine, const TInstallation& installation) {
+  if (commandLine.collect.dryRun) return DryRun(commandLine, installation);
   RefuseClashingFiles(commandLine, installation);
   TCollection collection(commandLine, installation);
   collection.RefuseOverwriting(commandLine);

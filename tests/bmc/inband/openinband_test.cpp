@@ -44,6 +44,25 @@ class InbandOpening : public testing::Test {
   std::shared_ptr<TScriptedDriver> driver_;
 };
 
+TEST_F(InbandOpening, DiscoveryOpensNothing) {
+  driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1").Refuse("/dev/ipmi0", EACCES);
+  TDiscovery found = DiscoverInband({""}, kNoBmc, driver_);
+  EXPECT_EQ(found.bmcNodes, 2);
+  EXPECT_TRUE(found.ipmiDriver);
+  EXPECT_FALSE(found.dotCommands);
+  found = DiscoverInband({"/dev/ipmi7"}, kNoBmc, driver_);
+  EXPECT_EQ(found.bmcNodes, 1) << "whether it exists is found out when it is opened";
+}
+
+TEST_F(InbandOpening, DiscoveryFindsADeclaredNodeWithoutADriver) {
+  TDiscovery found = DiscoverInband({""}, kDeclared, driver_);
+  EXPECT_EQ(found.bmcNodes, 1);
+  EXPECT_FALSE(found.ipmiDriver);
+  found = DiscoverInband({""}, kNoBmc, driver_);
+  EXPECT_EQ(found.bmcNodes, 0);
+  EXPECT_FALSE(found.ipmiDriver);
+}
+
 TEST_F(InbandOpening, EveryDeviceIsANodeInOrder) {
   driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1");
   const auto processor = Open({""}, kNoBmc);

@@ -1,0 +1,91 @@
+#include "host/velhost/collect/dryrun.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "host/output/planwriter.h"
+#include "host/output/writers.h"
+#include "host/plugins/pluginloader.h"
+#include "host/profile/collectorprofile.h"
+#include "host/profile/plan.h"
+#include "host/schema/collectorneeds.h"
+#include "host/velhost/classchoice.h"
+#include "host/velhost/collect/fileclash.h"
+#include "host/velhost/collect/outputtarget.h"
+#include "host/velhost/collect/requests.h"
+#include "host/velhost/declaredserver.h"
+#include "host/velhost/messages.h"
+#include "host/velhost/schemaloading.h"
+#include "host/velhost/standardstreams.h"
+#include "host/velhost/trace.h"
+
+namespace velhost {
+
+namespace {
+
+void SetDeadline(TStopSignal& stop, const TCollectOptions& options) {
+  if (!options.timeoutSeconds) return;
+  const std::chrono::duration<double> limit(*options.timeoutSeconds);
+  stop.SetDeadline(TStopSignal::TClock::now() + std::chrono::duration_cast<TStopSignal::TClock::duration>(limit));
+}
+
+// The plan says nothing of another plugin than the collector.
+bool IsCollector(const TCommonOptions& options, const TInstallation& installation) {
+  TDynamicLibraryLoader libraries;
+  TPluginLoader loader(libraries);
+  loader.SetFatalHandler(&SayAndEndAtOnce);
+  const auto plugin = loader.Load(options.plugin.empty() ? installation.Plugin() : options.plugin);
+  const bool isCollector = plugin->Identity().name == CollectorProfile::kCollectorName;
+  plugin->Unload();
+  return isCollector;
+}
+
+TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation, TInputs& inputs) {
+  const TCollectOptions& options = commandLine.collect;
+  const auto cimNamespace = LoadSchema(commandLine.common, installation, inputs).cimNamespace;
+  CheckClassNames(*cimNamespace, options.classes);
+  const TDeclaredServer declared = DeclareServer(commandLine.common, installation, inputs, *cimNamespace);
+  const TPlanServer server = PlanServerOf(declared.discovery);
+  const auto classes = ChooseClasses(*cimNamespace, options.classes, declared.machineType, server);
+  RefuseTooLarge(*cimNamespace, classes, declared.machineType, options.singleRequest, server.serviceProcessors);
+  const std::string unserved = MachineTypeWarning(*cimNamespace, declared.machineType);
+  if (!unserved.empty()) Say("warning: " + unserved);
+  const auto isCollectable = [&](const TCIMClass& cimClass) { return MeetsCollectorNeeds(*cimNamespace, cimClass); };
+  return MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
+                   IsCollector(commandLine.common, installation), isCollectable});
+}
+
+void Print(const TPlan& plan, const TCommandLine& commandLine) {
+  const TCollectOptions& options = commandLine.collect;
+  const bool isShown = IsStandardOutput(options.output);
+  TOutputTarget target(options.output);
+  const bool isTable = options.format.empty() ? isShown && IsTerminal(STDOUT_FILENO) : options.format == "table";
+  if (isTable) {
+    const bool useColor = isShown && UseColor(commandLine.common.color, STDOUT_FILENO);
+    WritePlanAsTable(plan, target.Sink(), {TerminalWidth(STDOUT_FILENO), useColor});
+  } else {
+    WritePlanAsJson(plan, target.Sink());
+  }
+  target.Finish();
+}
+
+}  // namespace
+
+EExitStatus DryRun(const TCommandLine& commandLine, const TInstallation& installation) {
+  RefuseClashingFiles(commandLine, installation);
+  TStopSignal stop;
+  SetDeadline(stop, commandLine.collect);
+  TInputs inputs(stop);
+  TTrace trace(commandLine.common);
+  const TPlan plan = PlanOf(commandLine, installation, inputs);
+  RefuseClashWithInputs(commandLine, inputs.Files());
+  trace.OpenFile();
+  Print(plan, commandLine);
+  trace.Finish();
+  return EExitStatus::kComplete;
+}
+
+}  // namespace velhost
