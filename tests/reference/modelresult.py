@@ -36,6 +36,7 @@ class Result:
         for number, call in enumerate(run.calls):
             if call.failure:
                 self.add_note(self.blamed_class(number), "request-failed", call.told)
+            self.add_refused_sizes(number)
 
     def turns_of(self, call):
         return [turn for turn in self.plan.turns if turn.call == call]
@@ -55,13 +56,13 @@ class Result:
         return None
 
     def turn_failed(self, call):
-        """The class that an exception is blamed on: the first that was not finished, otherwise the last."""
+        """The class that an exception is blamed on: the first that was not finished, otherwise the last that is reached."""
         if not self.run.calls[call].failure:
             return None
         if self.left[call] is not None:
             return self.left[call]
-        turns = self.turns_of(call)
-        open_turns = [turn for turn in turns if turn.reached and not self.is_finished(turn, self.run.calls[call].at)]
+        turns = [turn for turn in self.turns_of(call) if turn.reached]
+        open_turns = [turn for turn in turns if not self.is_finished(turn, self.run.calls[call].at)]
         return (open_turns + turns[-1:])[0].number if turns else None
 
     def is_finished(self, turn, at):
@@ -139,7 +140,8 @@ class Result:
             return ("the time of 1 instance was" if count == 1 else "the times of %d instances were" % count) + " not read"
         if code == "file-unread":
             texts = [share + ("is" if count == 1 else "are") + " missing or incomplete"]
-            texts += dict.fromkeys(text for turn in turns for text in self.refused_sizes(turn))
+            texts += dict.fromkeys([text for turn in turns if turn.number in self.books
+                                    for text in self.refused_sizes(turn)] + self.notes[name, code])
             return "; ".join(texts + ([] if self.plan.driver else ["the IPMI driver is not present"]))
         if code == "block-unread":
             if not self.plan.communicates:
@@ -159,6 +161,13 @@ class Result:
         if code == "file-unread":
             return counted(turns * len(CAPTURE_KEYS) * self.plan.nodes, "capture file")
         return counted(turns * self.plan.blocks, "register block")
+
+    def add_refused_sizes(self, call):
+        """Even where nothing is known, the host knows of the files that it withheld from the collector."""
+        left = self.left[call]
+        for turn in self.turns_of(call):
+            for text in self.refused_sizes(turn) if left is not None and turn.number >= left else ():
+                self.add_note(self.plan.turns[left].of.cls.name, "file-unread", text)
 
     def refused_sizes(self, turn):
         for exchange in self.exchanges_of(turn):

@@ -386,6 +386,19 @@ class RequestTest(unittest.TestCase):
              "message": "Type mismatch (status 13). property KROSG_T4_MEMCTL_StatisticData.Reg is declared as a scalar "
                         "and cannot take an array"}])
 
+    def test_a_file_that_the_host_withheld(self):
+        """Nothing is known of the request, but that the host did not let the collector read the file."""
+        scalar = Property("Reg", "uint16", True, {"Offset": 0xABCDEF, "MaxLen": 8})
+        server = {"bmc_node": [{**self.NODE["bmc_node"][0],
+                                "storage_area": [{"name": "cpu_err", "data": "", "size": 33554433}]}]}
+        document = collect([CimClass(model.VO_MEM_CTL, "Root", served(), [scalar])], server,
+                           [model.VO_MEM_CTL, model.DCAP_FILE], single=True)
+        self.assertEqual(document["reasons"], [
+            {"code": "file-unread", "class": model.VO_MEM_CTL, "count": 1,
+             "message": "1 of 3 capture files is missing or incomplete; node 0, storage area cpu_err reports 33554433 "
+                        "bytes, over the limit of 32 MiB: not read"}])
+        self.assertEqual(document["unread"], [])
+
     def test_an_unknown_place_has_only_a_number(self):
         scalar = Property("Reg", "uint8", False, {"Offset": 0xABCDEF, "MaxLen": 8})
         classes = [CimClass(model.VO_MEM_CTL, "Root", served(), [Property("Reg", "uint16", True, scalar.qualifiers)])]
