@@ -1,6 +1,7 @@
 #include "host/profile/plan.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <utility>

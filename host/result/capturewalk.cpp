@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/endian/conversion.hpp>
+#include <memory>
 #include <string_view>
 
 #include "wire/storagearea.h"

@@ -1,6 +1,7 @@
 #include "host/result/exchangeoutcome.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "wire/commandbuffer.h"
 #include "wire/registerread.h"

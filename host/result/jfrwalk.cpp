@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <boost/endian/conversion.hpp>
+#include <memory>
+#include <optional>
+#include <span>
 #include <string>
+#include <utility>
 
 #include "wire/registerblock.h"
 

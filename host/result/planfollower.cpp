@@ -1,7 +1,10 @@
 #include "host/result/planfollower.h"
 
 #include <algorithm>
+#include <array>
 #include <boost/endian/conversion.hpp>
+#include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 

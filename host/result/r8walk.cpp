@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/endian/conversion.hpp>
+#include <memory>
 
 #include "host/base/hex.h"
 #include "wire/registerread.h"

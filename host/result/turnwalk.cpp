@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/endian/conversion.hpp>
+#include <string_view>
 
 #include "host/base/hex.h"
 #include "host/base/unsafetext.h"
