@@ -1,7 +1,5 @@
 #include "host/bmc/sizelimit.h"
 
-#include <utility>
-
 namespace velhost {
 
 namespace {
@@ -29,12 +27,10 @@ bool TSizeLimit::Accept(const TIpmiRequest& request, std::int64_t size) {
     accepted_ += size;
     return true;
   }
-  refusals_.push_back("node " + std::to_string(request.Node()) + ", storage area " + AreaInSizeRequest(request) +
-                      " reports " + std::to_string(size) + " bytes, " + limit + ": not read");
-  if (onRefusal_) onRefusal_(refusals_.back());
+  if (!onRefusal_) return false;
+  onRefusal_("node " + std::to_string(request.Node()) + ", storage area " + AreaInSizeRequest(request) + " reports " +
+             std::to_string(size) + " bytes, " + limit + ": not read");
   return false;
 }
-
-std::vector<std::string> TSizeLimit::TakeRefusals() { return std::exchange(refusals_, {}); }
 
 }  // namespace velhost

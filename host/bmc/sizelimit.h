@@ -7,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "host/bmc/iserviceprocessor.h"
 
@@ -27,11 +26,9 @@ class VELHOST_API TSizeLimit : public TForwardingServiceProcessor {
 
   /// Starts a new request: the sizes accepted so far no longer count.
   void BeginRequest() { accepted_ = 0; }
-  /// Called with the sentence about a refused area, before the collector learns that its query has no answer.
+  /// Called with a sentence about each refused area, before the collector learns that its query has no answer: "node
+  /// 0, storage area cpu_err reports 2147483647 bytes, over the limit of 32 MiB: not read".
   void SetRefusalCallback(std::function<void(const std::string&)> callback) { onRefusal_ = std::move(callback); }
-  /// What was refused since the last call, one sentence per area: "node 0, storage area cpu_err reports 2147483647
-  /// bytes, over the limit of 32 MiB: not read".
-  std::vector<std::string> TakeRefusals();
 
   std::optional<TIpmiAnswer> SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) override;
 
@@ -39,7 +36,6 @@ class VELHOST_API TSizeLimit : public TForwardingServiceProcessor {
   bool Accept(const TIpmiRequest& request, std::int64_t size);
 
   std::int64_t accepted_ = 0;
-  std::vector<std::string> refusals_;
   std::function<void(const std::string&)> onRefusal_;
 };
 
