@@ -131,6 +131,8 @@ class Files(VelhostCase):
         status = self.run_velhost("-v", "collect", "--sp", f"sim:{SOURCE}/servers/dot-command.toml", "KROSG_DCAPFile")
         # Once for each kind of capture file.
         self.assertRegex(status.stderr, "^velhost: schema: ")
+        plan = self.run_velhost("-v", "collect", "--single-request", BRIDGE, "KROSG_J2_MEMCTL_StatisticData").stderr
+        self.assertIn("velhost: plan: 1 request, 36 register reads, 2 dot commands\n", plan)
         trace = "".join(line for line in status.stderr.splitlines(True) if not line.startswith("velhost: "))
         self.assertEqual(trace, "status No eQT/BMC on the system. TORGA log is not available.\n" * 3)
         self.assertIn("debug ", self.run_velhost("collect", "-vv", BRIDGE).stderr)

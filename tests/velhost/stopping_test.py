@@ -157,6 +157,7 @@ class Stopping(VelhostCase):
     def test_progress_on_a_terminal(self):
         shown = self.progress()
         self.assertIn(f"[1/1] {BRIDGE}", shown)
+        self.assertRegex(shown, r" reads [1-9]\d* of 200, ")
         self.assertIn("exchanges", shown)
         *drawn, last = shown[:shown.index(REASON)].rstrip("\r").split("\r")
         self.assertNotIn("\n", "".join(drawn))

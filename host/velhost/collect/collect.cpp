@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/base/text.h"
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/bmc/sizelimit.h"
 #include "host/bmc/supervision.h"
@@ -51,6 +52,12 @@ TStopSignal& StopWithDeadline(TStopSignal& stop, const TCollectOptions& options)
   const auto limit = std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(*options.timeoutSeconds * 1000)));
   stop.SetDeadline(TStopSignal::TClock::now() + limit);
   return stop;
+}
+
+// "plan: 8 requests, 78 register reads, 6 dot commands"
+std::string PlanText(const TPlan& plan) {
+  return "plan: " + Counted(plan.requests.size(), "request") + ", " + Counted(plan.RegisterReads(), "register read") +
+         ", " + Counted(plan.DotCommands(), "dot command");
 }
 
 void Warn(const std::vector<std::string>& texts) {
@@ -137,11 +144,14 @@ class TCollection {
     TCollectionRun run(namespace_, stop_);
     // Before any output is opened: an existing file must survive a plugin that cannot be loaded.
     run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
-    Warn(PlanWarnings(run.MakePlan(server_, RequestsOf(classes_, options_.singleRequest), supervised, sizeLimit)));
+    const TPlan& plan = run.MakePlan(server_, RequestsOf(classes_, options_.singleRequest), supervised, sizeLimit);
+    Warn(PlanWarnings(plan));
+    SayDetail(PlanText(plan));
     TOutputTarget target(options_.output);
     OpenFiles(trace, recording);
     if (showProgress_) {
       progress.emplace();
+      progress->Line().SetPlanned(plan.Total(), [&run] { return run.PlannedMade(); });
       supervised.AddObserver(progress->Line());
       run.SetRequestObserver(*progress);
       target.SetProgressLine(&progress->Line());

@@ -55,6 +55,8 @@ class TCollectionRun : private IExchangeObserver {
   /// Call once, with a plan: makes the requests, writes the instances as they are committed, and unloads the plugin.
   /// Throws THostError if the output or the plugin fails; the plugin is unloaded in every case.
   void Collect(IResultWriter& writer);
+  /// How many of the plan's reads have been made.
+  std::uint64_t PlannedMade() const { return follower_->PlannedMade(); }
   /// Set if the plugin failed after everything was collected.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
   /// What came of the run. `failure` is one of the command itself.
