@@ -1,6 +1,8 @@
 #include "host/result/runbook.h"
 
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <string_view>
 #include <tuple>
 #include <utility>

@@ -1,9 +1,11 @@
 #include "host/velhost/collect/requests.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <map>
-#include <memory>
 #include <set>
 #include <string_view>
+#include <utility>
 
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"

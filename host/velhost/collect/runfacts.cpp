@@ -1,9 +1,10 @@
 #include "host/velhost/collect/runfacts.h"
 
+#include <limits.h>
 #include <unistd.h>
 
 #include <array>
-#include <climits>
+#include <cstddef>
 #include <utility>
 
 #include "host/base/runstamp.h"
