@@ -75,6 +75,7 @@ class TLanConnection : public IServerConnection {
  private:
   void Tell(ELanNotice kind, const std::string& text) {
     lost_ = lost_ || kind == ELanNotice::kLost;
+    if (kind == ELanNotice::kDetail) return SayDetail(text);
     Say(kind == ELanNotice::kWarning ? "warning: " + text : text);
   }
   void WarnOfOverriding(const std::string& node, const std::string& given,

@@ -179,6 +179,13 @@ class Transports(LanCase):
             f"velhost: warning: lan:127.0.0.1:{port}: no session with cipher suite 17, so the weaker 3 is used; an "
             "attacker can cause this (--cipher-suite 17 allows no other, --cipher-suite 3 silences this warning)\n"))
 
+    def test_details_name_the_session(self):
+        _, port = self.simulate(SERVER)
+        done = subprocess.run([VELHOST, *self.lan_arguments(port, self.schema({"Listed": (0x00ABCDEF, 8)})), "-v"],
+                              capture_output=True, text=True, cwd=self.folder, env=self.environment, timeout=120)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn(f"velhost: lan:127.0.0.1:{port}: session open, cipher suite 3, privilege admin\n", done.stderr)
+
     def test_a_nul_in_the_password_is_bad_data(self):
         password = self.folder / "password"
         password.write_bytes(b"te\0st\n")

@@ -78,6 +78,11 @@ std::vector<std::string> TLanLink::Weaknesses() const {
   return found;
 }
 
+std::string TLanLink::SessionText() const {
+  return name_ + ": session open, cipher suite " + std::to_string(way_.cipherSuite) + ", privilege " +
+         NameOf(options_.privilege);
+}
+
 TLanLink::TOutcome TLanLink::TryOpen(const TWay& way, milliseconds time, milliseconds retransmission) {
   const std::string address = AddressOf(options_);
   VelLanOpening opening = {};

@@ -60,6 +60,9 @@ class VELHOST_API TLanLink {
   /// kRefused if the user, the password or the privilege is refused, otherwise kUnreachable.
   std::vector<std::string> Open();
 
+  /// "lan:HOST:623: session open, cipher suite 17, privilege admin", after Open.
+  std::string SessionText() const;
+
   /// Whether the next exchange can go without an opening: it will only wait for the answer.
   bool IsReady() const;
 

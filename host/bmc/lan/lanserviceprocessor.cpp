@@ -99,6 +99,9 @@ class TLanServiceProcessor::TNode {
     return outcome->warnings;
   }
 
+  /// Only after Open.
+  std::string SessionText() const { return link_->SessionText(); }
+
   /// Null if the run was stopped. The exchange is made on this thread, where the wait can be interrupted. Opening a
   /// session may wait for something that no signal interrupts, such as a name server, so it is done by the worker.
   std::shared_ptr<TLanExchange> Exchange(const TIpmiRequest& request, const TStopSignal& stop,
@@ -137,6 +140,7 @@ TLanServiceProcessor::TLanServiceProcessor(const VelLanModule& module, const std
   for (const TLanOptions& node : options) {
     nodes_.push_back(std::make_unique<TNode>(module, node));
     for (const std::string& warning : nodes_.back()->Open(stop)) Tell(ELanNotice::kWarning, warning);
+    Tell(ELanNotice::kDetail, nodes_.back()->SessionText());
   }
 }
 

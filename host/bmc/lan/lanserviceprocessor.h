@@ -16,6 +16,7 @@
 namespace velhost {
 
 enum class ELanNotice {
+  kDetail,   ///< which session has been opened
   kWarning,  ///< what a session does not protect, or an answer that a BMC should not have sent
   kLost      ///< a node has been given up
 };

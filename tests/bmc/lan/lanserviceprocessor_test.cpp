@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <future>
+#include <map>
 #include <thread>
 
 #include "host/base/hosterror.h"
@@ -28,10 +29,9 @@ class LanServiceProcessor : public testing::Test {
  protected:
   std::unique_ptr<TLanServiceProcessor> Open(std::size_t nodes) {
     for (std::size_t i = 0; i < nodes; ++i) module_.Open().Open();
-    return std::make_unique<TLanServiceProcessor>(TScriptedModule::Module(), std::vector<TLanOptions>(nodes, options_),
-                                                  stop_, [this](ELanNotice kind, const std::string& text) {
-                                                    (kind == ELanNotice::kLost ? notices_ : warnings_).push_back(text);
-                                                  });
+    return std::make_unique<TLanServiceProcessor>(
+        TScriptedModule::Module(), std::vector<TLanOptions>(nodes, options_), stop_,
+        [this](ELanNotice kind, const std::string& text) { said_[kind].push_back(text); });
   }
   TIpmiOutcome Ask(IServiceProcessor& processor, int node = 0) {
     wire::TCommandBuffer request = Request(0x3A, 0x62, {0x07, 0x34});
@@ -47,9 +47,18 @@ class LanServiceProcessor : public testing::Test {
     options.host = "bmc";
     return options;
   }();
-  std::vector<std::string> notices_;
-  std::vector<std::string> warnings_;
+  std::map<ELanNotice, std::vector<std::string>> said_;
+  std::vector<std::string>& notices_ = said_[ELanNotice::kLost];
+  std::vector<std::string>& warnings_ = said_[ELanNotice::kWarning];
 };
+
+TEST_F(LanServiceProcessor, NamesTheCipherSuiteAndPrivilegeOfEachSession) {
+  options_.cipherSuites = {3};
+  options_.privilege = ELanPrivilege::kOperator;
+  const auto processor = Open(2);
+  const std::string session = "lan:bmc:623: session open, cipher suite 3, privilege operator";
+  EXPECT_THAT(said_[ELanNotice::kDetail], ElementsAre(session, session));
+}
 
 TEST_F(LanServiceProcessor, SendsTheRequestsBytesAndReturnsTheAnswers) {
   const auto processor = Open(1);

@@ -77,8 +77,9 @@ class LanSimulator : public testing::Test {
     options_ = OptionsFor(simulator_->Port());
   }
   std::unique_ptr<IServiceProcessor> Open() {
-    return OpenLan({options_}, stop_, kModules,
-                   [this](ELanNotice, const std::string& text) { notices_.push_back(text); });
+    return OpenLan({options_}, stop_, kModules, [this](ELanNotice kind, const std::string& text) {
+      if (kind != ELanNotice::kDetail) notices_.push_back(text);
+    });
   }
   std::string Refusal(EFailure kind) {
     std::string message = MessageOf([this] { Open(); }, kind);
