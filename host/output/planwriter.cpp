@@ -47,6 +47,7 @@ void ForEachPlace(const TPlan& plan, const TPlannedClass& planned, TVisit&& visi
   if (planned.turn != ETurn::kPlanned) return;
   const int instances = static_cast<int>(planned.instances);
   if (planned.path == EPath::kR8) {
+    if (planned.registers.empty()) return;  // the collector makes no instance without a register
     for (int i = 0; i < instances; ++i) visit(TPlace{0, i});
   } else if (planned.path == EPath::kJfr) {
     // The collector keeps eight bits of the number.

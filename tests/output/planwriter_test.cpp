@@ -163,6 +163,13 @@ TEST_F(PlanWriter, SaysWhyAClassHasNoInstances) {
             "],\"dot_commands\":[],\"areas\":[],\"total\":0}\n");
 }
 
+TEST_F(PlanWriter, WithoutRegistersOnlyBlocksGiveInstances) {
+  plan_.classes[0].registers.clear();
+  plan_.classes[1].registers.clear();
+  EXPECT_EQ(Json().find("KROSG_Bridge/node0"), std::string::npos);
+  EXPECT_NE(Json().find("KROSG_Block/sp0/instance0"), std::string::npos);
+}
+
 TEST_F(PlanWriter, WithoutTheDriverThereAreNoAreas) {
   plan_.server.ipmiDriver = false;
   EXPECT_NE(Json().find("\"areas\":[],\"total\":8}"), std::string::npos);

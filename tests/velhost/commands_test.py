@@ -108,6 +108,15 @@ class Usage(VelhostCase):
             self.refuses('--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], '
                          f'not "{spec}"; did you mean sim?', "collect", "--sp", spec)
 
+    def test_labels(self):
+        document = self.collect("--label", "rack=7", "--label=site=a=b ", "KROSG_DCAPFile")
+        self.assertEqual(document["run"]["labels"], {"rack": "7", "site": "a=b "})
+        for message, *labels in (('--label takes KEY=VALUE, not "rack"', "rack"),
+                                 ("--label gives the key rack twice", "rack=7", "rack=7"),
+                                 ("--label cannot use the value of the key rack: it has a control character", "rack=7\t")):
+            self.refuses(message, "collect", *(word for label in labels for word in ("--label", label)), see="collect ")
+        self.refuses("--label needs KEY=VALUE", "collect", "--label", "", see="collect ")
+
     def test_help_is_also_a_command(self):
         self.assertEqual(self.run_velhost("help").stdout, self.run_velhost("--help").stdout)
         self.assertEqual(self.run_velhost("help", "collect").stdout, self.run_velhost("collect", "--help").stdout)

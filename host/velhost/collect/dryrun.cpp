@@ -19,6 +19,7 @@
 #include "host/velhost/declaredserver.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
+#include "host/velhost/signals.h"
 #include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 
@@ -77,6 +78,7 @@ void Print(const TPlan& plan, const TCommandLine& commandLine) {
 EExitStatus DryRun(const TCommandLine& commandLine, const TInstallation& installation) {
   RefuseClashingFiles(commandLine, installation);
   TStopSignal stop;
+  const TSignalGuard guard(stop);
   SetDeadline(stop, commandLine.collect);
   TInputs inputs(stop);
   TTrace trace(commandLine.common);
