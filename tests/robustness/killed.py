@@ -39,7 +39,8 @@ ENOUGH_FOR_ALL_KINDS = 100  # with this many kills, each kind of outcome occurs
 
 
 def instances_of(form, text):
-    """The instances without the collection time of capture files; None if the text is incomplete."""
+    """The instances without the collection time of capture files and, in jsonl, the run's identity; None if the text is
+    incomplete."""
     try:
         if form == "json":
             instances = json.loads(text)["instances"]
@@ -51,6 +52,8 @@ def instances_of(form, text):
         return None
     for instance in instances:
         instance["properties"].pop("MessageTimestamp", None)
+        instance.pop("run_id", None)
+        instance.pop("labels", None)
     return instances
 
 
