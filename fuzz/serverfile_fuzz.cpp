@@ -5,7 +5,7 @@
 
 #include "host/base/hosterror.h"
 #include "host/base/sourcereader.h"
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "wire/registerblock.h"
 

@@ -17,7 +17,7 @@ sources_of() {
     output) echo host/output/ ;;
     mof) echo host/schema/ ;;
     recording) echo host/bmc/record/{replay,recordingline}. host/base/{linereader,hex}. ;;
-    serverfile) echo host/bmc/sim/{serverfile,toml,faulttable,faultinjector,simulatedserver} ;;
+    serverfile) echo host/bmc/sim/{serverfile,toml,faults,simulatedserver} ;;
     smbios) echo host/bmc/smbios/smbios. ;;
     commandline) echo host/velhost/{commandline,optiontable,help}. ;;
     *) echo "no such target: $1" >&2; exit 64 ;;

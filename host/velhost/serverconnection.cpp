@@ -8,7 +8,7 @@
 #include "host/bmc/lan/lanspec.h"
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/smbios/systemsmbios.h"

@@ -7,7 +7,7 @@
 
 #include "host/base/hosterror.h"
 #include "host/bmc/record/replay.h"
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
 
 using namespace NKROVEL20;

@@ -3,7 +3,7 @@
 
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
 
 namespace tests {

@@ -10,7 +10,6 @@
 
 #include "host/base/hosterror.h"
 #include "host/bmc/lan/lanlink.h"
-#include "host/bmc/lan/lanworker.h"
 
 namespace velhost {
 

@@ -9,7 +9,7 @@
 
 #include "host/base/api.h"
 #include "host/bmc/iserviceprocessor.h"
-#include "host/bmc/lan/laninterrupter.h"
+#include "host/bmc/lan/blockingcalls.h"
 #include "host/bmc/lan/lanmodule.h"
 #include "host/bmc/lan/lanspec.h"
 

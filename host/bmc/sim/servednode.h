@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "host/base/api.h"
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
 
 namespace velhost {

@@ -13,7 +13,6 @@
 
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
-#include "host/bmc/sim/faulttable.h"
 #include "host/bmc/sim/tomltable.h"
 #include "wire/storagearea.h"
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -14,8 +13,8 @@
 #include "host/base/api.h"
 #include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
-#include "host/bmc/exchange.h"
 #include "host/bmc/sim/datafolder.h"
+#include "host/bmc/sim/faults.h"
 #include "nkrovel20/tcimdatetime.h"
 #include "wire/registerread.h"
 
@@ -30,7 +29,6 @@ inline constexpr std::size_t kMostDataFiles = 512;                           ///
 inline constexpr std::size_t kMostNodes = 256;
 inline constexpr std::size_t kMostAreas = 256;  ///< of a node
 inline constexpr std::size_t kMostServiceProcessors = 256;
-inline constexpr std::int64_t kLongestDelayMs = 86'400'000;  ///< of a fault: a day
 
 struct TSimulatedRegister {
   std::array<std::uint8_t, wire::RegisterRead::kHeaderSize> header{};
@@ -57,19 +55,6 @@ struct TSimulatedNode {
 struct TSimulatedDot {
   bool communication = true;
   std::vector<TStoredBytes> blocks;  ///< one for each service processor
-};
-
-/// At most one of completionCode, lost and truncate is set; if none is, there is a delay.
-struct TFault {
-  std::optional<EExchangeKind> on;  ///< empty: any IPMI exchange
-  std::optional<int> node;          ///< BMC node, or service processor for kDot; empty: any
-  std::optional<std::int64_t> nth;  ///< from 1; empty: each
-  std::optional<std::uint8_t> completionCode;
-  bool lost = false;
-  std::optional<std::size_t> truncate;  ///< bytes of the command buffer (9 or more), or of the block
-  std::chrono::milliseconds delay{0};
-  std::uint32_t line = 0;  ///< where the file sets its effect, or the fault; 0 if not from a file
-  std::uint32_t column = 0;
 };
 
 struct TServerFile {

@@ -13,7 +13,6 @@
 #include "host/base/text.h"
 #include "host/bmc/sim/tomlcursor.h"
 #include "host/bmc/sim/tomlscalar.h"
-#include "host/bmc/sim/tomlstring.h"
 
 namespace velhost {
 

@@ -1,4 +1,4 @@
-// TOML values that are a single word: numbers, dates, times, true and false.
+// TOML values that have no parts: words (numbers, dates, times, true and false) and strings.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/bmc/sim/tomlcursor.h"
 #include "host/bmc/sim/tomldocument.h"
 
 namespace velhost {
@@ -22,5 +23,9 @@ std::optional<TTomlScalar> ReadTomlScalar(std::string_view word);
 
 /// Whether the word is a date, which a time may follow after a blank.
 bool IsTomlDate(std::string_view word);
+
+/// Reads the string whose opening quote is at the cursor. The result is a view into the document: into its text, or
+/// into one of its decoded texts. A key must be on one line.
+std::string_view ReadTomlString(TTomlCursor& at, TTomlDocument& document, bool isKey);
 
 }  // namespace velhost

@@ -11,8 +11,8 @@
 #include <thread>
 
 #include "host/base/hosterror.h"
+#include "host/bmc/lan/blockingcalls.h"
 #include "host/bmc/lan/lanlink.h"
-#include "host/bmc/lan/lanworker.h"
 #include "tests/bmc/lan/scriptedmodule.h"
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"

@@ -1,10 +1,13 @@
-// Interrupts the blocking calls of a stopped run on the thread that makes them.
+// Blocking calls of a run that may be stopped: one class interrupts them on the thread that makes them, the other makes
+// them on a thread of its own, which a stopped run leaves behind.
 #pragma once
 
 #include <pthread.h>
 #include <signal.h>
 
 #include <chrono>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -59,6 +62,29 @@ class VELHOST_API TLanInterrupter {
   pthread_t caller_{};
   TClock::time_point began_;
   std::thread watcher_;
+};
+
+/// One thread, one job at a time. Opening a session cannot be interrupted everywhere, so a stopped run abandons the
+/// thread in its call instead. The thread ends with the call, which the session's time bounds; until then the job
+/// must own everything that it uses.
+class VELHOST_API TLanWorker {
+ public:
+  TLanWorker();
+  /// Waits for the thread to end unless it was abandoned.
+  ~TLanWorker();
+  TLanWorker(const TLanWorker&) = delete;
+  TLanWorker& operator=(const TLanWorker&) = delete;
+
+  /// Runs `job` and waits for it; returns true when it is over. Returns false if the run is stopped first: then
+  /// nobody waits for this or any later job, and later jobs are not run. `job` must not throw.
+  bool Run(std::function<void()> job, const TStopSignal& stop);
+
+ private:
+  struct TShared;
+  static void Serve(const std::shared_ptr<TShared>& shared);
+
+  std::shared_ptr<TShared> shared_;
+  bool leftBehind_ = false;
 };
 
 }  // namespace velhost

@@ -1,7 +1,8 @@
-// Injects faults into any service processor: completion codes, lost and truncated answers, delays.
+// Faults: as a server file describes them, and as any service processor can be made to have them. Completion codes,
+// lost and truncated answers, delays.
 #pragma once
-#include "host/base/api.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -9,10 +10,31 @@
 #include <utility>
 #include <vector>
 
+#include "host/base/api.h"
 #include "host/bmc/iserviceprocessor.h"
-#include "host/bmc/sim/serverfile.h"
 
 namespace velhost {
+
+class TTomlTable;
+
+inline constexpr std::int64_t kLongestDelayMs = 86'400'000;  ///< a day
+
+/// At most one of completionCode, lost and truncate is set; if none is, there is a delay.
+struct TFault {
+  std::optional<EExchangeKind> on;  ///< empty: any IPMI exchange
+  std::optional<int> node;          ///< BMC node, or service processor for kDot; empty: any
+  std::optional<std::int64_t> nth;  ///< from 1; empty: each
+  std::optional<std::uint8_t> completionCode;
+  bool lost = false;
+  std::optional<std::size_t> truncate;  ///< bytes of the command buffer (9 or more), or of the block
+  std::chrono::milliseconds delay{0};
+  std::uint32_t line = 0;  ///< where the file sets its effect, or the fault; 0 if not from a file
+  std::uint32_t column = 0;
+};
+
+/// Reads a [[fault]] table. Throws THostError (kMalformed), at its place, for a fault that cannot be carried out as
+/// written.
+TFault ReadFault(const TTomlTable& table);
 
 /// Every fault counts each exchange that its `on` and `node` match; the first one that is due is applied. An exchange
 /// that cannot take place is not counted: one without a driver, or with a BMC node or service processor that does not

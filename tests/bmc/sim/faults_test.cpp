@@ -1,4 +1,4 @@
-#include "host/bmc/sim/faultinjector.h"
+#include "host/bmc/sim/faults.h"
 
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"

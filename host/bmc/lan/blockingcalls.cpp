@@ -1,13 +1,12 @@
-#include "host/bmc/lan/laninterrupter.h"
+#include "host/bmc/lan/blockingcalls.h"
 
 #include <poll.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
+#include <condition_variable>
 #include <optional>
-
-#include "host/bmc/lan/signalsblocked.h"
+#include <utility>
 
 namespace velhost {
 
@@ -18,6 +17,23 @@ constexpr std::chrono::milliseconds kInterval{10};
 constexpr std::chrono::milliseconds kLook{1'000};
 
 extern "C" void InterruptNothingMore(int /*signal*/) {}
+
+/// Blocks signals in threads that are started while it lives: they inherit the mask. Signals are handled by the thread
+/// that runs the collection.
+class TSignalsBlocked {
+ public:
+  TSignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~TSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  TSignalsBlocked(const TSignalsBlocked&) = delete;
+  TSignalsBlocked& operator=(const TSignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_;
+};
 
 }  // namespace
 
@@ -75,6 +91,71 @@ bool TLanInterrupter::InterruptCall() {
   const bool due = calling_ && (stopped || TClock::now() - began_ >= longest_);
   if (due) pthread_kill(caller_, kSignal);
   return due || stopped;
+}
+
+struct TLanWorker::TShared {
+  std::mutex mutex;
+  std::condition_variable wake;
+  std::function<void()> job;
+  bool quit = false;
+  std::thread thread;
+  TEvent done;
+};
+
+TLanWorker::TLanWorker() : shared_(std::make_shared<TShared>()) {
+  const TSignalsBlocked blocked;
+  shared_->thread = std::thread([shared = shared_] { Serve(shared); });
+}
+
+TLanWorker::~TLanWorker() {
+  {
+    const std::lock_guard lock(shared_->mutex);
+    shared_->quit = true;
+  }
+  shared_->wake.notify_one();
+  if (leftBehind_) {
+    shared_->thread.detach();
+  } else {
+    shared_->thread.join();
+  }
+}
+
+void TLanWorker::Serve(const std::shared_ptr<TShared>& shared) {
+  std::unique_lock lock(shared->mutex);
+  while (true) {
+    shared->wake.wait(lock, [&shared] { return shared->job || shared->quit; });
+    if (!shared->job) return;
+    std::function<void()> job = std::exchange(shared->job, nullptr);
+    lock.unlock();
+    job();
+    // Release what the job owns before anyone learns that it is over.
+    job = nullptr;
+    shared->done.Set();
+    lock.lock();
+  }
+}
+
+bool TLanWorker::Run(std::function<void()> job, const TStopSignal& stop) {
+  if (leftBehind_ || stop.IsStopped()) return false;
+  {
+    const std::lock_guard lock(shared_->mutex);
+    shared_->job = std::move(job);
+  }
+  shared_->wake.notify_one();
+  std::array<pollfd, 2> waiters = {{{shared_->done.Descriptor(), POLLIN, 0}, {stop.Descriptor(), POLLIN, 0}}};
+  while (true) {
+    const auto left = stop.TimeLeft();
+    const int time = left ? static_cast<int>(std::min<std::chrono::milliseconds::rep>(left->count(), 3'600'000)) : -1;
+    poll(waiters.data(), waiters.size(), time);
+    if ((waiters[0].revents & POLLIN) != 0) {
+      shared_->done.Clear();
+      return true;
+    }
+    if (stop.IsStopped()) {
+      leftBehind_ = true;
+      return false;
+    }
+  }
 }
 
 }  // namespace velhost
