@@ -18,6 +18,7 @@ sources_of() {
     mof) echo host/schema/ ;;
     recording) echo host/bmc/record/{replay,recordingline}. host/base/{linereader,hex}. ;;
     serverfile) echo host/bmc/sim/{serverfile,toml,faults,simulatedserver} ;;
+    fru) echo host/bmc/lan/fru. ;;
     smbios) echo host/bmc/smbios/smbios. ;;
     commandline) echo host/velhost/{commandline,optiontable,help}. ;;
     *) echo "no such target: $1" >&2; exit 64 ;;
