@@ -31,7 +31,8 @@ class SizeLimit : public testing::Test, private IExchangeObserver {
   TIpmiOutcome Ask(int area) { return Send(*limit_, 0, QuerySize("a" + std::to_string(area))); }
   TSizeLimit& Limit() { return *limit_; }
   int Answered() const { return answered_; }
-  /// The order of events: what the observers saw, what was refused, and what the collector saw.
+  std::vector<std::string> refusals;
+  /// The order of events for observers, for the callback and for the collector.
   std::string log;
   std::vector<std::string> refusals;
 
