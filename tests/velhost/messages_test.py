@@ -64,6 +64,15 @@ class SessionThatIsNotOpened(VelhostCase):
                               env=self.environment())
         self.check_empty(done.returncode, done.stdout, done.stderr, "deadline reached")
 
+    def test_deadline_before_the_machine_type_is_known(self):
+        """The FRU inventory has not been read by then; that is no usage error."""
+        at = self.arguments.index("--machine-type")
+        arguments = self.arguments[:at] + self.arguments[at + 2:]
+        done = subprocess.run([*arguments, "--timeout", "0.3"], capture_output=True, text=True, timeout=60,
+                              env=self.environment())
+        self.check_empty(done.returncode, done.stdout, done.stderr, "deadline reached")
+        self.assertEqual(json.loads(done.stdout)["machine_type"], "")
+
     def test_interruption(self):
         process = subprocess.Popen(self.arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                    env=self.environment())
