@@ -44,6 +44,26 @@ void Identification(TJsonText& json, const std::array<std::uint8_t, 3>& bytes) {
 
 }  // namespace
 
+void AppendOrigin(TJsonText& json, const TOrigin& origin) {
+  json.Raw(R"("origin":{)");
+  json.Member("path", NameOfOriginPath(origin.path));
+  json.Raw(origin.path == EPath::kJfr ? R"(,"service_processor":)" : R"(,"node":)");
+  json.Signed(origin.owner);
+  if (origin.chip) {
+    json.Raw(R"(,"chip":)");
+    json.Signed(*origin.chip);
+  }
+  if (origin.instance) {
+    json.Raw(R"(,"instance":)");
+    json.Signed(*origin.instance);
+  }
+  if (!origin.timeRaw.empty()) {
+    json.Raw(',');
+    json.Member("time_raw", origin.timeRaw);
+  }
+  json.Raw('}');
+}
+
 void TJsonResult::NewLine() {
   if (layout_ == ELayout::kDocument) json_.Raw('\n');
 }
@@ -125,7 +145,7 @@ void TJsonResult::Instance(const TInstance& instance, const TInstanceFacts& fact
   json_.Member("key", facts.key);
   if (facts.origin) {
     json_.Raw(',');
-    Origin(*facts.origin);
+    AppendOrigin(json_, *facts.origin);
   }
   if (facts.file) File(*facts.file);
   if (!facts.missing.empty()) {
@@ -135,26 +155,6 @@ void TJsonResult::Instance(const TInstance& instance, const TInstanceFacts& fact
   }
   Properties(instance);
   if (facts.registers) Registers(instance, *facts.registers);
-  json_.Raw('}');
-}
-
-void TJsonResult::Origin(const TOrigin& origin) {
-  json_.Raw(R"("origin":{)");
-  json_.Member("path", NameOfOriginPath(origin.path));
-  json_.Raw(origin.path == EPath::kJfr ? R"(,"service_processor":)" : R"(,"node":)");
-  json_.Signed(origin.owner);
-  if (origin.chip) {
-    json_.Raw(R"(,"chip":)");
-    json_.Signed(*origin.chip);
-  }
-  if (origin.instance) {
-    json_.Raw(R"(,"instance":)");
-    json_.Signed(*origin.instance);
-  }
-  if (!origin.timeRaw.empty()) {
-    json_.Raw(',');
-    json_.Member("time_raw", origin.timeRaw);
-  }
   json_.Raw('}');
 }
 
@@ -346,7 +346,7 @@ void TJsonResult::Unread(const TUnread& unread, const TPlanTurns& turns) {
   json_.Raw(',');
   json_.Member("key", turns.Key(unread.turn, unread.place));
   json_.Raw(',');
-  Origin(turns.Origin(unread.turn, unread.place));
+  AppendOrigin(json_, turns.Origin(unread.turn, unread.place));
   json_.Raw(',');
   json_.Member("code", NameOfUnread(unread.code));
   json_.Raw('}');

@@ -12,6 +12,9 @@
 
 namespace velhost {
 
+/// `"origin":{...}`, wherever a place has one.
+void AppendOrigin(TJsonText& json, const TOrigin& origin);
+
 /// Writes what `json` and `jsonl` have in common.
 class TJsonResult {
  public:
@@ -41,7 +44,6 @@ class TJsonResult {
   void Server(const TSourceFacts& source);
   void Plugin(const TPluginFacts& plugin);
   void Schema(const TSchemaFacts& schema);
-  void Origin(const TOrigin& origin);
   void File(const TFileFacts& file);
   void Missing(const TMissing& missing);
   void Where(const TWhere& where);

@@ -11,6 +11,7 @@
 
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"
+#include "host/output/jsonresult.h"
 #include "host/output/jsontext.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"
@@ -150,9 +151,9 @@ class TPlanJson {
   void Instance(const TReachedTurn& turn, TPlace place) {
     json_.Raw("{");
     json_.Member("key", turns_.Key(turn.number, place));
-    json_.Raw(R"(,"origin":{)");
-    Origin(turns_.Origin(turn.number, place));
-    json_.Raw(R"(},"reads":[)");
+    json_.Raw(",");
+    AppendOrigin(json_, turns_.Origin(turn.number, place));
+    json_.Raw(R"(,"reads":[)");
     bool isFirst = true;
     ForEachRead(turn.planned, [&](const std::string& property, const TWhere& where) {
       json_.Raw(isFirst ? "{" : ",{");
@@ -161,12 +162,6 @@ class TPlanJson {
       json_.Raw("}");
     });
     json_.Raw("]}");
-  }
-  void Origin(const TOrigin& origin) {
-    json_.Member("path", NameOfOriginPath(origin.path));
-    Number(origin.path == EPath::kJfr ? "service_processor" : "node", origin.owner);
-    if (origin.chip) Number("chip", *origin.chip);
-    if (origin.instance) Number("instance", *origin.instance);
   }
   void Read(const std::string& property, const TWhere& where) {
     json_.Member("property", property);
