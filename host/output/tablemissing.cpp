@@ -9,7 +9,6 @@
 #include <map>
 
 #include "host/base/displaywidth.h"
-#include "host/base/text.h"
 #include "host/base/unsafetext.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"
@@ -72,12 +71,13 @@ class TFailures {
   std::string Of(const TSubject& subject) const {
     const auto found = endings_.find(subject);
     if (found == endings_.end()) return {};
-    std::vector<std::string> texts;
+    std::string text;
     for (const TEnding& ending : found->second) {
-      const std::string count = ending.count == 1 ? std::string() : fmt::format("{} x ", ending.count);
-      texts.push_back(fmt::format("{}{}: {}", count, NameOfKind(ending.kind), HowText(ending.how)));
+      if (!text.empty()) text += "; ";
+      if (ending.count > 1) text += fmt::format("{} x ", ending.count);
+      text += fmt::format("{}: {}", NameOfKind(ending.kind), HowText(ending.how));
     }
-    return Listed(texts, "; ");
+    return text;
   }
   std::vector<TSubject> Others() const {
     std::vector<TSubject> others;

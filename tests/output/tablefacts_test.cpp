@@ -226,13 +226,15 @@ TEST_F(TableFacts, AnUnplacedInstanceIsNumbered) {
 TEST_F(TableFacts, UnreadInstancesSayWhichExchangesFailed) {
   const TExchangeFailure lost = Failed(0, EExchangeKind::kRegister, {EHow::kLost, 0});
   const TExchangeFailure refused = Failed(0, EExchangeKind::kRegister, {EHow::kCompletionCode, 0xC3});
+  const TExchangeFailure cut = Failed(0, EExchangeKind::kRegister, {EHow::kShort, 9});
   TExchangeFailure elsewhere = lost;
   elsewhere.place.number = 1;
-  EXPECT_EQ(Sections(Summary({{0, {0, 0}, EUnread::kRegisterUnread}}, {lost, refused, lost, elsewhere})),
+  EXPECT_EQ(Sections(Summary({{0, {0, 0}, EUnread::kRegisterUnread}}, {lost, refused, lost, cut, elsewhere})),
             "Unread\n"
             "  KROSG_A\n"
             "    node0/instance0  no register was read; 2 x register: lost: no answer;\n"
-            "                     register: 0xC3 timeout while processing command\n"
+            "                     register: 0xC3 timeout while processing command; register:\n"
+            "                     9 bytes came\n"
             "\n");
 }
 

@@ -37,8 +37,9 @@ def main():
     for path in sys.argv[2:]:
         try:
             for document in documents(path):
-                for error in validator.iter_errors(document):
-                    print(f"{path}: {error.json_path}: {error.message}")
+                error = jsonschema.exceptions.best_match(validator.iter_errors(document))
+                if error is not None:
+                    print(f"{path}: {error.json_path}: {error.message[:1000]}")
                     failed = True
         except ValueError as error:
             print(f"{path}: {error}")
