@@ -18,6 +18,7 @@ namespace velhost {
 namespace {
 
 constexpr std::size_t kIndent = 4;
+constexpr std::size_t kLeastReason = 20;
 
 std::size_t TextColumn(const std::vector<TMissingLine>& lines, std::size_t width) {
   std::size_t longest = 0;
@@ -25,10 +26,39 @@ std::size_t TextColumn(const std::vector<TMissingLine>& lines, std::size_t width
   return std::min(kIndent + longest + 2, width / 2);
 }
 
+// The columns that the lines of a class take for what is missing and where it is.
+struct TWidths {
+  std::size_t what = 0;
+  std::size_t where = 0;
+};
+
+std::map<std::string, TWidths> WidthsOf(const std::vector<TMissingLine>& lines) {
+  std::map<std::string, TWidths> widths;
+  for (const TMissingLine& line : lines) {
+    TWidths& ofClass = widths[line.className];
+    ofClass.what = std::max(ofClass.what, ColumnsOf(line.what));
+    ofClass.where = std::max(ofClass.where, ColumnsOf(line.where));
+  }
+  return widths;
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+  if (width == 0) return {};
+  const std::size_t columns = ColumnsOf(text);
+  return text + std::string(columns < width ? width - columns + 2 : 2, ' ');
+}
+
+// In columns if they leave room for the reason, else one after the other.
+std::string TextOf(const TMissingLine& line, TWidths widths, std::size_t room) {
+  if (widths.what + widths.where + kLeastReason > room) widths = {ColumnsOf(line.what), ColumnsOf(line.where)};
+  return Padded(line.what, widths.what) + Padded(line.where, widths.where) + line.why;
+}
+
 // Writes a section of the lines, what failed before what is absent, under their classes.
 void WriteLines(TTableLayout& layout, std::string_view title, const std::vector<TMissingLine>& lines) {
   if (lines.empty()) return;
   const std::size_t column = TextColumn(lines, layout.Width());
+  const auto widths = WidthsOf(lines);
   layout.Line(title, EEmphasis::kHeading);
   for (const bool absent : {false, true}) {
     const std::string* className = nullptr;
@@ -36,7 +66,8 @@ void WriteLines(TTableLayout& layout, std::string_view title, const std::vector<
       if (line.isAbsent != absent) continue;
       if (className == nullptr || *className != line.className) layout.Paragraph(2, line.className);
       className = &line.className;
-      layout.Row(kIndent, line.place, column, line.text, absent ? EEmphasis::kNone : EEmphasis::kFailure);
+      const std::string text = TextOf(line, widths.at(line.className), layout.Width() - column);
+      layout.Row(kIndent, line.place, column, text, absent ? EEmphasis::kNone : EEmphasis::kFailure);
     }
   }
   layout.BlankLine();
@@ -137,9 +168,8 @@ std::string UnreadText(const TUnread& unread, const TFailures& failures) {
 void TMissingList::Add(const std::string& className, const TInstanceFacts& facts) {
   const std::string place = SafeText(PlaceInKey(facts.key));
   for (const TMissing& missing : facts.missing) {
-    const std::string where = WhereText(missing.where);
-    const std::string name = SafeText(missing.property) + (where.empty() ? "" : "  " + where);
-    lines_.push_back({SafeText(className), place, name + "  " + WhyText(missing), IsAbsent(missing)});
+    lines_.push_back({SafeText(className), place, SafeText(missing.property), WhereText(missing.where),
+                      WhyText(missing), IsAbsent(missing)});
   }
 }
 
@@ -152,12 +182,13 @@ void WriteUnread(TTableLayout& layout, const TResultSummary& summary) {
   lines.reserve(summary.unread.size());
   for (const TUnread& unread : summary.unread) {
     lines.push_back({SafeText(turns.ClassName(unread.turn)), SafeText(PlaceInKey(turns.Key(unread.turn, unread.place))),
-                     UnreadText(unread, failures), unread.code == EUnread::kAbsent});
+                     "", "", UnreadText(unread, failures), unread.code == EUnread::kAbsent});
   }
   WriteLines(layout, "Unread", lines);
   lines.clear();
   for (const TSubject& other : failures.Others()) {
-    lines.push_back({SafeText(turns.ClassName(other.turn)), fmt::format("node {}", other.owner), failures.Of(other)});
+    lines.push_back(
+        {SafeText(turns.ClassName(other.turn)), fmt::format("node {}", other.owner), "", "", failures.Of(other)});
   }
   WriteLines(layout, "Other failed exchanges", lines);
 }

@@ -15,7 +15,9 @@ namespace velhost {
 struct TMissingLine {
   std::string className;
   std::string place;
-  std::string text;
+  std::string what;   ///< the property; empty for an instance
+  std::string where;  ///< its address or index; may be empty
+  std::string why;
   bool isAbsent = false;  ///< there was nothing to read
 };
 
