@@ -99,10 +99,10 @@ class Result:
             self.reasons[name].update(self.books[turn.number].reasons)
         if turn.named and turn.of.why:
             self.reasons[name]["not-served"] += 1
-        elif self.is_cut_off(turn):
-            after_files = "the collector ends a request at KROSG_DCAPFile"
-            self.add_note(name, "not-collected",
-                          "the request ended before it" if self.has_failed_before(turn) else after_files)
+        elif not turn.reached:
+            self.add_note(name, "not-collected", "the collector ends a request at KROSG_DCAPFile")
+        elif self.has_failed_before(turn):
+            self.add_note(name, "not-collected", "the request ended before it")
 
     def is_cut_off(self, turn):
         """Whether the request was over before the class: after the capture files or a failure."""

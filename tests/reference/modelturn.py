@@ -264,6 +264,6 @@ class TurnBook:
             failed = how_read_failed(exchange, size)
             self.fail(exchange, failed, property="ErrRawData")
             offset, brought = span_of(exchange)[0], bytes_brought(exchange)
-            if failed and not missing:
+            if failed and not missing and offset + brought < size:
                 missing = [{"property": "ErrRawData", "offset": offset + brought, **failed}]
         return missing, sum(bytes_brought(exchange) for exchange in reads)

@@ -298,10 +298,10 @@ class CaptureTest(unittest.TestCase):
              "message": "1 of 3 capture files is missing or incomplete"}])
 
     def test_refused_read_of_an_empty_file(self):
-        """The size may be wrong, so a file that could not be read is not whole."""
-        _, file, missing = self.file("", [{"on": "read", "completion_code": 0xC3}])
-        self.assertEqual((file["reported_size"], missing),
-                         (0, [{"property": "ErrRawData", "offset": 0, "completion_code": 195}]))
+        """The read has failed, but there is no byte that did not come."""
+        document, file, missing = self.file("", [{"on": "read", "completion_code": 0xC3}])
+        self.assertEqual((file["reported_size"], missing, document["status"]), (0, None, "complete"))
+        self.assertEqual([one["kind"] for one in document["exchanges"]["failed"]], ["read", "open", "open"])
 
     def test_cut_read_in_the_middle(self):
         # 19 bytes in all are 10 of data: manufacturer, count, five bytes. The rest of the file comes.
