@@ -338,12 +338,9 @@ def plan_document(plan):
 
 
 def class_of_plan(plan, turn):
-    places = plan.places(turn)
-    if turn.of.path == JFR and not plan.blocks or turn.of.path == CAPTURE and not plan.driver:
-        places = []
     result = {"class": turn.of.cls.name,
               "instances": [{"key": turn.key(place), "origin": turn.origin(place), "reads": reads_of(turn.of)}
-                            for place in places]}
+                            for place in plan.places(turn)]}
     if turn.of.path:
         result["path"] = turn.of.path
     return result
