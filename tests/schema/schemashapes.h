@@ -102,8 +102,10 @@ inline const std::vector<TSchemaShape> kSchemaShapes = {
      }},
     {"unread-classes",
      [](int n) {
+       // Names of one length: how long a search for the nearest name takes depends on it.
        return "qualifier Index : uint16, scope(property);\n" + Repeated(n, [](auto& i) {
-                return "class KROSG_T4_MEMCTL_StatisticData" + i + " { [Index(1)] uint8 a[]; };\n";
+                return "class KROSG_T4_MEMCTL_StatisticData" + std::string(6 - i.size(), '0') + i +
+                       " { [Index(1)] uint8 a[]; };\n";
               });
      }},
     {"comments", [](int n) { return Repeated(n, [](auto&) { return "// a line\n/* a * block ** */"; }); }},
