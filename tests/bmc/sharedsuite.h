@@ -63,45 +63,42 @@ TEST_P(ServiceProcessorSuite, CountsNodesAndHasTheDriver) {
 }
 
 TEST_P(ServiceProcessorSuite, ReadsARegister) {
-  ExpectAnswer(Ask(0, ReadRegister(7, 0xABCDEF)), 0x00,
+  ExpectAnswer(Ask(0, Register(7, 0xABCDEF)), 0x00,
                {0xA1, 0xA2, 0xA3, 0xA4, 0xA5, 0xA6, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08});
 }
 
 TEST_P(ServiceProcessorSuite, ReadsTheRegisterOfTheRequestedNode) {
-  ExpectAnswer(Ask(1, ReadRegister(7, 0xABCDEF)), 0x00,
-               {0, 0, 0, 0, 0, 0, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18});
+  ExpectAnswer(Ask(1, Register(7, 0xABCDEF)), 0x00, {0, 0, 0, 0, 0, 0, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18});
 }
 
 TEST_P(ServiceProcessorSuite, SaysThatARegisterIsAbsent) {
-  ExpectAnswer(Ask(0, ReadRegister(6, 0xABCDEF)), 0xCB, {});
-  ExpectAnswer(Ask(0, ReadRegister(7, 0xABCDEE)), 0xCB, {});
+  ExpectAnswer(Ask(0, Register(6, 0xABCDEF)), 0xCB, {});
+  ExpectAnswer(Ask(0, Register(7, 0xABCDEE)), 0xCB, {});
 }
 
-TEST_P(ServiceProcessorSuite, ReadsTheTimestamp) {
-  ExpectAnswer(Ask(0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
-}
+TEST_P(ServiceProcessorSuite, ReadsTheTimestamp) { ExpectAnswer(Ask(0, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78}); }
 
-TEST_P(ServiceProcessorSuite, SaysThatTheTimestampIsAbsent) { ExpectAnswer(Ask(1, ReadTimestamp()), 0xCB, {}); }
+TEST_P(ServiceProcessorSuite, SaysThatTheTimestampIsAbsent) { ExpectAnswer(Ask(1, Timestamp()), 0xCB, {}); }
 
 TEST_P(ServiceProcessorSuite, OpensSizesReadsAndClosesAnArea) {
-  ExpectAnswer(Ask(0, OpenArea("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x00, 0x00});
-  ExpectAnswer(Ask(0, QuerySize("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0x0D, 0x00, 0x00, 0x00});
-  ExpectAnswer(Ask(0, ReadArea(2, 0, 10)), 0x00,
+  ExpectAnswer(Ask(0, Open("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x00, 0x00});
+  ExpectAnswer(Ask(0, Size("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0x0D, 0x00, 0x00, 0x00});
+  ExpectAnswer(Ask(0, Read(2, 0, 10)), 0x00,
                {0x39, 0x30, 0x00, 0x0A, 0x00, 0x0A, 0xFF, 0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07});
-  ExpectAnswer(Ask(0, ReadArea(2, 10, 10)), 0x00, {0x39, 0x30, 0x00, 0x03, 0x00, 0x08, 0x09, 0x0B});
-  ExpectAnswer(Ask(0, ReadArea(2, 13, 10)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
-  ExpectAnswer(Ask(0, CloseArea(2)), 0x00, {0x39, 0x30, 0x00});
+  ExpectAnswer(Ask(0, Read(2, 10, 10)), 0x00, {0x39, 0x30, 0x00, 0x03, 0x00, 0x08, 0x09, 0x0B});
+  ExpectAnswer(Ask(0, Read(2, 13, 10)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
+  ExpectAnswer(Ask(0, Close(2)), 0x00, {0x39, 0x30, 0x00});
 }
 
 TEST_P(ServiceProcessorSuite, ReadsNothingOfAnEmptyArea) {
-  ExpectAnswer(Ask(0, QuerySize("ioh_err")), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00});
-  ExpectAnswer(Ask(0, ReadArea(1, 0, 10)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
+  ExpectAnswer(Ask(0, Size("ioh_err")), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00, 0x00, 0x00});
+  ExpectAnswer(Ask(0, Read(1, 0, 10)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
 }
 
 TEST_P(ServiceProcessorSuite, SaysThatAnAreaIsAbsent) {
-  ExpectAnswer(Ask(0, OpenArea("zyn_err")), 0xCB, {0x39, 0x30, 0x00});
-  ExpectAnswer(Ask(0, QuerySize("zyn_err")), 0xCB, {0x39, 0x30, 0x00});
-  ExpectAnswer(Ask(0, ReadArea(3, 0, 10)), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(Ask(0, Open("zyn_err")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(Ask(0, Size("zyn_err")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(Ask(0, Read(3, 0, 10)), 0xCB, {0x39, 0x30, 0x00});
 }
 
 TEST_P(ServiceProcessorSuite, RefusesUnknownCommands) {
@@ -110,13 +107,13 @@ TEST_P(ServiceProcessorSuite, RefusesUnknownCommands) {
 }
 
 TEST_P(ServiceProcessorSuite, ClearsTheRequestAfterTheAnswer) {
-  wire::TCommandBuffer request = ReadTimestamp();
+  wire::TCommandBuffer request = Timestamp();
   for (std::size_t i = 9; i < wire::TCommandBuffer::kSize; ++i) request[i] = 0x5A;
   ExpectAnswer(Ask(0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
 TEST_P(ServiceProcessorSuite, KeepsTheBytesThatAreNotPartOfTheAnswer) {
-  wire::TCommandBuffer request = ReadTimestamp();
+  wire::TCommandBuffer request = Timestamp();
   request[0] = 0x42;
   request[6] = 0x61;
   request[7] = 0x62;
@@ -125,14 +122,14 @@ TEST_P(ServiceProcessorSuite, KeepsTheBytesThatAreNotPartOfTheAnswer) {
 }
 
 TEST_P(ServiceProcessorSuite, GivesNoAnswerForANodeThatDoesNotExist) {
-  ExpectNoAnswer(Ask(2, ReadTimestamp()));
-  ExpectNoAnswer(Ask(-1, ReadTimestamp()));
+  ExpectNoAnswer(Ask(2, Timestamp()));
+  ExpectNoAnswer(Ask(-1, Timestamp()));
 }
 
 TEST_P(ServiceProcessorSuite, GivesNoAnswerOnceTheRunIsStopped) {
   TStopSignal stop;
   stop.RequestStop();
-  ExpectNoAnswer(Send(Processor(), 0, ReadTimestamp(), stop));
+  ExpectNoAnswer(Send(Processor(), Timestamp(), stop));
 }
 
 TEST_P(ServiceProcessorSuite, TakesNoDotCommands) {

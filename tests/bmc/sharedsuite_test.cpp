@@ -51,7 +51,7 @@ class TReplayed : public IServiceProcessor {
 
   /// A recording begins with its first exchange.
   TDiscovery Discover() override {
-    SendIpmi(TIpmiRequest(0, ReadTimestamp()), TStopSignal());
+    SendIpmi(TIpmiRequest(0, Timestamp()), TStopSignal());
     return Replayed()->Discover();
   }
 

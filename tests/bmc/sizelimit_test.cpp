@@ -28,10 +28,9 @@ class SizeLimit : public testing::Test, private IExchangeObserver {
       log += "refused; ";
     });
   }
-  TIpmiOutcome Ask(int area) { return Send(*limit_, 0, QuerySize("a" + std::to_string(area))); }
+  TIpmiOutcome Ask(int area) { return Send(*limit_, Size("a" + std::to_string(area))); }
   TSizeLimit& Limit() { return *limit_; }
   int Answered() const { return answered_; }
-  std::vector<std::string> refusals;
   /// The order of events for observers, for the callback and for the collector.
   std::string log;
   std::vector<std::string> refusals;
@@ -95,9 +94,9 @@ TEST_F(SizeLimit, CountsTheAreasOfARequestTogether) {
 
 TEST_F(SizeLimit, LeavesOtherAnswersAlone) {
   With({"2147483647"});
-  ExpectAnswer(Send(Limit(), 0, OpenArea("a0")), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x00, 0x00});
-  ExpectAnswer(Send(Limit(), 0, QuerySize("none")), 0xCB, {0x39, 0x30, 0x00});
-  ExpectNoAnswer(Send(Limit(), 1, QuerySize("a0")));
+  ExpectAnswer(Send(Limit(), Open("a0")), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x00, 0x00});
+  ExpectAnswer(Send(Limit(), Size("none")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectNoAnswer(Send(Limit(), 1, Size("a0")));
   EXPECT_TRUE(refusals.empty());
 }
 

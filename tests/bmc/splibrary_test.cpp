@@ -31,7 +31,7 @@ timestamp = "9a bc de f0"
 
   /// Sends the timestamp request in a buffer of `capacity` bytes, followed by guard bytes.
   bool AskTimestamp(int capacity, int node = 0) {
-    const wire::TCommandBuffer request = ReadTimestamp();
+    const wire::TCommandBuffer request = Timestamp();
     buffer_ = TBytes(request.Data(), request.Data() + wire::TCommandBuffer::kSize);
     buffer_.resize(static_cast<std::size_t>(std::max(capacity, 0)), 0xEE);
     buffer_.resize(buffer_.size() + 4, 0xEE);
@@ -149,7 +149,7 @@ TEST_F(Library, PassesTheStopSignalOn) {
 }
 
 TEST_F(Library, AcceptsALengthByteThatReachesPastTheBuffer) {
-  wire::TCommandBuffer request = ReadTimestamp();
+  wire::TCommandBuffer request = Timestamp();
   request[5] = 0xFF;
   ExpectAnswer(Send(server_, 0, request), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
@@ -249,8 +249,8 @@ TEST_F(Library, TellsObserversOfEachExchange) {
   TNotes notes;
   TSupervisedServiceProcessor supervised(server_);
   supervised.AddObserver(notes);
-  Send(supervised, 1, ReadTimestamp());
-  Send(supervised, 2, ReadTimestamp());
+  Send(supervised, 1, Timestamp());
+  Send(supervised, 2, Timestamp());
   SendDot(supervised, 0, BlockCommand(4096), 6);
   SendDot(supervised, 1, BlockCommand(4096), 6);
   EXPECT_EQ(notes.text,
@@ -267,7 +267,7 @@ TEST_F(Library, SupervisionRefusesExchangesOnceTheRunIsStopped) {
   supervised.AddObserver(notes);
   TStopSignal stop;
   stop.RequestStop();
-  ExpectNoAnswer(Send(supervised, 0, ReadTimestamp(), stop));
+  ExpectNoAnswer(Send(supervised, Timestamp(), stop));
   ExpectNoAnswer(SendDot(supervised, 0, BlockCommand(4096), 6, stop));
   EXPECT_EQ(deaf.reached, 0);
   EXPECT_EQ(notes.text, "ipmi 0 111 not sent refused\ndot 0 not sent refused\n");
@@ -285,7 +285,7 @@ TEST_F(Library, SupervisionPassesOnWhyThereIsNoAnswer) {
   TNotes notes;
   TSupervisedServiceProcessor supervised(decorator);
   supervised.AddObserver(notes);
-  Send(supervised, 2, ReadTimestamp());
+  Send(supervised, 2, Timestamp());
   SendDot(supervised, 1, BlockCommand(4096), 6);
   EXPECT_EQ(notes.text, "ipmi 2 111 not recorded\ndot 1 not recorded\n");
 }
@@ -304,12 +304,12 @@ TEST(DotCommand, KeepsCopiesAndReadsNothingFromNullOrNegativeLengths) {
 EExchangeKind KindOf(const wire::TCommandBuffer& request) { return KindOfRequest(TIpmiRequest(0, request)); }
 
 TEST(ExchangeKind, IsReadFromTheRequest) {
-  EXPECT_EQ(KindOf(ReadRegister(0, 0)), EExchangeKind::kRegister);
-  EXPECT_EQ(KindOf(ReadTimestamp()), EExchangeKind::kTimestamp);
-  EXPECT_EQ(KindOf(OpenArea("x")), EExchangeKind::kOpen);
-  EXPECT_EQ(KindOf(QuerySize("x")), EExchangeKind::kSize);
-  EXPECT_EQ(KindOf(ReadArea(1, 0, 10)), EExchangeKind::kRead);
-  EXPECT_EQ(KindOf(CloseArea(1)), EExchangeKind::kClose);
+  EXPECT_EQ(KindOf(Register(0, 0)), EExchangeKind::kRegister);
+  EXPECT_EQ(KindOf(Timestamp()), EExchangeKind::kTimestamp);
+  EXPECT_EQ(KindOf(Open("x")), EExchangeKind::kOpen);
+  EXPECT_EQ(KindOf(Size("x")), EExchangeKind::kSize);
+  EXPECT_EQ(KindOf(Read(1, 0, 10)), EExchangeKind::kRead);
+  EXPECT_EQ(KindOf(Close(1)), EExchangeKind::kClose);
   EXPECT_EQ(KindOf(Request(0x3A, 0x90, {})), EExchangeKind::kOther);
   EXPECT_EQ(KindOf(Request(0x2E, 0x62, {0x39, 0x30, 0x00, 0x01})), EExchangeKind::kOther);
   EXPECT_EQ(KindOf(Request(0x2E, 0x90, {0x39, 0x31, 0x00, 0x01})), EExchangeKind::kOther);

@@ -54,7 +54,7 @@ TEST(NoDriver, IsOneNodeWithoutDriver) {
   const auto processor = OpenInband({""}, Smbios());
   EXPECT_EQ(processor->Discover().bmcNodes, 1);
   EXPECT_FALSE(processor->Discover().ipmiDriver);
-  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(*processor, Timestamp()));
 }
 
 TEST(NoDriver, NamedDeviceCannotBeReached) {
@@ -67,8 +67,8 @@ TEST(NoDriver, NamedDeviceCannotBeReached) {
 TEST(Driver, NamedDevicesAreNodesInOrder) {
   const auto processor = OpenInband({"/dev/ipmi1", "/dev/ipmi0"}, Smbios());
   EXPECT_EQ(processor->Discover().bmcNodes, 2);
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xCB, {});
-  ExpectAnswer(Send(*processor, 1, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, Timestamp()), 0xCB, {});
+  ExpectAnswer(Send(*processor, 1, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
 TEST(Driver, StandardCommandsAlsoWork) {
@@ -82,8 +82,8 @@ TEST(Driver, StandardCommandsAlsoWork) {
 TEST(Driver, ManyExchangesKeepAnswersAndRequestsTogether) {
   const auto processor = OpenInband({"/dev/ipmi0"}, Smbios());
   for (int i = 0; i < 200 && !HasFailure(); ++i) {
-    ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
-    ExpectAnswer(Send(*processor, 0, CloseArea(2)), 0x00, {0x39, 0x30, 0x00});
+    ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+    ExpectAnswer(Send(*processor, Close(2)), 0x00, {0x39, 0x30, 0x00});
   }
 }
 

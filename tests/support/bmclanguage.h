@@ -1,4 +1,4 @@
-// The test language for service processors: servers, exchanges, answers.
+// What a service processor answers to the requests of steps.h, and servers from the texts of their files.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
-#include "host/base/hosterror.h"
 #include "host/base/sourcereader.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/serverfile.h"
+#include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
-#include "tests/support/requests.h"
+#include "tests/support/steps.h"
 
 namespace tests {
 
@@ -40,6 +40,12 @@ inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCo
 inline TIpmiOutcome Send(IServiceProcessor& processor, int node, const wire::TCommandBuffer& request) {
   const TStopSignal never;
   return Send(processor, node, request, never);
+}
+
+/// The request of a step, to its node.
+inline TIpmiOutcome Send(IServiceProcessor& processor, const TStep& step) { return Send(processor, step.target, step); }
+inline TIpmiOutcome Send(IServiceProcessor& processor, const TStep& step, const TStopSignal& stop) {
+  return Send(processor, step.target, step, stop);
 }
 
 /// Expects this completion code and data, and around them what every answer has.
@@ -112,19 +118,6 @@ inline TServerFile ServerFrom(const std::string& text) {
   TMemoryReader reader;
   reader.Add("server.toml", text);
   return ReadFrom("server.toml", reader);
-}
-
-/// The message of the THostError that `action` throws, which must be of this kind.
-template <typename TAction>
-std::string MessageOf(TAction action, EFailure kind = EFailure::kMalformed) {
-  try {
-    action();
-  } catch (const THostError& error) {
-    EXPECT_EQ(error.Kind(), kind);
-    return error.what();
-  }
-  ADD_FAILURE() << "nothing was thrown";
-  return {};
 }
 
 }  // namespace tests

@@ -43,6 +43,20 @@ void ExpectHostError(velhost::EFailure kind, const std::string& message, const T
   }
 }
 
+/// The message of the THostError that `action` throws, which must be of this kind; for a message that is not expected
+/// as a whole.
+template <typename TAction>
+std::string MessageOf(const TAction& action, velhost::EFailure kind = velhost::EFailure::kMalformed) {
+  try {
+    action();
+  } catch (const velhost::THostError& error) {
+    EXPECT_EQ(error.Kind(), kind);
+    return error.what();
+  }
+  ADD_FAILURE() << "nothing was thrown";
+  return {};
+}
+
 /// The type that a null pointer should have pointed to, taken from the assertion that ends the operation.
 template <typename TOperation>
 std::string PointeeOfAssertion(const TOperation& operation) {

@@ -16,7 +16,7 @@ class Inband : public testing::Test {
   Inband() : driver_(std::make_shared<TScriptedDriver>()) { driver_->AddDevice("/dev/ipmi0").AddDevice("/dev/ipmi1"); }
 
   TIpmiOutcome Ask(int node, const wire::TCommandBuffer& request) { return Send(Processor(), node, request, stop_); }
-  TIpmiOutcome AskRegister(int node = 0) { return Ask(node, ReadRegister(0x07, 0x345678)); }
+  TIpmiOutcome AskRegister(int node = 0) { return Ask(node, Register(0x07, 0x345678)); }
   TInbandServiceProcessor& Processor() {
     if (!processor_) {
       processor_ =
@@ -33,7 +33,7 @@ class Inband : public testing::Test {
 
 TEST_F(Inband, SendsTheRequestsBytesToTheSystemInterface) {
   driver_->Answer(1, {0x00});
-  wire::TCommandBuffer request = ReadRegister(0x07, 0x345678);
+  wire::TCommandBuffer request = Register(0x07, 0x345678);
   request[3] = 0x02;
   ExpectAnswer(Ask(1, request), 0x00, {});
   ASSERT_EQ(driver_->Sent().size(), 1U);
@@ -76,7 +76,7 @@ TEST_F(Inband, LongerAnswerIsCut) {
 
 TEST_F(Inband, RequestHasNoMoreThanTheBufferHolds) {
   driver_->Answer(1, {0x00});
-  wire::TCommandBuffer request = ReadTimestamp();
+  wire::TCommandBuffer request = Timestamp();
   request[5] = 0xFF;
   ExpectAnswer(Ask(0, request), 0x00, {});
   EXPECT_EQ(driver_->Sent().front().data.size(), 247U);

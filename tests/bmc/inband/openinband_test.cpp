@@ -28,7 +28,7 @@ class InbandOpening : public testing::Test {
   }
   /// The node's descriptor in the driver.
   int DescriptorOf(IServiceProcessor& processor, int node) {
-    Send(processor, node, ReadTimestamp());
+    Send(processor, node, Timestamp());
     return driver_->Sent().back().descriptor;
   }
   void ExpectError(const std::vector<std::string>& devices, const TSystemSmbios& smbios, EFailure kind,
@@ -84,7 +84,7 @@ TEST_F(InbandOpening, DeclaredDeviceWithoutDriverIsOneNodeThatNeverAnswers) {
   const auto processor = Open({""}, kDeclared);
   EXPECT_EQ(processor->Discover().bmcNodes, 1);
   EXPECT_FALSE(processor->Discover().ipmiDriver);
-  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(*processor, Timestamp()));
 }
 
 TEST_F(InbandOpening, DeclarationAddsNoNodeToDevices) {

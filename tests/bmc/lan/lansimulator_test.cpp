@@ -142,10 +142,10 @@ TEST_F(LanSimulator, SessionHasTheRequestedPrivilegeLevel) {
   // ipmi_sim reserves these commands for administrators.
   for (const auto level : {ELanPrivilege::kUser, ELanPrivilege::kOperator}) {
     options_.privilege = level;
-    ExpectAnswer(Send(*Open(), 0, ReadTimestamp()), 0xD4, {});
+    ExpectAnswer(Send(*Open(), Timestamp()), 0xD4, {});
   }
   options_.privilege = ELanPrivilege::kAdmin;
-  ExpectAnswer(Send(*Open(), 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*Open(), Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
 TEST_F(LanSimulator, NoAnswerIsReportedByTheDeadline) {
@@ -157,10 +157,10 @@ TEST_F(LanSimulator, NoAnswerIsReportedByTheDeadline) {
 TEST_F(LanSimulator, BmcThatDiesDuringTheRunCostsNoMoreThanTheDeadline) {
   Serve();
   const auto processor = Open();
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
   EXPECT_EQ(simulator_->End(SIGTERM), 0);
   stop_.SetDeadline(TStopSignal::TClock::now() + milliseconds(100));
-  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp(), stop_));
+  ExpectNoAnswer(Send(*processor, Timestamp(), stop_));
 }
 
 TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
@@ -169,9 +169,9 @@ TEST_F(LanSimulator, SlowCommandIsCarriedOutOnce) {
       "[[fault]]\non = \"timestamp\"\nnth = 1\ndelay_ms = 1200\n"
       "[[fault]]\non = \"timestamp\"\nnth = 2\ncompletion_code = 0xC3\n");
   const auto processor = Open();
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0xC3, {});
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, Timestamp()), 0xC3, {});
+  ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
 }
 
 TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
@@ -182,7 +182,7 @@ TEST_F(LanSimulator, SweepKeepsAnswersAndRequestsTogether) {
     const int high = i >> 8;
     const int low = i & 0xFF;
     const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
-    ExpectAnswer(Send(*processor, 0, ReadRegister(0, static_cast<std::uint32_t>(high << 8 | low))), 0x00,
+    ExpectAnswer(Send(*processor, Register(0, static_cast<std::uint32_t>(high << 8 | low))), 0x00,
                  {0, 0, 0, 0, 0, 0, byte(low), byte(high ^ 0x11), 0x22, byte(low ^ 0x33), byte(high ^ 0x44), 0x55,
                   byte(low ^ 0x66), byte(high ^ 0x77)});
   }

@@ -53,7 +53,7 @@ TEST_P(LanStrangers, StrangersDatagramsCauseNoRetransmission) {
   };
   const auto processor = Open();
   for (int request = 1; request <= 3; ++request) {
-    ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+    ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
     EXPECT_EQ(bmc_.Requests(), request);
   }
 }
@@ -64,7 +64,7 @@ TEST_P(LanStrangers, EmptyDatagramsFromTheBmcsAddressCauseNoRetransmission) {
     return true;
   };
   const auto processor = Open();
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
   EXPECT_EQ(bmc_.Requests(), 1);
 }
 
@@ -72,7 +72,7 @@ TEST_P(LanStrangers, AnswerToAnotherCommandIsLostAndReported) {
   bmc_.commandError = 1;
   const auto processor = Open();
   notices_.clear();
-  ExpectNoAnswer(Send(*processor, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(*processor, Timestamp()));
   EXPECT_THAT(notices_,
               ElementsAre(std::pair(ELanNotice::kWarning,
                                     Name() + ": an answer to a command other than the one requested was ignored")));
@@ -109,7 +109,7 @@ TEST_P(LanStrangers, PasswordIsNotInMemoryAfterTheSession) {
   Wipe(password);
   ASSERT_FALSE(search.Places().empty());
   auto processor = Open();
-  ExpectAnswer(Send(*processor, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
+  ExpectAnswer(Send(*processor, Timestamp()), 0x00, {0x12, 0x34, 0x56, 0x78});
   processor.reset();
   options_.password = TSecret();
   EXPECT_THAT(search.Places(), IsEmpty());

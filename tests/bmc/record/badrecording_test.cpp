@@ -245,8 +245,8 @@ TEST(BadRecording, LimitsTheMemoryOfALine) {
 
 TEST(BadRecording, MayBeMissing) {
   TMemoryReader reader;
-  EXPECT_EQ(MessageOf([&] { TReplay::Open("none.jsonl", reader); }, EFailure::kAbsent),
-            "cannot open none.jsonl: No such file or directory");
+  ExpectHostError(EFailure::kAbsent, "cannot open none.jsonl: No such file or directory",
+                  [&] { TReplay::Open("none.jsonl", reader); });
 }
 
 TEST(Moment, IsIso8601OrACimDatetime) {

@@ -13,7 +13,9 @@
 
 #include "host/bmc/sim/simulatedserver.h"
 #include "tests/support/bmclanguage.h"
+#include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 
@@ -53,7 +55,7 @@ class Recording : public testing::Test {
 };
 
 TEST_F(Recording, BeginsWithWhatIsKnownAboutTheServer) {
-  recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), true, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), true, nullptr, microseconds(0)});
   EXPECT_THAT(sink_.text, testing::StartsWith(kHeaderLine + R"({"kind":"ipmi",)"));
 }
 
@@ -93,11 +95,11 @@ TEST(RecordingHeader, LeavesOutWhatIsUnknown) {
 
 TEST_F(Recording, IsEmptyUntilTheFirstExchangeThatWasAttempted) {
   EXPECT_EQ(sink_.text, "");
-  recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), false, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), false, nullptr, microseconds(0)});
   recorder_.OnDot({{0, BlockCommand(1), 1}, false, nullptr, microseconds(0)});
   EXPECT_EQ(sink_.text, "");
   recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
-  recorder_.OnIpmi({TIpmiRequest(0, ReadTimestamp()), false, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), false, nullptr, microseconds(0)});
   EXPECT_EQ(std::count(sink_.text.begin(), sink_.text.end(), '\n'), 3);
 }
 
@@ -119,7 +121,7 @@ TEST_F(Recording, EscapesAnyMachineType) {
 }
 
 TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
-  const TIpmiRequest request(0, ReadRegister(7, 0xABCD00));
+  const TIpmiRequest request(0, Register(7, 0xABCD00));
   const TIpmiAnswer answer = {0x00, {9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22}};
   recorder_.OnIpmi({request, true, &answer, microseconds(812)});
   EXPECT_EQ(Lines(),
@@ -129,7 +131,7 @@ TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
 }
 
 TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
-  recorder_.OnIpmi({TIpmiRequest(3, ReadTimestamp()), true, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(3, Timestamp()), true, nullptr, microseconds(0)});
   recorder_.OnIpmi({TIpmiRequest(-1, wire::TCommandBuffer()), true, nullptr, microseconds(1)});
   recorder_.OnDot({{1, BlockCommand(4096), 4096}, true, nullptr, microseconds(7)});
   EXPECT_EQ(Lines(),
@@ -186,21 +188,11 @@ TEST_F(Recording, MayFailInItsFirstLine) {
 
 class RecordingFile : public testing::Test {
  protected:
-  RecordingFile() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "recording-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  ~RecordingFile() override { std::filesystem::remove_all(folder_); }
-
-  std::string Path() const { return folder_ + "/r.jsonl"; }
-  std::string Content() const {
-    std::ostringstream content;
-    content << std::ifstream(Path(), std::ios::binary).rdbuf();
-    return content.str();
-  }
+  std::string Path() const { return folder_.Path() / "r.jsonl"; }
+  std::string Content() const { return folder_.Read("r.jsonl"); }
 
  private:
-  std::string folder_;
+  TTemporaryFolder folder_;
 };
 
 TEST_F(RecordingFile, ReplacesWhatWasThereWithItsFirstWrite) {
@@ -235,14 +227,14 @@ TEST_F(RecordingFile, SaysLateThatItCannotBeCreatedAnyMore) {
   std::filesystem::create_directory(Path());
   TRecordingFile file(Path() + "/r");
   std::filesystem::remove(Path());
-  EXPECT_EQ(MessageOf([&] { file.Write("a\n"); }, EFailure::kNotCreated),
-            "cannot create " + Path() + "/r: No such file or directory");
+  ExpectHostError(EFailure::kNotCreated, "cannot create " + Path() + "/r: No such file or directory",
+                  [&] { file.Write("a\n"); });
 }
 
 TEST_F(RecordingFile, SaysThatItCannotBeWritten) {
   TRecordingFile full("/dev/full");
-  EXPECT_EQ(MessageOf([&] { full.Write("a\n"); }, EFailure::kNotWritten),
-            "cannot write to /dev/full: No space left on device");
+  ExpectHostError(EFailure::kNotWritten, "cannot write to /dev/full: No space left on device",
+                  [&] { full.Write("a\n"); });
 }
 
 TEST_F(RecordingFile, LosesNoMoreThanTheEndOfItsLastLineWhenItsProcessIsKilled) {

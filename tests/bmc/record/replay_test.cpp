@@ -52,13 +52,13 @@ class TSession {
   }
   /// Makes nine exchanges, of which the sixth, seventh and ninth have no answer.
   void Run() {
-    Ask(ReadTimestamp());
-    Ask(ReadRegister(0, 1));
-    Ask(ReadRegister(0, 2));
-    Ask(OpenArea("cpu_err"));
-    Ask(ReadArea(1, 0, 10));
-    Ask(CloseArea(1));
-    Ask(ReadTimestamp(), 5);
+    Ask(Timestamp());
+    Ask(Register(0, 1));
+    Ask(Register(0, 2));
+    Ask(Open("cpu_err"));
+    Ask(Read(1, 0, 10));
+    Ask(Close(1));
+    Ask(Timestamp(), 5);
     AskBlock(0);
     AskBlock(2);
   }
@@ -199,7 +199,7 @@ const std::string kClockLine = R"({"kind":"clock","local_time":"2026-01-31T12:34
 
 TEST(Replay, PadsAnswersWithZeros) {
   TMemoryReplay replay(kHead + kTimestampLine + kBlockLine);
-  ExpectAnswer(Send(replay, 0, ReadTimestamp()), 0x00, {0x12, 0x34, 0x00, 0x00});
+  ExpectAnswer(Send(replay, Timestamp()), 0x00, {0x12, 0x34, 0x00, 0x00});
   const TDotOutcome block = SendDot(replay, 0, BlockCommand(4096), 6);
   EXPECT_EQ(block.length, 4);
   EXPECT_EQ(block.buffer, (TBytes{1, 2, 0, 0, 0xEE, 0xEE}));
@@ -216,15 +216,15 @@ TEST(Replay, AcceptsAnUnansweredExchangeWithAResponse) {
   TMemoryReplay replay(
       kHead + R"({"kind":"ipmi","node":0,"request":"01 20 3a 00 6f","ok":false,"response":"01","length":5,"us":1})"
               "\n");
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(replay, Timestamp()));
   EXPECT_FALSE(replay.Mismatch());
 }
 
 TEST(Replay, FailsFromTheFirstUnrecordedExchangeOn) {
   TMemoryReplay replay(kHead + kTimestampLine + kTimestampLine);
-  EXPECT_TRUE(Send(replay, 0, ReadTimestamp()).answered);
-  ExpectNoAnswer(Send(replay, 0, ReadRegister(0, 1)));
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  EXPECT_TRUE(Send(replay, Timestamp()).answered);
+  ExpectNoAnswer(Send(replay, Register(0, 1)));
+  ExpectNoAnswer(Send(replay, Timestamp()));
   ExpectNoAnswer(SendDot(replay, 0, BlockCommand(4096), 6));
   EXPECT_EQ(replay.Mismatch(),
             "r.jsonl:3:1: error: found the request \"01 20 3a 00 62 04 00 00 00 00 00 00 01\" to node 0, expected the "
@@ -236,10 +236,10 @@ TEST(Replay, WhatComesAfterTheLastLineWasNotRecorded) {
   std::string lost = kTimestampLine;
   lost.replace(lost.find("true"), 4, "false");
   TMemoryReplay replay(kHead + lost + kBlockLine);
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(replay, Timestamp()));
   EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kLost);
   EXPECT_TRUE(SendDot(replay, 0, BlockCommand(4096), 6).answered);
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(replay, Timestamp()));
   EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
   ExpectNoAnswer(SendDot(replay, 0, BlockCommand(4096), 6));
   EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
@@ -249,17 +249,17 @@ TEST(Replay, WhatComesAfterAMismatchWasNotRecorded) {
   std::string lost = kTimestampLine;
   lost.replace(lost.find("true"), 4, "false");
   TMemoryReplay replay(kHead + lost + kTimestampLine);
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(replay, Timestamp()));
   EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kLost);
-  ExpectNoAnswer(Send(replay, 1, ReadTimestamp()));
+  ExpectNoAnswer(Send(replay, 1, Timestamp()));
   EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(replay, Timestamp()));
   EXPECT_EQ(replay.WhyNoAnswer(), ENoAnswer::kNotRecorded);
 }
 
 TEST(Replay, DescribesTheRequestInEveryKindOfMismatch) {
   TMemoryReplay node(kHead + kTimestampLine);
-  ExpectNoAnswer(Send(node, 1, ReadTimestamp()));
+  ExpectNoAnswer(Send(node, 1, Timestamp()));
   EXPECT_EQ(
       node.Mismatch(),
       "r.jsonl:2:1: error: found the request \"01 20 3a 00 6f\" to node 1, expected the request \"01 20 3a 00 6f\" "
@@ -271,7 +271,7 @@ TEST(Replay, DescribesTheRequestInEveryKindOfMismatch) {
       "r.jsonl:2:1: error: found the dot command 2 \"0e 06\" \"00 00 ff 0f\" to service processor 0, expected the "
       "dot command 2 \"0e 06\" \"00 00 00 10\" to service processor 0\n");
   TMemoryReplay kind(kHead + kClockLine);
-  ExpectNoAnswer(Send(kind, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(kind, Timestamp()));
   EXPECT_EQ(kind.Mismatch(),
             "r.jsonl:2:1: error: found the request \"01 20 3a 00 6f\" to node 0, expected a reading of the clock\n");
   TMemoryReplay clock(kHead + kTimestampLine);
@@ -305,9 +305,9 @@ TEST(Replay, WarnsThatTheRecordingWasCut) {
   EXPECT_EQ(CutWarningOf(TMemoryReplay(kHead + kTimestampLine + "{")),
             "r.jsonl:3:1: warning: the recording was cut in this line; it replays up to the line before\n");
   TMemoryReplay shorter(kHead + kTimestampLine);
-  Send(shorter, 0, ReadTimestamp());
+  Send(shorter, Timestamp());
   EXPECT_FALSE(shorter.CutWarning());
-  ExpectNoAnswer(Send(shorter, 0, ReadTimestamp()));
+  ExpectNoAnswer(Send(shorter, Timestamp()));
   EXPECT_EQ(CutWarningOf(shorter),
             "r.jsonl:2:1: warning: the recording ends here, before the collection: it was cut, or less was collected "
             "when it was made\n");
@@ -317,13 +317,13 @@ TEST(Replay, TakesNoTimeUnlessTold) {
   TMemoryReplay replay(kHead + kTimestampLine + kBlockLine);
   replay.SetTiming(true);
   const auto start = TStopSignal::TClock::now();
-  EXPECT_TRUE(Send(replay, 0, ReadTimestamp()).answered);
+  EXPECT_TRUE(Send(replay, Timestamp()).answered);
   EXPECT_TRUE(SendDot(replay, 0, BlockCommand(4096), 6).answered);
   EXPECT_GE(TStopSignal::TClock::now() - start, milliseconds(12));
   std::string slow = kTimestampLine;
   slow.replace(slow.find("6000"), 4, "86400000000");
   TMemoryReplay quick(kHead + slow);
-  EXPECT_TRUE(Send(quick, 0, ReadTimestamp()).answered);
+  EXPECT_TRUE(Send(quick, Timestamp()).answered);
 }
 
 TEST(Replay, StopsWaitingWhenTheRunIsStopped) {
@@ -333,7 +333,7 @@ TEST(Replay, StopsWaitingWhenTheRunIsStopped) {
   replay.SetTiming(true);
   TStopSignal stop;
   stop.SetDeadline(TStopSignal::TClock::now() + milliseconds(10));
-  ExpectNoAnswer(Send(replay, 0, ReadTimestamp(), stop));
+  ExpectNoAnswer(Send(replay, Timestamp(), stop));
   EXPECT_FALSE(replay.Mismatch());
 }
 
@@ -345,7 +345,7 @@ TEST(Replay, KeepsFractionsOfMillisecondsForTheNextWait) {
   TMemoryReplay replay(text);
   replay.SetTiming(true);
   const auto start = TStopSignal::TClock::now();
-  for (int i = 0; i < 20; ++i) Send(replay, 0, ReadTimestamp());
+  for (int i = 0; i < 20; ++i) Send(replay, Timestamp());
   EXPECT_GE(TStopSignal::TClock::now() - start, milliseconds(10));
 }
 

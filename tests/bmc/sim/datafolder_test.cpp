@@ -7,7 +7,9 @@
 #include <fstream>
 
 #include "tests/support/bmclanguage.h"
+#include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 
@@ -18,27 +20,25 @@ namespace fs = std::filesystem;
 class TTree {
  public:
   TTree() {
-    std::string name = testing::TempDir() + "datafolder-XXXXXX";
-    root_ = mkdtemp(name.data());
     fs::create_directories(root_ / "servers/sub");
     Write("outside", "secret");
     Write("servers/in", "abc");
     Write("servers/sub/below", "def");
   }
-  ~TTree() { fs::remove_all(root_); }
-  void Write(const std::string& name, const std::string& content) const { std::ofstream(root_ / name) << content; }
+  void Write(const std::string& name, const std::string& content) const { folder_.Write(name, content); }
   void Link(const std::string& name, const fs::path& target) const { fs::create_symlink(target, root_ / name); }
   std::string Path(const std::string& name) const { return (root_ / name).string(); }
 
  private:
-  fs::path root_;
+  TTemporaryFolder folder_;
+  const fs::path& root_ = folder_.Path();
 };
 
 class DataFolder : public testing::TestWithParam<TDataFolder::EWay> {
  protected:
   TBytes Read(const std::string& name) { return AllOf(folder_.Open(name, 6)); }
-  std::string Refusal(const std::string& name, EFailure kind = EFailure::kMalformed) {
-    return MessageOf([&] { folder_.Open(name, 6); }, kind);
+  void ExpectRefusal(const std::string& name, const std::string& message, EFailure kind = EFailure::kMalformed) {
+    ExpectHostError(kind, message, [&] { folder_.Open(name, 6); });
   }
   static constexpr const char* kExpected = ", expected a file in the server file's folder or below";
 
@@ -61,37 +61,35 @@ TEST_P(DataFolder, FollowsNoLinkThatLeadsOut) {
       kernel ? ", which is outside the folder because of a symbolic link" : ", which is a symbolic link";
   const std::string through = kernel ? out : ", which goes through a symbolic link";
   tree_.Link("servers/absolute", tree_.Path("outside"));
-  EXPECT_EQ(Refusal("absolute"), "found \"absolute\"" + out + kExpected);
+  ExpectRefusal("absolute", "found \"absolute\"" + out + kExpected);
   tree_.Link("servers/relative", "../outside");
-  EXPECT_EQ(Refusal("relative"), "found \"relative\"" + out + kExpected);
+  ExpectRefusal("relative", "found \"relative\"" + out + kExpected);
   tree_.Link("servers/chain", "relative");
-  EXPECT_EQ(Refusal("chain"), "found \"chain\"" + out + kExpected);
+  ExpectRefusal("chain", "found \"chain\"" + out + kExpected);
   tree_.Link("servers/up", "..");
-  EXPECT_EQ(Refusal("up/outside"), "found \"up/outside\"" + through + kExpected);
+  ExpectRefusal("up/outside", "found \"up/outside\"" + through + kExpected);
   tree_.Link("servers/folder", tree_.Path("servers"));
-  EXPECT_EQ(Refusal("folder/in"), "found \"folder/in\"" + through + kExpected);
+  ExpectRefusal("folder/in", "found \"folder/in\"" + through + kExpected);
 }
 
 TEST_P(DataFolder, RefusesWhatIsNotARegularFile) {
   ASSERT_EQ(mkfifo(tree_.Path("servers/pipe").c_str(), 0600), 0);
-  EXPECT_EQ(Refusal("pipe", EFailure::kAbsent), "cannot read " + tree_.Path("servers/pipe") + ": not a regular file");
-  EXPECT_EQ(Refusal("sub", EFailure::kAbsent), "cannot read " + tree_.Path("servers/sub") + ": not a regular file");
+  ExpectRefusal("pipe", "cannot read " + tree_.Path("servers/pipe") + ": not a regular file", EFailure::kAbsent);
+  ExpectRefusal("sub", "cannot read " + tree_.Path("servers/sub") + ": not a regular file", EFailure::kAbsent);
 }
 
 TEST_P(DataFolder, NamesWhatIsMissing) {
-  EXPECT_EQ(Refusal("none", EFailure::kAbsent),
-            "cannot open " + tree_.Path("servers/none") + ": No such file or directory");
-  EXPECT_EQ(Refusal("none/in", EFailure::kAbsent),
-            "cannot open " + tree_.Path("servers/none/in") + ": No such file or directory");
-  EXPECT_EQ(Refusal("in/in", EFailure::kAbsent), "cannot open " + tree_.Path("servers/in/in") + ": Not a directory");
+  ExpectRefusal("none", "cannot open " + tree_.Path("servers/none") + ": No such file or directory", EFailure::kAbsent);
+  ExpectRefusal("none/in", "cannot open " + tree_.Path("servers/none/in") + ": No such file or directory",
+                EFailure::kAbsent);
+  ExpectRefusal("in/in", "cannot open " + tree_.Path("servers/in/in") + ": Not a directory", EFailure::kAbsent);
 }
 
 TEST_P(DataFolder, LimitsTheSize) {
   tree_.Write("servers/six", "123456");
   EXPECT_EQ(Read("six").size(), 6U);
   tree_.Write("servers/seven", "1234567");
-  EXPECT_EQ(Refusal("seven", EFailure::kTooLarge),
-            tree_.Path("servers/seven") + " is larger than the limit of 6 bytes");
+  ExpectRefusal("seven", tree_.Path("servers/seven") + " is larger than the limit of 6 bytes", EFailure::kTooLarge);
 }
 
 TEST(DataFolderOfTheKernel, FollowsLinksThatStayInIt) {
@@ -112,9 +110,11 @@ TEST(DataFolderOfAPipe, IsRefused) {
   const TTree tree;
   ASSERT_EQ(mkfifo(tree.Path("servers/s.toml").c_str(), 0600), 0);
   TDataFolder folder(tree.Path("servers/s.toml"));
-  EXPECT_EQ(MessageOf([&] { folder.Open("in", 3); }),
-            "found a data file, but the server file comes from a pipe, which has no folder, expected a server file in "
-            "a regular file, or the bytes themselves");
+  ExpectHostError(
+      EFailure::kMalformed,
+      "found a data file, but the server file comes from a pipe, which has no folder, expected a server file in "
+      "a regular file, or the bytes themselves",
+      [&] { folder.Open("in", 3); });
 }
 
 TEST(ServerFileOnDisk, IsRefusedAtThePlaceOfALinkOut) {
@@ -123,12 +123,14 @@ TEST(ServerFileOnDisk, IsRefusedAtThePlaceOfALinkOut) {
   tree.Write("servers/s.toml", "machine_type = \"\"\n[[dot.service_processor]]\nblock_file = \"leak\"\n");
   TFileReader reader;
   const std::string path = tree.Path("servers/s.toml");
-  EXPECT_EQ(MessageOf([&] { ReadServerFile(path, reader); }),
-            path +
-                ":3:14: error: found \"leak\", which is outside the folder because of a symbolic link, expected a file "
-                "in the server file's folder or below\n"
-                "  block_file = \"leak\"\n"
-                "               ^\n");
+  ExpectHostError(
+      EFailure::kMalformed,
+      path +
+          ":3:14: error: found \"leak\", which is outside the folder because of a symbolic link, expected a file "
+          "in the server file's folder or below\n"
+          "  block_file = \"leak\"\n"
+          "               ^\n",
+      [&] { ReadServerFile(path, reader); });
 }
 
 TEST(StoredBytes, OfAFileAreReadOnDemand) {

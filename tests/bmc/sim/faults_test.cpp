@@ -44,7 +44,7 @@ timestamp = "9a bc de f0"
 
   TIpmiOutcome Ask(const wire::TCommandBuffer& request, int node = 0) { return Send(*faulty_, node, request); }
   TDotOutcome AskBlock(int serviceProcessor = 0) { return SendDot(*faulty_, serviceProcessor, BlockCommand(4096), 6); }
-  TIpmiOutcome AskTimestamp(int node = 0) { return Ask(ReadTimestamp(), node); }
+  TIpmiOutcome AskTimestamp(int node = 0) { return Ask(Timestamp(), node); }
   int Reached() const { return server_->reached; }
   IServiceProcessor& Processor() { return *faulty_; }
 
@@ -75,7 +75,7 @@ TEST_F(Faults, CompletionCodeComesWithoutData) {
 
 TEST_F(Faults, CompletionCodeOfAnOemGroupRequestComesWithTheManufacturerId) {
   With("fault = [{ on = \"ipmi\", completion_code = 0xFF }]");
-  ExpectAnswer(Ask(OpenArea("cpu_err")), 0xFF, {0x39, 0x30, 0x00});
+  ExpectAnswer(Ask(Open("cpu_err")), 0xFF, {0x39, 0x30, 0x00});
   ExpectAnswer(Ask(Request(0x2E, 0x01, {})), 0xFF, {0x39, 0x30, 0x00});
 }
 
@@ -96,7 +96,7 @@ TEST_F(Faults, TruncateCutsTheAnswerAtEveryLength) {
   for (std::size_t size = 9; size <= 30; ++size) {
     With("fault = [{ on = \"register\", truncate = " + std::to_string(size) + " }]");
     const std::size_t kept = std::min<std::size_t>(size - 9, 14);
-    ExpectAnswer(Ask(ReadRegister(0, 1)), 0x00, TBytes(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(kept)));
+    ExpectAnswer(Ask(Register(0, 1)), 0x00, TBytes(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(kept)));
   }
 }
 
@@ -115,8 +115,8 @@ TEST_F(Faults, TruncateCutsABlockAtEveryLength) {
 
 TEST_F(Faults, EachKindMatchesItsRequestOnly) {
   const std::vector<std::pair<std::string, wire::TCommandBuffer>> requests = {
-      {"register", ReadRegister(0, 1)}, {"timestamp", ReadTimestamp()}, {"open", OpenArea("cpu_err")},
-      {"size", QuerySize("cpu_err")},   {"read", ReadArea(1, 0, 3)},    {"close", CloseArea(1)}};
+      {"register", Register(0, 1)}, {"timestamp", Timestamp()}, {"open", Open("cpu_err")},
+      {"size", Size("cpu_err")},    {"read", Read(1, 0, 3)},    {"close", Close(1)}};
   for (const auto& [on, unused] : requests) {
     With("fault = [{ on = \"" + on + "\", lost = true }]");
     for (const auto& [kind, request] : requests) EXPECT_EQ(Ask(request).answered, kind != on) << on << " " << kind;
@@ -156,7 +156,7 @@ TEST_F(Faults, NthCountsMatchingExchangesOfTheWholeRun) {
   With("fault = [{ on = \"timestamp\", node = 1, nth = 2, lost = true }]");
   EXPECT_TRUE(AskTimestamp(1).answered);
   EXPECT_TRUE(AskTimestamp(0).answered);
-  EXPECT_TRUE(Ask(ReadRegister(0, 1), 1).answered);
+  EXPECT_TRUE(Ask(Register(0, 1), 1).answered);
   ExpectNoAnswer(AskTimestamp(1));
 }
 
@@ -212,7 +212,7 @@ TEST_F(Faults, StoppingTheRunEndsTheDelayWithoutAnAnswer) {
   With("fault = [{ on = \"ipmi\", delay_ms = 86400000 }, { on = \"dot\", delay_ms = 86400000, truncate = 1 }]");
   TStopSignal deadline;
   deadline.SetDeadline(TStopSignal::TClock::now() + milliseconds(10));
-  ExpectNoAnswer(Send(Processor(), 0, ReadTimestamp(), deadline));
+  ExpectNoAnswer(Send(Processor(), Timestamp(), deadline));
   ExpectNoAnswer(SendDot(Processor(), 0, BlockCommand(4096), 6, deadline));
   EXPECT_EQ(Reached(), 0);
 }

@@ -193,27 +193,29 @@ TEST(ServerFile, IsReadOrRefusedWhateverByteIsChanged) {
 
 TEST(ServerFileInput, MayBeMissing) {
   TMemoryReader reader;
-  EXPECT_EQ(MessageOf([&] { ReadFrom("none.toml", reader); }, EFailure::kAbsent),
-            "cannot open none.toml: No such file or directory");
+  ExpectHostError(EFailure::kAbsent, "cannot open none.toml: No such file or directory",
+                  [&] { ReadFrom("none.toml", reader); });
 }
 
 TEST(ServerFileInput, NamesThePlaceOfADataFileThatIsMissing) {
   TMemoryReader reader;
   reader.Add("a/s.toml", "machine_type = \"\"\n[[dot.service_processor]]\nblock_file = \"b.bin\"");
-  EXPECT_EQ(MessageOf([&] { ReadFrom("a/s.toml", reader); }, EFailure::kAbsent),
-            "a/s.toml:3:14: error: cannot open a/b.bin: No such file or directory\n"
-            "  block_file = \"b.bin\"\n"
-            "               ^\n");
+  ExpectHostError(EFailure::kAbsent,
+                  "a/s.toml:3:14: error: cannot open a/b.bin: No such file or directory\n"
+                  "  block_file = \"b.bin\"\n"
+                  "               ^\n",
+                  [&] { ReadFrom("a/s.toml", reader); });
 }
 
 TEST(ServerFileInput, LimitsTheSizeOfABlock) {
   TMemoryReader reader;
   reader.Add("s.toml", "machine_type = \"\"\n[[dot.service_processor]]\nblock_file = \"b.bin\"");
   reader.Add("b.bin", std::string((std::size_t{1} << 20U) + 1, 'x'));
-  EXPECT_EQ(MessageOf([&] { ReadFrom("s.toml", reader); }, EFailure::kTooLarge),
-            "s.toml:3:14: error: b.bin is larger than the limit of 1048576 bytes\n"
-            "  block_file = \"b.bin\"\n"
-            "               ^\n");
+  ExpectHostError(EFailure::kTooLarge,
+                  "s.toml:3:14: error: b.bin is larger than the limit of 1048576 bytes\n"
+                  "  block_file = \"b.bin\"\n"
+                  "               ^\n",
+                  [&] { ReadFrom("s.toml", reader); });
 }
 
 /// Nesting up to the limits and beyond: nothing may overflow the stack.

@@ -64,8 +64,8 @@ TEST(ServerLimit, AppliesToValues) {
 TEST(ServerLimit, AppliesToTheFilesSize) {
   TMemoryReader reader;
   reader.Add("server.toml", kType + std::string((std::size_t{64} << 20U) - kType.size() + 1, '\n'));
-  EXPECT_EQ(MessageOf([&] { ReadFrom("server.toml", reader); }, EFailure::kTooLarge),
-            "server.toml is larger than the limit of 67108864 bytes");
+  ExpectHostError(EFailure::kTooLarge, "server.toml is larger than the limit of 67108864 bytes",
+                  [&] { ReadFrom("server.toml", reader); });
 }
 
 /// A folder of data files of any size, without content.

@@ -18,7 +18,7 @@ const std::string kArea = "[[bmc_node]]\n[[bmc_node.storage_area]]\nname = \"cpu
 
 TEST(Simulator, FindsARegisterByTheLow24BitsOfItsAddress) {
   TBmc bmc("[[bmc_node]]\nregister = [{ address = 0x12345678, value = \"01 02 03 04 05 06 07 08\" }]");
-  ExpectAnswer(bmc.Ask(ReadRegister(0, 0x345678)), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
+  ExpectAnswer(bmc.Ask(Register(0, 0x345678)), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
 }
 
 TEST(Simulator, MakesUpUnlistedRegistersIfTold) {
@@ -26,14 +26,14 @@ TEST(Simulator, MakesUpUnlistedRegistersIfTold) {
       "unlisted_registers = \"pattern\"\n[[bmc_node]]\nregister = [{ address = 1, value = \"08 07 06 05 04 03 02 01\" "
       "}]");
   // Address 0xABCDEF, chip 5: ef^5^00, cd^5^11, ab^5^22, ef^5^33, cd^5^44, ab^5^55, ef^5^66, cd^5^77.
-  ExpectAnswer(bmc.Ask(ReadRegister(5, 0xABCDEF)), 0x00,
+  ExpectAnswer(bmc.Ask(Register(5, 0xABCDEF)), 0x00,
                {0, 0, 0, 0, 0, 0, 0xEA, 0xD9, 0x8C, 0xD9, 0x8C, 0xFB, 0x8C, 0xBF});
-  ExpectAnswer(bmc.Ask(ReadRegister(0, 1)), 0x00, {0, 0, 0, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1});
+  ExpectAnswer(bmc.Ask(Register(0, 1)), 0x00, {0, 0, 0, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1});
 }
 
 TEST(Simulator, PadsShortRequestsWithZeros) {
   TBmc bmc("[[bmc_node]]\nregister = [{ chip = 9, address = 0xAB0000, value = \"01 02 03 04 05 06 07 08\" }]");
-  wire::TCommandBuffer request = ReadRegister(9, 0xABCDEF);
+  wire::TCommandBuffer request = Register(9, 0xABCDEF);
   request[5] = 2;
   ExpectAnswer(bmc.Ask(request), 0x00, {0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
 }
@@ -41,8 +41,8 @@ TEST(Simulator, PadsShortRequestsWithZeros) {
 TEST(Simulator, ReadsANameFromItsFieldWhateverByteFiveSays) {
   TBmc bmc(kArea + "data = \"01\"");
   for (int length = 0; length < 256; ++length) {
-    wire::TCommandBuffer open = OpenArea("cpu_err");
-    wire::TCommandBuffer size = QuerySize("cpu_err");
+    wire::TCommandBuffer open = Open("cpu_err");
+    wire::TCommandBuffer size = Size("cpu_err");
     open[5] = size[5] = static_cast<std::uint8_t>(length);
     ExpectAnswer(bmc.Ask(open), 0x00, {0x39, 0x30, 0x00, 0x01, 0, 0, 0});
     ExpectAnswer(bmc.Ask(size), 0x00, {0x39, 0x30, 0x00, 0x01, 0, 0, 0});
@@ -51,31 +51,31 @@ TEST(Simulator, ReadsANameFromItsFieldWhateverByteFiveSays) {
 
 TEST(Simulator, ComparesTheWholeNameField) {
   TBmc bmc(kArea + "data = \"01\"");
-  ExpectAnswer(bmc.Ask(OpenArea("cpu_er")), 0xCB, {0x39, 0x30, 0x00});
-  ExpectAnswer(bmc.Ask(OpenArea("cpu_err2")), 0xCB, {0x39, 0x30, 0x00});
-  ExpectAnswer(bmc.Ask(OpenArea("")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(bmc.Ask(Open("cpu_er")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(bmc.Ask(Open("cpu_err2")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(bmc.Ask(Open("")), 0xCB, {0x39, 0x30, 0x00});
 }
 
 TEST(Simulator, FindsALongNameByItsFirst25Bytes) {
   TBmc bmc("[[bmc_node]]\n[[bmc_node.storage_area]]\nname = \"abcdefghijklmnopqrstuvwxyz\"\ndata = \"\"");
-  ExpectAnswer(bmc.Ask(OpenArea("abcdefghijklmnopqrstuvwxy")), 0x00, {0x39, 0x30, 0x00, 0x01, 0, 0, 0});
-  ExpectAnswer(bmc.Ask(OpenArea("abcdefghijklmnopqrstuvwx")), 0xCB, {0x39, 0x30, 0x00});
+  ExpectAnswer(bmc.Ask(Open("abcdefghijklmnopqrstuvwxy")), 0x00, {0x39, 0x30, 0x00, 0x01, 0, 0, 0});
+  ExpectAnswer(bmc.Ask(Open("abcdefghijklmnopqrstuvwx")), 0xCB, {0x39, 0x30, 0x00});
 }
 
 TEST(Simulator, ReportsTheSizeInTheFile) {
   TBmc bmc(kArea + "data = \"01\"\nsize = -2");
-  ExpectAnswer(bmc.Ask(QuerySize("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0xFE, 0xFF, 0xFF, 0xFF});
+  ExpectAnswer(bmc.Ask(Size("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0xFE, 0xFF, 0xFF, 0xFF});
   TBmc large(kArea + "data = \"01\"\nsize = 2147483647");
-  ExpectAnswer(large.Ask(QuerySize("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0xFF, 0xFF, 0xFF, 0x7F});
-  ExpectAnswer(large.Ask(ReadArea(1, 0, 10)), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x01});
+  ExpectAnswer(large.Ask(Size("cpu_err")), 0x00, {0x39, 0x30, 0x00, 0xFF, 0xFF, 0xFF, 0x7F});
+  ExpectAnswer(large.Ask(Read(1, 0, 10)), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x01});
 }
 
 TEST(Simulator, ReadsByA16BitCountAndA32BitOffset) {
   TBmc bmc(kArea + "data = \"01 02 03\"");
-  wire::TCommandBuffer request = ReadArea(1, 1, 1);
+  wire::TCommandBuffer request = Read(1, 1, 1);
   ExpectAnswer(bmc.Ask(request), 0x00, {0x39, 0x30, 0x00, 0x01, 0x00, 0x02});
-  ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0x100)), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x02, 0x03});
-  ExpectAnswer(bmc.Ask(ReadArea(1, 1, 0)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
+  ExpectAnswer(bmc.Ask(Read(1, 1, 0x100)), 0x00, {0x39, 0x30, 0x00, 0x02, 0x00, 0x02, 0x03});
+  ExpectAnswer(bmc.Ask(Read(1, 1, 0)), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
   request[20] = 0x01;  // the offset's highest byte
   ExpectAnswer(bmc.Ask(request), 0x00, {0x39, 0x30, 0x00, 0x00, 0x00});
 }
@@ -86,20 +86,20 @@ TEST(Simulator, NeverReturnsMoreThanTheBufferHolds) {
   reader.Add("d", std::string(300, '\x5A'));
   TSimulatedServer bmc(ReadFrom("s", reader));
   // 247 data bytes: the manufacturer id, the count 242, and 242 bytes.
-  ExpectAnswer(Send(bmc, 0, ReadArea(1, 0, 0xFF)), 0x00, TBytes{0x39, 0x30, 0x00, 0xF2, 0x00} + TBytes(242, 0x5A));
+  ExpectAnswer(Send(bmc, Read(1, 0, 0xFF)), 0x00, TBytes{0x39, 0x30, 0x00, 0xF2, 0x00} + TBytes(242, 0x5A));
 }
 
 TEST(Simulator, RefusesHandlesThatWereNeverIssued) {
   TBmc bmc(kArea + "data = \"01\"");
-  ExpectAnswer(bmc.Ask(ReadArea(0, 0, 1)), 0xCB, {0x39, 0x30, 0x00});
-  wire::TCommandBuffer high = ReadArea(1, 0, 1);
+  ExpectAnswer(bmc.Ask(Read(0, 0, 1)), 0xCB, {0x39, 0x30, 0x00});
+  wire::TCommandBuffer high = Read(1, 0, 1);
   high[16] = 0x01;  // the handle's highest byte
   ExpectAnswer(bmc.Ask(high), 0xCB, {0x39, 0x30, 0x00});
 }
 
 TEST(Simulator, ClosesWhateverHandleItIsGiven) {
   TBmc bmc("[[bmc_node]]");
-  ExpectAnswer(bmc.Ask(CloseArea(9)), 0x00, {0x39, 0x30, 0x00});
+  ExpectAnswer(bmc.Ask(Close(9)), 0x00, {0x39, 0x30, 0x00});
 }
 
 TEST(Simulator, RefusesWhatItDoesNotKnow) {
@@ -113,7 +113,7 @@ TEST(Simulator, RefusesWhatItDoesNotKnow) {
 
 TEST(Simulator, AnswersAnotherManufacturersRequestWithItsId) {
   TBmc bmc(kArea + "data = \"01\"");
-  wire::TCommandBuffer open = OpenArea("cpu_err");
+  wire::TCommandBuffer open = Open("cpu_err");
   open[11] = 0x01;
   ExpectAnswer(bmc.Ask(open), 0xC1, {0x39, 0x30, 0x01});
 }
@@ -122,19 +122,19 @@ TEST(Simulator, HasNoExchangeWithoutTheDriver) {
   TBmc bmc("[ipmi]\ndriver_present = false\n[[bmc_node]]\ntimestamp = \"01 02 03 04\"");
   EXPECT_EQ(bmc.Discover().bmcNodes, 1);
   EXPECT_FALSE(bmc.Discover().ipmiDriver);
-  ExpectNoAnswer(bmc.Ask(ReadTimestamp()));
+  ExpectNoAnswer(bmc.Ask(Timestamp()));
 }
 
 TEST(Simulator, HasNoNodesUnlessTheFileListsThem) {
   TBmc bmc("");
   EXPECT_EQ(bmc.Discover().bmcNodes, 0);
   EXPECT_TRUE(bmc.Discover().ipmiDriver);
-  ExpectNoAnswer(bmc.Ask(ReadTimestamp()));
+  ExpectNoAnswer(bmc.Ask(Timestamp()));
 }
 
 TEST(Simulator, LimitsAnswersToTheTransportsCapacity) {
   const TServerFile server = ServerFrom("machine_type=\"\"\n" + kArea + "data = \"01 02 03 04 05\"");
-  const TIpmiRequest read(0, ReadArea(1, 0, 5));
+  const TIpmiRequest read(0, Read(1, 0, 5));
   const auto answer = AnswerIpmi(server, read, 8);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->data, (TBytes{0x39, 0x30, 0x00, 0x03, 0x00, 0x01, 0x02, 0x03}));
