@@ -15,11 +15,13 @@
 
 #include "host/base/sourcereader.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/memoryreader.h"
 
 namespace {
 
 using namespace NKROVEL20;
 using namespace velhost;
+using tests::TMemoryReader;
 
 constexpr int kClasses = 1600;
 constexpr int kRounds = 9;

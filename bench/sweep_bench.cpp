@@ -15,9 +15,11 @@
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/supervision.h"
 #include "host/output/writers.h"
+#include "tests/support/memoryreader.h"
 
 using namespace NKROVEL20;
 using namespace velhost;
+using tests::TMemoryReader;
 
 namespace {
 

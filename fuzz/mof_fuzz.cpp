@@ -5,11 +5,13 @@
 
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/require.h"
 
 using namespace NKROVEL20;
 using namespace velhost;
 using tests::Require;
+using tests::TMemoryReader;
 
 using TTexts = std::map<std::string, std::string>;
 

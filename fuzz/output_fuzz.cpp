@@ -2,6 +2,7 @@
 #include "host/base/cimdatetime.h"
 #include "host/output/writers.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/outputreading.h"
 
 using namespace NKROVEL20;

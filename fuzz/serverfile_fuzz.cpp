@@ -7,10 +7,14 @@
 #include "host/base/sourcereader.h"
 #include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
+#include "tests/support/memoryreader.h"
+#include "tests/support/readerfolder.h"
 #include "wire/registerblock.h"
 
 using namespace NKROVEL20;
 using namespace velhost;
+using tests::TMemoryReader;
+using tests::TReaderFolder;
 
 namespace {
 

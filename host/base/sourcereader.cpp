@@ -129,18 +129,4 @@ bool TFileReader::LiesIn(const std::string& folder) {
   return IsBelow(realPath_, known->second);
 }
 
-std::string TMemoryReader::Read(const std::string& path, std::size_t limit) {
-  const auto found = contents_.find(path);
-  if (found == contents_.end()) ThrowErrno(path, "open", ENOENT);
-  if (found->second.size() > limit) ThrowTooLarge(path, limit);
-  path_ = path;
-  return found->second;
-}
-
-bool TMemoryReader::LiesIn(const std::string& folder) {
-  // Relative to a common root, so that the empty path is a folder like any other.
-  const std::filesystem::path root("/");
-  return IsBelow((root / path_).lexically_normal().string(), (root / folder / "").lexically_normal().string());
-}
-
 }  // namespace velhost

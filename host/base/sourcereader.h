@@ -1,4 +1,4 @@
-// Reads text and data inputs: from files, or from memory in tests.
+// Reads text and data inputs.
 #pragma once
 
 #include <chrono>
@@ -59,18 +59,6 @@ class VELHOST_API TFileReader : public ISourceReader {
   std::string realPath_;                          // of the file read last; empty if unknown
   bool readPipe_ = false;                         // whether that was a pipe
   std::map<std::string, std::string> realPaths_;  // of the folders passed to LiesIn
-};
-
-/// Serves texts from memory, which has no links.
-class VELHOST_API TMemoryReader : public ISourceReader {
- public:
-  void Add(const std::string& path, const std::string& content) { contents_[path] = content; }
-  std::string Read(const std::string& path, std::size_t limit) override;
-  bool LiesIn(const std::string& folder) override;
-
- private:
-  std::map<std::string, std::string> contents_;
-  std::string path_;  // of the text read last
 };
 
 }  // namespace velhost

@@ -16,7 +16,9 @@
 #include <thread>
 
 #include "tests/support/expectfailure.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 namespace {
@@ -25,19 +27,11 @@ namespace fs = std::filesystem;
 
 class FileReader : public testing::Test {
  protected:
-  FileReader() {
-    std::string name = (fs::temp_directory_path() / "sourcereader-XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-  }
-  ~FileReader() override { fs::remove_all(folder_); }
-
   std::string Path(const char* name) const { return folder_ + "/" + name; }
-  std::string Write(const char* name, const std::string& content) const {
-    std::ofstream(Path(name), std::ios::binary) << content;
-    return Path(name);
-  }
+  std::string Write(const char* name, const std::string& content) const { return temporary_.Write(name, content); }
 
-  std::string folder_;
+  const TTemporaryFolder temporary_;
+  const std::string folder_ = temporary_.Path();
   TFileReader reader_;
 };
 

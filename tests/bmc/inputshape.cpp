@@ -9,9 +9,13 @@
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
+#include "tests/support/memoryreader.h"
+#include "tests/support/readerfolder.h"
 
 using namespace NKROVEL20;
 using namespace velhost;
+using tests::TMemoryReader;
+using tests::TReaderFolder;
 
 namespace {
 

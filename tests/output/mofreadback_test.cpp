@@ -3,6 +3,7 @@
 
 #include "host/schema/schemareader.h"
 #include "tests/output/outputfixture.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "tests/schema/schemastatements.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -8,6 +8,7 @@
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
 #include "tests/schema/schemaattacks.h"
+#include "tests/support/memoryreader.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include "host/schema/schemacheck.h"
 
 #include "tests/schema/schemafixture.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "host/schema/schemareader.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -14,7 +14,9 @@
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/serverfile.h"
 #include "tests/support/expectfailure.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/readerfolder.h"
 #include "tests/support/steps.h"
 
 namespace tests {

@@ -5,11 +5,12 @@
 #include <string>
 
 #include "host/base/sourcereader.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {
 
-class TStoppingReader : public velhost::TMemoryReader {
+class TStoppingReader : public TMemoryReader {
  public:
   void StopAt(std::size_t look) { looks_ = 0, last_ = look; }
   std::size_t Looks() const { return looks_; }

@@ -113,9 +113,4 @@ TStoredBytes TDataFolder::Open(const std::string& name, std::size_t limit) {
   return {std::move(file), size};
 }
 
-TStoredBytes TReaderFolder::Open(const std::string& name, std::size_t limit) {
-  const std::string content = reader_.Read(prefix_ + name, limit);
-  return std::vector<std::uint8_t>(content.begin(), content.end());
-}
-
 }  // namespace velhost

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "host/base/api.h"
-#include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
 
 namespace velhost {
@@ -38,19 +37,6 @@ class VELHOST_API TDataFolder : public IDataFolder {
   std::string prefix_;  // prefixed to names in messages: the folder as the user wrote it
   EWay way_;
   TDescriptor folder_;
-};
-
-/// The files of an ISourceReader, for tests.
-class VELHOST_API TReaderFolder : public IDataFolder {
- public:
-  /// `reader` is not owned.
-  TReaderFolder(const std::string& path, ISourceReader& reader)
-      : prefix_(path.substr(0, path.rfind('/') + 1)), reader_(reader) {}
-  TStoredBytes Open(const std::string& name, std::size_t limit) override;
-
- private:
-  std::string prefix_;
-  ISourceReader& reader_;
 };
 
 }  // namespace velhost

@@ -14,6 +14,7 @@
 
 #include "host/base/hosterror.h"
 #include "tests/bmc/lan/memorysearch.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

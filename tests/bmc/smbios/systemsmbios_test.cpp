@@ -4,6 +4,7 @@
 
 #include "host/base/hosterror.h"
 #include "tests/bmc/smbios/smbiostable.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {
