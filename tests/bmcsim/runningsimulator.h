@@ -17,6 +17,7 @@
 
 #include "host/velhost/simulate/simulate.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace tests {
 
@@ -25,29 +26,6 @@ namespace tests {
   if (std::system("command -v ipmi_sim >/dev/null 2>&1") != 0) {           \
     GTEST_SKIP() << "ipmi_sim (Debian package openipmi) is not installed"; \
   }
-
-/// A folder for one test's files, removed along with the object.
-class TTestFolder {
- public:
-  TTestFolder() : path_((std::filesystem::temp_directory_path() / "velhost-test-XXXXXX").string()) {
-    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  }
-  ~TTestFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TTestFolder(const TTestFolder&) = delete;
-  TTestFolder& operator=(const TTestFolder&) = delete;
-  const std::string& Path() const { return path_; }
-  std::string Write(const std::string& name, const std::string& content) const {
-    std::ofstream(path_ + "/" + name, std::ios::binary) << content;
-    return path_ + "/" + name;
-  }
-  bool IsEmpty() const { return std::filesystem::is_empty(path_); }
-
- private:
-  std::string path_;
-};
 
 /// A socket of `type` bound to a port of 127.0.0.1; port 0 means any free one.
 class TBoundPort {
@@ -89,7 +67,7 @@ class TRunningSimulator {
     arguments_.node = node;
     arguments_.port = FreePort();
     arguments_.serialPort = serialPort;
-    std::filesystem::create_directory(folder_.Path() + "/tmp");
+    std::filesystem::create_directory(folder_.Path() / "tmp");
     Start();
   }
   ~TRunningSimulator() {
@@ -102,7 +80,7 @@ class TRunningSimulator {
   const std::string& File() const { return arguments_.file; }
   const std::string& Printed() const { return printed_; }
   /// Whether the folder for its own files is empty.
-  bool LeftNoFiles() const { return std::filesystem::is_empty(folder_.Path() + "/tmp"); }
+  bool LeftNoFiles() const { return std::filesystem::is_empty(folder_.Path() / "tmp"); }
 
   /// Sends the signal; returns the exit status, or minus the signal that ended it.
   int End(int signal) {
@@ -130,7 +108,7 @@ class TRunningSimulator {
     close(ends[0]);
   }
   [[noreturn]] void Serve() {
-    setenv("TMPDIR", (folder_.Path() + "/tmp").c_str(), 1);
+    setenv("TMPDIR", (folder_.Path() / "tmp").c_str(), 1);
     int status = 70;
     try {
       status = static_cast<int>(SimulateCommand(arguments_, TInstallation(VELHOST_PROGRAM_DIR)));
@@ -142,7 +120,7 @@ class TRunningSimulator {
     _exit(status);
   }
 
-  TTestFolder folder_;
+  TTemporaryFolder folder_;
   TSimulateArguments arguments_;
   pid_t process_ = -1;
   std::string printed_;

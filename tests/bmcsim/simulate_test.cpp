@@ -61,7 +61,7 @@ class Simulate : public testing::Test {
     arguments_.file = folder_.Write("server.toml", kServer);
     arguments_.port = FreePort();
   }
-  TTestFolder folder_;
+  TTemporaryFolder folder_;
   TSimulateArguments arguments_;
 };
 

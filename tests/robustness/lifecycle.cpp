@@ -26,6 +26,7 @@
 #include "plugin/torgaplugin.h"
 #include "tests/robustness/allocation.h"
 #include "tests/robustness/collection.h"
+#include "tests/support/temporaryfolder.h"
 
 namespace {
 
@@ -142,7 +143,7 @@ class TLife : public ILogger {
  private:
   // A library that is already loaded does not register again, so each object uses a separate copy.
   std::unique_ptr<TLoadedPlugin> LoadCopy(const std::string& name) {
-    const std::string copy = folder_.path + "/" + name + ".so";
+    const std::string copy = folder_.Path().string() + "/" + name + ".so";
     fs::copy_file(plugin_, copy);
     return loader_.Load(copy);
   }
@@ -198,15 +199,7 @@ class TLife : public ILogger {
     if (!holds && ++failures_ <= 20) std::cerr << "FAILED: " << failure << "\n";
   }
 
-  struct TFolder {
-    TFolder() : path((fs::temp_directory_path() / "lifecycle-XXXXXX").string()) {
-      if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    }
-    ~TFolder() { fs::remove_all(path); }
-    std::string path;
-  };
-
-  TFolder folder_;
+  tests::TTemporaryFolder folder_;
   std::string plugin_;
   TEnvironment environment_;
   TSimulatedServer server_;
