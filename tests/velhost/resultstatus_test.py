@@ -339,6 +339,30 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
             reason("not-served", BRIDGE, 1, 'its machine types are "6203"'),
             reason("not-served", "KROSG_Top", 1, "the collector does not know the class")])
 
+    def test_an_exception_ends_the_request_of_all_classes(self):
+        # The collector sets MachineType in each instance that it makes of registers.
+        schema = SMALL_SCHEMA.replace("string MachineType; ", "")
+        reasons = self.reasons(SMALL_SERVER, "--single-request", BRIDGE, BLOCK, FILES, schema=schema)
+        self.assertEqual([(entry["code"], entry.get("class")) for entry in reasons], [
+            ("nothing-read", None), ("request-failed", BRIDGE), ("not-collected", BLOCK), ("not-collected", FILES)])
+        self.assertEqual({entry["message"] for entry in reasons[2:]}, {"the request ended before it"})
+        self.assertEqual([(unread["key"], unread["code"]) for unread in self.document["unread"]],
+                         [(BRIDGE + "/node0/instance0", "register-unread"), (BRIDGE + "/node0/instance1", "absent")])
+
+    def test_where_the_plan_knows_nothing_no_place_is_guessed(self):
+        # A register that is not uint8[] is outside what the plan describes.
+        schema = SMALL_SCHEMA.replace("uint8 First[]", "uint16 First[]")
+        reasons = self.reasons(SMALL_SERVER, "--single-request", BLOCK, BRIDGE, status=0, schema=schema)
+        self.assertEqual((reasons, self.document["unread"]), ([], []))
+        self.assertEqual([instance["key"] for instance in self.document["instances"]],
+                         [BLOCK + "/?1", BLOCK + "/?2", BRIDGE + "/?3"])
+        for member in ("origin", "missing", "registers"):
+            self.assertFalse(any(member in instance for instance in self.document["instances"]), member)
+        # Of the exchanges after the block nobody knows the class.
+        self.assertEqual(self.document["exchanges"]["failed"], [
+            {"class": BLOCK, "address": address, "node": 0, "kind": "register", "completion_code": 0xCB}
+            for address in ("0xABCDF0", "0xABCDEF", "0xABCDF0")])
+
     def test_a_machine_type_that_no_register_class_serves(self):
         done = self.run_velhost("collect", "--format", "json", "--machine-type", "6230")
         self.assertEqual((done.returncode, done.stderr), (
