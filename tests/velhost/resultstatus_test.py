@@ -1,238 +1,12 @@
-"""Whether a result is complete, what is missing from it and why: failing servers and unfavourable runs."""
+"""Whether a result is complete, what is missing from it and why."""
 
-import hashlib
 import json
 import shutil
 import unittest
 
 from lancase import LanCase
+from smallserver import BLOCK, FILES, GOOD_BLOCK, J2_MEMORY, SMALL_SCHEMA, SMALL_SERVER, T4_BRIDGE, reason
 from velhostcase import BRIDGE, SOURCE, VelhostCase
-
-J2_BRIDGE = "KROSG_J2_PCIIOBRIDGE_StatisticData"
-J2_MEMORY = "KROSG_J2_MEMCTL_StatisticData"
-J2_CACHE = "KROSG_J2_L3Cache_StatisticData"
-T4_MEMORY = "KROSG_T4_MEMCTL_StatisticData"
-T4_BRIDGE = "KROSG_T4_PCIIOBRIDGE_StatisticData"
-FILES = "KROSG_DCAPFile"
-FAILING = f"sim:{SOURCE}/servers/failing.toml"
-
-# One class of each way: a block of one record, two instances of two registers, capture files.
-SMALL_SCHEMA = """
-Qualifier SupportedMachineTypes : string[], Scope(class), Flavor(EnableOverride, Restricted);
-Qualifier MaxInstanceCount : uint16, Scope(class), Flavor(EnableOverride, Restricted);
-Qualifier Offset : uint32, Scope(property);
-Qualifier MaxLen : uint32, Scope(property);
-Qualifier Index : uint16, Scope(property);
-class KROSG_Top { string InstanceID; string ElementName; string MachineType; datetime StatisticTime; };
-class KROSG_PCIIOBRIDGE_StatisticData : KROSG_Top {};
-class KROSG_L3Cache_StatisticData : KROSG_Top {};
-class KROSG_MEMCTL_StatisticData : KROSG_Top { [Index(0), MaxLen(8)] uint8 First[]; };
-[SupportedMachineTypes{"6203"}, MaxInstanceCount(1)]
-class KROSG_X_MEMCTL_StatisticData : KROSG_MEMCTL_StatisticData {};
-[SupportedMachineTypes{"6203"}, MaxInstanceCount(2)]
-class KROSG_VO_PCIIOBRIDGE_StatisticData : KROSG_Top {
-  [Offset(0xABCDEF), MaxLen(4)] uint8 Count[]; [Offset(0xABCDF0), MaxLen(8)] uint8 Log[]; };
-class KROSG_DCAPFile {
-  string FileName; string ErrRawData; datetime MessageTimestamp; string SourceNode;
-  string CreationClassName; string LogCreationClassName; string LogName; string RecordID;
-};
-"""
-BLOCK = "KROSG_X_MEMCTL_StatisticData"
-GOOD_BLOCK = "00 1a 01 1f 0b 1e 05 0b 00 54 00 00 00 1a 3f 4c 2e 40"  # the header, then the record at byte 7
-SMALL_SERVER = f"""
-machine_type = "6203"
-local_time = 2026-01-31T12:34:56+01:00
-[dot]
-[[dot.service_processor]]
-block = "{GOOD_BLOCK}"
-[[dot.service_processor]]
-block = "00"
-[[bmc_node]]
-timestamp = "12 34 56 78"
-[[bmc_node.register]]
-chip = 1
-address = 0xABCDEF
-value = "00 01 00 00 00 00 00 00"
-[[bmc_node.storage_area]]
-name = "cpu_err"
-data = "0a ff 00"
-size = 12
-"""
-
-
-def reason(code, class_name, count, message):
-    return {"code": code, "count": count, "message": message, **({"class": class_name} if class_name else {})}
-
-
-class FailingServer(VelhostCase):
-    """servers/failing.toml, whose faults are listed in its comments."""
-
-    def setUp(self):
-        super().setUp()
-        self.document = self.collect("--sp", FAILING, "--record", "run.jsonl", status=3)
-
-    def instance(self, key):
-        return next(instance for instance in self.document["instances"] if instance["key"] == key)
-
-    def test_reasons(self):
-        blocks = [(code, name, 1, text) for name in (J2_BRIDGE, J2_MEMORY, J2_CACHE)
-                  for code, text in (("block-unread", "1 of 3 register blocks did not come"),
-                                     ("block-short", "1 of 3 register blocks was too short"),
-                                     ("block-undecodable", "the register block of service processor 0 has no valid time"))]
-        self.assertEqual(self.document["reasons"], [reason(*entry) for entry in (
-            *blocks,
-            ("register-unread", T4_MEMORY, 1, "1 of 10 registers was not read"),
-            ("time-unread", T4_MEMORY, 1, "the time of 1 instance was not read"),
-            ("register-unread", T4_BRIDGE, 3, "3 of 20 registers were not read"),
-            ("file-unread", FILES, 5, "5 of 6 capture files are missing or incomplete"))])
-        self.assertEqual(self.document["status"], "partial")
-        self.assertTrue(self.document["message"].endswith("; and 10 more"), self.document["message"])
-
-    def test_exchanges(self):
-        self.assertEqual(self.document["exchanges"]["total"], 122)
-        dots = [{"class": name, "service_processor": owner, "kind": "dot", **how}
-                for name in (J2_BRIDGE, J2_MEMORY, J2_CACHE) for owner, how in ((1, {"short": 1024}), (2, {"lost": True}))]
-        memory, bridge, files = T4_MEMORY + "/node0/instance0", T4_BRIDGE + "/node0/instance", FILES + "/node"
-
-        def register(key, name, address, **how):
-            return {"class": key.split("/")[0], "key": key, "property": name, "address": address, "node": 0,
-                    "kind": "register", **how}
-
-        def area(node, name, kind, **how):
-            return {"class": FILES, "key": f"{files}{node}/{name}", "node": node, "kind": kind, **how}
-
-        self.assertEqual(self.document["exchanges"]["failed"], [
-            *dots,
-            register(memory, "MemoryErrorStatus", "0x0C0100", lost=True),
-            {"class": T4_MEMORY, "key": memory, "property": "StatisticTime", "node": 0, "kind": "timestamp",
-             "completion_code": 0xCE},
-            register(bridge + "0", "ChipIdentification", "0x0F0000", completion_code=0xD5),
-            register(bridge + "0", "FirstErrorPointer", "0x0D0120", short=9),
-            register(bridge + "1", "LinkStatus", "0x0D0138", completion_code=0xC0),
-            area(0, "cpu_err", "read", property="ErrRawData", completion_code=0xC3),
-            area(1, "cpu_err", "open", lost=True),
-            area(0, "ioh_err", "size", completion_code=0xD5),
-            area(1, "ioh_err", "open", lost=True),
-            area(0, "zyn_err", "open", completion_code=0xCB),
-            area(1, "zyn_err", "open", lost=True)])
-
-    def test_unread(self):
-        blocks = [(f"{name}/sp{owner}/instance{bank}", code) for name in (J2_BRIDGE, J2_MEMORY, J2_CACHE)
-                  for owner, code in ((0, "block-undecodable"), (2, "block-unread")) for bank in (0, 1)]
-        self.assertEqual([(unread["key"], unread["code"]) for unread in self.document["unread"]], [
-            *blocks, (FILES + "/node1/cpu_err", "file-unread"), (FILES + "/node0/ioh_err", "file-unread"),
-            (FILES + "/node1/ioh_err", "file-unread"), (FILES + "/node0/zyn_err", "absent"),
-            (FILES + "/node1/zyn_err", "file-unread")])
-
-    def test_missing(self):
-        missing = {instance["key"]: instance["missing"] for instance in self.document["instances"]
-                   if "missing" in instance}
-        self.assertEqual({key: len(entries) for key, entries in missing.items()}, {
-            J2_BRIDGE + "/sp1/instance1": 11, J2_MEMORY + "/sp1/instance0": 3, J2_MEMORY + "/sp1/instance1": 9,
-            J2_CACHE + "/sp1/instance0": 8, J2_CACHE + "/sp1/instance1": 8, T4_MEMORY + "/node0/instance0": 2,
-            T4_BRIDGE + "/node0/instance0": 2, T4_BRIDGE + "/node0/instance1": 1, FILES + "/node0/cpu_err": 1})
-        self.assertEqual([(entry["index"], entry["short"]) for entry in missing[J2_MEMORY + "/sp1/instance0"]],
-                         [(128, 0), (130, 0), (132, 0)])
-        self.assertEqual(missing[T4_MEMORY + "/node0/instance0"],
-                         [{"property": "MemoryErrorStatus", "address": "0x0C0100", "lost": True},
-                          {"property": "StatisticTime", "completion_code": 0xCE}])
-        self.assertEqual(missing[T4_BRIDGE + "/node0/instance0"],
-                         [{"property": "ChipIdentification", "address": "0x0F0000", "completion_code": 0xD5},
-                          {"property": "FirstErrorPointer", "address": "0x0D0120", "short": 9}])
-        self.assertEqual(missing[T4_BRIDGE + "/node0/instance1"],
-                         [{"property": "LinkStatus", "address": "0x0D0138", "completion_code": 0xC0}])
-        self.assertEqual(missing[FILES + "/node0/cpu_err"],
-                         [{"property": "ErrRawData", "offset": 120, "completion_code": 0xC3}])
-
-    def test_values(self):
-        self.assertEqual(len(self.document["instances"]), 14)
-        memory = self.instance(T4_MEMORY + "/node0/instance0")["registers"]
-        # The bytes of the address, each xor 17 times its place: 20 10 2e 13 45 59 46 76 and 18 10 2e 2b 45 59 7e 76.
-        # The collector ors the second byte onto the first; in the other register that changes nothing.
-        self.assertEqual(memory["CorrectableErrorCount"], {
-            "address": "0x0C0120", "width": 32, "value": "0x132E1020", "upper": "0x76465945", "folded": "0x132E1030"})
-        self.assertEqual(memory["EccSyndrome"], {
-            "address": "0x0C0118", "width": 32, "value": "0x2B2E1018", "upper": "0x767E5945"})
-        self.assertEqual(self.instance(FILES + "/node0/cpu_err")["file"],
-                         {"area": "cpu_err", "reported_size": 349, "received": 120})
-
-    def test_a_capture_file_that_was_cut_is_named_so(self):
-        self.collect("--sp", FAILING, "--capture-dir", "captures", FILES, status=3)
-        cut, = (self.folder / "captures").iterdir()
-        self.assertEqual((cut.name, cut.stat().st_size), ("node1-cpu_err-0.bin.partial", 120))
-
-    def test_a_recording_gives_the_same_result(self):
-        replayed = self.collect("--sp", "replay:run.jsonl", status=3)
-        for document in (self.document, replayed):
-            del document["run"], document["source"]
-        self.assertEqual(replayed, self.document)
-
-
-class SmallServer(VelhostCase):
-    """A result compared as a whole."""
-
-    def test_the_whole_result(self):
-        self.write("small.mof", SMALL_SCHEMA)
-        self.write("small.toml", SMALL_SERVER)
-        found = self.collect("--schema", "small.mof", "--sp", "sim:small.toml", BRIDGE, BLOCK, FILES, status=3)
-        run = found.pop("run")
-        self.assertRegex(run["id"], r"^[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}$")
-        self.assertRegex(run["started"], r"^20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}\+00:00$")
-        self.assertEqual(sorted(run), ["elapsed_ms", "host", "id", "labels", "started", "velhost"])
-        expected = json.loads(SMALL_RESULT)
-        expected["schema"]["sha256"] = hashlib.sha256(SMALL_SCHEMA.encode()).hexdigest()
-        self.assertEqual(found, expected)
-
-
-SMALL_RESULT = """
-{"kind":"instancecollection","format_version":2,
-"source":{"sp":["sim:small.toml"],"target":"sim:small.toml","simulated":true},
-"machine_type":"6203",
-"plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.0"},
-"schema":{"paths":["small.mof"],"sha256":"","example":false},
-"instances":[
-{"kind":"instance","class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0",
- "origin":{"path":"r8","node":0,"chip":1,"instance":0,"time_raw":"12 34 56 78"},
- "incomplete":true,"missing":[{"property":"Log","address":"0xABCDF0","completion_code":203}],
- "properties":{"InstanceID":"KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0","ElementName":"PCI I/O bridge,0","MachineType":"6203",
-  "StatisticTime":"19700101060856.000000+000","Count":[171,205,239,0,0,1,1,0,0,0,239,254,254,239]},
- "registers":{"Count":{"address":"0xABCDEF","width":32,"value":"0x00000100","folded":"0x00000101"}}},
-{"kind":"instance","class":"KROSG_X_MEMCTL_StatisticData","key":"KROSG_X_MEMCTL_StatisticData/sp0/instance0",
- "origin":{"path":"jfr","service_processor":0,"instance":0},
- "properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0","ElementName":"Memory and I/O controller,0","MachineType":"6203",
-  "StatisticTime":"20260131113005.000000+000","First":[11,0,84,32,61,32,0,0,0,26,63,76,46,64]},
- "registers":{"First":{"index":0,"width":64,"value":"0x0000001A3F4C2E40","identification":"0B 00 54"}}},
-{"kind":"instance","class":"KROSG_X_MEMCTL_StatisticData","key":"KROSG_X_MEMCTL_StatisticData/sp1/instance0",
- "origin":{"path":"jfr","service_processor":1,"instance":0},
- "incomplete":true,"missing":[{"property":"First","index":0,"short":0},{"property":"StatisticTime","short":1}],
- "properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0","ElementName":"Memory and I/O controller,0","MachineType":"6203",
-  "StatisticTime":"20484848484848.000000+000","First":[48,48,48,32,61,32,48,48,48,48,48,48,48,48]},
- "registers":{}},
-{"kind":"instance","class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/cpu_err",
- "origin":{"path":"ffdc","node":0},"file":{"area":"cpu_err","reported_size":12,"received":3},
- "incomplete":true,"missing":[{"property":"ErrRawData","offset":3,"short":3}],
- "properties":{"FileName":"cpu_err","ErrRawData":"0a ff 00 00 00 00 00 00 00 00 00 00 ","MessageTimestamp":"20260131123456.000000+060",
-  "SourceNode":"1","CreationClassName":"KROSG_DCAPFile","LogCreationClassName":"KROSG_DCAPFile","LogName":"KROSG_DCAPFile","RecordID":"0"}}
-],
-"status":"partial","exit_status":3,
-"message":"KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short; KROSG_DCAPFile: 1 of 3 capture files is missing or incomplete",
-"reasons":[
- {"code":"block-short","class":"KROSG_X_MEMCTL_StatisticData","count":1,"message":"1 of 2 register blocks was too short"},
- {"code":"file-unread","class":"KROSG_DCAPFile","count":1,"message":"1 of 3 capture files is missing or incomplete"}],
-"exchanges":{"total":15,"failed":[
- {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0","property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
- {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1","property":"Count","address":"0xABCDEF","node":0,"kind":"register","completion_code":203},
- {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1","property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
- {"class":"KROSG_X_MEMCTL_StatisticData","service_processor":1,"kind":"dot","short":1},
- {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/cpu_err","property":"ErrRawData","node":0,"kind":"read","short":3},
- {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/cpu_err","property":"ErrRawData","node":0,"kind":"read","short":0},
- {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/ioh_err","node":0,"kind":"open","completion_code":203},
- {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/zyn_err","node":0,"kind":"open","completion_code":203}]},
-"unread":[
- {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1","origin":{"path":"r8","node":0,"chip":2,"instance":1},"code":"absent"},
- {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/ioh_err","origin":{"path":"ffdc","node":0},"code":"absent"},
- {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/zyn_err","origin":{"path":"ffdc","node":0},"code":"absent"}]}
-"""
 
 
 class Status(VelhostCase):
@@ -378,89 +152,6 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
         self.assertEqual(self.document["unread"], [])
 
 
-class EndOfRun(VelhostCase):
-    """The exit status is the one in the result, whatever fails at the end."""
-
-    def run_and_read(self, *arguments):
-        done = self.run_velhost("collect", "--format", "json", *arguments)
-        document = json.loads(done.stdout)
-        self.assertEqual(document["exit_status"], done.returncode)
-        return done.returncode, document, done.stderr
-
-    def test_a_trace_or_recording_that_cannot_be_written(self):
-        for option in ("--log", "--record"):
-            status, document, errors = self.run_and_read(option, "/dev/full", BRIDGE)
-            self.assertEqual((status, document["status"]), (74, "complete"))
-            self.assertNotIn("message", document)
-            self.assertIn("/dev/full", errors)
-
-    def test_it_stays_partial_when_something_is_missing(self):
-        status, document, errors = self.run_and_read("--log", "/dev/full", "--sp", FAILING, T4_BRIDGE)
-        self.assertEqual((status, document["status"]), (74, "partial"))
-        self.assertIn(f"velhost: partial: {T4_BRIDGE}: ", errors)
-
-    def test_a_mismatch_counts_less_than_a_failed_write(self):
-        self.collect("--record", "run.jsonl", FILES)
-        status, document, errors = self.run_and_read("--sp", "replay:run.jsonl", BRIDGE)
-        self.assertEqual((status, document["status"]), (65, "failed"))
-        self.assertRegex(document["message"], r"^run\.jsonl:2:1: error: found .*, expected ")
-        self.assertIn(document["message"], errors)
-        self.assertEqual(document["reasons"], [
-            reason("nothing-read", None, 1, "no instance came"),
-            reason("register-unread", BRIDGE, 36, "36 of 36 registers were not read")])
-        self.assertEqual({failed["not_recorded"] for failed in document["exchanges"]["failed"]}, {True})
-        status, document, errors = self.run_and_read("--log", "/dev/full", "--sp", "replay:run.jsonl", BRIDGE)
-        self.assertEqual((status, document["status"]), (74, "partial"))
-        self.assertIn("run.jsonl:2:1: error: ", errors)
-
-    def test_what_a_recording_does_not_have_is_named_so(self):
-        self.collect("--record", "run.jsonl", BRIDGE)
-        lines = (self.folder / "run.jsonl").read_bytes().splitlines(keepends=True)
-        (self.folder / "run.jsonl").write_bytes(b"".join(lines[:13]))
-        status, document, _ = self.run_and_read("--sp", "replay:run.jsonl", BRIDGE)
-        self.assertEqual((status, document["status"]), (3, "partial"))
-        # Twelve registers, then nothing: neither times nor the other two bridges.
-        self.assertEqual(document["reasons"], [
-            reason("register-unread", BRIDGE, 24, "24 of 36 registers were not read"),
-            reason("time-unread", BRIDGE, 1, "the time of 1 instance was not read")])
-        self.assertEqual(document["instances"][0]["missing"], [{"property": "StatisticTime", "not_recorded": True}])
-
-
-class Source(VelhostCase):
-    """What a result says of its run, its server and its schema."""
-
-    def test_a_replay_is_as_simulated_as_what_was_recorded(self):
-        self.collect("--record", "run.jsonl", FILES)
-        header = json.loads((self.folder / "run.jsonl").read_text().splitlines()[0])
-        document = self.collect("--sp", "replay:run.jsonl", FILES)
-        self.assertEqual(document["source"], {"sp": ["replay:run.jsonl"], "target": "replay:run.jsonl", "simulated": True,
-                                              "recorded": header["started"]})
-        self.assertEqual((header["source"]["target"], header["source"]["simulated"]), ("sim", True))
-        self.assertEqual((header["classes"], header["single_request"]), ([FILES], False))
-        self.assertEqual(header["schema_sha256"], document["schema"]["sha256"])
-
-    def test_a_replay_with_another_schema_is_warned_of(self):
-        self.write("small.mof", SMALL_SCHEMA)
-        self.write("small.toml", SMALL_SERVER.replace("size = 12", ""))
-        self.collect("--schema", "small.mof", "--sp", "sim:small.toml", "--record", "run.jsonl", FILES)
-        self.write("small.mof", SMALL_SCHEMA + "class Other {};\n")
-        replay = ["collect", "--sp", "replay:run.jsonl", "--schema", "small.mof", "--format", "json", FILES]
-        self.assertEqual(self.run_velhost(*replay).stderr, "velhost: warning: the recording was made with another schema\n")
-        self.write("small.mof", SMALL_SCHEMA)
-        self.assertEqual(self.run_velhost(*replay).stderr, "")
-
-    def test_labels(self):
-        document = self.collect("--label", "rack=7", "--label", "room=", FILES)
-        self.assertEqual(document["run"]["labels"], {"rack": "7", "room": ""})
-        self.assertTrue(document["schema"]["example"])
-
-    def test_every_line_names_its_run(self):
-        done = self.run_velhost("collect", "--format", "jsonl", "--label", "rack=7", FILES)
-        lines = [json.loads(line) for line in done.stdout.splitlines()]
-        self.assertEqual({line["run_id"] for line in lines}, {lines[-1]["run"]["id"]})
-        self.assertEqual([line["labels"] for line in lines], [{"rack": "7"}] * 7)
-
-
 class OverTheNetwork(LanCase):
     def test_where_every_exchange_fails_each_register_is_named(self):
         schema = self.schema({"Listed": (0x00ABCDEF, 8), "Other": (0x00112233, 8)}, count=2)
@@ -480,6 +171,47 @@ class OverTheNetwork(LanCase):
         target = f"127.0.0.1:{port}"
         self.assertEqual((documents[0]["source"]["sp"], documents[0]["source"]["target"]),
                          ([f"lan:{self.user}@{target}"], f"lan:{target}"))
+
+    def test_simulator_recording_and_network_lack_the_same(self):
+        self.write("small.mof", SMALL_SCHEMA)
+        nodes = SMALL_SERVER[SMALL_SERVER.index("[[bmc_node]]"):]
+        _, port = self.simulate(f"""machine_type = "6203"
+{nodes}
+[[bmc_node.register]]
+chip = 1
+address = 0xABCDF0
+value = "01 02 03 04 05 06 07 08"
+[[fault]]
+on = "register"
+nth = 1
+truncate = 18
+[[fault]]
+on = "timestamp"
+completion_code = 0xCE
+[[fault]]
+on = "read"
+nth = 2
+completion_code = 0xC3
+""")
+        over_network = self.collect_over_lan(port, "small.mof", "--record", "run.jsonl")
+        self.assertEqual(over_network.returncode, 3, over_network.stderr)
+        documents = [json.loads(over_network.stdout)]
+        for source in ("replay:run.jsonl", "sim:server.toml"):
+            documents.append(self.collect("--schema", "small.mof", "--sp", source, BRIDGE, FILES, status=3))
+        for document in documents:
+            del document["run"], document["source"]
+            for instance in document["instances"]:
+                instance["properties"].pop("MessageTimestamp", None)  # of the system's clock
+        self.assertEqual(documents[1:], documents[:1] * 2)
+        self.assertEqual(documents[0]["reasons"], [
+            reason("register-unread", BRIDGE, 1, "1 of 4 registers was not read"),
+            reason("time-unread", BRIDGE, 1, "the time of 1 instance was not read"),
+            reason("file-unread", FILES, 1, "1 of 3 capture files is missing or incomplete")])
+        self.assertEqual([failed for failed in documents[0]["exchanges"]["failed"] if "short" in failed], [
+            {"class": BRIDGE, "key": BRIDGE + "/node0/instance0", "property": "Count", "address": "0xABCDEF", "node": 0,
+             "kind": "register", "short": 9},
+            {"class": FILES, "key": FILES + "/node0/cpu_err", "property": "ErrRawData", "node": 0, "kind": "read",
+             "short": 3}])
 
     def check_failed(self, document, how):
         self.assertEqual(document["status"], "partial")
