@@ -7,6 +7,7 @@ With --whole the largest permitted size is read completely, otherwise until a de
 
 import json
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -53,7 +54,8 @@ def collect(folder, sp, *arguments):
             os.killpg(process.pid, signal.SIGKILL)
             sys.exit(f"FAILED: {sp}: no end {LONGEST} s after the start")
     seconds = time.monotonic() - start
-    document = json.loads((folder.path / "out.json").read_text())
+    # An area that holds less than it reports makes millions of short reads, each of which is listed.
+    document = json.loads(re.sub(rb'"failed":\[[^\]]*\]', b'"failed":[]', (folder.path / "out.json").read_bytes()))
     return process.returncode, document, messages, seconds, int((folder.path / "peak").read_text())
 
 
