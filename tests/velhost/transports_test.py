@@ -235,6 +235,10 @@ class Transports(LanCase):
         self.assertEqual(document["status"], "partial")
         self.assertIn("Register0", document["instances"][0]["properties"])
         self.assertNotIn("Register999", document["instances"][0]["properties"])
+        self.assertEqual(document["reasons"][0], {"code": "session-lost", "class": BRIDGE, "count": 1,
+                                                  "message": "the connection to the service processor was lost"})
+        self.assertEqual(document["instances"][0]["missing"][-2:], [
+            {"property": "Register999", "address": "0x002F38", "lost": True}, {"property": "StatisticTime", "lost": True}])
         self.assertIn("127.0.0.1", errors)
 
 
