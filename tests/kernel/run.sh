@@ -135,9 +135,9 @@ fi
 grep -qx '== kernel test result 0' "$work/output" || { echo "FAILED in the virtual machine" >&2; exit 1; }
 
 # The same server in four ways: simulated in the process, recorded, over the network, and through the kernel
-# driver. Capture files get the time of the machine that reads them.
+# driver. Each run has its own identifier, and capture files get the time of the machine that reads them.
 instances() {
-  grep '"kind":"instance"' "$1" | sed -E '/KROSG_DCAPFile/s/"[0-9]{14}\.[0-9]{6}[+-][0-9]{3}"/"TIME"/g' || true
+  grep '"kind":"instance"' "$1" | sed -E 's/"run_id":"[^"]*",//; /KROSG_DCAPFile/s/"[0-9]{14}\.[0-9]{6}[+-][0-9]{3}"/"TIME"/g' || true
 }
 collect() { # name, arguments
   local name=$1
