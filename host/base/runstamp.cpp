@@ -4,6 +4,7 @@
 
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 

@@ -1,13 +1,14 @@
 #include "host/output/planwriter.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"

@@ -1,7 +1,9 @@
 #include "host/velhost/classchoice.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>

@@ -1,5 +1,7 @@
 #include "host/velhost/declaredserver.h"
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 

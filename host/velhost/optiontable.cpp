@@ -6,6 +6,7 @@
 #include <charconv>
 #include <iterator>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "host/base/unsafetext.h"

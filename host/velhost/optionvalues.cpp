@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "host/base/decimal.h"
 #include "host/base/hosterror.h"

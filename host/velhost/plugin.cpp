@@ -1,4 +1,5 @@
 // velhost plugin: prints the identity of the collector.
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "host/base/hosterror.h"
@@ -82,7 +84,7 @@ TLoadedSchema LoadSchema(const TCommonOptions& options, const TInstallation& ins
   const bool hasExample = std::any_of(paths.begin(), paths.end(), [&installation](const std::string& path) {
     return IsInFolder(path, installation.SchemaFolder());
   });
-  const TLoadedSchema loaded = {schema.cimNamespace, {paths, hashing.HexDigest(), hasExample}};
+  TLoadedSchema loaded = {schema.cimNamespace, {paths, hashing.HexDigest(), hasExample}};
   const std::size_t classes = schema.cimNamespace->Classes().size();
   SayDetail("schema: " + Listed(paths, ", ") + "; " + std::to_string(classes) + (classes == 1 ? " class" : " classes") +
             ", SHA-256 " + loaded.facts.sha256);

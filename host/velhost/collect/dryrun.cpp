@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <memory>
+#include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "host/output/planwriter.h"
 #include "host/output/writers.h"
