@@ -324,13 +324,15 @@ class Rules(unittest.TestCase):
         complete = [(["status"], "complete"), (["exit_status"], 0), (["message"], ABSENT), (["reasons"], [])]
         time = [{"code": "time-unread", "class": "A", "count": 1, "message": "m"}]
         self.check("collection", [
-            (True, *complete), (True, *complete, (["exit_status"], 1)), (True, *complete, (["exit_status"], 74)),
+            (True, *complete), (True, *complete, (["exit_status"], 1)), (True, *complete, (["exit_status"], 73)),
+            (True, *complete, (["exit_status"], 74)),
             (True, *complete, (["reasons"], time)),
             (False, *complete, (["exit_status"], 3)), (False, *complete, (["message"], "m")),
             (False, *complete, (["reasons"], RESULT["reasons"]))])
         self.check("collection", [(False, (["reasons"], [])), (False, (["reasons"], time)),
                                   (True, (["reasons"], time + RESULT["reasons"])), (False, (["exit_status"], 0)),
-                                  (True, (["exit_status"], 1)), (False, (["exit_status"], 70))])
+                                  (True, (["exit_status"], 1)), (True, (["exit_status"], 73)),
+                                  (False, (["exit_status"], 70))])
 
     def test_unreachable_and_failed_have_their_exit_statuses(self):
         for status, right, wrong in (("unreachable", (69, 77), (3, 70)), ("failed", (65, 66, 70), (3, 69))):
