@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <map>
+
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"
 #include "host/output/planturns.h"

@@ -1,6 +1,11 @@
 #include "host/output/jsonresult.h"
 
+#include <array>
 #include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "host/base/hex.h"
 

@@ -1,5 +1,7 @@
 #include "host/output/jsontext.h"
 
+#include <vector>
+
 #include "host/base/hex.h"
 #include "host/base/unsafetext.h"
 

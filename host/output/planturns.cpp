@@ -2,6 +2,9 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
+#include <optional>
+#include <tuple>
 
 #include "host/output/capturefiles.h"
 

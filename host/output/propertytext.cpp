@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "host/base/caseinsensitive.h"
 #include "host/base/cimdatetime.h"
@@ -112,7 +115,7 @@ std::string MissingValueText(const TMissing& missing) {
 }
 
 std::string CaptureText(const TCaptureFile& capture, const TMissing* missing) {
-  const std::string size = Counted(capture.data.size(), "byte");
+  std::string size = Counted(capture.data.size(), "byte");
   if (missing == nullptr) return size;
   return size + "; incomplete from " + WhereText(missing->where) + " on: " + WhyText(*missing);
 }

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <cstddef>
 #include <numeric>
+#include <optional>
 #include <vector>
 
 #include "host/base/text.h"

@@ -3,10 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <string_view>
+#include <tuple>
+#include <utility>
 
 #include "host/base/displaywidth.h"
 #include "host/base/unsafetext.h"
@@ -81,7 +83,9 @@ struct TSubject {
   std::uint32_t turn;
   int owner;
   int number;  // of the place; kBlock for a register block, kOther if no instance depends on it or none is known
-  auto operator<=>(const TSubject&) const = default;
+  bool operator<(const TSubject& other) const {
+    return std::tie(turn, owner, number) < std::tie(other.turn, other.owner, other.number);
+  }
 };
 
 TSubject SubjectOf(const TExchangeFailure& failure) {

@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <map>
+#include <string_view>
 
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 #include "host/output/capturefiles.h"
 #include "host/output/iresultwriter.h"
