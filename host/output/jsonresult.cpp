@@ -1,73 +1,24 @@
 #include "host/output/jsonresult.h"
 
-#include <array>
 #include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "host/base/hex.h"
+#include "host/output/jsonfacts.h"
 
 namespace velhost {
 
 namespace {
 
-using CollectorProfile::EPath;
-
-constexpr int kAddressBytes = 3;
-
-int BytesOf(const TRegisterFacts& facts) { return facts.isNarrow ? 4 : 8; }
-
-// Calls `write` for each item, with a comma between two.
-template <typename TItems, typename TWrite>
-void Separated(TJsonText& json, const TItems& items, const TWrite& write) {
-  bool first = true;
-  for (const auto& item : items) {
-    if (!first) json.Raw(',');
-    first = false;
-    write(item);
-  }
-}
-
-void Strings(TJsonText& json, const std::vector<std::string>& texts) {
+void AppendStrings(TJsonText& json, const std::vector<std::string>& texts) {
   json.Raw('[');
-  Separated(json, texts, [&json](const std::string& text) { json.String(text); });
+  AppendSeparated(json, texts, [&json](const std::string& text) { json.String(text); });
   json.Raw(']');
 }
 
-void Address(TJsonText& json, std::uint32_t address) { json.Hex(address, kAddressBytes); }
-
-void Identification(TJsonText& json, const std::array<std::uint8_t, 3>& bytes) {
-  json.Raw(R"(,"identification":")");
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (i > 0) json.Raw(' ');
-    json.Raw(UpperHexPair(bytes.at(i)));
-  }
-  json.Raw('"');
-}
-
 }  // namespace
-
-void AppendOrigin(TJsonText& json, const TOrigin& origin) {
-  json.Raw(R"("origin":{)");
-  json.Member("path", NameOfOriginPath(origin.path));
-  json.Raw(origin.path == EPath::kJfr ? R"(,"service_processor":)" : R"(,"node":)");
-  json.Signed(origin.owner);
-  if (origin.chip) {
-    json.Raw(R"(,"chip":)");
-    json.Signed(*origin.chip);
-  }
-  if (origin.instance) {
-    json.Raw(R"(,"instance":)");
-    json.Signed(*origin.instance);
-  }
-  if (!origin.timeRaw.empty()) {
-    json.Raw(',');
-    json.Member("time_raw", origin.timeRaw);
-  }
-  json.Raw('}');
-}
 
 void TJsonResult::NewLine() {
   if (layout_ == ELayout::kDocument) json_.Raw('\n');
@@ -97,13 +48,13 @@ void TJsonResult::RunIdentity() {
 
 void TJsonResult::Labels() {
   json_.Raw(R"("labels":{)");
-  Separated(json_, header_.run.labels, [this](const auto& label) { json_.Member(label.first, label.second); });
+  AppendSeparated(json_, header_.run.labels, [this](const auto& label) { json_.Member(label.first, label.second); });
   json_.Raw('}');
 }
 
 void TJsonResult::Source(const TSourceFacts& source) {
   json_.Raw(R"("source":{"sp":)");
-  Strings(json_, source.sp);
+  AppendStrings(json_, source.sp);
   json_.Raw(',');
   json_.Member("target", source.target);
   json_.Raw(source.simulated ? R"(,"simulated":true)" : R"(,"simulated":false)");
@@ -136,7 +87,7 @@ void TJsonResult::Plugin(const TPluginFacts& plugin) {
 
 void TJsonResult::Schema(const TSchemaFacts& schema) {
   json_.Raw(R"("schema":{"paths":)");
-  Strings(json_, schema.paths);
+  AppendStrings(json_, schema.paths);
   json_.Raw(',');
   json_.Member("sha256", schema.sha256);
   json_.Raw(schema.example ? R"(,"example":true},)" : R"(,"example":false},)");
@@ -152,67 +103,18 @@ void TJsonResult::Instance(const TInstance& instance, const TInstanceFacts& fact
     json_.Raw(',');
     AppendOrigin(json_, *facts.origin);
   }
-  if (facts.file) File(*facts.file);
+  if (facts.file) {
+    json_.Raw(',');
+    AppendFile(json_, *facts.file);
+  }
   if (!facts.missing.empty()) {
     json_.Raw(R"(,"incomplete":true,"missing":[)");
-    Separated(json_, facts.missing, [this](const TMissing& missing) { Missing(missing); });
+    AppendSeparated(json_, facts.missing, [this](const TMissing& missing) { AppendMissing(json_, missing); });
     json_.Raw(']');
   }
   Properties(instance);
   if (facts.registers) Registers(instance, *facts.registers);
   json_.Raw('}');
-}
-
-void TJsonResult::File(const TFileFacts& file) {
-  json_.Raw(R"(,"file":{)");
-  json_.Member("area", file.area);
-  json_.Raw(R"(,"reported_size":)");
-  json_.Signed(file.reportedSize);
-  json_.Raw(R"(,"received":)");
-  json_.Unsigned(file.received);
-  json_.Raw('}');
-}
-
-void TJsonResult::Missing(const TMissing& missing) {
-  json_.Raw('{');
-  json_.Member("property", missing.property);
-  json_.Raw(',');
-  Where(missing.where);
-  How(missing.how);
-  json_.Raw('}');
-}
-
-// With a trailing comma.
-void TJsonResult::Where(const TWhere& where) {
-  if (where.address) {
-    json_.Raw(R"("address":)");
-    Address(json_, *where.address);
-  } else if (where.addresses) {
-    json_.Raw(R"("addresses":[)");
-    Separated(json_, *where.addresses, [this](std::uint32_t address) { Address(json_, address); });
-    json_.Raw(']');
-  } else if (where.index) {
-    json_.Raw(R"("index":)");
-    json_.Unsigned(*where.index);
-  } else if (where.offset) {
-    json_.Raw(R"("offset":)");
-    json_.Unsigned(*where.offset);
-  } else {
-    return;
-  }
-  json_.Raw(',');
-}
-
-void TJsonResult::How(THow how) {
-  switch (how.how) {
-    case EHow::kLost: return json_.Raw(R"("lost":true)");
-    case EHow::kNotSent: return json_.Raw(R"("not_sent":true)");
-    case EHow::kNotRecorded: return json_.Raw(R"("not_recorded":true)");
-    case EHow::kCompletionCode: json_.Raw(R"("completion_code":)"); break;
-    case EHow::kShort: json_.Raw(R"("short":)"); break;
-    case EHow::kAnswered: json_.Raw(R"("answered":)"); break;
-  }
-  json_.Unsigned(how.number);
 }
 
 void TJsonResult::Properties(const TInstance& instance) {
@@ -232,32 +134,10 @@ void TJsonResult::Properties(const TInstance& instance) {
 void TJsonResult::Registers(const TInstance& instance, const std::vector<TRegisterFacts>& registers) {
   const auto& properties = instance.Class().Properties();
   json_.Raw(R"(,"registers":{)");
-  Separated(json_, registers, [&](const TRegisterFacts& facts) {
+  AppendSeparated(json_, registers, [&](const TRegisterFacts& facts) {
     json_.Name(properties.at(facts.property)->Definition().name);
-    Register(facts);
+    AppendRegister(json_, facts);
   });
-  json_.Raw('}');
-}
-
-void TJsonResult::Register(const TRegisterFacts& facts) {
-  if (facts.isIndex) {
-    json_.Raw(R"({"index":)");
-    json_.Unsigned(facts.place);
-  } else {
-    json_.Raw(R"({"address":)");
-    Address(json_, facts.place);
-  }
-  json_.Raw(facts.isNarrow ? R"(,"width":32,"value":)" : R"(,"width":64,"value":)");
-  json_.Hex(facts.value, BytesOf(facts));
-  if (facts.identification) Identification(json_, *facts.identification);
-  if (facts.upper) {
-    json_.Raw(R"(,"upper":)");
-    json_.Hex(*facts.upper, 4);
-  }
-  if (facts.folded) {
-    json_.Raw(R"(,"folded":)");
-    json_.Hex(*facts.folded, 4);
-  }
   json_.Raw('}');
 }
 
@@ -273,12 +153,12 @@ void TJsonResult::Summary(const TResultSummary& summary) {
   }
   NewLine();
   json_.Raw(R"("reasons":[)");
-  Separated(json_, summary.reasons, [this](const TReason& reason) { Reason(reason); });
+  AppendSeparated(json_, summary.reasons, [this](const TReason& reason) { Reason(reason); });
   json_.Raw("],");
   NewLine();
   Exchanges(summary, turns);
   json_.Raw(R"("unread":[)");
-  Separated(json_, summary.unread, [&](const TUnread& unread) { Unread(unread, turns); });
+  AppendSeparated(json_, summary.unread, [&](const TUnread& unread) { Unread(unread, turns); });
   json_.Raw("],");
   NewLine();
   Run(summary.elapsedMs);
@@ -332,7 +212,7 @@ void TJsonResult::Failure(const TExchangeFailure& failure, const TPlanTurns& tur
   }
   if (failure.address) {
     json_.Raw(R"("address":)");
-    Address(json_, *failure.address);
+    AppendAddress(json_, *failure.address);
     json_.Raw(',');
   }
   json_.Raw(isDot ? R"("service_processor":)" : R"("node":)");
@@ -340,7 +220,7 @@ void TJsonResult::Failure(const TExchangeFailure& failure, const TPlanTurns& tur
   json_.Raw(',');
   json_.Member("kind", NameOfKind(failure.kind));
   json_.Raw(',');
-  How(failure.how);
+  AppendHow(json_, failure.how);
   json_.Raw('}');
 }
 

@@ -10,9 +10,6 @@
 
 namespace velhost {
 
-/// `"origin":{...}`, wherever a place has one.
-void AppendOrigin(TJsonText& json, const TOrigin& origin);
-
 /// Writes what `json` and `jsonl` have in common.
 class TJsonResult {
  public:
@@ -42,13 +39,8 @@ class TJsonResult {
   void Server(const TSourceFacts& source);
   void Plugin(const TPluginFacts& plugin);
   void Schema(const TSchemaFacts& schema);
-  void File(const TFileFacts& file);
-  void Missing(const TMissing& missing);
-  void Where(const TWhere& where);
-  void How(THow how);
   void Properties(const TInstance& instance);
   void Registers(const TInstance& instance, const std::vector<TRegisterFacts>& registers);
-  void Register(const TRegisterFacts& facts);
   void Reason(const TReason& reason);
   void Exchanges(const TResultSummary& summary, const TPlanTurns& turns);
   void Failure(const TExchangeFailure& failure, const TPlanTurns& turns);

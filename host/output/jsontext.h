@@ -41,4 +41,15 @@ class TJsonText {
   std::string scratch_;
 };
 
+/// Calls `write` for each item, with a comma between two.
+template <typename TItems, typename TWrite>
+void AppendSeparated(TJsonText& json, const TItems& items, const TWrite& write) {
+  bool first = true;
+  for (const auto& item : items) {
+    if (!first) json.Raw(',');
+    first = false;
+    write(item);
+  }
+}
+
 }  // namespace velhost

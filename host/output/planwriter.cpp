@@ -12,7 +12,7 @@
 
 #include "host/base/text.h"
 #include "host/base/unsafetext.h"
-#include "host/output/jsonresult.h"
+#include "host/output/jsonfacts.h"
 #include "host/output/jsontext.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"
