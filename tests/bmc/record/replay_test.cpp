@@ -82,7 +82,9 @@ std::pair<std::string, std::vector<TSession::TResult>> RecordSession() {
   TFaultInjector faults(simulator, server.faults);
   TSupervisedServiceProcessor supervised(faults);
   TStringSink sink;
-  TRecorder recorder(sink, {"6203", "2026-01-31T12:00:00+01:00", 60, supervised.Discover()});
+  const TRecordedSource source = {{"sim:a.toml"}, "sim:a.toml", true, "then", "S1", "U1"};
+  TRecorder recorder(sink, {"6203", "2026-01-31T12:00:00+01:00", 60, supervised.Discover(),
+                            TRecordedRun{source, {"A", "B"}, true, "ab12"}});
   supervised.AddObserver(recorder);
   TSession session(supervised);
   session.Run();
@@ -116,13 +118,7 @@ TEST(Replay, SuppliesWhatWasKnownAboutTheServer) {
 }
 
 TEST(Replay, KnowsTheRunThatWasRecorded) {
-  EXPECT_FALSE(TMemoryReplay(RecordSession().first).Header().run);
-  const TMemoryReplay replay(
-      R"({"format":"velhost-recording","version":2,"machine_type":"","started":"","utc_offset_minutes":0,)"
-      R"("source":{"sp":["sim:a.toml"],"target":"sim:a.toml","simulated":true,"recorded":"then",)"
-      R"("server":{"serial":"S1","uuid":"U1"}},"classes":["A","B"],"single_request":true,"schema_sha256":"ab12",)"
-      R"("discovery":{"bmc_nodes":1,"ipmi_driver":true,"dot_command":true,"sp_comm":true,"service_processors":1}})"
-      "\n");
+  const TMemoryReplay replay(RecordSession().first);
   ASSERT_TRUE(replay.Header().run);
   const TRecordedRun& run = *replay.Header().run;
   EXPECT_EQ(run.source.sp, std::vector<std::string>{"sim:a.toml"});
@@ -196,6 +192,8 @@ const std::string kBlockLine =
     "\n";
 const std::string kClockLine = R"({"kind":"clock","local_time":"2026-01-31T12:34:56-03:30"})"
                                "\n";
+
+TEST(Replay, KnowsNoRunOfARecordingOfVersion1) { EXPECT_FALSE(TMemoryReplay(kHead).Header().run); }
 
 TEST(Replay, PadsAnswersWithZeros) {
   TMemoryReplay replay(kHead + kTimestampLine + kBlockLine);
