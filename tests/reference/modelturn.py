@@ -77,7 +77,9 @@ def reported_size(exchange):
 class TurnBook:
     """One turn: the collection of a class, with the exchanges and instances that the collector made for it."""
 
-    def __init__(self, plan, turn, exchanges, committed):
+    def __init__(self, plan, turn, exchanges, committed, was_begun):
+        """`was_begun` is false if the request failed before its first class."""
+        self.was_begun = was_begun
         self.plan = plan
         self.turn = turn
         self.exchanges = exchanges
@@ -129,7 +131,7 @@ class TurnBook:
             good = [exchange for exchange in reads if not how_register_failed(exchange)]
             if len(good) == 1:
                 registers[register.name] = self.r8_register(register, good[0], place)
-            elif reads:
+            elif self.was_begun:
                 missing.append(self.missing_register(register, reads))
         unread = [one for one in missing if not one.items() >= ABSENT.items()]
         self.reasons["register-unread"] += len(unread)
@@ -154,7 +156,7 @@ class TurnBook:
         ways = [how_register_failed(exchange) for exchange in reads]
         addresses = [hex_text(address, 6) for address in register.addresses]
         where = {"address": addresses[0]} if len(addresses) == 1 else {"addresses": addresses}
-        alike = ways[0] and all(way == ways[0] for way in ways)
+        alike = ways and ways[0] and all(way == ways[0] for way in ways)
         return {"property": register.name, **where, **(ways[0] if alike else {"answered": ways.count(None)})}
 
     def r8_register(self, register, exchange, place):

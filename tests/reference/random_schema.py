@@ -289,7 +289,7 @@ class SchemaMaker:
     def offset(self):
         if not self.types.offset.endswith("[]"):
             return self.address()
-        return [self.address() for _ in range(self.rng.choice([1, 1, 1, 1, 2, 3]))]
+        return [self.address() for _ in range(self.rng.choice([1] * 16 + [2] * 4 + [3] * 4 + [0]))]
 
     def address(self):
         if self.types.offset.startswith("string") and self.rng.random() < 0.2:

@@ -181,6 +181,15 @@ class RegisterTest(unittest.TestCase):
             {"property": "None", "addresses": ["0x000004", "0x000005"], "completion_code": 203}])
         self.assertEqual(reasons(document), [("register-unread", model.VO_PCI_BRIDGE, 1)])
 
+    def test_no_address(self):
+        document = self.one(register("Reg", Offset=0xABCDEF, MaxLen=8), register("None", Offset=[], MaxLen=8))
+        self.assertEqual(document["instances"][0]["missing"], [{"property": "None", "addresses": [], "answered": 0}])
+        self.assertEqual(reasons(document), [("register-unread", model.VO_PCI_BRIDGE, 1)])
+        document = self.one(register("None", Offset=[], MaxLen=8))
+        self.assertEqual(unread(document), [(model.VO_PCI_BRIDGE + "/node0/instance0", "register-unread")])
+        self.assertEqual((reasons(document), document["exchanges"]["total"]),
+                         ([("register-unread", model.VO_PCI_BRIDGE, 1)], 0))
+
     def test_addresses_that_failed_in_different_ways(self):
         document = self.one(register("Reg", Offset=0xABCDEF, MaxLen=8), register("None", Offset=[4, 5], MaxLen=8),
                             faults=[{"on": "register", "nth": 2, "lost": True}])
