@@ -59,6 +59,21 @@ def collect(name):
     return modelresult.document(plan, run), run.exchanges
 
 
+class DemoServerTest(unittest.TestCase):
+
+    def test_one_register_is_absent(self):
+        document, exchanges = collect("demo.toml")
+        self.assertEqual((len(document["instances"]), len(exchanges), document["exchanges"]["total"]), (25, 267, 267))
+        bridge = "KROSG_VO_PCIIOBRIDGE_StatisticData"
+        self.assertEqual(document["exchanges"]["failed"], [
+            {"class": bridge, "key": bridge + "/node0/instance2", "property": "InternalErrorLog", "address": "0x2D0140",
+             "node": 0, "kind": "register", "completion_code": 203}])
+        self.assertEqual([one["key"] for one in document["instances"] if "missing" in one],
+                         [bridge + "/node0/instance2"])
+        self.assertEqual((document["status"], document["exit_status"], document["reasons"], document["unread"]),
+                         ("complete", 0, [], []))
+
+
 class FailingServerTest(unittest.TestCase):
     """The server failing.toml, whose faults are explained in the file."""
 
