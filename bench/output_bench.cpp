@@ -139,8 +139,9 @@ struct TCounts {
   int rounds;
 };
 
-void ReportForm(const char* number, EOutputForm form, double target, const TInstances& instances,
+void ReportForm(const char* number, const std::string& name, double target, const TInstances& instances,
                 const TCounts& counts) {
+  const EOutputForm form = *FormByName(name);
   const double bytes =
       static_cast<double>(WriteForm(form, instances, 1000)) / 1000 * static_cast<double>(counts.instances);
   const long before = bench::PeakMemory();
@@ -152,7 +153,7 @@ void ReportForm(const char* number, EOutputForm form, double target, const TInst
   const double rate = 1e-6 / times[0];
   bench::Print({number,
                 fmt::format("{} instances as {}: bytes per second, against snprintf of each byte", counts.instances,
-                            NameOfForm(form)),
+                            name),
                 target > 0 ? fmt::format("{:.0f} MB/s", target) : "", fmt::format("{:.1f}", times[2] / times[0]),
                 rate >= target,
                 fmt::format("{:.0f} MB/s; copying {:.0f}, snprintf {:.0f} MB/s; {:.0f} MB of text, peak memory "
@@ -168,10 +169,10 @@ int main(int argc, char** argv) {
   const TCounts counts = quick ? TCounts{1000, 1U << 12U, 1} : TCounts{100000, 1U << 22U, 3};
   const auto cimNamespace = TNamespace::Create();
   const TInstances instances = MakeInstances(*cimNamespace);
-  ReportForm("9a", EOutputForm::kJson, 100, instances, counts);
-  ReportForm("9b", EOutputForm::kMof, 100, instances, counts);
-  ReportForm("9c", EOutputForm::kCimXml, 100, instances, counts);
-  ReportForm("9d", EOutputForm::kJsonl, 0, instances, counts);
-  ReportForm("9e", EOutputForm::kTable, 0, instances, counts);
+  ReportForm("9a", "json", 100, instances, counts);
+  ReportForm("9b", "mof", 100, instances, counts);
+  ReportForm("9c", "cimxml", 100, instances, counts);
+  ReportForm("9d", "jsonl", 0, instances, counts);
+  ReportForm("9e", "table", 0, instances, counts);
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <utf8proc.h>
 
 #include <array>
+#include <cstring>
 
 namespace velhost {
 
@@ -27,6 +28,15 @@ TLead LeadOf(unsigned char byte) {
   return {0, 0, 0};
 }
 
+// Whether the eight bytes contain neither a NUL nor a byte above 0x7F.
+bool ArePlain(const char* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  constexpr std::uint64_t kHighs = 0x8080808080808080;
+  return ((word | (word - kOnes)) & kHighs) == 0;
+}
+
 }  // namespace
 
 TCodePoint NextCodePoint(std::string_view text, std::size_t at) {
@@ -45,6 +55,27 @@ TCodePoint NextCodePoint(std::string_view text, std::size_t at) {
     value = value << 6 | (byte(at + i) & 0x3FU);
   }
   return {value, static_cast<std::size_t>(lead.more) + 1, true};
+}
+
+std::size_t FindBadByte(std::string_view text, std::size_t start) {
+  std::size_t i = start;
+  while (i < text.size()) {
+    while (text.size() - i >= 8 && ArePlain(text.data() + i)) i += 8;
+    if (i >= text.size()) break;
+    const TCodePoint next = NextCodePoint(text, i);
+    if (!next.valid || next.value == 0) return i;
+    i += next.size;
+  }
+  return text.size();
+}
+
+std::optional<TBadByte> ReplaceBadBytes(std::span<char> text) {
+  const std::string_view view(text.data(), text.size());
+  std::size_t bad = FindBadByte(view, 0);
+  if (bad == text.size()) return std::nullopt;
+  const TBadByte first{bad, static_cast<std::uint8_t>(text[bad])};
+  for (; bad < text.size(); bad = FindBadByte(view, bad + 1)) text[bad] = '?';
+  return first;
 }
 
 void AppendUtf8(std::string& text, char32_t character) {

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -32,6 +35,17 @@ inline std::size_t PrintableAsciiSize(std::string_view text) {
 /// cut short, surrogates, above U+10FFFF) are consumed for as long as they could have begun one, so that a truncated
 /// character yields one replacement, not several.
 VELHOST_API TCodePoint NextCodePoint(std::string_view text, std::size_t at);
+
+/// The offset, at or after `start`, of the first NUL or of the first byte that is not part of a character; the text's
+/// size if there is none.
+VELHOST_API std::size_t FindBadByte(std::string_view text, std::size_t start);
+
+struct TBadByte {
+  std::size_t offset;
+  std::uint8_t value;
+};
+/// Replaces all such bytes by question marks. Returns the first of them, as it was.
+VELHOST_API std::optional<TBadByte> ReplaceBadBytes(std::span<char> text);
 
 /// Appends a character; the replacement for surrogates and invalid numbers.
 VELHOST_API void AppendUtf8(std::string& text, char32_t character);

@@ -17,8 +17,6 @@ constexpr std::array<const char*, 5> kNames = {"table", "json", "jsonl", "mof", 
 
 }  // namespace
 
-const char* NameOfForm(EOutputForm form) { return kNames.at(static_cast<std::size_t>(form)); }
-
 std::optional<EOutputForm> FormByName(std::string_view name) {
   for (std::size_t i = 0; i < kNames.size(); ++i) {
     if (kNames.at(i) == name) return static_cast<EOutputForm>(i);

@@ -14,9 +14,7 @@ namespace velhost {
 
 enum class EOutputForm { kTable, kJson, kJsonl, kMof, kCimXml };
 
-/// "table", "json", "jsonl", "mof", "cimxml".
-const char* NameOfForm(EOutputForm form);
-/// The format with exactly that name; empty if there is none.
+/// The format called "table", "json", "jsonl", "mof" or "cimxml"; empty if it is called otherwise.
 std::optional<EOutputForm> FormByName(std::string_view name);
 
 /// For `table` only; the other formats look the same everywhere.

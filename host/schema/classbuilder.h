@@ -56,10 +56,10 @@ class TClassBuilder {
   const std::vector<TAliasUse>& Aliases() const { return aliases_; }
   /// The defaults of string properties, some of which hold MOF.
   const std::vector<TStringDefault>& StringDefaults() const { return stringDefaults_; }
-  /// The methods that a class declares itself; null for an unknown class.
-  const TMethods* MethodsOf(std::string_view className);
 
  private:
+  friend struct TSchemaTestPeer;
+
   /// kOpen: in the superclass chain being walked.
   enum class EState { kNew, kOpen, kDone };
   struct TEntry {

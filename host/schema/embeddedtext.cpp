@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "host/base/utf8.h"
 #include "host/schema/mofscan.h"
 
 namespace velhost {
@@ -11,7 +12,7 @@ namespace velhost {
 TEmbeddedText::TEmbeddedText(const TSchemaUnit& outer, const Mof::TLiteral& literal, const TSchemaLimits& limits,
                              TSchemaLog& log)
     : outer_(outer), source_(outer.source->Name(), TakeText(literal)), unit_{outer.number, &source_, &file_, this} {
-  ReplaceBadBytes(log);
+  RefuseNul(log);
   file_ = Mof::ParseMof(source_, unit_, limits, log);
 }
 
@@ -30,13 +31,10 @@ std::string TEmbeddedText::TakeText(const Mof::TLiteral& literal) {
 }
 
 // A NUL can only come from an escape; no other byte of a string can be bad, because its file was checked.
-void TEmbeddedText::ReplaceBadBytes(TSchemaLog& log) {
-  const std::size_t first = Mof::FindBadByte(source_.Text(), 0);
-  if (first == source_.Text().size()) return;
-  log.Error(Place(static_cast<std::uint32_t>(first)), "found a NUL character in an embedded string");
-  for (std::size_t bad = first; bad < source_.Text().size(); bad = Mof::FindBadByte(source_.Text(), bad + 1)) {
-    source_.Data()[bad] = '?';
-  }
+void TEmbeddedText::RefuseNul(TSchemaLog& log) {
+  const auto bad = ReplaceBadBytes(source_.Characters());
+  if (!bad) return;
+  log.Error(Place(static_cast<std::uint32_t>(bad->offset)), "found a NUL character in an embedded string");
 }
 
 TSchemaPlace TEmbeddedText::Place(std::uint32_t offset) const {

@@ -28,7 +28,7 @@ class TEmbeddedText {
 
  private:
   std::string TakeText(const Mof::TLiteral& literal);
-  void ReplaceBadBytes(TSchemaLog& log);
+  void RefuseNul(TSchemaLog& log);
 
   TSchemaUnit outer_;
   std::vector<Mof::TTextJump> jumps_;  // in text order

@@ -44,11 +44,6 @@ const TMethod* TClassBuilder::FindMethod(const TEntry* entry, std::string_view n
   return nullptr;
 }
 
-const TMethods* TClassBuilder::MethodsOf(std::string_view className) {
-  const TEntry* entry = Find(className);
-  return entry ? &entry->methods : nullptr;
-}
-
 void TClassBuilder::AddMethod(TEntry& entry, const Mof::TFeature& feature, const TEntry* above) {
   const TSchemaUnit& unit = entry.unit;
   TMethod method = {unit, &feature, unit.Text(entry.syntax->name), FindMethod(above, unit.Text(feature.name)), {}, {}};

@@ -10,15 +10,6 @@ namespace velhost::Mof {
 
 namespace {
 
-// Whether the eight bytes contain neither a NUL nor a byte above 0x7F.
-bool ArePlain(const char* bytes) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  constexpr std::uint64_t kHighs = 0x8080808080808080;
-  return ((word | (word - kOnes)) & kHighs) == 0;
-}
-
 // "\x" is followed by one to four digits; a fifth digit is text.
 TCharacter TakeHexEscape(std::string_view content) {
   char32_t code = 0;
@@ -50,18 +41,6 @@ bool IsHighSurrogate(char32_t code) { return code >= 0xD800 && code <= 0xDBFF; }
 bool IsLowSurrogate(char32_t code) { return code >= 0xDC00 && code <= 0xDFFF; }
 
 }  // namespace
-
-std::size_t FindBadByte(std::string_view text, std::size_t start) {
-  std::size_t i = start;
-  while (i < text.size()) {
-    while (text.size() - i >= 8 && ArePlain(text.data() + i)) i += 8;
-    if (i >= text.size()) break;
-    const TCodePoint next = NextCodePoint(text, i);
-    if (!next.valid || next.value == 0) return i;
-    i += next.size;
-  }
-  return text.size();
-}
 
 std::size_t FindStringStop(std::string_view text, std::size_t start) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;

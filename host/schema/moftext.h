@@ -9,10 +9,6 @@
 
 namespace velhost::Mof {
 
-/// The offset, at or after `start`, of the first NUL or of the first byte that is not part of well-formed UTF-8
-/// (surrogates and overlong forms are ill-formed). The text's size if there is none.
-std::size_t FindBadByte(std::string_view text, std::size_t start);
-
 /// One character of a literal's content, which takes up `size` bytes. `good` is false if a backslash is followed by
 /// nothing or by a wrong character; then `size` is that of the bad escape.
 struct TCharacter {

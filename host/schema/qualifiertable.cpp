@@ -93,12 +93,6 @@ void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSynt
                                           first.file + ":" + std::to_string(first.line));
 }
 
-std::vector<const TDeclaredQualifier*> TQualifierTable::Declared() const {
-  std::vector<const TDeclaredQualifier*> all;
-  for (const std::string_view name : names_) all.push_back(&declared_.at(name));
-  return all;
-}
-
 const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TSpan name) {
   const std::string_view text = unit.Text(name);
   const auto found = declared_.find(text);

@@ -42,15 +42,14 @@ class TQualifierTable {
   /// Registers a declaration. A second one of the same name is an error.
   void Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax);
 
-  /// All declared qualifiers, in order; the names are spelled as declared.
-  std::vector<const TDeclaredQualifier*> Declared() const;
-
   /// The qualifiers used, with their values and effective flavors (those of the use, else those of the declaration).
   /// Errors are reported, and that use is left out.
   std::vector<TQualifierDefinition> Resolve(const TSchemaUnit& unit, Mof::TRange uses,
                                             const TQualifiedElement& element);
 
  private:
+  friend struct TSchemaTestPeer;
+
   /// Returns null and reports an error if the name is not declared.
   const TDeclaredQualifier* Find(const TSchemaUnit& unit, Mof::TSpan name);
   bool HasScope(const TSchemaUnit& unit, const Mof::TQualifierUse& use, const TDeclaredQualifier& declared,

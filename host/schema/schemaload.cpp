@@ -13,6 +13,7 @@
 #include "host/base/hex.h"
 #include "host/base/hosterror.h"
 #include "host/base/unsafetext.h"
+#include "host/base/utf8.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 
@@ -80,7 +81,7 @@ class TLoader {
   std::string ReadText(const std::string& path, const TIncluder* includer, bool& failed);
   bool IsShown() const;
   bool IsNew(const std::string& key, const std::string& path, const TIncluder* includer);
-  void ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit);
+  void CheckEncoding(TSchemaSource& source, std::uint32_t unit);
   void Walk(const TSchemaUnit& unit, std::size_t depth);
   void Pragma(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
   void Include(const TSchemaUnit& unit, const Mof::TPragmaSyntax& pragma, std::size_t depth);
@@ -173,7 +174,7 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
   }
   TSchemaUnit unit{number, &source, nullptr, nullptr};
   const std::size_t errors = log_.Errors();
-  ReplaceBadBytes(source, number);
+  CheckEncoding(source, number);
   auto file = std::make_unique<Mof::TMofFile>(Mof::ParseMof(source, unit, limits_, log_));
   schema_.isForeign = schema_.isForeign || (!shown && log_.Errors() > errors);
   schema_.mentionedClasses.merge(file->mentionedClasses);
@@ -185,13 +186,11 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
 }
 
 // Reports one error per file: a text in another encoding would give one for every other byte.
-void TLoader::ReplaceBadBytes(TSchemaSource& source, std::uint32_t unit) {
-  const std::string_view text = source.Text();
-  std::size_t bad = Mof::FindBadByte(text, 0);
-  if (bad == text.size()) return;
-  const std::string hex = "0x" + std::string(UpperHexPair(static_cast<std::uint8_t>(text[bad])));
-  log_.SyntaxError({unit, static_cast<std::uint32_t>(bad)}, "found the byte " + hex + ", expected UTF-8 text");
-  for (; bad < text.size(); bad = Mof::FindBadByte(text, bad + 1)) source.Data()[bad] = '?';
+void TLoader::CheckEncoding(TSchemaSource& source, std::uint32_t unit) {
+  const auto bad = ReplaceBadBytes(source.Characters());
+  if (!bad) return;
+  const std::string hex = "0x" + std::string(UpperHexPair(bad->value));
+  log_.SyntaxError({unit, static_cast<std::uint32_t>(bad->offset)}, "found the byte " + hex + ", expected UTF-8 text");
 }
 
 void TLoader::Walk(const TSchemaUnit& unit, std::size_t depth) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -33,6 +34,7 @@ class TSchemaSource {
   std::string_view Text() const { return {text_.data(), size_}; }
   std::string_view Text(Mof::TSpan span) const { return Text().substr(span.begin, span.end - span.begin); }
   char* Data() { return text_.data(); }
+  std::span<char> Characters() { return {text_.data(), size_}; }
 
   /// The line and column of a byte; `offset` may be one past the end of the text.
   TSourceLocation Locate(std::uint32_t offset) const;

@@ -105,11 +105,11 @@ TEST(ElapsedText, GrowsWithTheTime) {
 }
 
 TEST(FormName, MatchesTheCommandLine) {
-  for (const char* name : {"table", "json", "jsonl", "mof", "cimxml"}) {
-    const auto form = FormByName(name);
-    ASSERT_TRUE(form) << name;
-    EXPECT_STREQ(NameOfForm(*form), name);
-  }
+  EXPECT_EQ(FormByName("table"), EOutputForm::kTable);
+  EXPECT_EQ(FormByName("json"), EOutputForm::kJson);
+  EXPECT_EQ(FormByName("jsonl"), EOutputForm::kJsonl);
+  EXPECT_EQ(FormByName("mof"), EOutputForm::kMof);
+  EXPECT_EQ(FormByName("cimxml"), EOutputForm::kCimXml);
   EXPECT_EQ(FormByName("JSON"), std::nullopt);
   EXPECT_EQ(FormByName(""), std::nullopt);
 }

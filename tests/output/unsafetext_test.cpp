@@ -36,7 +36,7 @@ TEST_F(UnsafeForms, NoFormExceptMofNamesContainsOneUnescaped) {
   for (const char32_t character : kBeyondAscii) {
     const std::string text = Utf8(character);
     for (const auto form : {EOutputForm::kTable, EOutputForm::kJson, EOutputForm::kJsonl, EOutputForm::kCimXml}) {
-      EXPECT_EQ(Form(form, text).find(text), std::string::npos) << NameOfForm(form) << " " << std::uint32_t{character};
+      EXPECT_EQ(Form(form, text).find(text), std::string::npos) << static_cast<int>(form) << " " << std::uint32_t{character};
     }
   }
 }

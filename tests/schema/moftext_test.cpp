@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/base/utf8.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -9,6 +9,25 @@
 
 #include "host/base/utf8.h"
 
+namespace velhost {
+
+/// What the schema reader keeps for itself.
+struct TSchemaTestPeer {
+  /// The methods that a class declares itself; null for an unknown class.
+  static const TMethods* MethodsOf(TClassBuilder& classes, std::string_view className) {
+    const auto* entry = classes.Find(className);
+    return entry ? &entry->methods : nullptr;
+  }
+  /// All declared qualifiers, in order.
+  static std::vector<const TDeclaredQualifier*> Declared(const TQualifierTable& table) {
+    std::vector<const TDeclaredQualifier*> all;
+    for (const std::string_view name : table.names_) all.push_back(&table.declared_.at(name));
+    return all;
+  }
+};
+
+}  // namespace velhost
+
 namespace tests {
 
 namespace {
@@ -111,7 +130,7 @@ TSchemaStatements::TSchemaStatements(const std::vector<std::string>& paths, ISou
 
 TStatements TSchemaStatements::QualifierTypes() const {
   TStatements statements;
-  for (const TDeclaredQualifier* declared : qualifiers_.Declared()) {
+  for (const TDeclaredQualifier* declared : TSchemaTestPeer::Declared(qualifiers_)) {
     const TQualifierFlavor& flavor = declared->flavor;
     statements.push_back(
         std::string(declared->name) + " " + TType(declared->slot.type).ToString() +
@@ -174,7 +193,7 @@ std::string TSchemaStatements::MethodStatement(const std::string& className, con
 
 std::vector<const TMethod*> TSchemaStatements::OwnMethods(const std::string& className) {
   std::vector<const TMethod*> methods;
-  for (const auto& [name, method] : *classes_->MethodsOf(className)) methods.push_back(&method);
+  for (const auto& [name, method] : *TSchemaTestPeer::MethodsOf(*classes_, className)) methods.push_back(&method);
   std::sort(methods.begin(), methods.end(), [](const TMethod* a, const TMethod* b) { return a->syntax < b->syntax; });
   return methods;
 }
@@ -201,7 +220,7 @@ TStatements TSchemaStatements::Methods(const std::string& className) {
 
 const TMethod* TSchemaStatements::MethodOf(const std::string& className, std::string_view name) {
   for (const TCIMClass* link = &ClassOf(className); link != nullptr; link = link->SuperClass().get()) {
-    const TMethods* methods = classes_->MethodsOf(link->Name());
+    const TMethods* methods = TSchemaTestPeer::MethodsOf(*classes_, link->Name());
     const auto found = methods->find(name);
     if (found != methods->end()) return &found->second;
   }
@@ -238,7 +257,7 @@ TStatements TSchemaStatements::Qualifiers(const std::string& element) {
   if (qualifiers == nullptr) return statements;
   for (const auto& qualifier : qualifiers->All()) {
     std::string name = qualifier->Name();
-    for (const TDeclaredQualifier* declared : qualifiers_.Declared()) {
+    for (const TDeclaredQualifier* declared : TSchemaTestPeer::Declared(qualifiers_)) {
       if (EqualNames(declared->name, name)) name = declared->name;
     }
     statements.push_back(element + ": " + name + " = " + ValueStatement(qualifier->GetValue()));
