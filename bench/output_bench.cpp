@@ -14,7 +14,7 @@
 #include "bench/benchsupport.h"
 #include "host/model/ciminstance.h"
 #include "host/model/cimnamespace.h"
-#include "host/output/textbuffer.h"
+#include "host/output/valuetext.h"
 #include "host/output/writers.h"
 
 namespace {
@@ -151,15 +151,14 @@ void ReportForm(const char* number, const std::string& name, double target, cons
                                      {[&] { Print(counts.yardstick); }, yardstick}},
                                     counts.rounds);
   const double rate = 1e-6 / times[0];
-  bench::Print({number,
-                fmt::format("{} instances as {}: bytes per second, against snprintf of each byte", counts.instances,
-                            name),
-                target > 0 ? fmt::format("{:.0f} MB/s", target) : "", fmt::format("{:.1f}", times[2] / times[0]),
-                rate >= target,
-                fmt::format("{:.0f} MB/s; copying {:.0f}, snprintf {:.0f} MB/s; {:.0f} MB of text, peak memory "
-                            "+{:.0f} KiB",
-                            rate, 1e-6 / times[1], 1e-6 / times[2], bytes / 1e6,
-                            static_cast<double>(bench::PeakMemory() - before) / 1024)});
+  bench::Print(
+      {number,
+       fmt::format("{} instances as {}: bytes per second, against snprintf of each byte", counts.instances, name),
+       target > 0 ? fmt::format("{:.0f} MB/s", target) : "", fmt::format("{:.1f}", times[2] / times[0]), rate >= target,
+       fmt::format("{:.0f} MB/s; copying {:.0f}, snprintf {:.0f} MB/s; {:.0f} MB of text, peak memory "
+                   "+{:.0f} KiB",
+                   rate, 1e-6 / times[1], 1e-6 / times[2], bytes / 1e6,
+                   static_cast<double>(bench::PeakMemory() - before) / 1024)});
 }
 
 }  // namespace

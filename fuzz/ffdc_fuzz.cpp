@@ -4,9 +4,9 @@
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
-#include "host/plugins/pluginregistry.h"
+#include "host/plugins/pluginloader.h"
 #include "plugin/torgaplugin.h"
-#include "tests/support/bytedrivenserviceprocessor.h"
+#include "tests/support/bytedriven.h"
 #include "tests/support/classbuilder.h"
 #include "wire/storagearea.h"
 

@@ -2,7 +2,7 @@
 #include "host/bmc/serviceprocessorhub.h"
 #include "host/model/cimnamespace.h"
 #include "r8/r8errordata.h"
-#include "tests/support/bytedrivenclass.h"
+#include "tests/support/bytedriven.h"
 #include "tests/support/require.h"
 
 namespace {

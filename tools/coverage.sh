@@ -16,7 +16,7 @@ sources_of() {
     ffdc|r8|jfr) echo "$1/" ;;
     output) echo host/output/ ;;
     mof) echo host/schema/ ;;
-    recording) echo host/bmc/record/{replay,recordingline}. host/base/{linereader,hex}. ;;
+    recording) echo host/bmc/record/{replay,recordingline}. host/base/{storedbytes,digits}. ;;
     serverfile) echo host/bmc/sim/{serverfile,toml,faults,simulatedserver} ;;
     fru) echo host/bmc/lan/fru. ;;
     smbios) echo host/bmc/smbios/smbios. ;;

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/text.h"
 
 namespace velhost {

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 
 namespace velhost {
 

@@ -14,7 +14,7 @@
 
 #include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 
 namespace velhost {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/base/utf8.h"
 
 namespace velhost {

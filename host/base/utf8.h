@@ -1,4 +1,4 @@
-// Decoding of UTF-8, whatever the bytes, and encoding.
+// UTF-8: decoding, whatever the bytes, encoding, and the width of characters on a terminal.
 #pragma once
 
 #include <algorithm>
@@ -52,5 +52,15 @@ VELHOST_API void AppendUtf8(std::string& text, char32_t character);
 
 /// The longest prefix of the text of at most `size` bytes that does not split a character.
 VELHOST_API std::string_view WholeCharacters(std::string_view text, std::size_t size);
+
+/// Columns that a character occupies: 0 for combining marks and other zero-width characters, 2 for wide ones, else 1.
+/// A control character counts as 1, for the mark shown in its place.
+VELHOST_API int ColumnsOf(char32_t character);
+
+/// Columns that safe text occupies (see SafeText).
+VELHOST_API std::size_t ColumnsOf(std::string_view safeText);
+
+/// The longest prefix of safe text that fits in `width` columns, but at least one character.
+VELHOST_API std::string_view StartThatFits(std::string_view safeText, std::size_t width);
 
 }  // namespace velhost

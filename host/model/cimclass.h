@@ -1,23 +1,88 @@
-// Classes and property declarations of the host's object model.
+// Classes of the host's object model, with their properties and qualifiers: first as a schema declares them (plain data
+// passed from a schema reader to the object model), then as the collector sees them, inherited ones included.
 #pragma once
-#include "host/base/api.h"
 
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "host/base/caseinsensitive.h"
-#include "host/model/classdefinition.h"
-#include "host/model/qualifier.h"
+#include "host/base/api.h"
+#include "host/base/names.h"
+#include "host/base/textdiagnostic.h"
 #include "nkrovel20/icimobjects.h"
+#include "nkrovel20/tcimvalue.h"
 
 namespace velhost {
+
+struct TQualifierFlavor {
+  bool overridable = true;  ///< EnableOverride or DisableOverride
+  bool toSubclass = true;   ///< ToSubclass or Restricted
+  bool translatable = false;
+};
+
+struct TQualifierDefinition {
+  std::string name;
+  TCIMValue value;
+  TQualifierFlavor flavor;
+  TSourceLocation location;
+  bool isDefault = false;  ///< the value is the default from the qualifier's declaration
+};
+
+struct TPropertyDefinition {
+  std::string name;
+  TCIMValue::TCIMType type = TCIMValue::TCIMType::kNone;
+  bool isArray = false;
+  std::uint32_t arraySize = 0;  ///< N of "[N]"; 0 for "[]" and scalars
+  std::string referenceClass;   ///< only for references
+  TCIMValue defaultValue;       ///< null if the schema has none
+  std::vector<TQualifierDefinition> qualifiers;
+  TSourceLocation location;
+};
+
+struct TClassDefinition {
+  std::string name;
+  std::string superClass;  ///< empty for a root class
+  std::vector<TQualifierDefinition> qualifiers;
+  std::vector<TPropertyDefinition> properties;
+  TSourceLocation location;
+};
+
+class VELHOST_API TQualifier : public ICIMQualifier {
+ public:
+  explicit TQualifier(TQualifierDefinition definition) : definition_(std::move(definition)) {}
+  const TCIMValue& GetValue() const override { return definition_.value; }
+  const std::string& Name() const { return definition_.name; }
+  const TQualifierFlavor& Flavor() const { return definition_.flavor; }
+  bool IsDefault() const { return definition_.isDefault; }
+  const TSourceLocation& Location() const { return definition_.location; }
+
+ private:
+  TQualifierDefinition definition_;
+};
+
+/// The qualifiers of one element: its own, then those it inherits.
+class VELHOST_API TQualifierSet {
+ public:
+  TQualifierSet() = default;
+  /// `own` in declaration order, followed by those of `inherited` that propagate (flavor ToSubclass) and are
+  /// not redeclared.
+  TQualifierSet(std::vector<TQualifierDefinition> own, const TQualifierSet* inherited);
+
+  /// Looks up a qualifier by name, ignoring case; empty if there is none.
+  boost::shared_ptr<const TQualifier> Find(const std::string& name) const;
+  const std::vector<boost::shared_ptr<const TQualifier>>& All() const { return qualifiers_; }
+
+ private:
+  std::vector<boost::shared_ptr<const TQualifier>> qualifiers_;
+};
 
 class TCIMClass;
 class TNamespace;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "host/model/cimnamespace.h"
-#include "host/model/failuredetail.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 
 namespace velhost {

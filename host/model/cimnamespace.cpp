@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <boost/make_shared.hpp>
 
-#include "host/model/failuredetail.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 
 namespace velhost {

@@ -1,11 +1,33 @@
 #include "host/model/hostservices.h"
 
+#include <array>
+#include <cstddef>
 #include <ctime>
 #include <utility>
 
+#include "nkrovel20/icimobjects.h"
+#include "nkrovel20/ilogger.h"
+#include "nkrovel20/iplugincallbacks.h"
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tosspecific.h"
 #include "nkrovel20/trootobject.h"
+
+// The destructors of the contract's interfaces. Defining them here puts the type information and virtual
+// table of each interface into this library only, so that casts agree across libraries.
+namespace NKROVEL20 {
+
+ICIMQualifier::~ICIMQualifier() = default;
+ICIMNamed::~ICIMNamed() = default;
+ICIMQualifierHolder::~ICIMQualifierHolder() = default;
+ICIMPropertyDecl::~ICIMPropertyDecl() = default;
+ICIMNamespace::~ICIMNamespace() = default;
+ICIMClass::~ICIMClass() = default;
+ICIMInstance::~ICIMInstance() = default;
+ILogger::~ILogger() = default;
+IPluginCallbacks::~IPluginCallbacks() = default;
+IPluginBasicQueryCallbacks::~IPluginBasicQueryCallbacks() = default;
+
+}  // namespace NKROVEL20
 
 namespace velhost {
 
@@ -79,3 +101,32 @@ std::string TCIMSchemaHelper::GetMachineType(boost::shared_ptr<ICIMNamespace> ci
 }
 
 }  // namespace NKROVEL20
+
+namespace velhost {
+
+void TTraceLogger::Log(EVELLogSeverity severity, const std::string& message) {
+  for (const TEntry& entry : sinks_) {
+    if (severity <= entry.least) entry.sink(severity, message);
+  }
+}
+
+const char* TTraceLogger::SeverityName(EVELLogSeverity severity) {
+  static constexpr std::array<const char*, 5> kNames = {"error", "warning", "status", "debug", "verbose"};
+  const auto index = static_cast<std::size_t>(severity);
+  return index < kNames.size() ? kNames[index] : "unknown";
+}
+
+std::string TTraceLogger::FormatText(EVELLogSeverity severity, const std::string& message) {
+  std::string line = SeverityName(severity);
+  line.reserve(line.size() + message.size() + 2);
+  line += ' ';
+  const std::size_t size = message.empty() || message.back() != '\n' ? message.size() : message.size() - 1;
+  for (std::size_t i = 0; i < size; ++i) {
+    line += message[i];
+    if (message[i] == '\n') line += "  ";
+  }
+  line += '\n';
+  return line;
+}
+
+}  // namespace velhost

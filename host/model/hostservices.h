@@ -3,8 +3,11 @@
 // thread.
 #pragma once
 
+#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "host/base/api.h"
 #include "nkrovel20/icimobjects.h"
@@ -37,6 +40,29 @@ class VELHOST_API THostServices {
   static void SetPluginManager(boost::shared_ptr<ICIMNamespace> pluginManager);
   static void SetCoreLogger(ILogger* logger);
   static void SetEnvironment(IHostEnvironment* environment);
+};
+
+class VELHOST_API TTraceLogger : public ILogger {
+ public:
+  using TSink = boost::function<void(EVELLogSeverity, const std::string&)>;
+
+  /// The sink receives every message of severity `least` or higher. Sinks are called in the order they were
+  /// added.
+  void AddSink(EVELLogSeverity least, TSink sink) { sinks_.push_back({least, std::move(sink)}); }
+  void Log(EVELLogSeverity severity, const std::string& message) override;
+
+  /// "error", "warning", "status", "debug", "verbose"; "unknown" for any other number.
+  static const char* SeverityName(EVELLogSeverity severity);
+  /// The line as people read it: the severity's name, a space, the message without one trailing newline
+  /// (continuation lines are indented by two spaces), and a newline.
+  static std::string FormatText(EVELLogSeverity severity, const std::string& message);
+
+ private:
+  struct TEntry {
+    EVELLogSeverity least;
+    TSink sink;
+  };
+  std::vector<TEntry> sinks_;
 };
 
 }  // namespace velhost

@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "host/base/cimdatetime.h"
-#include "host/model/failuredetail.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 
 namespace NKROVEL20 {

@@ -2,8 +2,8 @@
 #include <string>
 #include <string_view>
 
-#include "host/base/caseinsensitive.h"
-#include "host/model/failuredetail.h"
+#include "host/base/names.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tcimvalue.h"
 #include "nkrovel20/tvelexception.h"
 

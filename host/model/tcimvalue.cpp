@@ -1,5 +1,5 @@
 #include "nkrovel20/tcimvalue.h"
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 
 #include <fmt/format.h>
 
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <variant>
 
-#include "host/model/failuredetail.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 
 namespace NKROVEL20 {

@@ -10,10 +10,10 @@
 #include <filesystem>
 #include <utility>
 
-#include "host/base/caseinsensitive.h"
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/names.h"
+#include "host/base/text.h"
 #include "host/base/utf8.h"
 #include "host/output/outputfile.h"
 #include "host/profile/collectorprofile.h"

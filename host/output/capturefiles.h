@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/model/ciminstance.h"
-#include "host/output/outputplace.h"
+#include "host/output/outputfile.h"
 
 namespace velhost {
 

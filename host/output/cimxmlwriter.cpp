@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/base/cimdatetime.h"
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/utf8.h"
 #include "host/output/commenttext.h"
 #include "host/output/objectpath.h"

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "host/output/iresultwriter.h"
-#include "host/output/textbuffer.h"
 #include "host/output/valuetext.h"
 
 namespace velhost {

@@ -5,7 +5,6 @@
 #include <map>
 
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"
 

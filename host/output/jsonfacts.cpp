@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/output/planturns.h"
 
 namespace velhost {

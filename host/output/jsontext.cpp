@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "host/base/hex.h"
-#include "host/base/unsafetext.h"
+#include "host/base/digits.h"
+#include "host/base/text.h"
 
 namespace velhost {
 

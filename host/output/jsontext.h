@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "host/output/textbuffer.h"
 #include "host/output/valuetext.h"
 
 namespace velhost {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/base/cimdatetime.h"
-#include "host/base/hex.h"
-#include "host/base/unsafetext.h"
+#include "host/base/digits.h"
+#include "host/base/text.h"
 #include "host/base/utf8.h"
 #include "host/output/commenttext.h"
 #include "host/output/valuetext.h"

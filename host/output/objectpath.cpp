@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <utility>
 
-#include "host/base/caseinsensitive.h"
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
+#include "host/base/names.h"
 
 namespace velhost {
 

@@ -1,16 +1,40 @@
-// Where output goes: a descriptor, or a file that appears complete or not at all.
+// Where output goes: a descriptor, or a file that appears complete or not at all, in a folder that is held open.
 #pragma once
+
+#include <sys/stat.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
-#include "host/base/textsink.h"
-#include "host/output/outputplace.h"
+#include "host/base/text.h"
 
 namespace velhost {
+
+/// Thrown on failure; the caller adds which output is affected.
+struct TNoPlace {
+  std::string reason;
+};
+
+struct TOutputPlace {
+  TDescriptor folder;  ///< held open, so that it stays the same folder until the end
+  std::string name;    ///< in that folder; was not a link when it was looked up
+  std::optional<struct stat> existing;
+};
+
+/// Opens the folder that contains the last part of the path. Throws TNoPlace.
+TOutputPlace FolderAndName(const std::string& path);
+
+/// Resolves the path, following symbolic links. The last link may dangle.
+///
+/// The kernel looks up each link before it is followed, so its rules apply: with fs.protected_symlinks set, another
+/// user's link in a sticky folder that others may write to (/tmp) is refused. Here that includes a link in the path's
+/// last folder. Throws TNoPlace.
+TOutputPlace FindOutputPlace(const std::string& path);
 
 /// The reader of a pipe has closed it. That is not an error and nobody is left to read a message, so the command ends
 /// silently, with the status of a failed write.

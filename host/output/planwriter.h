@@ -1,7 +1,7 @@
 // The plan of a collection as text: what "collect --dry-run" prints.
 #pragma once
 
-#include "host/base/textsink.h"
+#include "host/base/text.h"
 #include "host/output/writers.h"
 #include "host/profile/plan.h"
 

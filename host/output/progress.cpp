@@ -9,8 +9,8 @@
 #include <initializer_list>
 #include <utility>
 
-#include "host/base/displaywidth.h"
 #include "host/base/text.h"
+#include "host/base/utf8.h"
 #include "host/output/tablelayout.h"
 #include "wire/storagearea.h"
 

@@ -11,11 +11,10 @@
 #include <string_view>
 #include <utility>
 
-#include "host/base/caseinsensitive.h"
 #include "host/base/cimdatetime.h"
-#include "host/base/hex.h"
+#include "host/base/digits.h"
+#include "host/base/names.h"
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/base/utf8.h"
 #include "host/output/resulttext.h"
 #include "host/profile/collectorprofile.h"

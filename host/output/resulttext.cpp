@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/output/completioncodes.h"
 #include "host/output/planturns.h"
 

@@ -10,8 +10,8 @@
 #include <tuple>
 #include <utility>
 
-#include "host/base/displaywidth.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
+#include "host/base/utf8.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"
 

@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/output/resulttext.h"
 
 namespace velhost {

@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/displaywidth.h"
 #include "host/base/text.h"
-#include "host/output/hexdump.h"
+#include "host/base/utf8.h"
 #include "host/output/propertytext.h"
 #include "host/output/resulttext.h"
+#include "host/output/tablelayout.h"
 
 namespace velhost {
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-#include "host/base/textsink.h"
+#include "host/base/text.h"
 #include "host/output/iresultwriter.h"
 
 namespace velhost {

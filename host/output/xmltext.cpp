@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "host/base/unsafetext.h"
-#include "host/output/textbuffer.h"
+#include "host/base/text.h"
+#include "host/output/valuetext.h"
 
 namespace velhost {
 

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "host/base/caseinsensitive.h"
+#include "host/base/names.h"
 #include "wire/registerread.h"
 
 namespace velhost::CollectorProfile {

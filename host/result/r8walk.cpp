@@ -4,7 +4,7 @@
 #include <boost/endian/conversion.hpp>
 #include <memory>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "wire/registerread.h"
 
 namespace velhost {

@@ -4,8 +4,8 @@
 #include <boost/endian/conversion.hpp>
 #include <string_view>
 
-#include "host/base/hex.h"
-#include "host/base/unsafetext.h"
+#include "host/base/digits.h"
+#include "host/base/text.h"
 #include "host/result/capturewalk.h"
 #include "host/result/jfrwalk.h"
 #include "host/result/r8walk.h"

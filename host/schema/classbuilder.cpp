@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "host/schema/mofscan.h"
-#include "host/schema/namehint.h"
+#include "host/schema/schemaunit.h"
 
 namespace velhost {
 

@@ -10,7 +10,7 @@
 #include <vector>
 #include "host/schema/classbuilder.h"
 #include "host/schema/mofscan.h"
-#include "host/schema/seennames.h"
+#include "host/schema/schemaunit.h"
 
 namespace velhost {
 

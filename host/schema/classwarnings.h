@@ -5,13 +5,18 @@
 #include <set>
 #include <string>
 
-#include "host/base/nearestname.h"
+#include "host/base/names.h"
 #include "host/model/cimclass.h"
 #include "host/model/cimnamespace.h"
-#include "host/schema/classpaths.h"
+#include "host/profile/collectorprofile.h"
 #include "host/schema/needfindings.h"
 
 namespace velhost {
+
+/// Warns of slips in the registers of a class on the R8 or JFR path, each at the qualifier: an address above 24 bits,
+/// no address or several in one "Offset", a "MaxLen" that no register has, and an address (its low 24 bits) or "Index"
+/// of an earlier register. What CheckCollectorNeeds reports as an error is left to it.
+void WarnOfRegisters(const TCIMClass& cimClass, CollectorProfile::EPath path, TNeedFindings& findings);
 
 /// Warns, at the class, of one that declares registers and is neither on a path, nor a base class, nor the direct
 /// superclass of a class on a path. Warns of a class on a path, at the qualifier, if it has no instances, and of the

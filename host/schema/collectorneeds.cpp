@@ -12,7 +12,6 @@
 #include "host/base/text.h"
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
-#include "host/schema/classpaths.h"
 #include "host/schema/classwarnings.h"
 #include "host/schema/machinetypewarnings.h"
 #include "host/schema/needfindings.h"

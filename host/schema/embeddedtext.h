@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/schema/moftext.h"
-#include "host/schema/schemalimits.h"
+#include "host/schema/schemalog.h"
 #include "host/schema/schemaunit.h"
 
 namespace velhost {

@@ -6,8 +6,7 @@
 
 #include "host/base/text.h"
 #include "host/schema/mofscan.h"
-#include "host/schema/namehint.h"
-#include "host/schema/seennames.h"
+#include "host/schema/schemaunit.h"
 
 namespace velhost {
 

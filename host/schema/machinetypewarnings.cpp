@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <boost/shared_ptr.hpp>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/text.h"
 #include "host/profile/collectorprofile.h"
 

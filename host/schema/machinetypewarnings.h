@@ -11,10 +11,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/base/caseinsensitive.h"
+#include "host/base/names.h"
 #include "host/model/cimclass.h"
 #include "host/model/cimnamespace.h"
-#include "host/schema/classpaths.h"
 #include "host/schema/needfindings.h"
 
 namespace velhost {

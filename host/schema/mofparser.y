@@ -32,7 +32,6 @@ class TScanner;
 %code {
 #include <array>
 
-#include "host/schema/mofscanner.h"
 #include "host/schema/mofwords.h"
 
 namespace {

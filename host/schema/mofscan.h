@@ -1,4 +1,5 @@
-// The state shared by scanner and parser over one MOF text, and the actions of both.
+// The state shared by scanner and parser over one MOF text, the actions of both, and the interface of the generated
+// scanner.
 //
 // The generated scanner and parser contain as little code as possible; the rest is here. Numbers remain text until
 // their type is known. A bad literal is reported once, here, and then fits any type, so that the enclosing statement
@@ -13,7 +14,6 @@
 #include <vector>
 
 #include "host/schema/mofsyntax.h"
-#include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
 #include "host/schema/schemaunit.h"
 
@@ -134,5 +134,30 @@ std::string Quoted(std::string_view text);
 /// Runs the scanner and the grammar over a text. Returns whatever could be read, even if errors were logged. No text
 /// makes this throw. `unit` gives the place of the text; its file is not used.
 TMofFile ParseMof(TSchemaSource& source, const TSchemaUnit& unit, const TSchemaLimits& limits, TSchemaLog& log);
+
+class TScanner {
+ public:
+  /// Scans `scan`'s text in place; the text is restored when the scanner is destroyed.
+  explicit TScanner(TScan& scan);
+  ~TScanner();
+  TScanner(const TScanner&) = delete;
+  TScanner& operator=(const TScanner&) = delete;
+
+  /// The next token; at the end of the text always END. Adjacent string literals form one token.
+  int Next(TSemantic& value, TSpan& span);
+
+ private:
+  struct TAhead {
+    int token;  // -1: nothing has been read ahead
+    TSemantic value;
+    TSpan span;
+  };
+
+  int Scan(TSemantic& value, TSpan& span);
+
+  TScan& scan_;
+  void* handle_ = nullptr;
+  TAhead ahead_;
+};
 
 }  // namespace velhost::Mof

@@ -10,7 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "host/base/caseinsensitive.h"
+#include "host/base/names.h"
 #include "nkrovel20/tcimvalue.h"
 
 namespace velhost::Mof {

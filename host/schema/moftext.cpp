@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/utf8.h"
 
 namespace velhost::Mof {

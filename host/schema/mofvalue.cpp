@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <memory>
 
-#include "host/base/caseinsensitive.h"
 #include "host/base/cimdatetime.h"
+#include "host/base/names.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "host/base/text.h"
-#include "host/schema/namehint.h"
+#include "host/schema/schemaunit.h"
 
 namespace velhost::Mof {
 

@@ -1,6 +1,8 @@
-// What a schema lacks for the collector: the list of findings, and the words that they share.
+// What the checks of a schema for the collector share: the classes that the collector reads registers of, by their
+// names and superclasses, the list of findings, and the words of the findings.
 #pragma once
 
+#include <boost/shared_ptr.hpp>
 #include <cstddef>
 #include <set>
 #include <string>
@@ -9,9 +11,30 @@
 
 #include "host/base/textdiagnostic.h"
 #include "host/model/cimclass.h"
+#include "host/model/cimnamespace.h"
 #include "host/schema/schemalog.h"
 
 namespace velhost {
+
+/// Whatever the machine type: a class on a path may still be served on no machine at all.
+class TClassPaths {
+ public:
+  using TClasses = std::vector<boost::shared_ptr<TCIMClass>>;
+
+  explicit TClassPaths(const TNamespace& cimNamespace);
+
+  /// The base classes of the JFR path, as far as they are declared.
+  const TClasses& Bases() const { return bases_; }
+  /// Those of them that the class descends from.
+  TClasses BasesOf(const TCIMClass& cimClass) const;
+  bool IsBase(const TCIMClass& cimClass) const;
+  bool IsJfr(const TCIMClass& cimClass) const { return !BasesOf(cimClass).empty(); }
+  /// The collector compares the names of these classes case-sensitively.
+  static bool IsR8(const TCIMClass& cimClass);
+
+ private:
+  TClasses bases_;
+};
 
 /// Keeps a thousand findings, since a hostile schema could have millions, and counts the others.
 class TNeedFindings {

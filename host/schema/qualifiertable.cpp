@@ -9,7 +9,7 @@
 
 #include "host/base/text.h"
 #include "host/schema/mofscan.h"
-#include "host/schema/namehint.h"
+#include "host/schema/schemaunit.h"
 
 namespace velhost {
 

@@ -6,10 +6,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/model/qualifier.h"
+#include "host/model/cimclass.h"
 #include "host/schema/mofvalue.h"
-#include "host/schema/schemalimits.h"
 #include "host/schema/schemaload.h"
+#include "host/schema/schemalog.h"
 
 namespace velhost {
 

@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/schema/collectorneeds.h"
 #include "host/schema/schemareader.h"
 

@@ -7,8 +7,8 @@
 
 #include "host/base/hosterror.h"
 #include "host/base/sourcereader.h"
+#include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
-#include "host/base/textsink.h"
 
 namespace velhost {
 

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <utility>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/base/utf8.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"

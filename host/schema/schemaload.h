@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "host/base/sourcereader.h"
-#include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
 #include "host/schema/schemaunit.h"
 

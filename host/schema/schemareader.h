@@ -9,7 +9,6 @@
 #include "host/base/sourcereader.h"
 #include "host/base/textdiagnostic.h"
 #include "host/model/cimnamespace.h"
-#include "host/schema/schemalimits.h"
 #include "host/schema/schemalog.h"
 
 namespace velhost {

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <vector>
 
+#include "host/base/names.h"
 #include "host/schema/embeddedtext.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/moftext.h"
@@ -31,6 +32,19 @@ std::string StringOf(const TSchemaUnit& unit, const Mof::TLiteral& literal) {
     }
   }
   return text;
+}
+
+void TNameHint::Offer(std::string_view candidate) {
+  if (Wants()) candidates_.push_back(candidate);
+}
+
+std::string TNameHint::Text() const { return Suggestion(NearestName(name_, candidates_, steps_)); }
+
+void OfferProperties(const TCIMClass& cimClass, const TSchemaLog& log, TNameHint& hint) {
+  for (const auto& property : cimClass.Properties()) {
+    if (!hint.Wants()) return;
+    if (!log.Hides(property->Definition().location.file)) hint.Offer(property->Definition().name);
+  }
 }
 
 }  // namespace velhost

@@ -2,12 +2,11 @@
 #include <string>
 #include <vector>
 
-#include "host/base/textsink.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/checkedfiles.h"
+#include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
-#include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
 namespace velhost {

@@ -11,8 +11,8 @@
 
 #include "host/base/hosterror.h"
 #include "host/base/storedbytes.h"
+#include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
-#include "host/base/unsafetext.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/serverfile.h"
 

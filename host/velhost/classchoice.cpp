@@ -9,11 +9,10 @@
 #include <unordered_set>
 #include <utility>
 
-#include "host/base/caseinsensitive.h"
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
-#include "host/base/nearestname.h"
-#include "host/base/unsafetext.h"
+#include "host/base/names.h"
+#include "host/base/text.h"
 #include "host/profile/collectorprofile.h"
 
 namespace velhost {

@@ -12,16 +12,15 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/caseinsensitive.h"
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/names.h"
+#include "host/base/text.h"
 #include "host/profile/collectorprofile.h"
 #include "host/profile/plan.h"
 #include "host/velhost/classchoice.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
-#include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
 namespace velhost {

@@ -9,11 +9,10 @@
 #include <string_view>
 #include <utility>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
-#include "host/base/nearestname.h"
+#include "host/base/names.h"
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/velhost/help.h"
 #include "host/velhost/optiontable.h"
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <filesystem>
 
-#include "host/base/caseinsensitive.h"
-#include "host/base/unsafetext.h"
+#include "host/base/names.h"
+#include "host/base/text.h"
 
 namespace velhost {
 

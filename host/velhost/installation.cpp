@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 
 namespace velhost {
 

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <string_view>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/bmc/lan/fru.h"
 #include "host/bmc/lan/lanserviceprocessor.h"
 #include "host/profile/collectorprofile.h"

@@ -16,8 +16,6 @@
 #include "host/velhost/exitstatus.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
-#include "host/velhost/simulate/simulate.h"
-#include "host/velhost/standardstreams.h"
 #include "host/velhost/verbs.h"
 
 namespace {

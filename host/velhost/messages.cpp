@@ -1,16 +1,63 @@
 #include "host/velhost/messages.h"
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <string>
 #include <utility>
 
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/output/outputfile.h"
 #include "host/velhost/exitstatus.h"
 
 namespace velhost {
+
+namespace {
+
+constexpr int kDefaultWidth = 80;
+constexpr int kWidest = 1000;
+
+std::string_view Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+}  // namespace
+
+void PrepareStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) >= 0) continue;
+    // Read-only, so that a write to the closed stream still fails. open() returns the lowest free number, which is
+    // this one.
+    [[maybe_unused]] const int taken = open("/dev/null", O_RDONLY);
+  }
+  IgnoreBrokenPipeSignal();
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void WriteToStandardOutput(std::string_view text) {
+  TDescriptorSink sink(STDOUT_FILENO, "standard output");
+  sink.Write(text);
+  sink.Flush();
+}
+
+bool IsTerminal(int descriptor) { return isatty(descriptor) == 1; }
+
+int TerminalWidth(int descriptor) {
+  winsize size = {};
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  const int columns = std::atoi(std::string(Variable("COLUMNS")).c_str());
+  return columns > 0 && columns <= kWidest ? columns : kDefaultWidth;
+}
+
+bool UseColor(EWhen when, int descriptor) {
+  if (when != EWhen::kAuto) return when == EWhen::kAlways;
+  return IsTerminal(descriptor) && Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
+}
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/velhost/optionvalues.h"
 
 namespace velhost {

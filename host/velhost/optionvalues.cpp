@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
 #include "host/base/utf8.h"
 #include "host/velhost/commandline.h"

@@ -3,10 +3,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/plugins/pluginloader.h"
 #include "host/velhost/messages.h"
-#include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 #include "host/velhost/verbs.h"
 

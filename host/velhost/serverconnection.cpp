@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
 #include "host/bmc/lan/lanspec.h"
 #include "host/bmc/record/recording.h"

@@ -11,7 +11,7 @@
 
 #include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/model/hostservices.h"
 #include "host/velhost/messages.h"
 

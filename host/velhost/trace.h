@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "host/model/tracelogger.h"
+#include "host/model/hostservices.h"
 #include "host/velhost/commandline.h"
 
 namespace velhost {

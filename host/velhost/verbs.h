@@ -1,5 +1,5 @@
-// The commands of velhost, each in a file or folder of its own; simulate/simulate.h declares the fifth. Results go to
-// standard output. Anything that prevents a command from starting or from writing its output throws THostError.
+// The commands of velhost, each in a file or folder of its own. Results go to standard output. Anything that prevents a
+// command from starting or from writing its output throws THostError.
 #pragma once
 
 #include "host/velhost/commandline.h"
@@ -19,5 +19,16 @@ EExitStatus ShowPlugin(const TCommandLine& commandLine, const TInstallation& ins
 
 /// Prints the findings about schema files. Returns kComplete if there are none, else kBadData.
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation);
+
+/// The simulated BMC's only user, who has administrator privilege.
+inline constexpr const char* kSimulatedUser = "ipmiusr";
+inline constexpr const char* kSimulatedPassword = "test";
+
+/// Serves until SIGINT, SIGTERM, SIGHUP or SIGPIPE, then returns kComplete and leaves neither a process nor a file
+/// behind. Once the simulator answers, prints the lines to connect with on standard output. Listens on 127.0.0.1
+/// only. Throws THostError: kMalformed for a server file that is wrong or that ipmi_sim cannot serve;
+/// kInvalidArgument for a node that it does not contain; kUnreachable if ipmi_sim or the module is missing, a port is
+/// in use, or ipmi_sim ends by itself; kDenied for a reserved port; kNotWritten if the lines cannot be printed.
+EExitStatus SimulateCommand(const TSimulateArguments& arguments, const TInstallation& installation);
 
 }  // namespace velhost

@@ -15,7 +15,7 @@
 #include <iostream>
 #include <string>
 
-#include "host/velhost/simulate/simulate.h"
+#include "host/velhost/verbs.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/temporaryfolder.h"
 

@@ -1,4 +1,4 @@
-#include "host/velhost/simulate/simulate.h"
+#include "host/velhost/verbs.h"
 
 #include <gmock/gmock.h>
 

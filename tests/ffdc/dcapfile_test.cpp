@@ -1,7 +1,7 @@
 // Committing a capture file as an instance.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
 #include "tests/support/namespaces.h"

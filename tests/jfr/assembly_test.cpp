@@ -1,7 +1,7 @@
 // The instances of a JFR class, over all service processors.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/jfr/blocktest.h"
 #include "tests/support/dumptext.h"

@@ -2,7 +2,7 @@
 // them fail.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "jfr/TNOVRequesttorgareg.h"
 #include "tests/jfr/blocktest.h"
 #include "tests/support/namespaces.h"

@@ -1,7 +1,7 @@
 // Decoding the values of one instance from a register block.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/jfr/blocktest.h"
 #include "tests/support/expectfailure.h"

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
 #include "host/model/cimnamespace.h"
+#include "host/model/failures.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"

@@ -7,7 +7,6 @@
 #include <ctime>
 
 #include "host/model/cimnamespace.h"
-#include "host/model/tracelogger.h"
 #include "nkrovel20/tcimschemahelper.h"
 #include "nkrovel20/tosspecific.h"
 #include "nkrovel20/trootobject.h"

@@ -1,4 +1,4 @@
-#include "host/model/tracelogger.h"
+#include "host/model/hostservices.h"
 
 #include <gtest/gtest.h>
 

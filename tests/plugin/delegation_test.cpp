@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/issubstring.h"
 #include "tests/support/hostprobe.h"

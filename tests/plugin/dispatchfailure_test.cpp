@@ -1,7 +1,7 @@
 // Exceptions from a request, and the state that remains.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"

@@ -3,7 +3,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/hostprobe.h"
 #include "tests/support/namespaces.h"

@@ -4,7 +4,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "host/plugins/pluginloader.h"
 #include "tests/support/collectortest.h"
 #include "tests/support/namespaces.h"

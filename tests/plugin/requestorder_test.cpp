@@ -2,7 +2,7 @@
 // them.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "tests/plugin/dispatchtest.h"
 #include "tests/support/hostprobe.h"
 #include "tests/support/namespaces.h"

@@ -11,7 +11,6 @@
 
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
-#include "host/model/tracelogger.h"
 #include "host/plugins/pluginloader.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/expectfailure.h"

@@ -6,7 +6,7 @@
 #include <random>
 #include <set>
 
-#include "host/base/caseinsensitive.h"
+#include "host/base/names.h"
 #include "host/profile/collectorprofile.h"
 #include "host/profile/plan.h"
 #include "host/schema/collectorneeds.h"

@@ -4,7 +4,7 @@
 // it is skipped. So one such property shows which of the two happened.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/profile/collectorfixture.h"

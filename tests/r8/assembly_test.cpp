@@ -1,7 +1,7 @@
 // The instances of an R8 class.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/namespaces.h"
 

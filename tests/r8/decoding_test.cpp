@@ -1,7 +1,7 @@
 // Reading and decoding the value of a register property.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/dumptext.h"

@@ -1,7 +1,7 @@
 // Properties with several addresses, and which properties are registers at all.
 #include <gtest/gtest.h>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/namespaces.h"

@@ -5,7 +5,7 @@
 #include <boost/make_shared.hpp>
 #include <deque>
 
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "tests/r8/registertest.h"
 #include "tests/support/dumptext.h"

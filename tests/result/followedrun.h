@@ -17,7 +17,7 @@
 #include "host/result/planfollower.h"
 #include "tests/support/classbuilder.h"
 #include "tests/support/namespaces.h"
-#include "tests/support/steps.h"
+#include "tests/support/scriptedserviceprocessor.h"
 
 namespace tests {
 

@@ -12,7 +12,7 @@
 
 #include "host/bmc/iserviceprocessor.h"
 #include "tests/support/namespaces.h"
-#include "tests/support/steps.h"
+#include "tests/support/scriptedserviceprocessor.h"
 
 namespace tests {
 

@@ -48,4 +48,8 @@ struct TAnnotatedMof {
 
 TAnnotatedMof ParseAnnotatedMof(std::string_view text);
 
+/// One text for each difference, such as "LINE: not reported: DIAGNOSTIC" or "LINE: not annotated: DIAGNOSTIC". LINE
+/// is that of the annotated file.
+std::vector<std::string> Differences(const TAnnotatedCase& annotated);
+
 }  // namespace tests

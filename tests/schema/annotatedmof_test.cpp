@@ -1,7 +1,7 @@
 // Annotated MOF: what is accepted, and that every wrong annotation is noticed.
 #include <gmock/gmock.h>
 
-#include "tests/schema/casejudge.h"
+#include "tests/schema/annotatedmof.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

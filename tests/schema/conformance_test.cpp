@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/schema/casejudge.h"
+#include "tests/schema/annotatedmof.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -1,4 +1,4 @@
-#include "host/schema/namehint.h"
+#include "host/schema/schemaunit.h"
 
 #include <gtest/gtest.h>
 

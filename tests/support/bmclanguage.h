@@ -17,7 +17,7 @@
 #include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/readerfolder.h"
-#include "tests/support/steps.h"
+#include "tests/support/scriptedserviceprocessor.h"
 
 namespace tests {
 

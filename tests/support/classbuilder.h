@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/model/classdefinition.h"
+#include "host/model/cimclass.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "tests/support/namespaces.h"
-#include "tests/support/steps.h"
+#include "tests/support/scriptedserviceprocessor.h"
 
 namespace tests {
 

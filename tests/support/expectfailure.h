@@ -6,8 +6,7 @@
 #include <string>
 
 #include "host/base/hosterror.h"
-#include "host/model/assertionfailure.h"
-#include "host/model/failuredetail.h"
+#include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/support/namespaces.h"
 

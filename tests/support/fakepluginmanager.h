@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/plugins/pluginregistry.h"
+#include "host/plugins/pluginloader.h"
 #include "tests/support/namespaces.h"
 
 namespace tests {

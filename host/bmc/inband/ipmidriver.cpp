@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 
 namespace velhost {
 

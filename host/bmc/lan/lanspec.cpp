@@ -10,7 +10,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
 
 namespace velhost {

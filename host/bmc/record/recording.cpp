@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "host/base/hex.h"
-#include "host/base/unsafetext.h"
+#include "host/base/digits.h"
+#include "host/base/text.h"
 #include "host/bmc/record/recordingline.h"
 
 namespace velhost {

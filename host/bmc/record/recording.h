@@ -12,7 +12,7 @@
 
 #include "host/base/descriptor.h"
 #include "host/base/hosterror.h"
-#include "host/base/textsink.h"
+#include "host/base/text.h"
 #include "host/bmc/supervision.h"
 #include "host/model/hostservices.h"
 

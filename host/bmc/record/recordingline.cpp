@@ -8,8 +8,8 @@
 #include <set>
 #include <utility>
 
-#include "host/base/hex.h"
-#include "host/base/nearestname.h"
+#include "host/base/digits.h"
+#include "host/base/names.h"
 #include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
 #include "nkrovel20/tvelexception.h"
@@ -298,8 +298,7 @@ TRecordedRun ReadRun(const TMembers& members) {
 
 /// The version, after a check of the members that every recording begins with.
 int ReadVersion(const TLineText& text, const TJson& object, const TMembers& members) {
-  if (!members.Has("format"))
-    text.Fail(1, "found no \"format\", expected \"velhost-recording\"");
+  if (!members.Has("format")) text.Fail(1, "found no \"format\", expected \"velhost-recording\"");
   const std::string format = members.String("format");
   if (format != "velhost-recording") {
     text.FailAt("format", "found " + Quoted(format) + " for \"format\", expected \"velhost-recording\"");

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/textdiagnostic.h"
 #include "host/bmc/record/recordingline.h"
 

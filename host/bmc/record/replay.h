@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "host/base/linereader.h"
 #include "host/base/sourcereader.h"
+#include "host/base/storedbytes.h"
 #include "host/base/textdiagnostic.h"
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/record/recording.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/base/nearestname.h"
+#include "host/base/names.h"
 #include "host/base/text.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/sim/tomltable.h"

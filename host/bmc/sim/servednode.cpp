@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "wire/storagearea.h"
 
 namespace velhost {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/text.h"
 #include "host/base/utf8.h"
 

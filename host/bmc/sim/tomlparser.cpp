@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/base/text.h"
 #include "host/bmc/sim/tomlcursor.h"
 #include "host/bmc/sim/tomlscalar.h"

@@ -5,8 +5,7 @@
 #include <deque>
 #include <string>
 
-#include "host/base/decimal.h"
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/utf8.h"
 #include "nkrovel20/tcimdatetime.h"
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "host/base/cimdatetime.h"
-#include "host/base/hex.h"
-#include "host/base/nearestname.h"
+#include "host/base/digits.h"
+#include "host/base/names.h"
 #include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
 

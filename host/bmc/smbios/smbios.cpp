@@ -6,7 +6,7 @@
 #include <boost/uuid/uuid_io.hpp>
 #include <cstdio>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 #include "host/bmc/smbios/smbioslayout.h"
 
 namespace velhost {

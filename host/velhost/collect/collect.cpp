@@ -31,7 +31,6 @@
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
-#include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 #include "host/velhost/verbs.h"
 

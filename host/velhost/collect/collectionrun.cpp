@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "host/base/text.h"
-#include "host/base/unsafetext.h"
 #include "host/profile/collectorprofile.h"
 #include "host/schema/collectorneeds.h"
 #include "host/velhost/collect/requests.h"

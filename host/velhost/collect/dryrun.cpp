@@ -22,7 +22,6 @@
 #include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/signals.h"
-#include "host/velhost/standardstreams.h"
 #include "host/velhost/trace.h"
 
 namespace velhost {

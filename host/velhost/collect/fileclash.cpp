@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/caseinsensitive.h"
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
+#include "host/base/names.h"
+#include "host/base/text.h"
 #include "host/output/capturefiles.h"
 #include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/schemaloading.h"

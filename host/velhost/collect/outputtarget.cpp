@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/velhost/standardstreams.h"
+#include "host/velhost/messages.h"
 
 namespace velhost {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "host/base/textsink.h"
+#include "host/base/text.h"
 #include "host/output/outputfile.h"
 #include "host/output/progress.h"
 

@@ -8,9 +8,8 @@
 #include <utility>
 
 #include "host/base/hosterror.h"
-#include "host/base/unsafetext.h"
-#include "host/model/assertionfailure.h"
-#include "host/model/failuredetail.h"
+#include "host/base/text.h"
+#include "host/model/failures.h"
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
 #include "nkrovel20/tvelexception.h"

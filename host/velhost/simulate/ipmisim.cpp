@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 #include "host/base/hosterror.h"
 #include "host/velhost/simulate/fruinventory.h"
 

@@ -1,4 +1,4 @@
-#include "host/velhost/simulate/simulate.h"
+#include "host/velhost/verbs.h"
 
 #include <arpa/inet.h>
 #include <poll.h>
@@ -19,15 +19,15 @@
 #include <string>
 #include <vector>
 
-#include "host/base/decimal.h"
 #include "host/base/descriptor.h"
+#include "host/base/digits.h"
 #include "host/base/sourcereader.h"
-#include "host/base/unsafetext.h"
+#include "host/base/text.h"
 #include "host/bmc/sim/servednode.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/velhost/inputs.h"
+#include "host/velhost/messages.h"
 #include "host/velhost/simulate/ipmisim.h"
-#include "host/velhost/standardstreams.h"
 
 namespace velhost {
 

@@ -1,10 +1,44 @@
-#include "host/model/assertionfailure.h"
+#include "host/model/failures.h"
 
 #include <cstring>
 
 #include "nkrovel20/api.h"
+#include "nkrovel20/tvelexception.h"
+
+namespace NKROVEL20 {
+
+std::string TVELStatusCode::TranslateStatusCode() const {
+  const std::string number = std::to_string(code_);
+  switch (code_) {
+    case kFailed: return "The operation failed (status " + number + ").";
+    case kInvalidParameter: return "Invalid parameter (status " + number + ").";
+    case kInvalidClass: return "Invalid class (status " + number + ").";
+    case kNoSuchProperty: return "No such property (status " + number + ").";
+    case kTypeMismatch: return "Type mismatch (status " + number + ").";
+    case kNoValidTimestamp: return "No valid timestamp header (status " + number + ").";
+    default: return "Status " + number + ".";
+  }
+}
+
+TVELException::TVELException(TVELStatusCode status) : status_(status), text_(status.TranslateStatusCode()) {}
+
+TVELException::~TVELException() = default;
+
+}  // namespace NKROVEL20
 
 namespace velhost {
+
+namespace {
+thread_local std::string lastDetail;
+}
+
+void ThrowHostFailure(std::int32_t status, const std::string& detail) {
+  lastDetail = detail;
+  throw TVELException(status);
+}
+
+std::string LastFailureDetail() { return lastDetail; }
+void ClearFailureDetail() { lastDetail.clear(); }
 
 namespace {
 

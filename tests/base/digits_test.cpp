@@ -1,12 +1,10 @@
-#include "host/base/hex.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "host/base/decimal.h"
+#include "host/base/digits.h"
 
 namespace velhost {
 namespace {

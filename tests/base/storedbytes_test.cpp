@@ -1,5 +1,4 @@
-#include "host/base/linereader.h"
-
+#include "host/base/storedbytes.h"
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 

@@ -1,4 +1,4 @@
-#include "host/base/hex.h"
+#include "host/base/digits.h"
 
 namespace velhost {
 

@@ -1,13 +1,24 @@
-// The exception that results from dereferencing a null host object, thrown by the host's Boost assertion
-// handler.
+// Failures of host operations that a collector calls: the detail of a TVELException, and the exception that results
+// from dereferencing a null host object.
+//
+// TVELException carries only a status code, which is all that a plugin needs. People need the name of the
+// property or class as well, so the host stores it separately.
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <string>
 
 #include "host/base/api.h"
 
 namespace velhost {
+
+/// Stores `detail` for this thread and throws TVELException with the status.
+[[noreturn]] VELHOST_API void ThrowHostFailure(std::int32_t status, const std::string& detail);
+
+/// The detail of this thread's latest host failure; empty if there was none since the last clear.
+VELHOST_API std::string LastFailureDetail();
+VELHOST_API void ClearFailureDetail();
 
 /// Thrown by boost::assertion_failed. Deliberately not a TVELException: collectors catch those, but a null
 /// host object must end the request and be reported by the host.
