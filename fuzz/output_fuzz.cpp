@@ -2,6 +2,7 @@
 #include "host/base/cimdatetime.h"
 #include "host/output/writers.h"
 #include "host/schema/schemareader.h"
+#include "tests/support/hostileresult.h"
 #include "tests/support/memoryreader.h"
 #include "tests/support/outputreading.h"
 
@@ -13,31 +14,12 @@ static constexpr const char* kSchema =
     "class KROSG_DCAPFile { string ErrRawData; string Texts[]; uint8 Bytes[]; uint64 Number; real64 Real; char16 Char;"
     " datetime Time; KROSG_DCAPFile REF Path; };";
 
-// Every text of the header is the same.
-static TResultHeader HeaderOf(const std::string& text) {
-  TResultHeader header;
-  header.run = {text, text, text, text, {{text, text}}};
-  header.source = {{text, text}, text, true, text, text, text};
-  header.machineType = text;
-  header.plugin = {text, text, text};
-  header.schema = {{text}, text, true};
-  return header;
-}
-
 static std::string Written(EOutputForm form, const TInstance& instance, const std::string& text) {
   TStringSink sink;
   const auto writer = MakeWriter(form, sink, {40 + static_cast<int>(text.size() % 100), false});
-  writer->Begin(HeaderOf(text));
-  TInstanceFacts facts;
-  facts.key = text;
-  facts.missing = {{text, {}, {EHow::kShort, 1}}};
-  facts.file = {text, 1, 1};
-  writer->Instance(instance, facts);
-  TResultSummary summary;
-  summary.status = EResultStatus::kFailed;
-  summary.message = text;
-  summary.reasons = {{EReason::kRequestFailed, text, 1, text}};
-  writer->End(summary);
+  writer->Begin(HostileHeader(text));
+  writer->Instance(instance, HostileFacts(text));
+  writer->End(HostileSummary(text));
   Require(Repaired(sink.Text(), false) == sink.Text());
   return sink.Text();
 }

@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "tests/support/hostileresult.h"
+
 namespace tests {
 
 TPropertyDefinition Property(const std::string& name, TType type, bool isArray) {
@@ -125,21 +127,7 @@ TResultSummary TOutputTest::Partial() const {
 }
 
 TDocument TOutputTest::Hostile(const std::string& text) {
-  TDocument document = {Header(), {{One(TType::kString, TCIMValue("x")), {}}}, Partial()};
-  document.header.run = {text, text, text, text, {{text, text}}};
-  document.header.source = {{text}, text, true, text, text, text};
-  document.header.machineType = text;
-  document.header.plugin = {text, text, text};
-  document.header.schema = {{text}, text, true};
-  TInstanceFacts& facts = document.instances[0].second;
-  facts.key = text;
-  facts.origin.emplace().timeRaw = text;
-  facts.file = {text, 0, 0};
-  facts.missing = {{text, {}, {}}};
-  document.summary.status = EResultStatus::kFailed;
-  document.summary.message = text;
-  document.summary.reasons = {{EReason::kStopped, text, 1, text}};
-  return document;
+  return {HostileHeader(text), {{One(TType::kString, TCIMValue("x")), HostileFacts(text)}}, HostileSummary(text)};
 }
 
 std::string TOutputTest::Written(EOutputForm form, const std::vector<TInstancePtr>& instances,
