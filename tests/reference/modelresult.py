@@ -87,8 +87,7 @@ class Result:
     def book_of(self, turn):
         committed = {place: dict(properties) for (number, place), (_, properties)
                      in zip(self.run.places, self.run.instances) if number == turn.number}
-        call = self.run.calls[turn.call]
-        book = TurnBook(self.plan, turn, self.exchanges_of(turn), committed, not call.failure or call.at is not None)
+        book = TurnBook(self.plan, turn, self.exchanges_of(turn), committed)
         book.finish()
         return book
 

@@ -77,9 +77,7 @@ def reported_size(exchange):
 class TurnBook:
     """One turn: the collection of a class, with the exchanges and instances that the collector made for it."""
 
-    def __init__(self, plan, turn, exchanges, committed, was_begun):
-        """`was_begun` is false if the request failed before its first class."""
-        self.was_begun = was_begun
+    def __init__(self, plan, turn, exchanges, committed):
         self.plan = plan
         self.turn = turn
         self.exchanges = exchanges
@@ -92,6 +90,10 @@ class TurnBook:
         self.by_subject = defaultdict(list)
         for exchange in exchanges:
             self.by_subject[exchange.subject.place, exchange.subject.prop].append(exchange)
+
+    def was_begun(self):
+        """Whether the request did not fail before the class. A class without any read counts as begun."""
+        return bool(self.exchanges) or not self.plan.register_reads(self.turn)
 
     def about(self, place, prop=None):
         return self.by_subject[place, prop]
@@ -131,7 +133,7 @@ class TurnBook:
             good = [exchange for exchange in reads if not how_register_failed(exchange)]
             if len(good) == 1:
                 registers[register.name] = self.r8_register(register, good[0], place)
-            elif self.was_begun:
+            elif self.was_begun():
                 missing.append(self.missing_register(register, reads))
         unread = [one for one in missing if not one.items() >= ABSENT.items()]
         self.reasons["register-unread"] += len(unread)
