@@ -219,13 +219,19 @@ THow TR8Walk::HowMissing(const TSlice& slice) const {
 
 bool TR8Walk::IsAbsentRegister(const TSlice& slice) const { return IsAbsent(HowMissing(slice)); }
 
-// Those that a failure cost, not those that were never asked for.
+bool TR8Walk::IsMade(const TSlice& slice) {
+  return std::none_of(slice.begin(), slice.end(), [](const TRead& read) { return read.end == EEnd::kUnmade; });
+}
+
+// Those that a failure cost, not those that were never asked for. A register without an address is asked for with the
+// others of its instance.
 std::uint64_t TR8Walk::UnreadRegisters(unsigned instance) const {
+  const std::size_t reads = turn_.planned.readsOfInstance;
+  const bool isInstanceMade = IsMade({reads_.data() + instance * reads, reads, 0});
   std::uint64_t unread = 0;
   for (std::size_t i = 0; i < firstReads_.size(); ++i) {
     const TSlice slice = SliceOf(instance, i);
-    const bool isMade =
-        std::none_of(slice.begin(), slice.end(), [](const TRead& read) { return read.end == EEnd::kUnmade; });
+    const bool isMade = slice.size > 0 ? IsMade(slice) : isInstanceMade;
     if (isMade && slice.good != 1 && !IsAbsentRegister(slice)) ++unread;
   }
   return unread;

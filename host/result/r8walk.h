@@ -68,6 +68,7 @@ class TR8Walk : public ITurnWalk {
   TRegisterFacts FactsOf(std::size_t number, const TSlice& slice, const TInstance& instance) const;
   void AddRegisters(unsigned number, const TInstance& instance, TInstanceFacts& facts) const;
   bool IsAbsentRegister(const TSlice& slice) const;
+  static bool IsMade(const TSlice& slice);
   std::uint64_t UnreadRegisters(unsigned instance) const;
   bool IsAbsentInstance(unsigned instance) const;
 

@@ -163,6 +163,13 @@ TEST_F(R8Walk, ARegisterWithoutAnAddressIsUnread) {
   EXPECT_THAT(Ends(), ElementsAre("3 exchanges", "reason VO_MEMCTL register-unread 2"));
 }
 
+TEST_F(R8Walk, ARegisterWithoutAnAddressIsNotUnreadIfItsInstanceWasNeverAskedFor) {
+  Add(Class(kVoMemory, 1).Register("None", std::vector<std::uint32_t>(), 8).Register("A", 0x10, 8));
+  Plans({{kVoMemory}});
+  EXPECT_THAT(Ends("it failed"), ElementsAre("0 exchanges", "unread VO_MEMCTL/node0/instance0 register-unread",
+                                             "reason nothing-read 1", "reason VO_MEMCTL request-failed 1"));
+}
+
 TEST_F(R8Walk, AClassWithoutRegistersHasNoInstances) {
   Add(Class(kVoMemory, 2));
   Plans({{kVoMemory}});
