@@ -16,7 +16,6 @@ CODES = ["stopped", "session-lost", "request-failed", "register-unread", "time-u
 LIMIT = 32 << 20
 
 
-
 class Result:
     """The document of a run of the collector model."""
 
@@ -56,7 +55,7 @@ class Result:
         return None
 
     def turn_failed(self, call):
-        """The class that an exception is blamed on: the first that was not finished, otherwise the last that is reached."""
+        """The class that an exception is blamed on: the first that was not finished, else the last that is reached."""
         if not self.run.calls[call].failure:
             return None
         if self.left[call] is not None:
@@ -137,7 +136,8 @@ class Result:
         if code == "register-unread":
             return share + verb + " not read"
         if code == "time-unread":
-            return ("the time of 1 instance was" if count == 1 else "the times of %d instances were" % count) + " not read"
+            text = "the time of 1 instance was" if count == 1 else "the times of %d instances were" % count
+            return text + " not read"
         if code == "file-unread":
             texts = [share + ("is" if count == 1 else "are") + " missing or incomplete"]
             texts += dict.fromkeys([text for turn in turns if turn.number in self.books

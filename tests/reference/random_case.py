@@ -97,7 +97,8 @@ def random_arguments(rng, schema, server, classes):
     if rng.random() < 0.1:
         names.insert(rng.randrange(len(names) + 1), rng.choice(names))
     if rng.random() < 0.08:
-        names[rng.randrange(len(names))] = rng.choice([base for base in model.BASE_CLASSES if schema.find(base)] or names)
+        bases = [base for base in model.BASE_CLASSES if schema.find(base)]
+        names[rng.randrange(len(names))] = rng.choice(bases or names)
     default = Plan(schema, server, []).served_by_default()
     if default and rng.random() < 0.08:
         names.insert(rng.randrange(len(names) + 1), random_pattern(rng, rng.choice(default)))
@@ -107,8 +108,8 @@ def random_arguments(rng, schema, server, classes):
 def random_pattern(rng, name):
     """A pattern that matches the name."""
     start, end = sorted(rng.randrange(len(name) + 1) for _ in range(2))
-    return rng.choice(["*", name[:start] + "*" + name[end:], "*" + name[start:] + "*", name[:end] + "?" * (len(name) - end),
-                       (name[:start] + "*").lower()])
+    return rng.choice(["*", name[:start] + "*" + name[end:], "*" + name[start:] + "*",
+                       name[:end] + "?" * (len(name) - end), (name[:start] + "*").lower()])
 
 
 def random_labels(rng):

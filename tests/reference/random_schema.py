@@ -30,8 +30,9 @@ class Types:
 def random_types(rng):
     """Most cases are orderly: the schema check has no error for their classes."""
     orderly = rng.random() < 0.7
-    return Types(offset=rng.choices(["uint32[]", "uint32", "string[]", "string"], [10, 6, *([0, 0] if orderly else [2, 2])])[0],
-                 index=rng.choices(["uint32", "uint16", "string"], [10, 8, 0 if orderly else 2])[0],
+    strings = 0 if orderly else 2
+    return Types(offset=rng.choices(["uint32[]", "uint32", "string[]", "string"], [10, 6, strings, strings])[0],
+                 index=rng.choices(["uint32", "uint16", "string"], [10, 8, strings])[0],
                  max_len=rng.choice(["uint32", "uint16"]),
                  max_instance_count=rng.choice(["uint32", "uint16"] * 2 + ([] if orderly else ["string"])),
                  class_inherited=rng.random() < 0.6, property_inherited=rng.random() < 0.5,

@@ -125,7 +125,7 @@ class FailingServerTest(unittest.TestCase):
             {"property": "LinkStatus", "address": "0x0D0138", "completion_code": 192}])
 
     def test_values(self):
-        """Unlisted registers answer with a pattern of their address: here 20 10 2E 13 45 59 46 76 and 18 10 2E 2B ..."""
+        """Unlisted registers answer with a pattern: here 20 10 2E 13 45 59 46 76 and 18 10 2E 2B 45 59 7E 76."""
         registers = self.instances[T4_MEM + "/node0/instance0"]["registers"]
         self.assertEqual(registers["CorrectableErrorCount"], {
             "address": "0x0C0120", "width": 32, "value": "0x132E1020", "upper": "0x76465945", "folded": "0x132E1030"})
