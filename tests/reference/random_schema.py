@@ -290,7 +290,9 @@ class SchemaMaker:
     def offset(self):
         if not self.types.offset.endswith("[]"):
             return self.address()
-        return [self.address() for _ in range(self.rng.choice([1] * 16 + [2] * 4 + [3] * 4 + [0]))]
+        # The model does not see the type of an empty array.
+        none = [] if self.types.offset == "string[]" else [0]
+        return [self.address() for _ in range(self.rng.choice([1] * 16 + [2] * 4 + [3] * 4 + none))]
 
     def address(self):
         if self.types.offset.startswith("string") and self.rng.random() < 0.2:
