@@ -15,16 +15,9 @@ namespace Area = wire::StorageArea;
 
 constexpr char kFileProperty[] = "ErrRawData";
 constexpr int kChunk = 10;
-constexpr std::uint8_t kNoSuchArea = 0xCB;
-constexpr std::uint8_t kNoSuchCommand = 0xC1;
 // Data bytes of a read's answer before the file's: manufacturer id and count.
 constexpr std::int64_t kBeforeData = Area::kResponseData - Area::kManufacturer;
 static_assert(kBeforeData == 5);
-
-// Once an area is open, no answer makes it absent.
-bool IsAbsent(const THow& how) {
-  return how.how == EHow::kCompletionCode && (how.number == kNoSuchArea || how.number == kNoSuchCommand);
-}
 
 wire::TCommandBuffer AreaRequest(std::uint8_t subCommand, std::size_t length) {
   wire::TCommandBuffer request(Area::kNetworkFunction, Area::kCommand, static_cast<std::uint8_t>(length));
@@ -72,7 +65,7 @@ void TCaptureWalk::OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook&
 
 void TCaptureWalk::OnOpen(const std::optional<THow>& failure, const TOutcome& outcome) {
   if (failure) {
-    NextFile(IsAbsent(*failure) ? EFile::kAbsent : EFile::kUnread);
+    NextFile(IsAbsent(EExchangeKind::kOpen, *failure) ? EFile::kAbsent : EFile::kUnread);
     return;
   }
   handle_ = TCommandData(outcome.data).Bytes<Area::kHandleSize>(Area::kResponseHandle);

@@ -14,6 +14,8 @@ using wire::TCommandBuffer;
 
 // A length of which the collector looks at the low 16 bits only.
 constexpr unsigned kLowBits = 0xFFFF;
+constexpr std::uint8_t kNotPresent = 0xCB;
+constexpr std::uint8_t kInvalidCommand = 0xC1;
 constexpr int kTimestampEnd = static_cast<int>(wire::RegisterRead::kTimestamp + wire::RegisterRead::kTimestampSize);
 static_assert(kTimestampEnd == 13);
 
@@ -70,6 +72,16 @@ std::optional<THow> FailureOf(EExchangeKind kind, const TOutcome& outcome) {
   if (!IsTooShort(kind, outcome)) return std::nullopt;
   // A block counts as empty then, whatever came.
   return THow{EHow::kShort, kind == EExchangeKind::kDot ? 0 : static_cast<std::uint32_t>(outcome.dataLength)};
+}
+
+bool IsAbsent(EExchangeKind kind, const THow& failure) {
+  if (failure.how != EHow::kCompletionCode) return false;
+  switch (kind) {
+    case EExchangeKind::kRegister:
+    case EExchangeKind::kTimestamp: return failure.number == kNotPresent;
+    case EExchangeKind::kOpen: return failure.number == kNotPresent || failure.number == kInvalidCommand;
+    default: return false;
+  }
 }
 
 }  // namespace velhost

@@ -33,4 +33,8 @@ TOutcome OutcomeOf(const TDotExchange& exchange);
 /// takes 14 data bytes by byte 5, a timestamp a length of 13, a block any length whose low 16 bits are not zero.
 std::optional<THow> FailureOf(EExchangeKind kind, const TOutcome& outcome);
 
+/// Whether that failure says that the service processor does not have what was asked for: a register or the time
+/// (0xCB), or a storage area when it is opened (0xCB, 0xC1). Once an area is open, no answer makes it absent.
+bool IsAbsent(EExchangeKind kind, const THow& failure);
+
 }  // namespace velhost

@@ -33,6 +33,19 @@ std::uint32_t AddressIn(const wire::TCommandBuffer& request) {
   return boost::endian::load_big_u24(request.Data() + wire::RegisterRead::kAddress);
 }
 
+// What is missing when an exchange of this kind, for which no register or file is known, fails.
+std::optional<EReason> UnreadReasonOf(EExchangeKind kind) {
+  switch (kind) {
+    case EExchangeKind::kRegister: return EReason::kRegisterUnread;
+    case EExchangeKind::kTimestamp: return EReason::kTimeUnread;
+    case EExchangeKind::kOpen:
+    case EExchangeKind::kSize:
+    case EExchangeKind::kRead: return EReason::kFileUnread;
+    case EExchangeKind::kDot: return EReason::kBlockUnread;
+    default: return std::nullopt;
+  }
+}
+
 // Of exchanges outside of a request, which a plugin may make when it starts or ends.
 const std::vector<TPlannedTurn> kNoTurns;
 
@@ -102,6 +115,11 @@ void TPlanFollower::TakeUnplaced(const TExpected& found, const TOutcome& outcome
   failure.owner = found.owner;
   if (found.kind == EExchangeKind::kRegister) failure.address = AddressIn(found.request);
   book_.AddFailure(failure);
+  // A class without a way is not served, and nothing else.
+  const TPlannedClass& planned = plan_.ClassOf((*turns_)[Turn() - firstTurn_]);
+  const bool isWayless = planned.path != CollectorProfile::EPath::kNone && !planned.hasWay;
+  const auto reason = UnreadReasonOf(found.kind);
+  if (reason && !isWayless && !IsAbsent(found.kind, *how)) book_.AddReason(Turn(), *reason);
 }
 
 void TPlanFollower::OnSizeRefused(const std::string& sentence) {

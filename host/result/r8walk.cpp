@@ -13,10 +13,7 @@ namespace {
 
 namespace Read = wire::RegisterRead;
 
-constexpr std::uint8_t kNoSuchRegister = 0xCB;
 constexpr char kTimeProperty[] = "StatisticTime";
-
-bool IsAbsent(const THow& how) { return how == THow{EHow::kCompletionCode, kNoSuchRegister}; }
 
 TExpected RegisterRead(std::uint8_t chip, std::uint32_t address) {
   TExpected expected = {EExchangeKind::kRegister, 0, {Read::kNetworkFunction, Read::kRegisterRead, Read::kRequestSize}};
@@ -217,7 +214,9 @@ THow TR8Walk::HowMissing(const TSlice& slice) const {
   return {EHow::kAnswered, static_cast<std::uint32_t>(slice.good)};
 }
 
-bool TR8Walk::IsAbsentRegister(const TSlice& slice) const { return IsAbsent(HowMissing(slice)); }
+bool TR8Walk::IsAbsentRegister(const TSlice& slice) const {
+  return IsAbsent(EExchangeKind::kRegister, HowMissing(slice));
+}
 
 bool TR8Walk::IsMade(const TSlice& slice) {
   return std::none_of(slice.begin(), slice.end(), [](const TRead& read) { return read.end == EEnd::kUnmade; });
@@ -250,7 +249,7 @@ void TR8Walk::Finish(TRunBook& book) {
   std::uint64_t times = 0;
   for (unsigned i = 0; i < turn_.planned.instances; ++i) {
     registers += UnreadRegisters(i);
-    if (chips_[i].timeFailure && !IsAbsent(*chips_[i].timeFailure)) ++times;
+    if (chips_[i].timeFailure && !IsAbsent(EExchangeKind::kTimestamp, *chips_[i].timeFailure)) ++times;
     const auto committedEnd = candidates_.begin() + static_cast<std::ptrdiff_t>(committed_);
     if (std::binary_search(candidates_.begin(), committedEnd, i)) continue;
     book.AddUnread({turn_.number, PlaceOf(i), IsAbsentInstance(i) ? EUnread::kAbsent : EUnread::kRegisterUnread});

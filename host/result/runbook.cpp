@@ -17,10 +17,12 @@ using TSize = std::uint64_t;
 
 constexpr std::size_t kReasonsInMessage = 3;
 
-// "1 of 24 registers was not read", "2 of 24 registers were not read".
+// "1 of 24 registers was not read", "2 of 24 registers were not read"; "2 registers were not read" if the plan does not
+// know of as many.
 std::string Share(TSize count, TSize total, std::string_view noun, std::string_view one, std::string_view several,
                   std::string_view what) {
-  std::string text = std::to_string(count) + " of " + Counted(total, noun) + " ";
+  std::string text =
+      (total < count ? "" : std::to_string(count) + " of ") + Counted(std::max(count, total), noun) + " ";
   text += count == 1 ? one : several;
   text += what;
   return text;

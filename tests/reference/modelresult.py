@@ -16,6 +16,16 @@ CODES = ["stopped", "session-lost", "request-failed", "register-unread", "time-u
 LIMIT = 32 << 20
 
 
+UNREAD_OF_KIND = {"register": "register-unread", "timestamp": "time-unread", "open": "file-unread",
+                  "size": "file-unread", "read": "file-unread", "dot": "block-unread"}
+
+
+def is_absent(kind, how):
+    """Whether the service processor says that it does not have a register, the time, or an area that is opened."""
+    codes = {"register": (0xCB,), "timestamp": (0xCB,), "open": (0xCB, 0xC1)}.get(kind, ())
+    return how.get("completion_code") in codes
+
+
 class Result:
     """The document of a run of the collector model."""
 
@@ -36,6 +46,7 @@ class Result:
             if call.failure:
                 self.add_note(self.blamed_class(number), "request-failed", call.told)
             self.add_refused_sizes(number)
+        self.add_unplaced_failures()
 
     def turns_of(self, call):
         return [turn for turn in self.plan.turns if turn.call == call]
@@ -131,7 +142,7 @@ class Result:
     def message_of(self, name, code, count):
         turns = [turn for turn in self.plan.turns if turn.of.cls.name == name and not self.is_cut_off(turn)]
         of = self.plan.known[name]
-        share = "%d of %s " % (count, self.total_of(code, of, len(turns)))
+        share = self.share_of(code, count, of, len(turns))
         verb = "was" if count == 1 else "were"
         if code == "register-unread":
             return share + verb + " not read"
@@ -155,12 +166,12 @@ class Result:
             return of.why
         return "; ".join(dict.fromkeys(self.notes[name, code]))
 
-    def total_of(self, code, of, turns):
-        if code == "register-unread":
-            return counted(turns * of.instances * len(of.registers), "register")
-        if code == "file-unread":
-            return counted(turns * len(CAPTURE_KEYS) * self.plan.nodes, "capture file")
-        return counted(turns * self.plan.blocks, "register block")
+    def share_of(self, code, count, of, turns):
+        """What the plan does not know of, it does not count."""
+        total, noun = {"register-unread": (turns * of.instances * len(of.registers), "register"),
+                       "file-unread": (turns * len(CAPTURE_KEYS) * self.plan.nodes, "capture file")
+                       }.get(code, (turns * self.plan.blocks, "register block"))
+        return "%d of %s " % (count, counted(total, noun)) if total >= count else counted(count, noun) + " "
 
     def add_refused_sizes(self, call):
         """Even where nothing is known, the host knows of the files that it withheld from the collector."""
@@ -168,6 +179,20 @@ class Result:
         for turn in self.turns_of(call):
             for text in self.refused_sizes(turn) if left is not None and turn.number >= left else ():
                 self.add_note(self.plan.turns[left].of.cls.name, "file-unread", text)
+
+    def add_unplaced_failures(self):
+        """What fails where the plan knows of no register or file was asked for all the same."""
+        for exchange in self.run.exchanges:
+            turn = self.plan.turns[exchange.subject.turn]
+            how = None if turn.number in self.books else self.unplaced_failure(exchange)
+            blamed = self.blamed_turn(turn)
+            wayless = blamed.of.path and not blamed.of.has_way
+            if how and exchange.kind in UNREAD_OF_KIND and not wayless and not is_absent(exchange.kind, how):
+                self.reasons[blamed.of.cls.name][UNREAD_OF_KIND[exchange.kind]] += 1
+
+    def blamed_turn(self, turn):
+        left = self.left[turn.call]
+        return self.plan.turns[left] if left is not None and turn.number >= left else turn
 
     def refused_sizes(self, turn):
         for exchange in self.exchanges_of(turn):
@@ -210,9 +235,7 @@ class Result:
             details = book.failures.get(id(exchange)) if book else self.unplaced_failure(exchange)
             if details is None:
                 continue
-            left = self.left[turn.call]
-            blamed = self.plan.turns[left] if left is not None and turn.number >= left else turn
-            one = {"class": blamed.of.cls.name, "kind": exchange.kind, **details}
+            one = {"class": self.blamed_turn(turn).of.cls.name, "kind": exchange.kind, **details}
             one["service_processor" if exchange.kind == "dot" else "node"] = exchange.node
             if book and exchange.kind != "dot":
                 one["key"] = turn.key(exchange.subject.place)

@@ -49,7 +49,8 @@ TEST_F(Follower, DepartsAtTheFirstOtherExchange) {
   Sees(Register(2, 0x20).Fails(0xC3));
   EXPECT_EQ(Commits(kVoBridge), "VO_PCIIOBRIDGE/?1");
   EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed timestamp node0 VO_PCIIOBRIDGE/node0/instance0: lost",
-                                  "failed register 000020 node0: code 195", "reason VO_PCIIOBRIDGE request-failed 1"));
+                                  "failed register 000020 node0: code 195", "reason VO_PCIIOBRIDGE request-failed 1",
+                                  "reason VO_PCIIOBRIDGE register-unread 1"));
   EXPECT_EQ(MessageOf(EReason::kRequestFailed),
             "the collector did not follow the plan: found the register read of chip 3 at 0x000020 on node 0, expected "
             "the register read of chip 2 at 0x000020 on node 0");
@@ -103,7 +104,27 @@ TEST_F(Follower, AnUnknownTurnKeepsWhatCameBefore) {
   EXPECT_EQ(Commits(kUnknown), "T4_MEMCTL/?1");
   EXPECT_EQ(follower_->Turn(), 1U);
   Sees(Register(0, 0x30).Lost());
-  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed register 000030 node0: lost"));
+  EXPECT_THAT(Ends(),
+              ElementsAre("4 exchanges", "failed register 000030 node0: lost", "reason T4_MEMCTL register-unread 1"));
+}
+
+TEST_F(Follower, WhatFailsInAnUnknownTurnWasAskedForAllTheSame) {
+  Plans({{kUnknown}});
+  Sees(Register(0, 0x30).Fails(0xC3));
+  Sees(Register(0, 0x38).Fails(0xCB));
+  Sees(Timestamp().Lost());
+  Sees(Open("cpu_err").Fails(0xC1));
+  Sees(Open("ioh_err").Fails(0xC3));
+  Sees(Size("zyn_err").Fails(0xCB));
+  Sees(Read({1, 2, 3, 4}, 0, 10).Lost());
+  Sees(Close({1, 2, 3, 4}).Lost());
+  Sees(DotBlock(1).Lost());
+  const auto lines = Ends();
+  EXPECT_THAT(std::vector(lines.end() - 4, lines.end()),
+              ElementsAre("reason T4_MEMCTL register-unread 1", "reason T4_MEMCTL time-unread 1",
+                          "reason T4_MEMCTL file-unread 3", "reason T4_MEMCTL block-unread 1"))
+      << "what is absent is no reason, and a close delivers nothing";
+  EXPECT_EQ(MessageOf(EReason::kRegisterUnread), "1 register was not read") << "of how many, the plan does not know";
 }
 
 TEST_F(Follower, NothingIsKnownOfAnotherPlugin) {
@@ -152,7 +173,8 @@ TEST_F(Follower, AnExchangeBeforeACommitDeparts) {
   SeesMemory();
   Sees(DotBlock(0).Lost());
   EXPECT_EQ(Commits(kVoMemory), "VO_MEMCTL/?1");
-  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed dot sp0: lost", "reason VO_MEMCTL request-failed 1"));
+  EXPECT_THAT(Ends(), ElementsAre("4 exchanges", "failed dot sp0: lost", "reason VO_MEMCTL request-failed 1",
+                                  "reason VO_MEMCTL block-unread 1"));
   EXPECT_EQ(MessageOf(EReason::kRequestFailed),
             "the collector did not follow the plan: found the dot command for a register block to service processor 0, "
             "expected an instance of KROSG_VO_MEMCTL_StatisticData");
