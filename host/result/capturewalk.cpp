@@ -185,15 +185,7 @@ wire::TCommandBuffer TCaptureWalk::HandleRequest(std::uint8_t subCommand, std::u
 }
 
 void TCaptureWalk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const {
-  if (!outcome.wasAttempted) return;
-  TExchangeFailure failure;
-  failure.turn = turn_.number;
-  failure.kind = kind;
-  failure.isPlaced = true;
-  failure.how = how;
-  failure.owner = Place().owner;
-  failure.place = Place();
-  book.AddFailure(failure);
+  if (outcome.wasAttempted) book.AddFailure(turn_.FailureOf(kind, how, Place().owner, Place()));
 }
 
 TInstanceFacts TCaptureWalk::Commit(const TInstance& /*instance*/) {

@@ -37,13 +37,20 @@ bool IsTooShort(EExchangeKind kind, const TOutcome& outcome) {
   }
 }
 
-}  // namespace
-
-TOutcome OutcomeOf(const TIpmiExchange& exchange) {
+// What exchanges of all kinds have.
+template <typename TExchange>
+TOutcome WithoutData(const TExchange& exchange) {
   TOutcome outcome;
   outcome.wasAttempted = exchange.attempted;
   outcome.isAnswered = exchange.answer != nullptr;
   outcome.noAnswer = exchange.attempted ? exchange.noAnswer : ENoAnswer::kNotSent;
+  return outcome;
+}
+
+}  // namespace
+
+TOutcome OutcomeOf(const TIpmiExchange& exchange) {
+  TOutcome outcome = WithoutData(exchange);
   if (!outcome.isAnswered) return outcome;
   const TIpmiAnswer& answer = *exchange.answer;
   outcome.completionCode = answer.completionCode;
@@ -54,10 +61,7 @@ TOutcome OutcomeOf(const TIpmiExchange& exchange) {
 }
 
 TOutcome OutcomeOf(const TDotExchange& exchange) {
-  TOutcome outcome;
-  outcome.wasAttempted = exchange.attempted;
-  outcome.isAnswered = exchange.answer != nullptr;
-  outcome.noAnswer = exchange.attempted ? exchange.noAnswer : ENoAnswer::kNotSent;
+  TOutcome outcome = WithoutData(exchange);
   if (!outcome.isAnswered) return outcome;
   const TDotAnswer& answer = *exchange.answer;
   outcome.data = std::span(answer.data).first(std::min(answer.data.size(), exchange.request.capacity));

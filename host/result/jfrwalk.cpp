@@ -74,13 +74,7 @@ void TJfrWalk::Place(const TBlock& block, int serviceProcessor) {
 }
 
 void TJfrWalk::NoteFailure(const THow& how, const TOutcome& outcome, TRunBook& book) const {
-  if (!outcome.wasAttempted) return;
-  TExchangeFailure failure;
-  failure.turn = turn_.number;
-  failure.kind = EExchangeKind::kDot;
-  failure.how = how;
-  failure.owner = next_.owner;
-  book.AddFailure(failure);
+  if (outcome.wasAttempted) book.AddFailure(turn_.FailureOf(EExchangeKind::kDot, how, next_.owner));
 }
 
 // Whether a byte of the header or of a record did not come.

@@ -124,12 +124,7 @@ void TR8Walk::ExpectTime(EStep step) {
 // A refused exchange is no failure of the service processor.
 void TR8Walk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const {
   if (!outcome.wasAttempted) return;
-  TExchangeFailure failure;
-  failure.turn = turn_.number;
-  failure.kind = kind;
-  failure.isPlaced = true;
-  failure.how = how;
-  failure.place = PlaceOf(instance_);
+  TExchangeFailure failure = turn_.FailureOf(kind, how, 0, PlaceOf(instance_));
   if (kind == EExchangeKind::kRegister) {
     failure.registerIndex = static_cast<std::int32_t>(register_);
     failure.address = turn_.planned.registers[register_].addresses[address_];

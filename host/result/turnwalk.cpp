@@ -52,6 +52,18 @@ std::string RequestText(const TExpected& exchange) {
 
 }  // namespace
 
+TExchangeFailure TWalkedTurn::FailureOf(EExchangeKind kind, const THow& how, int owner,
+                                        const std::optional<TPlace>& place) const {
+  TExchangeFailure failure;
+  failure.turn = number;
+  failure.kind = kind;
+  failure.isPlaced = place.has_value();
+  failure.how = how;
+  failure.owner = owner;
+  failure.place = place.value_or(TPlace{});
+  return failure;
+}
+
 ITurnWalk::~ITurnWalk() = default;
 
 std::string Described(const TExpected& exchange) {

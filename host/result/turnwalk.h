@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/bmc/exchange.h"
@@ -34,6 +35,9 @@ struct TWalkedTurn {
   unsigned time = 1;
 
   std::string Key(TPlace place) const { return KeyOf(planned, time, place); }
+  /// A failed exchange of this turn, and the place of its instance if it was for one.
+  TExchangeFailure FailureOf(EExchangeKind kind, const THow& how, int owner,
+                             const std::optional<TPlace>& place = {}) const;
 };
 
 /// Follows the collector through one turn of a planned class, exchange by exchange.
