@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
 #include "nkrovel20/taddtovectorcallback.h"

@@ -1,7 +1,7 @@
 // The capture-file path over arbitrary storage areas: every committed file must be complete.
 #include <cstdlib>
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/model/cimnamespace.h"
 #include "host/model/hostservices.h"
 #include "host/plugins/pluginloader.h"

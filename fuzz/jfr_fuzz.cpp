@@ -1,5 +1,5 @@
 // The JFR path over arbitrary blocks and lengths: every instance must be complete.
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/model/cimnamespace.h"
 #include "jfr/TJFRErrorData.h"
 #include "tests/support/bytedriven.h"

@@ -1,5 +1,5 @@
 // The R8 path over a BMC that answers anything: every register value must be complete or absent.
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/model/cimnamespace.h"
 #include "r8/r8errordata.h"
 #include "tests/support/bytedriven.h"

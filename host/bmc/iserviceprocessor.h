@@ -1,5 +1,5 @@
 // The abstract service processor that answers for SPLibrary: simulated, recorded, reached through the operating
-// system's driver, or on the network.
+// system's driver, or on the network; and what connects the two.
 #pragma once
 
 #include <optional>
@@ -52,6 +52,14 @@ class VELHOST_API TForwardingServiceProcessor : public IServiceProcessor {
 
  private:
   IServiceProcessor& inner_;
+};
+
+/// Connects SPLibrary to a service processor. The host installs one before it loads a plugin.
+class VELHOST_API TServiceProcessorHub {
+ public:
+  /// Neither is owned. With null, there is no service processor and every exchange fails. Without a stop signal,
+  /// nothing stops.
+  static void Install(IServiceProcessor* serviceProcessor, const TStopSignal* stop);
 };
 
 }  // namespace velhost

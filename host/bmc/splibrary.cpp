@@ -1,3 +1,4 @@
+// The contract's SPLibrary and dotCmd, and the service processor that answers for them.
 #include "nkrovel20/splibrary.h"
 
 #include <algorithm>
@@ -8,10 +9,19 @@
 #include <optional>
 #include <vector>
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
+#include "nkrovel20/dotcmd.h"
 #include "wire/commandbuffer.h"
 
 namespace velhost {
+
+IServiceProcessor::~IServiceProcessor() = default;
+
+std::optional<TDotAnswer> IServiceProcessor::SendDot(const TDotRequest& /*request*/, const TStopSignal& /*stop*/) {
+  return std::nullopt;
+}
+
+ENoAnswer IServiceProcessor::WhyNoAnswer() const { return ENoAnswer::kLost; }
 
 namespace {
 
@@ -85,5 +95,22 @@ bool SPLibrary::sendDotCommand(dotCmd* command, unsigned char* response, int* re
   *responseLength = answer->claimedLength.value_or(static_cast<int>(size));
   return !answer->failed;
 }
+
+namespace {
+
+std::vector<std::uint8_t> Copy(const unsigned char* bytes, int length) {
+  if (bytes == nullptr || length <= 0) return {};
+  return std::vector<std::uint8_t>(bytes, bytes + length);
+}
+
+}  // namespace
+
+dotCmd::dotCmd(unsigned char command, int identifierLength, int parameterLength, const unsigned char* identifier,
+               const unsigned char* parameters)
+    : command_(command),
+      identifier_(Copy(identifier, identifierLength)),
+      parameters_(Copy(parameters, parameterLength)) {}
+
+dotCmd::~dotCmd() = default;
 
 }  // namespace NKROVEL20

@@ -8,7 +8,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/sourcereader.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
-#include "host/bmc/smbios/systemsmbios.h"
+#include "host/bmc/smbios/smbios.h"
 #include "host/velhost/serverconnection.h"
 
 namespace velhost {

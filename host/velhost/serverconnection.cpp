@@ -11,7 +11,7 @@
 #include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/bmc/sim/simulatedserver.h"
-#include "host/bmc/smbios/systemsmbios.h"
+#include "host/bmc/smbios/smbios.h"
 #include "host/velhost/lanconnection.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/optiontable.h"

@@ -1,8 +1,7 @@
 // A storage area over a limit is lost to the collector, but to nobody else.
-#include "host/bmc/sizelimit.h"
+#include "host/bmc/supervision.h"
 
 #include "host/bmc/sim/simulatedserver.h"
-#include "host/bmc/supervision.h"
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
 

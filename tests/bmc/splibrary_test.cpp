@@ -1,7 +1,7 @@
 // The library's operations as a plugin calls them, with a simulated server or a double.
 #include "nkrovel20/splibrary.h"
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/bmc/supervision.h"
 #include "tests/support/bmclanguage.h"

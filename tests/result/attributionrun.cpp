@@ -5,8 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "host/bmc/serviceprocessorhub.h"
-#include "host/bmc/sizelimit.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/supervision.h"
 #include "host/plugins/pluginloader.h"
 #include "host/schema/collectorneeds.h"

@@ -19,7 +19,7 @@
 #include <memory>
 #include <set>
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/sim/simulatedserver.h"
 #include "host/model/hostservices.h"
 #include "host/plugins/pluginloader.h"

@@ -2,7 +2,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "plugin/logmessage.h"

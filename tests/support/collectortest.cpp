@@ -2,7 +2,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "host/bmc/serviceprocessorhub.h"
+#include "host/bmc/iserviceprocessor.h"
 
 namespace tests {
 

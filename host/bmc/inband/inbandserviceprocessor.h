@@ -10,7 +10,7 @@
 #include "host/base/api.h"
 #include "host/bmc/inband/ipmidriver.h"
 #include "host/bmc/iserviceprocessor.h"
-#include "host/bmc/smbios/systemsmbios.h"
+#include "host/bmc/smbios/smbios.h"
 
 namespace velhost {
 

@@ -4,20 +4,58 @@
 #include <array>
 #include <boost/endian/conversion.hpp>
 #include <boost/uuid/uuid_io.hpp>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
 
 #include "host/base/digits.h"
-#include "host/bmc/smbios/smbioslayout.h"
+#include "host/base/hosterror.h"
 
 namespace velhost {
 
 namespace {
 
-using namespace SmbiosLayout;
 using boost::endian::load_big_u16;
 using boost::endian::load_little_u16;
 using boost::endian::load_little_u32;
 using TBytes = std::span<const std::uint8_t>;
+
+// Offsets, sizes and types of the entry points and structures (DMTF DSP0134). Numbers are little-endian. Every
+// structure is a formatted area, whose size its length byte gives, followed by a set of NUL-terminated strings that
+// ends with one more NUL.
+
+// Structure header.
+constexpr std::size_t kType = 0;
+constexpr std::size_t kLength = 1;
+constexpr std::size_t kHandle = 2;
+constexpr std::size_t kHeaderSize = kHandle + 2;
+constexpr std::size_t kStringsEndSize = 2;  // an empty set is two NULs
+
+// Structure types.
+constexpr std::uint8_t kSystemInformation = 1;
+constexpr std::uint8_t kIpmiDevice = 38;
+constexpr std::uint8_t kEndOfTable = 127;
+
+// System information: product name and serial number by their numbers, from 1, in the string set, 0 for none; and the
+// UUID's 16 bytes.
+constexpr std::size_t kProductName = 5;
+constexpr std::size_t kSerialNumber = 7;
+constexpr std::size_t kUuid = 8;
+
+// Entry points, 32-bit and 64-bit: the anchor text, the version (major, minor) and the size of the structure table.
+constexpr std::string_view kAnchor32 = "_SM_";
+constexpr std::size_t kVersion32 = 0x06;
+constexpr std::size_t kTableSize32 = 0x16;  // two bytes
+constexpr std::string_view kAnchor64 = "_SM3_";
+constexpr std::size_t kVersion64 = 0x07;
+constexpr std::size_t kTableSize64 = 0x0C;  // four bytes, an upper limit
+constexpr std::uint16_t kVersion26 = 0x0206;
+
+static_assert(kHeaderSize == 4 && kProductName >= kHeaderSize);
 
 struct TStructure {
   TBytes formatted;
@@ -151,6 +189,56 @@ std::string UuidText(TSmbiosUuid uuid, std::span<const std::uint8_t> entryPoint)
 std::string MachineTypeOf(std::string_view productName) {
   const auto groups = DigitGroups(productName, 4);
   return groups.empty() ? std::string() : std::string(groups.front());
+}
+
+namespace {
+
+constexpr std::size_t kMaxTable = 16U << 20;
+constexpr std::size_t kMaxSmallFile = 64U << 10;
+
+/// The content; if it cannot be read, an empty text, and `status` says why.
+std::string ReadOr(ISourceReader& reader, const std::string& path, std::size_t limit, ESmbiosStatus& status) {
+  try {
+    return reader.Read(path, limit);
+  } catch (const THostError& error) {
+    status = error.Kind() == EFailure::kDenied   ? ESmbiosStatus::kDenied
+             : error.Kind() == EFailure::kAbsent ? ESmbiosStatus::kAbsent
+                                                 : ESmbiosStatus::kMalformed;
+    return {};
+  }
+}
+
+std::vector<std::uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
+
+TSmbiosFacts ParseWithEntryPoint(const std::vector<std::uint8_t>& entryPoint, const std::string& table) {
+  const std::vector<std::uint8_t> bytes = Bytes(table);
+  const std::size_t size = SmbiosTableSize(entryPoint).value_or(bytes.size());
+  return ParseSmbiosTable(std::span(bytes).first(std::min(size, bytes.size())));
+}
+
+/// The kernel appends a line feed to the name.
+std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+}  // namespace
+
+TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root) {
+  const std::string tables = root + "/firmware/dmi/tables/";
+  TSystemSmbios smbios;
+  smbios.status = ESmbiosStatus::kRead;
+  const std::string table = ReadOr(reader, tables + "DMI", kMaxTable, smbios.status);
+  // A missing entry point does no harm: the kernel gives the table its true size.
+  ESmbiosStatus ignored = ESmbiosStatus::kRead;
+  if (smbios.status == ESmbiosStatus::kRead) {
+    const std::vector<std::uint8_t> entryPoint =
+        Bytes(ReadOr(reader, tables + "smbios_entry_point", kMaxSmallFile, ignored));
+    smbios.facts = ParseWithEntryPoint(entryPoint, table);
+    if (smbios.facts.uuid) smbios.uuid = UuidText(*smbios.facts.uuid, entryPoint);
+    if (!smbios.facts.defect.empty()) smbios.status = ESmbiosStatus::kMalformed;
+  } else {
+    smbios.facts.productName = FirstLine(ReadOr(reader, root + "/class/dmi/id/product_name", kMaxSmallFile, ignored));
+  }
+  smbios.machineType = MachineTypeOf(smbios.facts.productName);
+  return smbios;
 }
 
 }  // namespace velhost

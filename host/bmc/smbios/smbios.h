@@ -1,6 +1,7 @@
 // What the host reads from SMBIOS: the machine type, which server this is, and whether there should be a BMC.
 //
-// The parser takes bytes and trusts none of them; systemsmbios.h reads this machine's.
+// The parser takes bytes and trusts none of them; ReadSystemSmbios reads this machine's, as the Linux kernel exposes
+// it under /sys.
 #pragma once
 
 #include <array>
@@ -12,6 +13,7 @@
 #include <string_view>
 
 #include "host/base/api.h"
+#include "host/base/sourcereader.h"
 
 namespace velhost {
 
@@ -46,5 +48,24 @@ VELHOST_API std::string UuidText(TSmbiosUuid uuid, std::span<const std::uint8_t>
 /// The first group of four digits in a product name: the first run of decimal digits that is exactly four long, so
 /// that "Server 62035 -[6203AC1]-" gives "6203" rather than part of a longer number. Empty if there is none.
 VELHOST_API std::string MachineTypeOf(std::string_view productName);
+
+/// Absent, denied and malformed are distinct: a virtual machine may have no SMBIOS at all, and only root may read the
+/// table.
+enum class ESmbiosStatus { kRead, kAbsent, kDenied, kMalformed };
+
+struct TSystemSmbios {
+  ESmbiosStatus status = ESmbiosStatus::kAbsent;
+  /// Whatever could be read, see TSmbiosFacts. If the table is denied, the product name comes from a file that
+  /// everyone may read, and declaresIpmiDevice is false because it is unknown.
+  TSmbiosFacts facts;
+  /// MachineTypeOf(facts.productName).
+  std::string machineType;
+  /// UuidText of facts.uuid; empty if there is none.
+  std::string uuid;
+};
+
+/// Reads `root`/firmware/dmi/tables and, if that is denied, `root`/class/dmi/id/product_name. Does not throw: what
+/// cannot be read is a status.
+VELHOST_API TSystemSmbios ReadSystemSmbios(ISourceReader& reader, const std::string& root = "/sys");
 
 }  // namespace velhost

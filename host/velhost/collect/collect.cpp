@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "host/base/text.h"
-#include "host/bmc/serviceprocessorhub.h"
-#include "host/bmc/sizelimit.h"
+#include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/supervision.h"
 #include "host/output/capturefiles.h"
 #include "host/output/progress.h"

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "host/base/hosterror.h"
-#include "host/bmc/sizelimit.h"
 #include "host/bmc/stopsignal.h"
 #include "host/bmc/supervision.h"
 #include "host/model/cimnamespace.h"

@@ -1,4 +1,4 @@
-#include "host/bmc/smbios/systemsmbios.h"
+#include "host/bmc/smbios/smbios.h"
 
 #include <gtest/gtest.h>
 
