@@ -1,22 +1,121 @@
-#include "host/output/cimxmlwriter.h"
+// The format `cimxml`: a CIM-XML document of declarations (DSP0201, valid against DSP0203).
+#include <fmt/format.h>
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <pugixml.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/base/cimdatetime.h"
 #include "host/base/digits.h"
+#include "host/base/text.h"
 #include "host/base/utf8.h"
-#include "host/output/commenttext.h"
 #include "host/output/objectpath.h"
-#include "host/output/xmltext.h"
+#include "host/output/resulttext.h"
+#include "host/output/valuetext.h"
+#include "host/output/writers.h"
 
 namespace velhost {
 
 namespace {
+
+constexpr TPlainCharacters kPlain = PlainBut("&<>\x7f");
+constexpr TPlainCharacters kPlainInAttribute = PlainBut("&<>\"\x7f");
+constexpr TPlainCharacters kPlainInComment = PlainBut("");
+
+// Tabs and newlines are harmless unescaped.
+bool IsReferred(char32_t character) { return IsUnsafe(character) && character != '\t' && character != '\n'; }
+
+void AppendEscaped(std::string& xml, char32_t character, std::string_view bytes) {
+  switch (character) {
+    case '&': xml += "&amp;"; return;
+    case '<': xml += "&lt;"; return;
+    case '>': xml += "&gt;"; return;
+    case '"': xml += "&quot;"; return;
+    default: break;
+  }
+  if (IsReferred(character)) {
+    xml += fmt::format("&#x{:X};", static_cast<unsigned int>(character));
+  } else {
+    xml += bytes;
+  }
+}
+
+bool IsForbidden(char32_t character) {
+  const bool control = character < 0x20 && character != '\t' && character != '\n' && character != '\r';
+  return control || character == 0xFFFE || character == 0xFFFF;
+}
+
+/// Appends the string as character data: markup characters as entities, carriage returns and unsafe characters (see
+/// IsUnsafe) as references ("&#xD;", "&#x202E;"), and U+FFFD for characters that XML 1.0 cannot hold and for bytes
+/// that are not valid UTF-8. Tabs and newlines are unchanged.
+void AppendXmlText(std::string& xml, std::string_view text) {
+  const auto plain = [&xml](std::string_view run) { xml += run; };
+  SplitText(text, kPlain, plain, [&xml](char32_t character, std::string_view bytes) {
+    if (IsForbidden(character)) return void(xml += kReplacementText);
+    AppendEscaped(xml, character, bytes);
+  });
+}
+
+/// The string as the content of an attribute in double quotes; white space becomes blanks.
+std::string XmlAttribute(std::string_view text) {
+  std::string xml;
+  const auto plain = [&xml](std::string_view run) { xml += run; };
+  SplitText(text, kPlainInAttribute, plain, [&xml](char32_t character, std::string_view bytes) {
+    // XML readers normalise white space in attributes to blanks; names do not contain any.
+    const bool isSpace = character == '\t' || character == '\n' || character == '\r';
+    if (isSpace || IsForbidden(character)) return void(xml += isSpace ? std::string_view(" ") : kReplacementText);
+    AppendEscaped(xml, character, bytes);
+  });
+  return xml;
+}
+
+/// Safe text as the content of a comment, which must not contain two adjacent hyphens.
+std::string XmlComment(std::string_view safeText) {
+  std::string xml;
+  const auto plain = [&xml](std::string_view run) {
+    for (const char c : run) {
+      if (c == '-' && !xml.empty() && xml.back() == '-') xml += ' ';
+      xml += c;
+    }
+  };
+  SplitText(safeText, kPlainInComment, plain, [&xml](char32_t character, std::string_view bytes) {
+    xml += IsForbidden(character) ? kReplacementText : bytes;
+  });
+  return xml;
+}
+
+/// Holds the nodes of one instance at a time. Elements are never self-closed, and text is raw UTF-8. A carriage
+/// return is written as a character reference, because XML readers would drop it otherwise. Characters that XML 1.0
+/// cannot hold become U+FFFD, a datetime that does not exist becomes null with a comment, and a reference that is not
+/// an object path becomes a string. What the result says beside its instances is in comments.
+class TCimXmlWriter : public IResultWriter {
+ public:
+  explicit TCimXmlWriter(ITextSink& sink) : out_(sink) {}
+  void Begin(const TResultHeader& header) override;
+  void Instance(const TInstance& instance, const TInstanceFacts& facts) override;
+  void End(const TResultSummary& summary) override;
+
+ private:
+  void Comment(std::string_view safeText);
+  void Property(pugi::xml_node parent, const TPropertyDefinition& definition, const TCIMValue& value);
+  void Scalar(pugi::xml_node property, const TCIMValue& value);
+  void Array(pugi::xml_node property, const TCIMValue& value);
+  void Reference(pugi::xml_node parent, const TPropertyDefinition& definition, const TCIMValue& value);
+  /// The escaped text of a value, valid until the next call; null if the value has no text.
+  const char* Text(const TCIMValue& value);
+
+  TTextBuffer out_;
+  TNumberText numbers_;
+  pugi::xml_document document_;
+  std::string scratch_;
+  std::string escaped_;
+};
 
 void AppendText(pugi::xml_node parent, const std::string& text) {
   std::string xml;
@@ -208,5 +307,7 @@ const char* TCimXmlWriter::Text(const TCIMValue& value) {
   AppendXmlText(escaped_, scratch_);
   return escaped_.c_str();
 }
+
+std::unique_ptr<IResultWriter> MakeCimXmlWriter(ITextSink& sink) { return std::make_unique<TCimXmlWriter>(sink); }
 
 }  // namespace velhost

@@ -1,9 +1,15 @@
 #include "host/output/jsontext.h"
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "host/base/digits.h"
 #include "host/base/text.h"
+#include "host/output/planturns.h"
 
 namespace velhost {
 
@@ -68,6 +74,121 @@ void TJsonText::Scalar(const TCIMValue& value) {
     case TType::kDateTime: value.AppendTo(scratch_, 10); return String(scratch_);
     default: return out_.Append(numbers_.Integer(value));
   }
+}
+
+namespace {
+
+using CollectorProfile::EPath;
+
+constexpr int kAddressBytes = 3;
+
+int BytesOf(const TRegisterFacts& facts) { return facts.isNarrow ? 4 : 8; }
+
+// With a trailing comma.
+void AppendWhere(TJsonText& json, const TWhere& where) {
+  if (where.address) {
+    json.Raw(R"("address":)");
+    AppendAddress(json, *where.address);
+  } else if (where.addresses) {
+    json.Raw(R"("addresses":[)");
+    AppendSeparated(json, *where.addresses, [&json](std::uint32_t address) { AppendAddress(json, address); });
+    json.Raw(']');
+  } else if (where.index) {
+    json.Raw(R"("index":)");
+    json.Unsigned(*where.index);
+  } else if (where.offset) {
+    json.Raw(R"("offset":)");
+    json.Unsigned(*where.offset);
+  } else {
+    return;
+  }
+  json.Raw(',');
+}
+
+void AppendIdentification(TJsonText& json, const std::array<std::uint8_t, 3>& bytes) {
+  json.Raw(R"(,"identification":")");
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (i > 0) json.Raw(' ');
+    json.Raw(UpperHexPair(bytes.at(i)));
+  }
+  json.Raw('"');
+}
+
+}  // namespace
+
+void AppendAddress(TJsonText& json, std::uint32_t address) { json.Hex(address, kAddressBytes); }
+
+void AppendOrigin(TJsonText& json, const TOrigin& origin) {
+  json.Raw(R"("origin":{)");
+  json.Member("path", NameOfOriginPath(origin.path));
+  json.Raw(origin.path == EPath::kJfr ? R"(,"service_processor":)" : R"(,"node":)");
+  json.Signed(origin.owner);
+  if (origin.chip) {
+    json.Raw(R"(,"chip":)");
+    json.Signed(*origin.chip);
+  }
+  if (origin.instance) {
+    json.Raw(R"(,"instance":)");
+    json.Signed(*origin.instance);
+  }
+  if (!origin.timeRaw.empty()) {
+    json.Raw(',');
+    json.Member("time_raw", origin.timeRaw);
+  }
+  json.Raw('}');
+}
+
+void AppendFile(TJsonText& json, const TFileFacts& file) {
+  json.Raw(R"("file":{)");
+  json.Member("area", file.area);
+  json.Raw(R"(,"reported_size":)");
+  json.Signed(file.reportedSize);
+  json.Raw(R"(,"received":)");
+  json.Unsigned(file.received);
+  json.Raw('}');
+}
+
+void AppendHow(TJsonText& json, THow how) {
+  switch (how.how) {
+    case EHow::kLost: return json.Raw(R"("lost":true)");
+    case EHow::kNotSent: return json.Raw(R"("not_sent":true)");
+    case EHow::kNotRecorded: return json.Raw(R"("not_recorded":true)");
+    case EHow::kCompletionCode: json.Raw(R"("completion_code":)"); break;
+    case EHow::kShort: json.Raw(R"("short":)"); break;
+    case EHow::kAnswered: json.Raw(R"("answered":)"); break;
+  }
+  json.Unsigned(how.number);
+}
+
+void AppendMissing(TJsonText& json, const TMissing& missing) {
+  json.Raw('{');
+  json.Member("property", missing.property);
+  json.Raw(',');
+  AppendWhere(json, missing.where);
+  AppendHow(json, missing.how);
+  json.Raw('}');
+}
+
+void AppendRegister(TJsonText& json, const TRegisterFacts& facts) {
+  if (facts.isIndex) {
+    json.Raw(R"({"index":)");
+    json.Unsigned(facts.place);
+  } else {
+    json.Raw(R"({"address":)");
+    AppendAddress(json, facts.place);
+  }
+  json.Raw(facts.isNarrow ? R"(,"width":32,"value":)" : R"(,"width":64,"value":)");
+  json.Hex(facts.value, BytesOf(facts));
+  if (facts.identification) AppendIdentification(json, *facts.identification);
+  if (facts.upper) {
+    json.Raw(R"(,"upper":)");
+    json.Hex(*facts.upper, 4);
+  }
+  if (facts.folded) {
+    json.Raw(R"(,"folded":)");
+    json.Hex(*facts.folded, 4);
+  }
+  json.Raw('}');
 }
 
 }  // namespace velhost

@@ -1,4 +1,4 @@
-// JSON text, piece by piece.
+// JSON text, piece by piece, and what is known of instances and exchanges, wherever a document says it.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "host/output/valuetext.h"
+#include "host/result/instancefacts.h"
 
 namespace velhost {
 
@@ -50,5 +51,18 @@ void AppendSeparated(TJsonText& json, const TItems& items, const TWrite& write) 
     write(item);
   }
 }
+
+/// "0xABCDEF", in quotes.
+void AppendAddress(TJsonText& json, std::uint32_t address);
+/// `"origin":{...}`
+void AppendOrigin(TJsonText& json, const TOrigin& origin);
+/// `"file":{...}`
+void AppendFile(TJsonText& json, const TFileFacts& file);
+/// `"completion_code":203`, `"lost":true`, ...
+void AppendHow(TJsonText& json, THow how);
+/// {"property":...}
+void AppendMissing(TJsonText& json, const TMissing& missing);
+/// {"address":...} or {"index":...}
+void AppendRegister(TJsonText& json, const TRegisterFacts& facts);
 
 }  // namespace velhost

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "host/base/text.h"
-#include "host/output/jsonfacts.h"
 #include "host/output/jsontext.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"

@@ -2,16 +2,63 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cstddef>
+#include <map>
 #include <numeric>
 #include <optional>
 #include <vector>
 
 #include "host/base/text.h"
-#include "host/output/completioncodes.h"
 #include "host/output/planturns.h"
 
 namespace velhost {
+
+namespace {
+
+constexpr std::uint8_t kFirstGeneric = 0xC0;
+constexpr std::array<std::string_view, 23> kGeneric = {
+    "node busy",
+    "invalid command",
+    "command invalid for the given LUN",
+    "timeout while processing command",
+    "out of space",
+    "reservation canceled or invalid reservation ID",
+    "request data truncated",
+    "request data length invalid",
+    "request data field length limit exceeded",
+    "parameter out of range",
+    "cannot return number of requested data bytes",
+    "requested sensor, data, or record not present",
+    "invalid data field in request",
+    "command illegal for specified sensor or record type",
+    "command response could not be provided",
+    "cannot execute duplicated request",
+    "command response could not be provided: SDR repository in update mode",
+    "command response could not be provided: device in firmware update mode",
+    "command response could not be provided: BMC initialization in progress",
+    "destination unavailable",
+    "insufficient privilege level or other security restriction",
+    "command or request parameter not supported in present state",
+    "parameter illegal: sub-function disabled or unavailable"};
+
+}  // namespace
+
+std::string_view MeaningOfCompletionCode(std::uint8_t code) {
+  if (code == 0x00) return "completed normally";
+  if (code == 0xFF) return "unspecified error";
+  if (code >= kFirstGeneric && code < kFirstGeneric + kGeneric.size()) {
+    return kGeneric.at(static_cast<std::size_t>(code - kFirstGeneric));
+  }
+  if (code >= 0x01 && code <= 0x7E) return "device-specific (OEM) error";
+  if (code >= 0x80 && code <= 0xBE) return "command-specific error";
+  return "reserved completion code";
+}
+
+std::string DescribeCompletionCode(std::optional<std::uint8_t> code) {
+  if (!code) return "lost: no answer";
+  return fmt::format("0x{:02X} {}", *code, MeaningOfCompletionCode(*code));
+}
 
 namespace {
 
@@ -100,6 +147,52 @@ std::string ExchangesText(const TResultSummary& summary) {
   const auto add = [](std::uint64_t sum, const TExchangeFailure& failure) { return sum + failure.repeat; };
   const auto failed = std::accumulate(summary.failed.begin(), summary.failed.end(), std::uint64_t{0}, add);
   return fmt::format("{}, {} failed", summary.exchanges, failed == 0 ? "none" : std::to_string(failed));
+}
+
+namespace {
+
+std::string SourceComment(const TSourceFacts& source) {
+  std::string text = "source: " + source.target;
+  if (!source.recorded.empty()) text += ", recorded " + source.recorded;
+  if (!source.serial.empty()) text += ", serial number " + source.serial;
+  if (!source.uuid.empty()) text += ", UUID " + source.uuid;
+  return SafeText(text);
+}
+
+}  // namespace
+
+std::vector<std::string> HeaderComments(const TResultHeader& header, ELabels labels) {
+  std::vector<std::string> lines;
+  if (header.source.simulated) lines.push_back(SimulatedText(header.source));
+  lines.push_back(SafeText(fmt::format("Instances collected by velhost {}, run {}, started {}, on {}",
+                                       header.run.velhost, header.run.id, header.run.started, header.run.host)));
+  lines.push_back(SourceComment(header.source));
+  if (labels == ELabels::kShown) {
+    for (const auto& [key, value] : header.run.labels) lines.push_back(SafeText("label " + key + "=" + value));
+  }
+  lines.push_back(MachineText(header));
+  lines.push_back(
+      SafeText(fmt::format("schema: {}, SHA-256 {}", Listed(header.schema.paths, ", "), header.schema.sha256)));
+  return lines;
+}
+
+std::vector<std::string> InstanceComments(const TInstanceFacts& facts) {
+  std::vector<std::string> lines = {SafeText(facts.key)};
+  for (const TMissing& missing : facts.missing) lines.push_back("missing: " + MissingText(missing));
+  return lines;
+}
+
+std::vector<std::string> SummaryComments(const TResultSummary& summary) {
+  std::vector<std::string> lines = {"status: " + StatusText(summary),
+                                    fmt::format("exit status: {}", summary.exitStatus)};
+  for (const TReason& reason : summary.reasons) lines.push_back("reason: " + ReasonText(reason));
+  const TPlanTurns turns(summary.plan);
+  for (const TUnread& unread : summary.unread) {
+    lines.push_back(SafeText("unread: " + turns.Key(unread.turn, unread.place) + ": " + NameOfUnread(unread.code)));
+  }
+  lines.push_back("exchanges: " + ExchangesText(summary));
+  lines.push_back("elapsed: " + ElapsedText(summary.elapsedMs));
+  return lines;
 }
 
 }  // namespace velhost

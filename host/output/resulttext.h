@@ -1,14 +1,24 @@
-// What a result says, in words: how reads ended, what is missing, why instances were not delivered.
+// What a result says, in words: IPMI completion codes (IPMI 2.0, "Completion Codes"), how reads ended, what is missing,
+// why instances were not delivered; and the lines that the formats `mof` and `cimxml` can only say in comments.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/result/instancefacts.h"
 #include "host/result/resultfacts.h"
 
 namespace velhost {
+
+/// The meaning of the code, in lower case. Codes without a meaning of their own are named by their range:
+/// device-specific (0x01-0x7E), command-specific (0x80-0xBE), reserved otherwise.
+std::string_view MeaningOfCompletionCode(std::uint8_t code);
+
+/// "0xC3 timeout while processing command"; "lost: no answer" without a code.
+std::string DescribeCompletionCode(std::optional<std::uint8_t> code);
 
 /// "0xC3 timeout while processing command", "lost: no answer", "3 bytes came", "not sent: the run was stopped",
 /// "the recording does not have it", "2 addresses answered".
@@ -46,5 +56,17 @@ std::string StatusText(const TResultSummary& summary);
 
 /// "15, 8 failed", "42, none failed".
 std::string ExchangesText(const TResultSummary& summary);
+
+enum class ELabels { kShown, kLeftOut };
+
+/// Safe lines about the run: first of all that its source is simulated, if so; run, source, labels, machine type and
+/// collector, schema.
+std::vector<std::string> HeaderComments(const TResultHeader& header, ELabels labels);
+
+/// Safe lines about an instance: its key, and a line for each thing that is missing.
+std::vector<std::string> InstanceComments(const TInstanceFacts& facts);
+
+/// Safe lines about the end: status, reasons, what was not read, exchanges, time.
+std::vector<std::string> SummaryComments(const TResultSummary& summary);
 
 }  // namespace velhost

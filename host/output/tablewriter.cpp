@@ -1,20 +1,46 @@
-#include "host/output/tablewriter.h"
-
+// The format `table`: one block for each instance, what is missing, and a summary, for people.
 #include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "host/base/text.h"
 #include "host/base/utf8.h"
+#include "host/output/capturefiles.h"
 #include "host/output/propertytext.h"
 #include "host/output/resulttext.h"
 #include "host/output/tablelayout.h"
+#include "host/output/tablesummary.h"
+#include "host/output/writers.h"
 
 namespace velhost {
 
 namespace {
+
+/// Every block is flushed at once, so that a slow collection can be watched.
+class TTableWriter : public IResultWriter {
+ public:
+  TTableWriter(ITextSink& sink, const TTableOptions& options) : layout_(sink, options), dumpLines_(options.dumpLines) {}
+  void Begin(const TResultHeader& header) override;
+  void Instance(const TInstance& instance, const TInstanceFacts& facts) override;
+  void End(const TResultSummary& summary) override;
+
+ private:
+  void Count(const std::string& className);
+  void Heading(const TInstance& instance, const TInstanceFacts& facts);
+  void Properties(const TInstance& instance, const TInstanceFacts& facts);
+  void Dump(const TCaptureFile& capture);
+
+  TTableLayout layout_;
+  std::size_t dumpLines_;
+  TResultHeader header_;
+  TInstanceCounts counts_;
+  TMissingList missing_;
+};
 
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kGap = 2;
@@ -91,6 +117,10 @@ void TTableWriter::End(const TResultSummary& summary) {
   WriteUnread(layout_, summary);
   WriteTableSummary(layout_, header_, summary, counts_);
   layout_.Flush();
+}
+
+std::unique_ptr<IResultWriter> MakeTableWriter(ITextSink& sink, const TTableOptions& options) {
+  return std::make_unique<TTableWriter>(sink, options);
 }
 
 }  // namespace velhost

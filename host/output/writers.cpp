@@ -4,11 +4,6 @@
 #include <cstddef>
 #include <string>
 
-#include "host/output/cimxmlwriter.h"
-#include "host/output/jsonwriter.h"
-#include "host/output/mofwriter.h"
-#include "host/output/tablewriter.h"
-
 namespace velhost {
 
 namespace {
@@ -26,13 +21,13 @@ std::optional<EOutputForm> FormByName(std::string_view name) {
 
 std::unique_ptr<IResultWriter> MakeWriter(EOutputForm form, ITextSink& sink, const TTableOptions& options) {
   switch (form) {
-    case EOutputForm::kJson: return std::make_unique<TJsonWriter>(sink);
-    case EOutputForm::kJsonl: return std::make_unique<TJsonLinesWriter>(sink);
-    case EOutputForm::kMof: return std::make_unique<TMofWriter>(sink);
-    case EOutputForm::kCimXml: return std::make_unique<TCimXmlWriter>(sink);
+    case EOutputForm::kJson: return MakeJsonWriter(sink);
+    case EOutputForm::kJsonl: return MakeJsonLinesWriter(sink);
+    case EOutputForm::kMof: return MakeMofWriter(sink);
+    case EOutputForm::kCimXml: return MakeCimXmlWriter(sink);
     case EOutputForm::kTable: break;
   }
-  return std::make_unique<TTableWriter>(sink, options);
+  return MakeTableWriter(sink, options);
 }
 
 }  // namespace velhost

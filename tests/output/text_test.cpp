@@ -6,7 +6,6 @@
 
 #include "host/base/text.h"
 #include "host/base/utf8.h"
-#include "host/output/completioncodes.h"
 #include "host/output/resulttext.h"
 #include "host/output/tablelayout.h"
 #include "tests/output/outputfixture.h"

@@ -16,7 +16,7 @@
 #include "host/bmc/stopsignal.h"
 #include "host/bmc/supervision.h"
 #include "host/model/cimnamespace.h"
-#include "host/output/iresultwriter.h"
+#include "host/output/writers.h"
 #include "host/plugins/pluginloader.h"
 #include "host/profile/plan.h"
 #include "host/result/planfollower.h"
