@@ -1,4 +1,5 @@
-// The inputs of a run: files and pipes that the user named. Reading ends when the run is stopped.
+// The inputs of a run: files and pipes that the user named, and what kind of input each is. Reading ends when the run
+// is stopped.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +10,24 @@
 #include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
 #include "host/bmc/stopsignal.h"
-#include "host/velhost/filekind.h"
 
 namespace velhost {
+
+enum class EFileKind { kUnknown, kSchema, kServerFile, kRecording, kResult, kMofResult, kXmlResult, kXml, kCompressed };
+
+/// How much of a file's beginning and end is examined.
+inline constexpr std::size_t kFileKindBytes = 4096;
+
+/// The kind as the content shows it, or else the suffix (.toml, .mof). `start` is the beginning of the content, and
+/// `end` the end of it, which is needed to recognise a table; either may be all of it.
+EFileKind KindOfFile(std::string_view path, std::string_view start, std::string_view end);
+
+/// "a recording"; "a file" for kUnknown.
+const char* NameOf(EFileKind kind);
+
+/// Empty unless the file is certainly of another kind than the one wanted: "a.toml is a server file, not a schema; give
+/// it as --sp sim:a.toml".
+std::string WrongKindText(EFileKind wanted, const std::string& path, std::string_view start, std::string_view end);
 
 /// A file and how messages refer to it.
 struct TNamedFile {

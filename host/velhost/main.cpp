@@ -13,7 +13,6 @@
 #include "host/bmc/lan/lanspec.h"
 #include "host/output/outputfile.h"
 #include "host/velhost/commandline.h"
-#include "host/velhost/exitstatus.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/verbs.h"

@@ -12,7 +12,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
 #include "host/output/outputfile.h"
-#include "host/velhost/exitstatus.h"
+#include "host/velhost/verbs.h"
 
 namespace velhost {
 

@@ -7,7 +7,6 @@
 #include <numeric>
 #include <thread>
 
-#include "host/velhost/simulate/fruinventory.h"
 #include "host/velhost/simulate/ipmisim.h"
 #include "tests/bmcsim/runningsimulator.h"
 #include "tests/support/namespaces.h"

@@ -37,7 +37,7 @@ class Planted(unittest.TestCase):
             ("host/model/cimclass.cpp", "<host/schema/moftext.h>", "host/model may not include host/schema"),
             ("host/bmc/record/replay.cpp", '"host/output/writers.h"', "host/bmc/record may not include host/output"),
             ("host/bmc/sim/serverfile.cpp", '"host/bmc/lan/lanspec.h"', "host/bmc/sim may not include host/bmc/lan"),
-            ("host/output/writers.cpp", '"host/velhost/exitstatus.h"', "host/output may not include host/velhost"),
+            ("host/output/writers.cpp", '"host/velhost/verbs.h"', "host/output may not include host/velhost"),
             ("host/velhost/main.cpp", '"r8/r8errordata.h"', "host/velhost may not include r8"),
             ("bmcsim/bmcsim.cpp", '"host/velhost/messages.h"', "bmcsim may not include host/velhost"),
         ]:

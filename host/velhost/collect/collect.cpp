@@ -20,7 +20,6 @@
 #include "host/profile/collectorprofile.h"
 #include "host/velhost/classchoice.h"
 #include "host/velhost/collect/collectionrun.h"
-#include "host/velhost/collect/dryrun.h"
 #include "host/velhost/collect/fileclash.h"
 #include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/collect/requests.h"

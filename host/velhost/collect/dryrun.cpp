@@ -1,5 +1,4 @@
-#include "host/velhost/collect/dryrun.h"
-
+// velhost collect --dry-run: prints what a collection would read.
 #include <unistd.h>
 
 #include <chrono>
@@ -7,7 +6,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
+#include "host/bmc/inband/inbandserviceprocessor.h"
+#include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/smbios/smbios.h"
+#include "host/model/cimnamespace.h"
 #include "host/output/planwriter.h"
 #include "host/output/writers.h"
 #include "host/plugins/pluginloader.h"
@@ -18,15 +24,62 @@
 #include "host/velhost/collect/fileclash.h"
 #include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/collect/requests.h"
-#include "host/velhost/declaredserver.h"
+#include "host/velhost/commandline.h"
+#include "host/velhost/inputs.h"
+#include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/schemaloading.h"
+#include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
 #include "host/velhost/trace.h"
+#include "host/velhost/verbs.h"
 
 namespace velhost {
 
 namespace {
+
+/// What is known of a server before anything is opened that leads to hardware.
+struct TDeclaredServer {
+  std::string machineType;
+  TDiscovery discovery;
+};
+
+TDeclaredServer DeclareInband(const std::vector<std::string>& specs) {
+  std::vector<std::string> devices;
+  for (const std::string& spec : specs) devices.push_back(ParseInbandSpec(spec));
+  TFileReader reader;
+  const TSystemSmbios smbios = ReadSystemSmbios(reader);
+  return {smbios.machineType, DiscoverInband(devices, smbios)};
+}
+
+TDeclaredServer DeclareLan(const std::vector<std::string>& specs) {
+  TDiscovery discovery;
+  discovery.bmcNodes = static_cast<int>(specs.size());
+  discovery.ipmiDriver = true;
+  return {{}, discovery};
+}
+
+TDeclaredServer DeclareFromFile(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs,
+                                const TNamespace& cimNamespace) {
+  const auto connection = ConnectServer(options, installation, inputs, cimNamespace);
+  return {connection->Environment().MachineType(), connection->ServiceProcessor().Discover()};
+}
+
+/// The server that --sp names. A server file or recording is read. In-band there are as many BMC nodes as devices, and
+/// SMBIOS is asked for the machine type; no device is opened. On the network there are as many nodes as addresses, and
+/// nothing is sent. Throws THostError: kInvalidArgument if the machine type is neither given nor found.
+TDeclaredServer DeclareServer(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs,
+                              const TNamespace& cimNamespace) {
+  const std::vector<std::string> specs = CheckedSpecs(options);
+  const std::string scheme = SchemeOf(specs.front());
+  TDeclaredServer server = scheme == "inband" ? DeclareInband(specs)
+                           : scheme == "lan"  ? DeclareLan(specs)
+                                              : DeclareFromFile(options, installation, inputs, cimNamespace);
+  if (options.machineType) server.machineType = *options.machineType;
+  if (!server.machineType.empty()) return server;
+  throw THostError(EFailure::kInvalidArgument,
+                   "without the machine type nothing can be planned; give it with --machine-type NNNN");
+}
 
 void SetDeadline(TStopSignal& stop, const TCollectOptions& options) {
   if (!options.timeoutSeconds) return;

@@ -1,11 +1,13 @@
-// One run of ipmi_sim, with all its files in a private folder.
+// One run of ipmi_sim, with all its files in a private folder, and the FRU inventory that it serves.
 #pragma once
 
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/base/descriptor.h"
 
@@ -78,5 +80,9 @@ class TIpmiSim {
 
 /// Whether something at 127.0.0.1:`port` answers IPMI over LAN within `time`.
 bool AnswersIpmi(int port, std::chrono::milliseconds time);
+
+/// An inventory with a product area alone, whose part number is the machine type (its first 63 bytes). Manufacturer and
+/// product name have no digits, so that no client takes them for a machine type.
+std::vector<std::uint8_t> FruInventory(const std::string& machineType);
 
 }  // namespace velhost
