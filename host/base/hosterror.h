@@ -26,10 +26,7 @@ enum class EFailure {
 /// program name, and may have several lines.
 class VELHOST_API THostError : public std::runtime_error {
  public:
-  THostError(EFailure kind, const std::string& message);
-  THostError(const THostError&) = default;
-  THostError& operator=(const THostError&) = default;
-  ~THostError() override;
+  THostError(EFailure kind, const std::string& message) : std::runtime_error(message), kind_(kind) {}
   EFailure Kind() const noexcept { return kind_; }
 
  private:
