@@ -3,8 +3,8 @@
 
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/serverfile.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
-#include "tests/support/stoppingreader.h"
 
 namespace tests {
 namespace {

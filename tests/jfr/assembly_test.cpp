@@ -4,8 +4,8 @@
 #include "host/model/failures.h"
 #include "nkrovel20/tvelexception.h"
 #include "tests/jfr/blocktest.h"
-#include "tests/support/dumptext.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/tracefile.h"
 
 namespace tests {
 namespace {

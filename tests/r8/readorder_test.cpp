@@ -8,8 +8,8 @@
 #include "host/model/failures.h"
 #include "r8/ipmirequesttorgareg.h"
 #include "tests/r8/registertest.h"
-#include "tests/support/dumptext.h"
 #include "tests/support/namespaces.h"
+#include "tests/support/tracefile.h"
 
 namespace tests {
 namespace {

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "r8/ipmirequesttorgareg.h"
-#include "tests/support/dumptext.h"
 #include "tests/support/namespaces.h"
 #include "tests/support/plugintest.h"
+#include "tests/support/tracefile.h"
 
 namespace tests {
 namespace {

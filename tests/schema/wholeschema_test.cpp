@@ -7,8 +7,8 @@
 #include "host/schema/schemareader.h"
 #include "tests/schema/mofsample.h"
 #include "tests/schema/schemafixture.h"
+#include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
-#include "tests/support/stoppingreader.h"
 #include "tests/support/temporaryfolder.h"
 
 namespace tests {

@@ -1,4 +1,4 @@
-// Inputs from memory, in place of files.
+// Inputs from memory, in place of files, and a reader whose run is stopped at a chosen check.
 #pragma once
 
 #include <cstddef>
@@ -41,5 +41,35 @@ class TMemoryReader : public velhost::ISourceReader {
   std::map<std::string, std::string> contents_;
   std::string path_;  // of the text read last
 };
+
+class TStoppingReader : public TMemoryReader {
+ public:
+  void StopAt(std::size_t look) { looks_ = 0, last_ = look; }
+  std::size_t Looks() const { return looks_; }
+  void CheckStop() override {
+    if (++looks_ == last_) throw velhost::TEndedReading(velhost::EFailure::kStopped, "stopped");
+  }
+
+ private:
+  std::size_t looks_ = 0;
+  std::size_t last_ = 0;
+};
+
+/// The number of times that `read` checks for a stop; 0 unless a stop at each of them ends it with TEndedReading.
+template <typename TRead>
+std::size_t LooksThatEnd(TStoppingReader& reader, TRead&& read) {
+  reader.StopAt(0);
+  read();
+  const std::size_t looks = reader.Looks();
+  for (std::size_t look = 1; look <= looks; ++look) {
+    reader.StopAt(look);
+    try {
+      read();
+      return 0;
+    } catch (const velhost::TEndedReading&) {
+    }
+  }
+  return looks;
+}
 
 }  // namespace tests
