@@ -29,8 +29,7 @@ class TTextBuffer {
 
   void Append(std::string_view text) {
     if (text.size() > kCapacity - size_) return AppendLong(text);
-    std::memcpy(text_.data() + size_, text.data(), text.size());
-    size_ += text.size();
+    size_ += text.copy(text_.data() + size_, text.size());
   }
   void Append(char c) {
     if (size_ == kCapacity) HandOver();
