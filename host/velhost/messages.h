@@ -26,8 +26,9 @@ bool IsTerminal(int descriptor);
 /// The columns of the descriptor's terminal; else those in the environment variable COLUMNS; else 80.
 int TerminalWidth(int descriptor);
 
-/// Whether to colour what goes to the descriptor. kAuto: if it is a terminal that is not "dumb" and NO_COLOR is not
-/// set in the environment.
+inline constexpr int kNoTerminal = -1;
+/// Whether to colour what goes to the descriptor, or to a file (kNoTerminal). kAuto: if it is a terminal that is not
+/// "dumb" and NO_COLOR is not set in the environment.
 bool UseColor(EWhen when, int descriptor);
 
 /// Writes "velhost: " and the text on a line of its own. Further lines of the text are written as continuation lines.

@@ -70,11 +70,12 @@ class EndOfRun(VelhostCase):
         self.assertRegex(document["message"], r"^run\.jsonl:2:1: error: found .*, expected ")
         self.assertIn(document["message"], errors)
         self.assertEqual(document["reasons"], [
-            reason("nothing-read", None, 1, "no instance came"),
+            reason("nothing-read", None, 1, "no instance was delivered"),
             reason("register-unread", BRIDGE, 36, "36 of 36 registers were not read")])
         self.assertEqual({failed["not_recorded"] for failed in document["exchanges"]["failed"]}, {True})
         status, document, errors = self.run_and_read("--log", "/dev/full", "--sp", "replay:run.jsonl", BRIDGE)
-        self.assertEqual((status, document["status"]), (74, "partial"))
+        self.assertEqual((status, document["status"]), (74, "failed"))
+        self.assertRegex(document["message"], r"^run\.jsonl:2:1: error: found ")
         self.assertIn("run.jsonl:2:1: error: ", errors)
 
     def test_what_a_recording_does_not_have_is_named_so(self):

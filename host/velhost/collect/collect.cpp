@@ -190,8 +190,9 @@ class TCollection {
   TTableOptions TableOptions() const {
     TTableOptions table;
     table.width = TerminalWidth(STDOUT_FILENO);
-    table.color = IsStandardOutput(options_.output) && UseColor(common_.color, STDOUT_FILENO);
-    if (IsStandardOutput(options_.output) && IsTerminal(STDOUT_FILENO)) table.dumpLines = kDumpLinesOnTerminal;
+    const bool isShown = IsStandardOutput(options_.output);
+    table.color = UseColor(common_.color, isShown ? STDOUT_FILENO : kNoTerminal);
+    if (isShown && IsTerminal(STDOUT_FILENO)) table.dumpLines = kDumpLinesOnTerminal;
     return table;
   }
 
@@ -226,8 +227,11 @@ class TCollection {
     std::optional<THostError> failure;
     const std::string mismatch = connection_->Mismatch();
     if (!mismatch.empty()) failure.emplace(EFailure::kMalformed, mismatch);
-    if (!failures.empty()) failure.emplace(failures.front());
+    // An output that cannot be written takes the exit status, but not what is known of the collection.
+    const bool isDefect = !failures.empty() && failures.front().Kind() == EFailure::kDefect;
+    if (!failures.empty() && (!failure || isDefect)) failure.emplace(failures.front());
     TResultSummary summary = run.Close(failure);
+    if (!failures.empty()) failure.emplace(failures.front());
     const bool isComplete = summary.status == EResultStatus::kComplete;
     const EExitStatus byResult = isComplete ? EExitStatus::kComplete : EExitStatus::kPartial;
     summary.exitStatus = static_cast<int>(failure ? StatusOf(failure->Kind()) : byResult);
