@@ -44,14 +44,6 @@ bool OnlyAddsToDefault(const std::vector<std::string>& given) {
   return std::all_of(given.begin(), given.end(), AddsToDefaultSchema);
 }
 
-void RefuseExampleForHardware(const TCommonOptions& options) {
-  const std::string scheme = options.serviceProcessors.empty() ? "sim" : SchemeOf(options.serviceProcessors.front());
-  if ((scheme != "inband" && scheme != "lan") || !OnlyAddsToDefault(options.schema)) return;
-  throw THostError(EFailure::kInvalidArgument,
-                   "the example schema has made-up addresses and is not sent to real hardware; name your schema with "
-                   "--schema PATH, or take --schema example");
-}
-
 // Also for the folder itself, and for a path that leads there through links.
 bool IsInFolder(const std::string& path, const std::string& folder) {
   std::error_code failed;
@@ -59,6 +51,27 @@ bool IsInFolder(const std::string& path, const std::string& folder) {
   const fs::path outer = fs::canonical(folder, failed);
   if (whole.empty() || outer.empty()) return false;
   return std::mismatch(outer.begin(), outer.end(), whole.begin(), whole.end()).first == outer.end();
+}
+
+// The file of the installed schema that any schema may include: it declares qualifiers and no class.
+constexpr char kQualifierFile[] = "00-qualifiers.mof";
+
+bool HasExample(const std::vector<std::string>& paths, const TInstallation& installation) {
+  return std::any_of(paths.begin(), paths.end(), [&installation](const std::string& path) {
+    return fs::path(path).filename() != kQualifierFile && IsInFolder(path, installation.SchemaFolder());
+  });
+}
+
+// The word alone asks for the example; its folder may be named by accident.
+void RefuseExampleForHardware(const TCommonOptions& options, const TInstallation& installation) {
+  const std::string scheme = options.serviceProcessors.empty() ? "sim" : SchemeOf(options.serviceProcessors.front());
+  const bool isAskedFor =
+      std::find(options.schema.begin(), options.schema.end(), kExampleSchema) != options.schema.end();
+  if ((scheme != "inband" && scheme != "lan") || isAskedFor) return;
+  if (!HasExample(SchemaPaths(options, installation), installation)) return;
+  throw THostError(EFailure::kInvalidArgument,
+                   "the example schema has made-up addresses and is not used with real hardware; specify your own with "
+                   "--schema PATH, or pass --schema example");
 }
 
 }  // namespace
@@ -74,17 +87,14 @@ std::vector<std::string> SchemaPaths(const TCommonOptions& options, const TInsta
 }
 
 TLoadedSchema LoadSchema(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs) {
-  RefuseExampleForHardware(options);
+  RefuseExampleForHardware(options, installation);
   const std::vector<std::string> paths = SchemaPaths(options, installation);
   TInputReader reader(inputs, {"the schema", "--schema", EFileKind::kSchema}, paths);
   THashingReader hashing(reader);
   const TSchemaResult schema = ReadSchema(paths, hashing);
   SayDiagnostics(schema.diagnostics);
   if (schema.HasErrors()) throw THostError(schema.failure, "the schema cannot be used");
-  const bool hasExample = std::any_of(paths.begin(), paths.end(), [&installation](const std::string& path) {
-    return IsInFolder(path, installation.SchemaFolder());
-  });
-  TLoadedSchema loaded = {schema.cimNamespace, {paths, hashing.HexDigest(), hasExample}};
+  TLoadedSchema loaded = {schema.cimNamespace, {paths, hashing.HexDigest(), HasExample(paths, installation)}};
   const std::size_t classes = schema.cimNamespace->Classes().size();
   SayDetail("schema: " + Listed(paths, ", ") + "; " + std::to_string(classes) + (classes == 1 ? " class" : " classes") +
             ", SHA-256 " + loaded.facts.sha256);

@@ -1,6 +1,7 @@
 """Which schema a command reads: --schema with paths, additions and the shipped example."""
 
 import hashlib
+import json
 import re
 import unittest
 
@@ -10,8 +11,8 @@ ADDITION = """
 [SupportedMachineTypes{"6203"}, MaxInstanceCount(1)]
 class Added_MEMCTL : KROSG_MEMCTL_StatisticData { [Index(3), MaxLen(8)] uint8 Register[]; };
 """
-REFUSED = ("velhost: the example schema has made-up addresses and is not sent to real hardware; name your schema with "
-           "--schema PATH, or take --schema example\n")
+REFUSED = ("velhost: the example schema has made-up addresses and is not used with real hardware; specify your own with "
+           "--schema PATH, or pass --schema example\n")
 
 
 class SchemaOptions(VelhostCase):
@@ -69,11 +70,15 @@ class SchemaOptions(VelhostCase):
 
     def test_hardware_does_not_get_the_example_unasked(self):
         addition = self.write("addition.mof", ADDITION)
+        folder = json.loads(self.run_velhost("collect", "KROSG_DCAPFile").stdout)["schema"]["paths"][0]
+        link = self.folder / "link"
+        link.symlink_to(folder)
+        by_name = [["--schema", str(path)] for path in (folder, f"{folder}/10-core.mof", link)]
         for spec in ("inband", "inband:/dev/ipmi777", "lan:192.0.2.1"):
-            for schema in ([], ["--schema", f"+{addition}"]):
+            for schema in ([], ["--schema", f"+{addition}"], *by_name):
                 for verb in (["collect", "--record", "run.jsonl", "--log", "trace.txt"], ["classes"]):
                     self.refuses(REFUSED, *verb, "--sp", spec, *schema)
-        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["addition.mof"])
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["addition.mof", "link"])
 
     def test_hardware_gets_it_when_asked(self):
         schemas = (["--schema", "example"], ["--schema", "example", "--schema", f"+{self.write('a.mof', ADDITION)}"],
