@@ -109,8 +109,10 @@ TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation,
   const std::string unserved = MachineTypeWarning(*cimNamespace, declared.machineType);
   if (!unserved.empty()) Say("warning: " + unserved);
   const auto isCollectable = [&](const TCIMClass& cimClass) { return MeetsCollectorNeeds(*cimNamespace, cimClass); };
-  return MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
-                   IsCollector(commandLine.common, installation), isCollectable});
+  const TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
+                               IsCollector(commandLine.common, installation), isCollectable});
+  for (const std::string& text : PlanWarnings(plan)) Say("warning: " + text);
+  return plan;
 }
 
 void Print(const TPlan& plan, const TCommandLine& commandLine) {
@@ -119,7 +121,7 @@ void Print(const TPlan& plan, const TCommandLine& commandLine) {
   TOutputTarget target(options.output);
   const bool isTable = options.format.empty() ? isShown && IsTerminal(STDOUT_FILENO) : options.format == "table";
   if (isTable) {
-    const bool useColor = isShown && UseColor(commandLine.common.color, STDOUT_FILENO);
+    const bool useColor = UseColor(commandLine.common.color, isShown ? STDOUT_FILENO : kNoTerminal);
     WritePlanAsTable(plan, target.Sink(), {TerminalWidth(STDOUT_FILENO), useColor});
   } else {
     WritePlanAsJson(plan, target.Sink());
