@@ -65,11 +65,11 @@ EPath PathOfClass(const TCIMClass& cimClass) {
   return Contains(CollectorProfile::kR8Classes, cimClass.Name()) ? EPath::kR8 : EPath::kNone;
 }
 
-// A value without facts about it.
+// A value without facts about it: of a register only the collector's bytes are known.
 std::string ValueText(const TCIMValue& value, EPath path) {
   if (value.IsNull() || !value.IsArray()) return ScalarText(value);
   if (const auto parts = CollectorProfile::SplitRegisterValue(path, value)) {
-    return HexNumber(parts->identification) + "  " + HexNumber(parts->value);
+    return HexNumber(parts->identification) + "  (collector " + HexNumber(parts->value) + ")";
   }
   std::string text;
   for (const TCIMValue& element : static_cast<const std::vector<TCIMValue>&>(value)) {

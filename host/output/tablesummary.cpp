@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -83,8 +84,9 @@ struct TSubject {
   std::uint32_t turn;
   int owner;
   int number;  // of the place; kBlock for a register block, kOther if no instance depends on it or none is known
+  std::optional<std::uint32_t> address{};  // of a register whose instance is not known
   bool operator<(const TSubject& other) const {
-    return std::tie(turn, owner, number) < std::tie(other.turn, other.owner, other.number);
+    return std::tie(turn, owner, number, address) < std::tie(other.turn, other.owner, other.number, other.address);
   }
 };
 
@@ -92,7 +94,8 @@ TSubject SubjectOf(const TExchangeFailure& failure) {
   const EExchangeKind kind = failure.kind;
   if (kind == EExchangeKind::kDot) return {failure.turn, failure.owner, TSubject::kBlock};
   const bool isUseless = kind == EExchangeKind::kClose || kind == EExchangeKind::kOther;
-  return {failure.turn, failure.owner, failure.isPlaced && !isUseless ? failure.place.number : TSubject::kOther};
+  if (failure.isPlaced && !isUseless) return {failure.turn, failure.owner, failure.place.number};
+  return {failure.turn, failure.owner, TSubject::kOther, failure.address};
 }
 
 // The failed exchanges, equal ones counted.
@@ -102,7 +105,7 @@ class TFailures {
     for (const TExchangeFailure& failure : failed) Add(failure);
   }
 
-  // "open: lost: no answer", "2 x register: 0xC3 ...; register: 9 bytes came"; empty if none failed.
+  // "open: lost: no answer", "2 x register: 0xC3 ...; register: 9 bytes received"; empty if none failed.
   std::string Of(const TSubject& subject) const {
     const auto found = endings_.find(subject);
     if (found == endings_.end()) return {};
@@ -146,11 +149,11 @@ class TFailures {
 
 const char* WordsOf(EUnread code) {
   switch (code) {
-    case EUnread::kRegisterUnread: return "no register was read";
+    case EUnread::kRegisterUnread: return "no register was delivered";
     case EUnread::kFileUnread: return "the file was not read";
-    case EUnread::kBlockUnread: return "the register block did not come";
+    case EUnread::kBlockUnread: return "the register block was not received";
     case EUnread::kBlockUndecodable: return "the register block has no valid time";
-    case EUnread::kDiscarded: return "dropped with another register block, which has no valid time";
+    case EUnread::kDiscarded: return "discarded because another register block has no valid time";
     case EUnread::kAbsent: break;
   }
   return "absent";
@@ -191,8 +194,9 @@ void WriteUnread(TTableLayout& layout, const TResultSummary& summary) {
   WriteLines(layout, "Unread", lines);
   lines.clear();
   for (const TSubject& other : failures.Others()) {
+    const std::string address = other.address ? fmt::format("0x{:06X}", *other.address) : "";
     lines.push_back(
-        {SafeText(turns.ClassName(other.turn)), fmt::format("node {}", other.owner), "", "", failures.Of(other)});
+        {SafeText(turns.ClassName(other.turn)), fmt::format("node {}", other.owner), "", address, failures.Of(other)});
   }
   WriteLines(layout, "Other failed exchanges", lines);
 }

@@ -135,9 +135,10 @@ TEST_F(CimXmlWriter, SaysWhatIsMissingFromAnInstance) {
   TInstanceFacts& facts = document.instances[0].second;
   facts.key = "KROSG_One/sp0/instance--1";
   facts.missing = {{"First", {.address = {}, .addresses = {}, .index = 84, .offset = {}}, {EHow::kShort, 1}}};
-  EXPECT_NE(Written(EOutputForm::kCimXml, document)
-                .find("<!-- KROSG_One/sp0/instance- -1 -->\n<!-- missing: First at index 84: 1 byte came -->\n<VALUE."),
-            std::string::npos);
+  EXPECT_NE(
+      Written(EOutputForm::kCimXml, document)
+          .find("<!-- KROSG_One/sp0/instance- -1 -->\n<!-- missing: First at index 84: 1 byte received -->\n<VALUE."),
+      std::string::npos);
 }
 
 TEST(ObjectPath, ReadsEveryPart) {

@@ -77,11 +77,11 @@ TEST_F(MofOfSmallServer, SaysInCommentsWhatItCannotSayInInstances) {
             "// KROSG_X_MEMCTL_StatisticData/sp0/instance0\n"
             "instance of KROSG_X_MEMCTL_StatisticData {\n"
             "// KROSG_X_MEMCTL_StatisticData/sp1/instance0\n"
-            "// missing: First at index 0: 0 bytes came\n"
-            "// missing: StatisticTime: 1 byte came\n"
+            "// missing: First at index 0: 0 bytes received\n"
+            "// missing: StatisticTime: 1 byte received\n"
             "instance of KROSG_X_MEMCTL_StatisticData {\n"
             "// KROSG_DCAPFile/node0/cpu_err\n"
-            "// missing: ErrRawData at offset 3: 3 bytes came\n"
+            "// missing: ErrRawData at offset 3: 3 bytes received\n"
             "instance of KROSG_DCAPFile {\n"
             "// status: partial\n"
             "// exit status: 3\n"
@@ -186,7 +186,7 @@ TEST_F(MofWriter, SaysWhatIsMissingFromAnInstance) {
   EXPECT_NE(Written(EOutputForm::kMof, document)
                 .find("// KROSG_One/node0/instance0\n"
                       "// missing: Log at 0xABCDF0: 0xCB requested sensor, data, or record not present\n"
-                      "// missing: StatisticTime: 3 bytes came\n"
+                      "// missing: StatisticTime: 3 bytes received\n"
                       "instance of KROSG_One {\n  P = \"x\";\n};\n"),
             std::string::npos);
 }

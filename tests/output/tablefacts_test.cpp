@@ -32,12 +32,12 @@ TEST_F(TableOfSmallServer, HasInstancesThenWhatIsMissingThenTheSummary) {
             "  InstanceID     KROSG:KROSG_MEMCTL_StatisticData:6203:0\n"
             "  ElementName    Memory and I/O controller,0\n"
             "  MachineType    6203\n"
-            "  StatisticTime  missing: 1 byte came\n"
-            "  First          index 0  missing: 0 bytes came\n"
+            "  StatisticTime  missing: 1 byte received\n"
+            "  First          index 0  missing: 0 bytes received\n"
             "\n"
             "KROSG_DCAPFile  node0/cpu_err\n"
             "  FileName              cpu_err\n"
-            "  ErrRawData            12 bytes; incomplete from offset 3 on: 3 bytes came\n"
+            "  ErrRawData            12 bytes; incomplete from offset 3 on: 3 bytes received\n"
             "  00000000  0a ff 00 00 00 00 00 00  00 00 00 00              |............|\n"
             "  0000000c\n"
             "  MessageTimestamp      2026-01-31T12:34:56+01:00\n"
@@ -49,10 +49,10 @@ TEST_F(TableOfSmallServer, HasInstancesThenWhatIsMissingThenTheSummary) {
             "\n"
             "Missing\n"
             "  KROSG_X_MEMCTL_StatisticData\n"
-            "    sp1/instance0    First          index 0  0 bytes came\n"
-            "    sp1/instance0    StatisticTime           1 byte came\n"
+            "    sp1/instance0    First          index 0  0 bytes received\n"
+            "    sp1/instance0    StatisticTime           1 byte received\n"
             "  KROSG_DCAPFile\n"
-            "    node0/cpu_err    ErrRawData  offset 3  3 bytes came\n"
+            "    node0/cpu_err    ErrRawData  offset 3  3 bytes received\n"
             "  KROSG_VO_PCIIOBRIDGE_StatisticData\n"
             "    node0/instance0  Log  0xABCDF0  absent\n"
             "\n"
@@ -179,7 +179,7 @@ TEST_F(TableFacts, EachEndingInWords) {
   EXPECT_EQ(shown({EHow::kCompletionCode, 0xCB}), "absent");
   EXPECT_EQ(shown({EHow::kCompletionCode, 0xC3}), "missing: 0xC3 timeout while processing command");
   EXPECT_EQ(shown({EHow::kLost, 0}), "missing: lost: no answer");
-  EXPECT_EQ(shown({EHow::kShort, 13}), "missing: 13 bytes came");
+  EXPECT_EQ(shown({EHow::kShort, 13}), "missing: 13 bytes received");
   EXPECT_EQ(shown({EHow::kNotSent, 0}), "missing: not sent: the run was stopped");
   EXPECT_EQ(shown({EHow::kNotRecorded, 0}), "missing: the recording does not have it");
   EXPECT_EQ(shown({EHow::kAnswered, 0}), "missing: no address answered");
@@ -232,9 +232,9 @@ TEST_F(TableFacts, UnreadInstancesSayWhichExchangesFailed) {
   EXPECT_EQ(Sections(Summary({{0, {0, 0}, EUnread::kRegisterUnread}}, {lost, refused, lost, cut, elsewhere})),
             "Unread\n"
             "  KROSG_A\n"
-            "    node0/instance0  no register was read; 2 x register: lost: no answer;\n"
+            "    node0/instance0  no register was delivered; 2 x register: lost: no answer;\n"
             "                     register: 0xC3 timeout while processing command; register:\n"
-            "                     9 bytes came\n"
+            "                     9 bytes received\n"
             "\n");
 }
 
@@ -248,9 +248,9 @@ TEST_F(TableFacts, UnreadBlocksSayHowTheirDotCommandsEnded) {
                              {block})),
             "Unread\n"
             "  KROSG_B\n"
-            "    sp0/instance0  dropped with another register block, which has no valid time\n"
+            "    sp0/instance0  discarded because another register block has no valid time\n"
             "    sp1/instance0  the register block has no valid time\n"
-            "    sp2/instance0  the register block did not come; dot: 0 bytes came\n"
+            "    sp2/instance0  the register block was not received; dot: 0 bytes received\n"
             "\n");
 }
 
@@ -271,7 +271,7 @@ TEST_F(TableFacts, AbsentOnesComeLast) {
           {{0, {0, 0}, EUnread::kAbsent}, {0, {0, 1}, EUnread::kRegisterUnread}, {0, {0, 2}, EUnread::kAbsent}}, {})),
       "Unread\n"
       "  KROSG_A\n"
-      "    node0/instance1  no register was read\n"
+      "    node0/instance1  no register was delivered\n"
       "  KROSG_A\n"
       "    node0/instance0  absent\n"
       "    node0/instance2  absent\n"
@@ -284,11 +284,12 @@ TEST_F(TableFacts, FailuresOnWhichNoInstanceDependsAreListedToo) {
   close.repeat = 2;
   TExchangeFailure unplaced = Failed(0, EExchangeKind::kRegister, {EHow::kShort, 9});
   unplaced.isPlaced = false;
+  unplaced.address = 0x2D0100;
   EXPECT_EQ(Sections(Summary({}, {close, unplaced})),
             "Other failed exchanges\n"
             "  KROSG_A\n"
-            "    node 0  register: 9 bytes came\n"
-            "    node 1  2 x close: 0xC3 timeout while processing command\n"
+            "    node 0  0x2D0100  register: 9 bytes received\n"
+            "    node 1            2 x close: 0xC3 timeout while processing command\n"
             "\n");
 }
 

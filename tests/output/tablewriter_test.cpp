@@ -35,7 +35,7 @@ class TableWriter : public TAwkwardTest {
 TEST_F(TableWriter, ShowsAnR8RegisterByAddressAndValue) {
   const auto instance =
       Register("KROSG_VO_MEMCTL_StatisticData", "", {0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0});
-  EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  0x0807060504030201\n\n");
+  EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  (collector 0x0807060504030201)\n\n");
 }
 
 TEST_F(TableWriter, DoesNotSplitHexNumbers) {
@@ -44,19 +44,19 @@ TEST_F(TableWriter, DoesNotSplitHexNumbers) {
   const auto instance = Make(cimClass, {{name, Bytes({0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0})}});
   // 20 of 40 columns are left, which is enough for each number but not for both.
   EXPECT_EQ(Block(instance, 40), "KROSG_VO_MEMCTL_StatisticData\n  " + name + "\n" + std::string(20, ' ') +
-                                     "0xABCDEF\n" + std::string(20, ' ') + "0x0807060504030201\n\n");
+                                     "0xABCDEF  (collector\n" + std::string(20, ' ') + "0x0807060504030201)\n\n");
 }
 
 TEST_F(TableWriter, ShowsFourValueBytesBeforeTheMarkerTail) {
   const auto instance =
       Register("KROSG_VO_MEMCTL_StatisticData", "", {0xAB, 0xCD, 0xEF, 0x0C, 7, 6, 5, 0, 0, 0, 0xEF, 0xFE, 0xFE, 0xEF});
-  EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  0x0C070605\n\n");
+  EXPECT_EQ(Block(instance), "KROSG_VO_MEMCTL_StatisticData\n  Status  0xABCDEF  (collector 0x0C070605)\n\n");
 }
 
 TEST_F(TableWriter, ShowsAJfrRegisterWithoutItsEqualsSign) {
   const auto instance = Register("KROSG_J1_MEMCTL_StatisticData", "KROSG_MEMCTL_StatisticData",
                                  {0x0E, 0x06, 0x12, 32, 61, 32, 1, 2, 3, 4, 5, 6, 7, 8});
-  EXPECT_EQ(Block(instance), "KROSG_J1_MEMCTL_StatisticData\n  Status  0x0E0612  0x0102030405060708\n\n");
+  EXPECT_EQ(Block(instance), "KROSG_J1_MEMCTL_StatisticData\n  Status  0x0E0612  (collector 0x0102030405060708)\n\n");
 }
 
 TEST_F(TableWriter, ShowsOtherByteArraysAsNumbers) {
@@ -207,7 +207,7 @@ TEST_F(TableWriter, SummarisesAPartialCollection) {
   EXPECT_EQ(Summary(Partial()),
             "Other failed exchanges\n"
             "  KROSG_A\n"
-            "    node 0  register: 0xC3 timeout while processing command\n"
+            "    node 0  0x2D0100  register: 0xC3 timeout while processing command\n"
             "\n"
             "Summary\n"
             "  Source        lan:bmc0\n"
