@@ -84,7 +84,7 @@ std::string AnsweredText(std::uint32_t count) {
 std::string HowText(THow how) {
   switch (how.how) {
     case EHow::kCompletionCode: return DescribeCompletionCode(static_cast<std::uint8_t>(how.number));
-    case EHow::kShort: return Counted(how.number, "byte") + " came";
+    case EHow::kShort: return Counted(how.number, "byte") + " received";
     case EHow::kNotSent: return "not sent: the run was stopped";
     case EHow::kNotRecorded: return "the recording does not have it";
     case EHow::kAnswered: return AnsweredText(how.number);

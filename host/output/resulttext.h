@@ -20,7 +20,7 @@ std::string_view MeaningOfCompletionCode(std::uint8_t code);
 /// "0xC3 timeout while processing command"; "lost: no answer" without a code.
 std::string DescribeCompletionCode(std::optional<std::uint8_t> code);
 
-/// "0xC3 timeout while processing command", "lost: no answer", "3 bytes came", "not sent: the run was stopped",
+/// "0xC3 timeout while processing command", "lost: no answer", "3 bytes received", "not sent: the run was stopped",
 /// "the recording does not have it", "2 addresses answered".
 std::string HowText(THow how);
 

@@ -36,7 +36,7 @@ const TElements* MachineTypesOf(const TCIMClass& cimClass) {
 // "its machine types are "4411", "4414""; a schema may list any number of them.
 std::string MachineTypesText(const TCIMClass& cimClass) {
   const TElements* const elements = MachineTypesOf(cimClass);
-  if (elements == nullptr || elements->empty()) return "it names no machine types";
+  if (elements == nullptr || elements->empty()) return "it lists no machine types";
   const std::size_t named = std::min(elements->size(), kMostMachineTypesNamed);
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < named; ++i) texts.push_back(Quoted((*elements)[i].ToString(10)));
@@ -188,7 +188,7 @@ void TPlanMaker::AddRegisters(TPlannedClass& planned) const {
 
 std::string TPlanMaker::MissingWay(EPath path) const {
   if (path != EPath::kJfr) return "there is no BMC node";
-  return input_.server.dotCommands ? "no service processor was found" : "no service processor takes dot commands";
+  return input_.server.dotCommands ? "no service processor was found" : "no service processor accepts dot commands";
 }
 
 std::string TPlanMaker::WhyNot(const TCIMClass& cimClass) const {
@@ -198,7 +198,7 @@ std::string TPlanMaker::WhyNot(const TCIMClass& cimClass) const {
   for (const std::string_view base : kJfrBaseClasses) {
     if (EqualNames(base, cimClass.Name())) return WhyNoBlock(cimClass, cimClass.Name());
   }
-  return "the collector does not know the class";
+  return "the collector does not support this class";
 }
 
 // A class below a base class, or a base class itself.

@@ -52,13 +52,13 @@ bool TCaptureWalk::Accepts(const TExpected& other) const {
   return other == TExpected{EExchangeKind::kClose, next_.owner, HandleRequest(Area::kClose, Area::kCloseLength)};
 }
 
-void TCaptureWalk::OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook& book) {
+void TCaptureWalk::OnMade(EExchangeKind kind, const TOutcome& outcome, TResultReasons& reasons) {
   const auto failure = FailureOf(kind, outcome);
-  if (failure) NoteFailure(kind, *failure, outcome, book);
+  if (failure) NoteFailure(kind, *failure, outcome, reasons);
   switch (kind) {
     case EExchangeKind::kOpen: return OnOpen(failure, outcome);
     case EExchangeKind::kSize: return OnSize(failure, outcome);
-    case EExchangeKind::kRead: return OnRead(failure, outcome, book);
+    case EExchangeKind::kRead: return OnRead(failure, outcome, reasons);
     default: return OnClose();
   }
 }
@@ -88,13 +88,13 @@ void TCaptureWalk::OnSize(const std::optional<THow>& failure, const TOutcome& ou
 }
 
 // The answer was good, but the collector never saw it.
-void TCaptureWalk::OnSizeRefused(const std::string& sentence, TRunBook& book) {
+void TCaptureWalk::OnSizeRefused(const std::string& sentence, TResultReasons& reasons) {
   if (Next() == nullptr || next_.kind != EExchangeKind::kRead || reads_.count > 0) return;
-  if (turn_.planned.hasWay) book.AddReason(turn_.number, EReason::kFileUnread, 1, sentence);
+  if (turn_.planned.hasWay) reasons.AddReason(turn_.number, EReason::kFileUnread, 1, sentence);
   NextFile(EFile::kRefused);
 }
 
-void TCaptureWalk::OnRead(const std::optional<THow>& failure, const TOutcome& outcome, TRunBook& book) {
+void TCaptureWalk::OnRead(const std::optional<THow>& failure, const TOutcome& outcome, TResultReasons& reasons) {
   TFile& file = files_[current_];
   file.end = EFile::kCollected;
   if (failure) {
@@ -107,7 +107,7 @@ void TCaptureWalk::OnRead(const std::optional<THow>& failure, const TOutcome& ou
   if (brought < std::min<std::int64_t>(reads_.chunk, std::int64_t{file.size} - reads_.offset)) {
     const THow how = {EHow::kShort, static_cast<std::uint32_t>(brought)};
     Miss(brought, how);
-    NoteFailure(EExchangeKind::kRead, how, outcome, book);
+    NoteFailure(EExchangeKind::kRead, how, outcome, reasons);
   }
   if (reads_.Advance(file.size)) {
     ExpectRead();
@@ -184,8 +184,9 @@ wire::TCommandBuffer TCaptureWalk::HandleRequest(std::uint8_t subCommand, std::u
   return request;
 }
 
-void TCaptureWalk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const {
-  if (outcome.wasAttempted) book.AddFailure(turn_.FailureOf(kind, how, Place().owner, Place()));
+void TCaptureWalk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome,
+                               TResultReasons& reasons) const {
+  if (outcome.wasAttempted) reasons.AddFailure(turn_.FailureOf(kind, how, Place().owner, Place()));
 }
 
 TInstanceFacts TCaptureWalk::Commit(const TInstance& /*instance*/) {
@@ -203,7 +204,7 @@ TInstanceFacts TCaptureWalk::Commit(const TInstance& /*instance*/) {
   return facts;
 }
 
-void TCaptureWalk::Finish(TRunBook& book) {
+void TCaptureWalk::Finish(TResultReasons& reasons) {
   if (!turn_.planned.hasWay) return;
   const bool hasDriver = turn_.plan.server.ipmiDriver;
   std::uint64_t unread = 0;
@@ -212,9 +213,9 @@ void TCaptureWalk::Finish(TRunBook& book) {
     if (file.end == EFile::kUnread || file.missing || !hasDriver) ++unread;
     if (file.end == EFile::kCommitted) continue;
     const EUnread code = file.end == EFile::kAbsent ? EUnread::kAbsent : EUnread::kFileUnread;
-    book.AddUnread({turn_.number, PlaceOf(i), code});
+    reasons.AddUnread({turn_.number, PlaceOf(i), code});
   }
-  book.AddReason(turn_.number, EReason::kFileUnread, unread);
+  reasons.AddReason(turn_.number, EReason::kFileUnread, unread);
 }
 
 }  // namespace velhost

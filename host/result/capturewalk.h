@@ -20,11 +20,11 @@ class TCaptureWalk : public ITurnWalk {
 
   const TExpected* Next() const override { return current_ < files_.size() ? &next_ : nullptr; }
   bool Accepts(const TExpected& other) const override;
-  void OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook& book) override;
-  void OnSizeRefused(const std::string& sentence, TRunBook& book) override;
+  void OnMade(EExchangeKind kind, const TOutcome& outcome, TResultReasons& reasons) override;
+  void OnSizeRefused(const std::string& sentence, TResultReasons& reasons) override;
   std::size_t CandidatesDue() const override { return candidate_ ? 1 : 0; }
   TInstanceFacts Commit(const TInstance& instance) override;
-  void Finish(TRunBook& book) override;
+  void Finish(TResultReasons& reasons) override;
 
  private:
   enum class EFile : std::uint8_t { kUnmade, kAbsent, kUnread, kRefused, kCollected, kCommitted };
@@ -53,10 +53,10 @@ class TCaptureWalk : public ITurnWalk {
   void NextFile(EFile end);
   void OnOpen(const std::optional<THow>& failure, const TOutcome& outcome);
   void OnSize(const std::optional<THow>& failure, const TOutcome& outcome);
-  void OnRead(const std::optional<THow>& failure, const TOutcome& outcome, TRunBook& book);
+  void OnRead(const std::optional<THow>& failure, const TOutcome& outcome, TResultReasons& reasons);
   void Miss(std::int64_t brought, const THow& how);
   void OnClose();
-  void NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const;
+  void NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TResultReasons& reasons) const;
 
   TWalkedTurn turn_;
   std::size_t nodes_ = 0;

@@ -34,15 +34,15 @@ std::uint8_t TJfrWalk::TBlock::Byte(std::size_t offset) const {
 
 TJfrWalk::TJfrWalk(const TWalkedTurn& turn) : turn_(turn), next_{EExchangeKind::kDot, 0, {}} {}
 
-void TJfrWalk::OnMade(EExchangeKind /*kind*/, const TOutcome& outcome, TRunBook& book) {
+void TJfrWalk::OnMade(EExchangeKind /*kind*/, const TOutcome& outcome, TResultReasons& reasons) {
   TBlock block;
   const auto failure = FailureOf(EExchangeKind::kDot, outcome);
   if (failure) {
-    NoteFailure(*failure, outcome, book);
+    NoteFailure(*failure, outcome, reasons);
   } else {
     block = BlockOf(outcome);
   }
-  if (block.isShort) NoteFailure({EHow::kShort, static_cast<std::uint32_t>(block.bytes.size())}, outcome, book);
+  if (block.isShort) NoteFailure({EHow::kShort, static_cast<std::uint32_t>(block.bytes.size())}, outcome, reasons);
   Place(block, next_.owner);
   blocks_.push_back(std::move(block));
   ++next_.owner;
@@ -73,8 +73,8 @@ void TJfrWalk::Place(const TBlock& block, int serviceProcessor) {
   for (unsigned i = 0; i < turn_.planned.instances; ++i) candidates_.push_back({serviceProcessor, static_cast<int>(i)});
 }
 
-void TJfrWalk::NoteFailure(const THow& how, const TOutcome& outcome, TRunBook& book) const {
-  if (outcome.wasAttempted) book.AddFailure(turn_.FailureOf(EExchangeKind::kDot, how, next_.owner));
+void TJfrWalk::NoteFailure(const THow& how, const TOutcome& outcome, TResultReasons& reasons) const {
+  if (outcome.wasAttempted) reasons.AddFailure(turn_.FailureOf(EExchangeKind::kDot, how, next_.owner));
 }
 
 // Whether a byte of the header or of a record did not come.
@@ -137,19 +137,19 @@ EUnread TJfrWalk::CodeOf(const TBlock& block) const {
 }
 
 // The committed candidates are the first ones, in the order of the plan.
-void TJfrWalk::AddUnread(int serviceProcessor, EUnread code, std::size_t& delivered, TRunBook& book) const {
+void TJfrWalk::AddUnread(int serviceProcessor, EUnread code, std::size_t& delivered, TResultReasons& reasons) const {
   for (int i = 0; i < static_cast<int>(turn_.planned.instances); ++i) {
     const bool isNext = delivered < committed_ && candidates_[delivered].owner == serviceProcessor;
     if (isNext && candidates_[delivered].number == i) {
       ++delivered;
     } else {
-      book.AddUnread({turn_.number, {serviceProcessor, i}, code});
+      reasons.AddUnread({turn_.number, {serviceProcessor, i}, code});
     }
   }
 }
 
 // If the communication check failed, the collector asked none of the service processors.
-void TJfrWalk::Finish(TRunBook& book) {
+void TJfrWalk::Finish(TResultReasons& reasons) {
   const TPlanServer& server = turn_.plan.server;
   if (!turn_.planned.hasWay) return;
   const std::size_t asked = server.communicates ? blocks_.size() : std::size_t{0};
@@ -162,12 +162,12 @@ void TJfrWalk::Finish(TRunBook& book) {
     if (block.end == EBlock::kUnread && (s < asked || !server.communicates)) ++unread;
     if (block.isShort) ++cut;
     if (block.end == EBlock::kUndecodable) {
-      book.AddReason(turn_.number, EReason::kBlockUndecodable, 1, std::to_string(s));
+      reasons.AddReason(turn_.number, EReason::kBlockUndecodable, 1, std::to_string(s));
     }
-    AddUnread(static_cast<int>(s), CodeOf(block), delivered, book);
+    AddUnread(static_cast<int>(s), CodeOf(block), delivered, reasons);
   }
-  book.AddReason(turn_.number, EReason::kBlockUnread, unread);
-  book.AddReason(turn_.number, EReason::kBlockShort, cut);
+  reasons.AddReason(turn_.number, EReason::kBlockUnread, unread);
+  reasons.AddReason(turn_.number, EReason::kBlockShort, cut);
 }
 
 }  // namespace velhost

@@ -16,10 +16,10 @@ class TJfrWalk : public ITurnWalk {
   explicit TJfrWalk(const TWalkedTurn& turn);
 
   const TExpected* Next() const override { return blocks_.size() < turn_.plan.blocks ? &next_ : nullptr; }
-  void OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook& book) override;
+  void OnMade(EExchangeKind kind, const TOutcome& outcome, TResultReasons& reasons) override;
   std::size_t CandidatesDue() const override;
   TInstanceFacts Commit(const TInstance& instance) override;
-  void Finish(TRunBook& book) override;
+  void Finish(TResultReasons& reasons) override;
 
  private:
   enum class EBlock { kUnread, kUndecodable, kGood };
@@ -37,13 +37,13 @@ class TJfrWalk : public ITurnWalk {
 
   TBlock BlockOf(const TOutcome& outcome) const;
   void Place(const TBlock& block, int serviceProcessor);
-  void NoteFailure(const THow& how, const TOutcome& outcome, TRunBook& book) const;
+  void NoteFailure(const THow& how, const TOutcome& outcome, TResultReasons& reasons) const;
   bool HasCost(const TBlock& block) const;
   std::size_t OffsetOf(const TBlock& block, const TPlannedRegister& one, int bank) const;
   void AddRegister(const TPlannedRegister& one, const TBlock& block, const TPlace& place, const TInstance& instance,
                    TInstanceFacts& facts) const;
   EUnread CodeOf(const TBlock& block) const;
-  void AddUnread(int serviceProcessor, EUnread code, std::size_t& delivered, TRunBook& book) const;
+  void AddUnread(int serviceProcessor, EUnread code, std::size_t& delivered, TResultReasons& reasons) const;
 
   TWalkedTurn turn_;
   TExpected next_;

@@ -53,7 +53,8 @@ std::string InstanceText(const std::string& className) { return "an instance of 
 
 }  // namespace
 
-TPlanFollower::TPlanFollower(const TPlan& plan, TRunBook& book) : plan_(plan), book_(book), turns_(&kNoTurns) {}
+TPlanFollower::TPlanFollower(const TPlan& plan, TResultReasons& reasons)
+    : plan_(plan), reasons_(reasons), turns_(&kNoTurns) {}
 
 void TPlanFollower::BeginRequest(std::size_t index) {
   turns_ = &plan_.requests[index].turns;
@@ -78,7 +79,7 @@ void TPlanFollower::OnDot(const TDotExchange& exchange) {
 }
 
 void TPlanFollower::Take(const TExpected& found, bool isKnown, const TOutcome& outcome) {
-  if (outcome.wasAttempted) book_.CountExchange();
+  if (outcome.wasAttempted) reasons_.CountExchange();
   if (found.kind == EExchangeKind::kRead && FailureOf(found.kind, outcome)) hasFailedRead_ = true;
   if (!isDeparted_) {
     const bool isPlanned =
@@ -89,7 +90,7 @@ void TPlanFollower::Take(const TExpected& found, bool isKnown, const TOutcome& o
     TakeUnplaced(found, outcome);
     return;
   }
-  walk_->OnMade(found.kind, outcome, book_);
+  walk_->OnMade(found.kind, outcome, reasons_);
   if (!IsPlannedRead(found.kind)) return;
   ++madeInRequest_;
   ++plannedMade_;
@@ -114,24 +115,24 @@ void TPlanFollower::TakeUnplaced(const TExpected& found, const TOutcome& outcome
   failure.how = *how;
   failure.owner = found.owner;
   if (found.kind == EExchangeKind::kRegister) failure.address = AddressIn(found.request);
-  book_.AddFailure(failure);
+  reasons_.AddFailure(failure);
   // A class without a way is not served, and nothing else.
   const TPlannedClass& planned = plan_.ClassOf((*turns_)[Turn() - firstTurn_]);
   const bool isWayless = planned.path != CollectorProfile::EPath::kNone && !planned.hasWay;
   const auto reason = UnreadReasonOf(found.kind);
-  if (reason && !isWayless && !IsAbsent(found.kind, *how)) book_.AddReason(Turn(), *reason);
+  if (reason && !isWayless && !IsAbsent(found.kind, *how)) reasons_.AddReason(Turn(), *reason);
 }
 
 void TPlanFollower::OnSizeRefused(const std::string& sentence) {
   if (!isDeparted_ && walk_) {
-    walk_->OnSizeRefused(sentence, book_);
+    walk_->OnSizeRefused(sentence, reasons_);
   } else if (!turns_->empty()) {
-    book_.AddReason(Turn(), EReason::kFileUnread, 1, sentence);
+    reasons_.AddReason(Turn(), EReason::kFileUnread, 1, sentence);
   }
 }
 
 TInstanceFacts TPlanFollower::OnCommit(const TInstance& instance) {
-  book_.CountInstance();
+  reasons_.CountInstance();
   if (!isDeparted_) {
     const bool isDue = walk_ && walk_->CandidatesDue() > 0;
     if (isDue && &instance.Class() == plan_.ClassOf(*CurrentTurn()).cimClass.get()) return walk_->Commit(instance);
@@ -181,7 +182,7 @@ void TPlanFollower::StartTurn() {
 }
 
 void TPlanFollower::FinishTurn() {
-  if (walk_) walk_->Finish(book_);
+  if (walk_) walk_->Finish(reasons_);
   ++turn_;
   StartTurn();
 }
@@ -193,7 +194,7 @@ std::uint32_t TPlanFollower::Turn() const {
 
 void TPlanFollower::EndRequest(const std::string& exception) {
   if (turns_->empty()) {
-    if (!exception.empty()) book_.AddReasonOfRun(EReason::kRequestFailed, exception);
+    if (!exception.empty()) reasons_.AddReasonOfRun(EReason::kRequestFailed, exception);
   } else if (isDeparted_) {
     EndDeparted(exception);
   } else if (exception.empty()) {
@@ -210,14 +211,14 @@ void TPlanFollower::EndRequest(const std::string& exception) {
 // What happened after the departure is unknown, but for the turns that the collector never comes to.
 void TPlanFollower::EndDeparted(const std::string& exception) {
   const std::string& text = exception.empty() ? departure_ : exception;
-  if (!text.empty()) book_.AddReason(Turn(), EReason::kRequestFailed, 1, text);
+  if (!text.empty()) reasons_.AddReason(Turn(), EReason::kRequestFailed, 1, text);
   AddUnreached();
 }
 
 void TPlanFollower::EndNormally() {
   for (bool isTold = false; CurrentTurn() != nullptr; FinishTurn()) {
     if (!IsUnfinished() || std::exchange(isTold, true)) continue;
-    book_.AddReason(Turn(), EReason::kRequestFailed, 1, UnmadeText());
+    reasons_.AddReason(Turn(), EReason::kRequestFailed, 1, UnmadeText());
   }
   AddUnreached();
 }
@@ -226,11 +227,11 @@ void TPlanFollower::EndNormally() {
 void TPlanFollower::EndInException(const std::string& exception) {
   SkipFinished();
   const std::uint32_t failed = Turn();
-  book_.AddReason(failed, EReason::kRequestFailed, 1, exception);
+  reasons_.AddReason(failed, EReason::kRequestFailed, 1, exception);
   if (CurrentTurn() != nullptr) FinishTurn();
   for (std::size_t i = failed - firstTurn_ + 1; i < turns_->size() && (*turns_)[i].isReached; ++i) {
-    book_.AddReason(static_cast<std::uint32_t>(firstTurn_ + i), EReason::kNotCollected, 1,
-                    "the request ended before it");
+    reasons_.AddReason(static_cast<std::uint32_t>(firstTurn_ + i), EReason::kNotCollected, 1,
+                       "the request ended before this class");
   }
   AddUnreached();
 }
@@ -246,7 +247,7 @@ void TPlanFollower::AddUnreached() {
   for (std::size_t i = 0; i < turns_->size(); ++i) {
     if ((*turns_)[i].isReached) continue;
     const std::string text = "the collector ends a request at " + std::string(CollectorProfile::kCaptureClass);
-    book_.AddReason(static_cast<std::uint32_t>(firstTurn_ + i), EReason::kNotCollected, 1, text);
+    reasons_.AddReason(static_cast<std::uint32_t>(firstTurn_ + i), EReason::kNotCollected, 1, text);
   }
 }
 

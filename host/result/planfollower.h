@@ -11,7 +11,7 @@
 #include "host/model/ciminstance.h"
 #include "host/profile/plan.h"
 #include "host/result/instancefacts.h"
-#include "host/result/runbook.h"
+#include "host/result/resultreasons.h"
 #include "host/result/turnwalk.h"
 
 namespace velhost {
@@ -21,7 +21,7 @@ namespace velhost {
 class TPlanFollower : public IExchangeObserver {
  public:
   /// Neither is owned.
-  TPlanFollower(const TPlan& plan, TRunBook& book);
+  TPlanFollower(const TPlan& plan, TResultReasons& reasons);
 
   /// Request `index` of the plan begins.
   void BeginRequest(std::size_t index);
@@ -59,7 +59,7 @@ class TPlanFollower : public IExchangeObserver {
   void AddUnreached();
 
   const TPlan& plan_;
-  TRunBook& book_;
+  TResultReasons& reasons_;
   const std::vector<TPlannedTurn>* turns_;  ///< of the request
   std::uint32_t firstTurn_ = 0;             ///< number of the request's first turn
   std::size_t turn_ = 0;                    ///< within the request

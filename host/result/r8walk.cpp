@@ -41,19 +41,19 @@ TR8Walk::TR8Walk(const TWalkedTurn& turn)
   BeginInstance();
 }
 
-void TR8Walk::OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook& book) {
+void TR8Walk::OnMade(EExchangeKind kind, const TOutcome& outcome, TResultReasons& reasons) {
   if (kind == EExchangeKind::kRegister) {
-    OnRegister(outcome, book);
+    OnRegister(outcome, reasons);
   } else {
-    OnTime(outcome, book);
+    OnTime(outcome, reasons);
   }
 }
 
-void TR8Walk::OnRegister(const TOutcome& outcome, TRunBook& book) {
+void TR8Walk::OnRegister(const TOutcome& outcome, TResultReasons& reasons) {
   TRead& read = reads_[instance_ * turn_.planned.readsOfInstance + firstReads_[register_] + address_];
   if (const auto failure = FailureOf(EExchangeKind::kRegister, outcome)) {
     read = {EEnd::kFailed, failure->how, static_cast<std::uint8_t>(failure->number), {}};
-    NoteFailure(EExchangeKind::kRegister, *failure, outcome, book);
+    NoteFailure(EExchangeKind::kRegister, *failure, outcome, reasons);
   } else {
     read = {EEnd::kGood, {}, 0, TCommandData(outcome.data).Bytes<Read::kValueSize>(Read::kValue)};
   }
@@ -79,11 +79,11 @@ void TR8Walk::AfterRegisters() {
 }
 
 // Only the second timestamp is kept, and only a good first one is followed by it.
-void TR8Walk::OnTime(const TOutcome& outcome, TRunBook& book) {
+void TR8Walk::OnTime(const TOutcome& outcome, TResultReasons& reasons) {
   TChip& chip = chips_[instance_];
   chip.timeFailure = FailureOf(EExchangeKind::kTimestamp, outcome);
   if (chip.timeFailure) {
-    NoteFailure(EExchangeKind::kTimestamp, *chip.timeFailure, outcome, book);
+    NoteFailure(EExchangeKind::kTimestamp, *chip.timeFailure, outcome, reasons);
   } else if (step_ == EStep::kFirstTime) {
     ExpectTime(EStep::kSecondTime);
     return;
@@ -122,14 +122,14 @@ void TR8Walk::ExpectTime(EStep step) {
 }
 
 // A refused exchange is no failure of the service processor.
-void TR8Walk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const {
+void TR8Walk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TResultReasons& reasons) const {
   if (!outcome.wasAttempted) return;
   TExchangeFailure failure = turn_.FailureOf(kind, how, 0, PlaceOf(instance_));
   if (kind == EExchangeKind::kRegister) {
     failure.registerIndex = static_cast<std::int32_t>(register_);
     failure.address = turn_.planned.registers[register_].addresses[address_];
   }
-  book.AddFailure(failure);
+  reasons.AddFailure(failure);
 }
 
 std::uint8_t TR8Walk::ChipOf(unsigned instance) const {
@@ -238,7 +238,7 @@ bool TR8Walk::IsAbsentInstance(unsigned instance) const {
   return true;
 }
 
-void TR8Walk::Finish(TRunBook& book) {
+void TR8Walk::Finish(TResultReasons& reasons) {
   if (!turn_.planned.hasWay || firstReads_.empty()) return;
   std::uint64_t registers = 0;
   std::uint64_t times = 0;
@@ -247,10 +247,10 @@ void TR8Walk::Finish(TRunBook& book) {
     if (chips_[i].timeFailure && !IsAbsent(EExchangeKind::kTimestamp, *chips_[i].timeFailure)) ++times;
     const auto committedEnd = candidates_.begin() + static_cast<std::ptrdiff_t>(committed_);
     if (std::binary_search(candidates_.begin(), committedEnd, i)) continue;
-    book.AddUnread({turn_.number, PlaceOf(i), IsAbsentInstance(i) ? EUnread::kAbsent : EUnread::kRegisterUnread});
+    reasons.AddUnread({turn_.number, PlaceOf(i), IsAbsentInstance(i) ? EUnread::kAbsent : EUnread::kRegisterUnread});
   }
-  book.AddReason(turn_.number, EReason::kRegisterUnread, registers);
-  book.AddReason(turn_.number, EReason::kTimeUnread, times);
+  reasons.AddReason(turn_.number, EReason::kRegisterUnread, registers);
+  reasons.AddReason(turn_.number, EReason::kTimeUnread, times);
 }
 
 }  // namespace velhost

@@ -20,10 +20,10 @@ class TR8Walk : public ITurnWalk {
   explicit TR8Walk(const TWalkedTurn& turn);
 
   const TExpected* Next() const override { return step_ == EStep::kDone ? nullptr : &next_; }
-  void OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook& book) override;
+  void OnMade(EExchangeKind kind, const TOutcome& outcome, TResultReasons& reasons) override;
   std::size_t CandidatesDue() const override;
   TInstanceFacts Commit(const TInstance& instance) override;
-  void Finish(TRunBook& book) override;
+  void Finish(TResultReasons& reasons) override;
 
  private:
   enum class EStep { kRegister, kFirstTime, kSecondTime, kDone };
@@ -51,14 +51,14 @@ class TR8Walk : public ITurnWalk {
     const TRead* end() const { return first + size; }
   };
 
-  void OnRegister(const TOutcome& outcome, TRunBook& book);
-  void OnTime(const TOutcome& outcome, TRunBook& book);
+  void OnRegister(const TOutcome& outcome, TResultReasons& reasons);
+  void OnTime(const TOutcome& outcome, TResultReasons& reasons);
   void AfterRegisters();
   void BeginInstance();
   void SkipEmptyRegisters();
   void ExpectRegister();
   void ExpectTime(EStep step);
-  void NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TRunBook& book) const;
+  void NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TResultReasons& reasons) const;
 
   std::uint8_t ChipOf(unsigned instance) const;
   TPlace PlaceOf(unsigned instance) const { return {0, static_cast<int>(instance)}; }

@@ -1,4 +1,4 @@
-#include "host/result/runbook.h"
+#include "host/result/resultreasons.h"
 
 #include <algorithm>
 #include <array>
@@ -45,8 +45,8 @@ std::string UndecodableText(const std::vector<std::string>& serviceProcessors, T
   std::string text = isOne ? "the register block of service processor " : "the register blocks of service processors ";
   text += Listed(serviceProcessors, " and ") + (isOne ? " has no valid time" : " have no valid time");
   if (dropped == 0) return text;
-  text += "; " + Counted(dropped, "instance") + (dropped == 1 ? " of others was" : " of others were");
-  return text + (isOne ? " dropped with it" : " dropped with them");
+  text += "; " + Counted(dropped, "instance") + " from other service processors " + (dropped == 1 ? "was" : "were");
+  return text + (isOne ? " discarded with it" : " discarded with them");
 }
 
 bool IsRepeat(const TExchangeFailure& failure, const TExchangeFailure& before) {
@@ -94,7 +94,7 @@ std::string MessageOf(const std::vector<TReason>& reasons) {
 
 }  // namespace
 
-TRunBook::TRunBook(const TPlan& plan) : plan_(plan) {
+TResultReasons::TResultReasons(const TPlan& plan) : plan_(plan) {
   for (const TPlannedRequest& request : plan_.requests) {
     for (const TPlannedTurn& turn : request.turns) {
       const bool isServed = plan_.ClassOf(turn).whyNotServed.empty();
@@ -104,7 +104,7 @@ TRunBook::TRunBook(const TPlan& plan) : plan_(plan) {
   }
 }
 
-void TRunBook::AddFailure(const TExchangeFailure& failure) {
+void TResultReasons::AddFailure(const TExchangeFailure& failure) {
   if (!failed_.empty() && IsRepeat(failure, failed_.back())) {
     ++failed_.back().repeat;
   } else {
@@ -112,49 +112,49 @@ void TRunBook::AddFailure(const TExchangeFailure& failure) {
   }
 }
 
-void TRunBook::Add(TEntries& entries, EReason code, TSize count, const std::string& detail) {
+void TResultReasons::Add(TEntries& entries, EReason code, TSize count, const std::string& detail) {
   TEntry& entry = entries[code];
   entry.count += count;
   const bool isNew = std::find(entry.details.begin(), entry.details.end(), detail) == entry.details.end();
   if (!detail.empty() && isNew) entry.details.push_back(detail);
 }
 
-void TRunBook::AddReason(std::uint32_t turn, EReason code, TSize count, const std::string& detail) {
+void TResultReasons::AddReason(std::uint32_t turn, EReason code, TSize count, const std::string& detail) {
   if (count == 0) return;
   TTurn& about = turns_[turn];
   if (code == EReason::kNotCollected) about.isCollected = false;
   if (about.isCollected || !about.isNotServed) Add(ofClasses_[about.planClass], code, count, detail);
 }
 
-void TRunBook::AddReasonOfRun(EReason code, const std::string& detail) { Add(ofRun_, code, 1, detail); }
+void TResultReasons::AddReasonOfRun(EReason code, const std::string& detail) { Add(ofRun_, code, 1, detail); }
 
-bool TRunBook::IsNothingRead() const { return turns_.empty() || (plan_.Total() > 0 && instances_ == 0); }
+bool TResultReasons::IsNothingRead() const { return turns_.empty() || (plan_.Total() > 0 && instances_ == 0); }
 
-TSize TRunBook::CollectedTurns(std::size_t planClass) const {
+TSize TResultReasons::CollectedTurns(std::size_t planClass) const {
   return static_cast<TSize>(std::count_if(turns_.begin(), turns_.end(), [&](const TTurn& turn) {
     return turn.planClass == planClass && turn.isCollected;
   }));
 }
 
-TSize TRunBook::Discarded(std::size_t planClass) const {
+TSize TResultReasons::Discarded(std::size_t planClass) const {
   return static_cast<TSize>(std::count_if(unread_.begin(), unread_.end(), [&](const TUnread& unread) {
     return unread.code == EUnread::kDiscarded && turns_[unread.turn].planClass == planClass;
   }));
 }
 
-std::string TRunBook::FileText(const TEntry& entry, TSize turns) const {
+std::string TResultReasons::FileText(const TEntry& entry, TSize turns) const {
   const TSize files = turns * kCaptureAreas.size() * static_cast<TSize>(std::max(plan_.server.bmcNodes, 0));
   std::string text = Share(entry.count, files, "capture file", "is", "are", " missing or incomplete");
   if (!entry.details.empty()) text += "; " + Joined(entry.details);
   return text + (plan_.server.ipmiDriver ? "" : "; the IPMI driver is not present");
 }
 
-std::string TRunBook::BlockText(const TEntry& entry, TSize turns) const {
+std::string TResultReasons::BlockText(const TEntry& entry, TSize turns) const {
   if (!plan_.server.communicates) return "the communication check of the service processor failed";
-  return Share(entry.count, turns * plan_.blocks, "register block", "did", "did", " not come");
+  return Share(entry.count, turns * plan_.blocks, "register block", "was", "were", " not received");
 }
 
-std::string TRunBook::MessageOfClass(std::size_t planClass, EReason code, const TEntry& entry) const {
+std::string TResultReasons::MessageOfClass(std::size_t planClass, EReason code, const TEntry& entry) const {
   const TPlannedClass& planned = plan_.classes[planClass];
   const TSize turns = CollectedTurns(planClass);
   switch (code) {
@@ -168,12 +168,12 @@ std::string TRunBook::MessageOfClass(std::size_t planClass, EReason code, const 
     case EReason::kBlockShort:
       return Share(entry.count, turns * plan_.blocks, "register block", "was", "were", " too short");
     case EReason::kBlockUndecodable: return UndecodableText(entry.details, Discarded(planClass));
-    case EReason::kNotServed: return planned.whyNotServed;
+    case EReason::kNotServed: return "not served: " + planned.whyNotServed;
     default: return Joined(entry.details);
   }
 }
 
-std::vector<TReason> TRunBook::Reasons() const {
+std::vector<TReason> TResultReasons::Reasons() const {
   std::vector<TReason> reasons;
   for (const auto& [code, entry] : ofRun_) {
     const bool isLoss = code == EReason::kSessionLost;
@@ -182,7 +182,7 @@ std::vector<TReason> TRunBook::Reasons() const {
   }
   if (IsNothingRead()) {
     reasons.push_back(
-        {EReason::kNothingRead, {}, 1, turns_.empty() ? "there is no class to collect" : "no instance came"});
+        {EReason::kNothingRead, {}, 1, turns_.empty() ? "there is no class to collect" : "no instance was delivered"});
   }
   std::vector<bool> isTold(plan_.classes.size());
   for (const TTurn& turn : turns_) {
@@ -198,7 +198,7 @@ std::vector<TReason> TRunBook::Reasons() const {
   return reasons;
 }
 
-TResultSummary TRunBook::Close(const std::optional<THostError>& failure) {
+TResultSummary TResultReasons::Close(const std::optional<THostError>& failure) {
   TResultSummary summary;
   summary.plan = &plan_;
   summary.exchanges = exchanges_;

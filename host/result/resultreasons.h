@@ -1,5 +1,5 @@
 // The account of a run: its exchanges, what is missing from what it should have delivered, and why. The follower of the
-// plan and the run report here as things happen; at the end the result's status, reasons and message come of it.
+// plan and the run report here as things happen; the status, reasons and message of the result are derived from it.
 #pragma once
 
 #include <cstddef>
@@ -16,11 +16,11 @@
 namespace velhost {
 
 /// Turns are numbered over all requests of the plan, from 0.
-class TRunBook {
+class TResultReasons {
  public:
-  /// The plan is not owned, and must outlive the book and its summary. Named turns that this machine does not serve,
+  /// The plan is not owned, and must outlive this object and its summary. Named turns that this machine does not serve,
   /// or has no way to, are reasons from the beginning.
-  explicit TRunBook(const TPlan& plan);
+  explicit TResultReasons(const TPlan& plan);
 
   /// An exchange that was attempted, whether it failed or not. One that a stopped run refuses is neither counted nor
   /// a failure.
@@ -42,7 +42,7 @@ class TRunBook {
 
   std::uint64_t Exchanges() const { return exchanges_; }
 
-  /// Closes the book. `failure` is one of the command itself, whatever was collected. The caller sets the summary's
+  /// Closes the account. `failure` is one of the command itself, whatever was collected. The caller sets the summary's
   /// `exitStatus` and `elapsedMs`.
   TResultSummary Close(const std::optional<THostError>& failure);
 

@@ -12,7 +12,7 @@
 #include "host/profile/plan.h"
 #include "host/result/exchangeoutcome.h"
 #include "host/result/instancefacts.h"
-#include "host/result/runbook.h"
+#include "host/result/resultreasons.h"
 #include "wire/commandbuffer.h"
 
 namespace velhost {
@@ -50,18 +50,18 @@ class ITurnWalk {
   /// Whether the collector may make this exchange in place of the next one.
   virtual bool Accepts(const TExpected& /*other*/) const { return false; }
   /// The next exchange, or one that is accepted in its place, was made.
-  virtual void OnMade(EExchangeKind kind, const TOutcome& outcome, TRunBook& book) = 0;
+  virtual void OnMade(EExchangeKind kind, const TOutcome& outcome, TResultReasons& reasons) = 0;
   /// The size of a storage area, which was the last exchange, was kept from the collector.
-  virtual void OnSizeRefused(const std::string& /*sentence*/, TRunBook& /*book*/) {}
+  virtual void OnSizeRefused(const std::string& /*sentence*/, TResultReasons& /*reasons*/) {}
 
   /// The number of instances that the collector must commit before it makes the next exchange.
   virtual std::size_t CandidatesDue() const = 0;
   /// Call only if candidates are due, with an instance of the turn's class.
   virtual TInstanceFacts Commit(const TInstance& instance) = 0;
 
-  /// The turn has ended: what was planned and not delivered goes to the book. Exchanges that were never made are no
+  /// The turn has ended: what was planned and not delivered is reported. Exchanges that were never made are no
   /// reason of their own.
-  virtual void Finish(TRunBook& book) = 0;
+  virtual void Finish(TResultReasons& reasons) = 0;
 };
 
 /// The walk of a planned class; null for a class that is idle or unknown.

@@ -177,7 +177,7 @@ const std::vector<TVerb> kVerbs = {
                   .take = [](auto& c, const auto& words) { c.collect.classes = words; }}},
     {.verb = EVerb::kClasses,
      .name = "classes",
-     .help = "list the collectable classes and whether, or why not, this machine serves them",
+     .help = "list the collectable classes, and whether this machine serves each (if not, why)",
      .example = "velhost classes --machine-type 4411",
      .operands = {.usage = "[CLASS...]",
                   .help = "classes or patterns with * and ?; default: all",

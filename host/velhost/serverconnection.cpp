@@ -192,7 +192,7 @@ class TReplayConnection : public IServerConnection {
     replay_->SetTiming(timing);
     if (replay_->HasHeader() && !replay_->Header().run) {
       Say("warning: " + SafeText(path) +
-          ": a recording of version 1 does not tell whether its service processor was simulated");
+          ": a version 1 recording does not say whether its service processor was simulated");
     }
     ApplyUtcOffset(replay_->Header().utcOffsetMinutes);
   }

@@ -178,12 +178,12 @@ TEST_F(Plan, ALongListOfMachineTypesIsCut) {
   EXPECT_EQ(WhyNot(kVoMemory),
             "its machine types are \"1\", \"2\", \"3\", \"4\", \"5\", \"7\", \"8\", \"9\" and 2 more");
   Add(TClassBuilder(kVoBridge, "Chipset").Machines({}).MaxInstances(1));
-  EXPECT_EQ(WhyNot(kVoBridge), "it names no machine types");
+  EXPECT_EQ(WhyNot(kVoBridge), "it lists no machine types");
 }
 
 TEST_F(Plan, AnyOtherClassIsIdle) {
   EXPECT_EQ(Planned("Chipset").turn, ETurn::kIdle);
-  EXPECT_EQ(WhyNot("Chipset"), "the collector does not know the class");
+  EXPECT_EQ(WhyNot("Chipset"), "the collector does not support this class");
 }
 
 TEST_F(Plan, AnAddressedClassWithoutMachineTypesIsUnknown) {
@@ -274,7 +274,7 @@ TEST_F(Plan, WithoutAWayAClassStaysPlanned) {
   Add(Class(kVoMemory).Register("A", 0x10, 8));
   Add(TClassBuilder("KROSG_DCAPFile").CaptureProperties());
   const TPlanServer nothing = {0, true, false, false, 2};
-  EXPECT_EQ(WhyNot("KROSG_J", nothing), "no service processor takes dot commands");
+  EXPECT_EQ(WhyNot("KROSG_J", nothing), "no service processor accepts dot commands");
   EXPECT_EQ(WhyNot(kVoMemory, nothing), "there is no BMC node");
   EXPECT_EQ(WhyNot("KROSG_DCAPFile", nothing), "there is no BMC node");
   const TPlan plan = Make({{"KROSG_J"}, {kVoMemory}}, nothing);

@@ -155,7 +155,7 @@ class Plan:
     def why_not_served(self, one):
         name = one.cls.name
         if one.path == JFR and not one.has_way:
-            return "no service processor was found" if self.dot else "no service processor takes dot commands"
+            return "no service processor was found" if self.dot else "no service processor accepts dot commands"
         if one.path == CAPTURE or one.path == R8 and self.serving_element(one.cls):
             return "" if one.has_way else "there is no BMC node"
         if one.path == JFR:
@@ -171,9 +171,9 @@ class Plan:
             types = self.schema.class_qualifier(one.cls, "SupportedMachineTypes") or NULL
             texts = [element.to_text() for element in types.data] if types.is_array() else []
             if not texts:
-                return "it names no machine types"
+                return "it lists no machine types"
             return "its machine types are " + ", ".join('"%s"' % text for text in texts)
-        return "the collector does not know the class"
+        return "the collector does not support this class"
 
     def is_below(self, cls, base):
         return any(step.name == base for step in self.schema.lineage(cls)[:-1])

@@ -112,7 +112,7 @@ class Result:
         elif not turn.reached:
             self.add_note(name, "not-collected", "the collector ends a request at KROSG_DCAPFile")
         elif self.has_failed_before(turn):
-            self.add_note(name, "not-collected", "the request ended before it")
+            self.add_note(name, "not-collected", "the request ended before this class")
 
     def is_cut_off(self, turn):
         """Whether the request was over before the class: after the capture files or a failure."""
@@ -132,7 +132,7 @@ class Result:
         if not self.plan.turns:
             result.append({"code": "nothing-read", "count": 1, "message": "there is no class to collect"})
         elif self.plan.total() and not self.run.instances:
-            result.append({"code": "nothing-read", "count": 1, "message": "no instance came"})
+            result.append({"code": "nothing-read", "count": 1, "message": "no instance was delivered"})
         for name in dict.fromkeys(turn.of.cls.name for turn in self.plan.turns):
             result += [{"code": code, "class": name, "count": self.reasons[name][code],
                         "message": self.message_of(name, code, self.reasons[name][code])}
@@ -157,13 +157,13 @@ class Result:
         if code == "block-unread":
             if not self.plan.communicates:
                 return "the communication check of the service processor failed"
-            return share + "did not come"
+            return share + verb + " not received"
         if code == "block-short":
             return share + verb + " too short"
         if code == "block-undecodable":
             return self.undecodable_text(turns)
         if code == "not-served":
-            return of.why
+            return "not served: " + of.why
         return "; ".join(dict.fromkeys(self.notes[name, code]))
 
     def share_of(self, code, count, of, turns):
@@ -209,7 +209,7 @@ class Result:
         text += listed(owners) + (" has" if one else " have") + " no valid time"
         if not dropped:
             return text
-        return text + "; %s of others %s dropped with %s" % (counted(dropped, "instance"),
+        return text + "; %s from other service processors %s discarded with %s" % (counted(dropped, "instance"),
                                                             "was" if dropped == 1 else "were", "it" if one else "them")
 
     # -- members -----------------------------------------------------------------------------------------

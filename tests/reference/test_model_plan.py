@@ -32,8 +32,8 @@ class RequestTest(unittest.TestCase):
     def test_a_class_that_is_not_served(self):
         document = collect([CimClass(X_MEM_CTL, model.MEM_CTL, served("4411"))], {}, [X_MEM_CTL, "Root"])
         self.assertEqual([(one["code"], one["message"]) for one in document["reasons"]],
-                         [("not-served", 'its machine types are "4411"'),
-                          ("not-served", "the collector does not know the class")])
+                         [("not-served", 'not served: its machine types are "4411"'),
+                          ("not-served", "not served: the collector does not support this class")])
 
     def test_places_are_unknown_after_a_class_that_may_do_anything(self):
         scalar = Property("Reg", "uint8", False, {"Offset": 0xABCDEF, "MaxLen": 8})
@@ -48,7 +48,8 @@ class RequestTest(unittest.TestCase):
         self.assertEqual(document["reasons"], [
             {"code": "request-failed", "class": model.T4_MEM_CTL, "count": 1,
              "message": "Type mismatch (status 13). property KROSG_T4_MEMCTL_StatisticData.Reg is declared as a scalar "
-                        "and cannot take an array"}])
+                        "and cannot take an array"},
+            {"code": "time-unread", "class": model.T4_MEM_CTL, "count": 1, "message": "the time of 1 instance was not read"}])
 
     def test_a_file_that_the_host_withheld(self):
         """Nothing is known of the request, but that the host did not let the collector read the file."""
@@ -90,7 +91,7 @@ class RequestTest(unittest.TestCase):
         document = collect([CimClass(X_MEM_CTL, model.MEM_CTL), r8()], self.NODE, [model.VO_PCI_BRIDGE])
         self.assertEqual(unread(document), [(model.VO_PCI_BRIDGE + "/node0/instance0", "register-unread")])
         self.assertEqual([(one["code"], one.get("class"), one["message"]) for one in document["reasons"]], [
-            ("nothing-read", None, "no instance came"),
+            ("nothing-read", None, "no instance was delivered"),
             ("request-failed", model.VO_PCI_BRIDGE,
              'the collector did not find a qualifier that it needs; "velhost check" shows what the schema lacks '
              "(assertion px != 0)")])

@@ -118,7 +118,7 @@ class RegisterTest(unittest.TestCase):
         self.assertEqual(unread(document), [(model.VO_PCI_BRIDGE + "/node0/instance0", "register-unread")])
         self.assertEqual(document["exchanges"]["failed"][0]["short"], 13)
         self.assertEqual(document["message"],
-                         "no instance came; KROSG_VO_PCIIOBRIDGE_StatisticData: 1 of 1 register was not read")
+                         "no instance was delivered; KROSG_VO_PCIIOBRIDGE_StatisticData: 1 of 1 register was not read")
 
     def test_several_addresses(self):
         listed = ((1, 0xABCDEF, EIGHT), (1, 2, EIGHT), (1, 3, EIGHT))
@@ -186,7 +186,7 @@ class BlockTest(unittest.TestCase):
         self.assertEqual(document["reasons"], [
             {"code": "block-undecodable", "class": X_MEM_CTL, "count": 1,
              "message": "the register block of service processor 1 has no valid time; "
-                        "2 instances of others were dropped with it"}])
+                        "2 instances from other service processors were discarded with it"}])
         self.assertEqual(document["exchanges"], {"total": 3, "failed": []})
 
     def test_no_instance_never_looks_at_the_header(self):
@@ -227,7 +227,7 @@ class BlockTest(unittest.TestCase):
     def test_no_dot_commands(self):
         document = collect([jfr()], {}, [X_MEM_CTL])
         self.assertEqual([(one["code"], one["message"]) for one in document["reasons"]],
-                         [("not-served", "no service processor takes dot commands")])
+                         [("not-served", "not served: no service processor accepts dot commands")])
 
 
 class CaptureTest(unittest.TestCase):

@@ -101,8 +101,8 @@ TAttributionRun::~TAttributionRun() {
 }
 
 void TAttributionRun::Run() {
-  TRunBook book(plan_);
-  TPlanFollower follower(plan_, book);
+  TResultReasons reasons(plan_);
+  TPlanFollower follower(plan_, reasons);
   follower_ = &follower;
   TStoppingProcessor stopping(processor_, stop_, dice_.Percent(25) ? dice_.Below(40) : 0);
   TSupervisedServiceProcessor supervised(stopping);
@@ -118,7 +118,7 @@ void TAttributionRun::Run() {
   }
   Collector().Callbacks().DeInit();
   isWhole_ = isWhole_ && !stop_.IsStopped();
-  CheckEnd(book, follower);
+  CheckEnd(reasons, follower);
 }
 
 void TAttributionRun::RunRequest(std::size_t number) {
@@ -299,8 +299,8 @@ std::uint64_t TAttributionRun::PlannedInstances() const {
 }
 
 // Whatever was planned is delivered or unread, and each exchange is counted.
-void TAttributionRun::CheckEnd(TRunBook& book, const TPlanFollower& follower) {
-  const TResultSummary summary = book.Close(std::nullopt);
+void TAttributionRun::CheckEnd(TResultReasons& reasons, const TPlanFollower& follower) {
+  const TResultSummary summary = reasons.Close(std::nullopt);
   const TInstanceFacts run = {"the run", {}, {}, {}, {}, false};
   Expect(summary.exchanges == processor_.exchanges, run, "exchanges were not counted");
   for (const TUnread& unread : summary.unread) seen_["discarded"] += unread.code == EUnread::kDiscarded ? 1U : 0U;

@@ -42,7 +42,7 @@ class TAttributionRun : private IHostEnvironment {
   void CheckJfr(const TInstance& instance, const TInstanceFacts& facts, const TPlannedClass& planned);
   void CheckFile(const TInstance& instance, const TInstanceFacts& facts);
   std::uint64_t PlannedInstances() const;
-  void CheckEnd(TRunBook& book, const TPlanFollower& follower);
+  void CheckEnd(TResultReasons& reasons, const TPlanFollower& follower);
   const TPlannedClass* PlannedClass(const TInstance& instance) const;
   void Expect(bool condition, const TInstanceFacts& facts, const std::string& what);
 

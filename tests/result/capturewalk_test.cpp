@@ -29,7 +29,7 @@ class CaptureWalk : public TFollowedRun {
   void Closes() { Sees(Close(kHandle).Answers(OemData({}))); }
   void SeesNoFile(const std::string& name) { Sees(Open(name).Fails(0xCB)); }
   std::string CommitsFile() { return Commits(kFileClass); }
-  /// The run ends after two files that do not exist; what the book has about the first one.
+  /// The run ends after two files that do not exist; what the reasons has about the first one.
   std::vector<std::string> EndsAfterOne() {
     SeesNoFile("ioh_err");
     SeesNoFile("zyn_err");

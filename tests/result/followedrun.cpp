@@ -123,8 +123,8 @@ void TFollowedRun::Plans(const std::vector<std::vector<std::string>>& requests) 
     return cimClass.FindProperty("Bad") == cimClass.Properties().size();
   };
   plan_ = MakePlan({*schema_, "6203", server, asked, isCollector, isCollectable});
-  book_ = std::make_unique<TRunBook>(plan_);
-  follower_ = std::make_unique<TPlanFollower>(plan_, *book_);
+  reasons_ = std::make_unique<TResultReasons>(plan_);
+  follower_ = std::make_unique<TPlanFollower>(plan_, *reasons_);
   if (!requests.empty()) Begins(0);
 }
 
@@ -161,7 +161,7 @@ std::string TFollowedRun::Commits(const std::string& name, const std::map<std::s
 
 std::vector<std::string> TFollowedRun::Ends(const std::string& exception) {
   follower_->EndRequest(exception);
-  summary_ = book_->Close(std::nullopt);
+  summary_ = reasons_->Close(std::nullopt);
   std::vector<TPlannedTurn> turns;
   for (const TPlannedRequest& request : plan_.requests) {
     turns.insert(turns.end(), request.turns.begin(), request.turns.end());

@@ -49,7 +49,7 @@ class TFollowedRun : public testing::Test {
   std::string Commits(const std::string& name, const std::map<std::string, TBytes>& registers = {});
   /// The request ends.
   void Returns(const std::string& exception = {}) { follower_->EndRequest(exception); }
-  /// The request and the run end. What the book has, one line each: exchanges, failures, unread instances, reasons.
+  /// The request and the run end. What is missing, one line each: exchanges, failures, unread instances, reasons.
   std::vector<std::string> Ends(const std::string& exception = {});
   /// The message of the reason, of this class or else the first one.
   std::string MessageOf(EReason code, const std::string& className = {}) const;
@@ -65,7 +65,7 @@ class TFollowedRun : public testing::Test {
 
   boost::shared_ptr<TNamespace> schema_;
   TPlan plan_;
-  std::unique_ptr<TRunBook> book_;
+  std::unique_ptr<TResultReasons> reasons_;
   TResultSummary summary_;
 };
 

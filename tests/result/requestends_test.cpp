@@ -43,7 +43,7 @@ TEST_F(RequestEnds, AnExceptionBlamesTheFirstUnfinishedTurn) {
                                              "reason VO_PCIIOBRIDGE request-failed 1", "reason J not-collected 1",
                                              "reason Chipset not-served 1"));
   EXPECT_EQ(MessageOf(EReason::kRequestFailed), "it failed");
-  EXPECT_EQ(MessageOf(EReason::kNotCollected), "the request ended before it");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected), "the request ended before this class");
 }
 
 TEST_F(RequestEnds, AnExceptionAtACommitLeavesItsInstancesUnread) {
@@ -89,7 +89,7 @@ TEST_F(RequestEnds, AnExceptionIsNotWhyAClassAfterTheCaptureClassIsNotCollected)
   EXPECT_THAT(Ends("it failed"), ElementsAre("0 exchanges", "unread VO_MEMCTL/node0/instance0 register-unread",
                                              "reason nothing-read 1", "reason VO_MEMCTL request-failed 1",
                                              "reason DCAPFile not-collected 1", "reason J not-collected 1"));
-  EXPECT_EQ(MessageOf(EReason::kNotCollected, kFileClass), "the request ended before it");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected, kFileClass), "the request ended before this class");
   EXPECT_EQ(MessageOf(EReason::kNotCollected, kBlockClass), "the collector ends a request at KROSG_DCAPFile");
 }
 

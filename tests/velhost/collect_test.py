@@ -157,7 +157,7 @@ class Failures(VelhostCase):
                          [{"code": "request-failed", "class": BRIDGE, "count": 1,
                            "message": "the collector did not find a qualifier that it needs; \"velhost check\" "
                                       "shows what the schema lacks (assertion px != 0)"},
-                          {"code": "not-served", "class": BRIDGE, "count": 1, "message": "it names no machine types"}])
+                          {"code": "not-served", "class": BRIDGE, "count": 1, "message": "not served: it lists no machine types"}])
 
 
 class Recordings(VelhostCase):
@@ -190,7 +190,7 @@ class Recordings(VelhostCase):
         self.write("old.jsonl", json.dumps(head, separators=(",", ":")) + "\n" + rest)
         done = self.run_velhost("collect", "--sp", "replay:old.jsonl", BRIDGE)
         self.assertEqual((done.returncode, done.stderr), (
-            0, "velhost: warning: old.jsonl: a recording of version 1 does not tell whether its service processor was "
+            0, "velhost: warning: old.jsonl: a version 1 recording does not say whether its service processor was "
                "simulated\n"))
 
     def test_another_request_is_a_mismatch_with_its_line(self):

@@ -321,11 +321,11 @@ class Commands(VelhostCase):
                             "KROSG_MEMCTL_StatisticData", "CIM_StatisticalData").splitlines()
         self.assertEqual([line.split(None, 4) for line in lines[3:lines.index("", 3)]], [
             ["KROSG_J1_MEMCTL_StatisticData", "JFR", "2", "8", 'no: its machine types are "6101", "6102"'],
-            ["KROSG_J2_MEMCTL_StatisticData", "JFR", "2", "9", "no: no service processor takes dot commands"],
+            ["KROSG_J2_MEMCTL_StatisticData", "JFR", "2", "9", "no: no service processor accepts dot commands"],
             ["KROSG_DCAPFile", "FFDC", "-", "-", "no: there is no BMC node"],
             ["KROSG_T4_PCIIOBRIDGE_StatisticData", "R8", "2", "10", "no: there is no BMC node"],
             ["KROSG_MEMCTL_StatisticData", "none", "-", "-", "no: KROSG_J2_MEMCTL_StatisticData serves this machine"],
-            ["CIM_StatisticalData", "none", "-", "-", "no: the collector does not know the class"]])
+            ["CIM_StatisticalData", "none", "-", "-", "no: the collector does not support this class"]])
 
     def test_classes_as_json(self):
         document = json.loads(self.output("classes", "--format", "json", "--machine-type", "4411", "KROSG_T4_MEMCTL*",

@@ -43,12 +43,12 @@ class SessionThatIsNotOpened(VelhostCase):
         self.assertEqual(status, 3, errors)
         document = json.loads(output)
         self.assertEqual((document["status"], document["instances"], document["exchanges"]["total"]), ("partial", [], 0))
-        before = "the run was stopped before it"
+        before = "the run was stopped before this class"
         self.assertEqual(document["reasons"], [
             {"code": "stopped", "count": 1, "message": reason},
-            {"code": "nothing-read", "count": 1, "message": "no instance came"},
+            {"code": "nothing-read", "count": 1, "message": "no instance was delivered"},
             {"code": "not-collected", "class": BRIDGE, "count": 1, "message": before}])
-        self.assertIn(f"velhost: partial: {reason}; no instance came; {BRIDGE}: {before}\n", errors)
+        self.assertIn(f"velhost: partial: {reason}; no instance was delivered; {BRIDGE}: {before}\n", errors)
 
     def was_asked(self):
         try:
@@ -103,7 +103,7 @@ class ClassesThatAreNotServed(VelhostCase):
     def test_on_any(self):
         schema = self.schema({"Register": (0x1000, 8)})
         self.assertEqual(self.warnings("--schema", schema, "--machine-type", "6203", "KROSG_Top"),
-                         "velhost: warning: KROSG_Top is not served: the collector does not know the class" + self.HINT)
+                         "velhost: warning: KROSG_Top is not served: the collector does not support this class" + self.HINT)
 
     def test_none_at_all(self):
         schema = self.write("empty.mof", "class A {};\n")

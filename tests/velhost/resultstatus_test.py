@@ -47,8 +47,8 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
 
     def test_everything_absent_is_nothing(self):
         server = SMALL_SERVER.replace("0xABCDEF", "0x123456")
-        self.assertEqual(self.reasons(server, BRIDGE), [reason("nothing-read", None, 1, "no instance came")])
-        self.assertEqual(self.document["message"], "no instance came")
+        self.assertEqual(self.reasons(server, BRIDGE), [reason("nothing-read", None, 1, "no instance was delivered")])
+        self.assertEqual(self.document["message"], "no instance was delivered")
 
     def test_no_class_at_all_is_nothing(self):
         self.assertEqual(self.reasons('machine_type = "6203"\n', schema="class A {};\n"),
@@ -59,7 +59,7 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
         good = f'[[dot.service_processor]]\nblock = "{GOOD_BLOCK}"\n'
         self.assertEqual(self.reasons('machine_type = "6203"\n[dot]\n' + good + blank + good, BLOCK), [
             reason("block-undecodable", BLOCK, 1, "the register block of service processor 1 has no valid time; 1 instance "
-                                                  "of others was dropped with it")])
+                                                  "from other service processors was discarded with it")])
         self.assertEqual([(unread["key"], unread["code"]) for unread in self.document["unread"]],
                          [(BLOCK + "/sp0/instance0", "discarded"), (BLOCK + "/sp1/instance0", "block-undecodable")])
         self.assertEqual([instance["key"] for instance in self.document["instances"]], [BLOCK + "/sp2/instance0"])
@@ -110,8 +110,8 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
     def test_a_class_that_this_machine_does_not_serve(self):
         reasons = self.reasons(SMALL_SERVER, "--machine-type", "6230", BRIDGE, "KROSG_Top", FILES)
         self.assertEqual(reasons[:2], [
-            reason("not-served", BRIDGE, 1, 'its machine types are "6203"'),
-            reason("not-served", "KROSG_Top", 1, "the collector does not know the class")])
+            reason("not-served", BRIDGE, 1, 'not served: its machine types are "6203"'),
+            reason("not-served", "KROSG_Top", 1, "not served: the collector does not support this class")])
 
     def test_an_exception_ends_the_request_of_all_classes(self):
         # The collector sets MachineType in each instance that it makes of registers.
@@ -119,7 +119,7 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
         reasons = self.reasons(SMALL_SERVER, "--single-request", BRIDGE, BLOCK, FILES, schema=schema)
         self.assertEqual([(entry["code"], entry.get("class")) for entry in reasons], [
             ("nothing-read", None), ("request-failed", BRIDGE), ("not-collected", BLOCK), ("not-collected", FILES)])
-        self.assertEqual({entry["message"] for entry in reasons[2:]}, {"the request ended before it"})
+        self.assertEqual({entry["message"] for entry in reasons[2:]}, {"the request ended before this class"})
         self.assertEqual([(unread["key"], unread["code"]) for unread in self.document["unread"]],
                          [(BRIDGE + "/node0/instance0", "register-unread"), (BRIDGE + "/node0/instance1", "absent")])
 
@@ -146,9 +146,9 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
 
     def test_a_class_that_nothing_leads_to(self):
         self.assertEqual(self.reasons('machine_type = "6203"\n', BRIDGE, BLOCK, FILES)[1:], [
-            reason("not-served", BRIDGE, 1, "there is no BMC node"),
-            reason("not-served", BLOCK, 1, "no service processor takes dot commands"),
-            reason("not-served", FILES, 1, "there is no BMC node")])
+            reason("not-served", BRIDGE, 1, "not served: there is no BMC node"),
+            reason("not-served", BLOCK, 1, "not served: no service processor accepts dot commands"),
+            reason("not-served", FILES, 1, "not served: there is no BMC node")])
         self.assertEqual(self.document["unread"], [])
 
 
@@ -216,7 +216,7 @@ completion_code = 0xC3
     def check_failed(self, document, how):
         self.assertEqual(document["status"], "partial")
         self.assertEqual(document["reasons"], [
-            reason("nothing-read", None, 1, "no instance came"),
+            reason("nothing-read", None, 1, "no instance was delivered"),
             reason("register-unread", BRIDGE, 4, "4 of 4 registers were not read"),
             reason("file-unread", FILES, 3, "3 of 3 capture files are missing or incomplete")])
         places = [f"{BRIDGE}/node0/instance{number}" for number in (0, 1)]

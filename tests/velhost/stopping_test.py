@@ -93,7 +93,7 @@ class Stopping(VelhostCase):
         process.send_signal(signal.SIGINT)
         self.assertRegex(process.communicate(timeout=60)[1],
                          rf"^velhost: partial: {BRIDGE}: interrupted; {BRIDGE}: \d+ of 200 registers were not read; "
-                         rf"{BRIDGE}: the run was stopped before it; and 2 more\n$")
+                         rf"{BRIDGE}: the run was stopped before this class; and 2 more\n$")
         self.assertEqual(process.returncode, 3)
         output = (self.folder / "out.json").read_text()
         self.check_partial(output, "interrupted")

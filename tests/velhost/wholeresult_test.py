@@ -21,7 +21,7 @@ class FailingServer(VelhostCase):
 
     def test_reasons(self):
         blocks = [(code, name, 1, text) for name in (J2_BRIDGE, J2_MEMORY, J2_CACHE)
-                  for code, text in (("block-unread", "1 of 3 register blocks did not come"),
+                  for code, text in (("block-unread", "1 of 3 register blocks was not received"),
                                      ("block-short", "1 of 3 register blocks was too short"),
                                      ("block-undecodable", "the register block of service processor 0 has no valid time"))]
         self.assertEqual(self.document["reasons"], [reason(*entry) for entry in (

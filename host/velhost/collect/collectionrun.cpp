@@ -66,8 +66,8 @@ const TPlan& TCollectionRun::MakePlan(const TPlanServer& server, std::vector<std
                              .requests = std::move(requests),
                              .isCollector = isCollector,
                              .isCollectable = isCollectable});
-  book_.emplace(plan_);
-  follower_.emplace(plan_, *book_);
+  reasons_.emplace(plan_);
+  follower_.emplace(plan_, *reasons_);
   sizeLimit_ = &sizeLimit;
   sizeLimit.SetRefusalCallback([this](const std::string& sentence) { follower_->OnSizeRefused(sentence); });
   supervised.AddObserver(*follower_);
@@ -112,10 +112,10 @@ void TCollectionRun::CollectRequest() {
 }
 
 void TCollectionRun::SkipRequest() {
-  if (!std::exchange(isStopTold_, true)) book_->AddReasonOfRun(EReason::kStopped, StopReason());
+  if (!std::exchange(isStopTold_, true)) reasons_->AddReasonOfRun(EReason::kStopped, StopReason());
   const auto turns = static_cast<std::uint32_t>(plan_.requests[request_].turns.size());
   for (std::uint32_t turn = firstTurn_; turn < firstTurn_ + turns; ++turn) {
-    book_->AddReason(turn, EReason::kNotCollected, 1, "the run was stopped before it");
+    reasons_->AddReason(turn, EReason::kNotCollected, 1, "the run was stopped before this class");
   }
 }
 
@@ -135,9 +135,9 @@ void TCollectionRun::Watch(bool wasAnswered) {
 // without classes.
 void TCollectionRun::AddReasonNow(EReason code, const std::string& detail) {
   if (request_ < plan_.requests.size() && !plan_.requests[request_].turns.empty()) {
-    book_->AddReason(follower_->Turn(), code, 1, detail);
+    reasons_->AddReason(follower_->Turn(), code, 1, detail);
   } else {
-    book_->AddReasonOfRun(code, detail);
+    reasons_->AddReasonOfRun(code, detail);
   }
 }
 

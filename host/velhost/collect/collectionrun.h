@@ -20,7 +20,7 @@
 #include "host/plugins/pluginloader.h"
 #include "host/profile/plan.h"
 #include "host/result/planfollower.h"
-#include "host/result/runbook.h"
+#include "host/result/resultreasons.h"
 
 namespace velhost {
 
@@ -59,7 +59,7 @@ class TCollectionRun : private IExchangeObserver {
   /// Set if the plugin failed after everything was collected.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
   /// What came of the run. `failure` is one of the command itself.
-  TResultSummary Close(const std::optional<THostError>& failure) { return book_->Close(failure); }
+  TResultSummary Close(const std::optional<THostError>& failure) { return reasons_->Close(failure); }
 
  private:
   void OnIpmi(const TIpmiExchange& exchange) override { Watch(exchange.answer != nullptr); }
@@ -81,7 +81,7 @@ class TCollectionRun : private IExchangeObserver {
   TInstanceCallback onInstance_;
   std::function<bool()> wasLost_;
   TPlan plan_;
-  std::optional<TRunBook> book_;
+  std::optional<TResultReasons> reasons_;
   std::optional<TPlanFollower> follower_;
   std::size_t request_ = 0;      ///< the current one
   std::uint32_t firstTurn_ = 0;  ///< of the current request
