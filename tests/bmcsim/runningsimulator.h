@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -95,6 +96,7 @@ class TRunningSimulator {
   void Start() {
     int ends[2] = {-1, -1};
     if (pipe(ends) != 0) throw std::runtime_error("no pipe");
+    std::fflush(stdout);  // or the child would print what is buffered, into a pipe that is closed by then
     process_ = fork();
     if (process_ == 0) {
       dup2(ends[1], STDOUT_FILENO);
