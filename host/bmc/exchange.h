@@ -93,7 +93,7 @@ struct TDotAnswer {
 
 /// Why an exchange has no answer.
 enum class ENoAnswer {
-  kLost,        ///< none came, or there is no such node or no driver
+  kLost,        ///< no answer was received, or the node or driver does not exist
   kNotSent,     ///< the run was stopped before
   kNotRecorded  ///< a replay's recording does not contain the exchange, or is cut before it
 };

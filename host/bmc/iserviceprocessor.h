@@ -57,8 +57,8 @@ class VELHOST_API TForwardingServiceProcessor : public IServiceProcessor {
 /// Connects SPLibrary to a service processor. The host installs one before it loads a plugin.
 class VELHOST_API TServiceProcessorHub {
  public:
-  /// Neither is owned. With null, there is no service processor and every exchange fails. Without a stop signal,
-  /// nothing stops.
+  /// Does not take ownership. If the service processor is null, every exchange fails; if the stop signal is null,
+  /// exchanges are never refused.
   static void Install(IServiceProcessor* serviceProcessor, const TStopSignal* stop);
 };
 

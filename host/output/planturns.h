@@ -20,7 +20,7 @@ const char* NameOfUnread(EUnread unread);                    ///< "absent", "reg
 /// Looks up the turns of a plan, which are counted over all of its requests.
 class TPlanTurns {
  public:
-  /// Without a plan there are no turns. The plan is not owned.
+  /// A null plan has no turns. The plan is not owned.
   explicit TPlanTurns(const TPlan* plan);
 
   const std::string& ClassName(std::uint32_t turn) const { return At(turn).planned->cimClass->Name(); }

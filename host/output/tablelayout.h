@@ -55,7 +55,7 @@ constexpr std::size_t DumpColumns(std::size_t bytesPerLine) {
 
 /// Emits the lines, without newlines: offsets in hex, the bytes as pairs in groups of eight, and printable ASCII
 /// between bars with a full stop for any other byte. A run of lines equal to the one before is replaced by one "*".
-/// The last line is the number of bytes. Emits nothing if there are no bytes.
+/// The last line is the number of bytes. Emits nothing for empty data.
 void DumpBytes(std::span<const std::uint8_t> bytes, std::size_t bytesPerLine,
                const std::function<void(std::string_view)>& line);
 

@@ -32,7 +32,7 @@ bool IsSigned(TCIMValue::TCIMType type) {
   return type == TType::kSint8 || type == TType::kSint16 || type == TType::kSint32 || type == TType::kSint64;
 }
 
-// Inserts ".0" after the integer digits if there is no point; returns the new end.
+// Inserts ".0" after the integer digits if the decimal point is missing; returns the new end.
 char* AddPoint(char* first, char* last) {
   char* const exponent = std::find(first, last, 'e');
   if (std::find(first, exponent, '.') != exponent) return last;

@@ -121,7 +121,7 @@ void TR8Walk::ExpectTime(EStep step) {
   next_ = {EExchangeKind::kTimestamp, 0, {Read::kNetworkFunction, Read::kTimestampRead, 0}};
 }
 
-// A refused exchange is no failure of the service processor.
+// An exchange that was refused because of a stop is not a failure of the service processor.
 void TR8Walk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TResultReasons& reasons) const {
   if (!outcome.wasAttempted) return;
   TExchangeFailure failure = turn_.FailureOf(kind, how, 0, PlaceOf(instance_));

@@ -13,8 +13,8 @@
 namespace velhost {
 
 /// For each instance: all addresses of all registers; then, if some register had exactly one good answer, the
-/// timestamp, and if that was good the timestamp again. Such instances are committed after the last exchange. There
-/// are no retries.
+/// timestamp, and if that was good the timestamp again. Such instances are committed after the last exchange. The
+/// collector never retries.
 class TR8Walk : public ITurnWalk {
  public:
   explicit TR8Walk(const TWalkedTurn& turn);

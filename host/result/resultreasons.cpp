@@ -181,8 +181,10 @@ std::vector<TReason> TResultReasons::Reasons() const {
         {code, {}, entry.count, isLoss ? "the connection to the service processor was lost" : Joined(entry.details)});
   }
   if (IsNothingRead()) {
-    reasons.push_back(
-        {EReason::kNothingRead, {}, 1, turns_.empty() ? "there is no class to collect" : "no instance was delivered"});
+    reasons.push_back({EReason::kNothingRead,
+                       {},
+                       1,
+                       turns_.empty() ? "there are no classes to collect" : "no instance was delivered"});
   }
   std::vector<bool> isTold(plan_.classes.size());
   for (const TTurn& turn : turns_) {

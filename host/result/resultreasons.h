@@ -31,7 +31,7 @@ class TResultReasons {
   /// In the order of the turns, and within a turn in the order of the plan.
   void AddUnread(const TUnread& unread) { unread_.push_back(unread); }
 
-  /// Adds to the one entry that this code and the turn's class have. What is absent is no reason. `detail` is
+  /// Adds to the one entry that this code and the turn's class have. Absence is not a reason. `detail` is
   ///   the whole message for kRequestFailed and kNotCollected, and the way in which the run was stopped for kStopped;
   ///   for kFileUnread the sentence of the size limit, where it refused the file; for kBlockUndecodable, called once
   ///   for each block, the number of its service processor.

@@ -130,7 +130,7 @@ class Result:
         result = [{"code": code, "count": count, "message": "; ".join(self.notes[None, code])}
                   for code, count in self.reasons[None].items()]
         if not self.plan.turns:
-            result.append({"code": "nothing-read", "count": 1, "message": "there is no class to collect"})
+            result.append({"code": "nothing-read", "count": 1, "message": "there are no classes to collect"})
         elif self.plan.total() and not self.run.instances:
             result.append({"code": "nothing-read", "count": 1, "message": "no instance was delivered"})
         for name in dict.fromkeys(turn.of.cls.name for turn in self.plan.turns):

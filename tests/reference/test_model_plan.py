@@ -27,7 +27,7 @@ class RequestTest(unittest.TestCase):
     def test_no_class_at_all(self):
         document = collect([], {}, [])
         self.assertEqual(document["reasons"],
-                         [{"code": "nothing-read", "count": 1, "message": "there is no class to collect"}])
+                         [{"code": "nothing-read", "count": 1, "message": "there are no classes to collect"}])
 
     def test_a_class_that_is_not_served(self):
         document = collect([CimClass(X_MEM_CTL, model.MEM_CTL, served("4411"))], {}, [X_MEM_CTL, "Root"])

@@ -320,8 +320,8 @@ TEST_F(ResultReasons, WithoutAClassNothingIsRead) {
   Ask({});
   const TResultSummary summary = Close();
   EXPECT_EQ(summary.status, EResultStatus::kPartial);
-  EXPECT_THAT(summary.reasons, ElementsAre(Reason(EReason::kNothingRead, "", 1, "there is no class to collect")));
-  EXPECT_EQ(summary.message, "there is no class to collect");
+  EXPECT_THAT(summary.reasons, ElementsAre(Reason(EReason::kNothingRead, "", 1, "there are no classes to collect")));
+  EXPECT_EQ(summary.message, "there are no classes to collect");
 }
 
 TEST_F(ResultReasons, ReadsOrBlocksWithoutAnInstanceAreNothing) {

@@ -108,7 +108,7 @@ class ClassesThatAreNotServed(VelhostCase):
     def test_none_at_all(self):
         schema = self.write("empty.mof", "class A {};\n")
         self.assertEqual(self.warnings("--schema", schema, "--machine-type", "6203"),
-                         "velhost: warning: there is no class to collect" + self.HINT)
+                         "velhost: warning: there are no classes to collect" + self.HINT)
 
 
 class OptionsWithoutEffect(VelhostCase):

@@ -52,7 +52,7 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
 
     def test_no_class_at_all_is_nothing(self):
         self.assertEqual(self.reasons('machine_type = "6203"\n', schema="class A {};\n"),
-                         [reason("nothing-read", None, 1, "there is no class to collect")])
+                         [reason("nothing-read", None, 1, "there are no classes to collect")])
 
     def test_a_block_without_a_time_drops_those_before_it(self):
         blank = f'[[dot.service_processor]]\nblock = "{"00 " * 4095}00"\n'

@@ -1,4 +1,4 @@
-// The system calls of the Linux IPMI driver, behind an interface so that tests can run without a device.
+// The system calls of the Linux IPMI driver, as an interface that tests implement without a device.
 #pragma once
 
 #include <linux/ipmi.h>

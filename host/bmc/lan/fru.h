@@ -24,8 +24,8 @@ struct TFruProduct {
   bool isLost = false;  ///< a request had no answer, so that there is a defect
 };
 
-/// The offset of the product area, from the inventory's first 8 bytes. Empty if they are malformed or there is no such
-/// area; then `defect` says so.
+/// The offset of the product area, from the inventory's first 8 bytes. Empty if they are malformed or name no product
+/// area; `defect` then says which.
 VELHOST_API std::optional<std::size_t> ProductAreaOffset(std::span<const std::uint8_t> header, std::string& defect);
 
 /// Parses a product area, which may have further bytes after it. Texts are 8-bit (English) or 16-bit characters, 6-bit

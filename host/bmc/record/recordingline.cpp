@@ -191,7 +191,7 @@ class TMembers {
     }
     return strings;
   }
-  /// Empty if there is no such member.
+  /// Empty if the member is absent.
   std::string OptionalString(const char* name) const { return Has(name) ? String(name) : std::string(); }
 
   TMembers Object(const char* name) const { return TMembers(text_, Require(name, "an object", &TJson::is_object)); }

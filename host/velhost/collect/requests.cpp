@@ -57,7 +57,7 @@ std::vector<std::string> PlanWarnings(const TPlan& plan) {
       texts.push_back(name + " is not served: " + planned.whyNotServed + kHint);
     }
   }
-  if (turns == 0) texts.push_back(std::string("there is no class to collect") + kHint);
+  if (turns == 0) texts.push_back(std::string("there are no classes to collect") + kHint);
   if (!uncollected.empty()) {
     texts.push_back("the collector ends a request at " + std::string(CollectorProfile::kCaptureClass) +
                     "; not collected in a single request:" + uncollected);
