@@ -50,7 +50,7 @@ TFoundPlugin LoadAndUnload(const TCommandLine& commandLine, const TInstallation&
   const std::string& named = commandLine.common.plugin;
   const auto plugin = loader.Load(named.empty() ? installation.Plugin() : named);
   trace.OpenFile();
-  const TFoundPlugin found = {plugin->Identity(), plugin->Query() != nullptr, plugin->Path()};
+  TFoundPlugin found = {plugin->Identity(), plugin->Query() != nullptr, plugin->Path()};
   plugin->Unload();
   return found;
 }

@@ -265,7 +265,7 @@ void CheckCombination(const std::vector<std::string>& specs) {
 }  // namespace
 
 std::vector<std::string> CheckedSpecs(const TCommonOptions& options) {
-  const std::vector<std::string> specs =
+  std::vector<std::string> specs =
       options.serviceProcessors.empty() ? std::vector<std::string>{"sim"} : options.serviceProcessors;
   // Checked before any message repeats a SPEC that contains a password.
   for (const std::string& spec : specs) {

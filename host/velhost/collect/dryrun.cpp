@@ -109,7 +109,7 @@ TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation,
   const std::string unserved = MachineTypeWarning(*cimNamespace, declared.machineType);
   if (!unserved.empty()) Say("warning: " + unserved);
   const auto isCollectable = [&](const TCIMClass& cimClass) { return MeetsCollectorNeeds(*cimNamespace, cimClass); };
-  const TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
+  TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
                                IsCollector(commandLine.common, installation), isCollectable});
   for (const std::string& text : PlanWarnings(plan)) Say("warning: " + text);
   return plan;
