@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/output/valuetext.h"
 #include "host/result/instancefacts.h"

@@ -1,13 +1,11 @@
 #include "host/schema/collectorneeds.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 #include "host/base/text.h"
 #include "host/profile/collectionsize.h"

@@ -1,6 +1,7 @@
 #include "host/schema/machinetypewarnings.h"
 
 #include <algorithm>
+#include <utility>
 #include <boost/shared_ptr.hpp>
 
 #include "host/base/digits.h"

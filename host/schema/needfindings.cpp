@@ -1,7 +1,9 @@
 #include "host/schema/needfindings.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
+#include <memory>
 #include <string_view>
 #include <utility>
 

@@ -1,6 +1,7 @@
 #include "host/velhost/serverconnection.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <boost/endian/conversion.hpp>
+#include <array>
 #include <numeric>
+#include <string_view>
 #include <vector>
 
 #include "host/base/utf8.h"

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <cstring>
 #include <utility>
-#include <vector>
 
 #include "host/base/hosterror.h"
 #include "host/base/text.h"

@@ -21,6 +21,7 @@
 #include <iterator>
 #include <numeric>
 #include <sstream>
+#include <string_view>
 #include <utility>
 #include <vector>
 
