@@ -1,8 +1,8 @@
 #include "host/schema/machinetypewarnings.h"
 
 #include <algorithm>
-#include <utility>
 #include <boost/shared_ptr.hpp>
+#include <utility>
 
 #include "host/base/digits.h"
 #include "host/base/text.h"

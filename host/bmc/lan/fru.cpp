@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <boost/endian/conversion.hpp>
 #include <array>
+#include <boost/endian/conversion.hpp>
 #include <numeric>
 #include <string_view>
 #include <vector>

@@ -110,7 +110,7 @@ TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation,
   if (!unserved.empty()) Say("warning: " + unserved);
   const auto isCollectable = [&](const TCIMClass& cimClass) { return MeetsCollectorNeeds(*cimNamespace, cimClass); };
   TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
-                               IsCollector(commandLine.common, installation), isCollectable});
+                         IsCollector(commandLine.common, installation), isCollectable});
   for (const std::string& text : PlanWarnings(plan)) Say("warning: " + text);
   return plan;
 }
