@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "host/meaning/classmeaning.h"
+#include "host/meaning/field.h"
 #include "host/profile/collectorprofile.h"
 
 namespace velhost {
@@ -52,6 +54,8 @@ struct TRegisterFacts {
   std::optional<std::uint32_t> upper;                         ///< narrow: V7..V4 unless zero
   std::optional<std::uint32_t> folded;                        ///< narrow: the collector's bytes if they differ
   std::optional<std::array<std::uint8_t, 3>> identification;  ///< JFR
+  const TRegisterMeaning* meaning = nullptr;                  ///< not owned; null if nothing is known of it
+  std::vector<TField> fields;                                 ///< of `value`
 };
 
 struct TOrigin {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/bmc/exchange.h"
+#include "host/meaning/classmeaning.h"
 #include "host/profile/plan.h"
 #include "host/result/instancefacts.h"
 
@@ -99,6 +100,35 @@ struct TExchangeFailure {
   std::uint32_t repeat = 1;                ///< so many equal failures in a row
 };
 
+/// A register that was shown with a finding.
+struct TEvidence {
+  std::string registerName;
+  std::optional<std::uint64_t> value;  ///< empty: it was not read
+  bool isNarrow = false;               ///< 32 bits wide, otherwise 64
+};
+
+/// A field of a register with the role `errors` that is not zero.
+struct TFinding {
+  std::string className;
+  std::string key;
+  TOrigin origin;
+  std::string registerName;
+  std::string bits;  ///< "16" or "5:4", in the register's own numbering
+  std::optional<std::string> name;
+  std::uint64_t value = 0;
+  unsigned fieldWidth = 1;  ///< bits
+  bool isHex = false;
+  std::optional<std::string> text;
+  std::uint64_t registerValue = 0;
+  bool isNarrow = false;  ///< the register is 32 bits wide, otherwise 64
+  ESeverity severity = ESeverity::kError;
+  bool isMasked = false;
+  bool isFirst = false;
+  bool isKnown = false;  ///< the baseline has it too
+  std::vector<TEvidence> evidence;
+  std::vector<std::string> unknown;  ///< registers that it depends on and that were not read
+};
+
 /// What is known after the last instance.
 struct TResultSummary {
   EResultStatus status = EResultStatus::kComplete;
@@ -108,6 +138,7 @@ struct TResultSummary {
   std::uint64_t exchanges = 0;
   std::vector<TExchangeFailure> failed;
   std::vector<TUnread> unread;
+  std::vector<TFinding> findings;  ///< unmasked ones first, then from the worst
   std::int64_t elapsedMs = 0;
   const TPlan* plan = nullptr;  ///< not owned; names the classes of `failed` and `unread`
 };

@@ -9,10 +9,11 @@ import pathlib
 import re
 import sys
 
-BASE, SDK, WIRE, MODEL, PROFILE = "host/base", "host/sdk", "wire", "host/model", "host/profile"
+BASE, SDK, WIRE, MODEL = "host/base", "host/sdk", "wire", "host/model"
+MEANING, PROFILE = "host/meaning", "host/profile"
 COLLECTOR = ("plugin", "r8", "jfr", "ffdc")
 BMC = ("host/bmc/sim", "host/bmc/record", "host/bmc/inband", "host/bmc/lan")
-HOST = (BASE, MODEL, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result", "host/output")
+HOST = (BASE, MODEL, MEANING, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result", "host/output")
 
 MAY_INCLUDE = {
     WIRE: (),
@@ -20,14 +21,15 @@ MAY_INCLUDE = {
     SDK: (WIRE,),
     BASE: (),
     MODEL: (BASE, SDK, WIRE),
-    PROFILE: (BASE, SDK, WIRE, MODEL),
-    "host/schema": (BASE, SDK, WIRE, MODEL, PROFILE),
+    MEANING: (BASE, SDK, MODEL),
+    PROFILE: (BASE, SDK, WIRE, MODEL, MEANING),
+    "host/schema": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE),
     "host/plugins": (BASE, SDK, MODEL),
     "host/bmc": (BASE, SDK, WIRE, MODEL),
     "host/bmc/smbios": (BASE,),
     **{folder: (BASE, SDK, WIRE, MODEL, "host/bmc") for folder in BMC},
-    "host/result": (BASE, SDK, WIRE, MODEL, PROFILE, "host/bmc"),
-    "host/output": (BASE, SDK, WIRE, MODEL, PROFILE, "host/bmc", "host/result"),
+    "host/result": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc"),
+    "host/output": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc", "host/result"),
     "host/template": (SDK,),
     "host/velhost": (SDK, WIRE, *HOST),
     "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/sim"),
