@@ -8,6 +8,11 @@
 
 namespace wire {
 
+// Completion codes, apart from TCommandBuffer::kSuccess: what a BMC answers if it does not know the command, or does
+// not have what was asked for.
+inline constexpr std::uint8_t kInvalidCommand = 0xC1;
+inline constexpr std::uint8_t kNotPresent = 0xCB;
+
 /// One IPMI command buffer, zero-filled. It owns one extra zero byte after the 256, because the register
 /// dumps also print the byte after the end of the buffer.
 class TCommandBuffer {

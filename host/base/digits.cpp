@@ -8,6 +8,20 @@ bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 }  // namespace
 
+std::string HexNumber(std::uint64_t number, int bytes) {
+  std::string text = "0x";
+  for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8) {
+    text += UpperHexPair(static_cast<std::uint8_t>(number >> static_cast<unsigned>(shift)));
+  }
+  return text;
+}
+
+std::string HexNumber(std::span<const std::uint8_t> bytes) {
+  std::string text = "0x";
+  for (const std::uint8_t byte : bytes) text += UpperHexPair(byte);
+  return text;
+}
+
 THexPairs ParseHexPairs(std::string_view text) {
   THexPairs pairs;
   pairs.bytes.reserve(text.size() / 3 + 1);

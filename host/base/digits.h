@@ -67,6 +67,13 @@ inline constexpr THexPairTable kUpperHexPairs = HexPairTable("0123456789ABCDEF")
 constexpr std::string_view HexPair(std::uint8_t byte) { return {kHexPairs[byte].data(), 2}; }
 constexpr std::string_view UpperHexPair(std::uint8_t byte) { return {kUpperHexPairs[byte].data(), 2}; }
 
+/// "0x00003A": the number's low `bytes` bytes, most significant first.
+VELHOST_API std::string HexNumber(std::uint64_t number, int bytes);
+/// "0x0A1B": the bytes in this order.
+VELHOST_API std::string HexNumber(std::span<const std::uint8_t> bytes);
+/// "0x3A".
+inline std::string HexByte(std::uint8_t byte) { return HexNumber(byte, 1); }
+
 /// The value of a digit of either case; -1 for any other character.
 constexpr int HexDigitValue(char c) {
   if (c >= '0' && c <= '9') return c - '0';

@@ -47,10 +47,8 @@ void TJsonText::Member(std::string_view name, std::string_view text) {
 }
 
 void TJsonText::Hex(std::uint64_t number, int bytes) {
-  out_.Append("\"0x");
-  for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8) {
-    out_.Append(UpperHexPair(static_cast<std::uint8_t>(number >> shift)));
-  }
+  out_.Append('"');
+  out_.Append(HexNumber(number, bytes));
   out_.Append('"');
 }
 

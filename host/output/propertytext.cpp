@@ -31,13 +31,6 @@ bool Contains(const TNames& names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-template <typename TBytes>
-std::string HexNumber(const TBytes& bytes) {
-  std::string text = "0x";
-  for (const std::uint8_t byte : bytes) text += UpperHexPair(byte);
-  return text;
-}
-
 std::string ScalarText(const TCIMValue& value) {
   if (value.IsNull()) return "(null)";
   switch (value.GetType().GetCode()) {
@@ -102,10 +95,10 @@ std::string PlaceOf(const TRegisterFacts& facts) {
 }
 
 std::string RegisterText(const TRegisterFacts& facts) {
-  std::string text = fmt::format("0x{:0{}X}", facts.value, facts.isNarrow ? 8 : 16);
+  std::string text = HexNumber(facts.value, facts.isNarrow ? 4 : 8);
   std::vector<std::string> notes;
-  if (facts.upper) notes.push_back(fmt::format("upper 0x{:08X}", *facts.upper));
-  if (facts.folded) notes.push_back(fmt::format("collector 0x{:08X}", *facts.folded));
+  if (facts.upper) notes.push_back("upper " + HexNumber(*facts.upper, 4));
+  if (facts.folded) notes.push_back("collector " + HexNumber(*facts.folded, 4));
   return notes.empty() ? text : text + "  (" + Listed(notes, ", ") + ")";
 }
 

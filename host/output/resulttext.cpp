@@ -9,8 +9,11 @@
 #include <optional>
 #include <vector>
 
+#include "host/base/digits.h"
 #include "host/base/text.h"
 #include "host/output/planturns.h"
+#include "wire/commandbuffer.h"
+#include "wire/registerread.h"
 
 namespace velhost {
 
@@ -57,14 +60,12 @@ std::string_view MeaningOfCompletionCode(std::uint8_t code) {
 
 std::string DescribeCompletionCode(std::optional<std::uint8_t> code) {
   if (!code) return "lost: no answer";
-  return fmt::format("0x{:02X} {}", *code, MeaningOfCompletionCode(*code));
+  return HexByte(*code).append(" ").append(MeaningOfCompletionCode(*code));
 }
 
 namespace {
 
-constexpr std::uint32_t kNotPresent = 0xCB;
-
-std::string AddressText(std::uint32_t address) { return fmt::format("0x{:06X}", address & 0xFFFFFF); }
+std::string AddressText(std::uint32_t address) { return HexNumber(address, wire::RegisterRead::kAddressSize); }
 
 std::string AddressesText(const std::vector<std::uint32_t>& addresses) {
   if (addresses.empty()) return "no address";
@@ -95,7 +96,7 @@ std::string HowText(THow how) {
 
 bool IsAbsent(const TMissing& missing) {
   // Once a storage area is open, no answer makes it absent.
-  return missing.how == THow{EHow::kCompletionCode, kNotPresent} && !missing.where.offset;
+  return missing.how == THow{EHow::kCompletionCode, wire::kNotPresent} && !missing.where.offset;
 }
 
 std::string WhyText(const TMissing& missing) { return IsAbsent(missing) ? "absent" : HowText(missing.how); }

@@ -11,10 +11,12 @@
 #include <tuple>
 #include <utility>
 
+#include "host/base/digits.h"
 #include "host/base/text.h"
 #include "host/base/utf8.h"
 #include "host/output/planturns.h"
 #include "host/output/resulttext.h"
+#include "wire/registerread.h"
 
 namespace velhost {
 
@@ -194,7 +196,7 @@ void WriteUnread(TTableLayout& layout, const TResultSummary& summary) {
   WriteLines(layout, "Unread", lines);
   lines.clear();
   for (const TSubject& other : failures.Others()) {
-    const std::string address = other.address ? fmt::format("0x{:06X}", *other.address) : "";
+    const std::string address = other.address ? HexNumber(*other.address, wire::RegisterRead::kAddressSize) : "";
     lines.push_back(
         {SafeText(turns.ClassName(other.turn)), fmt::format("node {}", other.owner), "", address, failures.Of(other)});
   }

@@ -10,12 +10,12 @@ namespace velhost {
 
 namespace {
 
+using wire::kInvalidCommand;
+using wire::kNotPresent;
 using wire::TCommandBuffer;
 
 // A length of which the collector looks at the low 16 bits only.
 constexpr unsigned kLowBits = 0xFFFF;
-constexpr std::uint8_t kNotPresent = 0xCB;
-constexpr std::uint8_t kInvalidCommand = 0xC1;
 constexpr int kTimestampEnd = static_cast<int>(wire::RegisterRead::kTimestamp + wire::RegisterRead::kTimestampSize);
 static_assert(kTimestampEnd == 13);
 

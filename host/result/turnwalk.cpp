@@ -25,9 +25,8 @@ std::string NameIn(const wire::TCommandBuffer& request, std::size_t offset) {
 
 std::string RegisterReadText(const wire::TCommandBuffer& request) {
   namespace Read = wire::RegisterRead;
-  std::string text = "the register read of chip " + std::to_string(request[Read::kChipSelector]) + " at 0x";
-  for (std::size_t i = 0; i < Read::kAddressSize; ++i) text += UpperHexPair(request[Read::kAddress + i]);
-  return text;
+  std::string text = "the register read of chip " + std::to_string(request[Read::kChipSelector]) + " at ";
+  return text + HexNumber({request.Data() + Read::kAddress, Read::kAddressSize});
 }
 
 std::string AreaReadText(const wire::TCommandBuffer& request) {

@@ -190,8 +190,8 @@ void TLoader::LoadFile(const std::string& path, const TIncluder* includer) {
 void TLoader::CheckEncoding(TSchemaSource& source, std::uint32_t unit) {
   const auto bad = ReplaceBadBytes(source.Characters());
   if (!bad) return;
-  const std::string hex = "0x" + std::string(UpperHexPair(bad->value));
-  log_.SyntaxError({unit, static_cast<std::uint32_t>(bad->offset)}, "found the byte " + hex + ", expected UTF-8 text");
+  log_.SyntaxError({unit, static_cast<std::uint32_t>(bad->offset)},
+                   "found the byte " + HexByte(bad->value) + ", expected UTF-8 text");
 }
 
 void TLoader::Walk(const TSchemaUnit& unit, std::size_t depth) {

@@ -39,6 +39,14 @@ TEST(Hex, SaysWhereATextStopsBeingPairs) {
   EXPECT_EQ(ParseHexPairs("0 a").errorAt, 1U);
 }
 
+TEST(Hex, MarksNumbers) {
+  EXPECT_EQ(HexByte(0x0C), "0x0C");
+  EXPECT_EQ(HexNumber(0xABCDEF, 3), "0xABCDEF");
+  EXPECT_EQ(HexNumber(0x12345678, 2), "0x5678");
+  EXPECT_EQ(HexNumber(0x1, 8), "0x0000000000000001");
+  EXPECT_EQ(HexNumber(TBytes{0x0A, 0x00, 0xF1}), "0x0A00F1");
+}
+
 TEST(Hex, SeparatesPairsByBlanks) {
   EXPECT_EQ(FormatHexPairs(TBytes{}), "");
   EXPECT_EQ(FormatHexPairs(TBytes{0x01, 0x20, 0x3A}), "01 20 3a");

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/base/digits.h"
 #include "host/base/utf8.h"
 #include "wire/fru.h"
 
@@ -147,7 +148,7 @@ class TFruReader {
     const auto answer = processor_.SendIpmi(TIpmiRequest(node_, Fru::kNetworkFunction, 0, command, data), stop_);
     if (!answer) throw TDefect{"a request for it had no answer", true};
     if (answer->completionCode != wire::TCommandBuffer::kSuccess) {
-      throw TDefect{fmt::format("the BMC refuses to give it (completion code 0x{:02X})", answer->completionCode)};
+      throw TDefect{"the BMC refuses to give it (completion code " + HexByte(answer->completionCode) + ")"};
     }
     if (answer->data.size() < least) throw TDefect{"an answer with it is cut short"};
     return answer->data;

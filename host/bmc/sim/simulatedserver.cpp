@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 
+#include "wire/commandbuffer.h"
 #include "wire/registerblock.h"
 #include "wire/storagearea.h"
 
@@ -18,6 +19,8 @@ using TData = std::vector<std::uint8_t>;
 using boost::endian::load_big_u24;
 using boost::endian::load_little_u16;
 using boost::endian::load_little_u32;
+using wire::kInvalidCommand;
+using wire::kNotPresent;
 
 constexpr std::uint8_t kOemGroup = wire::StorageArea::kNetworkFunction;
 constexpr std::size_t kIdSize = wire::StorageArea::kManufacturerId.size();

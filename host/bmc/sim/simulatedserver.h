@@ -16,10 +16,6 @@
 
 namespace velhost {
 
-// The simulator's IPMI completion codes besides success.
-inline constexpr std::uint8_t kInvalidCommand = 0xC1;
-inline constexpr std::uint8_t kNotPresent = 0xCB;
-
 /// The answer of a BMC node; empty if there is no such node or no driver. A request that is too short is read as if
 /// zeros followed. The name in an open or size request is read from its entire field, whatever byte 5 says, because
 /// byte 5 counts modulo 256. An answer has at most `capacity` data bytes, and at most the 247 of a command buffer: a

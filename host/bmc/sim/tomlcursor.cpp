@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-std::string HexByte(char c) { return "0x" + std::string(HexPair(static_cast<std::uint8_t>(c))); }
-
 // The size, 1 to 4 bytes, of the UTF-8 character that the text begins with; 0 if it does not begin with one.
 std::size_t SizeOfCharacter(std::string_view text) {
   const TCodePoint next = NextCodePoint(text, 0);
@@ -31,7 +29,9 @@ void TTomlCursor::RefuseOtherThanUtf8() const {
   TTomlPlace place;
   for (std::string_view rest = text_; !rest.empty();) {
     const std::size_t size = SizeOfCharacter(rest);
-    if (size == 0) Fail(place, "found the byte " + HexByte(rest.front()) + ", which is not UTF-8, expected UTF-8 text");
+    if (size == 0)
+      Fail(place, "found the byte " + HexByte(static_cast<std::uint8_t>(rest.front())) +
+                      ", which is not UTF-8, expected UTF-8 text");
     ++place.column;
     if (rest.front() == '\n') place = {place.line + 1, 1};
     rest.remove_prefix(size);
@@ -77,7 +77,7 @@ void TTomlCursor::EndLine() {
 std::string TTomlCursor::Found() const {
   if (AtEnd()) return "the end of the file";
   if (AtNewline()) return "the end of the line";
-  if (IsTomlControl(Peek())) return "the control character " + HexByte(Peek());
+  if (IsTomlControl(Peek())) return "the control character " + HexByte(static_cast<std::uint8_t>(Peek()));
   return Quoted(text_.substr(at_, SizeOfCharacter(text_.substr(at_))));
 }
 

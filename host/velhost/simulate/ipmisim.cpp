@@ -191,7 +191,7 @@ std::string IpmiSimCommands(const TIpmiSimSettings& settings) {
   text << "mc_setbmc 0x20\n"
        << "mc_add 0x20 0 no-device-sdrs 0x01 1 0 0x9f 0x003039 0x0001\n"
        << "mc_add_fru_data 0x20 0 " << fru.size() << " data";
-  for (const std::uint8_t byte : fru) text << " 0x" << HexPair(byte);
+  for (const std::uint8_t byte : fru) text << ' ' << HexByte(byte);
   text << "\nmc_enable 0x20\n";
   return text.str();
 }

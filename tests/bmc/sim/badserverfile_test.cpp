@@ -284,11 +284,11 @@ INSTANTIATE_TEST_SUITE_P(
                    "  machine_type = \"6203\n"
                    "                      ^\n"},
         TBadServer{"machine_type = \"\xC3\xA9\xFF\"",
-                   "server.toml:1:19: error: found the byte 0xff, which is not UTF-8, expected UTF-8 text\n"
+                   "server.toml:1:19: error: found the byte 0xFF, which is not UTF-8, expected UTF-8 text\n"
                    "  machine_type = \"\xC3\xA9\xFF\"\n"
                    "                   ^\n"},
         TBadServer{"# \xE2\x82",
-                   "server.toml:1:3: error: found the byte 0xe2, which is not UTF-8, expected UTF-8 text\n"
+                   "server.toml:1:3: error: found the byte 0xE2, which is not UTF-8, expected UTF-8 text\n"
                    "  # \xE2\x82\n"
                    "    ^\n"},
         TBadServer{"machine_type = \"\"\nmachine_type = \"\"",
