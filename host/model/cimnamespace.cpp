@@ -27,7 +27,6 @@ boost::shared_ptr<TCIMClass> TNamespace::AddClass(TClassDefinition definition, s
   added->ResolveProperties();
   byName_.emplace(added->Name(), added);
   added_.push_back({order, added});
-  lastOrder_ = std::max(lastOrder_, order);
   return added;
 }
 
@@ -39,10 +38,6 @@ const std::vector<boost::shared_ptr<TCIMClass>>& TNamespace::Classes() const {
   classes_.clear();
   for (const TPlaced* entry : placed) classes_.push_back(entry->cimClass);
   return classes_;
-}
-
-boost::shared_ptr<TCIMClass> TNamespace::AddClass(TClassDefinition definition) {
-  return AddClass(std::move(definition), added_.empty() ? 0 : lastOrder_ + 1);
 }
 
 boost::shared_ptr<TCIMClass> TNamespace::FindClass(std::string_view name) const {

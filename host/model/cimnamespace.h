@@ -6,6 +6,7 @@
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -22,6 +23,9 @@ class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared
  public:
   using TCommitCallback = boost::function<void(const boost::shared_ptr<const TInstance>&)>;
 
+  /// The position of classes that are enumerated after all others, in the order in which they were added.
+  static constexpr std::size_t kLast = std::numeric_limits<std::size_t>::max();
+
   /// Namespaces exist only in shared pointers.
   static boost::shared_ptr<TNamespace> Create();
 
@@ -32,9 +36,7 @@ class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared
   /// subclasses: a reader that meets a subclass before its superclass passes the position of the declaration.
   /// Throws TVELException with TVELStatusCode::kInvalidClass if the name is taken or the superclass is
   /// missing.
-  boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition, std::size_t order);
-  /// The same, with the class declared after all others.
-  boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition);
+  boost::shared_ptr<TCIMClass> AddClass(TClassDefinition definition, std::size_t order = kLast);
 
   boost::shared_ptr<TCIMClass> FindClass(std::string_view name) const;
   /// All classes in declaration order.
@@ -58,7 +60,6 @@ class VELHOST_API TNamespace : public ICIMNamespace, public boost::enable_shared
   // In declaration order; built from added_ on demand, because keeping it sorted while classes are added
   // would take quadratic time.
   mutable std::vector<boost::shared_ptr<TCIMClass>> classes_;
-  std::size_t lastOrder_ = 0;
   std::unordered_map<std::string, boost::shared_ptr<TCIMClass>, TNameHash, TNameEqual> byName_;
   std::string machineType_;
   TCommitCallback commitCallback_;
