@@ -244,6 +244,12 @@ std::uint64_t TPlan::ReadsOf(const TPlannedTurn& turn) const {
   return planned.path == EPath::kJfr ? blocks : std::uint64_t{planned.readsOfInstance} * planned.instances;
 }
 
+std::uint32_t TPlan::FirstTurn(std::size_t request) const {
+  std::size_t turns = 0;
+  for (std::size_t i = 0; i < request; ++i) turns += requests[i].turns.size();
+  return static_cast<std::uint32_t>(turns);
+}
+
 std::uint64_t TPlan::RegisterReads() const { return SumOfReads(*this, EPath::kR8); }
 
 std::uint64_t TPlan::DotCommands() const { return SumOfReads(*this, EPath::kJfr); }

@@ -83,6 +83,8 @@ struct TPlan {
   const TPlannedClass& ClassOf(const TPlannedTurn& turn) const { return classes[turn.planClass]; }
   /// Register reads or dot commands; none if the class is not planned.
   std::uint64_t ReadsOf(const TPlannedTurn& turn) const;
+  /// The number of a request's first turn, counted over all requests.
+  std::uint32_t FirstTurn(std::size_t request) const;
   std::uint64_t RegisterReads() const;  ///< over all turns that are reached
   std::uint64_t DotCommands() const;
   std::uint64_t Total() const { return RegisterReads() + DotCommands(); }

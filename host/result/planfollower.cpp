@@ -58,8 +58,7 @@ TPlanFollower::TPlanFollower(const TPlan& plan, TResultReasons& reasons)
 
 void TPlanFollower::BeginRequest(std::size_t index) {
   turns_ = &plan_.requests[index].turns;
-  firstTurn_ = 0;
-  for (std::size_t i = 0; i < index; ++i) firstTurn_ += static_cast<std::uint32_t>(plan_.requests[i].turns.size());
+  firstTurn_ = plan_.FirstTurn(index);
   turn_ = 0;
   isDeparted_ = false;
   departure_.clear();

@@ -99,7 +99,6 @@ void TCollectionRun::CollectAll() {
     } else {
       CollectRequest();
     }
-    firstTurn_ += static_cast<std::uint32_t>(plan_.requests[request_].turns.size());
   }
 }
 
@@ -113,8 +112,8 @@ void TCollectionRun::CollectRequest() {
 
 void TCollectionRun::SkipRequest() {
   if (!std::exchange(isStopTold_, true)) reasons_->AddReasonOfRun(EReason::kStopped, StopReason());
-  const auto turns = static_cast<std::uint32_t>(plan_.requests[request_].turns.size());
-  for (std::uint32_t turn = firstTurn_; turn < firstTurn_ + turns; ++turn) {
+  const std::uint32_t end = plan_.FirstTurn(request_ + 1);
+  for (std::uint32_t turn = plan_.FirstTurn(request_); turn < end; ++turn) {
     reasons_->AddReason(turn, EReason::kNotCollected, 1, "the run was stopped before this class");
   }
 }

@@ -83,8 +83,7 @@ class TCollectionRun : private IExchangeObserver {
   TPlan plan_;
   std::optional<TResultReasons> reasons_;
   std::optional<TPlanFollower> follower_;
-  std::size_t request_ = 0;      ///< the current one
-  std::uint32_t firstTurn_ = 0;  ///< of the current request
+  std::size_t request_ = 0;  ///< the current one
   bool isStopTold_ = false;
   bool isLossTold_ = false;
   std::optional<THostError> failureToUnload_;
