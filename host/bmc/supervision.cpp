@@ -16,27 +16,26 @@ IExchangeObserver::~IExchangeObserver() = default;
 
 std::optional<TIpmiAnswer> TSupervisedServiceProcessor::SendIpmi(const TIpmiRequest& request, const TStopSignal& stop) {
   const auto start = TClock::now();
-  attempted_ = !stop.IsStopped();
+  isRefused_ = stop.IsStopped();
   std::optional<TIpmiAnswer> answer;
-  if (attempted_) answer = TForwardingServiceProcessor::SendIpmi(request, stop);
-  const TIpmiExchange exchange = {request, attempted_, answer ? &*answer : nullptr, Since(start), WhyNoAnswer()};
+  if (!isRefused_) answer = TForwardingServiceProcessor::SendIpmi(request, stop);
+  const TIpmiExchange exchange = {request, answer ? &*answer : nullptr, Since(start), WhyNoAnswer()};
   for (IExchangeObserver* observer : observers_) observer->OnIpmi(exchange);
   return answer;
 }
 
 std::optional<TDotAnswer> TSupervisedServiceProcessor::SendDot(const TDotRequest& request, const TStopSignal& stop) {
   const auto start = TClock::now();
-  attempted_ = !stop.IsStopped();
+  isRefused_ = stop.IsStopped();
   std::optional<TDotAnswer> answer;
-  if (attempted_) answer = TForwardingServiceProcessor::SendDot(request, stop);
-  const TDotExchange exchange = {request, attempted_, answer && !answer->failed ? &*answer : nullptr, Since(start),
-                                 WhyNoAnswer()};
+  if (!isRefused_) answer = TForwardingServiceProcessor::SendDot(request, stop);
+  const TDotExchange exchange = {request, answer && !answer->failed ? &*answer : nullptr, Since(start), WhyNoAnswer()};
   for (IExchangeObserver* observer : observers_) observer->OnDot(exchange);
   return answer;
 }
 
 ENoAnswer TSupervisedServiceProcessor::WhyNoAnswer() const {
-  return attempted_ ? TForwardingServiceProcessor::WhyNoAnswer() : ENoAnswer::kNotSent;
+  return isRefused_ ? ENoAnswer::kNotSent : TForwardingServiceProcessor::WhyNoAnswer();
 }
 
 namespace {

@@ -16,21 +16,19 @@
 
 namespace velhost {
 
-struct TIpmiExchange {
-  const TIpmiRequest& request;
-  bool attempted;             ///< false: refused because the run was stopped already
-  const TIpmiAnswer* answer;  ///< null when there was none
+template <typename TRequest, typename TAnswer>
+struct TExchange {
+  const TRequest& request;
+  const TAnswer* answer;  ///< null when there was none
   std::chrono::microseconds duration;
   ENoAnswer noAnswer = ENoAnswer::kLost;  ///< why there was none; without meaning if there was one
+
+  /// False: refused because the run was stopped already.
+  bool WasAttempted() const { return answer != nullptr || noAnswer != ENoAnswer::kNotSent; }
 };
 
-struct TDotExchange {
-  const TDotRequest& request;
-  bool attempted;            ///< false: refused because the run was stopped already
-  const TDotAnswer* answer;  ///< null when there was none
-  std::chrono::microseconds duration;
-  ENoAnswer noAnswer = ENoAnswer::kLost;  ///< why there was none; without meaning if there was one
-};
+using TIpmiExchange = TExchange<TIpmiRequest, TIpmiAnswer>;
+using TDotExchange = TExchange<TDotRequest, TDotAnswer>;
 
 /// Called after each exchange, in order, on the thread that made it.
 class VELHOST_API IExchangeObserver {
@@ -53,7 +51,7 @@ class VELHOST_API TSupervisedServiceProcessor : public TForwardingServiceProcess
   ENoAnswer WhyNoAnswer() const override;
 
  private:
-  bool attempted_ = true;  ///< whether the latest exchange was passed on
+  bool isRefused_ = false;  ///< the latest exchange
   std::vector<IExchangeObserver*> observers_;
 };
 

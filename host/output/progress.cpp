@@ -118,7 +118,7 @@ void TProgressLine::BeginClass(std::size_t number, std::size_t count, const std:
 }
 
 void TProgressLine::OnIpmi(const TIpmiExchange& exchange) {
-  if (!exchange.attempted) return;
+  if (!exchange.WasAttempted()) return;
   switch (KindOfRequest(exchange.request)) {
     case EExchangeKind::kSize: BeginCapture(exchange); break;
     case EExchangeKind::kClose: capture_.reset(); break;
@@ -131,7 +131,7 @@ void TProgressLine::OnIpmi(const TIpmiExchange& exchange) {
 }
 
 void TProgressLine::OnDot(const TDotExchange& exchange) {
-  if (exchange.attempted) Count();
+  if (exchange.WasAttempted()) Count();
 }
 
 void TProgressLine::Count() {

@@ -186,7 +186,7 @@ wire::TCommandBuffer TCaptureWalk::HandleRequest(std::uint8_t subCommand, std::u
 
 void TCaptureWalk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome,
                                TResultReasons& reasons) const {
-  if (outcome.wasAttempted) reasons.AddFailure(turn_.FailureOf(kind, how, Place().owner, Place()));
+  if (outcome.WasAttempted()) reasons.AddFailure(turn_.FailureOf(kind, how, Place().owner, Place()));
 }
 
 TInstanceFacts TCaptureWalk::Commit(const TInstance& /*instance*/) {

@@ -41,9 +41,8 @@ bool IsTooShort(EExchangeKind kind, const TOutcome& outcome) {
 template <typename TExchange>
 TOutcome WithoutData(const TExchange& exchange) {
   TOutcome outcome;
-  outcome.wasAttempted = exchange.attempted;
   outcome.isAnswered = exchange.answer != nullptr;
-  outcome.noAnswer = exchange.attempted ? exchange.noAnswer : ENoAnswer::kNotSent;
+  outcome.noAnswer = exchange.noAnswer;
   return outcome;
 }
 

@@ -15,7 +15,6 @@ namespace velhost {
 /// What SPLibrary hands on of an exchange. A recording may have false lengths, and the collector looks at one or the
 /// other of them.
 struct TOutcome {
-  bool wasAttempted = true;  ///< false: refused because the run was stopped
   bool isAnswered = false;
   ENoAnswer noAnswer = ENoAnswer::kLost;  ///< meaningful without an answer
   std::uint8_t completionCode = 0;        ///< not for dot commands
@@ -23,6 +22,9 @@ struct TOutcome {
   int length = 0;                         ///< as handed back
   std::span<const std::uint8_t> data =
       {};  ///< the bytes that came; indexed by TCommandData, they read as zero past the end
+
+  /// False: refused because the run was stopped.
+  bool WasAttempted() const { return isAnswered || noAnswer != ENoAnswer::kNotSent; }
 };
 
 /// The outcome refers to the exchange's answer.

@@ -74,7 +74,7 @@ void TJfrWalk::Place(const TBlock& block, int serviceProcessor) {
 }
 
 void TJfrWalk::NoteFailure(const THow& how, const TOutcome& outcome, TResultReasons& reasons) const {
-  if (outcome.wasAttempted) reasons.AddFailure(turn_.FailureOf(EExchangeKind::kDot, how, next_.owner));
+  if (outcome.WasAttempted()) reasons.AddFailure(turn_.FailureOf(EExchangeKind::kDot, how, next_.owner));
 }
 
 // Whether a byte of the header or of a record did not come.

@@ -78,7 +78,7 @@ void TPlanFollower::OnDot(const TDotExchange& exchange) {
 }
 
 void TPlanFollower::Take(const TExpected& found, bool isKnown, const TOutcome& outcome) {
-  if (outcome.wasAttempted) reasons_.CountExchange();
+  if (outcome.WasAttempted()) reasons_.CountExchange();
   if (found.kind == EExchangeKind::kRead && FailureOf(found.kind, outcome)) hasFailedRead_ = true;
   if (!isDeparted_) {
     const bool isPlanned =
@@ -107,7 +107,7 @@ bool TPlanFollower::Advance() {
 
 void TPlanFollower::TakeUnplaced(const TExpected& found, const TOutcome& outcome) {
   const auto how = FailureOf(found.kind, outcome);
-  if (!how || !outcome.wasAttempted || turns_->empty()) return;
+  if (!how || !outcome.WasAttempted() || turns_->empty()) return;
   TExchangeFailure failure;
   failure.turn = Turn();
   failure.kind = found.kind;

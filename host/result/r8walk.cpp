@@ -123,7 +123,7 @@ void TR8Walk::ExpectTime(EStep step) {
 
 // An exchange that was refused because of a stop is not a failure of the service processor.
 void TR8Walk::NoteFailure(EExchangeKind kind, const THow& how, const TOutcome& outcome, TResultReasons& reasons) const {
-  if (!outcome.wasAttempted) return;
+  if (!outcome.WasAttempted()) return;
   TExchangeFailure failure = turn_.FailureOf(kind, how, 0, PlaceOf(instance_));
   if (kind == EExchangeKind::kRegister) {
     failure.registerIndex = static_cast<std::int32_t>(register_);

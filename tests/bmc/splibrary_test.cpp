@@ -234,13 +234,13 @@ class TNotes : public IExchangeObserver {
     } else {
       text += EndOf(exchange.noAnswer);
     }
-    text += exchange.attempted ? "\n" : " refused\n";
+    text += exchange.WasAttempted() ? "\n" : " refused\n";
   }
   void OnDot(const TDotExchange& exchange) override {
     text += "dot " + std::to_string(exchange.request.serviceProcessor);
     text +=
         exchange.answer != nullptr ? " length " + std::to_string(exchange.answer->Length()) : EndOf(exchange.noAnswer);
-    text += exchange.attempted ? "\n" : " refused\n";
+    text += exchange.WasAttempted() ? "\n" : " refused\n";
   }
   std::string text;
 };

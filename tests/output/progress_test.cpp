@@ -18,7 +18,7 @@ class Progress : public testing::Test {
   void Wait(int time) { now_ += milliseconds(time); }
 
   void Register() { Answered(TIpmiRequest(0, 0x3A, 0, 0x62, {}), {}); }
-  void Answered(const TIpmiRequest& request, const TIpmiAnswer& answer) { line_->OnIpmi({request, true, &answer, {}}); }
+  void Answered(const TIpmiRequest& request, const TIpmiAnswer& answer) { line_->OnIpmi({request, &answer, {}}); }
   /// A storage-area request to node 1: the sub-command and its data.
   static TIpmiRequest Area(std::uint8_t subCommand, const std::string& rest = {}) {
     std::vector<std::uint8_t> data = {0x39, 0x30, 0x00, subCommand};
@@ -91,14 +91,14 @@ TEST_F(Progress, KeepsPlannedReadsLongerThanExchanges) {
 TEST_F(Progress, CountsDotCommands) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
   const TDotAnswer answer;
-  line_->OnDot({{0, command, 0}, true, &answer, {}});
+  line_->OnDot({{0, command, 0}, &answer, {}});
   EXPECT_EQ(Written(), "\r1 exchange, 0:00");
 }
 
 TEST_F(Progress, DoesNotCountExchangesRefusedAfterAStop) {
   const dotCmd command(2, 0, 0, nullptr, nullptr);
-  line_->OnDot({{0, command, 0}, false, nullptr, {}});
-  line_->OnIpmi({Area(0x02), false, nullptr, {}});
+  line_->OnDot({{0, command, 0}, nullptr, {}, ENoAnswer::kNotSent});
+  line_->OnIpmi({Area(0x02), nullptr, {}, ENoAnswer::kNotSent});
   EXPECT_EQ(Written(), "");
 }
 

@@ -130,19 +130,20 @@ void TFollowedRun::Plans(const std::vector<std::vector<std::string>>& requests) 
 
 void TFollowedRun::See(const TStep& step, bool isAttempted) {
   using std::chrono::microseconds;
+  const ENoAnswer why = isAttempted ? noAnswer : ENoAnswer::kNotSent;
   if (step.isDot) {
     const dotCmd command(step.request.at(0), 2, static_cast<int>(step.request.size()) - 3, step.request.data() + 1,
                          step.request.data() + 3);
     const TDotRequest request = {step.target, command, 4096};
     const TDotAnswer answer = {step.data, step.length, false};
-    follower_->OnDot({request, isAttempted, step.answered ? &answer : nullptr, microseconds(0), noAnswer});
+    follower_->OnDot({request, step.answered ? &answer : nullptr, microseconds(0), why});
     return;
   }
   wire::TCommandBuffer buffer;
   std::copy(step.request.begin(), step.request.end(), buffer.Data());
   const TIpmiRequest request(step.target, buffer);
   const TIpmiAnswer answer = {step.completionCode, step.data, step.dataLength, step.length};
-  follower_->OnIpmi({request, isAttempted, step.answered ? &answer : nullptr, microseconds(0), noAnswer});
+  follower_->OnIpmi({request, step.answered ? &answer : nullptr, microseconds(0), why});
 }
 
 TInstance TFollowedRun::Filled(const std::string& name, const std::map<std::string, TBytes>& registers) const {

@@ -90,7 +90,7 @@ TRecorder::TRecorder(ITextSink& sink, const TRecordingHeader& header)
     : sink_(sink), firstLine_(FormatRecordingHeader(header) + "\n") {}
 
 void TRecorder::OnIpmi(const TIpmiExchange& exchange) {
-  if (IsLeftOut(exchange.attempted)) return;
+  if (IsLeftOut(exchange.WasAttempted())) return;
   std::string line = fmt::format(R"({{"kind":"ipmi","node":{},"request":"{}","ok":{})", exchange.request.Node(),
                                  BufferText(exchange.request.Buffer()), Boolean(exchange.answer != nullptr));
   if (exchange.answer != nullptr) {
@@ -101,7 +101,7 @@ void TRecorder::OnIpmi(const TIpmiExchange& exchange) {
 }
 
 void TRecorder::OnDot(const TDotExchange& exchange) {
-  if (IsLeftOut(exchange.attempted)) return;
+  if (IsLeftOut(exchange.WasAttempted())) return;
   const dotCmd& command = exchange.request.command;
   std::string line =
       fmt::format(R"({{"kind":"dot","sp":{},"command":{},"identifier":"{}","parameters":"{}","ok":{})",

@@ -85,7 +85,7 @@ class VELHOST_API TRecorder : public IExchangeObserver {
   const std::optional<THostError>& Failure() const { return failure_; }
 
  private:
-  bool IsLeftOut(bool attempted) const { return !attempted && !firstLine_.empty(); }
+  bool IsLeftOut(bool wasAttempted) const { return !wasAttempted && !firstLine_.empty(); }
   void WriteLine(const std::string& line);
 
   ITextSink& sink_;

@@ -55,7 +55,7 @@ class Recording : public testing::Test {
 };
 
 TEST_F(Recording, BeginsWithWhatIsKnownAboutTheServer) {
-  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), true, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), nullptr, microseconds(0)});
   EXPECT_THAT(sink_.text, testing::StartsWith(kHeaderLine + R"({"kind":"ipmi",)"));
 }
 
@@ -95,11 +95,11 @@ TEST(RecordingHeader, LeavesOutWhatIsUnknown) {
 
 TEST_F(Recording, IsEmptyUntilTheFirstExchangeThatWasAttempted) {
   EXPECT_EQ(sink_.text, "");
-  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), false, nullptr, microseconds(0)});
-  recorder_.OnDot({{0, BlockCommand(1), 1}, false, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), nullptr, microseconds(0), ENoAnswer::kNotSent});
+  recorder_.OnDot({{0, BlockCommand(1), 1}, nullptr, microseconds(0), ENoAnswer::kNotSent});
   EXPECT_EQ(sink_.text, "");
-  recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
-  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), false, nullptr, microseconds(0)});
+  recorder_.OnDot({{0, BlockCommand(1), 1}, nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(0, Timestamp()), nullptr, microseconds(0), ENoAnswer::kNotSent});
   EXPECT_EQ(std::count(sink_.text.begin(), sink_.text.end(), '\n'), 3);
 }
 
@@ -111,7 +111,7 @@ TEST_F(Recording, BeginsWithAReadingOfTheClockToo) {
 TEST_F(Recording, EscapesAnyMachineType) {
   TMemorySink sink;
   TRecorder recorder(sink, {"6\"2\n\xFF", "", -210, {}});
-  recorder.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
+  recorder.OnDot({{0, BlockCommand(1), 1}, nullptr, microseconds(0)});
   EXPECT_EQ(sink.text.substr(0, sink.text.find('\n') + 1),
             R"({"format":"velhost-recording","version":1,"machine_type":"6\"2\n)"
             "\xEF\xBF\xBD"
@@ -123,7 +123,7 @@ TEST_F(Recording, EscapesAnyMachineType) {
 TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
   const TIpmiRequest request(0, Register(7, 0xABCD00));
   const TIpmiAnswer answer = {0x00, {9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22}};
-  recorder_.OnIpmi({request, true, &answer, microseconds(812)});
+  recorder_.OnIpmi({request, &answer, microseconds(812)});
   EXPECT_EQ(Lines(),
             R"({"kind":"ipmi","node":0,"request":"01 20 3a 00 62 04 00 00 00 07 ab cd","ok":true,)"
             R"("response":"01 20 3a 00 00 0e 00 00 00 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16","length":23,"us":812})"
@@ -131,9 +131,9 @@ TEST_F(Recording, HoldsAnIpmiExchangeWithoutTrailingZeros) {
 }
 
 TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
-  recorder_.OnIpmi({TIpmiRequest(3, Timestamp()), true, nullptr, microseconds(0)});
-  recorder_.OnIpmi({TIpmiRequest(-1, wire::TCommandBuffer()), true, nullptr, microseconds(1)});
-  recorder_.OnDot({{1, BlockCommand(4096), 4096}, true, nullptr, microseconds(7)});
+  recorder_.OnIpmi({TIpmiRequest(3, Timestamp()), nullptr, microseconds(0)});
+  recorder_.OnIpmi({TIpmiRequest(-1, wire::TCommandBuffer()), nullptr, microseconds(1)});
+  recorder_.OnDot({{1, BlockCommand(4096), 4096}, nullptr, microseconds(7)});
   EXPECT_EQ(Lines(),
             R"({"kind":"ipmi","node":3,"request":"01 20 3a 00 6f","ok":false,"us":0})"
             "\n"
@@ -146,8 +146,8 @@ TEST_F(Recording, HoldsAnExchangeWithoutAnAnswer) {
 TEST_F(Recording, HoldsADotCommandWithItsWholeBlock) {
   const TDotAnswer block = {{0x00, 0xFF, 0x00}};
   const TDotAnswer empty;
-  recorder_.OnDot({{0, BlockCommand(4096), 4096}, true, &block, microseconds(90312)});
-  recorder_.OnDot({{0, BlockCommand(4096), 4096}, true, &empty, microseconds(1)});
+  recorder_.OnDot({{0, BlockCommand(4096), 4096}, &block, microseconds(90312)});
+  recorder_.OnDot({{0, BlockCommand(4096), 4096}, &empty, microseconds(1)});
   EXPECT_EQ(Lines(), R"({"kind":"dot","sp":0,"command":2,"identifier":"0e 06","parameters":"00 00 00 10","ok":true,)"
                      R"("response":"00 ff 00","length":3,"us":90312})"
                      "\n"
@@ -167,7 +167,7 @@ TEST_F(Recording, HoldsEachReadingOfTheClock) {
 
 TEST_F(Recording, EndsAtTheFirstFailedWrite) {
   sink_.failFrom = 2;
-  for (int i = 0; i < 3; ++i) recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(i)});
+  for (int i = 0; i < 3; ++i) recorder_.OnDot({{0, BlockCommand(1), 1}, nullptr, microseconds(i)});
   EXPECT_THAT(Lines(), testing::EndsWith("\"us\":0}\n"));
   ASSERT_TRUE(recorder_.Failure());
   EXPECT_EQ(recorder_.Failure()->Kind(), EFailure::kNotWritten);
@@ -175,13 +175,13 @@ TEST_F(Recording, EndsAtTheFirstFailedWrite) {
 }
 
 TEST_F(Recording, IsWholeUnlessAWriteFailed) {
-  recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
+  recorder_.OnDot({{0, BlockCommand(1), 1}, nullptr, microseconds(0)});
   EXPECT_FALSE(recorder_.Failure());
 }
 
 TEST_F(Recording, MayFailInItsFirstLine) {
   sink_.failFrom = 0;
-  recorder_.OnDot({{0, BlockCommand(1), 1}, true, nullptr, microseconds(0)});
+  recorder_.OnDot({{0, BlockCommand(1), 1}, nullptr, microseconds(0)});
   ASSERT_TRUE(recorder_.Failure());
   EXPECT_STREQ(recorder_.Failure()->what(), "the disk is full");
 }
