@@ -93,7 +93,7 @@ std::string XmlComment(std::string_view safeText) {
 /// Holds the nodes of one instance at a time. Elements are never self-closed, and text is raw UTF-8. A carriage
 /// return is written as a character reference, because XML readers would drop it otherwise. Characters that XML 1.0
 /// cannot hold become U+FFFD, a datetime that does not exist becomes null with a comment, and a reference that is not
-/// an object path becomes a string. What the result says beside its instances is in comments.
+/// an object path becomes a string. What the result says besides its instances is in comments.
 class TCimXmlWriter : public IResultWriter {
  public:
   explicit TCimXmlWriter(ITextSink& sink) : out_(sink) {}

@@ -19,7 +19,7 @@ namespace velhost {
 
 namespace {
 
-/// What the result says beside its instances is in comments. Long strings are written as several adjacent literals.
+/// What the result says besides its instances is in comments. Long strings are written as several adjacent literals.
 /// Values that MOF cannot express (reals that are not finite, datetimes that do not exist) are written as NULL with a
 /// comment that shows them.
 class TMofWriter : public IResultWriter {

@@ -41,7 +41,7 @@ void ForEachTurn(const TPlan& plan, TVisit&& visit) {
   }
 }
 
-// The instances of a turn in the order in which they would come.
+// The instances of a turn in the order in which they would be committed.
 template <typename TVisit>
 void ForEachPlace(const TPlan& plan, const TPlannedClass& planned, TVisit&& visit) {
   if (planned.turn != ETurn::kPlanned) return;

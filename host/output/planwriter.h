@@ -11,7 +11,7 @@ namespace velhost {
 void WritePlanAsJson(const TPlan& plan, ITextSink& sink);
 
 /// For each planned instance its registers with their addresses or indexes, a line each; then the dot commands and the
-/// capture files; at last how many of each there are.
+/// capture files; finally how many of each there are.
 void WritePlanAsTable(const TPlan& plan, ITextSink& sink, const TTableOptions& options);
 
 }  // namespace velhost

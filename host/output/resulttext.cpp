@@ -87,7 +87,7 @@ std::string HowText(THow how) {
     case EHow::kCompletionCode: return DescribeCompletionCode(static_cast<std::uint8_t>(how.number));
     case EHow::kShort: return Counted(how.number, "byte") + " received";
     case EHow::kNotSent: return "not sent: the run was stopped";
-    case EHow::kNotRecorded: return "the recording does not have it";
+    case EHow::kNotRecorded: return "not in the recording";
     case EHow::kAnswered: return AnsweredText(how.number);
     case EHow::kLost: break;
   }

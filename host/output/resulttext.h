@@ -21,7 +21,7 @@ std::string_view MeaningOfCompletionCode(std::uint8_t code);
 std::string DescribeCompletionCode(std::optional<std::uint8_t> code);
 
 /// "0xC3 timeout while processing command", "lost: no answer", "3 bytes received", "not sent: the run was stopped",
-/// "the recording does not have it", "2 addresses answered".
+/// "not in the recording", "2 addresses answered".
 std::string HowText(THow how);
 
 /// Whether there was nothing to read, as opposed to a read that failed.

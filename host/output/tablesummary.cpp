@@ -53,7 +53,7 @@ std::string Padded(const std::string& text, std::size_t width) {
   return text + std::string(columns < width ? width - columns + 2 : 2, ' ');
 }
 
-// In columns if they leave room for the reason, else one after the other.
+// In columns if they leave room for the reason, otherwise one after the other.
 std::string TextOf(const TMissingLine& line, TWidths widths, std::size_t room) {
   if (widths.what + widths.where + kLeastReason > room) widths = {ColumnsOf(line.what), ColumnsOf(line.where)};
   return Padded(line.what, widths.what) + Padded(line.where, widths.where) + line.why;

@@ -1,4 +1,4 @@
-// The end of the table: the properties that are missing from instances, the instances that did not come, and the
+// The end of the table: the properties that are missing from instances, the instances that were not delivered, and the
 // summary.
 #pragma once
 
@@ -34,8 +34,8 @@ class TMissingList {
   std::vector<TMissingLine> lines_;
 };
 
-/// Writes the planned instances that did not come, and why; then the failed exchanges on which no instance depends, or
-/// of which that is not known. Nothing if there are none.
+/// Writes the planned instances that were not delivered, and why; then the failed exchanges on which no instance
+/// depends, or for which that is unknown. Nothing if there are none.
 void WriteUnread(TTableLayout& layout, const TResultSummary& summary);
 
 /// The number of instances of each class, in the order of their first instances.

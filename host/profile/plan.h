@@ -1,5 +1,5 @@
 // The plan of a collection: which register reads and dot commands the collector will make, in which order, and which
-// instances may come of them. Made before anything is sent, from the schema, the machine type, what discovery finds
+// instances may result. Made before anything is sent, from the schema, the machine type, what discovery finds
 // and the profile of the collector.
 #pragma once
 

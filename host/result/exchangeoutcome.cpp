@@ -73,7 +73,7 @@ std::optional<THow> FailureOf(EExchangeKind kind, const TOutcome& outcome) {
   if (!outcome.isAnswered) return WithoutAnswer(outcome.noAnswer);
   if (outcome.completionCode != TCommandBuffer::kSuccess) return THow{EHow::kCompletionCode, outcome.completionCode};
   if (!IsTooShort(kind, outcome)) return std::nullopt;
-  // A block counts as empty then, whatever came.
+  // A block then counts as empty, whatever was received.
   return THow{EHow::kShort, kind == EExchangeKind::kDot ? 0 : static_cast<std::uint32_t>(outcome.dataLength)};
 }
 

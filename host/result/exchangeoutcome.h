@@ -12,8 +12,8 @@
 
 namespace velhost {
 
-/// What SPLibrary hands on of an exchange. A recording may have false lengths, and the collector looks at one or the
-/// other of them.
+/// What SPLibrary passes on of an exchange. A recording may have false lengths, and the collector looks at one of them
+/// or the other.
 struct TOutcome {
   bool isAnswered = false;
   ENoAnswer noAnswer = ENoAnswer::kLost;  ///< meaningful without an answer
@@ -21,7 +21,7 @@ struct TOutcome {
   std::size_t dataLength = 0;             ///< byte 5; for a dot command the bytes of the block
   int length = 0;                         ///< as handed back
   std::span<const std::uint8_t> data =
-      {};  ///< the bytes that came; indexed by TCommandData, they read as zero past the end
+      {};  ///< the bytes received; indexed by TCommandData, they read as zero past the end
 
   /// False: refused because the run was stopped.
   bool WasAttempted() const { return isAnswered || noAnswer != ENoAnswer::kNotSent; }
@@ -31,7 +31,7 @@ struct TOutcome {
 TOutcome OutcomeOf(const TIpmiExchange& exchange);
 TOutcome OutcomeOf(const TDotExchange& exchange);
 
-/// How an exchange of this kind failed, as far as it alone tells; empty if the collector takes the answer. A register
+/// How an exchange of this kind failed, judged by itself; empty if the collector accepts the answer. A register
 /// takes 14 data bytes by byte 5, a timestamp a length of 13, a block any length whose low 16 bits are not zero.
 std::optional<THow> FailureOf(EExchangeKind kind, const TOutcome& outcome);
 

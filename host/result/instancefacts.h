@@ -1,4 +1,4 @@
-// What the host knows about a committed instance beside the collector's bytes: its place, what is missing from it, and
+// What the host knows about a committed instance besides the collector's bytes: its place, what is missing from it, and
 // its registers' values as the service processor sent them.
 #pragma once
 
@@ -19,14 +19,14 @@ namespace velhost {
 enum class EHow {
   kCompletionCode,
   kLost,
-  kShort,        ///< fewer bytes came than the value takes
+  kShort,        ///< fewer bytes were received than the value takes
   kNotSent,      ///< the run was stopped
-  kNotRecorded,  ///< the recording does not have it
+  kNotRecorded,  ///< not in the recording
   kAnswered      ///< several addresses: not exactly one of them answered
 };
 struct THow {
   EHow how = EHow::kLost;
-  std::uint32_t number = 0;  ///< the completion code, the bytes that came, or the addresses that answered
+  std::uint32_t number = 0;  ///< the completion code, the bytes received, or the addresses that answered
   bool operator==(const THow&) const = default;
 };
 
@@ -35,7 +35,7 @@ struct TWhere {
   std::optional<std::uint32_t> address;
   std::optional<std::vector<std::uint32_t>> addresses;  ///< an R8 register that has not exactly one
   std::optional<std::uint16_t> index;
-  std::optional<std::uint64_t> offset;  ///< of the first byte of a capture file that did not come
+  std::optional<std::uint64_t> offset;  ///< of the first byte of a capture file that was not received
 };
 
 struct TMissing {
@@ -44,7 +44,7 @@ struct TMissing {
   THow how;
 };
 
-/// A register whose bytes came and whose property is set.
+/// A register whose bytes were received and whose property is set.
 struct TRegisterFacts {
   std::size_t property = 0;  ///< index into TCIMClass::Properties()
   bool isIndex = false;      ///< `place` is the qualifier "Index", not an address

@@ -77,7 +77,7 @@ void TJfrWalk::NoteFailure(const THow& how, const TOutcome& outcome, TResultReas
   if (outcome.WasAttempted()) reasons.AddFailure(turn_.FailureOf(EExchangeKind::kDot, how, next_.owner));
 }
 
-// Whether a byte of the header or of a record did not come.
+// Whether a byte of the header or of a record was not received.
 bool TJfrWalk::HasCost(const TBlock& block) const {
   std::size_t end = block.header + Block::kHeaderSize;
   const int last = static_cast<int>(turn_.planned.instances) - 1;

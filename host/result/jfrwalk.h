@@ -9,7 +9,7 @@
 
 namespace velhost {
 
-/// One dot command to each service processor, whatever the answers. The instances of all blocks that came are
+/// One dot command to each service processor, whatever the answers. The instances of all blocks received are
 /// committed after the last one, but a block without a valid header drops those of the blocks before it.
 class TJfrWalk : public ITurnWalk {
  public:
@@ -25,9 +25,9 @@ class TJfrWalk : public ITurnWalk {
   enum class EBlock { kUnread, kUndecodable, kGood };
   struct TBlock {
     EBlock end = EBlock::kUnread;
-    std::vector<std::uint8_t> bytes{};  ///< those that came
+    std::vector<std::uint8_t> bytes{};  ///< those received
     std::size_t header = 0;             ///< where the header that counts begins
-    bool isShort = false;               ///< and that cost something
+    bool isShort = false;               ///< and something is missing because of it
     bool isDiscarded = false;           ///< a later block has no header
 
     std::uint32_t CameOf(std::size_t offset, std::size_t size) const;

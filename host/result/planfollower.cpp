@@ -144,7 +144,7 @@ TInstanceFacts TPlanFollower::OnCommit(const TInstance& instance) {
   return facts;
 }
 
-// Whether the current turn is over, and the next one that is not idle may do anything.
+// Whether the current turn is over and the next one that is not idle is unknown.
 bool TPlanFollower::IsUnknownNext() const {
   if (walk_ && walk_->Next() != nullptr) return false;
   const std::size_t first = turn_ + (walk_ ? 1 : 0);
@@ -207,7 +207,7 @@ void TPlanFollower::EndRequest(const std::string& exception) {
   isDeparted_ = false;
 }
 
-// What happened after the departure is unknown, but for the turns that the collector never comes to.
+// What happened after the departure is unknown, except that the collector did not reach these turns.
 void TPlanFollower::EndDeparted(const std::string& exception) {
   const std::string& text = exception.empty() ? departure_ : exception;
   if (!text.empty()) reasons_.AddReason(Turn(), EReason::kRequestFailed, 1, text);
@@ -217,7 +217,7 @@ void TPlanFollower::EndDeparted(const std::string& exception) {
 void TPlanFollower::EndNormally() {
   for (bool isTold = false; CurrentTurn() != nullptr; FinishTurn()) {
     if (!IsUnfinished() || std::exchange(isTold, true)) continue;
-    reasons_.AddReason(Turn(), EReason::kRequestFailed, 1, UnmadeText());
+    reasons_.AddReason(Turn(), EReason::kRequestFailed, 1, EarlyReturnText());
   }
   AddUnreached();
 }
@@ -245,20 +245,20 @@ bool TPlanFollower::IsUnfinished() const { return walk_ && (walk_->Next() != nul
 void TPlanFollower::AddUnreached() {
   for (std::size_t i = 0; i < turns_->size(); ++i) {
     if ((*turns_)[i].isReached) continue;
-    const std::string text = "the collector ends a request at " + std::string(CollectorProfile::kCaptureClass);
+    const std::string text = "the collector ends the request after " + std::string(CollectorProfile::kCaptureClass);
     reasons_.AddReason(static_cast<std::uint32_t>(firstTurn_ + i), EReason::kNotCollected, 1, text);
   }
 }
 
-std::string TPlanFollower::UnmadeText() const {
+std::string TPlanFollower::EarlyReturnText() const {
   std::uint64_t planned = 0;
   for (const TPlannedTurn& turn : *turns_) {
     if (turn.isReached) planned += plan_.ReadsOf(turn);
   }
   const std::string text = "the collector returned ";
   if (planned > madeInRequest_) {
-    return text + "with " + std::to_string(planned - madeInRequest_) + " of " + std::to_string(planned) +
-           " planned exchanges unmade";
+    return text + "before making " + std::to_string(planned - madeInRequest_) + " of " + std::to_string(planned) +
+           " planned exchanges";
   }
   return text + "before " + ExpectedText();
 }

@@ -53,7 +53,7 @@ class TPlanFollower : public IExchangeObserver {
   void EndDeparted(const std::string& exception);
   void EndInException(const std::string& exception);
   void EndNormally();
-  std::string UnmadeText() const;
+  std::string EarlyReturnText() const;
   bool IsUnfinished() const;
   void SkipFinished();
   void AddUnreached();

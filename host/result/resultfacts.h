@@ -97,7 +97,7 @@ struct TExchangeFailure {
   TPlace place;
   std::int32_t registerIndex = -1;         ///< index into TPlannedClass::registers
   std::optional<std::uint32_t> address{};  ///< of a register read
-  std::uint32_t repeat = 1;                ///< so many equal failures in a row
+  std::uint32_t repeat = 1;                ///< the number of equal failures in a row
 };
 
 /// A register that was shown with a finding.

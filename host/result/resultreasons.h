@@ -32,10 +32,10 @@ class TResultReasons {
   void AddUnread(const TUnread& unread) { unread_.push_back(unread); }
 
   /// Adds to the one entry that this code and the turn's class have. Absence is not a reason. `detail` is
-  ///   the whole message for kRequestFailed and kNotCollected, and the way in which the run was stopped for kStopped;
+  ///   the whole message for kRequestFailed and kNotCollected, and how the run was stopped for kStopped;
   ///   for kFileUnread the sentence of the size limit, where it refused the file; for kBlockUndecodable, called once
   ///   for each block, the number of its service processor.
-  /// Otherwise the message comes of the count and the plan. A turn that is not served is never "not collected".
+  /// Otherwise the message is made from the count and the plan. A turn that is not served is never "not collected".
   void AddReason(std::uint32_t turn, EReason code, std::uint64_t count = 1, const std::string& detail = {});
   /// For kStopped, kSessionLost and kRequestFailed when no class was being collected.
   void AddReasonOfRun(EReason code, const std::string& detail = {});

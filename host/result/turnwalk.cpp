@@ -39,10 +39,10 @@ std::string RequestText(const TExpected& exchange) {
   switch (exchange.kind) {
     case EExchangeKind::kRegister: return RegisterReadText(exchange.request);
     case EExchangeKind::kTimestamp: return "the timestamp read";
-    case EExchangeKind::kOpen: return "the open of storage area " + NameIn(exchange.request, Area::kOpenName);
-    case EExchangeKind::kSize: return "the size query of storage area " + NameIn(exchange.request, Area::kQueryName);
+    case EExchangeKind::kOpen: return "the request to open storage area " + NameIn(exchange.request, Area::kOpenName);
+    case EExchangeKind::kSize: return "the size query for storage area " + NameIn(exchange.request, Area::kQueryName);
     case EExchangeKind::kRead: return AreaReadText(exchange.request);
-    case EExchangeKind::kClose: return "the close of a storage area";
+    case EExchangeKind::kClose: return "the request to close a storage area";
     case EExchangeKind::kDot: return "the dot command for a register block";
     case EExchangeKind::kOther: break;
   }

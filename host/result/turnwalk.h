@@ -1,4 +1,4 @@
-// One class being collected once: what the collector asks for next, and what came of it.
+// One class being collected once: what the collector asks for next, and the outcome.
 #pragma once
 
 #include <cstddef>
@@ -59,8 +59,8 @@ class ITurnWalk {
   /// Call only if candidates are due, with an instance of the turn's class.
   virtual TInstanceFacts Commit(const TInstance& instance) = 0;
 
-  /// The turn has ended: what was planned and not delivered is reported. Exchanges that were never made are no
-  /// reason of their own.
+  /// The turn has ended: what was planned and not delivered is reported. Exchanges that were never made are not
+  /// a reason of their own.
   virtual void Finish(TResultReasons& reasons) = 0;
 };
 

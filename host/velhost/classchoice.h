@@ -26,9 +26,9 @@ void CheckClassNames(const TNamespace& cimNamespace, const std::vector<std::stri
 /// The classes to collect, in order. Each word is a class or a pattern with '*' and '?' (MatchesNamePattern).
 ///
 /// Without words these are the default classes: all that the machine type is served by and the server has a way to, in
-/// declaration order, the capture class last. A pattern stands for the default classes that it matches, in that order.
-/// A base class of the JFR path stands for its subclass that serves the machine type, if there is one. A class that is
-/// named twice is there twice; one that a pattern or a base class yields again, before or after it is named, is not.
+/// declaration order, the capture class last. A pattern means the default classes that it matches, in that order.
+/// A base class of the JFR path means its subclass that serves the machine type, if there is one. A class that is
+/// named twice occurs twice; one that a pattern or a base class yields again, before or after it is named, is not.
 ///
 /// Throws THostError (kInvalidArgument) for an unknown name, and for a pattern that matches nothing.
 std::vector<TAskedClass> ChooseClasses(const TNamespace& cimNamespace, const std::vector<std::string>& words,

@@ -17,7 +17,7 @@ enum class ELogFormat { kText, kJsonLines };
 enum class EWhen { kAuto, kAlways, kNever };
 
 struct TCommonOptions {
-  std::string plugin;                          ///< empty: the one beside velhost
+  std::string plugin;                          ///< empty: the one next to velhost
   std::vector<std::string> schema;             ///< empty: the one installed or built with velhost
   std::vector<std::string> serviceProcessors;  ///< empty: the shipped demo server
   std::optional<std::string> machineType;

@@ -49,7 +49,8 @@ bool IsMofResult(std::string_view start) {
   return false;
 }
 
-// A table has no mark of its own at its beginning. But it ends in a summary, and begins with no word that MOF does.
+// The beginning of a table does not identify it. But it ends in a summary, and does not begin with a word that MOF
+// begins with.
 bool IsTable(std::string_view start, std::string_view end) {
   static constexpr std::array<std::string_view, 3> kMofWords = {"class", "instance", "qualifier"};
   const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };

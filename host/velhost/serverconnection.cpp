@@ -109,8 +109,8 @@ class TLanConnection : public IServerConnection {
   TServerEnvironment environment_;
 };
 
-// For a run that was stopped before the sessions existed: nothing answers, and no request is sent. The nodes count all
-// the same, so that a class is not taken for one that this server has no way to.
+// For a run that was stopped before the sessions existed: nothing answers, and no request is sent. The nodes count
+// nevertheless, so that no class appears to be out of this server's reach.
 class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
  public:
   explicit TUnopenedConnection(std::size_t nodes) : nodes_(static_cast<int>(nodes)) {}
@@ -128,7 +128,7 @@ class TUnopenedConnection : public IServerConnection, public IServiceProcessor {
 
 /// Opens a session to each node ("lan:..."), then reads node 0's FRU inventory, which names the machine type and the
 /// serial number. Throws THostError: kInvalidArgument if neither the inventory nor the command line has a machine type,
-/// otherwise as OpenLan does. Warns if the command line has another one than the inventory. See ConnectServer for a run
+/// otherwise as OpenLan does. Warns if the command line has a different one. See ConnectServer for a run
 /// that is stopped meanwhile.
 std::unique_ptr<IServerConnection> ConnectLan(const TCommonOptions& options, const std::vector<std::string>& specs,
                                               const TInstallation& installation, TInputs& inputs,

@@ -1,4 +1,4 @@
-// What JSON says of a result beside the properties of its instances.
+// What JSON says about a result besides the properties of its instances.
 #include <nlohmann/json.hpp>
 #include <sstream>
 

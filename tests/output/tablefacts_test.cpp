@@ -1,4 +1,4 @@
-// What the table says of a result beside the properties of its instances.
+// What the table says about a result besides the properties of its instances.
 #include "tests/output/smallserver.h"
 #include "tests/support/namespaces.h"
 
@@ -181,7 +181,7 @@ TEST_F(TableFacts, EachEndingInWords) {
   EXPECT_EQ(shown({EHow::kLost, 0}), "missing: lost: no answer");
   EXPECT_EQ(shown({EHow::kShort, 13}), "missing: 13 bytes received");
   EXPECT_EQ(shown({EHow::kNotSent, 0}), "missing: not sent: the run was stopped");
-  EXPECT_EQ(shown({EHow::kNotRecorded, 0}), "missing: the recording does not have it");
+  EXPECT_EQ(shown({EHow::kNotRecorded, 0}), "missing: not in the recording");
   EXPECT_EQ(shown({EHow::kAnswered, 0}), "missing: no address answered");
   EXPECT_EQ(shown({EHow::kAnswered, 1}), "missing: 1 address answered");
   EXPECT_EQ(shown({EHow::kAnswered, 2}), "missing: 2 addresses answered");

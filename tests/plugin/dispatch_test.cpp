@@ -276,7 +276,7 @@ TEST_F(Dispatch, TheVectorIsNotModified) {
   std::vector<boost::shared_ptr<ICIMClass>> classes = {Class("KROSG_Other"), Class("KROSG_DCAPFile"), {}};
   const auto before = classes;
   plugin.GetData(ns, classes);
-  EXPECT_EQ(classes, before) << "and what stands behind the capture files is not looked at";
+  EXPECT_EQ(classes, before) << "and what follows the capture files is not looked at";
 }
 
 class DispatchFailure : public TDispatchTest {

@@ -1,4 +1,4 @@
-"""What the host must say of a collection beside the collector's instances: the result document.
+"""What the host must say about a collection besides the collector's instances: the result document.
 
 document() computes it from schema, server file and what the collector model did, whose exchanges say what they were
 for. All that a run is free to choose is left out: `run` but for the labels, and the elapsed time.
@@ -110,7 +110,7 @@ class Result:
         if turn.named and turn.of.why:
             self.reasons[name]["not-served"] += 1
         elif not turn.reached:
-            self.add_note(name, "not-collected", "the collector ends a request at KROSG_DCAPFile")
+            self.add_note(name, "not-collected", "the collector ends the request after KROSG_DCAPFile")
         elif self.has_failed_before(turn):
             self.add_note(name, "not-collected", "the request ended before this class")
 

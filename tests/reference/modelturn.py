@@ -1,4 +1,4 @@
-"""What came of one collection of a class: facts of its instances, what was not delivered, and why."""
+"""The outcome of one collection of a class: facts of its instances, what was not delivered, and why."""
 
 from collections import Counter, defaultdict
 

@@ -22,7 +22,7 @@ class RequestTest(unittest.TestCase):
         document = collect([r8()], self.NODE, [model.DCAP_FILE, model.VO_PCI_BRIDGE, model.VO_PCI_BRIDGE], single=True)
         self.assertEqual(document["reasons"], [
             {"code": "not-collected", "class": model.VO_PCI_BRIDGE, "count": 2,
-             "message": "the collector ends a request at KROSG_DCAPFile"}])
+             "message": "the collector ends the request after KROSG_DCAPFile"}])
 
     def test_no_class_at_all(self):
         document = collect([], {}, [])

@@ -273,7 +273,8 @@ void TAttributionRun::CheckFile(const TInstance& instance, const TInstanceFacts&
   Expect(TextOf(instance, "SourceNode") == std::to_string(facts.origin->owner + 1), facts,
          "the file is of another node");
   Expect(facts.file->reportedSize == file.size, facts, "the file has another size");
-  Expect(static_cast<std::int64_t>(facts.file->received) == file.received, facts, "another number of bytes came");
+  Expect(static_cast<std::int64_t>(facts.file->received) == file.received, facts,
+         "another number of bytes was received");
   Expect(facts.isCut == file.firstMissing.has_value() || stop_.IsStopped(), facts, "the file is whole, or not");
   if (!facts.missing.empty() && file.firstMissing) {
     Expect(*file.firstMissing < file.size, facts, "nothing can be missing");

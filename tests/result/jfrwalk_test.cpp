@@ -1,4 +1,4 @@
-// Classes whose registers are in register blocks: blocks that came, did not come, or came in part.
+// Classes whose registers are in register blocks: blocks that were received whole, in part, or not at all.
 #include "host/result/jfrwalk.h"
 
 #include <algorithm>

@@ -123,7 +123,7 @@ TEST_F(Follower, WhatFailsInAnUnknownTurnWasAskedForAllTheSame) {
   EXPECT_THAT(std::vector(lines.end() - 4, lines.end()),
               ElementsAre("reason T4_MEMCTL register-unread 1", "reason T4_MEMCTL time-unread 1",
                           "reason T4_MEMCTL file-unread 3", "reason T4_MEMCTL block-unread 1"))
-      << "what is absent is no reason, and a close delivers nothing";
+      << "what is absent is not a reason, and a close delivers nothing";
   EXPECT_EQ(MessageOf(EReason::kRegisterUnread), "1 register was not read") << "of how many, the plan does not know";
 }
 

@@ -19,7 +19,7 @@ TEST_F(RequestEnds, AnEarlyReturnSaysHowMuchIsUnmade) {
                                   "unread J/sp0/instance0 block-unread", "unread J/sp1/instance0 block-unread",
                                   "reason nothing-read 1", "reason VO_PCIIOBRIDGE request-failed 1",
                                   "reason VO_PCIIOBRIDGE register-unread 1"));
-  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "the collector returned with 3 of 4 planned exchanges unmade");
+  EXPECT_EQ(MessageOf(EReason::kRequestFailed), "the collector returned before making 3 of 4 planned exchanges");
 }
 
 TEST_F(RequestEnds, AReturnBeforeATimeOrACommitIsEarlyToo) {
@@ -90,7 +90,7 @@ TEST_F(RequestEnds, AnExceptionIsNotWhyAClassAfterTheCaptureClassIsNotCollected)
                                              "reason nothing-read 1", "reason VO_MEMCTL request-failed 1",
                                              "reason DCAPFile not-collected 1", "reason J not-collected 1"));
   EXPECT_EQ(MessageOf(EReason::kNotCollected, kFileClass), "the request ended before this class");
-  EXPECT_EQ(MessageOf(EReason::kNotCollected, kBlockClass), "the collector ends a request at KROSG_DCAPFile");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected, kBlockClass), "the collector ends the request after KROSG_DCAPFile");
 }
 
 TEST_F(RequestEnds, ClassesAfterTheCaptureClassAreNotCollected) {
@@ -99,7 +99,7 @@ TEST_F(RequestEnds, ClassesAfterTheCaptureClassAreNotCollected) {
   const auto lines = Ends();
   EXPECT_EQ(lines.back(), "reason VO_MEMCTL not-collected 1");
   EXPECT_EQ(lines.at(lines.size() - 2), "unread DCAPFile/node0/zyn_err absent");
-  EXPECT_EQ(MessageOf(EReason::kNotCollected), "the collector ends a request at KROSG_DCAPFile");
+  EXPECT_EQ(MessageOf(EReason::kNotCollected), "the collector ends the request after KROSG_DCAPFile");
 }
 
 }  // namespace

@@ -263,21 +263,21 @@ TEST_F(ResultReasons, OnlyNamedClassesHaveToBeServed) {
 
 TEST_F(ResultReasons, SaysWhyAClassWasNotCollected) {
   reasons->CountInstance();
-  reasons->AddReason(kMemoryTurn, EReason::kNotCollected, 1, "the collector ends a request at KROSG_DCAPFile");
+  reasons->AddReason(kMemoryTurn, EReason::kNotCollected, 1, "the collector ends the request after KROSG_DCAPFile");
   const TResultSummary summary = Close();
   EXPECT_EQ(summary.status, EResultStatus::kPartial);
   EXPECT_THAT(summary.reasons, ElementsAre(Reason(EReason::kNotCollected, kMemory, 1,
-                                                  "the collector ends a request at KROSG_DCAPFile")));
+                                                  "the collector ends the request after KROSG_DCAPFile")));
 }
 
 TEST_F(ResultReasons, AFailedRequestGivesItsOwnMessage) {
   reasons->CountInstance();
   reasons->AddReason(kBridgeTurn, EReason::kRequestFailed, 1,
-                     "the collector returned with 3 of 20 planned exchanges unmade");
+                     "the collector returned before making 3 of 20 planned exchanges");
   const TResultSummary summary = Close();
   EXPECT_EQ(summary.status, EResultStatus::kPartial);
   EXPECT_THAT(summary.reasons, ElementsAre(Reason(EReason::kRequestFailed, kBridge, 1,
-                                                  "the collector returned with 3 of 20 planned exchanges unmade")));
+                                                  "the collector returned before making 3 of 20 planned exchanges")));
 }
 
 TEST_F(ResultReasons, AStopInAClassIsAReasonOfThatClass) {

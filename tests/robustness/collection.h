@@ -28,7 +28,7 @@ boost::shared_ptr<velhost::TNamespace> MakeSchema(const std::string& machineType
 /// Two service processors with register blocks, and two BMC nodes with three storage areas each.
 velhost::TServerFile MakeServer(const std::string& machineType);
 
-/// All properties that are set, except the number of a capture file, which depends on how many came before
+/// All properties that are set, except the number of a capture file, which depends on how many preceded
 /// it.
 std::string TextOf(const velhost::TInstance& instance);
 /// R8 path: class and instance; JFR path: class; FFDC path: file and node.

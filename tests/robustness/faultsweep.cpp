@@ -198,7 +198,7 @@ class TSweep {
 
   void SweepDot(std::size_t place) {
     FaultDot(place, LostDot(), "lost");
-    FaultDot(place, FailedDot(), "failure beside a block");
+    FaultDot(place, FailedDot(), "failure together with a block");
     for (std::size_t size = 0; size < kBlock; size += Step<std::size_t>(29)) {
       if (size <= kCutEnds || size >= kBlock - kCutEnds) FaultDot(place, CutDot(size), "block's length");
     }

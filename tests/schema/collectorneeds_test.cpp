@@ -227,7 +227,7 @@ TEST(CollectorNeeds, OverridingPropertyThatIsNotRead) {
   EXPECT_EQ(Jfr(kGood, "string Status; [Index(9)] string ElementName;"),
             "16:34 warning: the property 'ElementName' is not read for the class 'J': it overrides a property of the "
             "class 'Root'; only properties that the class or its superclass introduces are registers\n")
-      << "without a register's qualifier it is no surprise";
+      << "without a register's qualifier it is not a surprise";
   EXPECT_EQ(Jfr(kGood, "[Index(9)] string InstanceID; [Index(10)] uint8 Common[];"), "")
       << "skipped by name, and read: its origin is the direct superclass";
 }

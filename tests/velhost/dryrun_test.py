@@ -124,7 +124,7 @@ class DryRun(VelhostCase):
         done = self.run_velhost("collect", "--dry-run", "--single-request", "--format", "json", "KROSG_DCAPFile", T4_BRIDGE)
         self.assertEqual(self.counts(json.loads(done.stdout)), [1, 0, 6, 0])
         self.assertEqual((done.returncode, done.stderr),
-                         (0, "velhost: warning: the collector ends a request at KROSG_DCAPFile; not collected in a single "
+                         (0, "velhost: warning: the collector ends the request after KROSG_DCAPFile; not collected in a single "
                              f"request: {T4_BRIDGE}\n"))
 
     def test_what_a_collection_refuses(self):

@@ -65,7 +65,7 @@ class SessionThatIsNotOpened(VelhostCase):
         self.check_empty(done.returncode, done.stdout, done.stderr, "deadline reached")
 
     def test_deadline_before_the_machine_type_is_known(self):
-        """The FRU inventory has not been read by then; that is no usage error."""
+        """The FRU inventory has not been read by then; that is not a usage error."""
         at = self.arguments.index("--machine-type")
         arguments = self.arguments[:at] + self.arguments[at + 2:]
         done = subprocess.run([*arguments, "--timeout", "0.3"], capture_output=True, text=True, timeout=60,

@@ -102,7 +102,7 @@ register = [{ chip = 1, address = 0xABCDEF, value = "01 02 03 04 05 06 07 08" }]
 
     def test_classes_after_the_capture_files_of_a_single_request(self):
         self.assertEqual(self.reasons(SMALL_SERVER.replace("size = 12", ""), "--single-request", FILES, BRIDGE, BRIDGE), [
-            reason("not-collected", BRIDGE, 2, "the collector ends a request at KROSG_DCAPFile")])
+            reason("not-collected", BRIDGE, 2, "the collector ends the request after KROSG_DCAPFile")])
         self.assertEqual(self.document["unread"], [
             {"class": FILES, "key": f"{FILES}/node0/{area}", "origin": {"path": "ffdc", "node": 0}, "code": "absent"}
             for area in ("ioh_err", "zyn_err")])

@@ -72,7 +72,7 @@ class Transports(LanCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         document = json.loads(done.stdout)
         self.assertEqual(document["machine_type"], "6203")
-        # Reading it is no part of the collection.
+        # Reading it is not part of the collection.
         self.assertEqual(document["exchanges"]["total"], simulated["exchanges"]["total"])
         recorded = (self.folder / "run.jsonl").read_text()
         self.assertEqual(json.loads(recorded.splitlines()[0])["machine_type"], "6203")

@@ -110,7 +110,7 @@ void ReadFields(TBytes area, TFruProduct& product) {
   }
 }
 
-/// Reads bytes of a node's FRU 0. Throws TDefect if they do not come.
+/// Reads bytes of a node's FRU 0. Throws TDefect if the node does not return them.
 class TFruReader {
  public:
   TFruReader(IServiceProcessor& processor, int node, const TStopSignal& stop)
@@ -135,22 +135,22 @@ class TFruReader {
     const auto low = static_cast<std::uint8_t>(offset & 0xFFU);
     const auto high = static_cast<std::uint8_t>(offset >> 8U);
     const TData answer = Ask(Fru::kReadData, {Fru::kDevice, low, high, static_cast<std::uint8_t>(count)}, 1);
-    const std::size_t came = answer[0];
-    if (came == 0 || came > count || Fru::kReadResponseData + came * unit_ > answer.size()) {
-      throw TDefect{fmt::format("a read of {} bytes brought {}", count * unit_, came * unit_)};
+    const std::size_t returned = answer[0];
+    if (returned == 0 || returned > count || Fru::kReadResponseData + returned * unit_ > answer.size()) {
+      throw TDefect{fmt::format("a read of {} bytes returned {}", count * unit_, returned * unit_)};
     }
     const auto begin = answer.begin() + Fru::kReadResponseData;
-    bytes.insert(bytes.end(), begin, begin + static_cast<std::ptrdiff_t>(came * unit_));
+    bytes.insert(bytes.end(), begin, begin + static_cast<std::ptrdiff_t>(returned * unit_));
   }
 
   /// The data of the answer, which has at least `least` bytes.
   TData Ask(std::uint8_t command, const TData& data, std::size_t least) {
     const auto answer = processor_.SendIpmi(TIpmiRequest(node_, Fru::kNetworkFunction, 0, command, data), stop_);
-    if (!answer) throw TDefect{"a request for it had no answer", true};
+    if (!answer) throw TDefect{"a request for it got no answer", true};
     if (answer->completionCode != wire::TCommandBuffer::kSuccess) {
-      throw TDefect{"the BMC refuses to give it (completion code " + HexByte(answer->completionCode) + ")"};
+      throw TDefect{"the BMC refused to return it (completion code " + HexByte(answer->completionCode) + ")"};
     }
-    if (answer->data.size() < least) throw TDefect{"an answer with it is cut short"};
+    if (answer->data.size() < least) throw TDefect{"an answer with it is too short"};
     return answer->data;
   }
 

@@ -20,7 +20,7 @@ struct TFruProduct {
   std::string name;
   std::string partNumber;  ///< part or model number
   std::string serialNumber;
-  std::string defect;   ///< empty, or why there is not more: "it has no product area"
+  std::string defect;   ///< empty, or why the rest is missing: "it has no product area"
   bool isLost = false;  ///< a request had no answer, so that there is a defect
 };
 

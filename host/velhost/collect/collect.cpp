@@ -227,7 +227,7 @@ class TCollection {
     std::optional<THostError> failure;
     const std::string mismatch = connection_->Mismatch();
     if (!mismatch.empty()) failure.emplace(EFailure::kMalformed, mismatch);
-    // An output that cannot be written takes the exit status, but not what is known of the collection.
+    // An output that cannot be written determines the exit status, but does not change what is known of the collection.
     const bool isDefect = !failures.empty() && failures.front().Kind() == EFailure::kDefect;
     if (!failures.empty() && (!failure || isDefect)) failure.emplace(failures.front());
     TResultSummary summary = run.Close(failure);
@@ -252,7 +252,7 @@ class TCollection {
     }
   }
 
-  // Ends the command with the failure that counts most, and says the others.
+  // Ends the command with the failure that counts most, and reports the others.
   void Report(const TResultSummary& summary, std::vector<THostError>& failures) {
     // If the instances go to a file, the user would not see otherwise what is missing.
     if (summary.status == EResultStatus::kPartial) Say("partial: " + summary.message);

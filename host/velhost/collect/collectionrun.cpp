@@ -118,7 +118,7 @@ void TCollectionRun::SkipRequest() {
   }
 }
 
-// A stop counts from the first exchange that it cost, so a stop after the last one is none.
+// A stop counts from the first exchange that it cost, so a stop after the last one does not count.
 void TCollectionRun::Watch(bool wasAnswered) {
   if (!wasAnswered && !isStopTold_ && stop_.IsStopped()) {
     isStopTold_ = true;

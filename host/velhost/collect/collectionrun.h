@@ -1,5 +1,5 @@
 // One collection from a connected server: loads the plugin, plans and makes the requests, passes on the committed
-// instances with what is known of them, unloads the plugin, and says what came of it all.
+// instances with what is known of them, unloads the plugin, and says how it ended.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -58,7 +58,7 @@ class TCollectionRun : private IExchangeObserver {
   std::uint64_t PlannedMade() const { return follower_->PlannedMade(); }
   /// Set if the plugin failed after everything was collected.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
-  /// What came of the run. `failure` is one of the command itself.
+  /// The outcome of the run. `failure` is one of the command itself.
   TResultSummary Close(const std::optional<THostError>& failure) { return reasons_->Close(failure); }
 
  private:
@@ -87,7 +87,7 @@ class TCollectionRun : private IExchangeObserver {
   bool isStopTold_ = false;
   bool isLossTold_ = false;
   std::optional<THostError> failureToUnload_;
-  // Last, so that whatever a plugin does while it is unloaded meets the others alive.
+  // Last, so that whatever a plugin does while it is unloaded finds the others still alive.
   TDynamicLibraryLoader libraries_;
   TPluginLoader loader_{libraries_};
   std::unique_ptr<TLoadedPlugin> plugin_;

@@ -87,7 +87,7 @@ void SetDeadline(TStopSignal& stop, const TCollectOptions& options) {
   stop.SetDeadline(TStopSignal::TClock::now() + std::chrono::duration_cast<TStopSignal::TClock::duration>(limit));
 }
 
-// The plan says nothing of another plugin than the collector.
+// The plan says nothing about any plugin other than the collector.
 bool IsCollector(const TCommonOptions& options, const TInstallation& installation) {
   TDynamicLibraryLoader libraries;
   TPluginLoader loader(libraries);

@@ -59,7 +59,7 @@ std::vector<std::string> PlanWarnings(const TPlan& plan) {
   }
   if (turns == 0) texts.push_back(std::string("there are no classes to collect") + kHint);
   if (!uncollected.empty()) {
-    texts.push_back("the collector ends a request at " + std::string(CollectorProfile::kCaptureClass) +
+    texts.push_back("the collector ends the request after " + std::string(CollectorProfile::kCaptureClass) +
                     "; not collected in a single request:" + uncollected);
   }
   return texts;

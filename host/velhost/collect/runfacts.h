@@ -1,4 +1,4 @@
-// What a result says of its run and of the service processor, as far as it is known before anything is collected.
+// What a result says about its run and of the service processor, as far as it is known before anything is collected.
 #pragma once
 
 #include <chrono>

@@ -194,7 +194,7 @@ TEST(FruReading, ContinuesAfterAShortAnswer) {
 TEST(FruReading, EndsAtAnAnswerWithoutData) {
   TInventory inventory(Joined(kHeader, kArea));
   inventory.most = 0;
-  EXPECT_EQ(Read(inventory).defect, "a read of 8 bytes brought 0");
+  EXPECT_EQ(Read(inventory).defect, "a read of 8 bytes returned 0");
   EXPECT_EQ(inventory.requests.size(), 2U);
 }
 
@@ -204,7 +204,7 @@ TEST(FruReading, EndsAtTheFirstLostRequest) {
     inventory.answers = answers;
     const TFruProduct product = Read(inventory);
     EXPECT_TRUE(product.isLost);
-    EXPECT_EQ(product.defect, "a request for it had no answer");
+    EXPECT_EQ(product.defect, "a request for it got no answer");
     EXPECT_EQ(product.partNumber, "");
     EXPECT_EQ(inventory.requests.size(), answers + 1);
   }
@@ -222,7 +222,7 @@ TEST(FruReading, ReadsNothingBeyondTheInventory) {
 TEST(FruReading, NamesTheCompletionCode) {
   TInventory busy(Joined(kHeader, kArea));
   busy.completionCode = 0x81;
-  EXPECT_EQ(DefectOf(busy), "the BMC refuses to give it (completion code 0x81)");
+  EXPECT_EQ(DefectOf(busy), "the BMC refused to return it (completion code 0x81)");
   EXPECT_FALSE(Read(busy).isLost);
 }
 

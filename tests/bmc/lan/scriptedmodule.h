@@ -38,8 +38,8 @@ class TScriptedModule {
 
   TScriptedModule() { current_ = this; }
   ~TScriptedModule() {
-    EXPECT_TRUE(openings_.empty()) << openings_.size() << " openings never came";
-    EXPECT_TRUE(exchanges_.empty()) << exchanges_.size() << " exchanges never came";
+    EXPECT_TRUE(openings_.empty()) << openings_.size() << " expected openings were not made";
+    EXPECT_TRUE(exchanges_.empty()) << exchanges_.size() << " expected exchanges were not made";
     EXPECT_EQ(openSessions_, 0) << "sessions were left open";
     current_ = nullptr;
   }
