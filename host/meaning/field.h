@@ -11,6 +11,10 @@
 
 namespace velhost {
 
+constexpr unsigned WidthOf(TBits bits) { return bits.high - bits.low + 1; }
+/// The bits, set, in place.
+constexpr std::uint64_t MaskOf(TBits bits) { return ~std::uint64_t{0} >> (64 - WidthOf(bits)) << bits.low; }
+
 /// A field with its value. The views point into the TRegisterMeaning that it was decoded with.
 struct TField {
   TBits bits;
@@ -22,7 +26,7 @@ struct TField {
 
 /// The described fields that are not zero or whose zero has a text, and, in registers that have fields or one of the
 /// roles kErrors, kMask and kSeverity, each set bit that no field describes. From the least significant.
-/// `value` must not be wider than the register.
+/// `value` must not be wider than the register. Does not allocate memory if there are none.
 std::vector<TField> DecodeFields(const TRegisterMeaning& meaning, std::uint64_t value);
 
 /// "16" or "5:4", in the numbering of a register of `width` bits: the first number is the more significant end.
