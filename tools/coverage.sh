@@ -66,13 +66,13 @@ rm -rf "$profiles"
 mkdir -p "$profiles"
 if [ "${1:-}" = corpus ]; then
   shift
-  if [ $# -eq 0 ]; then set -- $(cd "$top/fuzz/corpus" && printf '%s ' */ | tr -d /); fi
+  if [ $# -eq 0 ]; then set -- $(cd "$top/fuzz/corpus" && basename -s .seeds -- *.seeds); fi
   # shellcheck disable=SC2046  # names without blanks
   build coverage $(printf '%s_fuzz ' "$@")
   for name in "$@"; do
     echo "== $name"
     rm -f "$profiles"/*
-    inputs=("$top/fuzz/corpus/$name" ${CORPUS:+"$CORPUS/$name"})
+    inputs=("$binaries/fuzz/seeds/$name" ${CORPUS:+"$CORPUS/$name"})
     [ ! -d "$binaries/fuzz/grown/$name" ] || inputs+=("$binaries/fuzz/grown/$name")
     LLVM_PROFILE_FILE="$profiles/%p.%m.raw" "$binaries/fuzz/${name}_fuzz" "${inputs[@]}" >/dev/null
     wanted=$(sources_of "$name")
