@@ -81,6 +81,7 @@ class TPlanMaker {
   void Classify(TPlannedClass& planned) const;
   void ClassifyServed(TPlannedClass& planned, const TServedClass& entry) const;
   void AddRegisters(TPlannedClass& planned) const;
+  static void AddMeaning(TPlannedClass& planned);
   std::string MissingWay(EPath path) const;
   std::string WhyNot(const TCIMClass& cimClass) const;
   std::string WhyNoBlock(const TCIMClass& cimClass, std::string_view baseClass) const;
@@ -184,6 +185,14 @@ void TPlanMaker::AddRegisters(TPlannedClass& planned) const {
     planned.registers.push_back(PlannedRegister(property, i, planned.path));
     planned.readsOfInstance += planned.registers.back().addresses.size();
   }
+  AddMeaning(planned);
+}
+
+void TPlanMaker::AddMeaning(TPlannedClass& planned) {
+  if (planned.registers.empty()) return;
+  std::vector<TRegisterShape> shapes;
+  for (const TPlannedRegister& one : planned.registers) shapes.push_back({one.property, one.isNarrow});
+  planned.meaning = std::make_shared<const TClassMeaning>(CompileMeaning(*planned.cimClass, shapes, &planned.slips));
 }
 
 std::string TPlanMaker::MissingWay(EPath path) const {

@@ -8,10 +8,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/meaning/classmeaning.h"
+#include "host/meaning/compile.h"
 #include "host/model/cimclass.h"
 #include "host/model/cimnamespace.h"
 #include "host/profile/collectorprofile.h"
@@ -53,10 +56,12 @@ struct TPlannedClass {
   ETurn turn = ETurn::kIdle;
   std::string whyNotServed;  ///< empty if this machine serves the class and has a way to it
   bool hasWay = false;
-  bool isBridge = false;                    ///< R8: chips are numbered from 1; else the chip is 0
-  unsigned instances = 0;                   ///< "MaxInstanceCount"; JFR: of each service processor
-  std::vector<TPlannedRegister> registers;  ///< in enumeration order
-  std::size_t readsOfInstance = 0;          ///< R8: number of addresses
+  bool isBridge = false;                         ///< R8: chips are numbered from 1; else the chip is 0
+  unsigned instances = 0;                        ///< "MaxInstanceCount"; JFR: of each service processor
+  std::vector<TPlannedRegister> registers;       ///< in enumeration order
+  std::size_t readsOfInstance = 0;               ///< R8: number of addresses
+  std::shared_ptr<const TClassMeaning> meaning;  ///< parallel to `registers`; null without any
+  std::vector<TMeaningSlip> slips;               ///< what is wrong in the qualifiers that it was compiled from
 };
 
 /// A class being collected once.

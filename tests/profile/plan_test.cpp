@@ -109,6 +109,41 @@ TEST_F(PlanOfTheDemo, AllClassesTogetherAre84) {
   EXPECT_EQ(plan.Total(), 84U);
 }
 
+TEST_F(Plan, APlannedRegisterHasItsMeaning) {
+  Add(Class(kVoBridge)
+          .Bytes("Status", {{"Offset", Numbers({0x10})},
+                            {"MaxLen", Number(TType::kUint32, 4)},
+                            {"Role", "errors"},
+                            {"MaskedBy", "Mask"},
+                            {"Fields", Strings({"3 Timeout", "32 Beyond"})}})
+          .Register("Mask", 0x14, 4));
+  const TPlannedClass planned = Planned(kVoBridge);
+  ASSERT_TRUE(planned.meaning);
+  ASSERT_EQ(planned.meaning->registers.size(), planned.registers.size());
+  const TRegisterMeaning& status = planned.meaning->registers[0];
+  EXPECT_EQ(status.property, planned.registers[0].property);
+  EXPECT_EQ(status.width, 32U);
+  EXPECT_EQ(status.role, ERole::kErrors);
+  EXPECT_EQ(status.maskedBy, 1U);
+  ASSERT_EQ(status.fields.size(), 1U);
+  EXPECT_EQ(status.fields[0].name, "Timeout");
+  ASSERT_EQ(planned.slips.size(), 1U) << "a slip does not keep the class from being planned";
+  EXPECT_EQ(planned.slips[0].message, "found bit 32, expected 0 to 31");
+}
+
+TEST_F(Plan, RegistersOfBlocksHave64BitsWhateverTheirLength) {
+  Add(Class("KROSG_J", kMemoryBase)
+          .Bytes("A", {{"Index", Number(TType::kUint16, 3)}, {"MaxLen", Number(TType::kUint32, 4)}}));
+  EXPECT_EQ(Planned("KROSG_J").meaning->registers.at(0).width, 64U);
+}
+
+TEST_F(Plan, WhatIsNotPlannedHasNoMeaning) {
+  Add(TClassBuilder("KROSG_DCAPFile").CaptureProperties());
+  Add(Class(kVoBridge).Bytes("A", {{"Offset", Numbers({0x10})}}));
+  EXPECT_FALSE(Planned("KROSG_DCAPFile").meaning);
+  EXPECT_FALSE(Planned(kVoBridge).meaning) << "a register without its length";
+}
+
 TEST_F(Plan, AClassThatIsNamedTwiceHasTwoTurns) {
   Add(Class(kVoBridge).Register("A", 0x10, 8));
   const TPlan plan = Make({{kVoBridge}, {kVoBridge}});
