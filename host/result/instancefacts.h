@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -72,6 +73,41 @@ struct TFileFacts {
   std::uint64_t received = 0;
 };
 
+/// A register that is shown with a finding.
+struct TEvidence {
+  std::string registerName;
+  std::optional<std::uint64_t> value;  ///< empty: it was not read
+  bool isNarrow = false;               ///< 32 bits wide, otherwise 64
+};
+
+/// A register in which something went wrong. Its findings share it, because there may be millions of them.
+struct TErrorRegister {
+  std::string className;
+  std::string key;
+  TOrigin origin;
+  std::string name;
+  std::uint64_t value = 0;
+  bool isNarrow = false;             ///< 32 bits wide, otherwise 64
+  std::vector<std::string> unknown;  ///< registers that decide about the findings and were not read
+  std::vector<TEvidence> evidence;   ///< of the findings that show it
+};
+
+/// A field of a register with the role kErrors that is not zero, or the upper half of such a register.
+struct TFinding {
+  std::shared_ptr<const TErrorRegister> place;  ///< never null
+  std::string bits;                             ///< "16" or "5:4", in the register's own numbering
+  std::optional<std::string> name;              ///< empty if no field describes it
+  std::uint64_t value = 0;
+  unsigned width = 1;  ///< bits
+  bool isHex = false;
+  std::optional<std::string> text;
+  ESeverity severity = ESeverity::kError;
+  bool isMasked = false;
+  bool isFirst = false;       ///< its bit was set before the register's others
+  bool isKnown = false;       ///< the baseline has it too
+  bool showsEvidence = true;  ///< false if it belongs to another finding of the register, the first
+};
+
 struct TInstanceFacts {
   std::string key;
   std::optional<TOrigin> origin;                         ///< empty if the place is unknown
@@ -79,6 +115,7 @@ struct TInstanceFacts {
   std::vector<TMissing> missing;                         ///< in property order, the time last
   std::optional<std::vector<TRegisterFacts>> registers;  ///< R8 and JFR instances whose place is known
   bool isCut = false;                                    ///< a read of the capture file failed
+  std::vector<TFinding> findings = {};                   ///< in the order of the registers, each from bit 0
 };
 
 }  // namespace velhost

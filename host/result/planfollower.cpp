@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/result/findings.h"
 #include "nkrovel20/dotcmd.h"
 #include "wire/registerblock.h"
 #include "wire/registerread.h"
@@ -134,13 +135,19 @@ TInstanceFacts TPlanFollower::OnCommit(const TInstance& instance) {
   reasons_.CountInstance();
   if (!isDeparted_) {
     const bool isDue = walk_ && walk_->CandidatesDue() > 0;
-    if (isDue && &instance.Class() == plan_.ClassOf(*CurrentTurn()).cimClass.get()) return walk_->Commit(instance);
+    if (isDue && &instance.Class() == plan_.ClassOf(*CurrentTurn()).cimClass.get()) return Commit(instance);
     if (!isDue && IsUnknownNext()) Advance();
     Depart(InstanceText(instance.Class().Name()));
   }
   TInstanceFacts facts;
   facts.key = instance.Class().Name() + "/?" + std::to_string(++unplacedInstances_);
   facts.isCut = hasFailedRead_ && instance.Class().Name() == CollectorProfile::kCaptureClass;
+  return facts;
+}
+
+TInstanceFacts TPlanFollower::Commit(const TInstance& instance) {
+  TInstanceFacts facts = walk_->Commit(instance);
+  if (const auto& meaning = plan_.ClassOf(*CurrentTurn()).meaning) AddMeaning(*meaning, instance.Class(), facts);
   return facts;
 }
 

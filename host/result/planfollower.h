@@ -49,6 +49,7 @@ class TPlanFollower : public IExchangeObserver {
   void TakeUnplaced(const TExpected& found, const TOutcome& outcome);
   void Depart(const std::string& found);
   std::string ExpectedText() const;
+  TInstanceFacts Commit(const TInstance& instance);
   bool IsUnknownNext() const;
   void EndDeparted(const std::string& exception);
   void EndInException(const std::string& exception);

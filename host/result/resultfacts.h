@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "host/bmc/exchange.h"
-#include "host/meaning/classmeaning.h"
 #include "host/profile/plan.h"
 #include "host/result/instancefacts.h"
 
@@ -98,35 +97,6 @@ struct TExchangeFailure {
   std::int32_t registerIndex = -1;         ///< index into TPlannedClass::registers
   std::optional<std::uint32_t> address{};  ///< of a register read
   std::uint32_t repeat = 1;                ///< the number of equal failures in a row
-};
-
-/// A register that was shown with a finding.
-struct TEvidence {
-  std::string registerName;
-  std::optional<std::uint64_t> value;  ///< empty: it was not read
-  bool isNarrow = false;               ///< 32 bits wide, otherwise 64
-};
-
-/// A field of a register with the role `errors` that is not zero.
-struct TFinding {
-  std::string className;
-  std::string key;
-  TOrigin origin;
-  std::string registerName;
-  std::string bits;  ///< "16" or "5:4", in the register's own numbering
-  std::optional<std::string> name;
-  std::uint64_t value = 0;
-  unsigned fieldWidth = 1;  ///< bits
-  bool isHex = false;
-  std::optional<std::string> text;
-  std::uint64_t registerValue = 0;
-  bool isNarrow = false;  ///< the register is 32 bits wide, otherwise 64
-  ESeverity severity = ESeverity::kError;
-  bool isMasked = false;
-  bool isFirst = false;
-  bool isKnown = false;  ///< the baseline has it too
-  std::vector<TEvidence> evidence;
-  std::vector<std::string> unknown;  ///< registers that it depends on and that were not read
 };
 
 /// What is known after the last instance.

@@ -96,6 +96,10 @@ std::string Shown(const TInstanceFacts& facts, const TInstance& instance) {
   for (const TMissing& missing : facts.missing) {
     text += "; missing " + missing.property + Text(missing.where) + " " + Text(missing.how);
   }
+  for (const TFinding& finding : facts.findings) {
+    text += "; found " + finding.place->name + " " + finding.bits;
+    for (const std::string& name : finding.place->unknown) text += " without " + name;
+  }
   return facts.isCut ? text + "; cut" : text;
 }
 
@@ -126,6 +130,16 @@ void TFollowedRun::Plans(const std::vector<std::vector<std::string>>& requests) 
   reasons_ = std::make_unique<TResultReasons>(plan_);
   follower_ = std::make_unique<TPlanFollower>(plan_, *reasons_);
   if (!requests.empty()) Begins(0);
+}
+
+void TFollowedRun::Means(const std::string& className, TClassMeaning meaning) {
+  for (TPlannedClass& planned : plan_.classes) {
+    if (planned.cimClass->Name() != className) continue;
+    for (std::size_t i = 0; i < planned.registers.size(); ++i) {
+      meaning.registers.at(i).property = planned.registers[i].property;
+    }
+    planned.meaning = std::make_shared<const TClassMeaning>(meaning);
+  }
 }
 
 void TFollowedRun::See(const TStep& step, bool isAttempted) {

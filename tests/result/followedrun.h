@@ -26,7 +26,8 @@ inline const std::string kVoBridge = "KROSG_VO_PCIIOBRIDGE_StatisticData";
 inline const std::string kBlockClass = "KROSG_J";  ///< below the base class of the memory controllers
 inline const std::string kFileClass = "KROSG_DCAPFile";
 
-/// One line: "VO_MEMCTL/node0/instance0, chip 1, time 12 34 56 78, A 000010 = 00000102; missing B 000020 code 203".
+/// One line: "VO_MEMCTL/node0/instance0, chip 1, time 12 34 56 78, A 000010 = 00000102; missing B 000020 code 203;
+/// found A 1 without B".
 std::string Shown(const TInstanceFacts& facts, const TInstance& instance);
 
 class TFollowedRun : public testing::Test {
@@ -39,6 +40,8 @@ class TFollowedRun : public testing::Test {
 
   /// Makes the plan of these requests and begins the first one.
   void Plans(const std::vector<std::vector<std::string>>& requests);
+  /// The planned registers of a class have these meanings, in their order.
+  void Means(const std::string& className, TClassMeaning meaning);
   void Begins(std::size_t request) { follower_->BeginRequest(request); }
   /// The exchange is made and has this answer.
   void Sees(const TStep& step) { See(step, true); }

@@ -261,5 +261,54 @@ TEST_F(Follower, ExchangesOutsideOfARequestAreCounted) {
   EXPECT_THAT(Ends(), ElementsAre("1 exchanges", "reason nothing-read 1"));
 }
 
+// Two registers of errors, of which the second masks the first.
+TClassMeaning MeaningOfTwo() {
+  TClassMeaning meaning;
+  meaning.registers.resize(2);
+  for (TRegisterMeaning& one : meaning.registers) one.role = ERole::kErrors;
+  meaning.registers[0].maskedBy = 1;
+  return meaning;
+}
+
+class FollowedMeaning : public TFollowedRun {
+ protected:
+  void PlansWithMeaning(const std::string& name) {
+    Plans({{name}});
+    Means(name, MeaningOfTwo());
+  }
+  const TBytes any_ = TBytes(14, 0);
+};
+
+TEST_F(FollowedMeaning, FindingsComeOfRegistersThatWereRead) {
+  Add(Class(kVoMemory, 1).Register("A", 0x10, 8).Register("B", 0x20, 8));
+  PlansWithMeaning(kVoMemory);
+  Sees(Register(0, 0x10).Answers(RegisterData({0x21, 0, 0, 0, 0, 0, 0, 0x80})));
+  Sees(Register(0, 0x20).Fails(0xC3));
+  Sees(Timestamp().Lost());
+  EXPECT_EQ(Commits(kVoMemory, {{"A", any_}}),
+            "VO_MEMCTL/node0/instance0, chip 0, A 000010 = 8000000000000021; missing B 000020 code 195; missing "
+            "StatisticTime lost; found A 0 without B; found A 5 without B; found A 63 without B");
+}
+
+TEST_F(FollowedMeaning, OnlyBytesThatCameAreFindings) {
+  Add(Class(kBlockClass, 1).Record("A", 0).Record("B", 2));
+  server.serviceProcessors = 1;
+  PlansWithMeaning(kBlockClass);
+  TBytes block(25, 0);  // the record of B, at 7 + 2 x 8, has two bytes
+  const TBytes header = {0x00, 0x18, 0x0C, 0x1F, 0x17, 0x3B, 0x3A};
+  std::copy(header.begin(), header.end(), block.begin());
+  block[17] = 0x08;
+  Sees(DotBlock(0).Returns(block));
+  EXPECT_EQ(
+      Commits(kBlockClass, {{"A", any_}, {"B", TBytes(14, 48)}}),
+      "J/sp0/instance0, A index 0 = 0000000000000008 id 00 00 00; missing B index 2 short 2; found A 3 without B");
+}
+
+TEST_F(FollowedMeaning, AnInstanceWithoutAPlaceHasNoFindings) {
+  Add(Class(kVoMemory, 1).Register("A", 0x10, 8).Register("B", 0x20, 8));
+  PlansWithMeaning(kVoMemory);
+  EXPECT_EQ(Commits(kVoMemory, {{"A", TBytes(14, 1)}}), "VO_MEMCTL/?1");
+}
+
 }  // namespace
 }  // namespace tests

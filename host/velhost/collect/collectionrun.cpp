@@ -1,9 +1,12 @@
 #include "host/velhost/collect/collectionrun.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "host/base/text.h"
 #include "host/profile/collectorprofile.h"
+#include "host/result/findings.h"
 #include "host/schema/collectorneeds.h"
 #include "host/velhost/collect/requests.h"
 #include "host/velhost/messages.h"
@@ -141,9 +144,17 @@ void TCollectionRun::AddReasonNow(EReason code, const std::string& detail) {
 }
 
 void TCollectionRun::OnCommit(const TInstance& instance) {
-  const TInstanceFacts facts = follower_->OnCommit(instance);
+  TInstanceFacts facts = follower_->OnCommit(instance);
   if (onInstance_) onInstance_(instance, facts);
   writer_->Instance(instance, facts);
+  std::move(facts.findings.begin(), facts.findings.end(), std::back_inserter(findings_));
+}
+
+TResultSummary TCollectionRun::Close(const std::optional<THostError>& failure) {
+  TResultSummary summary = reasons_->Close(failure);
+  summary.findings = std::move(findings_);
+  SortFindings(summary.findings);
+  return summary;
 }
 
 std::string TCollectionRun::StopReason() const { return stop_.WasRequested() ? "interrupted" : "deadline reached"; }

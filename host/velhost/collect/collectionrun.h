@@ -59,7 +59,7 @@ class TCollectionRun : private IExchangeObserver {
   /// Set if the plugin failed after everything was collected.
   const std::optional<THostError>& FailureToUnload() const { return failureToUnload_; }
   /// The outcome of the run. `failure` is one of the command itself.
-  TResultSummary Close(const std::optional<THostError>& failure) { return reasons_->Close(failure); }
+  TResultSummary Close(const std::optional<THostError>& failure);
 
  private:
   void OnIpmi(const TIpmiExchange& exchange) override { Watch(exchange.answer != nullptr); }
@@ -83,6 +83,7 @@ class TCollectionRun : private IExchangeObserver {
   TPlan plan_;
   std::optional<TResultReasons> reasons_;
   std::optional<TPlanFollower> follower_;
+  std::vector<TFinding> findings_;
   std::size_t request_ = 0;  ///< the current one
   bool isStopTold_ = false;
   bool isLossTold_ = false;
