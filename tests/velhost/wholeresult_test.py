@@ -91,13 +91,11 @@ class FailingServer(VelhostCase):
 
     def test_values(self):
         self.assertEqual(len(self.document["instances"]), 14)
-        memory = self.instance(T4_MEMORY + "/node0/instance0")["registers"]
-        # The bytes of the address, each xor 17 times its place: 20 10 2e 13 45 59 46 76 and 18 10 2e 2b 45 59 7e 76.
-        # The collector ors the second byte onto the first; in the other register that changes nothing.
-        self.assertEqual(memory["CorrectableErrorCount"], {
-            "address": "0x0C0120", "width": 32, "value": "0x132E1020", "upper": "0x76465945", "folded": "0x132E1030"})
-        self.assertEqual(memory["EccSyndrome"], {
-            "address": "0x0C0118", "width": 32, "value": "0x2B2E1018", "upper": "0x767E5945"})
+        bridge = self.instance(T4_BRIDGE + "/node0/instance0")["registers"]
+        self.assertNotIn("FirstErrorPointer", bridge)
+        status, header = bridge["UncorrectableErrorStatus"], bridge["HeaderLogHigh"]
+        self.assertEqual((status["width"], status["value"], header["width"], header["value"]),
+                         (32, "0x00050000", 64, "0x001F0A1000000000"))
         self.assertEqual(self.instance(FILES + "/node0/cpu_err")["file"],
                          {"area": "cpu_err", "reported_size": 349, "received": 120})
 
