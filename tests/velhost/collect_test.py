@@ -55,7 +55,7 @@ class DemoServer(VelhostCase):
         self.assertIn("KROSG_J2_MEMCTL_StatisticData", classes)
         self.assertIn(BRIDGE, classes)
         self.assertEqual(document["instances"][-1]["class"], "KROSG_DCAPFile")
-        self.assertEqual(document["exchanges"]["total"], 267)
+        self.assertEqual(document["exchanges"]["total"], 269)
         self.assertEqual(document["reasons"], [])
         self.assertEqual(document["unread"], [])
         self.assertEqual(document["exchanges"]["failed"], [

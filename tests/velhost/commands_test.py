@@ -308,8 +308,8 @@ class Commands(VelhostCase):
     def test_classes(self):
         lines = self.output("classes", "--machine-type", "4411").splitlines()
         served = {line.split()[0]: line.split(None, 4)[1:] for line in lines if line.startswith("KROSG_")}
-        self.assertEqual(served["KROSG_T4_MEMCTL_StatisticData"], ["R8", "1", "10", 'yes, on "4411"'])
-        self.assertEqual(served["KROSG_J2_L3Cache_StatisticData"], ["JFR", "2", "8", 'no: its machine types are "6203", "6204", "6205"'])
+        self.assertEqual(served["KROSG_T4_MEMCTL_StatisticData"], ["R8", "1", "11", 'yes, on "4411"'])
+        self.assertEqual(served["KROSG_J2_L3Cache_StatisticData"], ["JFR", "2", "10", 'no: its machine types are "6203", "6204", "6205"'])
         self.assertEqual(served["KROSG_DCAPFile"][0], "FFDC")
         self.assertIn("  KROSG_MEMCTL_StatisticData: no subclass serves this machine type", lines)
 
@@ -320,8 +320,8 @@ class Commands(VelhostCase):
         lines = self.output("classes", "--sp", f"sim:{server}", "KROSG_J?_MEMCTL*", "krosg_dcapfile", "KROSG_T4_PCIIOBRIDGE*",
                             "KROSG_MEMCTL_StatisticData", "CIM_StatisticalData").splitlines()
         self.assertEqual([line.split(None, 4) for line in lines[3:lines.index("", 3)]], [
-            ["KROSG_J1_MEMCTL_StatisticData", "JFR", "2", "8", 'no: its machine types are "6101", "6102"'],
-            ["KROSG_J2_MEMCTL_StatisticData", "JFR", "2", "9", "no: no service processor accepts dot commands"],
+            ["KROSG_J1_MEMCTL_StatisticData", "JFR", "2", "9", 'no: its machine types are "6101", "6102"'],
+            ["KROSG_J2_MEMCTL_StatisticData", "JFR", "2", "10", "no: no service processor accepts dot commands"],
             ["KROSG_DCAPFile", "FFDC", "-", "-", "no: there is no BMC node"],
             ["KROSG_T4_PCIIOBRIDGE_StatisticData", "R8", "2", "10", "no: there is no BMC node"],
             ["KROSG_MEMCTL_StatisticData", "none", "-", "-", "no: KROSG_J2_MEMCTL_StatisticData serves this machine"],
@@ -333,9 +333,9 @@ class Commands(VelhostCase):
         self.assertEqual(document, {
             "kind": "classlist", "format_version": 1, "machine_type": "4411", "classes": [
                 {"class": "KROSG_T4_MEMCTL_StatisticData", "path": "r8", "served": True, "served_by": "4411", "instances": 1,
-                 "registers": 10, "machine_types": ["4411", "4414", "6203"]},
+                 "registers": 11, "machine_types": ["4411", "4414", "6203"]},
                 {"class": "KROSG_J2_L3Cache_StatisticData", "path": "jfr", "served": False,
-                 "why_not": 'its machine types are "6203", "6204", "6205"', "instances": 2, "registers": 8,
+                 "why_not": 'its machine types are "6203", "6204", "6205"', "instances": 2, "registers": 10,
                  "machine_types": ["6203", "6204", "6205"]},
                 {"class": "KROSG_DCAPFile", "path": "ffdc", "served": True},
                 {"class": "KROSG_L3Cache_StatisticData", "served": False,

@@ -27,7 +27,7 @@ class DryRun(VelhostCase):
 
     def test_the_demo_server(self):
         plan = self.plan()
-        self.assertEqual(self.counts(plan), [8, 6, 6, 84])
+        self.assertEqual(self.counts(plan), [8, 6, 6, 86])
         self.assertEqual(sum(len(each["instances"]) for each in plan["classes"]), 12 + 7 + 6)
         self.assertEqual(plan["machine_type"], "6203")
 
@@ -85,7 +85,7 @@ class DryRun(VelhostCase):
             spec = f"lan:user@127.0.0.1:{silent.getsockname()[1]}"
             plan = self.plan("--schema", "example", "--machine-type", "6203", "--sp", spec, "--sp", "lan:192.0.2.1")
             self.assertRaises(BlockingIOError, silent.recv, 1)
-        self.assertEqual(self.counts(plan), [5, 0, 6, 78])
+        self.assertEqual(self.counts(plan), [5, 0, 6, 80])
         self.assertEqual({area["node"] for area in plan["areas"]}, {0, 1})
 
     def test_over_the_network_the_machine_type_must_be_given(self):
@@ -98,7 +98,7 @@ class DryRun(VelhostCase):
                          "inband:/dev/ipmi777")
         self.assertEqual([each["class"] for each in plan["classes"]],
                          ["KROSG_T4_MEMCTL_StatisticData", T4_BRIDGE, "KROSG_DCAPFile"])
-        self.assertEqual(self.counts(plan), [3, 0, 6, 30])
+        self.assertEqual(self.counts(plan), [3, 0, 6, 31])
 
     def test_a_single_request_ends_at_the_capture_class(self):
         self.assertEqual(self.counts(self.plan("KROSG_DCAPFile", T4_BRIDGE)), [2, 0, 6, 20])

@@ -26,7 +26,7 @@ class FailingServer(VelhostCase):
                                      ("block-undecodable", "the register block of service processor 0 has no valid time"))]
         self.assertEqual(self.document["reasons"], [reason(*entry) for entry in (
             *blocks,
-            ("register-unread", T4_MEMORY, 1, "1 of 10 registers was not read"),
+            ("register-unread", T4_MEMORY, 1, "1 of 11 registers was not read"),
             ("time-unread", T4_MEMORY, 1, "the time of 1 instance was not read"),
             ("register-unread", T4_BRIDGE, 3, "3 of 20 registers were not read"),
             ("file-unread", FILES, 5, "5 of 6 capture files are missing or incomplete"))])
@@ -34,7 +34,7 @@ class FailingServer(VelhostCase):
         self.assertTrue(self.document["message"].endswith("; and 10 more"), self.document["message"])
 
     def test_exchanges(self):
-        self.assertEqual(self.document["exchanges"]["total"], 122)
+        self.assertEqual(self.document["exchanges"]["total"], 124)
         dots = [{"class": name, "service_processor": owner, "kind": "dot", **how}
                 for name in (J2_BRIDGE, J2_MEMORY, J2_CACHE) for owner, how in ((1, {"short": 1024}), (2, {"lost": True}))]
         memory, bridge, files = T4_MEMORY + "/node0/instance0", T4_BRIDGE + "/node0/instance", FILES + "/node"
@@ -73,8 +73,8 @@ class FailingServer(VelhostCase):
         missing = {instance["key"]: instance["missing"] for instance in self.document["instances"]
                    if "missing" in instance}
         self.assertEqual({key: len(entries) for key, entries in missing.items()}, {
-            J2_BRIDGE + "/sp1/instance1": 11, J2_MEMORY + "/sp1/instance0": 3, J2_MEMORY + "/sp1/instance1": 9,
-            J2_CACHE + "/sp1/instance0": 8, J2_CACHE + "/sp1/instance1": 8, T4_MEMORY + "/node0/instance0": 2,
+            J2_BRIDGE + "/sp1/instance1": 11, J2_MEMORY + "/sp1/instance0": 3, J2_MEMORY + "/sp1/instance1": 10,
+            J2_CACHE + "/sp1/instance0": 10, J2_CACHE + "/sp1/instance1": 10, T4_MEMORY + "/node0/instance0": 2,
             T4_BRIDGE + "/node0/instance0": 2, T4_BRIDGE + "/node0/instance1": 1, FILES + "/node0/cpu_err": 1})
         self.assertEqual([(entry["index"], entry["short"]) for entry in missing[J2_MEMORY + "/sp1/instance0"]],
                          [(128, 0), (130, 0), (132, 0)])
