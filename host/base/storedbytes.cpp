@@ -135,14 +135,16 @@ std::optional<TLineReader::TLine> TLineReader::Next() {
     const std::size_t size = std::min(end, buffer_.size()) - start_;
     if (end != std::string::npos || size > longest_) {
       const std::string_view line = std::string_view(buffer_).substr(start_, std::min(size, longest_ + 1));
+      const std::size_t offset = Offset();
       start_ += line.size() + (size <= longest_ ? 1 : 0);
-      return TLine{line, true};
+      return TLine{line, true, offset};
     }
     seen = size;
     if (ReadMore()) continue;
     if (size == 0) return std::nullopt;
+    const std::size_t offset = Offset();
     start_ = buffer_.size();
-    return TLine{std::string_view(buffer_).substr(buffer_.size() - size), false};
+    return TLine{std::string_view(buffer_).substr(buffer_.size() - size), false, offset};
   }
 }
 

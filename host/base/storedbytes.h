@@ -51,12 +51,15 @@ class VELHOST_API TLineReader {
   struct TLine {
     std::string_view text;  ///< without the newline; valid until the next call
     bool isWhole = true;    ///< false: the text ends without a newline
+    std::size_t start = 0;  ///< its offset in the bytes
   };
   /// Empty after the last line.
   std::optional<TLine> Next();
 
  private:
   bool ReadMore();
+  /// Of what has not been returned yet.
+  std::size_t Offset() const { return offset_ - buffer_.size() + start_; }
 
   TStoredBytes text_;
   std::size_t longest_;

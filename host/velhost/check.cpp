@@ -15,7 +15,7 @@
 #include "host/base/storedbytes.h"
 #include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
-#include "host/bmc/record/replay.h"
+#include "host/bmc/record/checkedrecording.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/schema/schemacheck.h"
 #include "host/velhost/inputs.h"
@@ -52,7 +52,7 @@ class TCheckReader : public TInputReader {
 
   TStoredBytes OpenRecording(const std::string& path) {
     const auto pipe = pipes_.find(path);
-    return pipe == pipes_.end() ? TReplay::Open(path, *this) : pipe->second;
+    return pipe == pipes_.end() ? TCheckedRecording::Open(path, *this) : pipe->second;
   }
 
   std::string Read(const std::string& path, std::size_t limit) override {
@@ -93,8 +93,8 @@ void CheckOne(const TCheckedFile& file, TCheckReader& reader, TCheckFindings& fi
     if (file.kind == EFileKind::kServerFile) {
       ReadServerFile(file.path, reader);
     } else if (file.kind == EFileKind::kRecording) {
-      const TReplay replay(file.path, reader.OpenRecording(file.path), &reader);
-      if (const auto warning = replay.CutWarning()) findings.Add(*warning);
+      const TCheckedRecording recording(file.path, reader.OpenRecording(file.path), &reader);
+      if (const auto warning = recording.CutWarning()) findings.Add(*warning);
     } else {
       findings.Add(WrongKind(file));
     }

@@ -14,8 +14,6 @@
 #include "host/bmc/lan/fru.h"
 #include "host/bmc/lan/lanserviceprocessor.h"
 #include "host/bmc/lan/lanspec.h"
-#include "host/bmc/record/recording.h"
-#include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/bmc/sim/simulatedserver.h"
@@ -23,6 +21,7 @@
 #include "host/profile/collectorprofile.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/optiontable.h"
+#include "host/velhost/recordedconnection.h"
 
 namespace velhost {
 
@@ -187,48 +186,6 @@ class TInbandConnection : public IServerConnection {
   TServerEnvironment environment_;
 };
 
-class TReplayConnection : public IServerConnection {
- public:
-  TReplayConnection(const std::string& path, bool timing, TInputs& inputs) : replay_(Open(path, inputs)) {
-    replay_->SetTiming(timing);
-    if (replay_->HasHeader() && !replay_->Header().run) {
-      Say("warning: " + SafeText(path) +
-          ": a version 1 recording does not say whether its service processor was simulated");
-    }
-    ApplyUtcOffset(replay_->Header().utcOffsetMinutes);
-  }
-  IServiceProcessor& ServiceProcessor() override { return *replay_; }
-  IHostEnvironment& Environment() override { return *replay_; }
-  TServerFacts Facts() const override {
-    const TRecordingHeader& header = replay_->Header();
-    if (!header.run) return {.recorded = header.started};
-    const TRecordedSource& source = header.run->source;
-    return {source.isSimulated, header.started, source.serialNumber, source.uuid};
-  }
-  const TRecordingHeader* Recording() const override { return &replay_->Header(); }
-  std::string Mismatch() const override {
-    const std::string text = replay_->Mismatch().value_or(std::string());
-    return text.substr(0, text.find('\n'));
-  }
-  void CheckAfterwards() override {
-    if (const auto warning = replay_->CutWarning()) SayDiagnostics({*warning});
-    if (!replay_->Mismatch()) return;
-    Say(*replay_->Mismatch());
-    throw THostError(EFailure::kMalformed,
-                     "the collection differs from the recorded one: use the same schema, "
-                     "classes and machine type");
-  }
-
- private:
-  static std::unique_ptr<TReplay> Open(const std::string& path, TInputs& inputs) {
-    TInputReader reader(inputs, {"the recording", "--sp", EFileKind::kRecording}, {path});
-    const TStoredBytes recording = reader.Open(path, kLargestRecording, kLargestRecordingOfAPipe);
-    return std::make_unique<TReplay>(path, recording, &reader);
-  }
-
-  std::unique_ptr<TReplay> replay_;
-};
-
 [[noreturn]] void ThrowUnknown(const std::string& spec) {
   std::string forms;
   std::vector<std::string> schemes;
@@ -292,7 +249,7 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
   }
   if (SchemeOf(first) == "lan") return ConnectLan(options, specs, installation, inputs, cimNamespace);
   if (SchemeOf(first) == "replay") {
-    return std::make_unique<TReplayConnection>(FileOf(first), options.replayTiming, inputs);
+    return ConnectReplay(FileOf(first), options.replayTiming, inputs);
   }
   const bool isDemo = first == "sim";
   const std::string path = isDemo ? installation.ServerFolder() + "/demo.toml" : installation.FindServer(FileOf(first));

@@ -49,7 +49,7 @@ class Check(VelhostCase):
         done = self.run_velhost("check", "bad.jsonl")
         self.assertEqual((done.returncode, done.stdout.split(" error: ")[0]), (65, "bad.jsonl:2:9:"))
         (self.folder / "cut").write_bytes(header + b"\n" + first + b"\n{")
-        self.checks(65, "cut:3:1: warning: the recording was cut in this line; it replays up to the line before\n"
+        self.checks(65, "cut:3:1: warning: the recording was cut in this line; it is used up to the line before\n"
                     "0 errors, 1 warning\n", "cut")
 
     def test_all_mof_is_one_schema_and_the_others_are_each_their_own(self):

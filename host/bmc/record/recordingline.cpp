@@ -229,6 +229,7 @@ void ReadIpmi(const TLineText& text, const TMembers& members, TRecordedLine& lin
   line.kind = TRecordedLine::EKind::kIpmi;
   line.node = members.Int("node", -kAnyInt, kAnyInt);
   line.request = members.Bytes("request", wire::TCommandBuffer::kSize);
+  while (!line.request.empty() && line.request.back() == 0) line.request.pop_back();
   ReadAnswer(text, members, static_cast<int>(wire::TCommandBuffer::kSize), line);
 }
 

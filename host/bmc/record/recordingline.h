@@ -33,7 +33,7 @@ struct TRecordedLine {
   EKind kind = EKind::kIpmi;
   std::uint32_t number = 0;           ///< of the line, from 1
   int node = 0;                       ///< BMC node, or service processor
-  std::vector<std::uint8_t> request;  ///< of kIpmi: the command buffer, possibly without trailing zeros
+  std::vector<std::uint8_t> request;  ///< of kIpmi: the command buffer without trailing zeros
   std::uint8_t command = 0;           ///< this and the next two: of kDot
   std::vector<std::uint8_t> identifier;
   std::vector<std::uint8_t> parameters;

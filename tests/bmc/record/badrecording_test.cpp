@@ -246,7 +246,7 @@ TEST(BadRecording, LimitsTheMemoryOfALine) {
 TEST(BadRecording, MayBeMissing) {
   TMemoryReader reader;
   ExpectHostError(EFailure::kAbsent, "cannot open none.jsonl: No such file or directory",
-                  [&] { TReplay::Open("none.jsonl", reader); });
+                  [&] { TCheckedRecording::Open("none.jsonl", reader); });
 }
 
 TEST(Moment, IsIso8601OrACimDatetime) {

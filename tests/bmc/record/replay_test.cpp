@@ -106,9 +106,9 @@ TEST(Replay, GivesTheRecordedAnswersByteForByte) {
 
 TEST(Replay, SuppliesWhatWasKnownAboutTheServer) {
   TMemoryReplay replay(RecordSession().first);
-  EXPECT_TRUE(replay.HasHeader());
+  EXPECT_TRUE(replay.Recording().HasHeader());
   EXPECT_EQ(replay.MachineType(), "6203");
-  EXPECT_EQ(replay.Header().utcOffsetMinutes, 60);
+  EXPECT_EQ(replay.Recording().Header().utcOffsetMinutes, 60);
   const TDiscovery found = replay.Discover();
   EXPECT_EQ(found.bmcNodes, 1);
   EXPECT_TRUE(found.ipmiDriver);
@@ -119,8 +119,8 @@ TEST(Replay, SuppliesWhatWasKnownAboutTheServer) {
 
 TEST(Replay, KnowsTheRunThatWasRecorded) {
   const TMemoryReplay replay(RecordSession().first);
-  ASSERT_TRUE(replay.Header().run);
-  const TRecordedRun& run = *replay.Header().run;
+  ASSERT_TRUE(replay.Recording().Header().run);
+  const TRecordedRun& run = *replay.Recording().Header().run;
   EXPECT_EQ(run.source.sp, std::vector<std::string>{"sim:a.toml"});
   EXPECT_EQ(run.source.target, "sim:a.toml");
   EXPECT_TRUE(run.source.isSimulated);
@@ -193,7 +193,7 @@ const std::string kBlockLine =
 const std::string kClockLine = R"({"kind":"clock","local_time":"2026-01-31T12:34:56-03:30"})"
                                "\n";
 
-TEST(Replay, KnowsNoRunOfARecordingOfVersion1) { EXPECT_FALSE(TMemoryReplay(kHead).Header().run); }
+TEST(Replay, KnowsNoRunOfARecordingOfVersion1) { EXPECT_FALSE(TMemoryReplay(kHead).Recording().Header().run); }
 
 TEST(Replay, PadsAnswersWithZeros) {
   TMemoryReplay replay(kHead + kTimestampLine + kBlockLine);
@@ -295,13 +295,13 @@ std::string CutWarningOf(const TReplay& replay) {
 
 TEST(Replay, WarnsThatTheRecordingWasCut) {
   TMemoryReplay first(kHead.substr(0, 50));
-  EXPECT_FALSE(first.HasHeader());
+  EXPECT_FALSE(first.Recording().HasHeader());
   EXPECT_EQ(first.Discover().bmcNodes, 0);
   EXPECT_EQ(CutWarningOf(first),
-            "r.jsonl:1:1: warning: the recording was cut in its first line; none of it can be replayed\n");
+            "r.jsonl:1:1: warning: the recording was cut in its first line; none of it can be used\n");
   EXPECT_EQ(CutWarningOf(TMemoryReplay("")), CutWarningOf(first));
   EXPECT_EQ(CutWarningOf(TMemoryReplay(kHead + kTimestampLine + "{")),
-            "r.jsonl:3:1: warning: the recording was cut in this line; it replays up to the line before\n");
+            "r.jsonl:3:1: warning: the recording was cut in this line; it is used up to the line before\n");
   TMemoryReplay shorter(kHead + kTimestampLine);
   Send(shorter, Timestamp());
   EXPECT_FALSE(shorter.CutWarning());
