@@ -1,8 +1,5 @@
 #include "host/base/sha256.h"
 
-#include <array>
-#include <cstdint>
-
 #include "host/base/digits.h"
 
 namespace velhost {
@@ -13,12 +10,16 @@ void TSha256::Add(std::string_view bytes) {
   sha256_update(&context_, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
 }
 
-std::string TSha256::HexDigest() const {
+std::array<std::uint8_t, SHA256_DIGEST_SIZE> TSha256::Digest() const {
   sha256_ctx finished = context_;  // taking the digest resets the context
   std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
   sha256_digest(&finished, digest.size(), digest.data());
+  return digest;
+}
+
+std::string TSha256::HexDigest() const {
   std::string text;
-  for (const std::uint8_t byte : digest) text += HexPair(byte);
+  for (const std::uint8_t byte : Digest()) text += HexPair(byte);
   return text;
 }
 

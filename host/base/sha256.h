@@ -1,8 +1,10 @@
-// SHA-256 (FIPS 180-4), by which a schema is recognised.
+// SHA-256 (FIPS 180-4), by which schemas and recorded requests are recognised.
 #pragma once
 
 #include <nettle/sha2.h>
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,7 +17,9 @@ class VELHOST_API TSha256 {
  public:
   TSha256();
   void Add(std::string_view bytes);
-  /// The hash of everything added so far as 64 lower-case hexadecimal digits. More may be added afterwards.
+  // The hash of everything added so far. More may be added afterwards.
+  std::array<std::uint8_t, SHA256_DIGEST_SIZE> Digest() const;
+  /// As 64 lower-case hexadecimal digits.
   std::string HexDigest() const;
 
  private:

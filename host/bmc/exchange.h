@@ -95,7 +95,7 @@ struct TDotAnswer {
 enum class ENoAnswer {
   kLost,        ///< no answer was received, or the node or driver does not exist
   kNotSent,     ///< the run was stopped before
-  kNotRecorded  ///< a replay's recording does not contain the exchange, or is cut before it
+  kNotRecorded  ///< the recording that answers does not contain the exchange, or is cut before it
 };
 
 /// What an exchange is for. The names match the server file's `on` and the failure list.

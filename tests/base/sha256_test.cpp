@@ -35,6 +35,15 @@ TEST(Sha256, DoesNotDependOnWhereTheTextIsSplit) {
   }
 }
 
+TEST(Sha256, GivesTheHashAsBytesToo) {
+  TSha256 hash;
+  hash.Add("abc");
+  const auto digest = hash.Digest();
+  EXPECT_EQ(digest.size(), 32U);
+  EXPECT_EQ(digest.front(), 0xBA);
+  EXPECT_EQ(digest.back(), 0xAD);
+}
+
 TEST(Sha256, CountsBytesThatAreNotText) {
   EXPECT_EQ(Sha256Of(std::string_view("\0", 1)), "6e340b9cffb37a989ca544e6bb780a2c78901d3fb33738768511a30617afa01d");
 }

@@ -33,5 +33,11 @@ TEST(LineReader, ReadsLinesAcrossPieces) {
   EXPECT_EQ(Lines(line + "\n" + line + "\n123", 70000), (TLines{line + "|", line + "|", "123"}));
 }
 
+TEST(LineReader, SaysWhereEachLineStarts) {
+  const std::string line(65530, 'x');
+  TLineReader reader(Stored("a\n\n" + line + "\n" + line + "\n123"), 70000);
+  for (const std::size_t start : {0U, 2U, 3U, 65534U, 131065U}) EXPECT_EQ(reader.Next()->start, start);
+}
+
 }  // namespace
 }  // namespace tests

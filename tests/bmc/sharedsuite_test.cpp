@@ -1,6 +1,7 @@
 #include "tests/bmc/sharedsuite.h"
 #include "tests/support/namespaces.h"
 
+#include "host/bmc/record/image.h"
 #include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faults.h"
@@ -44,7 +45,8 @@ class TRecordedSimulator : public TSupervisedServiceProcessor {
   TRecorder recorder_;
 };
 
-/// Answers each exchange by replaying the recording of all exchanges up to it.
+/// Answers each exchange from the recording of all exchanges up to it.
+template <typename TAnswering>
 class TReplayed : public IServiceProcessor {
  public:
   explicit TReplayed(const TServerFile& server) : recorded_(server) {}
@@ -71,8 +73,10 @@ class TReplayed : public IServiceProcessor {
   }
 
  private:
-  std::unique_ptr<TReplay> Replayed() { return std::make_unique<TReplay>("recording", Stored(recorded_.Recording())); }
-  std::unique_ptr<TReplay> ReplayedUpToNow() {
+  std::unique_ptr<TAnswering> Replayed() {
+    return std::make_unique<TAnswering>("recording", Stored(recorded_.Recording()));
+  }
+  std::unique_ptr<TAnswering> ReplayedUpToNow() {
     auto replay = Replayed();
     for (const auto& send : earlier_) send(*replay);
     return replay;
@@ -91,7 +95,8 @@ INSTANTIATE_TEST_SUITE_P(Host, ServiceProcessorSuite,
                          testing::Values(TNamedFactory{"Simulator", Make<TSimulatedServer>},
                                          TNamedFactory{"Decorated", Make<TDecoratedSimulator>},
                                          TNamedFactory{"Recorded", Make<TRecordedSimulator>},
-                                         TNamedFactory{"Replayed", Make<TReplayed>}),
+                                         TNamedFactory{"Replayed", Make<TReplayed<TReplay>>},
+                                         TNamedFactory{"Image", Make<TReplayed<TImage>>}),
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace

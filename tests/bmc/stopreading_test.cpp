@@ -1,6 +1,7 @@
 // A stopped run does not finish reading its inputs.
 #include <gtest/gtest.h>
 
+#include "host/bmc/record/image.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/serverfile.h"
 #include "tests/support/memoryreader.h"
@@ -25,6 +26,8 @@ TEST(StopReading, EndsARecordingBetweenItsLines) {
       "{\"kind\":\"clock\",\"local_time\":\"2026-01-31T12:34:56Z\"}\n"
       "{\"kind\":\"clock\",\"local_time\":\"2026-01-31T12:34:56Z\"}\n");
   EXPECT_EQ(LooksThatEnd(reader, [&reader] { TReplay("run.jsonl", reader); }), 3U);
+  const TStoredBytes recording = TCheckedRecording::Open("run.jsonl", reader);
+  EXPECT_EQ(LooksThatEnd(reader, [&] { TImage("run.jsonl", recording, &reader); }), 3U);
 }
 
 }  // namespace
