@@ -4,7 +4,6 @@
 #include "host/base/storedbytes.h"
 #include "host/base/text.h"
 #include "host/bmc/record/checkedrecording.h"
-#include "host/bmc/record/recording.h"
 #include "host/bmc/record/replay.h"
 #include "host/velhost/messages.h"
 
@@ -71,6 +70,12 @@ class TReplayConnection : public TRecordedConnection {
 
 std::unique_ptr<IServerConnection> ConnectReplay(const std::string& path, bool timing, TInputs& inputs) {
   return std::make_unique<TReplayConnection>(path, timing, inputs);
+}
+
+std::vector<std::string> AnotherSchemaWarnings(const TRecordingHeader* recording, const std::string& schemaSha256) {
+  if (recording == nullptr || !recording->run || recording->run->schemaSha256.empty()) return {};
+  if (recording->run->schemaSha256 == schemaSha256) return {};
+  return {"the recording was made with another schema"};
 }
 
 }  // namespace velhost

@@ -3,7 +3,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "host/bmc/record/recording.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/serverconnection.h"
 
@@ -11,5 +13,8 @@ namespace velhost {
 
 /// Opens the file of "replay:FILE". Sets the process's time zone to the recorded offset. Throws THostError.
 std::unique_ptr<IServerConnection> ConnectReplay(const std::string& path, bool timing, TInputs& inputs);
+
+/// "the recording was made with another schema" if it was, as far as the recording says. `recording` may be null.
+std::vector<std::string> AnotherSchemaWarnings(const TRecordingHeader* recording, const std::string& schemaSha256);
 
 }  // namespace velhost

@@ -26,6 +26,7 @@
 #include "host/velhost/collect/runfacts.h"
 #include "host/velhost/collect/runrecording.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/recordedconnection.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
@@ -119,11 +120,11 @@ class TCollection {
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
     source_ = SourceFactsOf(common_, connection_->Facts());
-    WarnOfAnotherSchema();
+    Warn(AnotherSchemaWarnings(connection_->Recording(), schema_.facts.sha256));
     server_ = PlanServerOf(connection_->ServiceProcessor().Discover());
-    classes_ = ChooseClasses(*namespace_, options_.classes, environment_->MachineType(), server_);
-    RefuseTooLarge(*namespace_, classes_, environment_->MachineType(), options_.singleRequest,
-                   server_.serviceProcessors);
+    collected_ =
+        ClassesToCollect(*namespace_, options_, environment_->MachineType(), server_, connection_->Recording());
+    RefuseTooLarge(*namespace_, collected_, environment_->MachineType(), server_.serviceProcessors);
     const std::string unserved = MachineTypeWarning(*namespace_, environment_->MachineType());
     if (!unserved.empty()) Say("warning: " + unserved);
   }
@@ -142,7 +143,7 @@ class TCollection {
     TCollectionRun run(namespace_, stop_);
     // Before any output is opened: an existing file must survive a plugin that cannot be loaded.
     run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
-    const TPlan& plan = run.MakePlan(server_, RequestsOf(classes_, options_.singleRequest), supervised, sizeLimit);
+    const TPlan& plan = run.MakePlan(server_, RequestsOf(collected_), supervised, sizeLimit);
     Warn(PlanWarnings(plan));
     SayDetail(PlanText(plan));
     TOutputTarget target(options_.output);
@@ -165,18 +166,11 @@ class TCollection {
   }
 
  private:
-  void WarnOfAnotherSchema() const {
-    const TRecordingHeader* const recording = connection_->Recording();
-    if (recording == nullptr || !recording->run || recording->run->schemaSha256.empty()) return;
-    if (recording->run->schemaSha256 != schema_.facts.sha256)
-      Say("warning: the recording was made with another schema");
-  }
-
   TRecordedRun RecordedRun() const {
     TRecordedRun run;
     run.source = {source_.sp, source_.target, source_.simulated, source_.recorded, source_.serial, source_.uuid};
-    for (const TAskedClass& asked : classes_) run.classes.push_back(asked.cimClass->Name());
-    run.singleRequest = options_.singleRequest;
+    for (const TAskedClass& asked : collected_.classes) run.classes.push_back(asked.cimClass->Name());
+    run.singleRequest = collected_.singleRequest;
     run.schemaSha256 = schema_.facts.sha256;
     return run;
   }
@@ -280,7 +274,7 @@ class TCollection {
   std::optional<TSessionEnvironment> environment_;
   TSourceFacts source_;
   TPlanServer server_;
-  std::vector<TAskedClass> classes_;
+  TCollectedClasses collected_;
   std::optional<TCaptureFolder> captures_;
 };
 

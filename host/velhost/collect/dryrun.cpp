@@ -12,6 +12,7 @@
 #include "host/base/sourcereader.h"
 #include "host/bmc/inband/inbandserviceprocessor.h"
 #include "host/bmc/iserviceprocessor.h"
+#include "host/bmc/record/recording.h"
 #include "host/bmc/smbios/smbios.h"
 #include "host/model/cimnamespace.h"
 #include "host/output/planwriter.h"
@@ -28,6 +29,7 @@
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/recordedconnection.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
@@ -42,6 +44,7 @@ namespace {
 struct TDeclaredServer {
   std::string machineType;
   TDiscovery discovery;
+  std::optional<TRecordingHeader> recording{};
 };
 
 TDeclaredServer DeclareInband(const std::vector<std::string>& specs) {
@@ -62,7 +65,9 @@ TDeclaredServer DeclareLan(const std::vector<std::string>& specs) {
 TDeclaredServer DeclareFromFile(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs,
                                 const TNamespace& cimNamespace) {
   const auto connection = ConnectServer(options, installation, inputs, cimNamespace);
-  return {connection->Environment().MachineType(), connection->ServiceProcessor().Discover()};
+  TDeclaredServer server = {connection->Environment().MachineType(), connection->ServiceProcessor().Discover()};
+  if (connection->Recording() != nullptr) server.recording = *connection->Recording();
+  return server;
 }
 
 /// The server that --sp names. A server file or recording is read. In-band there are as many BMC nodes as devices, and
@@ -100,16 +105,19 @@ bool IsCollector(const TCommonOptions& options, const TInstallation& installatio
 
 TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation, TInputs& inputs) {
   const TCollectOptions& options = commandLine.collect;
-  const auto cimNamespace = LoadSchema(commandLine.common, installation, inputs).cimNamespace;
+  const TLoadedSchema schema = LoadSchema(commandLine.common, installation, inputs);
+  const auto& cimNamespace = schema.cimNamespace;
   CheckClassNames(*cimNamespace, options.classes);
   const TDeclaredServer declared = DeclareServer(commandLine.common, installation, inputs, *cimNamespace);
   const TPlanServer server = PlanServerOf(declared.discovery);
-  const auto classes = ChooseClasses(*cimNamespace, options.classes, declared.machineType, server);
-  RefuseTooLarge(*cimNamespace, classes, declared.machineType, options.singleRequest, server.serviceProcessors);
+  const TRecordingHeader* const recording = declared.recording ? &*declared.recording : nullptr;
+  for (const std::string& text : AnotherSchemaWarnings(recording, schema.facts.sha256)) Say("warning: " + text);
+  const auto collected = ClassesToCollect(*cimNamespace, options, declared.machineType, server, recording);
+  RefuseTooLarge(*cimNamespace, collected, declared.machineType, server.serviceProcessors);
   const std::string unserved = MachineTypeWarning(*cimNamespace, declared.machineType);
   if (!unserved.empty()) Say("warning: " + unserved);
   const auto isCollectable = [&](const TCIMClass& cimClass) { return MeetsCollectorNeeds(*cimNamespace, cimClass); };
-  TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(classes, options.singleRequest),
+  TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(collected),
                          IsCollector(commandLine.common, installation), isCollectable});
   for (const std::string& text : PlanWarnings(plan)) Say("warning: " + text);
   return plan;

@@ -12,6 +12,7 @@
 #include "host/model/failures.h"
 #include "host/profile/collectionsize.h"
 #include "host/profile/collectorprofile.h"
+#include "host/velhost/classchoice.h"
 #include "nkrovel20/tvelexception.h"
 
 namespace velhost {
@@ -19,6 +20,20 @@ namespace velhost {
 namespace {
 
 constexpr char kHint[] = "; \"velhost classes\" shows what is served";
+
+std::vector<TAskedClass> RecordedClasses(const TNamespace& cimNamespace, const std::vector<std::string>& names) {
+  std::vector<TAskedClass> classes;
+  for (const std::string& name : names) {
+    const auto cimClass = cimNamespace.FindClass(name);
+    if (!cimClass) {
+      throw THostError(EFailure::kInvalidArgument,
+                       "the recording was made of the class \"" + SafeText(name) +
+                           "\", which the schema does not have; name the classes to collect");
+    }
+    classes.push_back({cimClass, true});  // a class that is not served was named then
+  }
+  return classes;
+}
 
 std::string DescribeAssertion(const TAssertionFailure& failure) {
   std::string missing = "host object";
@@ -35,10 +50,20 @@ std::string DescribeAssertion(const TAssertionFailure& failure) {
 
 }  // namespace
 
-std::vector<std::vector<TAskedClass>> RequestsOf(const std::vector<TAskedClass>& classes, bool singleRequest) {
-  if (singleRequest) return {classes};
+TCollectedClasses ClassesToCollect(const TNamespace& cimNamespace, const TCollectOptions& options,
+                                   const std::string& machineType, const TPlanServer& server,
+                                   const TRecordingHeader* recording) {
+  if (!options.classes.empty() || recording == nullptr || !recording->run) {
+    return {ChooseClasses(cimNamespace, options.classes, machineType, server), options.singleRequest};
+  }
+  return {RecordedClasses(cimNamespace, recording->run->classes),
+          options.singleRequest || recording->run->singleRequest};
+}
+
+std::vector<std::vector<TAskedClass>> RequestsOf(const TCollectedClasses& collected) {
+  if (collected.singleRequest) return {collected.classes};
   std::vector<std::vector<TAskedClass>> requests;
-  for (const TAskedClass& asked : classes) requests.push_back({asked});
+  for (const TAskedClass& asked : collected.classes) requests.push_back({asked});
   return requests;
 }
 
@@ -65,8 +90,8 @@ std::vector<std::string> PlanWarnings(const TPlan& plan) {
   return texts;
 }
 
-void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<TAskedClass>& classes,
-                    const std::string& machineType, bool singleRequest, int serviceProcessors) {
+void RefuseTooLarge(const TNamespace& cimNamespace, const TCollectedClasses& collected, const std::string& machineType,
+                    int serviceProcessors) {
   using namespace CollectorProfile;
   const auto refuse = [](const std::string& subject, const std::string& problem) {
     if (!problem.empty()) throw THostError(EFailure::kTooLarge, subject + problem);
@@ -75,7 +100,7 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<TAskedClas
   std::map<const TCIMClass*, EPath> paths;
   for (const auto& entry : CollectableClasses(cimNamespace, machineType)) paths[entry.cimClass.get()] = entry.path;
   TCollectionSize all;
-  for (const TAskedClass& asked : classes) {
+  for (const TAskedClass& asked : collected.classes) {
     const auto& cimClass = asked.cimClass;
     const auto path = paths.find(cimClass.get());
     if (path == paths.end()) continue;
@@ -90,7 +115,7 @@ void RefuseTooLarge(const TNamespace& cimNamespace, const std::vector<TAskedClas
            ProblemOf(size));
     all += size;
   }
-  if (singleRequest) refuse("the single request for all classes ", ProblemOf(all));
+  if (collected.singleRequest) refuse("the single request for all classes ", ProblemOf(all));
 }
 
 std::string RunRequest(IPluginBasicQueryCallbacks& plugin, const boost::shared_ptr<TNamespace>& cimNamespace,
