@@ -29,7 +29,7 @@ const TChoices<bool> kTextForms = {{"text", false}, {"json", true}};
 const TChoices<std::string> kOutputForms = {
     {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
 const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
-const std::vector<std::string> kServiceProcessorForms = {"sim[:FILE]", "replay:FILE", "inband[:DEVICE]",
+const std::vector<std::string> kServiceProcessorForms = {"sim[:FILE]", "replay:FILE", "image:FILE", "inband[:DEVICE]",
                                                          "lan:[USER@]HOST[:PORT]"};
 
 // The following functions describe the values of options. `place` selects the member of the command line to store to.

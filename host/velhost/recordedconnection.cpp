@@ -4,6 +4,7 @@
 #include "host/base/storedbytes.h"
 #include "host/base/text.h"
 #include "host/bmc/record/checkedrecording.h"
+#include "host/bmc/record/image.h"
 #include "host/bmc/record/replay.h"
 #include "host/velhost/messages.h"
 
@@ -66,10 +67,30 @@ class TReplayConnection : public TRecordedConnection {
   std::unique_ptr<TReplay> replay_;
 };
 
+class TImageConnection : public TRecordedConnection {
+ public:
+  TImageConnection(const std::string& path, TInputs& inputs) : image_(OpenRecording<TImage>(path, inputs)) {
+    Begin(image_->Recording());
+  }
+  IServiceProcessor& ServiceProcessor() override { return *image_; }
+  IHostEnvironment& Environment() override { return *image_; }
+  const TRecordingHeader* Recording() const override { return &image_->Recording().Header(); }
+  void CheckAfterwards() override {
+    if (const auto warning = image_->Recording().CutWarning()) SayDiagnostics({*warning});
+  }
+
+ private:
+  std::unique_ptr<TImage> image_;
+};
+
 }  // namespace
 
 std::unique_ptr<IServerConnection> ConnectReplay(const std::string& path, bool timing, TInputs& inputs) {
   return std::make_unique<TReplayConnection>(path, timing, inputs);
+}
+
+std::unique_ptr<IServerConnection> ConnectImage(const std::string& path, TInputs& inputs) {
+  return std::make_unique<TImageConnection>(path, inputs);
 }
 
 std::vector<std::string> AnotherSchemaWarnings(const TRecordingHeader* recording, const std::string& schemaSha256) {

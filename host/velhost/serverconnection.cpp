@@ -1,6 +1,7 @@
 #include "host/velhost/serverconnection.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -197,7 +198,7 @@ class TInbandConnection : public IServerConnection {
                                                    DidYouMean(SchemeOf(spec), schemes) + "\nSee \"velhost --help\".");
 }
 
-// The file of "sim:FILE" or "replay:FILE".
+// The file of "sim:FILE", "replay:FILE" or "image:FILE".
 std::string FileOf(const std::string& spec) {
   std::string file = RestOf(spec);
   if (!file.empty()) return file;
@@ -209,7 +210,8 @@ std::string FileOf(const std::string& spec) {
 // Several specs are allowed only if all are inband: or all are lan:.
 void CheckCombination(const std::vector<std::string>& specs) {
   const std::string scheme = SchemeOf(specs.front());
-  if (scheme != "sim" && scheme != "replay" && scheme != "inband" && scheme != "lan") ThrowUnknown(specs.front());
+  static constexpr std::array<std::string_view, 5> kSchemes = {"sim", "replay", "image", "inband", "lan"};
+  if (std::find(kSchemes.begin(), kSchemes.end(), scheme) == kSchemes.end()) ThrowUnknown(specs.front());
   if (specs.size() == 1) return;
   for (const std::string& spec : specs) {
     if ((scheme != "inband" && scheme != "lan") || SchemeOf(spec) != scheme) {
@@ -251,6 +253,7 @@ std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, 
   if (SchemeOf(first) == "replay") {
     return ConnectReplay(FileOf(first), options.replayTiming, inputs);
   }
+  if (SchemeOf(first) == "image") return ConnectImage(FileOf(first), inputs);
   const bool isDemo = first == "sim";
   const std::string path = isDemo ? installation.ServerFolder() + "/demo.toml" : installation.FindServer(FileOf(first));
   return std::make_unique<TSimulatedConnection>(path, inputs);

@@ -20,7 +20,7 @@ namespace velhost {
 /// Which server a connection leads to. Empty texts are unknown.
 struct TServerFacts {
   bool isSimulated = false;  ///< the answers are made up, in this run or in the recorded one
-  std::string recorded{};    ///< when the recording was made that is replayed
+  std::string recorded{};    ///< when the recording was made that answers
   std::string serialNumber{};
   std::string uuid{};
 };
@@ -32,11 +32,11 @@ class IServerConnection {
   /// The server's own machine type and clock.
   virtual IHostEnvironment& Environment() = 0;
   virtual TServerFacts Facts() const { return {}; }
-  /// The first line of the recording that is replayed; null without one.
+  /// The first line of the recording that answers; null without one.
   virtual const TRecordingHeader* Recording() const { return nullptr; }
   /// Whether a node was given up during the run, so that the collection is only partial.
   virtual bool WasLost() const { return false; }
-  /// A request that the recording does not contain, in one line; empty if there was none.
+  /// A request that differs from the one to be replayed, in one line; empty if there was none.
   virtual std::string Mismatch() const { return {}; }
   /// Called after the collection, when everything collected has been printed. Throws THostError if the connection
   /// itself is at fault.
@@ -48,7 +48,7 @@ class IServerConnection {
 std::vector<std::string> CheckedSpecs(const TCommonOptions& options);
 
 /// Opens the servers that --sp names, by default the demo server. Throws THostError; sets the process's time zone for
-/// a replay. If the run is stopped while a session on the network is being opened, returns a connection that never
+/// a recording. If the run is stopped while a session on the network is being opened, returns a connection that never
 /// answers and may have no machine type; if it is stopped while a file is read, throws TEndedReading. On the network
 /// there may be several candidates for the machine type; the first that occurs in the schema's lists of them counts.
 std::unique_ptr<IServerConnection> ConnectServer(const TCommonOptions& options, const TInstallation& installation,

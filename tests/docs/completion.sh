@@ -48,6 +48,7 @@ offers "17" "$velhost" collect --cipher-suite 1
 offers "inband inband:/dev/ipmi" "$velhost" collect --sp inb
 offers "demo.toml" "$velhost" collect --sp sim : de
 offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp replay :
+offers "block.bin captures demo.toml run.jsonl" "$velhost" collect --sp image :
 offers "demo.toml" "$velhost" collect --schema d
 offers "example" "$velhost" collect --schema exa
 offers "+captures" "$velhost" classes --schema +cap

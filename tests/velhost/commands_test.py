@@ -86,7 +86,7 @@ class Usage(VelhostCase):
         self.refuses("unknown option --scheme; did you mean --schema?", "--scheme", "a")
 
     def test_a_service_processor_without_what_it_needs(self):
-        for spec, scheme in (("replay", "replay"), ("replay:", "replay"), ("sim:", "sim")):
+        for spec, scheme in (("replay", "replay"), ("replay:", "replay"), ("image:", "image"), ("sim:", "sim")):
             self.refuses(f"--sp {scheme} needs a file: --sp {scheme}:FILE", "collect", "--sp", spec)
         self.fails(64, "no host is given; expected lan:[USER@]HOST[:PORT]", "collect", "--schema", "example", "--sp",
                    "lan:")
@@ -105,7 +105,7 @@ class Usage(VelhostCase):
                      "adm", see="plugin ")
         self.refuses('--color takes auto|always|never, not "foo"', "plugin", "--color", "foo", see="plugin ")
         for spec in ("simm", "simm:x"):
-            self.refuses('--sp takes sim[:FILE]|replay:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], '
+            self.refuses('--sp takes sim[:FILE]|replay:FILE|image:FILE|inband[:DEVICE]|lan:[USER@]HOST[:PORT], '
                          f'not "{spec}"; did you mean sim?', "collect", "--sp", spec)
 
     def test_labels(self):
