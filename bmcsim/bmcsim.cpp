@@ -1,4 +1,4 @@
-// An ipmi_sim module that serves one BMC node of a server file:
+// An ipmi_sim module that serves one BMC node of a server file or recording:
 //
 //   loadlib "/.../velbmcsim.so" "NODE FILE"
 //
@@ -18,12 +18,11 @@ extern "C" {
 #include <exception>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "host/base/hosterror.h"
 #include "host/base/sourcereader.h"
-#include "host/bmc/sim/servednode.h"
+#include "host/bmc/serve/servedfile.h"
 #include "wire/registerread.h"
 #include "wire/storagearea.h"
 
@@ -81,13 +80,8 @@ std::unique_ptr<TServedNode> NodeOf(const std::string& options) {
   if (behind == options.c_str() || *behind != ' ' || behind[1] == '\0' || number < 0 || number > 0xFFFF) {
     throw THostError(EFailure::kInvalidArgument, "found the options '" + options + "', expected 'NODE FILE'");
   }
-  const std::string file = behind + 1;
-  const int node = static_cast<int>(number);
   TFileReader reader;
-  TServerFile server = ReadServerFile(file, reader);
-  const TNotServed refusal = ReasonNotToServe(server, node);
-  if (!refusal.reason.empty()) throw THostError(EFailure::kMalformed, DescribeNotServed(refusal, file));
-  return std::make_unique<TServedNode>(std::move(server), node);
+  return OpenServedNode(behind + 1, static_cast<int>(number), reader);
 }
 
 }  // namespace

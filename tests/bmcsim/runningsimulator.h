@@ -61,10 +61,9 @@ inline bool IsFree(int port, int type = SOCK_DGRAM) { return TBoundPort(type, po
 
 class TRunningSimulator {
  public:
-  /// Starts it and waits until it has printed its lines or ended.
-  explicit TRunningSimulator(const std::string& serverText, int node = 0,
-                             std::optional<int> serialPort = std::nullopt) {
-    arguments_.file = folder_.Write("server.toml", serverText);
+  /// Starts it with a file of this content, and waits until it has printed its lines or ended.
+  explicit TRunningSimulator(const std::string& content, int node = 0, std::optional<int> serialPort = std::nullopt) {
+    arguments_.file = folder_.Write("server.toml", content);
     arguments_.node = node;
     arguments_.port = FreePort();
     arguments_.serialPort = serialPort;

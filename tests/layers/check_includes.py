@@ -12,7 +12,7 @@ import sys
 BASE, SDK, WIRE, MODEL = "host/base", "host/sdk", "wire", "host/model"
 MEANING, PROFILE = "host/meaning", "host/profile"
 COLLECTOR = ("plugin", "r8", "jfr", "ffdc")
-BMC = ("host/bmc/sim", "host/bmc/record", "host/bmc/inband", "host/bmc/lan")
+BMC = ("host/bmc/sim", "host/bmc/record", "host/bmc/serve", "host/bmc/inband", "host/bmc/lan")
 HOST = (BASE, MODEL, MEANING, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result", "host/output")
 
 MAY_INCLUDE = {
@@ -32,8 +32,10 @@ MAY_INCLUDE = {
     "host/output": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc", "host/result"),
     "host/template": (SDK,),
     "host/velhost": (SDK, WIRE, *HOST),
-    "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/sim"),
+    "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/serve"),
 }
+# Server files and recordings are served.
+MAY_INCLUDE["host/bmc/serve"] += ("host/bmc/sim", "host/bmc/record")
 # The in-band transport asks SMBIOS about the local BMC.
 MAY_INCLUDE["host/bmc/inband"] += ("host/bmc/smbios",)
 

@@ -162,7 +162,7 @@ class Usage(VelhostCase):
                 (f"lines.jsonl is a result, not a recording{recorded}", "collect", "--sp", "replay:lines.jsonl"),
                 ("run.jsonl is a recording, not a server file; give it as --sp replay:run.jsonl", "collect", "--sp",
                  "sim:run.jsonl"),
-                ("run.jsonl is a recording, not a server file; give it as --sp replay:run.jsonl", "simulate", "run.jsonl"),
+                (f"lines.jsonl is a result, not a recording{recorded}", "simulate", "lines.jsonl"),
                 (f"{schema} is a schema, not a server file; give it as --schema {schema}", "collect", "--sp", f"sim:{schema}"),
                 (f"{server} is a server file, not a recording; give it as --sp sim:{server}", "collect", "--sp",
                  f"replay:{server}"),

@@ -42,8 +42,10 @@ class LanCase(VelhostCase):
 
     def simulate(self, text):
         """Starts the simulator and returns it with its port, once it answers."""
+        return self.simulate_file(self.write("server.toml", text))
+
+    def simulate_file(self, server):
         port = free_port()
-        server = self.write("server.toml", text)
         process = subprocess.Popen([VELHOST, "simulate", server, "--port", str(port)], cwd=self.folder, text=True,
                                    env=dict(os.environ, TMPDIR=str(self.folder)), stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE)

@@ -26,6 +26,12 @@ name = "cpu_err"
 data = "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16"
 """
 
+OTHER_AREA = """
+[[bmc_node.storage_area]]
+name = "ioh_err"
+data = "20 21 22 23 24 25 26 27 28 29 2a 2b"
+"""
+
 SLOW = SERVER + """
 [[fault]]
 on = "register"
@@ -62,6 +68,55 @@ class Transports(LanCase):
             for instance in document["instances"]:
                 instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the system's
         self.assertEqual(simulated["instances"], over_network["instances"])
+
+    def test_a_recording_is_served_over_the_network(self):
+        schema = self.schema({"Listed": (0x00ABCDEF, 8), "Folded": (0x00ABCDEF, 4), "Pattern": (0x00112233, 8)}, count=2)
+        self.write("server.toml", SERVER.replace('timestamp = "12 34 56 78"', "") + OTHER_AREA)
+        self.collect("--schema", schema, "--sp", "sim:server.toml", "--record", "run.jsonl", BRIDGE, "KROSG_DCAPFile")
+        replayed = self.collect("--schema", schema, "--sp", "replay:run.jsonl")
+        _, port = self.simulate_file("run.jsonl")
+        done = self.collect_over_lan(port, schema)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        served = json.loads(done.stdout)
+        self.assertEqual(len(served["instances"]), 4)
+        self.assertEqual((served["machine_type"], served["source"]["simulated"]), ("6203", False))
+        for document in (replayed, served):
+            for instance in document["instances"]:
+                instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the system's
+        for member in ("instances", "unread", "exchanges"):
+            self.assertEqual(served[member], replayed[member])
+
+    def test_what_was_not_recorded_is_absent_over_the_network(self):
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        self.write("server.toml", SERVER)
+        self.collect("--schema", schema, "--sp", "sim:server.toml", "--record", "run.jsonl", BRIDGE)
+        schema = self.schema({"Listed": (0x00ABCDEF, 8), "New": (0x00112233, 8)})
+        _, port = self.simulate_file("run.jsonl")
+        done = self.collect_over_lan(port, schema)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        document = json.loads(done.stdout)
+        self.assertEqual([(each.get("property"), each["kind"], each["completion_code"])
+                          for each in document["exchanges"]["failed"]],
+                         [("New", "register", 203), *[(None, "open", 203)] * 3])
+
+    def test_a_recording_in_which_an_answer_was_lost_is_not_served(self):
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        self.write("server.toml", SERVER + '[[fault]]\non = "timestamp"\nlost = true\n')
+        self.collect("--schema", schema, "--sp", "sim:server.toml", "--record", "run.jsonl", BRIDGE)
+        done = self.run_velhost("simulate", "run.jsonl", "--port", str(free_port()))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (65, "", (
+            "velhost: run.jsonl:3:1: error: found an exchange without an answer, but ipmi_sim answers every request; "
+            "expected a recording in which none was lost\n")))
+
+    def test_a_cut_recording_is_served_with_a_warning(self):
+        schema = self.schema({"Listed": (0x00ABCDEF, 8)})
+        self.write("server.toml", SERVER)
+        self.collect("--schema", schema, "--sp", "sim:server.toml", "--record", "run.jsonl", BRIDGE)
+        self.write("cut.jsonl", (self.folder / "run.jsonl").read_text()[:-1])
+        process, _ = self.simulate_file("cut.jsonl")
+        self.stop(process)
+        self.assertEqual(process.stderr.read(), "velhost: cut.jsonl:4:1: warning: the recording was cut in this line; it "
+                                                "is used up to the line before\n")
 
     def test_the_machine_type_over_the_network_is_the_frus(self):
         _, port = self.simulate(SERVER)

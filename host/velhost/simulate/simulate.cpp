@@ -23,8 +23,12 @@
 #include "host/base/descriptor.h"
 #include "host/base/digits.h"
 #include "host/base/sourcereader.h"
+#include "host/base/storedbytes.h"
 #include "host/base/text.h"
-#include "host/bmc/sim/servednode.h"
+#include "host/bmc/record/checkedrecording.h"
+#include "host/bmc/serve/servedfile.h"
+#include "host/bmc/serve/servedrecording.h"
+#include "host/bmc/serve/servedserver.h"
 #include "host/bmc/sim/serverfile.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/messages.h"
@@ -97,19 +101,27 @@ std::string FindModule(const TInstallation& installation) {
           "\nIt is part of the package velhost; \"cmake --build build/release --target velbmcsim\" builds it");
 }
 
+std::string CheckRecording(const TSimulateArguments& arguments, TInputs& inputs) {
+  TInputReader reader(inputs, {"the recording", "simulate", EFileKind::kRecording, false}, {arguments.file});
+  const TStoredBytes bytes = reader.Open(arguments.file, kLargestRecording, kLargestRecordingOfAPipe);
+  const TServedRecording served(arguments.file, bytes, &reader, arguments.node);
+  if (const auto warning = served.Recording().CutWarning()) SayDiagnostics({*warning});
+  return served.Recording().Header().machineType;
+}
+
+std::string CheckServerFile(const TSimulateArguments& arguments, TInputs& inputs) {
+  TInputReader reader(inputs, {"the server file", "simulate", EFileKind::kServerFile, false}, {arguments.file});
+  const TServerFile server = ReadServerFile(arguments.file, reader);
+  RefuseNotServed(ReasonNotToServe(server, arguments.node), arguments.file);
+  return server.machineType;
+}
+
 /// Returns the server's machine type. Checks the file first, because ipmi_sim would not say what is wrong with it.
 std::string CheckServer(const TSimulateArguments& arguments) {
   const TStopSignal stop;
   TInputs inputs(stop);
-  TInputReader reader(inputs, {"the server file", "simulate", EFileKind::kServerFile, false}, {arguments.file});
-  const TServerFile server = ReadServerFile(arguments.file, reader);
-  const TNotServed refusal = ReasonNotToServe(server, arguments.node);
-  const bool exists = arguments.node >= 0 && static_cast<std::size_t>(arguments.node) < server.nodes.size();
-  if (!refusal.reason.empty()) {
-    throw THostError(exists ? EFailure::kMalformed : EFailure::kInvalidArgument,
-                     DescribeNotServed(refusal, arguments.file));
-  }
-  return server.machineType;
+  TFileReader reader;
+  return IsRecording(arguments.file, reader) ? CheckRecording(arguments, inputs) : CheckServerFile(arguments, inputs);
 }
 
 /// ipmi_sim also starts on a port that is in use, and then gets no requests.

@@ -1,4 +1,4 @@
-#include "host/bmc/sim/servednode.h"
+#include "host/bmc/serve/servedserver.h"
 
 #include "tests/support/bmclanguage.h"
 #include "tests/support/namespaces.h"
@@ -28,51 +28,51 @@ TBytes Answer(TServedNode& node, int networkFunction, int command, const TBytes&
   return node.Answer(static_cast<std::uint8_t>(networkFunction), 0, static_cast<std::uint8_t>(command), data, capacity);
 }
 
-TEST(ServedNode, AnswersWithCompletionCodeAndData) {
-  TServedNode node(ServerFrom(kServer), 0);
+TEST(ServedServer, AnswersWithCompletionCodeAndData) {
+  TServedServer node(ServerFrom(kServer), 0);
   EXPECT_EQ(Answer(node, 0x3A, 0x62, {0x07, 0x34, 0x56, 0x78}),
             (TBytes{0x00, 0, 0, 0, 0, 0, 0, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08}));
   EXPECT_EQ(Answer(node, 0x3A, 0x62, {0x07, 0x34, 0x56, 0x79}), (TBytes{0xCB}));
   EXPECT_EQ(Answer(node, 0x3A, 0x63, {}), (TBytes{0xC1}));
 }
 
-TEST(ServedNode, IsTheRequestedNode) {
-  TServedNode node(ServerFrom(kServer), 1);
+TEST(ServedServer, IsTheRequestedNode) {
+  TServedServer node(ServerFrom(kServer), 1);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0x00, 0x9A, 0xBC, 0xDE, 0xF0}));
 }
 
-TEST(ServedNode, StorageAreaAnswersCarryTheManufacturerId) {
-  TServedNode node(ServerFrom(kServer), 0);
+TEST(ServedServer, StorageAreaAnswersCarryTheManufacturerId) {
+  TServedServer node(ServerFrom(kServer), 0);
   EXPECT_EQ(Answer(node, 0x2E, 0x90, {0x39, 0x30, 0x00, 0x06, 'c', 'p', 'u', '_', 'e', 'r', 'r'}),
             (TBytes{0x00, 0x39, 0x30, 0x00, 0x28, 0x00, 0x00, 0x00}));
   EXPECT_EQ(Answer(node, 0x2E, 0x90, {0x39, 0x30, 0x00, 0x06, 'x'}), (TBytes{0xCB, 0x39, 0x30, 0x00}));
 }
 
-TEST(ServedNode, LongReadReturnsWhatTheWireHoldsAndCountsIt) {
-  TServedNode node(ServerFrom(kServer), 0);
+TEST(ServedServer, LongReadReturnsWhatTheWireHoldsAndCountsIt) {
+  TServedServer node(ServerFrom(kServer), 0);
   const TBytes answer = Answer(node, 0x2E, 0x90, {0x39, 0x30, 0x00, 0x02, 1, 0, 0, 0, 0, 0, 0, 0, 40, 0});
   ASSERT_EQ(answer.size(), 36U);
   EXPECT_EQ(TBytes(answer.begin(), answer.begin() + 8), (TBytes{0x00, 0x39, 0x30, 0x00, 0x1E, 0x00, 0x00, 0x01}));
   EXPECT_EQ(answer.back(), 0x1D);
 }
 
-TEST(ServedNode, AnswerFitsAnyCapacity) {
-  TServedNode node(ServerFrom(kServer), 0);
+TEST(ServedServer, AnswerFitsAnyCapacity) {
+  TServedServer node(ServerFrom(kServer), 0);
   for (std::size_t room = 0; room < 20; ++room) {
     const TBytes answer = Answer(node, 0x3A, 0x62, {0x07, 0x34, 0x56, 0x78}, room);
     EXPECT_EQ(answer.size(), std::max<std::size_t>(1, std::min<std::size_t>(room, 15))) << room;
   }
 }
 
-TEST(ServedNode, RequestLongerThanABufferIsCut) {
-  TServedNode node(ServerFrom(kServer), 0);
+TEST(ServedServer, RequestLongerThanABufferIsCut) {
+  TServedServer node(ServerFrom(kServer), 0);
   TBytes request = {0x07, 0x34, 0x56, 0x78};
   request.resize(300, 0x5A);
   EXPECT_EQ(Answer(node, 0x3A, 0x62, request).size(), 15U);
 }
 
-TEST(ServedNode, FaultsApply) {
-  TServedNode node(ServerFrom(std::string(kServer) + R"(
+TEST(ServedServer, FaultsApply) {
+  TServedServer node(ServerFrom(std::string(kServer) + R"(
 [[fault]]
 on = "timestamp"
 nth = 2
@@ -81,16 +81,16 @@ completion_code = 0xC3
 on = "register"
 truncate = 12
 )"),
-                   0);
+                     0);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0x00, 0x12, 0x34, 0x56, 0x78}));
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0xC3}));
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}), (TBytes{0x00, 0x12, 0x34, 0x56, 0x78}));
   EXPECT_EQ(Answer(node, 0x3A, 0x62, {0x07, 0x34, 0x56, 0x78}), (TBytes{0x00, 0, 0, 0}));
 }
 
-TEST(ServedNode, FaultsOfOtherNodesDoNotApply) {
-  TServedNode node(ServerFrom(std::string(kServer) + "[[fault]]\non = \"ipmi\"\nnode = 0\ncompletion_code = 0xC3\n"),
-                   1);
+TEST(ServedServer, FaultsOfOtherNodesDoNotApply) {
+  TServedServer node(ServerFrom(std::string(kServer) + "[[fault]]\non = \"ipmi\"\nnode = 0\ncompletion_code = 0xC3\n"),
+                     1);
   EXPECT_EQ(Answer(node, 0x3A, 0x6F, {}).front(), 0x00);
 }
 
