@@ -70,6 +70,34 @@ TPlannedRegister PlannedRegister(const TPropertyDecl& property, std::size_t plac
   return planned;
 }
 
+bool IsReadable(const TCIMClass& cimClass, EPath path) {
+  const auto registers = CollectorProfile::RegistersOf(cimClass, path);
+  return std::all_of(registers.begin(), registers.end(), [](const auto& property) {
+    return property->Definition().isArray && property->Definition().type == TCIMValue::TCIMType::kUint8;
+  });
+}
+
+void AddMeaning(TPlannedClass& planned) {
+  if (planned.registers.empty()) return;
+  std::vector<TRegisterShape> shapes;
+  for (const TPlannedRegister& one : planned.registers) shapes.push_back({one.property, one.isNarrow});
+  planned.meaning = std::make_shared<const TClassMeaning>(CompileMeaning(*planned.cimClass, shapes, &planned.slips));
+}
+
+void AddRegisters(TPlannedClass& planned) {
+  const TCIMClass& cimClass = *planned.cimClass;
+  if (planned.path == EPath::kCapture) return;
+  planned.instances = CollectorProfile::InstanceCountOf(cimClass);
+  planned.isBridge = planned.path == EPath::kR8 && Contains(CollectorProfile::kR8BridgeClasses, cimClass.Name());
+  for (std::size_t i = 0; i < cimClass.Properties().size(); ++i) {
+    const TPropertyDecl& property = *cimClass.Properties()[i];
+    if (!CollectorProfile::IsRegister(cimClass, property, planned.path)) continue;
+    planned.registers.push_back(PlannedRegister(property, i, planned.path));
+    planned.readsOfInstance += planned.registers.back().addresses.size();
+  }
+  AddMeaning(planned);
+}
+
 class TPlanMaker {
  public:
   explicit TPlanMaker(const TPlanInput& input);
@@ -80,8 +108,6 @@ class TPlanMaker {
   TPlannedRequest RequestOf(const std::vector<TAskedClass>& asked);
   void Classify(TPlannedClass& planned) const;
   void ClassifyServed(TPlannedClass& planned, const TServedClass& entry) const;
-  void AddRegisters(TPlannedClass& planned) const;
-  static void AddMeaning(TPlannedClass& planned);
   std::string MissingWay(EPath path) const;
   std::string WhyNot(const TCIMClass& cimClass) const;
   std::string WhyNoBlock(const TCIMClass& cimClass, std::string_view baseClass) const;
@@ -160,39 +186,9 @@ void TPlanMaker::Classify(TPlannedClass& planned) const {
 }
 
 void TPlanMaker::ClassifyServed(TPlannedClass& planned, const TServedClass& entry) const {
-  planned.path = entry.path;
+  planned = PlanOfClass(planned.cimClass, entry.path, input_.isCollectable(*planned.cimClass));
   planned.hasWay = HasWay(entry.path, input_.server);
   if (!planned.hasWay) planned.whyNotServed = MissingWay(entry.path);
-  planned.turn = ETurn::kUnknown;
-  if (!input_.isCollectable(*planned.cimClass)) return;
-  const auto registers = CollectorProfile::RegistersOf(*planned.cimClass, entry.path);
-  const bool isReadable = std::all_of(registers.begin(), registers.end(), [](const auto& property) {
-    return property->Definition().isArray && property->Definition().type == TCIMValue::TCIMType::kUint8;
-  });
-  if (!isReadable) return;
-  planned.turn = ETurn::kPlanned;
-  AddRegisters(planned);
-}
-
-void TPlanMaker::AddRegisters(TPlannedClass& planned) const {
-  const TCIMClass& cimClass = *planned.cimClass;
-  if (planned.path == EPath::kCapture) return;
-  planned.instances = CollectorProfile::InstanceCountOf(cimClass);
-  planned.isBridge = planned.path == EPath::kR8 && Contains(CollectorProfile::kR8BridgeClasses, cimClass.Name());
-  for (std::size_t i = 0; i < cimClass.Properties().size(); ++i) {
-    const TPropertyDecl& property = *cimClass.Properties()[i];
-    if (!CollectorProfile::IsRegister(cimClass, property, planned.path)) continue;
-    planned.registers.push_back(PlannedRegister(property, i, planned.path));
-    planned.readsOfInstance += planned.registers.back().addresses.size();
-  }
-  AddMeaning(planned);
-}
-
-void TPlanMaker::AddMeaning(TPlannedClass& planned) {
-  if (planned.registers.empty()) return;
-  std::vector<TRegisterShape> shapes;
-  for (const TPlannedRegister& one : planned.registers) shapes.push_back({one.property, one.isNarrow});
-  planned.meaning = std::make_shared<const TClassMeaning>(CompileMeaning(*planned.cimClass, shapes, &planned.slips));
 }
 
 std::string TPlanMaker::MissingWay(EPath path) const {
@@ -243,6 +239,18 @@ std::uint64_t SumOfReads(const TPlan& plan, EPath path) {
 bool HasWay(EPath path, const TPlanServer& server) {
   if (path != EPath::kJfr) return server.bmcNodes >= 1;
   return server.dotCommands && static_cast<std::uint8_t>(server.serviceProcessors) > 0;
+}
+
+TPlannedClass PlanOfClass(const boost::shared_ptr<TCIMClass>& cimClass, EPath path, bool isCollectable) {
+  TPlannedClass planned;
+  planned.cimClass = cimClass;
+  planned.path = path;
+  if (path == EPath::kNone) return planned;
+  planned.turn = ETurn::kUnknown;
+  if (!isCollectable || !IsReadable(*cimClass, path)) return planned;
+  planned.turn = ETurn::kPlanned;
+  AddRegisters(planned);
+  return planned;
 }
 
 TPlan MakePlan(const TPlanInput& input) { return TPlanMaker(input).Make(); }

@@ -111,6 +111,11 @@ struct TPlanInput {
 };
 TPlan MakePlan(const TPlanInput& input);
 
+/// The class as it is collected on that path, on whatever machine: without what depends on the server. `isCollectable`
+/// as in TPlanInput.
+TPlannedClass PlanOfClass(const boost::shared_ptr<TCIMClass>& cimClass, CollectorProfile::EPath path,
+                          bool isCollectable);
+
 /// The storage areas that the collector reads, in its order.
 inline constexpr std::array<std::string_view, 3> kCaptureAreas = {"cpu_err", "ioh_err", "zyn_err"};
 

@@ -32,12 +32,6 @@ std::vector<TClass> DefaultClasses(const TNamespace& cimNamespace, const std::st
   return classes;
 }
 
-bool IsBaseClass(const TCIMClass& cimClass) {
-  const auto& bases = CollectorProfile::kJfrBaseClasses;
-  return std::any_of(bases.begin(), bases.end(),
-                     [&cimClass](std::string_view base) { return EqualNames(base, cimClass.Name()); });
-}
-
 // The list under construction.
 class TChosenClasses {
  public:
@@ -86,7 +80,7 @@ void AddMatching(TChosenClasses& chosen, const std::vector<TClass>& defaults, co
 void AddClass(TChosenClasses& chosen, const TNamespace& cimNamespace, const TClass& cimClass,
               const std::string& machineType) {
   const TClass delegate =
-      IsBaseClass(*cimClass) ? CollectorProfile::DelegateOf(cimNamespace, cimClass->Name(), machineType) : TClass();
+      IsJfrBaseClass(*cimClass) ? CollectorProfile::DelegateOf(cimNamespace, cimClass->Name(), machineType) : TClass();
   if (delegate) {
     chosen.AddYielded(delegate, true);
   } else {
@@ -125,6 +119,12 @@ std::string NearestMachineType(const std::vector<TServedClass>& classes, const s
 TPlanServer PlanServerOf(const TDiscovery& discovery) {
   return {discovery.bmcNodes, discovery.ipmiDriver, discovery.dotCommands, discovery.communicates,
           discovery.serviceProcessors};
+}
+
+bool IsJfrBaseClass(const TCIMClass& cimClass) {
+  const auto& bases = CollectorProfile::kJfrBaseClasses;
+  return std::any_of(bases.begin(), bases.end(),
+                     [&cimClass](std::string_view base) { return EqualNames(base, cimClass.Name()); });
 }
 
 boost::shared_ptr<TCIMClass> FindNamedClass(const TNamespace& cimNamespace, const std::string& name) {

@@ -16,6 +16,9 @@ inline constexpr TPlanServer kServerWithEveryWay = {1, true, true, true, 1};
 
 TPlanServer PlanServerOf(const TDiscovery& discovery);
 
+/// Whether it is one of the base classes of the JFR path, for which one of its subclasses is collected.
+bool IsJfrBaseClass(const TCIMClass& cimClass);
+
 /// The class of that name. Throws THostError (kInvalidArgument) with the nearest name if the schema has none.
 boost::shared_ptr<TCIMClass> FindNamedClass(const TNamespace& cimNamespace, const std::string& name);
 

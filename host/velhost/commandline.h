@@ -11,7 +11,7 @@
 
 namespace velhost {
 
-enum class EVerb { kCollect, kClasses, kPlugin, kCheck, kSimulate };
+enum class EVerb { kCollect, kClasses, kDescribe, kPlugin, kCheck, kSimulate };
 enum class ELogFormat { kText, kJsonLines };
 /// When to use a terminal feature: if there is a terminal, always, or never.
 enum class EWhen { kAuto, kAlways, kNever };
@@ -50,6 +50,11 @@ struct TClassesOptions {
   bool json = false;
 };
 
+struct TDescribeOptions {
+  std::string name;  ///< "CLASS" or "CLASS.REGISTER"
+  bool json = false;
+};
+
 struct TPluginOptions {
   bool json = false;
 };
@@ -71,6 +76,7 @@ struct TCommandLine {
   TCommonOptions common;
   TCollectOptions collect;
   TClassesOptions classes;
+  TDescribeOptions describe;
   TPluginOptions plugin;
   TCheckOptions check;
   TSimulateArguments simulate;

@@ -31,6 +31,7 @@ velhost::EExitStatus RunVerb(const velhost::TCommandLine& commandLine) {
   switch (commandLine.verb) {
     case velhost::EVerb::kCollect: return velhost::Collect(commandLine, installation);
     case velhost::EVerb::kClasses: return velhost::ListClasses(commandLine, installation);
+    case velhost::EVerb::kDescribe: return velhost::DescribeClass(commandLine, installation);
     case velhost::EVerb::kPlugin: return velhost::ShowPlugin(commandLine, installation);
     case velhost::EVerb::kCheck: return velhost::CheckSchemaFiles(commandLine, installation);
     case velhost::EVerb::kSimulate: return velhost::SimulateCommand(commandLine.simulate, installation);

@@ -184,6 +184,16 @@ const std::vector<TVerb> kVerbs = {
                   .most = kAnyNumber,
                   .completion = "classes",
                   .take = [](auto& c, const auto& words) { c.classes.classes = words; }}},
+    {.verb = EVerb::kDescribe,
+     .name = "describe",
+     .help = "show what a class reads, and what its registers and their fields mean",
+     .example = "velhost describe KROSG_J2_MEMCTL_StatisticData.MemoryErrorStatus",
+     .operands = {.usage = "CLASS[.REGISTER]",
+                  .help = "a class, or one of its registers",
+                  .least = 1,
+                  .most = 1,
+                  .completion = "registers",
+                  .take = [](auto& c, const auto& words) { c.describe.name = words.front(); }}},
     {.verb = EVerb::kPlugin,
      .name = "plugin",
      .help = "load the collector and print its identity",
@@ -221,18 +231,18 @@ const std::vector<TOption> kOptions = {
      .value = SchemaPath(),
      .help =
          "a MOF file or a folder of them; +PATH adds to the default, \"example\" is the shipped one; may be repeated",
-     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kCheck},
+     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kDescribe, EVerb::kCheck},
      .idle = IfFilesAreChecked},
     {.name = "--sp",
      .value = List(
          "SPEC", "sp", [](auto& c) -> auto& { return c.common.serviceProcessors; }),
      .help = fmt::format("the service processor: {}", fmt::join(kServiceProcessorForms, ", ")),
-     .usedBy = {EVerb::kCollect, EVerb::kClasses}},
+     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kDescribe}},
     {.name = "--machine-type",
      .value = Text(
          "NNNN", "machinetypes", [](auto& c) -> auto& { return c.common.machineType; }),
      .help = "override the machine type",
-     .usedBy = {EVerb::kCollect, EVerb::kClasses}},
+     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kDescribe}},
     {.name = "--log",
      .value = Text(
          "FILE", "files", [](auto& c) -> auto& { return c.common.log; }),
@@ -251,7 +261,7 @@ const std::vector<TOption> kOptions = {
     {.name = "--color",
      .value = OneOf(
          kWhen, [](auto& c) -> auto& { return c.common.color; }),
-     .help = "colour the table; default: auto"},
+     .help = "colour the text for people; default: auto"},
     {.name = "--password-file",
      .value = Text(
          "FILE", "files", [](auto& c) -> auto& { return c.common.passwordFile; }),
@@ -328,6 +338,12 @@ const std::vector<TOption> kOptions = {
          kListForms, [](auto& c) -> auto& { return c.classes.json; }),
      .help = "output format; default: table",
      .verbs = {EVerb::kClasses}},
+
+    {.name = "--format",
+     .value = OneOf(
+         kTextForms, [](auto& c) -> auto& { return c.describe.json; }),
+     .help = "output format; default: text",
+     .verbs = {EVerb::kDescribe}},
 
     {.name = "--format",
      .value = OneOf(

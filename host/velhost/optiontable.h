@@ -34,8 +34,8 @@ struct TOptionValue {
   std::string name = {};                  ///< "FILE", "text|jsonl"; empty: the option takes no value
   std::string expected = {};              ///< what a message about a rejected value says is accepted: "N from 0 to 17"
   std::vector<std::string> choices = {};  ///< the permitted words, if the value is one of a few
-  /// What a shell offers for it: "files", "folders", "servers", "schemas", "classes", "machinetypes", "sp", "words 17
-  /// 3"; empty: nothing.
+  /// What a shell offers for it: "files", "folders", "servers", "schemas", "classes", "registers", "machinetypes",
+  /// "sp", "words 17 3"; empty: nothing.
   std::string completion = {};
   bool repeatable = false;
   /// Stores the value; called for each occurrence of the option. Returns false to reject the value.

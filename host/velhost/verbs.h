@@ -19,6 +19,10 @@ EExitStatus DryRun(const TCommandLine& commandLine, const TInstallation& install
 /// Prints a table of at least 80 columns: the collectable classes, and which of them this machine serves.
 EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& installation);
 
+/// Prints what a class or one of its registers is and means, from the schema alone: opens no device and no session.
+/// Throws THostError (kInvalidArgument) with the nearest name if the schema has no such class or register.
+EExitStatus DescribeClass(const TCommandLine& commandLine, const TInstallation& installation);
+
 /// Loads the collector and prints its name, versions and type.
 EExitStatus ShowPlugin(const TCommandLine& commandLine, const TInstallation& installation);
 

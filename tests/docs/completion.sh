@@ -26,13 +26,16 @@ offers() {
   fi
 }
 
-offers "check classes collect plugin simulate" "$velhost" ""
+offers "check classes collect describe plugin simulate" "$velhost" ""
 offers "check" "$velhost" che
 offers "check" "$velhost" -vv che
 offers "--format" "$velhost" collect --fo
 offers "--format" "$velhost" classes --fo
 offers "json table" "$velhost" classes --format ""
 offers "json text" "$velhost" plugin --format ""
+offers "KROSG_DCAPFile" "$velhost" describe krosg_dc
+offers "krosg_t4_memctl_statisticdata.EccSyndrome" "$velhost" describe krosg_t4_memctl_statisticdata.ecc
+offers "" "$velhost" describe KROSG_DCAPFile.F
 offers "4411 4414 4523 4524" "$velhost" collect --machine-type 4
 offers "6101 6102 6106" "$velhost" classes --schema "$schema" --machine-type = 61
 offers "" "$velhost" collect --schema run.jsonl --machine-type ""

@@ -6,14 +6,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/base/hosterror.h"
-#include "host/base/sourcereader.h"
-#include "host/bmc/inband/inbandserviceprocessor.h"
-#include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/record/recording.h"
-#include "host/bmc/smbios/smbios.h"
 #include "host/model/cimnamespace.h"
 #include "host/output/planwriter.h"
 #include "host/output/writers.h"
@@ -26,12 +21,12 @@
 #include "host/velhost/collect/outputtarget.h"
 #include "host/velhost/collect/requests.h"
 #include "host/velhost/commandline.h"
+#include "host/velhost/declaredserver.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
 #include "host/velhost/recordedconnection.h"
 #include "host/velhost/schemaloading.h"
-#include "host/velhost/serverconnection.h"
 #include "host/velhost/signals.h"
 #include "host/velhost/trace.h"
 #include "host/velhost/verbs.h"
@@ -40,47 +35,10 @@ namespace velhost {
 
 namespace {
 
-/// What is known of a server before anything is opened that leads to hardware.
-struct TDeclaredServer {
-  std::string machineType;
-  TDiscovery discovery;
-  std::optional<TRecordingHeader> recording{};
-};
-
-TDeclaredServer DeclareInband(const std::vector<std::string>& specs) {
-  std::vector<std::string> devices;
-  for (const std::string& spec : specs) devices.push_back(ParseInbandSpec(spec));
-  TFileReader reader;
-  const TSystemSmbios smbios = ReadSystemSmbios(reader);
-  return {smbios.machineType, DiscoverInband(devices, smbios)};
-}
-
-TDeclaredServer DeclareLan(const std::vector<std::string>& specs) {
-  TDiscovery discovery;
-  discovery.bmcNodes = static_cast<int>(specs.size());
-  discovery.ipmiDriver = true;
-  return {{}, discovery};
-}
-
-TDeclaredServer DeclareFromFile(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs,
-                                const TNamespace& cimNamespace) {
-  const auto connection = ConnectServer(options, installation, inputs, cimNamespace);
-  TDeclaredServer server = {connection->Environment().MachineType(), connection->ServiceProcessor().Discover()};
-  if (connection->Recording() != nullptr) server.recording = *connection->Recording();
-  return server;
-}
-
-/// The server that --sp names. A server file or recording is read. In-band there are as many BMC nodes as devices, and
-/// SMBIOS is asked for the machine type; no device is opened. On the network there are as many nodes as addresses, and
-/// nothing is sent. Throws THostError: kInvalidArgument if the machine type is neither given nor found.
-TDeclaredServer DeclareServer(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs,
-                              const TNamespace& cimNamespace) {
-  const std::vector<std::string> specs = CheckedSpecs(options);
-  const std::string scheme = SchemeOf(specs.front());
-  TDeclaredServer server = scheme == "inband" ? DeclareInband(specs)
-                           : scheme == "lan"  ? DeclareLan(specs)
-                                              : DeclareFromFile(options, installation, inputs, cimNamespace);
-  if (options.machineType) server.machineType = *options.machineType;
+// Without a machine type nothing can be planned.
+TDeclaredServer DeclareForPlan(const TCommonOptions& options, const TInstallation& installation, TInputs& inputs,
+                               const TNamespace& cimNamespace) {
+  TDeclaredServer server = DeclareServer(options, installation, inputs, cimNamespace);
   if (!server.machineType.empty()) return server;
   throw THostError(EFailure::kInvalidArgument,
                    "without the machine type nothing can be planned; give it with --machine-type NNNN");
@@ -108,7 +66,7 @@ TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation,
   const TLoadedSchema schema = LoadSchema(commandLine.common, installation, inputs);
   const auto& cimNamespace = schema.cimNamespace;
   CheckClassNames(*cimNamespace, options.classes);
-  const TDeclaredServer declared = DeclareServer(commandLine.common, installation, inputs, *cimNamespace);
+  const TDeclaredServer declared = DeclareForPlan(commandLine.common, installation, inputs, *cimNamespace);
   const TPlanServer server = PlanServerOf(declared.discovery);
   const TRecordingHeader* const recording = declared.recording ? &*declared.recording : nullptr;
   for (const std::string& text : AnotherSchemaWarnings(recording, schema.facts.sha256)) Say("warning: " + text);
@@ -126,8 +84,8 @@ TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation,
 void Print(const TPlan& plan, const TCommandLine& commandLine) {
   const TCollectOptions& options = commandLine.collect;
   const bool isShown = IsStandardOutput(options.output);
-  TOutputTarget target(options.output);
   const bool isTable = options.format.empty() ? isShown && IsTerminal(STDOUT_FILENO) : options.format == "table";
+  TOutputTarget target(options.output);
   if (isTable) {
     const bool useColor = UseColor(commandLine.common.color, isShown ? STDOUT_FILENO : kNoTerminal);
     WritePlanAsTable(plan, target.Sink(), {TerminalWidth(STDOUT_FILENO), useColor});
