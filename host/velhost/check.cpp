@@ -20,6 +20,7 @@
 #include "host/schema/schemacheck.h"
 #include "host/velhost/inputs.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/pager.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/verbs.h"
 
@@ -156,10 +157,11 @@ EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallatio
   TStringSink text;
   if (commandLine.check.json) {
     WriteFindingsAsJson(findings, text);
+    WriteToStandardOutput(text.Text());
   } else {
     WriteFindingsAsText(findings, text);
+    WriteForPeople(commandLine.common, SafeLines(text.Text()));
   }
-  WriteToStandardOutput(commandLine.check.json ? text.Text() : SafeLines(text.Text()));
   // Warnings count too: a file passes only if it has no findings.
   return findings.findings.empty() ? EExitStatus::kComplete : EExitStatus::kBadData;
 }

@@ -19,6 +19,7 @@
 #include "host/profile/plan.h"
 #include "host/velhost/classchoice.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/pager.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
 #include "host/velhost/verbs.h"
@@ -190,8 +191,11 @@ EExitStatus ListClasses(const TCommandLine& commandLine, const TInstallation& in
   const std::string warning = MachineTypeWarning(*cimNamespace, machine.machineType);
   if (!warning.empty()) Say("warning: " + warning);
   const TClassList list = ListOf(*cimNamespace, entries, machine);
-  WriteToStandardOutput(commandLine.classes.json ? JsonText(*cimNamespace, list)
-                                                 : SafeLines(TableOf(*cimNamespace, list)));
+  if (commandLine.classes.json) {
+    WriteToStandardOutput(JsonText(*cimNamespace, list));
+  } else {
+    WriteForPeople(commandLine.common, SafeLines(TableOf(*cimNamespace, list)));
+  }
   return EExitStatus::kComplete;
 }
 

@@ -25,6 +25,7 @@ struct TCommonOptions {
   std::optional<ELogFormat> logFormat;  ///< empty: text
   int verbosity = 0;                    ///< the number of -v
   EWhen color = EWhen::kAuto;
+  bool noPager = false;
   std::string passwordFile;
   std::optional<TSecret> passwordVariable;  ///< from VELHOST_IPMI_PASSWORD; never from the arguments
   std::optional<int> cipherSuite;

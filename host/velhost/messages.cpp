@@ -12,6 +12,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
 #include "host/output/outputfile.h"
+#include "host/velhost/pager.h"
 #include "host/velhost/verbs.h"
 
 namespace velhost {
@@ -68,6 +69,7 @@ bool showsDetails = false;
 
 void WriteOut(std::string_view text) {
   if (beforeMessage) beforeMessage();
+  if (IsTerminal(STDERR_FILENO) && WriteToRunningPager(text)) return;
   try {
     TDescriptorSink sink(STDERR_FILENO, "standard error");
     sink.Write(text);
@@ -92,6 +94,7 @@ void SayDetail(std::string_view text) {
 void ShowDetails(bool shown) { showsDetails = shown; }
 
 void SayAndEndAtOnce(const std::string& text) {
+  WaitForPagerBeforeTheEnd();
   Say(text);
   _exit(static_cast<int>(EExitStatus::kInternal));
 }

@@ -31,6 +31,8 @@ inline constexpr int kNoTerminal = -1;
 /// "dumb" and NO_COLOR is not set in the environment.
 bool UseColor(EWhen when, int descriptor);
 
+// The following functions write to standard error, or to the pager if one runs on the same terminal.
+
 /// Writes "velhost: " and the text on a line of its own. Further lines of the text are written as continuation lines.
 /// Anything that could disturb a terminal is escaped (SafeLines). Failed writes are ignored: there is nowhere left to
 /// report them.

@@ -262,6 +262,9 @@ const std::vector<TOption> kOptions = {
      .value = OneOf(
          kWhen, [](auto& c) -> auto& { return c.common.color; }),
      .help = "colour the text for people; default: auto"},
+    {.name = "--no-pager",
+     .value = Flag([](auto& c) -> auto& { return c.common.noPager; }),
+     .help = "print long text on a terminal without a pager"},
     {.name = "--password-file",
      .value = Text(
          "FILE", "files", [](auto& c) -> auto& { return c.common.passwordFile; }),

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <csignal>
 
+#include "host/velhost/pager.h"
+
 namespace velhost {
 
 namespace {
@@ -15,10 +17,27 @@ std::atomic<TStopSignal*> target{nullptr};
 
 std::atomic<bool> echoesInterrupt{false};
 
+void HandleBy(int signal, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  sigaction(signal, &action, nullptr);
+}
+
+void HandleByDefault(int signal) { HandleBy(signal, SIG_DFL); }
+
+// Ends the process as an unhandled signal does, but not while a pager has the terminal.
+extern "C" void EndBySignal(int signal) {
+  WaitForPagerBeforeTheEnd();
+  HandleByDefault(signal);
+  raise(signal);  // delivered when this handler returns
+}
+
 extern "C" void RequestStopOnce(int signal, siginfo_t* info, void* /*context*/) {
   if (TStopSignal* const stop = target.load()) stop->RequestStop();
+  HandleBy(signal, &EndBySignal);
   // The kernel sends Ctrl-C for the terminal, which has echoed "^C" at the cursor.
   if (signal != SIGINT || info == nullptr || info->si_code != SI_KERNEL || !echoesInterrupt.load()) return;
+  if (IsPagerRunning()) return;  // the terminal is not ours
   const int saved = errno;
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
   errno = saved;
@@ -27,14 +46,7 @@ extern "C" void RequestStopOnce(int signal, siginfo_t* info, void* /*context*/) 
 void HandleOnce(int signal) {
   struct sigaction action = {};
   action.sa_sigaction = &RequestStopOnce;
-  // The second signal of a kind has its default effect.
-  action.sa_flags = static_cast<int>(SA_SIGINFO | SA_RESETHAND);
-  sigaction(signal, &action, nullptr);
-}
-
-void HandleByDefault(int signal) {
-  struct sigaction action = {};
-  action.sa_handler = SIG_DFL;
+  action.sa_flags = SA_SIGINFO;
   sigaction(signal, &action, nullptr);
 }
 

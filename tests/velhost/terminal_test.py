@@ -1,14 +1,8 @@
 """What a user at a terminal sees: the progress line next to the data, and messages."""
 
-import fcntl
-import os
-import pty
-import struct
-import subprocess
-import termios
 import unittest
 
-from velhostcase import BRIDGE, VELHOST, VelhostCase, read_terminal
+from velhostcase import BRIDGE, VELHOST, VelhostCase
 
 SERVER = """
 machine_type = "6203"
@@ -51,16 +45,9 @@ class Terminal(VelhostCase):
         self.arguments = ["collect", "--schema", self.schema(registers, count=3), "--sp",
                           "sim:" + self.write("slow.toml", SERVER)]
 
-    def on_terminal(self, command, columns=80):
+    def on_terminal(self, command):
         """Returns everything that a command writes to a terminal of its own."""
-        master, slave = pty.openpty()
-        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
-        process = subprocess.Popen(command, cwd=self.folder, env=dict(os.environ, NO_COLOR="1"), stdin=slave,
-                                   stdout=slave, stderr=slave)
-        os.close(slave)
-        shown = read_terminal(master)
-        process.wait(timeout=60)
-        return shown
+        return self.run_on_terminal(command, {"NO_COLOR": "1", "PAGER": "cat"})[0]
 
     def check_screen(self, shown):
         self.assertRegex(shown, r"\[1/\d\] .*\d exchange", "the progress line was never drawn")
@@ -91,19 +78,15 @@ class Terminal(VelhostCase):
 
     def test_an_interrupt_ends_the_line_of_its_echo(self):
         for progress in ("always", "never"):
-            master, slave = pty.openpty()
             slow = self.write("slower.toml", SERVER.replace("delay_ms = 10", "nth = 9\ndelay_ms = 3600000"))
             recording = self.folder / "run.jsonl"
             recording.unlink(missing_ok=True)
-            process = subprocess.Popen([VELHOST, *self.arguments[:-1], "sim:" + slow, "--progress", progress, "--record",
-                                        str(recording), "-o", "out.json", BRIDGE], cwd=self.folder, stdin=slave,
-                                       stdout=slave, stderr=slave, start_new_session=True,
-                                       preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
-            self.addCleanup(process.kill)
-            os.close(slave)
+            process, terminal = self.start_on_terminal(
+                [VELHOST, *self.arguments[:-1], "sim:" + slow, "--progress", progress, "--record", str(recording), "-o",
+                 "out.json", BRIDGE], {})
             self.wait_for_exchanges(process, "run.jsonl", 5)
-            os.write(master, b"\x03")
-            lines = [line.rstrip() for line in Screen().feed(read_terminal(master)).lines]
+            terminal.write(b"\x03")
+            lines = [line.rstrip() for line in Screen().feed(terminal.read()).lines]
             self.assertEqual(process.wait(timeout=60), 3)
             self.assertTrue(lines[0].endswith("^C"), lines)
             self.assertEqual(lines[1].split("; ")[0], f"velhost: partial: {BRIDGE}: interrupted")

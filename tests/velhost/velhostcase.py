@@ -1,10 +1,14 @@
 """Runs velhost as a program in a temporary folder, and writes small servers and schemas for it."""
 
+import fcntl
 import json
 import os
 import pathlib
+import pty
+import struct
 import subprocess
 import tempfile
+import termios
 import time
 import unittest
 
@@ -49,6 +53,20 @@ def read_terminal(master):
     return shown.decode()
 
 
+class Terminal:
+    """The user's end of the terminal that a program runs on."""
+
+    def __init__(self, master):
+        self.master = master
+
+    def write(self, keys):
+        os.write(self.master, keys)
+
+    def read(self):
+        """Everything shown until the program has ended."""
+        return read_terminal(self.master)
+
+
 class VelhostCase(unittest.TestCase):
     def setUp(self):
         self._folder = tempfile.TemporaryDirectory()
@@ -86,6 +104,23 @@ class VelhostCase(unittest.TestCase):
         variables = dict(os.environ, TZ="UTC0", **(environment or {}))
         return subprocess.run([VELHOST, *arguments], capture_output=True, text=True, timeout=120, cwd=self.folder,
                               env=variables, **options)
+
+    def start_on_terminal(self, command, variables, columns=80):
+        """Starts a command that controls a terminal of its own; returns it and the terminal."""
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 50, columns, 0, 0))
+        process = subprocess.Popen(command, cwd=self.folder, env={**os.environ, "TZ": "UTC0", **variables}, stdin=slave,
+                                   stdout=slave, stderr=slave, start_new_session=True,
+                                   preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        os.close(slave)
+        return process, Terminal(master)
+
+    def run_on_terminal(self, command, variables, columns=80):
+        """Returns everything that a command writes to a terminal of its own, and its exit status."""
+        process, terminal = self.start_on_terminal(command, variables, columns)
+        return terminal.read(), process.wait(timeout=60)
 
     def collect(self, *arguments, status=0):
         """Runs a collection that must end with `status`, and returns its JSON document, which says so too."""

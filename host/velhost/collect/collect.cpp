@@ -26,6 +26,7 @@
 #include "host/velhost/collect/runfacts.h"
 #include "host/velhost/collect/runrecording.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/pager.h"
 #include "host/velhost/recordedconnection.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/serverconnection.h"
@@ -104,11 +105,13 @@ bool WantsProgressLine(const TCommandLine& commandLine) {
 // One collection. Its members are everything with the same lifetime, in the order in which they are needed.
 class TCollection {
  public:
-  TCollection(const TCommandLine& commandLine, const TInstallation& installation)
+  /// The pager is not owned.
+  TCollection(const TCommandLine& commandLine, const TInstallation& installation, TPager& pager)
       : run_(commandLine.collect.labels),
         options_(commandLine.collect),
         common_(commandLine.common),
         installation_(installation),
+        pager_(pager),
         showProgress_(WantsProgressLine(commandLine)),
         guard_(StopWithDeadline(stop_, options_)),
         inputs_(stop_),
@@ -129,6 +132,10 @@ class TCollection {
     if (!unserved.empty()) Say("warning: " + unserved);
   }
 
+  ~TCollection() { pager_.SetLeftCallback({}); }
+  TCollection(const TCollection&) = delete;
+  TCollection& operator=(const TCollection&) = delete;
+
   /// Throws THostError (kInvalidArgument) if an output would overwrite a file that was read.
   void RefuseOverwriting(const TCommandLine& commandLine) const { RefuseClashWithInputs(commandLine, inputs_.Files()); }
 
@@ -146,7 +153,9 @@ class TCollection {
     const TPlan& plan = run.MakePlan(server_, RequestsOf(collected_), supervised, sizeLimit);
     Warn(PlanWarnings(plan));
     SayDetail(PlanText(plan));
-    TOutputTarget target(options_.output);
+    const EOutputForm form = ChooseForm(options_);
+    TOutputTarget target(options_.output, form == EOutputForm::kTable ? &pager_ : nullptr);
+    pager_.SetLeftCallback([this] { stop_.RequestStop(); });
     OpenFiles(trace, recording);
     if (showProgress_) {
       progress.emplace();
@@ -155,7 +164,7 @@ class TCollection {
       run.SetRequestObserver(*progress);
       target.SetProgressLine(&progress->Line());
     }
-    const auto writer = MakeWriter(ChooseForm(options_), target.Sink(), TableOptions());
+    const auto writer = MakeWriter(form, target.Sink(), TableOptions());
     Collect(run, *writer);
     std::vector<THostError> failures = FailuresAfter(run, trace, recording);
     const TResultSummary summary = Close(run, failures);
@@ -249,7 +258,7 @@ class TCollection {
   // Ends the command with the failure that counts most, and reports the others.
   void Report(const TResultSummary& summary, std::vector<THostError>& failures) {
     // If the instances go to a file, the user would not see otherwise what is missing.
-    if (summary.status == EResultStatus::kPartial) Say("partial: " + summary.message);
+    if (summary.status == EResultStatus::kPartial && !pager_.WasLeft()) Say("partial: " + summary.message);
     try {
       connection_->CheckAfterwards();
     } catch (const THostError& mismatch) {
@@ -264,6 +273,7 @@ class TCollection {
   const TCollectOptions& options_;
   const TCommonOptions& common_;
   const TInstallation& installation_;
+  TPager& pager_;
   bool showProgress_;
   TStopSignal stop_;
   TSignalGuard guard_;
@@ -278,14 +288,22 @@ class TCollection {
   std::optional<TCaptureFolder> captures_;
 };
 
+EExitStatus CollectOnto(TPager& pager, const TCommandLine& commandLine, const TInstallation& installation) {
+  TCollection collection(commandLine, installation, pager);
+  collection.RefuseOverwriting(commandLine);
+  return collection.Run();
+}
+
 }  // namespace
 
 EExitStatus Collect(const TCommandLine& commandLine, const TInstallation& installation) {
   if (commandLine.collect.dryRun) return DryRun(commandLine, installation);
   RefuseClashingFiles(commandLine, installation);
-  TCollection collection(commandLine, installation);
-  collection.RefuseOverwriting(commandLine);
-  return collection.Run();
+  TPager pager(commandLine.common);
+  // The user may read for a long time, so everything else is closed first.
+  const EExitStatus status = CollectOnto(pager, commandLine, installation);
+  pager.Close();
+  return status;
 }
 
 }  // namespace velhost

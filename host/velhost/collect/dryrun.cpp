@@ -25,6 +25,7 @@
 #include "host/velhost/inputs.h"
 #include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/pager.h"
 #include "host/velhost/recordedconnection.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/signals.h"
@@ -85,7 +86,8 @@ void Print(const TPlan& plan, const TCommandLine& commandLine) {
   const TCollectOptions& options = commandLine.collect;
   const bool isShown = IsStandardOutput(options.output);
   const bool isTable = options.format.empty() ? isShown && IsTerminal(STDOUT_FILENO) : options.format == "table";
-  TOutputTarget target(options.output);
+  TPager pager(commandLine.common);
+  TOutputTarget target(options.output, isTable ? &pager : nullptr);
   if (isTable) {
     const bool useColor = UseColor(commandLine.common.color, isShown ? STDOUT_FILENO : kNoTerminal);
     WritePlanAsTable(plan, target.Sink(), {TerminalWidth(STDOUT_FILENO), useColor});
@@ -93,6 +95,7 @@ void Print(const TPlan& plan, const TCommandLine& commandLine) {
     WritePlanAsJson(plan, target.Sink());
   }
   target.Finish();
+  pager.Close();
 }
 
 }  // namespace

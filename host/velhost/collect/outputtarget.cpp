@@ -28,24 +28,31 @@ bool IsStandardOutput(const std::string& path) { return path.empty() || path == 
 // write.
 class TOutputTarget::TStandardOutput : public ITextSink {
  public:
+  explicit TStandardOutput(TPager* pager) : pager_(pager) {}
   void SetProgressLine(TProgressLine* line) { line_ = IsTerminal(STDERR_FILENO) ? line : nullptr; }
   void Write(std::string_view text) override {
     const bool inTheWay = line_ != nullptr && reader_ != EReader::kNone && !text.empty();
     if (inTheWay) line_->Hold();
-    sink_.Write(text);
-    sink_.Flush();
-    if (inTheWay && reader_ == EReader::kTerminal && text.ends_with('\n')) line_->Resume();
+    if (pager_ != nullptr) {
+      pager_->Write(text);
+    } else {
+      sink_.Write(text);
+      sink_.Flush();
+    }
+    const bool isOurs = reader_ == EReader::kTerminal && !IsPagerRunning();
+    if (inTheWay && isOurs && text.ends_with('\n')) line_->Resume();
   }
 
  private:
+  TPager* pager_;
   TDescriptorSink sink_{STDOUT_FILENO, "standard output"};
   EReader reader_ = ReaderOfStandardOutput();
   TProgressLine* line_ = nullptr;
 };
 
-TOutputTarget::TOutputTarget(const std::string& path) {
+TOutputTarget::TOutputTarget(const std::string& path, TPager* pager) {
   if (IsStandardOutput(path)) {
-    standard_ = std::make_unique<TStandardOutput>();
+    standard_ = std::make_unique<TStandardOutput>(pager);
   } else {
     file_ = std::make_unique<TOutputFile>(path);
   }

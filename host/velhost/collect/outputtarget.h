@@ -7,6 +7,7 @@
 #include "host/base/text.h"
 #include "host/output/outputfile.h"
 #include "host/output/progress.h"
+#include "host/velhost/pager.h"
 
 namespace velhost {
 
@@ -17,11 +18,11 @@ bool IsStandardOutput(const std::string& path);
 ///
 /// A progress line on the same terminal is removed whenever something is written, and comes back when the text has
 /// ended a line. If standard output is a pipe, the program that reads it may write to the terminal at any time, so
-/// the line stays away once something has been written.
+/// the line stays away once something has been written. It also stays away once a pager runs.
 class TOutputTarget {
  public:
-  /// Throws THostError (kNotCreated).
-  explicit TOutputTarget(const std::string& path);
+  /// Standard output goes through the pager if one is given, which is not owned. Throws THostError (kNotCreated).
+  explicit TOutputTarget(const std::string& path, TPager* pager = nullptr);
   ~TOutputTarget();
   TOutputTarget(const TOutputTarget&) = delete;
   TOutputTarget& operator=(const TOutputTarget&) = delete;

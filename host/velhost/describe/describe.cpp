@@ -13,6 +13,7 @@
 #include "host/velhost/declaredserver.h"
 #include "host/velhost/describe/classdescription.h"
 #include "host/velhost/messages.h"
+#include "host/velhost/pager.h"
 #include "host/velhost/schemaloading.h"
 #include "host/velhost/verbs.h"
 
@@ -115,7 +116,7 @@ EExitStatus DescribeClass(const TCommandLine& commandLine, const TInstallation& 
     TStringSink text;
     WriteDescriptionAsText(description, text,
                            {TerminalWidth(STDOUT_FILENO), UseColor(commandLine.common.color, STDOUT_FILENO)});
-    WriteToStandardOutput(text.Text());
+    WriteForPeople(commandLine.common, text.Text());
   }
   return EExitStatus::kComplete;
 }
