@@ -4,11 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/base/digits.h"
 #include "host/base/text.h"
+#include "host/meaning/field.h"
+#include "host/meaning/words.h"
 #include "host/output/planturns.h"
 
 namespace velhost {
@@ -80,7 +84,7 @@ using CollectorProfile::EPath;
 
 constexpr int kAddressBytes = 3;
 
-int BytesOf(const TRegisterFacts& facts) { return facts.isNarrow ? 4 : 8; }
+constexpr int BytesOf(bool isNarrow) { return isNarrow ? 4 : 8; }
 
 // With a trailing comma.
 void AppendWhere(TJsonText& json, const TWhere& where) {
@@ -101,6 +105,72 @@ void AppendWhere(TJsonText& json, const TWhere& where) {
     return;
   }
   json.Raw(',');
+}
+
+// From `"bits"` on: what fields and findings have in common. A number of JSON is only exact up to 53 bits.
+void AppendBits(TJsonText& json, std::string_view bits, unsigned width, std::optional<std::string_view> name,
+                std::uint64_t value, std::optional<std::string_view> text) {
+  json.Member("bits", bits);
+  json.Raw(R"(,"name":)");
+  if (name) {
+    json.String(*name);
+  } else {
+    json.Raw("null");
+  }
+  json.Raw(R"(,"value":)");
+  if (width <= 32) {
+    json.Unsigned(value);
+  } else {
+    json.Hex(value, 8);
+  }
+  if (!text) return;
+  json.Raw(',');
+  json.Member("text", *text);
+}
+
+// With a comma before each member.
+void AppendMeaning(TJsonText& json, const TRegisterMeaning& meaning) {
+  if (meaning.role != ERole::kState) {
+    json.Raw(',');
+    json.Member("role", RoleName(meaning.role));
+  }
+  if (!meaning.unit.empty()) {
+    json.Raw(',');
+    json.Member("unit", meaning.unit);
+  }
+  if (meaning.isMsb0) json.Raw(R"(,"numbering":"msb0")");
+}
+
+void AppendFields(TJsonText& json, const TRegisterFacts& facts) {
+  const bool isMsb0 = facts.meaning != nullptr && facts.meaning->isMsb0;
+  json.Raw(R"(,"fields":[)");
+  AppendSeparated(json, facts.fields, [&](const TField& field) {
+    json.Raw('{');
+    const std::string bits = BitsText(field.bits, facts.isNarrow ? 32 : 64, isMsb0);
+    AppendBits(json, bits, WidthOf(field.bits), field.name, field.value, field.text);
+    json.Raw('}');
+  });
+  json.Raw(']');
+}
+
+void AppendBoolean(TJsonText& json, std::string_view name, bool value) {
+  json.Raw(',');
+  json.Name(name);
+  json.Raw(value ? "true" : "false");
+}
+
+void AppendEvidence(TJsonText& json, const TFinding& finding) {
+  json.Raw(R"(,"evidence":{)");
+  const std::span<const TEvidence> shown(finding.place->evidence);
+  AppendSeparated(json, finding.showsEvidence ? shown : shown.first(0), [&json](const TEvidence& one) {
+    json.Name(one.registerName);
+    if (one.value) {
+      json.Hex(*one.value, BytesOf(one.isNarrow));
+    } else {
+      json.Raw("null");
+    }
+  });
+  json.Raw('}');
 }
 
 void AppendIdentification(TJsonText& json, const std::array<std::uint8_t, 3>& bytes) {
@@ -176,7 +246,8 @@ void AppendRegister(TJsonText& json, const TRegisterFacts& facts) {
     AppendAddress(json, facts.place);
   }
   json.Raw(facts.isNarrow ? R"(,"width":32,"value":)" : R"(,"width":64,"value":)");
-  json.Hex(facts.value, BytesOf(facts));
+  json.Hex(facts.value, BytesOf(facts.isNarrow));
+  if (facts.meaning != nullptr) AppendMeaning(json, *facts.meaning);
   if (facts.identification) AppendIdentification(json, *facts.identification);
   if (facts.upper) {
     json.Raw(R"(,"upper":)");
@@ -186,7 +257,33 @@ void AppendRegister(TJsonText& json, const TRegisterFacts& facts) {
     json.Raw(R"(,"folded":)");
     json.Hex(*facts.folded, 4);
   }
+  AppendFields(json, facts);
   json.Raw('}');
+}
+
+void AppendFinding(TJsonText& json, const TFinding& finding) {
+  const TErrorRegister& place = *finding.place;
+  json.Raw('{');
+  json.Member("key", place.key);
+  json.Raw(',');
+  json.Member("class", place.className);
+  json.Raw(',');
+  AppendOrigin(json, place.origin);
+  json.Raw(',');
+  json.Member("register", place.name);
+  json.Raw(',');
+  AppendBits(json, finding.bits, finding.width, finding.name, finding.value, finding.text);
+  json.Raw(R"(,"register_value":)");
+  json.Hex(place.value, BytesOf(place.isNarrow));
+  json.Raw(',');
+  json.Member("severity", SeverityName(finding.severity));
+  AppendBoolean(json, "masked", finding.isMasked);
+  AppendBoolean(json, "first", finding.isFirst);
+  AppendBoolean(json, "known", finding.isKnown);
+  AppendEvidence(json, finding);
+  json.Raw(R"(,"unknown":[)");
+  AppendSeparated(json, place.unknown, [&json](const std::string& name) { json.String(name); });
+  json.Raw("]}");
 }
 
 }  // namespace velhost

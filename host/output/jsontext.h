@@ -65,5 +65,7 @@ void AppendHow(TJsonText& json, THow how);
 void AppendMissing(TJsonText& json, const TMissing& missing);
 /// {"address":...} or {"index":...}
 void AppendRegister(TJsonText& json, const TRegisterFacts& facts);
+/// {"key":...}
+void AppendFinding(TJsonText& json, const TFinding& finding);
 
 }  // namespace velhost

@@ -27,6 +27,8 @@ class TJsonResult {
 
   TJsonResult(ITextSink& sink, ELayout layout) : json_(sink), layout_(layout) {}
 
+  /// Whether the instance belongs to the result.
+  bool IsWanted(const TInstanceFacts& facts) const { return !header_.onlyFindings || !facts.findings.empty(); }
   /// Keeps the header and writes nothing.
   void SetHeader(const TResultHeader& header) { header_ = header; }
   /// "format_version" to "schema".
@@ -52,6 +54,7 @@ class TJsonResult {
   void Exchanges(const TResultSummary& summary, const TPlanTurns& turns);
   void Failure(const TExchangeFailure& failure, const TPlanTurns& turns);
   void Unread(const TUnread& unread, const TPlanTurns& turns);
+  void Findings(const std::vector<TFinding>& findings);
 
   TJsonText json_;
   ELayout layout_;
@@ -108,6 +111,9 @@ void TJsonResult::Header() {
   Plugin(header_.plugin);
   NewLine();
   Schema(header_.schema);
+  if (!header_.onlyFindings) return;
+  NewLine();
+  json_.Raw(R"("filtered":true,)");
 }
 
 // With a trailing comma.
@@ -228,6 +234,7 @@ void TJsonResult::Summary(const TResultSummary& summary) {
   AppendSeparated(json_, summary.reasons, [this](const TReason& reason) { Reason(reason); });
   json_.Raw("],");
   NewLine();
+  Findings(summary.findings);
   Exchanges(summary, turns);
   json_.Raw(R"("unread":[)");
   AppendSeparated(json_, summary.unread, [&](const TUnread& unread) { Unread(unread, turns); });
@@ -250,6 +257,16 @@ void TJsonResult::Reason(const TReason& reason) {
   json_.Raw(',');
   json_.Member("message", reason.message);
   json_.Raw('}');
+}
+
+void TJsonResult::Findings(const std::vector<TFinding>& findings) {
+  json_.Raw(R"("findings":[)");
+  AppendSeparated(json_, findings, [this](const TFinding& finding) {
+    NewLine();
+    AppendFinding(json_, finding);
+  });
+  json_.Raw("],");
+  NewLine();
 }
 
 void TJsonResult::Exchanges(const TResultSummary& summary, const TPlanTurns& turns) {
@@ -334,6 +351,7 @@ void TJsonWriter::Begin(const TResultHeader& header) {
 }
 
 void TJsonWriter::Instance(const TInstance& instance, const TInstanceFacts& facts) {
+  if (!result_.IsWanted(facts)) return;
   result_.Text().Raw(first_ ? "\n" : ",\n");
   first_ = false;
   result_.Instance(instance, facts);
@@ -347,6 +365,7 @@ void TJsonWriter::End(const TResultSummary& summary) {
 }
 
 void TJsonLinesWriter::Instance(const TInstance& instance, const TInstanceFacts& facts) {
+  if (!result_.IsWanted(facts)) return;
   result_.Instance(instance, facts);
   result_.Text().Raw('\n');
   result_.Text().Flush();

@@ -49,6 +49,7 @@ struct TResultHeader {
   std::string machineType;
   TPluginFacts plugin;
   TSchemaFacts schema;
+  bool onlyFindings = false;  ///< `json` and `table` leave out instances without a finding
 };
 
 enum class EResultStatus { kComplete, kPartial, kUnreachable, kFailed };

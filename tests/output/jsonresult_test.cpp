@@ -15,55 +15,57 @@ using nlohmann::json;
 using JsonResult = TSmallServer;
 
 TEST_F(JsonResult, SmallServer) {
-  EXPECT_EQ(Written(EOutputForm::kJson, document_),
-            R"({"kind":"instancecollection","format_version":2,
+  EXPECT_EQ(
+      Written(EOutputForm::kJson, document_),
+      R"({"kind":"instancecollection","format_version":2,
 "source":{"sp":["sim:small.toml"],"target":"sim:small.toml","simulated":true},
 "machine_type":"6203",
 "plugin":{"name":"Engineering Information Collector","version":"1.0","interface_version":"1.0"},
 "schema":{"paths":["small.mof"],"sha256":"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa","example":false},
 "instances":[
 {"kind":"instance","class":"KROSG_VO_PCIIOBRIDGE_StatisticData",)"
-            R"("key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0",)"
-            R"("origin":{"path":"r8","node":0,"chip":1,"instance":0,"time_raw":"12 34 56 78"},)"
-            R"("incomplete":true,"missing":[{"property":"Log","address":"0xABCDF0","completion_code":203}],)"
-            R"("properties":{"InstanceID":"KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0",)"
-            R"("ElementName":"PCI I/O bridge,0","MachineType":"6203","StatisticTime":"19700101060856.000000+000",)"
-            R"("Count":[171,205,239,0,0,1,1,0,0,0,239,254,254,239]},)"
-            R"("registers":{"Count":{"address":"0xABCDEF","width":32,"value":"0x00000100","folded":"0x00000101"}}},
+      R"("key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0",)"
+      R"("origin":{"path":"r8","node":0,"chip":1,"instance":0,"time_raw":"12 34 56 78"},)"
+      R"("incomplete":true,"missing":[{"property":"Log","address":"0xABCDF0","completion_code":203}],)"
+      R"("properties":{"InstanceID":"KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0",)"
+      R"("ElementName":"PCI I/O bridge,0","MachineType":"6203","StatisticTime":"19700101060856.000000+000",)"
+      R"("Count":[171,205,239,0,0,1,1,0,0,0,239,254,254,239]},)"
+      R"("registers":{"Count":{"address":"0xABCDEF","width":32,"value":"0x00000100","folded":"0x00000101","fields":[]}}},
 {"kind":"instance","class":"KROSG_X_MEMCTL_StatisticData","key":"KROSG_X_MEMCTL_StatisticData/sp0/instance0",)"
-            R"("origin":{"path":"jfr","service_processor":0,"instance":0},)"
-            R"("properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0",)"
-            R"("ElementName":"Memory and I/O controller,0","MachineType":"6203",)"
-            R"("StatisticTime":"20260131113005.000000+000","First":[11,0,84,32,61,32,0,0,0,26,63,76,46,64]},)"
-            R"("registers":{"First":{"index":0,"width":64,"value":"0x0000001A3F4C2E40","identification":"0B 00 54"}}},
+      R"("origin":{"path":"jfr","service_processor":0,"instance":0},)"
+      R"("properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0",)"
+      R"("ElementName":"Memory and I/O controller,0","MachineType":"6203",)"
+      R"("StatisticTime":"20260131113005.000000+000","First":[11,0,84,32,61,32,0,0,0,26,63,76,46,64]},)"
+      R"("registers":{"First":{"index":0,"width":64,"value":"0x0000001A3F4C2E40","identification":"0B 00 54","fields":[]}}},
 {"kind":"instance","class":"KROSG_X_MEMCTL_StatisticData","key":"KROSG_X_MEMCTL_StatisticData/sp1/instance0",)"
-            R"("origin":{"path":"jfr","service_processor":1,"instance":0},)"
-            R"("incomplete":true,"missing":[{"property":"First","index":0,"short":0},)"
-            R"({"property":"StatisticTime","short":1}],)"
-            R"("properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0",)"
-            R"("ElementName":"Memory and I/O controller,0","MachineType":"6203",)"
-            R"("StatisticTime":"20484848484848.000000+000","First":[48,48,48,32,61,32,48,48,48,48,48,48,48,48]},)"
-            R"("registers":{}},
+      R"("origin":{"path":"jfr","service_processor":1,"instance":0},)"
+      R"("incomplete":true,"missing":[{"property":"First","index":0,"short":0},)"
+      R"({"property":"StatisticTime","short":1}],)"
+      R"("properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0",)"
+      R"("ElementName":"Memory and I/O controller,0","MachineType":"6203",)"
+      R"("StatisticTime":"20484848484848.000000+000","First":[48,48,48,32,61,32,48,48,48,48,48,48,48,48]},)"
+      R"("registers":{}},
 {"kind":"instance","class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/cpu_err",)"
-            R"("origin":{"path":"ffdc","node":0},"file":{"area":"cpu_err","reported_size":12,"received":3},)"
-            R"("incomplete":true,"missing":[{"property":"ErrRawData","offset":3,"short":3}],)"
-            R"("properties":{"FileName":"cpu_err","ErrRawData":"0a ff 00 00 00 00 00 00 00 00 00 00 ",)"
-            R"("MessageTimestamp":"20260131123456.000000+060","SourceNode":"1","CreationClassName":"KROSG_DCAPFile",)"
-            R"("LogCreationClassName":"KROSG_DCAPFile","LogName":"KROSG_DCAPFile","RecordID":"0"}}
+      R"("origin":{"path":"ffdc","node":0},"file":{"area":"cpu_err","reported_size":12,"received":3},)"
+      R"("incomplete":true,"missing":[{"property":"ErrRawData","offset":3,"short":3}],)"
+      R"("properties":{"FileName":"cpu_err","ErrRawData":"0a ff 00 00 00 00 00 00 00 00 00 00 ",)"
+      R"("MessageTimestamp":"20260131123456.000000+060","SourceNode":"1","CreationClassName":"KROSG_DCAPFile",)"
+      R"("LogCreationClassName":"KROSG_DCAPFile","LogName":"KROSG_DCAPFile","RecordID":"0"}}
 ],
 "status":"partial","exit_status":3,)"
-            R"("message":"KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short; )"
-            R"(KROSG_DCAPFile: 1 of 3 capture files is missing or incomplete",
+      R"("message":"KROSG_X_MEMCTL_StatisticData: 1 of 2 register blocks was too short; )"
+      R"(KROSG_DCAPFile: 1 of 3 capture files is missing or incomplete",
 "reasons":[
 {"code":"block-short","class":"KROSG_X_MEMCTL_StatisticData","count":1,"message":"1 of 2 register blocks was too short"},
 {"code":"file-unread","class":"KROSG_DCAPFile","count":1,"message":"1 of 3 capture files is missing or incomplete"}],
+"findings":[],
 "exchanges":{"total":15,"failed":[
 {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0",)"
-            R"("property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
+      R"("property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
 {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1",)"
-            R"("property":"Count","address":"0xABCDEF","node":0,"kind":"register","completion_code":203},
+      R"("property":"Count","address":"0xABCDEF","node":0,"kind":"register","completion_code":203},
 {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1",)"
-            R"("property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
+      R"("property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
 {"class":"KROSG_X_MEMCTL_StatisticData","service_processor":1,"kind":"dot","short":1},
 {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/cpu_err","property":"ErrRawData","node":0,"kind":"read","short":3},
 {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/cpu_err","property":"ErrRawData","node":0,"kind":"read","short":0},
@@ -71,11 +73,11 @@ TEST_F(JsonResult, SmallServer) {
 {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/zyn_err","node":0,"kind":"open","completion_code":203}]},
 "unread":[
 {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1",)"
-            R"("origin":{"path":"r8","node":0,"chip":2,"instance":1},"code":"absent"},
+      R"("origin":{"path":"r8","node":0,"chip":2,"instance":1},"code":"absent"},
 {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/ioh_err","origin":{"path":"ffdc","node":0},"code":"absent"},
 {"class":"KROSG_DCAPFile","key":"KROSG_DCAPFile/node0/zyn_err","origin":{"path":"ffdc","node":0},"code":"absent"}],
 "run":{"id":"0f8fad5b-d9cb-4d9f-a165-70867728950e","started":"2026-01-31T12:34:56.789+01:00","elapsed_ms":4,)"
-            R"("host":"collector","velhost":"2.0","labels":{"rack":"7"}}}
+      R"("host":"collector","velhost":"2.0","labels":{"rack":"7"}}}
 )");
 }
 
@@ -152,7 +154,7 @@ TEST_F(JsonFacts, UpperAndFolded) {
   narrow.folded = 0x132E1030;
   EXPECT_EQ(
       Instance(facts)["registers"].dump(),
-      R"({"P":{"address":"0x0C0120","folded":"0x132E1030","upper":"0x76465945","value":"0x132E1020","width":32}})");
+      R"({"P":{"address":"0x0C0120","fields":[],"folded":"0x132E1030","upper":"0x76465945","value":"0x132E1020","width":32}})");
 }
 
 TEST_F(JsonFacts, WritesAllSixteenDigits) {
@@ -163,7 +165,7 @@ TEST_F(JsonFacts, WritesAllSixteenDigits) {
   wide.value = 0xFEDCBA9876543210;
   wide.identification = {0x0B, 0x00, 0xAF};
   EXPECT_EQ(Instance(facts)["registers"].dump(),
-            R"({"P":{"identification":"0B 00 AF","index":140,"value":"0xFEDCBA9876543210","width":64}})");
+            R"({"P":{"fields":[],"identification":"0B 00 AF","index":140,"value":"0xFEDCBA9876543210","width":64}})");
 }
 
 TEST_F(JsonFacts, NoRegistersForFiles) {

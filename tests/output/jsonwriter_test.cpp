@@ -109,7 +109,7 @@ TEST_F(JsonWriter, WritesOneObjectOfACollection) {
                 R"({"kind":"instance","class":"KROSG_A","key":"KROSG_A/?1","properties":{"N":7}},)"
                 "\n"
                 R"({"kind":"instance","class":"KROSG_A","key":"KROSG_A/?1","properties":{"Name":"x","N":8}})"
-                "\n],\n\"status\":\"complete\",\"exit_status\":0,\n\"reasons\":[],\n"
+                "\n],\n\"status\":\"complete\",\"exit_status\":0,\n\"reasons\":[],\n\"findings\":[],\n"
                 R"("exchanges":{"total":42,"failed":[]},)"
                 "\n\"unread\":[],\n" +
                 kRun);
@@ -121,7 +121,7 @@ constexpr const char* kInterrupted =
     R"({"code":"stopped","count":1,"message":"interrupted"},)"
     "\n"
     R"({"code":"request-failed","class":"KROSG_A","count":1,"message":"said \"no\""}],)"
-    "\n"
+    "\n\"findings\":[],\n"
     R"("exchanges":{"total":42,"failed":[)"
     "\n"
     R"({"class":"KROSG_A","address":"0x2D0100","node":0,"kind":"register","completion_code":195},)"
