@@ -13,7 +13,8 @@ BASE, SDK, WIRE, MODEL = "host/base", "host/sdk", "wire", "host/model"
 MEANING, PROFILE = "host/meaning", "host/profile"
 COLLECTOR = ("plugin", "r8", "jfr", "ffdc")
 BMC = ("host/bmc/sim", "host/bmc/record", "host/bmc/serve", "host/bmc/inband", "host/bmc/lan")
-HOST = (BASE, MODEL, MEANING, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result", "host/output")
+HOST = (BASE, MODEL, MEANING, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result",
+        "host/output", "host/readback")
 
 MAY_INCLUDE = {
     WIRE: (),
@@ -30,6 +31,7 @@ MAY_INCLUDE = {
     **{folder: (BASE, SDK, WIRE, MODEL, "host/bmc") for folder in BMC},
     "host/result": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc"),
     "host/output": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc", "host/result"),
+    "host/readback": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc", "host/result", "host/output"),
     "host/template": (SDK,),
     "host/velhost": (SDK, WIRE, *HOST),
     "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/serve"),
