@@ -1,11 +1,7 @@
-#include "tests/plugin/constantsseenelsewhere.h"
+#include "tests/plugin/constantslist.h"
 
-#include "plugin/constants.h"
+namespace tests {
 
-namespace tests::elsewhere {
+std::vector<const std::string*> ConstantsSeenElsewhere() { return Constants(); }
 
-std::vector<const std::string*> Constants() {
-#include "tests/plugin/constantslist.inc"
-}
-
-}  // namespace tests::elsewhere
+}  // namespace tests

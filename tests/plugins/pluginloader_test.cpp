@@ -9,7 +9,7 @@
 
 #include "host/model/hostservices.h"
 #include "host/plugins/pluginloader.h"
-#include "tests/plugins/plugins/testplugin.h"
+#include "tests/plugins/testplugin.h"
 #include "tests/support/expectfailure.h"
 #include "tests/support/namespaces.h"
 

@@ -1,6 +1,0 @@
-// Never registers anything.
-#include "tests/plugins/plugins/testplugin.h"
-
-namespace {
-const testplugin::TUnloadMark mark("silent");
-}
