@@ -18,6 +18,16 @@
 
 namespace velhost {
 
+void ThrowUnreadable(const std::string& path, const char* action, int error) {
+  throw THostError(error == EACCES || error == EPERM ? EFailure::kDenied : EFailure::kAbsent,
+                   std::string("cannot ") + action + " " + SafeText(path) + ": " + std::strerror(error));
+}
+
+void ThrowTooLarge(const std::string& path, std::size_t limit) {
+  throw THostError(EFailure::kTooLarge,
+                   SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
+}
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -25,16 +35,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds kStep{100};
 constexpr std::size_t kPiece = std::size_t{4} << 20U;  // bytes between two checks for a stop
 constexpr std::size_t kPipePiece = 65536;
-
-[[noreturn]] void ThrowErrno(const std::string& path, const char* what, int error) {
-  throw THostError(error == EACCES || error == EPERM ? EFailure::kDenied : EFailure::kAbsent,
-                   std::string("cannot ") + what + " " + SafeText(path) + ": " + std::strerror(error));
-}
-
-[[noreturn]] void ThrowTooLarge(const std::string& path, std::size_t limit) {
-  throw THostError(EFailure::kTooLarge,
-                   SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
-}
 
 // The path of the file that is open. The name it was opened by may lead elsewhere by now.
 std::string RealPathOf(int descriptor) {
@@ -71,7 +71,7 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
     const ssize_t n = read(descriptor, content.data() + before, content.size() - before);
     const int error = n < 0 ? errno : 0;
     content.resize(before + static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
-    if (n < 0 && error != EAGAIN && error != EINTR) ThrowErrno(path, "read", error);
+    if (n < 0 && error != EAGAIN && error != EINTR) ThrowUnreadable(path, "read", error);
     if (n > 0) {
       if (content.size() > limit) ThrowTooLarge(path, limit);
       silence = {};
@@ -81,7 +81,7 @@ std::string TFileReader::ReadPipe(int descriptor, const std::string& path, std::
     // End of file before any byte: the writers have gone, or none has come yet.
     pollfd waiter = {descriptor, POLLIN, 0};
     const int found = poll(&waiter, 1, static_cast<int>(kStep.count()));
-    if (found < 0 && errno != EINTR) ThrowErrno(path, "read", errno);
+    if (found < 0 && errno != EINTR) ThrowUnreadable(path, "read", errno);
     if (n == 0 && found >= 0 && (waiter.revents & POLLHUP) != 0) return content;
     silence += kStep;
   }
@@ -93,10 +93,10 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
   realPath_.clear();
   readPipe_ = false;
   const TDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (!file) ThrowErrno(path, "open", errno);
+  if (!file) ThrowUnreadable(path, "open", errno);
   struct stat status = {};
-  if (fstat(file.Get(), &status) != 0) ThrowErrno(path, "read", errno);
-  if (S_ISDIR(status.st_mode)) ThrowErrno(path, "read", EISDIR);
+  if (fstat(file.Get(), &status) != 0) ThrowUnreadable(path, "read", errno);
+  if (S_ISDIR(status.st_mode)) ThrowUnreadable(path, "read", EISDIR);
   if (S_ISFIFO(status.st_mode) && std::find(pipes_.begin(), pipes_.end(), path) != pipes_.end()) {
     readPipe_ = true;
     return ReadPipe(file.Get(), path, limit);
@@ -111,7 +111,7 @@ std::string TFileReader::Read(const std::string& path, std::size_t limit) {
     CheckStop();
     const ssize_t n = read(file.Get(), content.data() + got, std::min(content.size() - got, kPiece));
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0) ThrowErrno(path, "read", errno);
+    if (n < 0) ThrowUnreadable(path, "read", errno);
     if (n == 0) break;
     got += static_cast<std::size_t>(n);
   }

@@ -23,6 +23,12 @@ class VELHOST_API TEndedReading : public THostError {
   ~TEndedReading() override;
 };
 
+/// What every reader throws if the system refuses an input: "cannot open a.mof: Permission denied", as kDenied or
+/// kAbsent.
+[[noreturn]] VELHOST_API void ThrowUnreadable(const std::string& path, const char* action, int error);
+/// What every reader throws (kTooLarge) for an input larger than `limit` bytes.
+[[noreturn]] VELHOST_API void ThrowTooLarge(const std::string& path, std::size_t limit);
+
 class VELHOST_API ISourceReader {
  public:
   virtual ~ISourceReader();

@@ -10,8 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/hosterror.h"
-
 namespace velhost {
 
 class TStoredBytes::IBytes {
@@ -105,9 +103,7 @@ TStoredBytes TStoredBytes::OfInput(const std::string& path, std::size_t limit, I
   }
   if (file && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode)) {
     const auto size = static_cast<std::size_t>(status.st_size);
-    if (size > limit) {
-      throw THostError(EFailure::kTooLarge, path + " is larger than the limit of " + std::to_string(limit) + " bytes");
-    }
+    if (size > limit) ThrowTooLarge(path, limit);
     return {std::move(file), size};
   }
   const std::string content = reader.Read(path, limitOfOthers);

@@ -11,9 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
 #include "host/base/storedbytes.h"
-#include "host/base/text.h"
 #include "host/base/textdiagnostic.h"
 #include "host/bmc/record/checkedrecording.h"
 #include "host/bmc/sim/serverfile.h"
@@ -61,8 +60,7 @@ class TCheckReader : public TInputReader {
     isPipe_ = pipe != pipes_.end();
     if (!isPipe_) return TInputReader::Read(path, limit);
     if (pipe->second.Size() <= limit) return TextOf(pipe->second.Read(0, limit));
-    throw THostError(EFailure::kTooLarge,
-                     SafeText(path) + " is larger than the limit of " + std::to_string(limit) + " bytes");
+    ThrowTooLarge(path, limit);
   }
   bool LiesIn(const std::string& folder) override { return isPipe_ || TInputReader::LiesIn(folder); }
 

@@ -8,10 +8,10 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 #include "host/base/hosterror.h"
+#include "host/base/sourcereader.h"
 #include "host/base/text.h"
 
 namespace velhost {
@@ -38,11 +38,6 @@ bool IsLink(int folder, const std::string& name) {
   return fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-[[noreturn]] void ThrowErrno(const std::string& path, int error) {
-  throw THostError(error == EACCES || error == EPERM ? EFailure::kDenied : EFailure::kAbsent,
-                   "cannot open " + path + ": " + std::strerror(error));
-}
-
 [[noreturn]] void ThrowLink(const std::string& path, const char* what) {
   throw THostError(EFailure::kMalformed,
                    "found " + Quoted(path) + ", " + what + ", expected a file in the server file's folder or below");
@@ -66,13 +61,13 @@ TDescriptor TDataFolder::OpenStepByStep(const std::string& name) const {
     if (!next) {
       const int error = errno;
       if (IsLink(folder.Get(), part)) ThrowLink(name, "which goes through a symbolic link");
-      ThrowErrno(prefix_ + name, error);
+      ThrowUnreadable(prefix_ + name, "open", error);
     }
     folder = std::move(next);
   }
   TDescriptor file(openat(folder.Get(), name.substr(start).c_str(), kOpenFlags | O_NOFOLLOW));
   if (!file && errno == ELOOP) ThrowLink(name, "which is a symbolic link");
-  if (!file) ThrowErrno(prefix_ + name, errno);
+  if (!file) ThrowUnreadable(prefix_ + name, "open", errno);
   return file;
 }
 
@@ -82,7 +77,7 @@ TDescriptor TDataFolder::OpenFile(const std::string& name) {
     if (file) return file;
     if (errno == EXDEV) ThrowLink(name, "which is outside the folder because of a symbolic link");
     // The call is unknown to the kernel or blocked by a container's system call filter.
-    if (errno != ENOSYS && errno != EPERM) ThrowErrno(prefix_ + name, errno);
+    if (errno != ENOSYS && errno != EPERM) ThrowUnreadable(prefix_ + name, "open", errno);
   }
   return OpenStepByStep(name);
 }
@@ -96,19 +91,16 @@ TStoredBytes TDataFolder::Open(const std::string& name, std::size_t limit) {
                        "server file in a regular file, or the bytes themselves");
     }
     folder_ = TDescriptor(open(prefix_.empty() ? "." : prefix_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!folder_) ThrowErrno(prefix_, errno);
+    if (!folder_) ThrowUnreadable(prefix_, "open", errno);
   }
   TDescriptor file = OpenFile(name);
   struct stat status = {};
-  if (fstat(file.Get(), &status) != 0) ThrowErrno(prefix_ + name, errno);
+  if (fstat(file.Get(), &status) != 0) ThrowUnreadable(prefix_ + name, "open", errno);
   if (!S_ISREG(status.st_mode)) {
     throw THostError(EFailure::kAbsent, "cannot read " + prefix_ + name + ": not a regular file");
   }
   const auto size = static_cast<std::size_t>(status.st_size);
-  if (size > limit) {
-    throw THostError(EFailure::kTooLarge,
-                     prefix_ + name + " is larger than the limit of " + std::to_string(limit) + " bytes");
-  }
+  if (size > limit) ThrowTooLarge(prefix_ + name, limit);
   return {std::move(file), size};
 }
 
