@@ -33,7 +33,7 @@ class TCaptureWalk : public ITurnWalk {
     std::int32_t size = 0;
     std::uint64_t received = 0;
     bool hasFailedRead = false;         ///< or one that brought less than it should
-    std::optional<TMissing> missing{};  ///< from the first byte on that did not come
+    std::optional<TMissing> missing{};  ///< from the first byte that was not received
   };
   /// The reads of the file, counted as the collector counts them.
   struct TReads {

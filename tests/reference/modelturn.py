@@ -217,7 +217,7 @@ class TurnBook:
         return None
 
     def finish_record(self, exchange, header, instance):
-        """Whether bytes of the instance did not come; notes its registers and what is missing."""
+        """Whether bytes of the instance were not received; notes its registers and what is missing."""
         place, length = (exchange.node, instance), len(exchange.data)
         missing, registers = [], {}
         for register in self.turn.of.registers:

@@ -257,7 +257,7 @@ class CaptureTest(unittest.TestCase):
              "message": "1 of 3 capture files is missing or incomplete"}])
 
     def test_refused_read_of_an_empty_file(self):
-        """The read has failed, but there is no byte that did not come."""
+        """The read has failed, but no byte is missing."""
         document, file, missing = self.file("", [{"on": "read", "completion_code": 0xC3}])
         self.assertEqual((file["reported_size"], missing, document["status"]), (0, None, "complete"))
         self.assertEqual([one["kind"] for one in document["exchanges"]["failed"]], ["read", "open", "open"])
