@@ -29,10 +29,11 @@ std::optional<bool> ReadNumbering(const TQualifierReader& qualifiers) {
   return std::nullopt;
 }
 
-// Empty if the word is unknown.
+// Empty if there is a role, but a bad one.
 std::optional<ERole> ReadRole(const TQualifierReader& qualifiers) {
+  if (!qualifiers.Has(Meaning::kRole)) return ERole::kState;
   const auto word = qualifiers.Text(Meaning::kRole);
-  if (!word) return ERole::kState;
+  if (!word) return std::nullopt;
   const auto role = RoleOf(word->text);
   if (!role) {
     qualifiers.Note(*word, 0, "found " + SingleQuoted(word->text, kShown) + ", expected " + ListOfRoles());
