@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "host/base/text.h"
+#include "host/meaning/words.h"
 #include "host/schema/mofscan.h"
 #include "host/schema/schemaunit.h"
 
@@ -74,7 +75,30 @@ bool SameValue(const TQualifier& inherited, const TQualifierDefinition& definiti
   return inherited.GetValue() == definition.value;
 }
 
+TDeclaredQualifier KnownQualifier(const Meaning::TQualifierOfMeaning& known) {
+  TDeclaredQualifier declared{};
+  declared.name = known.name;
+  declared.slot = {TType::kString, known.isArray, 0, known.name};
+  declared.defaultValue = NullOf(declared.slot);
+  declared.scope = Mof::kScopeProperty | (known.isOfClassesToo ? Mof::kScopeClass : 0U);
+  return declared;
+}
+
 }  // namespace
+
+TQualifierTable::TQualifierTable(const TSchemaLimits& limits, const Mof::TNameSet& mentioned, TSchemaLog& log)
+    : limits_(limits), mentioned_(mentioned), log_(log), values_(log) {
+  std::transform(Meaning::kQualifiers.begin(), Meaning::kQualifiers.end(), known_.begin(), KnownQualifier);
+}
+
+void TQualifierTable::WarnOfAnotherType(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax,
+                                        const TValueSlot& slot) {
+  const auto* const known = Meaning::FindQualifier(slot.qualifier);
+  if (known == nullptr || (slot.type == TType::kString && slot.isArray == known->isArray)) return;
+  log_.Warning(unit.Place(syntax.name),
+               "the qualifier " + unit.Quoted(syntax.name) + " is declared as " + NameOf(slot) + ", expected " +
+                   NameOf({TType::kString, known->isArray, 0, {}}) + "; it will not describe registers");
+}
 
 void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSyntax& syntax) {
   TDeclaredQualifier declared{unit.Text(syntax.name),       {},   {},         syntax.scope,
@@ -85,6 +109,7 @@ void TQualifierTable::Declare(const TSchemaUnit& unit, const Mof::TQualifierSynt
   } else {
     declared.defaultValue = NullOf(declared.slot);
   }
+  WarnOfAnotherType(unit, syntax, declared.slot);
   names_.push_back(declared.name);
   const auto [known, isNew] = declared_.emplace(declared.name, declared);
   if (isNew) return;
@@ -97,12 +122,16 @@ const TDeclaredQualifier* TQualifierTable::Find(const TSchemaUnit& unit, Mof::TS
   const std::string_view text = unit.Text(name);
   const auto found = declared_.find(text);
   if (found != declared_.end()) return &found->second;
+  if (const auto* const known = Meaning::FindQualifier(text)) {
+    return &known_.at(static_cast<std::size_t>(known - Meaning::kQualifiers.data()));
+  }
   if (mentioned_.count(text) != 0) return nullptr;
   TNameHint hint(text, log_.NameSearchSteps());
   if (log_.Shows()) {
     for (std::size_t i = 0; i < names_.size() && hint.Wants(); ++i) {
-      if (!declared_.at(names_[i]).unit.source->IsHidden()) hint.Offer(names_[i]);
+      if (!declared_.at(names_[i]).IsHidden()) hint.Offer(names_[i]);
     }
+    for (const auto& known : Meaning::kQualifiers) hint.Offer(known.name);
   }
   log_.Error(unit.Place(name), "the qualifier " + unit.Quoted(name) + " is not declared" + hint.Text());
   return nullptr;
@@ -139,7 +168,7 @@ bool TQualifierTable::MayOverride(const TSchemaUnit& unit, const Mof::TQualifier
   const auto overridden = inherited->Find(definition.name);
   if (!overridden || !IsFixed(overridden->Flavor()) || SameValue(*overridden, definition)) return true;
   std::string problem;
-  if (log_.Hides(overridden->Location().file) || declared.unit.source->IsHidden()) {
+  if (log_.Hides(overridden->Location().file) || declared.IsHidden()) {
     problem = " has a value other than the inherited one";
   } else if (log_.Shows()) {
     problem =
