@@ -151,6 +151,29 @@ std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimCl
   return registers;
 }
 
+namespace {
+
+bool IsNarrow(const TPropertyDecl& property) {
+  const auto length = property.Qualifiers().Find(std::string(kMaxLen));
+  if (!length || length->GetValue().IsArray()) return false;
+  try {
+    return static_cast<unsigned int>(length->GetValue()) == 4;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+std::vector<TRegisterShape> RegisterShapesOf(const TCIMClass& cimClass, EPath path) {
+  std::vector<TRegisterShape> shapes;
+  for (std::size_t i = 0; i < cimClass.Properties().size(); ++i) {
+    const TPropertyDecl& property = *cimClass.Properties()[i];
+    if (IsRegister(cimClass, property, path)) shapes.push_back({i, path == EPath::kR8 && IsNarrow(property)});
+  }
+  return shapes;
+}
+
 unsigned int InstanceCountOf(const TCIMClass& cimClass) {
   const auto qualifier = cimClass.Qualifiers().Find(std::string(kMaxInstanceCount));
   if (!qualifier || qualifier->GetValue().IsArray()) return 0;

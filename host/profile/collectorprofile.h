@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/meaning/compile.h"
 #include "host/model/cimclass.h"
 #include "host/model/cimnamespace.h"
 
@@ -55,6 +56,9 @@ bool IsSkippedName(EPath path, std::string_view propertyName);
 bool IsRegister(const TCIMClass& cimClass, const TPropertyDecl& property, EPath path);
 /// Those properties, in enumeration order.
 std::vector<boost::shared_ptr<TPropertyDecl>> RegistersOf(const TCIMClass& cimClass, EPath path);
+
+/// Those properties as registers of 32 or 64 bits. On the JFR path all have 64.
+std::vector<TRegisterShape> RegisterShapesOf(const TCIMClass& cimClass, EPath path);
 
 /// "MaxInstanceCount" as the collector reads it: the low 16 bits of a number, or of a string that contains
 /// one; 0 if there is none or it is anything else.

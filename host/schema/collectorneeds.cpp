@@ -12,6 +12,7 @@
 #include "host/profile/collectorprofile.h"
 #include "host/schema/classwarnings.h"
 #include "host/schema/machinetypewarnings.h"
+#include "host/schema/meaningfindings.h"
 #include "host/schema/needfindings.h"
 #include "wire/registerblock.h"
 
@@ -65,6 +66,7 @@ std::vector<TTextDiagnostic> TNeeds::Check(const std::string& schemaName) {
   const std::string tooManyMachineTypes = CollectorProfile::MachineTypesProblemOf(namespace_);
   if (!tooManyMachineTypes.empty()) findings_.Error(nowhere, tooManyMachineTypes);
   TClassWarnings warnings(namespace_, paths_, findings_);
+  TMeaningCheck meaning(paths_, findings_);
   // Comparing more machine types than a collection accepts could take very long.
   std::optional<TMachineTypeWarnings> machineTypes;
   if (tooManyMachineTypes.empty()) machineTypes.emplace(namespace_, paths_, findings_);
@@ -72,9 +74,11 @@ std::vector<TTextDiagnostic> TNeeds::Check(const std::string& schemaName) {
     findings_.Begin(*cimClass);
     CheckClass(*cimClass);
     warnings.Warn(*cimClass);
+    meaning.Check(*cimClass);
     if (machineTypes) machineTypes->Warn(*cimClass);
   }
   if (machineTypes) machineTypes->Finish(nowhere);
+  meaning.Finish(nowhere);
   return findings_.Finish(schemaName);
 }
 

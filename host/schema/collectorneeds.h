@@ -19,18 +19,19 @@ namespace velhost {
 ///
 /// Errors: a base class or the capture class is missing; a class on a path lacks one of its qualifiers or a
 /// superclass, or has an unusable qualifier value; a register lacks its qualifiers or is outside the register block;
-/// a property of the capture class is missing or has another type.
+/// a property of the capture class is missing or has another type; a slip in what registers mean, at the byte of the
+/// string (see TMeaningSlip).
 ///
 /// Warnings, of what can never be collected or is surely a slip: a register is not an array of uint8; an overriding
-/// property looks like a register but is not read because of its origin; and those of TClassWarnings,
-/// TMachineTypeWarnings and WarnOfRegisters.
+/// property looks like a register but is not read because of its origin; "Severity" with "FatalBy"; and those of
+/// TClassWarnings, TMachineTypeWarnings and WarnOfRegisters.
 ///
 /// After a thousand findings, a last one gives the number of those omitted.
 std::vector<TTextDiagnostic> CheckCollectorNeeds(const TNamespace& cimNamespace, const std::string& schemaName,
                                                  const TSchemaSources* sources = nullptr);
 
-/// Whether there is no error about this class or its properties. Warnings, and errors about the schema as a whole, do
-/// not count.
+/// Whether there is no error about this class or its properties that would end a request. Warnings, errors about the
+/// schema as a whole, and slips in what registers mean do not count.
 bool MeetsCollectorNeeds(const TNamespace& cimNamespace, const TCIMClass& cimClass);
 
 }  // namespace velhost

@@ -34,20 +34,14 @@ bool TClassPaths::IsR8(const TCIMClass& cimClass) {
   return std::find(names.begin(), names.end(), cimClass.Name()) != names.end();
 }
 
-namespace {
-
-constexpr std::size_t kMostFindings = 1000;
-
-}  // namespace
-
-TNeedFindings::TNeedFindings(const TSchemaSources* sources) : sources_(sources) {
+TNeedFindings::TNeedFindings(const TSchemaSources* sources, std::size_t most) : sources_(sources), most_(most) {
   if (sources == nullptr) return;
   for (const auto& source : *sources) {
     if (source->IsHidden()) hiddenFiles_.insert(source->Name());
   }
 }
 
-bool TNeedFindings::Keeps() const { return findings_.size() < kMostFindings; }
+bool TNeedFindings::Keeps() const { return findings_.size() < most_; }
 
 void TNeedFindings::Add(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message) {
   const bool isError = severity == EDiagnosticSeverity::kError;

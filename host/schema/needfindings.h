@@ -36,11 +36,13 @@ class TClassPaths {
   TClasses bases_;
 };
 
-/// Keeps a thousand findings, since a hostile schema could have millions, and counts the others.
+/// Keeps a thousand findings, or another number, since a hostile schema could have millions, and counts the others.
 class TNeedFindings {
  public:
+  static constexpr std::size_t kMost = 1000;
+
   /// `sources` supplies the source lines; not owned, and may be null.
-  explicit TNeedFindings(const TSchemaSources* sources);
+  explicit TNeedFindings(const TSchemaSources* sources, std::size_t most = kMost);
 
   /// The findings that follow are about this class. If its text is hidden, they quote nothing.
   void Begin(const TCIMClass& cimClass) { class_ = &cimClass; }
@@ -50,20 +52,23 @@ class TNeedFindings {
   void Warning(const TSourceLocation& location, std::string message) {
     Add(EDiagnosticSeverity::kWarning, location, std::move(message));
   }
+  void Add(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message);
   /// Whether there was an error, kept or not.
   bool HasError() const { return hasError_; }
   /// Whether another finding would be kept. If not, callers can skip composing expensive messages.
   bool Keeps() const;
+  /// The text that the location is in; null if it is not known.
+  const TSchemaSource* SourceOf(const TSourceLocation& location) const;
+  /// Whether all texts may be quoted.
+  bool HidesNothing() const { return hiddenFiles_.empty(); }
   /// Whether what is declared there may be quoted in a finding about another place; not if the text is hidden.
   bool MayQuote(const TSourceLocation& location) const { return hiddenFiles_.count(location.file) == 0; }
   /// The findings in order, and if some were not kept, a last one with their number, under `schemaName`.
   std::vector<TTextDiagnostic> Finish(const std::string& schemaName);
 
  private:
-  void Add(EDiagnosticSeverity severity, const TSourceLocation& location, std::string message);
-  const TSchemaSource* SourceOf(const TSourceLocation& location) const;
-
   const TSchemaSources* sources_;
+  std::size_t most_;
   std::set<std::string> hiddenFiles_;
   const TCIMClass* class_ = nullptr;
   std::vector<TTextDiagnostic> findings_;

@@ -40,6 +40,11 @@ TSourceLocation TSchemaSource::Locate(std::uint32_t offset) const {
   return {name_, static_cast<std::uint32_t>(hint_ + 1), offset - *line + 1};
 }
 
+std::uint32_t TSchemaSource::OffsetOf(const TSourceLocation& location) const {
+  if (starts_.empty()) FindLines();
+  return starts_.at(location.line - 1) + location.column - 1;
+}
+
 std::string_view TSchemaSource::Line(std::uint32_t number) const {
   if (starts_.empty()) FindLines();
   if (hidden_ || number == 0 || number > starts_.size()) return {};

@@ -91,6 +91,8 @@ class TSchemaSource {
 
   /// The line and column of a byte; `offset` may be one past the end of the text.
   TSourceLocation Locate(std::uint32_t offset) const;
+  /// The opposite: the byte at a location that Locate has returned.
+  std::uint32_t OffsetOf(const TSourceLocation& location) const;
   /// Line `number`, from 1, without its line end; empty past the last line, and for a hidden text.
   std::string_view Line(std::uint32_t number) const;
 

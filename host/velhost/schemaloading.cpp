@@ -12,6 +12,7 @@
 #include "host/base/hosterror.h"
 #include "host/base/sha256.h"
 #include "host/base/text.h"
+#include "host/schema/meaningfindings.h"
 #include "host/schema/schemareader.h"
 #include "host/velhost/messages.h"
 
@@ -94,11 +95,17 @@ TLoadedSchema LoadSchema(const TCommonOptions& options, const TInstallation& ins
   const TSchemaResult schema = ReadSchema(paths, hashing);
   SayDiagnostics(schema.diagnostics);
   if (schema.HasErrors()) throw THostError(schema.failure, "the schema cannot be used");
-  TLoadedSchema loaded = {schema.cimNamespace, {paths, hashing.HexDigest(), HasExample(paths, installation)}};
+  TLoadedSchema loaded = {
+      schema.cimNamespace, {paths, hashing.HexDigest(), HasExample(paths, installation)}, schema.sources};
   const std::size_t classes = schema.cimNamespace->Classes().size();
   SayDetail("schema: " + Listed(paths, ", ") + "; " + std::to_string(classes) + (classes == 1 ? " class" : " classes") +
             ", SHA-256 " + loaded.facts.sha256);
   return loaded;
+}
+
+void SayMeaningWarnings(const TPlan& plan, TLoadedSchema& schema) {
+  SayDiagnostics(MeaningWarnings(plan, Listed(schema.facts.paths, ", "), *schema.sources));
+  schema.sources.reset();
 }
 
 }  // namespace velhost

@@ -152,6 +152,7 @@ class TCollection {
     run.Load(common_.plugin.empty() ? installation_.Plugin() : common_.plugin);
     const TPlan& plan = run.MakePlan(server_, RequestsOf(collected_), supervised, sizeLimit);
     Warn(PlanWarnings(plan));
+    SayMeaningWarnings(plan, schema_);
     SayDetail(PlanText(plan));
     const EOutputForm form = ChooseForm(options_);
     TOutputTarget target(options_.output, form == EOutputForm::kTable ? &pager_ : nullptr);

@@ -64,7 +64,7 @@ bool IsCollector(const TCommonOptions& options, const TInstallation& installatio
 
 TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation, TInputs& inputs) {
   const TCollectOptions& options = commandLine.collect;
-  const TLoadedSchema schema = LoadSchema(commandLine.common, installation, inputs);
+  TLoadedSchema schema = LoadSchema(commandLine.common, installation, inputs);
   const auto& cimNamespace = schema.cimNamespace;
   CheckClassNames(*cimNamespace, options.classes);
   const TDeclaredServer declared = DeclareForPlan(commandLine.common, installation, inputs, *cimNamespace);
@@ -79,6 +79,7 @@ TPlan PlanOf(const TCommandLine& commandLine, const TInstallation& installation,
   TPlan plan = MakePlan({*cimNamespace, declared.machineType, server, RequestsOf(collected),
                          IsCollector(commandLine.common, installation), isCollectable});
   for (const std::string& text : PlanWarnings(plan)) Say("warning: " + text);
+  SayMeaningWarnings(plan, schema);
   return plan;
 }
 
