@@ -7,22 +7,14 @@
 
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/supervision.h"
-#include "host/plugins/pluginloader.h"
 #include "host/schema/collectorneeds.h"
+#include "tests/result/collectorplugin.h"
 
 namespace tests {
 
 namespace {
 
 using CollectorProfile::EPath;
-
-// Loaded only once: in sanitizer builds, a library stays mapped and would not register again.
-TLoadedPlugin& Collector() {
-  static auto* const libraries = new TDynamicLibraryLoader();
-  static auto* const loader = new TPluginLoader(*libraries);
-  static auto* const plugin = loader->Load(COLLECTOR_PLUGIN).release();
-  return *plugin;
-}
 
 // Stops the run before an exchange.
 class TStoppingProcessor : public TForwardingServiceProcessor {
