@@ -3,7 +3,7 @@
 
 Each case is a random schema, server and request. What velhost prints and traces must match the model: every line of the
 trace, the instances, and the whole result document. In some cases also the plan of a dry run, the result line by line,
-and the result of a recording that was cut.
+the results of a recording as a replay and as an image, and that of one that was cut.
 """
 
 import argparse
@@ -52,18 +52,22 @@ def short(thing, most=2000):
 
 # -- running --------------------------------------------------------------------------------------------------
 
-def command_of(options, case, directory, *more, source=None):
+def command_of(options, case, directory, *more, source=None, asked=True):
     source = source or "sim:" + os.path.join(directory, "case.toml")
     command = [options.velhost, "collect", "--schema", os.path.join(directory, "case.mof"), "--sp", source, *more]
     if options.plugin:
         command += ["--plugin", options.plugin]
-    return command + case.arguments()
+    return command + case.arguments(asked)
 
 
 def main_command(options, case, directory):
-    more = ["--record", os.path.join(directory, "recording.jsonl")] if case.kept is not None else []
+    more = ["--record", os.path.join(directory, "recording.jsonl")] if is_recorded(case) else []
     return command_of(options, case, directory, "--format", "json", "--log", os.path.join(directory, "trace.jsonl"),
                       "--log-format", "jsonl", *more)
+
+
+def is_recorded(case):
+    return case.kept is not None or case.seed % 8 == 3
 
 
 def run_command(command, case, directory, name):
@@ -103,6 +107,8 @@ def compare(options, case, directory):
         compare_plan(options, case, directory)
     if case.seed % 4 == 2:
         compare_lines(options, case, directory, document)
+    if case.seed % 8 == 3:
+        compare_recording(options, case, directory, expected)
     if case.kept is not None:
         compare_cut_recording(options, case, directory)
 
@@ -192,6 +198,23 @@ def compare_lines(options, case, directory, document):
     require("lines of jsonl", len(lines), len(document["instances"]) + 1)
     summary = {name: value for name, value in document.items() if name != "instances"}
     compare_documents(lines[-1], {**summary, **run, "kind": "summary"}, case)
+
+
+def compare_recording(options, case, directory, expected):
+    """Asked for its own classes, or for the same ones by name, a recording gives the same result, replayed or not."""
+    path = os.path.join(directory, "recording.jsonl")
+    if not os.path.exists(path):
+        return
+    with open(path, encoding="utf-8") as stream:
+        started = json.loads(stream.readline())["started"]
+    for scheme, asked in (("replay", False), ("image", case.seed % 16 == 3)):
+        source = "%s:%s" % (scheme, path)
+        command = command_of(options, case, directory, "--format", "json", source=source, asked=asked)
+        status, output, errors = run_command(command, case, directory, scheme)
+        if status not in (0, 3):
+            raise Difference("exit status %d of the %s:\n%s" % (status, scheme, errors.decode(errors="replace")))
+        document = document_of(case, directory, expected, source, recorded=started)
+        compare_documents(parsed(output), document, case)
 
 
 def compare_cut_recording(options, case, directory):

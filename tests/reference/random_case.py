@@ -50,9 +50,11 @@ class Case:
     def calls(self):
         return [[name for name, _ in call] for call in self.asked]
 
-    def arguments(self):
+    def arguments(self, asked=True):
+        """The labels and, if `asked`, what to collect."""
         labels = [text for key, value in self.labels.items() for text in ("--label", "%s=%s" % (key, value))]
-        return labels + (["--single-request"] if self.single_request else []) + self.classes
+        single = ["--single-request"] if asked and self.single_request else []
+        return labels + single + (self.classes if asked else [])
 
     def write(self, directory):
         os.makedirs(directory, exist_ok=True)
