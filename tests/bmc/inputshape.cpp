@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/base/hosterror.h"
+#include "host/bmc/record/image.h"
 #include "host/bmc/record/replay.h"
 #include "host/bmc/sim/faults.h"
 #include "host/bmc/sim/simulatedserver.h"
@@ -116,6 +117,19 @@ void Replay(int size) {
   for (int i = 0; i < size; ++i) static_cast<void>(replay.LocalTime());
 }
 
+// Every line asks the same, or gives another handle.
+void UseImage(int size) {
+  const std::string text =
+      Recording(size) +
+      Numbered(
+          R"({"kind":"ipmi","node":@,"request":"01 20 2e 00 90 0d 00 00 00 39 30 00 01 01 00 00 00 00 00 00 00 61",)"
+          R"("ok":true,"response":"01 20 2e 00 00 07 00 00 00 39 30 00 01","length":16,"us":0})"
+          "\n",
+          size);
+  TImage image("r.jsonl", std::vector<std::uint8_t>(text.begin(), text.end()));
+  for (int i = 0; i < size; ++i) static_cast<void>(image.LocalTime());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -131,7 +145,8 @@ int main(int argc, char** argv) {
       std::printf("%.200s\n", error.what());
     }
   }
-  if (argc < 3) std::puts("replay");
+  if (argc < 3) std::puts("replay\nimage");
   if (argc >= 3 && std::strcmp(argv[1], "replay") == 0) Replay(size);
+  if (argc >= 3 && std::strcmp(argv[1], "image") == 0) UseImage(size);
   return 0;
 }

@@ -55,6 +55,13 @@ def many_reads(folder, instances):
     return re.sub(r"\b(Register\d+)\b", lambda match: match.group(1).ljust(900, "x"), text)
 
 
+def many_handles(count):
+    """A recording in which an area is opened again and again, under another handle each time."""
+    request = '{"kind":"ipmi","node":0,"request":"01 20 2e 00 90 0d 00 00 00 39 30 00 01 01 00 00 00 00 00 00 00 61","ok":true,'
+    return HEAD + "".join(f'{request}"response":"01 20 2e 00 00 07 00 00 00 39 30 00 {i % 256:02x} {i // 256 % 256:02x} '
+                          f'{i // 65536:02x}","length":16,"us":0}}\n' for i in range(count))
+
+
 def measure(folder, tally, name, sp, status, most, schema=None, wanted="KROSG_DCAPFile"):
     path = folder.schema(1, 1) if schema is None else folder.write("large.mof", schema)
     run = subprocess.run(
@@ -90,6 +97,10 @@ def main():
         clock = '{"kind":"clock","local_time":"2026-01-31T12:34:56+01:00"}\n'
         folder.write("lines.jsonl", HEAD + clock * 120_000)
         measure(folder, tally, "recording: lines", "replay:lines.jsonl", 65, FEW)
+        measure(folder, tally, "image: lines", "image:lines.jsonl", 3, FEW)
+        for count, status in ((100_000, 3), (100_001, 65)):
+            folder.write("handles.jsonl", many_handles(count))
+            measure(folder, tally, f"image: {count} handles", "image:handles.jsonl", status, 2 * FEW)
         folder.write("line.jsonl", HEAD + '{"kind":"clock","local_time":"' + "x" * 4_194_000 + '"}\n')
         measure(folder, tally, "recording: a long line", "replay:line.jsonl", 65, 2 * FEW)
         folder.write("values.jsonl", HEAD + "[" + "{}," * 1_398_000 + "{}]\n")
