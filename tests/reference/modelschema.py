@@ -35,8 +35,11 @@ class PropertyDeclaration:
     type: str = "uint8"
     is_array: bool = True
 
+    def __post_init__(self):
+        self.values = {name.lower(): value_of(plain) for name, plain in self.qualifiers.items()}
+
     def qualifier(self, name):
-        return find_qualifier(self.qualifiers, name)
+        return self.values.get(name.lower())
 
 
 def find_qualifier(qualifiers, name):
@@ -48,12 +51,17 @@ def find_qualifier(qualifiers, name):
 
 
 class Schema:
-    """Classes in declaration order; restricted lists the qualifiers that subclasses do not inherit."""
+    """Classes in declaration order; restricted lists the qualifiers that subclasses do not inherit.
 
-    def __init__(self, classes, restricted=()):
+    disabled lists qualifiers that have a meaning, and have none here because they are declared with another type.
+    """
+
+    def __init__(self, classes, restricted=(), disabled=()):
         self.classes = list(classes)
         self.restricted = {name.lower() for name in restricted}
+        self.disabled = {name.lower() for name in disabled}
         self.by_name = {cls.name.lower(): cls for cls in self.classes}
+        self.declarations = {}  # by class name, once they have been asked for
 
     def find(self, name):
         return self.by_name.get(name.lower())
@@ -84,11 +92,21 @@ class Schema:
 
     def property_declarations(self, cls):
         """Inherited properties first; an overriding one keeps the position and origin of the first declaration."""
+        if cls.name not in self.declarations:
+            self.declarations[cls.name] = self.find_declarations(cls)
+        return self.declarations[cls.name]
+
+    def find_declarations(self, cls):
         found = {}
         for step in self.lineage(cls):
             for prop in step.properties:
                 first = found.get(prop.name.lower())
                 origin = first.origin if first else step.name
-                found[prop.name.lower()] = PropertyDeclaration(prop.name, origin, prop.qualifiers,
-                                                                    prop.type, prop.is_array)
+                qualifiers = self.overriding(first.qualifiers, prop.qualifiers) if first else prop.qualifiers
+                found[prop.name.lower()] = PropertyDeclaration(prop.name, origin, qualifiers, prop.type, prop.is_array)
         return list(found.values())
+
+    def overriding(self, inherited, own):
+        """The qualifiers of an overriding property: its own, and the others that it inherits by their flavor."""
+        hidden = self.restricted | {name.lower() for name in own}
+        return {**{name: value for name, value in inherited.items() if name.lower() not in hidden}, **own}
