@@ -1,62 +1,48 @@
 """Self tests of the reference model: results of the shipped servers. The expected values are worked out by hand."""
 
 import os
-import re
 import tomllib
 import unittest
 
 import collector_model as model
+import modelmof
 import modelplan
 import modelresult
-from collector_model import CimClass, Property, Schema
 
 TREE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 SERVERS = os.path.join(TREE, "servers")
-CLASS = re.compile(r"class (\w+)(?:\s*:\s*(\w+))?\s*\{(.*?)\n\};", re.S)
-PROPERTY = re.compile(r"(?:\[(.*?)\]\s*)?(string|datetime|uint8)\s+(\w+)(\[\])?;", re.S)
-QUALIFIER = re.compile(r"\b(SupportedMachineTypes|MaxInstanceCount|Offset|Index|MaxLen|Override)\s*([{(])([^)}]*)[)}]")
-
 T4_MEM, T4_BRIDGE = "KROSG_T4_MEMCTL_StatisticData", "KROSG_T4_PCIIOBRIDGE_StatisticData"
 J2 = ["KROSG_J2_PCIIOBRIDGE_StatisticData", "KROSG_J2_MEMCTL_StatisticData", "KROSG_J2_L3Cache_StatisticData"]
 FILES = "KROSG_DCAPFile"
-
-
-def qualifiers_of(text):
-    """Those that the collector reads; a text in parentheses may hide them, so descriptions are dropped first."""
-    result = {}
-    for name, bracket, values in QUALIFIER.findall(re.sub(r'Description\("[^"]*"(\s*"[^"]*")*\)', "", text)):
-        found = [value.strip() for value in values.split(",")]
-        found = [value[1:-1] if value.startswith('"') else int(value, 0) for value in found]
-        result[name] = found if bracket == "{" else found[0]
-    return result
-
-
-def shipped_schema():
-    """The shipped schema, as far as the collector reads it; its MOF is written in one style."""
-    classes = []
-    for name in sorted(os.listdir(os.path.join(TREE, "schema"))):
-        if not name.endswith(".mof"):
-            continue
-        with open(os.path.join(TREE, "schema", name), encoding="utf-8") as stream:
-            text = re.sub(r"^//.*$", "", stream.read(), flags=re.M)
-        end = 0
-        for found in CLASS.finditer(text):
-            properties = [Property(name, kind, bool(array), qualifiers_of(own))
-                          for own, kind, name, array in PROPERTY.findall(found[3])]
-            classes.append(CimClass(found[1], found[2], qualifiers_of(text[end:found.start()]), properties))
-            end = found.end()
-    return Schema(classes)
 
 
 def collect(name):
     """A collection of everything that the server serves; returns its result and its exchanges."""
     with open(os.path.join(SERVERS, name), "rb") as stream:
         server = tomllib.load(stream)
-    schema = shipped_schema()
+    schema = modelmof.read_folder(os.path.join(TREE, "schema"))
     calls = [[one] for one in modelplan.asked_classes(schema, server, [])]
     plan = modelplan.Plan(schema, server, calls)
     run = model.run(schema, server, [[name for name, _ in call] for call in calls], 0, SERVERS)
     return modelresult.document(plan, run), run.exchanges
+
+
+class MofTest(unittest.TestCase):
+
+    def test_qualifiers_and_properties(self):
+        reader = modelmof.MofReader()
+        reader.read("""// [Comment] "
+            Qualifier Role : string = null, Scope(property), Flavor(EnableOverride, Restricted);
+            Qualifier Fields : string[], Scope(property), Flavor(EnableOverride, ToSubclass);
+            [Abstract, Description("class C {" " // };")] class A { };
+            class B : A { /* nothing */
+              [Fields{"1 (x)" "]", "2 \\"y\\""}, Offset(0x10), Role("log")] uint8 First[]; datetime Second; };""")
+        self.assertEqual(reader.classes, [
+            model.CimClass("A", None, {"Abstract": True, "Description": "class C { // };"}, []),
+            model.CimClass("B", "A", {}, [
+                model.Property("First", "uint8", True, {"Fields": ["1 (x)]", '2 "y"'], "Offset": 16, "Role": "log"}),
+                model.Property("Second", "datetime", False, {})])])
+        self.assertEqual(reader.restricted, {"Role"})
 
 
 class DemoServerTest(unittest.TestCase):
