@@ -5,7 +5,9 @@ classes of which it does not know what the collector does with them: those that 
 """
 
 from dataclasses import dataclass, field
+from functools import cached_property
 
+from modelmeaning import MeaningReader
 from modelvalues import (BASE_CLASSES, CAPTURE_KEYS, DCAP_FILE, JFR_SKIPPED, NULL, R8_CLASSES, R8_SKIPPED,
                          T4_PCI_BRIDGE, VO_PCI_BRIDGE)
 
@@ -40,6 +42,12 @@ class PlannedClass:
     has_way: bool = False
     instances: int = 0
     registers: list = field(default_factory=list)
+    reader: MeaningReader = None
+
+    @cached_property
+    def meanings(self):
+        """What the registers mean, by name."""
+        return self.reader.meanings()
 
     def chip(self, instance):
         return instance + 1 & 0xFF if self.cls.name in (VO_PCI_BRIDGE, T4_PCI_BRIDGE) else 0
@@ -141,9 +149,15 @@ class Plan:
             one.kind = UNKNOWN
         if one.kind == PLANNED and one.path != CAPTURE:
             one.instances = self.schema.class_qualifier(cls, "MaxInstanceCount").data
-            one.registers = [self.planned(declaration, one.path) for declaration in self.registers(cls, one.path)]
+            self.add_registers(one)
         one.why = self.why_not_served(one)
         return one
+
+    def add_registers(self, one):
+        declarations = self.registers(one.cls, one.path)
+        one.registers = [self.planned(declaration, one.path) for declaration in declarations]
+        widths = [32 if register.narrow else 64 for register in one.registers]
+        one.reader = MeaningReader(self.schema, one.cls, zip(declarations, widths))
 
     def planned(self, declaration, path):
         if path == JFR:

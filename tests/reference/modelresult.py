@@ -6,6 +6,7 @@ for. All that a run is free to choose is left out: `run` but for the labels, and
 
 from collections import Counter, defaultdict
 
+from modelmeaning import fails, findings_of
 from modelplan import CAPTURE, IDLE, PLANNED, UNKNOWN
 from modelturn import TurnBook, address_of, how_it_failed, how_register_failed, how_time_failed, reported_size
 from modelvalues import CAPTURE_KEYS
@@ -257,13 +258,20 @@ class Result:
                  "code": book.unread[place]}
                 for book in self.books.values() for place in self.plan.places(book.turn) if place in book.unread]
 
-    def document(self):
+    def findings(self, instances):
+        return findings_of([(one, self.plan.turns[number].of.meanings)
+                            for one, (number, _) in zip(instances, self.run.places) if "registers" in one])
+
+    def document(self, fail_on=None):
         reasons = self.reason_list()
         partial = any(reason["code"] != "time-unread" for reason in reasons)
+        instances = self.instances()
+        findings = self.findings(instances)
         document = {"kind": "instancecollection", "format_version": 2, "machine_type": self.plan.machine_type,
-                    "plugin": IDENTITY, "instances": self.instances(), "reasons": reasons, "unread": self.unread(),
-                    "exchanges": {"total": len(self.run.exchanges), "failed": self.failed()},
-                    "status": "partial" if partial else "complete", "exit_status": 3 if partial else 0}
+                    "plugin": IDENTITY, "instances": instances, "reasons": reasons, "unread": self.unread(),
+                    "exchanges": {"total": len(self.run.exchanges), "failed": self.failed()}, "findings": findings,
+                    "status": "partial" if partial else "complete",
+                    "exit_status": 1 if fails(findings, fail_on) else 3 if partial else 0}
         if partial:
             document["message"] = message_of(reasons)
         return document
@@ -283,5 +291,5 @@ def message_of(reasons):
     return "; ".join(texts + (["and %d more" % (len(ordered) - 3)] if len(ordered) > 3 else []))
 
 
-def document(plan, run):
-    return Result(plan, run).document()
+def document(plan, run, fail_on=None):
+    return Result(plan, run).document(fail_on)

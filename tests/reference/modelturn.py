@@ -117,6 +117,9 @@ class TurnBook:
         elif missing:
             self.facts[place].update(incomplete=True, missing=missing)
 
+    def with_meaning(self, register, facts):
+        return {**facts, **self.turn.of.meanings[register.name].facts(int(facts["value"], 16))}
+
     # -- R8 ----------------------------------------------------------------------------------------------
 
     def finish_r8(self):
@@ -132,7 +135,7 @@ class TurnBook:
                           address=address_of(exchange))
             good = [exchange for exchange in reads if not how_register_failed(exchange)]
             if len(good) == 1:
-                registers[register.name] = self.r8_register(register, good[0], place)
+                registers[register.name] = self.with_meaning(register, self.r8_register(register, good[0], place))
             elif self.was_begun():
                 missing.append(self.missing_register(register, reads))
         unread = [one for one in missing if not one.items() >= ABSENT.items()]
@@ -227,8 +230,9 @@ class TurnBook:
                 missing.append({"property": register.name, "index": register.index, "short": got})
                 continue
             record = exchange.data[start:start + RECORD_SIZE]
-            registers[register.name] = {"index": register.index, "width": 64, "value": "0x" + record[3:].hex().upper(),
-                                        "identification": record[:3].hex(" ").upper()}
+            registers[register.name] = self.with_meaning(register, {
+                "index": register.index, "width": 64, "value": "0x" + record[3:].hex().upper(),
+                "identification": record[:3].hex(" ").upper()})
         got = came(length, header, HEADER_SIZE)
         if got < HEADER_SIZE:
             missing.append({"property": "StatisticTime", "short": got})

@@ -10,15 +10,15 @@ X_MEM_CTL = "KROSG_X_MEMCTL_StatisticData"
 OTHER_MEM_CTL = "KROSG_Y_MEMCTL_StatisticData"
 
 
-def collect(classes, server, names, single=False):
-    """The result document of a run that names the classes on the command line."""
-    schema = Schema(bases() + classes)
+def collect(classes, server, names, single=False, fail_on=None):
+    """The result document of a run that names the classes on the command line. The classes may be a whole schema."""
+    schema = classes if isinstance(classes, Schema) else Schema(bases() + classes)
     server = {"machine_type": "6203", "local_time": CLOCK, **server}
     asked = modelplan.asked_classes(schema, server, names)
     calls = [asked] if single else [[one] for one in asked]
     plan = modelplan.Plan(schema, server, calls)
     run = model.run(schema, server, [[name for name, _ in call] for call in calls])
-    return modelresult.document(plan, run)
+    return modelresult.document(plan, run, fail_on)
 
 
 def reasons(document):

@@ -35,7 +35,7 @@ class SmallServerTest(unittest.TestCase):
                            "StatisticTime": "19700101060856.000000+000",
                            "Count": [171, 205, 239, 0, 0, 1, 1, 0, 0, 0, 239, 254, 254, 239]},
             "registers": {"Count": {"address": "0xABCDEF", "width": 32, "value": "0x00000100",
-                                    "folded": "0x00000101"}}})
+                                    "folded": "0x00000101", "fields": []}}})
         self.assertEqual(first, {
             "kind": "instance", "class": X_MEM_CTL, "key": "KROSG_X_MEMCTL_StatisticData/sp0/instance0",
             "origin": {"path": "jfr", "service_processor": 0, "instance": 0},
@@ -44,7 +44,7 @@ class SmallServerTest(unittest.TestCase):
                            "StatisticTime": "20260131113005.000000+000",
                            "First": [11, 0, 84, 32, 61, 32, 0, 0, 0, 26, 63, 76, 46, 64]},
             "registers": {"First": {"index": 0, "width": 64, "value": "0x0000001A3F4C2E40",
-                                    "identification": "0B 00 54"}}})
+                                    "identification": "0B 00 54", "fields": []}}})
         self.assertEqual(second, {
             "kind": "instance", "class": X_MEM_CTL, "key": "KROSG_X_MEMCTL_StatisticData/sp1/instance0",
             "origin": {"path": "jfr", "service_processor": 1, "instance": 0}, "incomplete": True,
@@ -107,9 +107,9 @@ class RegisterTest(unittest.TestCase):
         document = self.one(register("Wide", Offset=0xABCDEF, MaxLen=8), register("Narrow", Offset=0x1ABCDEF, MaxLen=4))
         # V = 01 .. 08: narrow 04 03 02 01, above 08 07 06 05; the collector's last byte is V0 | V1.
         self.assertEqual(document["instances"][0]["registers"], {
-            "Wide": {"address": "0xABCDEF", "width": 64, "value": "0x0807060504030201"},
+            "Wide": {"address": "0xABCDEF", "width": 64, "value": "0x0807060504030201", "fields": []},
             "Narrow": {"address": "0xABCDEF", "width": 32, "value": "0x04030201", "upper": "0x08070605",
-                       "folded": "0x04030203"}})
+                       "folded": "0x04030203", "fields": []}})
         self.assertEqual((document["status"], document["exit_status"], "message" in document), ("complete", 0, False))
 
     def test_a_short_answer_is_not_absent(self):
@@ -125,7 +125,7 @@ class RegisterTest(unittest.TestCase):
         document = self.one(register("Reg", Offset=[0xABCDEF, 1], MaxLen=8), register("Both", Offset=[2, 3], MaxLen=8),
                             register("None", Offset=[4, 5], MaxLen=8), values=listed)
         self.assertEqual(document["instances"][0]["registers"], {
-            "Reg": {"address": "0xABCDEF", "width": 64, "value": "0x0807060504030201"}})
+            "Reg": {"address": "0xABCDEF", "width": 64, "value": "0x0807060504030201", "fields": []}})
         self.assertEqual(document["instances"][0]["missing"], [
             {"property": "Both", "addresses": ["0x000002", "0x000003"], "answered": 2},
             {"property": "None", "addresses": ["0x000004", "0x000005"], "completion_code": 203}])
