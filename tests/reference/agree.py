@@ -25,12 +25,14 @@ except ImportError:
     jsonschema = None
 
 import collector_model
+import modelmeaning
 import modelplan
 import modelresult
 import random_case
 
 CONTEXT = 5
 TIMEOUT = 120
+STATUSES = (0, 1, 3)  # complete, findings that --fail-on asks for, partial
 RUN_MEMBERS = {"id", "started", "elapsed_ms", "host", "velhost", "labels"}
 UUID = r"[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}"
 TIME = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d"
@@ -62,12 +64,16 @@ def command_of(options, case, directory, *more, source=None, asked=True):
 
 def main_command(options, case, directory):
     more = ["--record", os.path.join(directory, "recording.jsonl")] if is_recorded(case) else []
-    return command_of(options, case, directory, "--format", "json", "--log", os.path.join(directory, "trace.jsonl"),
+    return command_of(options, case, directory, *json_arguments(case), "--log", os.path.join(directory, "trace.jsonl"),
                       "--log-format", "jsonl", *more)
 
 
 def is_recorded(case):
     return case.kept is not None or case.seed % 8 == 3
+
+
+def json_arguments(case):
+    return ["--format", "json", *case.status_arguments(), *case.filter_arguments()]
 
 
 def run_command(command, case, directory, name):
@@ -93,13 +99,14 @@ def plan_of(case):
 def compare(options, case, directory):
     status, output, errors = run_command(main_command(options, case, directory), case, directory, "output")
     expected = run_model(case, directory)
-    if status not in (0, 3):
+    if status not in STATUSES:
         raise Difference("exit status %d:\n%s" % (status, errors.decode(errors="replace")))
     compare_trace(read_trace(os.path.join(directory, "trace.jsonl")), expected.trace)
     found = parsed(output)
-    compare_instances(found["instances"], expected)
+    if not case.only_findings:
+        compare_instances(found["instances"], expected)
     document = document_of(case, directory, expected, "sim:" + os.path.join(directory, "case.toml"))
-    compare_documents(found, document, case)
+    compare_documents(found, shown(document, case), case)
     require("exit status", status, document["exit_status"])
     if case.seed % 8 == 1:
         validate(options, found)
@@ -124,9 +131,13 @@ def document_of(case, directory, run, source, **more):
     path = os.path.join(directory, "case.mof")
     with open(path, "rb") as stream:
         digest = hashlib.sha256(stream.read()).hexdigest()
-    return {**modelresult.document(plan_of(case), run),
+    return {**modelresult.document(plan_of(case), run, case.fail_on),
             "source": {"sp": [source], "target": source, "simulated": True, **more},
             "schema": {"paths": [path], "sha256": digest, "example": False}}
+
+
+def shown(document, case):
+    return modelmeaning.filtered(document) if case.only_findings else document
 
 
 def compare_documents(found, expected, case):
@@ -189,7 +200,8 @@ def compare_plan(options, case, directory):
 
 def compare_lines(options, case, directory, document):
     """The instances line by line, then everything else in a summary; each line says of which run it is."""
-    status, output, _ = run_command(command_of(options, case, directory, "--format", "jsonl"), case, directory, "lines")
+    command = command_of(options, case, directory, "--format", "jsonl", *case.status_arguments())
+    status, output, _ = run_command(command, case, directory, "lines")
     require("exit status of jsonl", status, document["exit_status"])
     lines = [json.loads(line) for line in output.splitlines()]
     run = {"run_id": lines[-1]["run"]["id"], "labels": case.labels}
@@ -231,12 +243,12 @@ def compare_cut_recording(options, case, directory):
     with open(path, "w", encoding="utf-8") as stream:
         stream.writelines([header, *lines[:kept]])
     source = "replay:" + path
-    command = command_of(options, case, directory, "--format", "json", source=source)
+    command = command_of(options, case, directory, *json_arguments(case), source=source)
     status, output, errors = run_command(command, case, directory, "replay")
-    if status not in (0, 3):
+    if status not in STATUSES:
         raise Difference("exit status %d of the replay:\n%s" % (status, errors.decode(errors="replace")))
     document = document_of(case, directory, expected, source, recorded=json.loads(header)["started"])
-    compare_documents(parsed(output), document, case)
+    compare_documents(parsed(output), shown(document, case), case)
     require("exit status of the replay", status, document["exit_status"])
 
 

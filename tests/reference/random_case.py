@@ -14,7 +14,9 @@ from dataclasses import dataclass, field
 
 import collector_model as model
 from collector_model import Schema
+from modelmeaning import SEVERITIES
 from modelplan import Plan, asked_classes
+from random_meaning import MeaningMaker
 from random_schema import SchemaMaker, mof_text, random_types
 from random_server import ServerMaker
 
@@ -46,6 +48,8 @@ class Case:
     asked: list
     labels: dict = field(default_factory=dict)
     kept: float = None  # share of the recording that is left when it is cut
+    fail_on: str = None
+    only_findings: bool = False
 
     def calls(self):
         return [[name for name, _ in call] for call in self.asked]
@@ -55,6 +59,12 @@ class Case:
         labels = [text for key, value in self.labels.items() for text in ("--label", "%s=%s" % (key, value))]
         single = ["--single-request"] if asked and self.single_request else []
         return labels + single + (self.classes if asked else [])
+
+    def status_arguments(self):
+        return ["--fail-on", self.fail_on] if self.fail_on else []
+
+    def filter_arguments(self):
+        return ["--only-findings"] if self.only_findings else []
 
     def write(self, directory):
         os.makedirs(directory, exist_ok=True)
@@ -69,20 +79,21 @@ def generate(seed):
     machine_type = rng.choice(MACHINE_TYPES)
     types = random_types(rng)
     schema = SchemaMaker(rng, types, machine_type).make()
-    mof = mof_text(schema, types)
+    mof = mof_text(schema, types, MeaningMaker(rng, schema, types.odd_case).add())
     server = ServerMaker(rng, machine_type, schema)
     toml = server.make()
     parsed = tomllib.loads(toml)
     zone, timezone = rng.choice(ZONES)
     classes = requested_classes(rng, schema)
-    if rng.random() < 0.6:
+    if rng.random() < 0.75:
         classes = served_classes(schema, parsed, classes)
     single = rng.random() < 0.4
     arguments = random_arguments(rng, schema, parsed, classes)
     asked = asked_classes(schema, parsed, arguments)
     calls = [asked] if single else [[one] for one in asked]
     return Case(seed, schema, mof, toml, server.files, arguments, single, zone, timezone, calls, random_labels(rng),
-                rng.random() if rng.random() < 0.1 else None)
+                rng.random() if rng.random() < 0.1 else None,
+                rng.choice(SEVERITIES) if rng.random() < 0.5 else None, rng.random() < 0.2)
 
 
 def served_classes(schema, server, classes):
@@ -146,7 +157,7 @@ def main():
     case.write(options.out)
     print("TZ='%s' velhost collect --schema %s --sp sim:%s --format json %s"
           % (case.zone, os.path.join(options.out, "case.mof"), os.path.join(options.out, "case.toml"),
-             shlex.join(case.arguments())))
+             shlex.join(case.status_arguments() + case.filter_arguments() + case.arguments())))
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@ from collector_model import CimClass, Property, Schema
 
 DCAP_PROPERTIES = ["FileName", "ErrRawData", "MessageTimestamp", "SourceNode", "CreationClassName",
                    "LogCreationClassName", "LogName", "RecordID"]
+ESCAPES = {"\\": "\\\\", "\"": "\\\"", "\t": "\\t", "\n": "\\n", "\r": "\\r"}
 
 
 @dataclass
@@ -313,8 +314,8 @@ class SchemaMaker:
         return number
 
 
-def mof_text(schema, types):
-    """The schema as MOF."""
+def mof_text(schema, types, declarations=()):
+    """The schema as MOF, with further declarations of qualifiers."""
     class_flavor = flavor(types.class_inherited)
     property_flavor = flavor(types.property_inherited)
     lines = ["Qualifier Override : string = null, Scope(property, method, reference), "
@@ -323,7 +324,7 @@ def mof_text(schema, types):
              "Qualifier MaxInstanceCount : %s, Scope(class)%s;" % (types.max_instance_count, class_flavor)]
     for name, kind in (("Offset", types.offset), ("Index", types.index), ("MaxLen", types.max_len)):
         lines.append("Qualifier %s : %s, Scope(property)%s;" % (name, kind, property_flavor))
-    return "\n".join(lines + [class_text(cls) for cls in schema.classes]) + "\n"
+    return "\n".join([*lines, *declarations] + [class_text(cls) for cls in schema.classes]) + "\n"
 
 
 def flavor(inherited):
@@ -350,6 +351,8 @@ def qualifier_text(qualifiers, end):
 
 
 def literal(value):
+    if value is None:
+        return "null"
     if isinstance(value, str):
-        return '"%s"' % value
+        return '"%s"' % "".join(ESCAPES.get(one, one) for one in value)
     return "0x%X" % value if value > 65536 else str(value)

@@ -22,6 +22,13 @@ class ServerMaker:
         self.schema = schema
         self.files = {}
         self.lines = []
+        self.pointers = {name.partition(" ")[0].lower() for name in self.first_error_names()}
+
+    def first_error_names(self):
+        """Registers that others mention as those that tell which bit was first."""
+        values = [model.find_qualifier(prop.qualifiers, "FirstErrorIn")
+                  for cls in self.schema.classes for prop in cls.properties]
+        return [value.data for value in values if value and value.kind == "string"]
 
     def make(self):
         faults = self.faults()
@@ -71,9 +78,28 @@ class ServerMaker:
         if self.rng.random() < 0.3:
             block = bytearray(4096)
         validity = self.rng.choice([(1, 0), (1, 1), (1, 1), (0, 1), (0, 1), (0, 0)])
+        if self.rng.random() < 0.6:
+            self.put_values(block, 10 if validity[0] else 3)
         for start, valid in zip((0, 2040), validity):
             block[start:start + 7] = self.header(valid)
         return bytes(block[:length])
+
+    def put_values(self, block, start):
+        """Values for the records that the schema places in the block."""
+        for record, name in self.records():
+            place = start + 8 * record
+            if place + 8 <= len(block):
+                block[place:place + 8] = self.value(name)[::-1]
+
+    def records(self):
+        """Every record that a class may take from a block, with the name of the register."""
+        for cls in self.schema.classes:
+            if any(step.name in model.BASE_CLASSES for step in self.schema.lineage(cls)):
+                for declaration in self.schema.property_declarations(cls):
+                    index = declaration.qualifier("Index")
+                    if index and index.kind == "int":
+                        yield from ((index.data + 256 * number, declaration.name)
+                                    for number in range(self.instance_count(cls)))
 
     def header(self, valid):
         month, day = self.rng.choice([(12, 31), (1, 1), (2, 30), (99, 99), (self.rng.randrange(1, 13), 15)])
@@ -96,21 +122,28 @@ class ServerMaker:
     def add_registers(self):
         density = self.rng.choice([0.0, 0.6, 0.9, 1.0])
         seen = set()
-        for chip, address in self.addresses():
+        for chip, address, name in self.addresses():
             if (chip, address & 0xFFFFFF) in seen or self.rng.random() >= density:
                 continue
             seen.add((chip, address & 0xFFFFFF))
             self.add("[[bmc_node.register]]")
             if chip or self.rng.random() < 0.5:
                 self.add("chip = %d" % chip)
-            self.add("address = 0x%08X" % address, "value = \"%s\"" % self.value().hex(" "))
+            self.add("address = 0x%08X" % address, "value = \"%s\"" % self.value(name).hex(" "))
             if self.rng.random() < 0.3:
                 self.add("header = \"%s\"" % self.rng.randbytes(6).hex(" "))
 
-    def value(self):
-        """Any bytes, or a number that fits 32 bits, or one that the collector's four bytes of it hide nothing of."""
-        return self.rng.choice([self.rng.randbytes(8), self.rng.randbytes(8), self.rng.randbytes(4) + bytes(4),
-                                bytes(8), b"\xff" * 4 + self.rng.randbytes(4)])
+    def value(self, name):
+        """Any bytes, or a number that fits 32 bits, or one that the collector's four bytes of it hide nothing of.
+
+        Or only a few bits set, or only a few not set; and mostly the number of a bit where others expect that.
+        """
+        if name.lower() in self.pointers and self.rng.random() < 0.7:
+            return bytes((self.rng.randrange(self.rng.choice([8, 32, 64])), self.rng.choice([0, 0, 3, 33]))) + bytes(6)
+        few = sum(1 << self.rng.randrange(self.rng.choice([8, 32, 64])) for _ in range(3)) & (1 << 64) - 1
+        return self.rng.choice([self.rng.randbytes(8), self.rng.randbytes(4) + bytes(4), bytes(8),
+                                b"\xff" * 4 + self.rng.randbytes(4), few.to_bytes(8, "little"),
+                                few.to_bytes(8, "little"), (few ^ (1 << 64) - 1).to_bytes(8, "little")])
 
     def instance_count(self, cls):
         """The declared number; 0 if there is none or it is not numeric."""
@@ -121,7 +154,7 @@ class ServerMaker:
             return 0
 
     def addresses(self):
-        """Every chip and address that a class may request."""
+        """Every chip and address that a class may request, with the name of the register."""
         for name in model.R8_CLASSES:
             cls = self.schema.find(name)
             if not cls:
@@ -129,7 +162,7 @@ class ServerMaker:
             chips = [0] if name not in CHIP_CLASSES else range(1, self.instance_count(cls) + 1)
             for declaration in self.schema.property_declarations(cls):
                 for address in self.offsets(declaration):
-                    yield from ((chip, address) for chip in chips)
+                    yield from ((chip, address, declaration.name) for chip in chips)
 
     @staticmethod
     def offsets(declaration):
