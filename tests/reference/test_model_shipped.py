@@ -60,6 +60,32 @@ class DemoServerTest(unittest.TestCase):
                          ("complete", 0, [], []))
 
 
+class FindingsTest(unittest.TestCase):
+    """What servers/README.md says is wrong."""
+
+    BRIDGE = "KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance2"
+    HEADER = {"HeaderLogLow": "0x4A00000104000004", "HeaderLogHigh": "0x001F0A1000000000"}
+    MEMORY = {"FirstErrorAddress": "0x0000001A3F4C2E40", "EccSyndrome": "0x00000000000000C8",
+              "CorrectableErrorCount": "0x0000001100000000"}
+
+    def findings(self, server):
+        return [tuple(one[name] for name in ("key", "bits", "name", "severity", "masked", "first", "evidence", "unknown"))
+                for one in collect(server)[0]["findings"]]
+
+    def test_demo(self):
+        self.assertEqual(self.findings("demo.toml"), [
+            (self.BRIDGE, "18", "Malformed TLP", "fatal", False, True, self.HEADER, []),
+            (self.BRIDGE, "16", "Unexpected completion", "error", False, False, {}, []),
+            (J2[1] + "/sp0/instance0", "0", "Corrected read error", "corrected", False, False, self.MEMORY, []),
+            (J2[0] + "/sp1/instance1", "13", "Advisory non-fatal error", "corrected", True, False, {}, [])])
+
+    def test_unread_first_error_register(self):
+        bridge = T4_BRIDGE + "/node0/instance0"
+        self.assertEqual(self.findings("failing.toml")[:2], [
+            (bridge, "18", "Malformed TLP", "fatal", False, False, self.HEADER, ["FirstErrorPointer"]),
+            (bridge, "16", "Unexpected completion", "error", False, False, self.HEADER, ["FirstErrorPointer"])])
+
+
 class ByteOrderTest(unittest.TestCase):
     """The servers in which chip 1 has a register whose bytes are 01 to 08."""
 
