@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/base/hosterror.h"
 #include "host/bmc/record/recording.h"

@@ -2,8 +2,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "host/base/hosterror.h"
 #include "host/base/names.h"
@@ -21,7 +25,6 @@ namespace velhost {
 
 namespace {
 
-using CollectorProfile::EPath;
 using CollectorProfile::TServedClass;
 using TClass = boost::shared_ptr<TCIMClass>;
 

@@ -2,9 +2,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host/base/names.h"
 #include "host/meaning/field.h"

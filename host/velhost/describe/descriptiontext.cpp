@@ -2,9 +2,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host/base/utf8.h"
 #include "host/meaning/field.h"
