@@ -42,7 +42,7 @@ finds as a table, JSON, MOF or CIM-XML.
 
 The service processor is this server's BMC, a recording, or a simulated
 server. For a BMC on the network install velhost-lan as well.")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "velhost-lan, openipmi")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "velhost-lan, openipmi, less")
 # CPack takes /usr/lib/velhost for a folder that ldconfig reads and would generate scripts that call it,
 # unless the package has its own. These names refer to no files, which CPack leaves out, so there are no
 # scripts at all.

@@ -1,6 +1,10 @@
 #include "host/velhost/installation.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "host/base/hosterror.h"
 #include "host/base/text.h"
@@ -29,6 +33,17 @@ std::string TInstallation::FindServer(const std::string& name) const {
   throw THostError(EFailure::kAbsent, "cannot open " + SafeText(name) +
                                           ": no such file here or among the shipped servers in " +
                                           SafeText(ServerFolder()));
+}
+
+std::string FindProgram(const std::string& name) {
+  const char* const path = std::getenv("PATH");
+  std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    if (!folder.starts_with('/')) continue;
+    std::string file = folder + "/" + name;
+    if (::access(file.c_str(), X_OK) == 0) return file;
+  }
+  return {};
 }
 
 }  // namespace velhost

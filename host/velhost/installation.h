@@ -1,4 +1,4 @@
-// Where velhost finds the files that are installed or built with it.
+// Where velhost finds the files that are installed or built with it, and other programs.
 #pragma once
 
 #include <string>
@@ -25,5 +25,9 @@ class TInstallation {
   std::string Path(const char* relative) const;
   std::string folder_;
 };
+
+/// The path of a program in the folders of PATH, without those that are empty or relative, which depend on the current
+/// folder. Empty if no folder has it.
+std::string FindProgram(const std::string& name);
 
 }  // namespace velhost

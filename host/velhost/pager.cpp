@@ -20,6 +20,7 @@
 
 #include "host/base/hosterror.h"
 #include "host/output/outputfile.h"
+#include "host/velhost/installation.h"
 #include "host/velhost/messages.h"
 
 namespace velhost {
@@ -164,6 +165,10 @@ void TPager::Start() {
 }
 
 bool TPager::Run(const std::vector<std::string>& words) {
+  const std::string& name = words.front();
+  const std::string program = name.find('/') == std::string::npos ? FindProgram(name) : name;
+  errno = ENOENT;
+  if (program.empty()) return false;
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return false;
   const TDescriptor readEnd(ends[0]);
@@ -173,8 +178,8 @@ bool TPager::Run(const std::vector<std::string>& words) {
   std::vector<std::string> arguments = words;
   std::vector<std::string> variables = EnvironmentOfPager();
   const TSpawnSettings settings(readEnd.Get());
-  errno = ::posix_spawnp(&process_, words.front().c_str(), settings.Actions(), settings.Attributes(),
-                         PointersTo(arguments).data(), PointersTo(variables).data());
+  errno = ::posix_spawn(&process_, program.c_str(), settings.Actions(), settings.Attributes(),
+                        PointersTo(arguments).data(), PointersTo(variables).data());
   if (errno != 0) {
     process_ = -1;
     return false;

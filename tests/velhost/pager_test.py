@@ -94,6 +94,13 @@ class Pager(VelhostCase):
         self.assertIn("velhost: the pager \"no-such-pager 'x'\" could not be run (status 127); --no-pager prints without "
                       "one\n", self.shown("classes", PAGER="no-such-pager 'x'", status=74))
 
+    def test_a_pager_in_the_current_folder_is_run_only_by_its_path(self):
+        self.program("less", "cat >paged\n")
+        text = self.shown("classes", PATH=":.:")
+        self.assertTrue(text.startswith("Machine type: 6203\n"))
+        self.assertEqual(self.shown("classes", PAGER="./less", PATH="/usr/bin:/bin"), "")
+        self.assertEqual(self.paged(), text)
+
     def test_leaving_early_is_not_an_error(self):
         self.assertEqual(self.shown("classes", PAGER="head -n 1"), "Machine type: 6203\n")
         bad = self.write("bad.mof", "class A : B {};\n")

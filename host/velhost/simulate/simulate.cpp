@@ -11,11 +11,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -79,15 +77,9 @@ class TEndingSignals {
   TDescriptor descriptor_;
 };
 
-/// An empty or relative folder in PATH depends on the current folder, so it is skipped.
-std::string FindProgram() {
-  const char* const path = std::getenv("PATH");
-  std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    if (!folder.starts_with('/')) continue;
-    std::string file = folder + "/" + kProgram;
-    if (access(file.c_str(), X_OK) == 0) return file;
-  }
+std::string FindSimulator() {
+  std::string file = FindProgram(kProgram);
+  if (!file.empty()) return file;
   throw THostError(EFailure::kUnreachable,
                    "ipmi_sim is not installed; it is in the Debian package openipmi (apt install openipmi)");
 }
@@ -148,7 +140,7 @@ void CheckPort(int port, int type, const char* protocol) {
 TIpmiSimSettings SettingsOf(const TSimulateArguments& arguments, const std::string& machineType,
                             const TInstallation& installation) {
   TIpmiSimSettings settings;
-  settings.program = FindProgram();
+  settings.program = FindSimulator();
   settings.module = FindModule(installation);
   settings.serverFile = fs::absolute(arguments.file).string();
   settings.machineType = machineType;
