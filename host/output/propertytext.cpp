@@ -16,7 +16,9 @@
 #include "host/base/names.h"
 #include "host/base/text.h"
 #include "host/base/utf8.h"
+#include "host/output/fieldtext.h"
 #include "host/output/resulttext.h"
+#include "host/output/tablefindings.h"
 #include "host/profile/collectorprofile.h"
 
 namespace velhost {
@@ -99,7 +101,20 @@ std::string RegisterText(const TRegisterFacts& facts) {
   std::vector<std::string> notes;
   if (facts.upper) notes.push_back("upper " + HexNumber(*facts.upper, 4));
   if (facts.folded) notes.push_back("collector " + HexNumber(*facts.folded, 4));
-  return notes.empty() ? text : text + "  (" + Listed(notes, ", ") + ")";
+  if (!notes.empty()) text += "  (" + Listed(notes, ", ") + ")";
+  const std::string fields = FieldsText(facts);
+  return fields.empty() ? text : text + "  " + fields;
+}
+
+// The place of each finding is compared by name: the facts may have been read from a result.
+EEmphasis EmphasisOfRegister(const TRegisterFacts& facts, const std::string& name,
+                             const std::vector<TFinding>& findings) {
+  std::optional<ESeverity> worst;
+  for (const TFinding& finding : findings) {
+    if (!finding.isMasked && finding.place->name == name) worst = std::max(worst, std::optional(finding.severity));
+  }
+  if (worst) return EmphasisOf(*worst);
+  return facts.value == 0 && !facts.upper ? EEmphasis::kDim : EEmphasis::kNone;
 }
 
 std::string MissingValueText(const TMissing& missing) {
@@ -116,7 +131,9 @@ std::string CaptureText(const TCaptureFile& capture, const TMissing* missing) {
 class TKnown {
  public:
   TKnown(const TInstance& instance, const TInstanceFacts& facts)
-      : instance_(instance), path_(facts.origin ? facts.origin->path : PathOfClass(instance.Class())) {
+      : instance_(instance),
+        findings_(facts.findings),
+        path_(facts.origin ? facts.origin->path : PathOfClass(instance.Class())) {
     for (const TMissing& missing : facts.missing) {
       missing_[missing.property] = &missing;
       if (!missing.where.addresses) Widen(WhereText(missing.where));
@@ -131,6 +148,13 @@ class TKnown {
   const TMissing* MissingOf(const std::string& name) const {
     const auto found = missing_.find(name);
     return found == missing_.end() ? nullptr : found->second;
+  }
+
+  EEmphasis EmphasisOf(std::size_t property) const {
+    const std::string& name = instance_.Class().Properties()[property]->Definition().name;
+    if (const TMissing* missing = MissingOf(name)) return IsAbsent(*missing) ? EEmphasis::kDim : EEmphasis::kFailure;
+    const auto known = registers_.find(property);
+    return known == registers_.end() ? EEmphasis::kNone : EmphasisOfRegister(*known->second, name, findings_);
   }
 
   std::string TextOf(std::size_t property) const {
@@ -149,6 +173,7 @@ class TKnown {
   }
 
   const TInstance& instance_;
+  const std::vector<TFinding>& findings_;
   EPath path_;
   std::map<std::string_view, const TMissing*> missing_;
   std::map<std::size_t, const TRegisterFacts*> registers_;
@@ -168,7 +193,7 @@ std::vector<TPropertyText> PropertyTexts(const TInstance& instance, const TInsta
     if (!instance.IsSet(i) && missing == nullptr) continue;
     TPropertyText& text = texts.emplace_back();
     text.name = SafeText(name);
-    text.isFailure = missing != nullptr && !IsAbsent(*missing);
+    text.emphasis = known.EmphasisOf(i);
     text.isCapture = capture != nullptr && EqualNames(name, kCaptureDataProperty);
     text.text = text.isCapture ? CaptureText(*capture, missing) : known.TextOf(i);
   }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
 
 #include "host/base/digits.h"
@@ -27,6 +28,12 @@ std::size_t CutOf(std::string_view text, std::size_t fitting, std::size_t width)
   return hasRoom || blank >= fitting / 2 ? blank : fitting;
 }
 
+// Bold, dim, yellow, red, bold red.
+std::string_view EscapeOf(EEmphasis emphasis) {
+  constexpr std::array<std::string_view, 6> kEscapes = {"", "\x1b[1m", "\x1b[2m", "\x1b[33m", "\x1b[31m", "\x1b[1;31m"};
+  return kEscapes.at(static_cast<std::size_t>(emphasis));
+}
+
 }  // namespace
 
 std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width) {
@@ -49,7 +56,7 @@ TTableLayout::TTableLayout(ITextSink& sink, const TTableOptions& options)
 
 void TTableLayout::Emphasised(std::string_view text, EEmphasis emphasis) {
   const bool colored = color_ && emphasis != EEmphasis::kNone && !text.empty();
-  if (colored) out_.Append(emphasis == EEmphasis::kHeading ? "\x1b[1m" : "\x1b[31m");
+  if (colored) out_.Append(EscapeOf(emphasis));
   out_.Append(text);
   if (colored) out_.Append("\x1b[0m");
 }
@@ -76,8 +83,18 @@ void TTableLayout::Paragraph(std::size_t indent, std::string_view safeText, EEmp
 
 void TTableLayout::Row(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
                        EEmphasis emphasis) {
+  Labelled(indent, label, column, safeText, EEmphasis::kNone, emphasis);
+}
+
+void TTableLayout::LabelledRow(std::size_t indent, std::string_view label, std::size_t column,
+                               std::string_view safeText, EEmphasis emphasis) {
+  Labelled(indent, label, column, safeText, emphasis, emphasis);
+}
+
+void TTableLayout::Labelled(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
+                            EEmphasis ofLabel, EEmphasis emphasis) {
   out_.AppendRepeated(' ', indent);
-  out_.Append(label);
+  Emphasised(label, ofLabel);
   const std::size_t reached = indent + ColumnsOf(label);
   if (safeText.empty()) return BlankLine();
   const bool narrow = column + kLeastTextWidth > width_;

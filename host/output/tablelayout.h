@@ -20,7 +20,14 @@ namespace velhost {
 /// full. Blanks at a cut are dropped. Returns at least one line.
 std::vector<std::string_view> WrapText(std::string_view safeText, std::size_t width);
 
-enum class EEmphasis { kNone, kHeading, kFailure };
+enum class EEmphasis {
+  kNone,
+  kHeading,
+  kDim,        ///< nothing to look at
+  kCorrected,  ///< the mildest severity
+  kFailure,    ///< what could not be read, and errors
+  kFatal
+};
 
 class TTableLayout {
  public:
@@ -35,10 +42,15 @@ class TTableLayout {
   /// the next line; there it moves to the left if the column is too narrow.
   void Row(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
            EEmphasis emphasis = EEmphasis::kNone);
+  /// As Row, with the label emphasised, too.
+  void LabelledRow(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
+                   EEmphasis emphasis);
   void BlankLine() { out_.Append('\n'); }
   void Flush() { out_.Flush(); }
 
  private:
+  void Labelled(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
+                EEmphasis ofLabel, EEmphasis emphasis);
   void Emphasised(std::string_view text, EEmphasis emphasis);
   /// Writes wrapped lines at `column`; the caller has already moved to that column for the first line.
   void WrappedAt(std::size_t column, std::string_view safeText, EEmphasis emphasis);

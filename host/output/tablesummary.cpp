@@ -60,7 +60,9 @@ std::string TextOf(const TMissingLine& line, TWidths widths, std::size_t room) {
 }
 
 // Writes a section of the lines, what failed before what is absent, under their classes.
-void WriteLines(TTableLayout& layout, std::string_view title, const std::vector<TMissingLine>& lines) {
+void WriteLines(TTableLayout& layout, std::string_view title, std::vector<TMissingLine> lines,
+                EAbsent absence = EAbsent::kShown) {
+  if (absence == EAbsent::kLeftOut) std::erase_if(lines, [](const TMissingLine& line) { return line.isAbsent; });
   if (lines.empty()) return;
   const std::size_t column = TextColumn(lines, layout.Width());
   const auto widths = WidthsOf(lines);
@@ -182,9 +184,14 @@ void TMissingList::Add(const std::string& className, const TInstanceFacts& facts
   }
 }
 
-void TMissingList::Write(TTableLayout& layout) const { WriteLines(layout, "Missing", lines_); }
+std::size_t TMissingList::Failed() const {
+  return static_cast<std::size_t>(
+      std::count_if(lines_.begin(), lines_.end(), [](const TMissingLine& line) { return !line.isAbsent; }));
+}
 
-void WriteUnread(TTableLayout& layout, const TResultSummary& summary) {
+void TMissingList::Write(TTableLayout& layout, EAbsent absent) const { WriteLines(layout, "Missing", lines_, absent); }
+
+void WriteUnread(TTableLayout& layout, const TResultSummary& summary, EAbsent absent) {
   const TPlanTurns turns(summary.plan);
   const TFailures failures(summary.failed);
   std::vector<TMissingLine> lines;
@@ -193,7 +200,7 @@ void WriteUnread(TTableLayout& layout, const TResultSummary& summary) {
     lines.push_back({SafeText(turns.ClassName(unread.turn)), SafeText(PlaceInKey(turns.Key(unread.turn, unread.place))),
                      "", "", UnreadText(unread, failures), unread.code == EUnread::kAbsent});
   }
-  WriteLines(layout, "Unread", lines);
+  WriteLines(layout, "Unread", lines, absent);
   lines.clear();
   for (const TSubject& other : failures.Others()) {
     const std::string address = other.address ? HexNumber(*other.address, wire::RegisterRead::kAddressSize) : "";
@@ -205,10 +212,8 @@ void WriteUnread(TTableLayout& layout, const TResultSummary& summary) {
 
 namespace {
 
-constexpr std::size_t kColumn = 16;  // where the text after "  Machine type" begins
-
 void Row(TTableLayout& layout, std::string_view label, const std::string& text, EEmphasis emphasis = EEmphasis::kNone) {
-  layout.Row(2, label, kColumn, text, emphasis);
+  layout.Row(2, label, kSummaryColumn, text, emphasis);
 }
 
 void WriteSource(TTableLayout& layout, const TSourceFacts& source) {

@@ -2,6 +2,7 @@
 // summary.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -23,12 +24,17 @@ struct TMissingLine {
   bool isAbsent = false;  ///< there was nothing to read
 };
 
+/// Whether to show what the server does not have, besides what could not be read.
+enum class EAbsent { kShown, kLeftOut };
+
 /// Gathers what is missing from instances until it is shown at the end.
 class TMissingList {
  public:
   void Add(const std::string& className, const TInstanceFacts& facts);
+  /// The number of those that are not absent.
+  std::size_t Failed() const;
   /// Writes nothing if nothing is missing.
-  void Write(TTableLayout& layout) const;
+  void Write(TTableLayout& layout, EAbsent absent) const;
 
  private:
   std::vector<TMissingLine> lines_;
@@ -36,7 +42,9 @@ class TMissingList {
 
 /// Writes the planned instances that were not delivered, and why; then the failed exchanges on which no instance
 /// depends, or for which that is unknown. Nothing if there are none.
-void WriteUnread(TTableLayout& layout, const TResultSummary& summary);
+void WriteUnread(TTableLayout& layout, const TResultSummary& summary, EAbsent absent);
+
+inline constexpr std::size_t kSummaryColumn = 16;  ///< where the text after "  Machine type" begins
 
 /// The number of instances of each class, in the order of their first instances.
 using TInstanceCounts = std::vector<std::pair<std::string, std::uint64_t>>;

@@ -1,4 +1,4 @@
-// The format `table`: one block for each instance, what is missing, and a summary, for people.
+// The format `table`: one block for each instance, what is wrong, what is missing, and a summary, for people.
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -13,6 +13,7 @@
 #include "host/output/capturefiles.h"
 #include "host/output/propertytext.h"
 #include "host/output/resulttext.h"
+#include "host/output/tablefindings.h"
 #include "host/output/tablelayout.h"
 #include "host/output/tablesummary.h"
 #include "host/output/writers.h"
@@ -40,6 +41,7 @@ class TTableWriter : public IResultWriter {
   TResultHeader header_;
   TInstanceCounts counts_;
   TMissingList missing_;
+  TFindingList findings_;
 };
 
 constexpr std::size_t kIndent = 2;
@@ -75,6 +77,8 @@ void TTableWriter::Count(const std::string& className) {
 void TTableWriter::Instance(const TInstance& instance, const TInstanceFacts& facts) {
   Count(instance.Class().Name());
   missing_.Add(instance.Class().Name(), facts);
+  findings_.Add(instance, facts);
+  if (header_.onlyFindings && facts.findings.empty()) return;
   Heading(instance, facts);
   Properties(instance, facts);
   layout_.BlankLine();
@@ -95,8 +99,11 @@ void TTableWriter::Properties(const TInstance& instance, const TInstanceFacts& f
   const auto properties = PropertyTexts(instance, facts, capture ? &*capture : nullptr);
   const std::size_t column = ValueColumn(properties, layout_.Width());
   for (const TPropertyText& property : properties) {
-    layout_.Row(kIndent, property.name, column, property.text,
-                property.isFailure ? EEmphasis::kFailure : EEmphasis::kNone);
+    if (property.emphasis == EEmphasis::kDim) {
+      layout_.LabelledRow(kIndent, property.name, column, property.text, property.emphasis);
+    } else {
+      layout_.Row(kIndent, property.name, column, property.text, property.emphasis);
+    }
     if (property.isCapture) Dump(*capture);
   }
 }
@@ -113,9 +120,12 @@ void TTableWriter::Dump(const TCaptureFile& capture) {
 }
 
 void TTableWriter::End(const TResultSummary& summary) {
-  missing_.Write(layout_);
-  WriteUnread(layout_, summary);
+  const EAbsent absent = header_.onlyFindings ? EAbsent::kLeftOut : EAbsent::kShown;
+  findings_.Write(layout_, summary, missing_.Failed());
+  missing_.Write(layout_, absent);
+  WriteUnread(layout_, summary, absent);
   WriteTableSummary(layout_, header_, summary, counts_);
+  findings_.WriteShort(layout_, summary.findings);
   layout_.Flush();
 }
 

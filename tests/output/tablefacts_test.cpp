@@ -9,7 +9,7 @@ using CollectorProfile::EPath;
 
 using TableOfSmallServer = TSmallServer;
 
-TEST_F(TableOfSmallServer, HasInstancesThenWhatIsMissingThenTheSummary) {
+TEST_F(TableOfSmallServer, HasInstancesThenWhatIsWrongThenWhatIsMissingThenTheSummary) {
   EXPECT_EQ(Written(EOutputForm::kTable, document_),
             "SIMULATED: sim:small.toml, not a real service processor\n"
             "\n"
@@ -47,6 +47,10 @@ TEST_F(TableOfSmallServer, HasInstancesThenWhatIsMissingThenTheSummary) {
             "  LogName               KROSG_DCAPFile\n"
             "  RecordID              0\n"
             "\n"
+            "Findings\n"
+            "  Unknown: no register that was read is described as one of errors.\n"
+            "  3 values could not be read: there may be errors.\n"
+            "\n"
             "Missing\n"
             "  KROSG_X_MEMCTL_StatisticData\n"
             "    sp1/instance0    First          index 0  0 bytes received\n"
@@ -77,7 +81,8 @@ TEST_F(TableOfSmallServer, HasInstancesThenWhatIsMissingThenTheSummary) {
             "    KROSG_X_MEMCTL_StatisticData\n"
             "      1 of 2 register blocks was too short\n"
             "    KROSG_DCAPFile\n"
-            "      1 of 3 capture files is missing or incomplete\n");
+            "      1 of 3 capture files is missing or incomplete\n"
+            "  Findings      unknown\n");
 }
 
 TEST_F(TableOfSmallServer, IsLegibleInFortyColumns) {
@@ -120,10 +125,11 @@ class TableFacts : public TOutputTest {
     facts.origin.emplace().path = EPath::kR8;
     return facts;
   }
-  /// The sections of a table without instances before the summary.
+  /// The sections of a table without instances between the findings and the summary.
   std::string Sections(const TResultSummary& summary) {
     const std::string text = Written(EOutputForm::kTable, {}, summary);
-    return text.substr(0, text.find("Summary\n"));
+    const std::size_t start = text.find("\n\n") + 2;
+    return text.substr(start, text.find("Summary\n") - start);
   }
   /// A summary without reasons; its plan has KROSG_A on the R8 path and KROSG_B on the JFR path.
   TResultSummary Summary(std::vector<TUnread> unread, std::vector<TExchangeFailure> failed) {

@@ -200,11 +200,16 @@ TEST_F(TableWriter, SummarisesACompleteCollection) {
             "    1  KROSG_Other\n"
             "  Exchanges     42, none failed\n"
             "  Elapsed       1.234 s\n"
-            "  Result        complete\n");
+            "  Result        complete\n"
+            "  Findings      unknown\n");
 }
 
 TEST_F(TableWriter, SummarisesAPartialCollection) {
   EXPECT_EQ(Summary(Partial()),
+            "Findings\n"
+            "  Unknown: no register that was read is described as one of errors.\n"
+            "  Not everything was collected: there may be errors.\n"
+            "\n"
             "Other failed exchanges\n"
             "  KROSG_A\n"
             "    node 0  0x2D0100  register: 0xC3 timeout while processing command\n"
@@ -218,7 +223,8 @@ TEST_F(TableWriter, SummarisesAPartialCollection) {
             "  Result        partial\n"
             "    interrupted\n"
             "    KROSG_A\n"
-            "      said \"no\"\n");
+            "      said \"no\"\n"
+            "  Findings      unknown\n");
 }
 
 TEST_F(TableWriter, SaysWhyAFailedCollectionFailed) {
@@ -241,7 +247,8 @@ TEST_F(TableWriter, NamesTheServerAndTheRecording) {
   document.header.machineType.clear();
   document.header.run.labels = {{"rack", "7"}, {"room", "b\n2"}};
   const std::string text = Written(EOutputForm::kTable, document);
-  EXPECT_EQ(text.substr(0, text.find("  Instances")),
+  const std::size_t start = text.find("Summary\n");
+  EXPECT_EQ(text.substr(start, text.find("  Instances") - start),
             "Summary\n"
             "  Source        replay:run.jsonl\n"
             "  Recorded      2026-01-31T12:34:56+01:00\n"

@@ -122,7 +122,7 @@ class Pager(VelhostCase):
         self.assertEqual((terminal.read(), process.wait(timeout=60)), ("", 0))
         headings = [line for line in self.paged().splitlines() if BRIDGE in line and "node0" in line]
         self.assertEqual(len(headings), 150)
-        self.assertTrue(self.paged().endswith("Result        complete\n"))
+        self.assertTrue(self.paged().endswith("Result        complete\n  Findings      unknown\n"))
 
     def test_an_interrupt_ends_the_collection_and_not_its_pager(self):
         process, terminal = self.start_on_terminal(

@@ -139,12 +139,12 @@ SMALL_RESULT = """
  "incomplete":true,"missing":[{"property":"Log","address":"0xABCDF0","completion_code":203}],
  "properties":{"InstanceID":"KROSG:KROSG_VO_PCIIOBRIDGE_StatisticData:6203:0","ElementName":"PCI I/O bridge,0","MachineType":"6203",
   "StatisticTime":"19700101060856.000000+000","Count":[171,205,239,0,0,1,1,0,0,0,239,254,254,239]},
- "registers":{"Count":{"address":"0xABCDEF","width":32,"value":"0x00000100","folded":"0x00000101"}}},
+ "registers":{"Count":{"address":"0xABCDEF","width":32,"value":"0x00000100","folded":"0x00000101","fields":[]}}},
 {"kind":"instance","class":"KROSG_X_MEMCTL_StatisticData","key":"KROSG_X_MEMCTL_StatisticData/sp0/instance0",
  "origin":{"path":"jfr","service_processor":0,"instance":0},
  "properties":{"InstanceID":"KROSG:KROSG_MEMCTL_StatisticData:6203:0","ElementName":"Memory and I/O controller,0","MachineType":"6203",
   "StatisticTime":"20260131113005.000000+000","First":[11,0,84,32,61,32,0,0,0,26,63,76,46,64]},
- "registers":{"First":{"index":0,"width":64,"value":"0x0000001A3F4C2E40","identification":"0B 00 54"}}},
+ "registers":{"First":{"index":0,"width":64,"value":"0x0000001A3F4C2E40","identification":"0B 00 54","fields":[]}}},
 {"kind":"instance","class":"KROSG_X_MEMCTL_StatisticData","key":"KROSG_X_MEMCTL_StatisticData/sp1/instance0",
  "origin":{"path":"jfr","service_processor":1,"instance":0},
  "incomplete":true,"missing":[{"property":"First","index":0,"short":0},{"property":"StatisticTime","short":1}],
@@ -162,6 +162,7 @@ SMALL_RESULT = """
 "reasons":[
  {"code":"block-short","class":"KROSG_X_MEMCTL_StatisticData","count":1,"message":"1 of 2 register blocks was too short"},
  {"code":"file-unread","class":"KROSG_DCAPFile","count":1,"message":"1 of 3 capture files is missing or incomplete"}],
+"findings":[],
 "exchanges":{"total":15,"failed":[
  {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance0","property":"Log","address":"0xABCDF0","node":0,"kind":"register","completion_code":203},
  {"class":"KROSG_VO_PCIIOBRIDGE_StatisticData","key":"KROSG_VO_PCIIOBRIDGE_StatisticData/node0/instance1","property":"Count","address":"0xABCDEF","node":0,"kind":"register","completion_code":203},
