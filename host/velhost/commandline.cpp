@@ -241,6 +241,11 @@ void CheckFormOfPlan(const TCollectOptions& options) {
   Fail("--dry-run prints a table or json, not " + options.format);
 }
 
+void CheckFormOfFindings(const TCollectOptions& options) {
+  if (!options.onlyFindings || options.format.empty() || options.format == "table" || options.format == "json") return;
+  Fail("--only-findings prints a table or json, not " + options.format);
+}
+
 std::string ReasonForIdleness(const TOption& option, const TCommandLine& commandLine) {
   const auto& users = option.usedBy;
   if (!users.empty() && std::find(users.begin(), users.end(), commandLine.verb) == users.end()) {
@@ -271,6 +276,7 @@ TCommandLine Interpret(TGivenWords& given) {
   TakeOperands(given.operands, verb, commandLine);
   CheckSchemas(commandLine.common.schema);
   CheckFormOfPlan(commandLine.collect);
+  CheckFormOfFindings(commandLine.collect);
   commandLine.warnings = WarningsOf(given, commandLine);
   return commandLine;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/base/secret.h"
+#include "host/meaning/classmeaning.h"
 
 namespace velhost {
 
@@ -37,6 +38,8 @@ struct TCollectOptions {
   std::vector<std::string> classes;
   std::string format;  ///< empty: table on a terminal, else json
   std::string output;  ///< empty: standard output
+  bool onlyFindings = false;
+  std::optional<ESeverity> failOn;
   std::map<std::string, std::string> labels;
   bool dryRun = false;
   std::string record;

@@ -28,6 +28,8 @@ const TChoices<bool> kListForms = {{"table", false}, {"json", true}};
 const TChoices<bool> kTextForms = {{"text", false}, {"json", true}};
 const TChoices<std::string> kOutputForms = {
     {"table", "table"}, {"json", "json"}, {"jsonl", "jsonl"}, {"mof", "mof"}, {"cimxml", "cimxml"}};
+const TChoices<ESeverity> kSeverities = {
+    {"fatal", ESeverity::kFatal}, {"error", ESeverity::kError}, {"corrected", ESeverity::kCorrected}};
 const TChoices<std::string> kPrivileges = {{"user", "user"}, {"operator", "operator"}, {"admin", "admin"}};
 const std::vector<std::string> kServiceProcessorForms = {"sim[:FILE]", "replay:FILE", "image:FILE", "inband[:DEVICE]",
                                                          "lan:[USER@]HOST[:PORT]"};
@@ -300,6 +302,17 @@ const std::vector<TOption> kOptions = {
          "FILE", "files", [](auto& c) -> auto& { return c.collect.output; }),
      .help = "write to FILE instead of standard output",
      .verbs = {EVerb::kCollect}},
+    {.name = "--only-findings",
+     .value = Flag([](auto& c) -> auto& { return c.collect.onlyFindings; }),
+     .help = "table, json: only what is wrong, and what could not be read",
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
+    {.name = "--fail-on",
+     .value = OneOf(
+         kSeverities, [](auto& c) -> auto& { return c.collect.failOn; }),
+     .help = "exit with status 1 if a finding that is not masked is that bad, or worse",
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
     {.name = "--label",
      .value = Label(),
      .help = "add to the result, except in cimxml; may be repeated",

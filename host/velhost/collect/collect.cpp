@@ -1,6 +1,7 @@
 // velhost collect: one collection from start to finish.
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -15,6 +16,7 @@
 #include "host/bmc/iserviceprocessor.h"
 #include "host/bmc/supervision.h"
 #include "host/output/capturefiles.h"
+#include "host/output/fieldtext.h"
 #include "host/output/progress.h"
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
@@ -206,7 +208,8 @@ class TCollection {
       run.SetInstanceCallback(
           [this](const TInstance& instance, const TInstanceFacts& facts) { captures_->Write(instance, facts.isCut); });
     }
-    writer.Begin({run_.Facts(), source_, environment_->MachineType(), run.Plugin(), schema_.facts});
+    writer.Begin(
+        {run_.Facts(), source_, environment_->MachineType(), run.Plugin(), schema_.facts, options_.onlyFindings});
     run.Collect(writer);
   }
 
@@ -237,10 +240,18 @@ class TCollection {
     TResultSummary summary = run.Close(failure);
     if (!failures.empty()) failure.emplace(failures.front());
     const bool isComplete = summary.status == EResultStatus::kComplete;
-    const EExitStatus byResult = isComplete ? EExitStatus::kComplete : EExitStatus::kPartial;
+    EExitStatus byResult = isComplete ? EExitStatus::kComplete : EExitStatus::kPartial;
+    if (HasFailingFinding(summary)) byResult = EExitStatus::kFound;
     summary.exitStatus = static_cast<int>(failure ? StatusOf(failure->Kind()) : byResult);
     summary.elapsedMs = run_.ElapsedMs();
     return summary;
+  }
+
+  // Only a finding that is not masked and not known counts.
+  bool HasFailingFinding(const TResultSummary& summary) const {
+    return options_.failOn && std::any_of(summary.findings.begin(), summary.findings.end(), [&](const TFinding& one) {
+             return !one.isMasked && !one.isKnown && one.severity >= *options_.failOn;
+           });
   }
 
   static void EndDocument(IResultWriter& writer, TOutputTarget& target, const TResultSummary& summary,
@@ -260,6 +271,7 @@ class TCollection {
   void Report(const TResultSummary& summary, std::vector<THostError>& failures) {
     // If the instances go to a file, the user would not see otherwise what is missing.
     if (summary.status == EResultStatus::kPartial && !pager_.WasLeft()) Say("partial: " + summary.message);
+    if (HasFailingFinding(summary) && !pager_.WasLeft()) Say("findings: " + CountsText(summary.findings));
     try {
       connection_->CheckAfterwards();
     } catch (const THostError& mismatch) {
