@@ -221,12 +221,12 @@ def compare_recording(options, case, directory, expected):
         started = json.loads(stream.readline())["started"]
     for scheme, asked in (("replay", False), ("image", case.seed % 16 == 3)):
         source = "%s:%s" % (scheme, path)
-        command = command_of(options, case, directory, "--format", "json", source=source, asked=asked)
+        command = command_of(options, case, directory, *json_arguments(case), source=source, asked=asked)
         status, output, errors = run_command(command, case, directory, scheme)
-        if status not in (0, 3):
+        if status not in STATUSES:
             raise Difference("exit status %d of the %s:\n%s" % (status, scheme, errors.decode(errors="replace")))
         document = document_of(case, directory, expected, source, recorded=started)
-        compare_documents(parsed(output), document, case)
+        compare_documents(parsed(output), shown(document, case), case)
 
 
 def compare_cut_recording(options, case, directory):
