@@ -5,11 +5,6 @@ import unittest
 
 from velhostcase import BRIDGE, SCHEMA, VelhostCase
 
-QUALIFIERS = """
-Qualifier Fields : string[], Scope(property);
-Qualifier Role : string, Scope(property);
-Qualifier MaskedBy : string, Scope(property);
-"""
 REGISTERS = """
   [Offset(0x1000), MaxLen(4), Role("errors"), MaskedBy("mask"), Fields{"31:30 Kind", "31:30=2 parity", "4/hex Bit"}]
   uint8 Status[];
@@ -24,7 +19,7 @@ class KROSG_J2 : KROSG_MEMCTL_StatisticData { [Index(80), MaxLen(8)] uint8 Count
 class Describe(VelhostCase):
     def setUp(self):
         super().setUp()
-        self.write("schema.mof", QUALIFIERS + SCHEMA.replace("@COUNT@", "3").replace("@REGISTERS@", REGISTERS) + BLOCKS)
+        self.write("schema.mof", SCHEMA.replace("@COUNT@", "3").replace("@REGISTERS@", REGISTERS) + BLOCKS)
 
     def describe(self, name, *arguments, machine="6203"):
         return self.run_velhost("describe", "--schema", "schema.mof", "--machine-type", machine, *arguments, name)
@@ -100,6 +95,13 @@ class Describe(VelhostCase):
         self.write("schema.mof", SCHEMA.replace("@COUNT@", "3").replace("@REGISTERS@", "uint8 Bare[];"))
         self.assertIn('Which registers are read cannot be told: "velhost check" says what is wrong with the class.',
                       " ".join(self.text(BRIDGE).split()))
+
+    def test_what_is_wrong_in_the_meaning_is_a_warning(self):
+        self.write("schema.mof", SCHEMA.replace("@COUNT@", "3").replace("@REGISTERS@", REGISTERS.replace('"31:30 Kind"', '"31:30Kind"')))
+        done = self.describe(BRIDGE)
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stderr, r"^velhost: schema\.mof:\d+:\d+: warning: ")
+        self.assertIn("  Fields         4 Bit\n", done.stdout)
 
     def test_no_session_is_opened_for_the_machine_type(self):
         done = self.run_velhost("describe", "--schema", "schema.mof", "--sp", "lan:192.0.2.1", BRIDGE)

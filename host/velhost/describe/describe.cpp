@@ -96,12 +96,20 @@ TClassDescription Describe(const TNamespace& cimNamespace, const TClass& cimClas
   return description;
 }
 
+// A slip is not part of the description: the qualifier is ignored.
+void WarnOfSlips(const TPlannedClass& planned, TLoadedSchema& schema) {
+  TPlan plan;
+  plan.classes.push_back(planned);
+  SayMeaningWarnings(plan, schema);
+}
+
 }  // namespace
 
 EExitStatus DescribeClass(const TCommandLine& commandLine, const TInstallation& installation) {
   const TStopSignal stop;
   TInputs inputs(stop);
-  const auto cimNamespace = LoadSchema(commandLine.common, installation, inputs).cimNamespace;
+  TLoadedSchema schema = LoadSchema(commandLine.common, installation, inputs);
+  const auto& cimNamespace = schema.cimNamespace;
   const TNamed named = NamedBy(commandLine.describe.name);
   TClass cimClass = FindNamedClass(*cimNamespace, named.className);
   const TMachine machine = MachineOf(commandLine.common, installation, inputs, *cimNamespace);
@@ -113,6 +121,7 @@ EExitStatus DescribeClass(const TCommandLine& commandLine, const TInstallation& 
   TClassDescription description = Describe(*cimNamespace, delegate ? delegate : cimClass, machine);
   if (delegate) description.baseClass = cimClass->Name();
   if (named.property) description.property = FindNamedProperty(*description.planned.cimClass, *named.property);
+  WarnOfSlips(description.planned, schema);
   if (commandLine.describe.json) {
     WriteToStandardOutput(DescriptionAsJson(description));
   } else {
