@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <utility>
 
 #include "host/base/hosterror.h"
@@ -119,22 +118,28 @@ class TSpawnSettings {
   posix_spawnattr_t attributes_{};
 };
 
-// Ignores the keys that end programs while it lives: they are meant for the pager.
-class TIgnoredKeys {
+// Signals while this process only waits for its pager, which has the terminal: the keys that end programs are meant for
+// the pager, and anything else must not end this process first.
+class TSignalsOfPager {
  public:
-  TIgnoredKeys() {
-    struct sigaction ignore = {};
-    ignore.sa_handler = SIG_IGN;
-    for (std::size_t i = 0; i < kSignals.size(); ++i) ::sigaction(kSignals.at(i), &ignore, &before_.at(i));
+  TSignalsOfPager() {
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+      const int signal = kSignals.at(i);
+      ::sigaction(signal, nullptr, &before_.at(i));
+      struct sigaction action = {};
+      const bool isKey = signal == SIGINT || signal == SIGQUIT;
+      action.sa_handler = isKey || before_.at(i).sa_handler == SIG_IGN ? SIG_IGN : &EndBySignalAfterPager;
+      ::sigaction(signal, &action, nullptr);
+    }
   }
-  ~TIgnoredKeys() {
+  ~TSignalsOfPager() {
     for (std::size_t i = 0; i < kSignals.size(); ++i) ::sigaction(kSignals.at(i), &before_.at(i), nullptr);
   }
-  TIgnoredKeys(const TIgnoredKeys&) = delete;
-  TIgnoredKeys& operator=(const TIgnoredKeys&) = delete;
+  TSignalsOfPager(const TSignalsOfPager&) = delete;
+  TSignalsOfPager& operator=(const TSignalsOfPager&) = delete;
 
  private:
-  static constexpr std::array<int, 2> kSignals = {SIGINT, SIGQUIT};
+  static constexpr std::array<int, 4> kSignals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
   std::array<struct sigaction, kSignals.size()> before_{};
 };
 
@@ -243,14 +248,14 @@ void TPager::Push() {
 
 void TPager::Drain() noexcept {
   if (!IsRunning()) return;
-  const TIgnoredKeys ignored;
+  const TSignalsOfPager signals;
   if (!wasLeft_) WriteAll(pipe_.Get(), pending_);  // fails if the user has seen enough
   pending_.clear();
 }
 
 int TPager::WaitForEnd() noexcept {
   if (!IsRunning()) return 0;
-  const TIgnoredKeys ignored;
+  const TSignalsOfPager signals;
   closing_.Set();
   watcher_.join();
   runningPipe = -1;
@@ -289,6 +294,12 @@ void WaitForPagerBeforeTheEnd() noexcept {
   if (process < 0) return;
   if (pipe >= 0) ::close(pipe);
   WaitFor(process);
+}
+
+void EndBySignalAfterPager(int signal) noexcept {
+  WaitForPagerBeforeTheEnd();
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);  // delivered when the handler returns
 }
 
 bool IsPagerRunning() noexcept { return runningProcess.load() >= 0; }

@@ -35,7 +35,8 @@ class TPager : public ITextSink {
   /// Never waits for the pager: text that it does not take yet is kept. Text is dropped once the user has left the
   /// pager. Without a pager, throws TClosedPipe, or THostError (kNotWritten).
   void Write(std::string_view text) override;
-  /// Ends the text and waits until the user has left the pager, ignoring Ctrl-C, which means the pager then. Throws
+  /// Ends the text and waits until the user has left the pager. Ctrl-C means the pager then, and a signal that ends
+  /// this process does so when the pager has been left. Throws
   /// THostError (kNotWritten) if the shell could not run the command.
   void Close();
 
@@ -75,5 +76,7 @@ bool WriteToRunningPager(std::string_view text);
 /// Ends the text and waits for the pager, if one runs. Safe in a signal handler, after which the process must end.
 void WaitForPagerBeforeTheEnd() noexcept;
 bool IsPagerRunning() noexcept;
+/// A signal handler that does so, and then ends the process as if the signal was not handled.
+void EndBySignalAfterPager(int signal) noexcept;
 
 }  // namespace velhost

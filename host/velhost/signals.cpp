@@ -25,16 +25,9 @@ void HandleBy(int signal, void (*handler)(int)) {
 
 void HandleByDefault(int signal) { HandleBy(signal, SIG_DFL); }
 
-// Ends the process as an unhandled signal does, but not while a pager has the terminal.
-extern "C" void EndBySignal(int signal) {
-  WaitForPagerBeforeTheEnd();
-  HandleByDefault(signal);
-  raise(signal);  // delivered when this handler returns
-}
-
 extern "C" void RequestStopOnce(int signal, siginfo_t* info, void* /*context*/) {
   if (TStopSignal* const stop = target.load()) stop->RequestStop();
-  HandleBy(signal, &EndBySignal);
+  HandleBy(signal, &EndBySignalAfterPager);
   // The kernel sends Ctrl-C for the terminal, which has echoed "^C" at the cursor.
   if (signal != SIGINT || info == nullptr || info->si_code != SI_KERNEL || !echoesInterrupt.load()) return;
   if (IsPagerRunning()) return;  // the terminal is not ours

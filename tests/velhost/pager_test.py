@@ -143,12 +143,26 @@ class Pager(VelhostCase):
         self.assertIn("Machine type: 6203", terminal.read())
         self.assertEqual(process.wait(timeout=60), 0)
 
-    @staticmethod
-    def is_waiting(process):
+    def test_a_signal_does_not_end_velhost_before_its_pager(self):
+        pager = self.program("pager", "while [ ! -e go ]; do sleep 0.05; done; cat\n")
+        process, terminal = self.start_on_terminal([VELHOST, "classes"], {"PAGER": pager})
+        self.wait_until(lambda: self.is_waiting(process), "velhost does not wait")
+        process.send_signal(signal.SIGTERM)
+        self.wait_until(lambda: self.has_signal(process, "SigBlk", signal.SIGTERM), "the signal is not handled")
+        self.write("go", "")
+        self.assertIn("Machine type: 6203", terminal.read())
+        self.assertEqual(process.wait(timeout=60), -signal.SIGTERM)
+
+    @classmethod
+    def is_waiting(cls, process):
         """Whether velhost ignores Ctrl-C, as it does while it waits for its pager."""
+        return cls.has_signal(process, "SigIgn", signal.SIGINT)
+
+    @staticmethod
+    def has_signal(process, kind, number):
+        """Whether the kernel lists the signal among those that the process ignores (SigIgn), or blocks now (SigBlk)."""
         status = pathlib.Path(f"/proc/{process.pid}/status").read_text(encoding="ascii")
-        ignored = int(status.partition("SigIgn:")[2].split()[0], 16)
-        return ignored >> (signal.SIGINT - 1) & 1 == 1
+        return int(status.partition(kind + ":")[2].split()[0], 16) >> (number - 1) & 1 == 1
 
     def test_messages_are_read_in_the_pager_too(self):
         words = self.collect_words("late.toml") + ["--timeout", "2", BRIDGE]
