@@ -8,6 +8,8 @@
 #include <optional>
 #include <regex>
 
+#include "host/schema/schemacheck.h"
+#include "tests/schema/collectorschema.h"
 #include "tests/schema/schemastatements.h"
 #include "tests/support/memoryreader.h"
 #include "tests/support/namespaces.h"
@@ -18,6 +20,7 @@ namespace {
 
 constexpr std::string_view kBytes = "with bytes <XX>";
 constexpr std::string_view kOpenEnd = "without a last line end";
+constexpr std::string_view kOfRegisters = "of registers";
 constexpr std::array kKinds = {"class",        "property",    "method",   "qualifier",
                                "no-qualifier", "declaration", "instance", "value"};
 constexpr std::size_t kWidest = 78;  // a longer line is shown cut
@@ -100,7 +103,7 @@ class TParser {
 
   void BeginCase(const std::string& name, const std::string& options) {
     EndCase();
-    result_.cases.push_back({name, number_, {}, {}, {}, false});
+    result_.cases.push_back({name, number_, {}, {}, {}, false, false});
     bytes_ = false;
     openEnd_ = false;
     std::string rest = options;
@@ -109,7 +112,11 @@ class TParser {
       rest.erase(0, 2 + option.size());
       bytes_ = bytes_ || option == kBytes;
       openEnd_ = openEnd_ || option == kOpenEnd;
-      if (option != kBytes && option != kOpenEnd) Malformed("unknown option: " + option);
+      if (option == kOfRegisters) {
+        Case().isOfRegisters = true;
+      } else if (option != kBytes && option != kOpenEnd) {
+        Malformed("unknown option: " + option);
+      }
     }
     BeginText(name + ".mof", true);
   }
@@ -120,7 +127,9 @@ class TParser {
     for (TAnnotatedText& text : Case().texts) {
       if (openEnd_ && !text.text.empty()) text.text.pop_back();
     }
-    if (Case().hasErrors && !Case().statements.empty()) Malformed("statements of a case with errors: " + Case().name);
+    const bool mayState = !Case().hasErrors && !Case().isOfRegisters;
+    if (!mayState && !Case().statements.empty())
+      Malformed("statements of a case with errors or registers: " + Case().name);
   }
 
   void BeginText(const std::string& path, bool given) {
@@ -301,6 +310,16 @@ void ExpectEach(const TAnnotatedCase& annotated, TSchemaStatements& schema, TDif
 
 }  // namespace
 
+namespace {
+
+std::vector<TTextDiagnostic> FindingsOfRegisters(std::vector<std::string> paths, TMemoryReader& reader) {
+  reader.Add("collector.mof", kCollectorSchema);
+  paths.insert(paths.begin(), "collector.mof");
+  return CheckSchema(paths, reader).findings;
+}
+
+}  // namespace
+
 std::vector<std::string> Differences(const TAnnotatedCase& annotated) {
   TMemoryReader reader;
   std::vector<std::string> paths;
@@ -308,6 +327,7 @@ std::vector<std::string> Differences(const TAnnotatedCase& annotated) {
     reader.Add(text.path, text.text);
     if (text.given) paths.push_back(text.path);
   }
+  if (annotated.isOfRegisters) return DifferentFindings(annotated, FindingsOfRegisters(paths, reader));
   TDifferences differences = DifferentFindings(annotated, ReadSchema(paths, reader).diagnostics);
   if (annotated.hasErrors || !differences.empty()) return differences;
   TSchemaStatements schema(paths, reader);

@@ -36,6 +36,7 @@ struct TAnnotatedCase {
   std::vector<TAnnotatedFinding> findings;
   std::vector<TAnnotatedStatement> statements;
   bool hasErrors = false;
+  bool isOfRegisters = false;  ///< read after the schema of the base classes, and checked for the collector's needs
 
   /// The texts of the statements of one kind, in order.
   std::vector<std::string> Of(std::string_view kind) const;

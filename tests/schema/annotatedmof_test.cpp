@@ -117,7 +117,7 @@ TEST(AnnotatedMof, MalformedAnnotationsAreReported) {
   EXPECT_THAT(malformed("// case: a\n//|  x\n"), ElementsAre("2: no annotation above: //|  x"));
   EXPECT_THAT(malformed("// case: a\n//= thing A\n"), ElementsAre("2: unknown statement: thing"));
   EXPECT_THAT(malformed("// case: a\nx // error 1: y\n//= class A\n"),
-              ElementsAre("3: statements of a case with errors: a"));
+              ElementsAre("3: statements of a case with errors or registers: a"));
   for (const std::string line : {"x // error: y", "x //error 1: y", "x // Warning 1: y", "x // error 1:y",
                                  "//^error 1: y", "//=class A", "//:", "// case:b", "// also:", "//included: b.mof"}) {
     EXPECT_THAT(malformed("// case: a\n" + line + "\n"), ElementsAre("2: not an annotation: " + line));
