@@ -20,7 +20,7 @@ std::string NumberText(std::uint64_t value, unsigned width, bool isHex) {
 }
 
 std::string PlaceText(const std::string& bits) {
-  return (bits.find(':') == std::string::npos ? "bit " : "bits ") + bits;
+  return (bits.find(':') == std::string::npos ? "bit " : "bits ") + SafeText(bits);
 }
 
 // A single bit that is set needs no number.

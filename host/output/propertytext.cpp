@@ -106,17 +106,6 @@ std::string RegisterText(const TRegisterFacts& facts) {
   return fields.empty() ? text : text + "  " + fields;
 }
 
-// The place of each finding is compared by name: the facts may have been read from a result.
-EEmphasis EmphasisOfRegister(const TRegisterFacts& facts, const std::string& name,
-                             const std::vector<TFinding>& findings) {
-  std::optional<ESeverity> worst;
-  for (const TFinding& finding : findings) {
-    if (!finding.isMasked && finding.place->name == name) worst = std::max(worst, std::optional(finding.severity));
-  }
-  if (worst) return EmphasisOf(*worst);
-  return facts.value == 0 && !facts.upper ? EEmphasis::kDim : EEmphasis::kNone;
-}
-
 std::string MissingValueText(const TMissing& missing) {
   return IsAbsent(missing) ? WhyText(missing) : "missing: " + WhyText(missing);
 }
@@ -131,12 +120,15 @@ std::string CaptureText(const TCaptureFile& capture, const TMissing* missing) {
 class TKnown {
  public:
   TKnown(const TInstance& instance, const TInstanceFacts& facts)
-      : instance_(instance),
-        findings_(facts.findings),
-        path_(facts.origin ? facts.origin->path : PathOfClass(instance.Class())) {
+      : instance_(instance), path_(facts.origin ? facts.origin->path : PathOfClass(instance.Class())) {
     for (const TMissing& missing : facts.missing) {
       missing_[missing.property] = &missing;
       if (!missing.where.addresses) Widen(WhereText(missing.where));
+    }
+    for (const TFinding& finding : facts.findings) {
+      if (finding.isMasked) continue;
+      ESeverity& worst = worst_.try_emplace(finding.place->name, finding.severity).first->second;
+      worst = std::max(worst, finding.severity);
     }
     if (!facts.registers) return;
     for (const TRegisterFacts& one : *facts.registers) {
@@ -153,8 +145,10 @@ class TKnown {
   EEmphasis EmphasisOf(std::size_t property) const {
     const std::string& name = instance_.Class().Properties()[property]->Definition().name;
     if (const TMissing* missing = MissingOf(name)) return IsAbsent(*missing) ? EEmphasis::kDim : EEmphasis::kFailure;
+    if (const auto worst = worst_.find(name); worst != worst_.end()) return velhost::EmphasisOf(worst->second);
     const auto known = registers_.find(property);
-    return known == registers_.end() ? EEmphasis::kNone : EmphasisOfRegister(*known->second, name, findings_);
+    const bool isZero = known != registers_.end() && known->second->value == 0 && !known->second->upper;
+    return isZero ? EEmphasis::kDim : EEmphasis::kNone;
   }
 
   std::string TextOf(std::size_t property) const {
@@ -173,11 +167,11 @@ class TKnown {
   }
 
   const TInstance& instance_;
-  const std::vector<TFinding>& findings_;
   EPath path_;
   std::map<std::string_view, const TMissing*> missing_;
   std::map<std::size_t, const TRegisterFacts*> registers_;
-  std::size_t width_ = 0;  // of addresses and indexes
+  std::map<std::string_view, ESeverity> worst_;  // of the findings of a register that are not masked
+  std::size_t width_ = 0;                        // of addresses and indexes
 };
 
 }  // namespace

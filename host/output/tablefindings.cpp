@@ -51,7 +51,7 @@ std::string PlaceText(const TErrorRegister& place) {
 std::string RegisterText(const TFinding& finding) {
   const TErrorRegister& place = *finding.place;
   const bool isOneBit = finding.bits.find(':') == std::string::npos;
-  return SafeText(place.name) + (isOneBit ? " bit " : " bits ") + finding.bits + " of " +
+  return SafeText(place.name) + (isOneBit ? " bit " : " bits ") + SafeText(finding.bits) + " of " +
          HexNumber(place.value, place.isNarrow ? 4 : 8);
 }
 
@@ -68,6 +68,19 @@ std::string UncertaintyText(const TResultSummary& summary, std::size_t unreadVal
                                                     : std::string("Not everything was collected: ") + more + ".";
 }
 
+bool IsNarrow(const TTableLayout& layout) { return layout.Width() < kNarrow; }
+
+void WriteLabelled(TTableLayout& layout, std::size_t indent, std::size_t column, const TFinding& finding,
+                   const std::string& text) {
+  const EEmphasis emphasis = EmphasisOf(finding);
+  const std::string label(LabelOf(finding));
+  if (IsNarrow(layout)) {
+    layout.Paragraph(indent, label + "  " + text, emphasis);
+  } else {
+    layout.LabelledRow(indent, label, column, text, emphasis);
+  }
+}
+
 }  // namespace
 
 EEmphasis EmphasisOf(ESeverity severity) {
@@ -82,9 +95,13 @@ EEmphasis EmphasisOf(ESeverity severity) {
 void TFindingList::Add(const TInstance& instance, const TInstanceFacts& facts) {
   if (!facts.registers) return;
   std::set<std::string_view> evidence;
+  const TErrorRegister* last = nullptr;
   for (const TFinding& finding : facts.findings) {
-    for (const TEvidence& one : finding.place->evidence) evidence.insert(one.registerName);
+    if (finding.place.get() == last) continue;
+    last = finding.place.get();
+    for (const TEvidence& one : last->evidence) evidence.insert(one.registerName);
   }
+  registers_ += facts.registers->size();
   for (const TRegisterFacts& one : *facts.registers) {
     if (one.meaning != nullptr && one.meaning->role == ERole::kErrors) ++errorRegisters_;
     const std::string& name = instance.Class().Properties().at(one.property)->Definition().name;
@@ -106,7 +123,8 @@ std::string TFindingList::NoneText() const {
   if (errorRegisters_ == 1) return "No error is set in the one error register that was read.";
   if (errorRegisters_ > 1)
     return fmt::format("No error is set in the {} error registers that were read.", errorRegisters_);
-  return "Unknown: no register that was read is described as one of errors.";
+  if (registers_ == 0) return "Unknown: no register was read.";
+  return "Unknown: the schema does not say which registers record errors.";
 }
 
 void TFindingList::WriteShort(TTableLayout& layout, const std::vector<TFinding>& findings) const {
@@ -116,21 +134,14 @@ void TFindingList::WriteShort(TTableLayout& layout, const std::vector<TFinding>&
   const auto count = static_cast<std::size_t>(end - findings.begin());
   for (std::size_t i = 0; i < std::min(count, kWorst); ++i) {
     const std::string text = FindingText(findings[i]) + ": " + PlaceText(*findings[i].place);
-    layout.LabelledRow(kWorstIndent, LabelOf(findings[i]), kWorstColumn, text, EmphasisOf(findings[i]));
+    WriteLabelled(layout, kWorstIndent, kWorstColumn, findings[i], text);
   }
   if (count > kWorst) layout.Paragraph(kWorstIndent, fmt::format("and {} more, listed above", count - kWorst));
 }
 
 void TFindingList::WriteFinding(TTableLayout& layout, const TFinding& finding) const {
-  const EEmphasis emphasis = EmphasisOf(finding);
-  const bool isNarrow = layout.Width() < kNarrow;
-  const std::size_t column = isNarrow ? kNarrowColumn : kColumn;
-  const std::string label(LabelOf(finding));
-  if (isNarrow) {
-    layout.Paragraph(kIndent, label + "  " + TitleOf(finding), emphasis);
-  } else {
-    layout.LabelledRow(kIndent, label, column, TitleOf(finding), emphasis);
-  }
+  const std::size_t column = IsNarrow(layout) ? kNarrowColumn : kColumn;
+  WriteLabelled(layout, kIndent, kColumn, finding, TitleOf(finding));
   layout.Paragraph(column, PlaceText(*finding.place));
   layout.Paragraph(column, RegisterText(finding));
   if (finding.showsEvidence) WriteEvidence(layout, finding, column);

@@ -32,7 +32,8 @@ class TFindingList {
   void WriteFinding(TTableLayout& layout, const TFinding& finding) const;
   void WriteEvidence(TTableLayout& layout, const TFinding& finding, std::size_t column) const;
 
-  std::size_t errorRegisters_ = 0;  ///< those that were read
+  std::size_t registers_ = 0;       ///< that were read
+  std::size_t errorRegisters_ = 0;  ///< of those
   /// The registers of instances with findings in words, by key and register.
   std::map<std::pair<std::string, std::string>, std::string> words_;
 };

@@ -136,6 +136,22 @@ TEST_F(TableFindings, BeginBelowTheirLabelInFortyColumns) {
                                      "  ERROR  Unexpected completion\n"));
 }
 
+TEST_F(TableFindings, AreLegibleAtTheEndOfFortyColumns) {
+  EXPECT_TRUE(
+      Ending(40).ends_with("  Findings      1 fatal, 2 errors, 2\n"
+                           "                corrected; 1 masked\n"
+                           "    FATAL  Malformed TLP:\n"
+                           "    KROSG_VO_PCIIOBRIDGE_StatisticData\n"
+                           "    node0/instance0, chip 1\n"
+                           "    ERROR  Unexpected completion:\n"
+                           "    KROSG_VO_PCIIOBRIDGE_StatisticData\n"
+                           "    node0/instance0, chip 1\n"
+                           "    ERROR  Unexpected completion:\n"
+                           "    KROSG_VO_PCIIOBRIDGE_StatisticData\n"
+                           "    node0/instance1, chip 2\n"
+                           "    and 2 more, listed above\n"));
+}
+
 TEST_F(TableFindings, FitEachWidth) {
   for (const int width : {40, 80, 132, 200}) {
     std::string text = Table(width);
@@ -184,8 +200,12 @@ TEST_F(TableFindings, NoneIsNotCertainIfSomethingWasNotRead) {
 
 TEST_F(TableFindings, AreUnknownWithoutAnErrorRegister) {
   RemoveFindings();
+  for (auto& [instance, facts] : document_.instances) {
+    for (TRegisterFacts& one : *facts.registers) one.meaning = nullptr;
+  }
+  EXPECT_THAT(Ending(), StartsWith("Findings\n  Unknown: the schema does not say which registers record errors.\n"));
   document_.instances.clear();
-  EXPECT_THAT(Ending(), StartsWith("Findings\n  Unknown: no register that was read is described as one of errors.\n"));
+  EXPECT_THAT(Ending(), StartsWith("Findings\n  Unknown: no register was read.\n"));
   EXPECT_THAT(Ending(), HasSubstr("  Findings      unknown\n"));
 }
 
@@ -231,12 +251,12 @@ TEST_F(TableFindings, ACounterWithFieldsIsACounterForEach) {
   TRegisterMeaning counters;
   counters.role = ERole::kCounter;
   counters.unit = "errors";
-  counters.fields = {{{7, 0}, false, "Rank 0", {}}, {{8, 8}, false, "Rank 1", {}}, {{16, 16}, true, "Rank 2", {}}};
+  counters.fields = {{{7, 0}, false, "Rank 0", {}}, {{8, 8}, false, "Rank\x1b", {}}, {{16, 16}, true, "Rank 2", {}}};
   TRegisterFacts& facts = document_.instances[0].second.registers->at(6);
   facts.meaning = &counters;
   facts.value = 0x10111;
   facts.fields = DecodeFields(counters, facts.value);
-  EXPECT_THAT(Table(132), HasSubstr("0x00010111  Rank 0: 17 errors; Rank 1: 1 errors; Rank 2: 0x01 errors\n"));
+  EXPECT_THAT(Table(132), HasSubstr("0x00010111  Rank 0: 17 errors; Rank\\x1b: 1 errors; Rank 2: 0x01 errors\n"));
 }
 
 }  // namespace

@@ -207,7 +207,7 @@ TEST_F(TableWriter, SummarisesACompleteCollection) {
 TEST_F(TableWriter, SummarisesAPartialCollection) {
   EXPECT_EQ(Summary(Partial()),
             "Findings\n"
-            "  Unknown: no register that was read is described as one of errors.\n"
+            "  Unknown: no register was read.\n"
             "  Not everything was collected: there may be errors.\n"
             "\n"
             "Other failed exchanges\n"
