@@ -317,6 +317,11 @@ TEST_F(JsonFacts, HostileTextStaysText) {
   EXPECT_EQ(instance["origin"]["time_raw"], shown);
   EXPECT_EQ(instance["file"]["area"], shown);
   EXPECT_EQ(instance["missing"][0]["property"], shown);
+  const json& finding = result["findings"][0];
+  for (const char* name : {"key", "class", "register", "bits", "name", "text"}) EXPECT_EQ(finding[name], shown);
+  EXPECT_EQ(finding["origin"]["time_raw"], shown);
+  EXPECT_TRUE(finding["evidence"].contains(shown));
+  EXPECT_EQ(finding["unknown"][0], shown);
 }
 
 }  // namespace
