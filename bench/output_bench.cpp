@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "bench/benchsupport.h"
+#include "host/meaning/field.h"
 #include "host/model/ciminstance.h"
 #include "host/model/cimnamespace.h"
 #include "host/output/valuetext.h"
@@ -106,8 +107,19 @@ std::size_t Print(std::size_t bytes) {
   return sink.bytes;
 }
 
+// Four fields, one of which has a text.
+TRegisterMeaning MeaningOfRegister() {
+  TRegisterMeaning meaning;
+  meaning.role = ERole::kErrors;
+  meaning.fields = {{{3, 0}, false, "Link speed", {{15, 15, "32 GT/s"}}},
+                    {{7, 4}, false, "Lanes", {}},
+                    {{47, 8}, true, "Address", {}},
+                    {{63, 48}, false, "Requester", {}}};
+  return meaning;
+}
+
 // Of an R8 instance, of which one register is missing.
-TInstanceFacts FactsOf(const TInstance& instance) {
+TInstanceFacts FactsOf(const TInstance& instance, const TRegisterMeaning& meaning) {
   TInstanceFacts facts;
   facts.key = instance.Class().Name() + "/node0/instance0";
   facts.origin = TOrigin{CollectorProfile::EPath::kR8, 0, 1, 0, "12 34 56 78"};
@@ -119,6 +131,8 @@ TInstanceFacts FactsOf(const TInstance& instance) {
     one.property = 4 + i;
     one.place = 0x0D0100 + i * 8;
     one.value = 0x0123456789ABCDEF + i;
+    one.meaning = &meaning;
+    one.fields = DecodeFields(meaning, one.value);
   }
   return facts;
 }
@@ -126,7 +140,8 @@ TInstanceFacts FactsOf(const TInstance& instance) {
 std::size_t WriteForm(EOutputForm form, const TInstances& instances, std::size_t count) {
   TDroppingSink sink;
   const auto writer = MakeWriter(form, sink, {});
-  const TInstanceFacts facts = FactsOf(*instances.front());
+  const TRegisterMeaning meaning = MeaningOfRegister();
+  const TInstanceFacts facts = FactsOf(*instances.front(), meaning);
   writer->Begin({});
   for (std::size_t n = 0; n < count; ++n) writer->Instance(*instances[n % instances.size()], facts);
   writer->End({});
