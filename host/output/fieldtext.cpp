@@ -9,7 +9,9 @@
 
 #include "host/base/digits.h"
 #include "host/base/text.h"
+#include "host/base/utf8.h"
 #include "host/meaning/field.h"
+#include "host/meaning/words.h"
 
 namespace velhost {
 
@@ -46,17 +48,32 @@ std::string FieldText(const TField& field, const std::string& bits, const TRegis
   return SafeText(*field.name) + ": " + WithUnit(NumberText(field.value, width, field.isHex), meaning.unit);
 }
 
-std::string FieldsText(const TRegisterFacts& facts) {
-  if (facts.meaning == nullptr) return {};
+std::vector<std::string> FieldTexts(const TRegisterFacts& facts) {
+  std::vector<std::string> texts;
+  if (facts.meaning == nullptr) return texts;
   const TRegisterMeaning& meaning = *facts.meaning;
-  const bool isPlainCount = meaning.role == ERole::kCounter && meaning.fields.empty() && facts.value != 0;
-  if (facts.fields.empty()) return isPlainCount ? WithUnit(std::to_string(facts.value), meaning.unit) : std::string();
-  std::string text;
   for (const TField& field : facts.fields) {
-    if (!text.empty()) text += "; ";
-    text += FieldText(field, BitsText(field.bits, facts.isNarrow ? 32 : 64, meaning.isMsb0), meaning);
+    texts.push_back(FieldText(field, BitsText(field.bits, facts.isNarrow ? 32 : 64, meaning.isMsb0), meaning));
   }
-  return text;
+  const bool isSetting = meaning.role == ERole::kMask || meaning.role == ERole::kSeverity;
+  if (!texts.empty() && isSetting) texts[0].insert(0, std::string(RoleName(meaning.role)) + ": ");
+  const bool isPlainCount = meaning.role == ERole::kCounter && meaning.fields.empty() && facts.value != 0;
+  if (isPlainCount) texts.push_back(WithUnit(std::to_string(facts.value), meaning.unit));
+  return texts;
+}
+
+std::vector<std::string> LinesOf(const std::string& value, const std::vector<std::string>& fields, std::size_t width) {
+  std::vector<std::string> lines = {value};
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const std::string field = fields[i] + (i + 1 < fields.size() ? ";" : "");
+    const std::string longer = lines.back() + (i == 0 ? "  " : " ") + field;
+    if (ColumnsOf(longer) <= width) {
+      lines.back() = longer;
+    } else {
+      lines.push_back(field);
+    }
+  }
+  return lines;
 }
 
 std::string FindingText(const TFinding& finding) {

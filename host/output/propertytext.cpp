@@ -101,9 +101,7 @@ std::string RegisterText(const TRegisterFacts& facts) {
   std::vector<std::string> notes;
   if (facts.upper) notes.push_back("upper " + HexNumber(*facts.upper, 4));
   if (facts.folded) notes.push_back("collector " + HexNumber(*facts.folded, 4));
-  if (!notes.empty()) text += "  (" + Listed(notes, ", ") + ")";
-  const std::string fields = FieldsText(facts);
-  return fields.empty() ? text : text + "  " + fields;
+  return notes.empty() ? text : text + "  (" + Listed(notes, ", ") + ")";
 }
 
 std::string MissingValueText(const TMissing& missing) {
@@ -151,6 +149,11 @@ class TKnown {
     return isZero ? EEmphasis::kDim : EEmphasis::kNone;
   }
 
+  std::vector<std::string> FieldsOf(std::size_t property) const {
+    const auto known = registers_.find(property);
+    return known == registers_.end() ? std::vector<std::string>() : FieldTexts(*known->second);
+  }
+
   std::string TextOf(std::size_t property) const {
     const std::string& name = instance_.Class().Properties()[property]->Definition().name;
     if (const TMissing* missing = MissingOf(name)) return At(WhereText(missing->where), MissingValueText(*missing));
@@ -190,6 +193,7 @@ std::vector<TPropertyText> PropertyTexts(const TInstance& instance, const TInsta
     text.emphasis = known.EmphasisOf(i);
     text.isCapture = capture != nullptr && EqualNames(name, kCaptureDataProperty);
     text.text = text.isCapture ? CaptureText(*capture, missing) : known.TextOf(i);
+    text.fields = known.FieldsOf(i);
   }
   return texts;
 }

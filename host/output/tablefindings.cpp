@@ -105,7 +105,7 @@ void TFindingList::Add(const TInstance& instance, const TInstanceFacts& facts) {
   for (const TRegisterFacts& one : *facts.registers) {
     if (one.meaning != nullptr && one.meaning->role == ERole::kErrors) ++errorRegisters_;
     const std::string& name = instance.Class().Properties().at(one.property)->Definition().name;
-    if (evidence.count(name) > 0) words_[{facts.key, name}] = FieldsText(one);
+    if (evidence.count(name) > 0) fields_[{facts.key, name}] = FieldTexts(one);
   }
 }
 
@@ -156,11 +156,13 @@ void TFindingList::WriteEvidence(TTableLayout& layout, const TFinding& finding, 
   const TErrorRegister& place = *finding.place;
   std::size_t longest = 0;
   for (const TEvidence& one : place.evidence) longest = std::max(longest, ColumnsOf(SafeText(one.registerName)));
+  const std::size_t valueColumn = column + longest + 2;
+  const std::size_t room = layout.Width() - layout.TextColumn(column, valueColumn);
   for (const TEvidence& one : place.evidence) {
-    std::string text = one.value ? HexNumber(*one.value, one.isNarrow ? 4 : 8) : "not read";
-    const auto words = words_.find({place.key, one.registerName});
-    if (words != words_.end() && !words->second.empty()) text += "  " + words->second;
-    layout.Row(column, SafeText(one.registerName), column + longest + 2, text);
+    const std::string value = one.value ? HexNumber(*one.value, one.isNarrow ? 4 : 8) : "not read";
+    const auto found = fields_.find({place.key, one.registerName});
+    const auto lines = LinesOf(value, found == fields_.end() ? std::vector<std::string>() : found->second, room);
+    layout.Rows(column, SafeText(one.registerName), valueColumn, lines);
   }
 }
 

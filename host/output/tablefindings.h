@@ -34,8 +34,8 @@ class TFindingList {
 
   std::size_t registers_ = 0;       ///< that were read
   std::size_t errorRegisters_ = 0;  ///< of those
-  /// The registers of instances with findings in words, by key and register.
-  std::map<std::pair<std::string, std::string>, std::string> words_;
+  /// The fields of the registers that are evidence, by key and register.
+  std::map<std::pair<std::string, std::string>, std::vector<std::string>> fields_;
 };
 
 }  // namespace velhost

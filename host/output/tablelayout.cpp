@@ -86,6 +86,16 @@ void TTableLayout::Row(std::size_t indent, std::string_view label, std::size_t c
   Labelled(indent, label, column, safeText, EEmphasis::kNone, emphasis);
 }
 
+void TTableLayout::Rows(std::size_t indent, std::string_view label, std::size_t column,
+                        const std::vector<std::string>& safeLines, EEmphasis ofLabel, EEmphasis emphasis) {
+  Labelled(indent, label, column, safeLines.front(), ofLabel, emphasis);
+  for (std::size_t i = 1; i < safeLines.size(); ++i) Paragraph(TextColumn(indent, column), safeLines[i], emphasis);
+}
+
+std::size_t TTableLayout::TextColumn(std::size_t indent, std::size_t column) const {
+  return column + kLeastTextWidth > width_ ? indent + 2 : column;
+}
+
 void TTableLayout::LabelledRow(std::size_t indent, std::string_view label, std::size_t column,
                                std::string_view safeText, EEmphasis emphasis) {
   Labelled(indent, label, column, safeText, emphasis, emphasis);

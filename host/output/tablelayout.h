@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -42,6 +43,11 @@ class TTableLayout {
   /// the next line; there it moves to the left if the column is too narrow.
   void Row(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
            EEmphasis emphasis = EEmphasis::kNone);
+  /// A row whose text is several lines, each of which is wrapped by itself. There must be one.
+  void Rows(std::size_t indent, std::string_view label, std::size_t column, const std::vector<std::string>& safeLines,
+            EEmphasis ofLabel = EEmphasis::kNone, EEmphasis emphasis = EEmphasis::kNone);
+  /// Where the text of such a row begins.
+  std::size_t TextColumn(std::size_t indent, std::size_t column) const;
   /// As Row, with the label emphasised, too.
   void LabelledRow(std::size_t indent, std::string_view label, std::size_t column, std::string_view safeText,
                    EEmphasis emphasis);

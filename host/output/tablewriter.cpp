@@ -11,6 +11,7 @@
 #include "host/base/text.h"
 #include "host/base/utf8.h"
 #include "host/output/capturefiles.h"
+#include "host/output/fieldtext.h"
 #include "host/output/propertytext.h"
 #include "host/output/resulttext.h"
 #include "host/output/tablefindings.h"
@@ -46,12 +47,16 @@ class TTableWriter : public IResultWriter {
 
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kGap = 2;
+constexpr std::size_t kNarrow = 56;
 
-// The column of the values: after the longest name, but never beyond the middle.
+// The column of the values: after the longest name, but never beyond the middle. If half of a line is too little for a
+// register, values are below their names.
 std::size_t ValueColumn(const std::vector<TPropertyText>& properties, std::size_t width) {
   std::size_t longest = 0;
   for (const TPropertyText& property : properties) longest = std::max(longest, ColumnsOf(property.name));
-  return std::min(kIndent + longest + kGap, width / 2);
+  const std::size_t column = kIndent + longest + kGap;
+  if (column <= width / 2) return column;
+  return width < kNarrow ? 2 * kIndent : width / 2;
 }
 
 }  // namespace
@@ -98,12 +103,11 @@ void TTableWriter::Properties(const TInstance& instance, const TInstanceFacts& f
   const auto capture = CaptureFileOf(instance);
   const auto properties = PropertyTexts(instance, facts, capture ? &*capture : nullptr);
   const std::size_t column = ValueColumn(properties, layout_.Width());
+  const std::size_t room = layout_.Width() - layout_.TextColumn(kIndent, column);
   for (const TPropertyText& property : properties) {
-    if (property.emphasis == EEmphasis::kDim) {
-      layout_.LabelledRow(kIndent, property.name, column, property.text, property.emphasis);
-    } else {
-      layout_.Row(kIndent, property.name, column, property.text, property.emphasis);
-    }
+    const EEmphasis ofLabel = property.emphasis == EEmphasis::kDim ? EEmphasis::kDim : EEmphasis::kNone;
+    layout_.Rows(kIndent, property.name, column, LinesOf(property.text, property.fields, room), ofLabel,
+                 property.emphasis);
     if (property.isCapture) Dump(*capture);
   }
 }

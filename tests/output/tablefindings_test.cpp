@@ -31,18 +31,29 @@ class TableFindings : public TFoundServer {
 };
 
 TEST_F(TableFindings, RegistersShowTheirFieldsInWords) {
-  EXPECT_THAT(Table(132),
-              StartsWith("KROSG_VO_PCIIOBRIDGE_StatisticData  node0/instance0\n"
-                         "  ErrorStatus        0x2D0100  0x00150000  Unexpected completion; Malformed TLP; Unsupported "
-                         "request\n"
-                         "  ErrorMask          0x2D0108  0x00100000  Unsupported request\n"
-                         "  ErrorSeverity      0x2D0110  0x00140000  bit 18 (not described); bit 20 (not described)\n"
-                         "  FirstErrorPointer  0x2D0118  0xFFFFFFF2\n"
-                         "  HeaderLog          0x2D0120  0x4A00000104000004  Requester: 0x0004; Rest: 317827580164\n"
-                         "  CorrectableStatus  0x2D0128  0x00000081  Receiver error; bit 7 (not described)\n"
-                         "  ReplayCount        0x2D0130  0x00000011  17 packets\n"
-                         "  LinkStatus         0x2D0138  0x00000041  Speed: 2.5 GT/s; Lanes: 4\n"
-                         "\n"));
+  EXPECT_THAT(
+      Table(132),
+      StartsWith("KROSG_VO_PCIIOBRIDGE_StatisticData  node0/instance0\n"
+                 "  ErrorStatus        0x2D0100  0x00150000  Unexpected completion; Malformed TLP; Unsupported "
+                 "request\n"
+                 "  ErrorMask          0x2D0108  0x00100000  mask: Unsupported request\n"
+                 "  ErrorSeverity      0x2D0110  0x00140000  severity: bit 18 (not described); bit 20 (not described)\n"
+                 "  FirstErrorPointer  0x2D0118  0xFFFFFFF2\n"
+                 "  HeaderLog          0x2D0120  0x4A00000104000004  Requester: 0x0004; Rest: 317827580164\n"
+                 "  CorrectableStatus  0x2D0128  0x00000081  Receiver error; bit 7 (not described)\n"
+                 "  ReplayCount        0x2D0130  0x00000011  17 packets\n"
+                 "  LinkStatus         0x2D0138  0x00000041  Speed: 2.5 GT/s; Lanes: 4\n"
+                 "\n"));
+}
+
+TEST_F(TableFindings, AFieldStaysInOneLine) {
+  EXPECT_THAT(Table(60), HasSubstr("  ErrorStatus        0x2D0100  0x00150000\n"
+                                   "                     Unexpected completion; Malformed TLP;\n"
+                                   "                     Unsupported request\n"));
+  EXPECT_THAT(Table(40), HasSubstr("  ErrorStatus\n"
+                                   "    0x2D0100  0x00150000\n"
+                                   "    Unexpected completion;\n"
+                                   "    Malformed TLP; Unsupported request\n"));
 }
 
 TEST_F(TableFindings, AZeroSaysNothingUnlessItHasAText) {
@@ -74,8 +85,8 @@ TEST_F(TableFindings, AreListedFromTheWorstAndCountedAtTheEnd) {
             "  FATAL      Malformed TLP (occurred first)\n"
             "             KROSG_VO_PCIIOBRIDGE_StatisticData node0/instance0, chip 1\n"
             "             ErrorStatus bit 18 of 0x00150000\n"
-            "             HeaderLog  0x4A00000104000004  Requester: 0x0004; Rest:\n"
-            "                        317827580164\n"
+            "             HeaderLog  0x4A00000104000004  Requester: 0x0004;\n"
+            "                        Rest: 317827580164\n"
             "  ERROR      Unexpected completion\n"
             "             KROSG_VO_PCIIOBRIDGE_StatisticData node0/instance0, chip 1\n"
             "             ErrorStatus bit 16 of 0x00150000\n"
@@ -131,8 +142,8 @@ TEST_F(TableFindings, BeginBelowTheirLabelInFortyColumns) {
                                      "    node0/instance0, chip 1\n"
                                      "    ErrorStatus bit 18 of 0x00150000\n"
                                      "    HeaderLog  0x4A00000104000004\n"
-                                     "               Requester: 0x0004; Rest:\n"
-                                     "               317827580164\n"
+                                     "               Requester: 0x0004;\n"
+                                     "               Rest: 317827580164\n"
                                      "  ERROR  Unexpected completion\n"));
 }
 

@@ -42,9 +42,9 @@ TEST_F(TableWriter, DoesNotSplitHexNumbers) {
   const std::string name(18, 'N');
   const auto cimClass = Define("KROSG_VO_MEMCTL_StatisticData", "", {Property(name, TType::kUint8, true)});
   const auto instance = Make(cimClass, {{name, Bytes({0xAB, 0xCD, 0xEF, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0})}});
-  // 20 of 40 columns are left, which is enough for each number but not for both.
-  EXPECT_EQ(Block(instance, 40), "KROSG_VO_MEMCTL_StatisticData\n  " + name + "\n" + std::string(20, ' ') +
-                                     "0xABCDEF  (collector\n" + std::string(20, ' ') + "0x0807060504030201)\n\n");
+  // The value is below the name, in 36 columns: enough for each number but not for both.
+  EXPECT_EQ(Block(instance, 40),
+            "KROSG_VO_MEMCTL_StatisticData\n  " + name + "\n    0xABCDEF  (collector\n    0x0807060504030201)\n\n");
 }
 
 TEST_F(TableWriter, ShowsFourValueBytesBeforeTheMarkerTail) {
@@ -147,8 +147,9 @@ TEST_F(TableWriter, PutsTheValueUnderANameBeyondTheMiddle) {
   const std::string name(30, 'N');
   const auto instance = Make(Define("KROSG_A", "", {Property(name, TType::kString), Property("B", TType::kString)}),
                              {{name, TCIMValue("v")}, {"B", TCIMValue("w")}});
-  EXPECT_EQ(Block(instance, 40),
-            "KROSG_A\n  " + name + "\n" + std::string(20, ' ') + "v\n  B" + std::string(17, ' ') + "w\n\n");
+  EXPECT_EQ(Block(instance, 56),
+            "KROSG_A\n  " + name + "\n" + std::string(28, ' ') + "v\n  B" + std::string(25, ' ') + "w\n\n");
+  EXPECT_EQ(Block(instance, 55), "KROSG_A\n  " + name + "\n    v\n  B\n    w\n\n");
 }
 
 TEST_F(TableWriter, ColoursHeadingsAndFailuresOnlyIfAsked) {
