@@ -32,6 +32,21 @@ name = "ioh_err"
 data = "20 21 22 23 24 25 26 27 28 29 2a 2b"
 """
 
+FAULTS = """
+[[fault]]
+on = "register"
+nth = 2
+completion_code = 0xC3
+[[fault]]
+on = "register"
+nth = 4
+truncate = 12
+[[fault]]
+on = "read"
+nth = 2
+truncate = 17
+"""
+
 SLOW = SERVER + """
 [[fault]]
 on = "register"
@@ -69,22 +84,33 @@ class Transports(LanCase):
                 instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the system's
         self.assertEqual(simulated["instances"], over_network["instances"])
 
-    def test_a_recording_is_served_over_the_network(self):
+    def serve_and_compare(self, server, status):
         schema = self.schema({"Listed": (0x00ABCDEF, 8), "Folded": (0x00ABCDEF, 4), "Pattern": (0x00112233, 8)}, count=2)
-        self.write("server.toml", SERVER.replace('timestamp = "12 34 56 78"', "") + OTHER_AREA)
-        self.collect("--schema", schema, "--sp", "sim:server.toml", "--record", "run.jsonl", BRIDGE, "KROSG_DCAPFile")
-        replayed = self.collect("--schema", schema, "--sp", "replay:run.jsonl")
+        self.write("server.toml", server)
+        self.collect("--schema", schema, "--sp", "sim:server.toml", "--record", "run.jsonl", BRIDGE, "KROSG_DCAPFile",
+                     status=status)
+        replayed = self.collect("--schema", schema, "--sp", "replay:run.jsonl", status=status)
         _, port = self.simulate_file("run.jsonl")
         done = self.collect_over_lan(port, schema)
-        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.returncode, status, done.stderr)
         served = json.loads(done.stdout)
-        self.assertEqual(len(served["instances"]), 4)
         self.assertEqual((served["machine_type"], served["source"]["simulated"]), ("6203", False))
         for document in (replayed, served):
             for instance in document["instances"]:
                 instance["properties"].pop("MessageTimestamp", None)  # over the network the clock is the system's
-        for member in ("instances", "unread", "exchanges"):
+        for member in ("instances", "unread", "exchanges", "reasons"):
             self.assertEqual(served[member], replayed[member])
+        return served
+
+    def test_a_recording_is_served_over_the_network(self):
+        served = self.serve_and_compare(SERVER.replace('timestamp = "12 34 56 78"', "") + OTHER_AREA, 0)
+        self.assertEqual(len(served["instances"]), 4)
+
+    def test_recorded_failures_are_served_over_the_network(self):
+        served = self.serve_and_compare(SERVER + OTHER_AREA + FAULTS, 3)
+        how = [{name: each[name] for name in ("completion_code", "short") if name in each}
+               for each in served["exchanges"]["failed"]]
+        self.assertEqual(how, [{"completion_code": 195}, {"short": 3}, {"short": 3}, {"completion_code": 203}])
 
     def test_what_was_not_recorded_is_absent_over_the_network(self):
         schema = self.schema({"Listed": (0x00ABCDEF, 8)})
