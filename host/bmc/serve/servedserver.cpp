@@ -29,7 +29,7 @@ std::optional<TIpmiAnswer> TServedServer::Send(const TIpmiRequest& request, std:
 }
 
 TNotServed ReasonNotToServe(const TServerFile& server, int node) {
-  const TNotServed missing = ReasonOfNode(node, server.nodes.size());
+  TNotServed missing = ReasonOfNode(node, server.nodes.size());
   if (!missing.reason.empty()) return missing;
   if (!server.driverPresent) return {"with driver_present = false, no IPMI exchange takes place"};
   constexpr std::size_t kShortest = wire::TCommandBuffer::kData + wire::StorageArea::kManufacturerId.size();
