@@ -1,5 +1,7 @@
 #include "host/velhost/recordedconnection.h"
 
+#include <optional>
+
 #include "host/base/hosterror.h"
 #include "host/base/storedbytes.h"
 #include "host/base/text.h"

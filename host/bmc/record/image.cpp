@@ -1,6 +1,7 @@
 #include "host/bmc/record/image.h"
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "host/base/hosterror.h"

@@ -1,6 +1,7 @@
 #include "host/bmc/record/recordingindex.h"
 
 #include <algorithm>
+#include <array>
 #include <boost/endian/conversion.hpp>
 #include <iterator>
 #include <string_view>

@@ -1,5 +1,7 @@
 #include "host/bmc/record/storagehandles.h"
 
+#include <array>
+
 #include <boost/endian/conversion.hpp>
 
 #include "wire/storagearea.h"

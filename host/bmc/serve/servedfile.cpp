@@ -1,5 +1,6 @@
 #include "host/bmc/serve/servedfile.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <utility>

@@ -1,7 +1,8 @@
 #include "host/bmc/serve/servedserver.h"
 
-#include <cstdint>
+#include <array>
 #include <string>
+#include <vector>
 
 #include "wire/storagearea.h"
 
