@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -59,10 +60,16 @@ std::string TextOf(const TMissingLine& line, TWidths widths, std::size_t room) {
   return Padded(line.what, widths.what) + Padded(line.where, widths.where) + line.why;
 }
 
+std::vector<TMissingLine> WithoutAbsent(const std::vector<TMissingLine>& lines) {
+  std::vector<TMissingLine> failed;
+  std::copy_if(lines.begin(), lines.end(), std::back_inserter(failed), [](const auto& line) { return !line.isAbsent; });
+  return failed;
+}
+
 // Writes a section of the lines, what failed before what is absent, under their classes.
-void WriteLines(TTableLayout& layout, std::string_view title, std::vector<TMissingLine> lines,
+void WriteLines(TTableLayout& layout, std::string_view title, const std::vector<TMissingLine>& lines,
                 EAbsent absence = EAbsent::kShown) {
-  if (absence == EAbsent::kLeftOut) std::erase_if(lines, [](const TMissingLine& line) { return line.isAbsent; });
+  if (absence == EAbsent::kLeftOut) return WriteLines(layout, title, WithoutAbsent(lines));
   if (lines.empty()) return;
   const std::size_t column = TextColumn(lines, layout.Width());
   const auto widths = WidthsOf(lines);
