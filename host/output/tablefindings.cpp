@@ -124,7 +124,7 @@ std::string TFindingList::NoneText() const {
   if (errorRegisters_ > 1)
     return fmt::format("No error is set in the {} error registers that were read.", errorRegisters_);
   if (registers_ == 0) return "Unknown: no register was read.";
-  return "Unknown: the schema does not say which registers record errors.";
+  return "Unknown: no register was read that the schema describes as one of errors.";
 }
 
 void TFindingList::WriteShort(TTableLayout& layout, const std::vector<TFinding>& findings) const {

@@ -48,7 +48,7 @@ TEST_F(TableOfSmallServer, HasInstancesThenWhatIsWrongThenWhatIsMissingThenTheSu
             "  RecordID              0\n"
             "\n"
             "Findings\n"
-            "  Unknown: the schema does not say which registers record errors.\n"
+            "  Unknown: no register was read that the schema describes as one of errors.\n"
             "  3 values could not be read: there may be errors.\n"
             "\n"
             "Missing\n"

@@ -214,7 +214,8 @@ TEST_F(TableFindings, AreUnknownWithoutAnErrorRegister) {
   for (auto& [instance, facts] : document_.instances) {
     for (TRegisterFacts& one : *facts.registers) one.meaning = nullptr;
   }
-  EXPECT_THAT(Ending(), StartsWith("Findings\n  Unknown: the schema does not say which registers record errors.\n"));
+  EXPECT_THAT(Ending(),
+              StartsWith("Findings\n  Unknown: no register was read that the schema describes as one of errors.\n"));
   document_.instances.clear();
   EXPECT_THAT(Ending(), StartsWith("Findings\n  Unknown: no register was read.\n"));
   EXPECT_THAT(Ending(), HasSubstr("  Findings      unknown\n"));
