@@ -1,7 +1,6 @@
 #include "host/bmc/record/storagehandles.h"
 
 #include <array>
-
 #include <boost/endian/conversion.hpp>
 
 #include "wire/storagearea.h"
