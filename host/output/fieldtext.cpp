@@ -90,16 +90,20 @@ std::string_view LabelOf(const TFinding& finding) {
 std::string CountsText(const std::vector<TFinding>& findings) {
   std::array<std::size_t, 3> counts{};
   std::size_t masked = 0;
+  std::size_t known = 0;
   for (const TFinding& finding : findings) {
     ++(finding.isMasked ? masked : counts.at(static_cast<std::size_t>(finding.severity)));
+    if (finding.isKnown && !finding.isMasked) ++known;
   }
   const auto [corrected, errors, fatal] = counts;
   std::vector<std::string> texts;
   if (fatal > 0) texts.push_back(fmt::format("{} fatal", fatal));
   if (errors > 0) texts.push_back(Counted(errors, "error"));
   if (corrected > 0) texts.push_back(fmt::format("{} corrected", corrected));
-  const std::string text = texts.empty() ? "none" : Listed(texts, ", ");
-  return masked == 0 ? text : text + fmt::format("; {} masked", masked);
+  std::string text = texts.empty() ? "none" : Listed(texts, ", ");
+  if (known > 0) text += fmt::format("; {} known", known);
+  if (masked > 0) text += fmt::format("; {} masked", masked);
+  return text;
 }
 
 }  // namespace velhost

@@ -29,7 +29,7 @@ std::string FindingText(const TFinding& finding);
 /// "FATAL", "ERROR", "CORRECTED" or, whatever the severity, "MASKED".
 std::string_view LabelOf(const TFinding& finding);
 
-/// "1 fatal, 2 errors, 1 corrected; 3 masked", "none; 3 masked", "none".
+/// "1 fatal, 2 errors, 1 corrected; 1 known; 3 masked", "none; 3 masked", "none". The one known is among the four.
 std::string CountsText(const std::vector<TFinding>& findings);
 
 }  // namespace velhost

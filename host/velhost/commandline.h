@@ -40,6 +40,7 @@ struct TCollectOptions {
   std::string output;  ///< empty: standard output
   bool onlyFindings = false;
   std::optional<ESeverity> failOn;
+  std::string baseline;  ///< empty: none
   std::map<std::string, std::string> labels;
   bool dryRun = false;
   std::string record;

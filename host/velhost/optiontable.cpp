@@ -313,6 +313,12 @@ const std::vector<TOption> kOptions = {
      .help = "exit with status 1 if a finding that is not masked is that bad, or worse",
      .verbs = {EVerb::kCollect},
      .idle = IfDryRun},
+    {.name = "--baseline",
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.collect.baseline; }),
+     .help = "mark findings that this earlier result has too as known: --fail-on ignores them",
+     .verbs = {EVerb::kCollect},
+     .idle = IfDryRun},
     {.name = "--label",
      .value = Label(),
      .help = "add to the result, except in cimxml; may be repeated",

@@ -167,5 +167,78 @@ class FailOn(Findings):
         self.assertIn('--fail-on takes fatal|error|corrected, not "warning"\n', done.stderr)
 
 
+class Baseline(Findings):
+    """Chip 1 has an error that was there before; chip 2 has one that was not."""
+
+    def setUp(self):
+        super().setUp()
+        self.serve((2, 0), (0, 0))
+        self.write("before.json", json.dumps(self.collected()))
+        self.serve((2, 0), (2, 0))
+
+    def known(self, document):
+        return [(one["key"][-9:], one["known"]) for one in document["findings"]]
+
+    def test_marks_what_it_has_too(self):
+        self.assertEqual(self.known(self.collected()), [("instance0", False), ("instance1", False)])
+        document = self.collected("--baseline", "before.json", "--fail-on", "error", status=1)
+        self.assertEqual(self.known(document), [("instance0", True), ("instance1", False)])
+
+    def test_what_it_has_does_not_count(self):
+        self.serve((2, 0), (0, 0))
+        document = self.collected("--baseline", "before.json", "--fail-on", "error")
+        self.assertEqual(self.known(document), [("instance0", True)])
+        self.serve((6, 0), (0, 0))  # the second one is masked
+        self.collected("--baseline", "before.json", "--fail-on", "corrected")
+        self.serve((3, 0), (0, 0))
+        self.collected("--baseline", "before.json", "--fail-on", "error", status=1)
+
+    def test_has_two_forms(self):
+        self.serve((2, 0), (0, 0))
+        lines = self.run_velhost("collect", "--format", "jsonl", *self.ARGUMENTS).stdout
+        self.write("before.jsonl", lines)
+        self.collected("--baseline", "before.jsonl", "--fail-on", "error")
+        self.write("filtered.json", json.dumps(self.collected("--only-findings")))
+        self.collected("--baseline", "filtered.json", "--fail-on", "error")
+
+    def test_class_and_register_may_be_spelt_in_another_case(self):
+        text = (self.folder / "before.json").read_text()
+        self.write("before.json", text.replace(BRIDGE, BRIDGE.lower()).replace('"Status"', '"STATUS"'))
+        document = self.collected("--baseline", "before.json")
+        self.assertEqual(self.known(document), [("instance0", True), ("instance1", False)])
+
+    def test_the_table_and_the_last_message_tell_what_is_known(self):
+        table = self.table("--baseline", "before.json")
+        self.assertIn("Findings: 2 errors; 1 known\n", table)
+        self.assertIn("Timeout (known)", table)
+        done = self.run_velhost("collect", "-o", "out.json", "--baseline", "before.json", "--fail-on", "error",
+                                *self.ARGUMENTS)
+        self.assertEqual(done.stderr, "velhost: findings: 2 errors; 1 known\n")
+
+    def refused(self, status, name):
+        done = self.run_velhost("collect", "--baseline", name, "--record", "run.jsonl", *self.ARGUMENTS)
+        self.assertEqual((done.returncode, done.stdout, (self.folder / "run.jsonl").exists()), (status, "", False))
+        return done.stderr
+
+    def test_is_read_before_anything_is_sent(self):
+        self.assertEqual(self.refused(66, "absent.json"), "velhost: cannot open absent.json: No such file or directory\n")
+        self.write("bad.json", '{"kind":"instancecollection"')
+        self.write("old.json", '{"kind":"instancecollection","instances":[]}')
+        for name in ("old.json", "schema.mof", "server.toml"):
+            self.assertIn(name, self.refused(65, name))
+
+    def test_is_not_overwritten(self):
+        done = self.run_velhost("collect", "--baseline", "before.json", "-o", "before.json", *self.ARGUMENTS)
+        self.assertEqual((done.returncode, done.stderr),
+                         (64, "velhost: --output and a file that --baseline reads are the same file, which would be overwritten: before.json\n"))
+
+    def test_a_cut_one_is_warned_of(self):
+        text = self.run_velhost("collect", "--format", "jsonl", *self.ARGUMENTS).stdout
+        self.write("cut.jsonl", text[:text.index("summary")])
+        done = self.run_velhost("collect", "--format", "json", "--baseline", "cut.jsonl", *self.ARGUMENTS)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertRegex(done.stderr, r"^velhost: cut\.jsonl:\d+:\d+: warning: ")
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -21,6 +21,7 @@
 #include "host/output/writers.h"
 #include "host/profile/collectorprofile.h"
 #include "host/velhost/classchoice.h"
+#include "host/velhost/collect/baseline.h"
 #include "host/velhost/collect/collectionrun.h"
 #include "host/velhost/collect/fileclash.h"
 #include "host/velhost/collect/outputtarget.h"
@@ -121,6 +122,7 @@ class TCollection {
         namespace_(schema_.cimNamespace) {
     // An unknown class ends the command before anything is opened or sent.
     CheckClassNames(*namespace_, options_.classes);
+    baseline_.emplace(options_.baseline, inputs_);
     connection_ = ConnectServer(common_, installation, inputs_, *namespace_);
     environment_.emplace(connection_->Environment(), common_.machineType);
     namespace_->SetMachineType(environment_->MachineType());
@@ -238,6 +240,7 @@ class TCollection {
     const bool isDefect = !failures.empty() && failures.front().Kind() == EFailure::kDefect;
     if (!failures.empty() && (!failure || isDefect)) failure.emplace(failures.front());
     TResultSummary summary = run.Close(failure);
+    baseline_->MarkKnown(summary.findings);
     if (!failures.empty()) failure.emplace(failures.front());
     const bool isComplete = summary.status == EResultStatus::kComplete;
     EExitStatus byResult = isComplete ? EExitStatus::kComplete : EExitStatus::kPartial;
@@ -293,6 +296,7 @@ class TCollection {
   TInputs inputs_;
   TLoadedSchema schema_;
   boost::shared_ptr<TNamespace> namespace_;
+  std::optional<TBaseline> baseline_;
   std::unique_ptr<IServerConnection> connection_;
   std::optional<TSessionEnvironment> environment_;
   TSourceFacts source_;
