@@ -423,6 +423,40 @@ void TJsonCursor::Skip() {
   } while (depth > 0);
 }
 
+void TJsonCursor::SkipString() {
+  for (++at_;; ++at_) {
+    const int c = Peek();
+    if (c < 0) FailHere("the string's end");
+    if (c == '"') break;
+    if (c != '\\') continue;
+    ++at_;
+    if (Peek() < 0) FailHere("the string's end");
+  }
+  ++at_;
+}
+
+void TJsonCursor::SkipChecked() {
+  const EKind kind = Kind();
+  if (kind != EKind::kObject && kind != EKind::kArray) return Skip();
+  int depth = 0;
+  do {
+    const int c = Peek();
+    if (c < 0) FailHere("the value's end");
+    if (c == '"') {
+      SkipString();
+      continue;
+    }
+    ++at_;
+    if (c == '{' || c == '[') ++depth;
+    if (c == '}' || c == ']') --depth;
+    if (c == '\n') {
+      ++line_;
+      lineStart_ = Offset();
+    }
+  } while (depth > 0);
+  isAfterValue_ = true;
+}
+
 TJsonObject::TJsonObject(TJsonCursor& json, const std::vector<std::string_view>& names, std::string_view what)
     : json_(json), names_(names), what_(what) {
   json_.EnterObject(what);

@@ -76,6 +76,8 @@ class TJsonCursor {
   std::int64_t Signed(std::int64_t least, std::int64_t most);
   /// Reads any value, checks its syntax, and drops it.
   void Skip();
+  /// Drops any value of a text whose syntax has been checked before; of any other it may drop more or less.
+  void SkipChecked();
 
   /// At the value (or the name) that was read last.
   [[noreturn]] void Fail(const std::string& message) const { FailAt(last_, message); }
@@ -95,6 +97,7 @@ class TJsonCursor {
   void Enter(char open, std::string_view what);
   bool Next(char close, std::string_view what);
   void Word(std::string_view word);
+  void SkipString();
   std::string_view QuotedText();
   bool TakePlain(bool& isAscii);
   void TakeEscape();

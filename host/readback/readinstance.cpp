@@ -8,6 +8,7 @@
 #include "host/base/digits.h"
 #include "host/base/names.h"
 #include "host/base/text.h"
+#include "host/meaning/words.h"
 #include "host/output/capturefiles.h"
 #include "host/readback/readparts.h"
 #include "host/readback/resultreader.h"
@@ -22,12 +23,6 @@ using EKind = TJsonCursor::EKind;
 constexpr std::uint64_t kAny32Bits = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t kAny64Bits = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kLastIndex = 0xFFFF;
-
-std::string_view RoleName(ERole role) {
-  static constexpr std::array<std::string_view, 10> kRoles = {
-      "errors", "mask", "severity", "first-error", "counter", "address", "syndrome", "log", "state", "identity"};
-  return kRoles.at(static_cast<std::size_t>(role));
-}
 
 TCIMValue NumberValue(TJsonCursor& json) {
   const TJsonNumber number = json.Number("a number");
@@ -97,8 +92,8 @@ TType Widest(TType a, TType b) {
 /// Reads instances of one text; counts what an instance holds, so that memory is bounded.
 class TInstanceText {
  public:
-  TInstanceText(TJsonCursor& json, bool keepAll, TReadInstance& instance)
-      : json_(json), keepAll_(keepAll), instance_(instance) {}
+  TInstanceText(TJsonCursor& json, EProperties kept, TReadInstance& instance)
+      : json_(json), kept_(kept), instance_(instance) {}
 
   void Read(TLineIdentity* ofLine);
 
@@ -119,7 +114,7 @@ class TInstanceText {
   void CheckWhole(const TJsonObject& object) const;
 
   TJsonCursor& json_;
-  bool keepAll_;
+  EProperties kept_;
   TReadInstance& instance_;
   std::size_t count_ = 0;
 };
@@ -238,13 +233,17 @@ TMissing TInstanceText::OneMissing() {
 }
 
 void TInstanceText::Properties() {
+  // Only capture files have a property that matters then.
+  const auto& origin = instance_.facts.origin;
+  const bool isOfFile = !origin || origin->path == CollectorProfile::EPath::kCapture;
+  if (kept_ == EProperties::kCheckedBefore && !isOfFile) return json_.SkipChecked();
   std::set<std::string, std::less<>> names;
   std::string_view name;
   json_.EnterObject("an object of properties");
   while (json_.NextMember(name)) {
     Count();
     const bool isCompared = EqualNames(name, kCaptureDataProperty);
-    if (!keepAll_ && !isCompared) {
+    if (kept_ != EProperties::kAll && !isCompared) {
       json_.Skip();
       continue;
     }
@@ -391,8 +390,8 @@ void TInstanceText::Field(TReadRegister& one, std::vector<std::string>& bits) {
 
 }  // namespace
 
-void ReadInstance(TJsonCursor& json, bool keepAll, TLineIdentity* ofLine, TReadInstance& instance) {
-  TInstanceText(json, keepAll, instance).Read(ofLine);
+void ReadInstance(TJsonCursor& json, EProperties properties, TLineIdentity* ofLine, TReadInstance& instance) {
+  TInstanceText(json, properties, instance).Read(ofLine);
 }
 
 std::optional<TBits> BitsOf(std::string_view text, unsigned width, bool isMsb0) {

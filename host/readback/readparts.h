@@ -88,7 +88,13 @@ struct TLineIdentity {
   std::string runId;
   std::map<std::string, std::string> labels;
 };
-void ReadInstance(TJsonCursor& json, bool keepAll, TLineIdentity* ofLine, TReadInstance& instance);
+/// What is read of the properties.
+enum class EProperties {
+  kAll,
+  kCaptureBytes,  ///< the others are checked
+  kCheckedBefore  ///< the capture bytes, of a text that has been checked
+};
+void ReadInstance(TJsonCursor& json, EProperties properties, TLineIdentity* ofLine, TReadInstance& instance);
 
 /// Reads the value of a member of a summary or of the document, other than its instances.
 void ReadResultMember(TJsonCursor& json, std::string_view name, bool keepAll, TReadResult& result);

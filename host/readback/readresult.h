@@ -112,6 +112,7 @@ struct TReadResult {
   bool isFiltered = false;      ///< it has only findings and what belongs to them
   std::uint64_t instances = 0;  ///< how many it has
   bool isCut = false;
+  bool isServerKnown = true;  ///< whether machine type and schema are; otherwise it was cut before them
 };
 
 }  // namespace velhost

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/base/text.h"
+#include "host/meaning/words.h"
 #include "host/output/planturns.h"
 #include "host/readback/readparts.h"
 
@@ -16,11 +17,6 @@ constexpr std::uint64_t kAny64Bits = std::numeric_limits<std::uint64_t>::max();
 constexpr std::int64_t kAnySigned = std::numeric_limits<std::int64_t>::max();
 constexpr int kAnyInt = std::numeric_limits<int>::max();
 constexpr int kLastExitStatus = 255;
-
-std::string_view SeverityName(ESeverity severity) {
-  static constexpr std::array<std::string_view, 3> kSeverities = {"corrected", "error", "fatal"};
-  return kSeverities.at(static_cast<std::size_t>(severity));
-}
 
 // Reads an object whose members are all strings; `texts` is parallel to the names.
 void ReadTextMembers(TJsonCursor& json, const std::vector<std::string_view>& names, std::string_view what,

@@ -65,6 +65,7 @@ TResultReader::TResultReader(const std::string& path, TStoredBytes text, EReadDe
   if (isOld) json_.FailAt(first.place, std::string(kVersion1));
   json_.GoTo({});
   CheckAll(onInstance);
+  isChecked_ = true;
 }
 
 // velhost writes these members first, so little is read twice.
@@ -112,6 +113,7 @@ void TResultReader::CheckAll(const TInstanceCallback& onInstance) {
 
 void TResultReader::NoteCut(const TDiagnosedError& end) {
   result_.isCut = true;
+  result_.isServerKnown = !result_.header.schema.sha256.empty();
   if (isLines_ && result_.header.run.id.empty()) {
     result_.header.run.id = runId_;
     result_.header.run.labels = labels_;
@@ -151,7 +153,9 @@ void TResultReader::ReadInstances(const TInstanceCallback& onInstance) {
 void TResultReader::ReadOne(const TInstanceCallback& onInstance) {
   const TJsonPlace place = json_.Place();
   TLineIdentity identity;
-  ReadInstance(json_, detail_ == EReadDetail::kAll, isLines_ ? &identity : nullptr, instance_);
+  const EProperties compared = isChecked_ ? EProperties::kCheckedBefore : EProperties::kCaptureBytes;
+  ReadInstance(json_, detail_ == EReadDetail::kAll ? EProperties::kAll : compared, isLines_ ? &identity : nullptr,
+               instance_);
   if (isLines_) {
     if (!runId_.empty() && runId_ != identity.runId) {
       json_.FailAt(place, "found a line of the run " + Quoted(identity.runId) + ", expected the run " + Quoted(runId_));

@@ -63,6 +63,7 @@ class TResultReader {
   TJsonCursor json_;
   EReadDetail detail_;
   bool isLines_ = false;
+  bool isChecked_ = false;
   TReadResult result_;
   TReadInstance instance_;
   std::string runId_;  // of the latest line
