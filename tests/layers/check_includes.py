@@ -14,7 +14,7 @@ MEANING, PROFILE = "host/meaning", "host/profile"
 COLLECTOR = ("plugin", "r8", "jfr", "ffdc")
 BMC = ("host/bmc/sim", "host/bmc/record", "host/bmc/serve", "host/bmc/inband", "host/bmc/lan")
 HOST = (BASE, MODEL, MEANING, PROFILE, "host/schema", "host/plugins", "host/bmc", "host/bmc/smbios", *BMC, "host/result",
-        "host/output", "host/readback")
+        "host/output", "host/readback", "host/change")
 
 MAY_INCLUDE = {
     WIRE: (),
@@ -32,6 +32,7 @@ MAY_INCLUDE = {
     "host/result": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc"),
     "host/output": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc", "host/result"),
     "host/readback": (BASE, SDK, WIRE, MODEL, MEANING, PROFILE, "host/bmc", "host/result", "host/output"),
+    "host/change": (BASE, SDK, MODEL, MEANING, PROFILE, "host/bmc", "host/result", "host/output", "host/readback"),
     "host/template": (SDK,),
     "host/velhost": (SDK, WIRE, *HOST),
     "bmcsim": (BASE, SDK, WIRE, "host/bmc", "host/bmc/serve"),

@@ -37,7 +37,7 @@ for file in "$scratch"/packages/*.deb; do dpkg-deb -x "$file" "$scratch/root"; d
 for file in bin/velhost "${modules[@]}" lib/velhost/libsmbios.so share/man/man1/velhost.1.gz share/man/man5/velhost-recording.5.gz \
   share/man/man5/velhost-server-file.5.gz share/man/man5/velhost-result.5.gz share/bash-completion/completions/velhost \
   share/velhost/schema/20-chipset.mof share/velhost/servers/demo.toml \
-  share/velhost/instance-collection.schema.json share/doc/velhost/copyright \
+  share/velhost/instance-collection.schema.json share/velhost/result-diff.schema.json share/doc/velhost/copyright \
   share/doc/velhost/changelog.Debian.gz include/velhost/nkrovel20/api.h lib/pkgconfig/velhost.pc \
   share/velhost/template/CMakeLists.txt share/velhost/template/templateplugin.cpp; do
   [ -s "$scratch/root/usr/$file" ] || fail "the packages have no $file"
