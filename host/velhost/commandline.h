@@ -12,7 +12,7 @@
 
 namespace velhost {
 
-enum class EVerb { kCollect, kClasses, kDescribe, kPlugin, kCheck, kSimulate };
+enum class EVerb { kCollect, kClasses, kDescribe, kPlugin, kCheck, kSimulate, kShow, kDiff };
 enum class ELogFormat { kText, kJsonLines };
 /// When to use a terminal feature: if there is a terminal, always, or never.
 enum class EWhen { kAuto, kAlways, kNever };
@@ -76,6 +76,18 @@ struct TSimulateArguments {
   std::optional<int> serialPort;
 };
 
+struct TShowOptions {
+  std::vector<std::string> files;
+  std::string format;  ///< empty: table on a terminal, else json
+  std::string output;  ///< empty: standard output
+};
+
+struct TDiffArguments {
+  std::string before;
+  std::string after;
+  bool json = false;
+};
+
 struct TCommandLine {
   EVerb verb = EVerb::kCollect;
   TCommonOptions common;
@@ -85,6 +97,8 @@ struct TCommandLine {
   TPluginOptions plugin;
   TCheckOptions check;
   TSimulateArguments simulate;
+  TShowOptions show;
+  TDiffArguments diff;
   /// To be printed before the command runs: "--log has no effect with check", one for each option without effect.
   std::vector<std::string> warnings;
 };

@@ -8,7 +8,7 @@ namespace velhost {
 /// Values from 64 on are those of sysexits.h.
 enum class EExitStatus : int {
   kComplete = 0,
-  kFound = 1,          ///< what was asked for with --fail-on was found
+  kFound = 1,          ///< --fail-on: such findings; diff: there are differences
   kPartial = 3,        ///< something that was asked for is missing from the result
   kUsage = 64,         ///< the command line is wrong
   kBadData = 65,       ///< a schema, server file or recording is malformed or too large

@@ -34,6 +34,8 @@ velhost::EExitStatus RunVerb(const velhost::TCommandLine& commandLine) {
     case velhost::EVerb::kDescribe: return velhost::DescribeClass(commandLine, installation);
     case velhost::EVerb::kPlugin: return velhost::ShowPlugin(commandLine, installation);
     case velhost::EVerb::kCheck: return velhost::CheckSchemaFiles(commandLine, installation);
+    case velhost::EVerb::kShow: return velhost::Show(commandLine, installation);
+    case velhost::EVerb::kDiff: return velhost::Diff(commandLine, installation);
     case velhost::EVerb::kSimulate: return velhost::SimulateCommand(commandLine.simulate, installation);
   }
   throw velhost::THostError(velhost::EFailure::kDefect, "unknown command");

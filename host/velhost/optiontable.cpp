@@ -219,6 +219,30 @@ const std::vector<TVerb> kVerbs = {
                   .most = 1,
                   .completion = "servers",
                   .take = [](auto& c, const auto& words) { c.simulate.file = words.front(); }}},
+    {.verb = EVerb::kShow,
+     .name = "show",
+     .help = "print results or recordings again, in any output format",
+     .example = "velhost show errors.json --format table",
+     .operands = {.usage = "FILE...",
+                  .help = "results (json or jsonl), or recordings, which are replayed",
+                  .least = 1,
+                  .most = kAnyNumber,
+                  .completion = "files",
+                  .take = [](auto& c, const auto& words) { c.show.files = words; }}},
+    {.verb = EVerb::kDiff,
+     .name = "diff",
+     .help = "print what changed between two results or recordings",
+     .example = "velhost diff yesterday.json today.json",
+     .operands = {.usage = "BEFORE AFTER",
+                  .help = "results (json or jsonl), or recordings, which are replayed",
+                  .least = 2,
+                  .most = 2,
+                  .completion = "files",
+                  .take =
+                      [](auto& c, const auto& words) {
+                        c.diff.before = words.front();
+                        c.diff.after = words.back();
+                      }}},
 };
 
 const std::vector<TOption> kOptions = {
@@ -228,12 +252,12 @@ const std::vector<TOption> kOptions = {
      .value = Text(
          "FILE", "files", [](auto& c) -> auto& { return c.common.plugin; }),
      .help = "the collector's library",
-     .usedBy = {EVerb::kCollect, EVerb::kPlugin}},
+     .usedBy = {EVerb::kCollect, EVerb::kPlugin, EVerb::kShow, EVerb::kDiff}},
     {.name = "--schema",
      .value = SchemaPath(),
      .help =
          "a MOF file or a folder of them; +PATH adds to the default, \"example\" is the shipped one; may be repeated",
-     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kDescribe, EVerb::kCheck},
+     .usedBy = {EVerb::kCollect, EVerb::kClasses, EVerb::kDescribe, EVerb::kCheck, EVerb::kShow, EVerb::kDiff},
      .idle = IfFilesAreChecked},
     {.name = "--sp",
      .value = List(
@@ -378,6 +402,24 @@ const std::vector<TOption> kOptions = {
          kTextForms, [](auto& c) -> auto& { return c.check.json; }),
      .help = "output format; default: text",
      .verbs = {EVerb::kCheck}},
+
+    {.name = "--format",
+     .value = OneOf(
+         kOutputForms, [](auto& c) -> auto& { return c.show.format; }),
+     .help = "output format; default: table on a terminal, otherwise json",
+     .verbs = {EVerb::kShow}},
+    {.name = "--output",
+     .letter = 'o',
+     .value = Text(
+         "FILE", "files", [](auto& c) -> auto& { return c.show.output; }),
+     .help = "write to FILE instead of standard output",
+     .verbs = {EVerb::kShow}},
+
+    {.name = "--format",
+     .value = OneOf(
+         kTextForms, [](auto& c) -> auto& { return c.diff.json; }),
+     .help = "output format; default: text",
+     .verbs = {EVerb::kDiff}},
 
     {.name = "--node",
      .value = Number(

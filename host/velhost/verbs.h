@@ -29,6 +29,13 @@ EExitStatus ShowPlugin(const TCommandLine& commandLine, const TInstallation& ins
 /// Prints the findings about schema files. Returns kComplete if there are none, else kBadData.
 EExitStatus CheckSchemaFiles(const TCommandLine& commandLine, const TInstallation& installation);
 
+/// Prints results again. Returns kComplete whatever they say.
+EExitStatus Show(const TCommandLine& commandLine, const TInstallation& installation);
+
+/// Prints what changed between two results. Returns kFound if there are differences, kPartial if there are none but
+/// something could not be compared.
+EExitStatus Diff(const TCommandLine& commandLine, const TInstallation& installation);
+
 /// The simulated BMC's only user, who has administrator privilege.
 inline constexpr const char* kSimulatedUser = "ipmiusr";
 inline constexpr const char* kSimulatedPassword = "test";

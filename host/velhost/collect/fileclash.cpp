@@ -52,10 +52,11 @@ void Add(TFiles& files, const std::string& name, const std::string& path) {
 TFiles OutputsOf(const TCommandLine& commandLine) {
   TFiles files;
   Add(files, "--log", commandLine.common.log);
-  if (commandLine.verb != EVerb::kCollect) return files;
+  if (commandLine.verb != EVerb::kCollect && commandLine.verb != EVerb::kShow) return files;
   const TCollectOptions& options = commandLine.collect;
-  const bool toStandardOutput = IsStandardOutput(options.output);
-  Add(files, toStandardOutput ? "standard output" : "--output", toStandardOutput ? "/dev/stdout" : options.output);
+  const std::string& output = commandLine.verb == EVerb::kShow ? commandLine.show.output : options.output;
+  const bool toStandardOutput = IsStandardOutput(output);
+  Add(files, toStandardOutput ? "standard output" : "--output", toStandardOutput ? "/dev/stdout" : output);
   Add(files, "--record", options.record);
   Add(files, "--capture-dir", options.captureDir);
   return files;
