@@ -68,7 +68,8 @@ std::optional<TFieldBreach> TFieldList::AddText(const TFieldElement& element, TB
   const auto above = field->texts.upper_bound(last);
   if (above != field->texts.begin() && std::prev(above)->second.last >= first) {
     const std::uint64_t given = std::max(first, std::prev(above)->first);
-    return TFieldBreach{values.first.at, "found a second text for the value " + std::to_string(given)};
+    return TFieldBreach{values.first.at,
+                        "found a second text for the value " + std::to_string(given) + ", expected one for each value"};
   }
   field->texts.emplace_hint(above, first, TText{last, std::string(element.text)});
   return std::nullopt;

@@ -1,5 +1,6 @@
 // The formats `json` and `jsonl`: an instance collection modelled on CIM-RS (DSP0211), as one object or as one object
 // per line, version 2. instance-collection.schema.json describes them.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -11,6 +12,7 @@
 
 #include "host/output/jsontext.h"
 #include "host/output/planturns.h"
+#include "host/output/resulttext.h"
 #include "host/output/writers.h"
 
 namespace velhost {
@@ -27,8 +29,13 @@ class TJsonResult {
 
   TJsonResult(ITextSink& sink, ELayout layout) : json_(sink), layout_(layout) {}
 
-  /// Whether the instance belongs to the result.
-  bool IsWanted(const TInstanceFacts& facts) const { return !header_.onlyFindings || !facts.findings.empty(); }
+  /// Whether the instance belongs to the result. With findings only, one without a finding does so if something of it
+  /// could not be read, because nothing else in the document says what.
+  bool IsWanted(const TInstanceFacts& facts) const {
+    return !header_.onlyFindings || !facts.findings.empty() ||
+           !std::all_of(facts.missing.begin(), facts.missing.end(),
+                        [](const TMissing& missing) { return IsAbsent(missing); });
+  }
   /// Keeps the header and writes nothing.
   void SetHeader(const TResultHeader& header) { header_ = header; }
   /// "format_version" to "schema".

@@ -267,6 +267,7 @@ void WriteTableSummary(TTableLayout& layout, const TResultHeader& header, const 
   Row(layout, "Machine type", header.machineType.empty() ? "unknown" : SafeText(header.machineType));
   WriteLabels(layout, header.run.labels);
   WriteInstances(layout, counts);
+  if (header.onlyFindings) Row(layout, "Shown", "only instances with a finding");
   Row(layout, "Exchanges", ExchangesText(summary));
   Row(layout, "Elapsed", ElapsedText(summary.elapsedMs));
   WriteResult(layout, summary);

@@ -20,7 +20,6 @@ namespace {
 using TType = TCIMValue::TCIMType;
 using EKind = TJsonCursor::EKind;
 
-constexpr std::uint64_t kAny32Bits = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t kAny64Bits = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kLastIndex = 0xFFFF;
 

@@ -49,7 +49,8 @@ struct TResultHeader {
   std::string machineType;
   TPluginFacts plugin;
   TSchemaFacts schema;
-  bool onlyFindings = false;  ///< `json` and `table` leave out instances without a finding
+  /// `json` and `table` leave out instances without a finding; `json` keeps those of which something could not be read.
+  bool onlyFindings = false;
 };
 
 enum class EResultStatus { kComplete, kPartial, kUnreachable, kFailed };

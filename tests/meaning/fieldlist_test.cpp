@@ -113,13 +113,13 @@ TEST(FieldList, AValueHasOneText) {
   const auto second = [](std::string_view element) {
     return Wide().Add("7:0 F").Add("7:0=10-20 a").Add("7:0=30 b").Add(element).Breach();
   };
-  EXPECT_EQ(second("7:0=10 c"), "4: found a second text for the value 10");
-  EXPECT_EQ(second("7:0=20 c"), "4: found a second text for the value 20");
-  EXPECT_EQ(second("7:0=15-16 c"), "4: found a second text for the value 15");
-  EXPECT_EQ(second("7:0=0-10 c"), "4: found a second text for the value 10");
-  EXPECT_EQ(second("7:0=0-25 c"), "4: found a second text for the value 10");
-  EXPECT_EQ(second("7:0=25-30 c"), "4: found a second text for the value 30");
-  EXPECT_EQ(second("7:0=0-255 c"), "4: found a second text for the value 30");
+  EXPECT_EQ(second("7:0=10 c"), "4: found a second text for the value 10, expected one for each value");
+  EXPECT_EQ(second("7:0=20 c"), "4: found a second text for the value 20, expected one for each value");
+  EXPECT_EQ(second("7:0=15-16 c"), "4: found a second text for the value 15, expected one for each value");
+  EXPECT_EQ(second("7:0=0-10 c"), "4: found a second text for the value 10, expected one for each value");
+  EXPECT_EQ(second("7:0=0-25 c"), "4: found a second text for the value 10, expected one for each value");
+  EXPECT_EQ(second("7:0=25-30 c"), "4: found a second text for the value 30, expected one for each value");
+  EXPECT_EQ(second("7:0=0-255 c"), "4: found a second text for the value 30, expected one for each value");
   EXPECT_EQ(second("7:0=9 c"), "");
   EXPECT_EQ(second("7:0=21-29 c"), "");
   EXPECT_EQ(second("7:0=31-255 c"), "");

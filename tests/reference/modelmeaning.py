@@ -314,8 +314,14 @@ def fails(findings, severity):
     return severity is not None and any(severity_rank(one) <= (False, SEVERITIES.index(severity)) for one in findings)
 
 
+def is_unread(missing):
+    """Whether it could not be read, rather than being absent. An area that is open is not absent."""
+    return missing.get("completion_code") != 0xCB or "offset" in missing
+
+
 def filtered(document):
-    """What --only-findings leaves of a result: of the instances, only those with a finding."""
+    """What --only-findings leaves of a result: of the instances, those with a finding or with something unread."""
     keys = {one["key"] for one in document["findings"]}
-    instances = [one for one in document["instances"] if one["key"] in keys]
+    instances = [one for one in document["instances"]
+                 if one["key"] in keys or any(map(is_unread, one.get("missing", [])))]
     return {**document, "instances": instances, "filtered": True}

@@ -99,12 +99,13 @@ class OnlyFindings(Findings):
         self.assertNotIn("filtered", self.collected())
         shown = self.table("--only-findings")
         self.assertIn("node0/instance1\n", shown)
+        self.assertIn("\n  Shown         only instances with a finding\n", shown)
         self.assertNotIn("node0/instance0\n", shown)
 
     def test_keeps_what_could_not_be_read(self):
         self.serve((0, 0), (0, 0), faults=LOST)
         document = self.collected("--only-findings", status=3)
-        self.assertEqual(document["instances"], [])
+        self.assertEqual([one["key"] for one in document["instances"]], [BRIDGE + "/node0/instance0"])
         self.assertEqual([one["property"] for one in document["exchanges"]["failed"]], ["Log"])
         self.assertEqual([one["code"] for one in document["reasons"]], ["register-unread"])
         self.assertIn("    node0/instance0  Log  0x000050  lost: no answer\n", self.table("--only-findings", status=3))
