@@ -19,5 +19,9 @@ install(FILES ${CMAKE_BINARY_DIR}/completions/velhost.bash DESTINATION ${CMAKE_I
 install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime)
 install(DIRECTORY docs packaging DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT runtime
   FILES_MATCHING PATTERN "*.md" PATTERN lintian EXCLUDE)
+install(PROGRAMS packaging/systemd/velhost-collect DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost/examples/systemd
+  COMPONENT runtime)
+install(FILES packaging/systemd/velhost-collect.service packaging/systemd/velhost-collect.timer
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost/examples/systemd COMPONENT runtime)
 # Not in the Debian packages, which refer to the copy on every Debian system.
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velhost COMPONENT licence)

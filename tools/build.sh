@@ -4,7 +4,7 @@
 packages_build="g++ cmake ninja-build libboost-dev nlohmann-json3-dev libfmt-dev libpugixml-dev
   libutf8proc-dev nettle-dev bison flex libfreeipmi-dev libopenipmi-dev openipmi pkg-config"
 packages_test="libgtest-dev libgmock-dev python3 python3-jsonschema binutils libxml2-utils groff-base
-  dpkg-dev file lintian ipmitool freeipmi-tools locales valgrind"
+  dpkg-dev file lintian ipmitool freeipmi-tools locales systemd valgrind"
 packages_all="clang-14 clang-tidy-14 clang-format-14 iwyu libclang-rt-14-dev qemu-system-x86 busybox-static cpio"
 
 missing_packages() {
