@@ -6,7 +6,9 @@
 #include "host/base/digits.h"
 #include "host/base/hosterror.h"
 #include "host/base/names.h"
+#include "host/base/sha256.h"
 #include "host/base/text.h"
+#include "host/output/resulttext.h"
 #include "host/readback/readparts.h"
 
 namespace velhost {
@@ -27,6 +29,28 @@ bool EndsRun(const TReason& reason) {
   const bool isEnd = reason.code == EReason::kStopped || reason.code == EReason::kSessionLost ||
                      reason.code == EReason::kRequestFailed;
   return isEnd && reason.className.empty();
+}
+
+// Everything that is compared goes into it, each part with its length or an end.
+std::string Fingerprint(const TReadInstance& instance) {
+  std::string all;
+  const auto add = [&all](std::string_view text) { all.append(std::to_string(text.size())).append(":").append(text); };
+  for (const TMissing& missing : instance.facts.missing) {
+    if (!IsAbsent(missing)) return {};
+    add(FoldName(missing.property));
+  }
+  all += ';';
+  if (instance.registers) {
+    for (const TReadRegister& one : *instance.registers) {
+      add(FoldName(one.name));
+      all.append(std::to_string(one.value)).append(",");
+    }
+  }
+  all += ';';
+  for (const TReadProperty& property : instance.properties) add(property.value.ToString(10));
+  TSha256 hash;
+  hash.Add(all);
+  return hash.HexDigest();
 }
 
 }  // namespace
@@ -58,16 +82,20 @@ void TComparedSide::NoteTurn(const std::string& className, std::string_view key)
 }
 
 void TComparedSide::Add(const TReadInstance& instance, const TJsonPlace& place) {
-  const std::size_t number = places_.size();
-  places_.push_back(place);
+  const std::size_t number = entries_.size();
+  entries_.push_back({place, nullptr, {}});
   NoteTurn(instance.className, instance.facts.key);
   if (HasUnknownPlace(instance.facts.key)) {
     unknownPlaces_.insert(FoldName(instance.className));
     return;
   }
-  if (delivered_.emplace(FoldedKey(instance.facts.key), number).second) return;
-  throw THostError(EFailure::kMalformed, SafeText(path_) + ": found a second instance with the key " +
-                                             Quoted(instance.facts.key) + ", expected each key once");
+  const auto [known, isNew] = delivered_.emplace(FoldedKey(instance.facts.key), number);
+  if (!isNew) {
+    throw THostError(EFailure::kMalformed, SafeText(path_) + ": found a second instance with the key " +
+                                               Quoted(instance.facts.key) + ", expected each key once");
+  }
+  entries_.back().foldedKey = &known->first;
+  entries_.back().fingerprint = Fingerprint(instance);
 }
 
 void TComparedSide::AddSummary() {

@@ -42,9 +42,18 @@ class TComparedSide {
   TResultReader& Reader() { return reader_; }
   const TReadResult& Result() const { return reader_.Result(); }
   EKeyState StateOf(const std::string& foldedKey) const;
-  /// The number of a delivered instance, in their order; empty for any other key.
+
+  /// The delivered instances are numbered from 0, in their order.
+  std::size_t Instances() const { return entries_.size(); }
+  /// Empty for a key that was not delivered.
   std::optional<std::size_t> Find(const std::string& foldedKey) const;
-  const TReadInstance& ReadAt(std::size_t number) { return reader_.ReadAt(places_[number]); }
+  /// Null if the place of the instance is unknown.
+  const std::string* FoldedKeyOf(std::size_t number) const { return entries_[number].foldedKey; }
+  /// The same for two instances that do not differ in anything that is compared; empty if something was not read.
+  const std::string& FingerprintOf(std::size_t number) const { return entries_[number].fingerprint; }
+  /// Valid until the next call.
+  const TReadInstance& ReadAt(std::size_t number) { return reader_.ReadAt(entries_[number].place); }
+
   /// How the result spells each class that it says anything of, by its folded name; "#2" follows that of a second
   /// collection.
   const std::map<std::string, std::string>& Turns() const { return turns_; }
@@ -57,7 +66,12 @@ class TComparedSide {
   void NoteTurn(const std::string& className, std::string_view key);
 
   std::string path_;
-  std::vector<TJsonPlace> places_;
+  struct TEntry {
+    TJsonPlace place;
+    const std::string* foldedKey = nullptr;  // in delivered_
+    std::string fingerprint;
+  };
+  std::vector<TEntry> entries_;
   std::unordered_map<std::string, std::size_t> delivered_;
   std::unordered_map<std::string, EUnread> unread_;
   std::map<std::string, std::string> turns_;

@@ -75,24 +75,36 @@ class TComparison {
   }
 
   void CompareDelivered() {
-    std::vector<bool> isMatched(static_cast<std::size_t>(before_.Result().instances));
-    after_.Reader().ForEach([&](const TReadInstance& instance, const TJsonPlace&) {
-      if (HasUnknownPlace(instance.facts.key)) return;
-      const std::string key = FoldedKey(instance.facts.key);
-      const auto number = before_.Find(key);
-      if (!number) return AddAlone(instance.className, instance.facts.key, before_.StateOf(key), ESide::kAfter);
-      isMatched[*number] = true;
-      CompareInstances(before_.ReadAt(*number), instance, found_);
-    });
-    std::size_t next = 0;
-    before_.Reader().ForEach([&](const TReadInstance& instance, const TJsonPlace&) {
-      if (isMatched[next++] || HasUnknownPlace(instance.facts.key)) return;
-      AddAlone(instance.className, instance.facts.key, after_.StateOf(FoldedKey(instance.facts.key)), ESide::kBefore);
-    });
+    std::vector<bool> isMatched(before_.Instances());
+    for (std::size_t i = 0; i < after_.Instances(); ++i) {
+      const std::string* const key = after_.FoldedKeyOf(i);
+      if (key == nullptr) continue;
+      const auto number = before_.Find(*key);
+      if (number) {
+        isMatched[*number] = true;
+        CompareBoth(*number, i);
+      } else {
+        AddAlone(after_.ReadAt(i), before_.StateOf(*key), ESide::kAfter);
+      }
+    }
+    for (std::size_t i = 0; i < before_.Instances(); ++i) {
+      const std::string* const key = before_.FoldedKeyOf(i);
+      if (key == nullptr || isMatched[i]) continue;
+      AddAlone(before_.ReadAt(i), after_.StateOf(*key), ESide::kBefore);
+    }
+  }
+
+  // Most instances have not changed, and are not read again.
+  void CompareBoth(std::size_t before, std::size_t after) {
+    const std::string& fingerprint = before_.FingerprintOf(before);
+    if (!fingerprint.empty() && fingerprint == after_.FingerprintOf(after)) return;
+    CompareInstances(before_.ReadAt(before), after_.ReadAt(after), found_);
   }
 
   // An instance that only `side` delivered; `other` is what the other side says of it.
-  void AddAlone(const std::string& className, const std::string& key, EKeyState other, ESide side) {
+  void AddAlone(const TReadInstance& instance, EKeyState other, ESide side) {
+    const std::string& className = instance.className;
+    const std::string& key = instance.facts.key;
     if (other == EKeyState::kNotAskedFor) return;
     const bool hasAppeared = side == ESide::kAfter;
     const EUncompared why = WhyNot(other);

@@ -221,8 +221,8 @@ bool TJsonCursor::NextMember(std::string_view& name) {
   if (!Next('}', "a comma or the object's end")) return false;
   BeginValue(PeekToken() == '"', "a member's name in quotes");
   name = QuotedText();
-  // The name may lie in the buffer, which white space before the colon could replace.
-  if (Peek() != ':') {
+  // The name may lie in the buffer, which looking for the colon can replace.
+  if (at_ == buffer_.size() || buffer_[at_] != ':') {
     scratch_ = std::string(name);
     name = scratch_;
     if (PeekToken() != ':') FailHere("a colon after the member's name");

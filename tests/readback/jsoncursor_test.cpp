@@ -144,8 +144,9 @@ TEST(JsonCursor, LimitsTheDepth) {
 
 TEST(JsonCursor, ReadsStringsAndNumbersAcrossItsBuffer) {
   // The buffer is 256 KiB: each of these lies across its end for some length of the padding.
-  for (std::size_t padding = 262144 - 24; padding < 262144 + 4; ++padding) {
-    TJsonCursor json = Cursor("[" + std::string(padding, ' ') + R"("ab\u00e9c",1234567,{"name" :true}])");
+  for (std::size_t padding = 262144 - 64; padding < 262144 + 4; ++padding) {
+    TJsonCursor json =
+        Cursor("[" + std::string(padding, ' ') + R"("ab\u00e9c",1234567,{"name":true,"other" : [ "\"]" ]},[["\\"]]])");
     std::string_view name;
     json.EnterArray("an array");
     ASSERT_TRUE(json.NextElement());
@@ -159,7 +160,13 @@ TEST(JsonCursor, ReadsStringsAndNumbersAcrossItsBuffer) {
     ASSERT_TRUE(json.NextMember(name));
     EXPECT_EQ(name, "name");
     EXPECT_TRUE(json.Boolean());
+    ASSERT_TRUE(json.NextMember(name));
+    EXPECT_EQ(name, "other");
+    json.SkipChecked();
     EXPECT_FALSE(json.NextMember(name));
+    ASSERT_TRUE(json.NextElement());
+    json.SkipChecked();
+    EXPECT_FALSE(json.NextElement());
   }
 }
 
