@@ -49,6 +49,8 @@ class TShownRegisters {
     for (const TReadField& field : read.fields) {
       const bool isHex = hexFields_ != nullptr && hexFields_->Has(cimClass, facts.property, read.isNarrow, field.bits);
       facts.fields.push_back({field.bits, field.name, field.value, field.text, isHex});
+      // Writers ask whether there are any.
+      meaning.fields.push_back({field.bits, isHex, field.name.value_or(std::string()), {}});
     }
   }
 
