@@ -26,7 +26,7 @@ offers() {
   fi
 }
 
-offers "check classes collect describe plugin simulate" "$velhost" ""
+offers "check classes collect describe diff plugin show simulate" "$velhost" ""
 offers "check" "$velhost" che
 offers "check" "$velhost" -vv che
 offers "--format" "$velhost" collect --fo

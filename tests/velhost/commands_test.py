@@ -31,10 +31,10 @@ class Usage(VelhostCase):
         self.assertEqual(done.stderr, f'velhost: {message}\nSee "velhost {see}--help".\n')
 
     def test_commands(self):
-        self.refuses("no command given; the commands are collect, classes, describe, plugin, check and simulate")
+        self.refuses("no command given; the commands are collect, classes, describe, plugin, check, simulate, show and diff")
         self.refuses('unknown command "colect"; did you mean collect?', "colect")
-        self.refuses('unknown command "a\\x1b[2J"; the commands are collect, classes, describe, plugin, check and simulate', "a\x1b[2J")
-        self.refuses('unknown command ""; the commands are collect, classes, describe, plugin, check and simulate', "", "classes")
+        self.refuses('unknown command "a\\x1b[2J"; the commands are collect, classes, describe, plugin, check, simulate, show and diff', "a\x1b[2J")
+        self.refuses('unknown command ""; the commands are collect, classes, describe, plugin, check, simulate, show and diff', "", "classes")
         self.refuses("simulate needs FILE", "simulate", see="simulate ")
         self.refuses("simulate needs FILE", "simulate", "", see="simulate ")
         self.refuses('unexpected argument "b"; plugin takes none', "plugin", "b", see="plugin ")
@@ -74,7 +74,7 @@ class Usage(VelhostCase):
         # The first wrong value is reported.
         self.refuses('--timeout takes TIME from 0.001 to 1000000000 seconds, such as 90, 45s, 1.5m or 2h, not "x"', "collect",
                      "--timeout", "x", "--color", "y", see="collect ")
-        self.refuses("--format is an option of collect, classes, describe, plugin and check", "simulate", "a", "--format", "json",
+        self.refuses("--format is an option of collect, classes, describe, plugin, check, show and diff", "simulate", "a", "--format", "json",
                      see="simulate ")
         self.refuses('--timeout must come after "collect"', "--timeout", "5", "collect", see="collect ")
 
@@ -122,7 +122,7 @@ class Usage(VelhostCase):
         self.assertEqual(self.run_velhost("help", "collect").stdout, self.run_velhost("collect", "--help").stdout)
         self.assertEqual(self.run_velhost("collect", "--timeout", "--help").returncode, 0)
         self.assertEqual(self.run_velhost("", "--fromat", "-h").stdout, self.run_velhost("--help").stdout)
-        self.refuses('unknown command "foo"; the commands are collect, classes, describe, plugin, check and simulate', "help", "foo")
+        self.refuses('unknown command "foo"; the commands are collect, classes, describe, plugin, check, simulate, show and diff', "help", "foo")
 
     def test_inputs_that_cannot_be_used(self):
         self.fails(66, "missing.mof", "collect", "--schema", "missing.mof")
