@@ -1,11 +1,14 @@
-// Arbitrary bytes as a result: it is read or refused, and reading its instances again gives the same ones.
+// Arbitrary bytes as a result: it is read or refused, reading its instances again gives the same ones, and what is
+// written of it can be read and gives the same text again.
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "host/base/hosterror.h"
+#include "host/output/writers.h"
 #include "host/readback/resultreader.h"
+#include "host/readback/shownresult.h"
 #include "tests/support/require.h"
 
 using namespace velhost;
@@ -27,12 +30,29 @@ static void ReadAs(EReadDetail detail, const TStoredBytes& text) {
   for (std::size_t i = keys.size(); i-- > 0;) Require(reader.ReadAt(places[i]).facts.key == keys[i]);
 }
 
+static std::string Shown(const std::string& text, EOutputForm form) {
+  TStringSink sink;
+  TResultReader reader("r.json", std::vector<std::uint8_t>(text.begin(), text.end()), EReadDetail::kAll);
+  TShownResult(reader, nullptr, ESchemaUse::kNone).Write(*MakeWriter(form, sink, {}));
+  return sink.Text();
+}
+
+static void ShowAgain(const std::string& text) {
+  const std::string first = Shown(text, EOutputForm::kJson);
+  Require(Shown(first, EOutputForm::kJson) == first);
+  Shown(text, EOutputForm::kTable);
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   for (const EReadDetail detail : {EReadDetail::kAll, EReadDetail::kCompared}) {
     try {
       ReadAs(detail, std::vector<std::uint8_t>(data, data + size));
     } catch (const THostError&) {
     }
+  }
+  try {
+    ShowAgain({data, data + size});
+  } catch (const THostError&) {
   }
   return 0;
 }
