@@ -116,7 +116,7 @@ std::size_t ColumnsOf(std::string_view safeText) {
 }
 
 std::string_view StartThatFits(std::string_view safeText, std::size_t width) {
-  std::size_t at = std::min(PrintableAsciiSize(safeText), width);
+  std::size_t at = PrintableAsciiSize(safeText.substr(0, width));
   std::size_t columns = at;
   while (at < safeText.size()) {
     const TCodePoint next = NextCodePoint(safeText, at);

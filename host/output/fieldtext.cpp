@@ -67,7 +67,7 @@ std::vector<std::string> LinesOf(const std::string& value, const std::vector<std
   for (std::size_t i = 0; i < fields.size(); ++i) {
     const std::string field = fields[i] + (i + 1 < fields.size() ? ";" : "");
     const std::string longer = lines.back() + (i == 0 ? "  " : " ") + field;
-    if (ColumnsOf(longer) <= width) {
+    if (StartThatFits(longer, width).size() == longer.size()) {
       lines.back() = longer;
     } else {
       lines.push_back(field);

@@ -112,7 +112,10 @@ void TFindingList::Add(const TInstance& instance, const TInstanceFacts& facts) {
 void TFindingList::Write(TTableLayout& layout, const TResultSummary& summary, std::size_t unreadValues) const {
   layout.Paragraph(0, summary.findings.empty() ? "Findings" : "Findings: " + CountsText(summary.findings),
                    EEmphasis::kHeading);
-  for (const TFinding& finding : summary.findings) WriteFinding(layout, finding);
+  std::set<const TErrorRegister*> shown;  // with their evidence, which is the same for all findings of a register
+  for (const TFinding& finding : summary.findings) {
+    WriteFinding(layout, finding, finding.showsEvidence && shown.insert(finding.place.get()).second);
+  }
   if (summary.findings.empty()) layout.Paragraph(kIndent, NoneText());
   const std::string uncertainty = UncertaintyText(summary, unreadValues);
   if (!uncertainty.empty()) layout.Paragraph(kIndent, uncertainty, EEmphasis::kFailure);
@@ -139,12 +142,12 @@ void TFindingList::WriteShort(TTableLayout& layout, const std::vector<TFinding>&
   if (count > kWorst) layout.Paragraph(kWorstIndent, fmt::format("and {} more, listed above", count - kWorst));
 }
 
-void TFindingList::WriteFinding(TTableLayout& layout, const TFinding& finding) const {
+void TFindingList::WriteFinding(TTableLayout& layout, const TFinding& finding, bool withEvidence) const {
   const std::size_t column = IsNarrow(layout) ? kNarrowColumn : kColumn;
   WriteLabelled(layout, kIndent, kColumn, finding, TitleOf(finding));
   layout.Paragraph(column, PlaceText(*finding.place));
   layout.Paragraph(column, RegisterText(finding));
-  if (finding.showsEvidence) WriteEvidence(layout, finding, column);
+  if (withEvidence) WriteEvidence(layout, finding, column);
   if (finding.place->unknown.empty()) return;
   std::vector<std::string> names;
   for (const std::string& name : finding.place->unknown) names.push_back(SafeText(name));

@@ -29,7 +29,7 @@ class TFindingList {
 
  private:
   std::string NoneText() const;
-  void WriteFinding(TTableLayout& layout, const TFinding& finding) const;
+  void WriteFinding(TTableLayout& layout, const TFinding& finding, bool withEvidence) const;
   void WriteEvidence(TTableLayout& layout, const TFinding& finding, std::size_t column) const;
 
   std::size_t registers_ = 0;       ///< that were read

@@ -24,7 +24,8 @@ std::size_t CutOf(std::string_view text, std::size_t fitting, std::size_t width)
   const std::size_t blank = text.rfind(' ', fitting);
   if (blank == std::string_view::npos || text.find_first_not_of(' ') > blank) return fitting;
   const std::size_t end = std::min(text.find(' ', fitting), text.size());
-  const bool hasRoom = ColumnsOf(text.substr(blank + 1, end - blank - 1)) <= width;
+  const std::string_view word = text.substr(blank + 1, end - blank - 1);
+  const bool hasRoom = StartThatFits(word, width).size() == word.size();
   return hasRoom || blank >= fitting / 2 ? blank : fitting;
 }
 

@@ -93,6 +93,7 @@ TEST_F(JsonFindings, TheSummaryOfLinesHasThem) {
 
 TEST_F(JsonFindings, AFilteredResultHasOnlyInstancesWithAFinding) {
   document_.instances[1].second.findings.clear();
+  document_.instances[1].second.missing.clear();
   EXPECT_FALSE(Result().contains("filtered"));
   EXPECT_EQ(Result()["instances"].size(), 2U);
   document_.header.onlyFindings = true;
@@ -105,10 +106,22 @@ TEST_F(JsonFindings, AFilteredResultHasOnlyInstancesWithAFinding) {
 
 TEST_F(JsonFindings, AFilteredResultWithoutAFindingIsWhole) {
   document_.header.onlyFindings = true;
-  for (auto& [instance, facts] : document_.instances) facts.findings.clear();
+  for (auto& [instance, facts] : document_.instances) {
+    facts.findings.clear();
+    facts.missing.clear();
+  }
   document_.summary.findings.clear();
   EXPECT_EQ(Result()["instances"], json::array());
   EXPECT_EQ(Result()["findings"], json::array());
+}
+
+TEST_F(JsonFindings, AFilteredResultKeepsAnInstanceWithSomethingUnread) {
+  document_.header.onlyFindings = true;
+  for (auto& [instance, facts] : document_.instances) facts.findings.clear();
+  document_.instances[0].second.missing = {{"Log", {}, {EHow::kCompletionCode, 0xCB}}};
+  document_.instances[1].second.missing = {{"Log", {}, {EHow::kLost, 0}}};
+  ASSERT_EQ(Result()["instances"].size(), 1U);  // what is absent could not have been read
+  EXPECT_EQ(Result()["instances"][0]["missing"][0]["lost"], true);
 }
 
 }  // namespace

@@ -103,7 +103,6 @@ TEST_F(TableFindings, AreListedFromTheWorstAndCountedAtTheEnd) {
             "  CORRECTED  bit 7 (not described)\n"
             "             KROSG_VO_PCIIOBRIDGE_StatisticData node0/instance0, chip 1\n"
             "             CorrectableStatus bit 7 of 0x00000081\n"
-            "             ReplayCount  0x00000011  17 packets\n"
             "  MASKED     Unsupported request (fatal, but masked: does not count)\n"
             "             KROSG_VO_PCIIOBRIDGE_StatisticData node0/instance0, chip 1\n"
             "             ErrorStatus bit 20 of 0x00150000\n"
