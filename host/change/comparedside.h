@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>

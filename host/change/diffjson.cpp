@@ -1,6 +1,8 @@
 // The JSON form of differences.
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>

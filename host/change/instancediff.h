@@ -1,8 +1,6 @@
 // What changed between two deliveries of the same instance.
 #pragma once
 
-#include <string>
-
 #include "host/change/differences.h"
 #include "host/readback/readresult.h"
 

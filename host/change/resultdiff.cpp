@@ -1,6 +1,5 @@
 #include "host/change/resultdiff.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <optional>

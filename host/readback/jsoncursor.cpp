@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <initializer_list>
+#include <optional>
 #include <span>
 #include <utility>
 

@@ -1,8 +1,18 @@
 // One instance of a result.
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <limits>
+#include <map>
+#include <memory>
+#include <optional>
 #include <set>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host/base/cimdatetime.h"
 #include "host/base/digits.h"

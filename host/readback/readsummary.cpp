@@ -1,6 +1,14 @@
 // What a result says besides its instances.
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host/base/text.h"
 #include "host/meaning/words.h"

@@ -1,6 +1,6 @@
 #include "host/readback/resultreader.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>

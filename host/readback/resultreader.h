@@ -3,8 +3,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include "host/base/hosterror.h"
@@ -182,7 +183,7 @@ void TShownResult::WriteInstance(IResultWriter& writer, const TReadInstance& rea
 
 boost::shared_ptr<TCIMClass> TShownResult::ClassOf(const TReadInstance& read) {
   if (use_ == ESchemaUse::kNone) return OwnClass(read);
-  const boost::shared_ptr<TCIMClass> found = schema_->FindClass(read.className);
+  boost::shared_ptr<TCIMClass> found = schema_->FindClass(read.className);
   if (use_ == ESchemaUse::kAlways) {
     if (!found) Fail("the schema has no class " + Quoted(read.className));
     return found;

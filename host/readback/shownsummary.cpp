@@ -1,9 +1,11 @@
 #include "host/readback/shownsummary.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <system_error>
 

@@ -1,6 +1,7 @@
 // velhost diff: prints what changed between two results.
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 
 #include "host/base/text.h"

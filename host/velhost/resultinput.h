@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/base/storedbytes.h"
 #include "host/velhost/commandline.h"

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/base/hosterror.h"
