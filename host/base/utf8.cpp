@@ -2,7 +2,6 @@
 
 #include <utf8proc.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 

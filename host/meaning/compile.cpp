@@ -1,8 +1,8 @@
 #include "host/meaning/compile.h"
 
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "host/base/names.h"

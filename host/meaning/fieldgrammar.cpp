@@ -1,7 +1,5 @@
 #include "host/meaning/fieldgrammar.h"
 
-#include <utility>
-
 #include "host/base/digits.h"
 #include "host/base/text.h"
 #include "host/base/utf8.h"

@@ -1,6 +1,7 @@
 #include "host/meaning/fieldlist.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 #include <variant>

@@ -1,7 +1,6 @@
 // The fields of one register, from the elements of its "Fields".
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>

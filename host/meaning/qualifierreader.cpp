@@ -1,5 +1,8 @@
 #include "host/meaning/qualifierreader.h"
 
+#include <memory>
+#include <utility>
+
 #include "host/base/text.h"
 #include "host/meaning/words.h"
 #include "nkrovel20/tcimvalue.h"

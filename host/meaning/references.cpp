@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
+#include <memory>
 #include <variant>
 #include <vector>
 

@@ -3,7 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <set>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/base/digits.h"
@@ -112,9 +116,11 @@ void TFindingList::Add(const TInstance& instance, const TInstanceFacts& facts) {
 void TFindingList::Write(TTableLayout& layout, const TResultSummary& summary, std::size_t unreadValues) const {
   layout.Paragraph(0, summary.findings.empty() ? "Findings" : "Findings: " + CountsText(summary.findings),
                    EEmphasis::kHeading);
-  std::set<const TErrorRegister*> shown;  // with their evidence, which is the same for all findings of a register
+  // The registers whose evidence is shown, which is the same for all findings of a register.
+  std::set<std::pair<std::string_view, std::string_view>> shown;
   for (const TFinding& finding : summary.findings) {
-    WriteFinding(layout, finding, finding.showsEvidence && shown.insert(finding.place.get()).second);
+    const TErrorRegister& place = *finding.place;
+    WriteFinding(layout, finding, finding.showsEvidence && shown.emplace(place.key, place.name).second);
   }
   if (summary.findings.empty()) layout.Paragraph(kIndent, NoneText());
   const std::string uncertainty = UncertaintyText(summary, unreadValues);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <boost/endian/conversion.hpp>
-#include <string_view>
 
 #include "host/base/digits.h"
 #include "host/base/text.h"

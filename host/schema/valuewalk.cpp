@@ -1,7 +1,9 @@
 #include "host/schema/valuewalk.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace velhost {
 

@@ -4,10 +4,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 #include "host/base/textdiagnostic.h"
 #include "host/model/cimclass.h"

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
+#include <optional>
 
 #include "host/base/names.h"
 #include "host/base/storedbytes.h"

@@ -21,7 +21,6 @@
 #include <iterator>
 #include <numeric>
 #include <sstream>
-#include <string_view>
 #include <utility>
 #include <vector>
 
