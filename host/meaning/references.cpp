@@ -133,11 +133,8 @@ void TReferences::Resolve(std::size_t registerIndex, const TQualifierReader& qua
   errors.firstError = FirstError(qualifiers);
   ReadEvidence(qualifiers, errors);
   if (!qualifiers.Has(Meaning::kFatalBy) || !qualifiers.Has(Meaning::kSeverity)) return;
-  qualifiers.Note(
-      Meaning::kSeverity,
-      "found 'Severity' together with 'FatalBy', which decides for every bit that is described, expected one "
-      "of them",
-      EDiagnosticSeverity::kWarning);
+  qualifiers.Note(Meaning::kSeverity, "found 'Severity' together with 'FatalBy', expected one of them",
+                  EDiagnosticSeverity::kWarning);
 }
 
 }  // namespace velhost

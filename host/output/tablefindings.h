@@ -21,7 +21,7 @@ class TFindingList {
  public:
   void Add(const TInstance& instance, const TInstanceFacts& facts);
   /// Each finding with its place, its register, and the evidence; without a finding, a sentence that says so. Then
-  /// whether something could not be read: `unreadValues` of instances that came, and what the summary says.
+  /// whether something could not be read: `unreadValues` of delivered instances, and what the summary says.
   void Write(TTableLayout& layout, const TResultSummary& summary, std::size_t unreadValues) const;
   /// A row of the summary that counts them, and a line for each of the worst: the end of the table is what is on the
   /// screen when it has been printed.

@@ -87,10 +87,8 @@ TEST(References, SeverityBesideFatalByIsAWarningAndBothAreKept) {
   compiled.Wide("A", Errors({{"FatalBy", "B"}, {"Severity", "corrected"}})).Wide("B");
   EXPECT_EQ(compiled[0].fatalBy, 1U);
   EXPECT_EQ(compiled[0].severity, ESeverity::kCorrected);
-  EXPECT_THAT(
-      compiled.Slips(),
-      ElementsAre("warning: A.Severity[0]: found 'Severity' together with 'FatalBy', which decides for every bit "
-                  "that is described, expected one of them"));
+  EXPECT_THAT(compiled.Slips(),
+              ElementsAre("warning: A.Severity[0]: found 'Severity' together with 'FatalBy', expected one of them"));
 }
 
 TBits FirstErrorBits(const std::string& text, bool isNarrow = false, bool isMsb0 = false) {

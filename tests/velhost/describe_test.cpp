@@ -208,6 +208,9 @@ TEST_F(ClassDescription, SaysWhatDecidesTheSeverity) {
   EXPECT_EQ(Row("Severity"), "Severity         error");
   errors.severity = ESeverity::kCorrected;
   EXPECT_EQ(Row("Severity"), "Severity         corrected");
+  errors.fatalBy = kMask;
+  EXPECT_EQ(Row("Severity"), "Severity         fatal where Mask has a 1, else error; corrected in bits 63:32");
+  errors.fatalBy.reset();
   errors.enabledBy = kMask;
   EXPECT_EQ(Row("Enabled by"), "Enabled by       Mask, where it has a 1");
   errors.firstError = {kPointer, {63, 0}};

@@ -3,26 +3,11 @@
 import json
 import unittest
 
-from smallserver import BLOCK, FAILING, FILES, SMALL_SCHEMA, SMALL_SERVER, reason
-from velhostcase import BRIDGE, VelhostCase
-
-# Each class of the small schema, and what the small server has of it.
-SMALL = ("--schema", "small.mof", "--sp", "sim:small.toml")
-IMAGE = ("--schema", "small.mof", "--sp", "image:run.jsonl")
+from smallserver import BLOCK, FAILING, FILES, IMAGE, SMALL, SMALL_SCHEMA, SmallServerCase, reason
+from velhostcase import BRIDGE
 
 
-class Image(VelhostCase):
-    def setUp(self):
-        super().setUp()
-        self.write("small.mof", SMALL_SCHEMA)
-        self.write("small.toml", SMALL_SERVER)
-
-    def head(self, name="run.jsonl"):
-        return json.loads((self.folder / name).read_text().splitlines()[0])
-
-    def without_run(self, document):
-        return {name: value for name, value in document.items() if name not in ("run", "source")}
-
+class Image(SmallServerCase):
     def test_the_same_request_gives_the_same_result(self):
         recorded = self.collect("--sp", FAILING, "--record", "run.jsonl", "--log", "first.txt", status=3)
         image = self.collect("--sp", "image:run.jsonl", "--log", "second.txt", status=3)

@@ -3,29 +3,11 @@
 import json
 import unittest
 
-from smallserver import BLOCK, FILES, SMALL_SCHEMA, SMALL_SERVER, T4_BRIDGE
-from velhostcase import BRIDGE, VelhostCase
-
-# Each class of the small schema, and what the small server has of it.
-SMALL = ("--schema", "small.mof", "--sp", "sim:small.toml")
-IMAGE = ("--schema", "small.mof", "--sp", "image:run.jsonl")
-REPLAY = ("--schema", "small.mof", "--sp", "replay:run.jsonl")
+from smallserver import BLOCK, FILES, IMAGE, REPLAY, SMALL, SMALL_SCHEMA, T4_BRIDGE, SmallServerCase
+from velhostcase import BRIDGE
 
 
-class RecordedCase(VelhostCase):
-    def setUp(self):
-        super().setUp()
-        self.write("small.mof", SMALL_SCHEMA)
-        self.write("small.toml", SMALL_SERVER)
-
-    def head(self, name="run.jsonl"):
-        return json.loads((self.folder / name).read_text().splitlines()[0])
-
-    def without_run(self, document):
-        return {name: value for name, value in document.items() if name not in ("run", "source")}
-
-
-class RecordedClasses(RecordedCase):
+class RecordedClasses(SmallServerCase):
     def asked(self, *arguments, status=3):
         """The classes that a collection asked for, in order, and whether in one request."""
         self.collect(*arguments, "--record", "again.jsonl", status=status)

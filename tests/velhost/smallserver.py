@@ -1,6 +1,8 @@
 """What the tests of results share: names of classes, a server with a shortcoming of each kind, and its schema."""
 
-from velhostcase import SOURCE
+import json
+
+from velhostcase import SOURCE, VelhostCase
 
 J2_BRIDGE = "KROSG_J2_PCIIOBRIDGE_StatisticData"
 J2_MEMORY = "KROSG_J2_MEMCTL_StatisticData"
@@ -56,3 +58,24 @@ size = 12
 
 def reason(code, class_name, count, message):
     return {"code": code, "count": count, "message": message, **({"class": class_name} if class_name else {})}
+
+
+# Each class of the small schema, and what the small server has of it.
+SMALL = ("--schema", "small.mof", "--sp", "sim:small.toml")
+IMAGE = ("--schema", "small.mof", "--sp", "image:run.jsonl")
+REPLAY = ("--schema", "small.mof", "--sp", "replay:run.jsonl")
+
+
+class SmallServerCase(VelhostCase):
+    """A test with the small schema and server in its folder, which records into run.jsonl."""
+
+    def setUp(self):
+        super().setUp()
+        self.write("small.mof", SMALL_SCHEMA)
+        self.write("small.toml", SMALL_SERVER)
+
+    def head(self, name="run.jsonl"):
+        return json.loads((self.folder / name).read_text().splitlines()[0])
+
+    def without_run(self, document):
+        return {name: value for name, value in document.items() if name not in ("run", "source")}

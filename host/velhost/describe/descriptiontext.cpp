@@ -247,7 +247,9 @@ TRows TDescriptionText::References(const TRegisterMeaning& meaning) const {
   TRows rows;
   if (meaning.role != ERole::kErrors) return rows;
   if (meaning.fatalBy) {
-    rows.emplace_back("Severity", "fatal where " + NameOf(*meaning.fatalBy) + " has a 1, else error");
+    const bool hasUpper = meaning.width == 32 && meaning.severity != ESeverity::kError;
+    const std::string upper = hasUpper ? "; " + std::string(SeverityName(meaning.severity)) + " in bits 63:32" : "";
+    rows.emplace_back("Severity", "fatal where " + NameOf(*meaning.fatalBy) + " has a 1, else error" + upper);
   } else {
     rows.emplace_back("Severity", SeverityName(meaning.severity));
   }
